@@ -1,0 +1,15 @@
+# What every target of this project is compiled with, beside its own needs. Users of the libraries see none of it.
+add_library(project_warnings INTERFACE)
+target_compile_options(project_warnings INTERFACE
+    -Wall
+    -Wextra
+    -Wpedantic
+    -Wshadow
+    -Wconversion
+    -Wnon-virtual-dtor
+    -Wno-unknown-warning-option # a list for two compilers and all their releases
+    # The evaluation order of float arithmetic is part of the interface: no fused operations.
+    -ffp-contract=off)
+if(LIBVIDEO_WARNINGS_AS_ERRORS)
+    target_compile_options(project_warnings INTERFACE -Werror)
+endif()

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <vesk/PointerStorage.h>
+#include <vesk/SharedResource.h>
+
+#include <cstddef>
+
+namespace vesk {
+
+template <class Storage>
+class CopiedResource;
+
+/// Non-owning handle: a pointer that says so. It keeps nothing alive and dangles when its target ends first.
+///
+/// Differs from `std::weak_ptr`: it costs one pointer, knows nothing of its target's end, and cannot become an owning
+/// handle again. `->` and `*` check nothing: test a handle that may be empty.
+template <class T>
+class CopiedResource<PointerStorage<T, 3, 2>> {
+public:
+    /// Empty.
+    CopiedResource() = default;
+
+    CopiedResource(T* resource) { m_storage.value = resource; }
+
+    /// Takes the pointer; the count does not change.
+    CopiedResource(const SharedResource<PointerStorage<T, 0, 3>, 0>& resource) { m_storage.value = resource.get(); }
+
+    T* get() const { return m_storage.value; }
+    T* operator->() const { return m_storage.value; }
+    T& operator*() const { return *m_storage.value; }
+
+    /// True if the handle holds an object.
+    explicit operator bool() const { return m_storage.value != m_storage.nullValue; }
+
+    friend bool operator==(const CopiedResource& a, const CopiedResource& b) { return a.get() == b.get(); }
+    friend bool operator!=(const CopiedResource& a, const CopiedResource& b) { return a.get() != b.get(); }
+    friend bool operator==(const CopiedResource& a, std::nullptr_t) { return a.get() == nullptr; }
+    friend bool operator!=(const CopiedResource& a, std::nullptr_t) { return a.get() != nullptr; }
+    friend bool operator==(std::nullptr_t, const CopiedResource& a) { return a.get() == nullptr; }
+    friend bool operator!=(std::nullptr_t, const CopiedResource& a) { return a.get() != nullptr; }
+
+private:
+    PointerStorage<T, 3, 2> m_storage;
+};
+
+} // namespace vesk

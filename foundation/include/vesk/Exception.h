@@ -1,0 +1,89 @@
+#pragma once
+
+#include <vesk/Export.h>
+#include <vesk/String.h>
+
+#include <exception>
+
+namespace vesk {
+
+/// Base of what the library throws. Misuse, exhausted memory and broken invariants throw; a bad document never does
+/// of itself.
+class VESK_API Exception : public std::exception {
+public:
+    Exception(const Exception&) = default;
+    Exception& operator=(const Exception&) = default;
+    ~Exception() override;
+
+    /// The message as zero-terminated UTF-8, valid as long as this object.
+    const char* what() const noexcept override { return m_message.data(); }
+    const String& message() const { return m_message; }
+
+protected:
+    explicit Exception(const String& message) : m_message(message) {}
+
+private:
+    String m_message;
+};
+
+/// A container's storage could not be had, or an object was asked for what it does not hold.
+class VESK_API NullPointer : public Exception {
+public:
+    explicit NullPointer(const String& message) : Exception(message) {}
+    NullPointer(const NullPointer&) = default;
+    NullPointer& operator=(const NullPointer&) = default;
+    ~NullPointer() override;
+};
+
+/// An index outside of a container.
+class VESK_API IndexOutOfBounds : public Exception {
+public:
+    IndexOutOfBounds(int low, int high, int index);
+    IndexOutOfBounds(const IndexOutOfBounds&) = default;
+    IndexOutOfBounds& operator=(const IndexOutOfBounds&) = default;
+    ~IndexOutOfBounds() override;
+
+    /// The lowest valid index, always 0.
+    int low() const { return m_low; }
+    /// The highest valid index: the element count less one, so -1 of an empty container.
+    int high() const { return m_high; }
+    /// The index that was asked for.
+    int index() const { return m_index; }
+
+private:
+    int m_low;
+    int m_high;
+    int m_index;
+};
+
+/// Serialization was asked of a type that has none.
+class VESK_API SerializationFailed : public Exception {
+public:
+    explicit SerializationFailed(const String& message) : Exception(message) {}
+    SerializationFailed(const SerializationFailed&) = default;
+    SerializationFailed& operator=(const SerializationFailed&) = default;
+    ~SerializationFailed() override;
+};
+
+/// A broken invariant. Assertions are tested in every build.
+class VESK_API AssertionFailure : public Exception {
+public:
+    /// @param file the module's source path, a literal
+    /// @param line the source line of the assertion
+    /// @param expression the text of the test, a literal
+    AssertionFailure(const char* file, unsigned long long line, const char* expression);
+    AssertionFailure(const AssertionFailure&) = default;
+    AssertionFailure& operator=(const AssertionFailure&) = default;
+    ~AssertionFailure() override;
+
+    const char* file() const { return m_file; }
+    unsigned long long line() const { return m_line; }
+    const char* expression() const { return m_expression; }
+
+private:
+    const char* m_file;
+    unsigned long long m_line;
+    const char* m_expression;
+};
+
+} // namespace vesk

@@ -1,0 +1,6 @@
+#pragma once
+
+/// @file
+/// Marks what the library Common exports. Everything else stays hidden.
+
+#define VESK_API __attribute__((visibility("default")))

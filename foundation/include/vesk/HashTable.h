@@ -1,0 +1,237 @@
+#pragma once
+
+#include <vesk/Array.h>
+#include <vesk/Export.h>
+#include <vesk/Serializable.h>
+#include <vesk/String.h>
+
+namespace vesk {
+
+/// Exact equality of two keys.
+template <class K>
+struct EqualFunc {
+    static bool equal(const K& a, const K& b) { return a == b; }
+};
+
+/// Hash of a key, the same in every run.
+template <class K>
+struct HashFunc;
+
+template <>
+struct VESK_API HashFunc<String> {
+    static unsigned hash(const String& key);
+};
+
+/// Node of a chain, whatever its key and value.
+class VESK_API _BucketBase {
+public:
+    _BucketBase() = default;
+    _BucketBase(const _BucketBase&) = delete;
+    _BucketBase& operator=(const _BucketBase&) = delete;
+    virtual ~_BucketBase();
+
+    virtual bool equals(const void* key) const = 0;
+    /// A bucket of its own with the same key and value, `next` null.
+    virtual _BucketBase* clone() const = 0;
+
+    _BucketBase* next = nullptr;
+};
+
+/// A key with its value.
+template <class K, class V, class Equal>
+class VESK_API _Bucket : public _BucketBase {
+public:
+    _Bucket(const K& bucketKey, const V& bucketValue) : key(bucketKey), value(bucketValue) {}
+
+    bool equals(const void* other) const override { return Equal::equal(key, *static_cast<const K*>(other)); }
+    _BucketBase* clone() const override { return new _Bucket(key, value); }
+
+    K key;
+    V value;
+};
+
+/// The chains of a hash table, the same for all types of keys and values.
+///
+/// A chain keeps its buckets in the order of insertion. When there are more buckets than heads, the heads double, as
+/// long as the table was told how to find the hash of a bucket.
+class VESK_API _HashTableRep {
+public:
+    using HashOf = unsigned (*)(const _BucketBase*);
+
+    /// An empty table of `buckets` heads, at least one. Without `hashOf` it never gets more.
+    explicit _HashTableRep(unsigned buckets, HashOf hashOf = nullptr);
+    _HashTableRep(const _HashTableRep& other);
+    _HashTableRep& operator=(const _HashTableRep& other);
+    ~_HashTableRep();
+
+    /// Deletes all buckets.
+    void clear();
+
+    /// @return the first bucket of that key, or null
+    const _BucketBase* lookup(unsigned hash, const void* key) const;
+
+    /// Takes over the bucket. If there is one of the same key, that one stays and the new one is deleted.
+    /// @return whether it was stored
+    bool insert(unsigned hash, _BucketBase* bucket, const void* key);
+    /// Takes over the bucket, also beside others of the same key, of which `lookup` gives the first.
+    void insertWithoutCheck(unsigned hash, _BucketBase* bucket, const void* key);
+
+    /// Number of buckets.
+    unsigned size() const { return m_size; }
+    unsigned headCount() const { return m_headCount; }
+    _BucketBase* const* heads() const { return m_heads; }
+
+private:
+    void swap(_HashTableRep& other) noexcept;
+    void growHeads();
+    void put(_BucketBase** slot, _BucketBase* bucket);
+
+    unsigned m_size = 0;
+    unsigned m_headCount;
+    _BucketBase** m_heads;
+    HashOf m_hashOf;
+};
+
+/// Cursor over all buckets: head after head, along each chain. Inserting into the table ends its use.
+class VESK_API _HashTableIteratorBase {
+public:
+    /// @param first,last the first head, and the place behind the last
+    _HashTableIteratorBase(_BucketBase* const* first, _BucketBase* const* last);
+
+    /// To the next bucket; null behind the last.
+    _HashTableIteratorBase& operator++();
+
+    _BucketBase* current() const { return m_current; }
+
+private:
+    void findHead();
+
+    _BucketBase* m_current = nullptr;
+    _BucketBase* const* m_head;
+    _BucketBase* const* m_last;
+};
+
+/// Keyed table with chained buckets. Copies have buckets of their own; keys and values are copied.
+///
+/// Differs from `std::unordered_map`: a lookup gives the bucket or null; a repeated key keeps its first value; no key
+/// can be removed; buckets stay where they are for the life of the table. Lookup and insertion take constant time on
+/// average at any size.
+template <class K, class V, class Equal, class Hash>
+class VESK_API HashTable : public Serializable {
+public:
+    using Bucket = _Bucket<K, V, Equal>;
+
+    /// Walks the buckets, in no order that means anything.
+    class Iterator {
+    public:
+        explicit Iterator(const _HashTableIteratorBase& cursor) : m_cursor(cursor) {}
+        const Bucket& operator*() const { return *static_cast<const Bucket*>(m_cursor.current()); }
+        const Bucket* operator->() const { return static_cast<const Bucket*>(m_cursor.current()); }
+        Iterator& operator++()
+        {
+            ++m_cursor;
+            return *this;
+        }
+        bool operator==(const Iterator& other) const { return m_cursor.current() == other.m_cursor.current(); }
+        bool operator!=(const Iterator& other) const { return m_cursor.current() != other.m_cursor.current(); }
+
+    private:
+        _HashTableIteratorBase m_cursor;
+    };
+
+    /// Empty, with that many heads to start with.
+    explicit HashTable(unsigned buckets) : m_rep(buckets, &hashOf) {}
+    HashTable(const HashTable&) = default;
+    HashTable& operator=(const HashTable&) = default;
+    ~HashTable() override = default;
+
+    /// @return false if the key was there; its value stays
+    bool insert(const K& key, const V& value)
+    {
+        _BucketBase* const bucket = new Bucket(key, value);
+        return m_rep.insert(Hash::hash(key), bucket, &key);
+    }
+
+    /// @return the bucket of `key`, or null
+    const Bucket* lookup(const K& key) const
+    {
+        return static_cast<const Bucket*>(m_rep.lookup(Hash::hash(key), &key));
+    }
+
+    /// Number of keys.
+    unsigned size() const { return m_rep.size(); }
+
+    Iterator begin() const { return Iterator(cursor()); }
+    Iterator end() const
+    {
+        _BucketBase* const* const last = m_rep.heads() + m_rep.headCount();
+        return Iterator(_HashTableIteratorBase(last, last));
+    }
+
+    /// "H(" and what stands inside of the names of both arrays.
+    static const String& className()
+    {
+        static String name;
+        if (name.size() == 0) {
+            name = "H(";
+            name.append(innerName(Array<K>::className())).append(",");
+            name.append(innerName(Array<V>::className())).append(")");
+        }
+        return name;
+    }
+
+    const String& getClassName() const override { return className(); }
+
+    /// Writes the keys, then the values, as two arrays.
+    /// @throws SerializationFailed where one of these has no serialized form
+    void serializeMembers(const String& name, String& xml) override
+    {
+        Array<K> keys;
+        Array<V> values;
+        for (const Bucket& bucket : *this) {
+            keys.append(bucket.key);
+            values.append(bucket.value);
+        }
+        serializeBegin(name);
+        serialize("m_arrKey", keys);
+        serialize("m_arrValue", values);
+        serializeEnd();
+        getSerializedXML(xml);
+    }
+
+    /// Replaces the content.
+    /// @throws IndexOutOfBounds if there are fewer values than keys; the pairs before stay
+    void deserializeMembers(const XmlElement* element) override
+    {
+        Array<K> keys;
+        Array<V> values;
+        deserializeBegin(element);
+        Serializable::deserialize("m_arrKey", keys);
+        Serializable::deserialize("m_arrValue", values);
+        m_rep.clear();
+        for (unsigned i = 0; i < keys.size(); ++i) {
+            const K& key = keys[i];
+            _BucketBase* const bucket = new Bucket(key, values[i]);
+            m_rep.insertWithoutCheck(Hash::hash(key), bucket, &key);
+        }
+        deserializeEnd();
+    }
+
+private:
+    static unsigned hashOf(const _BucketBase* bucket) { return Hash::hash(static_cast<const Bucket*>(bucket)->key); }
+
+    // Without its first two characters and its last.
+    static String innerName(const String& name)
+    {
+        return name.size() < 4 ? name : name.subString(2, name.size() - 3);
+    }
+
+    _HashTableIteratorBase cursor() const
+    {
+        return _HashTableIteratorBase(m_rep.heads(), m_rep.heads() + m_rep.headCount());
+    }
+
+    _HashTableRep m_rep;
+};
+
+} // namespace vesk

@@ -1,0 +1,19 @@
+#pragma once
+
+namespace vesk {
+
+/// One pointer, as the handles store it. The two numbers name the policy of the handle around it; two forms exist:
+///
+/// - `PointerStorage<T, 0, 3>` in a `SharedResource`: the object is owned and deleted with the last handle;
+/// - `PointerStorage<T, 3, 2>` in a `CopiedResource`: the object is not owned.
+template <class T, int A, int B>
+struct PointerStorage {
+    using Element = T;
+
+    /// What a storage holds that holds nothing.
+    static constexpr T* nullValue = nullptr;
+
+    T* value = nullValue;
+};
+
+} // namespace vesk

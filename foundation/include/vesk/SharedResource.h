@@ -1,0 +1,161 @@
+#pragma once
+
+#include <vesk/Export.h>
+#include <vesk/PointerStorage.h>
+
+#include <cstddef>
+
+namespace vesk {
+
+/// Deletes a resource when it is deleted itself. The base knows nothing of the resource's type.
+class VESK_API SharedResourceDestroyerBase {
+public:
+    SharedResourceDestroyerBase() = default;
+    SharedResourceDestroyerBase(const SharedResourceDestroyerBase&) = delete;
+    SharedResourceDestroyerBase& operator=(const SharedResourceDestroyerBase&) = delete;
+    virtual ~SharedResourceDestroyerBase();
+
+    /// Forgets the resource, so that nothing is deleted later.
+    virtual void disarm() = 0;
+};
+
+template <class Storage>
+class SharedResourceDestroyer;
+
+/// Made where a resource is adopted, the one place where its type has to be complete.
+template <class T>
+class SharedResourceDestroyer<PointerStorage<T, 0, 3>> final : public SharedResourceDestroyerBase {
+public:
+    explicit SharedResourceDestroyer(T* resource) { m_resource.value = resource; }
+
+    ~SharedResourceDestroyer() override
+    {
+        if (m_resource.value != m_resource.nullValue) {
+            delete m_resource.value;
+            m_resource.value = m_resource.nullValue;
+        }
+    }
+
+    void disarm() override { m_resource.value = m_resource.nullValue; }
+
+private:
+    PointerStorage<T, 0, 3> m_resource;
+};
+
+template <class Storage, int Policy>
+class SharedResource;
+
+/// Owning handle: the resource lives until the last of its handles ends.
+///
+/// Differs from `std::shared_ptr`: the count is a plain integer, so handles and resource belong to one thread; there
+/// are no weak handles and no conversions between types, and cycles are not detected. A handle that adopts a null
+/// pointer counts it like any resource. `->` and `*` check nothing: test a handle that may be empty.
+///
+/// Copying costs one increment; adopting a resource allocates its count and its destroyer.
+template <class T>
+class SharedResource<PointerStorage<T, 0, 3>, 0> {
+public:
+    /// Empty.
+    SharedResource() = default;
+
+    /// Takes over a resource fresh from `new`, also when this throws `std::bad_alloc`.
+    explicit SharedResource(T* resource) { adopt(resource); }
+
+    SharedResource(const SharedResource& other)
+        : m_storage(other.m_storage), m_count(other.m_count), m_destroyer(other.m_destroyer)
+    {
+        if (m_count != nullptr) {
+            ++*m_count;
+        }
+    }
+
+    ~SharedResource() { release(); }
+
+    /// Lets go of what it held, then takes over a resource fresh from `new`, also when this throws `std::bad_alloc`.
+    SharedResource& operator=(T* resource)
+    {
+        release();
+        adopt(resource);
+        return *this;
+    }
+
+    /// Shares the resource of `other`. Its share is taken before the old one is let go, so `other` may be part of the
+    /// object that ends here.
+    SharedResource& operator=(const SharedResource& other)
+    {
+        if (this != &other) {
+            SharedResource shared(other);
+            swap(shared);
+        }
+        return *this;
+    }
+
+    void swap(SharedResource& other) noexcept
+    {
+        exchange(m_storage.value, other.m_storage.value);
+        exchange(m_count, other.m_count);
+        exchange(m_destroyer, other.m_destroyer);
+    }
+
+    T* get() const { return m_storage.value; }
+    T* operator->() const { return m_storage.value; }
+    T& operator*() const { return *m_storage.value; }
+
+    /// True if the handle holds an object.
+    explicit operator bool() const { return m_storage.value != m_storage.nullValue; }
+
+    /// Number of handles that share the resource, this one included; 0 when empty.
+    unsigned useCount() const { return m_count == nullptr ? 0 : *m_count; }
+
+    friend bool operator==(const SharedResource& a, const SharedResource& b) { return a.get() == b.get(); }
+    friend bool operator!=(const SharedResource& a, const SharedResource& b) { return a.get() != b.get(); }
+    friend bool operator==(const SharedResource& a, std::nullptr_t) { return a.get() == nullptr; }
+    friend bool operator!=(const SharedResource& a, std::nullptr_t) { return a.get() != nullptr; }
+    friend bool operator==(std::nullptr_t, const SharedResource& a) { return a.get() == nullptr; }
+    friend bool operator!=(std::nullptr_t, const SharedResource& a) { return a.get() != nullptr; }
+
+private:
+    template <class Field>
+    static void exchange(Field& a, Field& b) noexcept
+    {
+        Field kept = a;
+        a = b;
+        b = kept;
+    }
+
+    void adopt(T* resource)
+    {
+        unsigned* count = nullptr;
+        try {
+            count = new unsigned(1);
+            m_destroyer = new SharedResourceDestroyer<PointerStorage<T, 0, 3>>(resource);
+        } catch (...) {
+            delete count;
+            delete resource;
+            throw;
+        }
+        m_count = count;
+        m_storage.value = resource;
+    }
+
+    void release()
+    {
+        if (m_count == nullptr) {
+            return;
+        }
+        // The handle is emptied first: the end of the resource may lead back to this very handle.
+        unsigned* const count = m_count;
+        m_storage.value = m_storage.nullValue;
+        m_count = nullptr;
+        if (--*count == 0) {
+            delete count;
+            delete m_destroyer;
+        }
+    }
+
+    PointerStorage<T, 0, 3> m_storage;
+    unsigned* m_count = nullptr;
+    SharedResourceDestroyerBase* m_destroyer = nullptr; // stale in an emptied handle, read only behind the count
+};
+
+} // namespace vesk

@@ -1,0 +1,107 @@
+#pragma once
+
+#include <vesk/Export.h>
+
+#include <ostream>
+#include <string>
+
+namespace vesk {
+
+class CString;
+
+/// Text as UTF-8 bytes, owned by value.
+///
+/// Differs from `std::string`: sizes and positions are 32-bit and count bytes, a null `const char*` is empty text,
+/// and a position behind the end gives an empty result where `std::string` throws.
+class VESK_API String {
+public:
+    /// What a search answers that finds nothing, and the length that stands for "all to the end".
+    static constexpr unsigned npos = 0xFFFFFFFFu;
+
+    String() = default;
+    /// Copies zero-terminated UTF-8 text; null gives empty text.
+    String(const char* text);
+    String(const String&) = default;
+    ~String() = default;
+
+    String& operator=(const String&) = default;
+    /// Replaces the text; null gives empty text. The source may point into this very text.
+    String& operator=(const char* text);
+    String& operator+=(const String& text) { return append(text); }
+
+    String& append(const String& text);
+    /// Appends zero-terminated text; null appends nothing.
+    String& append(const char* text);
+
+    /// Number of bytes.
+    unsigned size() const { return static_cast<unsigned>(m_text.size()); }
+    bool empty() const { return m_text.empty(); }
+    /// The bytes and a zero behind them, valid until the text changes or ends.
+    const char* data() const { return m_text.c_str(); }
+
+    /// @return the byte position of the first `c`, or `npos`
+    unsigned find(char c) const { return find(0, c); }
+    /// @return the byte position of the first `c` at or behind `start`, or `npos`
+    unsigned find(unsigned start, char c) const;
+    /// @return `length` bytes from `start`, fewer where the text ends before; `npos` takes all to the end
+    String subString(unsigned start, unsigned length) const;
+
+    /// Byte for byte.
+    bool operator==(const String& other) const { return m_text == other.m_text; }
+    bool operator!=(const String& other) const { return m_text != other.m_text; }
+
+    /// Order of two texts without regard to the case of the ASCII letters; all other bytes count as they are.
+    /// @return 0 when equal, else a negative or positive number
+    static int compareNoCase(const String& a, const String& b);
+
+    /// Parses one decimal float, whatever the locale. Blanks around it and a leading `+` are allowed.
+    /// @return false, with `value` untouched, unless the whole text is one number within the range of `float`
+    static bool strToReal32(const String& text, float& value);
+
+    /// A copy of the text that keeps its `const char*` alive.
+    CString getUTF8String() const;
+
+    /// One shared empty text, for accessors that return a reference and have nothing.
+    static const String& EMPTY();
+
+private:
+    std::string m_text;
+};
+
+/// @return `left` followed by `right`
+VESK_API String operator+(const char* left, const String& right);
+
+/// Writes the bytes as they are.
+VESK_API std::ostream& operator<<(std::ostream& out, const String& text);
+
+/// Narrow text on its way out of a `String`: owns the bytes that its conversion shows.
+class VESK_API CString {
+public:
+    explicit CString(const String& text) : m_bytes(text.data(), text.size()) {}
+
+    /// Zero-terminated UTF-8, valid as long as this object.
+    operator const char*() const { return m_bytes.c_str(); }
+
+private:
+    std::string m_bytes;
+};
+
+/// A number on its way into a message.
+class VESK_API VeskValue {
+public:
+    /// What every caller passes to `toString`.
+    static constexpr unsigned nilValue = 0xFFFFFFFFu;
+
+    explicit VeskValue(unsigned value) : m_value(value) {}
+    VeskValue(const VeskValue&) = default;
+    VeskValue& operator=(const VeskValue&) = default;
+    virtual ~VeskValue();
+
+    /// @return the plain decimal text of the value, whatever it is; `nil` changes nothing
+    String toString(unsigned nil) const;
+
+private:
+    unsigned m_value;
+};
+
+} // namespace vesk

@@ -1,0 +1,44 @@
+#include <vesk/Array.h>
+
+namespace vesk::detail {
+
+unsigned arrayCapacity(unsigned size, std::size_t elementSize)
+{
+    unsigned capacity = smallestArrayCapacity;
+    while (capacity < size) {
+        capacity *= 2;
+        if (capacity == 0) {
+            capacity = size; // past the last power of two
+        }
+    }
+    if (capacity > (0xFFFFFFFFu - sizeof(ArrayHeader)) / elementSize) {
+        throwArraySize(size);
+    }
+    return capacity;
+}
+
+ArrayHeader* allocateArray(unsigned size, unsigned capacity, std::size_t elementSize)
+{
+    void* const memory = ::operator new(sizeof(ArrayHeader) + capacity * elementSize, std::nothrow);
+    if (memory == nullptr) {
+        throwArraySize(size);
+    }
+    return new (memory) ArrayHeader{0, capacity};
+}
+
+void freeArray(ArrayHeader* block) noexcept
+{
+    ::operator delete(block);
+}
+
+void throwArraySize(unsigned size)
+{
+    throw NullPointer("Asked for array of size: " + VeskValue(size).toString(VeskValue::nilValue));
+}
+
+void throwArrayIndex(unsigned count, unsigned index)
+{
+    throw IndexOutOfBounds(0, static_cast<int>(count) - 1, static_cast<int>(index));
+}
+
+} // namespace vesk::detail

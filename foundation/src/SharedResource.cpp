@@ -1,0 +1,7 @@
+#include <vesk/SharedResource.h>
+
+namespace vesk {
+
+SharedResourceDestroyerBase::~SharedResourceDestroyerBase() = default;
+
+} // namespace vesk

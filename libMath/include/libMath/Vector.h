@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cmath>
+
+namespace libMath {
+
+/// `Size` elements and nothing else. All arithmetic is that of `T`, in the order in which the formulas stand.
+template <class T, unsigned Size>
+class Vector {
+public:
+    /// All elements 0.
+    Vector() = default;
+    Vector(T x, T y, T z) : m_elements{x, y, z} { static_assert(Size == 3, "three elements"); }
+
+    /// Unchecked, like a plain array.
+    T& operator[](unsigned index) { return m_elements[index]; }
+    const T& operator[](unsigned index) const { return m_elements[index]; }
+
+    /// Left minus right.
+    Vector operator-(const Vector& other) const
+    {
+        Vector result;
+        for (unsigned i = 0; i < Size; ++i) {
+            result[i] = m_elements[i] - other[i];
+        }
+        return result;
+    }
+
+    /// Divided by its length. A zero vector gives NaN in all elements.
+    Vector normalized() const
+    {
+        const T length = std::sqrt(dot(*this));
+        Vector result;
+        for (unsigned i = 0; i < Size; ++i) {
+            result[i] = m_elements[i] / length;
+        }
+        return result;
+    }
+
+    /// a × b = (a.y·b.z − a.z·b.y, a.z·b.x − a.x·b.z, a.x·b.y − a.y·b.x)
+    Vector cross(const Vector& b) const
+    {
+        const Vector& a = *this;
+        return Vector(a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]);
+    }
+
+    /// 0 + a.x·b.x + a.y·b.y + ..., summed in that order.
+    T dot(const Vector& b) const
+    {
+        T sum = T(0);
+        for (unsigned i = 0; i < Size; ++i) {
+            sum += m_elements[i] * b[i];
+        }
+        return sum;
+    }
+
+private:
+    T m_elements[Size] = {};
+};
+
+} // namespace libMath
