@@ -1,0 +1,1 @@
+# rules of installation come below

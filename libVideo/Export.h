@@ -1,0 +1,6 @@
+#pragma once
+
+/// @file
+/// Marks what the library Video exports: the classes of `libVideo`, whole, and its free functions.
+
+#define LIBVIDEO_API __attribute__((visibility("default")))

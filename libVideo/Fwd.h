@@ -1,0 +1,120 @@
+#pragma once
+
+/// @file
+/// All public classes by name, and the handles that own or refer to them. Classes of COLLADA DOM that stand in
+/// declarations are named here as well, so that a host which only walks a scene does not meet their headers.
+
+#include <vesk/CopiedResource.h>
+#include <vesk/PointerStorage.h>
+#include <vesk/SharedResource.h>
+#include <vesk/String.h>
+
+namespace vesk {
+
+template <class T>
+class Array;
+template <class K>
+struct EqualFunc;
+template <class K>
+struct HashFunc;
+template <class K, class V, class Equal, class Hash>
+class HashTable;
+
+} // namespace vesk
+
+namespace libMath {
+
+template <class T, unsigned row, unsigned col>
+class Matrix;
+template <class T, unsigned Size>
+class Vector;
+
+} // namespace libMath
+
+class DAE;
+class daeElement;
+template <class T>
+class daeSmartRef;
+template <class T>
+class daeTArray;
+
+namespace ColladaDOM141 {
+
+class domAccessor;
+class domAnimation;
+class domCOLLADA;
+class domFloat_array;
+class domInputLocal;
+class domName_array;
+class domNode;
+class domVisual_scene;
+
+} // namespace ColladaDOM141
+
+namespace libVideo {
+
+using ColladaDOM141::domAccessor;
+using ColladaDOM141::domAnimation;
+using ColladaDOM141::domCOLLADA;
+using ColladaDOM141::domFloat_array;
+using ColladaDOM141::domInputLocal;
+using ColladaDOM141::domName_array;
+using ColladaDOM141::domNode;
+using ColladaDOM141::domVisual_scene;
+
+class Accessor;
+class AccessorFloat;
+class Animation;
+class BlinnMaterial;
+class Camera;
+class CameraInstance;
+class Data;
+class Geometry;
+class Node;
+class PointLight;
+class PointLightInstance;
+class Rotation;
+class Scale;
+class Scene;
+class Skew;
+class SpotLight;
+class SpotLightInstance;
+class Transformation;
+class Translation;
+class View;
+class VisualScene;
+struct Evolution;
+struct SceneResources;
+struct VertexLayout;
+
+/// A handle that owns its object together with all its copies.
+template <class T>
+using SharedHandle = vesk::SharedResource<vesk::PointerStorage<T, 0, 3>, 0>;
+/// A handle that refers to an object which something else owns.
+template <class T>
+using Link = vesk::CopiedResource<vesk::PointerStorage<T, 3, 2>>;
+/// A table by text.
+template <class Value>
+using TableByName = vesk::HashTable<vesk::String, Value, vesk::EqualFunc<vesk::String>, vesk::HashFunc<vesk::String>>;
+
+using AnimationHandle = SharedHandle<Animation>;
+using BlinnMaterialHandle = SharedHandle<BlinnMaterial>;
+using CameraHandle = SharedHandle<Camera>;
+using CameraInstanceHandle = SharedHandle<CameraInstance>;
+using GeometryHandle = SharedHandle<Geometry>;
+using MatrixHandle = SharedHandle<libMath::Matrix<float, 4, 4>>;
+using NodeHandle = SharedHandle<Node>;
+using PointLightHandle = SharedHandle<PointLight>;
+using PointLightInstanceHandle = SharedHandle<PointLightInstance>;
+using SpotLightHandle = SharedHandle<SpotLight>;
+using SpotLightInstanceHandle = SharedHandle<SpotLightInstance>;
+using TransformationHandle = SharedHandle<Transformation>;
+
+using NodeLink = Link<Node>;
+using SceneResourcesLink = Link<SceneResources>;
+
+using BlinnMaterialTable = TableByName<BlinnMaterialHandle>;
+using GeometryTable = TableByName<GeometryHandle>;
+using NodeTable = TableByName<NodeLink>;
+
+} // namespace libVideo

@@ -1,0 +1,187 @@
+#include <libVideo/SceneGraph/Accessor.h>
+
+#include "detail/Dom.h"
+#include "detail/Log.h"
+
+#include <cstdint>
+#include <cstring>
+
+namespace libVideo {
+
+VIDEO_LOG_CHANNEL("libVideo.accessor")
+VIDEO_SOURCE_PATH("libVideo/SceneGraph/Accessor")
+
+namespace {
+
+const vesk::String& floatWord()
+{
+    static const vesk::String word("float");
+    return word;
+}
+
+const vesk::String& float4x4Word()
+{
+    static const vesk::String word("float4x4");
+    return word;
+}
+
+} // namespace
+
+Data::Data(const vesk::String& name, unsigned stride, DataType dataType, unsigned offset, unsigned tokenByteSize)
+    : m_name(name), m_stride(stride), m_dataType(dataType), m_offset(offset), m_tokenByteSize(tokenByteSize)
+{
+    // Zeroed, because a token may fill only the first of its bytes, and all of them reach the vertex stream.
+    m_buffer.resize(std::uint64_t(stride) * tokenByteSize, true);
+}
+
+Link<unsigned char> Data::operator[](unsigned index)
+{
+    VIDEO_ASSERT(index < m_stride);
+    return Link<unsigned char>(m_buffer.data() + std::size_t(index) * m_tokenByteSize);
+}
+
+const Link<unsigned char> Data::operator[](unsigned index) const
+{
+    VIDEO_ASSERT(index < m_stride);
+    // The handle knows no const bytes; whoever has a const component only reads them.
+    return Link<unsigned char>(const_cast<unsigned char*>(m_buffer.data()) + std::size_t(index) * m_tokenByteSize);
+}
+
+Accessor::~Accessor() = default;
+
+const vesk::Array<Data>& Accessor::operator[](unsigned index)
+{
+    VIDEO_ASSERT(index < m_count);
+    if (index == m_currentIndex) {
+        return m_data;
+    }
+    return readDataFromArray(index);
+}
+
+AccessorFloat::~AccessorFloat() = default;
+
+bool AccessorFloat::createFromCollada(const daeSmartRef<domAccessor>& accessor)
+{
+    detail::expectElement(accessor, "AccessorFloat");
+    m_count = detail::low32(accessor->getCount());
+    const daeElementRef source = accessor->getSource().getElement();
+    m_floatArray = daeSafeCast<domFloat_array>(source);
+    if (m_floatArray == nullptr) {
+        // A reference into nothing is shown as the document has it.
+        VIDEO_LOG("Data source is not a float array ", source != nullptr ? source->getTypeName() : accessor->getSource().getOriginalURI());
+        return false;
+    }
+    m_offset = detail::low32(accessor->getOffset());
+    m_stride = calculateStride(accessor);
+    if (accessor->getParam_array().getCount() == 0) {
+        m_data.append(Data(vesk::String::EMPTY(), 1, DATA_TYPE_FLOAT, 0, typeByteSize(DATA_TYPE_FLOAT)));
+    } else {
+        appendComponents(*accessor);
+    }
+    if (reachesBeyondArray()) {
+        VIDEO_LOG("Accessor reaches beyond its float array");
+    }
+    return true;
+}
+
+void AccessorFloat::appendComponents(const domAccessor& accessor)
+{
+    const domParam_Array& params = accessor.getParam_array();
+    unsigned position = 0;
+    for (std::size_t i = 0; i < params.getCount(); ++i) {
+        const vesk::String typeText(params[i]->getType());
+        const DataType type = stringToType(typeText);
+        const unsigned tokens = typeStride(type);
+        const char* const name = params[i]->getName();
+        if (name != nullptr && isTypeValid(typeText)) {
+            const unsigned tokenByteSize = typeByteSize(type);
+            m_data.append(Data(name, tokens, type, position, tokenByteSize));
+            m_bytePerAccess += tokenByteSize * tokens;
+        }
+        position += tokens;
+    }
+}
+
+bool AccessorFloat::reachesBeyondArray() const
+{
+    std::uint64_t recordEnd = 0;
+    for (const Data& component : m_data) {
+        const std::uint64_t end = std::uint64_t(component.offset()) + component.stride();
+        recordEnd = end > recordEnd ? end : recordEnd;
+    }
+    if (m_count == 0 || recordEnd == 0) {
+        return false;
+    }
+    // Divided instead of multiplied: the position of the last record may not fit 64 bits.
+    const std::uint64_t lastRecord = std::uint64_t(m_offset) + m_count - 1;
+    const std::uint64_t length = m_floatArray->getValue().getCount();
+    return recordEnd > length || (m_stride != 0 && lastRecord > (length - recordEnd) / m_stride);
+}
+
+const vesk::Array<Data>& AccessorFloat::readDataFromArray(unsigned index)
+{
+    if (m_data.size() == 0) {
+        VIDEO_LOG("No data to read from the accessor");
+        return m_data;
+    }
+    const unsigned tokenBytes = typeByteSize(DATA_TYPE_FLOAT);
+    const unsigned base = (m_offset + index) * m_stride;
+    const daeTArray<double>& values = m_floatArray->getValue();
+    for (Data& component : m_data) {
+        for (unsigned j = 0; j < component.stride(); ++j) {
+            const float value = detail::floatAt(values, std::size_t(base) + component.offset() + j);
+            std::memcpy(component[j].get(), &value, tokenBytes);
+        }
+    }
+    m_currentIndex = index;
+    return m_data;
+}
+
+unsigned AccessorFloat::calculateStride(const daeSmartRef<domAccessor>& accessor) const
+{
+    const unsigned stride = detail::low32(accessor->getStride());
+    if (stride > 1) {
+        return stride;
+    }
+    // 1 is also what an accessor without the attribute says, so the params decide.
+    const domParam_Array& params = accessor->getParam_array();
+    unsigned sum = 0;
+    for (std::size_t i = 0; i < params.getCount(); ++i) {
+        sum += typeStride(stringToType(params[i]->getType()));
+    }
+    return sum;
+}
+
+bool AccessorFloat::isTypeValid(const vesk::String& type) const
+{
+    return vesk::String::compareNoCase(type, floatWord()) == 0 || vesk::String::compareNoCase(type, float4x4Word()) == 0;
+}
+
+unsigned AccessorFloat::typeStride(DataType type) const
+{
+    if (type == DATA_TYPE_FLOAT4X4) {
+        return 16;
+    }
+    if (type == DATA_TYPE_FLOAT) {
+        return 1;
+    }
+    VIDEO_ASSERT(false);
+}
+
+unsigned AccessorFloat::typeByteSize(DataType type) const
+{
+    return typeStride(type) * static_cast<unsigned>(sizeof(float));
+}
+
+DataType AccessorFloat::stringToType(const vesk::String& type) const
+{
+    if (vesk::String::compareNoCase(type, float4x4Word()) == 0) {
+        return DATA_TYPE_FLOAT4X4;
+    }
+    if (vesk::String::compareNoCase(type, floatWord()) == 0) {
+        return DATA_TYPE_FLOAT;
+    }
+    VIDEO_ASSERT(false);
+}
+
+} // namespace libVideo

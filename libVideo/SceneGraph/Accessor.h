@@ -1,0 +1,144 @@
+#pragma once
+
+#include <libVideo/Export.h>
+#include <libVideo/Fwd.h>
+
+#include <vesk/Array.h>
+#include <vesk/Buffer.h>
+#include <vesk/String.h>
+
+namespace libVideo {
+
+/// What a component, or the record of a whole source, is made of. The numbers are part of the interface.
+enum DataType : unsigned {
+    DATA_TYPE_FLOAT = 1,    ///< a `<param>` of type "float"; a source of stride 1
+    DATA_TYPE_FLOAT2 = 2,   ///< a source of stride 2
+    DATA_TYPE_FLOAT3 = 3,   ///< a source of stride 3
+    DATA_TYPE_FLOAT4 = 4,   ///< a source of stride 4
+    DATA_TYPE_FLOAT4X4 = 8, ///< a `<param>` of type "float4x4"; a source of stride 16
+    DATA_TYPE_INVALID = 9   ///< none
+};
+
+/// One component of a record, as one `<param>` declares it, with the bytes of its value in the current record.
+///
+/// A value is `stride()` tokens that lie `tokenByteSize()` bytes apart; each is a 32-bit float in host byte order in
+/// the first four of them. Bytes that no token fills are zero.
+class LIBVIDEO_API Data {
+public:
+    Data(const vesk::String& name, unsigned stride, DataType dataType, unsigned offset, unsigned tokenByteSize);
+
+    /// The `name` of the `<param>`; empty for the component of an accessor without any.
+    const vesk::String& name() const { return m_name; }
+    /// Number of tokens: 1 of a float, 16 of a float4x4.
+    unsigned stride() const { return m_stride; }
+    DataType dataType() const { return m_dataType; }
+    /// Where the first token lies in a record, counted in floats.
+    unsigned offset() const { return m_offset; }
+    /// Bytes from one token to the next: 4 of a float, 64 of a float4x4.
+    unsigned tokenByteSize() const { return m_tokenByteSize; }
+
+    /// The first byte of a token, not owned by the handle.
+    /// @throws vesk::AssertionFailure if `index` is not below `stride()`
+    Link<unsigned char> operator[](unsigned index);
+    const Link<unsigned char> operator[](unsigned index) const;
+
+private:
+    vesk::String m_name;
+    unsigned m_stride;
+    DataType m_dataType;
+    unsigned m_offset;
+    unsigned m_tokenByteSize;
+    vesk::Buffer<unsigned char> m_buffer;
+};
+
+/// Reads an array of a document as a sequence of records, by pull: `[]` fills one list of components with the record
+/// that was asked for, and the list holds it until another is read.
+class LIBVIDEO_API Accessor {
+public:
+    Accessor(const Accessor&) = default;
+    Accessor& operator=(const Accessor&) = default;
+
+protected:
+    Accessor() = default;
+
+    /// Fills the list with a record, whatever it held.
+    virtual const vesk::Array<Data>& readDataFromArray(unsigned index) = 0;
+
+private:
+    virtual unsigned typeStride(DataType type) const = 0;
+    virtual unsigned typeByteSize(DataType type) const = 0;
+    virtual DataType stringToType(const vesk::String& type) const = 0;
+
+protected:
+    virtual unsigned calculateStride(const daeSmartRef<domAccessor>& accessor) const = 0;
+
+public:
+    virtual ~Accessor();
+
+    /// Reads the `<accessor>`. Meant to run once on an object.
+    /// @return false, with one line on "libVideo.accessor", if its source is no array of the right kind; only `count()`
+    ///     is set then
+    virtual bool createFromCollada(const daeSmartRef<domAccessor>& accessor) = 0;
+
+    /// The components of record `index`, in the order of the `<param>`s; valid until another record is read.
+    /// Reading the current record again costs nothing; no read allocates.
+    /// @throws vesk::AssertionFailure if `index` is not below `count()`
+    const vesk::Array<Data>& operator[](unsigned index);
+
+    /// Number of records, the `count` of the `<accessor>`.
+    unsigned count() const { return m_count; }
+    /// Floats from one record to the next: the `stride` of the `<accessor>` if it is above 1, else what the `<param>`s
+    /// take together.
+    unsigned stride() const { return m_stride; }
+    /// Bytes of one record when its components are laid out one behind the other; 0 without any `<param>`.
+    unsigned bytePerAccess() const { return m_bytePerAccess; }
+    /// Empty.
+    const vesk::String& name() const { return m_name; }
+
+protected:
+    static constexpr unsigned noIndex = 0xFFFFFFFFu;
+
+    unsigned m_stride = 0;
+    unsigned m_offset = 0; // counted in records
+    unsigned m_count = 0;
+    unsigned m_currentIndex = noIndex;
+    unsigned m_bytePerAccess = 0;
+    vesk::String m_name;
+    vesk::Array<Data> m_data;
+};
+
+/// Reads a `<float_array>`, whose document has to stay open as long as the accessor is used.
+///
+/// Record i starts at float (offset + i) · stride of the array, so the `offset` of the `<accessor>` counts records. A
+/// `<param>` without a name takes its place in a record and is not read. What lies behind the end of the array reads
+/// as 0.
+class LIBVIDEO_API AccessorFloat : public Accessor {
+public:
+    AccessorFloat() = default;
+    AccessorFloat(const AccessorFloat&) = default;
+    AccessorFloat& operator=(const AccessorFloat&) = default;
+    ~AccessorFloat() override;
+
+    /// @copydoc Accessor::createFromCollada
+    /// An array that is shorter than the records need gives one line and true.
+    /// @throws vesk::AssertionFailure if a `<param>` has a type other than "float" and "float4x4", in any case
+    bool createFromCollada(const daeSmartRef<domAccessor>& accessor) override;
+
+protected:
+    const vesk::Array<Data>& readDataFromArray(unsigned index) override;
+    unsigned calculateStride(const daeSmartRef<domAccessor>& accessor) const override;
+    /// Whether the text names a type that a component can have.
+    bool isTypeValid(const vesk::String& type) const;
+
+private:
+    unsigned typeStride(DataType type) const override;
+    unsigned typeByteSize(DataType type) const override;
+    DataType stringToType(const vesk::String& type) const override;
+
+    void appendComponents(const domAccessor& accessor);
+    bool reachesBeyondArray() const;
+
+    domFloat_array* m_floatArray = nullptr; // of the document
+};
+
+} // namespace libVideo

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <libVideo/ColladaDom.h>
+#include <libVideo/Export.h>
+#include <libVideo/Fwd.h>
+#include <libVideo/SceneGraph/VisualScene.h>
+
+#include <libMath/Matrix.h>
+
+#include <vesk/String.h>
+
+#include <cstdint>
+
+namespace libVideo {
+
+/// The one object that a host makes to load a document. It owns the document, the pool of what its libraries define,
+/// and the scene that is built from both; whatever a host reaches through it ends with it.
+///
+/// Neither the up axis nor the unit of a document's `<asset>` is applied: coordinates stay as they are written.
+class LIBVIDEO_API Scene {
+public:
+    Scene();
+    ~Scene();
+    Scene(const Scene&) = delete;
+    Scene& operator=(const Scene&) = delete;
+
+    /// Loads the document at `path`, a file of COLLADA 1.4.1, plain or compressed by gzip; the path may hold any
+    /// characters, and a relative one counts from the present working directory. The document stays open until the
+    /// scene ends.
+    ///
+    /// A scene is loaded once; after a failure it may try again, and can be asked and destroyed like any other.
+    /// @return false, with one line on "libVideo.scene" or "libVideo.visualScene", if the document does not open, has no
+    ///     `<scene>` with an `<instance_visual_scene>` that leads to a `<visual_scene>` with a `<node>`, or if a
+    ///     scene is loaded already; faults below that are logged by the modules that meet them, and skipped
+    /// @throws vesk::AssertionFailure or vesk::IndexOutOfBounds where the document breaks a rule that the reading rests
+    ///     on, vesk::NullPointer if memory ends; the scene stays as far as it got then
+    bool createFromCollada(const vesk::String& path);
+
+    VisualScene& visualScene() { return m_visualScene; }
+    const VisualScene& visualScene() const { return m_visualScene; }
+
+private:
+    void transformToYUP(domUpAxisType upAxis);
+
+    // The document goes first when the scene ends, then the pool, then the scene that refers to it.
+    VisualScene m_visualScene;
+    SceneResources m_resources;
+    DAE m_dae;
+    std::uint64_t m_reserved = 0;
+    libMath::Matrix<float, 4, 4> m_upTransform; // zero; no load uses it
+};
+
+} // namespace libVideo

@@ -1,0 +1,151 @@
+#pragma once
+
+#include <libVideo/Export.h>
+#include <libVideo/Fwd.h>
+
+#include <libMath/Matrix.h>
+#include <libMath/Vector.h>
+
+#include <vesk/SharedResource.h>
+#include <vesk/String.h>
+
+namespace libVideo {
+
+/// One transform child of a `<node>`: what the document declared, the matrix that follows from it, the `sid` by which
+/// an animation finds it, and the animation if one was attached. This class itself stands for a `<matrix>`.
+///
+/// Matrices are row-major, with points as column vectors on the right and a translation in the fourth column. Values
+/// that the document has not given are 0. Copies share the current matrix and the animation.
+class LIBVIDEO_API Transformation {
+public:
+    /// A zero matrix declared, no current one.
+    Transformation() = default;
+    /// Sixteen values, row by row.
+    Transformation(const daeTArray<double>& values, const vesk::String& sid);
+    Transformation(const Transformation&) = default;
+    Transformation& operator=(const Transformation&) = default;
+    virtual ~Transformation();
+
+    /// Declares new values, and makes their matrix the current one. @return true
+    virtual bool setTransformation(const daeTArray<double>& values);
+
+    /// The matrix at a time in seconds, which is the current one from then on; the current one without an animation.
+    /// Nothing is cached by time.
+    /// @throws vesk::IndexOutOfBounds if the animation's keys have too few values
+    /// @throws vesk::NullPointer if there is an animation and no current matrix that it could change
+    virtual const MatrixHandle& transformationAtTime(double time);
+
+    /// The current matrix: the last one evaluated, or the declared one; an empty handle before there was any.
+    const MatrixHandle& transformation() { return m_transformation; }
+
+    const vesk::String& sid() const { return m_sid; }
+    const vesk::String& setSid(const vesk::String& sid);
+
+    /// Replaces the animation.
+    void setAnimation(AnimationHandle animation);
+
+protected:
+    explicit Transformation(const vesk::String& sid) : m_sid(sid) {}
+
+    /// Makes a new matrix the current one.
+    void replaceTransformation(const libMath::Matrix<float, 4, 4>& matrix);
+    const AnimationHandle& animation() const { return m_animation; }
+
+private:
+    void updateTransformation(libMath::Matrix<float, 4, 4> matrix);
+
+    libMath::Matrix<float, 4, 4> m_matrix; // as declared; zero in all subclasses
+    MatrixHandle m_transformation;
+    vesk::String m_sid;
+    AnimationHandle m_animation;
+};
+
+/// `<translate>`: three values, the translation. A vector animation drives all three.
+class LIBVIDEO_API Translation : public Transformation {
+public:
+    Translation() = default;
+    Translation(const daeTArray<double>& values, const vesk::String& sid);
+    Translation(const Translation&) = default;
+    Translation& operator=(const Translation&) = default;
+    ~Translation() override;
+
+    bool setTransformation(const daeTArray<double>& values) override;
+    const MatrixHandle& transformationAtTime(double time) override;
+
+private:
+    void updateTransformation(const libMath::Vector<float, 3>& translation);
+
+    libMath::Vector<float, 3> m_translation;
+};
+
+/// `<rotate>`: an axis of any length, and an angle in degrees. A scalar animation drives the angle; the axis stays.
+class LIBVIDEO_API Rotation : public Transformation {
+public:
+    Rotation() = default;
+    Rotation(const daeTArray<double>& values, const vesk::String& sid);
+    Rotation(const Rotation&) = default;
+    Rotation& operator=(const Rotation&) = default;
+    ~Rotation() override;
+
+    bool setTransformation(const daeTArray<double>& values) override;
+    const MatrixHandle& transformationAtTime(double time) override;
+
+private:
+    void updateTransformation(double angle);
+
+    libMath::Vector<float, 3> m_axis;
+    double m_angle = 0.0; // in degrees
+};
+
+/// `<scale>`: three factors. A vector animation drives all three.
+class LIBVIDEO_API Scale : public Transformation {
+public:
+    Scale() = default;
+    Scale(const daeTArray<double>& values, const vesk::String& sid);
+    Scale(const Scale&) = default;
+    Scale& operator=(const Scale&) = default;
+    ~Scale() override;
+
+    bool setTransformation(const daeTArray<double>& values) override;
+    const MatrixHandle& transformationAtTime(double time) override;
+
+private:
+    void updateTransformation(const libMath::Vector<float, 3>& scale);
+
+    libMath::Vector<float, 3> m_scale;
+};
+
+// The classes below take their values from plain memory, by an operation that hides the one they inherit.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Woverloaded-virtual"
+
+/// Nine values as the columns of the upper left block; all else, the last element included, is 0. No loader makes one.
+class LIBVIDEO_API View : public Transformation {
+public:
+    View() = default;
+    View(const double* values, const vesk::String& sid);
+    View(const View&) = default;
+    View& operator=(const View&) = default;
+    ~View() override;
+
+    /// @return false, with nothing changed, if `values` is null
+    bool setTransformation(const double* values);
+};
+
+/// Holds the identity, whatever its values: a skew has no effect. No loader makes one.
+class LIBVIDEO_API Skew : public Transformation {
+public:
+    Skew() = default;
+    Skew(const double* values, const vesk::String& sid);
+    Skew(const Skew&) = default;
+    Skew& operator=(const Skew&) = default;
+    ~Skew() override;
+
+    /// @param values not read, may be null
+    /// @return true
+    bool setTransformation(const double* values);
+};
+
+#pragma GCC diagnostic pop
+
+} // namespace libVideo
