@@ -7,7 +7,6 @@ target_compile_options(project_warnings INTERFACE
     -Wshadow
     -Wconversion
     -Wnon-virtual-dtor
-    -Wno-unknown-warning-option # a list for two compilers and all their releases
     # The evaluation order of float arithmetic is part of the interface: no fused operations.
     -ffp-contract=off)
 if(LIBVIDEO_WARNINGS_AS_ERRORS)

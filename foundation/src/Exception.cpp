@@ -8,8 +8,8 @@ namespace {
 
 String outOfBoundsMessage(int low, int high, int index)
 {
-    const std::string text = "Index " + std::to_string(index) + " is out of bounds " + std::to_string(low) + " to " +
-                             std::to_string(high);
+    const std::string text =
+        "Index " + std::to_string(index) + " is out of bounds " + std::to_string(low) + " to " + std::to_string(high);
     return String(text.c_str());
 }
 

@@ -79,8 +79,8 @@ std::size_t plainSequence(const char* text, std::size_t size)
         return code < 0x800u || isSurrogate || code >= 0xFFFEu ? 0 : 3;
     }
     if (first >= 0xF0u && first <= 0xF4u && follows(1) && follows(2) && follows(3)) {
-        const unsigned code = ((first & 0x07u) << 18u) | ((byte(1) & 0x3Fu) << 12u) | ((byte(2) & 0x3Fu) << 6u) |
-                              (byte(3) & 0x3Fu);
+        const unsigned code =
+            ((first & 0x07u) << 18u) | ((byte(1) & 0x3Fu) << 12u) | ((byte(2) & 0x3Fu) << 6u) | (byte(3) & 0x3Fu);
         const bool isNoCharacter = (code & 0xFFFEu) == 0xFFFEu;
         return code < 0x10000u || code > 0x10FFFFu || isNoCharacter ? 0 : 4;
     }
@@ -106,11 +106,21 @@ std::string escaped(const String& text)
             continue;
         }
         switch (bytes[i]) {
-        case '&': result += "&amp;"; break;
-        case '<': result += "&lt;"; break;
-        case '>': result += "&gt;"; break;
-        case '"': result += "&quot;"; break;
-        default: result.append(bytes + i, length); break;
+        case '&':
+            result += "&amp;";
+            break;
+        case '<':
+            result += "&lt;";
+            break;
+        case '>':
+            result += "&gt;";
+            break;
+        case '"':
+            result += "&quot;";
+            break;
+        default:
+            result.append(bytes + i, length);
+            break;
         }
         i += length;
     }

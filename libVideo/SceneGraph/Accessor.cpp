@@ -68,7 +68,8 @@ bool AccessorFloat::createFromCollada(const daeSmartRef<domAccessor>& accessor)
     m_floatArray = daeSafeCast<domFloat_array>(source);
     if (m_floatArray == nullptr) {
         // A reference into nothing is shown as the document has it.
-        VIDEO_LOG("Data source is not a float array ", source != nullptr ? source->getTypeName() : accessor->getSource().getOriginalURI());
+        VIDEO_LOG("Data source is not a float array ",
+                  source != nullptr ? source->getTypeName() : accessor->getSource().getOriginalURI());
         return false;
     }
     m_offset = detail::low32(accessor->getOffset());
@@ -154,7 +155,8 @@ unsigned AccessorFloat::calculateStride(const daeSmartRef<domAccessor>& accessor
 
 bool AccessorFloat::isTypeValid(const vesk::String& type) const
 {
-    return vesk::String::compareNoCase(type, floatWord()) == 0 || vesk::String::compareNoCase(type, float4x4Word()) == 0;
+    return vesk::String::compareNoCase(type, floatWord()) == 0 ||
+           vesk::String::compareNoCase(type, float4x4Word()) == 0;
 }
 
 unsigned AccessorFloat::typeStride(DataType type) const

@@ -199,7 +199,8 @@ bool Animation::createNameEvolution(const domName_array* array, const VertexSema
                                     unsigned stride)
 {
     if (semantic != SEMANTIC_INTERPOLATION || stride > 1) {
-        VIDEO_LOG("Cannot create a name evolution input from: ", static_cast<int>(semantic), ", with a stride of: ", stride);
+        VIDEO_LOG("Cannot create a name evolution input from: ", static_cast<int>(semantic),
+                  ", with a stride of: ", stride);
         return false;
     }
     const domListOfNames& names = array->getValue();

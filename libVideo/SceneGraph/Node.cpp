@@ -118,6 +118,18 @@ bool Node::addAnimation(AnimationHandle animation)
     return false;
 }
 
+double Node::animationLength() const
+{
+    double longest = 0.0;
+    for (const TransformationHandle& transformation : m_transformations) {
+        const AnimationHandle& animation = transformation->animation();
+        if (animation && animation->animationLength() > longest) {
+            longest = animation->animationLength();
+        }
+    }
+    return longest;
+}
+
 void Node::accumulateTransform(const daeTArray<daeSmartRef<daeElement>>& children)
 {
     for (std::size_t i = 0; i < children.getCount(); ++i) {

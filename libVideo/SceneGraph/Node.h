@@ -76,6 +76,8 @@ public:
     bool addAnimation(AnimationHandle animation);
     /// Whether an animation was attached.
     bool hasAnimation() const { return m_hasAnimation; }
+    /// Length in seconds of the longest animation on the node, after which it repeats; 0 without any.
+    double animationLength() const;
 
 private:
     void setId(const vesk::String& id) { m_id = id; }

@@ -43,13 +43,14 @@ public:
 
     /// Replaces the animation.
     void setAnimation(AnimationHandle animation);
+    /// Empty without an animation.
+    const AnimationHandle& animation() const { return m_animation; }
 
 protected:
     explicit Transformation(const vesk::String& sid) : m_sid(sid) {}
 
     /// Makes a new matrix the current one.
     void replaceTransformation(const libMath::Matrix<float, 4, 4>& matrix);
-    const AnimationHandle& animation() const { return m_animation; }
 
 private:
     void updateTransformation(libMath::Matrix<float, 4, 4> matrix);

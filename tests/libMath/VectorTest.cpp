@@ -26,8 +26,9 @@ static_assert(std::is_same<float&, decltype(std::declval<Vector3&>()[0u])>::valu
 static_assert(std::is_same<Vector3, decltype(std::declval<const Vector3&>() - std::declval<const Vector3&>())>::value,
               "difference");
 static_assert(std::is_same<Vector3, decltype(std::declval<const Vector3&>().normalized())>::value, "normalized");
-static_assert(std::is_same<Vector3, decltype(std::declval<const Vector3&>().cross(std::declval<const Vector3&>()))>::value,
-              "cross product");
+static_assert(
+    std::is_same<Vector3, decltype(std::declval<const Vector3&>().cross(std::declval<const Vector3&>()))>::value,
+    "cross product");
 static_assert(std::is_same<float, decltype(std::declval<const Vector3&>().dot(std::declval<const Vector3&>()))>::value,
               "dot product");
 
@@ -225,8 +226,8 @@ TEST_P(VectorNormalizedTest, SumsSquaresInOrderTakesTheRootAndDividesAllInFloat)
     const float yAndZFirst = yy + zz;
     const float thirdLength = std::sqrt(yAndZFirst + xx);
     const double wideX = row.x;
-    const double wideLength = std::sqrt(wideX * row.x + static_cast<double>(row.y) * row.y +
-                                        static_cast<double>(row.z) * row.z);
+    const double wideLength =
+        std::sqrt(wideX * row.x + static_cast<double>(row.y) * row.y + static_cast<double>(row.z) * row.z);
     const float reciprocal = 1.0f / length;
     const float expected = row.x / length;
     ASSERT_NE(expected, row.x / otherLength);
@@ -242,7 +243,7 @@ INSTANTIATE_TEST_SUITE_P(Operands, VectorNormalizedTest,
                                          NormalizedCase{"Rising", 1.4f, 2.5f, 4.1f},
                                          NormalizedCase{"Falling", 6.2f, 4.2f, 2.1f},
                                          NormalizedCase{"LargeY", 3.2f, 9.9f, 6.9f}),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& test) { return std::string(test.param.name); });
 
 TEST(VectorTest, NormalizedZeroVectorIsNan)
 {

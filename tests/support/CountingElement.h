@@ -16,7 +16,7 @@ public:
         int copied = 0;
         int destroyed = 0;
         int assigned = 0;
-        int copiesUntilThrow = -1; ///< how many copies succeed before one throws `CopyRefused`; negative: all
+        int copiesUntilThrow = -1;        ///< how many copies succeed before one throws `CopyRefused`; negative: all
         std::vector<std::string> history; ///< "copy 3", "destroy 3": what happened to which value, in order
     };
     struct CopyRefused {};

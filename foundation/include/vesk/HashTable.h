@@ -153,10 +153,7 @@ public:
     }
 
     /// @return the bucket of `key`, or null
-    const Bucket* lookup(const K& key) const
-    {
-        return static_cast<const Bucket*>(m_rep.lookup(Hash::hash(key), &key));
-    }
+    const Bucket* lookup(const K& key) const { return static_cast<const Bucket*>(m_rep.lookup(Hash::hash(key), &key)); }
 
     /// Number of keys.
     unsigned size() const { return m_rep.size(); }
@@ -221,10 +218,7 @@ private:
     static unsigned hashOf(const _BucketBase* bucket) { return Hash::hash(static_cast<const Bucket*>(bucket)->key); }
 
     // Without its first two characters and its last.
-    static String innerName(const String& name)
-    {
-        return name.size() < 4 ? name : name.subString(2, name.size() - 3);
-    }
+    static String innerName(const String& name) { return name.size() < 4 ? name : name.subString(2, name.size() - 3); }
 
     _HashTableIteratorBase cursor() const
     {

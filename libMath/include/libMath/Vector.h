@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cmath>
+#include <type_traits>
 
 namespace libMath {
 
@@ -10,7 +11,10 @@ class Vector {
 public:
     /// All elements 0.
     Vector() = default;
-    Vector(T x, T y, T z) : m_elements{x, y, z} { static_assert(Size == 3, "three elements"); }
+    /// Of a vector of three.
+    template <unsigned N = Size, class = std::enable_if_t<N == 3>>
+    Vector(T x, T y, T z) : m_elements{x, y, z}
+    {}
 
     /// Unchecked, like a plain array.
     T& operator[](unsigned index) { return m_elements[index]; }
@@ -38,6 +42,8 @@ public:
     }
 
     /// a × b = (a.y·b.z − a.z·b.y, a.z·b.x − a.x·b.z, a.x·b.y − a.y·b.x)
+    /// Of vectors of three.
+    template <unsigned N = Size, class = std::enable_if_t<N == 3>>
     Vector cross(const Vector& b) const
     {
         const Vector& a = *this;

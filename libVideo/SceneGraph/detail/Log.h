@@ -87,11 +87,11 @@ void appendPieces(vesk::LoggerStream& line, const Pieces&... pieces)
 
 /// Traces the scope from here to its end, under the name of a function.
 #define VIDEO_TRACE(function)                                                                                          \
-    const vesk::TraceLogger videoTraceScope(libVideo::detail::passesThresholds(moduleLogger, moduleChannel,            \
-                                                                               vesk::LoggerPriority::PRIORITY_TRACE)   \
-                                                ? moduleLogger                                                         \
-                                                : nullptr,                                                             \
-                                            function, modulePath, __LINE__)
+    const vesk::TraceLogger videoTraceScope(                                                                           \
+        libVideo::detail::passesThresholds(moduleLogger, moduleChannel, vesk::LoggerPriority::PRIORITY_TRACE)          \
+            ? moduleLogger                                                                                             \
+            : nullptr,                                                                                                 \
+        function, modulePath, __LINE__)
 
 /// Tests an invariant in every build. @throws vesk::AssertionFailure with the text of the expression
 #define VIDEO_ASSERT(expression)                                                                                       \

@@ -1,0 +1,22 @@
+# Debian packages that the project needs, and their installation. Sourced by the scripts at the top.
+
+build_packages="g++ cmake ninja-build pkg-config libcollada-dom-dev libpugixml-dev libcli11-dev nlohmann-json3-dev"
+test_packages="$build_packages libgtest-dev"
+benchmark_packages="$build_packages libbenchmark-dev"
+ci_packages="$test_packages $benchmark_packages clang libclang-rt-14-dev clang-format clang-tidy"
+
+# need_packages NAME...: installs those that are missing.
+need_packages() {
+    command -v dpkg-query >/dev/null || return 0 # no Debian: the configuration tells what is missing
+    local missing=()
+    local name
+    for name in "$@"; do
+        [ "$(dpkg-query -W -f='${db:Status-Status}' "$name" 2>/dev/null)" = installed ] || missing+=("$name")
+    done
+    [ ${#missing[@]} -gt 0 ] || return 0
+    echo "== installing ${missing[*]}"
+    local as_root=()
+    [ "$(id -u)" = 0 ] || as_root=(sudo)
+    "${as_root[@]}" apt-get update -qq
+    DEBIAN_FRONTEND=noninteractive "${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
+}

@@ -1,0 +1,359 @@
+#include "support/FailingAllocator.h"
+
+#include <vesk/Buffer.h>
+
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+using testSupport::FailingAllocator;
+using vesk::Buffer;
+
+namespace {
+
+/// `size` elements that count up from `first`.
+template <class T>
+std::vector<T> counted(std::uint64_t size, unsigned first = 1)
+{
+    std::vector<T> numbers;
+    for (std::uint64_t i = 0; i < size; ++i) {
+        numbers.push_back(static_cast<T>(first + i));
+    }
+    return numbers;
+}
+
+template <class T>
+Buffer<T> bufferOf(const std::vector<T>& numbers)
+{
+    Buffer<T> buffer;
+    buffer.assign(numbers.data(), numbers.size());
+    return buffer;
+}
+
+template <class T>
+std::vector<T> elements(const Buffer<T>& buffer)
+{
+    return std::vector<T>(buffer.data(), buffer.data() + buffer.size());
+}
+
+/// The fields as they stand in memory: data, storage, size.
+template <class T>
+struct Fields {
+    explicit Fields(const Buffer<T>& buffer) { std::memcpy(words, &buffer, sizeof(words)); }
+    std::uint64_t words[3];
+};
+
+template <class T>
+class BufferTest : public testing::Test {};
+
+using ElementTypes = testing::Types<unsigned char, unsigned>;
+TYPED_TEST_SUITE(BufferTest, ElementTypes);
+
+} // namespace
+
+template class vesk::Buffer<unsigned char>;
+template class vesk::Buffer<unsigned>;
+
+TYPED_TEST(BufferTest, DefaultConstructedIsEmptyWithoutMemory)
+{
+    const FailingAllocator allocator(-1);
+    const Buffer<TypeParam> buffer;
+    const long requests = allocator.requests();
+    EXPECT_EQ(requests, 0);
+    EXPECT_EQ(buffer.size(), 0u);
+    EXPECT_EQ(buffer.data(), nullptr);
+}
+
+TYPED_TEST(BufferTest, HoldsDataStorageAndSizeInThisOrder)
+{
+    ASSERT_EQ(sizeof(Buffer<TypeParam>), 24u);
+    const Buffer<TypeParam> empty;
+    EXPECT_EQ(Fields<TypeParam>(empty).words[0], 0u);
+    EXPECT_EQ(Fields<TypeParam>(empty).words[1], 0u);
+    EXPECT_EQ(Fields<TypeParam>(empty).words[2], 0u);
+    const Buffer<TypeParam> buffer = bufferOf(counted<TypeParam>(5));
+    const Fields<TypeParam> fields(buffer);
+    EXPECT_EQ(fields.words[0], reinterpret_cast<std::uintptr_t>(buffer.data()));
+    EXPECT_EQ(fields.words[1], reinterpret_cast<std::uintptr_t>(buffer.data()));
+    EXPECT_EQ(fields.words[2], 5u);
+}
+
+TYPED_TEST(BufferTest, CopyHasMemoryAndElementsOfItsOwn)
+{
+    Buffer<TypeParam> source = bufferOf(counted<TypeParam>(5));
+    const Buffer<TypeParam> copy(source);
+    EXPECT_NE(copy.data(), source.data());
+    source[0] = 99;
+    EXPECT_EQ(elements(copy), counted<TypeParam>(5));
+}
+
+TYPED_TEST(BufferTest, CopyOfAnEmptyBufferIsEmpty)
+{
+    const Buffer<TypeParam> source;
+    const Buffer<TypeParam> copy(source);
+    EXPECT_EQ(copy.size(), 0u);
+    EXPECT_EQ(copy.data(), nullptr);
+}
+
+TYPED_TEST(BufferTest, CopyTakesOnlyTheElementsInUse)
+{
+    Buffer<TypeParam> source = bufferOf(counted<TypeParam>(10));
+    source = bufferOf(counted<TypeParam>(6, 50)); // reuses the memory of ten
+    const Buffer<TypeParam> copy(source);
+    EXPECT_EQ(elements(copy), counted<TypeParam>(6, 50));
+}
+
+TYPED_TEST(BufferTest, SelfAssignmentDoesNothing)
+{
+    Buffer<TypeParam> buffer = bufferOf(counted<TypeParam>(5));
+    const TypeParam* const before = buffer.data();
+    const Buffer<TypeParam>& self = buffer;
+    EXPECT_EQ(&(buffer = self), &buffer);
+    EXPECT_EQ(buffer.data(), before);
+    EXPECT_EQ(elements(buffer), counted<TypeParam>(5));
+}
+
+TYPED_TEST(BufferTest, AssignmentOfAnEmptyBufferFreesTheMemory)
+{
+    Buffer<TypeParam> buffer = bufferOf(counted<TypeParam>(5));
+    buffer = Buffer<TypeParam>();
+    const Fields<TypeParam> fields(buffer);
+    EXPECT_EQ(fields.words[0], 0u);
+    EXPECT_EQ(fields.words[1], 0u);
+    EXPECT_EQ(fields.words[2], 0u);
+}
+
+TYPED_TEST(BufferTest, AssignmentOfNoElementsFreesTheMemory)
+{
+    Buffer<TypeParam> buffer = bufferOf(counted<TypeParam>(5));
+    buffer.assign(nullptr, 0);
+    EXPECT_EQ(buffer.data(), nullptr);
+    EXPECT_EQ(buffer.size(), 0u);
+    buffer = bufferOf(counted<TypeParam>(5));
+    const TypeParam one = 1;
+    buffer.assign(&one, 0);
+    EXPECT_EQ(buffer.data(), nullptr);
+    EXPECT_EQ(buffer.size(), 0u);
+}
+
+namespace {
+
+struct AssignRow {
+    const char* name;
+    std::uint64_t before;
+    std::uint64_t after;
+    bool isReused;
+};
+
+class BufferAssignTest : public testing::TestWithParam<AssignRow> {};
+
+template <class T>
+void expectAssign(const AssignRow& row, bool isFromBuffer)
+{
+    Buffer<T> buffer = bufferOf(counted<T>(row.before));
+    const Buffer<T> source = bufferOf(counted<T>(row.after, 100));
+    const T* const data = buffer.data();
+    long requests = 0;
+    {
+        const FailingAllocator allocator(-1);
+        if (isFromBuffer) {
+            buffer = source;
+        } else {
+            buffer.assign(source.data(), source.size());
+        }
+        requests = allocator.requests();
+    }
+    EXPECT_EQ(requests, row.isReused ? 0 : 1);
+    EXPECT_EQ(buffer.data() == data, row.isReused);
+    EXPECT_EQ(buffer.size(), row.after);
+    EXPECT_EQ(elements(buffer), counted<T>(row.after, 100));
+    EXPECT_NE(buffer.data(), source.data());
+}
+
+} // namespace
+
+TEST_P(BufferAssignTest, FromABufferOfBytes)
+{
+    expectAssign<unsigned char>(GetParam(), true);
+}
+
+TEST_P(BufferAssignTest, FromABufferOfNumbers)
+{
+    expectAssign<unsigned>(GetParam(), true);
+}
+
+TEST_P(BufferAssignTest, FromElementsAndACount)
+{
+    expectAssign<unsigned>(GetParam(), false);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, BufferAssignTest,
+    testing::Values(AssignRow{"SixtyToHundredReuses", 100, 60, true},
+                    AssignRow{"FiftyOneToHundredReuses", 100, 51, true},
+                    AssignRow{"FiftyToHundredAllocates", 100, 50, false},
+                    AssignRow{"FortyToHundredAllocates", 100, 40, false},
+                    AssignRow{"EqualSizeReuses", 100, 100, true}, AssignRow{"OneMoreAllocates", 100, 101, false},
+                    AssignRow{"HalfOfOddSizeIsRoundedDown", 101, 51, true},
+                    AssignRow{"RoundedHalfOfOddSizeAllocates", 101, 50, false},
+                    AssignRow{"OneToOneReuses", 1, 1, true}, AssignRow{"OneToTwoAllocates", 2, 1, false},
+                    AssignRow{"ToEmptyAllocates", 0, 3, false}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TYPED_TEST(BufferTest, ReuseGoesByThePresentSizeNotByTheAllocation)
+{
+    Buffer<TypeParam> buffer = bufferOf(counted<TypeParam>(100));
+    const TypeParam* const data = buffer.data();
+    buffer = bufferOf(counted<TypeParam>(60));
+    buffer = bufferOf(counted<TypeParam>(31));
+    EXPECT_EQ(buffer.data(), data);
+    const Buffer<TypeParam> back = bufferOf(counted<TypeParam>(60));
+    long requests = 0;
+    {
+        const FailingAllocator allocator(-1);
+        buffer = back; // more than 31, though the memory would hold it
+        requests = allocator.requests();
+    }
+    EXPECT_EQ(requests, 1);
+    EXPECT_EQ(elements(buffer), counted<TypeParam>(60));
+}
+
+TYPED_TEST(BufferTest, AssignmentFromOwnRangeTakesTheElementsAsTheyWere)
+{
+    Buffer<TypeParam> overlapping = bufferOf(counted<TypeParam>(10));
+    overlapping.assign(overlapping.data() + 2, 8); // within the memory
+    EXPECT_EQ(elements(overlapping), counted<TypeParam>(8, 3));
+    Buffer<TypeParam> fresh = bufferOf(counted<TypeParam>(10));
+    fresh.assign(fresh.data() + 6, 3); // less than half, so in new memory
+    EXPECT_EQ(elements(fresh), counted<TypeParam>(3, 7));
+    Buffer<TypeParam> whole = bufferOf(counted<TypeParam>(10));
+    whole.assign(whole.data(), 10);
+    EXPECT_EQ(elements(whole), counted<TypeParam>(10));
+}
+
+TYPED_TEST(BufferTest, ResizeToZeroFreesTheMemory)
+{
+    Buffer<TypeParam> buffer = bufferOf(counted<TypeParam>(5));
+    buffer.resize(0, true);
+    EXPECT_EQ(buffer.data(), nullptr);
+    EXPECT_EQ(buffer.size(), 0u);
+    EXPECT_EQ(Fields<TypeParam>(buffer).words[1], 0u);
+    buffer.resize(0, false);
+    EXPECT_EQ(buffer.data(), nullptr);
+}
+
+TYPED_TEST(BufferTest, ResizeToTheCurrentSizeDoesNothing)
+{
+    Buffer<TypeParam> buffer = bufferOf(counted<TypeParam>(5));
+    const TypeParam* const data = buffer.data();
+    long requests = 0;
+    {
+        const FailingAllocator allocator(-1);
+        buffer.resize(5, true);
+        buffer.resize(5, false);
+        requests = allocator.requests();
+    }
+    EXPECT_EQ(requests, 0);
+    EXPECT_EQ(buffer.data(), data);
+    EXPECT_EQ(elements(buffer), counted<TypeParam>(5));
+}
+
+TYPED_TEST(BufferTest, ResizeToMoreKeepsTheElementsAndFillsWithZeros)
+{
+    Buffer<TypeParam> buffer = bufferOf(counted<TypeParam>(3));
+    buffer.resize(6, true);
+    EXPECT_EQ(elements(buffer), (std::vector<TypeParam>{1, 2, 3, 0, 0, 0}));
+}
+
+TYPED_TEST(BufferTest, ResizeToMoreWithoutFillKeepsTheElements)
+{
+    Buffer<TypeParam> buffer = bufferOf(counted<TypeParam>(3));
+    buffer.resize(6, false);
+    EXPECT_EQ(buffer.size(), 6u);
+    EXPECT_EQ(buffer[0], 1);
+    EXPECT_EQ(buffer[1], 2);
+    EXPECT_EQ(buffer[2], 3);
+    buffer[5] = 9; // the memory is there
+    EXPECT_EQ(buffer[5], 9);
+}
+
+TYPED_TEST(BufferTest, ResizeOfAnEmptyBufferFillsAllWithZeros)
+{
+    Buffer<TypeParam> buffer;
+    buffer.resize(4, true);
+    EXPECT_EQ(elements(buffer), (std::vector<TypeParam>{0, 0, 0, 0}));
+}
+
+TYPED_TEST(BufferTest, ResizeToLessKeepsTheFirstElementsInNewMemory)
+{
+    for (const bool zeroFill : {false, true}) {
+        Buffer<TypeParam> buffer = bufferOf(counted<TypeParam>(100));
+        long requests = 0;
+        {
+            const FailingAllocator allocator(-1);
+            buffer.resize(60, zeroFill); // unlike an assignment it never reuses
+            requests = allocator.requests();
+        }
+        EXPECT_EQ(requests, 1);
+        EXPECT_EQ(elements(buffer), counted<TypeParam>(60));
+    }
+}
+
+TYPED_TEST(BufferTest, ElementsAreReadAndWrittenByIndex)
+{
+    Buffer<TypeParam> buffer = bufferOf(counted<TypeParam>(3));
+    buffer[1] = 20;
+    const Buffer<TypeParam>& constant = buffer;
+    EXPECT_EQ(constant[1], 20);
+    EXPECT_EQ(constant.data()[1], 20);
+    EXPECT_EQ(&buffer[2], buffer.data() + 2);
+}
+
+TYPED_TEST(BufferTest, EqualityComparesSizeAndElements)
+{
+    const Buffer<TypeParam> three = bufferOf(counted<TypeParam>(3));
+    EXPECT_TRUE(three == bufferOf(counted<TypeParam>(3)));
+    EXPECT_FALSE(three != bufferOf(counted<TypeParam>(3)));
+    EXPECT_FALSE(three == bufferOf(counted<TypeParam>(4)));
+    EXPECT_TRUE(three != bufferOf(counted<TypeParam>(2)));
+    EXPECT_FALSE(three == bufferOf(std::vector<TypeParam>{1, 2, 4}));
+    EXPECT_TRUE(Buffer<TypeParam>() == Buffer<TypeParam>());
+    EXPECT_FALSE(Buffer<TypeParam>() == three);
+}
+
+TYPED_TEST(BufferTest, FailedAllocationPassesAndChangesNothing)
+{
+    Buffer<TypeParam> buffer = bufferOf(counted<TypeParam>(5));
+    const Buffer<TypeParam> larger = bufferOf(counted<TypeParam>(6, 40));
+    const auto failing = [](const auto& operation) {
+        const FailingAllocator allocator(0);
+        try {
+            operation();
+        } catch (const std::bad_alloc&) {
+            return true;
+        }
+        return false;
+    };
+    EXPECT_TRUE(failing([&] { buffer = larger; }));
+    EXPECT_EQ(elements(buffer), counted<TypeParam>(5));
+    EXPECT_TRUE(failing([&] { buffer.assign(larger.data(), 6); }));
+    EXPECT_EQ(elements(buffer), counted<TypeParam>(5));
+    EXPECT_TRUE(failing([&] { buffer.resize(6, true); }));
+    EXPECT_EQ(elements(buffer), counted<TypeParam>(5));
+    EXPECT_TRUE(failing([&] { buffer.resize(3, false); }));
+    EXPECT_EQ(elements(buffer), counted<TypeParam>(5));
+    EXPECT_TRUE(failing([&] { const Buffer<TypeParam> copy(buffer); }));
+    EXPECT_EQ(elements(buffer), counted<TypeParam>(5));
+}
+
+TYPED_TEST(BufferTest, SizeThatNoMemoryHoldsPassesAsAllocationFailure)
+{
+    Buffer<TypeParam> buffer = bufferOf(counted<TypeParam>(5));
+    EXPECT_THROW(buffer.resize(std::numeric_limits<std::uint64_t>::max(), true), std::bad_alloc);
+    EXPECT_EQ(elements(buffer), counted<TypeParam>(5));
+}

@@ -1,0 +1,155 @@
+#include <vesk/Exception.h>
+
+#include <cxxabi.h>
+#include <exception>
+#include <memory>
+#include <string>
+#include <type_traits>
+#include <typeinfo>
+
+#include <gtest/gtest.h>
+
+using vesk::AssertionFailure;
+using vesk::Exception;
+using vesk::IndexOutOfBounds;
+using vesk::NullPointer;
+using vesk::SerializationFailed;
+using vesk::String;
+
+namespace {
+
+template <class T>
+class ExceptionFamilyTest : public testing::Test {};
+
+using Family = testing::Types<NullPointer, IndexOutOfBounds, SerializationFailed, AssertionFailure>;
+TYPED_TEST_SUITE(ExceptionFamilyTest, Family);
+
+template <class T>
+T make();
+
+template <>
+NullPointer make()
+{
+    return NullPointer("a message that is long enough to have memory of its own");
+}
+
+template <>
+IndexOutOfBounds make()
+{
+    return IndexOutOfBounds(0, 4, 9);
+}
+
+template <>
+SerializationFailed make()
+{
+    return SerializationFailed("a message that is long enough to have memory of its own");
+}
+
+template <>
+AssertionFailure make()
+{
+    return AssertionFailure("libVideo/SceneGraph/Accessor", 68, "index < m_count");
+}
+
+} // namespace
+
+TYPED_TEST(ExceptionFamilyTest, DerivesFromExceptionDirectly)
+{
+    // A class with one public base that is not virtual tells this base in its type information.
+    const auto* const type = dynamic_cast<const abi::__si_class_type_info*>(&typeid(TypeParam));
+    ASSERT_NE(type, nullptr);
+    EXPECT_EQ(*type->__base_type, typeid(Exception));
+    EXPECT_TRUE((std::is_convertible<TypeParam*, Exception*>::value));
+    EXPECT_TRUE((std::is_convertible<TypeParam*, std::exception*>::value));
+}
+
+TYPED_TEST(ExceptionFamilyTest, HasVirtualDestructorAndPublicCopyConstructor)
+{
+    EXPECT_TRUE(std::has_virtual_destructor<TypeParam>::value);
+    EXPECT_TRUE(std::is_copy_constructible<TypeParam>::value);
+}
+
+TYPED_TEST(ExceptionFamilyTest, IsCaughtByValueAsItselfAsBaseAndAsStandardException)
+{
+    EXPECT_THROW(throw make<TypeParam>(), TypeParam);
+    EXPECT_THROW(throw make<TypeParam>(), Exception);
+    EXPECT_THROW(throw make<TypeParam>(), std::exception);
+}
+
+TYPED_TEST(ExceptionFamilyTest, CopyKeepsItsMessageWhenTheFirstHasGone)
+{
+    auto first = std::make_unique<TypeParam>(make<TypeParam>());
+    const std::string words = first->what();
+    const TypeParam copy(*first);
+    first.reset();
+    EXPECT_EQ(copy.what(), words);
+    EXPECT_FALSE(words.empty());
+}
+
+TYPED_TEST(ExceptionFamilyTest, WhatShowsTheMessage)
+{
+    const TypeParam exception = make<TypeParam>();
+    EXPECT_STREQ(exception.what(), exception.message().data());
+    const std::exception& standard = exception;
+    EXPECT_STREQ(standard.what(), exception.message().data());
+}
+
+TEST(ExceptionTest, NullPointerCarriesItsMessage)
+{
+    const NullPointer exception("Asked for array of size: 8");
+    EXPECT_EQ(exception.message(), String("Asked for array of size: 8"));
+    EXPECT_STREQ(exception.what(), "Asked for array of size: 8");
+}
+
+TEST(ExceptionTest, SerializationFailedCarriesItsMessage)
+{
+    const SerializationFailed exception("Serialization is not supported for: n\xC3\xA4me");
+    EXPECT_STREQ(exception.what(), "Serialization is not supported for: n\xC3\xA4me");
+}
+
+TEST(ExceptionTest, IndexOutOfBoundsCarriesBoundsAndIndex)
+{
+    const IndexOutOfBounds exception(0, 4, 9);
+    EXPECT_EQ(exception.low(), 0);
+    EXPECT_EQ(exception.high(), 4);
+    EXPECT_EQ(exception.index(), 9);
+    const IndexOutOfBounds copy(exception);
+    EXPECT_EQ(copy.low(), 0);
+    EXPECT_EQ(copy.high(), 4);
+    EXPECT_EQ(copy.index(), 9);
+}
+
+TEST(ExceptionTest, IndexOutOfBoundsOfAnEmptyContainerHasHighMinusOne)
+{
+    const IndexOutOfBounds exception(0, -1, 0);
+    EXPECT_EQ(exception.low(), 0);
+    EXPECT_EQ(exception.high(), -1);
+    EXPECT_EQ(exception.index(), 0);
+}
+
+TEST(ExceptionTest, IndexOutOfBoundsNamesItsNumbersInTheMessage)
+{
+    const std::string words = IndexOutOfBounds(0, 41, 973).what();
+    EXPECT_NE(words.find("41"), std::string::npos);
+    EXPECT_NE(words.find("973"), std::string::npos);
+}
+
+TEST(ExceptionTest, AssertionFailureCarriesFileLineAndExpression)
+{
+    const AssertionFailure exception("libVideo/SceneGraph/Source", 0x1FFFFFFFFull, "index < m_arrayCount");
+    EXPECT_STREQ(exception.file(), "libVideo/SceneGraph/Source");
+    EXPECT_EQ(exception.line(), 0x1FFFFFFFFull);
+    EXPECT_STREQ(exception.expression(), "index < m_arrayCount");
+    const AssertionFailure copy(exception);
+    EXPECT_STREQ(copy.file(), "libVideo/SceneGraph/Source");
+    EXPECT_EQ(copy.line(), 0x1FFFFFFFFull);
+    EXPECT_STREQ(copy.expression(), "index < m_arrayCount");
+}
+
+TEST(ExceptionTest, AssertionFailureNamesFileLineAndExpressionInTheMessage)
+{
+    const std::string words = AssertionFailure("libMath/include/libMath/Matrix", 321, "x < col").what();
+    EXPECT_NE(words.find("libMath/include/libMath/Matrix"), std::string::npos);
+    EXPECT_NE(words.find("321"), std::string::npos);
+    EXPECT_NE(words.find("x < col"), std::string::npos);
+}

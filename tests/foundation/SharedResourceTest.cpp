@@ -1,0 +1,501 @@
+#include "support/FailingAllocator.h"
+
+#include <vesk/CopiedResource.h>
+#include <vesk/SharedResource.h>
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <type_traits>
+
+#include <gtest/gtest.h>
+
+#if defined(__SANITIZE_ADDRESS__)
+#define TEST_HAS_ADDRESS_SANITIZER 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define TEST_HAS_ADDRESS_SANITIZER 1
+#endif
+#endif
+#ifdef TEST_HAS_ADDRESS_SANITIZER
+#include <sanitizer/asan_interface.h>
+#endif
+
+using testSupport::FailingAllocator;
+using vesk::CopiedResource;
+using vesk::PointerStorage;
+using vesk::SharedResource;
+using vesk::SharedResourceDestroyer;
+using vesk::SharedResourceDestroyerBase;
+
+namespace {
+
+/// Tells how many of its kind live and have died.
+struct Resource {
+    explicit Resource(int resourceNumber = 0) : number(resourceNumber) { ++alive; }
+    Resource(const Resource&) = delete;
+    Resource& operator=(const Resource&) = delete;
+    ~Resource()
+    {
+        --alive;
+        ++died;
+    }
+
+    static void reset()
+    {
+        alive = 0;
+        died = 0;
+    }
+
+    int number;
+    static int alive;
+    static int died;
+};
+
+int Resource::alive = 0;
+int Resource::died = 0;
+
+using Handle = SharedResource<PointerStorage<Resource, 0, 3>, 0>;
+using Link = CopiedResource<PointerStorage<Resource, 3, 2>>;
+using Destroyer = SharedResourceDestroyer<PointerStorage<Resource, 0, 3>>;
+
+/// A family with a virtual destructor.
+struct Base {
+    virtual ~Base() = default;
+};
+
+struct Derived : Base {
+    explicit Derived(int& died) : m_died(died) {}
+    Derived(const Derived&) = delete;
+    Derived& operator=(const Derived&) = delete;
+    ~Derived() override { ++m_died; }
+    int& m_died;
+};
+
+using BaseHandle = SharedResource<PointerStorage<Base, 0, 3>, 0>;
+
+/// The three fields as they stand in memory.
+struct Fields {
+    explicit Fields(const Handle& handle) { std::memcpy(words, &handle, sizeof(words)); }
+    std::uintptr_t words[3];
+};
+
+class SharedResourceTest : public testing::Test {
+public:
+    SharedResourceTest() { Resource::reset(); }
+};
+
+// The place of a virtual operation in its table. A pointer to one holds the offset of its entry plus 1.
+template <class Member>
+std::ptrdiff_t slot(Member member)
+{
+    std::ptrdiff_t word = 0;
+    std::memcpy(&word, &member, sizeof(word));
+    return (word - 1) / static_cast<std::ptrdiff_t>(sizeof(void*));
+}
+
+} // namespace
+
+template class vesk::SharedResource<PointerStorage<Resource, 0, 3>, 0>;
+template class vesk::SharedResource<PointerStorage<Base, 0, 3>, 0>;
+template class vesk::SharedResourceDestroyer<PointerStorage<Resource, 0, 3>>;
+
+TEST_F(SharedResourceTest, StorageHasANullPointerAsNullValue)
+{
+    EXPECT_EQ((PointerStorage<Resource, 0, 3>::nullValue), nullptr);
+    EXPECT_EQ((PointerStorage<Resource, 3, 2>::nullValue), nullptr);
+    EXPECT_EQ((PointerStorage<Resource, 0, 3>().value), nullptr);
+    EXPECT_EQ(sizeof(PointerStorage<Resource, 0, 3>), sizeof(void*));
+}
+
+TEST_F(SharedResourceTest, DefaultConstructedIsEmpty)
+{
+    const Handle handle;
+    EXPECT_EQ(handle.get(), nullptr);
+    EXPECT_EQ(handle.operator->(), nullptr);
+    EXPECT_FALSE(handle);
+    EXPECT_EQ(handle.useCount(), 0u);
+    const Fields fields(handle);
+    EXPECT_EQ(fields.words[0], 0u);
+    EXPECT_EQ(fields.words[1], 0u);
+    EXPECT_EQ(fields.words[2], 0u);
+}
+
+TEST_F(SharedResourceTest, HoldsValueCountAndDestroyerInThisOrder)
+{
+    ASSERT_EQ(sizeof(Handle), 3 * sizeof(void*));
+    auto* const resource = new Resource;
+    const Handle handle(resource);
+    const Handle copy(handle);
+    const Fields fields(handle);
+    EXPECT_EQ(fields.words[0], reinterpret_cast<std::uintptr_t>(resource));
+    unsigned count = 0;
+    std::memcpy(&count, reinterpret_cast<const void*>(fields.words[1]), sizeof(count));
+    EXPECT_EQ(count, 2u);
+    EXPECT_NE(fields.words[2], 0u);
+}
+
+TEST_F(SharedResourceTest, CopiesShareOneCountAndOneDestroyer)
+{
+    const Handle handle(new Resource);
+    const Handle copy(handle);
+    const Fields a(handle);
+    const Fields b(copy);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(a.words[i], b.words[i]) << i;
+    }
+}
+
+TEST_F(SharedResourceTest, AdoptionByConstructionHoldsTheResourceOnce)
+{
+    auto* const resource = new Resource(7);
+    {
+        const Handle handle(resource);
+        EXPECT_EQ(handle.get(), resource);
+        EXPECT_EQ(handle->number, 7);
+        EXPECT_EQ(&*handle, resource);
+        EXPECT_TRUE(handle);
+        EXPECT_EQ(handle.useCount(), 1u);
+        EXPECT_EQ(Resource::alive, 1);
+    }
+    EXPECT_EQ(Resource::alive, 0);
+    EXPECT_EQ(Resource::died, 1);
+}
+
+TEST_F(SharedResourceTest, AdoptionByAssignmentReleasesWhatWasHeld)
+{
+    Handle handle(new Resource(1));
+    const Handle other(handle);
+    auto* const second = new Resource(2);
+    EXPECT_EQ(&(handle = second), &handle);
+    EXPECT_EQ(handle.get(), second);
+    EXPECT_EQ(handle.useCount(), 1u);
+    EXPECT_EQ(other.useCount(), 1u);
+    EXPECT_EQ(Resource::died, 0);
+    handle = new Resource(3);
+    EXPECT_EQ(Resource::died, 1);
+    EXPECT_EQ(handle->number, 3);
+    EXPECT_EQ(other->number, 1);
+}
+
+TEST_F(SharedResourceTest, AdoptionAllocatesTwoBlocksAndCopyingNone)
+{
+    auto* const resource = new Resource;
+    FailingAllocator allocator(-1);
+    const Handle handle(resource);
+    const long ofAdoption = allocator.requests();
+    const Handle copy(handle);
+    Handle assigned;
+    assigned = handle;
+    const long ofAll = allocator.requests();
+    EXPECT_EQ(ofAdoption, 2);
+    EXPECT_EQ(ofAll, 2);
+}
+
+TEST_F(SharedResourceTest, HandleThatAdoptsNullCountsAsNotEmpty)
+{
+    Handle handle(static_cast<Resource*>(nullptr));
+    EXPECT_EQ(handle.get(), nullptr);
+    EXPECT_FALSE(handle); // asked by its value
+    EXPECT_EQ(handle.useCount(), 1u);
+    {
+        const Handle copy(handle);
+        EXPECT_EQ(handle.useCount(), 2u);
+    }
+    EXPECT_EQ(handle.useCount(), 1u);
+    handle = Handle();
+    EXPECT_EQ(handle.useCount(), 0u);
+    handle = static_cast<Resource*>(nullptr);
+    EXPECT_EQ(handle.useCount(), 1u);
+    EXPECT_EQ(Resource::died, 0);
+}
+
+TEST_F(SharedResourceTest, TwoHandlesDeleteTheResourceOnceAtTheLast)
+{
+    auto first = std::make_unique<Handle>(new Resource);
+    auto second = std::make_unique<Handle>(*first);
+    EXPECT_EQ(first->useCount(), 2u);
+    EXPECT_EQ(second->useCount(), 2u);
+    EXPECT_EQ(first->get(), second->get());
+    first.reset();
+    EXPECT_EQ(Resource::died, 0);
+    EXPECT_EQ(second->useCount(), 1u);
+    second.reset();
+    EXPECT_EQ(Resource::died, 1);
+    EXPECT_EQ(Resource::alive, 0);
+}
+
+TEST_F(SharedResourceTest, CopyOfAnEmptyHandleIsEmpty)
+{
+    const Handle empty;
+    const Handle copy(empty);
+    EXPECT_FALSE(copy);
+    EXPECT_EQ(copy.useCount(), 0u);
+}
+
+TEST_F(SharedResourceTest, CopyOfAnEmptiedHandleIsEmpty)
+{
+    Handle emptied(new Resource);
+    emptied = Handle(); // the destroyer field may now keep a stale address
+    const Handle copy(emptied);
+    Handle assigned(new Resource);
+    assigned = emptied;
+    EXPECT_EQ(copy.get(), nullptr);
+    EXPECT_EQ(copy.useCount(), 0u);
+    EXPECT_EQ(assigned.useCount(), 0u);
+    EXPECT_EQ(Resource::died, 2);
+}
+
+TEST_F(SharedResourceTest, AssignmentSharesAndReleases)
+{
+    Handle first(new Resource(1));
+    const Handle second(new Resource(2));
+    EXPECT_EQ(&(first = second), &first);
+    EXPECT_EQ(Resource::died, 1);
+    EXPECT_EQ(first.get(), second.get());
+    EXPECT_EQ(first.useCount(), 2u);
+    EXPECT_EQ(second.useCount(), 2u);
+}
+
+TEST_F(SharedResourceTest, AssignmentToAnEmptyHandleShares)
+{
+    const Handle full(new Resource);
+    Handle empty;
+    empty = full;
+    EXPECT_EQ(empty.get(), full.get());
+    EXPECT_EQ(full.useCount(), 2u);
+}
+
+TEST_F(SharedResourceTest, AssignmentOfAnotherHandleOfTheSameResourceKeepsTheCount)
+{
+    Handle first(new Resource);
+    const Handle second(first);
+    first = second;
+    EXPECT_EQ(first.useCount(), 2u);
+    EXPECT_EQ(Resource::died, 0);
+}
+
+TEST_F(SharedResourceTest, SelfAssignmentChangesNothingAlsoOfTheOnlyHandle)
+{
+    Handle handle(new Resource(5));
+    const Resource* const resource = handle.get();
+    const Handle& self = handle;
+    handle = self;
+    EXPECT_EQ(handle.get(), resource);
+    EXPECT_EQ(handle.useCount(), 1u);
+    EXPECT_EQ(Resource::died, 0);
+    const Handle copy(handle);
+    handle = self;
+    EXPECT_EQ(handle.useCount(), 2u);
+    Handle empty;
+    const Handle& emptySelf = empty;
+    empty = emptySelf;
+    EXPECT_EQ(empty.useCount(), 0u);
+}
+
+TEST_F(SharedResourceTest, AssignmentOfAnEmptyHandleReleasesAndEmpties)
+{
+    Handle full(new Resource);
+    const Handle empty;
+    full = empty;
+    EXPECT_EQ(Resource::died, 1);
+    EXPECT_EQ(full.get(), nullptr);
+    EXPECT_EQ(full.useCount(), 0u);
+}
+
+TEST_F(SharedResourceTest, AssignmentOfAnEmptyHandleOnlyLowersASharedCount)
+{
+    Handle full(new Resource);
+    const Handle other(full);
+    full = Handle();
+    EXPECT_EQ(Resource::died, 0);
+    EXPECT_EQ(full.useCount(), 0u);
+    EXPECT_EQ(other.useCount(), 1u);
+}
+
+TEST_F(SharedResourceTest, HandleIsUsableAgainAfterItWasEmptied)
+{
+    Handle handle(new Resource(1));
+    handle = Handle();
+    handle = new Resource(2);
+    EXPECT_EQ(handle->number, 2);
+    EXPECT_EQ(handle.useCount(), 1u);
+}
+
+namespace {
+
+/// Element of a list that owns its tail.
+struct Link1 {
+    SharedResource<PointerStorage<Link1, 0, 3>, 0> next;
+    int number = 0;
+};
+
+} // namespace
+
+TEST_F(SharedResourceTest, SourceInsideOfTheReleasedObjectIsSafe)
+{
+    SharedResource<PointerStorage<Link1, 0, 3>, 0> head(new Link1);
+    head->number = 1;
+    head->next = new Link1;
+    head->next->number = 2;
+    head = head->next;
+    EXPECT_EQ(head->number, 2);
+    EXPECT_EQ(head.useCount(), 1u);
+}
+
+TEST_F(SharedResourceTest, ResourceIsDeletedByItsVirtualDestructor)
+{
+    int died = 0;
+    {
+        const BaseHandle handle(new Derived(died));
+        EXPECT_EQ(died, 0);
+    }
+    EXPECT_EQ(died, 1);
+}
+
+#ifdef TEST_HAS_ADDRESS_SANITIZER
+namespace {
+
+/// Looks at the word of the count when it dies.
+struct CountWatcher {
+    ~CountWatcher() { isCountFreed = __asan_address_is_poisoned(reinterpret_cast<const void*>(countAddress)) != 0; }
+    std::uintptr_t countAddress = 0;
+    static bool isCountFreed;
+};
+
+bool CountWatcher::isCountFreed = false;
+
+} // namespace
+
+TEST_F(SharedResourceTest, LastReleaseFreesTheCountBeforeTheResource)
+{
+    {
+        const SharedResource<PointerStorage<CountWatcher, 0, 3>, 0> handle(new CountWatcher);
+        std::uintptr_t words[3];
+        std::memcpy(words, &handle, sizeof(words));
+        handle->countAddress = words[1];
+    }
+    EXPECT_TRUE(CountWatcher::isCountFreed);
+}
+#endif
+
+TEST_F(SharedResourceTest, FailedAllocationOfAdoptionPassesAndNothingLeaks)
+{
+    for (long point = 0; point < 2; ++point) {
+        SCOPED_TRACE(point);
+        Resource::reset();
+        auto* const resource = new Resource;
+        bool isThrown = false;
+        try {
+            const FailingAllocator allocator(point);
+            const Handle handle(resource);
+        } catch (const std::bad_alloc&) {
+            isThrown = true;
+        }
+        EXPECT_TRUE(isThrown);
+        EXPECT_EQ(Resource::alive, 0);
+        EXPECT_EQ(Resource::died, 1);
+    }
+}
+
+TEST_F(SharedResourceTest, FailedAllocationOfAdoptionByAssignmentLeavesTheHandleReleased)
+{
+    for (long point = 0; point < 2; ++point) {
+        SCOPED_TRACE(point);
+        Resource::reset();
+        Handle handle(new Resource(1));
+        auto* const second = new Resource(2);
+        bool isThrown = false;
+        try {
+            const FailingAllocator allocator(point);
+            handle = second;
+        } catch (const std::bad_alloc&) {
+            isThrown = true;
+        }
+        EXPECT_TRUE(isThrown);
+        EXPECT_EQ(handle.get(), nullptr);
+        EXPECT_EQ(handle.useCount(), 0u);
+        EXPECT_EQ(Resource::alive, 0);
+        EXPECT_EQ(Resource::died, 2);
+    }
+}
+
+TEST_F(SharedResourceTest, HandlesCompareByTheirResource)
+{
+    const Handle first(new Resource(1));
+    const Handle copy(first);
+    const Handle second(new Resource(1));
+    const Handle empty;
+    EXPECT_TRUE(first == copy);
+    EXPECT_FALSE(first != copy);
+    EXPECT_FALSE(first == second);
+    EXPECT_TRUE(first != second);
+    EXPECT_TRUE(empty == Handle());
+    EXPECT_TRUE(empty == nullptr);
+    EXPECT_TRUE(nullptr == empty);
+    EXPECT_FALSE(empty != nullptr);
+    EXPECT_FALSE(nullptr != empty);
+    EXPECT_TRUE(first != nullptr);
+    EXPECT_TRUE(nullptr != first);
+    EXPECT_FALSE(first == nullptr);
+}
+
+TEST_F(SharedResourceTest, OwningAndNonOwningHandlesCompare)
+{
+    const Handle first(new Resource(1));
+    const Handle second(new Resource(2));
+    const Link link(first);
+    EXPECT_TRUE(link == first);
+    EXPECT_TRUE(first == link);
+    EXPECT_FALSE(link != first);
+    EXPECT_TRUE(link != second);
+    EXPECT_FALSE(second == link);
+}
+
+TEST_F(SharedResourceTest, EmptinessTestIsExplicit)
+{
+    EXPECT_FALSE((std::is_convertible<Handle, bool>::value));
+    EXPECT_TRUE((std::is_constructible<bool, Handle>::value));
+}
+
+TEST_F(SharedResourceTest, NonOwningHandleDoesNotBecomeAnOwningOne)
+{
+    EXPECT_FALSE((std::is_constructible<Handle, Link>::value));
+    EXPECT_FALSE((std::is_assignable<Handle&, Link>::value));
+}
+
+TEST(SharedResourceDestroyerTest, HasVirtualDestructorAndPureDisarmInThisOrder)
+{
+    EXPECT_TRUE(std::has_virtual_destructor<SharedResourceDestroyerBase>::value);
+    EXPECT_TRUE(std::is_abstract<SharedResourceDestroyerBase>::value);
+    EXPECT_TRUE((std::is_base_of<SharedResourceDestroyerBase, Destroyer>::value));
+    EXPECT_EQ(slot(&SharedResourceDestroyerBase::disarm), 2); // a destructor has two entries
+    EXPECT_EQ(sizeof(Destroyer), 2 * sizeof(void*));
+}
+
+TEST(SharedResourceDestroyerTest, DeletesItsResourceThroughTheBase)
+{
+    Resource::reset();
+    SharedResourceDestroyerBase* const destroyer = new Destroyer(new Resource);
+    EXPECT_EQ(Resource::died, 0);
+    delete destroyer;
+    EXPECT_EQ(Resource::died, 1);
+}
+
+TEST(SharedResourceDestroyerTest, DisarmedDeletesNothing)
+{
+    Resource::reset();
+    Resource resource;
+    SharedResourceDestroyerBase* const destroyer = new Destroyer(&resource);
+    destroyer->disarm();
+    delete destroyer;
+    EXPECT_EQ(Resource::died, 0);
+}
+
+TEST(SharedResourceDestroyerTest, NullResourceIsNotDeleted)
+{
+    Resource::reset();
+    delete static_cast<SharedResourceDestroyerBase*>(new Destroyer(nullptr));
+    EXPECT_EQ(Resource::died, 0);
+}

@@ -1,0 +1,405 @@
+#include <vesk/String.h>
+
+#include <clocale>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <locale>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+using vesk::CString;
+using vesk::String;
+using vesk::VeskValue;
+
+namespace {
+
+constexpr unsigned notFound = 0xFFFFFFFFu;
+
+std::string bytes(const String& text)
+{
+    return std::string(text.data(), text.size());
+}
+
+} // namespace
+
+TEST(StringTest, IsPlainValueWithoutVirtualOperations)
+{
+    EXPECT_FALSE(std::is_polymorphic<String>::value);
+    EXPECT_FALSE(std::is_polymorphic<CString>::value);
+}
+
+TEST(StringTest, DefaultConstructedIsEmpty)
+{
+    const String text;
+    EXPECT_EQ(text.size(), 0u);
+    EXPECT_TRUE(text.empty());
+    EXPECT_STREQ(text.data(), "");
+}
+
+TEST(StringTest, ConstructionCopiesNarrowText)
+{
+    char source[] = "lamp";
+    const String text(source);
+    source[0] = 'X';
+    EXPECT_EQ(bytes(text), "lamp");
+    EXPECT_FALSE(text.empty());
+}
+
+TEST(StringTest, NullNarrowTextIsEmptyText)
+{
+    const char* const none = nullptr;
+    EXPECT_EQ(String(none), String());
+    String text("before");
+    text = none;
+    EXPECT_TRUE(text.empty());
+    String appended("a");
+    appended.append(none);
+    EXPECT_EQ(bytes(appended), "a");
+    EXPECT_EQ(bytes(none + String("right")), "right");
+}
+
+TEST(StringTest, CopyIsIndependentOfItsSource)
+{
+    String source("one");
+    const String copy(source);
+    String assigned;
+    assigned = source;
+    source.append("two");
+    EXPECT_EQ(bytes(copy), "one");
+    EXPECT_EQ(bytes(assigned), "one");
+    EXPECT_EQ(bytes(source), "onetwo");
+}
+
+TEST(StringTest, AssignmentReturnsTheObjectItself)
+{
+    String text;
+    const String other("x");
+    EXPECT_EQ(&(text = other), &text);
+    EXPECT_EQ(&(text = "y"), &text);
+    EXPECT_EQ(bytes(text), "y");
+}
+
+TEST(StringTest, SelfAssignmentKeepsTheText)
+{
+    String text("a text that is too long for any storage within the object itself");
+    const String& self = text;
+    text = self;
+    EXPECT_EQ(bytes(text), "a text that is too long for any storage within the object itself");
+}
+
+TEST(StringTest, AssignmentFromPartOfOwnTextTakesThatPart)
+{
+    String text("0123456789012345678901234567890123456789tail");
+    text = text.data() + 40;
+    EXPECT_EQ(bytes(text), "tail");
+}
+
+TEST(StringTest, AppendsTextsAndReturnsTheObjectItself)
+{
+    String text("a");
+    EXPECT_EQ(&text.append(String("b")), &text);
+    EXPECT_EQ(&text.append("c"), &text);
+    EXPECT_EQ(&(text += String("d")), &text);
+    EXPECT_EQ(bytes(text), "abcd");
+    EXPECT_EQ(text.size(), 4u);
+}
+
+TEST(StringTest, AppendOfOwnTextDoublesIt)
+{
+    String text("0123456789abcdef");
+    text.append(text);
+    EXPECT_EQ(bytes(text), "0123456789abcdef0123456789abcdef");
+    text = "0123456789abcdef";
+    text += text;
+    EXPECT_EQ(bytes(text), "0123456789abcdef0123456789abcdef");
+    text = "0123456789abcdef";
+    text.append(text.data() + 10);
+    EXPECT_EQ(bytes(text), "0123456789abcdefabcdef");
+}
+
+TEST(StringTest, SizeCountsBytes)
+{
+    EXPECT_EQ(String("\xC3\xA4").size(), 2u);
+    EXPECT_EQ(String("\xF0\x9F\x98\x80").size(), 4u);
+}
+
+TEST(StringTest, FindGivesFirstPosition)
+{
+    const String text("a#b#c");
+    EXPECT_EQ(text.find('a'), 0u);
+    EXPECT_EQ(text.find('#'), 1u);
+    EXPECT_EQ(text.find('c'), 4u);
+}
+
+TEST(StringTest, FindOfAbsentCharacterGivesAllOnes)
+{
+    EXPECT_EQ(String("abc").find('x'), notFound);
+    EXPECT_EQ(String().find('x'), notFound);
+    EXPECT_EQ(String("abc").find(1, 'a'), notFound);
+    EXPECT_EQ(String::npos, notFound);
+}
+
+TEST(StringTest, FindFromStartLooksAtAndBehindIt)
+{
+    const String text("a#b#c");
+    EXPECT_EQ(text.find(0, '#'), 1u);
+    EXPECT_EQ(text.find(1, '#'), 1u);
+    EXPECT_EQ(text.find(2, '#'), 3u);
+    EXPECT_EQ(text.find(4, '#'), notFound);
+}
+
+TEST(StringTest, FindFromBehindTheEndFindsNothing)
+{
+    const String text("abc");
+    EXPECT_EQ(text.find(3, 'c'), notFound);
+    EXPECT_EQ(text.find(4, 'c'), notFound);
+    EXPECT_EQ(text.find(notFound, 'c'), notFound);
+}
+
+TEST(StringTest, SubStringTakesLengthFromStart)
+{
+    const String text("ArrayOfOthers");
+    EXPECT_EQ(bytes(text.subString(2, 10)), "rayOfOther");
+    EXPECT_EQ(bytes(text.subString(0, 5)), "Array");
+    EXPECT_EQ(bytes(text.subString(3, 0)), "");
+}
+
+TEST(StringTest, SubStringWithAllOnesTakesAllToTheEnd)
+{
+    const String text("#lamp");
+    EXPECT_EQ(bytes(text.subString(1, notFound)), "lamp");
+    EXPECT_EQ(bytes(text.subString(0, notFound)), "#lamp");
+    EXPECT_EQ(bytes(text.subString(5, notFound)), "");
+}
+
+TEST(StringTest, SubStringStopsAtTheEndOfTheText)
+{
+    const String text("abc");
+    EXPECT_EQ(bytes(text.subString(1, 100)), "bc");
+    EXPECT_EQ(bytes(text.subString(3, 1)), "");
+    EXPECT_EQ(bytes(text.subString(100, 1)), "");
+    EXPECT_EQ(bytes(text.subString(notFound, notFound)), "");
+}
+
+TEST(StringTest, EqualityIsExact)
+{
+    EXPECT_TRUE(String("abc") == String("abc"));
+    EXPECT_FALSE(String("abc") == String("abC"));
+    EXPECT_FALSE(String("abc") == String("abc "));
+    EXPECT_FALSE(String("abc") == String("ab"));
+    EXPECT_TRUE(String() == String(""));
+    EXPECT_TRUE(String("a") != String("b"));
+    EXPECT_FALSE(String("a") != String("a"));
+}
+
+namespace {
+
+struct NoCaseRow {
+    const char* name;
+    const char* a;
+    const char* b;
+    int sign; // of the result
+};
+
+class StringNoCaseTest : public testing::TestWithParam<NoCaseRow> {};
+
+int sign(int number)
+{
+    return number == 0 ? 0 : (number < 0 ? -1 : 1);
+}
+
+template <class Row>
+std::string rowName(const testing::TestParamInfo<Row>& info)
+{
+    return info.param.name;
+}
+
+} // namespace
+
+TEST_P(StringNoCaseTest, ComparesBothWays)
+{
+    const NoCaseRow& row = GetParam();
+    EXPECT_EQ(sign(String::compareNoCase(row.a, row.b)), row.sign);
+    EXPECT_EQ(sign(String::compareNoCase(row.b, row.a)), -row.sign);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, StringNoCaseTest,
+    testing::Values(NoCaseRow{"BothEmpty", "", "", 0}, NoCaseRow{"SameText", "POSITION", "POSITION", 0},
+                    NoCaseRow{"OtherCase", "Position", "pOSITION", 0}, NoCaseRow{"WholeAlphabet",
+                    "abcdefghijklmnopqrstuvwxyz", "ABCDEFGHIJKLMNOPQRSTUVWXYZ", 0},
+                    NoCaseRow{"OtherLetter", "abc", "abd", -1}, NoCaseRow{"PrefixIsLess", "NORMA", "normal", -1},
+                    NoCaseRow{"EmptyIsLess", "", "a", -1},
+                    NoCaseRow{"NeighboursOfTheLettersAreNotFolded", "@[`{", "`{@[", -1},
+                    NoCaseRow{"ControlBytesAreNotFolded", "\x01", "!", -1},
+                    NoCaseRow{"OnlyAsciiIsFolded", "\xC3\x84", "\xC3\xA4", -1},
+                    NoCaseRow{"HighBytesAreGreaterThanAscii", "z", "\xC3\xA4", -1},
+                    NoCaseRow{"SameHighBytes", "\xC3\xA4X", "\xC3\xA4x", 0}),
+    rowName<NoCaseRow>);
+
+namespace {
+
+struct RealRow {
+    const char* name;
+    const char* text;
+    float value;
+};
+
+class StringRealTest : public testing::TestWithParam<RealRow> {};
+
+struct BadRealRow {
+    const char* name;
+    const char* text;
+};
+
+class StringBadRealTest : public testing::TestWithParam<BadRealRow> {};
+
+} // namespace
+
+TEST_P(StringRealTest, IsParsed)
+{
+    float value = 77.0f;
+    EXPECT_TRUE(String::strToReal32(GetParam().text, value));
+    EXPECT_EQ(value, GetParam().value);
+    EXPECT_EQ(std::signbit(value), std::signbit(GetParam().value));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, StringRealTest,
+    testing::Values(RealRow{"Zero", "0", 0.0f}, RealRow{"NegativeZero", "-0", -0.0f}, RealRow{"Integer", "42", 42.0f},
+                    RealRow{"Negative", "-1.5", -1.5f}, RealRow{"LeadingPlus", "+2.25", 2.25f},
+                    RealRow{"NoDigitBeforeThePoint", ".5", 0.5f}, RealRow{"NoDigitBehindThePoint", "3.", 3.0f},
+                    RealRow{"Exponent", "1e3", 1000.0f}, RealRow{"CapitalExponent", "125E-3", 0.125f},
+                    RealRow{"PositiveExponent", "1e+2", 100.0f}, RealRow{"LeadingZeros", "007", 7.0f},
+                    RealRow{"BlanksAround", "  8 \t", 8.0f}, RealRow{"LineFeedsAround", "\r\n-8\n", -8.0f},
+                    RealRow{"BlankBeforePlus", " +1", 1.0f},
+                    RealRow{"LargestFloat", "3.40282347e38", std::numeric_limits<float>::max()},
+                    RealRow{"SmallestNormal", "1.17549435e-38", std::numeric_limits<float>::min()},
+                    RealRow{"RoundedToFloat", "0.1", 0.1f},
+                    RealRow{"ManyDigits", "0.333333333333333333333333333333333", 1.0f / 3.0f}),
+    rowName<RealRow>);
+
+TEST_P(StringBadRealTest, IsRefusedAndLeavesTheValueAlone)
+{
+    float value = 77.0f;
+    EXPECT_FALSE(String::strToReal32(GetParam().text, value));
+    EXPECT_EQ(value, 77.0f);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, StringBadRealTest,
+    testing::Values(BadRealRow{"Empty", ""}, BadRealRow{"Blanks", "   "}, BadRealRow{"Word", "red"},
+                    BadRealRow{"TextBehind", "1.5m"}, BadRealRow{"SecondNumberBehind", "1 2"},
+                    BadRealRow{"DecimalComma", "1,5"}, BadRealRow{"SignAlone", "-"}, BadRealRow{"PlusAlone", "+"},
+                    BadRealRow{"PlusMinus", "+-1"}, BadRealRow{"TwoPluses", "++1"}, BadRealRow{"TwoMinuses", "--1"},
+                    BadRealRow{"BlankBehindSign", "- 1"}, BadRealRow{"PointAlone", "."},
+                    BadRealRow{"OpenExponent", "1e"}, BadRealRow{"Hexadecimal", "0x10"},
+                    BadRealRow{"TooLarge", "1e39"}, BadRealRow{"TooLargeNegative", "-1e39"}),
+    rowName<BadRealRow>);
+
+TEST(StringTest, NumberIsParsedAlikeInEveryLocale)
+{
+    struct CommaPoint : std::numpunct<char> {
+        char do_decimal_point() const override { return ','; }
+        char do_thousands_sep() const override { return '.'; }
+    };
+    const std::locale before = std::locale::global(std::locale(std::locale::classic(), new CommaPoint));
+    const std::string cBefore = std::setlocale(LC_ALL, nullptr);
+    for (const char* name : {"de_DE.UTF-8", "de_DE", "fr_FR.UTF-8"}) {
+        if (std::setlocale(LC_ALL, name) != nullptr) {
+            break;
+        }
+    }
+    float value = 0.0f;
+    EXPECT_TRUE(String::strToReal32("1234.5", value));
+    EXPECT_EQ(value, 1234.5f);
+    EXPECT_FALSE(String::strToReal32("1,5", value));
+    EXPECT_EQ(bytes(VeskValue(1234567).toString(VeskValue::nilValue)), "1234567");
+    std::setlocale(LC_ALL, cBefore.c_str());
+    std::locale::global(before);
+}
+
+TEST(StringTest, Utf8FormHasTheBytesOfTheText)
+{
+    const String text("m\xC3\xB6" "del \xE2\x82\xAC");
+    const CString narrow = text.getUTF8String();
+    EXPECT_STREQ(static_cast<const char*>(narrow), "m\xC3\xB6" "del \xE2\x82\xAC");
+    EXPECT_STREQ(static_cast<const char*>(String().getUTF8String()), "");
+}
+
+TEST(StringTest, Utf8FormOutlivesTheText)
+{
+    auto text = std::make_unique<String>("a path that is long enough to stand in memory of its own.dae");
+    const CString narrow = text->getUTF8String();
+    text.reset();
+    EXPECT_STREQ(static_cast<const char*>(narrow), "a path that is long enough to stand in memory of its own.dae");
+}
+
+TEST(StringTest, Utf8FormDoesNotFollowLaterChangesOfTheText)
+{
+    String text("before");
+    const CString narrow = text.getUTF8String();
+    text.append("after");
+    EXPECT_STREQ(static_cast<const char*>(narrow), "before");
+}
+
+TEST(StringTest, EmptyIsOneSharedEmptyText)
+{
+    EXPECT_TRUE(String::EMPTY().empty());
+    EXPECT_EQ(&String::EMPTY(), &String::EMPTY());
+}
+
+TEST(StringTest, PlusPutsNarrowTextBeforeText)
+{
+    const String right("8");
+    const String result = "Asked for array of size: " + right;
+    EXPECT_EQ(bytes(result), "Asked for array of size: 8");
+    EXPECT_EQ(bytes(right), "8");
+    EXPECT_EQ(bytes("" + String()), "");
+}
+
+TEST(StringTest, IsStreamable)
+{
+    std::ostringstream out;
+    out << String("a b") << String() << String("c");
+    EXPECT_EQ(out.str(), "a bc");
+}
+
+TEST(VeskValueTest, HasVirtualDestructor)
+{
+    EXPECT_TRUE(std::has_virtual_destructor<VeskValue>::value);
+}
+
+TEST(VeskValueTest, NilValueIsAnUnsignedConstant)
+{
+    EXPECT_TRUE((std::is_same<decltype(VeskValue::nilValue), const unsigned>::value));
+    EXPECT_EQ(unsigned(VeskValue::nilValue), 0xFFFFFFFFu);
+}
+
+TEST(VeskValueTest, PrintsPlainDecimalText)
+{
+    const std::pair<unsigned, const char*> rows[] = {
+        {0u, "0"},
+        {7u, "7"},
+        {10u, "10"},
+        {1234567890u, "1234567890"},
+        {0x7FFFFFFFu, "2147483647"},
+        {0x80000000u, "2147483648"},
+        {0xFFFFFFFEu, "4294967294"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(bytes(VeskValue(row.first).toString(VeskValue::nilValue)), row.second);
+    }
+}
+
+TEST(VeskValueTest, PrintsTheValueAlsoWhenItIsNil)
+{
+    EXPECT_EQ(bytes(VeskValue(VeskValue::nilValue).toString(VeskValue::nilValue)), "4294967295");
+    EXPECT_EQ(bytes(VeskValue(5).toString(5)), "5");
+}

@@ -1,0 +1,1111 @@
+#include "support/ColladaBuilder.h"
+#include "support/LogCapture.h"
+#include "support/PrivateAccess.h"
+
+#include <vesk/Array.h>
+#include <vesk/Exception.h>
+#include <vesk/String.h>
+
+#include <libMath/Matrix.h>
+#include <libMath/Vector.h>
+
+#include <libVideo/SceneGraph/Animation.h>
+#include <libVideo/SceneGraph/Node.h>
+#include <libVideo/SceneGraph/Transformation.h>
+
+#include <libVideo/ColladaDom.h>
+
+#include <array>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+#include <typeinfo>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using libVideo::AnimationHandle;
+using libVideo::Node;
+using libVideo::NodeLink;
+using libVideo::TransformationHandle;
+using testSupport::ColladaBuilder;
+using testSupport::LogCapture;
+
+using Matrix4 = libMath::Matrix<float, 4, 4>;
+using Vector3 = libMath::Vector<float, 3>;
+using Values = daeTArray<double>;
+using Elements = std::array<float, 16>;
+using TransformationList = vesk::Array<TransformationHandle>;
+
+PRIVATE_MEMBER(NodeMatrix, Matrix4 Node::*, &Node::m_transform)
+PRIVATE_MEMBER(NodeParent, NodeLink Node::*, &Node::m_parent)
+PRIVATE_MEMBER(NodeChildren, vesk::Array<NodeLink> Node::*, &Node::m_children)
+PRIVATE_MEMBER(NodeId, vesk::String Node::*, &Node::m_id)
+PRIVATE_MEMBER(NodeSid, vesk::String Node::*, &Node::m_sid)
+PRIVATE_MEMBER(NodeName, vesk::String Node::*, &Node::m_name)
+PRIVATE_MEMBER(NodeHasAnimation, bool Node::*, &Node::m_hasAnimation)
+PRIVATE_MEMBER(NodeTransformations, TransformationList Node::*, &Node::m_transformations)
+PRIVATE_MEMBER(NodeSetId, void (Node::*)(const vesk::String&), &Node::setId)
+PRIVATE_MEMBER(NodeSetSid, void (Node::*)(const vesk::String&), &Node::setSid)
+PRIVATE_MEMBER(NodeSetName, void (Node::*)(const vesk::String&), &Node::setName)
+PRIVATE_MEMBER(NodeAccumulateTransform, void (Node::*)(const daeTArray<daeSmartRef<daeElement>>&),
+               &Node::accumulateTransform)
+PRIVATE_MEMBER(NodeLookat, void (Node::*)(Values&), &Node::lookat)
+PRIVATE_MEMBER(NodeTranslate, void (Node::*)(const Values&), &Node::translate)
+PRIVATE_MEMBER(NodeRotate, void (Node::*)(const Values&), &Node::rotate)
+PRIVATE_MEMBER(NodeScale, void (Node::*)(const Values&), &Node::scale)
+PRIVATE_MEMBER(NodeTransformValues, void (Node::*)(const Values&), &Node::transform)
+
+constexpr Elements identity{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+constexpr Elements zero{};
+constexpr float rounding = 1e-6f;
+
+constexpr Elements translated(float x, float y, float z)
+{
+    return {1, 0, 0, x, 0, 1, 0, y, 0, 0, 1, z, 0, 0, 0, 1};
+}
+
+constexpr Elements scaled(float x, float y, float z)
+{
+    return {x, 0, 0, 0, 0, y, 0, 0, 0, 0, z, 0, 0, 0, 0, 1};
+}
+
+Elements elements(const Matrix4& matrix)
+{
+    Elements all{};
+    for (unsigned i = 0; i < 16; ++i) {
+        all[i] = matrix[i];
+    }
+    return all;
+}
+
+std::array<float, 3> components(const Vector3& vector)
+{
+    return {vector[0], vector[1], vector[2]};
+}
+
+// For what sine and cosine have a part in; all else is compared exactly.
+testing::AssertionResult isNear(const Elements& expected, const Matrix4& matrix)
+{
+    for (unsigned i = 0; i < 16; ++i) {
+        const float tolerance = rounding * std::fmax(1.0f, std::fabs(expected[i]));
+        if (!(std::fabs(matrix[i] - expected[i]) <= tolerance)) {
+            return testing::AssertionFailure() << "element " << i << " is " << matrix[i] << ", not " << expected[i]
+                                               << ", in " << testing::PrintToString(elements(matrix));
+        }
+    }
+    return testing::AssertionSuccess();
+}
+
+testing::AssertionResult isNotANumberThroughout(const Matrix4& matrix)
+{
+    for (unsigned i = 0; i < 16; ++i) {
+        if (!std::isnan(matrix[i])) {
+            return testing::AssertionFailure() << "element " << i << " is " << matrix[i];
+        }
+    }
+    return testing::AssertionSuccess();
+}
+
+Values valuesOf(const std::vector<double>& numbers)
+{
+    Values values;
+    for (const double number : numbers) {
+        values.append(number);
+    }
+    return values;
+}
+
+const TransformationList& transformationsOf(const Node& node)
+{
+    return node.*privateMember(NodeTransformations());
+}
+
+// A node "n" with the children.
+std::string node(const std::string& children)
+{
+    return "<node id='n'>" + children + "</node>";
+}
+
+// A <source> over two records of numbers.
+std::string twoRecords(const std::string& id, unsigned stride, const std::string& numbers)
+{
+    return "<source id='" + id + "'><float_array id='" + id + "-array' count='" + std::to_string(2 * stride) + "'>" +
+           numbers + "</float_array><technique_common><accessor source='#" + id + "-array' count='2' stride='" +
+           std::to_string(stride) + "'/></technique_common></source>";
+}
+
+// A straight curve with keys at seconds 1 and 3, and so with a length of 3. Without a word on interpolation, it is
+// straight.
+std::string curve(const std::string& target, unsigned stride, const std::string& values)
+{
+    return "<animation>" + twoRecords("times", 1, "1 3") + twoRecords("values", stride, values) +
+           "<sampler id='sampler'><input semantic='INPUT' source='#times'/>"
+           "<input semantic='OUTPUT' source='#values'/></sampler><channel source='#sampler' target='" +
+           target + "'/></animation>";
+}
+
+/// One node of a small document, with the document that it was read from.
+class Document {
+public:
+    explicit Document(const std::string& nodes)
+    {
+        m_builder.addScene(nodes);
+        if (m_builder.open() == nullptr) {
+            throw std::runtime_error("the document does not open: " + m_builder.text());
+        }
+    }
+
+    domNode& element(const char* id = "n")
+    {
+        domNode* const found = m_builder.element<domNode>(id);
+        if (found == nullptr) {
+            throw std::runtime_error(std::string("no node ") + id);
+        }
+        return *found;
+    }
+
+private:
+    ColladaBuilder m_builder;
+};
+
+Node read(const std::string& nodes)
+{
+    Document document(nodes);
+    return Node(document.element());
+}
+
+AnimationHandle animation(const std::string& target, unsigned stride, const std::string& values)
+{
+    ColladaBuilder builder("<library_animations>" + curve(target, stride, values) + "</library_animations>");
+    vesk::Array<AnimationHandle> list;
+    libVideo::createAnimationListFromCollada(builder.open(), builder.dae(), list);
+    if (list.size() != 1 || list[0]->getCount() != 2 || list[0]->animationLength() != 3.0) {
+        throw std::runtime_error("the curve does not load: " + builder.text());
+    }
+    return list[0];
+}
+
+static_assert(std::has_virtual_destructor_v<Node>);
+static_assert(std::is_copy_constructible_v<Node> && std::is_copy_assignable_v<Node>);
+static_assert(!std::is_convertible_v<const domNode&, Node>);
+static_assert(std::is_same_v<decltype(std::declval<const Node&>().id()), const vesk::String&>);
+static_assert(std::is_same_v<decltype(std::declval<const Node&>().sid()), const vesk::String&>);
+static_assert(std::is_same_v<decltype(std::declval<const Node&>().name()), const vesk::String&>);
+static_assert(std::is_same_v<decltype(std::declval<const Node&>().parent()), const NodeLink&>);
+static_assert(std::is_same_v<decltype(std::declval<const Node&>().children()), const vesk::Array<NodeLink>&>);
+static_assert(std::is_same_v<decltype(std::declval<const Node&>().transform()), const Matrix4&>);
+static_assert(std::is_same_v<decltype(std::declval<Node&>().transform(0.0)), const Matrix4&>);
+static_assert(std::is_same_v<decltype(std::declval<Node&>().updateTransform()), const Matrix4&>);
+static_assert(std::is_same_v<decltype(std::declval<const Node&>().position()), const Vector3>);
+static_assert(std::is_same_v<decltype(std::declval<const Node&>().up()), const Vector3>);
+static_assert(std::is_same_v<decltype(std::declval<Node&>().position(0.0)), const Vector3>);
+static_assert(std::is_same_v<decltype(std::declval<Node&>().up(0.0)), const Vector3>);
+static_assert(std::is_same_v<decltype(std::declval<Node&>().createFromCollada(std::declval<const domNode&>())), bool>);
+
+TEST(NodeTest, FieldsStandInTheirOrder)
+{
+    const Node node;
+    const std::vector<const void*> fields{
+        &(node.*privateMember(NodeMatrix())),       &(node.*privateMember(NodeParent())),
+        &(node.*privateMember(NodeChildren())),     &(node.*privateMember(NodeId())),
+        &(node.*privateMember(NodeSid())),          &(node.*privateMember(NodeName())),
+        &(node.*privateMember(NodeHasAnimation())), &(node.*privateMember(NodeTransformations()))};
+    for (std::size_t i = 1; i < fields.size(); ++i) {
+        EXPECT_LT(fields[i - 1], fields[i]) << "field " << i;
+    }
+}
+
+TEST(NodeTest, DefaultNodeIsTheIdentityAndEmpty)
+{
+    const Node node;
+
+    EXPECT_EQ(identity, elements(node.transform()));
+    EXPECT_EQ(nullptr, node.parent());
+    EXPECT_EQ(0u, node.children().size());
+    EXPECT_STREQ("", node.id().data());
+    EXPECT_STREQ("", node.sid().data());
+    EXPECT_STREQ("", node.name().data());
+    EXPECT_FALSE(node.hasAnimation());
+    EXPECT_EQ(0u, transformationsOf(node).size());
+}
+
+TEST(NodeTest, DefaultNodeStandsAtTheOriginWithYUp)
+{
+    const Node node;
+
+    EXPECT_EQ((std::array<float, 3>{0, 0, 0}), components(node.position()));
+    EXPECT_EQ((std::array<float, 3>{0, 1, 0}), components(node.up()));
+}
+
+TEST(NodeTest, NodeOfAnElementHasNoLinks)
+{
+    const Node parent = read("<node id='n' sid='s' name='m'><translate>1 2 3</translate><node id='child'/></node>");
+
+    EXPECT_EQ(nullptr, parent.parent());
+    EXPECT_EQ(0u, parent.children().size());
+    EXPECT_FALSE(parent.hasAnimation());
+}
+
+TEST(NodeTest, NodeWithoutTransformChildIsAllZero)
+{
+    const Node built = read(node("<node id='child'><translate>1 2 3</translate></node><instance_geometry url='#g'/>"));
+
+    EXPECT_EQ(zero, elements(built.transform()));
+    EXPECT_EQ((std::array<float, 3>{0, 0, 0}), components(built.position()));
+    EXPECT_EQ((std::array<float, 3>{0, 0, 0}), components(built.up()));
+    EXPECT_EQ(0u, transformationsOf(built).size());
+}
+
+TEST(NodeTest, LoadingWithoutTransformChildIsTrueAndLeavesTheMatrix)
+{
+    Document document("<node id='n'/><node id='moved'><translate>1 2 3</translate></node>");
+    Node untouched;
+    EXPECT_TRUE(untouched.createFromCollada(document.element()));
+    EXPECT_EQ(identity, elements(untouched.transform()));
+
+    Node moved(document.element("moved"));
+    EXPECT_TRUE(moved.createFromCollada(document.element()));
+    EXPECT_EQ(translated(1, 2, 3), elements(moved.transform()));
+    EXPECT_EQ(1u, transformationsOf(moved).size());
+}
+
+TEST(NodeTest, LoadingWithTransformChildIsTrue)
+{
+    Document document(node("<translate>1 2 3</translate>"));
+    Node built;
+    EXPECT_TRUE(built.createFromCollada(document.element()));
+    EXPECT_EQ(translated(1, 2, 3), elements(built.transform()));
+}
+
+TEST(NodeTest, NamesComeFromTheAttributes)
+{
+    const Node built = read("<node id='n' sid='place' name='Lamp'/>");
+
+    EXPECT_STREQ("n", built.id().data());
+    EXPECT_STREQ("place", built.sid().data());
+    EXPECT_STREQ("Lamp", built.name().data());
+}
+
+TEST(NodeTest, AbsentNamesAreEmpty)
+{
+    ColladaBuilder builder;
+    builder.addScene("<node/>");
+    domCOLLADA* const root = builder.open();
+    ASSERT_NE(nullptr, root);
+    const Node built(*root->getLibrary_visual_scenes_array()[0]->getVisual_scene_array()[0]->getNode_array()[0]);
+
+    EXPECT_STREQ("", built.id().data());
+    EXPECT_STREQ("", built.sid().data());
+    EXPECT_STREQ("", built.name().data());
+}
+
+TEST(NodeTest, SecondLoadReplacesTheNamesAlsoByEmptyOnes)
+{
+    Document document("<node id='n' sid='place' name='Lamp'/><node id='other'/>");
+    Node built(document.element());
+    built.createFromCollada(document.element("other"));
+
+    EXPECT_STREQ("other", built.id().data());
+    EXPECT_STREQ("", built.sid().data());
+    EXPECT_STREQ("", built.name().data());
+}
+
+TEST(NodeTest, SecondLoadStartsTheMatrixAnewAndAppendsToTheList)
+{
+    Document document(node("<translate sid='t'>1 2 3</translate>") +
+                      "<node id='other'><scale sid='s'>2 3 4</scale></node>");
+    Node built(document.element());
+    built.createFromCollada(document.element("other"));
+
+    EXPECT_EQ(scaled(2, 3, 4), elements(built.transform()));
+    ASSERT_EQ(2u, transformationsOf(built).size());
+    EXPECT_STREQ("t", transformationsOf(built)[0]->sid().data());
+    EXPECT_STREQ("s", transformationsOf(built)[1]->sid().data());
+}
+
+// Content of a node, and the matrix that it comes to.
+struct MatrixCase {
+    const char* name;
+    const char* children;
+    Elements matrix;
+    unsigned transformations;
+};
+
+void PrintTo(const MatrixCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class NodeMatrixTest : public testing::TestWithParam<MatrixCase> {};
+
+TEST_P(NodeMatrixTest, TransformChildrenComposeToTheMatrix)
+{
+    const LogCapture log;
+    const Node built = read(node(GetParam().children));
+
+    EXPECT_TRUE(isNear(GetParam().matrix, built.transform()));
+    EXPECT_EQ(GetParam().transformations, transformationsOf(built).size());
+    EXPECT_EQ("", log.text());
+}
+
+// A rotation by 90 degrees about Z sends (x, y, z) to (-y, x, z), one about X to (x, -z, y).
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, NodeMatrixTest,
+    testing::Values(
+        MatrixCase{"Translate", "<translate>1 2 3</translate>", translated(1, 2, 3), 1},
+        MatrixCase{"Scale", "<scale>2 3 4</scale>", scaled(2, 3, 4), 1},
+        MatrixCase{"RotateAboutZ", "<rotate>0 0 1 90</rotate>", {0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, 1},
+        MatrixCase{
+            "RotateAboutLongX", "<rotate>5 0 0 90</rotate>", {1, 0, 0, 0, 0, 0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1}, 1},
+        MatrixCase{"Matrix",
+                   "<matrix>1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16</matrix>",
+                   {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16},
+                   1},
+        MatrixCase{"SkewAlone", "<skew>45 0 1 0 1 0 0</skew>", identity, 0},
+        MatrixCase{"SkewBesideOthers",
+                   "<translate>1 2 3</translate><skew>45 0 1 0 1 0 0</skew><scale>2 2 2</scale>",
+                   {2, 0, 0, 1, 0, 2, 0, 2, 0, 0, 2, 3, 0, 0, 0, 1},
+                   2}),
+    [](const auto& row) { return row.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(
+    Order, NodeMatrixTest,
+    testing::Values(
+        MatrixCase{"TranslateThenScale",
+                   "<translate>1 2 3</translate><scale>2 2 2</scale>",
+                   {2, 0, 0, 1, 0, 2, 0, 2, 0, 0, 2, 3, 0, 0, 0, 1},
+                   2},
+        MatrixCase{"ScaleThenTranslate",
+                   "<scale>2 2 2</scale><translate>1 2 3</translate>",
+                   {2, 0, 0, 2, 0, 2, 0, 4, 0, 0, 2, 6, 0, 0, 0, 1},
+                   2},
+        MatrixCase{"RotateThenTranslate",
+                   "<rotate>0 0 1 90</rotate><translate>1 2 3</translate>",
+                   {0, -1, 0, -2, 1, 0, 0, 1, 0, 0, 1, 3, 0, 0, 0, 1},
+                   2},
+        MatrixCase{"TranslateThenRotate",
+                   "<translate>1 2 3</translate><rotate>0 0 1 90</rotate>",
+                   {0, -1, 0, 1, 1, 0, 0, 2, 0, 0, 1, 3, 0, 0, 0, 1},
+                   2},
+        // T(1, 2, 3) · [y = x swapped] · S(2, 3, 4): the columns of the swap times the factors.
+        MatrixCase{"MatrixInTheMiddle",
+                   "<translate>1 2 3</translate><matrix>0 1 0 0 1 0 0 0 0 0 1 0 0 0 0 1</matrix><scale>2 3 4</scale>",
+                   {0, 3, 0, 1, 2, 0, 0, 2, 0, 0, 4, 3, 0, 0, 0, 1},
+                   3},
+        // T(1, 0, 0) · S(2, 2, 2) · T(1, 0, 0) · S(3, 3, 3): 1 + 2 · 1 along X, and a factor of 6.
+        MatrixCase{"KindsRepeatAndAlternate",
+                   "<translate>1 0 0</translate><scale>2 2 2</scale><translate>1 0 0</translate><scale>3 3 3</scale>",
+                   {6, 0, 0, 3, 0, 6, 0, 0, 0, 0, 6, 0, 0, 0, 0, 1},
+                   4},
+        MatrixCase{"BetweenInstancesAndNodes",
+                   "<instance_geometry url='#g'/><translate>1 2 3</translate><node id='c1'><scale>9 9 9</scale></node>"
+                   "<!-- here --><instance_camera url='#c'/><scale>2 2 2</scale><instance_node url='#x'/>"
+                   "<node id='c2'/><translate>10 0 0</translate><instance_light url='#l'/>",
+                   {2, 0, 0, 21, 0, 2, 0, 2, 0, 0, 2, 3, 0, 0, 0, 1},
+                   3}),
+    [](const auto& row) { return row.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(MissingValuesAreZero, NodeMatrixTest,
+                         testing::Values(MatrixCase{"TranslateOfTwo", "<translate>1 2</translate>", translated(1, 2, 0),
+                                                    1},
+                                         MatrixCase{"TranslateOfNone", "<translate/>", identity, 1},
+                                         MatrixCase{"ScaleOfOne", "<scale>2</scale>", scaled(2, 0, 0), 1},
+                                         MatrixCase{"ScaleOfNone", "<scale/>", scaled(0, 0, 0), 1},
+                                         MatrixCase{"RotateWithoutAngle", "<rotate>0 0 1</rotate>", identity, 1},
+                                         MatrixCase{"MatrixOfFifteen",
+                                                    "<matrix>1 2 3 4 5 6 7 8 9 10 11 12 13 14 15</matrix>",
+                                                    {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 0},
+                                                    1},
+                                         MatrixCase{"MatrixOfNone", "<matrix/>", zero, 1}),
+                         [](const auto& row) { return row.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(
+    SurplusValuesAreNotRead, NodeMatrixTest,
+    testing::Values(MatrixCase{"Translate", "<translate>1 2 3 4</translate>", translated(1, 2, 3), 1},
+                    MatrixCase{"Scale", "<scale>2 3 4 5</scale>", scaled(2, 3, 4), 1},
+                    MatrixCase{
+                        "Rotate", "<rotate>0 0 1 90 5</rotate>", {0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, 1},
+                    MatrixCase{"Matrix",
+                               "<matrix>1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17</matrix>",
+                               {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16},
+                               1}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(NodeTest, RotateWithoutAxisGivesNaNInTheUpperLeftBlock)
+{
+    const Node built = read(node("<rotate/>"));
+    for (unsigned i = 0; i < 16; ++i) {
+        const bool inBlock = i / 4 < 3 && i % 4 < 3;
+        EXPECT_EQ(inBlock, std::isnan(built.transform()[i])) << i;
+    }
+}
+
+TEST(NodeTest, EachKindBecomesAnObjectOfItsClassInDocumentOrder)
+{
+    const Node built =
+        read(node("<matrix sid='m'>1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16</matrix><scale sid='s'>2 3 4</scale>"
+                  "<lookat sid='l'>0 0 5 0 0 0 0 1 0</lookat><rotate sid='r'>0 0 1 180</rotate>"
+                  "<skew sid='k'>45 0 1 0 1 0 0</skew><translate sid='t'>1 2 3</translate><scale>5 5 5</scale>"));
+    const TransformationList& list = transformationsOf(built);
+
+    ASSERT_EQ(5u, list.size());
+    EXPECT_EQ(typeid(libVideo::Transformation), typeid(*list[0].get()));
+    EXPECT_EQ(typeid(libVideo::Scale), typeid(*list[1].get()));
+    EXPECT_EQ(typeid(libVideo::Rotation), typeid(*list[2].get()));
+    EXPECT_EQ(typeid(libVideo::Translation), typeid(*list[3].get()));
+    EXPECT_EQ(typeid(libVideo::Scale), typeid(*list[4].get()));
+    EXPECT_STREQ("m", list[0]->sid().data());
+    EXPECT_STREQ("s", list[1]->sid().data());
+    EXPECT_STREQ("r", list[2]->sid().data());
+    EXPECT_STREQ("t", list[3]->sid().data());
+    EXPECT_STREQ("", list[4]->sid().data());
+    EXPECT_EQ((Elements{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}), elements(*list[0]->transformation()));
+    EXPECT_EQ(scaled(2, 3, 4), elements(*list[1]->transformation()));
+    EXPECT_TRUE(isNear(scaled(-1, -1, 1), *list[2]->transformation()));
+    EXPECT_EQ(translated(1, 2, 3), elements(*list[3]->transformation()));
+    EXPECT_EQ(scaled(5, 5, 5), elements(*list[4]->transformation()));
+}
+
+// Eye and interest both come from the first three numbers, so even a proper look-at is not a number.
+class NodeLookatTest : public testing::TestWithParam<std::pair<const char*, const char*>> {};
+
+TEST_P(NodeLookatTest, GivesNaNThroughoutAndNoTransformation)
+{
+    const LogCapture log;
+    const Node built = read(node(GetParam().second));
+
+    EXPECT_TRUE(isNotANumberThroughout(built.transform()));
+    for (const TransformationHandle& transformation : transformationsOf(built)) {
+        EXPECT_STRNE("look", transformation->sid().data());
+    }
+    EXPECT_EQ("", log.text());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Documents, NodeLookatTest,
+    testing::Values(std::make_pair("Alone", "<lookat sid='look'>0 0 5 0 0 0 0 1 0</lookat>"),
+                    std::make_pair("First", "<lookat sid='look'>0 0 5 0 0 0 0 1 0</lookat><scale>2 2 2</scale>"),
+                    std::make_pair("Last", "<translate>1 2 3</translate><lookat sid='look'>0 0 5 0 0 0 0 1 0</lookat>"),
+                    std::make_pair("TwoValues", "<lookat sid='look'>0 5</lookat>"),
+                    std::make_pair("NoValues", "<lookat sid='look'/>")),
+    [](const auto& row) { return row.param.first; });
+
+TEST(NodeTest, LookatAddsNoObjectThatAnAnimationCouldReach)
+{
+    Node built = read(node("<lookat sid='look'>0 0 5 0 0 0 0 1 0</lookat>"));
+
+    EXPECT_EQ(0u, transformationsOf(built).size());
+    EXPECT_FALSE(built.addAnimation(animation("n/look", 1, "0 0")));
+    EXPECT_FALSE(built.hasAnimation());
+}
+
+TEST(NodeTest, SettersOfTheNamesSetTheirFieldAlone)
+{
+    Node node;
+    (node.*privateMember(NodeSetId()))("lamp");
+    EXPECT_STREQ("lamp", node.id().data());
+    EXPECT_STREQ("", node.sid().data());
+    EXPECT_STREQ("", node.name().data());
+    (node.*privateMember(NodeSetSid()))("place");
+    (node.*privateMember(NodeSetName()))("Lamp");
+    EXPECT_STREQ("lamp", node.id().data());
+    EXPECT_STREQ("place", node.sid().data());
+    EXPECT_STREQ("Lamp", node.name().data());
+}
+
+TEST(NodeTest, AccumulateTransformMultipliesIntoTheMatrixAsItStands)
+{
+    Document document(node("<scale sid='s'>2 2 2</scale><node id='child'/><translate sid='t'>1 2 3</translate>"));
+    Node built;
+    (built.*privateMember(NodeTranslate()))(valuesOf({10, 20, 30}));
+    (built.*privateMember(NodeAccumulateTransform()))(document.element().getChildren());
+
+    // T(10, 20, 30) · S(2) · T(1, 2, 3)
+    EXPECT_EQ((Elements{2, 0, 0, 12, 0, 2, 0, 24, 0, 0, 2, 36, 0, 0, 0, 1}), elements(built.transform()));
+    ASSERT_EQ(2u, transformationsOf(built).size());
+    EXPECT_STREQ("s", transformationsOf(built)[0]->sid().data());
+    EXPECT_STREQ("t", transformationsOf(built)[1]->sid().data());
+}
+
+TEST(NodeTest, AccumulateTransformPassesOverNothing)
+{
+    Node built;
+    daeTArray<daeSmartRef<daeElement>> children;
+    (built.*privateMember(NodeAccumulateTransform()))(children);
+    children.append(daeSmartRef<daeElement>());
+    (built.*privateMember(NodeAccumulateTransform()))(children);
+
+    EXPECT_EQ(identity, elements(built.transform()));
+    EXPECT_EQ(0u, transformationsOf(built).size());
+}
+
+// The four that multiply plain values into the matrix, and what comes of them on top of T(1, 2, 3).
+struct ValuesCase {
+    const char* name;
+    void (Node::*operation)(const Values&);
+    std::vector<double> values;
+    Elements matrix;
+};
+
+void PrintTo(const ValuesCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class NodeValuesTest : public testing::TestWithParam<ValuesCase> {};
+
+TEST_P(NodeValuesTest, MultipliesOnTheRightAndAddsNoTransformation)
+{
+    Node built;
+    (built.*privateMember(NodeTranslate()))(valuesOf({1, 2, 3}));
+    (built.*GetParam().operation)(valuesOf(GetParam().values));
+
+    EXPECT_TRUE(isNear(GetParam().matrix, built.transform()));
+    EXPECT_EQ(0u, transformationsOf(built).size());
+    EXPECT_FALSE(built.hasAnimation());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Values, NodeValuesTest,
+    testing::Values(
+        ValuesCase{"Translate", privateMember(NodeTranslate()), {10, 20, 30}, translated(11, 22, 33)},
+        ValuesCase{"TranslateOfTwo", privateMember(NodeTranslate()), {10, 20}, translated(11, 22, 3)},
+        ValuesCase{"TranslateOfNone", privateMember(NodeTranslate()), {}, translated(1, 2, 3)},
+        ValuesCase{"TranslateOfFour", privateMember(NodeTranslate()), {10, 20, 30, 40}, translated(11, 22, 33)},
+        ValuesCase{
+            "Rotate", privateMember(NodeRotate()), {0, 0, 2, 90}, {0, -1, 0, 1, 1, 0, 0, 2, 0, 0, 1, 3, 0, 0, 0, 1}},
+        ValuesCase{"RotateBack",
+                   privateMember(NodeRotate()),
+                   {0, 0, 1, -90},
+                   {0, 1, 0, 1, -1, 0, 0, 2, 0, 0, 1, 3, 0, 0, 0, 1}},
+        ValuesCase{"RotateWithoutAngle", privateMember(NodeRotate()), {0, 0, 1}, translated(1, 2, 3)},
+        ValuesCase{"Scale", privateMember(NodeScale()), {2, 3, 4}, {2, 0, 0, 1, 0, 3, 0, 2, 0, 0, 4, 3, 0, 0, 0, 1}},
+        ValuesCase{"ScaleOfOne", privateMember(NodeScale()), {2}, {2, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0, 3, 0, 0, 0, 1}},
+        // Row i of the product is row i of M plus (i + 1) times its last row.
+        ValuesCase{"Matrix",
+                   privateMember(NodeTransformValues()),
+                   {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 1, 0, 0, 1},
+                   {2, 2, 3, 5, 7, 6, 7, 10, 12, 10, 11, 15, 1, 0, 0, 1}},
+        ValuesCase{"MatrixOfFour",
+                   privateMember(NodeTransformValues()),
+                   {1, 2, 3, 4},
+                   {1, 2, 3, 4, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(NodeTest, LookatOfValuesGivesNaNWhateverTheInterest)
+{
+    for (const Values& values : {valuesOf({0, 0, 5, 0, 0, 0, 0, 1, 0}), valuesOf({1, 2}), valuesOf({})}) {
+        Node node;
+        Values numbers = values;
+        (node.*privateMember(NodeLookat()))(numbers);
+        EXPECT_TRUE(isNotANumberThroughout(node.transform()));
+        EXPECT_EQ(0u, transformationsOf(node).size());
+    }
+}
+
+TEST(NodeTest, SetParentReplacesTheLinkAndTouchesNothingInTheParent)
+{
+    Node first;
+    Node second;
+    Node node;
+    node.setParent(NodeLink(&first));
+    EXPECT_EQ(&first, node.parent().get());
+    node.setParent(NodeLink(&second));
+    EXPECT_EQ(&second, node.parent().get());
+    EXPECT_EQ(0u, first.children().size());
+    EXPECT_EQ(0u, second.children().size());
+    node.setParent(node.parent());
+    EXPECT_EQ(&second, node.parent().get());
+    node.setParent(NodeLink());
+    EXPECT_EQ(nullptr, node.parent());
+}
+
+TEST(NodeTest, AddChildAppendsWithoutTestForDuplicatesAndTouchesNothingInTheChild)
+{
+    Node first;
+    Node second;
+    Node node;
+    node.addChild(NodeLink(&first));
+    node.addChild(NodeLink(&second));
+    node.addChild(NodeLink(&first));
+
+    ASSERT_EQ(3u, node.children().size());
+    EXPECT_EQ(&first, node.children()[0].get());
+    EXPECT_EQ(&second, node.children()[1].get());
+    EXPECT_EQ(&first, node.children()[2].get());
+    EXPECT_EQ(nullptr, first.parent());
+    EXPECT_EQ(nullptr, second.parent());
+}
+
+TEST(NodeTest, AddChildTakesALinkOutOfItsOwnGrowingList)
+{
+    Node child;
+    Node node;
+    for (unsigned i = 0; i < 9; ++i) {
+        node.addChild(i == 0 ? NodeLink(&child) : node.children()[0]);
+    }
+    ASSERT_EQ(9u, node.children().size());
+    for (const NodeLink& link : node.children()) {
+        EXPECT_EQ(&child, link.get());
+    }
+}
+
+TEST(NodeTest, PositionAndUpAreTheFourthAndTheSecondColumn)
+{
+    const Node built = read(node("<matrix>1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16</matrix>"));
+
+    EXPECT_EQ((std::array<float, 3>{4, 8, 12}), components(built.position()));
+    EXPECT_EQ((std::array<float, 3>{2, 6, 10}), components(built.up()));
+}
+
+TEST(NodeTest, UpIsNotNormalised)
+{
+    const Node built = read(node("<scale>2 3 4</scale>"));
+    EXPECT_EQ((std::array<float, 3>{0, 3, 0}), components(built.up()));
+}
+
+TEST(NodeTest, UpdateTransformWithoutParentChangesNothing)
+{
+    Node built = read(node("<translate>1 2 3</translate>"));
+    const Matrix4& result = built.updateTransform();
+
+    EXPECT_EQ(&built.transform(), &result);
+    EXPECT_EQ(translated(1, 2, 3), elements(result));
+}
+
+TEST(NodeTest, UpdateTransformMultipliesTheParentsMatrixOnTheLeft)
+{
+    Node parent = read(node("<translate>1 2 3</translate><scale>2 2 2</scale>"));
+    Node child = read(node("<translate>10 20 30</translate>"));
+    child.setParent(NodeLink(&parent));
+    const Matrix4& result = child.updateTransform();
+
+    EXPECT_EQ(&child.transform(), &result);
+    EXPECT_EQ((Elements{2, 0, 0, 21, 0, 2, 0, 42, 0, 0, 2, 63, 0, 0, 0, 1}), elements(result));
+    EXPECT_EQ((Elements{2, 0, 0, 1, 0, 2, 0, 2, 0, 0, 2, 3, 0, 0, 0, 1}), elements(parent.transform()));
+}
+
+TEST(NodeTest, UpdateTransformTwiceAppliesTheParentTwice)
+{
+    Node parent = read(node("<translate>1 2 3</translate>"));
+    Node child = read(node("<translate>10 20 30</translate>"));
+    child.setParent(NodeLink(&parent));
+    child.updateTransform();
+    child.updateTransform();
+
+    EXPECT_EQ(translated(12, 24, 36), elements(child.transform()));
+}
+
+TEST(NodeTest, UpdateTransformReadsTheParentAsItStandsAndNotItsAncestors)
+{
+    Node grandparent = read(node("<translate>100 0 0</translate>"));
+    Node parent = read(node("<translate>1 0 0</translate>"));
+    Node child = read(node("<translate>10 0 0</translate>"));
+    parent.setParent(NodeLink(&grandparent));
+    child.setParent(NodeLink(&parent));
+    child.updateTransform();
+    EXPECT_EQ(translated(11, 0, 0), elements(child.transform()));
+
+    parent.updateTransform();
+    child.updateTransform();
+    EXPECT_EQ(translated(112, 0, 0), elements(child.transform()));
+    EXPECT_EQ(translated(100, 0, 0), elements(grandparent.transform()));
+}
+
+TEST(NodeTest, ChildrenOfANodeWithoutTransformAreZeroAfterTheirUpdate)
+{
+    Node parent = read(node(""));
+    Node child = read(node("<translate>1 2 3</translate>"));
+    child.setParent(NodeLink(&parent));
+
+    EXPECT_EQ(zero, elements(child.updateTransform()));
+}
+
+TEST(NodeTest, TimePlaysNoPartWithoutAnimation)
+{
+    Node built = read(node("<translate sid='t'>1 2 3</translate>"));
+    for (const double time : {0.0, 2.0, -1.0, 1e300, std::numeric_limits<double>::quiet_NaN()}) {
+        const Matrix4& result = built.transform(time);
+        EXPECT_EQ(&std::as_const(built).transform(), &result);
+        EXPECT_EQ(translated(1, 2, 3), elements(result));
+        EXPECT_EQ((std::array<float, 3>{1, 2, 3}), components(built.position(time)));
+        EXPECT_EQ((std::array<float, 3>{0, 1, 0}), components(built.up(time)));
+    }
+}
+
+TEST(NodeTest, NodeWithoutAnimationKeepsTheFoldedMatrixForGood)
+{
+    Node parent = read(node("<translate>1 2 3</translate>"));
+    Node child = read(node("<translate>10 20 30</translate>"));
+    child.setParent(NodeLink(&parent));
+    child.updateTransform();
+
+    EXPECT_EQ(translated(11, 22, 33), elements(child.transform(2.0)));
+    EXPECT_EQ((std::array<float, 3>{11, 22, 33}), components(child.position(2.0)));
+}
+
+TEST(NodeTest, NodeWithoutAnimationKeepsItsZeroMatrixAtAnyTime)
+{
+    Node built = read(node(""));
+    EXPECT_EQ(zero, elements(built.transform(2.0)));
+}
+
+TEST(NodeTest, AnimatedTranslationMovesWithTime)
+{
+    Node built = read(node("<translate sid='t'>1 2 3</translate>"));
+    ASSERT_TRUE(built.addAnimation(animation("n/t", 3, "10 20 30  30 40 50")));
+
+    EXPECT_TRUE(built.hasAnimation());
+    EXPECT_EQ(translated(1, 2, 3), elements(std::as_const(built).transform())) << "attaching evaluates nothing";
+    EXPECT_EQ(translated(20, 30, 40), elements(built.transform(2.0)));
+    EXPECT_EQ(translated(15, 25, 35), elements(built.transform(1.5)));
+    EXPECT_EQ(translated(10, 20, 30), elements(built.transform(1.0)));
+    EXPECT_EQ(translated(1, 2, 3), elements(built.transform(0.5))) << "before the first key";
+    EXPECT_EQ(translated(1, 2, 3), elements(built.transform(3.0))) << "wraps to 0";
+    EXPECT_EQ(translated(20, 30, 40), elements(built.transform(5.0))) << "wraps to 2";
+}
+
+TEST(NodeTest, EntriesWithoutAnimationContributeTheirStoredMatrix)
+{
+    Node built = read(node("<translate sid='t'>1 2 3</translate><rotate sid='r'>0 0 1 30</rotate>"
+                           "<scale sid='s'>2 3 4</scale>"));
+    ASSERT_TRUE(built.addAnimation(animation("n/r.ANGLE", 1, "0 180")));
+
+    // At second 2 the angle is 90: T · R · S, where R has (0, 1, 0) and (-1, 0, 0) as its first columns.
+    EXPECT_TRUE(isNear({0, -3, 0, 1, 2, 0, 0, 2, 0, 0, 4, 3, 0, 0, 0, 1}, built.transform(2.0)));
+}
+
+TEST(NodeTest, SeveralEntriesMayBeAnimated)
+{
+    Node built = read(node("<translate sid='t'>0 0 0</translate><scale sid='s'>1 1 1</scale>"
+                           "<matrix sid='m'>1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1</matrix>"));
+    ASSERT_TRUE(built.addAnimation(animation("n/s", 3, "1 1 1  3 5 7")));
+    ASSERT_TRUE(built.addAnimation(animation("n/t", 3, "0 0 0  2 4 6")));
+    ASSERT_TRUE(built.addAnimation(animation("n/m", 16,
+                                             "1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1 "
+                                             "1 0 0 20 0 1 0 40 0 0 1 60 0 0 0 1")));
+
+    // At second 2: T(1, 2, 3) · S(2, 3, 4) · T(10, 20, 30)
+    EXPECT_EQ((Elements{2, 0, 0, 21, 0, 3, 0, 62, 0, 0, 4, 123, 0, 0, 0, 1}), elements(built.transform(2.0)));
+}
+
+TEST(NodeTest, EachCallEvaluatesAnewAndTheLastResultStays)
+{
+    Node built = read(node("<translate sid='t'>1 2 3</translate>"));
+    built.addAnimation(animation("n/t", 3, "10 20 30  30 40 50"));
+    const Matrix4& result = built.transform(2.0);
+
+    EXPECT_EQ(&std::as_const(built).transform(), &result);
+    EXPECT_EQ(translated(20, 30, 40), elements(std::as_const(built).transform()));
+    EXPECT_EQ(translated(20, 30, 40), elements(built.transform(2.0)));
+    EXPECT_EQ(translated(1, 2, 3), elements(built.transform(0.0)));
+    EXPECT_EQ((std::array<float, 3>{1, 2, 3}), components(built.position()));
+}
+
+TEST(NodeTest, PositionAndUpOfATimeEvaluateFirst)
+{
+    Node built = read(node("<translate sid='t'>1 2 3</translate><rotate sid='r'>0 0 1 0</rotate>"));
+    built.addAnimation(animation("n/t", 3, "10 20 30  30 40 50"));
+    built.addAnimation(animation("n/r", 1, "0 180"));
+
+    EXPECT_EQ((std::array<float, 3>{20, 30, 40}), components(built.position(2.0)));
+    EXPECT_EQ((std::array<float, 3>{20, 30, 40}), components(built.position()));
+    EXPECT_EQ((std::array<float, 3>{10, 20, 30}), components(built.position(1.0)));
+    const Vector3 up = built.up(2.0);
+    EXPECT_NEAR(-1.0f, up[0], rounding);
+    EXPECT_NEAR(0.0f, up[1], rounding);
+    EXPECT_NEAR(0.0f, up[2], rounding);
+    EXPECT_EQ((std::array<float, 3>{20, 30, 40}), components(built.position())) << "up(2) left it there";
+}
+
+TEST(NodeTest, EvaluationDropsWhatWasFoldedInAndReadsNeitherParentNorChild)
+{
+    Node parent = read(node("<translate>100 0 0</translate>"));
+    Node built = read(node("<translate sid='t'>1 2 3</translate>"));
+    Node child = read(node("<translate sid='t'>5 5 5</translate>"));
+    built.setParent(NodeLink(&parent));
+    built.addChild(NodeLink(&child));
+    child.setParent(NodeLink(&built));
+    built.addAnimation(animation("n/t", 3, "10 20 30  30 40 50"));
+    child.addAnimation(animation("n/t", 3, "10 20 30  30 40 50"));
+    built.updateTransform();
+    ASSERT_EQ(translated(101, 2, 3), elements(std::as_const(built).transform()));
+
+    EXPECT_EQ(translated(20, 30, 40), elements(built.transform(2.0)));
+    EXPECT_EQ(translated(5, 5, 5), elements(std::as_const(child).transform()));
+    EXPECT_EQ(translated(100, 0, 0), elements(std::as_const(parent).transform()));
+}
+
+TEST(NodeTest, EvaluationFollowedByUpdateGivesTheParentTimesTheLocalMatrix)
+{
+    Node parent = read(node("<scale>2 2 2</scale>"));
+    Node built = read(node("<translate sid='t'>1 2 3</translate>"));
+    built.setParent(NodeLink(&parent));
+    built.addAnimation(animation("n/t", 3, "10 20 30  30 40 50"));
+    built.updateTransform();
+    built.transform(2.0);
+
+    EXPECT_EQ((Elements{2, 0, 0, 40, 0, 2, 0, 60, 0, 0, 2, 80, 0, 0, 0, 1}), elements(built.updateTransform()));
+}
+
+TEST(NodeTest, EvaluationDropsTheLookat)
+{
+    Node built = read(node("<lookat>0 0 5 0 0 0 0 1 0</lookat><rotate sid='r'>0 0 1 0</rotate>"));
+    ASSERT_TRUE(isNotANumberThroughout(std::as_const(built).transform()));
+    ASSERT_TRUE(isNotANumberThroughout(built.transform(2.0))) << "not animated yet";
+    ASSERT_TRUE(built.addAnimation(animation("n/r.ANGLE", 1, "0 180")));
+
+    EXPECT_TRUE(isNear({0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, built.transform(2.0)));
+}
+
+TEST(NodeTest, EvaluationOfKeysThatAreTooShortThrows)
+{
+    Node built = read(node("<translate sid='t'>1 2 3</translate>"));
+    ASSERT_TRUE(built.addAnimation(animation("n/t.X", 1, "10 20")));
+
+    EXPECT_THROW(built.transform(2.0), vesk::IndexOutOfBounds);
+    EXPECT_THROW(built.position(2.0), vesk::IndexOutOfBounds);
+    EXPECT_THROW(built.up(2.0), vesk::IndexOutOfBounds);
+    EXPECT_EQ(translated(1, 2, 3), elements(built.transform(1.0))) << "a key of the wrong size says nothing";
+}
+
+TEST(NodeTest, AddAnimationReachesOnlyTheFirstOfEqualSids)
+{
+    Node built = read(node("<rotate sid='rotateX'>0 0 1 0</rotate><rotate sid='rotateX'>0 0 1 0</rotate>"));
+    const AnimationHandle turn = animation("n/rotateX.ANGLE", 1, "0 180");
+    ASSERT_EQ(1u, turn.useCount());
+
+    EXPECT_TRUE(built.addAnimation(turn));
+    EXPECT_TRUE(built.hasAnimation());
+    EXPECT_EQ(2u, turn.useCount());
+    // Were both to turn, they would come to 180 degrees.
+    EXPECT_TRUE(isNear({0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, built.transform(2.0)));
+    EXPECT_TRUE(
+        isNear({0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, *transformationsOf(built)[0]->transformation()));
+    EXPECT_TRUE(isNear(identity, *transformationsOf(built)[1]->transformation()));
+}
+
+class NodeMissedTargetTest : public testing::TestWithParam<std::pair<const char*, const char*>> {};
+
+TEST_P(NodeMissedTargetTest, AddAnimationIsFalseAndChangesNothing)
+{
+    const LogCapture log;
+    Node built = read(node("<rotate sid='rotateX'>0 0 1 0</rotate><translate sid='t'>1 2 3</translate>"
+                           "<skew sid='k'>45 0 1 0 1 0 0</skew>"));
+    const AnimationHandle missed = animation(GetParam().second, 1, "0 180");
+
+    EXPECT_FALSE(built.addAnimation(missed));
+    EXPECT_FALSE(built.hasAnimation());
+    EXPECT_EQ(1u, missed.useCount());
+    EXPECT_EQ("", log.text());
+}
+
+INSTANTIATE_TEST_SUITE_P(Targets, NodeMissedTargetTest,
+                         testing::Values(std::make_pair("Unknown", "n/other"),
+                                         std::make_pair("OtherCase", "n/rotatex.ANGLE"),
+                                         std::make_pair("Longer", "n/rotateXY"), std::make_pair("Shorter", "n/rotate"),
+                                         std::make_pair("Subscript", "n/t(0)"), std::make_pair("Skew", "n/k"),
+                                         std::make_pair("EmptyButAllHaveSids", "n/")),
+                         [](const auto& row) { return row.param.first; });
+
+TEST(NodeTest, AddAnimationToAnEmptyListIsFalse)
+{
+    Node empty;
+    EXPECT_FALSE(empty.addAnimation(animation("n/", 1, "0 180")));
+    EXPECT_FALSE(empty.hasAnimation());
+    Node skewed = read(node("<skew sid='k'>45 0 1 0 1 0 0</skew>"));
+    EXPECT_FALSE(skewed.addAnimation(animation("n/k", 1, "0 180")));
+    EXPECT_FALSE(skewed.addAnimation(animation("n/", 1, "0 180")));
+    EXPECT_FALSE(skewed.hasAnimation());
+}
+
+TEST(NodeTest, EmptyTargetTransformReachesTheFirstEntryWithoutSid)
+{
+    Node built = read(node("<translate sid='t'>1 2 3</translate><rotate>0 0 1 0</rotate><rotate>0 0 1 0</rotate>"));
+
+    EXPECT_TRUE(built.addAnimation(animation("n/", 1, "0 180")));
+    EXPECT_TRUE(built.hasAnimation());
+    EXPECT_TRUE(isNear({0, -1, 0, 1, 1, 0, 0, 2, 0, 0, 1, 3, 0, 0, 0, 1}, built.transform(2.0)));
+    EXPECT_TRUE(isNear(identity, *transformationsOf(built)[2]->transformation()));
+}
+
+TEST(NodeTest, LastOfSeveralAnimationsOnOneSidWins)
+{
+    Node built = read(node("<translate sid='t'>1 2 3</translate>"));
+    const AnimationHandle first = animation("n/t", 3, "10 20 30  30 40 50");
+    const AnimationHandle second = animation("n/t", 3, "0 0 0  2 4 6");
+    EXPECT_TRUE(built.addAnimation(first));
+    EXPECT_TRUE(built.addAnimation(second));
+
+    EXPECT_EQ(translated(1, 2, 3), elements(built.transform(2.0)));
+    EXPECT_EQ(1u, first.useCount());
+    EXPECT_EQ(2u, second.useCount());
+}
+
+TEST(NodeTest, FlagStaysAfterALaterMiss)
+{
+    Node built = read(node("<translate sid='t'>1 2 3</translate>"));
+    EXPECT_TRUE(built.addAnimation(animation("n/t", 3, "10 20 30  30 40 50")));
+    EXPECT_FALSE(built.addAnimation(animation("n/other", 3, "0 0 0  2 4 6")));
+
+    EXPECT_TRUE(built.hasAnimation());
+    EXPECT_EQ(translated(20, 30, 40), elements(built.transform(2.0)));
+}
+
+TEST(NodeTest, EmptyAnimationHandleThrowsNullPointerAndChangesNothing)
+{
+    Node empty;
+    EXPECT_THROW(empty.addAnimation(AnimationHandle()), vesk::NullPointer);
+
+    Node built = read(node("<translate>1 2 3</translate>"));
+    built.addAnimation(animation("n/", 3, "10 20 30  30 40 50"));
+    try {
+        built.addAnimation(AnimationHandle());
+        FAIL() << "nothing was thrown";
+    } catch (const vesk::NullPointer& misuse) {
+        EXPECT_FALSE(misuse.message().empty());
+    }
+    EXPECT_TRUE(built.hasAnimation());
+    EXPECT_EQ(translated(20, 30, 40), elements(built.transform(2.0)));
+}
+
+// What a copy has of its source, whichever way it was made.
+void expectCopyOf(const Node& source, const Node& copy)
+{
+    EXPECT_EQ(elements(source.transform()), elements(copy.transform()));
+    EXPECT_EQ(source.parent(), copy.parent());
+    ASSERT_EQ(source.children().size(), copy.children().size());
+    for (unsigned i = 0; i < source.children().size(); ++i) {
+        EXPECT_EQ(source.children()[i], copy.children()[i]);
+    }
+    EXPECT_EQ(source.id(), copy.id());
+    EXPECT_EQ(source.sid(), copy.sid());
+    EXPECT_EQ(source.name(), copy.name());
+    EXPECT_EQ(source.hasAnimation(), copy.hasAnimation());
+    ASSERT_EQ(transformationsOf(source).size(), transformationsOf(copy).size());
+    for (unsigned i = 0; i < transformationsOf(source).size(); ++i) {
+        EXPECT_EQ(transformationsOf(source)[i], transformationsOf(copy)[i]);
+        EXPECT_EQ(2u, transformationsOf(source)[i].useCount());
+    }
+}
+
+TEST(NodeTest, CopiesTakeEveryFieldAndShareTheTransformations)
+{
+    Node parent;
+    Node child;
+    Node source = read("<node id='n' sid='place' name='Lamp'><translate sid='t'>1 2 3</translate>"
+                       "<scale>2 2 2</scale></node>");
+    source.setParent(NodeLink(&parent));
+    source.addChild(NodeLink(&child));
+    source.addAnimation(animation("n/t", 3, "10 20 30  30 40 50"));
+    {
+        const Node copy(source);
+        expectCopyOf(source, copy);
+        EXPECT_STREQ("n", copy.id().data());
+        EXPECT_STREQ("place", copy.sid().data());
+        EXPECT_STREQ("Lamp", copy.name().data());
+        EXPECT_TRUE(copy.hasAnimation());
+        EXPECT_EQ(&parent, copy.parent().get());
+        EXPECT_EQ(2u, transformationsOf(copy).size());
+    }
+    Node assigned = read(node("<rotate>0 0 1 90</rotate>"));
+    assigned.addChild(NodeLink(&parent));
+    assigned = source;
+    expectCopyOf(source, assigned);
+}
+
+TEST(NodeTest, AssignmentCarriesTheFlagBothWays)
+{
+    Node animated = read(node("<translate sid='t'>1 2 3</translate>"));
+    animated.addAnimation(animation("n/t", 3, "10 20 30  30 40 50"));
+    Node still;
+    still = animated;
+    EXPECT_TRUE(still.hasAnimation());
+    still = Node();
+    EXPECT_FALSE(still.hasAnimation());
+    EXPECT_EQ(1u, transformationsOf(animated)[0].useCount());
+}
+
+TEST(NodeTest, AssignmentToItselfChangesNothing)
+{
+    Node built = read("<node id='n' sid='place' name='Lamp'><translate>1 2 3</translate></node>");
+    Node child;
+    built.addChild(NodeLink(&child));
+    const Node& same = built;
+    built = same;
+
+    EXPECT_STREQ("n", built.id().data());
+    EXPECT_EQ(1u, built.children().size());
+    EXPECT_EQ(translated(1, 2, 3), elements(built.transform()));
+    ASSERT_EQ(1u, transformationsOf(built).size());
+    EXPECT_EQ(1u, transformationsOf(built)[0].useCount());
+}
+
+TEST(NodeTest, CopyHasItsOwnMatrixNamesAndLists)
+{
+    Node child;
+    Node source = read(node("<translate>1 2 3</translate>"));
+    Node copy(source);
+    (copy.*privateMember(NodeScale()))(valuesOf({2, 2, 2}));
+    (copy.*privateMember(NodeSetId()))("copy");
+    copy.addChild(NodeLink(&child));
+
+    EXPECT_EQ(translated(1, 2, 3), elements(source.transform()));
+    EXPECT_STREQ("n", source.id().data());
+    EXPECT_EQ(0u, source.children().size());
+}
+
+TEST(NodeTest, AnimationOfACopyReachesTheSharedTransformationButNotTheFlagOfTheSource)
+{
+    Node source = read(node("<translate sid='t'>1 2 3</translate>"));
+    Node copy(source);
+    ASSERT_TRUE(copy.addAnimation(animation("n/t", 3, "10 20 30  30 40 50")));
+
+    EXPECT_TRUE(copy.hasAnimation());
+    EXPECT_FALSE(source.hasAnimation());
+    EXPECT_EQ(translated(20, 30, 40), elements(copy.transform(2.0)));
+    EXPECT_EQ(translated(1, 2, 3), elements(source.transform(2.0)));
+    EXPECT_EQ(translated(20, 30, 40), elements(*transformationsOf(source)[0]->transformation()));
+}
+
+TEST(NodeTest, DestroyingANodeLeavesParentChildrenAndSharedTransformations)
+{
+    Node parent = read("<node id='n' name='parent'><translate>1 2 3</translate></node>");
+    Node child = read("<node id='n' name='child'><translate>4 5 6</translate></node>");
+    auto middle = std::make_unique<Node>(read(node("<translate>7 8 9</translate>")));
+    middle->setParent(NodeLink(&parent));
+    middle->addChild(NodeLink(&child));
+    const Node copy(*middle);
+    middle.reset();
+
+    EXPECT_STREQ("parent", parent.name().data());
+    EXPECT_EQ(translated(1, 2, 3), elements(parent.transform()));
+    EXPECT_STREQ("child", child.name().data());
+    EXPECT_EQ(translated(4, 5, 6), elements(child.transform()));
+    ASSERT_EQ(1u, transformationsOf(copy).size());
+    EXPECT_EQ(1u, transformationsOf(copy)[0].useCount());
+    EXPECT_EQ(translated(7, 8, 9), elements(*transformationsOf(copy)[0]->transformation()));
+}
+
+TEST(NodeTest, NodeKeepsNothingOfTheDocument)
+{
+    auto document = std::make_unique<Document>("<node id='n' sid='place' name='Lamp'>"
+                                               "<translate sid='t'>1 2 3</translate></node>");
+    const Node built(document->element());
+    document.reset();
+
+    EXPECT_STREQ("n", built.id().data());
+    EXPECT_STREQ("place", built.sid().data());
+    EXPECT_STREQ("Lamp", built.name().data());
+    EXPECT_STREQ("t", transformationsOf(built)[0]->sid().data());
+    EXPECT_EQ(translated(1, 2, 3), elements(built.transform()));
+}
+
+} // namespace

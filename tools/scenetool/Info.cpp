@@ -1,0 +1,184 @@
+#include "Info.h"
+
+#include <algorithm>
+#include <iomanip>
+#include <sstream>
+#include <vector>
+
+namespace scenetool {
+
+namespace {
+
+constexpr std::size_t mostNodes = 200;
+constexpr std::size_t mostIndented = 24; // levels
+
+class Painter {
+public:
+    explicit Painter(bool isColored) : m_isColored(isColored) {}
+    std::string bold(const std::string& text) const { return paint("1", text); }
+    std::string faint(const std::string& text) const { return paint("2", text); }
+    std::string green(const std::string& text) const { return paint("32", text); }
+    std::string red(const std::string& text) const { return paint("31", text); }
+
+private:
+    std::string paint(const char* code, const std::string& text) const
+    {
+        return m_isColored ? "\033[" + std::string(code) + "m" + text + "\033[0m" : text;
+    }
+
+    bool m_isColored;
+};
+
+std::string numberText(double value)
+{
+    std::ostringstream text;
+    text << std::setprecision(4) << (value == 0.0 ? 0.0 : value); // no minus in front of zero
+    return text.str();
+}
+
+// The shortest true description of a matrix.
+std::string matrixText(const libMath::Matrix<float, 4, 4>& matrix)
+{
+    bool isZero = true;
+    bool isTranslation = true;
+    bool hasOffset = false;
+    for (unsigned i = 0; i < 16; ++i) {
+        const bool isOffset = i == 3 || i == 7 || i == 11;
+        isZero = isZero && matrix[i] == 0.0f;
+        hasOffset = hasOffset || (isOffset && matrix[i] != 0.0f);
+        isTranslation = isTranslation && (isOffset || matrix[i] == (i % 5 == 0 ? 1.0f : 0.0f));
+    }
+    if (isZero) {
+        return "zero matrix";
+    }
+    if (isTranslation && !hasOffset) {
+        return "identity";
+    }
+    std::string text;
+    if (isTranslation) {
+        return "translation " + numberText(matrix[3]) + " " + numberText(matrix[7]) + " " + numberText(matrix[11]);
+    }
+    for (unsigned i = 0; i < 16; ++i) {
+        text += (i == 0 ? "" : i % 4 == 0 ? " | " : " ") + numberText(matrix[i]);
+    }
+    return "[" + text + "]";
+}
+
+std::string nodeTitle(const libVideo::Node& node)
+{
+    const std::string name = printable(node.name().data());
+    const std::string id = printable(node.id().data());
+    if (name.empty() && id.empty()) {
+        return "(unnamed)";
+    }
+    if (id.empty() || name == id) {
+        return name;
+    }
+    return name.empty() ? "#" + id : name + " #" + id;
+}
+
+struct TreeLine {
+    const libVideo::Node* node;
+    std::size_t depth;
+};
+
+// Depth first, children in document order, without recursion: documents can be deep.
+std::vector<TreeLine> treeLines(const LoadedScene& loaded, std::size_t most, std::size_t& deepest)
+{
+    std::vector<TreeLine> lines;
+    std::vector<TreeLine> open;
+    const auto push = [&open](const libVideo::Node& parent, std::size_t depth) {
+        for (unsigned i = parent.children().size(); i-- > 0;) {
+            open.push_back({parent.children()[i].get(), depth});
+        }
+    };
+    deepest = 0;
+    push(loaded.scene().root(), 1);
+    while (!open.empty()) {
+        const TreeLine line = open.back();
+        open.pop_back();
+        deepest = std::max(deepest, line.depth);
+        if (lines.size() < most) {
+            lines.push_back(line);
+        }
+        push(*line.node, line.depth + 1);
+    }
+    return lines;
+}
+
+void writeCounts(const LoadedScene& loaded, std::size_t deepest, const Painter& paint, std::ostream& out)
+{
+    std::size_t animated = 0;
+    std::size_t collapsed = 0;
+    double longest = 0.0;
+    for (const libVideo::Node* const node : loaded.nodes()) {
+        animated += node->hasAnimation() ? 1 : 0;
+        collapsed += matrixText(node->transform()) == "zero matrix" ? 1 : 0;
+        longest = std::max(longest, node->animationLength());
+    }
+    out << paint.bold("Nodes") << "       " << loaded.nodes().size() << ", " << deepest << " levels\n";
+    if (collapsed > 0) {
+        out << paint.bold("Collapsed") << "   " << collapsed << " nodes without any transform have a zero matrix\n";
+    }
+    out << paint.bold("Animations") << "  ";
+    if (animated == 0) {
+        out << "none\n";
+    } else {
+        out << "on " << animated << " nodes, the longest " << numberText(longest) << " s\n";
+    }
+}
+
+void writeTree(const LoadedScene& loaded, const std::vector<TreeLine>& lines, const Painter& paint, std::ostream& out)
+{
+    out << paint.bold("Tree") << '\n';
+    for (const TreeLine& line : lines) {
+        const std::size_t indented = std::min(line.depth, mostIndented);
+        out << std::string(2 * indented, ' ');
+        if (line.depth > mostIndented) {
+            out << paint.faint("(level " + std::to_string(line.depth) + ") ");
+        }
+        out << nodeTitle(*line.node) << "  " << paint.faint(matrixText(line.node->transform()));
+        if (line.node->hasAnimation()) {
+            out << "  " << paint.green("animated, " + numberText(line.node->animationLength()) + " s");
+        }
+        out << '\n';
+    }
+    if (lines.size() < loaded.nodes().size()) {
+        out << "  ... and " << loaded.nodes().size() - lines.size() << " more (--all shows them)\n";
+    }
+}
+
+} // namespace
+
+std::string printable(const std::string& text)
+{
+    std::string result = text;
+    for (char& c : result) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x20u || byte == 0x7Fu) {
+            c = '?';
+        }
+    }
+    return result;
+}
+
+void writeInfo(const LoadedScene& loaded, const InfoOptions& options, std::ostream& out)
+{
+    const Painter paint(options.isColored);
+    out << paint.bold(printable(loaded.file())) << '\n';
+    std::size_t deepest = 0;
+    const std::vector<TreeLine> lines =
+        treeLines(loaded, options.showsAllNodes ? loaded.nodes().size() : mostNodes, deepest);
+    writeCounts(loaded, deepest, paint, out);
+    if (!lines.empty()) {
+        writeTree(loaded, lines, paint, out);
+    }
+    if (!loaded.log().empty()) {
+        out << paint.bold("Messages") << '\n';
+    }
+    for (const LogLine& line : loaded.log()) {
+        out << "  " << paint.red(line.channel) << " " << printable(line.text) << '\n';
+    }
+}
+
+} // namespace scenetool

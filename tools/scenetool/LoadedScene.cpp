@@ -1,0 +1,81 @@
+#include "LoadedScene.h"
+
+#include <vesk/Exception.h>
+#include <vesk/Logging.h>
+
+#include <exception>
+#include <utility>
+
+namespace scenetool {
+
+// Runs something of the library; what it throws becomes the failure.
+template <class Action>
+bool LoadedScene::run(const Action& action)
+{
+    try {
+        return action();
+    } catch (const vesk::IndexOutOfBounds& exception) {
+        m_failure = Failure{"IndexOutOfBounds", exception.what()};
+    } catch (const vesk::AssertionFailure& exception) {
+        m_failure = Failure{"AssertionFailure", exception.what()};
+    } catch (const vesk::NullPointer& exception) {
+        m_failure = Failure{"NullPointer", exception.what()};
+    } catch (const vesk::SerializationFailed& exception) {
+        m_failure = Failure{"SerializationFailed", exception.what()};
+    } catch (const std::exception& exception) {
+        m_failure = Failure{"exception", exception.what()};
+    }
+    return false;
+}
+
+LoadedScene::LoadedScene(std::string file) : m_file(std::move(file))
+{
+    m_handlerBefore = vesk::LogFactory::setHandler(
+        [this](const vesk::Logger& logger, vesk::LoggerPriority::LOGGER_PRIORITY priority, const vesk::String& text) {
+            m_log.push_back({logger.channel().data(), priority, text.data()});
+        });
+    m_isLoaded = run([this] { return m_scene.createFromCollada(m_file.c_str()); });
+    listNodes();
+}
+
+LoadedScene::~LoadedScene()
+{
+    vesk::LogFactory::setHandler(m_handlerBefore);
+}
+
+void LoadedScene::listNodes()
+{
+    const auto append = [this](const libVideo::Node& parent) {
+        for (const libVideo::NodeLink& child : parent.children()) {
+            m_indices.emplace(child.get(), m_nodes.size());
+            m_nodes.push_back(child.get());
+        }
+    };
+    append(scene().root());
+    for (std::size_t i = 0; i < m_nodes.size(); ++i) {
+        append(*m_nodes[i]);
+    }
+}
+
+std::optional<std::size_t> LoadedScene::indexOf(const libVideo::Node* node) const
+{
+    const auto found = m_indices.find(node);
+    return found == m_indices.end() ? std::nullopt : std::optional<std::size_t>(found->second);
+}
+
+bool LoadedScene::evaluate(double time)
+{
+    return run([this, time] {
+        for (libVideo::Node* const node : m_nodes) {
+            node->transform(time);
+        }
+        return true;
+    });
+}
+
+void LoadedScene::fold()
+{
+    m_scene.visualScene().transform();
+}
+
+} // namespace scenetool

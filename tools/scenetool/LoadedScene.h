@@ -1,0 +1,69 @@
+#pragma once
+
+#include <libVideo/SceneGraph.h>
+
+#include <vesk/Logging.h>
+
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace scenetool {
+
+/// One line of the library's log.
+struct LogLine {
+    std::string channel;
+    int priority;
+    std::string text;
+};
+
+/// An exception that ended a load or an evaluation.
+struct Failure {
+    std::string type;
+    std::string message;
+};
+
+/// A document as the library loads it, with everything that was logged since, and its nodes in breadth-first order.
+class LoadedScene {
+public:
+    /// Loads the document; neither a failure nor an exception of the library leaves the constructor.
+    explicit LoadedScene(std::string file);
+    ~LoadedScene();
+    LoadedScene(const LoadedScene&) = delete;
+    LoadedScene& operator=(const LoadedScene&) = delete;
+
+    const std::string& file() const { return m_file; }
+    bool isLoaded() const { return m_isLoaded; }
+    /// What ended the load or the evaluation, if anything did.
+    const std::optional<Failure>& failure() const { return m_failure; }
+    const std::vector<LogLine>& log() const { return m_log; }
+    const libVideo::VisualScene& scene() const { return m_scene.visualScene(); }
+
+    /// From the root's children down.
+    const std::vector<libVideo::Node*>& nodes() const { return m_nodes; }
+    /// Place in `nodes()`; nothing for the root and for no node.
+    std::optional<std::size_t> indexOf(const libVideo::Node* node) const;
+
+    /// Asks every node for its state at a time in seconds. @return false, with `failure()` set, if one throws; those
+    /// behind it keep their state then
+    bool evaluate(double time);
+    /// Folds the parents into the nodes.
+    void fold();
+
+private:
+    template <class Action>
+    bool run(const Action& action);
+    void listNodes();
+
+    std::string m_file;
+    bool m_isLoaded = false;
+    std::optional<Failure> m_failure;
+    std::vector<LogLine> m_log;
+    vesk::LogHandler m_handlerBefore;
+    libVideo::Scene m_scene;
+    std::vector<libVideo::Node*> m_nodes;
+    std::unordered_map<const libVideo::Node*, std::size_t> m_indices;
+};
+
+} // namespace scenetool

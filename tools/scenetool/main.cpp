@@ -1,0 +1,108 @@
+#include "Dump.h"
+#include "Info.h"
+#include "LoadedScene.h"
+
+#include <CLI/CLI.hpp>
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <optional>
+#include <string>
+
+namespace {
+
+constexpr int loadFailed = 1;
+constexpr int usageError = 2;
+
+// One line on standard error for each fault that ended something.
+void reportFaults(const scenetool::LoadedScene& loaded)
+{
+    const std::string start = "scenetool: " + scenetool::printable(loaded.file()) + ": ";
+    if (loaded.failure()) {
+        const char* const what = loaded.isLoaded() ? "the evaluation ended with " : "the load ended with ";
+        std::cerr << start << what << loaded.failure()->type << ": " << scenetool::printable(loaded.failure()->message)
+                  << '\n';
+    } else if (!loaded.isLoaded()) {
+        const std::string reason = loaded.log().empty() ? "does not load" : loaded.log().back().text;
+        std::cerr << start << scenetool::printable(reason) << '\n';
+    }
+}
+
+int info(const std::string& file, bool showsAllNodes)
+{
+    const scenetool::LoadedScene loaded(file);
+    if (loaded.isLoaded()) {
+        scenetool::InfoOptions options;
+        options.isColored = isatty(STDOUT_FILENO) == 1 && std::getenv("NO_COLOR") == nullptr;
+        options.showsAllNodes = showsAllNodes;
+        scenetool::writeInfo(loaded, options, std::cout);
+    }
+    reportFaults(loaded);
+    return loaded.isLoaded() ? EXIT_SUCCESS : loadFailed;
+}
+
+int dump(const std::string& file, const std::optional<double>& time, bool folds)
+{
+    scenetool::LoadedScene loaded(file);
+    if (loaded.isLoaded()) {
+        const bool isEvaluated = !time || loaded.evaluate(*time);
+        if (folds && isEvaluated) {
+            loaded.fold();
+        }
+    }
+    scenetool::writeDump(loaded, std::cout);
+    reportFaults(loaded);
+    return loaded.isLoaded() ? EXIT_SUCCESS : loadFailed;
+}
+
+int run(int argc, char** argv)
+{
+    CLI::App app("Shows what a COLLADA 1.4.1 document holds, as the libVideo scene graph loads it.", "scenetool");
+    app.set_version_flag("--version", "scenetool " SCENETOOL_VERSION);
+    app.require_subcommand(1);
+
+    std::string file;
+    bool showsAllNodes = false;
+    CLI::App* const infoCommand = app.add_subcommand(
+        "info", "Prints counts, the node tree with its transforms and animations, and messages, for people.");
+    infoCommand->add_option("FILE", file, "The document")->required();
+    infoCommand->add_flag("--all", showsAllNodes, "Show all nodes of the tree, not only the first two hundred");
+
+    std::optional<double> time;
+    bool folds = false;
+    CLI::App* const dumpCommand = app.add_subcommand("dump", "Prints the whole scene as one JSON object.");
+    dumpCommand->add_option("FILE", file, "The document")->required();
+    dumpCommand->add_option("--time", time, "Ask every node for its state at this time in seconds first");
+    dumpCommand->add_flag("--fold", folds, "Fold parents into the nodes, so that matrices are world matrices");
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
+            return app.exit(error); // help and version
+        }
+        std::cerr << "scenetool: " << scenetool::printable(error.what()) << " (see scenetool --help)\n";
+        return usageError;
+    }
+    return infoCommand->parsed() ? info(file, showsAllNodes) : dump(file, time, folds);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        const int status = run(argc, argv);
+        if (!std::cout.flush()) {
+            std::cerr << "scenetool: cannot write to standard output\n";
+            return loadFailed;
+        }
+        return status;
+    } catch (const std::exception& exception) {
+        std::cerr << "scenetool: " << exception.what() << '\n';
+        return loadFailed;
+    }
+}
