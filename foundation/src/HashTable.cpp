@@ -30,6 +30,17 @@ _BucketBase::~_BucketBase() = default;
 
 namespace {
 
+constexpr unsigned mostHeads = 0x80000000u;
+
+// The null behind the last bucket of a chain.
+_BucketBase** chainEnd(_BucketBase** slot)
+{
+    while (*slot != nullptr) {
+        slot = &(*slot)->next;
+    }
+    return slot;
+}
+
 _BucketBase** newHeads(unsigned count)
 {
     return new _BucketBase*[count]();
@@ -108,43 +119,43 @@ bool _HashTableRep::insert(unsigned hash, _BucketBase* bucket, const void* key)
 
 void _HashTableRep::insertWithoutCheck(unsigned hash, _BucketBase* bucket, const void* /*key*/)
 {
-    _BucketBase** slot = &m_heads[hash % m_headCount];
-    while (*slot != nullptr) {
-        slot = &(*slot)->next;
-    }
-    put(slot, bucket);
+    put(chainEnd(&m_heads[hash % m_headCount]), bucket);
 }
 
 void _HashTableRep::put(_BucketBase** slot, _BucketBase* bucket)
 {
     *slot = bucket;
     ++m_size;
-    if (m_size > m_headCount && m_hashOf != nullptr) {
-        growHeads();
+    if (m_size > m_headCount && m_hashOf != nullptr && m_headCount <= mostHeads / 2) {
+        growHeads(2);
     }
 }
 
-void _HashTableRep::growHeads()
+void _HashTableRep::reserve(unsigned size)
 {
-    const unsigned headCount = m_headCount * 2;
-    if (headCount < m_headCount) {
-        return;
+    unsigned factor = 1;
+    while (m_headCount * factor < size && m_headCount * factor <= mostHeads / 2) {
+        factor *= 2;
     }
+    if (factor > 1 && m_hashOf != nullptr) {
+        growHeads(factor);
+    }
+}
+
+void _HashTableRep::growHeads(unsigned factor)
+{
+    const unsigned headCount = m_headCount * factor;
     _BucketBase** const heads = new (std::nothrow) _BucketBase*[headCount]();
     if (heads == nullptr) {
         return; // longer chains do as well
     }
     for (unsigned i = 0; i < m_headCount; ++i) {
-        // What hung at head i goes to i or to i + m_headCount, each in its old order.
-        _BucketBase** low = &heads[i];
-        _BucketBase** high = &heads[i + m_headCount];
+        // What hung at head i spreads over heads that nothing else comes to, each bucket behind those before it.
         _BucketBase* next = nullptr;
         for (_BucketBase* bucket = m_heads[i]; bucket != nullptr; bucket = next) {
             next = bucket->next;
             bucket->next = nullptr;
-            _BucketBase**& slot = m_hashOf(bucket) % headCount == i ? low : high;
-            *slot = bucket;
-            slot = &bucket->next;
+            *chainEnd(&heads[m_hashOf(bucket) % headCount]) = bucket;
         }
     }
     delete[] m_heads;

@@ -14,6 +14,19 @@ namespace {
 using Matrix = libMath::Matrix<float, 4, 4>;
 using Vector3 = libMath::Vector<float, 3>;
 
+// Whether there is any of the elements that place a node, those that take no part in its matrix included.
+bool hasTransform(const daeElementRefArray& children)
+{
+    for (std::size_t i = 0; i < children.getCount(); ++i) {
+        const daeInt type = children[i]->typeID();
+        if (type == domTranslate::ID() || type == domRotate::ID() || type == domMatrix::ID() ||
+            type == domScale::ID() || type == domLookat::ID() || type == domSkew::ID()) {
+            return true;
+        }
+    }
+    return false;
+}
+
 Vector3 firstThree(const libMath::Vector<float, 4>& vector)
 {
     return {vector[0], vector[1], vector[2]};
@@ -38,15 +51,13 @@ bool Node::createFromCollada(const domNode& node)
     setId(node.getId());
     setName(node.getName());
     setSid(node.getSid());
-    const std::size_t transforms = node.getLookat_array().getCount() + node.getMatrix_array().getCount() +
-                                   node.getRotate_array().getCount() + node.getScale_array().getCount() +
-                                   node.getSkew_array().getCount() + node.getTranslate_array().getCount();
-    if (transforms == 0) {
+    // All children in document order, as getChildren() would copy them.
+    const daeElementRefArray& children = node.getContents();
+    if (!hasTransform(children)) {
         return true;
     }
     m_transform.setIdentity();
-    // All children in document order, as getChildren() would copy them.
-    accumulateTransform(node.getContents());
+    accumulateTransform(children);
     return true;
 }
 

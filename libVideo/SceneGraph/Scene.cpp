@@ -2,6 +2,7 @@
 
 #include "detail/Dom.h"
 #include "detail/Log.h"
+#include "detail/NumberTypes.h"
 #include "detail/OpenDocument.h"
 
 #include <libVideo/SceneGraph/Animation.h>
@@ -12,7 +13,10 @@ VIDEO_LOG_CHANNEL("libVideo.scene")
 VIDEO_SOURCE_PATH("libVideo/SceneGraph/Scene")
 
 // Without the version the document model would open documents of its newest schema alone.
-Scene::Scene() : m_dae(nullptr, nullptr, "1.4.1") {}
+Scene::Scene() : m_dae(nullptr, nullptr, "1.4.1")
+{
+    detail::installNumberTypes(m_dae);
+}
 
 Scene::~Scene() = default;
 

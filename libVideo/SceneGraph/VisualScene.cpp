@@ -32,9 +32,7 @@ bool VisualScene::createFromCollada(const domVisual_scene& scene, const SceneRes
         VIDEO_LOG("Cannot create using an empty scene resources");
         return false;
     }
-    const domNode_Array& topNodes = scene.getNode_array();
-    const unsigned topCount = static_cast<unsigned>(topNodes.getCount());
-    if (topCount == 0) {
+    if (static_cast<unsigned>(scene.getNode_array().getCount()) == 0) {
         VIDEO_LOG("Visual scene has no visual nodes");
         return false;
     }
@@ -46,23 +44,7 @@ bool VisualScene::createFromCollada(const domVisual_scene& scene, const SceneRes
     }
     m_resources = resources;
 
-    vesk::Array<TreePrototype> tree(topCount);
-    for (unsigned i = 0; i < topCount; ++i) {
-        tree[i].node = topNodes[i];
-    }
-    // Breadth first, and without recursion: the list grows under the loop, and a slot is looked up anew after that.
-    for (unsigned i = 0; i < tree.size(); ++i) {
-        const domNode_Array& children = tree[i].node->getNode_array();
-        for (std::size_t j = 0; j < children.getCount(); ++j) {
-            TreePrototype child;
-            child.node = children[j];
-            child.parent = i;
-            const unsigned slot = tree.size();
-            tree.append(child);
-            tree[i].children.append(slot);
-        }
-    }
-
+    const vesk::Array<TreePrototype> tree = flatten(scene);
     createNodes(tree);
     // All nodes stand in the table now, so an instance may name any of them.
     for (unsigned i = 0; i < tree.size(); ++i) {
@@ -72,10 +54,41 @@ bool VisualScene::createFromCollada(const domVisual_scene& scene, const SceneRes
     return true;
 }
 
+// Breadth first and without recursion, so the depth of a document costs no stack. The order is found with plain entries,
+// which are cheap to move while the list grows, and only then turned into records, each of them made once.
+vesk::Array<VisualScene::TreePrototype> VisualScene::flatten(const domVisual_scene& scene)
+{
+    struct Entry {
+        domNode* node;
+        unsigned parent;
+    };
+    vesk::Array<Entry> order;
+    const auto appendAll = [&order](const domNode_Array& nodes, unsigned parent) {
+        for (std::size_t i = 0; i < nodes.getCount(); ++i) {
+            order.append(Entry{nodes[i], parent});
+        }
+    };
+    appendAll(scene.getNode_array(), TreePrototype::noParent);
+    for (unsigned i = 0; i < order.size(); ++i) {
+        appendAll(order[i].node->getNode_array(), i);
+    }
+
+    vesk::Array<TreePrototype> tree(order.size());
+    for (unsigned i = 0; i < tree.size(); ++i) {
+        tree[i].node = order[i].node;
+        tree[i].parent = order[i].parent;
+        if (tree[i].parent != TreePrototype::noParent) {
+            tree[tree[i].parent].children.append(i);
+        }
+    }
+    return tree;
+}
+
 void VisualScene::createNodes(const vesk::Array<TreePrototype>& tree)
 {
     m_nodeList.clear();
     m_nodeList.grow(tree.size(), NodeHandle());
+    m_nodeTable.reserve(tree.size());
     for (unsigned i = 0; i < tree.size(); ++i) {
         const TreePrototype& slot = tree[i];
         NodeHandle& node = m_nodeList[i];

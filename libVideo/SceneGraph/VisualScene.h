@@ -58,6 +58,7 @@ public:
 private:
     struct TreePrototype;
 
+    static vesk::Array<TreePrototype> flatten(const domVisual_scene& scene);
     void createNodes(const vesk::Array<TreePrototype>& tree);
     void processNodeInstances(const NodeHandle& node, const daeSmartRef<domNode>& element);
     void addAnimationsToNodes();

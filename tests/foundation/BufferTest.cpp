@@ -197,12 +197,11 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(AssignRow{"SixtyToHundredReuses", 100, 60, true},
                     AssignRow{"FiftyOneToHundredReuses", 100, 51, true},
                     AssignRow{"FiftyToHundredAllocates", 100, 50, false},
-                    AssignRow{"FortyToHundredAllocates", 100, 40, false},
-                    AssignRow{"EqualSizeReuses", 100, 100, true}, AssignRow{"OneMoreAllocates", 100, 101, false},
+                    AssignRow{"FortyToHundredAllocates", 100, 40, false}, AssignRow{"EqualSizeReuses", 100, 100, true},
+                    AssignRow{"OneMoreAllocates", 100, 101, false},
                     AssignRow{"HalfOfOddSizeIsRoundedDown", 101, 51, true},
-                    AssignRow{"RoundedHalfOfOddSizeAllocates", 101, 50, false},
-                    AssignRow{"OneToOneReuses", 1, 1, true}, AssignRow{"OneToTwoAllocates", 2, 1, false},
-                    AssignRow{"ToEmptyAllocates", 0, 3, false}),
+                    AssignRow{"RoundedHalfOfOddSizeAllocates", 101, 50, false}, AssignRow{"OneToOneReuses", 1, 1, true},
+                    AssignRow{"OneToTwoAllocates", 2, 1, false}, AssignRow{"ToEmptyAllocates", 0, 3, false}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TYPED_TEST(BufferTest, ReuseGoesByThePresentSizeNotByTheAllocation)

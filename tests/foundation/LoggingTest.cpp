@@ -11,10 +11,10 @@
 #include <gtest/gtest.h>
 
 using testSupport::LogCapture;
+using vesk::LogFactory;
 using vesk::Logger;
 using vesk::LoggerPriority;
 using vesk::LoggerStream;
-using vesk::LogFactory;
 using vesk::LogHandler;
 using vesk::String;
 using vesk::TraceLogger;
@@ -192,11 +192,11 @@ TEST_F(LoggingTest, SetHandlerGivesTheHandlerOfBefore)
 {
     int first = 0;
     int second = 0;
-    const LogHandler none = LogFactory::setHandler(
-        [&first](const Logger&, LoggerPriority::LOGGER_PRIORITY, const String&) { ++first; });
+    const LogHandler none =
+        LogFactory::setHandler([&first](const Logger&, LoggerPriority::LOGGER_PRIORITY, const String&) { ++first; });
     EXPECT_FALSE(none);
-    const LogHandler before = LogFactory::setHandler(
-        [&second](const Logger&, LoggerPriority::LOGGER_PRIORITY, const String&) { ++second; });
+    const LogHandler before =
+        LogFactory::setHandler([&second](const Logger&, LoggerPriority::LOGGER_PRIORITY, const String&) { ++second; });
     ASSERT_TRUE(before);
     Logger* const logger = channel("test.setHandler");
     logger->log(LoggerPriority::PRIORITY_ERROR, line("x"));
@@ -221,9 +221,8 @@ TEST_F(LoggingTest, EmptyHandlerRestoresTheDefault)
 
 TEST_F(LoggingTest, WhatTheHandlerThrowsPassesThroughLog)
 {
-    LogFactory::setHandler([](const Logger&, LoggerPriority::LOGGER_PRIORITY, const String&) {
-        throw std::runtime_error("stop");
-    });
+    LogFactory::setHandler(
+        [](const Logger&, LoggerPriority::LOGGER_PRIORITY, const String&) { throw std::runtime_error("stop"); });
     Logger* const logger = channel("test.throwing");
     EXPECT_THROW(logger->log(LoggerPriority::PRIORITY_ERROR, line("x")), std::runtime_error);
 }

@@ -232,8 +232,8 @@ TEST_P(StringNoCaseTest, ComparesBothWays)
 INSTANTIATE_TEST_SUITE_P(
     Rows, StringNoCaseTest,
     testing::Values(NoCaseRow{"BothEmpty", "", "", 0}, NoCaseRow{"SameText", "POSITION", "POSITION", 0},
-                    NoCaseRow{"OtherCase", "Position", "pOSITION", 0}, NoCaseRow{"WholeAlphabet",
-                    "abcdefghijklmnopqrstuvwxyz", "ABCDEFGHIJKLMNOPQRSTUVWXYZ", 0},
+                    NoCaseRow{"OtherCase", "Position", "pOSITION", 0},
+                    NoCaseRow{"WholeAlphabet", "abcdefghijklmnopqrstuvwxyz", "ABCDEFGHIJKLMNOPQRSTUVWXYZ", 0},
                     NoCaseRow{"OtherLetter", "abc", "abd", -1}, NoCaseRow{"PrefixIsLess", "NORMA", "normal", -1},
                     NoCaseRow{"EmptyIsLess", "", "a", -1},
                     NoCaseRow{"NeighboursOfTheLettersAreNotFolded", "@[`{", "`{@[", -1},
@@ -292,16 +292,17 @@ TEST_P(StringBadRealTest, IsRefusedAndLeavesTheValueAlone)
     EXPECT_EQ(value, 77.0f);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, StringBadRealTest,
-    testing::Values(BadRealRow{"Empty", ""}, BadRealRow{"Blanks", "   "}, BadRealRow{"Word", "red"},
-                    BadRealRow{"TextBehind", "1.5m"}, BadRealRow{"SecondNumberBehind", "1 2"},
-                    BadRealRow{"DecimalComma", "1,5"}, BadRealRow{"SignAlone", "-"}, BadRealRow{"PlusAlone", "+"},
-                    BadRealRow{"PlusMinus", "+-1"}, BadRealRow{"TwoPluses", "++1"}, BadRealRow{"TwoMinuses", "--1"},
-                    BadRealRow{"BlankBehindSign", "- 1"}, BadRealRow{"PointAlone", "."},
-                    BadRealRow{"OpenExponent", "1e"}, BadRealRow{"Hexadecimal", "0x10"},
-                    BadRealRow{"TooLarge", "1e39"}, BadRealRow{"TooLargeNegative", "-1e39"}),
-    rowName<BadRealRow>);
+INSTANTIATE_TEST_SUITE_P(Rows, StringBadRealTest,
+                         testing::Values(BadRealRow{"Empty", ""}, BadRealRow{"Blanks", "   "},
+                                         BadRealRow{"Word", "red"}, BadRealRow{"TextBehind", "1.5m"},
+                                         BadRealRow{"SecondNumberBehind", "1 2"}, BadRealRow{"DecimalComma", "1,5"},
+                                         BadRealRow{"SignAlone", "-"}, BadRealRow{"PlusAlone", "+"},
+                                         BadRealRow{"PlusMinus", "+-1"}, BadRealRow{"TwoPluses", "++1"},
+                                         BadRealRow{"TwoMinuses", "--1"}, BadRealRow{"BlankBehindSign", "- 1"},
+                                         BadRealRow{"PointAlone", "."}, BadRealRow{"OpenExponent", "1e"},
+                                         BadRealRow{"Hexadecimal", "0x10"}, BadRealRow{"TooLarge", "1e39"},
+                                         BadRealRow{"TooLargeNegative", "-1e39"}),
+                         rowName<BadRealRow>);
 
 TEST(StringTest, NumberIsParsedAlikeInEveryLocale)
 {
@@ -327,9 +328,11 @@ TEST(StringTest, NumberIsParsedAlikeInEveryLocale)
 
 TEST(StringTest, Utf8FormHasTheBytesOfTheText)
 {
-    const String text("m\xC3\xB6" "del \xE2\x82\xAC");
+    const String text("m\xC3\xB6"
+                      "del \xE2\x82\xAC");
     const CString narrow = text.getUTF8String();
-    EXPECT_STREQ(static_cast<const char*>(narrow), "m\xC3\xB6" "del \xE2\x82\xAC");
+    EXPECT_STREQ(static_cast<const char*>(narrow), "m\xC3\xB6"
+                                                   "del \xE2\x82\xAC");
     EXPECT_STREQ(static_cast<const char*>(String().getUTF8String()), "");
 }
 

@@ -76,6 +76,9 @@ public:
     /// Takes over the bucket, also beside others of the same key, of which `lookup` gives the first.
     void insertWithoutCheck(unsigned hash, _BucketBase* bucket, const void* key);
 
+    /// Doubles the heads until there is one for each of `size` buckets, if it may.
+    void reserve(unsigned size);
+
     /// Number of buckets.
     unsigned size() const { return m_size; }
     unsigned headCount() const { return m_headCount; }
@@ -83,7 +86,7 @@ public:
 
 private:
     void swap(_HashTableRep& other) noexcept;
-    void growHeads();
+    void growHeads(unsigned factor);
     void put(_BucketBase** slot, _BucketBase* bucket);
 
     unsigned m_size = 0;
@@ -154,6 +157,9 @@ public:
 
     /// @return the bucket of `key`, or null
     const Bucket* lookup(const K& key) const { return static_cast<const Bucket*>(m_rep.lookup(Hash::hash(key), &key)); }
+
+    /// Prepares for that many keys in all, so that the table need not grow step by step.
+    void reserve(unsigned size) { m_rep.reserve(size); }
 
     /// Number of keys.
     unsigned size() const { return m_rep.size(); }

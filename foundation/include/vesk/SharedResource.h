@@ -24,7 +24,7 @@ class SharedResourceDestroyer;
 
 /// Made where a resource is adopted, the one place where its type has to be complete.
 template <class T>
-class SharedResourceDestroyer<PointerStorage<T, 0, 3>> final : public SharedResourceDestroyerBase {
+class SharedResourceDestroyer<PointerStorage<T, 0, 3>> : public SharedResourceDestroyerBase {
 public:
     explicit SharedResourceDestroyer(T* resource) { m_resource.value = resource; }
 
@@ -51,7 +51,7 @@ class SharedResource;
 /// are no weak handles and no conversions between types, and cycles are not detected. A handle that adopts a null
 /// pointer counts it like any resource. `->` and `*` check nothing: test a handle that may be empty.
 ///
-/// Copying costs one increment; adopting a resource allocates its count and its destroyer.
+/// Copying costs one increment; adopting a resource allocates its count and its destroyer, in one small block.
 template <class T>
 class SharedResource<PointerStorage<T, 0, 3>, 0> {
 public:
@@ -123,19 +123,24 @@ private:
         b = kept;
     }
 
+    // One block for both, since a scene has many resources.
+    struct CountingDestroyer final : SharedResourceDestroyer<PointerStorage<T, 0, 3>> {
+        using SharedResourceDestroyer<PointerStorage<T, 0, 3>>::SharedResourceDestroyer;
+        unsigned count = 1;
+    };
+
     void adopt(T* resource)
     {
-        unsigned* count = nullptr;
+        CountingDestroyer* destroyer = nullptr;
         try {
-            count = new unsigned(1);
-            m_destroyer = new SharedResourceDestroyer<PointerStorage<T, 0, 3>>(resource);
+            destroyer = new CountingDestroyer(resource);
         } catch (...) {
-            delete count;
             delete resource;
             throw;
         }
-        m_count = count;
         m_storage.value = resource;
+        m_count = &destroyer->count;
+        m_destroyer = destroyer;
     }
 
     void release()
@@ -148,7 +153,6 @@ private:
         m_storage.value = m_storage.nullValue;
         m_count = nullptr;
         if (--*count == 0) {
-            delete count;
             delete m_destroyer;
         }
     }

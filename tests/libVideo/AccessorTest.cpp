@@ -1,0 +1,1484 @@
+#include "support/ColladaBuilder.h"
+#include "support/FailingAllocator.h"
+#include "support/LogCapture.h"
+#include "support/PrivateAccess.h"
+
+#include <libVideo/SceneGraph/Accessor.h>
+
+#include <vesk/Exception.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <new>
+#include <ostream>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using libVideo::Accessor;
+using libVideo::AccessorFloat;
+using libVideo::Data;
+using libVideo::DataType;
+using testSupport::ColladaBuilder;
+using testSupport::FailingAllocator;
+using testSupport::LogCapture;
+using ByteHandle = vesk::CopiedResource<vesk::PointerStorage<unsigned char, 3, 2>>;
+using DataList = vesk::Array<Data>;
+using AccessorRef = daeSmartRef<domAccessor>;
+
+PRIVATE_MEMBER(DataName, vesk::String Data::*, &Data::m_name)
+PRIVATE_MEMBER(DataStride, unsigned Data::*, &Data::m_stride)
+PRIVATE_MEMBER(DataDataType, DataType Data::*, &Data::m_dataType)
+PRIVATE_MEMBER(DataOffset, unsigned Data::*, &Data::m_offset)
+PRIVATE_MEMBER(DataTokenByteSize, unsigned Data::*, &Data::m_tokenByteSize)
+PRIVATE_MEMBER(DataBuffer, vesk::Buffer<unsigned char> Data::*, &Data::m_buffer)
+
+PRIVATE_MEMBER(AccessorStride, unsigned Accessor::*, &Accessor::m_stride)
+PRIVATE_MEMBER(AccessorOffset, unsigned Accessor::*, &Accessor::m_offset)
+PRIVATE_MEMBER(AccessorCount, unsigned Accessor::*, &Accessor::m_count)
+PRIVATE_MEMBER(AccessorCurrentIndex, unsigned Accessor::*, &Accessor::m_currentIndex)
+PRIVATE_MEMBER(AccessorBytePerAccess, unsigned Accessor::*, &Accessor::m_bytePerAccess)
+PRIVATE_MEMBER(AccessorName, vesk::String Accessor::*, &Accessor::m_name)
+PRIVATE_MEMBER(AccessorData, DataList Accessor::*, &Accessor::m_data)
+PRIVATE_MEMBER(AccessorFloatArray, domFloat_array* AccessorFloat::*, &AccessorFloat::m_floatArray)
+
+PRIVATE_MEMBER(AccessorRead, const DataList& (Accessor::*)(unsigned), &Accessor::readDataFromArray)
+PRIVATE_MEMBER(AccessorTypeStride, unsigned (Accessor::*)(DataType) const, &Accessor::typeStride)
+PRIVATE_MEMBER(AccessorTypeByteSize, unsigned (Accessor::*)(DataType) const, &Accessor::typeByteSize)
+PRIVATE_MEMBER(AccessorStringToType, DataType (Accessor::*)(const vesk::String&) const, &Accessor::stringToType)
+PRIVATE_MEMBER(AccessorCalculateStride, unsigned (Accessor::*)(const AccessorRef&) const, &Accessor::calculateStride)
+PRIVATE_MEMBER(AccessorFloatIsTypeValid, bool (AccessorFloat::*)(const vesk::String&) const,
+               &AccessorFloat::isTypeValid)
+
+static_assert(std::is_same<ByteHandle, decltype(std::declval<Data&>()[0u])>::value, "a handle on a byte");
+static_assert(std::is_same<const ByteHandle, decltype(std::declval<const Data&>()[0u])>::value, "a handle on a byte");
+static_assert(!std::is_polymorphic<Data>::value && !std::is_default_constructible<Data>::value, "a plain value");
+static_assert(std::is_copy_constructible<Data>::value && std::is_copy_assignable<Data>::value, "a plain value");
+static_assert(std::is_same<unsigned, std::underlying_type_t<DataType>>::value && sizeof(DataType) == 4, "32 bits");
+static_assert(std::is_abstract<Accessor>::value && std::has_virtual_destructor<Accessor>::value, "a base");
+static_assert(std::is_convertible<AccessorFloat*, Accessor*>::value, "derives publicly");
+static_assert(!std::is_abstract<AccessorFloat>::value && std::is_default_constructible<AccessorFloat>::value,
+              "the concrete one");
+static_assert(std::is_copy_constructible<AccessorFloat>::value && std::is_copy_assignable<AccessorFloat>::value,
+              "copies answer for the same record");
+static_assert(std::is_same<const DataList&, decltype(std::declval<Accessor&>()[0u])>::value, "the list");
+static_assert(std::is_same<unsigned, decltype(std::declval<const Accessor&>().count())>::value &&
+                  std::is_same<unsigned, decltype(std::declval<const Accessor&>().stride())>::value &&
+                  std::is_same<unsigned, decltype(std::declval<const Accessor&>().bytePerAccess())>::value &&
+                  std::is_same<const vesk::String&, decltype(std::declval<const Accessor&>().name())>::value,
+              "readable when const");
+
+template <class T, class = void>
+struct HasConstRead : std::false_type {};
+template <class T>
+struct HasConstRead<T, std::void_t<decltype(std::declval<const T&>()[0u])>> : std::true_type {};
+static_assert(!HasConstRead<Accessor>::value && !HasConstRead<AccessorFloat>::value, "a read changes the accessor");
+
+constexpr unsigned noIndex = 0xFFFFFFFFu;
+
+/// What an accessor with this source says of where to read.
+const std::string ofFloats = "source='#floats' ";
+const std::string xyz = "<param name='X' type='float'/><param name='Y' type='float'/><param name='Z' type='float'/>";
+
+/// A document with one `<source>`, its `<float_array>` "floats" and its `<accessor>`.
+class SourceDocument {
+public:
+    SourceDocument(const std::string& floats, const std::string& attributes, const std::string& params)
+    {
+        std::istringstream tokens(floats);
+        std::string token;
+        unsigned count = 0;
+        while (tokens >> token) {
+            ++count;
+        }
+        m_builder.add(
+            "<library_animations><animation><source id='names'><Name_array id='words' count='1'>a</Name_array>"
+            "</source><source id='integers'><int_array id='ints' count='1'>1</int_array></source>"
+            "<source id='source'><float_array id='floats' count='" +
+            std::to_string(count) + "'>" + floats + "</float_array><technique_common><accessor " + attributes + ">" +
+            params + "</accessor></technique_common></source></animation></library_animations>");
+        if (m_builder.open() == nullptr) {
+            throw std::runtime_error("the document does not open");
+        }
+    }
+
+    AccessorRef accessor() { return m_builder.element<domSource>("source")->getTechnique_common()->getAccessor(); }
+    domFloat_array* array() { return m_builder.element<domFloat_array>("floats"); }
+    daeTArray<double>& values() { return array()->getValue(); }
+
+private:
+    ColladaBuilder m_builder;
+};
+
+float floatIn(const Data& data, unsigned token)
+{
+    float value = 0.0f;
+    std::memcpy(&value, data[token].get(), sizeof(value));
+    return value;
+}
+
+void setFloat(Data& data, unsigned token, float value)
+{
+    std::memcpy(data[token].get(), &value, sizeof(value));
+}
+
+/// All values of a list, component by component.
+std::vector<float> floatsIn(const DataList& list)
+{
+    std::vector<float> values;
+    for (const Data& data : list) {
+        for (unsigned j = 0; j < data.stride(); ++j) {
+            values.push_back(floatIn(data, j));
+        }
+    }
+    return values;
+}
+
+std::vector<float> record(Accessor& accessor, unsigned index)
+{
+    return floatsIn(accessor[index]);
+}
+
+using Floats = std::vector<float>;
+
+/// The assertion that a call breaks, as "file: expression"; it may not log.
+template <class Call>
+std::string assertionOf(const Call& call)
+{
+    const LogCapture log;
+    try {
+        call();
+    } catch (const vesk::AssertionFailure& failure) {
+        EXPECT_GT(failure.line(), 0u);
+        EXPECT_TRUE(log.lines().empty());
+        return std::string(failure.file()) + ": " + failure.expression();
+    }
+    return "none";
+}
+
+const char* const indexAssertion = "libVideo/SceneGraph/Accessor: index < m_count";
+const char* const tokenAssertion = "libVideo/SceneGraph/Accessor: index < m_stride";
+const char* const unreachableAssertion = "libVideo/SceneGraph/Accessor: false";
+
+unsigned typeStride(const Accessor& accessor, DataType type)
+{
+    return (accessor.*privateMember(AccessorTypeStride()))(type);
+}
+
+unsigned typeByteSize(const Accessor& accessor, DataType type)
+{
+    return (accessor.*privateMember(AccessorTypeByteSize()))(type);
+}
+
+DataType stringToType(const Accessor& accessor, const char* text)
+{
+    return (accessor.*privateMember(AccessorStringToType()))(text);
+}
+
+bool isTypeValid(const AccessorFloat& accessor, const char* text)
+{
+    return (accessor.*privateMember(AccessorFloatIsTypeValid()))(text);
+}
+
+unsigned calculateStride(const Accessor& accessor, const AccessorRef& element)
+{
+    return (accessor.*privateMember(AccessorCalculateStride()))(element);
+}
+
+const DataList& readDataFromArray(Accessor& accessor, unsigned index)
+{
+    return (accessor.*privateMember(AccessorRead()))(index);
+}
+
+const DataList& listOf(const Accessor& accessor)
+{
+    return accessor.*privateMember(AccessorData());
+}
+
+unsigned offsetOf(const Accessor& accessor)
+{
+    return accessor.*privateMember(AccessorOffset());
+}
+
+unsigned currentIndexOf(const Accessor& accessor)
+{
+    return accessor.*privateMember(AccessorCurrentIndex());
+}
+
+/// An accessor that tells how often it read its array.
+class CountingAccessor : public AccessorFloat {
+public:
+    unsigned reads = 0;
+
+protected:
+    const DataList& readDataFromArray(unsigned index) override
+    {
+        ++reads;
+        return AccessorFloat::readDataFromArray(index);
+    }
+};
+
+/// An accessor that answers three of the questions that loading asks on its own.
+class OverridingAccessor : public AccessorFloat {
+public:
+    unsigned tokensOfFloat = 1;
+
+protected:
+    unsigned calculateStride(const AccessorRef& /*accessor*/) const override { return 7; }
+
+private:
+    unsigned typeStride(DataType /*type*/) const override { return tokensOfFloat; }
+};
+
+// --- DataType ---
+
+TEST(DataTypeTest, ValuesHaveTheirNumbers)
+{
+    EXPECT_EQ(1u, static_cast<unsigned>(libVideo::DATA_TYPE_FLOAT));
+    EXPECT_EQ(2u, static_cast<unsigned>(libVideo::DATA_TYPE_FLOAT2));
+    EXPECT_EQ(3u, static_cast<unsigned>(libVideo::DATA_TYPE_FLOAT3));
+    EXPECT_EQ(4u, static_cast<unsigned>(libVideo::DATA_TYPE_FLOAT4));
+    EXPECT_EQ(8u, static_cast<unsigned>(libVideo::DATA_TYPE_FLOAT4X4));
+    EXPECT_EQ(9u, static_cast<unsigned>(libVideo::DATA_TYPE_INVALID));
+}
+
+// --- Data ---
+
+TEST(DataTest, ConstructorSetsAllFields)
+{
+    const Data data("weight", 3, libVideo::DATA_TYPE_FLOAT4X4, 5, 8);
+    EXPECT_EQ(vesk::String("weight"), data.name());
+    EXPECT_EQ(3u, data.stride());
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT4X4, data.dataType());
+    EXPECT_EQ(5u, data.offset());
+    EXPECT_EQ(8u, data.tokenByteSize());
+}
+
+TEST(DataTest, FieldsStandInTheirOrder)
+{
+    const Data data("X", 1, libVideo::DATA_TYPE_FLOAT, 0, 4);
+    const std::vector<const void*> addresses = {
+        &(data.*privateMember(DataName())),          &(data.*privateMember(DataStride())),
+        &(data.*privateMember(DataDataType())),      &(data.*privateMember(DataOffset())),
+        &(data.*privateMember(DataTokenByteSize())), &(data.*privateMember(DataBuffer()))};
+    for (std::size_t i = 1; i < addresses.size(); ++i) {
+        EXPECT_LT(reinterpret_cast<std::uintptr_t>(addresses[i - 1]), reinterpret_cast<std::uintptr_t>(addresses[i]))
+            << i;
+    }
+}
+
+TEST(DataTest, BufferTakesStrideTimesTokenByteSize)
+{
+    const Data one("X", 1, libVideo::DATA_TYPE_FLOAT, 0, 4);
+    const Data matrix("M", 16, libVideo::DATA_TYPE_FLOAT4X4, 0, 64);
+    const Data odd("O", 3, libVideo::DATA_TYPE_FLOAT, 0, 5);
+    EXPECT_EQ(4u, (one.*privateMember(DataBuffer())).size());
+    EXPECT_EQ(1024u, (matrix.*privateMember(DataBuffer())).size());
+    EXPECT_EQ(15u, (odd.*privateMember(DataBuffer())).size());
+}
+
+TEST(DataTest, ProductOfZeroAllocatesNothing)
+{
+    long requestsWithoutTokens = -1;
+    long requestsWithoutBytes = -1;
+    long requestsWithBoth = -1;
+    {
+        const FailingAllocator allocator(-1);
+        const Data data(vesk::String::EMPTY(), 0, libVideo::DATA_TYPE_FLOAT, 0, 4);
+        requestsWithoutTokens = allocator.requests();
+    }
+    {
+        const FailingAllocator allocator(-1);
+        const Data data(vesk::String::EMPTY(), 4, libVideo::DATA_TYPE_FLOAT, 0, 0);
+        requestsWithoutBytes = allocator.requests();
+    }
+    {
+        const FailingAllocator allocator(-1);
+        const Data data(vesk::String::EMPTY(), 1, libVideo::DATA_TYPE_FLOAT, 0, 4);
+        requestsWithBoth = allocator.requests();
+    }
+    EXPECT_EQ(0, requestsWithoutTokens);
+    EXPECT_EQ(0, requestsWithoutBytes);
+    EXPECT_EQ(1, requestsWithBoth);
+}
+
+TEST(DataTest, TokensLieTokenByteSizeApartFromTheStartOfTheBuffer)
+{
+    Data data("M", 16, libVideo::DATA_TYPE_FLOAT4X4, 0, 64);
+    const Data& constData = data;
+    const unsigned char* const first = (data.*privateMember(DataBuffer())).data();
+    for (unsigned i = 0; i < 16; ++i) {
+        EXPECT_EQ(first + std::size_t(64) * i, data[i].get()) << i;
+        EXPECT_EQ(first + std::size_t(64) * i, constData[i].get()) << i;
+    }
+}
+
+TEST(DataTest, HandleDoesNotOwnItsByte)
+{
+    Data data("X", 2, libVideo::DATA_TYPE_FLOAT, 0, 4);
+    setFloat(data, 1, 2.5f);
+    {
+        const ByteHandle handle = data[1];
+        const ByteHandle copy = handle;
+        EXPECT_EQ(handle.get(), copy.get());
+    }
+    EXPECT_EQ(2.5f, floatIn(data, 1));
+}
+
+TEST(DataTest, BytesThatNoTokenFillsAreZero)
+{
+    const Data data("M", 16, libVideo::DATA_TYPE_FLOAT4X4, 0, 64);
+    const vesk::Buffer<unsigned char>& buffer = data.*privateMember(DataBuffer());
+    for (std::uint64_t i = 0; i < buffer.size(); ++i) {
+        ASSERT_EQ(0, buffer[i]) << i;
+    }
+}
+
+TEST(DataTest, TokenIndexHasToLieBelowTheStride)
+{
+    Data data("X", 2, libVideo::DATA_TYPE_FLOAT, 0, 4);
+    const Data& constData = data;
+    EXPECT_EQ("none", assertionOf([&] { data[1]; }));
+    EXPECT_EQ("none", assertionOf([&] { constData[1]; }));
+    EXPECT_EQ(tokenAssertion, assertionOf([&] { data[2]; }));
+    EXPECT_EQ(tokenAssertion, assertionOf([&] { constData[2]; }));
+    EXPECT_EQ(tokenAssertion, assertionOf([&] { data[noIndex]; }));
+    EXPECT_EQ(tokenAssertion, assertionOf([&] { constData[noIndex]; }));
+}
+
+TEST(DataTest, ComponentWithoutTokensHasNoIndex)
+{
+    Data data("X", 0, libVideo::DATA_TYPE_FLOAT, 0, 4);
+    EXPECT_EQ(tokenAssertion, assertionOf([&] { data[0]; }));
+    EXPECT_EQ(tokenAssertion, assertionOf([&] { std::as_const(data)[0]; }));
+}
+
+TEST(DataTest, CopyHasAllFieldsAndBytesOfItsOwn)
+{
+    Data source("weight", 2, libVideo::DATA_TYPE_FLOAT, 5, 4);
+    setFloat(source, 0, 1.5f);
+    setFloat(source, 1, -2.0f);
+    Data copy(source);
+    EXPECT_EQ(vesk::String("weight"), copy.name());
+    EXPECT_EQ(2u, copy.stride());
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT, copy.dataType());
+    EXPECT_EQ(5u, copy.offset());
+    EXPECT_EQ(4u, copy.tokenByteSize());
+    EXPECT_EQ(1.5f, floatIn(copy, 0));
+    EXPECT_EQ(-2.0f, floatIn(copy, 1));
+
+    setFloat(copy, 0, 9.0f);
+    EXPECT_EQ(1.5f, floatIn(source, 0));
+    setFloat(source, 1, 8.0f);
+    EXPECT_EQ(-2.0f, floatIn(copy, 1));
+}
+
+TEST(DataTest, CopyHoldsAlsoTheBytesBetweenTokens)
+{
+    Data source("M", 2, libVideo::DATA_TYPE_FLOAT4X4, 0, 64);
+    source[0].get()[63] = 0xA5;
+    const Data copy(source);
+    EXPECT_EQ(0xA5, copy[0].get()[63]);
+}
+
+TEST(DataTest, CopyOutlivesItsSource)
+{
+    auto source = std::make_unique<Data>("weight", 1, libVideo::DATA_TYPE_FLOAT, 0, 4);
+    setFloat(*source, 0, 3.25f);
+    const Data copy(*source);
+    source.reset();
+    EXPECT_EQ(3.25f, floatIn(copy, 0));
+    EXPECT_EQ(vesk::String("weight"), copy.name());
+}
+
+TEST(DataTest, AssignmentCopiesAllFieldsAndBytesOfAnotherSize)
+{
+    Data source("matrix", 16, libVideo::DATA_TYPE_FLOAT4X4, 3, 64);
+    setFloat(source, 15, 7.0f);
+    Data target("X", 1, libVideo::DATA_TYPE_FLOAT, 0, 4);
+    const Data& result = (target = source);
+    EXPECT_EQ(&target, &result);
+    EXPECT_EQ(vesk::String("matrix"), target.name());
+    EXPECT_EQ(16u, target.stride());
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT4X4, target.dataType());
+    EXPECT_EQ(3u, target.offset());
+    EXPECT_EQ(64u, target.tokenByteSize());
+    EXPECT_EQ(1024u, (target.*privateMember(DataBuffer())).size());
+    EXPECT_EQ(7.0f, floatIn(target, 15));
+
+    setFloat(target, 15, 1.0f);
+    EXPECT_EQ(7.0f, floatIn(source, 15));
+    target = Data("Y", 1, libVideo::DATA_TYPE_FLOAT, 1, 4);
+    EXPECT_EQ(4u, (target.*privateMember(DataBuffer())).size());
+    EXPECT_EQ(1u, target.stride());
+}
+
+TEST(DataTest, AssignmentToItselfChangesNothing)
+{
+    Data data("X", 2, libVideo::DATA_TYPE_FLOAT, 4, 4);
+    setFloat(data, 1, 6.0f);
+    const Data& alias = data;
+    data = alias;
+    EXPECT_EQ(vesk::String("X"), data.name());
+    EXPECT_EQ(6.0f, floatIn(data, 1));
+}
+
+// --- the type operations ---
+
+TEST(AccessorFloatTypeTest, TextGivesItsTypeInAnyCase)
+{
+    const AccessorFloat accessor;
+    for (const char* const text : {"float", "FLOAT", "Float", "fLoAt"}) {
+        EXPECT_EQ(libVideo::DATA_TYPE_FLOAT, stringToType(accessor, text)) << text;
+    }
+    for (const char* const text : {"float4x4", "FLOAT4X4", "Float4x4", "float4X4"}) {
+        EXPECT_EQ(libVideo::DATA_TYPE_FLOAT4X4, stringToType(accessor, text)) << text;
+    }
+}
+
+TEST(AccessorFloatTypeTest, AnyOtherTextIsAnAssertionFailure)
+{
+    const AccessorFloat accessor;
+    for (const char* const text : {"", "int", "name", "Name", "double", "bool", "IDREF", "float2", "float3", "float4",
+                                   "float3x3", "float4x", "float4x44", " float", "float ", "floa", "floats", "1"}) {
+        EXPECT_EQ(unreachableAssertion, assertionOf([&] { stringToType(accessor, text); })) << text;
+    }
+}
+
+TEST(AccessorFloatTypeTest, TypeStrideIsOneOfAFloatAndSixteenOfAMatrix)
+{
+    const AccessorFloat accessor;
+    EXPECT_EQ(1u, typeStride(accessor, libVideo::DATA_TYPE_FLOAT));
+    EXPECT_EQ(16u, typeStride(accessor, libVideo::DATA_TYPE_FLOAT4X4));
+}
+
+TEST(AccessorFloatTypeTest, TypeByteSizeIsFourOfAFloatAndSixtyFourOfAMatrix)
+{
+    const AccessorFloat accessor;
+    EXPECT_EQ(4u, typeByteSize(accessor, libVideo::DATA_TYPE_FLOAT));
+    EXPECT_EQ(64u, typeByteSize(accessor, libVideo::DATA_TYPE_FLOAT4X4));
+}
+
+TEST(AccessorFloatTypeTest, TypeByteSizeIsFourTimesTheStrideThatADerivedClassGives)
+{
+    OverridingAccessor accessor;
+    accessor.tokensOfFloat = 5;
+    EXPECT_EQ(20u, typeByteSize(accessor, libVideo::DATA_TYPE_FLOAT));
+}
+
+TEST(AccessorFloatTypeTest, StrideAndByteSizeOfAnyOtherTypeAreAssertionFailures)
+{
+    const AccessorFloat accessor;
+    for (const unsigned number : {0u, 2u, 3u, 4u, 5u, 6u, 7u, 9u, 10u, noIndex}) {
+        const DataType type = static_cast<DataType>(number);
+        EXPECT_EQ(unreachableAssertion, assertionOf([&] { typeStride(accessor, type); })) << number;
+        EXPECT_EQ(unreachableAssertion, assertionOf([&] { typeByteSize(accessor, type); })) << number;
+    }
+}
+
+TEST(AccessorFloatTypeTest, FloatAndMatrixAreValidInAnyCase)
+{
+    const AccessorFloat accessor;
+    for (const char* const text : {"float", "FLOAT", "fLOAT", "float4x4", "FLOAT4X4", "Float4X4"}) {
+        EXPECT_TRUE(isTypeValid(accessor, text)) << text;
+    }
+}
+
+TEST(AccessorFloatTypeTest, NoOtherTextIsValid)
+{
+    const AccessorFloat accessor;
+    for (const char* const text : {"", "int", "name", "float2", "float3", "float4", "float3x3", " float", "floats"}) {
+        EXPECT_FALSE(isTypeValid(accessor, text)) << text;
+    }
+}
+
+// --- calculateStride ---
+
+struct StrideCase {
+    const char* name;
+    const char* attributes;
+    const char* params;
+    unsigned stride;
+};
+
+void PrintTo(const StrideCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class AccessorStrideTest : public testing::TestWithParam<StrideCase> {};
+
+TEST_P(AccessorStrideTest, StrideIsCalculatedAndTakenByTheLoad)
+{
+    SourceDocument document("1 2 3 4", ofFloats + GetParam().attributes, GetParam().params);
+    const LogCapture unread;
+    AccessorFloat accessor;
+    EXPECT_EQ(GetParam().stride, calculateStride(accessor, document.accessor()));
+    EXPECT_EQ(0u, accessor.stride());
+    EXPECT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ(GetParam().stride, accessor.stride());
+}
+
+#define PARAM_X "<param name='X' type='float'/>"
+#define PARAM_UNNAMED "<param type='float'/>"
+#define PARAM_MATRIX "<param name='M' type='float4x4'/>"
+#define PARAM_UNNAMED_MATRIX "<param type='float4x4'/>"
+
+INSTANTIATE_TEST_SUITE_P(
+    Documents, AccessorStrideTest,
+    testing::Values(StrideCase{"AttributeAboveOne", "stride='3'", PARAM_X PARAM_X PARAM_X, 3},
+                    StrideCase{"AttributeAboveWhatParamsTake", "stride='8'", PARAM_X PARAM_X, 8},
+                    StrideCase{"AttributeBelowWhatParamsTake", "stride='2'", PARAM_X PARAM_X PARAM_X, 2},
+                    StrideCase{"AttributeBelowMatrix", "stride='2'", PARAM_MATRIX, 2},
+                    StrideCase{"AttributeWithoutParams", "stride='3'", "", 3},
+                    StrideCase{"AttributeTwoIsBelieved", "stride='2'", PARAM_X, 2},
+                    StrideCase{"AttributeOneIsNot", "stride='1'", PARAM_X PARAM_X PARAM_X, 3},
+                    StrideCase{"AttributeZeroIsNot", "stride='0'", PARAM_X PARAM_X, 2},
+                    StrideCase{"NoAttribute", "", PARAM_X PARAM_X PARAM_X, 3},
+                    StrideCase{"NoAttributeOneParam", "", PARAM_X, 1},
+                    StrideCase{"UnnamedParamsCount", "", PARAM_X PARAM_UNNAMED PARAM_X, 3},
+                    StrideCase{"UnnamedParamsAlone", "", PARAM_UNNAMED PARAM_UNNAMED, 2},
+                    StrideCase{"Matrix", "", PARAM_MATRIX, 16},
+                    StrideCase{"MatrixBetweenFloats", "", PARAM_X PARAM_MATRIX PARAM_X, 18},
+                    StrideCase{"UnnamedMatrix", "", PARAM_UNNAMED_MATRIX PARAM_X, 17},
+                    StrideCase{"NeitherAttributeNorParams", "", "", 0},
+                    StrideCase{"AttributeOneWithoutParams", "stride='1'", "", 0},
+                    StrideCase{"LowHalfOfTheAttribute", "stride='4294967301'", PARAM_X, 5},
+                    StrideCase{"LowHalfOneIsNotBelieved", "stride='4294967297'", PARAM_X PARAM_X, 2},
+                    StrideCase{"LowHalfZeroIsNotBelieved", "stride='4294967296'", PARAM_X PARAM_X, 2}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST(AccessorStrideTest, StrideAboveOneAsksForNoType)
+{
+    SourceDocument document("1 2 3 4", ofFloats + "stride='4'", "<param type='int'/>");
+    const AccessorFloat accessor;
+    EXPECT_EQ(4u, calculateStride(accessor, document.accessor()));
+}
+
+TEST(AccessorStrideTest, StrideOfAnUnknownTypeIsAnAssertionFailure)
+{
+    for (const char* const params : {"<param name='X' type='int'/>", "<param type='int'/>", PARAM_X "<param type=''/>",
+                                     PARAM_X "<param name='Y'/>", PARAM_X "<param/>"}) {
+        SourceDocument document("1 2 3 4", ofFloats, params);
+        const AccessorFloat accessor;
+        EXPECT_EQ(unreachableAssertion, assertionOf([&] { calculateStride(accessor, document.accessor()); })) << params;
+    }
+}
+
+// --- createFromCollada ---
+
+TEST(AccessorTest, StartsEmpty)
+{
+    const AccessorFloat accessor;
+    EXPECT_EQ(0u, accessor.stride());
+    EXPECT_EQ(0u, offsetOf(accessor));
+    EXPECT_EQ(0u, accessor.count());
+    EXPECT_EQ(0xFFFFFFFFu, currentIndexOf(accessor));
+    EXPECT_EQ(0u, accessor.bytePerAccess());
+    EXPECT_TRUE(accessor.name().empty());
+    EXPECT_EQ(0u, listOf(accessor).size());
+}
+
+TEST(AccessorTest, FieldsStandInTheirOrder)
+{
+    const AccessorFloat accessor;
+    const Accessor& base = accessor;
+    const std::vector<const void*> addresses = {
+        &(base.*privateMember(AccessorStride())),        &(base.*privateMember(AccessorOffset())),
+        &(base.*privateMember(AccessorCount())),         &(base.*privateMember(AccessorCurrentIndex())),
+        &(base.*privateMember(AccessorBytePerAccess())), &(base.*privateMember(AccessorName())),
+        &(base.*privateMember(AccessorData())),          &(accessor.*privateMember(AccessorFloatArray()))};
+    for (std::size_t i = 1; i < addresses.size(); ++i) {
+        EXPECT_LT(reinterpret_cast<std::uintptr_t>(addresses[i - 1]), reinterpret_cast<std::uintptr_t>(addresses[i]))
+            << i;
+    }
+}
+
+#if defined(__x86_64__) && defined(__GNUC__)
+/// The place of a virtual operation among those of its class: a pointer to it starts with the place in bytes plus 1.
+template <class Operation>
+std::uintptr_t slotOf(Operation operation)
+{
+    std::uintptr_t word = 0;
+    std::memcpy(&word, &operation, sizeof(word));
+    return (word - 1) / sizeof(void*);
+}
+
+TEST(AccessorTest, VirtualOperationsStandInTheirOrder)
+{
+    EXPECT_EQ(0u, slotOf(privateMember(AccessorRead())));
+    EXPECT_EQ(1u, slotOf(privateMember(AccessorTypeStride())));
+    EXPECT_EQ(2u, slotOf(privateMember(AccessorTypeByteSize())));
+    EXPECT_EQ(3u, slotOf(privateMember(AccessorStringToType())));
+    EXPECT_EQ(4u, slotOf(privateMember(AccessorCalculateStride())));
+    // The destructor takes two places.
+    EXPECT_EQ(7u, slotOf(&Accessor::createFromCollada));
+}
+#endif
+
+TEST(AccessorTest, ThreeFloatParamsGiveThreeComponents)
+{
+    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2' stride='3'", xyz);
+    const LogCapture log;
+    AccessorFloat accessor;
+    EXPECT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ(2u, accessor.count());
+    EXPECT_EQ(3u, accessor.stride());
+    EXPECT_EQ(12u, accessor.bytePerAccess());
+    EXPECT_TRUE(accessor.name().empty());
+    EXPECT_EQ(noIndex, currentIndexOf(accessor));
+    EXPECT_EQ(document.array(), accessor.*privateMember(AccessorFloatArray()));
+    const DataList& list = listOf(accessor);
+    ASSERT_EQ(3u, list.size());
+    const char* const names[] = {"X", "Y", "Z"};
+    for (unsigned i = 0; i < 3; ++i) {
+        EXPECT_EQ(vesk::String(names[i]), list[i].name());
+        EXPECT_EQ(1u, list[i].stride());
+        EXPECT_EQ(libVideo::DATA_TYPE_FLOAT, list[i].dataType());
+        EXPECT_EQ(i, list[i].offset());
+        EXPECT_EQ(4u, list[i].tokenByteSize());
+    }
+    EXPECT_TRUE(log.lines().empty());
+}
+
+TEST(AccessorTest, UnnamedParamReservesItsFloatAndIsNotRead)
+{
+    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2'",
+                            PARAM_X PARAM_UNNAMED "<param name='Z' type='float'/>");
+    AccessorFloat accessor;
+    EXPECT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ(3u, accessor.stride());
+    EXPECT_EQ(8u, accessor.bytePerAccess());
+    const DataList& list = listOf(accessor);
+    ASSERT_EQ(2u, list.size());
+    EXPECT_EQ(vesk::String("X"), list[0].name());
+    EXPECT_EQ(0u, list[0].offset());
+    EXPECT_EQ(vesk::String("Z"), list[1].name());
+    EXPECT_EQ(2u, list[1].offset());
+    EXPECT_EQ((Floats{1, 3}), record(accessor, 0));
+    EXPECT_EQ((Floats{4, 6}), record(accessor, 1));
+}
+
+TEST(AccessorTest, UnnamedMatrixReservesSixteenFloats)
+{
+    SourceDocument document("1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17", ofFloats + "count='1'",
+                            PARAM_UNNAMED_MATRIX PARAM_X);
+    AccessorFloat accessor;
+    EXPECT_TRUE(accessor.createFromCollada(document.accessor()));
+    ASSERT_EQ(1u, listOf(accessor).size());
+    EXPECT_EQ(16u, listOf(accessor)[0].offset());
+    EXPECT_EQ(4u, accessor.bytePerAccess());
+    EXPECT_EQ((Floats{17}), record(accessor, 0));
+}
+
+TEST(AccessorTest, EmptyNameIsAName)
+{
+    SourceDocument document("1 2", ofFloats + "count='1'", "<param name='' type='float'/>" PARAM_X);
+    AccessorFloat accessor;
+    EXPECT_TRUE(accessor.createFromCollada(document.accessor()));
+    ASSERT_EQ(2u, listOf(accessor).size());
+    EXPECT_TRUE(listOf(accessor)[0].name().empty());
+    EXPECT_EQ(1u, listOf(accessor)[1].offset());
+    EXPECT_EQ(8u, accessor.bytePerAccess());
+}
+
+TEST(AccessorTest, MatrixParamGivesOneComponentOfSixteenTokens)
+{
+    SourceDocument document("1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16", ofFloats + "count='1'", PARAM_MATRIX);
+    AccessorFloat accessor;
+    EXPECT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ(16u, accessor.stride());
+    EXPECT_EQ(1024u, accessor.bytePerAccess());
+    const DataList& list = listOf(accessor);
+    ASSERT_EQ(1u, list.size());
+    EXPECT_EQ(vesk::String("M"), list[0].name());
+    EXPECT_EQ(16u, list[0].stride());
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT4X4, list[0].dataType());
+    EXPECT_EQ(0u, list[0].offset());
+    EXPECT_EQ(64u, list[0].tokenByteSize());
+    EXPECT_EQ(1024u, (list[0].*privateMember(DataBuffer())).size());
+}
+
+TEST(AccessorTest, ComponentsStandInTheOrderOfTheParams)
+{
+    SourceDocument document("1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18", ofFloats + "count='1'",
+                            "<param name='T' type='float'/>" PARAM_MATRIX "<param name='A' type='float'/>");
+    AccessorFloat accessor;
+    EXPECT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ(18u, accessor.stride());
+    EXPECT_EQ(1032u, accessor.bytePerAccess());
+    const DataList& list = accessor[0];
+    ASSERT_EQ(3u, list.size());
+    EXPECT_EQ(vesk::String("T"), list[0].name());
+    EXPECT_EQ(0u, list[0].offset());
+    EXPECT_EQ(vesk::String("M"), list[1].name());
+    EXPECT_EQ(1u, list[1].offset());
+    EXPECT_EQ(vesk::String("A"), list[2].name());
+    EXPECT_EQ(17u, list[2].offset());
+    EXPECT_EQ(1.0f, floatIn(list[0], 0));
+    EXPECT_EQ(2.0f, floatIn(list[1], 0));
+    EXPECT_EQ(17.0f, floatIn(list[1], 15));
+    EXPECT_EQ(18.0f, floatIn(list[2], 0));
+}
+
+TEST(AccessorTest, TypeTextInCapitalsIsAccepted)
+{
+    SourceDocument document("1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17", ofFloats + "count='1'",
+                            "<param name='X' type='FLOAT'/><param name='M' type='FLOAT4X4'/>");
+    AccessorFloat accessor;
+    EXPECT_TRUE(accessor.createFromCollada(document.accessor()));
+    ASSERT_EQ(2u, listOf(accessor).size());
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT, listOf(accessor)[0].dataType());
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT4X4, listOf(accessor)[1].dataType());
+}
+
+TEST(AccessorTest, WithoutParamsThereIsOneImplicitComponentThatCountsNoBytes)
+{
+    SourceDocument document("7 8 9", ofFloats + "count='3'", "");
+    const LogCapture log;
+    AccessorFloat accessor;
+    EXPECT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ(0u, accessor.stride());
+    EXPECT_EQ(0u, accessor.bytePerAccess());
+    const DataList& list = listOf(accessor);
+    ASSERT_EQ(1u, list.size());
+    EXPECT_TRUE(list[0].name().empty());
+    EXPECT_EQ(1u, list[0].stride());
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT, list[0].dataType());
+    EXPECT_EQ(0u, list[0].offset());
+    EXPECT_EQ(4u, list[0].tokenByteSize());
+    for (unsigned i = 0; i < 3; ++i) {
+        EXPECT_EQ((Floats{7}), record(accessor, i)) << i;
+    }
+    EXPECT_TRUE(log.lines().empty());
+}
+
+TEST(AccessorTest, WithoutParamsAStrideAboveOneStillCounts)
+{
+    SourceDocument document("1 2 3 4", ofFloats + "count='2' stride='2'", "");
+    AccessorFloat accessor;
+    EXPECT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ(2u, accessor.stride());
+    EXPECT_EQ(0u, accessor.bytePerAccess());
+    EXPECT_EQ((Floats{1}), record(accessor, 0));
+    EXPECT_EQ((Floats{3}), record(accessor, 1));
+}
+
+TEST(AccessorTest, ParamsWithoutNamesAloneGiveNoComponent)
+{
+    SourceDocument document("1 2", ofFloats + "count='1'", PARAM_UNNAMED PARAM_UNNAMED);
+    AccessorFloat accessor;
+    EXPECT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ(2u, accessor.stride());
+    EXPECT_EQ(0u, listOf(accessor).size());
+    EXPECT_EQ(0u, accessor.bytePerAccess());
+}
+
+TEST(AccessorTest, AbsentAttributesAreZeroRecordsFromZero)
+{
+    SourceDocument document("1 2 3", ofFloats, xyz);
+    AccessorFloat accessor;
+    EXPECT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ(0u, accessor.count());
+    EXPECT_EQ(0u, offsetOf(accessor));
+    EXPECT_EQ(3u, accessor.stride());
+}
+
+TEST(AccessorTest, CountAndOffsetAreTheLowHalvesOfTheirAttributes)
+{
+    SourceDocument document("1 2 3 4 5 6 7 8 9", ofFloats + "count='4294967298' offset='4294967297'", xyz);
+    AccessorFloat accessor;
+    EXPECT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ(2u, accessor.count());
+    EXPECT_EQ(1u, offsetOf(accessor));
+    EXPECT_EQ((Floats{4, 5, 6}), record(accessor, 0));
+}
+
+TEST(AccessorTest, LoadingAgainAppends)
+{
+    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2'", xyz);
+    AccessorFloat accessor;
+    EXPECT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ((Floats{4, 5, 6}), record(accessor, 1));
+    EXPECT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ(6u, listOf(accessor).size());
+    EXPECT_EQ(24u, accessor.bytePerAccess());
+    EXPECT_EQ(3u, accessor.stride());
+    EXPECT_EQ(2u, accessor.count());
+    EXPECT_EQ(1u, currentIndexOf(accessor));
+    EXPECT_EQ((Floats{1, 2, 3, 1, 2, 3}), record(accessor, 0));
+}
+
+TEST(AccessorTest, LoadAsksTheOverriddenOperations)
+{
+    SourceDocument document("1 2", ofFloats + "count='1'", PARAM_X);
+    const LogCapture unread;
+    OverridingAccessor accessor;
+    accessor.tokensOfFloat = 2;
+    EXPECT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ(7u, accessor.stride());
+    ASSERT_EQ(1u, listOf(accessor).size());
+    EXPECT_EQ(2u, listOf(accessor)[0].stride());
+    EXPECT_EQ(8u, listOf(accessor)[0].tokenByteSize());
+    EXPECT_EQ(16u, accessor.bytePerAccess());
+}
+
+TEST(AccessorTest, NullElementIsMisuseAndChangesNothing)
+{
+    const LogCapture log;
+    AccessorFloat accessor;
+    try {
+        accessor.createFromCollada(AccessorRef());
+        FAIL() << "nothing thrown";
+    } catch (const vesk::NullPointer& failure) {
+        EXPECT_FALSE(failure.message().empty());
+    }
+    EXPECT_EQ(0u, accessor.count());
+    EXPECT_EQ(0u, listOf(accessor).size());
+    EXPECT_TRUE(log.lines().empty());
+}
+
+// --- a source that is no float array ---
+
+struct WrongSourceCase {
+    const char* name;
+    const char* source; ///< with the attribute's name
+    const char* line;
+};
+
+void PrintTo(const WrongSourceCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class AccessorWrongSourceTest : public testing::TestWithParam<WrongSourceCase> {};
+
+TEST_P(AccessorWrongSourceTest, GivesOneLineAndOnlyTheCount)
+{
+    SourceDocument document("1 2 3 4 5 6", std::string("count='4' offset='1' stride='3' ") + GetParam().source, xyz);
+    const LogCapture log;
+    AccessorFloat accessor;
+    EXPECT_FALSE(accessor.createFromCollada(document.accessor()));
+    ASSERT_EQ(1u, log.lines().size());
+    EXPECT_EQ("libVideo.accessor", log.lines()[0].channel);
+    EXPECT_EQ(3, log.lines()[0].priority);
+    EXPECT_EQ(GetParam().line, log.lines()[0].words());
+    EXPECT_EQ(4u, accessor.count());
+    EXPECT_EQ(0u, accessor.stride());
+    EXPECT_EQ(0u, offsetOf(accessor));
+    EXPECT_EQ(0u, accessor.bytePerAccess());
+    EXPECT_EQ(noIndex, currentIndexOf(accessor));
+    EXPECT_TRUE(accessor.name().empty());
+    EXPECT_EQ(0u, listOf(accessor).size());
+    EXPECT_EQ(nullptr, accessor.*privateMember(AccessorFloatArray()));
+}
+
+TEST_P(AccessorWrongSourceTest, ReadsGiveTheEmptyListAndALineEach)
+{
+    SourceDocument document("1 2 3", std::string("count='4' ") + GetParam().source, xyz);
+    LogCapture log("libVideo.accessor");
+    AccessorFloat accessor;
+    EXPECT_FALSE(accessor.createFromCollada(document.accessor()));
+    log.clear();
+    EXPECT_EQ(0u, accessor[3].size());
+    EXPECT_EQ(0u, accessor[3].size());
+    EXPECT_EQ(noIndex, currentIndexOf(accessor));
+    EXPECT_EQ("No data to read from the accessor\nNo data to read from the accessor", log.text());
+    EXPECT_EQ(indexAssertion, assertionOf([&] { accessor[4]; }));
+}
+
+TEST_P(AccessorWrongSourceTest, TypesOfItsParamsAreNotAsked)
+{
+    SourceDocument document("1 2 3", std::string("count='4' ") + GetParam().source, "<param name='X' type='int'/>");
+    const LogCapture log("libVideo.accessor");
+    AccessorFloat accessor;
+    EXPECT_FALSE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ(GetParam().line, log.text());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Documents, AccessorWrongSourceTest,
+    testing::Values(WrongSourceCase{"NameArray", "source='#words'", "Data source is not a float array Name_array"},
+                    WrongSourceCase{"IntArray", "source='#ints'", "Data source is not a float array int_array"},
+                    WrongSourceCase{"Source", "source='#source'", "Data source is not a float array source"},
+                    WrongSourceCase{"NoSuchElement", "source='#nowhere'", "Data source is not a float array #nowhere"},
+                    WrongSourceCase{"EmptyAttribute", "source=''", "Data source is not a float array "},
+                    WrongSourceCase{"NoAttribute", "", "Data source is not a float array "}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+// --- params of other types ---
+
+TEST(AccessorTest, UnknownParamTypeThrowsNamedOrNot)
+{
+    for (const char* const params :
+         {"<param name='X' type='int'/>", "<param type='int'/>", "<param name='X' type='name'/>",
+          "<param name='X' type='float3'/>", "<param name='X'/>", "<param/>", "<param name='X' type=''/>"}) {
+        for (const char* const stride : {"", "stride='1' ", "stride='4' "}) {
+            SourceDocument document("1 2 3 4", ofFloats + stride + "count='1'", params);
+            AccessorFloat accessor;
+            EXPECT_EQ(unreachableAssertion, assertionOf([&] { accessor.createFromCollada(document.accessor()); }))
+                << params << stride;
+            EXPECT_EQ(0u, listOf(accessor).size());
+            EXPECT_EQ(1u, accessor.count());
+        }
+    }
+}
+
+TEST(AccessorTest, UnknownTypeBelowABelievedStrideKeepsTheComponentsBeforeIt)
+{
+    SourceDocument document("1 2 3 4 5 6 7 8", ofFloats + "count='1' offset='1' stride='4'",
+                            PARAM_X PARAM_X "<param name='N' type='int'/>" PARAM_X);
+    AccessorFloat accessor;
+    EXPECT_EQ(unreachableAssertion, assertionOf([&] { accessor.createFromCollada(document.accessor()); }));
+    EXPECT_EQ(1u, accessor.count());
+    EXPECT_EQ(1u, offsetOf(accessor));
+    EXPECT_EQ(4u, accessor.stride());
+    EXPECT_EQ(2u, listOf(accessor).size());
+    EXPECT_EQ(8u, accessor.bytePerAccess());
+    EXPECT_EQ((Floats{5, 6}), record(accessor, 0));
+}
+
+TEST(AccessorTest, UnknownTypeInTheCalculatedStrideComesBeforeAnyComponent)
+{
+    SourceDocument document("1 2 3 4", ofFloats + "count='1' offset='1'", PARAM_X "<param type='int'/>");
+    AccessorFloat accessor;
+    EXPECT_EQ(unreachableAssertion, assertionOf([&] { accessor.createFromCollada(document.accessor()); }));
+    EXPECT_EQ(1u, accessor.count());
+    EXPECT_EQ(1u, offsetOf(accessor));
+    EXPECT_EQ(0u, accessor.stride());
+    EXPECT_EQ(0u, listOf(accessor).size());
+    EXPECT_EQ(0u, accessor.bytePerAccess());
+}
+
+// --- reading ---
+
+TEST(AccessorReadTest, RecordsLieStrideFloatsApart)
+{
+    SourceDocument document("1 2 3 4 5 6 7 8", ofFloats + "count='2' stride='4'", xyz);
+    AccessorFloat accessor;
+    ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ((Floats{1, 2, 3}), record(accessor, 0));
+    EXPECT_EQ((Floats{5, 6, 7}), record(accessor, 1));
+}
+
+TEST(AccessorReadTest, RecordsOverlapBelowAStrideThatIsTooSmall)
+{
+    SourceDocument document("1 2 3 4 5", ofFloats + "count='2' stride='2'", xyz);
+    AccessorFloat accessor;
+    ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ((Floats{1, 2, 3}), record(accessor, 0));
+    EXPECT_EQ((Floats{3, 4, 5}), record(accessor, 1));
+}
+
+TEST(AccessorReadTest, OffsetCountsWholeRecords)
+{
+    SourceDocument document("0 1 2 3 4 5 6 7 8 9 10 11", ofFloats + "count='2' offset='2' stride='3'", xyz);
+    const LogCapture log;
+    AccessorFloat accessor;
+    ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ((Floats{6, 7, 8}), record(accessor, 0));
+    EXPECT_EQ((Floats{9, 10, 11}), record(accessor, 1));
+    EXPECT_TRUE(log.lines().empty());
+}
+
+TEST(AccessorReadTest, OffsetCountsForNothingWithoutAStride)
+{
+    SourceDocument document("4 5 6", ofFloats + "count='2' offset='2'", "");
+    AccessorFloat accessor;
+    ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ((Floats{4}), record(accessor, 0));
+    EXPECT_EQ((Floats{4}), record(accessor, 1));
+}
+
+TEST(AccessorReadTest, RecordsCanBeReadInAnyOrder)
+{
+    SourceDocument document("1 2 3 4 5 6 7 8 9", ofFloats + "count='3'", xyz);
+    AccessorFloat accessor;
+    ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ((Floats{7, 8, 9}), record(accessor, 2));
+    EXPECT_EQ((Floats{1, 2, 3}), record(accessor, 0));
+    EXPECT_EQ((Floats{4, 5, 6}), record(accessor, 1));
+    EXPECT_EQ((Floats{7, 8, 9}), record(accessor, 2));
+}
+
+TEST(AccessorReadTest, ValuesAreNarrowedToFloat)
+{
+    SourceDocument document("0.1 16777217 -0 1e39 -1e39 1e-60", ofFloats + "count='6'", PARAM_X);
+    AccessorFloat accessor;
+    ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    EXPECT_EQ(0.1f, floatIn(accessor[0][0], 0));
+    EXPECT_EQ(16777216.0f, floatIn(accessor[1][0], 0));
+    EXPECT_TRUE(std::signbit(floatIn(accessor[2][0], 0)));
+    EXPECT_EQ(infinity, floatIn(accessor[3][0], 0));
+    EXPECT_EQ(-infinity, floatIn(accessor[4][0], 0));
+    EXPECT_EQ(0.0f, floatIn(accessor[5][0], 0));
+    document.values()[0] = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_TRUE(std::isnan(floatIn(accessor[0][0], 0)));
+}
+
+TEST(AccessorReadTest, TokenOfAMatrixFillsFourBytesAndTheOthersStayZero)
+{
+    SourceDocument document("1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 -1 -2 -3 -4 -5 -6 -7 -8 -9 -10 -11 -12 -13 -14 "
+                            "-15 -16",
+                            ofFloats + "count='2'", PARAM_MATRIX);
+    AccessorFloat accessor;
+    ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
+    for (unsigned index = 0; index < 2; ++index) {
+        const Data& data = accessor[index][0];
+        for (unsigned j = 0; j < 16; ++j) {
+            const float value = static_cast<float>(j + 1);
+            EXPECT_EQ(index == 0 ? value : -value, floatIn(data, j)) << index << " " << j;
+            for (unsigned i = 4; i < 64; ++i) {
+                EXPECT_EQ(0, data[j].get()[i]) << index << " " << j << " " << i;
+            }
+        }
+    }
+}
+
+TEST(AccessorReadTest, EveryReadReturnsTheOneList)
+{
+    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2'", xyz);
+    AccessorFloat accessor;
+    ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
+    const DataList* const first = &accessor[0];
+    const unsigned char* const bytes = (*first)[0][0].get();
+    EXPECT_EQ(&listOf(accessor), first);
+    EXPECT_EQ(first, &accessor[1]);
+    EXPECT_EQ(first, &accessor[1]);
+    EXPECT_EQ(bytes, listOf(accessor)[0][0].get());
+}
+
+TEST(AccessorReadTest, ReadMakesItsIndexCurrent)
+{
+    SourceDocument document("1 2 3", ofFloats + "count='3'", PARAM_X);
+    AccessorFloat accessor;
+    ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ(noIndex, currentIndexOf(accessor));
+    accessor[2];
+    EXPECT_EQ(2u, currentIndexOf(accessor));
+    accessor[0];
+    EXPECT_EQ(0u, currentIndexOf(accessor));
+}
+
+TEST(AccessorReadTest, SameIndexTwiceReadsOnce)
+{
+    SourceDocument document("1 2 3", ofFloats + "count='3'", PARAM_X);
+    CountingAccessor accessor;
+    ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ(0u, accessor.reads);
+    EXPECT_EQ((Floats{2}), record(accessor, 1));
+    document.values()[1] = 99.0;
+    EXPECT_EQ((Floats{2}), record(accessor, 1));
+    EXPECT_EQ(1u, accessor.reads);
+    EXPECT_EQ((Floats{1}), record(accessor, 0));
+    EXPECT_EQ((Floats{99}), record(accessor, 1));
+    EXPECT_EQ(3u, accessor.reads);
+}
+
+TEST(AccessorReadTest, DirectReadIgnoresTheCurrentRecordAndTheCount)
+{
+    SourceDocument document("1 2 3", ofFloats + "count='1'", PARAM_X);
+    AccessorFloat accessor;
+    ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ((Floats{1}), record(accessor, 0));
+    document.values()[0] = 5.0;
+    EXPECT_EQ((Floats{5}), floatsIn(readDataFromArray(accessor, 0)));
+    EXPECT_EQ((Floats{3}), floatsIn(readDataFromArray(accessor, 2)));
+    EXPECT_EQ(2u, currentIndexOf(accessor));
+}
+
+TEST(AccessorReadTest, ReadWithoutComponentsGivesOneLineAndTheEmptyList)
+{
+    SourceDocument document("1 2", ofFloats + "count='2'", PARAM_UNNAMED);
+    AccessorFloat accessor;
+    ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
+    const LogCapture log;
+    const DataList& list = accessor[1];
+    EXPECT_EQ(&listOf(accessor), &list);
+    EXPECT_EQ(0u, list.size());
+    EXPECT_EQ(noIndex, currentIndexOf(accessor));
+    ASSERT_EQ(1u, log.lines().size());
+    EXPECT_EQ("libVideo.accessor", log.lines()[0].channel);
+    EXPECT_EQ(3, log.lines()[0].priority);
+    EXPECT_EQ("No data to read from the accessor", log.lines()[0].words());
+}
+
+TEST(AccessorReadTest, DirectReadOfAnAccessorThatNeverLoadedGivesTheSameLine)
+{
+    AccessorFloat accessor;
+    const LogCapture log("libVideo.accessor");
+    EXPECT_EQ(0u, readDataFromArray(accessor, 0).size());
+    EXPECT_EQ("No data to read from the accessor", log.text());
+    EXPECT_EQ(noIndex, currentIndexOf(accessor));
+}
+
+TEST(AccessorReadTest, IndexHasToLieBelowTheCount)
+{
+    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2'", xyz);
+    AccessorFloat accessor;
+    ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ("none", assertionOf([&] { accessor[1]; }));
+    EXPECT_EQ(indexAssertion, assertionOf([&] { accessor[2]; }));
+    EXPECT_EQ(indexAssertion, assertionOf([&] { accessor[noIndex]; }));
+    EXPECT_EQ(1u, currentIndexOf(accessor));
+    EXPECT_EQ((Floats{4, 5, 6}), floatsIn(listOf(accessor)));
+}
+
+TEST(AccessorReadTest, AccessorThatNeverLoadedHasNoRecord)
+{
+    AccessorFloat accessor;
+    EXPECT_EQ(indexAssertion, assertionOf([&] { accessor[0]; }));
+    EXPECT_EQ(indexAssertion, assertionOf([&] { accessor[noIndex]; }));
+}
+
+TEST(AccessorReadTest, AccessorWithoutRecordsHasNoIndex)
+{
+    SourceDocument document("1 2 3", ofFloats + "count='0'", xyz);
+    AccessorFloat accessor;
+    ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ(indexAssertion, assertionOf([&] { accessor[0]; }));
+}
+
+TEST(AccessorReadTest, SumOfOffsetAndIndexWrapsAt32Bits)
+{
+    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='4' offset='4294967295'", xyz);
+    const LogCapture unread;
+    AccessorFloat accessor;
+    ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
+    // 4294967295 + 1 is 0, and 4294967295 + 2 is 1.
+    EXPECT_EQ((Floats{1, 2, 3}), record(accessor, 1));
+    EXPECT_EQ((Floats{4, 5, 6}), record(accessor, 2));
+    // The first record starts 3 floats before the wrap, far behind the end.
+    EXPECT_EQ((Floats{0, 0, 0}), record(accessor, 0));
+}
+
+TEST(AccessorReadTest, ProductWithTheStrideWrapsAt32Bits)
+{
+    SourceDocument document("1 2 3 4", ofFloats + "count='4294967295' stride='2'", PARAM_X PARAM_X);
+    const LogCapture unread;
+    AccessorFloat accessor;
+    ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
+    // 2147483649 * 2 is 2 behind the wrap.
+    EXPECT_EQ((Floats{3, 4}), record(accessor, 2147483649u));
+    EXPECT_EQ((Floats{1, 2}), record(accessor, 2147483648u));
+}
+
+TEST(AccessorReadTest, ReadsAllocateNothing)
+{
+    SourceDocument document("1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21 22 23 24 25 26 27 28 29 30 31 32 33 "
+                            "34 35 36",
+                            ofFloats + "count='2'", PARAM_X PARAM_MATRIX "<param name='A' type='float'/>");
+    AccessorFloat accessor;
+    long requestsOfLoad = 0;
+    long requestsOfReads = -1;
+    {
+        const FailingAllocator allocator(-1);
+        accessor.createFromCollada(document.accessor());
+        requestsOfLoad = allocator.requests();
+    }
+    {
+        const FailingAllocator allocator(-1);
+        accessor[0];
+        accessor[1];
+        accessor[1];
+        accessor[0];
+        requestsOfReads = allocator.requests();
+    }
+    EXPECT_GT(requestsOfLoad, 0); // requests inside the library are seen
+    EXPECT_EQ(0, requestsOfReads);
+    EXPECT_EQ(1.0f, floatIn(listOf(accessor)[0], 0));
+}
+
+TEST(AccessorTest, ListThatCannotGrowThrowsNullPointerAndKeepsWhatItHolds)
+{
+    std::string params;
+    for (unsigned i = 0; i < 9; ++i) {
+        params += PARAM_X;
+    }
+    SourceDocument document("1 2 3 4 5 6 7 8 9", ofFloats + "count='1'", params);
+    long requests = 0;
+    for (unsigned run = 0; run < 2; ++run) { // the first run also makes what stays for the process
+        AccessorFloat accessor;
+        const AccessorRef element = document.accessor();
+        const FailingAllocator allocator(-1);
+        accessor.createFromCollada(element);
+        requests = allocator.requests();
+    }
+    // From the last request back to the one for the block of the ninth component.
+    bool hasThrown = false;
+    for (long successes = requests - 1; successes > requests - 20 && successes >= 0 && !hasThrown; --successes) {
+        AccessorFloat accessor;
+        const AccessorRef element = document.accessor();
+        std::string message;
+        {
+            const FailingAllocator allocator(successes);
+            try {
+                accessor.createFromCollada(element);
+            } catch (const vesk::NullPointer& failure) {
+                hasThrown = true;
+                message = failure.what();
+            } catch (const std::bad_alloc&) {
+                continue; // the bytes of a component
+            }
+        }
+        if (hasThrown) {
+            EXPECT_EQ("Asked for array of size: 9", message);
+            EXPECT_EQ(8u, listOf(accessor).size());
+            EXPECT_EQ(32u, accessor.bytePerAccess());
+            EXPECT_EQ((Floats{1, 2, 3, 4, 5, 6, 7, 8}), record(accessor, 0));
+        }
+    }
+    EXPECT_TRUE(hasThrown);
+}
+
+// --- an array that is shorter than the accessor says ---
+
+struct ReachCase {
+    const char* name;
+    const char* floats;
+    const char* attributes;
+    const char* params;
+    bool isBeyond;
+};
+
+void PrintTo(const ReachCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class AccessorReachTest : public testing::TestWithParam<ReachCase> {};
+
+TEST_P(AccessorReachTest, ShortArrayGivesOneLineAndTrue)
+{
+    SourceDocument document(GetParam().floats, ofFloats + GetParam().attributes, GetParam().params);
+    const LogCapture log;
+    AccessorFloat accessor;
+    EXPECT_TRUE(accessor.createFromCollada(document.accessor()));
+    if (!GetParam().isBeyond) {
+        EXPECT_TRUE(log.lines().empty());
+        return;
+    }
+    ASSERT_EQ(1u, log.lines().size());
+    EXPECT_EQ("libVideo.accessor", log.lines()[0].channel);
+    EXPECT_EQ(3, log.lines()[0].priority);
+    EXPECT_EQ("Accessor reaches beyond its float array", log.lines()[0].words());
+}
+
+#define PARAMS_XYZ PARAM_X PARAM_X PARAM_X
+
+INSTANTIATE_TEST_SUITE_P(
+    Documents, AccessorReachTest,
+    testing::Values(ReachCase{"Exact", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ, false},
+                    ReachCase{"Longer", "1 2 3 4 5 6 7", "count='2'", PARAMS_XYZ, false},
+                    ReachCase{"OneShort", "1 2 3 4 5", "count='2'", PARAMS_XYZ, true},
+                    ReachCase{"OneRecordMore", "1 2 3 4 5 6", "count='3'", PARAMS_XYZ, true},
+                    ReachCase{"EmptyArray", "", "count='1'", PARAMS_XYZ, true},
+                    ReachCase{"EmptyArrayWithoutRecords", "", "count='0'", PARAMS_XYZ, false},
+                    ReachCase{"OffsetWithin", "1 2 3 4 5 6", "count='1' offset='1'", PARAMS_XYZ, false},
+                    ReachCase{"OffsetBeyond", "1 2 3 4 5 6", "count='2' offset='1'", PARAMS_XYZ, true},
+                    ReachCase{"OffsetBeyondWithoutRecords", "1", "offset='9'", PARAMS_XYZ, false},
+                    ReachCase{"StrideBeyond", "1 2 3 4 5 6", "count='2' stride='4'", PARAMS_XYZ, true},
+                    ReachCase{"SmallStrideWithin", "1 2 3 4 5", "count='2' stride='2'", PARAMS_XYZ, false},
+                    ReachCase{"SmallStrideBeyond", "1 2 3 4", "count='2' stride='2'", PARAMS_XYZ, true},
+                    ReachCase{"Matrix", "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16", "count='1'", PARAM_MATRIX, false},
+                    ReachCase{"ShortMatrix", "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15", "count='1'", PARAM_MATRIX, true},
+                    ReachCase{"OneFloatForAllRecords", "1", "count='4000000000' offset='7'", "", false},
+                    ReachCase{"NoFloatForAllRecords", "", "count='1'", "", true},
+                    ReachCase{"ParamBehindUnnamedOnes", "1 2", "count='1'", PARAM_UNNAMED PARAM_UNNAMED PARAM_X, true},
+                    ReachCase{"AllRecordsOf32Bits", "1 2 3",
+                              "count='4294967295' offset='4294967295' stride='4294967295'", PARAM_X, true},
+                    ReachCase{"MostThatAnAttributeHolds", "1 2 3", "count='18446744073709551615'", PARAM_X, true}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST(AccessorReachTest, MissingValuesReadAsZero)
+{
+    SourceDocument document("1 2 3 4 5", ofFloats + "count='3'", xyz);
+    const LogCapture unread;
+    AccessorFloat accessor;
+    ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ((Floats{1, 2, 3}), record(accessor, 0));
+    EXPECT_EQ((Floats{4, 5, 0}), record(accessor, 1));
+    EXPECT_EQ((Floats{0, 0, 0}), record(accessor, 2));
+    // What a read before left in the list does not show through.
+    EXPECT_EQ((Floats{1, 2, 3}), record(accessor, 0));
+    EXPECT_EQ((Floats{0, 0, 0}), record(accessor, 2));
+}
+
+TEST(AccessorReachTest, ReadsBeyondTheArrayLogNothingMore)
+{
+    SourceDocument document("1", ofFloats + "count='3'", xyz);
+    LogCapture log;
+    AccessorFloat accessor;
+    ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
+    log.clear();
+    EXPECT_EQ((Floats{1, 0, 0}), record(accessor, 0));
+    EXPECT_EQ((Floats{0, 0, 0}), record(accessor, 1));
+    EXPECT_TRUE(log.lines().empty());
+}
+
+TEST(AccessorReachTest, MissingTokensOfAMatrixAreZero)
+{
+    SourceDocument document("1 2 3", ofFloats + "count='1'", PARAM_MATRIX);
+    const LogCapture unread;
+    AccessorFloat accessor;
+    ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ((Floats{1, 2, 3, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}), record(accessor, 0));
+}
+
+TEST(AccessorReachTest, EmptyArrayReadsAsZero)
+{
+    SourceDocument document("", ofFloats + "count='2'", "");
+    const LogCapture unread;
+    AccessorFloat accessor;
+    ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ((Floats{0}), record(accessor, 0));
+    EXPECT_EQ((Floats{0}), record(accessor, 1));
+}
+
+TEST(AccessorReachTest, CountOfAllOnesGivesAllIndicesBelowIt)
+{
+    SourceDocument document("1 2 3", ofFloats + "count='18446744073709551615'", PARAM_X);
+    const LogCapture unread;
+    AccessorFloat accessor;
+    ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
+    EXPECT_EQ(4294967295u, accessor.count());
+    EXPECT_EQ((Floats{3}), record(accessor, 2));
+    EXPECT_EQ((Floats{0}), record(accessor, 3));
+    EXPECT_EQ((Floats{0}), record(accessor, 4294967294u));
+    EXPECT_EQ(indexAssertion, assertionOf([&] { accessor[4294967295u]; }));
+}
+
+TEST(AccessorReachTest, SuppressedLineLeavesTheResult)
+{
+    SourceDocument document("1", ofFloats + "count='3'", xyz);
+    SourceDocument wrong("1", "source='#words' count='3'", xyz);
+    const LogCapture log;
+    vesk::LogFactory::setPriority(vesk::LoggerPriority::PRIORITY_OFF);
+    AccessorFloat accessor;
+    EXPECT_TRUE(accessor.createFromCollada(document.accessor()));
+    AccessorFloat failed;
+    EXPECT_FALSE(failed.createFromCollada(wrong.accessor()));
+    EXPECT_EQ(0u, failed[0].size());
+    EXPECT_TRUE(log.lines().empty());
+}
+
+// --- copies ---
+
+TEST(AccessorCopyTest, CopyAnswersForTheSameCurrentRecord)
+{
+    SourceDocument document("1 2 3 4 5 6 7 8 9", ofFloats + "count='2' offset='1'", xyz);
+    AccessorFloat source;
+    ASSERT_TRUE(source.createFromCollada(document.accessor()));
+    source[1];
+    AccessorFloat copy(source);
+    EXPECT_EQ(2u, copy.count());
+    EXPECT_EQ(1u, offsetOf(copy));
+    EXPECT_EQ(3u, copy.stride());
+    EXPECT_EQ(12u, copy.bytePerAccess());
+    EXPECT_EQ(1u, currentIndexOf(copy));
+    EXPECT_EQ(document.array(), copy.*privateMember(AccessorFloatArray()));
+    document.values()[6] = 70.0;
+    EXPECT_EQ((Floats{7, 8, 9}), record(copy, 1));
+    EXPECT_EQ((Floats{4, 5, 6}), record(copy, 0));
+    EXPECT_EQ((Floats{70, 8, 9}), record(copy, 1));
+}
+
+TEST(AccessorCopyTest, CopyAndSourceReadApart)
+{
+    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2'", xyz);
+    AccessorFloat source;
+    ASSERT_TRUE(source.createFromCollada(document.accessor()));
+    source[0];
+    AccessorFloat copy(source);
+    EXPECT_EQ((Floats{4, 5, 6}), record(copy, 1));
+    EXPECT_EQ((Floats{1, 2, 3}), floatsIn(listOf(source)));
+    EXPECT_EQ(0u, currentIndexOf(source));
+    EXPECT_EQ(1u, currentIndexOf(copy));
+    for (unsigned i = 0; i < 3; ++i) {
+        EXPECT_NE(listOf(source)[i][0].get(), listOf(copy)[i][0].get()) << i;
+    }
+}
+
+TEST(AccessorCopyTest, AssignmentReplacesRecordListAndArray)
+{
+    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2'", xyz);
+    SourceDocument other("9 8", ofFloats + "count='1'", PARAM_X);
+    AccessorFloat source;
+    ASSERT_TRUE(source.createFromCollada(document.accessor()));
+    source[1];
+    AccessorFloat target;
+    ASSERT_TRUE(target.createFromCollada(other.accessor()));
+    target[0];
+    const AccessorFloat& result = (target = source);
+    EXPECT_EQ(&target, &result);
+    EXPECT_EQ(2u, target.count());
+    EXPECT_EQ(3u, target.stride());
+    EXPECT_EQ(12u, target.bytePerAccess());
+    EXPECT_EQ(1u, currentIndexOf(target));
+    EXPECT_EQ(document.array(), target.*privateMember(AccessorFloatArray()));
+    EXPECT_EQ((Floats{4, 5, 6}), floatsIn(listOf(target)));
+    EXPECT_EQ((Floats{1, 2, 3}), record(target, 0));
+    EXPECT_EQ((Floats{4, 5, 6}), floatsIn(listOf(source)));
+}
+
+TEST(AccessorCopyTest, AssignmentOfTheBaseCopiesNumbersAndList)
+{
+    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2' offset='0'", xyz);
+    AccessorFloat source;
+    ASSERT_TRUE(source.createFromCollada(document.accessor()));
+    source[1];
+    AccessorFloat target;
+    static_cast<Accessor&>(target) = source;
+    EXPECT_EQ(2u, target.count());
+    EXPECT_EQ(3u, target.stride());
+    EXPECT_EQ(12u, target.bytePerAccess());
+    EXPECT_EQ((Floats{4, 5, 6}), record(target, 1));
+}
+
+TEST(AccessorCopyTest, CopyOutlivesItsSource)
+{
+    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2'", xyz);
+    auto source = std::make_unique<AccessorFloat>();
+    ASSERT_TRUE(source->createFromCollada(document.accessor()));
+    (*source)[1];
+    AccessorFloat copy(*source);
+    source.reset();
+    EXPECT_EQ((Floats{4, 5, 6}), record(copy, 1));
+    EXPECT_EQ((Floats{1, 2, 3}), record(copy, 0));
+}
+
+TEST(AccessorCopyTest, CopyOfAFailedAccessorHasItsCount)
+{
+    SourceDocument document("1", "source='#words' count='4'", xyz);
+    const LogCapture unread;
+    AccessorFloat source;
+    EXPECT_FALSE(source.createFromCollada(document.accessor()));
+    const AccessorFloat copy(source);
+    EXPECT_EQ(4u, copy.count());
+    EXPECT_EQ(0u, listOf(copy).size());
+    EXPECT_EQ(nullptr, copy.*privateMember(AccessorFloatArray()));
+}
+
+TEST(AccessorTest, DestructionThroughTheBaseLeavesTheDocumentAlone)
+{
+    SourceDocument document("1 2 3", ofFloats + "count='1'", xyz);
+    for (unsigned run = 0; run < 2; ++run) {
+        std::unique_ptr<Accessor> accessor = std::make_unique<AccessorFloat>();
+        EXPECT_TRUE(accessor->createFromCollada(document.accessor()));
+        EXPECT_EQ((Floats{1, 2, 3}), record(*accessor, 0));
+    }
+    EXPECT_EQ(3u, document.values().getCount());
+}
+
+} // namespace

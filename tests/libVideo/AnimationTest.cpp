@@ -1,0 +1,1308 @@
+#include "support/ColladaBuilder.h"
+#include "support/LogCapture.h"
+#include "support/PrivateAccess.h"
+
+#include <vesk/Array.h>
+#include <vesk/Exception.h>
+#include <vesk/Logging.h>
+#include <vesk/SharedResource.h>
+#include <vesk/String.h>
+
+#include <libVideo/SceneGraph/Animation.h>
+
+#include <libVideo/ColladaDom.h>
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <ostream>
+#include <sstream>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using libVideo::Animation;
+using libVideo::AnimationHandle;
+using libVideo::Evolution;
+using libVideo::VertexSemantic;
+using testSupport::ColladaBuilder;
+using testSupport::LogCapture;
+using testSupport::LogLine;
+
+using Evolutions = vesk::Array<Evolution>;
+using CreateInputFunction = bool (Animation::*)(const daeSmartRef<domInputLocal>&);
+using CreateFloatFunction = bool (Animation::*)(const domFloat_array*, const VertexSemantic&, unsigned, unsigned);
+using CreateNameFunction = bool (Animation::*)(const domName_array*, const VertexSemantic&, unsigned, unsigned);
+using SetTargetFunction = void (Animation::*)(vesk::String);
+
+PRIVATE_MEMBER(NameField, vesk::String Animation::*, &Animation::m_name)
+PRIVATE_MEMBER(TargetNodeField, vesk::String Animation::*, &Animation::m_targetNode)
+PRIVATE_MEMBER(TargetTransformField, vesk::String Animation::*, &Animation::m_targetTransform)
+PRIVATE_MEMBER(EvolutionsField, Evolutions Animation::*, &Animation::m_evolutions)
+PRIVATE_MEMBER(LengthField, double Animation::*, &Animation::m_animationLength)
+PRIVATE_MEMBER(CreateInput, CreateInputFunction, &Animation::createInputFromCollada)
+PRIVATE_MEMBER(CreateFloat, CreateFloatFunction, &Animation::createFloatEvolution)
+PRIVATE_MEMBER(CreateName, CreateNameFunction, &Animation::createNameEvolution)
+PRIVATE_MEMBER(SetTarget, SetTargetFunction, &Animation::setTarget)
+
+static_assert(!std::is_polymorphic<Animation>::value, "no virtual operation, the destructor included");
+static_assert(std::is_copy_constructible<Animation>::value && std::is_copy_assignable<Animation>::value, "a value");
+static_assert(std::is_constructible<Animation, const daeSmartRef<domAnimation>&, DAE&>::value, "made from an element");
+static_assert(sizeof(libVideo::InterpolationType) == 4, "32 bits");
+static_assert(std::is_same<double, decltype(Evolution::time)>::value, "time");
+static_assert(std::is_same<libVideo::InterpolationType, decltype(Evolution::interpolation)>::value, "interpolation");
+static_assert(std::is_same<vesk::Array<double>, decltype(Evolution::values)>::value, "values");
+static_assert(std::is_same<vesk::Array<double>, decltype(Evolution::inTangent)>::value, "inTangent");
+static_assert(std::is_same<vesk::Array<double>, decltype(Evolution::outTangent)>::value, "outTangent");
+static_assert(std::is_same<vesk::String, decltype(std::declval<const Animation&>().getTargetNode())>::value, "a copy");
+static_assert(std::is_same<vesk::String, decltype(std::declval<const Animation&>().getTargetTransform())>::value,
+              "a copy");
+static_assert(std::is_same<unsigned, decltype(std::declval<Animation&>().getCount())>::value, "getCount");
+static_assert(std::is_same<double, decltype(std::declval<const Animation&>().animationLength())>::value, "length");
+static_assert(std::is_same<unsigned, decltype(libVideo::createAnimationListFromCollada(
+                                         static_cast<const domCOLLADA*>(nullptr), std::declval<DAE&>(),
+                                         std::declval<vesk::Array<AnimationHandle>&>()))>::value,
+              "size of the list");
+
+constexpr char noDocument[] = "Cannot create an animation list from a NULL domCOLLADA pointer";
+constexpr char noChannel[] = "Cannot create an animation without a channel element.";
+constexpr char noSampler[] = "Cannot create an animation without a channel that points to a valid sampler element.";
+constexpr char noInput[] = "Cannot create an animation without any input.";
+constexpr char countMismatch[] = "Cannot create an animation because the counts of all the inputs do not match.";
+constexpr char shortArray[] = "Cannot create an animation because an array is shorter than its accessor says.";
+constexpr char floatLine[] = "Cannot create a float evolution input from: ";
+constexpr char nameLine[] = "Cannot create a name evolution input from: ";
+constexpr char strideWords[] = ", with a stride of: ";
+
+constexpr char usualChannel[] = "<channel source='#sampler' target='node/transform.X'/>";
+
+std::string wordCount(const std::string& text)
+{
+    std::istringstream words(text);
+    std::string word;
+    unsigned count = 0;
+    while (words >> word) {
+        ++count;
+    }
+    return std::to_string(count);
+}
+
+/// A technique with an accessor of an array; attributes as text, so that any can be wrong.
+std::string accessorTo(const std::string& array, const std::string& attributes)
+{
+    return "<technique_common><accessor source='#" + array + "' " + attributes + "/></technique_common>";
+}
+
+std::string countAndStride(unsigned count, unsigned stride)
+{
+    return "count='" + std::to_string(count) + "' stride='" + std::to_string(stride) + "'";
+}
+
+std::string source(const std::string& id, const std::string& content)
+{
+    return "<source id='" + id + "'>" + content + "</source>";
+}
+
+std::string floatArray(const std::string& id, const std::string& numbers)
+{
+    return "<float_array id='" + id + "' count='" + wordCount(numbers) + "'>" + numbers + "</float_array>";
+}
+
+std::string nameArray(const std::string& id, const std::string& names)
+{
+    return "<Name_array id='" + id + "' count='" + wordCount(names) + "'>" + names + "</Name_array>";
+}
+
+std::string floats(const std::string& id, const std::string& numbers, unsigned count, unsigned stride = 1)
+{
+    return source(id, floatArray(id + "-array", numbers) + accessorTo(id + "-array", countAndStride(count, stride)));
+}
+
+std::string names(const std::string& id, const std::string& words, unsigned count, unsigned stride = 1)
+{
+    return source(id, nameArray(id + "-array", words) + accessorTo(id + "-array", countAndStride(count, stride)));
+}
+
+std::string input(const std::string& semantic, const std::string& id)
+{
+    return "<input semantic='" + semantic + "' source='#" + id + "'/>";
+}
+
+std::string sampler(const std::string& inputs, const std::string& id = "sampler")
+{
+    return "<sampler id='" + id + "'>" + inputs + "</sampler>";
+}
+
+/// Sources, the one sampler, and a channel to "node/transform.X".
+std::string curve(const std::string& sources, const std::string& inputs)
+{
+    return sources + sampler(inputs) + usualChannel;
+}
+
+/// A curve with one input.
+std::string curveOf(const std::string& semantic, const std::string& oneSource)
+{
+    return curve(oneSource, input(semantic, "a"));
+}
+
+/// A document with one animation of the test's, by its content.
+class AnimationDocument {
+public:
+    explicit AnimationDocument(const std::string& content, const std::string& attributes = std::string())
+    {
+        m_builder.add("<library_animations><animation " + attributes + ">" + content +
+                      "</animation><animation id='blank'/></library_animations>");
+        m_root = m_builder.open();
+    }
+
+    domAnimationRef element() { return m_root->getLibrary_animations_array()[0]->getAnimation_array()[0]; }
+    domAnimationRef blankElement() { return m_root->getLibrary_animations_array()[0]->getAnimation_array()[1]; }
+    domSamplerRef samplerElement() { return element()->getSampler_array()[0]; }
+    DAE& dae() { return m_builder.dae(); }
+    template <class Element>
+    Element* named(const char* id)
+    {
+        return m_builder.element<Element>(id);
+    }
+
+    /// An animation that holds nothing, since its element had no channel. Its line is not shown.
+    Animation blank()
+    {
+        LogCapture log;
+        return Animation(blankElement(), dae());
+    }
+
+private:
+    ColladaBuilder m_builder;
+    domCOLLADA* m_root = nullptr;
+};
+
+std::string nameOf(const Animation& animation)
+{
+    return (animation.*privateMember(NameField())).data();
+}
+
+std::string nodeOf(const Animation& animation)
+{
+    return animation.getTargetNode().data();
+}
+
+std::string transformOf(const Animation& animation)
+{
+    return animation.getTargetTransform().data();
+}
+
+const Evolutions& recordsOf(Animation& animation)
+{
+    return animation.*privateMember(EvolutionsField());
+}
+
+std::vector<double> numbers(const vesk::Array<double>& array)
+{
+    return std::vector<double>(array.begin(), array.end());
+}
+
+using Numbers = std::vector<double>;
+
+/// What a load gave, with all lines of all channels.
+struct Outcome {
+    explicit Outcome(const std::string& content) : document(content), animation(document.blank())
+    {
+        LogCapture log;
+        result = animation.createFromCollada(document.element(), document.dae());
+        lines = log.lines();
+        text = log.text();
+    }
+
+    AnimationDocument document;
+    Animation animation;
+    bool result = false;
+    std::vector<LogLine> lines;
+    std::string text;
+};
+
+template <class Action>
+void expectIndexOutOfBounds(int high, int index, Action action)
+{
+    try {
+        action();
+        ADD_FAILURE() << "nothing thrown";
+    } catch (const vesk::IndexOutOfBounds& thrown) {
+        EXPECT_EQ(0, thrown.low());
+        EXPECT_EQ(high, thrown.high());
+        EXPECT_EQ(index, thrown.index());
+    }
+}
+
+template <class T>
+std::uintptr_t place(const T& object)
+{
+    return reinterpret_cast<std::uintptr_t>(&object);
+}
+
+// ---- the records and their fields
+
+TEST(AnimationTest, InterpolationTypesHaveTheirNumbers)
+{
+    EXPECT_EQ(0u, static_cast<unsigned>(libVideo::STEP));
+    EXPECT_EQ(1u, static_cast<unsigned>(libVideo::LINEAR));
+    EXPECT_EQ(2u, static_cast<unsigned>(libVideo::BEZIER));
+    EXPECT_EQ(3u, static_cast<unsigned>(libVideo::HERMITE));
+    EXPECT_EQ(4u, static_cast<unsigned>(libVideo::CARDINAL));
+    EXPECT_EQ(5u, static_cast<unsigned>(libVideo::BSPLINE));
+}
+
+TEST(AnimationTest, FieldsOfARecordStandInOrder)
+{
+    const Evolution record;
+    EXPECT_LT(place(record.time), place(record.interpolation));
+    EXPECT_LT(place(record.interpolation), place(record.values));
+    EXPECT_LT(place(record.values), place(record.inTangent));
+    EXPECT_LT(place(record.inTangent), place(record.outTangent));
+}
+
+TEST(AnimationTest, FieldsOfAnAnimationStandInOrder)
+{
+    AnimationDocument document("");
+    const Animation animation = document.blank();
+    EXPECT_LT(place(animation.*privateMember(NameField())), place(animation.*privateMember(TargetNodeField())));
+    EXPECT_LT(place(animation.*privateMember(TargetNodeField())),
+              place(animation.*privateMember(TargetTransformField())));
+    EXPECT_LT(place(animation.*privateMember(TargetTransformField())),
+              place(animation.*privateMember(EvolutionsField())));
+    EXPECT_LT(place(animation.*privateMember(EvolutionsField())), place(animation.*privateMember(LengthField())));
+}
+
+TEST(AnimationTest, NewRecordHoldsTimeZeroAndLinearAndNoNumbers)
+{
+    const Evolution record;
+    EXPECT_EQ(0.0, record.time);
+    EXPECT_EQ(libVideo::LINEAR, record.interpolation);
+    EXPECT_EQ(0u, record.values.size());
+    EXPECT_EQ(0u, record.inTangent.size());
+    EXPECT_EQ(0u, record.outTangent.size());
+}
+
+// ---- a whole curve
+
+const char allInputs[] = "<input semantic='INPUT' source='#time'/><input semantic='OUTPUT' source='#value'/>"
+                         "<input semantic='INTERPOLATION' source='#kind'/>"
+                         "<input semantic='IN_TANGENT' source='#in'/><input semantic='OUT_TANGENT' source='#out'/>";
+
+std::string allSources()
+{
+    return floats("time", "0.5 1.5 4", 3) + floats("value", "1 2 3 4 5 6", 3, 2) +
+           names("kind", "STEP BEZIER LINEAR", 3) + floats("in", "11 12 13 14 21 22 23 24 31 32 33 34", 3, 4) +
+           floats("out", "41 42 43 44 51 52 53 54 61 62 63 64", 3, 4);
+}
+
+void expectWholeCurve(Animation& animation)
+{
+    EXPECT_EQ(3u, animation.getCount());
+    EXPECT_EQ(4.0, animation.animationLength());
+    const Evolutions& records = recordsOf(animation);
+    ASSERT_EQ(3u, records.size());
+    EXPECT_EQ(0.5, records[0].time);
+    EXPECT_EQ(1.5, records[1].time);
+    EXPECT_EQ(4.0, records[2].time);
+    EXPECT_EQ(libVideo::STEP, records[0].interpolation);
+    EXPECT_EQ(libVideo::BEZIER, records[1].interpolation);
+    EXPECT_EQ(libVideo::LINEAR, records[2].interpolation);
+    EXPECT_EQ((Numbers{1, 2}), numbers(records[0].values));
+    EXPECT_EQ((Numbers{3, 4}), numbers(records[1].values));
+    EXPECT_EQ((Numbers{5, 6}), numbers(records[2].values));
+    EXPECT_EQ((Numbers{11, 12, 13, 14}), numbers(records[0].inTangent));
+    EXPECT_EQ((Numbers{21, 22, 23, 24}), numbers(records[1].inTangent));
+    EXPECT_EQ((Numbers{31, 32, 33, 34}), numbers(records[2].inTangent));
+    EXPECT_EQ((Numbers{41, 42, 43, 44}), numbers(records[0].outTangent));
+    EXPECT_EQ((Numbers{51, 52, 53, 54}), numbers(records[1].outTangent));
+    EXPECT_EQ((Numbers{61, 62, 63, 64}), numbers(records[2].outTangent));
+}
+
+TEST(AnimationTest, AllInputsFillTheRecords)
+{
+    Outcome loaded(curve(allSources(), allInputs));
+    EXPECT_TRUE(loaded.result);
+    EXPECT_EQ("", loaded.text);
+    EXPECT_EQ("node", nodeOf(loaded.animation));
+    EXPECT_EQ("transform", transformOf(loaded.animation));
+    expectWholeCurve(loaded.animation);
+}
+
+TEST(AnimationTest, InputsInReverseOrderFillTheRecordsAlike)
+{
+    Outcome loaded(curve(allSources(), input("OUT_TANGENT", "out") + input("IN_TANGENT", "in") +
+                                           input("INTERPOLATION", "kind") + input("OUTPUT", "value") +
+                                           input("INPUT", "time")));
+    EXPECT_TRUE(loaded.result);
+    expectWholeCurve(loaded.animation);
+}
+
+TEST(AnimationTest, SemanticWordsMatchInAnyCase)
+{
+    Outcome loaded(curve(allSources(), input("input", "time") + input("Output", "value") +
+                                           input("interpolatioN", "kind") + input("in_tangent", "in") +
+                                           input("Out_Tangent", "out")));
+    EXPECT_TRUE(loaded.result);
+    expectWholeCurve(loaded.animation);
+}
+
+TEST(AnimationTest, ConstructorLoadsAndDropsTheResult)
+{
+    AnimationDocument good(curve(allSources(), allInputs), "name='swing'");
+    LogCapture log;
+    Animation loaded(good.element(), good.dae());
+    EXPECT_EQ("", log.text());
+    EXPECT_EQ("swing", nameOf(loaded));
+    EXPECT_EQ("node", nodeOf(loaded));
+    expectWholeCurve(loaded);
+
+    Animation failed(good.blankElement(), good.dae());
+    EXPECT_EQ(noChannel, log.text());
+    EXPECT_EQ("", nameOf(failed));
+    EXPECT_EQ("", nodeOf(failed));
+    EXPECT_EQ("", transformOf(failed));
+    EXPECT_EQ(0u, failed.getCount());
+    EXPECT_EQ(0.0, failed.animationLength());
+}
+
+TEST(AnimationTest, NameIsTheAttributeEvenIfLoadingFails)
+{
+    AnimationDocument document("", "id='i' name='swing'");
+    LogCapture log;
+    const Animation animation(document.element(), document.dae());
+    EXPECT_EQ(noChannel, log.text());
+    EXPECT_EQ("swing", nameOf(animation));
+}
+
+TEST(AnimationTest, AccessorWithoutStrideTakesOneNumberForEachRecord)
+{
+    Outcome loaded(curveOf("OUTPUT", source("a", floatArray("numbers", "7 8 9") + accessorTo("numbers", "count='2'"))));
+    EXPECT_TRUE(loaded.result);
+    ASSERT_EQ(2u, loaded.animation.getCount());
+    EXPECT_EQ((Numbers{7}), numbers(recordsOf(loaded.animation)[0].values));
+    EXPECT_EQ((Numbers{8}), numbers(recordsOf(loaded.animation)[1].values));
+}
+
+TEST(AnimationTest, OffsetAndParamsOfTheAccessorPlayNoPart)
+{
+    Outcome loaded(curveOf(
+        "OUTPUT", source("a", floatArray("numbers", "7 8 9 10") +
+                                  "<technique_common><accessor source='#numbers' count='2' stride='2' offset='1'>"
+                                  "<param type='float'/><param name='Y' type='Name'/><param name='Z' type='float'/>"
+                                  "</accessor></technique_common>")));
+    EXPECT_TRUE(loaded.result);
+    EXPECT_EQ("", loaded.text);
+    ASSERT_EQ(2u, loaded.animation.getCount());
+    EXPECT_EQ((Numbers{7, 8}), numbers(recordsOf(loaded.animation)[0].values));
+    EXPECT_EQ((Numbers{9, 10}), numbers(recordsOf(loaded.animation)[1].values));
+}
+
+TEST(AnimationTest, TimeIsTheFirstNumberOfAWiderStride)
+{
+    Outcome loaded(curveOf("INPUT", floats("a", "1 91 92 2 93 94", 2, 3)));
+    EXPECT_TRUE(loaded.result);
+    ASSERT_EQ(2u, loaded.animation.getCount());
+    EXPECT_EQ(1.0, recordsOf(loaded.animation)[0].time);
+    EXPECT_EQ(2.0, recordsOf(loaded.animation)[1].time);
+    EXPECT_EQ(2.0, loaded.animation.animationLength());
+    EXPECT_EQ(0u, recordsOf(loaded.animation)[0].values.size());
+}
+
+TEST(AnimationTest, RecordsKeepTheOrderOfTheDocument)
+{
+    Outcome loaded(curveOf("INPUT", floats("a", "3 1 2", 3)));
+    EXPECT_TRUE(loaded.result);
+    ASSERT_EQ(3u, loaded.animation.getCount());
+    EXPECT_EQ(3.0, recordsOf(loaded.animation)[0].time);
+    EXPECT_EQ(1.0, recordsOf(loaded.animation)[1].time);
+    EXPECT_EQ(2.0, recordsOf(loaded.animation)[2].time);
+}
+
+TEST(AnimationTest, LengthIsTheTimeOfTheLastRecordNotTheLatestTime)
+{
+    Outcome loaded(curveOf("INPUT", floats("a", "3 1 2", 3)));
+    EXPECT_EQ(2.0, loaded.animation.animationLength());
+}
+
+TEST(AnimationTest, SamplerWithoutTimesHasRecordsAtTimeZero)
+{
+    Outcome loaded(curveOf("OUTPUT", floats("a", "5 6", 2)));
+    EXPECT_TRUE(loaded.result);
+    ASSERT_EQ(2u, loaded.animation.getCount());
+    EXPECT_EQ(0.0, recordsOf(loaded.animation)[0].time);
+    EXPECT_EQ(0.0, recordsOf(loaded.animation)[1].time);
+    EXPECT_EQ(0.0, loaded.animation.animationLength());
+}
+
+TEST(AnimationTest, SamplerWithoutInterpolationIsLinear)
+{
+    Outcome loaded(curveOf("INPUT", floats("a", "1 2", 2)));
+    EXPECT_TRUE(loaded.result);
+    ASSERT_EQ(2u, loaded.animation.getCount());
+    EXPECT_EQ(libVideo::LINEAR, recordsOf(loaded.animation)[0].interpolation);
+    EXPECT_EQ(libVideo::LINEAR, recordsOf(loaded.animation)[1].interpolation);
+}
+
+TEST(AnimationTest, LastRecordWithoutATimeGivesLengthZero)
+{
+    Outcome loaded(curve(floats("value", "5 6 7", 3) + floats("time", "1 2", 2),
+                         input("OUTPUT", "value") + input("INPUT", "time")));
+    EXPECT_TRUE(loaded.result);
+    ASSERT_EQ(3u, loaded.animation.getCount());
+    EXPECT_EQ(2.0, recordsOf(loaded.animation)[1].time);
+    EXPECT_EQ(0.0, recordsOf(loaded.animation)[2].time);
+    EXPECT_EQ(0.0, loaded.animation.animationLength());
+}
+
+TEST(AnimationTest, SmallerCountLeavesTheRecordsBehindItWithoutValues)
+{
+    Outcome loaded(curve(floats("time", "1 2 3", 3) + floats("value", "5 6", 2) + names("kind", "STEP", 1),
+                         input("INPUT", "time") + input("OUTPUT", "value") + input("INTERPOLATION", "kind")));
+    EXPECT_TRUE(loaded.result);
+    EXPECT_EQ("", loaded.text);
+    ASSERT_EQ(3u, loaded.animation.getCount());
+    const Evolutions& records = recordsOf(loaded.animation);
+    EXPECT_EQ((Numbers{5}), numbers(records[0].values));
+    EXPECT_EQ((Numbers{6}), numbers(records[1].values));
+    EXPECT_EQ(0u, records[2].values.size());
+    EXPECT_EQ(3.0, records[2].time);
+    EXPECT_EQ(libVideo::STEP, records[0].interpolation);
+    EXPECT_EQ(libVideo::LINEAR, records[1].interpolation);
+    EXPECT_EQ(libVideo::LINEAR, records[2].interpolation);
+    EXPECT_EQ(3.0, loaded.animation.animationLength());
+}
+
+TEST(AnimationTest, FirstInputWithACountFixesTheNumberOfRecords)
+{
+    Outcome loaded(curve(floats("time", "1 2 3", 0) + floats("value", "5 6", 2),
+                         input("INPUT", "time") + input("OUTPUT", "value")));
+    EXPECT_TRUE(loaded.result);
+    EXPECT_EQ("", loaded.text);
+    EXPECT_EQ(2u, loaded.animation.getCount());
+}
+
+TEST(AnimationTest, CountsOfZeroAloneMakeNoRecordsAndSucceed)
+{
+    Outcome loaded(curve(floats("time", "1 2 3", 0) + names("kind", "STEP", 0),
+                         input("INPUT", "time") + input("INTERPOLATION", "kind")));
+    EXPECT_TRUE(loaded.result);
+    EXPECT_EQ("", loaded.text);
+    EXPECT_EQ(0u, loaded.animation.getCount());
+    EXPECT_EQ(0.0, loaded.animation.animationLength());
+    EXPECT_EQ("node", nodeOf(loaded.animation));
+}
+
+TEST(AnimationTest, SameSemanticTwiceDoublesTheEntries)
+{
+    Outcome loaded(curve(floats("value", "5 6 7 8", 2, 2) + floats("more", "1", 1),
+                         input("OUTPUT", "value") + input("OUTPUT", "value") + input("IN_TANGENT", "value") +
+                             input("IN_TANGENT", "more") + input("OUT_TANGENT", "more") +
+                             input("OUT_TANGENT", "value")));
+    EXPECT_TRUE(loaded.result);
+    ASSERT_EQ(2u, loaded.animation.getCount());
+    const Evolutions& records = recordsOf(loaded.animation);
+    EXPECT_EQ((Numbers{5, 6, 5, 6}), numbers(records[0].values));
+    EXPECT_EQ((Numbers{7, 8, 7, 8}), numbers(records[1].values));
+    EXPECT_EQ((Numbers{5, 6, 1}), numbers(records[0].inTangent));
+    EXPECT_EQ((Numbers{7, 8}), numbers(records[1].inTangent));
+    EXPECT_EQ((Numbers{1, 5, 6}), numbers(records[0].outTangent));
+    EXPECT_EQ((Numbers{7, 8}), numbers(records[1].outTangent));
+}
+
+TEST(AnimationTest, SecondInputOfTimesReplacesTheFirst)
+{
+    Outcome loaded(
+        curve(floats("early", "1 2", 2) + floats("late", "5", 1), input("INPUT", "early") + input("INPUT", "late")));
+    EXPECT_TRUE(loaded.result);
+    ASSERT_EQ(2u, loaded.animation.getCount());
+    EXPECT_EQ(5.0, recordsOf(loaded.animation)[0].time);
+    EXPECT_EQ(2.0, recordsOf(loaded.animation)[1].time);
+}
+
+TEST(AnimationTest, OutputOfStrideZeroMakesRecordsWithoutValues)
+{
+    Outcome loaded(curveOf("OUTPUT", floats("a", "5 6", 4, 0)));
+    EXPECT_TRUE(loaded.result);
+    EXPECT_EQ("", loaded.text);
+    ASSERT_EQ(4u, loaded.animation.getCount());
+    EXPECT_EQ(0u, recordsOf(loaded.animation)[3].values.size());
+}
+
+TEST(AnimationTest, TimesOfStrideZeroThrowAndKeepTheRecords)
+{
+    AnimationDocument document(curveOf("INPUT", floats("a", "5 6", 2, 0)));
+    Animation animation = document.blank();
+    LogCapture log;
+    expectIndexOutOfBounds(-1, 0, [&] { animation.createFromCollada(document.element(), document.dae()); });
+    EXPECT_EQ("", log.text());
+    EXPECT_EQ(2u, animation.getCount());
+    EXPECT_EQ(0.0, animation.animationLength());
+    EXPECT_EQ("", nodeOf(animation));
+    expectIndexOutOfBounds(-1, 0, [&] { Animation(document.element(), document.dae()); });
+}
+
+TEST(AnimationTest, TimesOfStrideZeroAndCountZeroPass)
+{
+    Outcome loaded(curveOf("INPUT", floats("a", "5 6", 0, 0)));
+    EXPECT_TRUE(loaded.result);
+    EXPECT_EQ(0u, loaded.animation.getCount());
+}
+
+TEST(AnimationTest, CountAttributeOfAnArrayBoundsNothing)
+{
+    Outcome loaded(curveOf("INPUT", source("a", "<float_array id='numbers' count='1'>1 2 3</float_array>" +
+                                                    accessorTo("numbers", countAndStride(3, 1)))));
+    EXPECT_TRUE(loaded.result);
+    EXPECT_EQ("", loaded.text);
+    EXPECT_EQ(3.0, loaded.animation.animationLength());
+}
+
+TEST(AnimationTest, OnlyTheFirstChannelIsRead)
+{
+    Outcome loaded(floats("first", "1 2", 2) + floats("second", "5 6 7", 3) +
+                   sampler(input("INPUT", "second"), "sampler2") + sampler(input("INPUT", "first"), "sampler1") +
+                   "<channel source='#sampler1' target='node1/one.X'/>"
+                   "<channel source='#sampler2' target='node2/two.X'/>");
+    EXPECT_TRUE(loaded.result);
+    EXPECT_EQ("node1", nodeOf(loaded.animation));
+    EXPECT_EQ("one", transformOf(loaded.animation));
+    EXPECT_EQ(2u, loaded.animation.getCount());
+    EXPECT_EQ(2.0, loaded.animation.animationLength());
+}
+
+TEST(AnimationTest, SecondChannelDoesNotStandInForABrokenFirst)
+{
+    Outcome loaded(floats("a", "1 2", 2) + sampler(input("INPUT", "a")) +
+                   "<channel source='#nothing' target='node/one.X'/>"
+                   "<channel source='#sampler' target='node/two.X'/>");
+    EXPECT_FALSE(loaded.result);
+    EXPECT_EQ(noSampler, loaded.text);
+    EXPECT_EQ("", nodeOf(loaded.animation));
+}
+
+TEST(AnimationTest, NestedAnimationsAreNotRead)
+{
+    Outcome nestedOnly("<animation>" + curveOf("INPUT", floats("a", "1 2", 2)) + "</animation>");
+    EXPECT_FALSE(nestedOnly.result);
+    EXPECT_EQ(noChannel, nestedOnly.text);
+    EXPECT_EQ(0u, nestedOnly.animation.getCount());
+    EXPECT_EQ("", nodeOf(nestedOnly.animation));
+
+    Outcome both(curveOf("INPUT", floats("a", "1 2", 2)) + "<animation>" + floats("b", "1 2 3", 3) +
+                 sampler(input("INPUT", "b"), "inner") + "<channel source='#inner' target='inner/one'/></animation>");
+    EXPECT_TRUE(both.result);
+    EXPECT_EQ(2u, both.animation.getCount());
+    EXPECT_EQ("node", nodeOf(both.animation));
+}
+
+TEST(AnimationTest, CurveOutlivesItsDocument)
+{
+    std::vector<Animation> kept;
+    {
+        AnimationDocument document(curve(allSources(), allInputs), "name='swing'");
+        kept.emplace_back(document.element(), document.dae());
+    }
+    expectWholeCurve(kept[0]);
+    EXPECT_EQ("swing", nameOf(kept[0]));
+    EXPECT_EQ("node", nodeOf(kept[0]));
+    EXPECT_EQ("transform", transformOf(kept[0]));
+}
+
+// ---- every way to fail
+
+struct LoadCase {
+    const char* name;
+    std::string content;
+    bool result;
+    std::string line; // empty: silent
+    unsigned records;
+};
+
+void PrintTo(const LoadCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class AnimationLoadTest : public testing::TestWithParam<LoadCase> {};
+
+TEST_P(AnimationLoadTest, AnswersAndLogsOnce)
+{
+    Outcome loaded(GetParam().content);
+    EXPECT_EQ(GetParam().result, loaded.result);
+    EXPECT_EQ(GetParam().line, loaded.text);
+    ASSERT_EQ(GetParam().line.empty() ? 0u : 1u, loaded.lines.size());
+    for (const LogLine& line : loaded.lines) {
+        EXPECT_EQ("libVideo.animation", line.channel);
+        EXPECT_EQ(3, line.priority);
+    }
+    EXPECT_EQ(GetParam().records, loaded.animation.getCount());
+    EXPECT_EQ(GetParam().result ? "node" : "", nodeOf(loaded.animation));
+    EXPECT_EQ(GetParam().result ? "transform" : "", transformOf(loaded.animation));
+    EXPECT_EQ(0.0, loaded.animation.animationLength()); // no row has a last record with a time and succeeds
+}
+
+std::string caseName(const testing::TestParamInfo<LoadCase>& row)
+{
+    return row.param.name;
+}
+
+std::string times3()
+{
+    return floats("time", "1 2 3", 3);
+}
+
+std::string inputTimes()
+{
+    return input("INPUT", "time");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Channel, AnimationLoadTest,
+    testing::Values(
+        LoadCase{"NoChannel", floats("a", "1", 1) + sampler(input("INPUT", "a")), false, noChannel, 0},
+        LoadCase{"SourceOfTheChannelNamesNothing", "<channel source='#nothing' target='node/t'/>", false, noSampler, 0},
+        LoadCase{"ChannelWithoutSource", "<channel target='node/t'/>", false, noSampler, 0},
+        LoadCase{"SourceOfTheChannelIsASource", floats("a", "1", 1) + "<channel source='#a' target='node/t'/>", false,
+                 noSampler, 0},
+        LoadCase{"SourceOfTheChannelIsAnAnimation", "<channel source='#blank' target='node/t'/>", false, noSampler, 0},
+        LoadCase{"SamplerWithoutInput", curve("", ""), false, noInput, 0}),
+    caseName);
+
+INSTANTIATE_TEST_SUITE_P(
+    Silent, AnimationLoadTest,
+    testing::Values(
+        LoadCase{"InputOfNothing", curve("", input("INPUT", "nothing")), false, "", 0},
+        LoadCase{"InputWithoutSource", curve("", "<input semantic='INPUT'/>"), false, "", 0},
+        LoadCase{"InputOfTheSampler", curve("", input("INPUT", "sampler")), false, "", 0},
+        LoadCase{"InputOfTheArrayItself", curve(floats("a", "1 2", 2), input("INPUT", "a-array")), false, "", 0},
+        LoadCase{"SourceWithoutCommonTechnique", curveOf("INPUT", source("a", floatArray("numbers", "1 2"))), false, "",
+                 0},
+        LoadCase{"CommonTechniqueWithoutAccessor",
+                 curveOf("INPUT", source("a", floatArray("numbers", "1 2") + "<technique_common/>")), false, "", 0},
+        LoadCase{"SecondInputOfNothing", curve(times3(), inputTimes() + input("OUTPUT", "nothing")), false, "", 3},
+        LoadCase{"WrongSemanticOfNothing", curve("", input("COLOR", "nothing")), false, "", 0}),
+    caseName);
+
+INSTANTIATE_TEST_SUITE_P(
+    Counts, AnimationLoadTest,
+    testing::Values(LoadCase{"SecondInputHasMore",
+                             curve(times3() + floats("value", "1 2 3 4", 4), inputTimes() + input("OUTPUT", "value")),
+                             false, countMismatch, 3},
+                    LoadCase{"NamesHaveMore",
+                             curve(times3() + names("kind", "STEP STEP STEP STEP", 4),
+                                   inputTimes() + input("INTERPOLATION", "kind")),
+                             false, countMismatch, 3},
+                    LoadCase{"AccessorOfNoArrayHasMore",
+                             curve(times3() + source("value", accessorTo("nothing", countAndStride(4, 1))),
+                                   inputTimes() + input("OUTPUT", "value")),
+                             false, countMismatch, 3},
+                    LoadCase{"ThirdInputComparesWithTheFirst",
+                             curve(times3() + floats("value", "1 2", 2) + floats("in", "1 2 3 4", 4),
+                                   inputTimes() + input("OUTPUT", "value") + input("IN_TANGENT", "in")),
+                             false, countMismatch, 3}),
+    caseName);
+
+INSTANTIATE_TEST_SUITE_P(
+    FloatSemantic, AnimationLoadTest,
+    testing::Values(
+        LoadCase{"Binormal", curveOf("BINORMAL", floats("a", "1 2", 2)), false, std::string(floatLine) + "0", 2},
+        LoadCase{"Weight", curveOf("WEIGHT", floats("a", "1 2", 2)), false, std::string(floatLine) + "2", 2},
+        LoadCase{"Color", curveOf("COLOR", floats("a", "1 2", 2)), false, std::string(floatLine) + "3", 2},
+        LoadCase{"Normal", curveOf("NORMAL", floats("a", "1 2", 2)), false, std::string(floatLine) + "4", 2},
+        LoadCase{"Position", curveOf("POSITION", floats("a", "1 2", 2)), false, std::string(floatLine) + "5", 2},
+        LoadCase{"Tangent", curveOf("TANGENT", floats("a", "1 2", 2)), false, std::string(floatLine) + "8", 2},
+        LoadCase{"Texcoord", curveOf("TEXCOORD", floats("a", "1 2", 2)), false, std::string(floatLine) + "9", 2},
+        LoadCase{"Interpolation", curveOf("INTERPOLATION", floats("a", "1 2", 2)), false, std::string(floatLine) + "12",
+                 2},
+        LoadCase{"UnknownWord", curveOf("SPEED", floats("a", "1 2", 2)), false, std::string(floatLine) + "15", 2},
+        LoadCase{"NoWord", curve(floats("a", "1 2", 2), "<input source='#a'/>"), false, std::string(floatLine) + "15",
+                 2},
+        LoadCase{"CountOfZero", curveOf("COLOR", floats("a", "1 2", 0)), false, std::string(floatLine) + "3", 0},
+        LoadCase{"StrideOfZero", curveOf("COLOR", floats("a", "1 2", 2, 0)), false, std::string(floatLine) + "3", 2}),
+    caseName);
+
+std::string refusedName(const char* semantic, const char* stride)
+{
+    return std::string(nameLine) + semantic + strideWords + stride;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    NameSemantic, AnimationLoadTest,
+    testing::Values(
+        LoadCase{"Binormal", curveOf("BINORMAL", names("a", "STEP STEP", 2)), false, refusedName("0", "1"), 2},
+        LoadCase{"Weight", curveOf("WEIGHT", names("a", "STEP STEP", 2)), false, refusedName("2", "1"), 2},
+        LoadCase{"Color", curveOf("COLOR", names("a", "STEP STEP", 2)), false, refusedName("3", "1"), 2},
+        LoadCase{"Normal", curveOf("NORMAL", names("a", "STEP STEP", 2)), false, refusedName("4", "1"), 2},
+        LoadCase{"Position", curveOf("POSITION", names("a", "STEP STEP", 2)), false, refusedName("5", "1"), 2},
+        LoadCase{"Tangent", curveOf("TANGENT", names("a", "STEP STEP", 2)), false, refusedName("8", "1"), 2},
+        LoadCase{"Texcoord", curveOf("TEXCOORD", names("a", "STEP STEP", 2)), false, refusedName("9", "1"), 2},
+        LoadCase{"Input", curveOf("INPUT", names("a", "STEP STEP", 2)), false, refusedName("10", "1"), 2},
+        LoadCase{"Output", curveOf("OUTPUT", names("a", "STEP STEP", 2)), false, refusedName("11", "1"), 2},
+        LoadCase{"InTangent", curveOf("IN_TANGENT", names("a", "STEP STEP", 2)), false, refusedName("13", "1"), 2},
+        LoadCase{"OutTangent", curveOf("OUT_TANGENT", names("a", "STEP STEP", 2)), false, refusedName("14", "1"), 2},
+        LoadCase{"UnknownWord", curveOf("SPEED", names("a", "STEP STEP", 2)), false, refusedName("15", "1"), 2},
+        LoadCase{"WrongSemanticAndStrideZero", curveOf("INPUT", names("a", "STEP STEP", 2, 0)), false,
+                 refusedName("10", "0"), 2},
+        LoadCase{"WrongSemanticAndWideStride", curveOf("INPUT", names("a", "STEP STEP", 2, 3)), false,
+                 refusedName("10", "3"), 2},
+        LoadCase{"WideStride", curveOf("INTERPOLATION", names("a", "STEP STEP", 2, 2)), false, refusedName("12", "2"),
+                 2},
+        LoadCase{"StrideIsPrintedUnsigned", curveOf("INTERPOLATION", names("a", "STEP STEP", 2, 4294967295u)), false,
+                 refusedName("12", "4294967295"), 2},
+        LoadCase{"CountOfZero", curveOf("INPUT", names("a", "STEP STEP", 0)), false, refusedName("10", "1"), 0},
+        LoadCase{"InterpolationOfStrideOnePasses", curveOf("INTERPOLATION", names("a", "STEP STEP", 2)), true, "", 2},
+        LoadCase{"InterpolationOfStrideZeroPasses", curveOf("INTERPOLATION", names("a", "STEP STEP", 2, 0)), true, "",
+                 2}),
+    caseName);
+
+INSTANTIATE_TEST_SUITE_P(
+    NoArray, AnimationLoadTest,
+    testing::Values(
+        LoadCase{"AccessorOfNothingPasses", curveOf("INPUT", source("a", accessorTo("nothing", countAndStride(2, 1)))),
+                 true, "", 2},
+        LoadCase{"AccessorWithoutSourcePasses",
+                 curveOf("INPUT", source("a", "<technique_common><accessor count='2'/></technique_common>")), true, "",
+                 2},
+        LoadCase{"IntegersPass",
+                 curveOf("INPUT", source("a", "<int_array id='numbers' count='2'>1 2</int_array>" +
+                                                  accessorTo("numbers", countAndStride(2, 1)))),
+                 true, "", 2},
+        LoadCase{"SemanticIsNotLookedAt", curveOf("COLOR", source("a", accessorTo("nothing", countAndStride(2, 1)))),
+                 true, "", 2},
+        LoadCase{"FloatArrayThatCountsZeroIsPassedOver",
+                 curveOf("COLOR", source("a", "<float_array id='numbers' count='0'>1 2</float_array>" +
+                                                  accessorTo("numbers", countAndStride(2, 1)))),
+                 true, "", 2},
+        LoadCase{"FloatArrayWithoutCountIsPassedOver",
+                 curveOf("INPUT", source("a", "<float_array id='numbers'>1 2</float_array>" +
+                                                  accessorTo("numbers", countAndStride(2, 1)))),
+                 true, "", 2},
+        LoadCase{"NameArrayThatCountsZeroIsPassedOver",
+                 curveOf("COLOR", source("a", "<Name_array id='words' count='0'>STEP STEP</Name_array>" +
+                                                  accessorTo("words", countAndStride(2, 1)))),
+                 true, "", 2},
+        LoadCase{"OneMoreThanABoundedNumberOfRecords",
+                 curveOf("OUTPUT", source("a", accessorTo("nothing", countAndStride(1048577, 1)))), false, shortArray,
+                 0},
+        LoadCase{"OneMoreThanABoundedNumberOfRecordsOfStrideZero", curveOf("OUTPUT", floats("a", "1 2", 1048577, 0)),
+                 false, shortArray, 0},
+        LoadCase{"OneMoreThanABoundedNumberOfRecordsOfAnEmptyArray", curveOf("OUTPUT", floats("a", "", 1048577)), false,
+                 shortArray, 0},
+        LoadCase{"EndlessCount", curveOf("OUTPUT", source("a", accessorTo("nothing", countAndStride(4294967295u, 1)))),
+                 false, shortArray, 0}),
+    caseName);
+
+INSTANTIATE_TEST_SUITE_P(
+    ShortArray, AnimationLoadTest,
+    testing::Values(
+        LoadCase{"FloatsLackOneRecord", curveOf("INPUT", floats("a", "1 2 3", 4)), false, shortArray, 0},
+        LoadCase{"FloatsLackOneNumber", curveOf("OUTPUT", floats("a", "1 2 3 4 5", 3, 2)), false, shortArray, 0},
+        LoadCase{"FloatsOfHugeCount", curveOf("INPUT", floats("a", "1 2 3", 4294967295u)), false, shortArray, 0},
+        LoadCase{"FloatsWhoseProductWrapsIn32Bits", curveOf("OUTPUT", floats("a", "1 2 3", 65536, 65536)), false,
+                 shortArray, 0},
+        LoadCase{"FloatsOfHugeStride", curveOf("OUTPUT", floats("a", "1 2 3", 1, 4294967295u)), false, shortArray, 0},
+        LoadCase{"FloatsThatOnlyCount",
+                 curveOf("INPUT", source("a", "<float_array id='numbers' count='5'/>" +
+                                                  accessorTo("numbers", countAndStride(5, 1)))),
+                 false, shortArray, 0},
+        LoadCase{"NamesLackOne", curveOf("INTERPOLATION", names("a", "STEP LINEAR", 3)), false, shortArray, 0},
+        LoadCase{"NamesThatOnlyCount",
+                 curveOf("INTERPOLATION",
+                         source("a", "<Name_array id='words' count='5'/>" + accessorTo("words", countAndStride(5, 1)))),
+                 false, shortArray, 0},
+        LoadCase{"SecondInputKeepsTheRecordsOfTheFirst",
+                 curve(times3() + floats("value", "1 2", 3), inputTimes() + input("OUTPUT", "value")), false,
+                 shortArray, 3}),
+    caseName);
+
+INSTANTIATE_TEST_SUITE_P(
+    TwoFaults, AnimationLoadTest,
+    testing::Values(
+        LoadCase{"ShortArrayBeforeWrongFloatSemantic", curveOf("COLOR", floats("a", "1 2", 3)), false, shortArray, 0},
+        LoadCase{"ShortArrayBeforeWrongNameSemantic", curveOf("COLOR", names("a", "STEP", 3)), false, shortArray, 0},
+        LoadCase{"ShortArrayBeforeStrideOfNames", curveOf("INTERPOLATION", names("a", "STEP", 3, 2)), false, shortArray,
+                 0},
+        LoadCase{"CountsBeforeShortArray",
+                 curve(times3() + floats("value", "1 2", 4), inputTimes() + input("OUTPUT", "value")), false,
+                 countMismatch, 3},
+        LoadCase{"CountsBeforeWrongFloatSemantic",
+                 curve(times3() + floats("value", "1 2 3 4", 4), inputTimes() + input("COLOR", "value")), false,
+                 countMismatch, 3},
+        LoadCase{"CountsBeforeWrongNameSemantic",
+                 curve(times3() + names("value", "a b c d", 4), inputTimes() + input("COLOR", "value")), false,
+                 countMismatch, 3},
+        LoadCase{"CountsBeforeBoth", curve(times3() + floats("value", "1", 4), inputTimes() + input("COLOR", "value")),
+                 false, countMismatch, 3},
+        LoadCase{"FirstBadInputEndsTheLoad",
+                 curve(times3() + floats("value", "1 2 3", 3),
+                       input("COLOR", "value") + input("NORMAL", "value") + inputTimes()),
+                 false, std::string(floatLine) + "3", 3}),
+    caseName);
+
+TEST(AnimationTest, AsManyRecordsAsTheBoundNeedNoArray)
+{
+    Outcome loaded(curveOf("OUTPUT", source("a", accessorTo("nothing", countAndStride(1048576, 1)))));
+    EXPECT_TRUE(loaded.result);
+    EXPECT_EQ("", loaded.text);
+    EXPECT_EQ(1048576u, loaded.animation.getCount());
+}
+
+TEST(AnimationTest, RefusedArrayAllocatesNoRecord)
+{
+    Outcome loaded(curveOf("INPUT", floats("a", "1 2 3", 9)));
+    EXPECT_FALSE(loaded.result);
+    EXPECT_EQ(8u, recordsOf(loaded.animation).capacity());
+}
+
+TEST(AnimationTest, FailureKeepsWhatInputsBeforeItGave)
+{
+    Outcome loaded(curve(times3() + floats("value", "5 6 7 8", 4), inputTimes() + input("OUTPUT", "value")));
+    EXPECT_FALSE(loaded.result);
+    ASSERT_EQ(3u, loaded.animation.getCount());
+    EXPECT_EQ(1.0, recordsOf(loaded.animation)[0].time);
+    EXPECT_EQ(2.0, recordsOf(loaded.animation)[1].time);
+    EXPECT_EQ(3.0, recordsOf(loaded.animation)[2].time);
+    EXPECT_EQ(0u, recordsOf(loaded.animation)[0].values.size());
+    EXPECT_EQ(0.0, loaded.animation.animationLength());
+}
+
+TEST(AnimationTest, NullElementOfTheHostThrows)
+{
+    AnimationDocument document(curve(allSources(), allInputs));
+    LogCapture log;
+    Animation animation(document.element(), document.dae());
+    EXPECT_THROW(Animation(domAnimationRef(), document.dae()), vesk::NullPointer);
+    EXPECT_THROW(animation.createFromCollada(domAnimationRef(), document.dae()), vesk::NullPointer);
+    EXPECT_THROW((animation.*privateMember(CreateInput()))(domInputLocalRef()), vesk::NullPointer);
+    EXPECT_EQ("", log.text());
+    expectWholeCurve(animation);
+    try {
+        animation.createFromCollada(domAnimationRef(), document.dae());
+    } catch (const vesk::NullPointer& thrown) {
+        EXPECT_FALSE(thrown.message().empty());
+    }
+}
+
+// ---- again on the same object, and copies
+
+TEST(AnimationTest, LoadingAgainStartsTheRecordsAnew)
+{
+    AnimationDocument wide(curveOf("INPUT", floats("a", "1 2 3 4 5 6 7 8 9", 9)), "name='wide'");
+    AnimationDocument narrow(sampler(input("INPUT", "b")) + floats("b", "7", 1) +
+                             "<channel source='#sampler' target='other/place'/>");
+    Animation animation(wide.element(), wide.dae());
+    EXPECT_EQ(16u, recordsOf(animation).capacity());
+    EXPECT_EQ("wide", nameOf(animation));
+    EXPECT_TRUE(animation.createFromCollada(narrow.element(), narrow.dae()));
+    EXPECT_EQ("", nameOf(animation));
+    EXPECT_EQ("other", nodeOf(animation));
+    EXPECT_EQ("place", transformOf(animation));
+    EXPECT_EQ(1u, animation.getCount());
+    EXPECT_EQ(8u, recordsOf(animation).capacity());
+    EXPECT_EQ(7.0, animation.animationLength());
+}
+
+TEST(AnimationTest, LoadingTheSameElementAgainDoublesNothing)
+{
+    Outcome loaded(curve(allSources(), allInputs));
+    EXPECT_TRUE(loaded.animation.createFromCollada(loaded.document.element(), loaded.document.dae()));
+    expectWholeCurve(loaded.animation);
+}
+
+TEST(AnimationTest, FailedSecondLoadEmptiesTheRecordsButKeepsTheTarget)
+{
+    Outcome loaded(curve(allSources(), allInputs));
+    LogCapture log;
+    EXPECT_FALSE(loaded.animation.createFromCollada(loaded.document.blankElement(), loaded.document.dae()));
+    EXPECT_EQ(noChannel, log.text());
+    EXPECT_EQ(0u, loaded.animation.getCount());
+    EXPECT_EQ(0.0, loaded.animation.animationLength());
+    EXPECT_EQ("node", nodeOf(loaded.animation));
+    EXPECT_EQ("transform", transformOf(loaded.animation));
+}
+
+TEST(AnimationTest, SecondLoadWithoutASlashInItsTargetKeepsTheOldTarget)
+{
+    Outcome loaded(curve(allSources(), allInputs));
+    AnimationDocument other(floats("a", "2", 1) + sampler(input("INPUT", "a")) +
+                            "<channel source='#sampler' target='lonely'/>");
+    EXPECT_TRUE(loaded.animation.createFromCollada(other.element(), other.dae()));
+    EXPECT_EQ("node", nodeOf(loaded.animation));
+    EXPECT_EQ("transform", transformOf(loaded.animation));
+    EXPECT_EQ(2.0, loaded.animation.animationLength());
+}
+
+TEST(AnimationTest, CopyIsDeep)
+{
+    AnimationDocument document(curve(allSources(), allInputs), "name='swing'");
+    Animation original(document.element(), document.dae());
+    Animation copy(original);
+    LogCapture log;
+    (original.*privateMember(EvolutionsField()))[0].values[0] = 1000.0;
+    original.createFromCollada(document.blankElement(), document.dae());
+    EXPECT_EQ(0u, original.getCount());
+    expectWholeCurve(copy);
+    EXPECT_EQ("swing", nameOf(copy));
+    EXPECT_EQ("node", nodeOf(copy));
+    EXPECT_EQ("transform", transformOf(copy));
+}
+
+TEST(AnimationTest, AssignmentIsDeep)
+{
+    AnimationDocument document(curve(allSources(), allInputs), "name='swing'");
+    Animation original(document.element(), document.dae());
+    Animation copy = document.blank();
+    copy = original;
+    (original.*privateMember(EvolutionsField()))[1].outTangent[3] = 1000.0;
+    expectWholeCurve(copy);
+    EXPECT_EQ("swing", nameOf(copy));
+    EXPECT_EQ("node", nodeOf(copy));
+    EXPECT_EQ("transform", transformOf(copy));
+    const Animation& self = copy;
+    copy = self;
+    expectWholeCurve(copy);
+}
+
+TEST(AnimationTest, TargetsAreReturnedAsCopies)
+{
+    Outcome loaded(curve(allSources(), allInputs));
+    vesk::String node = loaded.animation.getTargetNode();
+    vesk::String transform = loaded.animation.getTargetTransform();
+    node.append("-other");
+    transform.append("-other");
+    EXPECT_EQ("node", nodeOf(loaded.animation));
+    EXPECT_EQ("transform", transformOf(loaded.animation));
+}
+
+// ---- the two tables of words
+
+struct WordCase {
+    const char* name;
+    const char* word;
+    libVideo::InterpolationType type;
+};
+
+void PrintTo(const WordCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class AnimationWordTest : public testing::TestWithParam<WordCase> {};
+
+TEST_P(AnimationWordTest, GivesItsInterpolationType)
+{
+    // The first record shows that the second is not just left as it was made.
+    Outcome loaded(curveOf("INTERPOLATION", names("a", std::string("HERMITE ") + GetParam().word, 2)));
+    EXPECT_TRUE(loaded.result);
+    EXPECT_EQ("", loaded.text);
+    ASSERT_EQ(2u, loaded.animation.getCount());
+    EXPECT_EQ(libVideo::HERMITE, recordsOf(loaded.animation)[0].interpolation);
+    EXPECT_EQ(GetParam().type, recordsOf(loaded.animation)[1].interpolation);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Words, AnimationWordTest,
+    testing::Values(
+        WordCase{"Step", "STEP", libVideo::STEP}, WordCase{"StepInLowerCase", "step", libVideo::STEP},
+        WordCase{"Linear", "LINEAR", libVideo::LINEAR}, WordCase{"LinearInLowerCase", "linear", libVideo::LINEAR},
+        WordCase{"Bezier", "BEZIER", libVideo::BEZIER}, WordCase{"BezierInMixedCase", "BeZier", libVideo::BEZIER},
+        WordCase{"Hermite", "HERMITE", libVideo::HERMITE}, WordCase{"HermiteInLowerCase", "hermite", libVideo::HERMITE},
+        WordCase{"Cardinal", "CARDINAL", libVideo::CARDINAL},
+        WordCase{"CardinalInMixedCase", "Cardinal", libVideo::CARDINAL},
+        WordCase{"Bspline", "BSPLINE", libVideo::BSPLINE}, WordCase{"BsplineInMixedCase", "BSpline", libVideo::BSPLINE},
+        WordCase{"OtherWordIsLinear", "SPLINE", libVideo::LINEAR},
+        WordCase{"LongerWordIsLinear", "STEPS", libVideo::LINEAR},
+        WordCase{"ShorterWordIsLinear", "BEZ", libVideo::LINEAR}, WordCase{"NumberIsLinear", "2", libVideo::LINEAR}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(AnimationTest, OtherWordTurnsARecordBackToLinear)
+{
+    Outcome loaded(curve(names("a", "STEP BEZIER", 2) + names("b", "SPLINE", 1),
+                         input("INTERPOLATION", "a") + input("INTERPOLATION", "b")));
+    EXPECT_TRUE(loaded.result);
+    ASSERT_EQ(2u, loaded.animation.getCount());
+    EXPECT_EQ(libVideo::LINEAR, recordsOf(loaded.animation)[0].interpolation);
+    EXPECT_EQ(libVideo::BEZIER, recordsOf(loaded.animation)[1].interpolation);
+}
+
+TEST(AnimationTest, NameOfARecordIsFoundByItsIndexAlsoWithStrideZero)
+{
+    Outcome loaded(curveOf("INTERPOLATION", names("a", "STEP BEZIER CARDINAL", 3, 0)));
+    EXPECT_TRUE(loaded.result);
+    ASSERT_EQ(3u, loaded.animation.getCount());
+    EXPECT_EQ(libVideo::STEP, recordsOf(loaded.animation)[0].interpolation);
+    EXPECT_EQ(libVideo::BEZIER, recordsOf(loaded.animation)[1].interpolation);
+    EXPECT_EQ(libVideo::CARDINAL, recordsOf(loaded.animation)[2].interpolation);
+}
+
+struct TargetCase {
+    const char* name;
+    const char* target;
+    bool isRead;
+    const char* node;
+    const char* transform;
+};
+
+void PrintTo(const TargetCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class AnimationTargetTest : public testing::TestWithParam<TargetCase> {};
+
+TEST_P(AnimationTargetTest, SplitsAtSlashAndDot)
+{
+    AnimationDocument document("");
+    Animation animation = document.blank();
+    (animation.*privateMember(SetTarget()))("old/kept.X");
+    ASSERT_EQ("old", nodeOf(animation));
+    ASSERT_EQ("kept", transformOf(animation));
+    (animation.*privateMember(SetTarget()))(GetParam().target);
+    EXPECT_EQ(GetParam().isRead ? GetParam().node : "old", nodeOf(animation));
+    EXPECT_EQ(GetParam().isRead ? GetParam().transform : "kept", transformOf(animation));
+}
+
+TEST_P(AnimationTargetTest, ComesFromTheChannel)
+{
+    Outcome loaded(floats("a", "1", 1) + sampler(input("INPUT", "a")) + "<channel source='#sampler' target='" +
+                   GetParam().target + "'/>");
+    EXPECT_TRUE(loaded.result);
+    EXPECT_EQ("", loaded.text);
+    EXPECT_EQ(GetParam().node, nodeOf(loaded.animation));
+    EXPECT_EQ(GetParam().transform, transformOf(loaded.animation));
+    EXPECT_EQ(1.0, loaded.animation.animationLength());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Targets, AnimationTargetTest,
+    testing::Values(TargetCase{"Angle", "node/rotateZ.ANGLE", true, "node", "rotateZ"},
+                    TargetCase{"Component", "node/translate.X", true, "node", "translate"},
+                    TargetCase{"NoMember", "node/translate", true, "node", "translate"},
+                    TargetCase{"Subscript", "node/transform(0)(1)", true, "node", "transform(0)(1)"},
+                    TargetCase{"DotInTheNode", "a.b/scale.Y", true, "a.b", "scale"},
+                    TargetCase{"TwoSlashes", "a/b/c.X", true, "a", "b/c"},
+                    TargetCase{"NothingBehindTheSlash", "node/", true, "node", ""},
+                    TargetCase{"NoSlash", "node", false, "", ""},
+                    TargetCase{"NothingBeforeTheSlash", "/scale.Y", true, "", "scale"},
+                    TargetCase{"DotRightBehindTheSlash", "node/.X", true, "node", ""},
+                    TargetCase{"TwoDots", "node/scale.X.Y", true, "node", "scale"},
+                    TargetCase{"DotAndNoSlash", "node.X", false, "", ""}, TargetCase{"Empty", "", false, "", ""}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(AnimationTest, ChannelWithoutTargetLeavesTheTargetUnset)
+{
+    Outcome loaded(floats("a", "1 2", 2) + sampler(input("INPUT", "a")) + "<channel source='#sampler'/>");
+    EXPECT_TRUE(loaded.result);
+    EXPECT_EQ("", loaded.text);
+    EXPECT_EQ("", nodeOf(loaded.animation));
+    EXPECT_EQ("", transformOf(loaded.animation));
+    EXPECT_EQ(2.0, loaded.animation.animationLength());
+}
+
+// ---- the private steps by themselves
+
+TEST(AnimationTest, OneInputIsReadByItself)
+{
+    AnimationDocument document(curve(allSources(), allInputs));
+    Animation animation = document.blank();
+    const domInputLocal_Array& inputs = document.samplerElement()->getInput_array();
+    EXPECT_TRUE((animation.*privateMember(CreateInput()))(inputs[0]));
+    ASSERT_EQ(3u, animation.getCount());
+    EXPECT_EQ(1.5, recordsOf(animation)[1].time);
+    EXPECT_EQ(0u, recordsOf(animation)[1].values.size());
+    EXPECT_EQ(0.0, animation.animationLength());
+    EXPECT_EQ("", nodeOf(animation));
+    EXPECT_TRUE((animation.*privateMember(CreateInput()))(inputs[1]));
+    EXPECT_EQ((Numbers{3, 4}), numbers(recordsOf(animation)[1].values));
+}
+
+TEST(AnimationTest, FloatsOfNoRecordNeedNoArray)
+{
+    AnimationDocument document("");
+    Animation animation = document.blank();
+    LogCapture log;
+    const auto create = privateMember(CreateFloat());
+    EXPECT_TRUE((animation.*create)(nullptr, libVideo::SEMANTIC_OUTPUT, 0, 1));
+    EXPECT_EQ("", log.text());
+    EXPECT_FALSE((animation.*create)(nullptr, libVideo::SEMANTIC_COLOR, 0, 1));
+    EXPECT_EQ(std::string(floatLine) + "3", log.text());
+}
+
+TEST(AnimationTest, MoreFloatsThanRecordsThrow)
+{
+    AnimationDocument document(curveOf("INPUT", floats("a", "1 2 3", 2)));
+    Animation animation(document.element(), document.dae());
+    const domFloat_array* array = document.named<domFloat_array>("a-array");
+    expectIndexOutOfBounds(1, 2,
+                           [&] { (animation.*privateMember(CreateFloat()))(array, libVideo::SEMANTIC_OUTPUT, 3, 1); });
+    EXPECT_EQ((Numbers{1}), numbers(recordsOf(animation)[0].values));
+    EXPECT_EQ((Numbers{2}), numbers(recordsOf(animation)[1].values));
+}
+
+TEST(AnimationTest, MoreNamesThanRecordsThrow)
+{
+    AnimationDocument document(curveOf("INTERPOLATION", names("a", "STEP BEZIER STEP", 1)));
+    Animation animation(document.element(), document.dae());
+    const domName_array* array = document.named<domName_array>("a-array");
+    expectIndexOutOfBounds(
+        0, 1, [&] { (animation.*privateMember(CreateName()))(array, libVideo::SEMANTIC_INTERPOLATION, 2, 1); });
+}
+
+// ---- the list
+
+std::string listed(const std::string& prefix)
+{
+    return "<animation name='" + prefix + "'>" + floats(prefix + "-time", "1 2", 2) +
+           sampler(input("INPUT", prefix + "-time"), prefix + "-sampler") + "<channel source='#" + prefix +
+           "-sampler' target='" + prefix + "/move.X'/></animation>";
+}
+
+std::string library(const std::string& animations)
+{
+    return "<library_animations>" + animations + "</library_animations>";
+}
+
+AnimationHandle someAnimation()
+{
+    AnimationDocument document(curveOf("INPUT", floats("a", "1", 1)));
+    return AnimationHandle(new Animation(document.element(), document.dae()));
+}
+
+TEST(AnimationListTest, NullDocumentIsLoggedAndLeavesTheListUntouched)
+{
+    ColladaBuilder builder;
+    vesk::Array<AnimationHandle> list;
+    const AnimationHandle kept = someAnimation();
+    list.append(kept);
+    LogCapture log;
+    EXPECT_EQ(0u, libVideo::createAnimationListFromCollada(nullptr, builder.dae(), list));
+    ASSERT_EQ(1u, log.lines().size());
+    EXPECT_EQ(noDocument, log.text());
+    EXPECT_EQ("libVideo.animation", log.lines()[0].channel);
+    EXPECT_EQ(3, log.lines()[0].priority);
+    ASSERT_EQ(1u, list.size());
+    EXPECT_EQ(kept, list[0]);
+    EXPECT_EQ(2u, kept.useCount());
+}
+
+TEST(AnimationListTest, DocumentWithoutLibraryEmptiesTheList)
+{
+    ColladaBuilder builder;
+    const domCOLLADA* const root = builder.open();
+    ASSERT_NE(nullptr, root);
+    vesk::Array<AnimationHandle> list;
+    const AnimationHandle kept = someAnimation();
+    for (unsigned i = 0; i < 9; ++i) {
+        list.append(kept);
+    }
+    ASSERT_EQ(16u, list.capacity());
+    LogCapture log;
+    EXPECT_EQ(0u, libVideo::createAnimationListFromCollada(root, builder.dae(), list));
+    EXPECT_EQ("", log.text());
+    EXPECT_EQ(0u, list.size());
+    EXPECT_EQ(8u, list.capacity());
+    EXPECT_EQ(1u, kept.useCount());
+}
+
+TEST(AnimationListTest, TwoLibrariesGiveOneListInDocumentOrder)
+{
+    ColladaBuilder builder(library(listed("first") + listed("second")) + library(listed("third")));
+    vesk::Array<AnimationHandle> list;
+    const AnimationHandle old = someAnimation();
+    list.append(old);
+    LogCapture log;
+    EXPECT_EQ(3u, libVideo::createAnimationListFromCollada(builder.open(), builder.dae(), list));
+    EXPECT_EQ("", log.text());
+    ASSERT_EQ(3u, list.size());
+    EXPECT_EQ("first", nodeOf(*list[0]));
+    EXPECT_EQ("second", nodeOf(*list[1]));
+    EXPECT_EQ("third", nodeOf(*list[2]));
+    EXPECT_EQ("third", nameOf(*list[2]));
+    for (const AnimationHandle& handle : list) {
+        EXPECT_EQ(1u, handle.useCount());
+        EXPECT_EQ(2.0, handle->animationLength());
+    }
+    EXPECT_EQ(1u, old.useCount());
+}
+
+TEST(AnimationListTest, NestedAnimationsGetNoEntry)
+{
+    ColladaBuilder builder(library("<animation>" + listed("inner1") + listed("inner2") + "</animation>"));
+    vesk::Array<AnimationHandle> list;
+    LogCapture log;
+    EXPECT_EQ(1u, libVideo::createAnimationListFromCollada(builder.open(), builder.dae(), list));
+    EXPECT_EQ(noChannel, log.text());
+    ASSERT_EQ(1u, list.size());
+    EXPECT_EQ(0u, list[0]->getCount());
+    EXPECT_EQ("", nodeOf(*list[0]));
+}
+
+TEST(AnimationListTest, FailedAnimationsStayInTheList)
+{
+    ColladaBuilder builder(library("<animation name='bad'/>" + listed("good") + "<animation>" +
+                                   floats("c", "1 2 3", 3) + sampler(input("COLOR", "c")) + usualChannel +
+                                   "</animation>"));
+    vesk::Array<AnimationHandle> list;
+    LogCapture log;
+    EXPECT_EQ(3u, libVideo::createAnimationListFromCollada(builder.open(), builder.dae(), list));
+    EXPECT_EQ(std::string(noChannel) + "\n" + floatLine + "3", log.text());
+    ASSERT_EQ(3u, list.size());
+    EXPECT_EQ("bad", nameOf(*list[0]));
+    EXPECT_EQ("", nodeOf(*list[0]));
+    EXPECT_EQ(0u, list[0]->getCount());
+    EXPECT_EQ("good", nodeOf(*list[1]));
+    EXPECT_EQ("", nodeOf(*list[2]));
+    EXPECT_EQ(3u, list[2]->getCount());
+    EXPECT_EQ(0.0, list[2]->animationLength());
+}
+
+TEST(AnimationListTest, ThrownExceptionPassesAndKeepsTheEntriesBefore)
+{
+    ColladaBuilder builder(library(listed("good") + "<animation>" + floats("c", "1", 1, 0) +
+                                   sampler(input("INPUT", "c")) + usualChannel + "</animation>" + listed("late")));
+    const domCOLLADA* const root = builder.open();
+    vesk::Array<AnimationHandle> list;
+    expectIndexOutOfBounds(-1, 0, [&] { libVideo::createAnimationListFromCollada(root, builder.dae(), list); });
+    ASSERT_EQ(1u, list.size());
+    EXPECT_EQ("good", nodeOf(*list[0]));
+}
+
+TEST(AnimationListTest, OpensATraceUnderTheCameraName)
+{
+    ColladaBuilder builder;
+    const domCOLLADA* const root = builder.open();
+    vesk::Array<AnimationHandle> list;
+    LogCapture log("libVideo.animation");
+    vesk::LogFactory::setPriority(vesk::LoggerPriority::PRIORITY_TRACE);
+    libVideo::createAnimationListFromCollada(root, builder.dae(), list);
+    const std::vector<LogLine> lines = log.lines();
+    ASSERT_EQ(2u, lines.size());
+    const std::string start = "> Camera::createAnimationListFromCollada (libVideo/SceneGraph/Animation:";
+    EXPECT_EQ(start, lines[0].text.substr(0, start.size()));
+    EXPECT_EQ("< Camera::createAnimationListFromCollada", lines[1].text);
+    EXPECT_EQ(1, lines[0].priority);
+    EXPECT_EQ(1, lines[1].priority);
+}
+
+TEST(AnimationListTest, NullDocumentIsLoggedInsideTheTrace)
+{
+    ColladaBuilder builder;
+    vesk::Array<AnimationHandle> list;
+    LogCapture log("libVideo.animation");
+    vesk::LogFactory::setPriority(vesk::LoggerPriority::PRIORITY_TRACE);
+    libVideo::createAnimationListFromCollada(nullptr, builder.dae(), list);
+    const std::vector<LogLine> lines = log.lines();
+    ASSERT_EQ(3u, lines.size());
+    EXPECT_EQ('>', lines[0].text[0]);
+    EXPECT_EQ(noDocument, lines[1].words());
+    EXPECT_EQ("< Camera::createAnimationListFromCollada", lines[2].text);
+}
+
+} // namespace

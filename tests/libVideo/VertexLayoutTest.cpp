@@ -1,0 +1,248 @@
+#include <libVideo/SceneGraph/VertexLayout.h>
+
+#include <vesk/String.h>
+
+#include <cctype>
+#include <cstddef>
+#include <ostream>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using libVideo::VertexLayout;
+using libVideo::VertexSemantic;
+
+static_assert(sizeof(VertexSemantic) == 4 && sizeof(libVideo::DataType) == 4, "enumerations take 32 bits");
+static_assert(sizeof(VertexLayout) == 20, "five fields of 32 bits");
+static_assert(offsetof(VertexLayout, semantic) == 0 && offsetof(VertexLayout, byteSize) == 4 &&
+                  offsetof(VertexLayout, byteOffset) == 8 && offsetof(VertexLayout, dataType) == 12 &&
+                  offsetof(VertexLayout, reserved) == 16,
+              "order of the fields");
+static_assert(std::is_same<VertexSemantic, decltype(VertexLayout::semantic)>::value &&
+                  std::is_same<unsigned, decltype(VertexLayout::byteSize)>::value &&
+                  std::is_same<unsigned, decltype(VertexLayout::byteOffset)>::value &&
+                  std::is_same<libVideo::DataType, decltype(VertexLayout::dataType)>::value &&
+                  std::is_same<unsigned, decltype(VertexLayout::reserved)>::value,
+              "types of the fields");
+static_assert(std::is_trivially_destructible<VertexLayout>::value, "the destructor does nothing");
+static_assert(!std::is_polymorphic<VertexLayout>::value, "a plain struct");
+static_assert(std::is_convertible<VertexSemantic, VertexLayout>::value, "a semantic serves as a search key");
+static_assert(std::is_same<VertexSemantic (*)(const vesk::String&, VertexLayout&),
+                           decltype(&libVideo::inputSemanticToVertexSemantic)>::value,
+              "signature");
+
+/// A layout whose fields all differ from the defaults.
+VertexLayout filledLayout()
+{
+    VertexLayout layout(libVideo::SEMANTIC_WEIGHT);
+    layout.byteSize = 12;
+    layout.byteOffset = 24;
+    layout.dataType = libVideo::DATA_TYPE_FLOAT3;
+    layout.reserved = 77;
+    return layout;
+}
+
+void expectOtherFieldsOfFilledLayout(const VertexLayout& layout)
+{
+    EXPECT_EQ(12u, layout.byteSize);
+    EXPECT_EQ(24u, layout.byteOffset);
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT3, layout.dataType);
+    EXPECT_EQ(77u, layout.reserved);
+}
+
+std::string lower(std::string word)
+{
+    for (char& c : word) {
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    return word;
+}
+
+/// "pOsItIoN": every second letter in the other case.
+std::string mixed(std::string word)
+{
+    for (std::size_t i = 0; i < word.size(); i += 2) {
+        word[i] = static_cast<char>(std::tolower(static_cast<unsigned char>(word[i])));
+    }
+    return word;
+}
+
+struct WordCase {
+    const char* word;
+    VertexSemantic semantic;
+    unsigned number;
+};
+
+void PrintTo(const WordCase& row, std::ostream* out)
+{
+    *out << row.word;
+}
+
+class VertexSemanticWordTest : public testing::TestWithParam<WordCase> {};
+
+TEST_P(VertexSemanticWordTest, SemanticHasItsNumber)
+{
+    EXPECT_EQ(GetParam().number, static_cast<unsigned>(GetParam().semantic));
+}
+
+TEST_P(VertexSemanticWordTest, UpperCaseWordGivesItsSemanticAndStoresIt)
+{
+    VertexLayout layout;
+    EXPECT_EQ(GetParam().semantic, libVideo::inputSemanticToVertexSemantic(GetParam().word, layout));
+    EXPECT_EQ(GetParam().semantic, layout.semantic);
+}
+
+TEST_P(VertexSemanticWordTest, LowerCaseWordGivesItsSemanticAndStoresIt)
+{
+    VertexLayout layout;
+    EXPECT_EQ(GetParam().semantic, libVideo::inputSemanticToVertexSemantic(lower(GetParam().word).c_str(), layout));
+    EXPECT_EQ(GetParam().semantic, layout.semantic);
+}
+
+TEST_P(VertexSemanticWordTest, WordInMixedCaseGivesItsSemanticAndStoresIt)
+{
+    VertexLayout layout;
+    EXPECT_EQ(GetParam().semantic, libVideo::inputSemanticToVertexSemantic(mixed(GetParam().word).c_str(), layout));
+    EXPECT_EQ(GetParam().semantic, layout.semantic);
+}
+
+TEST_P(VertexSemanticWordTest, NoOtherFieldOfTheLayoutIsTouched)
+{
+    VertexLayout layout = filledLayout();
+    libVideo::inputSemanticToVertexSemantic(GetParam().word, layout);
+    EXPECT_EQ(GetParam().semantic, layout.semantic);
+    expectOtherFieldsOfFilledLayout(layout);
+}
+
+TEST_P(VertexSemanticWordTest, PartsAndExtensionsOfTheWordAreUnknown)
+{
+    const std::string word = GetParam().word;
+    const std::string others[] = {word + "X", word + "0",  "X" + word,     " " + word,
+                                  word + " ", word + word, word.substr(1), word.substr(0, word.size() - 1)};
+    for (const std::string& other : others) {
+        VertexLayout layout = GetParam().semantic;
+        EXPECT_EQ(libVideo::SEMANTIC_UNKNOWN, libVideo::inputSemanticToVertexSemantic(other.c_str(), layout)) << other;
+        EXPECT_EQ(libVideo::SEMANTIC_UNKNOWN, layout.semantic) << other;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Words, VertexSemanticWordTest,
+                         testing::Values(WordCase{"BINORMAL", libVideo::SEMANTIC_BINORMAL, 0},
+                                         WordCase{"WEIGHT", libVideo::SEMANTIC_WEIGHT, 2},
+                                         WordCase{"COLOR", libVideo::SEMANTIC_COLOR, 3},
+                                         WordCase{"NORMAL", libVideo::SEMANTIC_NORMAL, 4},
+                                         WordCase{"POSITION", libVideo::SEMANTIC_POSITION, 5},
+                                         WordCase{"TANGENT", libVideo::SEMANTIC_TANGENT, 8},
+                                         WordCase{"TEXCOORD", libVideo::SEMANTIC_TEXCOORD, 9},
+                                         WordCase{"INPUT", libVideo::SEMANTIC_INPUT, 10},
+                                         WordCase{"OUTPUT", libVideo::SEMANTIC_OUTPUT, 11},
+                                         WordCase{"INTERPOLATION", libVideo::SEMANTIC_INTERPOLATION, 12},
+                                         WordCase{"IN_TANGENT", libVideo::SEMANTIC_IN_TANGENT, 13},
+                                         WordCase{"OUT_TANGENT", libVideo::SEMANTIC_OUT_TANGENT, 14}),
+                         [](const auto& row) { return std::string(row.param.word); });
+
+struct UnknownCase {
+    const char* name;
+    const char* word;
+};
+
+void PrintTo(const UnknownCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class UnknownSemanticTest : public testing::TestWithParam<UnknownCase> {};
+
+TEST_P(UnknownSemanticTest, WordIsUnknownAndReplacesTheSemanticOfBefore)
+{
+    VertexLayout layout = filledLayout();
+    EXPECT_EQ(libVideo::SEMANTIC_UNKNOWN, libVideo::inputSemanticToVertexSemantic(GetParam().word, layout));
+    EXPECT_EQ(libVideo::SEMANTIC_UNKNOWN, layout.semantic);
+    expectOtherFieldsOfFilledLayout(layout);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Words, UnknownSemanticTest,
+    testing::Values(UnknownCase{"Empty", ""}, UnknownCase{"Blank", " "}, UnknownCase{"Vertex", "VERTEX"},
+                    UnknownCase{"Positionx", "POSITIONX"}, UnknownCase{"Joint", "JOINT"}, UnknownCase{"Uv", "UV"},
+                    UnknownCase{"InvBindMatrix", "INV_BIND_MATRIX"}, UnknownCase{"TexTangent", "TEXTANGENT"},
+                    UnknownCase{"TexBinormal", "TEXBINORMAL"}, UnknownCase{"LinearSteps", "LINEAR_STEPS"},
+                    UnknownCase{"Unknown", "UNKNOWN"}, UnknownCase{"Number", "5"},
+                    UnknownCase{"TangentWithoutUnderscore", "INTANGENT"},
+                    UnknownCase{"TangentWithHyphen", "OUT-TANGENT"}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST(VertexSemanticTest, UnknownIsFifteen)
+{
+    EXPECT_EQ(15u, static_cast<unsigned>(libVideo::SEMANTIC_UNKNOWN));
+}
+
+TEST(VertexLayoutTest, DefaultIsUnknownSemanticInvalidTypeAndZeros)
+{
+    const VertexLayout layout;
+    EXPECT_EQ(libVideo::SEMANTIC_UNKNOWN, layout.semantic);
+    EXPECT_EQ(0u, layout.byteSize);
+    EXPECT_EQ(0u, layout.byteOffset);
+    EXPECT_EQ(libVideo::DATA_TYPE_INVALID, layout.dataType);
+    EXPECT_EQ(0u, layout.reserved);
+}
+
+TEST(VertexLayoutTest, LayoutOfASemanticHasTheOtherDefaults)
+{
+    const VertexLayout layout(libVideo::SEMANTIC_NORMAL);
+    EXPECT_EQ(libVideo::SEMANTIC_NORMAL, layout.semantic);
+    EXPECT_EQ(0u, layout.byteSize);
+    EXPECT_EQ(0u, layout.byteOffset);
+    EXPECT_EQ(libVideo::DATA_TYPE_INVALID, layout.dataType);
+    EXPECT_EQ(0u, layout.reserved);
+}
+
+TEST(VertexLayoutTest, AssignmentCopiesAllFiveFields)
+{
+    VertexLayout layout;
+    const VertexLayout& result = (layout = filledLayout());
+    EXPECT_EQ(&layout, &result);
+    EXPECT_EQ(libVideo::SEMANTIC_WEIGHT, layout.semantic);
+    expectOtherFieldsOfFilledLayout(layout);
+}
+
+TEST(VertexLayoutTest, CopyHasAllFiveFields)
+{
+    const VertexLayout source = filledLayout();
+    const VertexLayout layout(source);
+    EXPECT_EQ(libVideo::SEMANTIC_WEIGHT, layout.semantic);
+    expectOtherFieldsOfFilledLayout(layout);
+}
+
+TEST(VertexLayoutTest, LayoutsOfOneSemanticAreEqualWhateverElseDiffers)
+{
+    const VertexLayout filled = filledLayout();
+    const VertexLayout key(libVideo::SEMANTIC_WEIGHT);
+    EXPECT_TRUE(filled == key);
+    EXPECT_TRUE(key == filled);
+    VertexLayout moved = filled;
+    moved.byteOffset = 36;
+    EXPECT_TRUE(filled == moved);
+}
+
+TEST(VertexLayoutTest, LayoutsOfTwoSemanticsDifferWhateverElseIsEqual)
+{
+    EXPECT_FALSE(VertexLayout(libVideo::SEMANTIC_NORMAL) == VertexLayout());
+    EXPECT_FALSE(VertexLayout() == VertexLayout(libVideo::SEMANTIC_NORMAL));
+    VertexLayout other = filledLayout();
+    other.semantic = libVideo::SEMANTIC_COLOR;
+    EXPECT_FALSE(filledLayout() == other);
+}
+
+TEST(VertexLayoutTest, SemanticAloneIsASearchKey)
+{
+    const VertexLayout filled = filledLayout();
+    EXPECT_TRUE(filled == libVideo::SEMANTIC_WEIGHT);
+    EXPECT_FALSE(filled == libVideo::SEMANTIC_POSITION);
+}
+
+} // namespace

@@ -1,0 +1,1020 @@
+#include "support/ColladaBuilder.h"
+#include "support/Process.h"
+
+#include <nlohmann/json.hpp>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdint>
+#include <cstring>
+#include <map>
+#include <ostream>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+using testSupport::ColladaBuilder;
+using testSupport::ProcessOptions;
+using testSupport::ProcessResult;
+using testSupport::TemporaryFile;
+
+namespace {
+
+using Json = nlohmann::json;
+using Words = std::vector<std::string>;
+
+constexpr int succeeded = 0;
+constexpr int loadFailed = 1;
+constexpr int usageError = 2;
+
+ProcessResult scenetool(const Words& arguments, const ProcessOptions& options = ProcessOptions())
+{
+    Words all = {SCENETOOL_PROGRAM};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    return testSupport::runProcess(all, options);
+}
+
+Words linesOf(const std::string& text)
+{
+    Words lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+bool isOneLine(const std::string& text)
+{
+    return text.size() > 1 && text.back() == '\n' && std::count(text.begin(), text.end(), '\n') == 1;
+}
+
+bool contains(const std::string& text, const std::string& part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+// Those of ASCII and those that UTF-8 writes as C2 80 to C2 9F; line feeds may stay.
+bool hasControlCharacter(const std::string& text)
+{
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : '\0');
+        if ((byte < 0x20u && byte != '\n') || byte == 0x7Fu || (byte == 0xC2u && next >= 0x80u && next <= 0x9Fu)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// One `<animation>` with times, values and, unless it is empty, kinds of interpolation.
+struct Curve {
+    std::string id = "curve";
+    std::string target;
+    std::string times;
+    std::string values;
+    unsigned count = 0;
+    unsigned valueStride = 3;
+    unsigned timeStride = 1;
+
+    std::string xml() const
+    {
+        const std::string number = std::to_string(count);
+        return "<animation id='" + id + "'>" + source("times", times, count * timeStride, timeStride) +
+               source("values", values, count * valueStride, valueStride) + "<sampler id='" + id +
+               "-sampler'><input semantic='INPUT' source='#" + id + "-times'/><input semantic='OUTPUT' source='#" + id +
+               "-values'/></sampler><channel source='#" + id + "-sampler' target='" + target + "'/></animation>";
+    }
+
+private:
+    std::string source(const std::string& name, const std::string& numbers, unsigned size, unsigned stride) const
+    {
+        // An array of stride 0 still holds something.
+        const std::string length = std::to_string(size == 0 ? 1 : size);
+        return "<source id='" + id + "-" + name + "'><float_array id='" + id + "-" + name + "-array' count='" + length +
+               "'>" + numbers + "</float_array><technique_common><accessor source='#" + id + "-" + name +
+               "-array' count='" + std::to_string(count) + "' stride='" + std::to_string(stride) +
+               "'/></technique_common></source>";
+    }
+};
+
+std::string documentOf(const std::string& nodes, const std::vector<Curve>& curves = {})
+{
+    ColladaBuilder builder;
+    if (!curves.empty()) {
+        std::string library = "<library_animations>";
+        for (const Curve& curve : curves) {
+            library += curve.xml();
+        }
+        builder.add(library + "</library_animations>");
+    }
+    return builder.addScene(nodes).text();
+}
+
+// LINEAR from (0, 10, 0) at second 1 to (0, 30, 0) at second 3.
+Curve rising(const std::string& target, const std::string& id = "curve")
+{
+    Curve curve;
+    curve.id = id;
+    curve.target = target;
+    curve.times = "1 3";
+    curve.values = "0 10 0 0 30 0";
+    curve.count = 2;
+    return curve;
+}
+
+// A curve with one value for each key, where a translation needs three: between the keys it throws.
+Curve tooNarrow(const std::string& target, const std::string& id = "narrow")
+{
+    Curve curve = rising(target, id);
+    curve.values = "10 30";
+    curve.valueStride = 1;
+    return curve;
+}
+
+// A curve whose times have no element: to read it throws.
+Curve withoutTimes(const std::string& target)
+{
+    Curve curve = rising(target);
+    curve.times = "1";
+    curve.timeStride = 0;
+    return curve;
+}
+
+// The rows of a translation.
+Json translation(double x, double y, double z)
+{
+    return Json::array({1.0, 0.0, 0.0, x, 0.0, 1.0, 0.0, y, 0.0, 0.0, 1.0, z, 0.0, 0.0, 0.0, 1.0});
+}
+
+const char* const parentAndChild = "<node id='parent'><translate>1 0 0</translate>"
+                                   "<node id='child'><translate sid='t'>0 1 0</translate></node></node>";
+
+// Runs `dump` and parses what it prints.
+struct Dump {
+    explicit Dump(const std::string& path, const Words& options = {})
+    {
+        Words arguments = {"dump", path};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        result = scenetool(arguments);
+        json = Json::parse(result.output, nullptr, false);
+    }
+
+    ProcessResult result;
+    Json json; ///< discarded if the text was none
+};
+
+Json dumpDocument(const std::string& document, const Words& options = {})
+{
+    const TemporaryFile file(document);
+    const Dump dump(file.path(), options);
+    EXPECT_EQ(dump.result.status, succeeded);
+    EXPECT_EQ(dump.result.errors, "");
+    return dump.json;
+}
+
+std::string infoOf(const std::string& document, const Words& options = {})
+{
+    const TemporaryFile file(document);
+    Words arguments = {"info", file.path()};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    const ProcessResult result = scenetool(arguments);
+    EXPECT_EQ(result.status, succeeded);
+    EXPECT_EQ(result.errors, "");
+    return result.output;
+}
+
+// --- dump: the shape of the object
+
+Words keysOf(const Json& object)
+{
+    Words keys;
+    for (const auto& item : object.items()) {
+        keys.push_back(item.key());
+    }
+    return keys; // sorted
+}
+
+TEST(ScenetoolDumpTest, PrintsOneObjectOnOneLine)
+{
+    const TemporaryFile file(documentOf(parentAndChild));
+    const Dump dump(file.path());
+    EXPECT_TRUE(dump.json.is_object());
+    EXPECT_TRUE(isOneLine(dump.result.output));
+}
+
+TEST(ScenetoolDumpTest, ObjectHasFileLoadedErrorLogAndNodes)
+{
+    const TemporaryFile file(documentOf(parentAndChild));
+    const Json json = Dump(file.path()).json;
+    EXPECT_EQ(json.at("file"), file.path());
+    EXPECT_EQ(json.at("loaded"), true);
+    EXPECT_TRUE(json.at("error").is_null());
+    EXPECT_EQ(json.at("log"), Json::array());
+    EXPECT_TRUE(json.at("nodes").is_array());
+}
+
+TEST(ScenetoolDumpTest, ObjectHasNoKeyBeyondTheFormat)
+{
+    const Words known = {"cameras", "error",     "file",  "geometries",  "loaded",
+                         "log",     "materials", "nodes", "pointLights", "spotLights"};
+    for (const std::string& key : keysOf(dumpDocument(documentOf(parentAndChild)))) {
+        EXPECT_TRUE(std::find(known.begin(), known.end(), key) != known.end()) << key;
+    }
+}
+
+TEST(ScenetoolDumpTest, NodeHasExactlyNineKeys)
+{
+    const Json json = dumpDocument(documentOf(parentAndChild));
+    ASSERT_EQ(json.at("nodes").size(), 2u);
+    const Words keys = {"children", "hasAnimation", "id", "name", "parent", "position", "sid", "transform", "up"};
+    EXPECT_EQ(keysOf(json["nodes"][0]), keys);
+    EXPECT_EQ(keysOf(json["nodes"][1]), keys);
+}
+
+TEST(ScenetoolDumpTest, ValuesOfANodeHaveTheirTypes)
+{
+    const Json json = dumpDocument(documentOf(parentAndChild));
+    ASSERT_EQ(json.at("nodes").size(), 2u);
+    for (const Json& node : json["nodes"]) {
+        EXPECT_TRUE(node.at("id").is_string());
+        EXPECT_TRUE(node.at("sid").is_string());
+        EXPECT_TRUE(node.at("name").is_string());
+        EXPECT_TRUE(node.at("children").is_array());
+        EXPECT_TRUE(node.at("hasAnimation").is_boolean());
+        for (const auto& [key, size] :
+             std::map<std::string, std::size_t>{{"transform", 16}, {"position", 3}, {"up", 3}}) {
+            ASSERT_TRUE(node.at(key).is_array());
+            EXPECT_EQ(node[key].size(), size) << key;
+            for (const Json& number : node[key]) {
+                EXPECT_TRUE(number.is_number()) << key;
+            }
+        }
+    }
+    EXPECT_TRUE(json["nodes"][0]["parent"].is_null());
+    EXPECT_TRUE(json["nodes"][1]["parent"].is_number_unsigned());
+}
+
+TEST(ScenetoolDumpTest, TextsOfANodeAreItsAttributes)
+{
+    const Json nodes = dumpDocument(documentOf("<node id='lamp-1' sid='lamp' name='Lämp'/><node/>")).at("nodes");
+    ASSERT_EQ(nodes.size(), 2u);
+    EXPECT_EQ(nodes[0]["id"], "lamp-1");
+    EXPECT_EQ(nodes[0]["sid"], "lamp");
+    EXPECT_EQ(nodes[0]["name"], "Lämp");
+    EXPECT_EQ(nodes[1]["id"], "");
+    EXPECT_EQ(nodes[1]["sid"], "");
+    EXPECT_EQ(nodes[1]["name"], "");
+}
+
+TEST(ScenetoolDumpTest, NodesStandBreadthFirstAndReferToEachOtherByIndex)
+{
+    const Json nodes = dumpDocument(documentOf("<node id='A'><node id='A1'><node id='C'/></node><node id='A2'/></node>"
+                                               "<node id='B'><node id='B1'/></node>"))
+                           .at("nodes");
+    ASSERT_EQ(nodes.size(), 6u);
+    const Words order = {"A", "B", "A1", "A2", "B1", "C"};
+    const std::vector<Json> parents = {nullptr, nullptr, 0, 0, 1, 2};
+    const std::vector<Json> children = {{2, 3},        Json::array({4}), Json::array({5}),
+                                        Json::array(), Json::array(),    Json::array()};
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        EXPECT_EQ(nodes[i]["id"], order[i]);
+        EXPECT_EQ(nodes[i]["parent"], parents[i]) << order[i];
+        EXPECT_EQ(nodes[i]["children"], children[i]) << order[i];
+    }
+}
+
+TEST(ScenetoolDumpTest, NodesOfOneIdAreToldApartByTheirIndices)
+{
+    const Json nodes = dumpDocument(documentOf("<node id='x'><node id='x'/></node><node id='x'/>")).at("nodes");
+    ASSERT_EQ(nodes.size(), 3u);
+    EXPECT_EQ(nodes[0]["children"], Json::array({2}));
+    EXPECT_EQ(nodes[2]["parent"], 0);
+}
+
+TEST(ScenetoolDumpTest, HasAnimationShowsWhichNodesHaveOne)
+{
+    const Json nodes = dumpDocument(documentOf(parentAndChild, {rising("child/t")})).at("nodes");
+    ASSERT_EQ(nodes.size(), 2u);
+    EXPECT_EQ(nodes[0]["hasAnimation"], false);
+    EXPECT_EQ(nodes[1]["hasAnimation"], true);
+}
+
+TEST(ScenetoolDumpTest, MatrixIsRowMajorAndPositionAndUpAreItsColumns)
+{
+    const Json nodes =
+        dumpDocument(documentOf("<node><matrix>1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16</matrix></node>")).at("nodes");
+    ASSERT_EQ(nodes.size(), 1u);
+    EXPECT_EQ(nodes[0]["transform"], Json::array({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}));
+    EXPECT_EQ(nodes[0]["position"], Json::array({4, 8, 12}));
+    EXPECT_EQ(nodes[0]["up"], Json::array({2, 6, 10}));
+}
+
+// --- dump: numbers
+
+TEST(ScenetoolDumpTest, WhatIsNoNumberInJsonIsText)
+{
+    // Identity times this: where an infinity meets a zero of the identity, the sum is not a number.
+    const Json nodes =
+        dumpDocument(documentOf("<node><matrix>1e39 0 0 1  0 -1e39 0 2  0 0 1 3  0 0 0 1</matrix></node>")).at("nodes");
+    ASSERT_EQ(nodes.size(), 1u);
+    EXPECT_EQ(nodes[0]["transform"],
+              Json::array({"Infinity", "NaN", 0, 1, "NaN", "-Infinity", 0, 2, "NaN", "NaN", 1, 3, "NaN", "NaN", 0, 1}));
+    EXPECT_EQ(nodes[0]["position"], Json::array({1, 2, 3}));
+    EXPECT_EQ(nodes[0]["up"], Json::array({"NaN", "-Infinity", "NaN"}));
+}
+
+// Numbers of JSON as `float`, converted from the digits without a stop at `double`.
+using FloatJson = nlohmann::basic_json<std::map, std::vector, std::string, bool, std::int64_t, std::uint64_t, float>;
+
+struct FloatCase {
+    const char* name;
+    const char* text; ///< in the document
+    float value;      ///< which it is
+};
+
+void PrintTo(const FloatCase& row, std::ostream* out)
+{
+    *out << row.text;
+}
+
+class ScenetoolNumberTest : public testing::TestWithParam<FloatCase> {};
+
+TEST_P(ScenetoolNumberTest, ReadsBackToTheSameFloat)
+{
+    const TemporaryFile file(
+        documentOf("<node><translate>" + std::string(GetParam().text) + " 0 0</translate></node>"));
+    const ProcessResult result = scenetool({"dump", file.path()});
+    ASSERT_EQ(result.status, succeeded);
+    const FloatJson json = FloatJson::parse(result.output);
+    const auto number = json.at("nodes").at(0).at("transform").at(3).get<float>();
+    EXPECT_EQ(std::memcmp(&number, &GetParam().value, sizeof(number)), 0) << number;
+    const auto position = json.at("nodes").at(0).at("position").at(0).get<float>();
+    EXPECT_EQ(std::memcmp(&position, &GetParam().value, sizeof(position)), 0) << position;
+}
+
+INSTANTIATE_TEST_SUITE_P(Values, ScenetoolNumberTest,
+                         testing::Values(FloatCase{"Zero", "0", 0.0f},
+                                         FloatCase{"Third", "0.33333333333333333", 1.0f / 3},
+                                         FloatCase{"Tenth", "0.1", 0.1f}, FloatCase{"NegativeTenth", "-0.1", -0.1f},
+                                         FloatCase{"Pi", "3.14159265358979", 3.14159265358979f},
+                                         FloatCase{"BehindOne", "1.00000011920928955078125", 0x1.000002p0f},
+                                         FloatCase{"BeforeOne", "0.999999940395355224609375", 0x1.fffffep-1f},
+                                         FloatCase{"Largest", "3.40282346638528859812e38", 0x1.fffffep127f},
+                                         FloatCase{"SmallestNormal", "1.17549435082228750797e-38", 0x1p-126f},
+                                         FloatCase{"Subnormal", "1.40129846432481707092e-45", 0x1p-149f},
+                                         FloatCase{"OddInteger", "16777215", 16777215.0f},
+                                         FloatCase{"LargeInteger", "123456789", 123456792.0f}),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+// --- dump: --time and --fold
+
+TEST(ScenetoolDumpTest, StateIsThatBehindTheLoadWithoutOptions)
+{
+    const Json nodes = dumpDocument(documentOf(parentAndChild, {rising("child/t")})).at("nodes");
+    ASSERT_EQ(nodes.size(), 2u);
+    EXPECT_EQ(nodes[0]["transform"], translation(1, 0, 0));
+    EXPECT_EQ(nodes[1]["transform"], translation(0, 1, 0));
+}
+
+TEST(ScenetoolDumpTest, FoldGivesWorldMatrices)
+{
+    const Json nodes = dumpDocument(documentOf(parentAndChild, {rising("child/t")}), {"--fold"}).at("nodes");
+    ASSERT_EQ(nodes.size(), 2u);
+    EXPECT_EQ(nodes[0]["transform"], translation(1, 0, 0));
+    EXPECT_EQ(nodes[1]["transform"], translation(1, 1, 0));
+    EXPECT_EQ(nodes[1]["position"], Json::array({1, 1, 0}));
+}
+
+TEST(ScenetoolDumpTest, TimeAsksEveryNode)
+{
+    const Json nodes = dumpDocument(documentOf(parentAndChild, {rising("child/t")}), {"--time", "2"}).at("nodes");
+    ASSERT_EQ(nodes.size(), 2u);
+    EXPECT_EQ(nodes[0]["transform"], translation(1, 0, 0));
+    EXPECT_EQ(nodes[1]["transform"], translation(0, 20, 0));
+}
+
+TEST(ScenetoolDumpTest, WithBothFoldingComesLast)
+{
+    const std::string document = documentOf(parentAndChild, {rising("child/t")});
+    const Json nodes = dumpDocument(document, {"--time", "2", "--fold"}).at("nodes");
+    ASSERT_EQ(nodes.size(), 2u);
+    EXPECT_EQ(nodes[1]["transform"], translation(1, 20, 0)); // evaluated behind the folding it would be (0, 20, 0)
+    EXPECT_EQ(dumpDocument(document, {"--fold", "--time", "2"}).at("nodes"), nodes);
+}
+
+TEST(ScenetoolDumpTest, OptionsMayStandBeforeTheFile)
+{
+    const TemporaryFile file(documentOf(parentAndChild, {rising("child/t")}));
+    const ProcessResult result = scenetool({"dump", "--fold", "--time", "2", file.path()});
+    EXPECT_EQ(result.status, succeeded);
+    EXPECT_EQ(result.output, Dump(file.path(), {"--time", "2", "--fold"}).result.output);
+}
+
+TEST(ScenetoolDumpTest, TimeIsANumberOfSecondsWithFraction)
+{
+    const Json nodes = dumpDocument(documentOf(parentAndChild, {rising("child/t")}), {"--time", "1.25"}).at("nodes");
+    ASSERT_EQ(nodes.size(), 2u);
+    EXPECT_EQ(nodes[1]["transform"], translation(0, 12.5, 0));
+}
+
+TEST(ScenetoolDumpTest, TimeMayBeNegative)
+{
+    // Before the first key, where a curve says nothing.
+    const Json nodes = dumpDocument(documentOf(parentAndChild, {rising("child/t")}), {"--time", "-1.5"}).at("nodes");
+    ASSERT_EQ(nodes.size(), 2u);
+    EXPECT_EQ(nodes[1]["transform"], translation(0, 1, 0));
+}
+
+TEST(ScenetoolDumpTest, TimeZeroIsATimeToo)
+{
+    // The effect of a look-at ends with the first evaluation of an animated node, whatever the time.
+    const Json nodes = dumpDocument(documentOf("<node id='n'><translate sid='t'>0 1 0</translate>"
+                                               "<lookat>1 2 3 0 0 0 0 1 0</lookat></node>",
+                                               {rising("n/t")}),
+                                    {"--time", "0"})
+                           .at("nodes");
+    ASSERT_EQ(nodes.size(), 1u);
+    EXPECT_EQ(nodes[0]["transform"], translation(0, 1, 0));
+}
+
+// --- dump: exceptions
+
+// Three animated nodes, of which the second cannot be evaluated between its keys.
+std::string documentThatThrowsOnEvaluation()
+{
+    return documentOf("<node id='before'><translate sid='t'>0 1 0</translate></node>"
+                      "<node id='faulty'><translate sid='t'>0 2 0</translate></node>"
+                      "<node id='behind'><translate sid='t'>0 3 0</translate>"
+                      "<node id='below'><translate>0 4 0</translate></node></node>",
+                      {rising("before/t", "first"), tooNarrow("faulty/t"), rising("behind/t", "last")});
+}
+
+TEST(ScenetoolDumpTest, EvaluationThatThrowsEndsThereWithTheStateAsReached)
+{
+    const TemporaryFile file(documentThatThrowsOnEvaluation());
+    const Dump dump(file.path(), {"--time", "2", "--fold"});
+    ASSERT_TRUE(dump.json.is_object()) << dump.result.output;
+    EXPECT_EQ(dump.json.at("loaded"), true);
+    EXPECT_EQ(keysOf(dump.json.at("error")), (Words{"message", "type"}));
+    EXPECT_EQ(dump.json["error"]["type"], "IndexOutOfBounds");
+    EXPECT_NE(dump.json["error"]["message"], "");
+    const Json& nodes = dump.json.at("nodes");
+    ASSERT_EQ(nodes.size(), 4u);
+    EXPECT_EQ(nodes[0]["transform"], translation(0, 20, 0));
+    EXPECT_EQ(nodes[1]["transform"], translation(0, 0, 0)); // an evaluation starts from the identity
+    EXPECT_EQ(nodes[2]["transform"], translation(0, 3, 0));
+    EXPECT_EQ(nodes[3]["transform"], translation(0, 4, 0)); // not folded
+}
+
+TEST(ScenetoolDumpTest, EvaluationThatThrowsGivesOneLineOnStandardError)
+{
+    const TemporaryFile file(documentThatThrowsOnEvaluation());
+    const ProcessResult result = scenetool({"dump", file.path(), "--time", "2"});
+    EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
+    EXPECT_TRUE(contains(result.errors, "IndexOutOfBounds")) << result.errors;
+    EXPECT_EQ(result.status, succeeded); // the load did not fail
+}
+
+TEST(ScenetoolDumpTest, CurveThatWouldThrowDoesNotAtItsKeys)
+{
+    const Json nodes = dumpDocument(documentThatThrowsOnEvaluation(), {"--time", "1", "--fold"}).at("nodes");
+    ASSERT_EQ(nodes.size(), 4u);
+    EXPECT_EQ(nodes[0]["transform"], translation(0, 10, 0));
+    EXPECT_EQ(nodes[1]["transform"], translation(0, 2, 0));
+    EXPECT_EQ(nodes[3]["transform"], translation(0, 14, 0));
+}
+
+TEST(ScenetoolDumpTest, LoadThatThrowsShowsTheErrorAndWhatStands)
+{
+    const TemporaryFile file(documentOf(parentAndChild, {withoutTimes("child/t")}));
+    const Dump dump(file.path());
+    EXPECT_EQ(dump.result.status, loadFailed);
+    EXPECT_TRUE(isOneLine(dump.result.errors)) << dump.result.errors;
+    ASSERT_TRUE(dump.json.is_object()) << dump.result.output;
+    EXPECT_EQ(dump.json.at("loaded"), false);
+    EXPECT_EQ(keysOf(dump.json.at("error")), (Words{"message", "type"}));
+    EXPECT_EQ(dump.json["error"]["type"], "IndexOutOfBounds");
+    EXPECT_EQ(dump.json.at("nodes"), Json::array()); // animations are read before the tree
+}
+
+TEST(ScenetoolDumpTest, LoadThatThrowsIgnoresTimeAndFold)
+{
+    const TemporaryFile file(documentOf(parentAndChild, {withoutTimes("child/t")}));
+    const ProcessResult plain = scenetool({"dump", file.path()});
+    const ProcessResult asked = scenetool({"dump", file.path(), "--time", "2", "--fold"});
+    EXPECT_EQ(asked.output, plain.output);
+    EXPECT_EQ(asked.errors, plain.errors);
+    EXPECT_EQ(asked.status, loadFailed);
+}
+
+TEST(ScenetoolInfoTest, LoadThatThrowsGivesOneLineAndNothingElse)
+{
+    const TemporaryFile file(documentOf(parentAndChild, {withoutTimes("child/t")}));
+    const ProcessResult result = scenetool({"info", file.path()});
+    EXPECT_EQ(result.status, loadFailed);
+    EXPECT_EQ(result.output, "");
+    EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
+    EXPECT_TRUE(contains(result.errors, "IndexOutOfBounds")) << result.errors;
+}
+
+// --- loads that fail
+
+struct FailureCase {
+    const char* name;
+    std::string document;
+    const char* channel;
+    std::string words; ///< of the one line, up to a path
+};
+
+void PrintTo(const FailureCase& row, std::ostream* out)
+{
+    *out << row.words;
+}
+
+std::vector<FailureCase> failureCases()
+{
+    const std::string noNodes = "<library_visual_scenes><visual_scene id='scene'/></library_visual_scenes>"
+                                "<scene><instance_visual_scene url='#scene'/></scene>";
+    return {
+        {"Empty", "", "libVideo.scene", "Collada file does not exist "},
+        {"NotXml", "Lorem ipsum", "libVideo.scene", "Collada file does not exist "},
+        {"OtherRoot", "<html/>", "libVideo.scene", "Collada file does not exist "},
+        {"NewerSchema", "<COLLADA xmlns='http://www.collada.org/2008/03/COLLADASchema' version='1.5.0'/>",
+         "libVideo.scene", "Collada file does not exist "},
+        {"NoScene", ColladaBuilder().text(), "libVideo.scene", "Collada file does not have a scene definition "},
+        {"NoVisualScene", ColladaBuilder("<scene/>").text(), "libVideo.scene", "Scene does not have a visual scene"},
+        {"DanglingUrl", ColladaBuilder("<scene><instance_visual_scene url='#nowhere'/></scene>").text(),
+         "libVideo.scene", "Url "},
+        {"OtherElement",
+         ColladaBuilder("<library_lights id='lights'/><scene><instance_visual_scene url='#lights'/></scene>").text(),
+         "libVideo.scene", "daeElement is not a domVisual_scene element"},
+        {"NoNodes", ColladaBuilder(noNodes).text(), "libVideo.visualScene", "Visual scene has no visual nodes"}};
+}
+
+class ScenetoolFailureTest : public testing::TestWithParam<FailureCase> {};
+
+TEST_P(ScenetoolFailureTest, DumpIsAnObjectWithTheLine)
+{
+    const TemporaryFile file(GetParam().document);
+    const Dump dump(file.path(), {"--time", "1", "--fold"});
+    EXPECT_EQ(dump.result.status, loadFailed);
+    EXPECT_TRUE(isOneLine(dump.result.errors)) << dump.result.errors;
+    ASSERT_TRUE(dump.json.is_object()) << dump.result.output;
+    EXPECT_EQ(dump.json.at("file"), file.path());
+    EXPECT_EQ(dump.json.at("loaded"), false);
+    EXPECT_TRUE(dump.json.at("error").is_null());
+    EXPECT_EQ(dump.json.at("nodes"), Json::array());
+    ASSERT_EQ(dump.json.at("log").size(), 1u);
+    const Json& line = dump.json["log"][0];
+    EXPECT_EQ(line.at("channel"), GetParam().channel);
+    EXPECT_EQ(line.at("priority"), 3);
+    const std::string text = line.at("text");
+    EXPECT_TRUE(std::regex_search(text, std::regex("^[0-9]+ " + GetParam().words))) << text;
+    EXPECT_TRUE(contains(dump.result.errors, text)) << dump.result.errors;
+}
+
+TEST_P(ScenetoolFailureTest, InfoPrintsOneLineOnStandardErrorAlone)
+{
+    const TemporaryFile file(GetParam().document);
+    const ProcessResult result = scenetool({"info", file.path()});
+    EXPECT_EQ(result.status, loadFailed);
+    EXPECT_EQ(result.output, "");
+    EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
+    EXPECT_TRUE(contains(result.errors, GetParam().words)) << result.errors;
+    EXPECT_TRUE(contains(result.errors, file.path())) << result.errors;
+}
+
+INSTANTIATE_TEST_SUITE_P(Documents, ScenetoolFailureTest, testing::ValuesIn(failureCases()),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST(ScenetoolFileTest, UnknownFileGivesOneLineThatNamesIt)
+{
+    const TemporaryFile file("");
+    const std::string path = (file.folder() / "missing.dae").string();
+    for (const char* const command : {"info", "dump"}) {
+        const ProcessResult result = scenetool({command, path});
+        EXPECT_EQ(result.status, loadFailed) << command;
+        EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
+        EXPECT_TRUE(contains(result.errors, "Collada file does not exist " + path)) << result.errors;
+    }
+    EXPECT_EQ(Dump(path).json.at("loaded"), false);
+}
+
+TEST(ScenetoolFileTest, FolderIsNoDocument)
+{
+    const TemporaryFile file("");
+    const Dump dump(file.folder().string());
+    EXPECT_EQ(dump.result.status, loadFailed);
+    EXPECT_TRUE(isOneLine(dump.result.errors)) << dump.result.errors;
+    EXPECT_EQ(dump.json.at("loaded"), false);
+}
+
+TEST(ScenetoolFileTest, EmptyPathIsNoDocument)
+{
+    const Dump dump("");
+    EXPECT_EQ(dump.result.status, loadFailed);
+    EXPECT_TRUE(isOneLine(dump.result.errors)) << dump.result.errors;
+    ASSERT_TRUE(dump.json.is_object()) << dump.result.output;
+    EXPECT_EQ(dump.json.at("loaded"), false);
+}
+
+class ScenetoolNameTest : public testing::TestWithParam<std::pair<const char*, const char*>> {};
+
+TEST_P(ScenetoolNameTest, FileOfThatNameIsShown)
+{
+    const TemporaryFile file(documentOf(parentAndChild), GetParam().second);
+    const Dump dump(file.path());
+    EXPECT_EQ(dump.result.status, succeeded) << dump.result.errors;
+    EXPECT_EQ(dump.json.at("file"), file.path());
+    EXPECT_EQ(scenetool({"info", file.path()}).status, succeeded);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Names, ScenetoolNameTest,
+    testing::Values(std::make_pair("Blank", "two words.dae"), std::make_pair("Accent", "hütte.dae"),
+                    std::make_pair("NumberSign", "a#b.dae"), std::make_pair("Percent", "100%.dae"),
+                    std::make_pair("Quotes", "\"it's\".dae"), std::make_pair("Dollar", "$HOME.dae"),
+                    std::make_pair("LineFeed", "two\nlines.dae"), std::make_pair("Backslash", "a\\b.dae")),
+    [](const auto& row) { return std::string(row.param.first); });
+
+TEST(ScenetoolFileTest, NameThatIsNoUtf8StillGivesJson)
+{
+    const TemporaryFile file(documentOf(parentAndChild), "caf\xE9.dae");
+    const Dump dump(file.path());
+    EXPECT_EQ(dump.result.status, succeeded) << dump.result.errors;
+    ASSERT_TRUE(dump.json.is_object()) << dump.result.output;
+    EXPECT_EQ(dump.json.at("file"), (file.folder() / "caf\xEF\xBF\xBD.dae").string()); // the replacement character
+}
+
+// --- the log
+
+TEST(ScenetoolLogTest, LineHasChannelPriorityAndText)
+{
+    const TemporaryFile file(documentOf(parentAndChild, {rising("nowhere/t")}));
+    const Dump dump(file.path());
+    EXPECT_EQ(dump.result.status, succeeded);
+    EXPECT_EQ(dump.result.errors, ""); // the object holds it
+    ASSERT_EQ(dump.json.at("log").size(), 1u);
+    const Json& line = dump.json["log"][0];
+    EXPECT_EQ(keysOf(line), (Words{"channel", "priority", "text"}));
+    EXPECT_EQ(line["channel"], "libVideo.visualScene");
+    EXPECT_TRUE(line["priority"].is_number_integer());
+    EXPECT_EQ(line["priority"], 3);
+    const std::string text = line["text"];
+    EXPECT_TRUE(
+        std::regex_match(text, std::regex("[0-9]+ Unable to find the animation's target node with id: nowhere")))
+        << text;
+}
+
+TEST(ScenetoolLogTest, LinesStandInTheOrderInWhichTheyCame)
+{
+    Curve sampled = rising("first/t", "a");
+    std::string document = documentOf(parentAndChild, {sampled, rising("second/t", "b")});
+    // An animation without a channel fails when it is read, before any target is looked up.
+    const std::string library = "<library_animations>";
+    document.insert(document.find(library) + library.size(), "<animation id='empty'/>");
+    const TemporaryFile file(document);
+    const Json log = Dump(file.path()).json.at("log");
+    ASSERT_EQ(log.size(), 4u);
+    EXPECT_EQ(log[0]["channel"], "libVideo.animation");
+    EXPECT_TRUE(contains(log[0]["text"], "Cannot create an animation without a channel element."));
+    const Words targets = {"", "first", "second"};
+    for (std::size_t i = 0; i < targets.size(); ++i) {
+        const std::string text = log[i + 1]["text"];
+        EXPECT_EQ(log[i + 1]["channel"], "libVideo.visualScene");
+        EXPECT_EQ(text.substr(text.find(": ") + 2), targets[i]);
+    }
+}
+
+TEST(ScenetoolLogTest, InfoShowsTheLinesWithTheirChannel)
+{
+    const std::string text = infoOf(documentOf(parentAndChild, {rising("nowhere/t")}));
+    EXPECT_TRUE(std::regex_search(
+        text, std::regex("libVideo\\.visualScene.* Unable to find the animation's target node with id: nowhere\n")))
+        << text;
+}
+
+TEST(ScenetoolLogTest, DocumentModelPrintsNothingOfItsOwn)
+{
+    // An unknown element, a number that is none and references that lead nowhere all have it complain.
+    const TemporaryFile file(documentOf("<node><translate>1 x 0</translate><unknown/><instance_light url='#no'/>"
+                                        "<instance_geometry url='#no'/></node>"));
+    const Dump dump(file.path());
+    EXPECT_EQ(dump.result.status, succeeded);
+    EXPECT_TRUE(dump.json.is_object()) << dump.result.output;
+    EXPECT_EQ(dump.result.errors, "");
+}
+
+// --- info
+
+TEST(ScenetoolInfoTest, StartsWithTheFile)
+{
+    const TemporaryFile file(documentOf(parentAndChild));
+    const Words lines = linesOf(scenetool({"info", file.path()}).output);
+    ASSERT_FALSE(lines.empty());
+    EXPECT_EQ(lines[0], file.path());
+}
+
+TEST(ScenetoolInfoTest, CountsNodesAndLevels)
+{
+    const std::string text = infoOf(documentOf("<node id='a'><node id='b'><node id='c'/></node></node><node id='d'/>"));
+    EXPECT_TRUE(std::regex_search(text, std::regex("\nNodes +4\\b.*\\b3 levels"))) << text;
+}
+
+TEST(ScenetoolInfoTest, CountsNodesWithoutTransform)
+{
+    const std::string text = infoOf(documentOf("<node id='a'/><node id='b'/><node id='c'><translate/></node>"));
+    EXPECT_TRUE(std::regex_search(text, std::regex("\nCollapsed +2 "))) << text;
+    EXPECT_FALSE(contains(infoOf(documentOf("<node id='c'><scale>1 1 1</scale></node>")), "Collapsed"));
+}
+
+TEST(ScenetoolInfoTest, TreeIsDepthFirstAndIndentedByLevel)
+{
+    const Words lines =
+        linesOf(infoOf(documentOf("<node id='A'><node id='A1'><node id='C'/></node><node id='A2'/></node>"
+                                  "<node id='B'><node id='B1'/></node>")));
+    Words order;
+    std::map<std::string, std::size_t> indent;
+    for (const std::string& line : lines) {
+        std::smatch match;
+        if (std::regex_search(line, match, std::regex("^( *)#([ABC][12]?) "))) {
+            order.push_back(match[2]);
+            indent[match[2]] = static_cast<std::size_t>(match[1].length());
+        }
+    }
+    EXPECT_EQ(order, (Words{"A", "A1", "C", "A2", "B", "B1"}));
+    EXPECT_EQ(indent["A"], indent["B"]);
+    EXPECT_EQ(indent["A1"], indent["A2"]);
+    EXPECT_EQ(indent["A1"], indent["B1"]);
+    EXPECT_LT(indent["A"], indent["A1"]);
+    EXPECT_LT(indent["A1"], indent["C"]);
+}
+
+TEST(ScenetoolInfoTest, NodeIsShownByNameAndId)
+{
+    const std::string text = infoOf(documentOf("<node id='lamp-1' name='Lamp'/><node name='Only'/><node id='bare'/>"
+                                               "<node id='same' name='same'/><node/>"));
+    EXPECT_TRUE(contains(text, " Lamp #lamp-1 ")) << text;
+    EXPECT_TRUE(contains(text, " Only ")) << text;
+    EXPECT_TRUE(contains(text, " #bare ")) << text;
+    EXPECT_TRUE(contains(text, " same ")) << text;
+    EXPECT_TRUE(contains(text, "(unnamed)")) << text;
+}
+
+TEST(ScenetoolInfoTest, TransformIsDescribed)
+{
+    const std::string text = infoOf(documentOf("<node id='a'><translate>1 -2.5 3</translate></node><node id='b'/>"
+                                               "<node id='c'><skew>1 2 3 4 5 6 7</skew></node>"
+                                               "<node id='d'><scale>2 3 4</scale></node>"));
+    EXPECT_TRUE(std::regex_search(text, std::regex("#a +translation 1 -2\\.5 3\n"))) << text;
+    EXPECT_TRUE(std::regex_search(text, std::regex("#b +zero matrix\n"))) << text;
+    EXPECT_TRUE(std::regex_search(text, std::regex("#c +identity\n"))) << text;
+    EXPECT_TRUE(contains(text, "[2 0 0 0 | 0 3 0 0 | 0 0 4 0 | 0 0 0 1]")) << text;
+}
+
+TEST(ScenetoolInfoTest, AnimatedNodesAreShownWithTheirLength)
+{
+    const std::string text = infoOf(documentOf(parentAndChild, {rising("child/t")}));
+    EXPECT_TRUE(std::regex_search(text, std::regex("\nAnimations +on 1 node.* 3 s\n"))) << text;
+    EXPECT_TRUE(std::regex_search(text, std::regex("#child .*animated, 3 s\n"))) << text;
+    EXPECT_FALSE(std::regex_search(text, std::regex("#parent .*animated"))) << text;
+    EXPECT_TRUE(std::regex_search(infoOf(documentOf(parentAndChild)), std::regex("\nAnimations +none\n")));
+}
+
+std::string flatDocument(unsigned count)
+{
+    std::string nodes;
+    for (unsigned i = 0; i < count; ++i) {
+        nodes += "<node id='leaf" + std::to_string(i) + "'/>";
+    }
+    return documentOf(nodes);
+}
+
+std::size_t leavesIn(const std::string& text)
+{
+    const Words lines = linesOf(text);
+    return static_cast<std::size_t>(
+        std::count_if(lines.begin(), lines.end(), [](const std::string& line) { return contains(line, "#leaf"); }));
+}
+
+TEST(ScenetoolInfoTest, TreeIsCutAtTwoHundredNodes)
+{
+    const std::string text = infoOf(flatDocument(205));
+    EXPECT_EQ(leavesIn(text), 200u);
+    EXPECT_TRUE(contains(text, "#leaf199 "));
+    EXPECT_FALSE(contains(text, "#leaf200 "));
+    EXPECT_TRUE(std::regex_search(text, std::regex("\\b5 more .*--all"))) << text;
+    EXPECT_TRUE(std::regex_search(text, std::regex("\nNodes +205\\b"))) << text;
+}
+
+TEST(ScenetoolInfoTest, TwoHundredNodesAreNotCut)
+{
+    const std::string text = infoOf(flatDocument(200));
+    EXPECT_EQ(leavesIn(text), 200u);
+    EXPECT_FALSE(contains(text, "--all")) << text;
+}
+
+TEST(ScenetoolInfoTest, AllShowsEveryNode)
+{
+    const std::string text = infoOf(flatDocument(205), {"--all"});
+    EXPECT_EQ(leavesIn(text), 205u);
+    EXPECT_FALSE(contains(text, "--all")) << text;
+}
+
+// --- terminals
+
+ProcessOptions onTerminal(const Words& environment)
+{
+    ProcessOptions options;
+    options.hasTerminal = true;
+    options.environment = environment;
+    return options;
+}
+
+TEST(ScenetoolColorTest, PipeGetsNoColor)
+{
+    const TemporaryFile file(documentOf(parentAndChild, {rising("child/t"), rising("nowhere/t", "other")}));
+    ProcessOptions options;
+    options.environment = {"NO_COLOR", "TERM=xterm-256color", "CLICOLOR_FORCE=1"};
+    const ProcessResult result = scenetool({"info", file.path()}, options);
+    EXPECT_EQ(result.status, succeeded);
+    EXPECT_FALSE(contains(result.output, "\033"));
+}
+
+TEST(ScenetoolColorTest, TerminalGetsColor)
+{
+    const TemporaryFile file(documentOf(parentAndChild));
+    const ProcessResult result = scenetool({"info", file.path()}, onTerminal({"NO_COLOR"}));
+    EXPECT_EQ(result.status, succeeded);
+    EXPECT_TRUE(contains(result.output, "\033[")) << result.output;
+}
+
+TEST(ScenetoolColorTest, NoColorVariableTurnsColorOff)
+{
+    const TemporaryFile file(documentOf(parentAndChild));
+    const ProcessResult result = scenetool({"info", file.path()}, onTerminal({"NO_COLOR=1"}));
+    EXPECT_EQ(result.status, succeeded);
+    EXPECT_TRUE(contains(result.output, "#parent")) << result.output;
+    EXPECT_FALSE(contains(result.output, "\033")) << result.output;
+}
+
+struct ControlCase {
+    const char* name;
+    const char* reference; ///< to the character in the document, or the character
+};
+
+void PrintTo(const ControlCase& row, std::ostream* out)
+{
+    *out << ::testing::PrintToString(row.reference);
+}
+
+class ScenetoolControlTest : public testing::TestWithParam<ControlCase> {};
+
+TEST_P(ScenetoolControlTest, CharacterOfADocumentStaysOutOfInfo)
+{
+    const std::string evil = "x" + std::string(GetParam().reference) + "31m";
+    const TemporaryFile file(
+        documentOf("<node id='" + evil + "1' sid='" + evil + "' name='" + evil + "2'/>", {rising(evil + "/t")}));
+    const ProcessResult result = scenetool({"info", file.path()});
+    ASSERT_EQ(result.status, succeeded) << result.errors;
+    EXPECT_TRUE(contains(result.output, "31m")) << result.output; // the names are there
+    EXPECT_FALSE(hasControlCharacter(result.output)) << ::testing::PrintToString(result.output);
+    EXPECT_FALSE(hasControlCharacter(result.errors));
+}
+
+// XML lets only these through. U+009B starts a sequence as ESC and "[" do, U+0085 is a new line.
+INSTANTIATE_TEST_SUITE_P(Characters, ScenetoolControlTest,
+                         testing::Values(ControlCase{"Delete", "&#x7F;"}, ControlCase{"SequenceIntroducer", "&#x9B;"},
+                                         ControlCase{"NextLine", "&#x85;"}, ControlCase{"FirstOfC1", "&#x80;"}),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+class ScenetoolPathTest : public testing::TestWithParam<ControlCase> {};
+
+TEST_P(ScenetoolPathTest, CharacterOfAPathStaysOutOfInfoAndErrors)
+{
+    const TemporaryFile file(documentOf(parentAndChild), "red" + std::string(GetParam().reference) + "bell.dae");
+    const ProcessResult shown = scenetool({"info", file.path()});
+    EXPECT_EQ(shown.status, succeeded) << shown.errors;
+    EXPECT_FALSE(hasControlCharacter(shown.output)) << ::testing::PrintToString(shown.output);
+    EXPECT_TRUE(contains(linesOf(shown.output).at(0), "bell.dae"));
+    const ProcessResult failed = scenetool({"info", file.path() + ".old"});
+    EXPECT_EQ(failed.status, loadFailed);
+    EXPECT_TRUE(isOneLine(failed.errors)) << failed.errors;
+    EXPECT_FALSE(hasControlCharacter(failed.errors)) << ::testing::PrintToString(failed.errors);
+}
+
+INSTANTIATE_TEST_SUITE_P(Characters, ScenetoolPathTest,
+                         testing::Values(ControlCase{"Escape", "\033[31m"}, ControlCase{"Bell", "\a"},
+                                         ControlCase{"LineFeed", "\n"}, ControlCase{"CarriageReturn", "\r"},
+                                         ControlCase{"Delete", "\x7F"}, ControlCase{"SequenceIntroducer", "\xC2\x9B"}),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+// --- usage
+
+struct UsageCase {
+    const char* name;
+    Words arguments;
+};
+
+void PrintTo(const UsageCase& row, std::ostream* out)
+{
+    for (const std::string& argument : row.arguments) {
+        *out << " " << ::testing::PrintToString(argument);
+    }
+}
+
+class ScenetoolUsageTest : public testing::TestWithParam<UsageCase> {};
+
+TEST_P(ScenetoolUsageTest, GivesOneLineAndStatusTwo)
+{
+    const ProcessResult result = scenetool(GetParam().arguments);
+    EXPECT_EQ(result.status, usageError);
+    EXPECT_EQ(result.output, "");
+    EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
+    EXPECT_FALSE(hasControlCharacter(result.errors)) << ::testing::PrintToString(result.errors);
+}
+
+INSTANTIATE_TEST_SUITE_P(Lines, ScenetoolUsageTest,
+                         testing::Values(UsageCase{"NoSubcommand", {}},
+                                         UsageCase{"UnknownSubcommand", {"show", "x.dae"}},
+                                         UsageCase{"FileWithoutSubcommand", {"x.dae"}},
+                                         UsageCase{"InfoWithoutFile", {"info"}}, UsageCase{"DumpWithoutFile", {"dump"}},
+                                         UsageCase{"OnlyOptions", {"dump", "--fold"}},
+                                         UsageCase{"TwoFiles", {"info", "x.dae", "y.dae"}},
+                                         UsageCase{"TwoSubcommands", {"info", "x.dae", "dump", "y.dae"}},
+                                         UsageCase{"UnknownOption", {"--colour"}},
+                                         UsageCase{"UnknownOptionOfInfo", {"info", "x.dae", "--fold"}},
+                                         UsageCase{"UnknownOptionOfDump", {"dump", "x.dae", "--all"}},
+                                         UsageCase{"UnknownShortOption", {"dump", "-x", "x.dae"}},
+                                         UsageCase{"TimeWithoutNumber", {"dump", "x.dae", "--time"}},
+                                         UsageCase{"TimeThatIsNoNumber", {"dump", "x.dae", "--time", "noon"}},
+                                         UsageCase{"TimeWithTail", {"dump", "x.dae", "--time", "1.5s"}},
+                                         UsageCase{"TimeWithComma", {"dump", "x.dae", "--time", "1,5"}},
+                                         UsageCase{"EmptyTime", {"dump", "x.dae", "--time="}},
+                                         UsageCase{"TimeTwice", {"dump", "x.dae", "--time", "1", "--time", "2"}},
+                                         UsageCase{"ControlCharacters", {"info", "x.dae", "\033[31m\nred"}}),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+// --- help
+
+struct HelpCase {
+    const char* name;
+    Words command;
+    Words words; ///< each of which has an explanation on its line
+};
+
+void PrintTo(const HelpCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class ScenetoolHelpTest : public testing::TestWithParam<HelpCase> {};
+
+TEST_P(ScenetoolHelpTest, ExplainsEveryWord)
+{
+    Words arguments = GetParam().command;
+    arguments.emplace_back("--help");
+    const ProcessResult result = scenetool(arguments);
+    EXPECT_EQ(result.status, succeeded);
+    EXPECT_EQ(result.errors, "");
+    for (const std::string& word : GetParam().words) {
+        // The word, what kind of value it takes, blanks, and at least two words of explanation.
+        EXPECT_TRUE(std::regex_search(result.output, std::regex("\n +(-h,)?" + word + "( [A-Z]+)* {2,}\\S+ \\S+")))
+            << word << " in\n"
+            << result.output;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Commands, ScenetoolHelpTest,
+                         testing::Values(HelpCase{"Program", {}, {"--help", "--version", "info", "dump"}},
+                                         HelpCase{"Info", {"info"}, {"FILE", "--help", "--all"}},
+                                         HelpCase{"Dump", {"dump"}, {"FILE", "--help", "--time", "--fold"}}),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST(ScenetoolHelpTest, ShortFormIsTheSame)
+{
+    EXPECT_EQ(scenetool({"-h"}).output, scenetool({"--help"}).output);
+    EXPECT_EQ(scenetool({"-h"}).status, succeeded);
+}
+
+TEST(ScenetoolHelpTest, NeedsNoFile)
+{
+    const ProcessResult result = scenetool({"dump", "/nowhere.dae", "--help"});
+    EXPECT_EQ(result.status, succeeded);
+    EXPECT_EQ(result.output, scenetool({"dump", "--help"}).output);
+}
+
+TEST(ScenetoolHelpTest, VersionIsPrinted)
+{
+    const ProcessResult result = scenetool({"--version"});
+    EXPECT_EQ(result.status, succeeded);
+    EXPECT_TRUE(std::regex_match(result.output, std::regex("scenetool [0-9]+\\.[0-9]+\\.[0-9]+\n"))) << result.output;
+    EXPECT_EQ(result.errors, "");
+}
+
+} // namespace
