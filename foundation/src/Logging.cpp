@@ -26,7 +26,7 @@ Registry& registry()
 
 void writeToStandardError(const Logger& logger, const String& text)
 {
-    std::fprintf(stderr, "[%s] %s\n", logger.channel().data(), text.data());
+    static_cast<void>(std::fprintf(stderr, "[%s] %s\n", logger.channel().data(), text.data()));
 }
 
 template <class Number>

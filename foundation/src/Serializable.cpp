@@ -344,7 +344,7 @@ void fromText(const String& text, double& value)
 
 void writeRefusalNotice()
 {
-    std::fputs("Serialization isn't support for this class!!!\n", stdout);
+    static_cast<void>(std::fputs("Serialization isn't support for this class!!!\n", stdout));
 }
 
 void throwSerializationRefused(const String& name)

@@ -46,7 +46,7 @@ private:
     VisualScene m_visualScene;
     SceneResources m_resources;
     DAE m_dae;
-    std::uint64_t m_reserved = 0;
+    [[maybe_unused]] std::uint64_t m_reserved = 0;
     libMath::Matrix<float, 4, 4> m_upTransform; // zero; no load uses it
 };
 

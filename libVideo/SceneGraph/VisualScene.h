@@ -74,7 +74,7 @@ private:
     SceneResourcesLink m_resources; // set by the load that built the scene
     GeometryTable m_geometryTable{32};
     BlinnMaterialTable m_blinnMaterialTable{32};
-    unsigned m_reserved = 0;
+    [[maybe_unused]] unsigned m_reserved = 0;
 };
 
 } // namespace libVideo

@@ -145,13 +145,11 @@ PlainMatrix rotationOf(const std::vector<double>& numbers)
     PlainMatrix result = plainIdentity();
     for (std::size_t row = 0; row < 3; ++row) {
         for (std::size_t column = 0; column < 3; ++column) {
-            const double identity = row == column ? cosine : 0.0;
-            const double turned = sine * cross[row][column];
-            const double along = (1.0 - cosine) * axis[row] * axis[column];
-            result.value[4 * row + column] = identity + turned + along;
-            // 1 − cos is of the size of its terms, not of their difference.
-            result.magnitude[4 * row + column] = std::fabs(identity) + std::fabs(turned) +
-                                                 (1.0 + std::fabs(cosine)) * std::fabs(axis[row] * axis[column]);
+            const double identity = row == column ? 1.0 : 0.0;
+            const double along = axis[row] * axis[column];
+            result.value[4 * row + column] = cosine * identity + sine * cross[row][column] + (1.0 - cosine) * along;
+            // Sine and cosine are as exact as the angle, whatever their size.
+            result.magnitude[4 * row + column] = identity + std::fabs(cross[row][column]) + 2.0 * std::fabs(along);
         }
     }
     return result;
@@ -166,12 +164,12 @@ PlainMatrix ofLookAt()
     return result;
 }
 
-// A transform child and what it contributes, if it is of a kind that does.
 bool isNamed(const pugi::xml_node& element, const char* name)
 {
     return std::string_view(element.name()) == name;
 }
 
+// Whether it is a transform that an animation can drive.
 bool isAnimatable(const pugi::xml_node& element)
 {
     return isNamed(element, "translate") || isNamed(element, "rotate") || isNamed(element, "scale") ||
@@ -445,6 +443,9 @@ private:
     void attachAnimations()
     {
         for (PlainAnimation& animation : m_result.animations) {
+            const auto found = m_byId.find(animation.targetNode);
+            animation.mayMeetCamera =
+                animation.targetNode.empty() || (found != m_byId.end() && isNamed(found->second, "camera"));
             for (std::size_t i = 0; i < m_result.nodes.size(); ++i) {
                 if (m_result.nodes[i].id == animation.targetNode) {
                     for (const pugi::xml_node& child : m_elements[i].children()) {

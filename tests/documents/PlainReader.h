@@ -36,6 +36,7 @@ struct PlainAnimation {
     std::string targetNode;  ///< both empty if it is not complete, or aims at nothing
     std::string targetTransform;
     std::optional<std::size_t> node; ///< the one that it animates, if there is one
+    bool mayMeetCamera = false;      ///< whether a camera could be what it aims at
 };
 
 /// What a load has to make of a document.

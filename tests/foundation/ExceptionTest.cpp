@@ -22,7 +22,18 @@ template <class T>
 class ExceptionFamilyTest : public testing::Test {};
 
 using Family = testing::Types<NullPointer, IndexOutOfBounds, SerializationFailed, AssertionFailure>;
-TYPED_TEST_SUITE(ExceptionFamilyTest, Family);
+
+struct FamilyName {
+    template <class T>
+    static std::string GetName(int)
+    {
+        const std::string names[] = {"NullPointer", "IndexOutOfBounds", "SerializationFailed", "AssertionFailure"};
+        return names[std::is_same<T, IndexOutOfBounds>::value + 2 * std::is_same<T, SerializationFailed>::value +
+                     3 * std::is_same<T, AssertionFailure>::value];
+    }
+};
+
+TYPED_TEST_SUITE(ExceptionFamilyTest, Family, FamilyName);
 
 template <class T>
 T make();

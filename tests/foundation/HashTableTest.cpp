@@ -935,6 +935,7 @@ TEST(HashTableTest, NameOfFewerThanFourCharactersStaysAsItIs)
 {
     using Three = HashTable<NameOfThree, NameOfFour, EqualFunc<NameOfThree>, NoHash>;
     EXPECT_EQ(Three::className(), String("H(Abc,c)"));
+    EXPECT_EQ(Three(4).getClassName(), String("H(Abc,c)"));
 }
 
 TEST(HashTableTest, ClassNameKeepsReturningTheSameObject)

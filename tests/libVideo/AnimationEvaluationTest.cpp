@@ -395,7 +395,8 @@ INSTANTIATE_TEST_SUITE_P(
         // An infinite length turns every time into 0 times infinity.
         input("InfiniteLength", {{1, 2, infinity}, {10, 20, 40}}, 1.5),
         input("InfiniteLengthAtAKey", {{1, 2, infinity}, {10, 20, 40}}, 1),
-        input("InfiniteLengthAtInfinity", {{1, 2, infinity}, {10, 20, 40}}, infinity),
+        // infinity / infinity is no number, which converts like a quotient outside of 32 bits: infinity stays.
+        value("InfiniteLengthAtInfinity", {{1, 2, infinity}, {10, 20, 40}}, infinity, 40),
         // (20 - 10) · 1 / infinity + 10
         value("SpanToAnInfiniteTime", {{1, infinity, 3}, {10, 20, 40}}, 2, 10),
         value("SpanFromMinusInfinity", {{-infinity, 2, 3}, {10, 20, 40}}, 1, notANumber),
@@ -409,7 +410,7 @@ INSTANTIATE_TEST_SUITE_P(
         input("QuotientBelow32BitsBeforeTheFirstKey", {{-4, -1, 3}, {10, 40, 80}}, -6442450949.0),
         // -6442450946 / 3 is -2147483648.67, which still fits: t = -2.
         value("QuotientOfTheSmallestInteger", {{-4, -1, 3}, {10, 40, 80}}, -6442450946.0, 30),
-        // -6442450947.5 / 3 is -2147483649.17: t = -3.5, beyond the length as only a wrong quotient leaves it.
+        // -6442450947.5 / 3 is -2147483649.17: t = -3.5, where an exact quotient would leave -0.5.
         value("QuotientBelow32Bits", {{-4, -1, 3}, {10, 40, 80}}, -6442450947.5, 15)),
     caseName);
 
@@ -543,7 +544,7 @@ TEST(AnimationOverloadTest, ScalarKeepsAllDigitsAndTheOthersNarrow)
 
 TEST(AnimationOverloadTest, VectorIsInterpolatedInDoubleAndNarrowedOnce)
 {
-    // 1 + 2^-24 has no float, so the halfway point of 16777217 and 1 tells the two ways apart.
+    // 2^24 + 1 has no float. Narrowed before, it would give 8388608.5, whose float is 8388608.
     Animation animation = load({{1, 2}, {16777217, 0, 0, 1, 0, 0}});
     EXPECT_EQ(8388609.0f, animation.applyAnimation(staticVector(), 1.5)[0]);
 }

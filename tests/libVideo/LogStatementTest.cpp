@@ -322,6 +322,7 @@ TEST(LogStatementTest, LoggerPriorityIsReadAnewByEveryStatement)
     const LogCapture log(module.channelName());
     module.log();
     EXPECT_EQ(1u, log.lines().size());
+    ASSERT_NE(nullptr, module.logger());
     module.logger()->priority = priorityOf(3);
     module.log();
     EXPECT_EQ(1u, log.lines().size());
@@ -382,6 +383,7 @@ TEST(LogStatementTest, SuppressedTraceBuildsNoText)
     channel(module.channelName()).priority = priorityOf(1);
     module.trace(nothing); // finds its channel
     EXPECT_EQ(0, requestsOfATrace());
+    ASSERT_NE(nullptr, module.logger());
     module.logger()->priority = priorityOf(0);
     EXPECT_GT(requestsOfATrace(), 0);
 }

@@ -127,6 +127,14 @@ const TransformationList& transformationsOf(const Node& node)
     return node.*privateMember(NodeTransformations());
 }
 
+// Whether an entry is of that class, and not of one derived from it.
+template <class Kind>
+bool isExactly(const TransformationHandle& entry)
+{
+    const libVideo::Transformation& transformation = *entry;
+    return typeid(transformation) == typeid(Kind);
+}
+
 // A node "n" with the children.
 std::string node(const std::string& children)
 {
@@ -457,11 +465,11 @@ TEST(NodeTest, EachKindBecomesAnObjectOfItsClassInDocumentOrder)
     const TransformationList& list = transformationsOf(built);
 
     ASSERT_EQ(5u, list.size());
-    EXPECT_EQ(typeid(libVideo::Transformation), typeid(*list[0].get()));
-    EXPECT_EQ(typeid(libVideo::Scale), typeid(*list[1].get()));
-    EXPECT_EQ(typeid(libVideo::Rotation), typeid(*list[2].get()));
-    EXPECT_EQ(typeid(libVideo::Translation), typeid(*list[3].get()));
-    EXPECT_EQ(typeid(libVideo::Scale), typeid(*list[4].get()));
+    EXPECT_TRUE(isExactly<libVideo::Transformation>(list[0]));
+    EXPECT_TRUE(isExactly<libVideo::Scale>(list[1]));
+    EXPECT_TRUE(isExactly<libVideo::Rotation>(list[2]));
+    EXPECT_TRUE(isExactly<libVideo::Translation>(list[3]));
+    EXPECT_TRUE(isExactly<libVideo::Scale>(list[4]));
     EXPECT_STREQ("m", list[0]->sid().data());
     EXPECT_STREQ("s", list[1]->sid().data());
     EXPECT_STREQ("r", list[2]->sid().data());

@@ -120,7 +120,7 @@ unsigned pooledAnimations(const Scene& scene)
     return (scene.*privateMember(ScenePool())).animationList.size();
 }
 
-std::size_t openDocuments(Scene& scene)
+int openDocuments(Scene& scene)
 {
     return (scene.*privateMember(SceneDae())).getDocCount();
 }
@@ -181,7 +181,7 @@ void expectRefused(const std::string& path)
     expectOneLine(log, "libVideo.scene", "Collada file does not exist " + path);
     expectNothingToShow(scene);
     EXPECT_EQ(0u, pooledAnimations(scene));
-    EXPECT_EQ(0u, openDocuments(scene));
+    EXPECT_EQ(0, openDocuments(scene));
 }
 
 /// Puts the working directory back.
@@ -310,7 +310,7 @@ TEST(SceneTest, NewSceneIsEmpty)
 {
     Scene scene;
     expectNothingToShow(scene);
-    EXPECT_EQ(0u, openDocuments(scene));
+    EXPECT_EQ(0, openDocuments(scene));
     const SceneResources& pool = scene.*privateMember(ScenePool());
     EXPECT_EQ(0u, pool.cameraList.size() + pool.pointLightList.size() + pool.spotLightList.size());
     EXPECT_EQ(0u, pool.animationList.size());
@@ -336,7 +336,7 @@ TEST(SceneTest, GoodDocumentLoads)
 
     expectGood(scene);
     EXPECT_STREQ("Stage", (scene.visualScene().*privateMember(VisualSceneName())).data());
-    EXPECT_EQ(1u, openDocuments(scene));
+    EXPECT_EQ(1, openDocuments(scene));
     EXPECT_EQ(0u, (scene.*privateMember(SceneReservedWord())));
     EXPECT_EQ(zero, elements(scene.*privateMember(SceneUpTransform())));
     EXPECT_EQ("", log.text());
@@ -457,7 +457,7 @@ TEST_P(SceneFailureTest, IsLoggedAndStaysWhereItGot)
     }
     expectNothingToShow(scene);
     EXPECT_EQ(GetParam().pooled, pooledAnimations(scene));
-    EXPECT_EQ(1u, openDocuments(scene));
+    EXPECT_EQ(1, openDocuments(scene));
     scene.visualScene().transform();
 }
 
@@ -523,7 +523,7 @@ TEST(SceneTest, SecondLoadIsRefusedAndChangesNothing)
         const LogCapture log;
         EXPECT_FALSE(load(scene, path));
         expectOneLine(log, "libVideo.scene", "Scene is already loaded");
-        EXPECT_EQ(1u, openDocuments(scene));
+        EXPECT_EQ(1, openDocuments(scene));
         EXPECT_EQ(a, &firstNode(scene));
         EXPECT_EQ(curve, (scene.*privateMember(ScenePool())).animationList[1].get());
         EXPECT_STREQ("Stage", (scene.visualScene().*privateMember(VisualSceneName())).data());

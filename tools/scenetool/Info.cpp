@@ -66,7 +66,7 @@ std::string matrixText(const libMath::Matrix<float, 4, 4>& matrix)
 
 std::string nodeTitle(const libVideo::Node& node)
 {
-    const std::string name = printable(node.name().data());
+    std::string name = printable(node.name().data());
     const std::string id = printable(node.id().data());
     if (name.empty() && id.empty()) {
         return "(unnamed)";
@@ -75,6 +75,11 @@ std::string nodeTitle(const libVideo::Node& node)
         return name;
     }
     return name.empty() ? "#" + id : name + " #" + id;
+}
+
+std::string counted(std::size_t count, const std::string& thing)
+{
+    return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
 }
 
 struct TreeLine {
@@ -116,15 +121,15 @@ void writeCounts(const LoadedScene& loaded, std::size_t deepest, const Painter& 
         collapsed += matrixText(node->transform()) == "zero matrix" ? 1 : 0;
         longest = std::max(longest, node->animationLength());
     }
-    out << paint.bold("Nodes") << "       " << loaded.nodes().size() << ", " << deepest << " levels\n";
+    out << paint.bold("Nodes") << "       " << loaded.nodes().size() << " on " << counted(deepest, "level") << '\n';
     if (collapsed > 0) {
-        out << paint.bold("Collapsed") << "   " << collapsed << " nodes without any transform have a zero matrix\n";
+        out << paint.bold("Collapsed") << "   " << counted(collapsed, "node") << " with a zero matrix\n";
     }
     out << paint.bold("Animations") << "  ";
     if (animated == 0) {
         out << "none\n";
     } else {
-        out << "on " << animated << " nodes, the longest " << numberText(longest) << " s\n";
+        out << "on " << counted(animated, "node") << ", the longest " << numberText(longest) << " s\n";
     }
 }
 

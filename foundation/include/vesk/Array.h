@@ -68,7 +68,7 @@ public:
         m_block = nullptr;
     }
 
-    Array& operator=(const Array& other)
+    Array& operator=(const Array& other) // NOLINT(bugprone-unhandled-self-assignment): told by the block
     {
         if (m_block != other.m_block) {
             replace(clone(other));

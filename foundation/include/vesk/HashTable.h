@@ -175,7 +175,7 @@ public:
     static const String& className()
     {
         static String name;
-        if (name.size() == 0) {
+        if (name.empty()) {
             name = "H(";
             name.append(innerName(Array<K>::className())).append(",");
             name.append(innerName(Array<V>::className())).append(")");

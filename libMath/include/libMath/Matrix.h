@@ -20,8 +20,9 @@ public:
     /// All elements 0, then 1 on the diagonal.
     void setIdentity()
     {
+        static_assert(row == col, "only a square matrix has an identity");
         *this = Matrix();
-        for (unsigned i = 0; i < row && i < col; ++i) {
+        for (unsigned i = 0; i < row; ++i) {
             m_elements[i * col + i] = T(1);
         }
     }

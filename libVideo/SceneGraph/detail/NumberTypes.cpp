@@ -60,10 +60,9 @@ public:
         if (text == nullptr) {
             return false;
         }
-        const std::size_t count = countTokens(text);
-        numbers.setCount(count);
-        Number* number = count == 0 ? nullptr : &numbers[0];
-        Number* const first = number;
+        numbers.setCount(countTokens(text));
+        auto* const first = reinterpret_cast<Number*>(numbers.getRawData());
+        Number* number = first;
         while (true) {
             while (isBlank(*text)) {
                 ++text;

@@ -1,0 +1,277 @@
+#include "support/LogCapture.h"
+
+#include <libVideo/SceneGraph.h>
+
+#include <libMath/Matrix.h>
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Rows = std::array<double, 16>;
+using libVideo::Node;
+using libVideo::NodeLink;
+using libVideo::Scene;
+
+// Some products of numbers of the size of 60, in float.
+constexpr double tolerance = 1e-5;
+
+constexpr double cos10 = 0.984807753012208; // of 10 degrees, by which the buoy leans
+constexpr double sin10 = 0.173648177666930;
+constexpr double sin45 = 0.707106781186548;
+
+Rows moved(double x, double y, double z)
+{
+    return {1, 0, 0, x, 0, 1, 0, y, 0, 0, 1, z, 0, 0, 0, 1};
+}
+
+Rows scaledAt(double sx, double sy, double sz, double x, double y, double z)
+{
+    return {sx, 0, 0, x, 0, sy, 0, y, 0, 0, sz, z, 0, 0, 0, 1};
+}
+
+// Turned about Y by an angle of that cosine and sine, at a height.
+Rows turnedAt(double cosine, double sine, double y)
+{
+    return {cosine, 0, sine, 0, 0, 1, 0, y, -sine, 0, cosine, 0, 0, 0, 0, 1};
+}
+
+// The buoy leans about Z wherever it is.
+Rows buoyAt(double x, double y, double z)
+{
+    return {cos10, -sin10, 0, x, sin10, cos10, 0, y, 0, 0, 1, z, 0, 0, 0, 1};
+}
+
+void expectRows(const libMath::Matrix<float, 4, 4>& actual, const Rows& expected, const std::string& what)
+{
+    for (unsigned i = 0; i < 16; ++i) {
+        EXPECT_NEAR(static_cast<double>(actual[i]), expected[i], tolerance)
+            << what << ", row " << i / 4 << ", column " << i % 4;
+    }
+}
+
+struct Expected {
+    const char* id;
+    const char* name; ///< up to its first blank
+    int parent;
+    Rows local;
+    Rows world;
+};
+
+// Breadth first. The tower stands on the rock, half a unit below zero, the gallery nine units above its foot.
+const std::vector<Expected>& harbour()
+{
+    static const std::vector<Expected> nodes = {
+        {"sea", "Sea", -1, scaledAt(60, 0.5, 60, 0, -1, 0), scaledAt(60, 0.5, 60, 0, -1, 0)},
+        {"rock", "Rock", -1, moved(0, -0.5, 0), moved(0, -0.5, 0)},
+        {"buoy", "Buoy", -1, buoyAt(8, 0, 4), buoyAt(8, 0, 4)},
+        {"sun", "Sun", -1, moved(20, 40, 30), moved(20, 40, 30)},
+        {"viewer", "Viewer", -1, moved(14, 9, 32), moved(14, 9, 32)},
+        {"rock-block", "Rock", 1, scaledAt(8, 1.5, 8, 0, 0, 0), scaledAt(8, 1.5, 8, 0, -0.5, 0)},
+        {"tower", "Tower", 1, moved(0, 1.5, 0), moved(0, 1, 0)},
+        {"tower-block", "Tower", 6, scaledAt(3, 9, 3, 0, 0, 0), scaledAt(3, 9, 3, 0, 1, 0)},
+        {"gallery", "Gallery", 6, moved(0, 9, 0), moved(0, 10, 0)},
+        {"gallery-block", "Gallery", 8, scaledAt(4, 0.5, 4, 0, 0, 0), scaledAt(4, 0.5, 4, 0, 10, 0)},
+        {"lamp", "Lamp", 8, moved(0, 0.5, 0), moved(0, 10.5, 0)},
+        {"flag", "Flag", 8, moved(0, 3, 0), moved(0, 13, 0)},
+        {"lens", "Lens", 10, scaledAt(2, 2, 0.6, 0, 0, 0), scaledAt(2, 2, 0.6, 0, 10.5, 0)},
+        {"beam-node", "Beam", 10, moved(0, 1, 0), moved(0, 11.5, 0)},
+    };
+    return nodes;
+}
+
+class LighthouseTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(m_scene.createFromCollada(DATA_FOLDER "/lighthouse.dae")) << m_log.text();
+        append(m_scene.visualScene().root());
+        for (std::size_t i = 0; i < m_nodes.size(); ++i) {
+            append(*m_nodes[i]);
+        }
+        ASSERT_EQ(m_nodes.size(), harbour().size());
+    }
+
+    const std::vector<Node*>& nodes() const { return m_nodes; }
+    libVideo::VisualScene& scene() { return m_scene.visualScene(); }
+    const testSupport::LogCapture& log() const { return m_log; }
+
+    Node& node(const std::string& id)
+    {
+        for (std::size_t i = 0; i < m_nodes.size(); ++i) {
+            if (id == harbour()[i].id) {
+                return *m_nodes[i];
+            }
+        }
+        throw std::out_of_range(id);
+    }
+
+    void evaluateAll(double time)
+    {
+        for (Node* const each : m_nodes) {
+            each->transform(time);
+        }
+    }
+
+private:
+    void append(const Node& parent)
+    {
+        for (const NodeLink& child : parent.children()) {
+            m_nodes.push_back(child.get());
+        }
+    }
+
+    testSupport::LogCapture m_log;
+    Scene m_scene;
+    std::vector<Node*> m_nodes;
+};
+
+TEST_F(LighthouseTest, TreeIsThatOfTheDocument)
+{
+    for (std::size_t i = 0; i < harbour().size(); ++i) {
+        const Expected& expected = harbour()[i];
+        EXPECT_STREQ(nodes()[i]->id().data(), expected.id);
+        EXPECT_STREQ(nodes()[i]->name().data(), expected.name);
+        EXPECT_STREQ(nodes()[i]->sid().data(), "");
+        const Node* const parent =
+            expected.parent < 0 ? &scene().root() : nodes()[static_cast<std::size_t>(expected.parent)];
+        EXPECT_EQ(nodes()[i]->parent().get(), parent) << expected.id;
+    }
+}
+
+TEST_F(LighthouseTest, LoadLogsNoFaultOfTheTreeOrOfAnAnimation)
+{
+    for (const testSupport::LogLine& line : log().lines()) {
+        EXPECT_NE(line.channel, "libVideo.scene") << line.text;
+        EXPECT_NE(line.channel, "libVideo.visualScene") << line.text;
+        EXPECT_NE(line.channel, "libVideo.animation") << line.text;
+    }
+}
+
+TEST_F(LighthouseTest, MatricesAreLocalBehindTheLoad)
+{
+    for (std::size_t i = 0; i < harbour().size(); ++i) {
+        expectRows(nodes()[i]->transform(), harbour()[i].local, harbour()[i].id);
+    }
+}
+
+TEST_F(LighthouseTest, MatricesAreOfTheWorldBehindTheFolding)
+{
+    scene().transform();
+    for (std::size_t i = 0; i < harbour().size(); ++i) {
+        expectRows(nodes()[i]->transform(), harbour()[i].world, harbour()[i].id);
+    }
+}
+
+TEST_F(LighthouseTest, LampBuoyAndFlagAreAnimated)
+{
+    for (std::size_t i = 0; i < harbour().size(); ++i) {
+        const std::string id = harbour()[i].id;
+        EXPECT_EQ(nodes()[i]->hasAnimation(), id == "lamp" || id == "buoy" || id == "flag") << id;
+    }
+}
+
+TEST_F(LighthouseTest, AnimationsAreAsLongAsTheirLastKey)
+{
+    EXPECT_EQ(node("lamp").animationLength(), 8.5);
+    EXPECT_EQ(node("buoy").animationLength(), 4.0);
+    EXPECT_EQ(node("flag").animationLength(), 2.0);
+    EXPECT_EQ(node("rock").animationLength(), 0.0);
+}
+
+// By 45 degrees in a second, from second 0.5 on; again from the start behind second 8.5.
+TEST_F(LighthouseTest, LampTurnsSteadily)
+{
+    Node& lamp = node("lamp");
+    expectRows(lamp.transform(0.0), turnedAt(1, 0, 0.5), "at second 0, the document's angle");
+    expectRows(lamp.transform(0.25), turnedAt(1, 0, 0.5), "before the first key");
+    expectRows(lamp.transform(1.5), turnedAt(sin45, sin45, 0.5), "by 45 degrees");
+    expectRows(lamp.transform(2.5), turnedAt(0, 1, 0.5), "by 90 degrees");
+    expectRows(lamp.transform(4.5), turnedAt(-1, 0, 0.5), "on the middle key, by 180 degrees");
+    expectRows(lamp.transform(6.5), turnedAt(0, -1, 0.5), "by 270 degrees");
+    expectRows(lamp.transform(8.5), turnedAt(1, 0, 0.5), "at the length, which is second 0 again");
+    expectRows(lamp.transform(11.0), turnedAt(0, 1, 0.5), "2.5 seconds into the second round");
+    expectRows(lamp.transform(-2.5), turnedAt(1, 0, 0.5), "before the start");
+}
+
+TEST_F(LighthouseTest, BuoyRidesBetweenItsKeysAndKeepsItsLean)
+{
+    Node& buoy = node("buoy");
+    expectRows(buoy.transform(0.0), buoyAt(8, 0, 4), "at second 0, the document's place");
+    expectRows(buoy.transform(0.625), buoyAt(8, 0.25, 4), "half way up from 0 to 0.5");
+    expectRows(buoy.transform(1.0), buoyAt(8, 0.5, 4), "on the second key");
+    expectRows(buoy.transform(1.5), buoyAt(8, 0.125, 4.25), "half way down from 0.5 to -0.25");
+    expectRows(buoy.transform(2.0), buoyAt(8, -0.25, 4.5), "on the third key");
+    expectRows(buoy.transform(2.75), buoyAt(8, 0.3125, 4.125), "three quarters of the way up");
+    expectRows(buoy.transform(3.5), buoyAt(8, 0.25, 4), "half way down from 0.5 to 0");
+    expectRows(buoy.transform(5.0), buoyAt(8, 0.5, 4), "one second into the second round");
+}
+
+TEST_F(LighthouseTest, FlagFlipsInSteps)
+{
+    Node& flag = node("flag");
+    const Rows plain = scaledAt(1, 1, 1, 0, 3, 0);
+    const Rows flipped = scaledAt(-1, 1, 1, 0, 3, 0);
+    expectRows(flag.transform(0.3), plain, "before the first key");
+    expectRows(flag.transform(0.5), plain, "on the first key");
+    expectRows(flag.transform(0.99), plain, "up to the second key");
+    expectRows(flag.transform(1.0), flipped, "on the second key");
+    expectRows(flag.transform(1.49), flipped, "up to the third key");
+    expectRows(flag.transform(1.5), plain, "on the third key");
+    expectRows(flag.transform(2.0), plain, "at the length, which is second 0 again");
+    expectRows(flag.transform(3.2), flipped, "1.2 seconds into the second round");
+}
+
+TEST_F(LighthouseTest, TimeDoesNotTravelDownTheTree)
+{
+    node("gallery").transform(2.5);
+    expectRows(node("lamp").transform(), moved(0, 0.5, 0), "the lamp was not asked");
+    node("lamp").transform(2.5);
+    expectRows(node("beam-node").transform(), moved(0, 1, 0), "below the lamp");
+}
+
+TEST_F(LighthouseTest, NodeWithoutAnimationStaysAtEveryTime)
+{
+    expectRows(node("rock").transform(2.5), moved(0, -0.5, 0), "rock");
+    scene().transform();
+    expectRows(node("tower").transform(2.5), moved(0, 1, 0), "tower, in the world");
+}
+
+TEST_F(LighthouseTest, WorldAtATimeIsThatOfTheTurnedLamp)
+{
+    evaluateAll(2.5); // the lamp by 90 degrees, the flag on its first key of the second round
+    scene().transform();
+    expectRows(node("lamp").transform(), turnedAt(0, 1, 10.5), "lamp");
+    expectRows(node("beam-node").transform(), turnedAt(0, 1, 11.5), "beam");
+    // The lens is twice as wide and high as the lamp's axes, and 0.6 as deep: X goes to -Z, and Z to X.
+    expectRows(node("lens").transform(), {0, 0, 0.6, 0, 0, 2, 0, 10.5, -2, 0, 0, 0, 0, 0, 0, 1}, "lens");
+    expectRows(node("buoy").transform(), buoyAt(8, 0.125, 4.25), "buoy");
+    expectRows(node("flag").transform(), moved(0, 13, 0), "flag");
+    expectRows(node("gallery-block").transform(), scaledAt(4, 0.5, 4, 0, 10, 0), "gallery block");
+    EXPECT_NEAR(static_cast<double>(node("lens").up()[1]), 2.0, tolerance);
+    EXPECT_NEAR(static_cast<double>(node("buoy").position()[2]), 4.25, tolerance);
+}
+
+TEST_F(LighthouseTest, WorldAtATimeIsThatOfTheFlippedFlag)
+{
+    evaluateAll(1.2);
+    scene().transform();
+    expectRows(node("flag").transform(), scaledAt(-1, 1, 1, 0, 13, 0), "flag");
+}
+
+TEST_F(LighthouseTest, FoldingTwiceCountsTheAncestorsTwice)
+{
+    scene().transform();
+    scene().transform();
+    expectRows(node("rock").transform(), moved(0, -0.5, 0), "right below the root");
+    // The rock's -0.5 and the tower's own 1.5 make 1, and the rock once more 0.5.
+    expectRows(node("tower").transform(), moved(0, 0.5, 0), "tower");
+}
+
+} // namespace

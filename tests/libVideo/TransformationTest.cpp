@@ -1,0 +1,981 @@
+#include "support/ColladaBuilder.h"
+#include "support/FailingAllocator.h"
+#include "support/LogCapture.h"
+#include "support/PrivateAccess.h"
+
+#include <vesk/Exception.h>
+#include <vesk/SharedResource.h>
+#include <vesk/String.h>
+
+#include <libMath/Matrix.h>
+#include <libMath/Vector.h>
+
+#include <libVideo/SceneGraph/Animation.h>
+#include <libVideo/SceneGraph/Transformation.h>
+
+#include <libVideo/ColladaDom.h>
+
+#include <cmath>
+#include <cstdint>
+#include <initializer_list>
+#include <limits>
+#include <ostream>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using libVideo::Animation;
+using libVideo::AnimationHandle;
+using libVideo::MatrixHandle;
+using libVideo::Rotation;
+using libVideo::Scale;
+using libVideo::Skew;
+using libVideo::Transformation;
+using libVideo::TransformationHandle;
+using libVideo::Translation;
+using libVideo::View;
+using testSupport::ColladaBuilder;
+using testSupport::FailingAllocator;
+using testSupport::LogCapture;
+
+using Matrix4 = libMath::Matrix<float, 4, 4>;
+using Vector3 = libMath::Vector<float, 3>;
+using Values = daeTArray<double>;
+using UpdateByMatrix = void (Transformation::*)(Matrix4);
+using UpdateByTranslation = void (Translation::*)(const Vector3&);
+using UpdateByAngle = void (Rotation::*)(double);
+using UpdateByScale = void (Scale::*)(const Vector3&);
+
+PRIVATE_MEMBER(DeclaredMatrix, Matrix4 Transformation::*, &Transformation::m_matrix)
+PRIVATE_MEMBER(CurrentMatrix, MatrixHandle Transformation::*, &Transformation::m_transformation)
+PRIVATE_MEMBER(SidField, vesk::String Transformation::*, &Transformation::m_sid)
+PRIVATE_MEMBER(AnimationField, AnimationHandle Transformation::*, &Transformation::m_animation)
+PRIVATE_MEMBER(TranslationField, Vector3 Translation::*, &Translation::m_translation)
+PRIVATE_MEMBER(AxisField, Vector3 Rotation::*, &Rotation::m_axis)
+PRIVATE_MEMBER(AngleField, double Rotation::*, &Rotation::m_angle)
+PRIVATE_MEMBER(ScaleField, Vector3 Scale::*, &Scale::m_scale)
+PRIVATE_MEMBER(UpdateTransformation, UpdateByMatrix, &Transformation::updateTransformation)
+PRIVATE_MEMBER(UpdateTranslation, UpdateByTranslation, &Translation::updateTransformation)
+PRIVATE_MEMBER(UpdateRotation, UpdateByAngle, &Rotation::updateTransformation)
+PRIVATE_MEMBER(UpdateScale, UpdateByScale, &Scale::updateTransformation)
+
+static_assert(std::has_virtual_destructor<Transformation>::value, "deleted through the base");
+static_assert(std::is_base_of<Transformation, Translation>::value && std::is_base_of<Transformation, Rotation>::value &&
+                  std::is_base_of<Transformation, Scale>::value && std::is_base_of<Transformation, View>::value &&
+                  std::is_base_of<Transformation, Skew>::value,
+              "one family");
+static_assert(std::is_convertible<Translation*, Transformation*>::value &&
+                  std::is_convertible<Rotation*, Transformation*>::value &&
+                  std::is_convertible<Scale*, Transformation*>::value &&
+                  std::is_convertible<View*, Transformation*>::value &&
+                  std::is_convertible<Skew*, Transformation*>::value,
+              "bases are public");
+static_assert(sizeof(View) == sizeof(Transformation) && sizeof(Skew) == sizeof(Transformation), "no added field");
+static_assert(!std::is_constructible<Transformation, const vesk::String&>::value, "protected");
+static_assert(std::is_same<bool, decltype(std::declval<Transformation&>().setTransformation(
+                                     std::declval<const Values&>()))>::value,
+              "setTransformation");
+static_assert(
+    std::is_same<const MatrixHandle&, decltype(std::declval<Transformation&>().transformationAtTime(0.0))>::value,
+    "transformationAtTime");
+static_assert(std::is_same<const MatrixHandle&, decltype(std::declval<Transformation&>().transformation())>::value,
+              "transformation");
+static_assert(std::is_same<const vesk::String&, decltype(std::declval<const Transformation&>().sid())>::value, "sid");
+static_assert(std::is_same<const vesk::String&, decltype(std::declval<Transformation&>().setSid("x"))>::value,
+              "setSid");
+static_assert(
+    std::is_same<bool, decltype(std::declval<View&>().setTransformation(static_cast<const double*>(nullptr)))>::value,
+    "View");
+static_assert(
+    std::is_same<bool, decltype(std::declval<Skew&>().setTransformation(static_cast<const double*>(nullptr)))>::value,
+    "Skew");
+
+constexpr float zero[16] = {};
+constexpr float identity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+
+Values valuesOf(std::initializer_list<double> numbers)
+{
+    Values values;
+    for (const double number : numbers) {
+        values.append(number);
+    }
+    return values;
+}
+
+/// `first`, `first` + 1 and on.
+Values counted(unsigned count, double first)
+{
+    Values values;
+    for (unsigned i = 0; i < count; ++i) {
+        values.append(first + i);
+    }
+    return values;
+}
+
+void expectElements(const Matrix4& matrix, const float (&expected)[16])
+{
+    for (unsigned i = 0; i < 16; ++i) {
+        EXPECT_EQ(expected[i], matrix[i]) << "flat index " << i;
+    }
+}
+
+void expectElements(const MatrixHandle& matrix, const float (&expected)[16])
+{
+    ASSERT_NE(nullptr, matrix.get());
+    expectElements(*matrix, expected);
+}
+
+void expectNear(const MatrixHandle& matrix, const float (&expected)[16])
+{
+    ASSERT_NE(nullptr, matrix.get());
+    for (unsigned i = 0; i < 16; ++i) {
+        EXPECT_NEAR(expected[i], (*matrix)[i], 1e-6f) << "flat index " << i;
+    }
+}
+
+/// Elements `first`, `first` + 1 and on.
+void expectCounted(const Matrix4& matrix, float first)
+{
+    for (unsigned i = 0; i < 16; ++i) {
+        EXPECT_EQ(first + static_cast<float>(i), matrix[i]) << "flat index " << i;
+    }
+}
+
+void expectTranslation(const MatrixHandle& matrix, float x, float y, float z)
+{
+    const float expected[16] = {1, 0, 0, x, 0, 1, 0, y, 0, 0, 1, z, 0, 0, 0, 1};
+    expectElements(matrix, expected);
+}
+
+void expectScale(const MatrixHandle& matrix, float x, float y, float z)
+{
+    const float expected[16] = {x, 0, 0, 0, 0, y, 0, 0, 0, 0, z, 0, 0, 0, 0, 1};
+    expectElements(matrix, expected);
+}
+
+/// A right angle about Z turns X towards Y.
+void expectQuarterAboutZ(const MatrixHandle& matrix)
+{
+    const float expected[16] = {0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    expectNear(matrix, expected);
+}
+
+void expectVector(const Vector3& vector, float x, float y, float z)
+{
+    EXPECT_EQ(x, vector[0]);
+    EXPECT_EQ(y, vector[1]);
+    EXPECT_EQ(z, vector[2]);
+}
+
+const Matrix4& declaredMatrix(const Transformation& transformation)
+{
+    return transformation.*privateMember(DeclaredMatrix());
+}
+
+/// Keys at 1, 2 and 3 seconds; as many values for each.
+AnimationHandle animationOf(const std::string& values, unsigned stride, const std::string& member = "X")
+{
+    const std::string width = std::to_string(stride);
+    ColladaBuilder builder(
+        "<library_animations><animation><source id='time'><float_array id='times' count='3'>1 2 3</float_array>"
+        "<technique_common><accessor source='#times' count='3' stride='1'/></technique_common></source>"
+        "<source id='value'><float_array id='values' count='" +
+        std::to_string(3 * stride) + "'>" + values +
+        "</float_array><technique_common><accessor source='#values' count='3' stride='" + width +
+        "'/></technique_common></source><sampler id='sampler'><input semantic='INPUT' source='#time'/>"
+        "<input semantic='OUTPUT' source='#value'/></sampler><channel source='#sampler' target='node/move." +
+        member + "'/></animation></library_animations>");
+    const domAnimationRef element = builder.open()->getLibrary_animations_array()[0]->getAnimation_array()[0];
+    LogCapture log;
+    const AnimationHandle handle(new Animation(element, builder.dae()));
+    EXPECT_EQ("", log.text());
+    EXPECT_EQ(3u, handle->getCount());
+    return handle;
+}
+
+/// At 1.5 seconds 15, 150, 1500.
+AnimationHandle vectorAnimation()
+{
+    return animationOf("10 100 1000 20 200 2000 40 400 4000", 3);
+}
+
+/// At 1.5 seconds 90.
+AnimationHandle angleAnimation()
+{
+    return animationOf("0 180 360", 1, "ANGLE");
+}
+
+/// At 1 second 100, 101 and on, at 1.5 seconds 150, 151 and on, at 2 seconds 200, 201 and on.
+AnimationHandle matrixAnimation()
+{
+    std::string values;
+    for (int key = 1; key <= 3; ++key) {
+        for (int i = 0; i < 16; ++i) {
+            values += std::to_string(100 * key + i) + " ";
+        }
+    }
+    return animationOf(values, 16);
+}
+
+template <class Action>
+void expectIndexOutOfBounds(int high, int index, Action action)
+{
+    try {
+        action();
+        ADD_FAILURE() << "nothing thrown";
+    } catch (const vesk::IndexOutOfBounds& thrown) {
+        EXPECT_EQ(0, thrown.low());
+        EXPECT_EQ(high, thrown.high());
+        EXPECT_EQ(index, thrown.index());
+    }
+}
+
+template <class T>
+std::uintptr_t place(const T& object)
+{
+    return reinterpret_cast<std::uintptr_t>(&object);
+}
+
+/// Shows the constructor that the family keeps for itself.
+class NamedTransformation : public Transformation {
+public:
+    explicit NamedTransformation(const vesk::String& sid) : Transformation(sid) {}
+};
+
+// ---- construction
+
+template <class Kind>
+class TransformationFamilyTest : public testing::Test {};
+
+using Family = testing::Types<Transformation, Translation, Rotation, Scale, View, Skew>;
+TYPED_TEST_SUITE(TransformationFamilyTest, Family);
+
+TYPED_TEST(TransformationFamilyTest, DefaultHasAZeroMatrixDeclaredAndNoHandles)
+{
+    TypeParam transformation;
+    expectElements(declaredMatrix(transformation), zero);
+    EXPECT_EQ(nullptr, transformation.transformation());
+    EXPECT_EQ(0u, transformation.transformation().useCount());
+    EXPECT_EQ(nullptr, transformation.*privateMember(AnimationField()));
+    EXPECT_TRUE(transformation.sid().empty());
+    EXPECT_EQ(nullptr, transformation.transformationAtTime(1.5));
+}
+
+TYPED_TEST(TransformationFamilyTest, SidIsAssignedAndReturned)
+{
+    TypeParam transformation;
+    const vesk::String& result = transformation.setSid("turn");
+    EXPECT_EQ(&transformation.sid(), &result);
+    EXPECT_STREQ("turn", transformation.sid().data());
+    EXPECT_EQ(&(transformation.*privateMember(SidField())), &transformation.sid());
+    transformation.setSid("");
+    EXPECT_TRUE(transformation.sid().empty());
+}
+
+TYPED_TEST(TransformationFamilyTest, TransformationIsTheFieldItself)
+{
+    TypeParam transformation;
+    EXPECT_EQ(&(transformation.*privateMember(CurrentMatrix())), &transformation.transformation());
+    EXPECT_EQ(&(transformation.*privateMember(CurrentMatrix())), &transformation.transformationAtTime(2.0));
+}
+
+TYPED_TEST(TransformationFamilyTest, SecondAnimationReleasesTheFirst)
+{
+    const AnimationHandle first = vectorAnimation();
+    const AnimationHandle second = vectorAnimation();
+    {
+        TypeParam transformation;
+        transformation.setAnimation(first);
+        EXPECT_EQ(2u, first.useCount());
+        EXPECT_EQ(first, transformation.*privateMember(AnimationField()));
+        transformation.setAnimation(second);
+        EXPECT_EQ(1u, first.useCount());
+        EXPECT_EQ(2u, second.useCount());
+        EXPECT_EQ(second, transformation.*privateMember(AnimationField()));
+        transformation.setAnimation(second);
+        EXPECT_EQ(2u, second.useCount());
+        transformation.setAnimation(AnimationHandle());
+        EXPECT_EQ(1u, second.useCount());
+        EXPECT_EQ(nullptr, transformation.*privateMember(AnimationField()));
+        transformation.setAnimation(first);
+    }
+    EXPECT_EQ(1u, first.useCount());
+}
+
+TYPED_TEST(TransformationFamilyTest, LastHandleReleasesMatrixAndAnimation)
+{
+    const AnimationHandle animation = vectorAnimation();
+    MatrixHandle matrix;
+    {
+        TransformationHandle owner(new TypeParam());
+        // Through the base, since some classes hide this operation.
+        owner->setTransformation(counted(16, 1));
+        owner->setAnimation(animation);
+        matrix = owner->transformation();
+        EXPECT_EQ(2u, matrix.useCount());
+        EXPECT_EQ(2u, animation.useCount());
+    }
+    EXPECT_EQ(1u, matrix.useCount());
+    EXPECT_EQ(1u, animation.useCount());
+}
+
+TYPED_TEST(TransformationFamilyTest, CopyAndAssignmentShareBothHandles)
+{
+    const AnimationHandle animation = vectorAnimation();
+    TypeParam source;
+    static_cast<Transformation&>(source).setTransformation(counted(16, 1));
+    source.setSid("source");
+    source.setAnimation(animation);
+    TypeParam copy(source);
+    TypeParam assigned;
+    static_cast<Transformation&>(assigned).setTransformation(counted(16, 50));
+    const MatrixHandle old = assigned.transformation();
+    assigned = source;
+    EXPECT_EQ(1u, old.useCount());
+    for (TypeParam* const other : {&copy, &assigned}) {
+        EXPECT_EQ(source.transformation(), other->transformation());
+        EXPECT_EQ(animation, *other.*privateMember(AnimationField()));
+        EXPECT_STREQ("source", other->sid().data());
+        for (unsigned i = 0; i < 16; ++i) {
+            EXPECT_EQ(declaredMatrix(source)[i], declaredMatrix(*other)[i]);
+        }
+    }
+    EXPECT_EQ(3u, source.transformation().useCount());
+    EXPECT_EQ(4u, animation.useCount());
+    copy.setSid("copy");
+    EXPECT_STREQ("source", source.sid().data());
+    TypeParam& self = assigned;
+    assigned = self;
+    EXPECT_EQ(source.transformation(), assigned.transformation());
+    EXPECT_EQ(3u, source.transformation().useCount());
+}
+
+TYPED_TEST(TransformationFamilyTest, WithoutAnimationAnyTimeGivesTheSameHandleAndAllocatesNothing)
+{
+    TypeParam transformation;
+    static_cast<Transformation&>(transformation).setTransformation(counted(16, 1));
+    const MatrixHandle matrix = transformation.transformation();
+    const std::vector<double> times = {0.0, 1.5, -7.0, 1e300, std::numeric_limits<double>::quiet_NaN()};
+    long requests = -1;
+    bool isSame = true;
+    {
+        const FailingAllocator allocator(-1);
+        for (const double time : times) {
+            const MatrixHandle& result = transformation.transformationAtTime(time);
+            isSame = isSame && &result == &transformation.transformation() && result == matrix;
+        }
+        requests = allocator.requests();
+    }
+    EXPECT_TRUE(isSame);
+    EXPECT_EQ(0, requests);
+    EXPECT_EQ(2u, matrix.useCount());
+}
+
+TEST(TransformationTest, FieldsStandInOrder)
+{
+    const Transformation transformation;
+    EXPECT_LT(place(transformation.*privateMember(DeclaredMatrix())),
+              place(transformation.*privateMember(CurrentMatrix())));
+    EXPECT_LT(place(transformation.*privateMember(CurrentMatrix())), place(transformation.*privateMember(SidField())));
+    EXPECT_LT(place(transformation.*privateMember(SidField())), place(transformation.*privateMember(AnimationField())));
+    const Rotation rotation;
+    EXPECT_LT(place(rotation.*privateMember(AnimationField())), place(rotation.*privateMember(AxisField())));
+    EXPECT_LT(place(rotation.*privateMember(AxisField())), place(rotation.*privateMember(AngleField())));
+}
+
+TEST(TransformationTest, DefaultVectorsAreZero)
+{
+    expectVector(Translation().*privateMember(TranslationField()), 0, 0, 0);
+    expectVector(Scale().*privateMember(ScaleField()), 0, 0, 0);
+    expectVector(Rotation().*privateMember(AxisField()), 0, 0, 0);
+}
+
+TEST(TransformationTest, SidAloneMakesNoMatrix)
+{
+    NamedTransformation transformation("turn");
+    EXPECT_STREQ("turn", transformation.sid().data());
+    EXPECT_EQ(nullptr, transformation.transformation());
+    expectElements(declaredMatrix(transformation), zero);
+    EXPECT_EQ(nullptr, transformation.*privateMember(AnimationField()));
+}
+
+TEST(TransformationTest, ConstructorsStoreTheSid)
+{
+    const double nine[9] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+    EXPECT_STREQ("m", Transformation(counted(16, 1), "m").sid().data());
+    EXPECT_STREQ("t", Translation(counted(3, 1), "t").sid().data());
+    EXPECT_STREQ("r", Rotation(counted(4, 1), "r").sid().data());
+    EXPECT_STREQ("s", Scale(counted(3, 1), "s").sid().data());
+    EXPECT_STREQ("v", View(nine, "v").sid().data());
+    EXPECT_STREQ("k", Skew(nine, "k").sid().data());
+}
+
+TEST(TransformationTest, NothingIsLogged)
+{
+    LogCapture log;
+    Rotation(valuesOf({0, 0, 0, 90}), "r");
+    Transformation(valuesOf({}), "m");
+    Translation(valuesOf({}), "t");
+    Scale(valuesOf({1}), "s");
+    View(nullptr, "v");
+    Skew(nullptr, "k");
+    Transformation animated;
+    animated.setAnimation(matrixAnimation());
+    EXPECT_THROW(animated.transformationAtTime(1.5), vesk::NullPointer);
+    EXPECT_EQ("", log.text());
+}
+
+// ---- what a document declares
+
+TEST(TransformationTest, MatrixIsStoredTwiceInFlatRowMajorOrder)
+{
+    Transformation transformation(counted(16, 1), "m");
+    expectCounted(declaredMatrix(transformation), 1);
+    ASSERT_NE(nullptr, transformation.transformation());
+    expectCounted(*transformation.transformation(), 1);
+    EXPECT_EQ(4.0f, (*transformation.transformation())(0, 3));
+    EXPECT_EQ(13.0f, (*transformation.transformation())(3, 0));
+    EXPECT_NE(&declaredMatrix(transformation), transformation.transformation().get());
+}
+
+TEST(TransformationTest, MatrixValuesNarrow)
+{
+    Transformation transformation(valuesOf({0.1, 16777217}), "m");
+    EXPECT_EQ(0.1f, (*transformation.transformation())[0]);
+    EXPECT_EQ(16777216.0f, (*transformation.transformation())[1]);
+    EXPECT_EQ(0.1f, declaredMatrix(transformation)[0]);
+}
+
+TEST(TransformationTest, MissingMatrixValuesAreZeroAndNotTheIdentity)
+{
+    Transformation transformation(valuesOf({1, 2, 3}), "m");
+    const float expected[16] = {1, 2, 3};
+    expectElements(transformation.transformation(), expected);
+    expectElements(declaredMatrix(transformation), expected);
+    EXPECT_TRUE(transformation.setTransformation(valuesOf({})));
+    expectElements(transformation.transformation(), zero);
+    expectElements(declaredMatrix(transformation), zero);
+}
+
+TEST(TransformationTest, ValuesBeyondTheNeededAreIgnored)
+{
+    Transformation transformation(counted(20, 1), "m");
+    expectCounted(*transformation.transformation(), 1);
+    expectTranslation(Translation(counted(5, 1), "t").transformation(), 1, 2, 3);
+    expectScale(Scale(counted(5, 2), "s").transformation(), 2, 3, 4);
+    expectQuarterAboutZ(Rotation(valuesOf({0, 0, 1, 90, 45}), "r").transformation());
+}
+
+TEST(TransformationTest, TranslationStandsInTheFourthColumn)
+{
+    Translation translation(valuesOf({1, 2, 3}), "t");
+    expectTranslation(translation.transformation(), 1, 2, 3);
+    expectVector(translation.*privateMember(TranslationField()), 1, 2, 3);
+    expectElements(declaredMatrix(translation), zero);
+}
+
+TEST(TransformationTest, MissingTranslationValuesAreZero)
+{
+    expectTranslation(Translation(valuesOf({1, 2}), "t").transformation(), 1, 2, 0);
+    expectTranslation(Translation(valuesOf({}), "t").transformation(), 0, 0, 0);
+}
+
+TEST(TransformationTest, ScaleStandsOnTheDiagonal)
+{
+    Scale scale(valuesOf({2, 3, 4}), "s");
+    expectScale(scale.transformation(), 2, 3, 4);
+    expectVector(scale.*privateMember(ScaleField()), 2, 3, 4);
+    expectElements(declaredMatrix(scale), zero);
+}
+
+TEST(TransformationTest, MissingScaleValuesAreZero)
+{
+    expectScale(Scale(valuesOf({2}), "s").transformation(), 2, 0, 0);
+    expectScale(Scale(valuesOf({}), "s").transformation(), 0, 0, 0);
+}
+
+TEST(TransformationTest, ValuesOfVectorsNarrow)
+{
+    expectTranslation(Translation(valuesOf({0.1, 16777217, -0.1}), "t").transformation(), 0.1f, 16777216.0f, -0.1f);
+    expectScale(Scale(valuesOf({0.1, 16777217, -0.1}), "s").transformation(), 0.1f, 16777216.0f, -0.1f);
+}
+
+TEST(TransformationTest, RotationNormalizesItsAxis)
+{
+    Rotation rotation(valuesOf({0, 0, 2, 90}), "r");
+    expectQuarterAboutZ(rotation.transformation());
+    EXPECT_FLOAT_EQ(-1.0f, (*rotation.transformation())(0, 1));
+    EXPECT_FLOAT_EQ(1.0f, (*rotation.transformation())(1, 0));
+    expectVector(rotation.*privateMember(AxisField()), 0, 0, 2);
+    EXPECT_EQ(90.0, rotation.*privateMember(AngleField()));
+    expectElements(declaredMatrix(rotation), zero);
+}
+
+TEST(TransformationTest, RotationAboutXTurnsYTowardsZ)
+{
+    const float expected[16] = {1, 0, 0, 0, 0, 0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1};
+    expectNear(Rotation(valuesOf({1, 0, 0, 90}), "r").transformation(), expected);
+}
+
+TEST(TransformationTest, RotationAboutYTurnsZTowardsX)
+{
+    const float expected[16] = {0, 0, 1, 0, 0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 0, 1};
+    expectNear(Rotation(valuesOf({0, 1, 0, 90}), "r").transformation(), expected);
+}
+
+TEST(TransformationTest, RotationAboutTheDiagonalMovesEachAxisToTheNext)
+{
+    const float expected[16] = {0, 0, 1, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1};
+    expectNear(Rotation(valuesOf({1, 1, 1, 120}), "r").transformation(), expected);
+}
+
+TEST(TransformationTest, AngleBecomesRadiansInDouble)
+{
+    Rotation rotation(valuesOf({0, 0, 1, 33.3}), "r");
+    const double radians = 33.3 * 3.141592653589793 / 180.0;
+    EXPECT_EQ(33.3, rotation.*privateMember(AngleField()));
+    EXPECT_EQ(static_cast<float>(std::cos(radians)), (*rotation.transformation())(0, 0));
+    EXPECT_EQ(static_cast<float>(-std::sin(radians)), (*rotation.transformation())(0, 1));
+    EXPECT_EQ(static_cast<float>(std::sin(radians)), (*rotation.transformation())(1, 0));
+    EXPECT_EQ(1.0f, (*rotation.transformation())(2, 2));
+}
+
+TEST(TransformationTest, ZeroAxisGivesNoNumbersInTheUpperLeftBlock)
+{
+    Rotation rotation(valuesOf({0, 0, 0, 90}), "r");
+    Matrix4& matrix = *rotation.transformation();
+    for (unsigned i = 0; i < 3; ++i) {
+        for (unsigned j = 0; j < 3; ++j) {
+            EXPECT_TRUE(std::isnan(matrix(i, j))) << i << ' ' << j;
+        }
+        EXPECT_EQ(0.0f, matrix(i, 3));
+        EXPECT_EQ(0.0f, matrix(3, i));
+    }
+    EXPECT_EQ(1.0f, matrix(3, 3));
+}
+
+TEST(TransformationTest, MissingRotationValuesAreZero)
+{
+    Rotation rotation(valuesOf({0, 0, 1}), "r");
+    expectElements(rotation.transformation(), identity);
+    EXPECT_EQ(0.0, rotation.*privateMember(AngleField()));
+    Rotation empty(valuesOf({}), "r");
+    EXPECT_TRUE(std::isnan((*empty.transformation())[0]));
+}
+
+TEST(TransformationTest, ViewFillsTheUpperLeftBlockByColumns)
+{
+    const double values[9] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+    View view(values, "v");
+    const float expected[16] = {1, 4, 7, 0, 2, 5, 8, 0, 3, 6, 9, 0, 0, 0, 0, 0};
+    expectElements(view.transformation(), expected);
+    expectElements(declaredMatrix(view), zero);
+    const double narrow[9] = {0.1, 16777217};
+    EXPECT_TRUE(view.setTransformation(narrow));
+    EXPECT_EQ(0.1f, (*view.transformation())(0, 0));
+    EXPECT_EQ(16777216.0f, (*view.transformation())(1, 0));
+}
+
+TEST(TransformationTest, ViewOfNoValuesChangesNothing)
+{
+    View empty(nullptr, "v");
+    EXPECT_STREQ("v", empty.sid().data());
+    EXPECT_EQ(nullptr, empty.transformation());
+    EXPECT_FALSE(empty.setTransformation(nullptr));
+    EXPECT_EQ(nullptr, empty.transformation());
+    const double values[9] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+    EXPECT_TRUE(empty.setTransformation(values));
+    const MatrixHandle before = empty.transformation();
+    EXPECT_FALSE(empty.setTransformation(nullptr));
+    EXPECT_EQ(before, empty.transformation());
+    EXPECT_EQ(9.0f, (*before)(2, 2));
+}
+
+TEST(TransformationTest, SkewIsTheIdentityWhateverItsValues)
+{
+    Skew null(nullptr, "k");
+    expectElements(null.transformation(), identity);
+    const double values[7] = {45, 0, 1, 0, 1, 0, 0};
+    Skew skew(values, "k");
+    expectElements(skew.transformation(), identity);
+    expectElements(declaredMatrix(skew), zero);
+    const MatrixHandle before = skew.transformation();
+    EXPECT_TRUE(skew.setTransformation(nullptr));
+    EXPECT_NE(before, skew.transformation());
+    EXPECT_EQ(1u, before.useCount());
+    expectElements(skew.transformation(), identity);
+}
+
+TEST(TransformationTest, ViewAndSkewInheritTheOperationOnDocumentValues)
+{
+    View view;
+    EXPECT_TRUE(static_cast<Transformation&>(view).setTransformation(counted(16, 1)));
+    expectCounted(*view.transformation(), 1);
+    expectCounted(declaredMatrix(view), 1);
+    Skew skew;
+    EXPECT_TRUE(static_cast<Transformation&>(skew).setTransformation(counted(16, 1)));
+    expectCounted(*skew.transformation(), 1);
+    expectCounted(declaredMatrix(skew), 1);
+}
+
+TEST(TransformationTest, SetOperationsAreVirtual)
+{
+    Translation translation;
+    EXPECT_TRUE(static_cast<Transformation&>(translation).setTransformation(valuesOf({1, 2, 3})));
+    expectTranslation(translation.transformation(), 1, 2, 3);
+    expectElements(declaredMatrix(translation), zero);
+    Scale scale;
+    EXPECT_TRUE(static_cast<Transformation&>(scale).setTransformation(valuesOf({2, 3, 4})));
+    expectScale(scale.transformation(), 2, 3, 4);
+    expectElements(declaredMatrix(scale), zero);
+    Rotation rotation;
+    EXPECT_TRUE(static_cast<Transformation&>(rotation).setTransformation(valuesOf({0, 0, 1, 90})));
+    expectQuarterAboutZ(rotation.transformation());
+    expectElements(declaredMatrix(rotation), zero);
+}
+
+TYPED_TEST(TransformationFamilyTest, SetOperationMakesANewMatrixAndReleasesTheOld)
+{
+    TypeParam object;
+    Transformation& transformation = object;
+    EXPECT_TRUE(transformation.setTransformation(counted(16, 1)));
+    const MatrixHandle before = transformation.transformation();
+    const Matrix4 content = *before;
+    EXPECT_EQ(2u, before.useCount());
+    EXPECT_TRUE(transformation.setTransformation(counted(16, 5)));
+    EXPECT_NE(before, transformation.transformation());
+    EXPECT_EQ(1u, before.useCount());
+    EXPECT_EQ(1u, transformation.transformation().useCount());
+    for (unsigned i = 0; i < 16; ++i) {
+        EXPECT_EQ(content[i], (*before)[i]);
+    }
+}
+
+TEST(TransformationTest, ViewReleasesItsOldMatrix)
+{
+    const double values[9] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+    View view(values, "v");
+    const MatrixHandle before = view.transformation();
+    EXPECT_TRUE(view.setTransformation(values));
+    EXPECT_NE(before, view.transformation());
+    EXPECT_EQ(1u, before.useCount());
+}
+
+// ---- the private steps
+
+TEST(TransformationTest, UpdateOfTheBaseWritesInPlace)
+{
+    Transformation transformation(counted(16, 1), "m");
+    const MatrixHandle shared = transformation.transformation();
+    Matrix4 other;
+    for (unsigned i = 0; i < 16; ++i) {
+        other[i] = 30.0f + static_cast<float>(i);
+    }
+    (transformation.*privateMember(UpdateTransformation()))(other);
+    EXPECT_EQ(shared, transformation.transformation());
+    expectCounted(*shared, 30);
+    expectCounted(declaredMatrix(transformation), 1);
+}
+
+TEST(TransformationTest, UpdatesOfSubclassesMakeANewMatrixAndStoreNothing)
+{
+    Translation translation(valuesOf({1, 2, 3}), "t");
+    const MatrixHandle oldTranslation = translation.transformation();
+    (translation.*privateMember(UpdateTranslation()))(Vector3(7, 8, 9));
+    expectTranslation(translation.transformation(), 7, 8, 9);
+    expectTranslation(oldTranslation, 1, 2, 3);
+    EXPECT_EQ(1u, oldTranslation.useCount());
+    expectVector(translation.*privateMember(TranslationField()), 1, 2, 3);
+
+    Scale scale(valuesOf({1, 2, 3}), "s");
+    const MatrixHandle oldScale = scale.transformation();
+    (scale.*privateMember(UpdateScale()))(Vector3(7, 8, 9));
+    expectScale(scale.transformation(), 7, 8, 9);
+    expectScale(oldScale, 1, 2, 3);
+    EXPECT_EQ(1u, oldScale.useCount());
+    expectVector(scale.*privateMember(ScaleField()), 1, 2, 3);
+
+    Rotation rotation(valuesOf({0, 0, 1, 0}), "r");
+    const MatrixHandle oldRotation = rotation.transformation();
+    (rotation.*privateMember(UpdateRotation()))(90.0);
+    expectQuarterAboutZ(rotation.transformation());
+    expectElements(oldRotation, identity);
+    EXPECT_EQ(1u, oldRotation.useCount());
+    EXPECT_EQ(0.0, rotation.*privateMember(AngleField()));
+}
+
+// ---- animated
+
+TEST(TransformationTest, MatrixAnimationWritesIntoTheMatrixThatIsThere)
+{
+    Transformation transformation(counted(16, 1), "m");
+    const MatrixHandle shared = transformation.transformation();
+    transformation.setAnimation(matrixAnimation());
+    expectCounted(*shared, 1);
+    const MatrixHandle& result = transformation.transformationAtTime(1.5);
+    EXPECT_EQ(&transformation.transformation(), &result);
+    EXPECT_EQ(shared, result);
+    expectCounted(*shared, 150);
+    expectCounted(declaredMatrix(transformation), 1);
+    EXPECT_EQ(2u, shared.useCount());
+}
+
+TEST(TransformationTest, AnimatedMatrixIsTheDeclaredOneWhereTheCurveSaysNothing)
+{
+    Transformation transformation(counted(16, 1), "m");
+    transformation.setAnimation(matrixAnimation());
+    expectCounted(*transformation.transformationAtTime(2), 200);
+    expectCounted(*transformation.transformationAtTime(0), 1);
+    expectCounted(*transformation.transformationAtTime(2.5), 250);
+    expectCounted(*transformation.transformationAtTime(0.5), 1);
+    expectCounted(*transformation.transformationAtTime(1), 100);
+    expectCounted(*transformation.transformationAtTime(3), 1);
+}
+
+TEST(TransformationTest, AnimationOfAnotherSizeLeavesTheDeclaredMatrixAtAKey)
+{
+    Transformation transformation(counted(16, 1), "m");
+    transformation.setAnimation(vectorAnimation());
+    expectCounted(*transformation.transformationAtTime(1), 1);
+    expectIndexOutOfBounds(2, 3, [&] { transformation.transformationAtTime(1.5); });
+    expectCounted(*transformation.transformation(), 1);
+}
+
+TEST(TransformationTest, LastEvaluatedMatrixStays)
+{
+    const double times[] = {1.5, 0.0, 2.0};
+    Transformation matrix(counted(16, 1), "m");
+    matrix.setAnimation(matrixAnimation());
+    Translation translation(valuesOf({1, 2, 3}), "t");
+    translation.setAnimation(vectorAnimation());
+    const float expected[] = {150, 1, 200};
+    const float expectedX[] = {15, 1, 20};
+    for (unsigned i = 0; i < 3; ++i) {
+        matrix.transformationAtTime(times[i]);
+        EXPECT_EQ(expected[i], (*matrix.transformation())[0]);
+        translation.transformationAtTime(times[i]);
+        EXPECT_EQ(expectedX[i], (*translation.transformation())(0, 3));
+    }
+    matrix.setAnimation(AnimationHandle());
+    EXPECT_EQ(200.0f, (*matrix.transformationAtTime(1.5))[0]);
+}
+
+TEST(TransformationTest, TranslationAnimationMakesANewMatrix)
+{
+    Translation translation(valuesOf({1, 2, 3}), "t");
+    translation.setAnimation(vectorAnimation());
+    const MatrixHandle before = translation.transformation();
+    const MatrixHandle& result = translation.transformationAtTime(1.5);
+    EXPECT_EQ(&translation.transformation(), &result);
+    expectTranslation(result, 15, 150, 1500);
+    expectTranslation(before, 1, 2, 3);
+    EXPECT_NE(before, result);
+    EXPECT_EQ(1u, before.useCount());
+    expectVector(translation.*privateMember(TranslationField()), 1, 2, 3);
+    expectTranslation(translation.transformationAtTime(0), 1, 2, 3);
+    expectElements(declaredMatrix(translation), zero);
+}
+
+TEST(TransformationTest, ScaleAnimationMakesANewMatrix)
+{
+    Scale scale(valuesOf({1, 2, 3}), "s");
+    scale.setAnimation(vectorAnimation());
+    const MatrixHandle before = scale.transformation();
+    const MatrixHandle& result = scale.transformationAtTime(1.5);
+    EXPECT_EQ(&scale.transformation(), &result);
+    expectScale(result, 15, 150, 1500);
+    expectScale(before, 1, 2, 3);
+    EXPECT_NE(before, result);
+    EXPECT_EQ(1u, before.useCount());
+    expectVector(scale.*privateMember(ScaleField()), 1, 2, 3);
+    expectScale(scale.transformationAtTime(0), 1, 2, 3);
+    expectElements(declaredMatrix(scale), zero);
+}
+
+TEST(TransformationTest, RotationAnimationDrivesTheAngleAlone)
+{
+    Rotation rotation(valuesOf({0, 0, 2, 30}), "r");
+    rotation.setAnimation(angleAnimation());
+    const MatrixHandle before = rotation.transformation();
+    const Matrix4 declared = *before;
+    const MatrixHandle& result = rotation.transformationAtTime(1.5);
+    EXPECT_EQ(&rotation.transformation(), &result);
+    expectQuarterAboutZ(result);
+    EXPECT_NE(before, result);
+    EXPECT_EQ(1u, before.useCount());
+    EXPECT_EQ(30.0, rotation.*privateMember(AngleField()));
+    expectVector(rotation.*privateMember(AxisField()), 0, 0, 2);
+    // A half turn, at the second key.
+    const float half[16] = {-1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    expectNear(rotation.transformationAtTime(2), half);
+    const Matrix4& again = *rotation.transformationAtTime(0);
+    for (unsigned i = 0; i < 16; ++i) {
+        EXPECT_EQ(declared[i], again[i]);
+        EXPECT_EQ(declared[i], (*before)[i]);
+    }
+}
+
+TEST(TransformationTest, RotationAnimationDrivesTheAngleWhateverMemberItNamed)
+{
+    Rotation rotation(valuesOf({0, 0, 1, 30}), "r");
+    rotation.setAnimation(animationOf("0 180 360", 1, "X"));
+    expectQuarterAboutZ(rotation.transformationAtTime(1.5));
+    rotation.setAnimation(animationOf("0 7 7 7 180 7 7 7 360 7 7 7", 4, "ANGLE"));
+    expectQuarterAboutZ(rotation.transformationAtTime(1.5)); // the first of four values
+}
+
+TEST(TransformationTest, OneValueForEachKeyDoesNotDriveOneComponent)
+{
+    Translation translation(valuesOf({1, 2, 3}), "t");
+    translation.setAnimation(animationOf("10 20 40", 1, "X"));
+    expectTranslation(translation.transformationAtTime(1), 1, 2, 3);
+    expectIndexOutOfBounds(0, 1, [&] { translation.transformationAtTime(1.5); });
+    expectTranslation(translation.transformation(), 1, 2, 3);
+    Scale scale(valuesOf({1, 2, 3}), "s");
+    scale.setAnimation(animationOf("10 20 40", 1, "X"));
+    expectScale(scale.transformationAtTime(2), 1, 2, 3);
+    expectIndexOutOfBounds(0, 1, [&] { scale.transformationAtTime(1.5); });
+}
+
+TEST(TransformationTest, EvaluationIsVirtual)
+{
+    Translation translation(valuesOf({1, 2, 3}), "t");
+    translation.setAnimation(vectorAnimation());
+    expectTranslation(static_cast<Transformation&>(translation).transformationAtTime(1.5), 15, 150, 1500);
+    Scale scale(valuesOf({1, 2, 3}), "s");
+    scale.setAnimation(vectorAnimation());
+    expectScale(static_cast<Transformation&>(scale).transformationAtTime(1.5), 15, 150, 1500);
+    Rotation rotation(valuesOf({0, 0, 1, 0}), "r");
+    rotation.setAnimation(angleAnimation());
+    expectQuarterAboutZ(static_cast<Transformation&>(rotation).transformationAtTime(1.5));
+}
+
+TEST(TransformationTest, AnimatedViewAndSkewRestAtTheirZeroMatrix)
+{
+    const double values[9] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+    View view(values, "v");
+    view.setAnimation(matrixAnimation());
+    const MatrixHandle sharedView = view.transformation();
+    expectCounted(*view.transformationAtTime(1.5), 150);
+    EXPECT_EQ(sharedView, view.transformation());
+    expectElements(view.transformationAtTime(0), zero);
+    Skew skew(nullptr, "k");
+    skew.setAnimation(matrixAnimation());
+    const MatrixHandle sharedSkew = skew.transformation();
+    expectCounted(*skew.transformationAtTime(1.5), 150);
+    EXPECT_EQ(sharedSkew, skew.transformation());
+    expectElements(skew.transformationAtTime(0), zero);
+}
+
+TEST(TransformationTest, CopyOfTheBaseFollowsItsSource)
+{
+    Transformation source(counted(16, 1), "m");
+    source.setAnimation(matrixAnimation());
+    Transformation copy(source);
+    source.transformationAtTime(1.5);
+    EXPECT_EQ(source.transformation(), copy.transformation());
+    expectCounted(*copy.transformation(), 150);
+    copy.transformationAtTime(0);
+    expectCounted(*source.transformation(), 1);
+}
+
+TEST(TransformationTest, CopiesOfSubclassesKeepTheirMatrix)
+{
+    Translation translation(valuesOf({1, 2, 3}), "t");
+    translation.setAnimation(vectorAnimation());
+    Translation translationCopy(translation);
+    translation.transformationAtTime(1.5);
+    expectTranslation(translation.transformation(), 15, 150, 1500);
+    expectTranslation(translationCopy.transformation(), 1, 2, 3);
+    expectTranslation(translationCopy.transformationAtTime(2), 20, 200, 2000);
+    expectTranslation(translation.transformation(), 15, 150, 1500);
+
+    Scale scale(valuesOf({1, 2, 3}), "s");
+    scale.setAnimation(vectorAnimation());
+    Scale scaleCopy(scale);
+    scale.transformationAtTime(1.5);
+    expectScale(scaleCopy.transformation(), 1, 2, 3);
+    expectVector(scaleCopy.*privateMember(ScaleField()), 1, 2, 3);
+
+    Rotation rotation(valuesOf({0, 0, 1, 0}), "r");
+    rotation.setAnimation(angleAnimation());
+    Rotation rotationCopy(rotation);
+    rotation.transformationAtTime(1.5);
+    expectElements(rotationCopy.transformation(), identity);
+    expectVector(rotationCopy.*privateMember(AxisField()), 0, 0, 1);
+    EXPECT_EQ(0.0, rotationCopy.*privateMember(AngleField()));
+}
+
+TEST(TransformationTest, AnimationWithoutAMatrixThrows)
+{
+    Transformation transformation;
+    transformation.setAnimation(matrixAnimation());
+    View view(nullptr, "v");
+    view.setAnimation(matrixAnimation());
+    Skew skew;
+    skew.setAnimation(matrixAnimation());
+    for (Transformation* const object :
+         {&transformation, static_cast<Transformation*>(&view), static_cast<Transformation*>(&skew)}) {
+        for (const double time : {0.0, 1.5}) {
+            try {
+                object->transformationAtTime(time);
+                ADD_FAILURE() << "nothing thrown";
+            } catch (const vesk::NullPointer& thrown) {
+                EXPECT_FALSE(thrown.message().empty());
+            }
+        }
+        EXPECT_EQ(nullptr, object->transformation());
+    }
+}
+
+TEST(TransformationTest, AnimatedSubclassesNeedNoMatrixBefore)
+{
+    Translation translation;
+    translation.setAnimation(vectorAnimation());
+    expectElements(translation.transformationAtTime(0), identity);
+    expectTranslation(translation.transformationAtTime(1.5), 15, 150, 1500);
+    Scale scale;
+    scale.setAnimation(vectorAnimation());
+    expectScale(scale.transformationAtTime(0), 0, 0, 0);
+    expectScale(scale.transformationAtTime(1.5), 15, 150, 1500);
+}
+
+TEST(TransformationTest, AnimatedBaseAllocatesNothingAndSubclassesAMatrix)
+{
+    Transformation matrix(counted(16, 1), "m");
+    matrix.setAnimation(matrixAnimation());
+    Translation translation(valuesOf({1, 2, 3}), "t");
+    translation.setAnimation(vectorAnimation());
+    long inPlace = -1;
+    long anew = -1;
+    {
+        const FailingAllocator allocator(-1);
+        matrix.transformationAtTime(1.5);
+        inPlace = allocator.requests();
+        translation.transformationAtTime(1.5);
+        anew = allocator.requests() - inPlace;
+    }
+    EXPECT_EQ(0, inPlace);
+    EXPECT_GT(anew, 0);
+}
+
+TEST(TransformationTest, SharedAnimationServesSeveralTransformations)
+{
+    const AnimationHandle animation = vectorAnimation();
+    Translation translation(valuesOf({1, 2, 3}), "t");
+    Scale scale(valuesOf({4, 5, 6}), "s");
+    translation.setAnimation(animation);
+    scale.setAnimation(animation);
+    EXPECT_EQ(3u, animation.useCount());
+    expectTranslation(translation.transformationAtTime(1.5), 15, 150, 1500);
+    expectScale(scale.transformationAtTime(0), 4, 5, 6);
+    expectScale(scale.transformationAtTime(2), 20, 200, 2000);
+    expectTranslation(translation.transformation(), 15, 150, 1500);
+}
+
+} // namespace
