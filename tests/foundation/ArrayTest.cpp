@@ -9,6 +9,7 @@
 #include <cstring>
 #include <functional>
 #include <new>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -247,6 +248,7 @@ namespace {
 struct CapacityRow {
     unsigned size;
     unsigned capacity;
+    friend void PrintTo(const CapacityRow& row, std::ostream* out) { *out << row.size; }
 };
 
 class ArrayCapacityTest : public testing::TestWithParam<CapacityRow> {};
@@ -334,6 +336,7 @@ struct BoundRow {
     std::size_t elementSize;
     unsigned size;
     unsigned capacity; // 0: refused
+    friend void PrintTo(const BoundRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class ArrayBoundTest : public testing::TestWithParam<BoundRow> {};

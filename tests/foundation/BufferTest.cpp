@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -157,6 +158,7 @@ struct AssignRow {
     std::uint64_t before;
     std::uint64_t after;
     bool isReused;
+    friend void PrintTo(const AssignRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class BufferAssignTest : public testing::TestWithParam<AssignRow> {};
@@ -360,6 +362,7 @@ TYPED_TEST(BufferTest, FailedAllocationPassesAndChangesNothing)
         const Buffer<TypeParam> copy(buffer);
         shown = copy.data();
     }));
+    EXPECT_EQ(shown, nullptr);
     EXPECT_EQ(elements(buffer), counted<TypeParam>(5));
 }
 

@@ -17,6 +17,7 @@
 #include <map>
 #include <memory>
 #include <new>
+#include <ostream>
 #include <set>
 #include <string>
 #include <type_traits>
@@ -776,6 +777,7 @@ namespace {
 struct KeyRow {
     const char* name;
     std::string (*key)(unsigned number);
+    friend void PrintTo(const KeyRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class HashTableSizeTest : public testing::TestWithParam<KeyRow> {};

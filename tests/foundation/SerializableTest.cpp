@@ -14,6 +14,7 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <ostream>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -252,6 +253,7 @@ namespace {
 struct TextRow {
     const char* name;
     const char* text;
+    friend void PrintTo(const TextRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class SerializableTextTest : public testing::TestWithParam<TextRow> {};

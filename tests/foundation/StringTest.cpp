@@ -6,6 +6,7 @@
 #include <limits>
 #include <locale>
 #include <memory>
+#include <ostream>
 #include <sstream>
 #include <string>
 #include <type_traits>
@@ -205,6 +206,7 @@ struct NoCaseRow {
     const char* a;
     const char* b;
     int sign; // of the result
+    friend void PrintTo(const NoCaseRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class StringNoCaseTest : public testing::TestWithParam<NoCaseRow> {};
@@ -249,6 +251,7 @@ struct RealRow {
     const char* name;
     const char* text;
     float value;
+    friend void PrintTo(const RealRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class StringRealTest : public testing::TestWithParam<RealRow> {};
@@ -256,6 +259,7 @@ class StringRealTest : public testing::TestWithParam<RealRow> {};
 struct BadRealRow {
     const char* name;
     const char* text;
+    friend void PrintTo(const BadRealRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class StringBadRealTest : public testing::TestWithParam<BadRealRow> {};

@@ -25,6 +25,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -234,6 +235,7 @@ class CommaLocale {
 public:
     CommaLocale() : m_before(std::setlocale(LC_ALL, nullptr))
     {
+        uselocale(LC_GLOBAL_LOCALE); // whatever another test may have left to this thread
         for (const char* const name : {"de_DE.UTF-8", "de_DE.utf8", "de_DE", "fr_FR.UTF-8", "fr_FR.utf8"}) {
             if (take(name)) {
                 return;
@@ -786,6 +788,58 @@ TEST(SceneTest, AddressesAreRefused)
     expectRefused("HTTP://127.0.0.1:9/document.dae");
 }
 
+// An archive of uncompressed files, by name and content.
+std::string archive(const std::vector<std::pair<std::string, std::string>>& files)
+{
+    const auto bytes = [](std::size_t number, unsigned count) {
+        std::string text;
+        for (unsigned i = 0; i < count; ++i) {
+            text += static_cast<char>(static_cast<unsigned char>(number >> (8 * i)));
+        }
+        return text;
+    };
+    const auto checksum = [](const std::string& content) {
+        std::uint32_t sum = 0xFFFFFFFFu;
+        for (const char c : content) {
+            sum ^= static_cast<unsigned char>(c);
+            for (unsigned bit = 0; bit < 8; ++bit) {
+                sum = (sum >> 1) ^ ((sum & 1) != 0 ? 0xEDB88320u : 0u);
+            }
+        }
+        return ~sum;
+    };
+    std::string contents;
+    std::string directory;
+    for (const auto& [name, content] : files) {
+        // Version 10, no flags, stored, at the start of 1980.
+        const std::string entry = bytes(10, 2) + bytes(0, 4) + bytes(0, 2) + bytes(0x21, 2) +
+                                  bytes(checksum(content), 4) + bytes(content.size(), 4) + bytes(content.size(), 4) +
+                                  bytes(name.size(), 2) + bytes(0, 2);
+        directory += "PK\x01\x02" + bytes(10, 2) + entry + bytes(0, 10) + bytes(contents.size(), 4) + name;
+        contents += "PK\x03\x04" + entry + name + content;
+    }
+    return contents + directory + "PK\x05\x06" + bytes(0, 4) + bytes(files.size(), 2) + bytes(files.size(), 2) +
+           bytes(directory.size(), 4) + bytes(contents.size(), 4) + bytes(0, 2);
+}
+
+TEST(SceneTest, ArchiveThatTheDocumentModelWouldOpenIsRefused)
+{
+    const TemporaryFile file(archive({{"manifest.xml", "<?xml version='1.0'?><dae_root>./scene.dae</dae_root>"},
+                                      {"scene.dae", whole(nodes + showsScene)}}),
+                             "document.zae");
+    {
+        const TemporaryFile unpacked("", "empty"); // what it unpacks stays where it is told to
+        const Environment place("TMPDIR", unpacked.folder().c_str());
+        DAE dae(nullptr, nullptr, "1.4.1");
+        ASSERT_NE(nullptr, dae.open(file.path()));
+    }
+    const TemporaryFile untouched("", "empty");
+    const Environment place("TMPDIR", untouched.folder().c_str());
+    expectRefused(file.path());
+    const std::filesystem::directory_iterator entries(untouched.folder());
+    EXPECT_EQ(1, std::distance(begin(entries), end(entries))) << "nothing was unpacked";
+}
+
 class SceneContentTest : public testing::TestWithParam<std::pair<const char*, std::string>> {};
 
 TEST_P(SceneContentTest, ThatIsNoDocumentIsRefused)
@@ -890,6 +944,14 @@ TEST(SceneTest, NumbersReadTheSameWhereACommaIsWritten)
     EXPECT_EQ(LC_GLOBAL_LOCALE, uselocale(nullptr));
     expectGood(scene);
     EXPECT_EQ(translated(20.0f, 30.0f, 40.25f), elements(scene.visualScene().root().children()[0]->transform(2.0)));
+
+    const TemporaryFile forms(whole("<library_visual_scenes><visual_scene id='scene'><node id='n'>"
+                                    "<translate>+2.5 .25 1.5e+1</translate></node></visual_scene>"
+                                    "</library_visual_scenes>" +
+                                    showsScene));
+    Scene other;
+    ASSERT_TRUE(load(other, forms.path()));
+    EXPECT_EQ(translated(2.5f, 0.25f, 15.0f), elements(firstNode(other).transform()));
 }
 
 TEST(SceneTest, LocaleIsPutBackAfterARefusal)

@@ -253,7 +253,16 @@ template <class Kind>
 class TransformationFamilyTest : public testing::Test {};
 
 using Family = testing::Types<Transformation, Translation, Rotation, Scale, View, Skew>;
-TYPED_TEST_SUITE(TransformationFamilyTest, Family);
+struct FamilyNames {
+    template <class Kind>
+    static std::string GetName(int index)
+    {
+        static const char* const names[] = {"Transformation", "Translation", "Rotation", "Scale", "View", "Skew"};
+        return names[index];
+    }
+};
+
+TYPED_TEST_SUITE(TransformationFamilyTest, Family, FamilyNames);
 
 TYPED_TEST(TransformationFamilyTest, DefaultHasAZeroMatrixDeclaredAndNoHandles)
 {
