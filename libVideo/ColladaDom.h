@@ -25,5 +25,8 @@
 
 #include <dae.h>
 #include <dae/daeErrorHandler.h>
+#include <dom/domAny.h>
 #include <dom/domCOLLADA.h>
+#include <dom/domCommon_newparam_type.h>
 #include <dom/domConstants.h>
+#include <dom/domProfile_COMMON.h>

@@ -5,8 +5,14 @@
 
 #include <libVideo/SceneGraph/Accessor.h>
 #include <libVideo/SceneGraph/Animation.h>
+#include <libVideo/SceneGraph/Geometry.h>
+#include <libVideo/SceneGraph/Input.h>
+#include <libVideo/SceneGraph/Material.h>
 #include <libVideo/SceneGraph/Node.h>
+#include <libVideo/SceneGraph/Primitive.h>
 #include <libVideo/SceneGraph/Scene.h>
+#include <libVideo/SceneGraph/Source.h>
+#include <libVideo/SceneGraph/Texture.h>
 #include <libVideo/SceneGraph/Transformation.h>
 #include <libVideo/SceneGraph/VertexLayout.h>
 #include <libVideo/SceneGraph/VisualScene.h>

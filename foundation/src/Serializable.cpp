@@ -182,7 +182,6 @@ String XmlElement::className() const
 
 XmlElement XmlElement::member(const String& name) const
 {
-    const std::string wanted(name.data(), name.size());
     for (pugi::xml_node child = pugi::xml_node(m_node).child("object"); child; child = child.next_sibling("object")) {
         if (unescaped(child.attribute("name").value()) == name) {
             return XmlElement(child.internal_object());

@@ -68,8 +68,8 @@ bool AccessorFloat::createFromCollada(const daeSmartRef<domAccessor>& accessor)
     m_floatArray = daeSafeCast<domFloat_array>(source);
     if (m_floatArray == nullptr) {
         // A reference into nothing is shown as the document has it.
-        VIDEO_LOG("Data source is not a float array ",
-                  source != nullptr ? source->getTypeName() : accessor->getSource().getOriginalURI());
+        const char* const found = source != nullptr ? source->getTypeName() : accessor->getSource().getOriginalURI();
+        VIDEO_LOG("Data source is not a float array ", found);
         return false;
     }
     m_offset = detail::low32(accessor->getOffset());
@@ -119,11 +119,23 @@ bool AccessorFloat::reachesBeyondArray() const
     return recordEnd > length || (m_stride != 0 && lastRecord > (length - recordEnd) / m_stride);
 }
 
+unsigned AccessorFloat::backedCount() const
+{
+    const std::uint64_t length = m_floatArray != nullptr ? m_floatArray->getValue().getCount() : 0;
+    const std::uint64_t step = m_stride == 0 ? 1 : m_stride;
+    const std::uint64_t records = (length + step - 1) / step; // the last one may be cut
+    const std::uint64_t behindOffset = records > m_offset ? records - m_offset : 0;
+    return behindOffset < m_count ? static_cast<unsigned>(behindOffset) : m_count;
+}
+
 const vesk::Array<Data>& AccessorFloat::readDataFromArray(unsigned index)
 {
     if (m_data.size() == 0) {
         VIDEO_LOG("No data to read from the accessor");
         return m_data;
+    }
+    if (m_floatArray == nullptr) {
+        throw vesk::NullPointer("Accessor has no array to read from");
     }
     const unsigned tokenBytes = typeByteSize(DATA_TYPE_FLOAT);
     const unsigned base = (m_offset + index) * m_stride;

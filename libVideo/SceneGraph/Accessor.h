@@ -95,6 +95,9 @@ public:
     /// Empty.
     const vesk::String& name() const { return m_name; }
 
+    /// How many records from the first on begin inside of the array; 0 without an array.
+    virtual unsigned backedCount() const = 0;
+
 protected:
     static constexpr unsigned noIndex = 0xFFFFFFFFu;
 
@@ -123,6 +126,7 @@ public:
     /// An array that is shorter than the records need gives one line and true.
     /// @throws vesk::AssertionFailure if a `<param>` has a type other than "float" and "float4x4", in any case
     bool createFromCollada(const daeSmartRef<domAccessor>& accessor) override;
+    unsigned backedCount() const override;
 
 protected:
     const vesk::Array<Data>& readDataFromArray(unsigned index) override;

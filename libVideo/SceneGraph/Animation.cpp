@@ -182,6 +182,7 @@ bool Animation::createFloatEvolution(const domFloat_array* array, const VertexSe
         }
         Evolution& evolution = m_evolutions[i];
         if (semantic == SEMANTIC_INPUT) {
+            m_latestTimes.clear(); // of other times
             evolution.time = record[0];
         } else if (semantic == SEMANTIC_OUTPUT) {
             evolution.values.appendArray(record);
@@ -199,8 +200,8 @@ bool Animation::createNameEvolution(const domName_array* array, const VertexSema
                                     unsigned stride)
 {
     if (semantic != SEMANTIC_INTERPOLATION || stride > 1) {
-        VIDEO_LOG("Cannot create a name evolution input from: ", static_cast<int>(semantic),
-                  ", with a stride of: ", stride);
+        const int number = static_cast<int>(semantic);
+        VIDEO_LOG("Cannot create a name evolution input from: ", number, ", with a stride of: ", stride);
         return false;
     }
     const domListOfNames& names = array->getValue();

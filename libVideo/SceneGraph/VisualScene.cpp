@@ -4,6 +4,8 @@
 #include "detail/Log.h"
 
 #include <libVideo/SceneGraph/Animation.h>
+#include <libVideo/SceneGraph/Geometry.h>
+#include <libVideo/SceneGraph/Material.h>
 
 namespace libVideo {
 
@@ -100,9 +102,92 @@ void VisualScene::createNodes(const vesk::Array<TreePrototype>& tree)
     }
 }
 
-void VisualScene::processNodeInstances(const NodeHandle& /*node*/, const daeSmartRef<domNode>& /*element*/)
+void VisualScene::processNodeInstances(const NodeHandle& node, const daeSmartRef<domNode>& element)
 {
-    // Cameras, lights and geometries join here, in this order.
+    // Cameras and lights join here, in this order.
+    if (element->getInstance_geometry_array().getCount() > 0) {
+        addGeometryInstance(node, element->getInstance_geometry_array());
+    }
+}
+
+unsigned VisualScene::addGeometryInstance(const NodeHandle& node,
+                                          const daeTArray<daeSmartRef<domInstance_geometry>>& instances)
+{
+    for (std::size_t i = 0; i < instances.getCount(); ++i) {
+        const domGeometryRef element = detail::resolve<domGeometry>(instances[i]->getUrl());
+        if (element == nullptr) {
+            VIDEO_LOG("Not a geometry element");
+            continue;
+        }
+        registerMaterials(*instances[i]);
+        const GeometryHandle geometry = createAndRegisterGeometry(element);
+        if (!geometry) {
+            VIDEO_LOG("Unable to initialize geometry instance");
+            continue;
+        }
+        geometry->addNode(node);
+    }
+    return 0;
+}
+
+// Also for a geometry that will fail to build.
+void VisualScene::registerMaterials(const domInstance_geometry& instance)
+{
+    const domBind_materialRef binding = instance.getBind_material();
+    const domBind_material::domTechnique_commonRef technique =
+        binding != nullptr ? binding->getTechnique_common() : domBind_material::domTechnique_commonRef();
+    if (technique == nullptr) {
+        return;
+    }
+    const domInstance_material_Array& materials = technique->getInstance_material_array();
+    for (std::size_t i = 0; i < materials.getCount(); ++i) {
+        const domMaterialRef material = detail::resolve<domMaterial>(materials[i]->getTarget());
+        if (material != nullptr) {
+            registerMaterialAttributes(materials[i]->getSymbol(), material);
+        }
+    }
+}
+
+// A geometry that stands in the table is not given out again: it shows on its first node alone. One that fails to build
+// is given out, and ends with the handle.
+GeometryHandle VisualScene::createAndRegisterGeometry(domGeometry* const geometry)
+{
+    if (m_geometryTable.lookup(geometry->getId()) != nullptr) {
+        return GeometryHandle();
+    }
+    const GeometryHandle result(new Geometry);
+    if (result->createFromCollada(geometry)) {
+        m_geometryTable.insert(result->id(), result);
+    }
+    return result;
+}
+
+void VisualScene::registerMaterialAttributes(const vesk::String& symbol, domMaterial* const material)
+{
+    const domInstance_effectRef instance = material->getInstance_effect();
+    if (instance == nullptr) {
+        return;
+    }
+    const domEffectRef effect = detail::resolve<domEffect>(instance->getUrl());
+    if (effect == nullptr || m_blinnMaterialTable.lookup(symbol) != nullptr) {
+        return; // the first binding of a symbol wins
+    }
+    const domFx_profile_abstract_Array& profiles = effect->getFx_profile_abstract_array();
+    for (std::size_t i = 0; i < profiles.getCount(); ++i) {
+        const domProfile_COMMONRef profile = daeSafeCast<domProfile_COMMON>(profiles[i]);
+        const domProfile_COMMON::domTechniqueRef technique =
+            profile != nullptr ? profile->getTechnique() : domProfile_COMMON::domTechniqueRef();
+        if (technique == nullptr || (technique->getBlinn() == nullptr && technique->getPhong() == nullptr)) {
+            continue;
+        }
+        const BlinnMaterialHandle made(new BlinnMaterial);
+        if (technique->getBlinn() != nullptr) {
+            made->createFromCollada(technique->getBlinn(), profile);
+        } else {
+            made->createFromCollada(technique->getPhong(), profile);
+        }
+        m_blinnMaterialTable.insert(symbol, made);
+    }
 }
 
 void VisualScene::addAnimationsToNodes()

@@ -61,6 +61,10 @@ private:
     static vesk::Array<TreePrototype> flatten(const domVisual_scene& scene);
     void createNodes(const vesk::Array<TreePrototype>& tree);
     void processNodeInstances(const NodeHandle& node, const daeSmartRef<domNode>& element);
+    unsigned addGeometryInstance(const NodeHandle& node, const daeTArray<daeSmartRef<domInstance_geometry>>& instances);
+    void registerMaterials(const domInstance_geometry& instance);
+    GeometryHandle createAndRegisterGeometry(domGeometry* const geometry);
+    void registerMaterialAttributes(const vesk::String& symbol, domMaterial* const material);
     void addAnimationsToNodes();
 
     vesk::String m_name;

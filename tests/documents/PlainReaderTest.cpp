@@ -6,6 +6,8 @@
 
 #include <array>
 #include <cmath>
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 

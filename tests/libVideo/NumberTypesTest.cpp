@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cfloat>
+#include <clocale>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -14,7 +15,6 @@
 #include <cstring>
 #include <filesystem>
 #include <limits>
-#include <locale.h>
 #include <map>
 #include <memory>
 #include <optional>
@@ -332,15 +332,19 @@ void PrintTo(const TextRow& row, std::ostream* out)
     *out << shown(row.text);
 }
 
-class NumberTypesTextTest : public ::testing::TestWithParam<std::tuple<Kind, TextRow>> {
+class NumberTypesTextTest : public ::testing::TestWithParam<TextRow> {
 protected:
-    Kind kind() const { return std::get<0>(GetParam()); }
-    const std::string& text() const { return std::get<1>(GetParam()).text; }
-
     void expectSame(const std::string& text)
     {
-        EXPECT_EQ(read(attributeOf(m_stock.dae(), kind()), text), read(attributeOf(m_installed.dae(), kind()), text))
-            << shown(text);
+        for (const Kind kind : allKinds) {
+            const unsigned before = m_handler.warningCount();
+            const Reading expected = read(attributeOf(m_stock.dae(), kind), text);
+            const unsigned between = m_handler.warningCount();
+            EXPECT_EQ(expected, read(attributeOf(m_installed.dae(), kind), text))
+                << nameOf(kind) << " of " << shown(text);
+            // What the document model warns of, it warns of as often.
+            EXPECT_EQ(between - before, m_handler.warningCount() - between) << nameOf(kind) << " of " << shown(text);
+        }
     }
 
     const SilentHandler m_handler;
@@ -350,52 +354,38 @@ protected:
 
 TEST_P(NumberTypesTextTest, ReadsAsStock)
 {
-    expectSame(text());
-}
-
-TEST_P(NumberTypesTextTest, ReadsAsStockBetweenOthers)
-{
-    expectSame("1 " + text() + " 2");
-    expectSame(text() + "\n" + text());
-    expectSame("7 " + text());
-    expectSame(text() + "\t-8");
-}
-
-TEST_P(NumberTypesTextTest, ReadsAsStockBetweenBlanks)
-{
-    expectSame(" " + text());
-    expectSame(text() + " ");
-    expectSame("\r\n\t " + text() + " \t\r\n");
+    const std::string& text = GetParam().text;
+    expectSame(text);
+    expectSame("1 " + text + " 2");
+    expectSame("7 " + text);
+    expectSame(text + "\t-8");
+    expectSame(text + "\n" + text);
+    expectSame(" " + text);
+    expectSame(text + " ");
+    expectSame("\r\n\t " + text + " \t\r\n");
 }
 
 TEST_P(NumberTypesTextTest, ReadsAsStockOverAFullArray)
 {
-    std::vector<Reading> readings;
-    for (Model* const model : {&m_stock, &m_installed}) {
-        daeAtomicType* const type = attributeOf(model->dae(), kind())->getType();
-        const std::unique_ptr<daeArray> array(type->createArray());
-        std::string earlier = "91 92 93 94 95 96 97 98 99";
-        ASSERT_TRUE(type->stringToArray(earlier.data(), *array));
-        ASSERT_EQ(9u, array->getCount());
-        std::string copy = text();
-        const bool isAccepted = type->stringToArray(copy.data(), *array) != 0;
-        readings.push_back(readingOf(*array, isAccepted));
+    for (const Kind kind : allKinds) {
+        std::vector<Reading> readings;
+        for (Model* const model : {&m_stock, &m_installed}) {
+            daeAtomicType* const type = attributeOf(model->dae(), kind)->getType();
+            const std::unique_ptr<daeArray> array(type->createArray());
+            std::string earlier = "91 92 93 94 95 96 97 98 99";
+            ASSERT_TRUE(type->stringToArray(earlier.data(), *array));
+            ASSERT_EQ(9u, array->getCount());
+            std::string copy = GetParam().text;
+            const bool isAccepted = type->stringToArray(copy.data(), *array) != 0;
+            readings.push_back(readingOf(*array, isAccepted));
+        }
+        EXPECT_EQ(readings[0], readings[1]) << nameOf(kind) << " of " << shown(GetParam().text);
     }
-    EXPECT_EQ(readings[0], readings[1]) << shown(text());
 }
 
-// What the document model warns of, it warns of as often.
-TEST_P(NumberTypesTextTest, WarnsAsOftenAsStock)
+std::string rowName(const ::testing::TestParamInfo<TextRow>& info)
 {
-    read(attributeOf(m_stock.dae(), kind()), text());
-    const unsigned expected = m_handler.warningCount();
-    read(attributeOf(m_installed.dae(), kind()), text());
-    EXPECT_EQ(expected, m_handler.warningCount() - expected);
-}
-
-std::string textTestName(const ::testing::TestParamInfo<std::tuple<Kind, TextRow>>& info)
-{
-    return nameOf(std::get<0>(info.param)) + "_" + std::get<1>(info.param).name;
+    return info.param.name;
 }
 
 const std::vector<TextRow> signRows{
@@ -664,30 +654,14 @@ const std::vector<TextRow> blankRows{
     {"ManyNumbers", repeated(1000, "1.5 ")},
 };
 
-INSTANTIATE_TEST_SUITE_P(Signs, NumberTypesTextTest,
-                         ::testing::Combine(::testing::ValuesIn(allKinds), ::testing::ValuesIn(signRows)),
-                         textTestName);
-INSTANTIATE_TEST_SUITE_P(Points, NumberTypesTextTest,
-                         ::testing::Combine(::testing::ValuesIn(allKinds), ::testing::ValuesIn(pointRows)),
-                         textTestName);
-INSTANTIATE_TEST_SUITE_P(Exponents, NumberTypesTextTest,
-                         ::testing::Combine(::testing::ValuesIn(allKinds), ::testing::ValuesIn(exponentRows)),
-                         textTestName);
-INSTANTIATE_TEST_SUITE_P(Rounding, NumberTypesTextTest,
-                         ::testing::Combine(::testing::ValuesIn(allKinds), ::testing::ValuesIn(roundingRows)),
-                         textTestName);
-INSTANTIATE_TEST_SUITE_P(Words, NumberTypesTextTest,
-                         ::testing::Combine(::testing::ValuesIn(allKinds), ::testing::ValuesIn(wordRows)),
-                         textTestName);
-INSTANTIATE_TEST_SUITE_P(Bases, NumberTypesTextTest,
-                         ::testing::Combine(::testing::ValuesIn(allKinds), ::testing::ValuesIn(baseRows)),
-                         textTestName);
-INSTANTIATE_TEST_SUITE_P(Integers, NumberTypesTextTest,
-                         ::testing::Combine(::testing::ValuesIn(allKinds), ::testing::ValuesIn(integerRows)),
-                         textTestName);
-INSTANTIATE_TEST_SUITE_P(Blanks, NumberTypesTextTest,
-                         ::testing::Combine(::testing::ValuesIn(allKinds), ::testing::ValuesIn(blankRows)),
-                         textTestName);
+INSTANTIATE_TEST_SUITE_P(Signs, NumberTypesTextTest, ::testing::ValuesIn(signRows), rowName);
+INSTANTIATE_TEST_SUITE_P(Points, NumberTypesTextTest, ::testing::ValuesIn(pointRows), rowName);
+INSTANTIATE_TEST_SUITE_P(Exponents, NumberTypesTextTest, ::testing::ValuesIn(exponentRows), rowName);
+INSTANTIATE_TEST_SUITE_P(Rounding, NumberTypesTextTest, ::testing::ValuesIn(roundingRows), rowName);
+INSTANTIATE_TEST_SUITE_P(Words, NumberTypesTextTest, ::testing::ValuesIn(wordRows), rowName);
+INSTANTIATE_TEST_SUITE_P(Bases, NumberTypesTextTest, ::testing::ValuesIn(baseRows), rowName);
+INSTANTIATE_TEST_SUITE_P(Integers, NumberTypesTextTest, ::testing::ValuesIn(integerRows), rowName);
+INSTANTIATE_TEST_SUITE_P(Blanks, NumberTypesTextTest, ::testing::ValuesIn(blankRows), rowName);
 
 class NumberTypesKindTest : public ::testing::TestWithParam<Kind> {};
 
@@ -712,16 +686,13 @@ TEST_P(NumberTypesKindTest, NullTextEmptiesTheArrayAndIsRefusedAsByStock)
     }
 }
 
-// Each byte but the end, alone and beside digits. Vertical tab and form feed cannot stand in a document.
+// Each byte but the end, alone and beside digits.
 TEST_P(NumberTypesKindTest, EveryByteReadsAsStock)
 {
     const SilentHandler handler;
     Model stock(false);
     Model installed(true);
     for (int byte = 1; byte < 256; ++byte) {
-        if (byte == '\v' || byte == '\f') {
-            continue;
-        }
         const std::string part(1, static_cast<char>(byte));
         for (const std::string& text : {part, part + "2", "1" + part, "1" + part + "2", "-" + part + "2", "." + part,
                                         "1e" + part, "1e" + part + "2", "1." + part + "2", part + part}) {
@@ -1144,8 +1115,8 @@ TEST(NumberTypesDocumentTest, MadeUpDocumentsReadAsStock)
         if (HasFatalFailure()) {
             FAIL() << "seed " << seed;
         }
-        // 10 lists in a geometry, 6 in a node, and 8 others; what nothing was compared of proves nothing.
-        EXPECT_EQ(10u * 6u + 6u * 6u + 8u, walk.lists) << "seed " << seed;
+        // 11 lists in a geometry, 6 in a node, and 8 others; what nothing was compared of proves nothing.
+        EXPECT_EQ(11u * 6u + 6u * 6u + 8u, walk.lists) << "seed " << seed;
         EXPECT_GT(walk.numbers, 300u) << "seed " << seed;
     }
 }
@@ -1267,10 +1238,10 @@ TEST(NumberTypesDocumentTest, DocumentsOfTheCorpusReadAsStock)
 // ---------------------------------------------------------------------------------------------------------------------
 // A locale with a comma
 
-// Numbers of this thread are written as in a country with a comma, until the end.
+// The numbers of the process are written as in a country with a comma, until the end.
 class CommaNumbers {
 public:
-    CommaNumbers()
+    CommaNumbers() : m_before(std::setlocale(LC_NUMERIC, nullptr))
     {
         for (const char* const name : {"de_DE.UTF-8", "de_DE.utf8", "de_DE", "fr_FR.UTF-8", "fr_FR.utf8"}) {
             if (take(name)) {
@@ -1280,55 +1251,37 @@ public:
         // One of its own, where none is installed.
         m_folder = std::make_unique<TemporaryFile>("", "empty");
         const std::string folder = m_folder->folder().string();
-        const std::string command = "localedef -i de_DE -f UTF-8 '" + folder + "/comma' >/dev/null 2>&1";
+        const std::string command = "localedef -i de_DE -f ISO-8859-1 '" + folder + "/comma' >/dev/null 2>&1";
         if (std::system(command.c_str()) != 0) {
             return;
         }
-        const char* const before = std::getenv("LOCPATH");
-        const std::optional<std::string> kept = before != nullptr ? std::optional<std::string>(before) : std::nullopt;
+        const char* const path = std::getenv("LOCPATH");
+        const std::optional<std::string> before = path != nullptr ? std::optional<std::string>(path) : std::nullopt;
         setenv("LOCPATH", folder.c_str(), 1);
         take("comma");
-        if (kept) {
-            setenv("LOCPATH", kept->c_str(), 1);
+        if (before) {
+            setenv("LOCPATH", before->c_str(), 1);
         } else {
             unsetenv("LOCPATH");
         }
     }
-    ~CommaNumbers()
-    {
-        if (m_locale != locale_t()) {
-            uselocale(m_before);
-            freelocale(m_locale);
-        }
-    }
+    ~CommaNumbers() { std::setlocale(LC_NUMERIC, m_before.c_str()); }
     CommaNumbers(const CommaNumbers&) = delete;
     CommaNumbers& operator=(const CommaNumbers&) = delete;
 
-    bool isAvailable() const { return m_locale != locale_t(); }
+    bool isAvailable() const { return m_isAvailable; }
 
 private:
     bool take(const char* name)
     {
-        const locale_t locale = newlocale(LC_NUMERIC_MASK, name, locale_t());
-        if (locale == locale_t()) {
-            return false;
-        }
-        const locale_t before = uselocale(locale);
-        char text[8];
-        std::snprintf(text, sizeof text, "%.1f", 1.5);
-        if (std::strcmp("1,5", text) != 0) {
-            uselocale(before);
-            freelocale(locale);
-            return false;
-        }
-        m_before = before;
-        m_locale = locale;
-        return true;
+        m_isAvailable =
+            std::setlocale(LC_NUMERIC, name) != nullptr && std::strcmp(",", std::localeconv()->decimal_point) == 0;
+        return m_isAvailable;
     }
 
+    std::string m_before;
     std::unique_ptr<TemporaryFile> m_folder;
-    locale_t m_locale = locale_t();
-    locale_t m_before = locale_t();
+    bool m_isAvailable = false;
 };
 
 TEST(NumberTypesLocaleTest, PlainNumbersDoNotDependOnTheLocale)

@@ -870,7 +870,7 @@ struct ControlCase {
 
 void PrintTo(const ControlCase& row, std::ostream* out)
 {
-    *out << ::testing::PrintToString(row.reference);
+    *out << row.name;
 }
 
 class ScenetoolControlTest : public testing::TestWithParam<ControlCase> {};

@@ -72,6 +72,97 @@ Json log(const LoadedScene& loaded)
     return lines;
 }
 
+std::string base64(const unsigned char* bytes, std::size_t size)
+{
+    static constexpr char digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string result;
+    result.reserve((size + 2) / 3 * 4);
+    for (std::size_t i = 0; i < size; i += 3) {
+        const std::size_t left = size - i;
+        const unsigned group = (unsigned(bytes[i]) << 16u) | (left > 1 ? unsigned(bytes[i + 1]) << 8u : 0u) |
+                               (left > 2 ? unsigned(bytes[i + 2]) : 0u);
+        result += digits[group >> 18u];
+        result += digits[(group >> 12u) & 63u];
+        result += left > 1 ? digits[(group >> 6u) & 63u] : '=';
+        result += left > 2 ? digits[group & 63u] : '=';
+    }
+    return result;
+}
+
+Json color(const float* value)
+{
+    return Json::array({number(value[0]), number(value[1]), number(value[2])});
+}
+
+Json textureFile(const libVideo::SharedHandle<libVideo::Texture>& texture)
+{
+    return texture ? text(texture->textureFile()) : Json();
+}
+
+Json primitive(libVideo::Primitive& shown)
+{
+    Json layout = Json::array();
+    for (const libVideo::VertexLayout& attribute : shown.vertexLayout()) {
+        layout.push_back({{"semantic", static_cast<unsigned>(attribute.semantic)},
+                          {"byteSize", attribute.byteSize},
+                          {"byteOffset", attribute.byteOffset},
+                          {"dataType", static_cast<unsigned>(attribute.dataType)}});
+    }
+    Json indices = Json::array();
+    for (const unsigned index : shown.indexBuffer()) {
+        indices.push_back(index);
+    }
+    return {{"type", static_cast<unsigned>(shown.type())},
+            {"id", text(shown.id())},
+            {"material", text(shown.material())},
+            {"count", shown.count()},
+            {"vertexPerPrimitive", shown.vertexPerPrimitive()},
+            {"bytesPerVertex", shown.bytesPerVertex()},
+            {"totalByteSize", shown.totalByteSize()},
+            {"layout", layout},
+            {"indices", indices},
+            {"vertices", base64(shown.vertexBuffer().get(), shown.totalByteSize())}};
+}
+
+Json geometries(const LoadedScene& loaded)
+{
+    Json all = Json::object();
+    for (const auto& [id, bucket] : sorted(loaded.scene().geometryTable())) {
+        const libVideo::Geometry& geometry = *bucket->value;
+        Json users = Json::array();
+        for (const libVideo::NodeHandle& node : geometry.nodes()) {
+            users.push_back(index(loaded, node.get()));
+        }
+        Json primitives = Json::array();
+        for (const libVideo::SharedHandle<libVideo::Primitive>& shown : geometry.mesh().primitives()) {
+            primitives.push_back(primitive(*shown));
+        }
+        all[id] = {{"name", text(geometry.name())}, {"nodes", users}, {"primitives", primitives}};
+    }
+    return all;
+}
+
+Json materials(const LoadedScene& loaded)
+{
+    Json all = Json::object();
+    for (const auto& [symbol, bucket] : sorted(loaded.scene().blinnMaterialTable())) {
+        const libVideo::BlinnMaterial::Component& values = bucket->value->component();
+        all[symbol] = {{"shininess", number(values.shininess)},
+                       {"transparency", number(values.transparency)},
+                       {"emission", color(values.emission)},
+                       {"ambient", color(values.ambient)},
+                       {"diffuse", color(values.diffuse)},
+                       {"specular", color(values.specular)},
+                       {"reflective", color(values.reflective)},
+                       {"emissionTexture", textureFile(values.emissionTexture)},
+                       {"ambientTexture", textureFile(values.ambientTexture)},
+                       {"diffuseTexture", textureFile(values.diffuseTexture)},
+                       {"specularTexture", textureFile(values.specularTexture)},
+                       {"reflectiveTexture", textureFile(values.reflectiveTexture)}};
+    }
+    return all;
+}
+
 Json nodes(const LoadedScene& loaded)
 {
     Json all = Json::array();
@@ -99,6 +190,8 @@ void writeDump(const LoadedScene& loaded, std::ostream& out)
 {
     // Asking the scene may log as well, so the log is taken last.
     Json nodeList = nodes(loaded);
+    Json geometryList = geometries(loaded);
+    Json materialList = materials(loaded);
 
     Json dump;
     dump["file"] = loaded.file();
@@ -106,6 +199,8 @@ void writeDump(const LoadedScene& loaded, std::ostream& out)
     dump["error"] = error(loaded);
     dump["log"] = log(loaded);
     dump["nodes"] = std::move(nodeList);
+    dump["geometries"] = std::move(geometryList);
+    dump["materials"] = std::move(materialList);
     // Text of a document is UTF-8, a path need not be.
     out << dump.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
 }

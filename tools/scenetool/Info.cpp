@@ -1,6 +1,8 @@
 #include "Info.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstring>
 #include <iomanip>
 #include <sstream>
 #include <vector>
@@ -153,16 +155,156 @@ void writeTree(const LoadedScene& loaded, const std::vector<TreeLine>& lines, co
     }
 }
 
+const char* semanticWord(libVideo::VertexSemantic semantic)
+{
+    switch (semantic) {
+    case libVideo::SEMANTIC_BINORMAL:
+        return "binormal";
+    case libVideo::SEMANTIC_WEIGHT:
+        return "weight";
+    case libVideo::SEMANTIC_COLOR:
+        return "color";
+    case libVideo::SEMANTIC_NORMAL:
+        return "normal";
+    case libVideo::SEMANTIC_POSITION:
+        return "position";
+    case libVideo::SEMANTIC_TANGENT:
+        return "tangent";
+    case libVideo::SEMANTIC_TEXCOORD:
+        return "texcoord";
+    case libVideo::SEMANTIC_INPUT:
+        return "input";
+    case libVideo::SEMANTIC_OUTPUT:
+        return "output";
+    case libVideo::SEMANTIC_INTERPOLATION:
+        return "interpolation";
+    case libVideo::SEMANTIC_IN_TANGENT:
+        return "in tangent";
+    case libVideo::SEMANTIC_OUT_TANGENT:
+        return "out tangent";
+    case libVideo::SEMANTIC_UNKNOWN:
+        break;
+    }
+    return "unknown";
+}
+
+// Attributes in their order, each with its number of floats.
+std::string layoutText(const libVideo::Primitive& primitive)
+{
+    std::string text;
+    for (const libVideo::VertexLayout& attribute : primitive.vertexLayout()) {
+        text += (text.empty() ? "" : ", ") + std::string(semanticWord(attribute.semantic)) + " " +
+                std::to_string(attribute.byteSize / sizeof(float));
+    }
+    return text.empty() ? "nothing" : text;
+}
+
+// The smallest box around all positions, empty without any.
+std::string boxText(libVideo::Primitive& primitive)
+{
+    libVideo::VertexLayout layout;
+    const std::size_t stride = primitive.bytesPerVertex();
+    if (!primitive.positionLayout(layout) || layout.byteSize < 3 * sizeof(float) || primitive.totalByteSize() == 0) {
+        return std::string();
+    }
+    float low[3] = {INFINITY, INFINITY, INFINITY};
+    float high[3] = {-INFINITY, -INFINITY, -INFINITY};
+    for (std::size_t start = layout.byteOffset; start + 3 * sizeof(float) <= primitive.totalByteSize();
+         start += stride) {
+        float position[3] = {};
+        std::memcpy(position, primitive.vertexBuffer().get() + start, sizeof(position));
+        for (unsigned i = 0; i < 3; ++i) {
+            low[i] = std::fmin(low[i], position[i]);
+            high[i] = std::fmax(high[i], position[i]);
+        }
+    }
+    std::string text = ", box";
+    for (unsigned i = 0; i < 3; ++i) {
+        text += " " + numberText(low[i]) + ".." + numberText(high[i]);
+    }
+    return text;
+}
+
+std::string primitiveText(libVideo::Primitive& primitive)
+{
+    const std::size_t size = primitive.bytesPerVertex();
+    const std::size_t vertices = size == 0 ? 0 : primitive.totalByteSize() / size;
+    std::string text;
+    switch (primitive.type()) {
+    case libVideo::PRIMITIVE_TRIANGLE_LIST:
+        text = counted(primitive.count(), "triangle");
+        break;
+    case libVideo::PRIMITIVE_POINT_CLOUD:
+        text = counted(primitive.count(), "point");
+        break;
+    case libVideo::PRIMITIVE_INVALID:
+        return "not loaded";
+    }
+    const std::string material = printable(primitive.material().data());
+    return text + ", " + std::to_string(vertices) + (vertices == 1 ? " vertex of " : " vertices of ") +
+           counted(size, "byte") + ": " + layoutText(primitive) + boxText(primitive) +
+           (material.empty() ? "" : ", material " + material);
+}
+
+void writeGeometries(const LoadedScene& loaded, const Painter& paint, std::ostream& out)
+{
+    if (loaded.scene().geometryTable().size() == 0) {
+        return;
+    }
+    out << paint.bold("Geometries") << '\n';
+    for (const auto& [id, bucket] : sorted(loaded.scene().geometryTable())) {
+        const libVideo::Geometry& geometry = *bucket->value;
+        out << "  " << printable(id);
+        if (!geometry.name().empty() && geometry.name() != geometry.id()) {
+            out << " (" << printable(geometry.name().data()) << ")";
+        }
+        for (const libVideo::NodeHandle& node : geometry.nodes()) {
+            out << paint.faint("  on " + nodeTitle(*node));
+        }
+        out << '\n';
+        for (const libVideo::SharedHandle<libVideo::Primitive>& primitive : geometry.mesh().primitives()) {
+            out << "    " << primitiveText(*primitive) << '\n';
+        }
+    }
+}
+
+std::string colorText(const char* name, const float* color, const libVideo::SharedHandle<libVideo::Texture>& texture)
+{
+    std::string text = std::string("  ") + name;
+    if (!texture) {
+        return text + " " + numberText(color[0]) + " " + numberText(color[1]) + " " + numberText(color[2]);
+    }
+    const std::string file = printable(texture->textureFile().data());
+    return text + " " + (file.empty() ? "without its texture" : file);
+}
+
+void writeMaterials(const LoadedScene& loaded, const Painter& paint, std::ostream& out)
+{
+    if (loaded.scene().blinnMaterialTable().size() == 0) {
+        return;
+    }
+    out << paint.bold("Materials") << '\n';
+    for (const auto& [symbol, bucket] : sorted(loaded.scene().blinnMaterialTable())) {
+        const libVideo::BlinnMaterial::Component& values = bucket->value->component();
+        out << "  " << printable(symbol) << colorText("diffuse", values.diffuse, values.diffuseTexture)
+            << colorText("specular", values.specular, values.specularTexture) << "  shininess "
+            << numberText(values.shininess) << colorText("emission", values.emission, values.emissionTexture) << '\n';
+    }
+}
+
 } // namespace
 
 std::string printable(const std::string& text)
 {
     std::string result = text;
+    unsigned char before = 0;
     for (char& c : result) {
         const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20u || byte == 0x7Fu) {
+        // C2 leads the second set of control characters, 80 to 9F, in UTF-8.
+        if (byte < 0x20u || byte == 0x7Fu || (before == 0xC2u && byte >= 0x80u && byte < 0xA0u)) {
             c = '?';
         }
+        before = byte;
     }
     return result;
 }
@@ -178,6 +320,8 @@ void writeInfo(const LoadedScene& loaded, const InfoOptions& options, std::ostre
     if (!lines.empty()) {
         writeTree(loaded, lines, paint, out);
     }
+    writeGeometries(loaded, paint, out);
+    writeMaterials(loaded, paint, out);
     if (!loaded.log().empty()) {
         out << paint.bold("Messages") << '\n';
     }

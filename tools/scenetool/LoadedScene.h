@@ -4,6 +4,7 @@
 
 #include <vesk/Logging.h>
 
+#include <map>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -65,5 +66,16 @@ private:
     std::vector<libVideo::Node*> m_nodes;
     std::unordered_map<const libVideo::Node*, std::size_t> m_indices;
 };
+
+/// The buckets of a table, in the order of their keys.
+template <class Table>
+std::map<std::string, const typename Table::Bucket*> sorted(const Table& table)
+{
+    std::map<std::string, const typename Table::Bucket*> buckets;
+    for (const typename Table::Bucket& bucket : table) {
+        buckets.emplace(bucket.key.data(), &bucket);
+    }
+    return buckets;
+}
 
 } // namespace scenetool

@@ -52,7 +52,8 @@ public:
     /// @throws SerializationFailed if the object, or one that it holds, has no serialized form; `xml` is unchanged then
     virtual void doSerialization(const String& name, String& xml);
     /// Reads the object back from what `doSerialization` wrote.
-    /// @return false, with nothing changed, if the text is not well-formed or holds an object of another class
+    /// @return false, with nothing changed, if the text does not parse or holds an object of another class; what stands
+    ///     around the object is not looked at
     virtual bool deserialize(const String& xml);
 
     /// Reads the members from their element.

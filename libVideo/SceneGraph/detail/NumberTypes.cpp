@@ -11,9 +11,10 @@ namespace libVideo::detail {
 
 namespace {
 
+// What separates tokens for the document model.
 bool isBlank(char c)
 {
-    return c == ' ' || (c >= '\t' && c <= '\r');
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
 bool isDigit(char c)

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <libVideo/ColladaDom.h>
+#include <libVideo/Export.h>
+#include <libVideo/Fwd.h>
+#include <libVideo/SceneGraph/Primitive.h>
+
+#include <vesk/Array.h>
+#include <vesk/SharedResource.h>
+#include <vesk/String.h>
+
+namespace libVideo {
+
+/// The primitives of a `<mesh>`. Copies share them.
+class LIBVIDEO_API Mesh {
+public:
+    Mesh() = default;
+    Mesh(const Mesh&) = default;
+    Mesh& operator=(const Mesh&) = default;
+    ~Mesh();
+
+    /// @return whether there is anything to show; a mesh always has at least a point cloud
+    /// @throws vesk::NullPointer for null, and what `createPrimitive` throws
+    bool createFromCollada(domMesh* const mesh);
+
+    /// Empty.
+    const vesk::String& id() const { return m_id; }
+    /// In document order.
+    const vesk::Array<SharedHandle<Primitive>>& primitives() const { return m_primitives; }
+
+private:
+    vesk::String m_id;
+    vesk::Array<SharedHandle<Primitive>> m_primitives;
+};
+
+/// One `<geometry>`: its mesh, and the nodes that show it. Copies share primitives and nodes.
+class LIBVIDEO_API Geometry {
+public:
+    Geometry() = default;
+    Geometry(const Geometry&) = default;
+    Geometry& operator=(const Geometry&) = default;
+    ~Geometry();
+
+    /// @return false, with one line on "libVideo.geometry", if the element has no `<mesh>`; id and name stay empty then
+    bool createFromCollada(const daeSmartRef<domGeometry>& geometry);
+
+    /// Lists a node that shows the geometry, unless one of the same id, whatever its case, is listed already.
+    void addNode(const NodeHandle& node);
+    /// In the order of `addNode`.
+    const vesk::Array<NodeHandle>& nodes() const { return m_nodes; }
+
+    /// The attributes of the element, empty without one, or if the load failed.
+    const vesk::String& id() const { return m_id; }
+    const vesk::String& name() const { return m_name; }
+    const Mesh& mesh() const { return m_mesh; }
+
+private:
+    vesk::String m_id;
+    vesk::String m_name;
+    Mesh m_mesh;
+    vesk::Array<NodeHandle> m_nodes;
+};
+
+} // namespace libVideo

@@ -1,0 +1,131 @@
+#pragma once
+
+#include <libVideo/Export.h>
+#include <libVideo/Fwd.h>
+#include <libVideo/SceneGraph/Source.h>
+#include <libVideo/SceneGraph/VertexLayout.h>
+
+#include <vesk/Array.h>
+
+namespace libVideo {
+
+/// The inputs of one primitive, resolved to sources, and its vertices as bytes.
+///
+/// A vertex is the concatenation of one record per source, in source order; a record is its components in `<param>`
+/// order, a component its tokens: of a float four bytes in host order. Nothing is aligned and there are no gaps.
+class LIBVIDEO_API Input {
+public:
+    Input() = default;
+    Input(const Input&) = default;
+    Input& operator=(const Input&) = default;
+    virtual ~Input();
+
+    /// The bytes of a vertex, valid until another one is asked for. Asking for the current one again reads nothing.
+    virtual const vesk::Array<unsigned char>& data(unsigned index) = 0;
+
+    /// Whether there is any source.
+    bool hasData() const { return m_sources.size() > 0; }
+    /// One entry for each source, in the same order.
+    const vesk::Array<VertexLayout>& layout() const { return m_layout; }
+    /// Sum of the `byteSize` of all attributes.
+    unsigned bytePerAccess() const { return m_bytePerAccess; }
+
+protected:
+    static constexpr unsigned noIndex = 0xFFFFFFFFu;
+
+    /// Appends the bytes of a record to the stream.
+    void dataAsByteStream(const vesk::Array<Data>& data);
+
+    /// Fills the stream anew while it lives: bytes replace those that are there, so that refilling with a vertex of the
+    /// same size allocates nothing. What was not replaced at its end is cut off.
+    class Refill {
+    public:
+        explicit Refill(Input& input);
+        ~Refill();
+        Refill(const Refill&) = delete;
+        Refill& operator=(const Refill&) = delete;
+
+    private:
+        Input& m_input;
+    };
+
+    unsigned m_cachedIndex = noIndex;
+    unsigned m_bytePerAccess = 0;
+    vesk::Array<unsigned char> m_byteStream;
+    vesk::Array<VertexLayout> m_layout;
+    vesk::Array<SharedHandle<Source>> m_sources;
+
+private:
+    void writeBytes(const unsigned char* bytes, unsigned count);
+
+    unsigned m_replaced = noIndex; // bytes replaced by a refill; none is under way
+};
+
+/// The inputs of a `<vertices>`: one index picks one record of every source.
+class LIBVIDEO_API InputLocal : public Input {
+public:
+    /// Loads as `createFromCollada` does, whose result is dropped.
+    explicit InputLocal(const daeTArray<daeSmartRef<domInputLocal>>& inputs);
+    InputLocal(const InputLocal&) = default;
+    InputLocal& operator=(const InputLocal&) = default;
+    ~InputLocal() override;
+
+    /// Starts anew with these inputs; those that cannot be used are skipped, each with a line on "libVideo.input" or
+    /// "libVideo.source".
+    /// @return true if at least one source was made; else false, with a further line
+    bool createFromCollada(const daeTArray<daeSmartRef<domInputLocal>>& inputs);
+
+    /// @throws vesk::AssertionFailure if a source has no such record; the stream holds what was read before it then
+    const vesk::Array<unsigned char>& data(unsigned index) override;
+
+    /// Records of the first source; the others are not compared with it. 0 of a source without accessor.
+    unsigned numVertices() const { return m_numVertices; }
+    /// How many records the arrays of the sources reach into, the longest of them.
+    unsigned backedVertices() const;
+
+private:
+    friend class InputLocalOffset;
+    const vesk::Array<SharedHandle<Source>>& sources() const { return m_sources; }
+
+    unsigned m_numVertices = 0;
+};
+
+/// The inputs of a `<triangles>`: the indices of a vertex come from `<p>`, as many as there are distinct offsets.
+///
+/// Sources and offsets are paired by position: source i takes the offset of the i-th `<input>`. A "VERTEX" input stands
+/// for all inputs of its `<vertices>`, at its place; several of these, or a skipped input, shift all that follow.
+class LIBVIDEO_API InputLocalOffset : public Input {
+public:
+    /// Loads as `createFromCollada` does, whose result is dropped.
+    InputLocalOffset(const daeTArray<daeSmartRef<domInputLocalOffset>>& inputs, domP* const p);
+    InputLocalOffset(const InputLocalOffset&) = default;
+    InputLocalOffset& operator=(const InputLocalOffset&) = default;
+    ~InputLocalOffset() override;
+
+    /// Skips inputs that cannot be used, as `InputLocal` does. Sources of an earlier call stay.
+    /// @param p the index list, not owned; null reads as an empty one
+    /// @return true if there is at least one source; else false, with a further line
+    bool createFromCollada(const daeTArray<daeSmartRef<domInputLocalOffset>>& inputs, domP* const p);
+
+    /// The bytes of the vertex of the `index`-th tuple. What lies behind the end of `<p>` reads as 0.
+    /// @throws vesk::IndexOutOfBounds if there are more sources than inputs
+    /// @throws vesk::AssertionFailure if a source has no record of an index
+    const vesk::Array<unsigned char>& data(unsigned index) override;
+    /// The `index`-th tuple of `<p>`, valid until another is asked for; not refreshed if `data` gave that vertex last.
+    const vesk::Array<unsigned>& pIndex(unsigned index);
+
+    /// Length of a tuple.
+    unsigned offsetCount() const { return m_offsetCount; }
+
+private:
+    void addOffset(unsigned offset);
+    void createVertices(const daeSmartRef<domInputLocalOffset>& input);
+    void refreshTuple(unsigned index);
+
+    unsigned m_offsetCount = 0;
+    vesk::Array<unsigned> m_offsets; // of each input, repeats kept
+    domP* m_p = nullptr;             // of the document
+    vesk::Array<unsigned> m_pIndices;
+};
+
+} // namespace libVideo

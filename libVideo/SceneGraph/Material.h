@@ -1,0 +1,59 @@
+#pragma once
+
+#include <libVideo/ColladaDom.h>
+#include <libVideo/Export.h>
+#include <libVideo/Fwd.h>
+#include <libVideo/SceneGraph/Texture.h>
+
+#include <vesk/SharedResource.h>
+
+namespace libVideo {
+
+/// The shading values of a `<blinn>` or `<phong>`: five colors, each of which may carry a texture, and two coefficients.
+class LIBVIDEO_API BlinnMaterial {
+public:
+    /// The values. Colors are red, green and blue as written, unclamped, and white until the document has one; alpha is
+    /// not kept. A texture that could not be resolved stays in its handle, with an empty file. Copies share textures.
+    struct LIBVIDEO_API Component {
+        float shininess = 0.0f;
+        float transparency = 0.0f;
+        float emission[3] = {1.0f, 1.0f, 1.0f};
+        SharedHandle<Texture> emissionTexture;
+        float ambient[3] = {1.0f, 1.0f, 1.0f};
+        SharedHandle<Texture> ambientTexture;
+        float diffuse[3] = {1.0f, 1.0f, 1.0f};
+        SharedHandle<Texture> diffuseTexture;
+        float specular[3] = {1.0f, 1.0f, 1.0f};
+        SharedHandle<Texture> specularTexture;
+        float reflective[3] = {1.0f, 1.0f, 1.0f};
+        SharedHandle<Texture> reflectiveTexture;
+    };
+
+    BlinnMaterial() = default;
+    BlinnMaterial(const BlinnMaterial&) = default;
+    BlinnMaterial& operator=(const BlinnMaterial&) = default;
+    ~BlinnMaterial();
+
+    const Component& component() const { return m_component; }
+
+    /// Reads `<emission>`, `<ambient>`, `<diffuse>`, `<specular>`, `<reflective>`, `<shininess>` and `<transparency>`; what
+    /// the element lacks keeps its value. A null element, and each texture that does not resolve, gives one line on
+    /// "libVideo.material".
+    /// @param profile whose newparams the textures refer to
+    void createFromCollada(const daeSmartRef<domProfile_COMMON::domTechnique::domBlinn>& blinn,
+                           domProfile_COMMON* const profile);
+    void createFromCollada(const daeSmartRef<domProfile_COMMON::domTechnique::domPhong>& phong,
+                           domProfile_COMMON* const profile);
+
+private:
+    template <class Shader>
+    void readShader(const Shader& shader, domProfile_COMMON* profile);
+    void writeColor(const daeSmartRef<domCommon_color_or_texture_type>& source, float* const color,
+                    SharedHandle<Texture>& texture);
+    void writeFloatCoeff(const daeSmartRef<domCommon_float_or_param_type>& source, float& value);
+
+    Component m_component;
+    domProfile_COMMON* m_profile = nullptr; // of the document
+};
+
+} // namespace libVideo

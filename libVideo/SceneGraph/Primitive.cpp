@@ -1,0 +1,172 @@
+#include <libVideo/SceneGraph/Primitive.h>
+
+#include "detail/Dom.h"
+#include "detail/Log.h"
+#include "detail/TupleTable.h"
+
+#include <libVideo/SceneGraph/Input.h>
+
+#include <cstdint>
+
+namespace libVideo {
+
+VIDEO_LOG_CHANNEL("libVideo.primitive")
+VIDEO_SOURCE_PATH("libVideo/SceneGraph/Primitive")
+
+namespace {
+
+// How many points sources may claim that no array backs.
+constexpr unsigned mostUnbackedPoints = 1048576;
+
+} // namespace
+
+Primitive::~Primitive() = default;
+
+bool Primitive::vertex(unsigned index, vesk::Buffer<unsigned char>& out) const
+{
+    unsigned start = 0;
+    if (m_indexBuffer.size() > 0) {
+        if (index >= m_indexBuffer.size()) {
+            return false;
+        }
+        start = m_indexBuffer[index] * m_bytesPerVertex;
+    } else {
+        if (index >= m_vertexStream.size()) { // in bytes, not in vertices
+            return false;
+        }
+        start = index * m_bytesPerVertex;
+    }
+    out.resize(m_bytesPerVertex, false);
+    for (unsigned i = 0; i < m_bytesPerVertex; ++i) {
+        out[i] = m_vertexStream[start + i];
+    }
+    return true;
+}
+
+bool Primitive::findLayout(VertexSemantic semantic, VertexLayout& layout) const
+{
+    for (const VertexLayout& known : m_vertexLayout) {
+        if (known == VertexLayout(semantic)) {
+            layout = known;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool Primitive::createIndexedVertexBuffer(const SharedHandle<InputLocalOffset>& input)
+{
+    const unsigned total = m_vertexPerPrimitive * m_count;
+    m_indexBuffer.clear();
+    m_indexBuffer.grow(total, 0);
+    if (!input->hasData()) {
+        return false;
+    }
+    detail::TupleTable known(input->offsetCount(), total);
+    VertexId corner;
+    unsigned* const indices = m_indexBuffer.getData();
+    for (unsigned c = 0; c < total; ++c) {
+        const vesk::Array<unsigned>& tuple = input->pIndex(c);
+        corner.indices.assign(tuple.getData(), tuple.size());
+        const detail::TupleTable::Place place = known.insert(corner.indices.data());
+        if (place.isNew) {
+            m_vertexStream.appendArray(input->data(c));
+        }
+        indices[c] = place.index;
+    }
+    return m_vertexStream.size() > 0;
+}
+
+TriangleList::TriangleList(domTriangles* const triangles)
+{
+    createFromCollada(triangles);
+}
+
+TriangleList::~TriangleList() = default;
+
+bool TriangleList::createFromCollada(domTriangles* const triangles)
+{
+    if (triangles == nullptr) {
+        VIDEO_LOG("NULL domTriangles passed in");
+        return false;
+    }
+    m_material = triangles->getMaterial();
+    if (triangles->getInput_array().getCount() == 0) {
+        VIDEO_LOG("Skipping <triangles> element with no vertex description");
+        return false;
+    }
+    m_count = detail::low32(triangles->getCount());
+    const domPRef p = triangles->getP();
+    const SharedHandle<InputLocalOffset> input(new InputLocalOffset(triangles->getInput_array(), p));
+    m_bytesPerVertex = input->bytePerAccess();
+    m_vertexPerPrimitive = 3;
+    m_vertexLayout = input->layout();
+    m_type = PRIMITIVE_TRIANGLE_LIST;
+    m_id = triangles->getName();
+
+    const std::uint64_t indexCount = p != nullptr ? p->getValue().getCount() : 0;
+    const std::uint64_t wholeTriangles = indexCount / (std::uint64_t(m_vertexPerPrimitive) * input->offsetCount());
+    if (m_count > wholeTriangles) {
+        VIDEO_LOG("Triangles have fewer indices than their count");
+        m_count = static_cast<unsigned>(wholeTriangles);
+    }
+    return createIndexedVertexBuffer(input);
+}
+
+PointCloud::PointCloud(domVertices* const vertices)
+{
+    createFromCollada(vertices);
+}
+
+PointCloud::~PointCloud() = default;
+
+bool PointCloud::createFromCollada(domVertices* const vertices)
+{
+    VIDEO_TRACE("PointCloud::createFromCollada");
+    if (vertices == nullptr) {
+        VIDEO_LOG("NULL domVertices passed");
+        return false;
+    }
+    m_id = vertices->getId();
+    m_vertexLayout.clear();
+    InputLocal input(vertices->getInput_array());
+    m_bytesPerVertex = input.bytePerAccess();
+    m_vertexLayout = input.layout();
+    m_vertexStream.clear();
+    m_count = input.numVertices();
+    m_vertexPerPrimitive = 1;
+    const unsigned backed = input.backedVertices();
+    const unsigned most = backed > mostUnbackedPoints ? backed : mostUnbackedPoints;
+    m_count = m_count < most ? m_count : most;
+    for (unsigned i = 0; i < m_count; ++i) {
+        m_vertexStream.appendArray(input.data(i));
+    }
+    m_type = PRIMITIVE_POINT_CLOUD;
+    return true;
+}
+
+unsigned createPrimitive(const domMesh& mesh, vesk::Array<SharedHandle<Primitive>>& primitives)
+{
+    using PrimitiveHandle = SharedHandle<Primitive>;
+    primitives.clear();
+    // Lines are counted and nothing more: their count alone keeps a point cloud away.
+    auto result = static_cast<unsigned>(mesh.getLines_array().getCount());
+    const domTriangles_Array& triangles = mesh.getTriangles_array();
+    for (std::size_t i = 0; i < triangles.getCount(); ++i) {
+        auto* const list = new TriangleList;
+        const PrimitiveHandle handle(list);
+        list->createFromCollada(triangles[i]);
+        primitives.append(handle);
+        ++result;
+    }
+    if (result != 0) {
+        return result;
+    }
+    auto* const cloud = new PointCloud;
+    const PrimitiveHandle handle(cloud);
+    cloud->createFromCollada(mesh.getVertices());
+    primitives.append(handle);
+    return 1;
+}
+
+} // namespace libVideo

@@ -1,0 +1,135 @@
+#pragma once
+
+#include <libVideo/ColladaDom.h>
+#include <libVideo/Export.h>
+#include <libVideo/Fwd.h>
+#include <libVideo/SceneGraph/VertexLayout.h>
+
+#include <vesk/Array.h>
+#include <vesk/Buffer.h>
+#include <vesk/CopiedResource.h>
+#include <vesk/SharedResource.h>
+#include <vesk/String.h>
+
+namespace libVideo {
+
+/// How a primitive is drawn. The numbers are part of the interface.
+enum PrimitiveType : unsigned {
+    PRIMITIVE_TRIANGLE_LIST = 4,
+    PRIMITIVE_POINT_CLOUD = 7,
+    PRIMITIVE_INVALID = 8 ///< never loaded
+};
+
+/// One drawable piece of a mesh as a renderer takes it: packed vertices, an index buffer, and the layouts that say what
+/// lies where in a vertex. Once built it keeps no link to the document.
+///
+/// Vertex k starts at byte k · `bytesPerVertex()` of the vertex stream; its attributes follow each other without gaps,
+/// 32-bit floats in host byte order. Entry c of the index buffer is the vertex of corner c; triangle t owns the entries
+/// 3t, 3t + 1 and 3t + 2.
+class LIBVIDEO_API Primitive {
+public:
+    /// The index tuple of one vertex. Two vertices are one if these are equal, whatever their bytes.
+    struct LIBVIDEO_API VertexId {
+        vesk::Buffer<unsigned> indices;
+        bool operator==(const VertexId& other) const { return indices == other.indices; }
+    };
+
+    Primitive(const Primitive&) = default;
+    Primitive& operator=(const Primitive&) = default;
+    virtual ~Primitive();
+
+    /// Number of triangles, or of points.
+    unsigned count() const { return m_count; }
+    /// 3 of a triangle list, 1 of a point cloud.
+    unsigned vertexPerPrimitive() const { return m_vertexPerPrimitive; }
+    /// Sum of the byte sizes in the layout.
+    unsigned bytesPerVertex() const { return m_bytesPerVertex; }
+    PrimitiveType type() const { return m_type; }
+    /// Bytes of the vertex stream.
+    unsigned totalByteSize() const { return m_vertexStream.size(); }
+
+    /// The first byte of the vertex stream, not owned by the handle; valid as long as the primitive does not change.
+    Link<unsigned char> vertexBuffer() { return Link<unsigned char>(m_vertexStream.getData()); }
+    /// One entry for each corner; empty of a point cloud.
+    const vesk::Array<unsigned>& indexBuffer() const { return m_indexBuffer; }
+    /// The attributes of a vertex, in the order in which they lie.
+    const vesk::Array<VertexLayout>& vertexLayout() const { return m_vertexLayout; }
+
+    /// The `name` of a `<triangles>`, the `id` of a `<vertices>`.
+    const vesk::String& id() const { return m_id; }
+    /// The symbol of the material, a key of `VisualScene::blinnMaterialTable()`; empty of a point cloud.
+    const vesk::String& material() { return m_material; }
+
+    /// Copies one vertex out: that of corner `index`, or without an index buffer vertex `index`.
+    /// @return false, with `out` unchanged, if there is no such corner, or if `index` is not below the number of bytes
+    ///     in the vertex stream
+    /// @throws vesk::IndexOutOfBounds if the vertex does not lie in the stream
+    bool vertex(unsigned index, vesk::Buffer<unsigned char>& out) const;
+
+    bool hasPosition() const { return m_vertexLayout.contains(VertexLayout(SEMANTIC_POSITION)); }
+    bool hasNormal() const { return m_vertexLayout.contains(VertexLayout(SEMANTIC_NORMAL)); }
+    bool hasTextureCoord() const { return m_vertexLayout.contains(VertexLayout(SEMANTIC_TEXCOORD)); }
+    /// The first attribute of that kind. @return false, with `layout` unchanged, if there is none
+    bool positionLayout(VertexLayout& layout) const { return findLayout(SEMANTIC_POSITION, layout); }
+    bool normalLayout(VertexLayout& layout) const { return findLayout(SEMANTIC_NORMAL, layout); }
+    bool textureCoordLayout(VertexLayout& layout) const { return findLayout(SEMANTIC_TEXCOORD, layout); }
+
+protected:
+    Primitive() = default;
+
+    bool findLayout(VertexSemantic semantic, VertexLayout& layout) const;
+    /// Gives every distinct index tuple one vertex, numbered by first use. Each distinct tuple costs one read of the
+    /// sources, a known one none, and finding it takes constant time on average.
+    /// @return whether the vertex stream holds any byte
+    bool createIndexedVertexBuffer(const SharedHandle<InputLocalOffset>& input);
+
+    unsigned m_count = 0;
+    unsigned m_vertexPerPrimitive = 0;
+    unsigned m_bytesPerVertex = 0;
+    PrimitiveType m_type = PRIMITIVE_INVALID;
+    vesk::Array<unsigned char> m_vertexStream;
+    vesk::Array<unsigned> m_indexBuffer;
+    vesk::Array<VertexLayout> m_vertexLayout;
+    vesk::String m_id;
+    vesk::String m_material;
+};
+
+/// A `<triangles>` as one indexed triangle list.
+class LIBVIDEO_API TriangleList : public Primitive {
+public:
+    TriangleList() = default;
+    /// Loads as `createFromCollada` does, whose result is dropped.
+    explicit TriangleList(domTriangles* const triangles);
+    TriangleList(const TriangleList&) = default;
+    TriangleList& operator=(const TriangleList&) = default;
+    ~TriangleList() override;
+
+    /// Meant to run once. A `count` that the index list does not hold becomes the number of whole triangles in it.
+    /// @return false, with a line on "libVideo.primitive" or below, for null, without any `<input>`, or if there is no
+    ///     byte of any vertex
+    /// @throws vesk::IndexOutOfBounds, vesk::AssertionFailure as `InputLocalOffset::data` does
+    bool createFromCollada(domTriangles* const triangles);
+};
+
+/// The records of a `<vertices>` as points, without an index buffer.
+class LIBVIDEO_API PointCloud : public Primitive {
+public:
+    PointCloud() = default;
+    /// Loads as `createFromCollada` does, whose result is dropped.
+    explicit PointCloud(domVertices* const vertices);
+    PointCloud(const PointCloud&) = default;
+    PointCloud& operator=(const PointCloud&) = default;
+    ~PointCloud() override;
+
+    /// As many points as the first source has records; of records that no array backs, 1,048,576 at the most.
+    /// @return false, with a line on "libVideo.primitive", for null; else true, also for an empty cloud
+    /// @throws vesk::AssertionFailure if another source has fewer records
+    bool createFromCollada(domVertices* const vertices);
+};
+
+/// Makes the primitives of a `<mesh>`: one for each `<triangles>`, or a point cloud of its `<vertices>` if it has neither
+/// `<triangles>` nor `<lines>`. Other kinds are not looked at; one that fails to load stays in the list.
+/// @return the number of `<lines>` and `<triangles>`, or 1 for a point cloud
+LIBVIDEO_API unsigned createPrimitive(const domMesh& mesh, vesk::Array<SharedHandle<Primitive>>& primitives);
+
+} // namespace libVideo

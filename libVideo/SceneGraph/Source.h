@@ -1,0 +1,86 @@
+#pragma once
+
+#include <libVideo/ColladaDom.h>
+#include <libVideo/Export.h>
+#include <libVideo/Fwd.h>
+#include <libVideo/SceneGraph/Accessor.h>
+
+#include <vesk/Array.h>
+#include <vesk/SharedResource.h>
+#include <vesk/String.h>
+
+namespace libVideo {
+
+/// One `<source>` as records of components. Copies share one accessor and thus one current record. The document has to
+/// stay open as long as a source is read.
+class LIBVIDEO_API Source {
+public:
+    Source(const Source&) = default;
+    Source& operator=(const Source&) = default;
+    virtual ~Source();
+
+    /// Reads the `<source>`. @return whether it can be read; see `SourceFloat`
+    virtual bool createFromCollada(const daeSmartRef<domSource>& source) = 0;
+    /// The components of a record, valid until another one is read, also through a copy.
+    virtual const vesk::Array<Data>& operator[](unsigned index) const = 0;
+
+    /// The `id` of the element, empty without one.
+    const vesk::String& id() const { return m_id; }
+    /// What one record is.
+    DataType dataType() const { return m_dataType; }
+    /// Whether the source was made on an element; says nothing of whether it loaded.
+    bool isInitialized() const { return m_element != nullptr; }
+
+    /// Number of records, floats from one to the next, and bytes of a record: as the accessor has them, 0 without one.
+    unsigned count() const { return m_accessor ? m_accessor->count() : 0; }
+    unsigned stride() const { return m_accessor ? m_accessor->stride() : 0; }
+    unsigned bytePerAccess() const { return m_accessor ? m_accessor->bytePerAccess() : 0; }
+
+    /// As `operator[]`.
+    const vesk::Array<Data>& data(unsigned index) const { return (*this)[index]; }
+
+    /// How many records the array behind the accessor reaches into; 0 without an accessor that found an array.
+    unsigned backedCount() const { return m_accessor ? m_accessor->backedCount() : 0; }
+
+protected:
+    explicit Source(DataType type) : m_dataType(type) {}
+    Source(DataType type, const daeSmartRef<domSource>& source) : m_dataType(type), m_element(source) {}
+
+    DataType m_dataType;
+    unsigned m_arrayCount = 0; // floats of a source without accessor
+    vesk::String m_id;
+    SharedHandle<Accessor> m_accessor;
+    daeSmartRef<domSource> m_element;
+    mutable vesk::Array<Data> m_singleValue; // scratch of a source without accessor: one float
+};
+
+/// A source of floats: through the accessor of its `<technique_common>`, or float by float from its bare `<float_array>`
+/// if it has none. A source whose accessor failed keeps reading through that.
+class LIBVIDEO_API SourceFloat : public Source {
+public:
+    /// Of an invalid type, without an element.
+    SourceFloat();
+    /// Loads as `createFromCollada` does, whose result is dropped.
+    explicit SourceFloat(const daeSmartRef<domSource>& source);
+    SourceFloat(const SourceFloat&) = default;
+    SourceFloat& operator=(const SourceFloat&) = default;
+    ~SourceFloat() override;
+
+    /// @return true if the accessor loaded and its stride is 1, 2, 3, 4 or 16, or if there is none and the array's
+    ///     `count` is above 0; else false, with a line on "libVideo.source" or "libVideo.accessor"
+    bool createFromCollada(const daeSmartRef<domSource>& source) override;
+    /// @throws vesk::AssertionFailure behind the last record, or behind the last float of a bare array
+    const vesk::Array<Data>& operator[](unsigned index) const override;
+
+private:
+    bool takeStride();
+
+    daeSmartRef<domFloat_array> m_floatArray;
+};
+
+/// Makes the source that a reference leads to; each call makes a new one.
+/// @return an empty handle, with one line on "libVideo.source", if it leads to no `<source>` or to one that cannot be
+///     read as floats
+LIBVIDEO_API SharedHandle<Source> createSourceFromCollada(const daeURI& uri);
+
+} // namespace libVideo

@@ -1,0 +1,105 @@
+#pragma once
+
+/// @file
+/// Numbers index tuples by first use.
+
+#include <vesk/Array.h>
+
+#include <cstdint>
+
+namespace libVideo::detail {
+
+/// Tuples of one length, each once, in the order in which they came. A tuple is found in constant time on average, and
+/// none costs an allocation of its own.
+///
+/// Slots are probed one behind the other, and double when half of them are taken; they start with room for a mesh whose
+/// corners share their vertices as those of a smooth one do.
+class TupleTable {
+public:
+    struct Place {
+        unsigned index; ///< how many distinct tuples came before this one
+        bool isNew;
+    };
+
+    /// @param length of each tuple
+    /// @param corners how many tuples will come at the most, repeats counted
+    TupleTable(unsigned length, unsigned corners) : m_length(length)
+    {
+        std::uint32_t size = 16;
+        while (size < corners / 2) {
+            size *= 2;
+        }
+        m_slots.grow(size, noTuple);
+        m_mask = size - 1;
+    }
+
+    /// Finds a tuple, or takes it in.
+    Place insert(const unsigned* tuple)
+    {
+        std::uint32_t slot = hash(tuple) & m_mask;
+        for (; m_slots.getData()[slot] != noTuple; slot = (slot + 1) & m_mask) {
+            const unsigned index = m_slots.getData()[slot];
+            if (equals(index, tuple)) {
+                return {index, false};
+            }
+        }
+        const unsigned index = m_count;
+        m_entries.append(tuple, m_length);
+        m_slots.getData()[slot] = index;
+        ++m_count;
+        if (m_count > m_mask / 2) {
+            doubleSlots();
+        }
+        return {index, true};
+    }
+
+private:
+    static constexpr unsigned noTuple = 0xFFFFFFFFu;
+
+    const unsigned* tupleAt(unsigned index) const { return m_entries.getData() + std::size_t(index) * m_length; }
+
+    bool equals(unsigned index, const unsigned* tuple) const
+    {
+        const unsigned* const known = tupleAt(index);
+        for (unsigned i = 0; i < m_length; ++i) {
+            if (known[i] != tuple[i]) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    std::uint32_t hash(const unsigned* tuple) const
+    {
+        std::uint64_t state = 0;
+        for (unsigned i = 0; i < m_length; ++i) {
+            state = (state ^ tuple[i]) * 0x9E3779B97F4A7C15u;
+            state ^= state >> 32u;
+        }
+        return static_cast<std::uint32_t>(state);
+    }
+
+    void doubleSlots()
+    {
+        const std::uint32_t size = (m_mask + 1) * 2;
+        vesk::Array<unsigned> slots;
+        slots.grow(size, noTuple);
+        m_mask = size - 1;
+        for (unsigned index = 0; index < m_count; ++index) {
+            std::uint32_t slot = hash(tupleAt(index)) & m_mask;
+            while (slots.getData()[slot] != noTuple) {
+                slot = (slot + 1) & m_mask;
+            }
+            slots.getData()[slot] = index;
+        }
+        m_slots.swap(slots);
+    }
+
+    unsigned m_length;
+    unsigned m_count = 0;
+    std::uint32_t m_mask = 0;
+    vesk::Array<unsigned> m_slots;   // numbers of tuples
+    vesk::Array<unsigned> m_entries; // the tuples, one behind the other
+};
+
+} // namespace libVideo::detail
