@@ -5,8 +5,11 @@
 
 #include <libVideo/SceneGraph/Accessor.h>
 #include <libVideo/SceneGraph/Animation.h>
+#include <libVideo/SceneGraph/Camera.h>
 #include <libVideo/SceneGraph/Geometry.h>
 #include <libVideo/SceneGraph/Input.h>
+#include <libVideo/SceneGraph/Instance.h>
+#include <libVideo/SceneGraph/Light.h>
 #include <libVideo/SceneGraph/Material.h>
 #include <libVideo/SceneGraph/Node.h>
 #include <libVideo/SceneGraph/Primitive.h>

@@ -6,6 +6,8 @@
 #include "detail/OpenDocument.h"
 
 #include <libVideo/SceneGraph/Animation.h>
+#include <libVideo/SceneGraph/Camera.h>
+#include <libVideo/SceneGraph/Light.h>
 
 namespace libVideo {
 
@@ -39,8 +41,11 @@ bool Scene::createFromCollada(const vesk::String& path)
         return false;
     }
 
-    // The pool fills before it is known whether there is a scene to show. Cameras and lights join here.
+    // The pool fills before it is known whether there is a scene to show.
     createAnimationListFromCollada(root, m_dae, m_resources.animationList);
+    createCameraListFromCollada(root, m_dae, m_resources.cameraList);
+    createPointLightListFromCollada(root, m_resources.pointLightList);
+    createSpotLightListFromCollada(root, m_dae, m_resources.spotLightList);
 
     const domInstanceWithExtraRef instance = scene->getInstance_visual_scene();
     if (instance == nullptr) {

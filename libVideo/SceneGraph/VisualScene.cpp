@@ -2,9 +2,13 @@
 
 #include "detail/Dom.h"
 #include "detail/Log.h"
+#include "detail/PoolIndex.h"
 
 #include <libVideo/SceneGraph/Animation.h>
+#include <libVideo/SceneGraph/Camera.h>
 #include <libVideo/SceneGraph/Geometry.h>
+#include <libVideo/SceneGraph/Instance.h>
+#include <libVideo/SceneGraph/Light.h>
 #include <libVideo/SceneGraph/Material.h>
 
 namespace libVideo {
@@ -19,6 +23,17 @@ struct VisualScene::TreePrototype {
     daeSmartRef<domNode> node;
     vesk::Array<unsigned> children; // slots, in document order
     unsigned parent = noParent;     // slot
+};
+
+/// The pool by id.
+struct VisualScene::PoolIndex {
+    explicit PoolIndex(const SceneResources& pool)
+        : cameras(pool.cameraList), pointLights(pool.pointLightList), spotLights(pool.spotLightList)
+    {}
+
+    detail::FirstById<Camera> cameras;
+    detail::FirstById<PointLight> pointLights;
+    detail::FirstById<SpotLight> spotLights;
 };
 
 VisualScene::~VisualScene() = default;
@@ -52,6 +67,7 @@ bool VisualScene::createFromCollada(const domVisual_scene& scene, const SceneRes
     for (unsigned i = 0; i < tree.size(); ++i) {
         processNodeInstances(m_nodeList[i], tree[i].node);
     }
+    m_poolIndex = PoolIndexHandle();
     addAnimationsToNodes();
     return true;
 }
@@ -104,10 +120,75 @@ void VisualScene::createNodes(const vesk::Array<TreePrototype>& tree)
 
 void VisualScene::processNodeInstances(const NodeHandle& node, const daeSmartRef<domNode>& element)
 {
-    // Cameras and lights join here, in this order.
+    if (element->getInstance_camera_array().getCount() > 0) {
+        addCameraInstance(node, element->getInstance_camera_array());
+    }
+    if (element->getInstance_light_array().getCount() > 0) {
+        addLightInstance(node, element->getInstance_light_array());
+    }
     if (element->getInstance_geometry_array().getCount() > 0) {
         addGeometryInstance(node, element->getInstance_geometry_array());
     }
+}
+
+unsigned VisualScene::addCameraInstance(const NodeHandle& node,
+                                        const daeTArray<daeSmartRef<domInstance_camera>>& instances)
+{
+    for (std::size_t i = 0; i < instances.getCount(); ++i) {
+        const CameraInstanceHandle instance(new CameraInstance(NodeLink(node)));
+        // The one camera that the instance would find in the whole list, if it would find any.
+        vesk::Array<CameraHandle> candidates;
+        if (const daeElementRef element = instances[i]->getUrl().getElement()) {
+            const CameraHandle camera = poolIndex().cameras.find(element->getID());
+            if (camera) {
+                candidates.append(camera);
+            }
+        }
+        if (instance->createFromCollada(*instances[i], candidates, m_nodeTable)) {
+            m_cameraList.append(instance);
+        }
+    }
+    return m_cameraList.size();
+}
+
+unsigned VisualScene::addLightInstance(const NodeHandle& node,
+                                       const daeTArray<daeSmartRef<domInstance_light>>& instances)
+{
+    for (std::size_t i = 0; i < instances.getCount(); ++i) {
+        const daeElementRef element = instances[i]->getUrl().getElement();
+        if (element == nullptr) {
+            VIDEO_LOG("domInstance_light does not point to a light element");
+            return 0;
+        }
+        const domLightRef light = daeSafeCast<domLight>(element);
+        if (light == nullptr) {
+            VIDEO_LOG("Element is not a light");
+            return 0;
+        }
+        // An id of both kinds is that of a point light.
+        const vesk::String id(light->getId());
+        if (const PointLightHandle point = poolIndex().pointLights.find(id)) {
+            const PointLightInstanceHandle instance(new PointLightInstance(NodeLink(node), Link<PointLight>(point)));
+            if (instance->createFromCollada(*instances[i])) {
+                m_pointLightList.append(instance);
+            }
+        } else if (const SpotLightHandle spot = poolIndex().spotLights.find(id)) {
+            const SpotLightInstanceHandle instance(new SpotLightInstance(NodeLink(node), Link<SpotLight>(spot)));
+            if (instance->createFromCollada(*instances[i], m_nodeTable)) {
+                m_spotLightList.append(instance);
+            }
+        }
+    }
+    return m_pointLightList.size() + m_spotLightList.size();
+}
+
+// Made when the first instance asks for it.
+const VisualScene::PoolIndex& VisualScene::poolIndex()
+{
+    if (!m_poolIndex) {
+        m_poolIndex = new PoolIndex(*m_resources);
+    }
+    return *m_poolIndex;
 }
 
 unsigned VisualScene::addGeometryInstance(const NodeHandle& node,
@@ -192,9 +273,22 @@ void VisualScene::registerMaterialAttributes(const vesk::String& symbol, domMate
 
 void VisualScene::addAnimationsToNodes()
 {
+    if (m_resources->animationList.size() == 0) {
+        return;
+    }
+    // The cameras by id: the first instance of each, exactly.
+    TableByName<Link<Camera>> cameras(32);
+    cameras.reserve(m_cameraList.size());
+    for (const CameraInstanceHandle& instance : m_cameraList) {
+        cameras.insert(instance->cameraId(), instance->camera());
+    }
     for (const AnimationHandle& animation : m_resources->animationList) {
         const vesk::String target = animation->getTargetNode();
         if (const NodeTable::Bucket* const bucket = m_nodeTable.lookup(target)) {
+            bucket->value->addAnimation(animation);
+            continue;
+        }
+        if (const auto* const bucket = cameras.lookup(target)) {
             bucket->value->addAnimation(animation);
             continue;
         }

@@ -57,10 +57,15 @@ public:
 
 private:
     struct TreePrototype;
+    struct PoolIndex;
+    using PoolIndexHandle = SharedHandle<PoolIndex>;
 
     static vesk::Array<TreePrototype> flatten(const domVisual_scene& scene);
     void createNodes(const vesk::Array<TreePrototype>& tree);
     void processNodeInstances(const NodeHandle& node, const daeSmartRef<domNode>& element);
+    const PoolIndex& poolIndex();
+    unsigned addCameraInstance(const NodeHandle& node, const daeTArray<daeSmartRef<domInstance_camera>>& instances);
+    unsigned addLightInstance(const NodeHandle& node, const daeTArray<daeSmartRef<domInstance_light>>& instances);
     unsigned addGeometryInstance(const NodeHandle& node, const daeTArray<daeSmartRef<domInstance_geometry>>& instances);
     void registerMaterials(const domInstance_geometry& instance);
     GeometryHandle createAndRegisterGeometry(domGeometry* const geometry);
@@ -79,6 +84,7 @@ private:
     GeometryTable m_geometryTable{32};
     BlinnMaterialTable m_blinnMaterialTable{32};
     [[maybe_unused]] unsigned m_reserved = 0;
+    PoolIndexHandle m_poolIndex; // while a load places instances
 };
 
 } // namespace libVideo

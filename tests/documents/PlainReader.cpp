@@ -7,7 +7,9 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <deque>
 #include <filesystem>
+#include <initializer_list>
 #include <limits>
 #include <string_view>
 #include <unordered_map>
@@ -19,6 +21,12 @@ namespace {
 
 constexpr const char* schema = "http://www.collada.org/2005/11/COLLADASchema";
 constexpr std::uint32_t mostUnbackedRecords = 1048576;
+
+// An exception that ends the load.
+struct Thrown {
+    std::string name;
+    std::string expression;
+};
 
 // --- text
 
@@ -53,6 +61,45 @@ std::string lastText(const pugi::xml_node& element)
     return text;
 }
 
+bool isNamed(const pugi::xml_node& element, const char* name)
+{
+    return std::string_view(element.name()) == name;
+}
+
+// The first child that has one of the names: where only one of them may stand, the others are lost.
+pugi::xml_node firstOf(const pugi::xml_node& element, std::initializer_list<const char*> names)
+{
+    return element.find_child([names](const pugi::xml_node& child) {
+        return std::any_of(names.begin(), names.end(), [&child](const char* name) { return isNamed(child, name); });
+    });
+}
+
+// A reference as it is kept: with blanks encoded, and empty if it is none by its characters.
+std::string reference(const std::string& written)
+{
+    std::string result;
+    for (const char c : written) {
+        result += c == ' ' ? std::string("%20") : std::string(1, c);
+    }
+    const bool isValid = result.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"
+                                                  "-._~!$&'()*+,;=:@/?%#") == std::string::npos &&
+                         std::count(result.begin(), result.end(), '#') <= 1;
+    for (std::size_t i = result.find('%'); i != std::string::npos; i = result.find('%', i + 1)) {
+        const std::string digits = result.substr(i + 1, 2);
+        if (digits.size() < 2 || digits.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos) {
+            return std::string();
+        }
+    }
+    return isValid ? result : std::string();
+}
+
+std::string fragmentOf(const pugi::xml_node& element, const char* attribute)
+{
+    const std::string text = reference(element.attribute(attribute).value());
+    const std::size_t mark = text.find('#');
+    return mark == std::string::npos ? std::string() : text.substr(mark + 1);
+}
+
 // What is no number counts as 0.
 std::vector<double> numbersOf(const pugi::xml_node& element)
 {
@@ -85,13 +132,18 @@ std::string upperCase(std::string text)
 
 // --- matrices
 
+float asFloat(double number)
+{
+    if (std::fabs(number) > static_cast<double>(std::numeric_limits<float>::max())) {
+        return std::copysign(std::numeric_limits<float>::infinity(), static_cast<float>(std::copysign(1.0, number)));
+    }
+    return static_cast<float>(number);
+}
+
 // Values of a transform are kept as `float`, the angle of a rotation aside.
 double narrowed(double number)
 {
-    if (std::fabs(number) > static_cast<double>(std::numeric_limits<float>::max())) {
-        return std::copysign(std::numeric_limits<double>::infinity(), number);
-    }
-    return static_cast<double>(static_cast<float>(number));
+    return static_cast<double>(asFloat(number));
 }
 
 PlainMatrix ofValues(const std::array<double, 16>& values)
@@ -164,11 +216,6 @@ PlainMatrix ofLookAt()
     return result;
 }
 
-bool isNamed(const pugi::xml_node& element, const char* name)
-{
-    return std::string_view(element.name()) == name;
-}
-
 // Whether it is a transform that an animation can drive.
 bool isAnimatable(const pugi::xml_node& element)
 {
@@ -205,6 +252,62 @@ PlainMatrix localMatrix(const pugi::xml_node& node)
     return local;
 }
 
+// --- what refers to what
+
+class References {
+public:
+    References(std::string fileName, const pugi::xml_node& root) : m_fileName(std::move(fileName)) { listIds(root); }
+
+    // The element that a reference names; none for one that is no valid reference or leads into another file.
+    pugi::xml_node resolve(const pugi::xml_node& element, const char* attribute)
+    {
+        const std::string text = reference(element.attribute(attribute).value());
+        const std::size_t mark = text.find('#');
+        const std::string file = text.substr(0, mark);
+        if (!file.empty() && file != m_fileName && file != "./" + m_fileName) {
+            m_leadElsewhere = true;
+            return pugi::xml_node();
+        }
+        return mark == std::string::npos ? pugi::xml_node() : byId(text.substr(mark + 1));
+    }
+
+    pugi::xml_node byId(const std::string& id) const
+    {
+        const auto found = m_byId.find(id);
+        return found == m_byId.end() ? pugi::xml_node() : found->second;
+    }
+
+    bool leadElsewhere() const { return m_leadElsewhere; }
+
+private:
+    // Of several elements of one id the one that ends first has it.
+    void listIds(const pugi::xml_node& root)
+    {
+        const auto firstLeaf = [](pugi::xml_node node) {
+            while (node.first_child()) {
+                node = node.first_child();
+            }
+            return node;
+        };
+        pugi::xml_node node = firstLeaf(root);
+        while (true) {
+            const std::string id = word(node, "id");
+            if (!id.empty()) {
+                m_byId.emplace(id, node);
+            }
+            if (node == root) {
+                return;
+            }
+            node = node.next_sibling() ? firstLeaf(node.next_sibling()) : node.parent();
+        }
+    }
+
+    std::string m_fileName;
+    std::unordered_map<std::string, pugi::xml_node> m_byId;
+    bool m_leadElsewhere = false;
+};
+
+//@@MESH@@
 // --- the document
 
 // One `<source>` that an `<input>` of a sampler names.
@@ -277,52 +380,6 @@ private:
         const pugi::xml_node root = m_xml.document_element();
         const pugi::xml_attribute nameSpace = root.attribute("xmlns");
         return isNamed(root, "COLLADA") && (!nameSpace || std::string_view(nameSpace.value()) == schema);
-    }
-
-    // Of several elements of one id the one that ends first has it.
-    void listIds(const pugi::xml_node& root)
-    {
-        const auto firstLeaf = [](pugi::xml_node node) {
-            while (node.first_child()) {
-                node = node.first_child();
-            }
-            return node;
-        };
-        pugi::xml_node node = firstLeaf(root);
-        while (true) {
-            const std::string id = word(node, "id");
-            if (!id.empty()) {
-                m_byId.emplace(id, node);
-            }
-            if (node == root) {
-                return;
-            }
-            node = node.next_sibling() ? firstLeaf(node.next_sibling()) : node.parent();
-        }
-    }
-
-    // The element that a reference names; none for one that is no valid reference or leads into another file.
-    pugi::xml_node resolve(const std::string& written)
-    {
-        std::string reference;
-        for (const char c : written) {
-            reference += c == ' ' ? std::string("%20") : std::string(1, c);
-        }
-        if (reference.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"
-                                        "-._~!$&'()*+,;=:@/?%#") != std::string::npos) {
-            return pugi::xml_node();
-        }
-        const std::size_t mark = reference.find('#');
-        const std::string file = reference.substr(0, mark);
-        if (!file.empty() && file != m_fileName && file != "./" + m_fileName) {
-            m_result.leadsElsewhere = true;
-            return pugi::xml_node();
-        }
-        if (mark == std::string::npos) {
-            return pugi::xml_node();
-        }
-        const auto found = m_byId.find(reference.substr(mark + 1));
-        return found == m_byId.end() ? pugi::xml_node() : found->second;
     }
 
     void readNodes(const pugi::xml_node& visualScene)

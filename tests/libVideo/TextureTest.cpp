@@ -1,0 +1,715 @@
+#include "support/ColladaBuilder.h"
+#include "support/FailingAllocator.h"
+#include "support/LogCapture.h"
+#include "support/PrivateAccess.h"
+
+#include <vesk/Exception.h>
+#include <vesk/Logging.h>
+#include <vesk/String.h>
+
+#include <libVideo/SceneGraph/Texture.h>
+
+#include <libVideo/ColladaDom.h>
+
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <new>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using libVideo::Texture;
+using testSupport::ColladaBuilder;
+using testSupport::FailingAllocator;
+using testSupport::LogCapture;
+using testSupport::LogLine;
+
+using Channel = daeSmartRef<domCommon_color_or_texture_type>;
+using SamplerRef = daeSmartRef<domFx_sampler2D_common>;
+using SurfaceRef = daeSmartRef<domFx_surface_common>;
+
+PRIVATE_MEMBER(TextureSampler, SamplerRef Texture::*, &Texture::m_sampler)
+PRIVATE_MEMBER(TextureSurface, SurfaceRef Texture::*, &Texture::m_texture)
+PRIVATE_MEMBER(TextureFile, vesk::String Texture::*, &Texture::m_textureFile)
+PRIVATE_MEMBER(TextureGetTextureFileName, void (Texture::*)(), &Texture::getTextureFileName)
+
+static_assert(std::is_default_constructible_v<Texture> && std::is_copy_constructible_v<Texture> &&
+              std::is_copy_assignable_v<Texture>);
+static_assert(!std::is_polymorphic_v<Texture>);
+static_assert(std::is_same_v<decltype(std::declval<const Texture&>().sampler()), const SamplerRef&>);
+static_assert(std::is_same_v<decltype(std::declval<const Texture&>().texture()), const SurfaceRef&>);
+static_assert(std::is_same_v<decltype(std::declval<const Texture&>().textureFile()), const vesk::String&>);
+static_assert(std::is_same_v<decltype(&Texture::createFromCollada), bool (Texture::*)(const Channel&, daeElement*)>);
+
+constexpr const char* channel = "libVideo.texture";
+constexpr const char* noInitializer = "Texture has no surface initiailzer";
+constexpr const char* noImage = "Surface initializer has no <init_from> child";
+
+const std::string image = "<image id='image'><init_from>./a.png</init_from></image>";
+const std::string samplerParam = "<newparam sid='sampler'><sampler2D><source>surface</source></sampler2D></newparam>";
+const std::string surfaceParam =
+    "<newparam sid='surface'><surface type='2D'><init_from>image</init_from></surface></newparam>";
+const std::string chain = surfaceParam + samplerParam;
+const std::string usesSampler = "<texture texture='sampler' texcoord='uv'/>";
+
+// A surface under the name of the chain, with these initializers.
+std::string surfaceOf(const std::string& initializers)
+{
+    return "<newparam sid='surface'><surface type='2D'>" + initializers + "</surface></newparam>";
+}
+
+/// A document with images and an effect "effect", whose profile "profile" has these newparams, a technique of the sid
+/// "technique" and there a `<diffuse>`.
+class Document {
+public:
+    struct Parts {
+        std::string newparams = chain;
+        std::string diffuse = usesSampler;
+        std::string images = image;
+        std::string ofEffect = std::string();  // newparams of the effect itself
+        std::string ofProfile = std::string(); // behind the technique
+    };
+
+    explicit Document(const Parts& parts)
+    {
+        m_builder.add("<library_images>" + parts.images + "</library_images><library_effects><effect id='effect'>" +
+                      parts.ofEffect + "<profile_COMMON id='profile'>" + parts.newparams +
+                      "<technique sid='technique'><phong><diffuse>" + parts.diffuse +
+                      "</diffuse></phong></technique>" + parts.ofProfile +
+                      "</profile_COMMON></effect></library_effects>");
+        if (m_builder.open() == nullptr) {
+            throw std::runtime_error("the document does not open: " + m_builder.text());
+        }
+    }
+
+    Document() : Document(Parts()) {}
+
+    static Parts withNewparams(const std::string& newparams)
+    {
+        Parts parts;
+        parts.newparams = newparams;
+        return parts;
+    }
+
+    static Parts withDiffuse(const std::string& diffuse)
+    {
+        Parts parts;
+        parts.diffuse = diffuse;
+        return parts;
+    }
+
+    static Parts withName(const std::string& name)
+    {
+        return withDiffuse("<texture texture='" + name + "' texcoord='uv'/>");
+    }
+
+    static Parts withImages(const std::string& images, const std::string& initializers)
+    {
+        Parts parts;
+        parts.images = images;
+        parts.newparams = surfaceOf(initializers) + samplerParam;
+        return parts;
+    }
+
+    domProfile_COMMON* profile() { return m_builder.element<domProfile_COMMON>("profile"); }
+    domEffect* effect() { return m_builder.element<domEffect>("effect"); }
+    Channel diffuse() { return profile()->getTechnique()->getPhong()->getDiffuse(); }
+    domCommon_newparam_type* newparam(std::size_t place) { return profile()->getNewparam_array()[place]; }
+
+    bool loadInto(Texture& texture) { return texture.createFromCollada(diffuse(), profile()); }
+
+private:
+    ColladaBuilder m_builder;
+};
+
+const char* fileOf(const Texture& texture)
+{
+    return texture.textureFile().data();
+}
+
+TEST(TextureTest, MembersStandInTheirOrder)
+{
+    const Texture texture;
+    const void* const sampler = &(texture.*privateMember(TextureSampler()));
+    const void* const surface = &(texture.*privateMember(TextureSurface()));
+    const void* const file = &(texture.*privateMember(TextureFile()));
+    EXPECT_EQ(static_cast<const void*>(&texture), sampler);
+    EXPECT_TRUE(std::less<>()(sampler, surface));
+    EXPECT_TRUE(std::less<>()(surface, file));
+}
+
+TEST(TextureTest, NewTextureIsEmpty)
+{
+    const LogCapture log;
+    const Texture texture;
+    EXPECT_EQ(nullptr, texture.sampler());
+    EXPECT_EQ(nullptr, texture.texture());
+    EXPECT_STREQ("", fileOf(texture));
+    EXPECT_TRUE(log.lines().empty());
+}
+
+TEST(TextureTest, AccessorsGiveTheirMembers)
+{
+    const Texture texture;
+    EXPECT_EQ(&(texture.*privateMember(TextureSampler())), &texture.sampler());
+    EXPECT_EQ(&(texture.*privateMember(TextureSurface())), &texture.texture());
+    EXPECT_EQ(&(texture.*privateMember(TextureFile())), &texture.textureFile());
+}
+
+TEST(TextureTest, WholeChainGivesElementsAndFile)
+{
+    const LogCapture log;
+    Document document;
+    Texture texture;
+    EXPECT_TRUE(document.loadInto(texture));
+    EXPECT_EQ(document.newparam(1)->getSampler2D(), texture.sampler());
+    EXPECT_EQ(document.newparam(0)->getSurface(), texture.texture());
+    EXPECT_NE(nullptr, texture.sampler());
+    EXPECT_NE(nullptr, texture.texture());
+    EXPECT_STREQ("./a.png", fileOf(texture));
+    EXPECT_TRUE(log.lines().empty());
+}
+
+// What the names find.
+
+enum class Reached { Nothing, Sampler, Surface };
+
+struct NameCase {
+    const char* name;
+    std::string newparams;
+    std::string diffuse;
+    bool result;
+    Reached reached;
+    const char* file;
+    const char* lines;
+};
+
+void PrintTo(const NameCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+std::string textureOf(const std::string& name)
+{
+    return "<texture texture='" + name + "' texcoord='uv'/>";
+}
+
+std::string samplerOf(const std::string& source)
+{
+    return "<newparam sid='sampler'><sampler2D>" + source + "</sampler2D></newparam>";
+}
+
+class TextureNameTest : public testing::TestWithParam<NameCase> {};
+
+TEST_P(TextureNameTest, ChainIsFollowedAsFarAsItHolds)
+{
+    const NameCase& row = GetParam();
+    Document::Parts parts = Document::withNewparams(row.newparams);
+    parts.diffuse = row.diffuse;
+    Document document(parts);
+    const LogCapture log;
+    Texture texture;
+    EXPECT_EQ(row.result, document.loadInto(texture));
+    EXPECT_EQ(row.reached != Reached::Nothing, texture.sampler() != nullptr);
+    EXPECT_EQ(row.reached == Reached::Surface, texture.texture() != nullptr);
+    EXPECT_STREQ(row.file, fileOf(texture));
+    EXPECT_EQ(row.lines, log.text());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Links, TextureNameTest,
+    testing::Values(
+        NameCase{"WholeChain", chain, usesSampler, true, Reached::Surface, "./a.png", ""},
+        NameCase{"SamplerBeforeSurface", samplerParam + surfaceParam, usesSampler, true, Reached::Surface, "./a.png",
+                 ""},
+        NameCase{"ColorInsteadOfTexture", chain, "<color>1 0 0 1</color>", false, Reached::Nothing, "", ""},
+        NameCase{"ParamInsteadOfTexture", chain, "<param ref='sampler'/>", false, Reached::Nothing, "", ""},
+        NameCase{"NothingInsteadOfTexture", chain, "", false, Reached::Nothing, "", ""},
+        NameCase{"TextureWithoutName", chain, "<texture texcoord='uv'/>", false, Reached::Nothing, "", ""},
+        NameCase{"EmptyName", chain, textureOf(""), false, Reached::Nothing, "", ""},
+        NameCase{"EmptyNameAndNewparamWithoutSid",
+                 "<newparam><sampler2D><source>surface</source></sampler2D></newparam>" + surfaceParam, textureOf(""),
+                 false, Reached::Nothing, "", ""},
+        NameCase{"BlankName", chain, textureOf("  "), false, Reached::Nothing, "", ""},
+        NameCase{"AbsentSampler", chain, textureOf("other"), false, Reached::Nothing, "", ""},
+        NameCase{"NoNewparamAtAll", "", usesSampler, false, Reached::Nothing, "", ""},
+        NameCase{"NameOfAnotherCase", chain, textureOf("Sampler"), false, Reached::Nothing, "", ""},
+        NameCase{"NameOfTheTechnique", chain, textureOf("technique"), false, Reached::Nothing, "", ""},
+        NameCase{"NameOfTheImage", chain, textureOf("image"), false, Reached::Nothing, "", ""},
+        NameCase{"NameOfTheEffect", chain, textureOf("effect"), false, Reached::Nothing, "", ""},
+        NameCase{"NameOfTheProfile", chain, textureOf("profile"), false, Reached::Nothing, "", ""},
+        NameCase{"NameOfTheContainer", chain, textureOf("."), false, Reached::Nothing, "", ""},
+        NameCase{"MemberOfTheSampler", chain, textureOf("sampler.X"), false, Reached::Nothing, "", ""},
+        NameCase{"ElementOfTheSampler", chain, textureOf("sampler(0)"), false, Reached::Nothing, "", ""},
+        NameCase{"HalfOfAnElement", chain, textureOf("sampler("), false, Reached::Nothing, "", ""},
+        NameCase{"NothingBehindTheSlash", chain, textureOf("sampler/"), false, Reached::Nothing, "", ""},
+        NameCase{"OnlySlashes", chain, textureOf("//"), false, Reached::Nothing, "", ""},
+        NameCase{"SurfaceForASampler", chain, textureOf("surface"), false, Reached::Nothing, "", ""},
+        NameCase{"NumberForASampler", surfaceParam + "<newparam sid='sampler'><float>1</float></newparam>", usesSampler,
+                 false, Reached::Nothing, "", ""},
+        NameCase{"SamplerWithoutSource", surfaceParam + samplerOf(""), usesSampler, false, Reached::Sampler, "", ""},
+        NameCase{"EmptySource", surfaceParam + samplerOf("<source></source>"), usesSampler, false, Reached::Sampler, "",
+                 ""},
+        NameCase{"BlankSource", surfaceParam + samplerOf("<source>  </source>"), usesSampler, false, Reached::Sampler,
+                 "", ""},
+        NameCase{"BlanksRoundTheSource", surfaceParam + samplerOf("<source> surface </source>"), usesSampler, true,
+                 Reached::Surface, "./a.png", ""},
+        NameCase{"AbsentSurface", samplerParam, usesSampler, false, Reached::Sampler, "", ""},
+        NameCase{"SourceOfAnotherCase", surfaceParam + samplerOf("<source>Surface</source>"), usesSampler, false,
+                 Reached::Sampler, "", ""},
+        NameCase{"SourceNamesTheTechnique", surfaceParam + samplerOf("<source>technique</source>"), usesSampler, false,
+                 Reached::Sampler, "", ""},
+        NameCase{"SourceNamesTheImage", surfaceParam + samplerOf("<source>image</source>"), usesSampler, false,
+                 Reached::Sampler, "", ""},
+        NameCase{"SourceNamesTheEffect", surfaceParam + samplerOf("<source>effect</source>"), usesSampler, false,
+                 Reached::Sampler, "", ""},
+        NameCase{"SourceNamesANumber",
+                 "<newparam sid='surface'><float>1</float></newparam>" + samplerParam, usesSampler, true,
+                 Reached::Sampler, "", noInitializer},
+        NameCase{"SourceNamesItsOwnSampler", samplerOf("<source>sampler</source>"), usesSampler, true,
+                 Reached::Sampler, "", noInitializer}),
+    [](const auto& row) { return row.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(
+    Choice, TextureNameTest,
+    testing::Values(
+        NameCase{"FirstOfTwoSamplers", chain + samplerOf("<source>nothing</source>"), usesSampler, true,
+                 Reached::Surface, "./a.png", ""},
+        NameCase{"FirstOfTwoSurfaces", chain + surfaceOf(""), usesSampler, true, Reached::Surface, "./a.png", ""},
+        NameCase{"NewparamBeforeATechniqueOfTheSameSid",
+                 surfaceParam + "<newparam sid='technique'><sampler2D><source>surface</source></sampler2D></newparam>",
+                 textureOf("technique"), true, Reached::Surface, "./a.png", ""},
+        NameCase{"NewparamBeforeAnImageOfTheSameId",
+                 surfaceParam + "<newparam sid='image'><sampler2D><source>surface</source></sampler2D></newparam>",
+                 textureOf("image"), true, Reached::Surface, "./a.png", ""},
+        NameCase{"SurfaceBeforeAnImageOfTheSameId",
+                 "<newparam sid='image'><surface type='2D'><init_from>image</init_from></surface></newparam>" +
+                     samplerOf("<source>image</source>"),
+                 usesSampler, true, Reached::Surface, "./a.png", ""},
+        NameCase{"SidWithDots",
+                 surfaceParam + "<newparam sid='a.b.R'><sampler2D><source>surface</source></sampler2D></newparam>",
+                 textureOf("a.b.R"), true, Reached::Surface, "./a.png", ""},
+        NameCase{"SidWithParentheses",
+                 surfaceParam + "<newparam sid='map(1)'><sampler2D><source>surface</source></sampler2D></newparam>",
+                 textureOf("map(1)"), true, Reached::Surface, "./a.png", ""},
+        NameCase{"SidWithASlash",
+                 surfaceParam + "<newparam sid='maps/a'><sampler2D><source>surface</source></sampler2D></newparam>",
+                 textureOf("maps/a"), true, Reached::Surface, "./a.png", ""},
+        NameCase{"SidOutsideOfAscii",
+                 surfaceParam + "<newparam sid='größe'><sampler2D><source>surface</source></sampler2D></newparam>",
+                 textureOf("größe"), true, Reached::Surface, "./a.png", ""},
+        NameCase{"PathFromTheProfile", chain, textureOf("profile/sampler"), true, Reached::Surface, "./a.png", ""},
+        NameCase{"PathFromTheEffect", chain, textureOf("effect/sampler"), true, Reached::Surface, "./a.png", ""},
+        NameCase{"PathFromTheContainer", chain, textureOf("./sampler"), true, Reached::Surface, "./a.png", ""},
+        NameCase{"SourceAsAPath", surfaceParam + samplerOf("<source>profile/surface</source>"), usesSampler, true,
+                 Reached::Surface, "./a.png", ""}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(TextureTest, NewparamsOfTheEffectAreNotThoseOfTheProfile)
+{
+    Document::Parts parts = Document::withNewparams("");
+    parts.ofEffect = "<newparam sid='sampler'><sampler2D><source>surface</source></sampler2D></newparam>"
+                     "<newparam sid='surface'><surface type='2D'><init_from>image</init_from></surface></newparam>";
+    Document document(parts);
+    const LogCapture log;
+    Texture texture;
+    EXPECT_FALSE(document.loadInto(texture));
+    EXPECT_EQ(nullptr, texture.sampler());
+    EXPECT_TRUE(log.lines().empty());
+}
+
+TEST(TextureTest, NamesAreFoundBelowAnyElementThatIsGiven)
+{
+    Document document;
+    Texture texture;
+    EXPECT_TRUE(texture.createFromCollada(document.diffuse(), document.effect()));
+    EXPECT_EQ(document.newparam(1)->getSampler2D(), texture.sampler());
+    EXPECT_STREQ("./a.png", fileOf(texture));
+}
+
+TEST(TextureTest, NamesAreThoseOfTheGivenProfile)
+{
+    Document document;
+    Document other(Document::withImages("<image id='image'><init_from>other.png</init_from></image>",
+                                        "<init_from>image</init_from>"));
+    Texture texture;
+    EXPECT_TRUE(texture.createFromCollada(document.diffuse(), other.profile()));
+    EXPECT_EQ(other.newparam(1)->getSampler2D(), texture.sampler());
+    EXPECT_STREQ("other.png", fileOf(texture));
+}
+
+// Names behind which the document model would not come back.
+
+bool endsWithoutNewparam(const std::string& newparams, const std::string& name, const std::string& extra)
+{
+    Document::Parts parts = Document::withName(name);
+    parts.newparams = newparams;
+    parts.ofProfile = "<extra><technique profile='other'>" + extra + "</technique></extra>";
+    Document document(parts);
+    Texture texture;
+    return !document.loadInto(texture) && texture.texture() == nullptr;
+}
+
+struct TrapCase {
+    const char* name;
+    std::string newparams;
+    const char* texture;
+    const char* extra;
+};
+
+void PrintTo(const TrapCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class TextureTrapTest : public testing::TestWithParam<TrapCase> {};
+
+// In a process of its own, whose end is the result.
+TEST_P(TextureTrapTest, NameThatLeadsToNoNewparamOfTheProfileGivesFalse)
+{
+    const TrapCase& row = GetParam();
+    EXPECT_EXIT(std::_Exit(endsWithoutNewparam(row.newparams, row.texture, row.extra) ? 0 : 1),
+                testing::ExitedWithCode(0), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Names, TextureTrapTest,
+    testing::Values(TrapCase{"ReferenceToItself", chain, "loop", "<newparam sid='loop'><SIDREF>loop</SIDREF></newparam>"},
+                    TrapCase{"ReferencesToEachOther", chain, "one",
+                             "<newparam sid='one'><SIDREF>two</SIDREF></newparam>"
+                             "<newparam sid='two'><SIDREF>one</SIDREF></newparam>"},
+                    TrapCase{"SourceWithAReferenceToItself", samplerOf("<source>loop</source>"), "sampler",
+                             "<newparam sid='loop'><SIDREF>loop</SIDREF></newparam>"},
+                    TrapCase{"MemberBehindTheNumbers", chain, "short.Z", "<translate sid='short'>1</translate>"},
+                    TrapCase{"MemberOfNoNumbers", chain, "short.X", "<translate sid='short'/>"},
+                    TrapCase{"AngleOfAShortRotation", chain, "short.ANGLE", "<rotate sid='short'>1</rotate>"},
+                    TrapCase{"ElementBehindTheNumbers", chain, "short(7)", "<rotate sid='short'>1</rotate>"},
+                    TrapCase{"SourceWithAMemberBehindTheNumbers", samplerOf("<source>short.Z</source>"), "sampler",
+                             "<translate sid='short'>1</translate>"}),
+    [](const auto& row) { return row.param.name; });
+
+// From the surface to the file.
+
+struct InitializerCase {
+    const char* name;
+    const char* images;
+    const char* initializers;
+    const char* file;
+    std::string lines;
+};
+
+void PrintTo(const InitializerCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class TextureInitializerTest : public testing::TestWithParam<InitializerCase> {};
+
+TEST_P(TextureInitializerTest, SurfaceThatWasReachedGivesTrue)
+{
+    const InitializerCase& row = GetParam();
+    Document document(Document::withImages(row.images, row.initializers));
+    const LogCapture log;
+    Texture texture;
+    EXPECT_TRUE(document.loadInto(texture));
+    EXPECT_NE(nullptr, texture.sampler());
+    EXPECT_NE(nullptr, texture.texture());
+    EXPECT_STREQ(row.file, fileOf(texture));
+    EXPECT_EQ(row.lines, log.text());
+    for (const LogLine& line : log.lines()) {
+        EXPECT_EQ(channel, line.channel);
+        EXPECT_EQ(vesk::LoggerPriority::PRIORITY_ERROR, line.priority);
+    }
+}
+
+const char* const a = "<image id='a'><init_from>a.png</init_from></image>";
+const char* const aAndB = "<image id='a'><init_from>a.png</init_from></image>"
+                          "<image id='b'><init_from>b.png</init_from></image>";
+const char* const emptyAndB = "<image id='empty'><init_from></init_from></image>"
+                              "<image id='b'><init_from>b.png</init_from></image>";
+const char* const blankAndB = "<image id='blank'><init_from>  </init_from></image>"
+                              "<image id='b'><init_from>b.png</init_from></image>";
+const char* const dataAndB = "<image id='data'><data>00FF</data></image>"
+                             "<image id='b'><init_from>b.png</init_from></image>";
+const char* const bareAndB = "<image id='bare'/><image id='b'><init_from>b.png</init_from></image>";
+const std::string noImageTwice = std::string(noImage) + "\n" + noImage;
+
+INSTANTIATE_TEST_SUITE_P(
+    Initializers, TextureInitializerTest,
+    testing::Values(
+        InitializerCase{"NoInitializer", a, "", "", noInitializer},
+        InitializerCase{"OnlyAFormat", a, "<format>A8R8G8B8</format>", "", noInitializer},
+        InitializerCase{"InitAsNull", a, "<init_as_null/>", "", ""},
+        InitializerCase{"InitAsTarget", a, "<init_as_target/>", "", ""},
+        InitializerCase{"OneImage", a, "<init_from>a</init_from>", "a.png", ""},
+        InitializerCase{"BlanksRoundTheId", a, "<init_from> a </init_from>", "a.png", ""},
+        InitializerCase{"FirstOfTwoImages", aAndB, "<init_from>a</init_from><init_from>b</init_from>", "a.png", ""},
+        InitializerCase{"NoSuchImage", a, "<init_from>none</init_from>", "", noImage},
+        InitializerCase{"IdOfAnotherCase", a, "<init_from>A</init_from>", "", noImage},
+        InitializerCase{"EmptyReference", a, "<init_from></init_from>", "", noImage},
+        InitializerCase{"TwoOfWhichTheFirstDoesNotResolve", a, "<init_from>none</init_from><init_from>a</init_from>",
+                        "a.png", noImage},
+        InitializerCase{"TwoOfWhichTheSecondDoesNotResolve", a, "<init_from>a</init_from><init_from>none</init_from>",
+                        "a.png", ""},
+        InitializerCase{"NoneOfTwoResolves", a, "<init_from>none</init_from><init_from>nil</init_from>", "",
+                        noImageTwice},
+        InitializerCase{"TwoMissesBeforeAnImage", a,
+                        "<init_from>none</init_from><init_from>nil</init_from><init_from>a</init_from>", "a.png",
+                        noImageTwice},
+        InitializerCase{"AnotherElement", a, "<init_from>effect</init_from>", "", ""},
+        InitializerCase{"AnotherElementBeforeAnImage", a, "<init_from>effect</init_from><init_from>a</init_from>",
+                        "a.png", ""},
+        InitializerCase{"ImageWithAnEmptyFile", emptyAndB, "<init_from>empty</init_from>", "", ""},
+        InitializerCase{"ImageWithAnEmptyFileBeforeAnother", emptyAndB,
+                        "<init_from>empty</init_from><init_from>b</init_from>", "b.png", ""},
+        InitializerCase{"ImageWithoutAFile", bareAndB, "<init_from>bare</init_from>", "", ""},
+        InitializerCase{"ImageWithoutAFileBeforeAnother", bareAndB,
+                        "<init_from>bare</init_from><init_from>b</init_from>", "b.png", ""},
+        InitializerCase{"ImageOfData", dataAndB, "<init_from>data</init_from>", "", ""},
+        InitializerCase{"ImageOfDataBeforeAnother", dataAndB, "<init_from>data</init_from><init_from>b</init_from>",
+                        "b.png", ""},
+        InitializerCase{"MissThenEmptyThenAnotherElement", emptyAndB,
+                        "<init_from>none</init_from><init_from>empty</init_from><init_from>effect</init_from>", "",
+                        noImage}),
+    [](const auto& row) { return row.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(
+    BlankFile, TextureInitializerTest,
+    testing::Values(InitializerCase{"PassedOver", blankAndB, "<init_from>blank</init_from>", "", ""},
+                    InitializerCase{"PassedOverBeforeAnother", blankAndB,
+                                    "<init_from>blank</init_from><init_from>b</init_from>", "b.png", ""}),
+    [](const auto& row) { return row.param.name; });
+
+struct FileCase {
+    const char* name;
+    const char* written;
+    const char* file;
+};
+
+void PrintTo(const FileCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class TextureFileTest : public testing::TestWithParam<FileCase> {};
+
+TEST_P(TextureFileTest, TextIsKeptAsWrittenAndNotResolved)
+{
+    const FileCase& row = GetParam();
+    Document document(Document::withImages(
+        "<image id='image'><init_from>" + std::string(row.written) + "</init_from></image>",
+        "<init_from>image</init_from>"));
+    const LogCapture log;
+    Texture texture;
+    EXPECT_TRUE(document.loadInto(texture));
+    EXPECT_STREQ(row.file, fileOf(texture));
+    EXPECT_TRUE(log.lines().empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Texts, TextureFileTest,
+    testing::Values(FileCase{"InTheFolder", "./a.png", "./a.png"}, FileCase{"BareName", "a.png", "a.png"},
+                    FileCase{"AboveTheFolder", "../maps/./a.png", "../maps/./a.png"},
+                    FileCase{"Absolute", "/maps/a.png", "/maps/a.png"},
+                    FileCase{"WithAScheme", "file:///maps/a.png", "file:///maps/a.png"},
+                    FileCase{"WithADrive", "C:/maps/a.png", "C:/maps/a.png"},
+                    FileCase{"WithEncodedBlank", "my%20map.png", "my%20map.png"},
+                    FileCase{"WithAFragment", "a.png#b", "a.png#b"},
+                    FileCase{"WithAmpersand", "a&amp;b.png", "a&b.png"},
+                    FileCase{"OnlyTheFolder", ".", "."},
+                    FileCase{"BlankComesAsTheDocumentModelGivesIt", "./my map.png", "./my%20map.png"},
+                    FileCase{"LostBackslashIsNoValue", "maps\\a.png", ""},
+                    FileCase{"LostLetterOutsideOfAsciiIsNoValue", "größe.png", ""},
+                    FileCase{"LostBracketIsNoValue", "a[1].png", ""}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(TextureTest, FileSearchWithoutASurfaceLogsThatThereIsNoInitializer)
+{
+    const LogCapture log;
+    Texture texture;
+    (texture.*privateMember(TextureGetTextureFileName()))();
+    EXPECT_STREQ("", fileOf(texture));
+    ASSERT_EQ(1u, log.lines().size());
+    EXPECT_EQ(channel, log.lines()[0].channel);
+    EXPECT_EQ(noInitializer, log.text());
+}
+
+TEST(TextureTest, FileSearchReadsTheSurfaceThatIsHeld)
+{
+    Document document;
+    Texture texture;
+    texture.*privateMember(TextureSurface()) = document.newparam(0)->getSurface();
+    (texture.*privateMember(TextureGetTextureFileName()))();
+    EXPECT_STREQ("./a.png", fileOf(texture));
+}
+
+TEST(TextureTest, FileSearchWithoutAFindLeavesTheFileAsItWas)
+{
+    Document document(Document::withImages(emptyAndB, "<init_from>none</init_from><init_from>empty</init_from>"));
+    const LogCapture log;
+    Texture texture;
+    texture.*privateMember(TextureSurface()) = document.newparam(0)->getSurface();
+    texture.*privateMember(TextureFile()) = "before.png";
+    (texture.*privateMember(TextureGetTextureFileName()))();
+    EXPECT_STREQ("before.png", fileOf(texture));
+    EXPECT_EQ(noImage, log.text());
+}
+
+// Life.
+
+TEST(TextureTest, LoadWithoutATextureElementLeavesWhatWasReachedBefore)
+{
+    Document document;
+    Document colored(Document::withDiffuse("<color>1 1 1 1</color>"));
+    Texture texture;
+    ASSERT_TRUE(document.loadInto(texture));
+    EXPECT_FALSE(colored.loadInto(texture));
+    EXPECT_EQ(document.newparam(1)->getSampler2D(), texture.sampler());
+    EXPECT_EQ(document.newparam(0)->getSurface(), texture.texture());
+    EXPECT_STREQ("./a.png", fileOf(texture));
+}
+
+TEST(TextureTest, CopyAndAssignmentShareTheElementsAndCopyTheFile)
+{
+    Document document;
+    Texture texture;
+    ASSERT_TRUE(document.loadInto(texture));
+    const Texture copy(texture);
+    Texture assigned;
+    assigned = texture;
+    texture = Texture();
+    EXPECT_EQ(nullptr, texture.sampler());
+    for (const Texture* const one : {&copy, &std::as_const(assigned)}) {
+        EXPECT_EQ(document.newparam(1)->getSampler2D(), one->sampler());
+        EXPECT_EQ(document.newparam(0)->getSurface(), one->texture());
+        EXPECT_STREQ("./a.png", fileOf(*one));
+    }
+}
+
+TEST(TextureTest, AssignmentToItselfChangesNothing)
+{
+    Document document;
+    Texture texture;
+    ASSERT_TRUE(document.loadInto(texture));
+    const Texture& itself = texture;
+    texture = itself;
+    EXPECT_EQ(document.newparam(1)->getSampler2D(), texture.sampler());
+    EXPECT_EQ(document.newparam(0)->getSurface(), texture.texture());
+    EXPECT_STREQ("./a.png", fileOf(texture));
+}
+
+TEST(TextureTest, ElementsAreKeptBeyondTheDocumentAndMayBeReleased)
+{
+    auto document = std::make_unique<Document>();
+    auto texture = std::make_unique<Texture>();
+    ASSERT_TRUE(document->loadInto(*texture));
+    const auto samplerType = domFx_sampler2D_common::ID();
+    const auto surfaceType = domFx_surface_common::ID();
+    document.reset();
+
+    const Texture copy(*texture);
+    texture.reset();
+    ASSERT_NE(nullptr, copy.sampler());
+    ASSERT_NE(nullptr, copy.texture());
+    EXPECT_EQ(samplerType, copy.sampler()->typeID());
+    EXPECT_EQ(surfaceType, copy.texture()->typeID());
+    EXPECT_STREQ("./a.png", fileOf(copy));
+}
+
+TEST(TextureTest, NullChannelIsMisuse)
+{
+    const LogCapture log;
+    Document document;
+    Texture texture;
+    EXPECT_THROW(texture.createFromCollada(Channel(), document.profile()), vesk::NullPointer);
+    EXPECT_EQ(nullptr, texture.sampler());
+    EXPECT_TRUE(log.lines().empty());
+}
+
+TEST(TextureTest, NullProfileIsMisuse)
+{
+    const LogCapture log;
+    Document document;
+    Texture texture;
+    EXPECT_THROW(texture.createFromCollada(document.diffuse(), nullptr), vesk::NullPointer);
+    EXPECT_EQ(nullptr, texture.sampler());
+    EXPECT_TRUE(log.lines().empty());
+}
+
+// The texts of a load at the priority of traces; the line of the entry is cut off.
+std::vector<std::string> tracedTexts(Document& document)
+{
+    Texture texture;
+    const LogCapture log(channel);
+    vesk::LogFactory::setPriority(vesk::LoggerPriority::PRIORITY_TRACE);
+    document.loadInto(texture);
+    std::vector<std::string> texts;
+    for (const LogLine& line : log.lines()) {
+        const bool isTrace = line.text[0] == '>' || line.text[0] == '<';
+        EXPECT_EQ(isTrace ? vesk::LoggerPriority::PRIORITY_TRACE : vesk::LoggerPriority::PRIORITY_ERROR, line.priority);
+        texts.push_back(isTrace ? line.text.substr(0, line.text.find(':', line.text.find('/'))) : line.words());
+    }
+    return texts;
+}
+
+const char* const entry = "> Texture::createFromCollada (libVideo/SceneGraph/Texture";
+const char* const leaving = "< Texture::createFromCollada";
+
+TEST(TextureTest, LoadTracesItsScope)
+{
+    Document document;
+    EXPECT_EQ((std::vector<std::string>{entry, leaving}), tracedTexts(document));
+}
+
+TEST(TextureTest, LoadThatFailsTracesItsScopeToo)
+{
+    Document document(Document::withDiffuse("<color>1 1 1 1</color>"));
+    EXPECT_EQ((std::vector<std::string>{entry, leaving}), tracedTexts(document));
+}
+
+TEST(TextureTest, LinesStandInsideTheTracedScope)
+{
+    Document document(Document::withImages(a, "<init_from>none</init_from>"));
+    EXPECT_EQ((std::vector<std::string>{entry, noImage, leaving}), tracedTexts(document));
+}
+
+TEST(TextureTest, TextureThatRanOutOfMemoryCanBeAskedAndReleased)
+{
+    Document document(Document::withImages("<image id='image'><init_from>./a/name/longer/than/a/text/keeps/inside.png"
+                                           "</init_from></image>",
+                                           "<init_from>image</init_from>"));
+    constexpr long most = 1000;
+    long failures = 0;
+    bool isComplete = false;
+    while (!isComplete && failures < most) {
+        Texture texture;
+        bool isThrown = false;
+        bool hasFailed = false;
+        {
+            const FailingAllocator allocator(failures);
+            try {
+                document.loadInto(texture);
+            } catch (const std::bad_alloc&) {
+                isThrown = true;
+            }
+            hasFailed = allocator.hasFailed();
+        }
+        EXPECT_EQ(hasFailed, isThrown) << "request " << failures;
+        isComplete = !hasFailed && texture.textureFile().size() == 45;
+        EXPECT_EQ(isComplete, !texture.textureFile().empty()) << "request " << failures;
+        ASSERT_NE(hasFailed, isComplete);
+        failures += isComplete ? 0 : 1;
+    }
+    EXPECT_TRUE(isComplete);
+    EXPECT_GT(failures, 0) << "the file's text at least";
+}
+
+} // namespace
