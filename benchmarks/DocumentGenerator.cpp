@@ -1,5 +1,7 @@
 #include "DocumentGenerator.h"
 
+#include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
@@ -28,7 +30,171 @@ std::string floatSource(const std::string& id, unsigned count, unsigned stride, 
            records + "\" stride=\"" + std::to_string(stride) + "\"/></technique_common></source>\n";
 }
 
+// One index list over positions, normals and texture coordinates; values as they stand in their arrays.
+struct MeshText {
+    std::string positions;
+    std::string normals;
+    std::string texcoords;
+    std::string indices;
+    unsigned vertices = 0;
+    unsigned triangles = 0;
+};
+
+std::string vectorSource(const std::string& id, unsigned count, const std::string& names, const std::string& values)
+{
+    std::string params;
+    for (const char name : names) {
+        params += std::string("<param name=\"") + name + "\" type=\"float\"/>";
+    }
+    const std::string stride = std::to_string(names.size());
+    return "<source id=\"" + id + "\"><float_array id=\"" + id + "-array\" count=\"" +
+           std::to_string(count * names.size()) + "\">" + values +
+           "</float_array><technique_common><accessor source=\"#" + id + "-array\" count=\"" + std::to_string(count) +
+           "\" stride=\"" + stride + "\">" + params + "</accessor></technique_common></source>\n";
+}
+
+std::string geometryElement(const std::string& id, const MeshText& mesh, const std::string& material)
+{
+    return "<geometry id=\"" + id + "\" name=\"" + id + "\"><mesh>\n" +
+           vectorSource(id + "-positions", mesh.vertices, "XYZ", mesh.positions) +
+           vectorSource(id + "-normals", mesh.vertices, "XYZ", mesh.normals) +
+           vectorSource(id + "-texcoords", mesh.vertices, "ST", mesh.texcoords) + "<vertices id=\"" + id +
+           "-vertices\"><input semantic=\"POSITION\" source=\"#" + id +
+           "-positions\"/></vertices>\n<triangles count=\"" + std::to_string(mesh.triangles) + "\" material=\"" +
+           material + "\"><input semantic=\"VERTEX\" offset=\"0\" source=\"#" + id +
+           "-vertices\"/><input semantic=\"NORMAL\" offset=\"1\" source=\"#" + id +
+           "-normals\"/><input semantic=\"TEXCOORD\" offset=\"2\" source=\"#" + id + "-texcoords\"/><p>" +
+           mesh.indices + "</p></triangles>\n</mesh></geometry>\n";
+}
+
+void addVertex(MeshText& mesh, double x, double y, double height)
+{
+    char text[96];
+    std::snprintf(text, sizeof(text), "%.6f %.6f %.6f ", x, y, height);
+    mesh.positions += text;
+    std::snprintf(text, sizeof(text), "%.5f %.5f %.5f ", std::sin(x), std::cos(x), height);
+    mesh.normals += text;
+    std::snprintf(text, sizeof(text), "%.5f %.5f ", x * 0.01, y * 0.01);
+    mesh.texcoords += text;
+    ++mesh.vertices;
+}
+
+void addTriangle(MeshText& mesh, unsigned a, unsigned b, unsigned c)
+{
+    for (const unsigned index : {a, b, c}) {
+        const std::string text = std::to_string(index) + " ";
+        mesh.indices += text + text + text;
+    }
+    ++mesh.triangles;
+}
+
+MeshText grid(unsigned columns, unsigned rows)
+{
+    MeshText mesh;
+    for (unsigned y = 0; y <= rows; ++y) {
+        for (unsigned x = 0; x <= columns; ++x) {
+            addVertex(mesh, 0.1 * x, 0.1 * y, std::sin(0.01 * x) * std::cos(0.02 * y));
+        }
+    }
+    const unsigned width = columns + 1;
+    for (unsigned y = 0; y < rows; ++y) {
+        for (unsigned x = 0; x < columns; ++x) {
+            const unsigned corner = y * width + x;
+            addTriangle(mesh, corner, corner + 1, corner + width);
+            addTriangle(mesh, corner + 1, corner + width + 1, corner + width);
+        }
+    }
+    return mesh;
+}
+
+std::string oneMesh(const MeshText& mesh)
+{
+    return document("<library_geometries>" + geometryElement("mesh", mesh, "skin") + "</library_geometries>\n",
+                    "<node id=\"holder\"><instance_geometry url=\"#mesh\"/></node>\n");
+}
+
 } // namespace
+
+std::string smoothMesh(unsigned triangles)
+{
+    const auto side = static_cast<unsigned>(std::sqrt(triangles / 2.0));
+    return oneMesh(grid(side, side));
+}
+
+std::string fan(unsigned triangles)
+{
+    MeshText mesh;
+    addVertex(mesh, 0.0, 0.0, 1.0);
+    for (unsigned i = 0; i <= triangles; ++i) {
+        const double angle = 6.283185307179586 * i / triangles;
+        addVertex(mesh, std::cos(angle), std::sin(angle), 0.0);
+    }
+    for (unsigned i = 1; i <= triangles; ++i) {
+        addTriangle(mesh, 0, i, i + 1);
+    }
+    return oneMesh(mesh);
+}
+
+std::string manyGeometries(unsigned geometries)
+{
+    constexpr unsigned materials = 100;
+    std::string effects;
+    std::string library;
+    for (unsigned i = 0; i < materials; ++i) {
+        const std::string number = std::to_string(i);
+        effects +=
+            "<effect id=\"effect-" + number +
+            "\"><profile_COMMON><technique sid=\"common\"><phong><diffuse><color>0.5 0.25 0.125 1</color></diffuse>"
+            "<shininess><float>20</float></shininess></phong></technique></profile_COMMON></effect>\n";
+        library +=
+            "<material id=\"material-" + number + "\"><instance_effect url=\"#effect-" + number + "\"/></material>\n";
+    }
+    const MeshText mesh = grid(10, 5);
+    std::string meshes;
+    std::string nodes;
+    for (unsigned i = 0; i < geometries; ++i) {
+        const std::string number = std::to_string(i);
+        const std::string material = std::to_string(i % materials);
+        meshes += geometryElement("mesh-" + number, mesh, "symbol-" + material);
+        nodes += "<node id=\"node-" + number + "\"><translate>" + number +
+                 " 0 0</translate><instance_geometry url=\"#mesh-" + number +
+                 "\"><bind_material><technique_common><instance_material symbol=\"symbol-" + material +
+                 "\" target=\"#material-" + material +
+                 "\"/></technique_common></bind_material></instance_geometry></node>\n";
+    }
+    return document("<library_effects>" + effects + "</library_effects><library_materials>" + library +
+                        "</library_materials><library_geometries>" + meshes + "</library_geometries>\n",
+                    nodes);
+}
+
+std::string camerasAndLights(unsigned nodes)
+{
+    const unsigned pool = nodes / 10;
+    std::string cameras;
+    std::string lights;
+    for (unsigned i = 0; i < pool; ++i) {
+        const std::string number = std::to_string(i);
+        cameras += "<camera id=\"camera-" + number +
+                   "\"><optics><technique_common><perspective><yfov>40</yfov><aspect_ratio>1.5</aspect_ratio>"
+                   "<znear>0.5</znear><zfar>200</zfar></perspective></technique_common></optics><extra>"
+                   "<technique profile=\"FCOLLADA\"><target>#node-0</target></technique></extra></camera>\n";
+        lights += "<light id=\"light-" + number +
+                  "\"><technique_common><point><color>1 0.5 0.25</color></point></technique_common></light>\n";
+    }
+    std::string tree;
+    for (unsigned i = 0; i < nodes; ++i) {
+        // Groups of a hundred, because the document model takes quadratic time for many siblings.
+        const std::string number = std::to_string(i);
+        const std::string object = std::to_string(i % pool);
+        tree += i % 100 == 0 ? (i == 0 ? "<node>" : "</node>\n<node>") : "";
+        tree += "<node id=\"node-" + number + "\"><translate>" + number +
+                " 1 2</translate><instance_camera url=\"#camera-" + object + "\"/><instance_light url=\"#light-" +
+                object + "\"/></node>\n";
+    }
+    return document("<library_cameras>" + cameras + "</library_cameras><library_lights>" + lights +
+                        "</library_lights>\n",
+                    tree + "</node>\n");
+}
 
 std::string balancedTree(unsigned nodes, Ids ids)
 {

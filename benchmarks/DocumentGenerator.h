@@ -15,6 +15,16 @@ std::string chain(unsigned depth);
 /// One node whose `<translate>` is animated by that many linear keys, one in a second.
 std::string animatedNode(unsigned keys);
 
+/// A square grid of about that many triangles, each vertex shared by six of them, with separate indices of positions,
+/// normals and texture coordinates.
+std::string smoothMesh(unsigned triangles);
+/// Triangles round one vertex that all of them share.
+std::string fan(unsigned triangles);
+/// Meshes of 100 triangles, one on a node, with 100 materials.
+std::string manyGeometries(unsigned geometries);
+/// Nodes with one camera and one light each, of a tenth as many cameras and point lights.
+std::string camerasAndLights(unsigned nodes);
+
 /// A document as a file of its own, removed at the end.
 class DocumentFile {
 public:

@@ -103,6 +103,36 @@ void loadChain(benchmark::State& state)
 }
 BENCHMARK(loadChain)->Arg(1000)->Arg(10000)->UseManualTime()->Iterations(9)->Unit(benchmark::kMillisecond);
 
+void loadSmoothMesh(benchmark::State& state)
+{
+    compareWithOpen(state, benchmarks::smoothMesh(static_cast<unsigned>(state.range(0))));
+}
+BENCHMARK(loadSmoothMesh)
+    ->Arg(10000)
+    ->Arg(100000)
+    ->Arg(1000000)
+    ->UseManualTime()
+    ->Iterations(5)
+    ->Unit(benchmark::kMillisecond);
+
+void loadFan(benchmark::State& state)
+{
+    compareWithOpen(state, benchmarks::fan(static_cast<unsigned>(state.range(0))));
+}
+BENCHMARK(loadFan)->Arg(1000)->Arg(100000)->UseManualTime()->Iterations(5)->Unit(benchmark::kMillisecond);
+
+void loadManyGeometries(benchmark::State& state)
+{
+    compareWithOpen(state, benchmarks::manyGeometries(static_cast<unsigned>(state.range(0))));
+}
+BENCHMARK(loadManyGeometries)->Arg(1000)->Arg(2000)->UseManualTime()->Iterations(5)->Unit(benchmark::kMillisecond);
+
+void loadCamerasAndLights(benchmark::State& state)
+{
+    compareWithOpen(state, benchmarks::camerasAndLights(static_cast<unsigned>(state.range(0))));
+}
+BENCHMARK(loadCamerasAndLights)->Arg(1000)->Arg(10000)->UseManualTime()->Iterations(5)->Unit(benchmark::kMillisecond);
+
 // Times spread over all keys, in an order that no cache foresees.
 void evaluateNode(benchmark::State& state)
 {

@@ -11,9 +11,12 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <limits>
 #include <map>
 #include <set>
+#include <utility>
 #include <vector>
 
 namespace documents {
@@ -127,6 +130,316 @@ void expectTree(libVideo::VisualScene& scene, const PlainDocument& expected)
     }
 }
 
+// --- geometries
+
+// What the library or a dump shows of a primitive.
+struct ShownPrimitive {
+    std::uint32_t type = 0;
+    std::string id;
+    std::string material;
+    std::uint32_t count = 0;
+    std::uint32_t vertexPerPrimitive = 0;
+    std::uint32_t bytesPerVertex = 0;
+    std::uint32_t totalByteSize = 0;
+    std::vector<PlainAttribute> layout;
+    std::vector<std::uint32_t> indices;
+    std::string bytes;
+};
+
+struct ShownGeometry {
+    std::string name;
+    std::vector<std::size_t> nodes;
+    std::vector<ShownPrimitive> primitives;
+};
+
+ShownPrimitive shown(libVideo::Primitive& primitive)
+{
+    ShownPrimitive result;
+    result.type = primitive.type();
+    result.id = textOf(primitive.id());
+    result.material = textOf(primitive.material());
+    result.count = primitive.count();
+    result.vertexPerPrimitive = primitive.vertexPerPrimitive();
+    result.bytesPerVertex = primitive.bytesPerVertex();
+    result.totalByteSize = primitive.totalByteSize();
+    for (const libVideo::VertexLayout& attribute : primitive.vertexLayout()) {
+        result.layout.push_back({attribute.semantic, attribute.byteSize, attribute.byteOffset, attribute.dataType});
+        EXPECT_EQ(attribute.reserved, 0u);
+    }
+    for (const unsigned index : primitive.indexBuffer()) {
+        result.indices.push_back(index);
+    }
+    if (primitive.totalByteSize() > 0) {
+        result.bytes.assign(reinterpret_cast<const char*>(primitive.vertexBuffer().get()), primitive.totalByteSize());
+    }
+    return result;
+}
+
+std::map<std::string, ShownGeometry> shown(const libVideo::GeometryTable& table, const Walk& walk)
+{
+    std::map<std::string, ShownGeometry> all;
+    for (const auto& bucket : table) {
+        const libVideo::Geometry& geometry = *bucket.value;
+        EXPECT_EQ(textOf(geometry.id()), textOf(bucket.key));
+        ShownGeometry& result = all[textOf(bucket.key)];
+        result.name = textOf(geometry.name());
+        for (const libVideo::NodeHandle& node : geometry.nodes()) {
+            result.nodes.push_back(walk.places.at(node.get()));
+        }
+        for (const auto& primitive : geometry.mesh().primitives()) {
+            result.primitives.push_back(shown(*primitive));
+        }
+    }
+    EXPECT_EQ(all.size(), table.size());
+    return all;
+}
+
+// Empty, with a failure, for what is no whole text of that kind.
+std::string bytesOfBase64(const std::string& text)
+{
+    static const std::string digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string bytes;
+    std::uint32_t bits = 0;
+    std::size_t place = 0;
+    for (; place < text.size() && text[place] != '='; ++place) {
+        const std::size_t digit = digits.find(text[place]);
+        if (digit == std::string::npos) {
+            ADD_FAILURE() << "no digit: " << text[place];
+            return std::string();
+        }
+        bits = (bits << 6u) | static_cast<std::uint32_t>(digit);
+        if (place % 4 != 0) {
+            bytes += static_cast<char>(static_cast<unsigned char>((bits >> (6u - 2u * (place % 4))) & 0xFFu));
+        }
+    }
+    EXPECT_EQ(text.size() % 4, 0u);
+    EXPECT_LE(text.size() - place, 2u);
+    EXPECT_EQ(text.substr(place), std::string(text.size() - place, '='));
+    return bytes;
+}
+
+ShownPrimitive shownPrimitive(const Json& primitive)
+{
+    ShownPrimitive result;
+    result.type = primitive.at("type");
+    result.id = primitive.at("id");
+    result.material = primitive.at("material");
+    result.count = primitive.at("count");
+    result.vertexPerPrimitive = primitive.at("vertexPerPrimitive");
+    result.bytesPerVertex = primitive.at("bytesPerVertex");
+    result.totalByteSize = primitive.at("totalByteSize");
+    for (const Json& attribute : primitive.at("layout")) {
+        result.layout.push_back(
+            {attribute.at("semantic"), attribute.at("byteSize"), attribute.at("byteOffset"), attribute.at("dataType")});
+    }
+    result.indices = primitive.at("indices").get<std::vector<std::uint32_t>>();
+    result.bytes = bytesOfBase64(primitive.at("vertices"));
+    return result;
+}
+
+std::map<std::string, ShownGeometry> shownGeometries(const Json& geometries)
+{
+    std::map<std::string, ShownGeometry> all;
+    for (const auto& item : geometries.items()) {
+        ShownGeometry& result = all[item.key()];
+        result.name = item.value().at("name");
+        result.nodes = item.value().at("nodes").get<std::vector<std::size_t>>();
+        for (const Json& primitive : item.value().at("primitives")) {
+            result.primitives.push_back(shownPrimitive(primitive));
+        }
+    }
+    return all;
+}
+
+bool isSame(float actual, float expected)
+{
+    return actual == expected || (std::isnan(actual) && std::isnan(expected));
+}
+
+void expectPrimitive(const ShownPrimitive& actual, const PlainPrimitive& expected, const std::string& what)
+{
+    EXPECT_EQ(actual.type, expected.type) << what;
+    EXPECT_EQ(actual.id, expected.id) << what;
+    EXPECT_EQ(actual.material, expected.material) << what;
+    EXPECT_EQ(actual.count, expected.count) << what;
+    EXPECT_EQ(actual.vertexPerPrimitive, expected.vertexPerPrimitive) << what;
+    EXPECT_EQ(actual.bytesPerVertex, expected.bytesPerVertex) << what;
+    EXPECT_EQ(actual.totalByteSize, actual.bytes.size()) << what;
+    EXPECT_EQ(actual.indices, expected.indices) << what;
+
+    ASSERT_EQ(actual.layout.size(), expected.layout.size()) << what;
+    for (std::size_t i = 0; i < expected.layout.size(); ++i) {
+        EXPECT_EQ(actual.layout[i].semantic, expected.layout[i].semantic) << what << ", attribute " << i;
+        EXPECT_EQ(actual.layout[i].byteSize, expected.layout[i].byteSize) << what << ", attribute " << i;
+        EXPECT_EQ(actual.layout[i].byteOffset, expected.layout[i].byteOffset) << what << ", attribute " << i;
+        EXPECT_EQ(actual.layout[i].dataType, expected.layout[i].dataType) << what << ", attribute " << i;
+    }
+
+    ASSERT_EQ(actual.bytes.size(), 4 * expected.vertices.size()) << what;
+    for (std::size_t i = 0; i < expected.vertices.size(); ++i) {
+        float number = 0.0f;
+        std::memcpy(&number, actual.bytes.data() + 4 * i, sizeof(number));
+        if (expected.vertices[i] && !isSame(number, *expected.vertices[i])) {
+            ADD_FAILURE() << what << ", float " << i << ": " << number << " instead of " << *expected.vertices[i];
+            return;
+        }
+    }
+}
+
+void expectGeometries(const std::map<std::string, ShownGeometry>& actual, const PlainDocument& expected)
+{
+    EXPECT_EQ(actual.size(), expected.geometries.size());
+    for (const auto& [id, plain] : expected.geometries) {
+        const std::string what = "geometry \"" + id + "\"";
+        const auto found = actual.find(id);
+        if (found == actual.end()) {
+            ADD_FAILURE() << "no " << what;
+            continue;
+        }
+        EXPECT_EQ(found->second.name, plain.name) << what;
+        EXPECT_EQ(found->second.nodes, std::vector<std::size_t>{plain.node}) << what;
+        EXPECT_EQ(found->second.primitives.size(), plain.primitives.size()) << what;
+        for (std::size_t i = 0; i < std::min(found->second.primitives.size(), plain.primitives.size()); ++i) {
+            expectPrimitive(found->second.primitives[i], plain.primitives[i],
+                            what + ", primitive " + std::to_string(i));
+        }
+    }
+}
+
+// --- materials
+
+PlainColor shown(const float* color, const libVideo::SharedHandle<libVideo::Texture>& texture)
+{
+    PlainColor result;
+    std::copy(color, color + 3, result.value.begin());
+    if (texture) {
+        result.texture = textOf(texture->textureFile());
+    }
+    return result;
+}
+
+std::map<std::string, PlainMaterial> shown(const libVideo::BlinnMaterialTable& table)
+{
+    std::map<std::string, PlainMaterial> all;
+    for (const auto& bucket : table) {
+        const libVideo::BlinnMaterial::Component& values = bucket.value->component();
+        PlainMaterial& result = all[textOf(bucket.key)];
+        result.shininess = values.shininess;
+        result.transparency = values.transparency;
+        result.emission = shown(values.emission, values.emissionTexture);
+        result.ambient = shown(values.ambient, values.ambientTexture);
+        result.diffuse = shown(values.diffuse, values.diffuseTexture);
+        result.specular = shown(values.specular, values.specularTexture);
+        result.reflective = shown(values.reflective, values.reflectiveTexture);
+    }
+    EXPECT_EQ(all.size(), table.size());
+    return all;
+}
+
+// Printed so that a reader gets the very float, which passes through `double` here.
+float floatOf(const Json& value)
+{
+    return static_cast<float>(numberOf(value));
+}
+
+PlainColor shownColor(const Json& material, const std::string& channel)
+{
+    PlainColor result;
+    const Json& color = material.at(channel);
+    EXPECT_EQ(color.size(), 3u) << channel;
+    for (std::size_t i = 0; i < 3; ++i) {
+        result.value[i] = floatOf(color.at(i));
+    }
+    const Json& texture = material.at(channel + "Texture");
+    if (!texture.is_null()) {
+        result.texture = texture.get<std::string>();
+    }
+    return result;
+}
+
+std::map<std::string, PlainMaterial> shownMaterials(const Json& materials)
+{
+    std::map<std::string, PlainMaterial> all;
+    for (const auto& item : materials.items()) {
+        PlainMaterial& result = all[item.key()];
+        result.shininess = floatOf(item.value().at("shininess"));
+        result.transparency = floatOf(item.value().at("transparency"));
+        result.emission = shownColor(item.value(), "emission");
+        result.ambient = shownColor(item.value(), "ambient");
+        result.diffuse = shownColor(item.value(), "diffuse");
+        result.specular = shownColor(item.value(), "specular");
+        result.reflective = shownColor(item.value(), "reflective");
+    }
+    return all;
+}
+
+void expectColor(const PlainColor& actual, const PlainColor& expected, const std::string& what)
+{
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_TRUE(isSame(actual.value[i], expected.value[i]))
+            << what << ", component " << i << ": " << actual.value[i] << " instead of " << expected.value[i];
+    }
+    EXPECT_EQ(actual.texture, expected.texture) << what;
+}
+
+void expectMaterials(const std::map<std::string, PlainMaterial>& actual, const PlainDocument& expected)
+{
+    EXPECT_EQ(actual.size(), expected.materials.size());
+    for (const auto& [symbol, plain] : expected.materials) {
+        const std::string what = "material \"" + symbol + "\"";
+        const auto found = actual.find(symbol);
+        if (found == actual.end()) {
+            ADD_FAILURE() << "no " << what;
+            continue;
+        }
+        const PlainMaterial& values = found->second;
+        EXPECT_TRUE(isSame(values.shininess, plain.shininess)) << what << ": " << values.shininess;
+        EXPECT_TRUE(isSame(values.transparency, plain.transparency)) << what << ": " << values.transparency;
+        expectColor(values.emission, plain.emission, what + ", emission");
+        expectColor(values.ambient, plain.ambient, what + ", ambient");
+        expectColor(values.diffuse, plain.diffuse, what + ", diffuse");
+        expectColor(values.specular, plain.specular, what + ", specular");
+        expectColor(values.reflective, plain.reflective, what + ", reflective");
+    }
+}
+
+// --- lines
+
+using Line = std::pair<std::string, std::string>;
+
+// Whether it is about geometries or materials.
+bool isOfTheirs(const std::string& channel, const std::string& words)
+{
+    static const std::set<std::string> channels = {"libVideo.geometry", "libVideo.primitive", "libVideo.input",
+                                                   "libVideo.source",   "libVideo.accessor",  "libVideo.material",
+                                                   "libVideo.texture"};
+    return channels.count(channel) > 0 ||
+           (channel == "libVideo.visualScene" &&
+            (words == "Not a geometry element" || words == "Unable to initialize geometry instance"));
+}
+
+// The same lines, each as often.
+void expectTheirLines(const std::vector<Line>& actual, const PlainDocument& expected)
+{
+    std::multiset<Line> astray;
+    for (const Line& line : actual) {
+        if (isOfTheirs(line.first, line.second)) {
+            astray.insert(line);
+        }
+    }
+    for (const Line& line : expected.lines) {
+        const auto found = astray.find(line);
+        if (found == astray.end()) {
+            ADD_FAILURE() << "no line \"" << line.second << "\" on " << line.first;
+        } else {
+            astray.erase(found);
+        }
+    }
+    for (const Line& line : astray) {
+        ADD_FAILURE() << "a line \"" << line.second << "\" on " << line.first;
+    }
+}
+
 // One line for each animation that finds neither a node nor a camera.
 void expectLines(const testSupport::LogCapture& log, const PlainDocument& expected)
 {
@@ -173,27 +486,54 @@ void expectLoadAsRead(const std::string& path, const PlainDocument& expected)
 {
     const testSupport::LogCapture log;
     libVideo::Scene scene;
-    if (expected.outcome == Outcome::throwsIndex) {
-        EXPECT_THROW(scene.createFromCollada(path.c_str()), vesk::IndexOutOfBounds);
-        return;
+    bool isLoaded = false;
+    std::string thrown;
+    try {
+        isLoaded = scene.createFromCollada(path.c_str());
+    } catch (const vesk::IndexOutOfBounds&) {
+        thrown = "IndexOutOfBounds";
+    } catch (const vesk::AssertionFailure& failure) {
+        thrown = "AssertionFailure";
+        EXPECT_EQ(failure.expression(), expected.expression);
     }
-    const bool isLoaded = scene.createFromCollada(path.c_str());
     EXPECT_EQ(isLoaded, expected.outcome == Outcome::loads) << log.text();
-    if (isLoaded) {
-        expectTree(scene.visualScene(), expected);
-        expectLines(log, expected);
-        return;
+    EXPECT_EQ(thrown, expected.outcome == Outcome::throws ? expected.reason : "");
+
+    libVideo::VisualScene& visualScene = scene.visualScene();
+    std::vector<Line> lines;
+    for (const testSupport::LogLine& line : log.lines()) {
+        lines.emplace_back(line.channel, line.words());
+        EXPECT_EQ(line.priority, 3);
     }
-    EXPECT_EQ(scene.visualScene().root().children().size(), 0u);
-    const std::vector<testSupport::LogLine> lines = log.lines();
-    ASSERT_FALSE(lines.empty());
-    EXPECT_EQ(lines.back().words().substr(0, expected.reason.size()), expected.reason);
+    expectGeometries(shown(visualScene.geometryTable(), Walk(visualScene.root())), expected);
+    expectMaterials(shown(visualScene.blinnMaterialTable()), expected);
+    expectTheirLines(lines, expected);
+    expectTree(visualScene, expected);
+    if (isLoaded) {
+        expectLines(log, expected);
+    } else if (expected.outcome == Outcome::isRefused) {
+        ASSERT_FALSE(lines.empty());
+        EXPECT_EQ(lines.back().second.substr(0, expected.reason.size()), expected.reason);
+    }
 }
 
 void expectDumpAsRead(const Json& dump, const PlainDocument& expected)
 {
     EXPECT_EQ(dump.at("loaded"), expected.outcome == Outcome::loads);
-    EXPECT_EQ(dump.at("error").is_null(), expected.outcome != Outcome::throwsIndex);
+    if (expected.outcome == Outcome::throws) {
+        EXPECT_EQ(dump.at("error").at("type"), expected.reason);
+        EXPECT_TRUE(dump["error"].at("message").is_string());
+    } else {
+        EXPECT_TRUE(dump.at("error").is_null()) << dump["error"];
+    }
+    expectGeometries(shownGeometries(dump.at("geometries")), expected);
+    expectMaterials(shownMaterials(dump.at("materials")), expected);
+    std::vector<Line> lines;
+    for (const Json& line : dump.at("log")) {
+        const std::string text = line.at("text"); // behind a number and a blank
+        lines.emplace_back(line.at("channel"), text.substr(text.find(' ') + 1));
+    }
+    expectTheirLines(lines, expected);
     const Json& nodes = dump.at("nodes");
     ASSERT_EQ(nodes.size(), expected.nodes.size());
     for (std::size_t i = 0; i < nodes.size(); ++i) {

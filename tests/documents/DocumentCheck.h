@@ -18,7 +18,8 @@ constexpr double tolerance = 1e-5;
 void expectMatrix(const libMath::Matrix<float, 4, 4>& actual, const PlainMatrix& expected, const std::string& what);
 
 /// Loads the document with the library and expects what the plain reader made of it: whether it loads, and with which
-/// line not; tree, names, local matrices and animated nodes; world matrices behind the folding.
+/// line or exception not; tree, names, local matrices and animated nodes; geometries and materials, whose floats are
+/// rounded once and so the same bit for bit, and the lines about them; world matrices behind the folding.
 void expectLoadAsRead(const std::string& path, const PlainDocument& expected);
 
 /// Expects of a dump without options, as JSON, what the plain reader made of the document.

@@ -98,7 +98,7 @@ struct PlainDocument {
 
     Outcome outcome = Outcome::isRefused;
     std::string reason;
-    std::string expression; ///< of an "AssertionFailure"
+    std::string expression;       ///< of an "AssertionFailure"
     std::vector<PlainNode> nodes; ///< breadth first; empty unless the document loads or a geometry throws
     std::vector<PlainAnimation> animations;
     std::map<std::string, PlainGeometry> geometries; ///< by id; those that stand before one that throws

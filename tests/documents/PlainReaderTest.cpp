@@ -152,7 +152,7 @@ TEST(PlainReaderTest, AccessorBeyondItsArrayMakesNoAnimation)
 
 TEST(PlainReaderTest, TimesWithoutElementThrow)
 {
-    EXPECT_EQ(readWithAnimation("n/t", "0").outcome, PlainDocument::Outcome::throwsIndex);
+    EXPECT_EQ(readWithAnimation("n/t", "0").outcome, PlainDocument::Outcome::throws);
 }
 
 TEST(PlainReaderTest, NewerSchemaIsRefused)

@@ -94,6 +94,73 @@ Json color(const float* value)
     return Json::array({number(value[0]), number(value[1]), number(value[2])});
 }
 
+Json instance(const LoadedScene& loaded, const libVideo::Instance& shown)
+{
+    return {{"node", index(loaded, shown.node().get())}, {"sid", text(shown.sid())}, {"name", text(shown.name())}};
+}
+
+Json cameras(const LoadedScene& loaded)
+{
+    Json all = Json::array();
+    for (const libVideo::CameraInstanceHandle& shown : loaded.scene().cameraList()) {
+        const libVideo::Camera& camera = *shown->camera();
+        const auto* const perspective = dynamic_cast<const libVideo::PerspectiveCamera*>(&camera);
+        Json entry = instance(loaded, *shown);
+        entry["cameraId"] = text(shown->cameraId());
+        entry["lookAtNode"] = index(loaded, shown->lookAtNode().get());
+        entry["view"] = matrix(shown->view());
+        entry["projection"] = matrix(camera.projectionMatrix());
+        entry["camera"] = {
+            {"id", text(camera.id())},
+            {"name", text(camera.name())},
+            {"lookAtNode", text(camera.lookAtNode())},
+            {"lookAtNodeURI", text(perspective == nullptr ? vesk::String::EMPTY() : perspective->lookAtNodeURI())}};
+        all.push_back(std::move(entry));
+    }
+    return all;
+}
+
+// What both kinds of light have.
+template <class Light>
+Json light(const Light& shown)
+{
+    return {{"id", text(shown.id())},
+            {"color", vector(shown.color())},
+            {"constantAttenuation", number(shown.constantAttenuation())},
+            {"linearAttenuation", number(shown.linearAttenuation())},
+            {"quadraticAttenuation", number(shown.quadraticAttenuation())}};
+}
+
+Json pointLights(const LoadedScene& loaded)
+{
+    Json all = Json::array();
+    for (const libVideo::PointLightInstanceHandle& shown : loaded.scene().pointLightList()) {
+        Json entry = instance(loaded, *shown);
+        entry["light"] = light(*shown->pointLight());
+        all.push_back(std::move(entry));
+    }
+    return all;
+}
+
+Json spotLights(const LoadedScene& loaded)
+{
+    Json all = Json::array();
+    for (const libVideo::SpotLightInstanceHandle& shown : loaded.scene().spotLightList()) {
+        const libVideo::SpotLight& spot = *shown->spotLight();
+        Json entry = instance(loaded, *shown);
+        entry["lookatNode"] = index(loaded, shown->lookatNode().get());
+        entry["lookAtVector"] = vector(shown->lookAtVector());
+        Json values = light(spot);
+        values["innerConeAngle"] = number(spot.innerConeAngle());
+        values["outerConeAngle"] = number(spot.outerConeAngle());
+        values["falloffExponent"] = number(spot.falloffExponent());
+        values["lookAtNodeId"] = text(spot.lookAtNodeId());
+        entry["light"] = std::move(values);
+        all.push_back(std::move(entry));
+    }
+    return all;
+}
+
 Json textureFile(const libVideo::SharedHandle<libVideo::Texture>& texture)
 {
     return texture ? text(texture->textureFile()) : Json();
@@ -190,8 +257,11 @@ void writeDump(const LoadedScene& loaded, std::ostream& out)
 {
     // Asking the scene may log as well, so the log is taken last.
     Json nodeList = nodes(loaded);
+    Json cameraList = cameras(loaded);
+    Json pointLightList = pointLights(loaded);
     Json geometryList = geometries(loaded);
     Json materialList = materials(loaded);
+    Json spotLightList = spotLights(loaded);
 
     Json dump;
     dump["file"] = loaded.file();
@@ -199,6 +269,9 @@ void writeDump(const LoadedScene& loaded, std::ostream& out)
     dump["error"] = error(loaded);
     dump["log"] = log(loaded);
     dump["nodes"] = std::move(nodeList);
+    dump["cameras"] = std::move(cameraList);
+    dump["pointLights"] = std::move(pointLightList);
+    dump["spotLights"] = std::move(spotLightList);
     dump["geometries"] = std::move(geometryList);
     dump["materials"] = std::move(materialList);
     // Text of a document is UTF-8, a path need not be.

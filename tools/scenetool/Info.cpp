@@ -292,6 +292,77 @@ void writeMaterials(const LoadedScene& loaded, const Painter& paint, std::ostrea
     }
 }
 
+std::string vectorText(const libMath::Vector<float, 3>& vector)
+{
+    return numberText(vector[0]) + " " + numberText(vector[1]) + " " + numberText(vector[2]);
+}
+
+std::string placeText(const libVideo::NodeLink& node)
+{
+    return node ? "on " + nodeTitle(*node) : "on no node";
+}
+
+std::string targetText(const libVideo::NodeLink& node)
+{
+    return node ? ", looks at " + nodeTitle(*node) : std::string();
+}
+
+// Back from the matrix, which is what a renderer gets.
+std::string projectionText(const libMath::Matrix<float, 4, 4>& projection)
+{
+    constexpr double degrees = 180.0 / 3.141592653589793;
+    const double depthScale = projection[10];
+    const double near = -projection[14] / depthScale;
+    const double far = depthScale * near / (depthScale - 1.0);
+    return numberText(2.0 * degrees * std::atan(1.0 / projection[0])) + " by " +
+           numberText(2.0 * degrees * std::atan(1.0 / projection[5])) + " degrees, aspect " +
+           numberText(double(projection[0]) / projection[5]) + ", near " + numberText(near) + ", far " +
+           numberText(far);
+}
+
+void writeCameras(const LoadedScene& loaded, const Painter& paint, std::ostream& out)
+{
+    if (loaded.scene().cameraList().size() == 0) {
+        return;
+    }
+    out << paint.bold("Cameras") << '\n';
+    for (const libVideo::CameraInstanceHandle& shown : loaded.scene().cameraList()) {
+        const libVideo::Camera& camera = *shown->camera();
+        out << "  " << printable(camera.id().data()) << "  " << placeText(shown->node()) << ": "
+            << projectionText(camera.projectionMatrix()) << targetText(shown->lookAtNode());
+        if (camera.animationLength() > 0.0) {
+            out << "  " << paint.green("animated, " + numberText(camera.animationLength()) + " s");
+        }
+        out << '\n';
+    }
+}
+
+template <class Light>
+std::string lightText(const Light& light)
+{
+    return "color " + vectorText(light.color()) + ", attenuation " + numberText(light.constantAttenuation()) + " " +
+           numberText(light.linearAttenuation()) + " " + numberText(light.quadraticAttenuation());
+}
+
+void writeLights(const LoadedScene& loaded, const Painter& paint, std::ostream& out)
+{
+    const libVideo::VisualScene& scene = loaded.scene();
+    if (scene.pointLightList().size() + scene.spotLightList().size() == 0) {
+        return;
+    }
+    out << paint.bold("Lights") << '\n';
+    for (const libVideo::PointLightInstanceHandle& shown : scene.pointLightList()) {
+        out << "  " << printable(shown->pointLight()->id().data()) << "  point " << placeText(shown->node()) << ": "
+            << lightText(*shown->pointLight()) << '\n';
+    }
+    for (const libVideo::SpotLightInstanceHandle& shown : scene.spotLightList()) {
+        const libVideo::SpotLight& spot = *shown->spotLight();
+        out << "  " << printable(spot.id().data()) << "  spot " << placeText(shown->node()) << ": " << lightText(spot)
+            << ", cone " << numberText(spot.innerConeAngle()) << " to " << numberText(spot.outerConeAngle())
+            << " degrees, exponent " << numberText(spot.falloffExponent()) << targetText(shown->lookatNode()) << '\n';
+    }
+}
+
 } // namespace
 
 std::string printable(const std::string& text)
@@ -320,6 +391,8 @@ void writeInfo(const LoadedScene& loaded, const InfoOptions& options, std::ostre
     if (!lines.empty()) {
         writeTree(loaded, lines, paint, out);
     }
+    writeCameras(loaded, paint, out);
+    writeLights(loaded, paint, out);
     writeGeometries(loaded, paint, out);
     writeMaterials(loaded, paint, out);
     if (!loaded.log().empty()) {

@@ -69,6 +69,10 @@ bool LoadedScene::evaluate(double time)
         for (libVideo::Node* const node : m_nodes) {
             node->transform(time);
         }
+        for (const libVideo::CameraInstanceHandle& camera : scene().cameraList()) {
+            camera->view(time);
+            camera->projection(time);
+        }
         return true;
     });
 }

@@ -46,8 +46,8 @@ public:
     /// Place in `nodes()`; nothing for the root and for no node.
     std::optional<std::size_t> indexOf(const libVideo::Node* node) const;
 
-    /// Asks every node for its state at a time in seconds. @return false, with `failure()` set, if one throws; those
-    /// behind it keep their state then
+    /// Asks every node, then every camera, for its state at a time in seconds. @return false, with `failure()` set, if
+    /// one throws; those behind it keep their state then
     bool evaluate(double time);
     /// Folds the parents into the nodes.
     void fold();
