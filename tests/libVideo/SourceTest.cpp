@@ -1,0 +1,1323 @@
+#include "support/ColladaBuilder.h"
+#include "support/FailingAllocator.h"
+#include "support/LogCapture.h"
+#include "support/PrivateAccess.h"
+
+#include <libVideo/SceneGraph/Source.h>
+
+#include <vesk/Exception.h>
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <ostream>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using libVideo::Accessor;
+using libVideo::Data;
+using libVideo::DataType;
+using libVideo::Source;
+using libVideo::SourceFloat;
+using testSupport::ColladaBuilder;
+using testSupport::FailingAllocator;
+using testSupport::LogCapture;
+using testSupport::LogLine;
+using DataList = vesk::Array<Data>;
+using SourceHandle = vesk::SharedResource<vesk::PointerStorage<Source, 0, 3>, 0>;
+using AccessorHandle = vesk::SharedResource<vesk::PointerStorage<Accessor, 0, 3>, 0>;
+using SourceRef = daeSmartRef<domSource>;
+using FloatArrayRef = daeSmartRef<domFloat_array>;
+using Floats = std::vector<float>;
+using Texts = std::vector<std::string>;
+
+PRIVATE_MEMBER(SourceDataType, DataType Source::*, &Source::m_dataType)
+PRIVATE_MEMBER(SourceArrayCount, unsigned Source::*, &Source::m_arrayCount)
+PRIVATE_MEMBER(SourceId, vesk::String Source::*, &Source::m_id)
+PRIVATE_MEMBER(SourceAccessor, AccessorHandle Source::*, &Source::m_accessor)
+PRIVATE_MEMBER(SourceElement, SourceRef Source::*, &Source::m_element)
+PRIVATE_MEMBER(SourceSingleValue, DataList Source::*, &Source::m_singleValue)
+PRIVATE_MEMBER(SourceFloatArray, FloatArrayRef SourceFloat::*, &SourceFloat::m_floatArray)
+PRIVATE_MEMBER(ReferenceCount, daeInt daeRefCountedObj::*, &daeRefCountedObj::_refCount)
+
+static_assert(std::is_abstract<Source>::value && std::has_virtual_destructor<Source>::value, "a base");
+static_assert(!std::is_default_constructible<Source>::value, "only for what derives from it");
+static_assert(std::is_copy_assignable<Source>::value, "the base assigns as well");
+static_assert(std::is_convertible<SourceFloat*, Source*>::value, "derives publicly");
+static_assert(std::is_default_constructible<SourceFloat>::value &&
+                  std::is_constructible<SourceFloat, const SourceRef&>::value &&
+                  std::is_copy_constructible<SourceFloat>::value && std::is_copy_assignable<SourceFloat>::value,
+              "the concrete one");
+static_assert(std::is_same<const DataList&, decltype(std::declval<const Source&>()[0u])>::value &&
+                  std::is_same<const DataList&, decltype(std::declval<const Source&>().data(0u))>::value,
+              "readable when const");
+static_assert(std::is_same<const vesk::String&, decltype(std::declval<const Source&>().id())>::value &&
+                  std::is_same<DataType, decltype(std::declval<const Source&>().dataType())>::value &&
+                  std::is_same<bool, decltype(std::declval<const Source&>().isInitialized())>::value &&
+                  std::is_same<unsigned, decltype(std::declval<const Source&>().count())>::value &&
+                  std::is_same<unsigned, decltype(std::declval<const Source&>().stride())>::value &&
+                  std::is_same<unsigned, decltype(std::declval<const Source&>().bytePerAccess())>::value,
+              "answers when const");
+static_assert(
+    std::is_same<SourceHandle, decltype(libVideo::createSourceFromCollada(std::declval<const daeURI&>()))>::value,
+    "an owning handle");
+
+constexpr unsigned noIndex = 0xFFFFFFFFu;
+
+#define PARAM_X "<param name='X' type='float'/>"
+#define PARAMS_XYZ "<param name='X' type='float'/><param name='Y' type='float'/><param name='Z' type='float'/>"
+#define PARAM_MATRIX "<param name='M' type='float4x4'/>"
+
+/// Keeps the document model's own remarks on references that lead nowhere out of the output of the tests.
+class SilentDocumentModel : public daeErrorHandler {
+public:
+    SilentDocumentModel() : m_before(daeErrorHandler::get()) { daeErrorHandler::setErrorHandler(this); }
+    ~SilentDocumentModel() override { daeErrorHandler::setErrorHandler(m_before); }
+    SilentDocumentModel(const SilentDocumentModel&) = delete;
+    SilentDocumentModel& operator=(const SilentDocumentModel&) = delete;
+    void handleError(daeString /*text*/) override {}
+    void handleWarning(daeString /*text*/) override {}
+
+private:
+    daeErrorHandler* m_before;
+};
+
+/// A `<float_array>` with as many values as its `count` says.
+std::string floatArray(const std::string& id, const std::string& values)
+{
+    std::istringstream tokens(values);
+    std::string token;
+    unsigned count = 0;
+    while (tokens >> token) {
+        ++count;
+    }
+    return "<float_array id='" + id + "' count='" + std::to_string(count) + "'>" + values + "</float_array>";
+}
+
+/// A `<technique_common>` over an array.
+std::string technique(const std::string& array, const std::string& attributes, const std::string& params)
+{
+    return "<technique_common><accessor source='#" + array + "' " + attributes + ">" + params +
+           "</accessor></technique_common>";
+}
+
+std::string bareSource(const std::string& id, const std::string& values)
+{
+    return "<source id='" + id + "'>" + floatArray(id + "-array", values) + "</source>";
+}
+
+std::string accessorSource(const std::string& id, const std::string& values, const std::string& attributes,
+                           const std::string& params)
+{
+    return "<source id='" + id + "'>" + floatArray(id + "-array", values) +
+           technique(id + "-array", attributes, params) + "</source>";
+}
+
+/// A source whose accessor leads to names instead of floats.
+std::string failedSource(const std::string& id, const std::string& values, const std::string& attributes)
+{
+    return "<source id='" + id + "'>" + floatArray(id + "-array", values) + technique("words", attributes, PARAM_X) +
+           "</source>";
+}
+
+/// A document with a mesh of these sources, whose one input has a reference of the test's.
+class SourceDocument {
+public:
+    explicit SourceDocument(const std::string& sources, const std::string& reference = "#source")
+    {
+        m_builder.add("<library_geometries><geometry id='geometry'><mesh><source id='names'><Name_array id='words' "
+                      "count='1'>a</Name_array></source><source id='integers'><int_array id='ints' count='1'>1"
+                      "</int_array></source>" +
+                      sources + "<vertices id='vertices'><input semantic='POSITION' source='" + reference +
+                      "'/></vertices></mesh></geometry></library_geometries>");
+        if (m_builder.open() == nullptr) {
+            throw std::runtime_error("the document does not open");
+        }
+    }
+
+    SourceRef source(const char* id = "source") { return m_builder.element<domSource>(id); }
+    FloatArrayRef array(const char* id = "source-array") { return m_builder.element<domFloat_array>(id); }
+    daeTArray<double>& values(const char* id = "source-array") { return array(id)->getValue(); }
+    /// The reference of the one input.
+    const daeURI& reference() { return m_builder.element<domVertices>("vertices")->getInput_array()[0]->getSource(); }
+
+private:
+    SilentDocumentModel m_silence;
+    ColladaBuilder m_builder;
+};
+
+float floatIn(const Data& data, unsigned token = 0)
+{
+    float value = 0.0f;
+    std::memcpy(&value, data[token].get(), sizeof(value));
+    return value;
+}
+
+/// All values of a list, component by component.
+Floats floatsIn(const DataList& list)
+{
+    Floats values;
+    for (const Data& data : list) {
+        for (unsigned j = 0; j < data.stride(); ++j) {
+            values.push_back(floatIn(data, j));
+        }
+    }
+    return values;
+}
+
+std::uint32_t bitsIn(const Data& data)
+{
+    std::uint32_t bits = 0;
+    std::memcpy(&bits, data[0].get(), sizeof(bits));
+    return bits;
+}
+
+/// "channel: words" of each line; all have priority 3.
+Texts linesOf(const LogCapture& log)
+{
+    Texts texts;
+    for (const LogLine& line : log.lines()) {
+        EXPECT_EQ(3, line.priority) << line.text;
+        texts.push_back(line.channel + ": " + line.words());
+    }
+    return texts;
+}
+
+/// The assertion that a call breaks, as "file: expression"; it may not log.
+template <class Call>
+std::string assertionOf(const Call& call)
+{
+    const LogCapture log;
+    try {
+        call();
+    } catch (const vesk::AssertionFailure& failure) {
+        EXPECT_GT(failure.line(), 0u);
+        EXPECT_TRUE(log.lines().empty());
+        return std::string(failure.file()) + ": " + failure.expression();
+    }
+    return "none";
+}
+
+const char* const bareAssertion = "libVideo/SceneGraph/Source: index < m_arrayCount";
+const char* const accessorAssertion = "libVideo/SceneGraph/Accessor: index < m_count";
+const char* const typeAssertion = "libVideo/SceneGraph/Accessor: false";
+const char* const accessorFailedLine = "libVideo.accessor: Data source is not a float array Name_array";
+const char* const accessorReachLine = "libVideo.accessor: Accessor reaches beyond its float array";
+const char* const accessorEmptyLine = "libVideo.accessor: No data to read from the accessor";
+const char* const noArrayLine = "libVideo.source: Source has no float array";
+
+const AccessorHandle& accessorOf(const Source& source)
+{
+    return source.*privateMember(SourceAccessor());
+}
+
+unsigned arrayCountOf(const Source& source)
+{
+    return source.*privateMember(SourceArrayCount());
+}
+
+const DataList& singleValueOf(const Source& source)
+{
+    return source.*privateMember(SourceSingleValue());
+}
+
+const FloatArrayRef& floatArrayOf(const SourceFloat& source)
+{
+    return source.*privateMember(SourceFloatArray());
+}
+
+const SourceRef& elementOf(const Source& source)
+{
+    return source.*privateMember(SourceElement());
+}
+
+daeInt referencesOn(const daeRefCountedObj& object)
+{
+    return object.*privateMember(ReferenceCount());
+}
+
+/// A source of the test's own: keeps what it was asked for.
+class PlainSource : public Source {
+public:
+    explicit PlainSource(DataType type) : Source(type) {}
+    PlainSource(DataType type, const SourceRef& source) : Source(type, source) {}
+
+    bool createFromCollada(const SourceRef& /*source*/) override { return false; }
+    const DataList& operator[](unsigned index) const override
+    {
+        asked.push_back(index);
+        return list;
+    }
+
+    mutable std::vector<unsigned> asked;
+    DataList list;
+};
+
+// --- Source ---
+
+TEST(SourceTest, FieldsStartWithTheirDefaults)
+{
+    const PlainSource source(libVideo::DATA_TYPE_FLOAT3);
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT3, source.dataType());
+    EXPECT_EQ(0u, arrayCountOf(source));
+    EXPECT_TRUE(source.id().empty());
+    EXPECT_EQ(nullptr, accessorOf(source).get());
+    EXPECT_EQ(0u, accessorOf(source).useCount());
+    EXPECT_TRUE(elementOf(source) == nullptr);
+    EXPECT_EQ(0u, singleValueOf(source).size());
+    EXPECT_FALSE(source.isInitialized());
+}
+
+TEST(SourceTest, ConstructorWithAnElementOnlyKeepsIt)
+{
+    SourceDocument document(bareSource("source", "1 2"));
+    const SourceRef element = document.source();
+    const PlainSource source(libVideo::DATA_TYPE_FLOAT, element);
+    EXPECT_TRUE(source.isInitialized());
+    EXPECT_TRUE(elementOf(source) == element);
+    EXPECT_TRUE(source.id().empty());
+    EXPECT_EQ(0u, arrayCountOf(source));
+    EXPECT_EQ(nullptr, accessorOf(source).get());
+    EXPECT_EQ(0u, singleValueOf(source).size());
+}
+
+TEST(SourceTest, FieldsStandInTheirOrder)
+{
+    const SourceFloat source;
+    const Source& base = source;
+    const std::vector<const void*> addresses = {
+        &(base.*privateMember(SourceDataType())),    &(base.*privateMember(SourceArrayCount())),
+        &(base.*privateMember(SourceId())),          &(base.*privateMember(SourceAccessor())),
+        &(base.*privateMember(SourceElement())),     &(base.*privateMember(SourceSingleValue())),
+        &(source.*privateMember(SourceFloatArray()))};
+    for (std::size_t i = 1; i < addresses.size(); ++i) {
+        EXPECT_LT(reinterpret_cast<std::uintptr_t>(addresses[i - 1]), reinterpret_cast<std::uintptr_t>(addresses[i]))
+            << i;
+    }
+}
+
+#if defined(__x86_64__) && defined(__GNUC__)
+/// The place of a virtual operation among those of its class: a pointer to it starts with the place in bytes plus 1.
+template <class Operation>
+std::uintptr_t slotOf(Operation operation)
+{
+    std::uintptr_t word = 0;
+    std::memcpy(&word, &operation, sizeof(word));
+    return (word - 1) / sizeof(void*);
+}
+
+TEST(SourceTest, VirtualOperationsStandInTheirOrder)
+{
+    // The destructor takes the first two places.
+    EXPECT_EQ(2u, slotOf(&Source::createFromCollada));
+    EXPECT_EQ(3u, slotOf(&Source::operator[]));
+}
+#endif
+
+TEST(SourceTest, DataForwardsToTheVirtualRead)
+{
+    const PlainSource source(libVideo::DATA_TYPE_FLOAT);
+    EXPECT_EQ(&source.list, &source.data(7));
+    EXPECT_EQ(&source.list, &static_cast<const Source&>(source).data(noIndex));
+    EXPECT_EQ((std::vector<unsigned>{7, noIndex}), source.asked);
+}
+
+TEST(SourceTest, OnlyAnAccessorGivesCountStrideAndSize)
+{
+    SourceDocument document(accessorSource("source", "1 2 3 4 5 6 7 8 9 10 11 12", "count='4' stride='3'", PARAMS_XYZ) +
+                            bareSource("bare", "1 2 3"));
+    const SourceFloat source(document.source());
+    EXPECT_EQ(4u, source.count());
+    EXPECT_EQ(3u, source.stride());
+    EXPECT_EQ(12u, source.bytePerAccess());
+    const SourceFloat bare(document.source("bare"));
+    EXPECT_EQ(0u, bare.count());
+    EXPECT_EQ(0u, bare.stride());
+    EXPECT_EQ(0u, bare.bytePerAccess());
+    EXPECT_EQ(3u, arrayCountOf(bare));
+}
+
+TEST(SourceTest, BackedCountIsHowManyRecordsBeginInTheArray)
+{
+    SourceDocument document(accessorSource("source", "1 2 3 4", "count='3'", PARAMS_XYZ) +
+                            accessorSource("whole", "1 2 3 4 5 6 7 8 9", "count='2'", PARAMS_XYZ) +
+                            bareSource("bare", "1 2 3") + failedSource("failed", "1 2", "count='2'"));
+    const LogCapture unread;
+    EXPECT_EQ(2u, SourceFloat(document.source()).backedCount());
+    EXPECT_EQ(2u, SourceFloat(document.source("whole")).backedCount());
+    EXPECT_EQ(0u, SourceFloat(document.source("bare")).backedCount());
+    EXPECT_EQ(0u, SourceFloat(document.source("failed")).backedCount());
+}
+
+// --- the empty source ---
+
+TEST(SourceFloatTest, EmptySourceIsOfInvalidTypeAndNotInitialized)
+{
+    const SourceFloat source;
+    EXPECT_FALSE(source.isInitialized());
+    EXPECT_EQ(9u, static_cast<unsigned>(source.dataType()));
+    EXPECT_TRUE(source.id().empty());
+    EXPECT_EQ(0u, source.count());
+    EXPECT_EQ(0u, source.stride());
+    EXPECT_EQ(0u, source.bytePerAccess());
+    EXPECT_EQ(0u, arrayCountOf(source));
+    EXPECT_TRUE(floatArrayOf(source) == nullptr);
+}
+
+TEST(SourceFloatTest, EmptySourceStopsEveryRead)
+{
+    const SourceFloat source;
+    EXPECT_EQ(bareAssertion, assertionOf([&] { source[0]; }));
+    EXPECT_EQ(bareAssertion, assertionOf([&] { source.data(0); }));
+    EXPECT_EQ(bareAssertion, assertionOf([&] { source.data(noIndex); }));
+}
+
+TEST(SourceFloatTest, LoadOfAnEmptySourceLeavesItUninitialized)
+{
+    SourceDocument document(accessorSource("source", "1 2 3", "count='1'", PARAMS_XYZ) + bareSource("bare", "5 6"));
+    SourceFloat source;
+    EXPECT_TRUE(source.createFromCollada(document.source()));
+    EXPECT_FALSE(source.isInitialized());
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT3, source.dataType());
+    EXPECT_EQ((Floats{1, 2, 3}), floatsIn(source.data(0)));
+
+    SourceFloat bare;
+    EXPECT_TRUE(bare.createFromCollada(document.source("bare")));
+    EXPECT_FALSE(bare.isInitialized());
+    EXPECT_EQ(libVideo::DATA_TYPE_INVALID, bare.dataType()); // a bare array says nothing of the type
+    EXPECT_EQ((Floats{6}), floatsIn(bare.data(1)));
+}
+
+TEST(SourceFloatTest, NullElementThrowsNullPointer)
+{
+    const SourceRef none;
+    SourceFloat source;
+    EXPECT_THROW(source.createFromCollada(none), vesk::NullPointer);
+    EXPECT_FALSE(source.isInitialized());
+    EXPECT_TRUE(source.id().empty());
+    EXPECT_THROW(SourceFloat constructed(none), vesk::NullPointer);
+}
+
+// --- through an accessor ---
+
+struct TypeCase {
+    const char* name;
+    const char* attributes;
+    const char* params;
+    DataType type;
+    unsigned stride;
+};
+
+void PrintTo(const TypeCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+const char* const sixteenFloats = "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16";
+
+class SourceTypeTest : public testing::TestWithParam<TypeCase> {};
+
+TEST_P(SourceTypeTest, StrideOfTheAccessorGivesTheType)
+{
+    SourceDocument document(accessorSource("source", sixteenFloats, GetParam().attributes, GetParam().params));
+    const LogCapture log;
+    SourceFloat source;
+    EXPECT_TRUE(source.createFromCollada(document.source()));
+    EXPECT_EQ(GetParam().type, source.dataType());
+    EXPECT_EQ(GetParam().stride, source.stride());
+    EXPECT_EQ(1u, source.count());
+    EXPECT_EQ(GetParam().type, SourceFloat(document.source()).dataType());
+    EXPECT_EQ(Texts(), linesOf(log));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Documents, SourceTypeTest,
+    testing::Values(TypeCase{"One", "count='1'", PARAM_X, libVideo::DATA_TYPE_FLOAT, 1},
+                    TypeCase{"Two", "count='1'", PARAM_X PARAM_X, libVideo::DATA_TYPE_FLOAT2, 2},
+                    TypeCase{"TwoByTheAttribute", "count='1' stride='2'", PARAM_X, libVideo::DATA_TYPE_FLOAT2, 2},
+                    TypeCase{"Three", "count='1'", PARAMS_XYZ, libVideo::DATA_TYPE_FLOAT3, 3},
+                    TypeCase{"ThreeWithoutParams", "count='1' stride='3'", "", libVideo::DATA_TYPE_FLOAT3, 3},
+                    TypeCase{"Four", "count='1' stride='4'", PARAMS_XYZ PARAM_X, libVideo::DATA_TYPE_FLOAT4, 4},
+                    TypeCase{"Matrix", "count='1'", PARAM_MATRIX, libVideo::DATA_TYPE_FLOAT4X4, 16},
+                    TypeCase{"SixteenByTheAttribute", "count='1' stride='16'", PARAM_X, libVideo::DATA_TYPE_FLOAT4X4,
+                             16},
+                    TypeCase{"MatrixParamUnderAStrideOfThree", "count='1' stride='3'", PARAM_MATRIX,
+                             libVideo::DATA_TYPE_FLOAT3, 3}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+struct OtherStrideCase {
+    const char* name;
+    const char* attributes;
+    const char* params;
+    unsigned stride;
+    const char* line;
+};
+
+void PrintTo(const OtherStrideCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class SourceOtherStrideTest : public testing::TestWithParam<OtherStrideCase> {};
+
+TEST_P(SourceOtherStrideTest, StrideOutsideTheTableLogsItAndKeepsTypeAndAccessor)
+{
+    SourceDocument document(accessorSource("source", sixteenFloats, GetParam().attributes, GetParam().params));
+    LogCapture log;
+    SourceFloat source;
+    EXPECT_FALSE(source.createFromCollada(document.source()));
+    EXPECT_EQ((Texts{std::string("libVideo.source: ") + GetParam().line}), linesOf(log));
+    EXPECT_EQ(libVideo::DATA_TYPE_INVALID, source.dataType());
+    EXPECT_EQ(GetParam().stride, source.stride());
+    EXPECT_EQ(1u, source.count());
+    EXPECT_EQ(vesk::String("source"), source.id());
+    EXPECT_EQ(1.0f, floatIn(source.data(0)[0]));
+    // The bare array is not loaded on this path.
+    EXPECT_EQ(0u, arrayCountOf(source));
+    EXPECT_TRUE(floatArrayOf(source) == nullptr);
+
+    log.clear();
+    const SourceFloat constructed(document.source());
+    EXPECT_EQ(1u, log.lines().size());
+    EXPECT_TRUE(constructed.isInitialized());
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT, constructed.dataType());
+    EXPECT_EQ(1.0f, floatIn(constructed.data(0)[0]));
+
+    log.clear();
+    const SourceHandle created = libVideo::createSourceFromCollada(document.reference());
+    EXPECT_EQ(1u, log.lines().size());
+    ASSERT_NE(nullptr, created.get());
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT, created->dataType());
+    EXPECT_EQ(GetParam().stride, created->stride());
+}
+
+#define NO_TYPE "Does not have a matching float data type for stride "
+
+INSTANTIATE_TEST_SUITE_P(
+    Documents, SourceOtherStrideTest,
+    testing::Values(OtherStrideCase{"Zero", "count='1'", "", 0, NO_TYPE "0"},
+                    OtherStrideCase{"Five", "count='1' stride='5'", PARAMS_XYZ, 5, NO_TYPE "5"},
+                    OtherStrideCase{"FiveParams", "count='1'", PARAMS_XYZ PARAM_X PARAM_X, 5, NO_TYPE "5"},
+                    OtherStrideCase{"Six", "count='1' stride='6'", PARAM_X, 6, NO_TYPE "6"},
+                    OtherStrideCase{"Eight", "count='1' stride='8'", PARAM_X, 8, NO_TYPE "8"},
+                    OtherStrideCase{"Nine", "count='1' stride='9'", PARAM_X, 9, NO_TYPE "9"},
+                    OtherStrideCase{"Fifteen", "count='1' stride='15'", PARAM_X, 15, NO_TYPE "15"},
+                    OtherStrideCase{"Seventeen", "count='1' stride='17'", PARAM_X, 17, NO_TYPE "17"},
+                    OtherStrideCase{"Most", "count='1' stride='4294967295'", PARAM_X, 4294967295u,
+                                    NO_TYPE "4294967295"}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST(SourceFloatTest, TwelveValuesUnderAStrideOfThreeAreFourRecords)
+{
+    SourceDocument document(accessorSource("source", "1 2 3 4 5 6 7 8 9 10 11 12", "count='4' stride='3'", PARAMS_XYZ));
+    const LogCapture log;
+    const SourceFloat source(document.source());
+    EXPECT_TRUE(source.isInitialized());
+    EXPECT_EQ(vesk::String("source"), source.id());
+    EXPECT_EQ(3u, static_cast<unsigned>(source.dataType()));
+    EXPECT_EQ(4u, source.count());
+    EXPECT_EQ(3u, source.stride());
+    EXPECT_EQ((Floats{1, 2, 3}), floatsIn(source.data(0)));
+    EXPECT_EQ((Floats{10, 11, 12}), floatsIn(source[3]));
+    EXPECT_EQ((Floats{4, 5, 6}), floatsIn(source[1]));
+    EXPECT_EQ(Texts(), linesOf(log));
+}
+
+TEST(SourceFloatTest, MatrixParamGivesSixteenTokens)
+{
+    SourceDocument document(accessorSource("source", sixteenFloats, "count='1' stride='16'", PARAM_MATRIX));
+    const SourceFloat source(document.source());
+    EXPECT_EQ(8u, static_cast<unsigned>(source.dataType()));
+    EXPECT_EQ(1024u, source.bytePerAccess());
+    EXPECT_EQ((Floats{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}), floatsIn(source.data(0)));
+}
+
+TEST(SourceFloatTest, AccessorLoadLeavesTheBareFieldsAlone)
+{
+    SourceDocument document(accessorSource("source", "1 2 3", "count='1'", PARAMS_XYZ));
+    const SourceFloat source(document.source());
+    EXPECT_EQ(0u, arrayCountOf(source));
+    EXPECT_TRUE(floatArrayOf(source) == nullptr);
+    EXPECT_EQ(0u, singleValueOf(source).size());
+    EXPECT_NE(nullptr, accessorOf(source).get());
+    EXPECT_EQ(1u, accessorOf(source).useCount());
+}
+
+TEST(SourceFloatTest, AccessorHasItsOwnBound)
+{
+    // The array has nine values, the accessor two records.
+    SourceDocument document(accessorSource("source", "1 2 3 4 5 6 7 8 9", "count='2'", PARAMS_XYZ));
+    const SourceFloat source(document.source());
+    EXPECT_EQ("none", assertionOf([&] { source.data(1); }));
+    EXPECT_EQ(accessorAssertion, assertionOf([&] { source.data(2); }));
+    EXPECT_EQ(accessorAssertion, assertionOf([&] { source[noIndex]; }));
+    EXPECT_EQ((Floats{4, 5, 6}), floatsIn(source.data(1)));
+}
+
+TEST(SourceFloatTest, AccessorHasItsOwnCache)
+{
+    SourceDocument document(accessorSource("source", "1 2 3 4", "count='2'", PARAM_X PARAM_X));
+    const SourceFloat source(document.source());
+    const DataList& first = source.data(0);
+    document.values()[0] = 50.0;
+    EXPECT_EQ(&first, &source.data(0));
+    EXPECT_EQ((Floats{1, 2}), floatsIn(source.data(0)));
+    source.data(1);
+    EXPECT_EQ((Floats{50, 2}), floatsIn(source.data(0)));
+}
+
+TEST(SourceFloatTest, AccessorMayReadTheArrayOfAnotherSource)
+{
+    SourceDocument document(bareSource("other", "7 8 9") + "<source id='source'>" + floatArray("source-array", "1 2") +
+                            technique("other-array", "count='3'", PARAM_X) + "</source>");
+    const SourceFloat source(document.source());
+    EXPECT_EQ(3u, source.count());
+    EXPECT_EQ((Floats{9}), floatsIn(source.data(2)));
+}
+
+TEST(SourceFloatTest, ShortArrayIsToldByTheAccessorBeforeTheStride)
+{
+    SourceDocument document(accessorSource("source", "1 2 3 4", "count='2' stride='5'", PARAM_X));
+    const LogCapture log;
+    SourceFloat source;
+    EXPECT_FALSE(source.createFromCollada(document.source()));
+    EXPECT_EQ((Texts{accessorReachLine, "libVideo.source: " NO_TYPE "5"}), linesOf(log));
+}
+
+TEST(SourceFloatTest, ShortArrayReadsItsMissingValuesAsZero)
+{
+    SourceDocument document(accessorSource("source", "1 2 3 4", "count='3'", PARAMS_XYZ));
+    LogCapture log;
+    SourceFloat source;
+    EXPECT_TRUE(source.createFromCollada(document.source()));
+    EXPECT_EQ((Texts{accessorReachLine}), linesOf(log));
+    log.clear();
+    EXPECT_EQ((Floats{4, 0, 0}), floatsIn(source.data(1)));
+    EXPECT_EQ((Floats{0, 0, 0}), floatsIn(source.data(2)));
+    EXPECT_EQ(Texts(), linesOf(log));
+}
+
+TEST(SourceFloatTest, UnknownParamTypeThrowsAndLeavesTheAccessorInTheSource)
+{
+    SourceDocument document(accessorSource("source", "1 2 3", "count='3'", "<param name='X' type='int'/>"));
+    SourceFloat source;
+    EXPECT_EQ(typeAssertion, assertionOf([&] { source.createFromCollada(document.source()); }));
+    EXPECT_EQ(vesk::String("source"), source.id());
+    EXPECT_EQ(3u, source.count());
+    EXPECT_EQ(libVideo::DATA_TYPE_INVALID, source.dataType());
+    EXPECT_EQ(0u, arrayCountOf(source));
+    EXPECT_EQ(typeAssertion, assertionOf([&] { SourceFloat constructed(document.source()); }));
+}
+
+TEST(SourceFloatTest, ReadsThroughTheAccessorAllocateNothing)
+{
+    SourceDocument document(accessorSource("source", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ));
+    const SourceFloat source(document.source());
+    long requests = -1;
+    {
+        const FailingAllocator allocator(-1);
+        source.data(0);
+        source.data(1);
+        source.data(1);
+        source.data(0);
+        requests = allocator.requests();
+    }
+    EXPECT_EQ(0, requests);
+    EXPECT_EQ((Floats{1, 2, 3}), floatsIn(source.data(0)));
+}
+
+// --- the bare array ---
+
+TEST(SourceFloatTest, BareSourceIsReadFloatByFloat)
+{
+    SourceDocument document(bareSource("source", "1.5 -2 3.25"));
+    const LogCapture log;
+    SourceFloat source(document.source());
+    EXPECT_TRUE(source.isInitialized());
+    EXPECT_EQ(vesk::String("source"), source.id());
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT, source.dataType());
+    EXPECT_EQ(nullptr, accessorOf(source).get());
+    EXPECT_TRUE(floatArrayOf(source) == document.array());
+    EXPECT_EQ((Floats{1.5f}), floatsIn(source.data(0)));
+    EXPECT_EQ((Floats{3.25f}), floatsIn(source.data(2)));
+    EXPECT_EQ((Floats{-2.0f}), floatsIn(source[1]));
+    EXPECT_TRUE(source.createFromCollada(document.source()));
+    EXPECT_EQ(Texts(), linesOf(log));
+}
+
+TEST(SourceFloatTest, BareSourceGivesOneComponentOfOneFloat)
+{
+    SourceDocument document(bareSource("source", "1 2"));
+    const SourceFloat source(document.source());
+    const DataList& list = source.data(1);
+    ASSERT_EQ(1u, list.size());
+    EXPECT_TRUE(list[0].name().empty());
+    EXPECT_EQ(1u, list[0].stride());
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT, list[0].dataType());
+    EXPECT_EQ(0u, list[0].offset());
+    EXPECT_EQ(4u, list[0].tokenByteSize());
+}
+
+TEST(SourceFloatTest, LaterReadOfABareSourceShowsThroughTheListOfAnEarlierOne)
+{
+    SourceDocument document(bareSource("source", "1 2 3"));
+    const SourceFloat source(document.source());
+    const DataList& kept = source.data(0);
+    EXPECT_EQ(1.0f, floatIn(kept[0]));
+    const DataList& later = source.data(2);
+    EXPECT_EQ(&kept, &later);
+    EXPECT_EQ(3.0f, floatIn(kept[0]));
+}
+
+TEST(SourceFloatTest, BareSourceKeepsNoRecord)
+{
+    SourceDocument document(bareSource("source", "1 2"));
+    const SourceFloat source(document.source());
+    EXPECT_EQ((Floats{1}), floatsIn(source.data(0)));
+    document.values()[0] = 9.0;
+    EXPECT_EQ((Floats{9}), floatsIn(source.data(0)));
+}
+
+TEST(SourceFloatTest, BareSourcesHaveListsOfTheirOwn)
+{
+    SourceDocument document(bareSource("source", "1 2") + bareSource("other", "7 8"));
+    const SourceFloat source(document.source());
+    const SourceFloat same(document.source());
+    const SourceFloat other(document.source("other"));
+    const DataList& kept = source.data(0);
+    same.data(1);
+    other.data(1);
+    EXPECT_EQ((Floats{1}), floatsIn(kept));
+    // Nor do they write to the value that their lists were copied from.
+    const SourceFloat late(document.source());
+    EXPECT_EQ((Floats{0}), floatsIn(singleValueOf(late)));
+}
+
+TEST(SourceFloatTest, BareReadHasToLieBelowTheCountOfTheArray)
+{
+    SourceDocument document(bareSource("source", "1 2 3"));
+    const SourceFloat source(document.source());
+    EXPECT_EQ("none", assertionOf([&] { source.data(2); }));
+    EXPECT_EQ(bareAssertion, assertionOf([&] { source.data(3); }));
+    EXPECT_EQ(bareAssertion, assertionOf([&] { source[noIndex]; }));
+    EXPECT_EQ((Floats{3}), floatsIn(singleValueOf(source)));
+}
+
+TEST(SourceFloatTest, CountOfABareSourceIsTheAttribute)
+{
+    SourceDocument document("<source id='source'><float_array id='few' count='2'>1 2 3</float_array></source>"
+                            "<source id='more'><float_array id='many' count='4'>1 2 3</float_array></source>"
+                            "<source id='none'><float_array id='absent'>1 2 3</float_array></source>");
+    const LogCapture log;
+    const SourceFloat few(document.source());
+    EXPECT_EQ(bareAssertion, assertionOf([&] { few.data(2); }));
+    const SourceFloat more(document.source("more"));
+    EXPECT_EQ((Floats{3}), floatsIn(more.data(2)));
+    EXPECT_EQ((Floats{0}), floatsIn(more.data(3))); // not in the document
+    EXPECT_EQ(bareAssertion, assertionOf([&] { more.data(4); }));
+    SourceFloat none;
+    EXPECT_FALSE(none.createFromCollada(document.source("none")));
+    EXPECT_EQ(bareAssertion, assertionOf([&] { none.data(0); }));
+    EXPECT_EQ(Texts(), linesOf(log));
+}
+
+TEST(SourceFloatTest, EmptyBareSourceIsFalseWithoutALine)
+{
+    SourceDocument document(bareSource("source", ""));
+    const LogCapture log;
+    SourceFloat source;
+    EXPECT_FALSE(source.createFromCollada(document.source()));
+    EXPECT_EQ(vesk::String("source"), source.id());
+    EXPECT_TRUE(floatArrayOf(source) == document.array());
+    EXPECT_EQ(1u, singleValueOf(source).size());
+    EXPECT_EQ(bareAssertion, assertionOf([&] { source.data(0); }));
+    EXPECT_EQ(Texts(), linesOf(log));
+}
+
+TEST(SourceFloatTest, BareValueIsNarrowedToTheNearestFloat)
+{
+    // 0.1 lies nearest to 3DCCCCCD; 2^24 + 1 lies between two floats and goes to the even one.
+    SourceDocument document(bareSource("source", "0.1 16777217 -0.0"));
+    const SourceFloat source(document.source());
+    EXPECT_EQ(0x3DCCCCCDu, bitsIn(source.data(0)[0]));
+    EXPECT_EQ(0x4B800000u, bitsIn(source.data(1)[0]));
+    EXPECT_EQ(0x80000000u, bitsIn(source.data(2)[0]));
+}
+
+TEST(SourceFloatTest, ReadsOfABareSourceAllocateNothing)
+{
+    SourceDocument document(bareSource("source", "1 2 3"));
+    const SourceFloat source(document.source());
+    long requests = -1;
+    {
+        const FailingAllocator allocator(-1);
+        source.data(0);
+        source.data(2);
+        source.data(1);
+        requests = allocator.requests();
+    }
+    EXPECT_EQ(0, requests);
+    EXPECT_EQ((Floats{2}), floatsIn(singleValueOf(source)));
+}
+
+TEST(SourceFloatTest, TechniqueWithoutAccessorIsABareSource)
+{
+    SourceDocument document("<source id='source'>" + floatArray("source-array", "4 5") +
+                            "<technique_common/></source>");
+    const LogCapture log;
+    SourceFloat source;
+    EXPECT_TRUE(source.createFromCollada(document.source()));
+    EXPECT_EQ(nullptr, accessorOf(source).get());
+    EXPECT_EQ((Floats{5}), floatsIn(source.data(1)));
+    EXPECT_EQ(Texts(), linesOf(log));
+}
+
+// --- an accessor that failed ---
+
+TEST(SourceFloatTest, FailedAccessorStaysAndTheArrayIsLoadedInVain)
+{
+    SourceDocument document(failedSource("source", "1 2 3", "count='2'"));
+    LogCapture log;
+    SourceFloat source;
+    EXPECT_TRUE(source.createFromCollada(document.source())); // the array has values
+    EXPECT_EQ((Texts{accessorFailedLine}), linesOf(log));
+    EXPECT_EQ(libVideo::DATA_TYPE_INVALID, source.dataType());
+    EXPECT_EQ(2u, source.count());
+    EXPECT_EQ(0u, source.stride());
+    EXPECT_EQ(0u, source.bytePerAccess());
+    EXPECT_EQ(3u, arrayCountOf(source));
+    EXPECT_TRUE(floatArrayOf(source) == document.array());
+    EXPECT_EQ(1u, singleValueOf(source).size());
+
+    log.clear();
+    EXPECT_EQ(0u, source.data(0).size());
+    EXPECT_EQ(0u, source.data(1).size());
+    EXPECT_EQ(0u, source.data(1).size());
+    EXPECT_EQ((Texts{accessorEmptyLine, accessorEmptyLine, accessorEmptyLine}), linesOf(log));
+    // The array would have a third value.
+    EXPECT_EQ(accessorAssertion, assertionOf([&] { source.data(2); }));
+}
+
+TEST(SourceFloatTest, FailedAccessorOverAnEmptyArrayIsFalse)
+{
+    SourceDocument document(failedSource("source", "", "count='2'"));
+    const LogCapture log;
+    SourceFloat source;
+    EXPECT_FALSE(source.createFromCollada(document.source()));
+    EXPECT_EQ((Texts{accessorFailedLine}), linesOf(log));
+    EXPECT_EQ(2u, source.count());
+}
+
+TEST(SourceFloatTest, FailedAccessorSourceIsInitializedAndAFloat)
+{
+    SourceDocument document(failedSource("source", "1", "count='0'"));
+    const LogCapture unread;
+    const SourceFloat source(document.source());
+    EXPECT_TRUE(source.isInitialized());
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT, source.dataType());
+    EXPECT_EQ(accessorAssertion, assertionOf([&] { source.data(0); }));
+}
+
+TEST(SourceFloatTest, AccessorThatLeadsNowhereShowsItsReference)
+{
+    SourceDocument document("<source id='source'>" + floatArray("source-array", "1") +
+                            technique("nothing", "count='1'", PARAM_X) + "</source>");
+    const LogCapture log;
+    SourceFloat source;
+    EXPECT_TRUE(source.createFromCollada(document.source()));
+    EXPECT_EQ((Texts{"libVideo.accessor: Data source is not a float array #nothing"}), linesOf(log));
+}
+
+// --- no float array ---
+
+TEST(SourceFloatTest, SourceWithoutFloatArrayIsFalseWithALine)
+{
+    SourceDocument document("");
+    const LogCapture log;
+    SourceFloat source;
+    EXPECT_FALSE(source.createFromCollada(document.source("names")));
+    EXPECT_EQ((Texts{noArrayLine}), linesOf(log));
+    EXPECT_EQ(vesk::String("names"), source.id());
+    EXPECT_EQ(0u, arrayCountOf(source));
+    EXPECT_TRUE(floatArrayOf(source) == nullptr);
+    EXPECT_EQ(bareAssertion, assertionOf([&] { source.data(0); }));
+    EXPECT_TRUE(SourceFloat(document.source("integers")).isInitialized());
+}
+
+TEST(SourceFloatTest, SourceWithoutFloatArrayTellsOfItsAccessorFirst)
+{
+    SourceDocument document("<source id='source'><Name_array id='own' count='1'>a</Name_array>" +
+                            technique("own", "count='1'", PARAM_X) + "</source>");
+    const LogCapture log;
+    SourceFloat source;
+    EXPECT_FALSE(source.createFromCollada(document.source()));
+    EXPECT_EQ((Texts{accessorFailedLine, noArrayLine}), linesOf(log));
+    EXPECT_EQ(1u, source.count());
+}
+
+TEST(SourceFloatTest, SourceWithoutFloatArrayLoadsIfItsAccessorFindsOne)
+{
+    SourceDocument document(bareSource("other", "7 8") + "<source id='source'>" +
+                            technique("other-array", "count='2'", PARAM_X) + "</source>");
+    const LogCapture log;
+    SourceFloat source;
+    EXPECT_TRUE(source.createFromCollada(document.source()));
+    EXPECT_EQ((Floats{8}), floatsIn(source.data(1)));
+    EXPECT_EQ(Texts(), linesOf(log));
+}
+
+TEST(SourceFloatTest, AbsentIdIsEmpty)
+{
+    SourceDocument document("<source>" + floatArray("source-array", "1") + "</source>");
+    const SourceRef element = daeSafeCast<domSource>(document.array()->getParent());
+    SourceFloat source;
+    EXPECT_TRUE(source.createFromCollada(element));
+    EXPECT_TRUE(source.id().empty());
+}
+
+// --- a second load ---
+
+TEST(SourceFloatTest, SecondLoadReplacesAndReleasesTheAccessor)
+{
+    SourceDocument document(accessorSource("source", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ) +
+                            accessorSource("other", "7 8", "count='1'", PARAM_X PARAM_X));
+    SourceFloat source(document.source());
+    source.data(1);
+    const AccessorHandle held = accessorOf(source);
+    EXPECT_EQ(2u, held.useCount());
+    EXPECT_TRUE(source.createFromCollada(document.source("other")));
+    EXPECT_EQ(1u, held.useCount());
+    EXPECT_NE(held.get(), accessorOf(source).get());
+    EXPECT_EQ(vesk::String("other"), source.id());
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT2, source.dataType());
+    EXPECT_EQ(1u, source.count());
+    EXPECT_EQ((Floats{7, 8}), floatsIn(source.data(0)));
+    // The element is that of the constructor for good.
+    EXPECT_TRUE(elementOf(source) == document.source());
+}
+
+TEST(SourceFloatTest, SecondLoadOfABareArrayKeepsReadingThroughTheAccessorOfTheFirst)
+{
+    SourceDocument document(accessorSource("source", "1 2 3", "count='1'", PARAMS_XYZ) + bareSource("other", "7 8"));
+    SourceFloat source(document.source());
+    EXPECT_TRUE(source.createFromCollada(document.source("other")));
+    EXPECT_EQ(vesk::String("other"), source.id());
+    EXPECT_EQ(2u, arrayCountOf(source));
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT3, source.dataType());
+    EXPECT_EQ(1u, source.count());
+    EXPECT_EQ((Floats{1, 2, 3}), floatsIn(source.data(0)));
+    EXPECT_EQ(accessorAssertion, assertionOf([&] { source.data(1); }));
+}
+
+TEST(SourceFloatTest, SecondLoadWithAnAccessorWinsOverTheBareArray)
+{
+    SourceDocument document(bareSource("source", "7 8") + accessorSource("other", "1 2 3", "count='1'", PARAMS_XYZ));
+    SourceFloat source(document.source());
+    source.data(1);
+    EXPECT_TRUE(source.createFromCollada(document.source("other")));
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT3, source.dataType());
+    EXPECT_EQ((Floats{1, 2, 3}), floatsIn(source.data(0)));
+    EXPECT_EQ(2u, arrayCountOf(source)); // as the first load left it
+}
+
+TEST(SourceFloatTest, SecondLoadOfABareArrayReplacesTheFirst)
+{
+    SourceDocument document(bareSource("source", "1 2 3") + bareSource("other", "7"));
+    const FloatArrayRef firstArray = document.array();
+    const FloatArrayRef secondArray = document.array("other-array");
+    const daeInt first = referencesOn(*firstArray);
+    const daeInt second = referencesOn(*secondArray);
+    SourceFloat source(document.source());
+    EXPECT_EQ(first + 1, referencesOn(*firstArray));
+    EXPECT_TRUE(source.createFromCollada(document.source("other")));
+    EXPECT_EQ(first, referencesOn(*firstArray));
+    EXPECT_EQ(second + 1, referencesOn(*secondArray));
+    EXPECT_EQ(1u, singleValueOf(source).size());
+    EXPECT_EQ((Floats{7}), floatsIn(source.data(0)));
+    EXPECT_EQ(bareAssertion, assertionOf([&] { source.data(1); }));
+}
+
+TEST(SourceFloatTest, StrideOutsideTheTableKeepsTheTypeOfTheLoadBefore)
+{
+    SourceDocument document(accessorSource("source", "1 2 3", "count='1'", PARAMS_XYZ) +
+                            accessorSource("other", "7 8 9 10 11", "count='1' stride='5'", PARAM_X));
+    const LogCapture unread;
+    SourceFloat source(document.source());
+    EXPECT_FALSE(source.createFromCollada(document.source("other")));
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT3, source.dataType());
+    EXPECT_EQ(5u, source.stride());
+    EXPECT_EQ((Floats{7}), floatsIn(source.data(0)));
+}
+
+// --- copies and references on the document ---
+
+TEST(SourceCopyTest, CopyHasAllFieldsAndSharesTheAccessor)
+{
+    SourceDocument document(accessorSource("source", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ));
+    const SourceFloat source(document.source());
+    source.data(0);
+    const SourceFloat copy(source);
+    EXPECT_EQ(vesk::String("source"), copy.id());
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT3, copy.dataType());
+    EXPECT_TRUE(copy.isInitialized());
+    EXPECT_TRUE(elementOf(copy) == elementOf(source));
+    EXPECT_EQ(accessorOf(source).get(), accessorOf(copy).get());
+    EXPECT_EQ(2u, accessorOf(source).useCount());
+}
+
+TEST(SourceCopyTest, CopiesShareOneCurrentRecord)
+{
+    SourceDocument document(accessorSource("source", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ));
+    const SourceFloat source(document.source());
+    const SourceFloat copy(source);
+    const DataList& kept = source.data(0);
+    EXPECT_EQ((Floats{1, 2, 3}), floatsIn(kept));
+    EXPECT_EQ(&kept, &copy.data(1));
+    EXPECT_EQ((Floats{4, 5, 6}), floatsIn(kept));
+}
+
+TEST(SourceCopyTest, CopyOfABareSourceHasAListOfItsOwn)
+{
+    SourceDocument document(bareSource("source", "1 2 3"));
+    const SourceFloat source(document.source());
+    source.data(1);
+    const SourceFloat copy(source);
+    EXPECT_EQ(3u, arrayCountOf(copy));
+    EXPECT_TRUE(floatArrayOf(copy) == floatArrayOf(source));
+    EXPECT_EQ((Floats{2}), floatsIn(singleValueOf(copy)));
+    copy.data(2);
+    EXPECT_EQ((Floats{2}), floatsIn(singleValueOf(source)));
+    EXPECT_EQ((Floats{3}), floatsIn(singleValueOf(copy)));
+}
+
+TEST(SourceCopyTest, AssignmentReplacesAllFields)
+{
+    SourceDocument document(bareSource("source", "1 2 3") +
+                            accessorSource("other", "7 8", "count='1'", PARAM_X PARAM_X));
+    const SourceFloat source(document.source());
+    source.data(1);
+    SourceFloat target(document.source("other"));
+    const AccessorHandle held = accessorOf(target);
+    const SourceFloat& result = (target = source);
+    EXPECT_EQ(&target, &result);
+    EXPECT_EQ(1u, held.useCount());
+    EXPECT_EQ(vesk::String("source"), target.id());
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT, target.dataType());
+    EXPECT_EQ(nullptr, accessorOf(target).get());
+    EXPECT_TRUE(elementOf(target) == document.source());
+    EXPECT_EQ((Floats{2}), floatsIn(singleValueOf(target)));
+    EXPECT_EQ((Floats{3}), floatsIn(target.data(2)));
+}
+
+TEST(SourceCopyTest, AssignmentOfTheBaseSharesTheAccessor)
+{
+    SourceDocument document(accessorSource("source", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ));
+    const SourceFloat source(document.source());
+    SourceFloat target;
+    static_cast<Source&>(target) = source;
+    EXPECT_TRUE(target.isInitialized());
+    EXPECT_EQ(accessorOf(source).get(), accessorOf(target).get());
+    EXPECT_EQ((Floats{4, 5, 6}), floatsIn(target.data(1)));
+}
+
+TEST(SourceCopyTest, CopyOutlivesItsSource)
+{
+    SourceDocument document(accessorSource("source", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ) +
+                            bareSource("bare", "7 8"));
+    auto source = std::make_unique<SourceFloat>(document.source());
+    auto bare = std::make_unique<SourceFloat>(document.source("bare"));
+    const SourceFloat copy(*source);
+    const SourceFloat bareCopy(*bare);
+    source.reset();
+    bare.reset();
+    EXPECT_EQ((Floats{4, 5, 6}), floatsIn(copy.data(1)));
+    EXPECT_EQ((Floats{8}), floatsIn(bareCopy.data(1)));
+}
+
+TEST(SourceCopyTest, SourceAndItsCopiesHoldReferencesOnElementAndArray)
+{
+    SourceDocument document(bareSource("source", "1 2"));
+    const SourceRef element = document.source();
+    const FloatArrayRef array = document.array();
+    const daeInt onElement = referencesOn(*element);
+    const daeInt onArray = referencesOn(*array);
+    {
+        const SourceFloat source(element);
+        EXPECT_EQ(onElement + 1, referencesOn(*element));
+        EXPECT_EQ(onArray + 1, referencesOn(*array));
+        const SourceFloat copy(source);
+        EXPECT_EQ(onElement + 2, referencesOn(*element));
+        EXPECT_EQ(onArray + 2, referencesOn(*array));
+        SourceFloat assigned;
+        assigned = copy;
+        EXPECT_EQ(onElement + 3, referencesOn(*element));
+        EXPECT_EQ(onArray + 3, referencesOn(*array));
+    }
+    EXPECT_EQ(onElement, referencesOn(*element));
+    EXPECT_EQ(onArray, referencesOn(*array));
+}
+
+TEST(SourceCopyTest, DestructionThroughTheBaseReleasesElementAndArray)
+{
+    SourceDocument document(bareSource("source", "1 2"));
+    const FloatArrayRef array = document.array();
+    const daeInt before = referencesOn(*array);
+    std::unique_ptr<Source> source = std::make_unique<SourceFloat>(document.source());
+    EXPECT_EQ(before + 1, referencesOn(*array));
+    source.reset();
+    EXPECT_EQ(before, referencesOn(*array));
+}
+
+// --- createSourceFromCollada ---
+
+struct RefusalCase {
+    const char* name;
+    const char* content; ///< of the source, or null without one
+    const char* reference;
+    const char* line;
+};
+
+void PrintTo(const RefusalCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class CreateSourceRefusalTest : public testing::TestWithParam<RefusalCase> {};
+
+TEST_P(CreateSourceRefusalTest, GivesAnEmptyHandleAndOneLine)
+{
+    SourceDocument document(GetParam().content != nullptr
+                                ? "<source id='source'>" + std::string(GetParam().content) + "</source>"
+                                : std::string(),
+                            GetParam().reference);
+    LogCapture log;
+    const SourceHandle source = libVideo::createSourceFromCollada(document.reference());
+    EXPECT_EQ(nullptr, source.get());
+    EXPECT_FALSE(static_cast<bool>(source));
+    EXPECT_EQ((Texts{std::string("libVideo.source: ") + GetParam().line}), linesOf(log));
+
+    log.clear();
+    vesk::LogFactory::setPriority(vesk::LoggerPriority::PRIORITY_OFF);
+    EXPECT_EQ(nullptr, libVideo::createSourceFromCollada(document.reference()).get());
+    EXPECT_TRUE(log.lines().empty());
+}
+
+#define EMPTY_ARRAY "<float_array id='empty' count='0'/>"
+#define TECHNIQUE(params)                                                                                              \
+    "<technique_common><accessor source='#empty' count='2'>" params "</accessor></technique_common>"
+#define NO_DATA "Not interested in <source> that has no data and accessors"
+#define NO_PARAM "Not interested in <accessor> that has no param"
+#define NO_CLASS "Cannot instantiate a Source object with type "
+
+INSTANTIATE_TEST_SUITE_P(
+    Documents, CreateSourceRefusalTest,
+    testing::Values(
+        RefusalCase{"ReferenceToNothing", nullptr, "#nothing", "Element #nothing is not a source"},
+        RefusalCase{"EmptyReference", nullptr, "", "Element  is not a source"},
+        RefusalCase{"ReferenceToAnArray", nullptr, "#words", "Element words is not a source"},
+        RefusalCase{"ReferenceToItsVertices", nullptr, "#vertices", "Element vertices is not a source"},
+        RefusalCase{"ReferenceToAGeometry", nullptr, "#geometry", "Element geometry is not a source"},
+        RefusalCase{"Names", nullptr, "#names", "Source has no float array"},
+        RefusalCase{"Integers", nullptr, "#integers", "Source has no float array"},
+        RefusalCase{"NoArrayAtAll", "", "#source", "Source has no float array"},
+        RefusalCase{"TechniqueWithoutArray", TECHNIQUE(PARAM_X), "#source", "Source has no float array"},
+        RefusalCase{"EmptyArray", EMPTY_ARRAY, "#source", NO_DATA},
+        RefusalCase{"EmptyArrayAndOtherTechnique", EMPTY_ARRAY "<technique profile='X'/>", "#source", NO_DATA},
+        RefusalCase{"CountOfZeroDespiteValues", "<float_array id='empty' count='0'>1 2 3</float_array>", "#source",
+                    NO_DATA},
+        RefusalCase{"AbsentCountDespiteValues", "<float_array id='empty'>1 2 3</float_array>", "#source", NO_DATA},
+        RefusalCase{"TechniqueWithoutAccessor", EMPTY_ARRAY "<technique_common/>", "#source", NO_DATA},
+        RefusalCase{"AccessorWithoutParam", EMPTY_ARRAY TECHNIQUE(""), "#source", NO_PARAM},
+        RefusalCase{"ParamOfIntegers", EMPTY_ARRAY TECHNIQUE("<param name='X' type='int'/>"), "#source",
+                    NO_CLASS "int"},
+        RefusalCase{"ParamOfNames", EMPTY_ARRAY TECHNIQUE("<param name='X' type='Name'/>"), "#source", NO_CLASS "Name"},
+        RefusalCase{"ParamOfThreeFloats", EMPTY_ARRAY TECHNIQUE("<param name='X' type='float3'/>"), "#source",
+                    NO_CLASS "float3"},
+        RefusalCase{"ParamWithoutType", EMPTY_ARRAY TECHNIQUE("<param name='X'/>"), "#source", NO_CLASS},
+        RefusalCase{"OnlyTheFirstParamCounts", EMPTY_ARRAY TECHNIQUE("<param name='X' type='int'/>" PARAM_X), "#source",
+                    NO_CLASS "int"}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST(CreateSourceTest, ReferenceThatTheDocumentModelLostIsShownEmpty)
+{
+    SourceDocument document(bareSource("source", "1"), "#s[ource]");
+    const LogCapture log;
+    EXPECT_EQ(nullptr, libVideo::createSourceFromCollada(document.reference()).get());
+    EXPECT_EQ((Texts{"libVideo.source: Element  is not a source"}), linesOf(log));
+}
+
+TEST(CreateSourceTest, SourceWithValuesIsMadeWhateverItsTechnique)
+{
+    SourceDocument document(accessorSource("source", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ));
+    const LogCapture log;
+    const SourceHandle source = libVideo::createSourceFromCollada(document.reference());
+    ASSERT_NE(nullptr, source.get());
+    EXPECT_EQ(1u, source.useCount());
+    EXPECT_NE(nullptr, dynamic_cast<SourceFloat*>(source.get()));
+    EXPECT_TRUE(source->isInitialized());
+    EXPECT_EQ(vesk::String("source"), source->id());
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT3, source->dataType());
+    EXPECT_EQ((Floats{4, 5, 6}), floatsIn(source->data(1)));
+    EXPECT_EQ(Texts(), linesOf(log));
+}
+
+TEST(CreateSourceTest, BareSourceWithValuesIsMade)
+{
+    SourceDocument document(bareSource("source", "1 2 3"));
+    const LogCapture log;
+    const SourceHandle source = libVideo::createSourceFromCollada(document.reference());
+    ASSERT_NE(nullptr, source.get());
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT, source->dataType());
+    EXPECT_EQ(0u, source->count());
+    EXPECT_EQ((Floats{2}), floatsIn(source->data(1)));
+    EXPECT_EQ(Texts(), linesOf(log));
+}
+
+TEST(CreateSourceTest, AccessorWithoutParamsIsNoObstacleForAnArrayWithValues)
+{
+    SourceDocument document(accessorSource("source", "1 2 3 4 5 6", "count='2' stride='3'", ""));
+    const LogCapture log;
+    const SourceHandle source = libVideo::createSourceFromCollada(document.reference());
+    ASSERT_NE(nullptr, source.get());
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT3, source->dataType());
+    EXPECT_EQ(0u, source->bytePerAccess());
+    EXPECT_EQ((Floats{4}), floatsIn(source->data(1)));
+    EXPECT_EQ(Texts(), linesOf(log));
+}
+
+TEST(CreateSourceTest, ParamTypeOfAnArrayWithValuesMeetsTheAssertionOfTheAccessor)
+{
+    SourceDocument document(accessorSource("source", "1 2", "count='2'", "<param name='X' type='int'/>"));
+    EXPECT_EQ(typeAssertion, assertionOf([&] { libVideo::createSourceFromCollada(document.reference()); }));
+}
+
+TEST(CreateSourceTest, LaterParamOfAnEmptyArrayMeetsTheAssertionOfTheAccessor)
+{
+    SourceDocument document(
+        "<source id='source'>" EMPTY_ARRAY TECHNIQUE(PARAM_X "<param name='Y' type='int'/>") "</source>");
+    EXPECT_EQ(typeAssertion, assertionOf([&] { libVideo::createSourceFromCollada(document.reference()); }));
+}
+
+TEST(CreateSourceTest, SourceWhoseLoadFailedGoesOutAsFarAsItCame)
+{
+    SourceDocument document(failedSource("source", "1 2", "count='2'"));
+    LogCapture log;
+    const SourceHandle source = libVideo::createSourceFromCollada(document.reference());
+    ASSERT_NE(nullptr, source.get());
+    EXPECT_EQ((Texts{accessorFailedLine}), linesOf(log));
+    EXPECT_EQ(2u, source->count());
+    EXPECT_EQ(0u, source->data(1).size());
+}
+
+TEST(CreateSourceTest, EmptyArrayWithAFailedAccessorGoesOutToo)
+{
+    SourceDocument document(failedSource("source", "", "count='2'"));
+    LogCapture log;
+    const SourceHandle source = libVideo::createSourceFromCollada(document.reference());
+    ASSERT_NE(nullptr, source.get());
+    EXPECT_EQ((Texts{accessorFailedLine}), linesOf(log));
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT, source->dataType());
+    EXPECT_EQ(2u, source->count());
+}
+
+struct EmptyArrayCase {
+    const char* name;
+    const char* params;
+    DataType type;
+    unsigned stride;
+};
+
+void PrintTo(const EmptyArrayCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class CreateSourceEmptyArrayTest : public testing::TestWithParam<EmptyArrayCase> {};
+
+TEST_P(CreateSourceEmptyArrayTest, FirstParamOfAFloatTypeGivesASourceWithTheCountOfItsAccessor)
+{
+    SourceDocument document("<source id='source'>" EMPTY_ARRAY
+                            "<technique_common><accessor source='#empty' count='2'>" +
+                            std::string(GetParam().params) + "</accessor></technique_common></source>");
+    const LogCapture log;
+    const SourceHandle source = libVideo::createSourceFromCollada(document.reference());
+    ASSERT_NE(nullptr, source.get());
+    EXPECT_EQ(2u, source->count());
+    EXPECT_EQ(GetParam().stride, source->stride());
+    EXPECT_EQ(GetParam().type, source->dataType());
+    EXPECT_EQ(Floats(GetParam().stride, 0.0f), floatsIn(source->data(1)));
+    EXPECT_EQ((Texts{accessorReachLine}), linesOf(log));
+}
+
+INSTANTIATE_TEST_SUITE_P(Documents, CreateSourceEmptyArrayTest,
+                         testing::Values(EmptyArrayCase{"Float", PARAM_X, libVideo::DATA_TYPE_FLOAT, 1},
+                                         EmptyArrayCase{"Capitals", "<param name='X' type='FLOAT'/>",
+                                                        libVideo::DATA_TYPE_FLOAT, 1},
+                                         EmptyArrayCase{"ThreeFloats", PARAMS_XYZ, libVideo::DATA_TYPE_FLOAT3, 3},
+                                         EmptyArrayCase{"Matrix", PARAM_MATRIX, libVideo::DATA_TYPE_FLOAT4X4, 16},
+                                         EmptyArrayCase{"MatrixInCapitals", "<param name='M' type='Float4X4'/>",
+                                                        libVideo::DATA_TYPE_FLOAT4X4, 16}),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST(CreateSourceTest, EmptyArrayWithoutRecordsLoadsInSilence)
+{
+    SourceDocument document(accessorSource("source", "", "count='0'", PARAMS_XYZ));
+    const LogCapture log;
+    const SourceHandle source = libVideo::createSourceFromCollada(document.reference());
+    ASSERT_NE(nullptr, source.get());
+    EXPECT_EQ(0u, source->count());
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT3, source->dataType());
+    EXPECT_EQ(Texts(), linesOf(log));
+}
+
+TEST(CreateSourceTest, ArrayOfCountZeroIsReadByItsAccessorAllTheSame)
+{
+    SourceDocument document(
+        "<source id='source'><float_array id='empty' count='0'>1 2</float_array>" TECHNIQUE(PARAM_X) "</source>");
+    const LogCapture log;
+    const SourceHandle source = libVideo::createSourceFromCollada(document.reference());
+    ASSERT_NE(nullptr, source.get());
+    EXPECT_EQ((Floats{2}), floatsIn(source->data(1)));
+    EXPECT_EQ(Texts(), linesOf(log));
+}
+
+TEST(CreateSourceTest, EachCallMakesASourceOfItsOwn)
+{
+    SourceDocument document(accessorSource("source", "1 2", "count='2'", PARAM_X));
+    const SourceHandle first = libVideo::createSourceFromCollada(document.reference());
+    const SourceHandle second = libVideo::createSourceFromCollada(document.reference());
+    ASSERT_NE(nullptr, first.get());
+    ASSERT_NE(nullptr, second.get());
+    EXPECT_NE(first.get(), second.get());
+    EXPECT_NE(accessorOf(*first).get(), accessorOf(*second).get());
+    const DataList& kept = first->data(0);
+    EXPECT_EQ((Floats{2}), floatsIn(second->data(1)));
+    EXPECT_EQ((Floats{1}), floatsIn(kept));
+}
+
+TEST(CreateSourceTest, SourceLivesAsLongAsItsLastHandle)
+{
+    SourceDocument document(bareSource("source", "1 2"));
+    const SourceRef element = document.source();
+    const daeInt before = referencesOn(*element);
+    SourceHandle last;
+    {
+        const SourceHandle first = libVideo::createSourceFromCollada(document.reference());
+        last = first;
+    }
+    ASSERT_NE(nullptr, last.get());
+    EXPECT_EQ(before + 1, referencesOn(*element));
+    EXPECT_EQ((Floats{2}), floatsIn(last->data(1)));
+    last = SourceHandle();
+    EXPECT_EQ(before, referencesOn(*element));
+}
+
+} // namespace
