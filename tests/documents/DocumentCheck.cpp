@@ -556,6 +556,11 @@ void expectDumpAsRead(const Json& dump, const PlainDocument& expected)
 void expectFoldedDumpAsRead(const Json& dump, const PlainDocument& expected)
 {
     EXPECT_EQ(dump.at("loaded"), expected.outcome == Outcome::loads);
+    if (expected.outcome == Outcome::throws) {
+        EXPECT_EQ(dump.at("error").at("type"), expected.reason);
+    }
+    expectGeometries(shownGeometries(dump.at("geometries")), expected);
+    expectMaterials(shownMaterials(dump.at("materials")), expected);
     const Json& nodes = dump.at("nodes");
     ASSERT_EQ(nodes.size(), expected.nodes.size());
     const bool isFolded = dump.at("error").is_null(); // an evaluation that throws ends before the folding

@@ -25,7 +25,7 @@ void expectLoadAsRead(const std::string& path, const PlainDocument& expected);
 /// Expects of a dump without options, as JSON, what the plain reader made of the document.
 void expectDumpAsRead(const nlohmann::json& dump, const PlainDocument& expected);
 
-/// The same of a dump with a time and with folding, where animations do not have a say.
+/// The same of a dump with a time and with folding, where animations do not have a say in the matrices.
 void expectFoldedDumpAsRead(const nlohmann::json& dump, const PlainDocument& expected);
 
 } // namespace documents

@@ -4,11 +4,14 @@
 
 #include <libMath/Matrix.h>
 
+#include <vesk/Buffer.h>
+
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <cstring>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -146,12 +149,13 @@ TEST_F(LighthouseTest, TreeIsThatOfTheDocument)
     }
 }
 
-TEST_F(LighthouseTest, LoadLogsNoFaultOfTheTreeOrOfAnAnimation)
+TEST_F(LighthouseTest, LoadLogsNoFaultOfTreeAnimationsGeometriesOrMaterials)
 {
     for (const testSupport::LogLine& line : log().lines()) {
-        EXPECT_NE(line.channel, "libVideo.scene") << line.text;
-        EXPECT_NE(line.channel, "libVideo.visualScene") << line.text;
-        EXPECT_NE(line.channel, "libVideo.animation") << line.text;
+        for (const char* const module : {"scene", "visualScene", "animation", "geometry", "primitive", "input",
+                                         "source", "accessor", "material", "texture"}) {
+            EXPECT_NE(line.channel, std::string("libVideo.") + module) << line.text;
+        }
     }
 }
 
@@ -273,6 +277,184 @@ TEST_F(LighthouseTest, FoldingTwiceCountsTheAncestorsTwice)
     expectRows(node("rock").transform(), moved(0, -0.5, 0), "right below the root");
     // The rock's -0.5 and the tower's own 1.5 make 1, and the rock once more 0.5.
     expectRows(node("tower").transform(), moved(0, 0.5, 0), "tower");
+}
+
+// --- geometries
+
+using Indices = std::vector<unsigned>;
+
+struct Block {
+    const char* id;
+    const char* material; ///< which the triangles are named after as well
+    const char* node;     ///< the one that shows it
+};
+
+const Block blocks[] = {{"block-water", "water", "sea"},
+                        {"block-stone", "stone", "rock-block"},
+                        {"block-red", "red", "gallery-block"},
+                        {"block-glass", "glass", "lens"}};
+
+template <class Table>
+auto* valueOf(const Table& table, const std::string& key)
+{
+    for (const auto& bucket : table) {
+        if (key == bucket.key.data()) {
+            return bucket.value.get();
+        }
+    }
+    throw std::out_of_range(key);
+}
+
+libVideo::Primitive& trianglesOf(const libVideo::VisualScene& scene, const std::string& id)
+{
+    const auto& primitives = valueOf(scene.geometryTable(), id)->mesh().primitives();
+    EXPECT_EQ(primitives.size(), 1u) << id;
+    return *primitives[0];
+}
+
+TEST_F(LighthouseTest, FourBlocksStandOnTheirNodes)
+{
+    EXPECT_EQ(scene().geometryTable().size(), 4u);
+    for (const Block& block : blocks) {
+        const libVideo::Geometry* const geometry = valueOf(scene().geometryTable(), block.id);
+        EXPECT_STREQ(geometry->id().data(), block.id);
+        ASSERT_EQ(geometry->nodes().size(), 1u) << block.id;
+        EXPECT_EQ(geometry->nodes()[0].get(), &node(block.node)) << block.id;
+    }
+    // Up to their first blank.
+    EXPECT_STREQ(valueOf(scene().geometryTable(), "block-water")->name().data(), "Water");
+    EXPECT_STREQ(valueOf(scene().geometryTable(), "block-glass")->name().data(), "Glass");
+}
+
+TEST_F(LighthouseTest, BlockIsTwelveTrianglesOfTwentyFourVertices)
+{
+    for (const Block& block : blocks) {
+        libVideo::Primitive& triangles = trianglesOf(scene(), block.id);
+        EXPECT_EQ(triangles.type(), libVideo::PRIMITIVE_TRIANGLE_LIST) << block.id;
+        EXPECT_EQ(triangles.id().data(), std::string(block.id) + "-triangles");
+        EXPECT_STREQ(triangles.material().data(), block.material);
+        EXPECT_EQ(triangles.count(), 12u) << block.id;
+        EXPECT_EQ(triangles.vertexPerPrimitive(), 3u) << block.id;
+        EXPECT_EQ(triangles.bytesPerVertex(), 24u) << block.id;
+        EXPECT_EQ(triangles.totalByteSize(), 24u * 24u) << block.id; // four corners on each of six sides
+        EXPECT_EQ(triangles.indexBuffer().size(), 36u) << block.id;
+    }
+}
+
+TEST_F(LighthouseTest, VertexIsAPositionAndANormal)
+{
+    for (const Block& block : blocks) {
+        const auto& layout = trianglesOf(scene(), block.id).vertexLayout();
+        ASSERT_EQ(layout.size(), 2u) << block.id;
+        EXPECT_EQ(layout[0].semantic, libVideo::SEMANTIC_POSITION) << block.id;
+        EXPECT_EQ(layout[0].byteSize, 12u) << block.id;
+        EXPECT_EQ(layout[0].byteOffset, 0u) << block.id;
+        EXPECT_EQ(layout[0].dataType, libVideo::DATA_TYPE_FLOAT3) << block.id;
+        EXPECT_EQ(layout[1].semantic, libVideo::SEMANTIC_NORMAL) << block.id;
+        EXPECT_EQ(layout[1].byteSize, 12u) << block.id;
+        EXPECT_EQ(layout[1].byteOffset, 12u) << block.id;
+        EXPECT_EQ(layout[1].dataType, libVideo::DATA_TYPE_FLOAT3) << block.id;
+    }
+}
+
+// A side of corners a, b, c, d is written as the triangles a b c and a c d.
+TEST_F(LighthouseTest, SidesShareTheTwoCornersOfTheirDiagonal)
+{
+    Indices expected;
+    for (unsigned side = 0; side < 6; ++side) {
+        for (const unsigned corner : {0u, 1u, 2u, 0u, 2u, 3u}) {
+            expected.push_back(4 * side + corner);
+        }
+    }
+    for (const Block& block : blocks) {
+        Indices indices;
+        for (const unsigned index : trianglesOf(scene(), block.id).indexBuffer()) {
+            indices.push_back(index);
+        }
+        EXPECT_EQ(indices, expected) << block.id;
+    }
+}
+
+// Corners of positions 0 1 3 2 on the side to -X, 5 4 6 7 on that to +X, 0 4 5 1 below, 3 7 6 2 on top, 4 0 2 6 on the
+// side to -Z and 1 5 7 3 on that to +Z, by the order of their first use.
+TEST_F(LighthouseTest, VerticesStandInTheOrderOfTheirFirstUse)
+{
+    const std::array<std::array<float, 3>, 8> positions = {{{-0.5f, 0, -0.5f},
+                                                            {-0.5f, 0, 0.5f},
+                                                            {-0.5f, 1, -0.5f},
+                                                            {-0.5f, 1, 0.5f},
+                                                            {0.5f, 0, -0.5f},
+                                                            {0.5f, 0, 0.5f},
+                                                            {0.5f, 1, -0.5f},
+                                                            {0.5f, 1, 0.5f}}};
+    const std::array<std::array<float, 3>, 6> normals = {
+        {{-1, 0, 0}, {1, 0, 0}, {0, -1, 0}, {0, 1, 0}, {0, 0, -1}, {0, 0, 1}}};
+    const std::size_t corners[6][4] = {{0, 1, 3, 2}, {5, 4, 6, 7}, {0, 4, 5, 1},
+                                       {3, 7, 6, 2}, {4, 0, 2, 6}, {1, 5, 7, 3}};
+    for (const Block& block : blocks) {
+        libVideo::Primitive& triangles = trianglesOf(scene(), block.id);
+        ASSERT_EQ(triangles.totalByteSize(), 576u);
+        for (std::size_t vertex = 0; vertex < 24; ++vertex) {
+            std::array<float, 6> actual{};
+            std::memcpy(actual.data(), triangles.vertexBuffer().get() + 24 * vertex, sizeof(actual));
+            const std::array<float, 3>& position = positions[corners[vertex / 4][vertex % 4]];
+            const std::array<float, 3>& normal = normals[vertex / 4];
+            EXPECT_EQ(actual,
+                      (std::array<float, 6>{position[0], position[1], position[2], normal[0], normal[1], normal[2]}))
+                << block.id << ", vertex " << vertex;
+        }
+    }
+}
+
+TEST_F(LighthouseTest, CornerGivesItsVertex)
+{
+    libVideo::Primitive& triangles = trianglesOf(scene(), "block-stone");
+    vesk::Buffer<unsigned char> bytes;
+    ASSERT_TRUE(triangles.vertex(35, bytes)); // the last corner: position 3, seen from +Z
+    ASSERT_EQ(bytes.size(), 24u);
+    std::array<float, 6> vertex{};
+    std::memcpy(vertex.data(), bytes.data(), sizeof(vertex));
+    EXPECT_EQ(vertex, (std::array<float, 6>{-0.5f, 1, 0.5f, 0, 0, 1}));
+    EXPECT_FALSE(triangles.vertex(36, bytes));
+}
+
+// --- materials
+
+struct Shading {
+    const char* symbol;
+    float shininess;
+    std::array<float, 3> emission;
+    std::array<float, 3> ambient;
+    std::array<float, 3> diffuse;
+    std::array<float, 3> specular;
+};
+
+void expectColor(const float* actual, const std::array<float, 3>& expected, const std::string& what)
+{
+    EXPECT_EQ((std::array<float, 3>{actual[0], actual[1], actual[2]}), expected) << what;
+}
+
+TEST_F(LighthouseTest, MaterialsAreThoseOfTheirEffects)
+{
+    const Shading shadings[] = {
+        {"stone", 8, {0, 0, 0}, {0.255f, 0.249f, 0.234f}, {0.85f, 0.83f, 0.78f}, {0.1f, 0.1f, 0.1f}},
+        {"red", 20, {0, 0, 0}, {0.225f, 0.036f, 0.03f}, {0.75f, 0.12f, 0.1f}, {0.3f, 0.3f, 0.3f}},
+        {"glass", 60, {0.6f, 0.5f, 0.2f}, {0.3f, 0.27f, 0.15f}, {1, 0.9f, 0.5f}, {1, 1, 1}},
+        {"water", 40, {0, 0, 0}, {0.03f, 0.09f, 0.135f}, {0.1f, 0.3f, 0.45f}, {0.6f, 0.7f, 0.8f}}};
+    EXPECT_EQ(scene().blinnMaterialTable().size(), 4u);
+    for (const Shading& shading : shadings) {
+        const std::string symbol = shading.symbol;
+        const auto& values = valueOf(scene().blinnMaterialTable(), symbol)->component();
+        EXPECT_EQ(values.shininess, shading.shininess) << symbol;
+        EXPECT_EQ(values.transparency, 0.0f) << symbol;
+        expectColor(values.emission, shading.emission, symbol + ", emission");
+        expectColor(values.ambient, shading.ambient, symbol + ", ambient");
+        expectColor(values.diffuse, shading.diffuse, symbol + ", diffuse");
+        expectColor(values.specular, shading.specular, symbol + ", specular");
+        expectColor(values.reflective, {1, 1, 1}, symbol + ", reflective, which the document does not have");
+        EXPECT_FALSE(values.diffuseTexture) << symbol;
+        EXPECT_FALSE(values.specularTexture) << symbol;
+    }
 }
 
 } // namespace

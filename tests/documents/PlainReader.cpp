@@ -311,7 +311,6 @@ private:
 
 // --- geometries
 
-constexpr std::uint32_t typeInvalid = 8;
 constexpr std::uint32_t typeTriangles = 4;
 constexpr std::uint32_t typePoints = 7;
 constexpr std::uint32_t noSemantic = 15;

@@ -7,8 +7,10 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 // The reader that documents are held against is held against numbers worked out by hand.
@@ -153,6 +155,269 @@ TEST(PlainReaderTest, AccessorBeyondItsArrayMakesNoAnimation)
 TEST(PlainReaderTest, TimesWithoutElementThrow)
 {
     EXPECT_EQ(readWithAnimation("n/t", "0").outcome, PlainDocument::Outcome::throws);
+}
+
+// --- geometries
+
+using documents::PlainGeometry;
+using documents::PlainMaterial;
+using documents::PlainPrimitive;
+
+using Floats = std::vector<float>;
+using Indices = std::vector<std::uint32_t>;
+using Line = std::pair<std::string, std::string>;
+
+const char* const places =
+    "<source id='places'><float_array id='places-array' count='9'>1 2 3 4 5 6 7 8 9</float_array>"
+    "<technique_common><accessor source='#places-array' count='3' stride='3'>"
+    "<param name='X' type='float'/><param name='Y' type='float'/><param name='Z' type='float'/>"
+    "</accessor></technique_common></source>";
+
+// A source "others" of that accessor and params, over 8 numbers.
+std::string others(const std::string& accessor, const std::string& params)
+{
+    return "<source id='others'><float_array id='others-array' count='8'>0.5 1.5 2.5 3.5 4.5 5.5 6.5 7.5</float_array>"
+           "<technique_common><accessor source='#others-array' " +
+           accessor + ">" + params + "</accessor></technique_common></source>";
+}
+
+const char* const twoParams = "<param name='S' type='float'/><param name='T' type='float'/>";
+const char* const vertexInput = "<input semantic='VERTEX' source='#v' offset='0'/>";
+
+PlainDocument readMesh(const std::string& sources, const std::string& primitives,
+                       const std::string& vertices = "<input semantic='POSITION' source='#places'/>",
+                       const std::string& nodes = "<node><instance_geometry url='#g'/></node>")
+{
+    return readNodes(nodes, "<library_geometries><geometry id='g' name='Big box'><mesh>" + std::string(places) +
+                                sources + "<vertices id='v'>" + vertices + "</vertices>" + primitives +
+                                "</mesh></geometry></library_geometries>");
+}
+
+std::string triangles(const std::string& inputs, const std::string& p)
+{
+    return "<triangles name='t u' material='stone' count='1'>" + inputs + "<p>" + p + "</p></triangles>";
+}
+
+PlainPrimitive primitiveOf(const PlainDocument& document)
+{
+    EXPECT_EQ(document.outcome, PlainDocument::Outcome::loads) << document.reason;
+    const PlainGeometry& geometry = document.geometries.at("g");
+    EXPECT_EQ(geometry.primitives.size(), 1u);
+    return geometry.primitives.at(0);
+}
+
+Floats floatsOf(const PlainPrimitive& primitive)
+{
+    Floats floats;
+    for (const std::optional<float>& number : primitive.vertices) {
+        floats.push_back(number.value());
+    }
+    return floats;
+}
+
+void expectThrow(const PlainDocument& document, const std::string& name, const std::string& expression)
+{
+    EXPECT_EQ(document.outcome, PlainDocument::Outcome::throws);
+    EXPECT_EQ(document.reason, name);
+    EXPECT_EQ(document.expression, expression);
+    EXPECT_EQ(document.nodes.size(), 1u);
+    EXPECT_TRUE(document.geometries.empty());
+}
+
+TEST(PlainReaderTest, CornersTakeAnIndexPerOffsetAndVerticesStandInTheOrderOfUse)
+{
+    const PlainPrimitive primitive = primitiveOf(
+        readMesh(others("count='4' stride='2'", twoParams),
+                 triangles(std::string(vertexInput) + "<input semantic='TEXCOORD' source='#others' offset='1'/>",
+                           "2 0 0 3 2 0")));
+    EXPECT_EQ(primitive.type, 4u);
+    EXPECT_EQ(primitive.id, "t");
+    EXPECT_EQ(primitive.material, "stone");
+    EXPECT_EQ(primitive.count, 1u);
+    EXPECT_EQ(primitive.vertexPerPrimitive, 3u);
+    EXPECT_EQ(primitive.bytesPerVertex, 20u);
+    EXPECT_EQ(primitive.indices, (Indices{0, 1, 0}));
+    EXPECT_EQ(floatsOf(primitive), (Floats{7, 8, 9, 0.5f, 1.5f, 1, 2, 3, 6.5f, 7.5f}));
+    ASSERT_EQ(primitive.layout.size(), 2u);
+    EXPECT_EQ(primitive.layout[0].semantic, 5u);
+    EXPECT_EQ(primitive.layout[0].byteSize, 12u);
+    EXPECT_EQ(primitive.layout[0].byteOffset, 0u);
+    EXPECT_EQ(primitive.layout[0].dataType, 3u);
+    EXPECT_EQ(primitive.layout[1].semantic, 9u);
+    EXPECT_EQ(primitive.layout[1].byteSize, 8u);
+    EXPECT_EQ(primitive.layout[1].byteOffset, 12u);
+    EXPECT_EQ(primitive.layout[1].dataType, 2u);
+}
+
+TEST(PlainReaderTest, InputThatIsSkippedLeavesItsOffsetToTheNext)
+{
+    // The normals read the indices that stand there for the unknown input.
+    const PlainPrimitive primitive = primitiveOf(
+        readMesh("", triangles(std::string(vertexInput) + "<input semantic='UNHEARD' source='#places' offset='1'/>"
+                                                          "<input semantic='NORMAL' source='#places' offset='2'/>",
+                               "0 1 2 1 2 0 2 0 1")));
+    EXPECT_EQ(floatsOf(primitive), (Floats{1, 2, 3, 4, 5, 6, 4, 5, 6, 7, 8, 9, 7, 8, 9, 1, 2, 3}));
+}
+
+TEST(PlainReaderTest, CornersThatDifferInAnIndexOfASkippedInputStayTwo)
+{
+    const PlainPrimitive primitive = primitiveOf(
+        readMesh("", triangles(std::string(vertexInput) + "<input semantic='UNHEARD' source='#places' offset='1'/>",
+                               "0 1 0 2 0 1")));
+    EXPECT_EQ(primitive.indices, (Indices{0, 1, 0}));
+    EXPECT_EQ(floatsOf(primitive), (Floats{1, 2, 3, 1, 2, 3}));
+}
+
+TEST(PlainReaderTest, OffsetOfAnAccessorCountsRecords)
+{
+    const PlainPrimitive primitive = primitiveOf(readMesh(others("count='2' stride='2' offset='2'", twoParams), "",
+                                                          "<input semantic='TEXCOORD' source='#others'/>"));
+    EXPECT_EQ(floatsOf(primitive), (Floats{4.5f, 5.5f, 6.5f, 7.5f}));
+}
+
+TEST(PlainReaderTest, ParamWithoutNameKeepsItsPlaceAndParamsMakeTheStride)
+{
+    const PlainPrimitive primitive = primitiveOf(readMesh(
+        others("count='2'", "<param name='A' type='float'/><param type='float'/><param name='C' type='float'/>"), "",
+        "<input semantic='COLOR' source='#others'/>"));
+    EXPECT_EQ(primitive.bytesPerVertex, 8u);
+    EXPECT_EQ(primitive.layout.at(0).dataType, 3u);
+    EXPECT_EQ(floatsOf(primitive), (Floats{0.5f, 2.5f, 3.5f, 5.5f}));
+}
+
+TEST(PlainReaderTest, StrideAboveOneWinsOverTheParams)
+{
+    const PlainPrimitive primitive = primitiveOf(
+        readMesh(others("count='2' stride='4'", twoParams), "", "<input semantic='TEXCOORD' source='#others'/>"));
+    EXPECT_EQ(primitive.layout.at(0).dataType, 4u);
+    EXPECT_EQ(floatsOf(primitive), (Floats{0.5f, 1.5f, 4.5f, 5.5f}));
+}
+
+TEST(PlainReaderTest, MatrixHasItsFloatsSixtyFourBytesApart)
+{
+    const PlainPrimitive primitive = primitiveOf(readMesh(others("count='1'", "<param name='M' type='float4x4'/>"), "",
+                                                          "<input semantic='COLOR' source='#others'/>"));
+    EXPECT_EQ(primitive.bytesPerVertex, 1024u);
+    ASSERT_EQ(primitive.vertices.size(), 256u);
+    EXPECT_EQ(primitive.vertices[0], std::optional<float>(0.5f));
+    EXPECT_EQ(primitive.vertices[1], std::nullopt);
+    EXPECT_EQ(primitive.vertices[16], std::optional<float>(1.5f));
+    EXPECT_EQ(primitive.vertices[15 * 16], std::optional<float>(0.0f)); // behind the end of the array
+}
+
+TEST(PlainReaderTest, MeshWithoutTrianglesIsACloudOfPoints)
+{
+    const PlainPrimitive primitive = primitiveOf(readMesh("", "<polylist count='1'/>"));
+    EXPECT_EQ(primitive.type, 7u);
+    EXPECT_EQ(primitive.id, "v");
+    EXPECT_EQ(primitive.material, "");
+    EXPECT_EQ(primitive.count, 3u);
+    EXPECT_EQ(primitive.vertexPerPrimitive, 1u);
+    EXPECT_EQ(primitive.indices, Indices());
+    EXPECT_EQ(floatsOf(primitive), (Floats{1, 2, 3, 4, 5, 6, 7, 8, 9}));
+}
+
+TEST(PlainReaderTest, LinesKeepTheCloudAway)
+{
+    EXPECT_TRUE(readMesh("", "<lines count='1'/>").geometries.at("g").primitives.empty());
+}
+
+TEST(PlainReaderTest, SeveralInputsOfVerticesRunOutOfOffsets)
+{
+    const std::string two = "<input semantic='POSITION' source='#places'/><input semantic='NORMAL' source='#places'/>";
+    expectThrow(readMesh("", triangles(vertexInput, "0 1 2"), two), "IndexOutOfBounds", "");
+    // As points they need none.
+    EXPECT_EQ(floatsOf(primitiveOf(readMesh("", "", two))).size(), 18u);
+}
+
+TEST(PlainReaderTest, IndexBeyondTheRecordsThrows)
+{
+    expectThrow(readMesh("", triangles(vertexInput, "0 1 3")), "AssertionFailure", "index < m_count");
+    expectThrow(readMesh("", triangles(vertexInput, "0 -1 2")), "AssertionFailure", "index < m_count");
+}
+
+TEST(PlainReaderTest, ParamOfAnUnknownTypeThrows)
+{
+    expectThrow(readMesh(others("count='2' stride='2'", "<param name='A' type='float'/><param type='int'/>"), "",
+                         "<input semantic='COLOR' source='#others'/>"),
+                "AssertionFailure", "false");
+}
+
+TEST(PlainReaderTest, FirstInstanceHasTheGeometryAndTheSecondALine)
+{
+    const PlainDocument document = readMesh("", "", "",
+                                            "<node id='a'><node id='b'><instance_geometry url='#g'/></node></node>"
+                                            "<node id='c'><instance_geometry url='#g'/></node>");
+    ASSERT_EQ(document.geometries.size(), 1u);
+    EXPECT_EQ(document.geometries.at("g").name, "Big");
+    EXPECT_EQ(document.geometries.at("g").node, 1u); // "c" stands above "b"
+    EXPECT_EQ(document.lines.back(), Line("libVideo.visualScene", "Unable to initialize geometry instance"));
+}
+
+// --- materials
+
+// The materials of the symbols that the instances of two nodes bind.
+PlainDocument readMaterials(const std::string& first, const std::string& second)
+{
+    const auto effect = [](const std::string& id, const std::string& profile) {
+        return "<effect id='" + id + "-effect'><profile_COMMON>" + profile + "</profile_COMMON></effect>";
+    };
+    const auto material = [](const std::string& id) {
+        return "<material id='" + id + "'><instance_effect url='#" + id + "-effect'/></material>";
+    };
+    const auto node = [](const std::string& bindings) {
+        return "<node><instance_geometry url='#g'><bind_material><technique_common>" + bindings +
+               "</technique_common></bind_material></instance_geometry></node>";
+    };
+    return readNodes(
+        node(first) + node(second),
+        "<library_images><image id='i'><init_from>../my tex.png</init_from></image></library_images><library_effects>" +
+            effect("red", "<technique sid='c'><blinn><diffuse><color>1 0.25 0 0.5</color></diffuse>"
+                          "<shininess><float>12</float></shininess></blinn></technique>") +
+            effect("matt", "<technique sid='c'><lambert/></technique>") +
+            effect("wood",
+                   "<newparam sid='f'><surface><init_from>i</init_from></surface></newparam>"
+                   "<newparam sid='s'><sampler2D><source>f</source></sampler2D></newparam><technique sid='c'>"
+                   "<phong><ambient><texture texture='none'/></ambient><diffuse><texture texture='s'/></diffuse>"
+                   "<transparency><float>0.5</float></transparency></phong></technique>") +
+            "</library_effects><library_materials>" + material("red") + material("matt") + material("wood") +
+            "</library_materials><library_geometries><geometry id='g'><mesh><vertices/></mesh></geometry>"
+            "</library_geometries>");
+}
+
+std::string binding(const std::string& symbol, const std::string& target)
+{
+    return "<instance_material symbol='" + symbol + "' target='#" + target + "'/>";
+}
+
+TEST(PlainReaderTest, MaterialHasColorsAndCoefficientsAndIsWhiteElsewhere)
+{
+    const PlainMaterial material = readMaterials(binding("m", "red"), "").materials.at("m");
+    EXPECT_EQ(material.diffuse.value, (std::array<float, 3>{1.0f, 0.25f, 0.0f}));
+    EXPECT_EQ(material.ambient.value, (std::array<float, 3>{1.0f, 1.0f, 1.0f}));
+    EXPECT_EQ(material.diffuse.texture, std::nullopt);
+    EXPECT_EQ(material.shininess, 12.0f);
+    EXPECT_EQ(material.transparency, 0.0f);
+}
+
+TEST(PlainReaderTest, TextureHasTheFileAsWrittenOrNoneWhereTheChainBreaks)
+{
+    const PlainDocument document = readMaterials(binding("m", "wood"), "");
+    const PlainMaterial& material = document.materials.at("m");
+    EXPECT_EQ(material.diffuse.texture, std::optional<std::string>("../my%20tex.png"));
+    EXPECT_EQ(material.ambient.texture, std::optional<std::string>(""));
+    EXPECT_EQ(material.specular.texture, std::nullopt);
+    EXPECT_EQ(material.transparency, 0.5f);
+    EXPECT_EQ(document.lines.front(), Line("libVideo.material", "Unable to initialize texture"));
+}
+
+TEST(PlainReaderTest, FirstMaterialOfASymbolStaysAndALambertIsNone)
+{
+    const PlainDocument document =
+        readMaterials(binding("a", "matt") + binding("b", "red"), binding("a", "red") + binding("b", "wood"));
+    ASSERT_EQ(document.materials.size(), 2u);
+    EXPECT_EQ(document.materials.at("a").shininess, 12.0f);
+    EXPECT_EQ(document.materials.at("b").shininess, 12.0f);
 }
 
 TEST(PlainReaderTest, NewerSchemaIsRefused)

@@ -314,6 +314,307 @@ TEST(ScenetoolDumpTest, MatrixIsRowMajorAndPositionAndUpAreItsColumns)
     EXPECT_EQ(nodes[0]["up"], Json::array({2, 6, 10}));
 }
 
+// Numbers of JSON as `float`, converted from the digits without a stop at `double`.
+using FloatJson = nlohmann::basic_json<std::map, std::vector, std::string, bool, std::int64_t, std::uint64_t, float>;
+
+// --- dump: geometries and materials
+
+std::string sourceOf(const std::string& id, const std::string& numbers, unsigned count, const std::string& params)
+{
+    std::string paramXml;
+    for (const char name : params) {
+        paramXml += "<param name='" + std::string(1, name) + "' type='float'/>";
+    }
+    return "<source id='" + id + "'><float_array id='" + id + "-array' count='" +
+           std::to_string(count * params.size()) + "'>" + numbers +
+           "</float_array><technique_common><accessor source='#" + id + "-array' count='" + std::to_string(count) +
+           "' stride='" + std::to_string(params.size()) + "'>" + paramXml + "</accessor></technique_common></source>";
+}
+
+// Positions of a square between (1, 2, 3) and (2, 4, 3), one normal, and two texture coordinates.
+std::string squareMesh(const std::string& primitives)
+{
+    return "<mesh>" + sourceOf("places", "1 2 3 2 2 3 2 4 3 1 4 3", 4, "XYZ") + sourceOf("ways", "0 0 1", 1, "XYZ") +
+           sourceOf("pairs", "0.5 0.25 1 0", 2, "ST") +
+           "<vertices id='corners'><input semantic='POSITION' source='#places'/></vertices>" + primitives + "</mesh>";
+}
+
+const char* const squareTriangles = "<triangles name='square' material='stone' count='2'>"
+                                    "<input semantic='VERTEX' source='#corners' offset='0'/>"
+                                    "<input semantic='NORMAL' source='#ways' offset='1'/>"
+                                    "<input semantic='TEXCOORD' source='#pairs' offset='2'/>"
+                                    "<p>0 0 0 1 0 0 2 0 1  2 0 1 3 0 1 0 0 0</p></triangles>";
+
+// A mesh whose points have these numbers, a letter of `params` each.
+std::string pointMesh(const std::string& numbers, const std::string& params)
+{
+    return "<mesh>" + sourceOf("places", numbers, numbers.empty() ? 0 : 1, params) +
+           "<vertices id='points'><input semantic='POSITION' source='#places'/></vertices></mesh>";
+}
+
+std::string geometryXml(const std::string& id, const std::string& content,
+                        const std::string& attributes = std::string())
+{
+    return "<geometry id='" + id + "' " + attributes + ">" + content + "</geometry>";
+}
+
+std::string showing(const std::string& geometry, const std::string& bindings = std::string())
+{
+    return "<instance_geometry url='#" + geometry + "'><bind_material><technique_common>" + bindings +
+           "</technique_common></bind_material></instance_geometry>";
+}
+
+std::string withGeometries(const std::string& geometries, const std::string& nodes)
+{
+    return ColladaBuilder("<library_geometries>" + geometries + "</library_geometries>").addScene(nodes).text();
+}
+
+std::string squareDocument()
+{
+    return withGeometries(geometryXml("g", squareMesh(squareTriangles), "name='Square'"),
+                          "<node id='above'><node id='shown'>" + showing("g") + "</node></node><node id='beside'/>");
+}
+
+std::string pointDocument(const std::string& numbers, const std::string& params)
+{
+    return withGeometries(geometryXml("g", pointMesh(numbers, params)), "<node id='n'>" + showing("g") + "</node>");
+}
+
+// A blinn "plain" and a phong "wood" with textures, of which one leads nowhere, bound to symbols of the same names.
+std::string materialDocument(const std::string& colors = std::string())
+{
+    const auto material = [](const std::string& id) {
+        return "<material id='" + id + "'><instance_effect url='#" + id + "-effect'/></material>";
+    };
+    return ColladaBuilder(
+               "<library_images><image id='i'><init_from>./wood grain.png</init_from></image></library_images>"
+               "<library_effects><effect id='plain-effect'><profile_COMMON><technique sid='c'><blinn>" +
+               colors +
+               "<shininess><float>12.5</float></shininess></blinn></technique></profile_COMMON></effect>"
+               "<effect id='wood-effect'><profile_COMMON>"
+               "<newparam sid='f'><surface><init_from>i</init_from></surface></newparam>"
+               "<newparam sid='s'><sampler2D><source>f</source></sampler2D></newparam><technique sid='c'>"
+               "<phong><emission><color>0.1 0.2 0.3 1</color></emission><diffuse><texture texture='s'/>"
+               "</diffuse><specular><texture texture='nowhere'/></specular><transparency><float>0.5</float>"
+               "</transparency></phong></technique></profile_COMMON></effect></library_effects>"
+               "<library_materials>" +
+               material("plain") + material("wood") + "</library_materials><library_geometries>" +
+               geometryXml("g", "<mesh><vertices/></mesh>") + "</library_geometries>")
+        .addScene("<node id='n'>" +
+                  showing("g", "<instance_material symbol='plain' target='#plain'/>"
+                               "<instance_material symbol='wood' target='#wood'/>") +
+                  "</node>")
+        .text();
+}
+
+TEST(ScenetoolGeometryTest, ObjectsAreEmptyWithoutGeometriesAndMaterials)
+{
+    const Json json = dumpDocument(documentOf(parentAndChild));
+    EXPECT_EQ(json.at("geometries"), Json::object());
+    EXPECT_EQ(json.at("materials"), Json::object());
+}
+
+TEST(ScenetoolGeometryTest, EveryObjectHasExactlyTheKeysOfTheFormat)
+{
+    const Json geometries = dumpDocument(squareDocument()).at("geometries");
+    EXPECT_EQ(keysOf(geometries), Words{"g"});
+    const Json& geometry = geometries.at("g");
+    EXPECT_EQ(keysOf(geometry), (Words{"name", "nodes", "primitives"}));
+    ASSERT_EQ(geometry["primitives"].size(), 1u);
+    const Json& primitive = geometry["primitives"][0];
+    EXPECT_EQ(keysOf(primitive), (Words{"bytesPerVertex", "count", "id", "indices", "layout", "material",
+                                        "totalByteSize", "type", "vertexPerPrimitive", "vertices"}));
+    ASSERT_EQ(primitive["layout"].size(), 3u);
+    for (const Json& attribute : primitive["layout"]) {
+        EXPECT_EQ(keysOf(attribute), (Words{"byteOffset", "byteSize", "dataType", "semantic"}));
+    }
+}
+
+TEST(ScenetoolGeometryTest, TrianglesHaveTheirNumbers)
+{
+    const Json geometry = dumpDocument(squareDocument()).at("geometries").at("g");
+    EXPECT_EQ(geometry.at("name"), "Square");
+    const Json& primitive = geometry.at("primitives").at(0);
+    EXPECT_EQ(primitive.at("type"), 4);
+    EXPECT_EQ(primitive.at("id"), "square");
+    EXPECT_EQ(primitive.at("material"), "stone");
+    EXPECT_EQ(primitive.at("count"), 2);
+    EXPECT_EQ(primitive.at("vertexPerPrimitive"), 3);
+    EXPECT_EQ(primitive.at("bytesPerVertex"), 32);
+    EXPECT_EQ(primitive.at("totalByteSize"), 4 * 32);
+    EXPECT_EQ(primitive.at("indices"), Json::array({0, 1, 2, 2, 3, 0}));
+    EXPECT_EQ(primitive.at("layout"),
+              Json::array({{{"semantic", 5}, {"byteSize", 12}, {"byteOffset", 0}, {"dataType", 3}},
+                           {{"semantic", 4}, {"byteSize", 12}, {"byteOffset", 12}, {"dataType", 3}},
+                           {{"semantic", 9}, {"byteSize", 8}, {"byteOffset", 24}, {"dataType", 2}}}));
+    for (const Json& value : {primitive["type"], primitive["count"], primitive["indices"][0],
+                              primitive["layout"][0]["semantic"], primitive["layout"][0]["dataType"]}) {
+        EXPECT_TRUE(value.is_number_unsigned()) << value;
+    }
+}
+
+TEST(ScenetoolGeometryTest, NodesAreTheirIndices)
+{
+    // "shown" stands below the first of two nodes, so behind both.
+    EXPECT_EQ(dumpDocument(squareDocument()).at("geometries").at("g").at("nodes"), Json::array({2}));
+}
+
+TEST(ScenetoolGeometryTest, GeometryOfTwoNodesIsListedOnTheFirst)
+{
+    const Json json =
+        dumpDocument(withGeometries(geometryXml("g", squareMesh(squareTriangles)),
+                                    "<node/><node>" + showing("g") + "</node><node>" + showing("g") + "</node>"));
+    EXPECT_EQ(json.at("geometries").at("g").at("nodes"), Json::array({1}));
+    ASSERT_EQ(json.at("log").size(), 1u);
+    EXPECT_TRUE(contains(json["log"][0].at("text"), "Unable to initialize geometry instance"));
+}
+
+TEST(ScenetoolGeometryTest, PointsHaveNeitherIndicesNorMaterial)
+{
+    const Json primitive = dumpDocument(pointDocument("1 2 3", "XYZ")).at("geometries").at("g").at("primitives").at(0);
+    EXPECT_EQ(primitive.at("type"), 7);
+    EXPECT_EQ(primitive.at("id"), "points");
+    EXPECT_EQ(primitive.at("material"), "");
+    EXPECT_EQ(primitive.at("count"), 1);
+    EXPECT_EQ(primitive.at("vertexPerPrimitive"), 1);
+    EXPECT_EQ(primitive.at("indices"), Json::array());
+}
+
+TEST(ScenetoolGeometryTest, TrianglesWithoutInputsAreShownAsNotLoaded)
+{
+    const std::string document = withGeometries(geometryXml("g", squareMesh("<triangles material='m' count='1'/>")),
+                                                "<node>" + showing("g") + "</node>");
+    const Json primitive = dumpDocument(document).at("geometries").at("g").at("primitives").at(0);
+    EXPECT_EQ(primitive.at("type"), 8);
+    EXPECT_EQ(primitive.at("material"), "m");
+    EXPECT_EQ(primitive.at("count"), 0);
+    EXPECT_EQ(primitive.at("bytesPerVertex"), 0);
+    EXPECT_EQ(primitive.at("layout"), Json::array());
+    EXPECT_EQ(primitive.at("vertices"), "");
+    EXPECT_TRUE(contains(infoOf(document), "\n    not loaded\n"));
+}
+
+TEST(ScenetoolGeometryTest, GeometriesStandUnderTheirIdWhateverItHolds)
+{
+    const Json json = dumpDocument(
+        withGeometries(geometryXml("a$b", squareMesh("")) + geometryXml("a.b", "<mesh><lines count='1'/></mesh>"),
+                       "<node>" + showing("a$b") + showing("a.b") + "</node>"));
+    EXPECT_EQ(keysOf(json.at("geometries")), (Words{"a$b", "a.b"}));
+    EXPECT_EQ(json["geometries"]["a.b"].at("primitives"), Json::array());
+    EXPECT_EQ(json["geometries"]["a.b"].at("name"), "");
+}
+
+struct Base64Case {
+    const char* name;
+    const char* numbers; ///< of one point
+    const char* params;
+    const char* text; ///< of their bytes, lowest first
+};
+
+void PrintTo(const Base64Case& row, std::ostream* out)
+{
+    *out << row.numbers;
+}
+
+class ScenetoolBase64Test : public testing::TestWithParam<Base64Case> {};
+
+TEST_P(ScenetoolBase64Test, VerticesAreTheBytesOfTheirFloats)
+{
+    const Json primitive = dumpDocument(pointDocument(GetParam().numbers, GetParam().params))
+                               .at("geometries")
+                               .at("g")
+                               .at("primitives")
+                               .at(0);
+    EXPECT_EQ(primitive.at("vertices"), GetParam().text);
+    EXPECT_EQ(primitive.at("totalByteSize"), 4 * (*GetParam().numbers == '\0' ? 0u : std::strlen(GetParam().params)));
+}
+
+// 1 is 00 00 80 3F, 2 is 00 00 00 40, -2 ends in C0, 3 is 00 00 40 40, 4 is 00 00 80 40 and 0.5 is 00 00 00 3F.
+INSTANTIATE_TEST_SUITE_P(Points, ScenetoolBase64Test,
+                         testing::Values(Base64Case{"None", "", "X", ""},
+                                         Base64Case{"FourBytesEndInTwoSigns", "0.5", "X", "AAAAPw=="},
+                                         Base64Case{"EightBytesEndInOneSign", "1 -2", "XY", "AACAPwAAAMA="},
+                                         Base64Case{"TwelveBytesEndInNone", "1 2 3", "XYZ", "AACAPwAAAEAAAEBA"},
+                                         Base64Case{"SixteenBytes", "1 2 3 4", "XYZW", "AACAPwAAAEAAAEBAAACAQA=="},
+                                         // FF FF 7F 3F and FB EF BE 3F.
+                                         Base64Case{"LastDigit", "0.999999940395355224609375", "X", "//9/Pw=="},
+                                         Base64Case{"LastDigitButOne", "1.4916986227035522", "X", "++++Pw=="}),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST(ScenetoolMaterialTest, MaterialHasExactlyTwelveKeys)
+{
+    const Json materials = dumpDocument(materialDocument()).at("materials");
+    EXPECT_EQ(keysOf(materials), (Words{"plain", "wood"}));
+    for (const char* const symbol : {"plain", "wood"}) {
+        EXPECT_EQ(keysOf(materials.at(symbol)), (Words{"ambient", "ambientTexture", "diffuse", "diffuseTexture",
+                                                       "emission", "emissionTexture", "reflective", "reflectiveTexture",
+                                                       "shininess", "specular", "specularTexture", "transparency"}));
+    }
+}
+
+TEST(ScenetoolMaterialTest, MaterialHasItsNumbersAndIsWhiteElsewhere)
+{
+    const Json material =
+        dumpDocument(materialDocument("<diffuse><color>0.25 0.5 0.75 1</color></diffuse>")).at("materials").at("plain");
+    EXPECT_EQ(material.at("shininess"), 12.5);
+    EXPECT_EQ(material.at("transparency"), 0);
+    EXPECT_EQ(material.at("diffuse"), Json::array({0.25, 0.5, 0.75}));
+    for (const char* const channel : {"emission", "ambient", "specular", "reflective"}) {
+        EXPECT_EQ(material.at(channel), Json::array({1, 1, 1})) << channel;
+    }
+}
+
+TEST(ScenetoolMaterialTest, NumbersReadBackToTheSameFloat)
+{
+    const TemporaryFile file(materialDocument());
+    const FloatJson json = FloatJson::parse(scenetool({"dump", file.path()}).output);
+    const FloatJson& color = json.at("materials").at("wood").at("emission");
+    EXPECT_EQ(color.at(0).get<float>(), 0.1f);
+    EXPECT_EQ(color.at(1).get<float>(), 0.2f);
+    EXPECT_EQ(color.at(2).get<float>(), 0.3f);
+}
+
+TEST(ScenetoolMaterialTest, ColorThatIsNoNumberInJsonIsText)
+{
+    const Json material =
+        dumpDocument(materialDocument("<diffuse><color>1e39 -1e39 1 1</color></diffuse>")).at("materials").at("plain");
+    EXPECT_EQ(material.at("diffuse"), Json::array({"Infinity", "-Infinity", 1}));
+}
+
+TEST(ScenetoolMaterialTest, TextureIsItsFileEmptyIfItLeadsNowhereAndNullWithoutOne)
+{
+    const Json materials = dumpDocument(materialDocument()).at("materials");
+    const Json& wood = materials.at("wood");
+    EXPECT_EQ(wood.at("diffuseTexture"), "./wood%20grain.png");
+    EXPECT_EQ(wood.at("specularTexture"), "");
+    for (const char* const texture : {"emissionTexture", "ambientTexture", "reflectiveTexture"}) {
+        EXPECT_TRUE(wood.at(texture).is_null()) << texture;
+    }
+    EXPECT_TRUE(materials.at("plain").at("diffuseTexture").is_null());
+}
+
+TEST(ScenetoolGeometryTest, LoadThatThrowsShowsWhatStandsBeforeIt)
+{
+    const std::string throwing = squareMesh(
+        "<triangles count='1'><input semantic='VERTEX' source='#corners' offset='0'/><p>0 1 4</p></triangles>");
+    const std::string geometries =
+        geometryXml("good", "<mesh/>") + geometryXml("bad", throwing) + geometryXml("behind", "<mesh/>");
+    const TemporaryFile file(withGeometries(geometries, "<node id='a'><translate>1 0 0</translate>" + showing("good") +
+                                                            "<node id='b'><translate>0 1 0</translate>" +
+                                                            showing("bad") + "</node></node><node id='c'>" +
+                                                            showing("behind") + "</node>"));
+    const Dump dump(file.path(), {"--time", "1", "--fold"});
+    EXPECT_EQ(dump.result.status, loadFailed);
+    EXPECT_TRUE(isOneLine(dump.result.errors)) << dump.result.errors;
+    ASSERT_TRUE(dump.json.is_object()) << dump.result.output;
+    EXPECT_EQ(dump.json.at("loaded"), false);
+    EXPECT_EQ(dump.json.at("error").at("type"), "AssertionFailure");
+    EXPECT_TRUE(contains(dump.json["error"].at("message"), "index < m_count")) << dump.json["error"];
+    EXPECT_EQ(keysOf(dump.json.at("geometries")), (Words{"behind", "good"})); // "b" stands behind "c"
+    ASSERT_EQ(dump.json.at("nodes").size(), 3u);
+    EXPECT_EQ(dump.json["nodes"][2].at("transform"), translation(0, 1, 0)); // not folded
+}
+
 // --- dump: numbers
 
 TEST(ScenetoolDumpTest, WhatIsNoNumberInJsonIsText)
@@ -327,9 +628,6 @@ TEST(ScenetoolDumpTest, WhatIsNoNumberInJsonIsText)
     EXPECT_EQ(nodes[0]["position"], Json::array({1, 2, 3}));
     EXPECT_EQ(nodes[0]["up"], Json::array({"NaN", "-Infinity", "NaN"}));
 }
-
-// Numbers of JSON as `float`, converted from the digits without a stop at `double`.
-using FloatJson = nlohmann::basic_json<std::map, std::vector, std::string, bool, std::int64_t, std::uint64_t, float>;
 
 struct FloatCase {
     const char* name;
@@ -780,10 +1078,76 @@ TEST(ScenetoolInfoTest, TransformIsDescribed)
 TEST(ScenetoolInfoTest, AnimatedNodesAreShownWithTheirLength)
 {
     const std::string text = infoOf(documentOf(parentAndChild, {rising("child/t")}));
-    EXPECT_TRUE(std::regex_search(text, std::regex("\nAnimations +on 1 node.* 3 s\n"))) << text;
+    EXPECT_TRUE(std::regex_search(text, std::regex("\nAnimations +on 1 node, .* 3 s\n"))) << text;
     EXPECT_TRUE(std::regex_search(text, std::regex("#child .*animated, 3 s\n"))) << text;
     EXPECT_FALSE(std::regex_search(text, std::regex("#parent .*animated"))) << text;
     EXPECT_TRUE(std::regex_search(infoOf(documentOf(parentAndChild)), std::regex("\nAnimations +none\n")));
+}
+
+TEST(ScenetoolInfoTest, OneNodeAndOneLevelAreNoPlural)
+{
+    const std::string text = infoOf(documentOf("<node id='a'/>"));
+    EXPECT_TRUE(std::regex_search(text, std::regex("\nNodes +1 on 1 level\n"))) << text;
+    EXPECT_TRUE(std::regex_search(text, std::regex("\nCollapsed +1 node with"))) << text;
+}
+
+TEST(ScenetoolInfoTest, GeometryIsShownWithNameAndNode)
+{
+    EXPECT_TRUE(std::regex_search(infoOf(squareDocument()), std::regex("\nGeometries\n +g \\(Square\\) +on #shown\n")))
+        << infoOf(squareDocument());
+    const std::string same = infoOf(withGeometries(geometryXml("g", squareMesh(""), "name='g'"),
+                                                   "<node id='n' name='N'>" + showing("g") + "</node>"));
+    EXPECT_TRUE(std::regex_search(same, std::regex("\nGeometries\n +g +on N #n\n"))) << same;
+}
+
+TEST(ScenetoolInfoTest, TrianglesAreShownWithDistinctVerticesLayoutBoxAndMaterial)
+{
+    const std::string text = infoOf(squareDocument());
+    EXPECT_TRUE(contains(text, "\n    2 triangles, 4 vertices of 32 bytes: position 3, normal 3, texcoord 2, "
+                               "box 1..2 2..4 3..3, material stone\n"))
+        << text;
+}
+
+TEST(ScenetoolInfoTest, PointsAreShownWithoutMaterial)
+{
+    EXPECT_TRUE(contains(infoOf(withGeometries(geometryXml("g", squareMesh("")), "<node>" + showing("g") + "</node>")),
+                         "\n    4 points, 4 vertices of 12 bytes: position 3, box 1..2 2..4 3..3\n"));
+    // A pair of numbers has no box.
+    EXPECT_TRUE(contains(infoOf(pointDocument("1 2", "XY")), "\n    1 point, 1 vertex of 8 bytes: position 2\n"));
+}
+
+TEST(ScenetoolInfoTest, LayoutIsInWords)
+{
+    const std::map<std::string, std::string> words = {
+        {"BINORMAL", "binormal"},     {"WEIGHT", "weight"},          {"COLOR", "color"},
+        {"NORMAL", "normal"},         {"TANGENT", "tangent"},        {"TEXCOORD", "texcoord"},
+        {"INPUT", "input"},           {"OUTPUT", "output"},          {"INTERPOLATION", "interpolation"},
+        {"IN_TANGENT", "in tangent"}, {"OUT_TANGENT", "out tangent"}};
+    for (const auto& [semantic, word] : words) {
+        std::string document = pointDocument("1 2 3", "XYZ");
+        document.replace(document.find("POSITION"), std::strlen("POSITION"), semantic);
+        EXPECT_TRUE(contains(infoOf(document), "\n    1 point, 1 vertex of 12 bytes: " + word + " 3\n")) << semantic;
+    }
+}
+
+TEST(ScenetoolInfoTest, MaterialsAreShownWithColorsOrFiles)
+{
+    const std::string text = infoOf(materialDocument("<diffuse><color>0.25 0.5 0.75 1</color></diffuse>"));
+    EXPECT_TRUE(std::regex_search(
+        text, std::regex("\nMaterials\n +plain +diffuse 0\\.25 0\\.5 0\\.75 +specular 1 1 1 +shininess 12\\.5 "
+                         "+emission 1 1 1\n")))
+        << text;
+    EXPECT_TRUE(std::regex_search(
+        text, std::regex("\n +wood +diffuse \\./wood%20grain\\.png +specular without its texture +shininess 0 "
+                         "+emission 0\\.1 0\\.2 0\\.3\n")))
+        << text;
+}
+
+TEST(ScenetoolInfoTest, NothingIsSaidOfGeometriesAndMaterialsThatAreNotThere)
+{
+    const std::string text = infoOf(documentOf(parentAndChild));
+    EXPECT_FALSE(contains(text, "Geometries")) << text;
+    EXPECT_FALSE(contains(text, "Materials")) << text;
 }
 
 std::string flatDocument(unsigned count)
@@ -885,6 +1249,26 @@ TEST_P(ScenetoolControlTest, CharacterOfADocumentStaysOutOfInfo)
     EXPECT_TRUE(contains(result.output, "31m")) << result.output; // the names are there
     EXPECT_FALSE(hasControlCharacter(result.output)) << ::testing::PrintToString(result.output);
     EXPECT_FALSE(hasControlCharacter(result.errors));
+}
+
+TEST_P(ScenetoolControlTest, CharacterOfAGeometryStaysOutOfInfo)
+{
+    const std::string evil = "x" + std::string(GetParam().reference) + "31m";
+    const std::string triangles = squareTriangles;
+    std::string document = materialDocument();
+    for (const auto& [from, to] :
+         std::vector<std::pair<std::string, std::string>>{{"geometry id='g' ", "geometry id='g' name='" + evil + "' "},
+                                                          {"<mesh><vertices/></mesh>", squareMesh(triangles)},
+                                                          {"material='stone'", "material='" + evil + "'"},
+                                                          {"symbol='plain'", "symbol='" + evil + "'"}}) {
+        ASSERT_TRUE(contains(document, from)) << from;
+        document.replace(document.find(from), from.size(), to);
+    }
+    const std::string text = infoOf(document);
+    EXPECT_TRUE(std::regex_search(text, std::regex("\n +g \\(x.+31m\\)"))) << text;
+    EXPECT_TRUE(std::regex_search(text, std::regex(", material x.+31m\n"))) << text;
+    EXPECT_TRUE(std::regex_search(text, std::regex("\n +x.+31m +diffuse"))) << text;
+    EXPECT_FALSE(hasControlCharacter(text)) << ::testing::PrintToString(text);
 }
 
 // XML lets only these through. U+009B starts a sequence as ESC and "[" do, U+0085 is a new line.
