@@ -194,7 +194,7 @@ const Matrix& PerspectiveCamera::transform(const Matrix& matrix)
 
 void PerspectiveCamera::setAspectRatio(double aspectRatio)
 {
-    if (m_aspectRatio) {
+    if (m_aspectRatio && m_aspectRatio->value != aspectRatio) { // a zero of the other sign is the same
         m_aspectRatio->value = aspectRatio;
     }
 }

@@ -43,7 +43,7 @@ Input::Refill::~Refill()
             vesk::Array<unsigned char> kept;
             kept.append(stream.getData(), size);
             stream.swap(kept);
-        } catch (const vesk::NullPointer&) {
+        } catch (...) {
             m_input.m_cachedIndex = noIndex; // memory ended: the stream is of no vertex
         }
     }
@@ -86,6 +86,7 @@ bool InputLocal::createFromCollada(const daeTArray<daeSmartRef<domInputLocal>>& 
     m_sources.clear();
     m_cachedIndex = noIndex;
     for (std::size_t i = 0; i < inputs.getCount(); ++i) {
+        detail::expectElement(inputs[i], "InputLocal");
         VertexLayout layout;
         const vesk::String semantic(inputs[i]->getSemantic());
         if (inputSemanticToVertexSemantic(semantic, layout) == SEMANTIC_UNKNOWN) {
@@ -152,6 +153,7 @@ bool InputLocalOffset::createFromCollada(const daeTArray<daeSmartRef<domInputLoc
     m_offsets.clear();
     VertexLayout layout;
     for (std::size_t i = 0; i < inputs.getCount(); ++i) {
+        detail::expectElement(inputs[i], "InputLocalOffset");
         const vesk::String semantic(inputs[i]->getSemantic());
         addOffset(detail::low32(inputs[i]->getOffset()));
         if (vesk::String::compareNoCase(semantic, "VERTEX") == 0) {
@@ -194,6 +196,7 @@ void InputLocalOffset::addOffset(unsigned offset)
 void InputLocalOffset::createVertices(const daeSmartRef<domInputLocalOffset>& input)
 {
     VIDEO_TRACE("InputLocalOffset::createVertices");
+    detail::expectElement(input, "InputLocalOffset");
     const domVerticesRef vertices = detail::resolve<domVertices>(input->getSource());
     if (vertices == nullptr) {
         VIDEO_LOG("Input is not a <vertices> element ", input->getSource().fragment().c_str());

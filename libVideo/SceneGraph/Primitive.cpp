@@ -15,8 +15,16 @@ VIDEO_SOURCE_PATH("libVideo/SceneGraph/Primitive")
 
 namespace {
 
-// How many points sources may claim that no array backs.
+// How many points sources may claim that no array backs, and how many bytes these may take.
 constexpr unsigned mostUnbackedPoints = 1048576;
+constexpr unsigned mostUnbackedBytes = 67108864;
+
+unsigned mostPoints(unsigned backed, unsigned recordBytes)
+{
+    const unsigned inBytes = recordBytes == 0 ? mostUnbackedPoints : mostUnbackedBytes / recordBytes;
+    const unsigned unbacked = inBytes < mostUnbackedPoints ? inBytes : mostUnbackedPoints;
+    return backed > unbacked ? backed : unbacked;
+}
 
 } // namespace
 
@@ -135,8 +143,7 @@ bool PointCloud::createFromCollada(domVertices* const vertices)
     m_vertexStream.clear();
     m_count = input.numVertices();
     m_vertexPerPrimitive = 1;
-    const unsigned backed = input.backedVertices();
-    const unsigned most = backed > mostUnbackedPoints ? backed : mostUnbackedPoints;
+    const unsigned most = mostPoints(input.backedVertices(), m_bytesPerVertex);
     m_count = m_count < most ? m_count : most;
     for (unsigned i = 0; i < m_count; ++i) {
         m_vertexStream.appendArray(input.data(i));

@@ -121,7 +121,7 @@ public:
     PointCloud& operator=(const PointCloud&) = default;
     ~PointCloud() override;
 
-    /// As many points as the first source has records; of records that no array backs, 1,048,576 at the most.
+    /// As many points as the first source has records; of records that no array backs, 1,048,576 and 64 MiB at the most.
     /// @return false, with a line on "libVideo.primitive", for null; else true, also for an empty cloud
     /// @throws vesk::AssertionFailure if another source has fewer records
     bool createFromCollada(domVertices* const vertices);

@@ -4,6 +4,8 @@
 #include "detail/Log.h"
 
 #include <cstring>
+#include <string>
+#include <vector>
 
 namespace libVideo {
 
@@ -12,8 +14,28 @@ VIDEO_SOURCE_PATH("libVideo/SceneGraph/Texture")
 
 namespace {
 
-// The newparam that a name leads to from a profile. The profile's own are compared first: the resolver of the document
-// model searches far beyond them, and does not survive all names.
+// The first element below another, breadth first, that has a `sid`; null if there is none.
+daeElementRef findBySid(const daeElementRef& container, const std::string& sid)
+{
+    if (sid.empty()) {
+        return daeElementRef();
+    }
+    std::vector<daeElementRef> open = {container};
+    for (std::size_t i = 0; i < open.size(); ++i) {
+        const daeElementRefArray children = open[i]->getChildren();
+        for (std::size_t j = 0; j < children.getCount(); ++j) {
+            if (children[j]->getAttribute("sid") == sid) {
+                return children[j];
+            }
+            open.push_back(children[j]);
+        }
+    }
+    return daeElementRef();
+}
+
+// The newparam that a name, or a path of names, leads to from a profile. Most names are those of the profile's own
+// newparams. The resolver of the document model would find the others too, but it does not survive all names: it takes
+// some of them apart, and follows what it meets.
 domCommon_newparam_typeRef findNewparam(daeElement* profile, const char* name)
 {
     if (name == nullptr) {
@@ -28,8 +50,20 @@ domCommon_newparam_typeRef findNewparam(daeElement* profile, const char* name)
             }
         }
     }
-    daeSIDResolver resolver(profile, name, nullptr);
-    return daeSafeCast<domCommon_newparam_type>(resolver.getElement());
+    // A path starts at an element below the profile, at one of that id, or with a dot at the profile.
+    const std::string path(name);
+    std::size_t end = path.find('/');
+    const std::string start = path.substr(0, end);
+    daeElementRef element = start == "." ? daeElementRef(profile) : findBySid(profile, start);
+    if (element == nullptr && !start.empty()) {
+        element = profile->getDAE()->getDatabase()->idLookup(start, profile->getDocument());
+    }
+    while (element != nullptr && end != std::string::npos) {
+        const std::size_t next = path.find('/', end + 1);
+        element = findBySid(element, path.substr(end + 1, next == std::string::npos ? next : next - end - 1));
+        end = next;
+    }
+    return daeSafeCast<domCommon_newparam_type>(element);
 }
 
 } // namespace

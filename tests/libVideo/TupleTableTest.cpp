@@ -2,7 +2,6 @@
 
 #include <libVideo/SceneGraph/detail/TupleTable.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <map>
 #include <ostream>

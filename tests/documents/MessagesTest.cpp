@@ -1,0 +1,1187 @@
+#include "support/ColladaBuilder.h"
+#include "support/LogCapture.h"
+
+#include <vesk/Array.h>
+#include <vesk/String.h>
+
+#include <libVideo/SceneGraph/Animation.h>
+#include <libVideo/SceneGraph/Camera.h>
+#include <libVideo/SceneGraph/Geometry.h>
+#include <libVideo/SceneGraph/Instance.h>
+#include <libVideo/SceneGraph/Light.h>
+#include <libVideo/SceneGraph/Material.h>
+#include <libVideo/SceneGraph/Primitive.h>
+#include <libVideo/SceneGraph/Scene.h>
+#include <libVideo/SceneGraph/Source.h>
+#include <libVideo/SceneGraph/Texture.h>
+#include <libVideo/SceneGraph/VisualScene.h>
+
+#include <libVideo/ColladaDom.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <ostream>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+// All messages of the library in one table, each with what causes it; and whether the table has them all.
+
+namespace {
+
+using libVideo::Scene;
+using libVideo::VisualScene;
+using testSupport::ColladaBuilder;
+using testSupport::LogCapture;
+using testSupport::LogLine;
+using testSupport::TemporaryFile;
+
+// --- what causes a message ---
+
+/// What came of a load or a call, as text, and the document if there was one.
+struct Outcome {
+    std::string result;
+    std::string path;
+};
+
+std::string number(double value)
+{
+    std::string text = std::to_string(value);
+    text.erase(text.find_last_not_of('0') + 1);
+    return text.back() == '.' ? text.substr(0, text.size() - 1) : text;
+}
+
+std::string answer(bool value)
+{
+    return value ? "true" : "false";
+}
+
+using Describe = std::function<std::string(VisualScene&)>;
+
+Outcome loadText(const std::string& xml, const Describe& describe = nullptr)
+{
+    const TemporaryFile file(xml);
+    Scene scene;
+    const bool isLoaded = scene.createFromCollada(file.path().c_str());
+    return {answer(isLoaded) + (describe ? ", " + describe(scene.visualScene()) : ""), file.path()};
+}
+
+std::function<Outcome()> document(const std::string& libraries, const std::string& nodes,
+                                  const Describe& describe = nullptr)
+{
+    return [=] { return loadText(ColladaBuilder(libraries).addScene(nodes).text(), describe); };
+}
+
+/// A document of which the `<scene>` is the row's.
+std::function<Outcome()> sceneOf(const std::string& scene)
+{
+    return [=] {
+        return loadText(ColladaBuilder("<library_visual_scenes><visual_scene id='empty'/></library_visual_scenes>"
+                                       "<library_nodes><node id='n'/></library_nodes>" +
+                                       scene)
+                            .text());
+    };
+}
+
+std::function<Outcome()> host(const std::function<std::string()>& call)
+{
+    return [=] { return Outcome{call(), ""}; };
+}
+
+std::string instancesOf(VisualScene& scene)
+{
+    return std::to_string(scene.cameraList().size()) + " cameras, " + std::to_string(scene.pointLightList().size()) +
+           " points, " + std::to_string(scene.spotLightList().size()) + " spots";
+}
+
+// --- documents of animations ---
+
+// A node without id takes the animation that failed, so that no line says that it finds none.
+const std::string bareNode = "<node/>";
+
+std::string array(const std::string& kind, const std::string& id, unsigned count, const std::string& values)
+{
+    return "<" + kind + " id='" + id + "' count='" + std::to_string(count) + "'>" + values + "</" + kind + ">";
+}
+
+std::string curveInput(const std::string& semantic, const std::string& values, const std::string& accessor)
+{
+    return "<source id='" + semantic + "'>" + values + "<technique_common><accessor source='#" + semantic + "-array' " +
+           accessor + "/></technique_common></source>";
+}
+
+std::string animation(const std::string& sources, const std::string& inputs)
+{
+    return "<library_animations><animation>" + sources + "<sampler id='sampler'>" + inputs +
+           "</sampler><channel source='#sampler' target='n/t'/></animation></library_animations>";
+}
+
+std::string input(const std::string& semantic)
+{
+    return "<input semantic='" + semantic + "' source='#" + semantic + "'/>";
+}
+
+std::string floatCurve(const std::string& semantic, unsigned count, const std::string& values,
+                       const std::string& accessor)
+{
+    return curveInput(semantic, array("float_array", semantic + "-array", count, values), accessor);
+}
+
+std::string nameCurve(const std::string& semantic, const std::string& accessor)
+{
+    return curveInput(semantic, array("Name_array", semantic + "-array", 2, "LINEAR LINEAR"), accessor);
+}
+
+// --- calls for cameras and lights ---
+
+std::string camera(const std::string& optics)
+{
+    return "<camera id='bad' name='Eye'>" + optics + "</camera>";
+}
+
+std::string perspective(const std::string& parameters)
+{
+    return "<optics><technique_common><perspective>" + parameters + "</perspective></technique_common></optics>";
+}
+
+/// What the camera loader gives for an element, on an object that loaded before.
+std::function<Outcome()> loadCamera(const std::string& element)
+{
+    return host([=] {
+        ColladaBuilder builder("<library_cameras><camera id='good'>" +
+                               perspective("<xfov>90</xfov><yfov>90</yfov><znear>1</znear><zfar>5</zfar>") +
+                               "</camera>" + element + "</library_cameras>");
+        if (builder.open() == nullptr) {
+            throw std::runtime_error("the document does not open: " + builder.text());
+        }
+        libVideo::PerspectiveCamera loaded(builder.element<domCamera>("good"), builder.dae());
+        return answer(loaded.createFromCollada(builder.element<domCamera>("bad"), builder.dae()));
+    });
+}
+
+/// The result of a list builder for no document, and how many entries a filled list keeps.
+template <class Handle, class Build>
+std::string withoutDocument(const Build& build)
+{
+    vesk::Array<Handle> list;
+    list.append(Handle());
+    const unsigned result = build(list);
+    return std::to_string(result) + ", " + std::to_string(list.size()) + " kept";
+}
+
+std::string lightWith(const std::string& content)
+{
+    return "<library_lights><light id='l'><technique_common>" + content +
+           "</technique_common></light></library_lights>";
+}
+
+const std::string litNode = "<node id='n'><instance_light url='#l'/></node>";
+
+std::string pointColor(VisualScene& scene)
+{
+    const libVideo::PointLight& light = *scene.pointLightList()[0]->pointLight();
+    return number(double(light.color()[0])) + " " + number(double(light.color()[1]));
+}
+
+std::string spotColor(VisualScene& scene)
+{
+    const libVideo::SpotLight& light = *scene.spotLightList()[0]->spotLight();
+    return number(double(light.color()[0])) + " " + number(double(light.color()[1]));
+}
+
+std::string spotTarget(const std::string& target)
+{
+    return "<library_lights><light id='l'><technique_common><spot><color>1 1 1</color></spot></technique_common>"
+           "<extra><technique profile='FCOLLADA'><target>#" +
+           target + "</target></technique></extra></light></library_lights>";
+}
+
+// --- documents of geometries ---
+
+std::string geometry(const std::string& content)
+{
+    return "<library_geometries><geometry id='g'>" + content + "</geometry></library_geometries>";
+}
+
+std::string mesh(const std::string& content)
+{
+    return geometry("<mesh>" + content + "</mesh>");
+}
+
+std::string triangles(const std::string& inputs, const std::string& rest = "<p>0 0 0</p>", unsigned count = 1)
+{
+    return "<triangles count='" + std::to_string(count) + "'>" + inputs + rest + "</triangles>";
+}
+
+std::string pick(const std::string& semantic, const std::string& source)
+{
+    return "<input semantic='" + semantic + "' source='#" + source + "' offset='0'/>";
+}
+
+std::string source(const std::string& content, const std::string& id = "s")
+{
+    return "<source id='" + id + "'>" + content + "</source>";
+}
+
+std::string accessor(const std::string& attributes, const std::string& params)
+{
+    return "<technique_common><accessor " + attributes + ">" + params + "</accessor></technique_common>";
+}
+
+const std::string xyz = "<param name='X' type='float'/><param name='Y' type='float'/><param name='Z' type='float'/>";
+const std::string place = array("float_array", "s-array", 3, "1 2 3");
+const std::string goodSource = source(place + accessor("source='#s-array' count='1' stride='3'", xyz));
+const std::string position = pick("POSITION", "s");
+const std::string shownNode = "<node id='n'><instance_geometry url='#g'/></node>";
+
+std::string primitives(VisualScene& scene)
+{
+    const auto* const bucket = scene.geometryTable().lookup("g");
+    if (bucket == nullptr) {
+        return "no geometry";
+    }
+    std::string text;
+    for (const auto& primitive : bucket->value->mesh().primitives()) {
+        text += (text.empty() ? "" : ", ") + std::to_string(primitive->count()) + " of " +
+                std::to_string(primitive->totalByteSize()) + " bytes";
+    }
+    return text;
+}
+
+std::function<Outcome()> meshOf(const std::string& content)
+{
+    return document(mesh(content), shownNode, primitives);
+}
+
+/// What making a source by reference gives.
+std::function<Outcome()> makeSource(const std::string& content, const std::string& reference = "#s")
+{
+    return host([=] {
+        ColladaBuilder builder(
+            mesh(content + "<vertices id='v'><input semantic='POSITION' source='" + reference + "'/></vertices>"));
+        if (builder.open() == nullptr) {
+            throw std::runtime_error("the document does not open: " + builder.text());
+        }
+        const domVertices* const vertices = builder.element<domVertices>("v");
+        const auto made = libVideo::createSourceFromCollada(vertices->getInput_array()[0]->getSource());
+        return std::string(made ? "a source" : "empty");
+    });
+}
+
+// --- documents of materials ---
+
+std::string effect(const std::string& newparams, const std::string& diffuse)
+{
+    return "<library_materials><material id='m'><instance_effect url='#e'/></material></library_materials>"
+           "<library_effects><effect id='e'><profile_COMMON>" +
+           newparams + "<technique sid='t'><blinn><diffuse>" + diffuse +
+           "</diffuse></blinn></technique></profile_COMMON></effect></library_effects>";
+}
+
+std::string samplerAnd(const std::string& surface)
+{
+    return "<newparam sid='surface'><surface type='2D'>" + surface +
+           "</surface></newparam><newparam sid='sampler'><sampler2D><source>surface</source></sampler2D></newparam>";
+}
+
+std::string material(VisualScene& scene)
+{
+    const auto* const bucket = scene.blinnMaterialTable().lookup("skin");
+    if (bucket == nullptr) {
+        return "no material";
+    }
+    const libVideo::BlinnMaterial::Component& component = bucket->value->component();
+    return "diffuse " + number(double(component.diffuse[0])) + " " + number(double(component.diffuse[1])) +
+           (component.diffuseTexture ? ", texture '" + std::string(component.diffuseTexture->textureFile().data()) + "'"
+                                     : "");
+}
+
+const std::string texture = "<texture texture='sampler' texcoord='UV'/>";
+
+std::function<Outcome()> materialOf(const std::string& newparams, const std::string& diffuse)
+{
+    return document(mesh(goodSource + triangles(position)) + effect(newparams, diffuse),
+                    "<node id='n'><instance_geometry url='#g'><bind_material><technique_common>"
+                    "<instance_material symbol='skin' target='#m'/></technique_common></bind_material>"
+                    "</instance_geometry></node>",
+                    material);
+}
+
+// --- the table ---
+
+struct Message {
+    const char* name;
+    const char* channel;               ///< without "libVideo."
+    const char* pattern;               ///< the words, with "{}" for each value
+    std::vector<std::string> values;   ///< "$FILE" stands for the path of the document
+    std::function<Outcome()> cause;    ///< none if nothing leads there
+    const char* result;                ///< of the cause; without one, why there is none
+    std::vector<std::string> others{}; ///< the words of further lines, in order
+};
+
+void PrintTo(const Message& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+std::vector<Message> animationMessages()
+{
+    const std::string times = floatCurve("INPUT", 2, "1 2", "count='2'");
+    return {
+        {"AnimationListWithoutADocument",
+         "animation",
+         "Cannot create an animation list from a NULL domCOLLADA pointer",
+         {},
+         host([] {
+             return withoutDocument<libVideo::AnimationHandle>([](auto& list) {
+                 DAE dae(nullptr, nullptr, "1.4.1");
+                 return libVideo::createAnimationListFromCollada(nullptr, dae, list);
+             });
+         }),
+         "0, 1 kept"},
+        {"AnimationWithoutAChannel",
+         "animation",
+         "Cannot create an animation without a channel element.",
+         {},
+         document("<library_animations><animation/></library_animations>", bareNode),
+         "true"},
+        {"AnimationFromNothing",
+         "animation",
+         "Cannot create an animation without a channel that points to a valid sampler element.",
+         {},
+         document("<library_animations><animation><channel source='#nowhere' target='n/t'/></animation>"
+                  "</library_animations>",
+                  bareNode),
+         "true"},
+        {"AnimationFromANode",
+         "animation",
+         "Cannot create an animation without a channel that points to a valid sampler element.",
+         {},
+         document("<library_animations><animation><channel source='#n' target='n/t'/></animation>"
+                  "</library_animations>",
+                  bareNode + "<node id='n'/>"),
+         "true"},
+        {"AnimationWithoutAnInput",
+         "animation",
+         "Cannot create an animation without any input.",
+         {},
+         document(animation("", ""), bareNode),
+         "true"},
+        {"AnimationOfDifferentCounts",
+         "animation",
+         "Cannot create an animation because the counts of all the inputs do not match.",
+         {},
+         document(animation(times + floatCurve("OUTPUT", 3, "1 2 3", "count='3'"), input("INPUT") + input("OUTPUT")),
+                  bareNode),
+         "true"},
+        {"AnimationBeyondItsArray",
+         "animation",
+         "Cannot create an animation because an array is shorter than its accessor says.",
+         {},
+         document(animation(floatCurve("INPUT", 2, "1 2", "count='3'"), input("INPUT")), bareNode),
+         "true"},
+        {"AnimationOfColors",
+         "animation",
+         "Cannot create a float evolution input from: {}",
+         {"3"},
+         document(animation(floatCurve("COLOR", 2, "1 2", "count='2'"), input("COLOR")), bareNode),
+         "true"},
+        {"AnimationOfUnknownFloats",
+         "animation",
+         "Cannot create a float evolution input from: {}",
+         {"15"},
+         document(animation(floatCurve("SPEED", 2, "1 2", "count='2'"), input("SPEED")), bareNode),
+         "true"},
+        {"AnimationOfNamesAsTimes",
+         "animation",
+         "Cannot create a name evolution input from: {}, with a stride of: {}",
+         {"10", "1"},
+         document(animation(nameCurve("INPUT", "count='2'"), input("INPUT")), bareNode),
+         "true"},
+        {"AnimationOfNamesInPairs",
+         "animation",
+         "Cannot create a name evolution input from: {}, with a stride of: {}",
+         {"12", "2"},
+         document(animation(nameCurve("INTERPOLATION", "count='1' stride='2'"), input("INTERPOLATION")), bareNode),
+         "true"},
+    };
+}
+
+std::vector<Message> cameraAndLightMessages()
+{
+    return {
+        {"CameraWithoutACommonTechnique",
+         "camera",
+         "Camera {} does not have a common technique",
+         {"Eye"},
+         loadCamera(camera("<optics/>")),
+         "false"},
+        {"CameraWithoutOptics",
+         "camera",
+         "Camera {} does not have a common technique",
+         {"Eye"},
+         loadCamera(camera("")),
+         "false"},
+        {"CameraWithoutPerspective",
+         "camera",
+         "Camera {} does not have perspective optics",
+         {"Eye"},
+         loadCamera(camera("<optics><technique_common/></optics>")),
+         "false"},
+        {"CameraWithoutNearPlane",
+         "camera",
+         "Camera {} does not have near plane data",
+         {"Eye"},
+         loadCamera(camera(perspective("<xfov>90</xfov><yfov>90</yfov><zfar>5</zfar>"))),
+         "false"},
+        {"CameraWithoutFarPlane",
+         "camera",
+         "Camera {} does not have far plane data",
+         {"Eye"},
+         loadCamera(camera(perspective("<xfov>90</xfov><yfov>90</yfov><znear>5</znear>"))),
+         "false"},
+        {"CameraOfOneAngle",
+         "camera",
+         "Camera :{} does not have required aspect ratio data",
+         {"Eye"},
+         document("<library_cameras>" + camera(perspective("<xfov>90</xfov><znear>1</znear><zfar>5</zfar>")) +
+                      "</library_cameras>",
+                  "<node/>"),
+         "true"},
+        {"CameraOfNoAngle",
+         "camera",
+         "Camera :{} does not have required aspect ratio data",
+         {""},
+         document("<library_cameras><camera id='bad'>" + perspective("<znear>1</znear><zfar>5</zfar>") +
+                      "</camera></library_cameras>",
+                  "<node/>"),
+         "true"},
+        {"CameraListWithoutADocument",
+         "camera",
+         "Cannot create a camera list from a NULL domCOLLADA pointer",
+         {},
+         host([] {
+             return withoutDocument<libVideo::CameraHandle>([](auto& list) {
+                 DAE dae(nullptr, nullptr, "1.4.1");
+                 return libVideo::createCameraListFromCollada(nullptr, dae, list);
+             });
+         }),
+         "0, 1 kept"},
+        {"PointLightListWithoutADocument",
+         "light",
+         "Cannot create a camera list from a NULL domCOLLADA pointer",
+         {},
+         host([] {
+             return withoutDocument<libVideo::PointLightHandle>(
+                 [](auto& list) { return libVideo::createPointLightListFromCollada(nullptr, list); });
+         }),
+         "0, 1 kept"},
+        {"SpotLightListWithoutADocument",
+         "light",
+         "Cannot create a camera list from a NULL domCOLLADA pointer",
+         {},
+         host([] {
+             return withoutDocument<libVideo::SpotLightHandle>([](auto& list) {
+                 DAE dae(nullptr, nullptr, "1.4.1");
+                 return libVideo::createSpotLightListFromCollada(nullptr, dae, list);
+             });
+         }),
+         "0, 1 kept"},
+        {"PointLightWithoutColor",
+         "light",
+         "PointLight has no color component",
+         {},
+         document(lightWith("<point/>"), litNode, pointColor),
+         "true, 1 1"},
+        {"SpotLightWithoutColor",
+         "light",
+         "SpotLight has no color component",
+         {},
+         document(lightWith("<spot/>"), litNode + "<node/>", spotColor),
+         "true, 1 1"},
+        {"PointLightOfTwoColors",
+         "light",
+         "Color has fewer than three values",
+         {},
+         document(lightWith("<point><color>0.5 0.25</color></point>"), litNode, pointColor),
+         "true, 1 1"},
+        {"SpotLightOfTwoColors",
+         "light",
+         "Color has fewer than three values",
+         {},
+         document(lightWith("<spot><color>0.5 0.25</color></spot>"), litNode + "<node/>", spotColor),
+         "true, 1 1"},
+    };
+}
+
+std::vector<Message> instanceMessages()
+{
+    const std::string eye = perspective("<xfov>90</xfov><yfov>90</yfov><znear>1</znear><zfar>5</zfar>");
+    const auto library = [&eye](const std::string& extra) {
+        return "<library_cameras><camera id='eye'>" + eye + extra + "</camera></library_cameras>";
+    };
+    const std::string viewer = "<node id='n'><instance_camera url='#eye'/></node>";
+    return {
+        {"CameraInstanceOfNothing",
+         "instance",
+         "domInstance_camera does not point to a camera element",
+         {},
+         document("", "<node id='n'><instance_camera url='#nowhere'/></node>", instancesOf),
+         "true, 0 cameras, 0 points, 0 spots"},
+        {"CameraInstanceOfANode",
+         "instance",
+         "Cannot find camera source {} for this instance",
+         {"n"},
+         document("", "<node id='n'><instance_camera url='#n'/></node>", instancesOf),
+         "true, 0 cameras, 0 points, 0 spots"},
+        {"CameraInstanceThatLooksAtNothing",
+         "instance",
+         "Cannot find lookat node {} from camera list",
+         {""},
+         document(library(""), viewer, instancesOf),
+         "true, 1 cameras, 0 points, 0 spots"},
+        {"CameraInstanceThatLooksAtAnotherCase",
+         "instance",
+         "Cannot find lookat node {} from camera list",
+         {"N"},
+         document(library("<extra><technique profile='FCOLLADA'><target>#N</target></technique></extra>"), viewer,
+                  instancesOf),
+         "true, 1 cameras, 0 points, 0 spots"},
+        {"SpotInstanceThatLooksAtNothing",
+         "instance",
+         "Cannot resolve lookAtNode with id {}",
+         {""},
+         document(lightWith("<spot><color>1 1 1</color></spot>"), litNode, instancesOf),
+         "true, 0 cameras, 0 points, 1 spots"},
+        {"SpotInstanceThatLooksAtAnotherCase",
+         "instance",
+         "Cannot resolve lookAtNode with id {}",
+         {"N"},
+         document(spotTarget("N"), litNode, instancesOf),
+         "true, 0 cameras, 0 points, 1 spots"},
+        {"DirectionOfASpotInstanceWithoutNodes",
+         "instance",
+         "SpotLightInstace does not have valid internal nodes",
+         {},
+         host([] {
+             const auto direction = libVideo::SpotLightInstance().lookAtVector();
+             return number(double(direction[0])) + " " + number(double(direction[1])) + " " +
+                    number(double(direction[2]));
+         }),
+         "0 0 0"},
+    };
+}
+
+std::vector<Message> sourceMessages()
+{
+    const std::string noValues = array("float_array", "s-array", 0, "");
+    return {
+        {"AccessorOfNothing",
+         "accessor",
+         "Data source is not a float array {}",
+         {"#nowhere"},
+         meshOf(source(place + accessor("source='#nowhere' count='1' stride='3'", xyz)) +
+                triangles(position, "<p/>", 0)),
+         "true, 0 of 0 bytes"},
+        {"AccessorOfNames",
+         "accessor",
+         "Data source is not a float array {}",
+         {"Name_array"},
+         meshOf(source(place + accessor("source='#names' count='1' stride='3'", xyz)) +
+                source(array("Name_array", "names", 1, "A"), "other") + triangles(position, "<p/>", 0)),
+         "true, 0 of 0 bytes"},
+        {"AccessorBeyondItsArray",
+         "accessor",
+         "Accessor reaches beyond its float array",
+         {},
+         meshOf(source(place + accessor("source='#s-array' count='2' stride='3'", xyz)) + triangles(position)),
+         "true, 1 of 12 bytes"},
+        {"AccessorWithoutData",
+         "accessor",
+         "No data to read from the accessor",
+         {},
+         meshOf(source(place + accessor("source='#nowhere' count='1' stride='3'", xyz)) + triangles(position)),
+         "true, 1 of 0 bytes",
+         {"Data source is not a float array #nowhere"}},
+        {"SourceOfNothing", "source", "Element {} is not a source", {"#nowhere"}, makeSource("", "#nowhere"), "empty"},
+        {"SourceThatIsVertices", "source", "Element {} is not a source", {"v"}, makeSource("", "#v"), "empty"},
+        {"SourceWithoutAnArray", "source", "Source has no float array", {}, makeSource(source("")), "empty"},
+        {"SourceLoadedWithoutAnArray",
+         "source",
+         "Source has no float array",
+         {},
+         host([] {
+             ColladaBuilder builder(mesh(source("")));
+             builder.open();
+             libVideo::SourceFloat loaded;
+             return answer(loaded.createFromCollada(builder.element<domSource>("s")));
+         }),
+         "false"},
+        {"SourceOfNoValuesWithoutATechnique",
+         "source",
+         "Not interested in <source> that has no data and accessors",
+         {},
+         makeSource(source(noValues)),
+         "empty"},
+        {"SourceOfNoValuesWithoutParams",
+         "source",
+         "Not interested in <accessor> that has no param",
+         {},
+         makeSource(source(noValues + accessor("source='#s-array' count='1'", ""))),
+         "empty"},
+        {"SourceOfNoValuesOfAnotherType",
+         "source",
+         "Cannot instantiate a Source object with type {}",
+         {"int"},
+         makeSource(source(noValues + accessor("source='#s-array' count='1'", "<param name='X' type='int'/>"))),
+         "empty"},
+        {"SourceOfAnOddStride",
+         "source",
+         "Does not have a matching float data type for stride {}",
+         {"5"},
+         makeSource(source(array("float_array", "s-array", 5, "1 2 3 4 5") +
+                           accessor("source='#s-array' count='1' stride='5'", xyz))),
+         "a source"},
+    };
+}
+
+std::vector<Message> geometryMessages()
+{
+    return {
+        {"GeometryThatIsNoMesh",
+         "geometry",
+         "Program does not handle geometry type other than meshes right now.",
+         {},
+         document(geometry("<spline><control_vertices><input semantic='POSITION' source='#s'/></control_vertices>"
+                           "</spline>"),
+                  shownNode, primitives),
+         "true, no geometry"},
+        {"MeshThatFails",
+         "geometry",
+         "Mesh instantiation failed",
+         {},
+         nullptr,
+         "a mesh without <triangles> and <lines> counts one point cloud, whether that loads or not, so that no mesh "
+         "comes out with nothing to show"},
+        {"VerticesOfAnUnknownSemantic",
+         "input",
+         "Does not recognize input semantic {}",
+         {"SPEED"},
+         meshOf(goodSource + "<vertices id='v'>" + input("SPEED") +
+                "<input semantic='POSITION' source='#s'/></vertices>"),
+         "true, 1 of 12 bytes"},
+        {"VerticesOfAnInvalidType",
+         "input",
+         "Cannot use an invalid type in a vertex layout",
+         {},
+         nullptr,
+         "a source that is made from a document is of a float type from its start, also when its accessor fails or "
+         "has an odd stride; only one made without an element is of the invalid type, and nothing takes such a one"},
+        {"VerticesWithoutASource",
+         "input",
+         "createFromCollada failed",
+         {},
+         meshOf("<vertices id='v'/>"),
+         "true, 0 of 0 bytes"},
+        {"TrianglesOfAnUnknownSemantic",
+         "input",
+         "Does not recognize input semantic {}",
+         {"SPEED"},
+         meshOf(goodSource + triangles(position + pick("SPEED", "s"))),
+         "true, 1 of 12 bytes"},
+        {"TrianglesOfASourceThatIsNone",
+         "input",
+         "Does not have a class representation for source {}",
+         {"nowhere"},
+         meshOf(goodSource + triangles(position + pick("NORMAL", "nowhere"))),
+         "true, 1 of 12 bytes",
+         {"Element #nowhere is not a source"}},
+        {"TrianglesOfVerticesThatAreNone",
+         "input",
+         "Input is not a <vertices> element {}",
+         {"s"},
+         meshOf(goodSource + triangles(position + pick("VERTEX", "s"))),
+         "true, 1 of 12 bytes"},
+        {"TrianglesOfVerticesThatAreNowhere",
+         "input",
+         "Input is not a <vertices> element {}",
+         {"nowhere"},
+         meshOf(goodSource + triangles(position + pick("VERTEX", "nowhere"))),
+         "true, 1 of 12 bytes"},
+        {"TrianglesWithoutASource",
+         "input",
+         "createFromCollada failed",
+         {},
+         meshOf(goodSource + triangles(pick("SPEED", "s"))),
+         "true, 1 of 0 bytes",
+         {"Does not recognize input semantic SPEED"}},
+        {"TrianglesThatAreNull",
+         "primitive",
+         "NULL domTriangles passed in",
+         {},
+         host([] { return answer(libVideo::TriangleList().createFromCollada(nullptr)); }),
+         "false"},
+        {"TrianglesWithoutAnInput",
+         "primitive",
+         "Skipping <triangles> element with no vertex description",
+         {},
+         meshOf(goodSource + triangles("")),
+         "true, 0 of 0 bytes"},
+        {"TrianglesOfFewerIndices",
+         "primitive",
+         "Triangles have fewer indices than their count",
+         {},
+         meshOf(goodSource + triangles(position, "<p>0 0 0</p>", 2)),
+         "true, 1 of 12 bytes"},
+        {"TrianglesWithoutIndices",
+         "primitive",
+         "Triangles have fewer indices than their count",
+         {},
+         meshOf(goodSource + triangles(position, "")),
+         "true, 0 of 0 bytes"},
+        {"VerticesThatAreNull", "primitive", "NULL domVertices passed", {}, meshOf(""), "true, 0 of 0 bytes"},
+    };
+}
+
+std::vector<Message> materialMessages()
+{
+    return {
+        {"BlinnThatIsNull",
+         "material",
+         "Null domBlinnRef passed into function",
+         {},
+         host([] {
+             libVideo::BlinnMaterial made;
+             made.createFromCollada(daeSmartRef<domProfile_COMMON::domTechnique::domBlinn>(), nullptr);
+             return "diffuse " + number(double(made.component().diffuse[0]));
+         }),
+         "diffuse 1"},
+        {"PhongThatIsNull",
+         "material",
+         "Null domBlinnRef passed into function",
+         {},
+         host([] {
+             libVideo::BlinnMaterial made;
+             made.createFromCollada(daeSmartRef<domProfile_COMMON::domTechnique::domPhong>(), nullptr);
+             return "diffuse " + number(double(made.component().diffuse[0]));
+         }),
+         "diffuse 1"},
+        {"MaterialOfTwoColors",
+         "material",
+         "Color has fewer than three values",
+         {},
+         materialOf("", "<color>0.5 0.25</color>"),
+         "true, diffuse 1 1"},
+        {"MaterialOfATextureThatIsNone",
+         "material",
+         "Unable to initialize texture",
+         {},
+         materialOf("", texture),
+         "true, diffuse 1 1, texture ''"},
+        {"TextureWithoutAnInitializer",
+         "texture",
+         "Texture has no surface initiailzer",
+         {},
+         materialOf(samplerAnd(""), texture),
+         "true, diffuse 1 1, texture ''"},
+        {"TextureWithoutASurface",
+         "texture",
+         "Texture has no surface initiailzer",
+         {},
+         materialOf("<newparam sid='surface'><float>1</float></newparam>"
+                    "<newparam sid='sampler'><sampler2D><source>surface</source></sampler2D></newparam>",
+                    texture),
+         "true, diffuse 1 1, texture ''"},
+        {"TextureOfAnImageThatIsNone",
+         "texture",
+         "Surface initializer has no <init_from> child",
+         {},
+         materialOf(samplerAnd("<init_from>nowhere</init_from>"), texture),
+         "true, diffuse 1 1, texture ''"},
+    };
+}
+
+std::vector<Message> sceneMessages()
+{
+    return {
+        {"SceneOfNoFile",
+         "scene",
+         "Collada file does not exist {}",
+         {"/no such folder/a.dae"},
+         host([] { return answer(Scene().createFromCollada("/no such folder/a.dae")); }),
+         "false"},
+        {"SceneOfNoDocument",
+         "scene",
+         "Collada file does not exist {}",
+         {"$FILE"},
+         [] { return loadText("text"); },
+         "false"},
+        {"SceneWithoutADefinition",
+         "scene",
+         "Collada file does not have a scene definition {}",
+         {"$FILE"},
+         sceneOf(""),
+         "false"},
+        {"SceneWithoutAVisualScene", "scene", "Scene does not have a visual scene", {}, sceneOf("<scene/>"), "false"},
+        {"SceneOfNothing",
+         "scene",
+         "Url {} does not point to a collada element",
+         {"file:$FILE#nowhere"},
+         sceneOf("<scene><instance_visual_scene url='#nowhere'/></scene>"),
+         "false"},
+        {"SceneOfANode",
+         "scene",
+         "daeElement is not a domVisual_scene element",
+         {},
+         sceneOf("<scene><instance_visual_scene url='#n'/></scene>"),
+         "false"},
+        {"SceneThatIsLoaded",
+         "scene",
+         "Scene is already loaded",
+         {},
+         host([] {
+             const TemporaryFile file(ColladaBuilder().addScene("<node id='n'/>").text());
+             Scene scene;
+             const bool first = scene.createFromCollada(file.path().c_str());
+             return answer(first) + ", " + answer(scene.createFromCollada(file.path().c_str()));
+         }),
+         "true, false"},
+        {"VisualSceneWithoutNodes",
+         "visualScene",
+         "Visual scene has no visual nodes",
+         {},
+         sceneOf("<scene><instance_visual_scene url='#empty'/></scene>"),
+         "false"},
+        {"VisualSceneWithoutResources",
+         "visualScene",
+         "Cannot create using an empty scene resources",
+         {},
+         host([] {
+             ColladaBuilder builder;
+             builder.addScene("<node id='n'/>").open();
+             VisualScene scene;
+             return answer(
+                 scene.createFromCollada(*builder.element<domVisual_scene>("scene"), libVideo::SceneResourcesLink()));
+         }),
+         "false"},
+        {"VisualSceneThatIsLoaded",
+         "visualScene",
+         "Visual scene is already loaded",
+         {},
+         host([] {
+             ColladaBuilder builder;
+             builder.addScene("<node id='n'/>").open();
+             const domVisual_scene& element = *builder.element<domVisual_scene>("scene");
+             libVideo::SceneResources pool;
+             VisualScene scene;
+             const bool first = scene.createFromCollada(element, libVideo::SceneResourcesLink(&pool));
+             const bool second = scene.createFromCollada(element, libVideo::SceneResourcesLink(&pool));
+             return answer(first) + ", " + answer(second);
+         }),
+         "true, false"},
+        {"LightInstanceOfNothing",
+         "visualScene",
+         "domInstance_light does not point to a light element",
+         {},
+         document(lightWith("<point><color>1 1 1</color></point>"),
+                  "<node id='n'><instance_light url='#nowhere'/><instance_light url='#l'/></node>", instancesOf),
+         "true, 0 cameras, 0 points, 0 spots"},
+        {"LightInstanceOfANode",
+         "visualScene",
+         "Element is not a light",
+         {},
+         document(lightWith("<point><color>1 1 1</color></point>"),
+                  "<node id='n'><instance_light url='#n'/><instance_light url='#l'/></node>", instancesOf),
+         "true, 0 cameras, 0 points, 0 spots"},
+        {"GeometryInstanceOfNothing",
+         "visualScene",
+         "Not a geometry element",
+         {},
+         document(mesh(goodSource + triangles(position)),
+                  "<node id='n'><instance_geometry url='#nowhere'/><instance_geometry url='#g'/></node>", primitives),
+         "true, 1 of 12 bytes"},
+        {"GeometryInstanceOfANode",
+         "visualScene",
+         "Not a geometry element",
+         {},
+         document("", "<node id='n'><instance_geometry url='#n'/></node>", primitives),
+         "true, no geometry"},
+        {"GeometryThatIsShownTwice",
+         "visualScene",
+         "Unable to initialize geometry instance",
+         {},
+         document(mesh(goodSource + triangles(position)), shownNode + "<node><instance_geometry url='#g'/></node>",
+                  primitives),
+         "true, 1 of 12 bytes"},
+        {"AnimationWithoutItsTarget",
+         "visualScene",
+         "Unable to find the animation's target node with id: {}",
+         {"n"},
+         document(animation(floatCurve("INPUT", 2, "1 2", "count='2'"), input("INPUT")), "<node id='other'/>"),
+         "true"},
+        {"AnimationThatFailedWithoutABareNode",
+         "visualScene",
+         "Unable to find the animation's target node with id: {}",
+         {""},
+         document("<library_animations><animation/></library_animations>", "<node id='n'/>"),
+         "true",
+         {"Cannot create an animation without a channel element."}},
+    };
+}
+
+const std::vector<Message>& messages()
+{
+    static const std::vector<Message> all = [] {
+        std::vector<Message> rows;
+        for (const auto& part : {animationMessages(), cameraAndLightMessages(), instanceMessages(), sourceMessages(),
+                                 geometryMessages(), materialMessages(), sceneMessages()}) {
+            rows.insert(rows.end(), part.begin(), part.end());
+        }
+        return rows;
+    }();
+    return all;
+}
+
+void replaceAll(std::string& text, const std::string& from, const std::string& to)
+{
+    for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
+        text.replace(at, from.size(), to);
+    }
+}
+
+std::string channelOf(const Message& row)
+{
+    return std::string("libVideo.") + row.channel;
+}
+
+// The pattern with the values in their places.
+std::string wordsOf(const Message& row, const std::string& path)
+{
+    std::string words;
+    std::string rest = row.pattern;
+    for (std::string value : row.values) {
+        replaceAll(value, "$FILE", path);
+        const std::size_t hole = rest.find("{}");
+        words += rest.substr(0, hole) + value;
+        rest = rest.substr(hole + 2);
+    }
+    return words + rest;
+}
+
+class MessagesTest : public testing::TestWithParam<Message> {};
+
+TEST_P(MessagesTest, IsLoggedOnceWithItsWordsOnItsChannel)
+{
+    const Message& row = GetParam();
+    const LogCapture log;
+    const Outcome outcome = row.cause();
+    EXPECT_EQ(row.result, outcome.result);
+
+    const std::string words = wordsOf(row, outcome.path);
+    std::vector<std::string> others;
+    unsigned found = 0;
+    for (const LogLine& line : log.lines()) {
+        EXPECT_EQ(3, line.priority) << line.text;
+        if (line.channel == channelOf(row) && line.words() == words) {
+            ++found;
+        } else {
+            others.push_back(line.words());
+        }
+    }
+    EXPECT_EQ(1u, found) << "'" << words << "' in\n" << log.text();
+    EXPECT_EQ(row.others, others);
+}
+
+std::vector<Message> reachable()
+{
+    std::vector<Message> rows;
+    std::copy_if(messages().begin(), messages().end(), std::back_inserter(rows),
+                 [](const Message& row) { return row.cause != nullptr; });
+    return rows;
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, MessagesTest, testing::ValuesIn(reachable()),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+// --- whether the table is complete ---
+
+/// A log statement of a source file.
+struct Statement {
+    std::string file;
+    unsigned line;
+    std::string channel;
+    std::string pattern; ///< its literals, with "{}" for each other piece
+
+    std::string place() const { return file + ":" + std::to_string(line) + ": " + pattern; }
+};
+
+std::string readFile(const std::filesystem::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+// Comments and preprocessor lines become blanks, of the same length.
+std::string withoutComments(std::string text)
+{
+    std::size_t start = 0;
+    while (start < text.size()) {
+        std::size_t end = std::min(text.find('\n', start), text.size());
+        const std::size_t first = text.find_first_not_of(" \t", start);
+        if (first < end && (text[first] == '#' || text.compare(first, 2, "//") == 0)) {
+            while (end < text.size() && text[end - 1] == '\\') { // a macro goes on
+                end = std::min(text.find('\n', end + 1), text.size());
+            }
+            std::replace_if(
+                text.begin() + static_cast<std::ptrdiff_t>(first), text.begin() + static_cast<std::ptrdiff_t>(end),
+                [](char c) { return c != '\n'; }, ' ');
+        }
+        start = end + 1;
+    }
+    return text;
+}
+
+// The text of the literal whose first quote stands at `at`, which moves behind its last one.
+std::string literal(const std::string& text, std::size_t& at)
+{
+    std::string value;
+    for (++at; at < text.size() && text[at] != '"'; ++at) {
+        if (text[at] == '\\') {
+            ++at;
+        }
+        value += text.at(at);
+    }
+    ++at;
+    return value;
+}
+
+// The pieces of a statement, whose first one starts at `at`.
+std::string patternAt(const std::string& text, std::size_t at)
+{
+    std::string pattern;
+    std::string literals;
+    bool isLiteral = true;
+    unsigned depth = 0;
+    while (at < text.size()) {
+        const char c = text[at];
+        if (c == '"') {
+            literals += literal(text, at);
+            continue;
+        }
+        const bool isEnd = depth == 0 && c == ')';
+        if (isEnd || (depth == 0 && c == ',')) {
+            pattern += isLiteral ? literals : "{}";
+            literals.clear();
+            isLiteral = true;
+            if (isEnd) {
+                return pattern;
+            }
+        } else if (std::isspace(static_cast<unsigned char>(c)) == 0) {
+            isLiteral = false;
+            depth += c == '(' || c == '[' || c == '{' ? 1 : 0;
+            depth -= c == ')' || c == ']' || c == '}' ? 1 : 0;
+        }
+        ++at;
+    }
+    throw std::runtime_error("a log statement has no end");
+}
+
+std::vector<Statement> statements()
+{
+    static const std::string statement = "VIDEO_LOG(";
+    static const std::string naming = "VIDEO_LOG_CHANNEL(";
+    std::vector<Statement> found;
+    for (const auto& entry :
+         std::filesystem::recursive_directory_iterator(std::filesystem::path(LIBVIDEO_SOURCE_DIR) / "SceneGraph")) {
+        const std::string ending = entry.path().extension().string();
+        if (ending != ".cpp" && ending != ".h") {
+            continue;
+        }
+        const std::string text = withoutComments(readFile(entry.path()));
+        std::string channel;
+        if (const std::size_t name = text.find(naming); name != std::string::npos) {
+            std::size_t quote = name + naming.size();
+            channel = literal(text, quote);
+        }
+        for (std::size_t at = text.find(statement); at != std::string::npos; at = text.find(statement, at + 1)) {
+            const auto line = 1 + std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(at), '\n');
+            found.push_back({entry.path().filename().string(), static_cast<unsigned>(line), channel,
+                             patternAt(text, at + statement.size())});
+        }
+    }
+    return found;
+}
+
+bool isOf(const Message& row, const Statement& statement)
+{
+    return channelOf(row) == statement.channel && row.pattern == statement.pattern;
+}
+
+TEST(MessageTableTest, EveryStatementOfTheSourcesHasARow)
+{
+    const std::vector<Statement> all = statements();
+    ASSERT_LT(50u, all.size()) << "the sources are not where they are looked for: " << LIBVIDEO_SOURCE_DIR;
+    for (const Statement& statement : all) {
+        EXPECT_TRUE(std::any_of(messages().begin(), messages().end(), [&](const Message& row) {
+            return isOf(row, statement);
+        })) << statement.place();
+    }
+}
+
+TEST(MessageTableTest, EveryRowHasAStatementInTheSources)
+{
+    const std::vector<Statement> all = statements();
+    for (const Message& row : messages()) {
+        EXPECT_TRUE(std::any_of(all.begin(), all.end(), [&](const Statement& statement) {
+            return isOf(row, statement);
+        })) << row.name;
+    }
+}
+
+TEST(MessageTableTest, EveryStatementIsReachedButThoseThatAreMarked)
+{
+    // The number in front of a line is that of its statement, which tells apart those of the same words.
+    std::set<std::pair<std::string, std::string>> reached;
+    {
+        const LogCapture log;
+        for (const Message& row : reachable()) {
+            row.cause();
+        }
+        for (const LogLine& line : log.lines()) {
+            reached.insert({line.channel, line.text.substr(0, line.text.find(' '))});
+        }
+    }
+    for (const Statement& statement : statements()) {
+        const bool isMarked = std::any_of(messages().begin(), messages().end(), [&](const Message& row) {
+            return row.cause == nullptr && isOf(row, statement);
+        });
+        const bool isReached = reached.count({statement.channel, std::to_string(statement.line)}) > 0;
+        EXPECT_EQ(!isMarked, isReached) << statement.place();
+    }
+}
+
+TEST(MessageTableTest, NothingIsLoggedPastTheStatement)
+{
+    // Else the table could be short of a message without a word of it.
+    for (const auto& entry :
+         std::filesystem::recursive_directory_iterator(std::filesystem::path(LIBVIDEO_SOURCE_DIR) / "SceneGraph")) {
+        if (entry.path().filename() == "Log.h" || !entry.is_regular_file()) {
+            continue;
+        }
+        const std::string text = withoutComments(readFile(entry.path()));
+        for (const char* const direct : {"LoggerStream", "createLogger", "->log("}) {
+            EXPECT_EQ(std::string::npos, text.find(direct)) << entry.path() << ": " << direct;
+        }
+    }
+}
+
+} // namespace

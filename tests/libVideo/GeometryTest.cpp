@@ -1,0 +1,652 @@
+#include "support/ColladaBuilder.h"
+#include "support/FailingAllocator.h"
+#include "support/LogCapture.h"
+#include "support/PrivateAccess.h"
+
+#include <vesk/Array.h>
+#include <vesk/Exception.h>
+#include <vesk/SharedResource.h>
+#include <vesk/String.h>
+
+#include <libVideo/SceneGraph/Geometry.h>
+#include <libVideo/SceneGraph/Node.h>
+#include <libVideo/SceneGraph/Primitive.h>
+
+#include <libVideo/ColladaDom.h>
+
+#include <memory>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using libVideo::Geometry;
+using libVideo::Mesh;
+using libVideo::Node;
+using libVideo::Primitive;
+using testSupport::ColladaBuilder;
+using testSupport::FailingAllocator;
+using testSupport::LogCapture;
+using testSupport::LogLine;
+
+using GeometryRef = daeSmartRef<domGeometry>;
+using NodeHandle = vesk::SharedResource<vesk::PointerStorage<Node, 0, 3>, 0>;
+using NodeList = vesk::Array<NodeHandle>;
+using PrimitiveHandle = vesk::SharedResource<vesk::PointerStorage<Primitive, 0, 3>, 0>;
+using PrimitiveList = vesk::Array<PrimitiveHandle>;
+
+PRIVATE_MEMBER(MeshId, vesk::String Mesh::*, &Mesh::m_id)
+PRIVATE_MEMBER(MeshPrimitives, PrimitiveList Mesh::*, &Mesh::m_primitives)
+PRIVATE_MEMBER(GeometryId, vesk::String Geometry::*, &Geometry::m_id)
+PRIVATE_MEMBER(GeometryName, vesk::String Geometry::*, &Geometry::m_name)
+PRIVATE_MEMBER(GeometryMesh, Mesh Geometry::*, &Geometry::m_mesh)
+PRIVATE_MEMBER(GeometryNodes, NodeList Geometry::*, &Geometry::m_nodes)
+
+static_assert(!std::is_polymorphic<Mesh>::value && !std::is_polymorphic<Geometry>::value, "no virtual operations");
+static_assert(std::is_default_constructible<Mesh>::value && std::is_copy_constructible<Mesh>::value &&
+                  std::is_copy_assignable<Mesh>::value && std::is_destructible<Mesh>::value,
+              "a value");
+static_assert(std::is_default_constructible<Geometry>::value && std::is_copy_constructible<Geometry>::value &&
+                  std::is_copy_assignable<Geometry>::value && std::is_destructible<Geometry>::value,
+              "a value");
+static_assert(std::is_same<bool (Mesh::*)(domMesh*), decltype(&Mesh::createFromCollada)>::value, "loads");
+static_assert(std::is_same<const vesk::String& (Mesh::*)() const, decltype(&Mesh::id)>::value, "readable when const");
+static_assert(std::is_same<const PrimitiveList& (Mesh::*)() const, decltype(&Mesh::primitives)>::value,
+              "readable when const");
+static_assert(std::is_same<bool (Geometry::*)(const GeometryRef&), decltype(&Geometry::createFromCollada)>::value,
+              "loads");
+static_assert(std::is_same<void (Geometry::*)(const NodeHandle&), decltype(&Geometry::addNode)>::value,
+              "takes a handle");
+static_assert(std::is_same<const NodeList& (Geometry::*)() const, decltype(&Geometry::nodes)>::value,
+              "readable when const");
+static_assert(std::is_same<const vesk::String& (Geometry::*)() const, decltype(&Geometry::id)>::value,
+              "readable when const");
+static_assert(std::is_same<const vesk::String& (Geometry::*)() const, decltype(&Geometry::name)>::value,
+              "readable when const");
+static_assert(std::is_same<const Mesh& (Geometry::*)() const, decltype(&Geometry::mesh)>::value, "readable when const");
+
+/// What every mesh here starts with: four positions on the X axis, and the `<vertices>` over them.
+const std::string basics =
+    "<source id='positions'><float_array id='floats' count='4'>0 1 2 3</float_array><technique_common>"
+    "<accessor source='#floats' count='4'><param name='X' type='float'/></accessor></technique_common></source>"
+    "<vertices id='corners'><input semantic='POSITION' source='#positions'/></vertices>";
+
+std::string polygonsOf(const std::string& kind, const std::string& attributes, const std::string& p)
+{
+    return "<" + kind + " " + attributes + " count='1'><input semantic='VERTEX' source='#corners' offset='0'/><p>" + p +
+           "</p></" + kind + ">";
+}
+
+const std::string twoLists =
+    polygonsOf("triangles", "name='first'", "0 1 2") + polygonsOf("triangles", "name='second'", "3 2 1");
+
+/// A document with one `<geometry>` "shape".
+class GeometryDocument {
+public:
+    explicit GeometryDocument(const std::string& content, const std::string& attributes = "name='Shape'")
+    {
+        m_builder.add("<library_geometries><geometry id='shape' " + attributes + ">" + content +
+                      "</geometry></library_geometries>");
+        if (m_builder.open() == nullptr) {
+            throw std::runtime_error("the document does not open");
+        }
+    }
+
+    GeometryRef geometry() { return m_builder.element<domGeometry>("shape"); }
+    domMesh* mesh() { return geometry()->getMesh(); }
+
+private:
+    ColladaBuilder m_builder;
+};
+
+std::string meshOf(const std::string& content)
+{
+    return "<mesh>" + basics + content + "</mesh>";
+}
+
+/// A node that was loaded from a document of its own.
+NodeHandle nodeOf(const std::string& attributes)
+{
+    ColladaBuilder builder;
+    builder.addScene("<node " + attributes + "/>");
+    builder.open();
+    return NodeHandle(new Node(*builder.element<domVisual_scene>("scene")->getNode_array()[0]));
+}
+
+/// All lines, each as its channel, its priority and its words.
+std::string told(const LogCapture& log)
+{
+    std::string all;
+    for (const LogLine& line : log.lines()) {
+        all += (all.empty() ? "" : "\n") + line.channel + " " + std::to_string(line.priority) + " " + line.words();
+    }
+    return all;
+}
+
+const std::string notAMesh = "libVideo.geometry 3 Program does not handle geometry type other than meshes right now.";
+
+std::vector<std::string> ids(const NodeList& nodes)
+{
+    std::vector<std::string> all;
+    for (const NodeHandle& node : nodes) {
+        all.emplace_back(node->id().data());
+    }
+    return all;
+}
+
+using Ids = std::vector<std::string>;
+
+// --- Mesh ---
+
+TEST(MeshTest, StartsEmpty)
+{
+    const Mesh mesh;
+    EXPECT_EQ(vesk::String(), mesh.id());
+    EXPECT_EQ(0u, mesh.primitives().size());
+}
+
+TEST(MeshTest, HoldsThePrimitivesInTheirOrder)
+{
+    GeometryDocument document(meshOf(twoLists));
+    const LogCapture log;
+    Mesh mesh;
+    EXPECT_TRUE(mesh.createFromCollada(document.mesh()));
+    EXPECT_EQ("", told(log));
+    ASSERT_EQ(2u, mesh.primitives().size());
+    EXPECT_EQ(vesk::String("first"), mesh.primitives()[0]->id());
+    EXPECT_EQ(vesk::String("second"), mesh.primitives()[1]->id());
+}
+
+TEST(MeshTest, IdIsEmptyAfterAGoodLoad)
+{
+    GeometryDocument document(meshOf(twoLists));
+    Mesh mesh;
+    EXPECT_TRUE(mesh.createFromCollada(document.mesh()));
+    EXPECT_EQ(vesk::String(), mesh.id());
+}
+
+TEST(MeshTest, IdHandsOutTheField)
+{
+    Mesh mesh;
+    mesh.*privateMember(MeshId()) = "field";
+    EXPECT_EQ(vesk::String("field"), mesh.id());
+}
+
+struct MeshKind {
+    const char* name;
+    std::string content; ///< all below `<mesh>`
+    unsigned primitives;
+};
+
+std::ostream& operator<<(std::ostream& out, const MeshKind& kind)
+{
+    return out << kind.name;
+}
+
+class AnyMeshTest : public testing::TestWithParam<MeshKind> {};
+
+TEST_P(AnyMeshTest, AlwaysLoads)
+{
+    GeometryDocument document("<mesh>" + GetParam().content + "</mesh>");
+    const LogCapture log;
+    Mesh mesh;
+    EXPECT_TRUE(mesh.createFromCollada(document.mesh()));
+    EXPECT_EQ(GetParam().primitives, mesh.primitives().size());
+}
+
+TEST_P(AnyMeshTest, MakesItsGeometryLoadWithoutALineOfTheGeometry)
+{
+    GeometryDocument document("<mesh>" + GetParam().content + "</mesh>");
+    const LogCapture log("libVideo.geometry");
+    Geometry geometry;
+    EXPECT_TRUE(geometry.createFromCollada(document.geometry()));
+    EXPECT_EQ("", told(log));
+    EXPECT_EQ(vesk::String("shape"), geometry.id());
+    EXPECT_EQ(vesk::String("Shape"), geometry.name());
+    EXPECT_EQ(GetParam().primitives, geometry.mesh().primitives().size());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Meshes, AnyMeshTest,
+    testing::Values(MeshKind{"WithTriangles", basics + twoLists, 2},
+                    MeshKind{"WithLinesOnly", basics + polygonsOf("lines", "", "0 1"), 0},
+                    MeshKind{"WithPolygonsOnly", basics + polygonsOf("polygons", "", "0 1 2 3"), 1},
+                    MeshKind{"WithVerticesOnly", basics, 1}, MeshKind{"WithNothing", "", 1},
+                    MeshKind{"WithAFailedListOnly", basics + "<triangles count='1'><p>0 1 2</p></triangles>", 1}),
+    [](const auto& test) { return std::string(test.param.name); });
+
+TEST(MeshTest, PolygonsAloneAreOnePointCloud)
+{
+    GeometryDocument document(meshOf(polygonsOf("polygons", "", "0 1 2 3")));
+    Mesh mesh;
+    mesh.createFromCollada(document.mesh());
+    ASSERT_EQ(1u, mesh.primitives().size());
+    EXPECT_EQ(libVideo::PRIMITIVE_POINT_CLOUD, mesh.primitives()[0]->type());
+    EXPECT_EQ(4u, mesh.primitives()[0]->count());
+}
+
+TEST(MeshTest, SecondLoadReplacesThePrimitives)
+{
+    GeometryDocument first(meshOf(twoLists));
+    GeometryDocument second(meshOf(""));
+    Mesh mesh;
+    mesh.createFromCollada(first.mesh());
+    const PrimitiveHandle old = mesh.primitives()[0];
+    EXPECT_TRUE(mesh.createFromCollada(second.mesh()));
+    EXPECT_EQ(1u, old.useCount());
+    ASSERT_EQ(1u, mesh.primitives().size());
+    EXPECT_EQ(libVideo::PRIMITIVE_POINT_CLOUD, mesh.primitives()[0]->type());
+}
+
+TEST(MeshTest, NullThrowsNullPointer)
+{
+    const LogCapture log;
+    Mesh mesh;
+    try {
+        mesh.createFromCollada(nullptr);
+        FAIL() << "no exception";
+    } catch (const vesk::NullPointer& failure) {
+        EXPECT_STRNE("", failure.what());
+    }
+    EXPECT_EQ("", told(log));
+    EXPECT_EQ(0u, mesh.primitives().size());
+}
+
+TEST(MeshTest, ExceptionOfAPrimitiveLeavesThoseBefore)
+{
+    GeometryDocument document(meshOf(twoLists + polygonsOf("triangles", "", "0 1 4")));
+    Mesh mesh;
+    EXPECT_THROW(mesh.createFromCollada(document.mesh()), vesk::AssertionFailure);
+    EXPECT_EQ(2u, mesh.primitives().size());
+}
+
+/// That both list the same objects, each in its own array.
+void expectSharedPrimitives(const Mesh& one, const Mesh& other)
+{
+    ASSERT_EQ(2u, one.primitives().size());
+    ASSERT_EQ(2u, other.primitives().size());
+    EXPECT_NE(one.primitives().getData(), other.primitives().getData());
+    for (unsigned i = 0; i < 2; ++i) {
+        EXPECT_EQ(one.primitives()[i], other.primitives()[i]);
+        EXPECT_EQ(2u, one.primitives()[i].useCount());
+    }
+}
+
+TEST(MeshTest, CopyAndAssignmentShareThePrimitives)
+{
+    GeometryDocument document(meshOf(twoLists));
+    Mesh mesh;
+    mesh.createFromCollada(document.mesh());
+    mesh.*privateMember(MeshId()) = "field";
+    {
+        const Mesh copy(mesh);
+        EXPECT_EQ(vesk::String("field"), copy.id());
+        expectSharedPrimitives(mesh, copy);
+    }
+    Mesh assigned;
+    assigned = mesh;
+    EXPECT_EQ(vesk::String("field"), assigned.id());
+    expectSharedPrimitives(mesh, assigned);
+}
+
+TEST(MeshTest, PrimitivesHandsOutTheField)
+{
+    Mesh mesh;
+    EXPECT_EQ(&(mesh.*privateMember(MeshPrimitives())), &mesh.primitives());
+}
+
+// --- Geometry: load ---
+
+TEST(GeometryTest, StartsEmpty)
+{
+    const Geometry geometry;
+    EXPECT_EQ(vesk::String(), geometry.id());
+    EXPECT_EQ(vesk::String(), geometry.name());
+    EXPECT_EQ(0u, geometry.nodes().size());
+    EXPECT_EQ(0u, geometry.mesh().primitives().size());
+}
+
+TEST(GeometryTest, AccessorsHandOutTheFields)
+{
+    Geometry geometry;
+    EXPECT_EQ(&(geometry.*privateMember(GeometryId())), &geometry.id());
+    EXPECT_EQ(&(geometry.*privateMember(GeometryName())), &geometry.name());
+    EXPECT_EQ(&(geometry.*privateMember(GeometryMesh())), &geometry.mesh());
+    EXPECT_EQ(&(geometry.*privateMember(GeometryNodes())), &geometry.nodes());
+}
+
+TEST(GeometryTest, GoodLoadTakesIdNameAndMesh)
+{
+    GeometryDocument document(meshOf(twoLists));
+    const LogCapture log;
+    Geometry geometry;
+    EXPECT_TRUE(geometry.createFromCollada(document.geometry()));
+    EXPECT_EQ("", told(log));
+    EXPECT_EQ(vesk::String("shape"), geometry.id());
+    EXPECT_EQ(vesk::String("Shape"), geometry.name());
+    EXPECT_EQ(vesk::String(), geometry.mesh().id());
+    EXPECT_EQ(2u, geometry.mesh().primitives().size());
+    EXPECT_EQ(0u, geometry.nodes().size());
+}
+
+TEST(GeometryTest, AbsentNameIsEmpty)
+{
+    GeometryDocument document(meshOf(twoLists), "");
+    Geometry geometry;
+    EXPECT_TRUE(geometry.createFromCollada(document.geometry()));
+    EXPECT_EQ(vesk::String(), geometry.name());
+}
+
+TEST(GeometryTest, AbsentIdIsEmpty)
+{
+    ColladaBuilder builder("<library_geometries id='library'><geometry name='Shape'>" + meshOf(twoLists) +
+                           "</geometry></library_geometries>");
+    ASSERT_NE(nullptr, builder.open());
+    Geometry geometry;
+    EXPECT_TRUE(geometry.createFromCollada(builder.element<domLibrary_geometries>("library")->getGeometry_array()[0]));
+    EXPECT_EQ(vesk::String(), geometry.id());
+    EXPECT_EQ(vesk::String("Shape"), geometry.name());
+}
+
+TEST(GeometryTest, FailedPrimitivesDoNotFailTheGeometry)
+{
+    GeometryDocument document(meshOf("<triangles count='1'><p>0 1 2</p></triangles>"));
+    const LogCapture log;
+    Geometry geometry;
+    EXPECT_TRUE(geometry.createFromCollada(document.geometry()));
+    EXPECT_EQ("libVideo.primitive 3 Skipping <triangles> element with no vertex description", told(log));
+    EXPECT_EQ(vesk::String("shape"), geometry.id());
+    EXPECT_EQ(1u, geometry.mesh().primitives().size());
+}
+
+TEST(GeometryTest, NullThrowsNullPointer)
+{
+    const LogCapture log;
+    Geometry geometry;
+    try {
+        geometry.createFromCollada(GeometryRef());
+        FAIL() << "no exception";
+    } catch (const vesk::NullPointer& failure) {
+        EXPECT_STRNE("", failure.what());
+    }
+    EXPECT_EQ("", told(log));
+}
+
+class GeometryWithoutMeshTest : public testing::TestWithParam<std::pair<const char*, const char*>> {};
+
+TEST_P(GeometryWithoutMeshTest, IsLoggedOnceAndFails)
+{
+    GeometryDocument document(GetParam().second);
+    const LogCapture log;
+    Geometry geometry;
+    EXPECT_FALSE(geometry.createFromCollada(document.geometry()));
+    EXPECT_EQ(notAMesh, told(log));
+    EXPECT_EQ(vesk::String(), geometry.id());
+    EXPECT_EQ(vesk::String(), geometry.name());
+    EXPECT_EQ(0u, geometry.mesh().primitives().size());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Geometries, GeometryWithoutMeshTest,
+    testing::Values(std::make_pair("ConvexMesh", "<convex_mesh convex_hull_of='#other'/>"),
+                    std::make_pair("Spline",
+                                   "<spline><control_vertices><input semantic='POSITION' source='#positions'/>"
+                                   "</control_vertices></spline>"),
+                    std::make_pair("Nothing", "")),
+    [](const auto& test) { return std::string(test.param.first); });
+
+TEST(GeometryTest, ExceptionLeavesIdAndNameEmptyAndTheMeshAsFarAsItGot)
+{
+    GeometryDocument document(meshOf(twoLists + polygonsOf("triangles", "", "0 1 4")));
+    const LogCapture log;
+    Geometry geometry;
+    EXPECT_THROW(geometry.createFromCollada(document.geometry()), vesk::AssertionFailure);
+    EXPECT_EQ("", told(log));
+    EXPECT_EQ(vesk::String(), geometry.id());
+    EXPECT_EQ(vesk::String(), geometry.name());
+    EXPECT_EQ(2u, geometry.mesh().primitives().size());
+}
+
+TEST(GeometryTest, NothingOfTheDocumentIsNeededAfterTheLoad)
+{
+    Geometry geometry;
+    {
+        GeometryDocument document(meshOf(twoLists));
+        geometry.createFromCollada(document.geometry());
+    }
+    EXPECT_EQ(vesk::String("shape"), geometry.id());
+    EXPECT_EQ(vesk::String("Shape"), geometry.name());
+    ASSERT_EQ(2u, geometry.mesh().primitives().size());
+    EXPECT_EQ(12u, geometry.mesh().primitives()[1]->totalByteSize());
+}
+
+// --- Geometry: nodes ---
+
+TEST(GeometryNodesTest, AreListedInTheOrderOfTheirFirstAddition)
+{
+    const NodeHandle lamp = nodeOf("id='lamp'");
+    const NodeHandle table = nodeOf("id='table'");
+    const NodeHandle chair = nodeOf("id='chair'");
+    Geometry geometry;
+    geometry.addNode(table);
+    geometry.addNode(lamp);
+    geometry.addNode(table);
+    geometry.addNode(chair);
+    geometry.addNode(lamp);
+    EXPECT_EQ((Ids{"table", "lamp", "chair"}), ids(geometry.nodes()));
+    EXPECT_EQ(table, geometry.nodes()[0]);
+    EXPECT_EQ(lamp, geometry.nodes()[1]);
+    EXPECT_EQ(chair, geometry.nodes()[2]);
+}
+
+TEST(GeometryNodesTest, NodeIsListedOnceWithOneFurtherReference)
+{
+    const NodeHandle lamp = nodeOf("id='lamp'");
+    Geometry geometry;
+    geometry.addNode(lamp);
+    EXPECT_EQ(2u, lamp.useCount());
+    geometry.addNode(lamp);
+    EXPECT_EQ(2u, lamp.useCount());
+    EXPECT_EQ(1u, geometry.nodes().size());
+}
+
+TEST(GeometryNodesTest, OfTwoNodesWithOneIdTheFirstIsListed)
+{
+    const NodeHandle lamp = nodeOf("id='lamp'");
+    const NodeHandle other = nodeOf("id='lamp'");
+    Geometry geometry;
+    geometry.addNode(lamp);
+    geometry.addNode(other);
+    ASSERT_EQ(1u, geometry.nodes().size());
+    EXPECT_EQ(lamp, geometry.nodes()[0]);
+    EXPECT_EQ(1u, other.useCount());
+}
+
+TEST(GeometryNodesTest, IdsThatDifferInCaseAreOne)
+{
+    const NodeHandle lamp = nodeOf("id='Lamp_1'");
+    const NodeHandle other = nodeOf("id='lAMP_1'");
+    Geometry geometry;
+    geometry.addNode(nodeOf("id='table'"));
+    geometry.addNode(lamp);
+    geometry.addNode(other);
+    EXPECT_EQ((Ids{"table", "Lamp_1"}), ids(geometry.nodes()));
+    EXPECT_EQ(lamp, geometry.nodes()[1]);
+    EXPECT_EQ(1u, other.useCount());
+}
+
+TEST(GeometryNodesTest, IdsAreComparedToTheirEnd)
+{
+    Geometry geometry;
+    geometry.addNode(nodeOf("id='lamp'"));
+    geometry.addNode(nodeOf("id='lamp1'"));
+    geometry.addNode(nodeOf("id='lam'"));
+    EXPECT_EQ((Ids{"lamp", "lamp1", "lam"}), ids(geometry.nodes()));
+}
+
+TEST(GeometryNodesTest, NamesAndSidsAreNotCompared)
+{
+    Geometry geometry;
+    geometry.addNode(nodeOf("id='lamp' name='same' sid='same'"));
+    geometry.addNode(nodeOf("id='table' name='same' sid='same'"));
+    EXPECT_EQ((Ids{"lamp", "table"}), ids(geometry.nodes()));
+}
+
+TEST(GeometryNodesTest, NodesWithoutIdCountAsOne)
+{
+    const NodeHandle first = nodeOf("name='first'");
+    Geometry geometry;
+    geometry.addNode(first);
+    geometry.addNode(nodeOf("name='second'"));
+    ASSERT_EQ(1u, geometry.nodes().size());
+    EXPECT_EQ(first, geometry.nodes()[0]);
+}
+
+TEST(GeometryNodesTest, GeometryKeepsItsNodesAlive)
+{
+    Geometry geometry;
+    geometry.addNode(nodeOf("id='lamp'"));
+    ASSERT_EQ(1u, geometry.nodes().size());
+    EXPECT_EQ(1u, geometry.nodes()[0].useCount());
+    EXPECT_EQ(vesk::String("lamp"), geometry.nodes()[0]->id());
+}
+
+TEST(GeometryNodesTest, GeometryLetsItsNodesGoAtItsEnd)
+{
+    const NodeHandle lamp = nodeOf("id='lamp'");
+    {
+        Geometry geometry;
+        geometry.addNode(lamp);
+    }
+    EXPECT_EQ(1u, lamp.useCount());
+}
+
+TEST(GeometryNodesTest, CanBeAddedBeforeAndAfterALoad)
+{
+    GeometryDocument document(meshOf(twoLists));
+    Geometry geometry;
+    geometry.addNode(nodeOf("id='lamp'"));
+    EXPECT_TRUE(geometry.createFromCollada(document.geometry()));
+    geometry.addNode(nodeOf("id='table'"));
+    EXPECT_EQ((Ids{"lamp", "table"}), ids(geometry.nodes()));
+}
+
+TEST(GeometryNodesTest, AdditionIsNotLogged)
+{
+    const LogCapture log;
+    const NodeHandle lamp = nodeOf("id='lamp'");
+    Geometry geometry;
+    geometry.addNode(lamp);
+    geometry.addNode(lamp);
+    EXPECT_EQ("", told(log));
+}
+
+TEST(GeometryNodesTest, EmptyHandleThrowsNullPointerAndIsNotListed)
+{
+    Geometry geometry;
+    EXPECT_THROW(geometry.addNode(NodeHandle()), vesk::NullPointer);
+    EXPECT_EQ(0u, geometry.nodes().size());
+    geometry.addNode(nodeOf("id='lamp'"));
+    try {
+        geometry.addNode(NodeHandle());
+        FAIL() << "no exception";
+    } catch (const vesk::NullPointer& failure) {
+        EXPECT_STRNE("", failure.what());
+    }
+    EXPECT_EQ((Ids{"lamp"}), ids(geometry.nodes()));
+}
+
+TEST(GeometryNodesTest, ListThatCannotGrowThrowsNullPointerAndStays)
+{
+    Geometry geometry;
+    for (unsigned i = 0; i < 8; ++i) {
+        geometry.addNode(nodeOf("id='node" + std::to_string(i) + "'"));
+    }
+    const NodeHandle ninth = nodeOf("id='ninth'");
+    {
+        const FailingAllocator allocator(0);
+        EXPECT_THROW(geometry.addNode(ninth), vesk::NullPointer);
+    }
+    EXPECT_EQ(8u, geometry.nodes().size());
+    EXPECT_EQ(1u, ninth.useCount());
+    geometry.addNode(ninth);
+    ASSERT_EQ(9u, geometry.nodes().size());
+    EXPECT_EQ(ninth, geometry.nodes()[8]);
+}
+
+// --- Geometry: copies ---
+
+void expectCopy(const Geometry& geometry, const Geometry& copy)
+{
+    EXPECT_EQ(vesk::String("shape"), copy.id());
+    EXPECT_EQ(vesk::String("Shape"), copy.name());
+    expectSharedPrimitives(geometry.mesh(), copy.mesh());
+    EXPECT_EQ((Ids{"lamp", "table"}), ids(copy.nodes()));
+    EXPECT_EQ(geometry.nodes()[0], copy.nodes()[0]);
+    EXPECT_EQ(geometry.nodes()[1], copy.nodes()[1]);
+}
+
+class GeometryCopyTest : public testing::Test {
+protected:
+    GeometryCopyTest()
+    {
+        m_geometry.createFromCollada(m_document.geometry());
+        m_geometry.addNode(m_lamp);
+        m_geometry.addNode(nodeOf("id='table'"));
+    }
+
+    GeometryDocument m_document{meshOf(twoLists)};
+    NodeHandle m_lamp = nodeOf("id='lamp'");
+    Geometry m_geometry;
+};
+
+TEST_F(GeometryCopyTest, CopySharesPrimitivesAndNodes)
+{
+    const Geometry copy(m_geometry);
+    expectCopy(m_geometry, copy);
+    EXPECT_EQ(3u, m_lamp.useCount());
+}
+
+TEST_F(GeometryCopyTest, AssignmentSharesPrimitivesAndNodesAndReplacesTheOld)
+{
+    const NodeHandle old = nodeOf("id='old'");
+    Geometry assigned;
+    assigned.addNode(old);
+    assigned = m_geometry;
+    expectCopy(m_geometry, assigned);
+    EXPECT_EQ(3u, m_lamp.useCount());
+    EXPECT_EQ(1u, old.useCount());
+}
+
+TEST_F(GeometryCopyTest, ListsOfACopyAreItsOwn)
+{
+    Geometry copy(m_geometry);
+    copy.addNode(nodeOf("id='chair'"));
+    EXPECT_EQ((Ids{"lamp", "table", "chair"}), ids(copy.nodes()));
+    EXPECT_EQ((Ids{"lamp", "table"}), ids(m_geometry.nodes()));
+}
+
+TEST_F(GeometryCopyTest, CopyOutlivesItsOriginal)
+{
+    auto original = std::make_unique<Geometry>(m_geometry);
+    const Geometry copy(*original);
+    original.reset();
+    expectCopy(m_geometry, copy);
+}
+
+TEST_F(GeometryCopyTest, AssignmentToItselfChangesNothing)
+{
+    const Geometry& same = m_geometry;
+    m_geometry = same;
+    EXPECT_EQ((Ids{"lamp", "table"}), ids(m_geometry.nodes()));
+    EXPECT_EQ(2u, m_lamp.useCount());
+    EXPECT_EQ(2u, m_geometry.mesh().primitives().size());
+}
+
+} // namespace

@@ -1,0 +1,994 @@
+#include "support/ColladaBuilder.h"
+#include "support/LogCapture.h"
+#include "support/PrivateAccess.h"
+
+#include <vesk/Array.h>
+#include <vesk/Logging.h>
+#include <vesk/String.h>
+
+#include <libMath/Vector.h>
+
+#include <libVideo/SceneGraph/Light.h>
+
+#include <libVideo/ColladaDom.h>
+
+#include <array>
+#include <cstdint>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using libVideo::PointLight;
+using libVideo::PointLightHandle;
+using libVideo::SpotLight;
+using libVideo::SpotLightHandle;
+using testSupport::ColladaBuilder;
+using testSupport::LogCapture;
+using testSupport::LogLine;
+
+using Vector3 = libMath::Vector<float, 3>;
+using PointElement = domLight::domTechnique_common::domPoint;
+using SpotElement = domLight::domTechnique_common::domSpot;
+using PointList = vesk::Array<PointLightHandle>;
+using SpotList = vesk::Array<SpotLightHandle>;
+
+PRIVATE_MEMBER(PointColor, Vector3 PointLight::*, &PointLight::m_color)
+PRIVATE_MEMBER(PointConstant, float PointLight::*, &PointLight::m_constantAttenuation)
+PRIVATE_MEMBER(PointLinear, float PointLight::*, &PointLight::m_linearAttenuation)
+PRIVATE_MEMBER(PointQuadratic, float PointLight::*, &PointLight::m_quadraticAttenuation)
+PRIVATE_MEMBER(PointId, vesk::String PointLight::*, &PointLight::m_id)
+
+PRIVATE_MEMBER(SpotColor, Vector3 SpotLight::*, &SpotLight::m_color)
+PRIVATE_MEMBER(SpotConstant, float SpotLight::*, &SpotLight::m_constantAttenuation)
+PRIVATE_MEMBER(SpotLinear, float SpotLight::*, &SpotLight::m_linearAttenuation)
+PRIVATE_MEMBER(SpotQuadratic, float SpotLight::*, &SpotLight::m_quadraticAttenuation)
+PRIVATE_MEMBER(SpotOuterCone, float SpotLight::*, &SpotLight::m_outerConeAngle)
+PRIVATE_MEMBER(SpotInnerCone, float SpotLight::*, &SpotLight::m_innerConeAngle)
+PRIVATE_MEMBER(SpotExponent, float SpotLight::*, &SpotLight::m_falloffExponent)
+PRIVATE_MEMBER(SpotLookAtNodeId, vesk::String SpotLight::*, &SpotLight::m_lookAtNodeId)
+PRIVATE_MEMBER(SpotId, vesk::String SpotLight::*, &SpotLight::m_id)
+
+static_assert(!std::is_polymorphic<PointLight>::value && !std::is_polymorphic<SpotLight>::value, "plain values");
+static_assert(std::is_constructible<PointLight, const vesk::String&>::value &&
+                  std::is_constructible<SpotLight, const vesk::String&>::value &&
+                  !std::is_default_constructible<PointLight>::value && !std::is_default_constructible<SpotLight>::value,
+              "made of an id");
+static_assert(std::is_copy_constructible<PointLight>::value && std::is_copy_assignable<PointLight>::value &&
+                  std::is_copy_constructible<SpotLight>::value && std::is_copy_assignable<SpotLight>::value,
+              "plain values");
+
+template <class Light>
+constexpr bool hasCommonAccessors()
+{
+    using Const = const Light&;
+    return std::is_same<const Vector3&, decltype(std::declval<Const>().color())>::value &&
+           std::is_same<float, decltype(std::declval<Const>().constantAttenuation())>::value &&
+           std::is_same<float, decltype(std::declval<Const>().linearAttenuation())>::value &&
+           std::is_same<float, decltype(std::declval<Const>().quadraticAttenuation())>::value &&
+           std::is_same<const vesk::String&, decltype(std::declval<Const>().id())>::value;
+}
+static_assert(hasCommonAccessors<PointLight>() && hasCommonAccessors<SpotLight>(), "readable when const");
+static_assert(std::is_same<float, decltype(std::declval<const SpotLight&>().innerConeAngle())>::value &&
+                  std::is_same<float, decltype(std::declval<const SpotLight&>().outerConeAngle())>::value &&
+                  std::is_same<float, decltype(std::declval<const SpotLight&>().falloffExponent())>::value &&
+                  std::is_same<const vesk::String&, decltype(std::declval<const SpotLight&>().lookAtNodeId())>::value,
+              "readable when const");
+static_assert(
+    std::is_same<bool,
+                 decltype(std::declval<PointLight&>().createFromCollada(std::declval<const PointElement&>()))>::value &&
+        std::is_same<bool,
+                     decltype(std::declval<SpotLight&>().createFromCollada(std::declval<const SpotElement&>()))>::value,
+    "loaders");
+static_assert(
+    std::is_same<unsigned, decltype(libVideo::createPointLightListFromCollada(std::declval<const domCOLLADA*>(),
+                                                                              std::declval<PointList&>()))>::value &&
+        std::is_same<unsigned, decltype(libVideo::createSpotLightListFromCollada(std::declval<const domCOLLADA*>(),
+                                                                                 std::declval<DAE&>(),
+                                                                                 std::declval<SpotList&>()))>::value,
+    "list builders");
+
+const char* const noDocument = "Cannot create a camera list from a NULL domCOLLADA pointer";
+const char* const noPointColor = "PointLight has no color component";
+const char* const noSpotColor = "SpotLight has no color component";
+const char* const shortColor = "Color has fewer than three values";
+
+std::string textOf(const vesk::String& text)
+{
+    return text.data();
+}
+
+/// A document with one light.
+class LightDocument {
+public:
+    explicit LightDocument(const std::string& content)
+        : m_builder("<library_lights><light id='lamp'>" + content + "</light></library_lights>")
+    {
+        m_root = m_builder.open();
+        if (m_root == nullptr) {
+            throw std::runtime_error("the document does not open");
+        }
+    }
+
+    domLightRef light() { return m_root->getLibrary_lights_array()[0]->getLight_array()[0]; }
+    DAE& dae() { return m_builder.dae(); }
+
+private:
+    ColladaBuilder m_builder;
+    const domCOLLADA* m_root;
+};
+
+std::string pointWith(const std::string& content)
+{
+    return "<technique_common><point>" + content + "</point></technique_common>";
+}
+
+std::string spotWith(const std::string& content)
+{
+    return "<technique_common><spot>" + content + "</spot></technique_common>";
+}
+
+std::string vendorExtra(const std::string& content, const std::string& profile = "FCOLLADA")
+{
+    return "<extra><technique profile='" + profile + "'>" + content + "</technique></extra>";
+}
+
+bool load(PointLight& light, const std::string& content)
+{
+    LightDocument document(pointWith(content));
+    return light.createFromCollada(*document.light()->getTechnique_common()->getPoint());
+}
+
+bool load(SpotLight& light, const std::string& content)
+{
+    LightDocument document(spotWith(content));
+    return light.createFromCollada(*document.light()->getTechnique_common()->getSpot());
+}
+
+void readExtra(SpotLight& light, const std::string& extras)
+{
+    LightDocument document(spotWith("<color>1 1 1</color>") + extras);
+    light.readExtraData(*document.light(), document.dae());
+}
+
+using Color = std::array<float, 3>;
+const Color white = {1.0f, 1.0f, 1.0f};
+
+template <class Light>
+Color colorOf(const Light& light)
+{
+    return {light.color()[0], light.color()[1], light.color()[2]};
+}
+
+/// Constant, linear and quadratic.
+template <class Light>
+std::array<float, 3> attenuationsOf(const Light& light)
+{
+    return {light.constantAttenuation(), light.linearAttenuation(), light.quadraticAttenuation()};
+}
+
+/// No line for empty words, else that line in all, whole.
+void expectLog(const std::string& words, const LogCapture& log)
+{
+    const std::vector<LogLine> lines = log.lines();
+    if (words.empty()) {
+        EXPECT_EQ("", log.text());
+        return;
+    }
+    ASSERT_EQ(1u, lines.size()) << log.text();
+    EXPECT_EQ("libVideo.light", lines[0].channel);
+    EXPECT_EQ(3, lines[0].priority);
+    EXPECT_EQ(words, lines[0].words());
+}
+
+template <std::size_t Count>
+void expectAscending(const std::array<const void*, Count>& addresses)
+{
+    for (std::size_t i = 1; i < Count; ++i) {
+        EXPECT_LT(reinterpret_cast<std::uintptr_t>(addresses[i - 1]), reinterpret_cast<std::uintptr_t>(addresses[i]))
+            << i;
+    }
+}
+
+// ---- data
+
+TEST(PointLightTest, IsWhiteAndBearsItsIdUntilRead)
+{
+    const PointLight light("lamp");
+    EXPECT_EQ(white, colorOf(light));
+    EXPECT_EQ((std::array<float, 3>{0.0f, 0.0f, 0.0f}), attenuationsOf(light));
+    EXPECT_EQ("lamp", textOf(light.id()));
+}
+
+TEST(SpotLightTest, IsWhiteAndBearsItsIdUntilRead)
+{
+    const SpotLight light("lamp");
+    EXPECT_EQ(white, colorOf(light));
+    EXPECT_EQ((std::array<float, 3>{0.0f, 0.0f, 0.0f}), attenuationsOf(light));
+    EXPECT_EQ(0.0f, light.outerConeAngle());
+    EXPECT_EQ(0.0f, light.innerConeAngle());
+    EXPECT_EQ(0.0f, light.falloffExponent());
+    EXPECT_EQ("", textOf(light.lookAtNodeId()));
+    EXPECT_EQ("lamp", textOf(light.id()));
+}
+
+TEST(PointLightTest, FieldsStandInTheirOrder)
+{
+    const PointLight light("lamp");
+    expectAscending<5>({&(light.*privateMember(PointColor())), &(light.*privateMember(PointConstant())),
+                        &(light.*privateMember(PointLinear())), &(light.*privateMember(PointQuadratic())),
+                        &(light.*privateMember(PointId()))});
+}
+
+TEST(SpotLightTest, FieldsStandInTheirOrder)
+{
+    const SpotLight light("lamp");
+    expectAscending<9>({&(light.*privateMember(SpotColor())), &(light.*privateMember(SpotConstant())),
+                        &(light.*privateMember(SpotLinear())), &(light.*privateMember(SpotQuadratic())),
+                        &(light.*privateMember(SpotOuterCone())), &(light.*privateMember(SpotInnerCone())),
+                        &(light.*privateMember(SpotExponent())), &(light.*privateMember(SpotLookAtNodeId())),
+                        &(light.*privateMember(SpotId()))});
+}
+
+TEST(PointLightTest, AccessorsShowTheFields)
+{
+    PointLight light("lamp");
+    light.*privateMember(PointConstant()) = 1.0f;
+    light.*privateMember(PointLinear()) = 2.0f;
+    light.*privateMember(PointQuadratic()) = 3.0f;
+    EXPECT_EQ(&(light.*privateMember(PointColor())), &light.color());
+    EXPECT_EQ(1.0f, light.constantAttenuation());
+    EXPECT_EQ(2.0f, light.linearAttenuation());
+    EXPECT_EQ(3.0f, light.quadraticAttenuation());
+    EXPECT_EQ(&(light.*privateMember(PointId())), &light.id());
+}
+
+TEST(SpotLightTest, AccessorsShowTheFields)
+{
+    SpotLight light("lamp");
+    light.*privateMember(SpotConstant()) = 1.0f;
+    light.*privateMember(SpotLinear()) = 2.0f;
+    light.*privateMember(SpotQuadratic()) = 3.0f;
+    light.*privateMember(SpotOuterCone()) = 4.0f;
+    light.*privateMember(SpotInnerCone()) = 5.0f;
+    light.*privateMember(SpotExponent()) = 6.0f;
+    EXPECT_EQ(&(light.*privateMember(SpotColor())), &light.color());
+    EXPECT_EQ(1.0f, light.constantAttenuation());
+    EXPECT_EQ(2.0f, light.linearAttenuation());
+    EXPECT_EQ(3.0f, light.quadraticAttenuation());
+    EXPECT_EQ(4.0f, light.outerConeAngle());
+    EXPECT_EQ(5.0f, light.innerConeAngle());
+    EXPECT_EQ(6.0f, light.falloffExponent());
+    EXPECT_EQ(&(light.*privateMember(SpotLookAtNodeId())), &light.lookAtNodeId());
+    EXPECT_EQ(&(light.*privateMember(SpotId())), &light.id());
+}
+
+// ---- color and attenuations
+
+struct PointCase {
+    const char* name;
+    const char* xml;
+    Color color;
+    std::array<float, 3> attenuations;
+    const char* words;
+};
+
+void PrintTo(const PointCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class PointLightLoadTest : public testing::TestWithParam<PointCase> {};
+
+TEST_P(PointLightLoadTest, ReadsItsElement)
+{
+    PointLight light("lamp");
+    const LogCapture log;
+    EXPECT_TRUE(load(light, GetParam().xml));
+    EXPECT_EQ(GetParam().color, colorOf(light));
+    EXPECT_EQ(GetParam().attenuations, attenuationsOf(light));
+    EXPECT_EQ("lamp", textOf(light.id()));
+    expectLog(GetParam().words, log);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Documents, PointLightLoadTest,
+    testing::Values(
+        PointCase{"ColorOnly", "<color>1 0.5 0</color>", {1.0f, 0.5f, 0.0f}, {0.0f, 0.0f, 0.0f}, ""},
+        PointCase{"All",
+                  "<color>0.25 0.5 0.75</color><constant_attenuation>2</constant_attenuation>"
+                  "<linear_attenuation>3</linear_attenuation><quadratic_attenuation>4</quadratic_attenuation>",
+                  {0.25f, 0.5f, 0.75f},
+                  {2.0f, 3.0f, 4.0f},
+                  ""},
+        PointCase{"ConstantOnly",
+                  "<color>0 0 0</color><constant_attenuation>2</constant_attenuation>",
+                  {0.0f, 0.0f, 0.0f},
+                  {2.0f, 0.0f, 0.0f},
+                  ""},
+        PointCase{"LinearOnly",
+                  "<color>0 0 0</color><linear_attenuation>3</linear_attenuation>",
+                  {0.0f, 0.0f, 0.0f},
+                  {0.0f, 3.0f, 0.0f},
+                  ""},
+        PointCase{"QuadraticOnly",
+                  "<color>0 0 0</color><quadratic_attenuation>4</quadratic_attenuation>",
+                  {0.0f, 0.0f, 0.0f},
+                  {0.0f, 0.0f, 4.0f},
+                  ""},
+        // The values are those of the document: unclamped, and narrowed to the nearest float.
+        PointCase{"Unclamped",
+                  "<color>2.5 -1 100</color><constant_attenuation>-2</constant_attenuation>",
+                  {2.5f, -1.0f, 100.0f},
+                  {-2.0f, 0.0f, 0.0f},
+                  ""},
+        PointCase{"Narrowed",
+                  "<color>0.1 16777217 0.7</color><linear_attenuation>0.0123456789</linear_attenuation>",
+                  {0.1f, 16777216.0f, 0.7f},
+                  {0.0f, 0.0123456789f, 0.0f},
+                  ""},
+        PointCase{"FourValues", "<color>0.25 0.5 0.75 0.125</color>", {0.25f, 0.5f, 0.75f}, {0.0f, 0.0f, 0.0f}, ""},
+        PointCase{"NoColor",
+                  "<constant_attenuation>2</constant_attenuation><linear_attenuation>3</linear_attenuation>"
+                  "<quadratic_attenuation>4</quadratic_attenuation>",
+                  white,
+                  {2.0f, 3.0f, 4.0f},
+                  noPointColor},
+        PointCase{"NothingAtAll", "", white, {0.0f, 0.0f, 0.0f}, noPointColor},
+        PointCase{"TwoValues",
+                  "<color>0.25 0.5</color><constant_attenuation>2</constant_attenuation>"
+                  "<linear_attenuation>3</linear_attenuation><quadratic_attenuation>4</quadratic_attenuation>",
+                  white,
+                  {2.0f, 3.0f, 4.0f},
+                  shortColor},
+        PointCase{"NoValues", "<color/>", white, {0.0f, 0.0f, 0.0f}, shortColor}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(PointLightTest, SecondLoadSetsAbsentAttenuationsToZero)
+{
+    PointLight light("lamp");
+    EXPECT_TRUE(load(light, "<color>0 0 0</color><constant_attenuation>2</constant_attenuation>"
+                            "<linear_attenuation>3</linear_attenuation>"
+                            "<quadratic_attenuation>4</quadratic_attenuation>"));
+    EXPECT_TRUE(load(light, "<color>0.5 0.5 0.5</color>"));
+    EXPECT_EQ((Color{0.5f, 0.5f, 0.5f}), colorOf(light));
+    EXPECT_EQ((std::array<float, 3>{0.0f, 0.0f, 0.0f}), attenuationsOf(light));
+}
+
+struct SpotCase {
+    const char* name;
+    const char* xml;
+    bool result;
+    Color color;
+    std::array<float, 3> attenuations;
+    float cone;
+    float exponent;
+    const char* words;
+};
+
+void PrintTo(const SpotCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class SpotLightLoadTest : public testing::TestWithParam<SpotCase> {};
+
+TEST_P(SpotLightLoadTest, ReadsOrRefusesItsElement)
+{
+    SpotLight light("lamp");
+    light.*privateMember(SpotOuterCone()) = 77.0f;
+    light.*privateMember(SpotLookAtNodeId()) = "before";
+    const LogCapture log;
+    EXPECT_EQ(GetParam().result, load(light, GetParam().xml));
+    EXPECT_EQ(GetParam().color, colorOf(light));
+    EXPECT_EQ(GetParam().attenuations, attenuationsOf(light));
+    EXPECT_EQ(GetParam().cone, light.innerConeAngle());
+    EXPECT_EQ(GetParam().exponent, light.falloffExponent());
+    EXPECT_EQ("lamp", textOf(light.id()));
+    expectLog(GetParam().words, log);
+    // These come from the extra data alone.
+    EXPECT_EQ(77.0f, light.outerConeAngle());
+    EXPECT_EQ("before", textOf(light.lookAtNodeId()));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Documents, SpotLightLoadTest,
+    testing::Values(
+        SpotCase{"ColorOnly", "<color>1 0.5 0</color>", true, {1.0f, 0.5f, 0.0f}, {0.0f, 0.0f, 0.0f}, 180.0f, 0.0f, ""},
+        SpotCase{"All",
+                 "<color>0.25 0.5 0.75</color><constant_attenuation>2</constant_attenuation>"
+                 "<linear_attenuation>3</linear_attenuation><quadratic_attenuation>4</quadratic_attenuation>"
+                 "<falloff_angle>45</falloff_angle><falloff_exponent>0.15</falloff_exponent>",
+                 true,
+                 {0.25f, 0.5f, 0.75f},
+                 {2.0f, 3.0f, 4.0f},
+                 45.0f,
+                 0.15f,
+                 ""},
+        SpotCase{"ConstantOnly",
+                 "<color>0 0 0</color><constant_attenuation>2</constant_attenuation>",
+                 true,
+                 {0.0f, 0.0f, 0.0f},
+                 {2.0f, 0.0f, 0.0f},
+                 180.0f,
+                 0.0f,
+                 ""},
+        SpotCase{"LinearOnly",
+                 "<color>0 0 0</color><linear_attenuation>3</linear_attenuation>",
+                 true,
+                 {0.0f, 0.0f, 0.0f},
+                 {0.0f, 3.0f, 0.0f},
+                 180.0f,
+                 0.0f,
+                 ""},
+        SpotCase{"QuadraticOnly",
+                 "<color>0 0 0</color><quadratic_attenuation>4</quadratic_attenuation>",
+                 true,
+                 {0.0f, 0.0f, 0.0f},
+                 {0.0f, 0.0f, 4.0f},
+                 180.0f,
+                 0.0f,
+                 ""},
+        SpotCase{"AngleOnly",
+                 "<color>0 0 0</color><falloff_angle>33.3</falloff_angle>",
+                 true,
+                 {0.0f, 0.0f, 0.0f},
+                 {0.0f, 0.0f, 0.0f},
+                 33.3f,
+                 0.0f,
+                 ""},
+        SpotCase{"ExponentOnly",
+                 "<color>0 0 0</color><falloff_exponent>2</falloff_exponent>",
+                 true,
+                 {0.0f, 0.0f, 0.0f},
+                 {0.0f, 0.0f, 0.0f},
+                 180.0f,
+                 2.0f,
+                 ""},
+        SpotCase{"AngleOfZero",
+                 "<color>0 0 0</color><falloff_angle>0</falloff_angle>",
+                 true,
+                 {0.0f, 0.0f, 0.0f},
+                 {0.0f, 0.0f, 0.0f},
+                 0.0f,
+                 0.0f,
+                 ""},
+        SpotCase{"UnclampedAndNarrowed",
+                 "<color>0.1 16777217 -3</color><falloff_angle>400</falloff_angle>",
+                 true,
+                 {0.1f, 16777216.0f, -3.0f},
+                 {0.0f, 0.0f, 0.0f},
+                 400.0f,
+                 0.0f,
+                 ""},
+        SpotCase{"FourValues",
+                 "<color>0.25 0.5 0.75 0.125</color>",
+                 true,
+                 {0.25f, 0.5f, 0.75f},
+                 {0.0f, 0.0f, 0.0f},
+                 180.0f,
+                 0.0f,
+                 ""},
+        SpotCase{"NoColor",
+                 "<constant_attenuation>2</constant_attenuation><linear_attenuation>3</linear_attenuation>"
+                 "<quadratic_attenuation>4</quadratic_attenuation><falloff_angle>45</falloff_angle>"
+                 "<falloff_exponent>0.15</falloff_exponent>",
+                 false,
+                 white,
+                 {0.0f, 0.0f, 0.0f},
+                 0.0f,
+                 0.0f,
+                 noSpotColor},
+        SpotCase{"NothingAtAll", "", false, white, {0.0f, 0.0f, 0.0f}, 0.0f, 0.0f, noSpotColor},
+        SpotCase{"TwoValues",
+                 "<color>0.25 0.5</color><constant_attenuation>2</constant_attenuation>"
+                 "<linear_attenuation>3</linear_attenuation><quadratic_attenuation>4</quadratic_attenuation>"
+                 "<falloff_angle>45</falloff_angle><falloff_exponent>0.15</falloff_exponent>",
+                 true,
+                 white,
+                 {2.0f, 3.0f, 4.0f},
+                 45.0f,
+                 0.15f,
+                 shortColor},
+        SpotCase{"NoValues", "<color/>", true, white, {0.0f, 0.0f, 0.0f}, 180.0f, 0.0f, shortColor}),
+    [](const auto& row) { return row.param.name; });
+
+const char* const fullSpot = "<color>0.25 0.5 0.75</color><constant_attenuation>2</constant_attenuation>"
+                             "<linear_attenuation>3</linear_attenuation>"
+                             "<quadratic_attenuation>4</quadratic_attenuation>"
+                             "<falloff_angle>45</falloff_angle><falloff_exponent>0.5</falloff_exponent>";
+
+void expectFullSpot(const SpotLight& light)
+{
+    EXPECT_EQ((Color{0.25f, 0.5f, 0.75f}), colorOf(light));
+    EXPECT_EQ((std::array<float, 3>{2.0f, 3.0f, 4.0f}), attenuationsOf(light));
+    EXPECT_EQ(45.0f, light.innerConeAngle());
+    EXPECT_EQ(0.5f, light.falloffExponent());
+    EXPECT_EQ(60.0f, light.outerConeAngle());
+    EXPECT_EQ("Node1", textOf(light.lookAtNodeId()));
+    EXPECT_EQ("lamp", textOf(light.id()));
+}
+
+const std::string fullExtra = vendorExtra("<outer_cone>60</outer_cone><target>#Node1</target>");
+
+SpotLight fullSpotLight()
+{
+    SpotLight light("lamp");
+    EXPECT_TRUE(load(light, fullSpot));
+    readExtra(light, fullExtra);
+    return light;
+}
+
+TEST(SpotLightTest, LoadWithoutColorChangesNothing)
+{
+    SpotLight light = fullSpotLight();
+    const LogCapture log;
+    EXPECT_FALSE(load(light, "<constant_attenuation>9</constant_attenuation><falloff_angle>9</falloff_angle>"));
+    expectLog(noSpotColor, log);
+    expectFullSpot(light);
+}
+
+TEST(SpotLightTest, SecondLoadSetsWhatIsAbsentToItsDefault)
+{
+    SpotLight light = fullSpotLight();
+    EXPECT_TRUE(load(light, "<color>0 0 0</color>"));
+    EXPECT_EQ((Color{0.0f, 0.0f, 0.0f}), colorOf(light));
+    EXPECT_EQ((std::array<float, 3>{0.0f, 0.0f, 0.0f}), attenuationsOf(light));
+    EXPECT_EQ(180.0f, light.innerConeAngle());
+    EXPECT_EQ(0.0f, light.falloffExponent());
+    EXPECT_EQ(60.0f, light.outerConeAngle());
+    EXPECT_EQ("Node1", textOf(light.lookAtNodeId()));
+}
+
+// ---- extra data
+
+struct ExtraCase {
+    const char* name;
+    std::string extras;
+    float outerCone;
+    const char* target;
+};
+
+void PrintTo(const ExtraCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class SpotLightExtraTest : public testing::TestWithParam<ExtraCase> {};
+
+TEST_P(SpotLightExtraTest, LastValueOfEachNameCounts)
+{
+    SpotLight light("lamp");
+    light.*privateMember(SpotOuterCone()) = 77.0f;
+    light.*privateMember(SpotLookAtNodeId()) = "before";
+    const LogCapture log;
+    readExtra(light, GetParam().extras);
+    EXPECT_EQ(GetParam().outerCone, light.outerConeAngle());
+    EXPECT_EQ(GetParam().target, textOf(light.lookAtNodeId()));
+    expectLog("", log);
+    // Nothing else is touched, not even by the color of the light.
+    EXPECT_EQ(white, colorOf(light));
+    EXPECT_EQ(0.0f, light.innerConeAngle());
+    EXPECT_EQ(0.0f, light.falloffExponent());
+    EXPECT_EQ("lamp", textOf(light.id()));
+}
+
+const std::string cone45 = "<outer_cone>45</outer_cone>";
+const std::string cone50 = "<outer_cone>50</outer_cone>";
+const std::string one = "<target>#One</target>";
+const std::string two = "<target>#Two</target>";
+
+std::string technique(const std::string& content, const std::string& profile = "FCOLLADA")
+{
+    return "<technique profile='" + profile + "'>" + content + "</technique>";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Search, SpotLightExtraTest,
+    testing::Values(
+        ExtraCase{"NoExtra", "", 77.0f, "before"}, ExtraCase{"EmptyExtra", "<extra/>", 77.0f, "before"},
+        ExtraCase{"EmptyTechnique", vendorExtra(""), 77.0f, "before"},
+        ExtraCase{"Both", vendorExtra(cone45 + one), 45.0f, "One"},
+        ExtraCase{"BothTheOtherWayRound", vendorExtra(one + cone45), 45.0f, "One"},
+        ExtraCase{"ConeOnly", vendorExtra(cone45), 45.0f, "before"},
+        ExtraCase{"TargetOnly", vendorExtra(one), 77.0f, "One"},
+        ExtraCase{"ProfileInLowerCase", vendorExtra(cone45 + one, "fcollada"), 45.0f, "One"},
+        ExtraCase{"ProfileInMixedCase", vendorExtra(cone45 + one, "fCollADA"), 45.0f, "One"},
+        ExtraCase{"OtherProfile", vendorExtra(cone45 + one, "OTHER"), 77.0f, "before"},
+        ExtraCase{"LongerProfile", vendorExtra(cone45 + one, "FCOLLADA2"), 77.0f, "before"},
+        ExtraCase{"EmptyProfile", vendorExtra(cone45 + one, ""), 77.0f, "before"},
+        ExtraCase{"NoProfile", "<extra><technique>" + cone45 + one + "</technique></extra>", 77.0f, "before"},
+        ExtraCase{"NamesInUpperCase", vendorExtra("<OUTER_CONE>45</OUTER_CONE><TARGET>#One</TARGET>"), 45.0f, "One"},
+        ExtraCase{"NamesInMixedCase", vendorExtra("<Outer_Cone>45</Outer_Cone><tarGet>#One</tarGet>"), 45.0f, "One"},
+        ExtraCase{"OtherNames",
+                  vendorExtra("<outer_cones>1</outer_cones><outercone>2</outercone><targets>#A</targets>"
+                              "<intensity>3</intensity><param name='target'>#B</param><source id='s'/>"),
+                  77.0f, "before"},
+        ExtraCase{"NamesAmongOthers", vendorExtra("<a>1</a>" + cone45 + "<source id='s'/>" + one + "<b>#B</b>"), 45.0f,
+                  "One"},
+        ExtraCase{"NestedNames", vendorExtra("<group>" + cone45 + one + "</group>"), 77.0f, "before"},
+        ExtraCase{"LastChild", vendorExtra(cone45 + one + two + cone50), 50.0f, "Two"},
+        ExtraCase{"LastTechnique", "<extra>" + technique(cone45 + one) + technique(cone50 + two) + "</extra>", 50.0f,
+                  "Two"},
+        ExtraCase{"LastExtra", vendorExtra(cone45 + one) + vendorExtra(cone50 + two), 50.0f, "Two"},
+        ExtraCase{"LastOfTheProfile", vendorExtra(cone45 + one) + vendorExtra(cone50 + two, "OTHER"), 45.0f, "One"},
+        ExtraCase{"ValuesOfSeveralPlaces", "<extra/>" + vendorExtra(cone50 + two) + vendorExtra(one), 50.0f, "One"},
+        ExtraCase{"EmptyTargetIsAValue", vendorExtra(one + "<target/>"), 77.0f, ""}),
+    [](const auto& row) { return row.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(
+    Cones, SpotLightExtraTest,
+    testing::Values(ExtraCase{"Fraction", vendorExtra("<outer_cone>33.3</outer_cone>"), 33.3f, "before"},
+                    ExtraCase{"Negative", vendorExtra("<outer_cone>-4e1</outer_cone>"), -40.0f, "before"},
+                    ExtraCase{"BlanksAround", vendorExtra("<outer_cone>\n 45\t</outer_cone>"), 45.0f, "before"},
+                    ExtraCase{"Word", vendorExtra("<outer_cone>wide</outer_cone>"), 77.0f, "before"},
+                    ExtraCase{"NumberAndWord", vendorExtra("<outer_cone>45 degrees</outer_cone>"), 77.0f, "before"},
+                    ExtraCase{"Comma", vendorExtra("<outer_cone>4,5</outer_cone>"), 77.0f, "before"},
+                    ExtraCase{"Empty", vendorExtra("<outer_cone/>"), 77.0f, "before"},
+                    ExtraCase{"WordBehindANumber", vendorExtra(cone45 + "<outer_cone>wide</outer_cone>"), 45.0f,
+                              "before"},
+                    ExtraCase{"WordDoesNotEndTheSearch", vendorExtra("<outer_cone>wide</outer_cone>" + cone45 + one),
+                              45.0f, "One"}),
+    [](const auto& row) { return row.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(
+    Targets, SpotLightExtraTest,
+    testing::Values(ExtraCase{"DocumentAndFragment", vendorExtra("<target>scene.dae#Node1</target>"), 77.0f, "Node1"},
+                    ExtraCase{"AddressAndFragment", vendorExtra("<target>http://host/p.dae#q</target>"), 77.0f, "q"},
+                    ExtraCase{"NoFragment", vendorExtra("<target>Node1</target>"), 77.0f, ""},
+                    ExtraCase{"EmptyFragment", vendorExtra("<target>#</target>"), 77.0f, ""},
+                    ExtraCase{"EncodedBlank", vendorExtra("<target>#a%20b</target>"), 77.0f, "a%20b"},
+                    // From here on the document model knows no reference in the text.
+                    ExtraCase{"BlanksAround", vendorExtra("<target>  #Node1 </target>"), 77.0f, "Node1"},
+                    ExtraCase{"LineFeedsAround", vendorExtra("<target>\n\t#Node1\n</target>"), 77.0f, "Node1"},
+                    ExtraCase{"BlankInside", vendorExtra("<target>#My Node</target>"), 77.0f, "My Node"},
+                    ExtraCase{"NonAscii", vendorExtra("<target>#N\xc5\x93ud</target>"), 77.0f, "N\xc5\x93ud"},
+                    ExtraCase{"TwoMarks", vendorExtra("<target>a#b#c</target>"), 77.0f, "b#c"},
+                    ExtraCase{"OnlyBlanksBehindTheMark", vendorExtra("<target># \n</target>"), 77.0f, ""},
+                    ExtraCase{"BlanksWithoutAMark", vendorExtra("<target>my node</target>"), 77.0f, ""}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(SpotLightTest, TechniquesOutsideOfExtrasAreNotSearched)
+{
+    LightDocument document(spotWith("<color>1 1 1</color>") + technique(cone45 + one));
+    SpotLight light("lamp");
+    light.readExtraData(*document.light(), document.dae());
+    EXPECT_EQ(0.0f, light.outerConeAngle());
+    EXPECT_EQ("", textOf(light.lookAtNodeId()));
+}
+
+TEST(SpotLightTest, BaseURIKeepsTheLastTarget)
+{
+    LightDocument document(vendorExtra("<target>a.dae#A</target><target>b.dae#B</target>" + cone45));
+    SpotLight light("lamp");
+    light.readExtraData(*document.light(), document.dae());
+    EXPECT_EQ("b.dae#B", document.dae().getBaseURI().originalStr());
+    EXPECT_EQ("B", document.dae().getBaseURI().fragment());
+}
+
+TEST(SpotLightTest, BaseURIStaysWithoutATarget)
+{
+    LightDocument document(vendorExtra(cone45 + "<other>a.dae#A</other>") + vendorExtra(one, "OTHER"));
+    const std::string before = document.dae().getBaseURI().originalStr();
+    ASSERT_NE("", before);
+    SpotLight light("lamp");
+    light.readExtraData(*document.light(), document.dae());
+    EXPECT_EQ(before, document.dae().getBaseURI().originalStr());
+}
+
+TEST(SpotLightTest, TargetThatIsNoReferenceIsParsedByTheBaseURIAllTheSame)
+{
+    LightDocument document(vendorExtra("<target>#My Node</target>"));
+    ASSERT_NE("", document.dae().getBaseURI().originalStr());
+    SpotLight light("lamp");
+    light.readExtraData(*document.light(), document.dae());
+    EXPECT_EQ("", document.dae().getBaseURI().originalStr());
+}
+
+// ---- copies
+
+TEST(PointLightTest, CopiesAreIndependent)
+{
+    PointLight light("lamp");
+    EXPECT_TRUE(load(light, "<color>0.25 0.5 0.75</color><constant_attenuation>2</constant_attenuation>"
+                            "<linear_attenuation>3</linear_attenuation>"
+                            "<quadratic_attenuation>4</quadratic_attenuation>"));
+    const PointLight copy(light);
+    PointLight assigned("other");
+    PointLight& result = (assigned = light);
+    EXPECT_EQ(&assigned, &result);
+    PointLight& alias = light;
+    light = alias; // keeps its text
+    EXPECT_EQ("lamp", textOf(light.id()));
+    EXPECT_TRUE(load(light, "<color>0 0 0</color>"));
+    light.*privateMember(PointId()) = "changed";
+    for (const PointLight* kept : {&copy, static_cast<const PointLight*>(&assigned)}) {
+        EXPECT_EQ((Color{0.25f, 0.5f, 0.75f}), colorOf(*kept));
+        EXPECT_EQ((std::array<float, 3>{2.0f, 3.0f, 4.0f}), attenuationsOf(*kept));
+        EXPECT_EQ("lamp", textOf(kept->id()));
+    }
+}
+
+TEST(SpotLightTest, CopyIsIndependent)
+{
+    SpotLight light = fullSpotLight();
+    const SpotLight copy(light);
+    EXPECT_TRUE(load(light, "<color>0 0 0</color>"));
+    readExtra(light, vendorExtra(cone45 + one));
+    light.*privateMember(SpotId()) = "changed";
+    expectFullSpot(copy);
+}
+
+TEST(SpotLightTest, AssignmentIsIndependent)
+{
+    SpotLight light = fullSpotLight();
+    SpotLight assigned("other");
+    SpotLight& result = (assigned = light);
+    EXPECT_EQ(&assigned, &result);
+    readExtra(light, vendorExtra(cone45 + one));
+    expectFullSpot(assigned);
+}
+
+TEST(SpotLightTest, AssignmentToItselfChangesNothing)
+{
+    SpotLight light = fullSpotLight();
+    SpotLight& alias = light;
+    light = alias;
+    expectFullSpot(light);
+}
+
+// ---- list builders
+
+std::string listed(const std::string& id, const std::string& content)
+{
+    return "<light id='" + id + "'>" + content + "</light>";
+}
+
+std::string library(const std::string& lights)
+{
+    return "<library_lights>" + lights + "</library_lights>";
+}
+
+const std::string colored = "<color>0.25 0.5 0.75</color>";
+const std::string ambient = "<technique_common><ambient>" + colored + "</ambient></technique_common>";
+const std::string directional = "<technique_common><directional>" + colored + "</directional></technique_common>";
+
+/// Both builders, each with a list that holds one light from before.
+struct PointBuilder {
+    using List = PointList;
+    using Light = PointLight;
+    static std::string element(const std::string& content) { return pointWith(content); }
+    static std::string otherElement(const std::string& content) { return spotWith(content); }
+    static unsigned build(const domCOLLADA* root, DAE& /*dae*/, List& list)
+    {
+        return libVideo::createPointLightListFromCollada(root, list);
+    }
+};
+
+struct SpotBuilder {
+    using List = SpotList;
+    using Light = SpotLight;
+    static std::string element(const std::string& content) { return spotWith(content); }
+    static std::string otherElement(const std::string& content) { return pointWith(content); }
+    static unsigned build(const domCOLLADA* root, DAE& dae, List& list)
+    {
+        return libVideo::createSpotLightListFromCollada(root, dae, list);
+    }
+};
+
+struct BuilderName {
+    template <class Builder>
+    static std::string GetName(int /*index*/)
+    {
+        return std::is_same<Builder, PointBuilder>::value ? "Point" : "Spot";
+    }
+};
+
+template <class Builder>
+class LightListTest : public testing::Test {
+protected:
+    using List = typename Builder::List;
+    using Handle = libVideo::SharedHandle<typename Builder::Light>;
+
+    LightListTest() { list.append(Handle(new typename Builder::Light("before"))); }
+
+    unsigned build(ColladaBuilder& document)
+    {
+        const domCOLLADA* const root = document.open();
+        EXPECT_NE(nullptr, root);
+        return Builder::build(root, document.dae(), list);
+    }
+
+    std::vector<std::string> ids() const
+    {
+        std::vector<std::string> all;
+        for (const Handle& light : list) {
+            all.push_back(textOf(light->id()));
+        }
+        return all;
+    }
+
+    List list;
+};
+
+using Builders = testing::Types<PointBuilder, SpotBuilder>;
+TYPED_TEST_SUITE(LightListTest, Builders, BuilderName);
+
+TYPED_TEST(LightListTest, NullDocumentLeavesTheListAsItWas)
+{
+    ColladaBuilder document;
+    const auto before = this->list[0];
+    const LogCapture log;
+    EXPECT_EQ(0u, TypeParam::build(nullptr, document.dae(), this->list));
+    expectLog(noDocument, log);
+    ASSERT_EQ(1u, this->list.size());
+    EXPECT_EQ(before, this->list[0]);
+}
+
+TYPED_TEST(LightListTest, DocumentWithoutLightsClearsTheList)
+{
+    for (const char* xml : {"", "<library_lights/>"}) {
+        ColladaBuilder document(xml);
+        const typename TestFixture::Handle before(new typename TypeParam::Light("before"));
+        this->list.append(before);
+        const LogCapture log;
+        EXPECT_EQ(0u, this->build(document));
+        expectLog("", log);
+        EXPECT_EQ(0u, this->list.size());
+        EXPECT_EQ(1u, before.useCount()); // the list has let go of it
+    }
+}
+
+TYPED_TEST(LightListTest, AllLibrariesAreReadInDocumentOrder)
+{
+    ColladaBuilder document(
+        library(listed("b", TypeParam::element(colored)) + listed("a", TypeParam::element(colored))) + library("") +
+        library(listed("c", TypeParam::element("<color>0 0 1</color>"))));
+    const LogCapture log;
+    EXPECT_EQ(3u, this->build(document));
+    expectLog("", log);
+    ASSERT_EQ((std::vector<std::string>{"b", "a", "c"}), this->ids());
+    EXPECT_EQ((Color{0.25f, 0.5f, 0.75f}), colorOf(*this->list[0]));
+    EXPECT_EQ((Color{0.25f, 0.5f, 0.75f}), colorOf(*this->list[1]));
+    EXPECT_EQ((Color{0.0f, 0.0f, 1.0f}), colorOf(*this->list[2]));
+    EXPECT_EQ(1u, this->list[0].useCount());
+}
+
+TYPED_TEST(LightListTest, MoreLightsThanAListStartsWith)
+{
+    std::string lights;
+    std::vector<std::string> expected;
+    for (int i = 0; i < 20; ++i) {
+        expected.push_back("light" + std::to_string(i));
+        lights += listed(expected.back(), TypeParam::element("<color>0 0 " + std::to_string(i) + "</color>"));
+    }
+    ColladaBuilder document(library(lights));
+    EXPECT_EQ(20u, this->build(document));
+    ASSERT_EQ(expected, this->ids());
+    for (unsigned i = 0; i < 20; ++i) {
+        EXPECT_EQ(static_cast<float>(i), this->list[i]->color()[2]);
+    }
+}
+
+TYPED_TEST(LightListTest, SecondRunStartsAnew)
+{
+    ColladaBuilder document(library(listed("a", TypeParam::element(colored))));
+    EXPECT_EQ(1u, this->build(document));
+    const auto before = this->list[0];
+    EXPECT_EQ(1u, this->build(document));
+    ASSERT_EQ(1u, this->list.size());
+    EXPECT_NE(before, this->list[0]);
+}
+
+TYPED_TEST(LightListTest, OtherLightsGiveNoEntryAndNoLine)
+{
+    ColladaBuilder document(library(listed("ambient", ambient) + listed("other", TypeParam::otherElement("")) +
+                                    listed("a", TypeParam::element(colored)) + listed("directional", directional) +
+                                    listed("noTechnique", "") + listed("emptyTechnique", "<technique_common/>") +
+                                    listed("vendor", technique(cone45)) + listed("b", TypeParam::element(colored))));
+    const LogCapture log;
+    EXPECT_EQ(2u, this->build(document));
+    expectLog("", log);
+    EXPECT_EQ((std::vector<std::string>{"a", "b"}), this->ids());
+}
+
+TYPED_TEST(LightListTest, AbsentIdIsEmpty)
+{
+    ColladaBuilder document(library("<light name='lamp'>" + TypeParam::element(colored) + "</light>"));
+    EXPECT_EQ(1u, this->build(document));
+    EXPECT_EQ((std::vector<std::string>{""}), this->ids());
+}
+
+TYPED_TEST(LightListTest, OpensNoTrace)
+{
+    ColladaBuilder document(library(listed("a", TypeParam::element(colored)) + listed("b", TypeParam::element(""))));
+    const LogCapture log;
+    vesk::LogFactory::setPriority(vesk::LoggerPriority::PRIORITY_TRACE);
+    EXPECT_EQ(2u, this->build(document));
+    // The line of the light without a color is the only one.
+    ASSERT_EQ(1u, log.lines().size()) << log.text();
+    EXPECT_EQ(3, log.lines()[0].priority);
+}
+
+TEST(LightListsTest, AmbientPointAndSpotGiveOnePointAndOneSpot)
+{
+    ColladaBuilder document(
+        library(listed("ambient", ambient) + listed("point", pointWith(colored)) + listed("spot", spotWith(colored))));
+    const domCOLLADA* const root = document.open();
+    PointList points;
+    SpotList spots;
+    const LogCapture log;
+    EXPECT_EQ(1u, libVideo::createPointLightListFromCollada(root, points));
+    EXPECT_EQ(1u, libVideo::createSpotLightListFromCollada(root, document.dae(), spots));
+    expectLog("", log);
+    ASSERT_EQ(1u, points.size());
+    ASSERT_EQ(1u, spots.size());
+    EXPECT_EQ("point", textOf(points[0]->id()));
+    EXPECT_EQ("spot", textOf(spots[0]->id()));
+}
+
+TEST(LightListsTest, PointWithoutColorStaysWhiteAndHasItsAttenuations)
+{
+    ColladaBuilder document(
+        library(listed("a", pointWith("<linear_attenuation>3</linear_attenuation>")) + listed("b", pointWith(colored)) +
+                listed("c", pointWith("<color>1</color><linear_attenuation>5</linear_attenuation>"))));
+    PointList list;
+    const LogCapture log;
+    EXPECT_EQ(3u, libVideo::createPointLightListFromCollada(document.open(), list));
+    EXPECT_EQ(std::string(noPointColor) + "\n" + shortColor, log.text());
+    EXPECT_EQ(white, colorOf(*list[0]));
+    EXPECT_EQ(3.0f, list[0]->linearAttenuation());
+    EXPECT_EQ((Color{0.25f, 0.5f, 0.75f}), colorOf(*list[1]));
+    EXPECT_EQ(white, colorOf(*list[2]));
+    EXPECT_EQ(5.0f, list[2]->linearAttenuation());
+}
+
+TEST(LightListsTest, SpotWithoutColorStaysInTheListWithItsExtraData)
+{
+    ColladaBuilder document(library(listed("a", spotWith("<falloff_angle>9</falloff_angle>") + fullExtra) +
+                                    listed("b", spotWith(colored))));
+    SpotList list;
+    const LogCapture log;
+    EXPECT_EQ(2u, libVideo::createSpotLightListFromCollada(document.open(), document.dae(), list));
+    expectLog(noSpotColor, log);
+    ASSERT_EQ(2u, list.size());
+    EXPECT_EQ("a", textOf(list[0]->id()));
+    EXPECT_EQ(white, colorOf(*list[0]));
+    EXPECT_EQ(60.0f, list[0]->outerConeAngle());
+    EXPECT_EQ("Node1", textOf(list[0]->lookAtNodeId()));
+    EXPECT_EQ("b", textOf(list[1]->id()));
+    EXPECT_EQ(0.0f, list[1]->outerConeAngle());
+    EXPECT_EQ("", textOf(list[1]->lookAtNodeId()));
+}
+
+TEST(LightListsTest, SpotTakesElementAndExtraDataOfItsOwnLight)
+{
+    ColladaBuilder document(library(listed("a", spotWith(fullSpot) + vendorExtra(cone45 + one)) +
+                                    listed("lamp", spotWith(fullSpot) + fullExtra)));
+    SpotList list;
+    EXPECT_EQ(2u, libVideo::createSpotLightListFromCollada(document.open(), document.dae(), list));
+    EXPECT_EQ(45.0f, list[0]->outerConeAngle());
+    EXPECT_EQ("One", textOf(list[0]->lookAtNodeId()));
+    expectFullSpot(*list[1]);
+    EXPECT_EQ("#Node1", document.dae().getBaseURI().originalStr());
+}
+
+TEST(LightListsTest, ExtraDataOfAPointIsNotRead)
+{
+    ColladaBuilder document(library(listed("a", pointWith(colored) + fullExtra)));
+    const domCOLLADA* const root = document.open();
+    const std::string before = document.dae().getBaseURI().originalStr();
+    PointList points;
+    SpotList spots;
+    EXPECT_EQ(1u, libVideo::createPointLightListFromCollada(root, points));
+    EXPECT_EQ(0u, libVideo::createSpotLightListFromCollada(root, document.dae(), spots));
+    EXPECT_EQ(before, document.dae().getBaseURI().originalStr());
+}
+
+} // namespace
