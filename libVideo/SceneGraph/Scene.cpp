@@ -18,6 +18,7 @@ VIDEO_SOURCE_PATH("libVideo/SceneGraph/Scene")
 Scene::Scene() : m_dae(nullptr, nullptr, "1.4.1")
 {
     detail::installNumberTypes(m_dae);
+    detail::removeRawResolver(m_dae);
 }
 
 Scene::~Scene() = default;

@@ -822,7 +822,9 @@ TEST(GeometryInstancingTest, WalkOverTheProfilesDoesNotStopAtTheFirstShader)
                 node("n", instanceOf("#one", bound("symbol", "material"))));
     EXPECT_TRUE(world.load());
     EXPECT_EQ(4.0f, shininessOf(world.scene, "symbol"));
-    EXPECT_FALSE(materialOf(world.scene, "symbol")->component().diffuseTexture);
+    const BlinnMaterialHandle found = materialOf(world.scene, "symbol");
+    ASSERT_TRUE(found);
+    EXPECT_FALSE(found->component().diffuseTexture);
     EXPECT_EQ(Texts{noTexture}, linesOf(log)) << "the second is built, and kept out by the table";
 }
 

@@ -89,6 +89,17 @@ LoadScope::~LoadScope()
     }
 }
 
+void removeRawResolver(DAE& dae)
+{
+    daeTArray<daeURIResolver*>& resolvers = dae.getURIResolvers().list(); // owns its entries
+    for (std::size_t i = resolvers.getCount(); i-- > 0;) {
+        if (dynamic_cast<daeRawResolver*>(resolvers[i]) != nullptr) {
+            delete resolvers[i];
+            resolvers.removeIndex(i);
+        }
+    }
+}
+
 domCOLLADA* openDocument(DAE& dae, const vesk::String& path)
 {
     try {

@@ -27,6 +27,10 @@ private:
     bool m_isSilent;
 };
 
+/// Takes from a new `DAE` the resolver that reads what a reference names as plain numbers, and does not survive it if an
+/// element asks that holds none.
+void removeRawResolver(DAE& dae);
+
 /// Opens the file that `path` names, whatever characters the path holds.
 /// @return the root, or null for whatever is no regular file, is an archive, or does not open; exceptions of the
 ///     document model count as that, those of `vesk` pass
