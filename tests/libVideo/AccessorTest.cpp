@@ -1446,6 +1446,19 @@ TEST(AccessorCopyTest, AssignmentOfTheBaseCopiesNumbersAndList)
     EXPECT_EQ((Floats{4, 5, 6}), record(target, 1));
 }
 
+// The base knows the list and not the array, so another record cannot be had.
+TEST(AccessorCopyTest, ListWithoutItsArrayThrowsNullPointerAtAnotherRecord)
+{
+    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2' offset='0'", xyz);
+    AccessorFloat source;
+    ASSERT_TRUE(source.createFromCollada(document.accessor()));
+    source[1];
+    AccessorFloat target;
+    static_cast<Accessor&>(target) = source;
+    EXPECT_THROW(target[0], vesk::NullPointer);
+    EXPECT_EQ((Floats{4, 5, 6}), record(target, 1));
+}
+
 TEST(AccessorCopyTest, CopyOutlivesItsSource)
 {
     SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2'", xyz);

@@ -885,6 +885,24 @@ TEST(NodeTest, EvaluationOfKeysThatAreTooShortThrows)
     EXPECT_EQ(translated(1, 2, 3), elements(built.transform(1.0))) << "a key of the wrong size says nothing";
 }
 
+TEST(NodeTest, AnimationLengthIsThatOfTheLongestAttached)
+{
+    Node built = read(node("<translate sid='t'>1 2 3</translate><rotate sid='r'>0 0 1 0</rotate>"));
+    EXPECT_EQ(0.0, built.animationLength());
+    ASSERT_TRUE(built.addAnimation(animation("n/t", 3, "10 20 30  30 40 50")));
+    EXPECT_EQ(3.0, built.animationLength());
+
+    std::string longer = curve("n/r.ANGLE", 1, "0 180");
+    const std::size_t times = longer.find(">1 3<");
+    ASSERT_NE(std::string::npos, times);
+    longer.replace(times, 5, ">1 5<");
+    ColladaBuilder builder("<library_animations>" + longer + "</library_animations>");
+    vesk::Array<AnimationHandle> list;
+    ASSERT_EQ(1u, libVideo::createAnimationListFromCollada(builder.open(), builder.dae(), list));
+    ASSERT_TRUE(built.addAnimation(list[0]));
+    EXPECT_EQ(5.0, built.animationLength());
+}
+
 TEST(NodeTest, AddAnimationReachesOnlyTheFirstOfEqualSids)
 {
     Node built = read(node("<rotate sid='rotateX'>0 0 1 0</rotate><rotate sid='rotateX'>0 0 1 0</rotate>"));
