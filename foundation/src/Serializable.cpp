@@ -7,7 +7,6 @@
 #include <charconv>
 #include <cstdio>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace vesk {

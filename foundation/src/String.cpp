@@ -1,7 +1,6 @@
 #include <vesk/String.h>
 
 #include <charconv>
-#include <cstring>
 
 namespace vesk {
 

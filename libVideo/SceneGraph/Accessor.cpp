@@ -25,6 +25,12 @@ const vesk::String& float4x4Word()
     return word;
 }
 
+// The type of what a reference leads to; of one into nothing its text, as the document has it.
+const char* typeNameOr(const daeElementRef& element, const daeURI& reference)
+{
+    return element != nullptr ? element->getTypeName() : reference.getOriginalURI();
+}
+
 } // namespace
 
 Data::Data(const vesk::String& name, unsigned stride, DataType dataType, unsigned offset, unsigned tokenByteSize)
@@ -67,9 +73,7 @@ bool AccessorFloat::createFromCollada(const daeSmartRef<domAccessor>& accessor)
     const daeElementRef source = accessor->getSource().getElement();
     m_floatArray = daeSafeCast<domFloat_array>(source);
     if (m_floatArray == nullptr) {
-        // A reference into nothing is shown as the document has it.
-        const char* const found = source != nullptr ? source->getTypeName() : accessor->getSource().getOriginalURI();
-        VIDEO_LOG("Data source is not a float array ", found);
+        VIDEO_LOG("Data source is not a float array ", typeNameOr(source, accessor->getSource()));
         return false;
     }
     m_offset = detail::low32(accessor->getOffset());

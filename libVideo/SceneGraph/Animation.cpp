@@ -200,8 +200,7 @@ bool Animation::createNameEvolution(const domName_array* array, const VertexSema
                                     unsigned stride)
 {
     if (semantic != SEMANTIC_INTERPOLATION || stride > 1) {
-        const int number = static_cast<int>(semantic);
-        VIDEO_LOG("Cannot create a name evolution input from: ", number, ", with a stride of: ", stride);
+        VIDEO_LOG("Cannot create a name evolution input from: ", int(semantic), ", with a stride of: ", stride);
         return false;
     }
     const domListOfNames& names = array->getValue();

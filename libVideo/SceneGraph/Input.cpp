@@ -14,6 +14,11 @@ namespace {
 
 using SourceHandle = SharedHandle<Source>;
 
+const char* fragmentOf(const domInputLocalOffset& input)
+{
+    return input.getSource().fragment().c_str();
+}
+
 // The low 32 bits of an entry of an index list; 0 behind its end.
 unsigned entryAt(const domP* p, std::size_t place)
 {
@@ -166,8 +171,7 @@ bool InputLocalOffset::createFromCollada(const daeTArray<daeSmartRef<domInputLoc
         }
         const SourceHandle source = createSourceFromCollada(inputs[i]->getSource());
         if (!source) {
-            const char* const name = inputs[i]->getSource().fragment().c_str();
-            VIDEO_LOG("Does not have a class representation for source ", name);
+            VIDEO_LOG("Does not have a class representation for source ", fragmentOf(*inputs[i]));
             continue;
         }
         m_sources.append(source);
@@ -199,7 +203,7 @@ void InputLocalOffset::createVertices(const daeSmartRef<domInputLocalOffset>& in
     detail::expectElement(input, "InputLocalOffset");
     const domVerticesRef vertices = detail::resolve<domVertices>(input->getSource());
     if (vertices == nullptr) {
-        VIDEO_LOG("Input is not a <vertices> element ", input->getSource().fragment().c_str());
+        VIDEO_LOG("Input is not a <vertices> element ", fragmentOf(*input));
         return;
     }
     const InputLocal local(vertices->getInput_array());

@@ -26,6 +26,12 @@ domAccessorRef accessorOf(const domSource& source)
     return technique != nullptr ? technique->getAccessor() : domAccessorRef();
 }
 
+// The id of what a reference leads to; of one into nothing its text, as the document has it.
+const char* idOr(const daeElementRef& element, const daeURI& reference)
+{
+    return element != nullptr ? element->getID() : reference.getOriginalURI();
+}
+
 SourceHandle instantiateSource(const vesk::String& type, const domSourceRef& source)
 {
     if (vesk::String::compareNoCase(type, "float") == 0 || vesk::String::compareNoCase(type, "float4x4") == 0) {
@@ -110,9 +116,7 @@ SharedHandle<Source> createSourceFromCollada(const daeURI& uri)
     const daeElementRef element = uri.getElement();
     const domSourceRef source = daeSafeCast<domSource>(element);
     if (source == nullptr) {
-        // A reference into nothing is shown as the document has it.
-        const char* const found = element != nullptr ? element->getID() : uri.getOriginalURI();
-        VIDEO_LOG("Element ", found, " is not a source");
+        VIDEO_LOG("Element ", idOr(element, uri), " is not a source");
         return SourceHandle();
     }
     const domFloat_arrayRef floats = source->getFloat_array();
