@@ -1,7 +1,6 @@
-#include "LoadBenchmarks.h"
+#include "Benchmarks.h"
 
 #include "DocumentGenerator.h"
-#include "DocumentWork.h"
 
 #include "support/Process.h"
 
@@ -201,15 +200,44 @@ double median(const std::vector<double>& values)
     return quantile(values, 0.5);
 }
 
-// In MiB, of a process of its own: in this one the peak would be that of the biggest document so far.
-double peakMemory(const std::string& program, Work work, const std::string& path)
+// What a program prints about a document.
+std::istringstream outputOf(const std::vector<std::string>& command)
 {
-    const testSupport::ProcessResult result = testSupport::runProcess({program, nameOf(work), path});
-    if (result.status != 0) {
-        throw std::runtime_error(result.errors);
+    const testSupport::ProcessResult result = testSupport::runProcess(command);
+    if (result.status != 0 || result.output.empty()) {
+        throw std::runtime_error(command[0] + " refuses the document: " + result.errors);
     }
-    return std::stod(result.output) / 1024.0;
+    return std::istringstream(result.output);
 }
+
+// What one work on a document takes in a process of its own, in several rounds.
+class Costs {
+public:
+    explicit Costs(const char* program) : m_program(program) {}
+
+    double measure(const std::string& path)
+    {
+        double seconds = 0.0;
+        double kibibytes = 0.0;
+        outputOf({m_program, path}) >> seconds >> kibibytes;
+        m_seconds.push_back(seconds);
+        m_mebibytes.push_back(kibibytes / 1024.0);
+        return seconds;
+    }
+
+    double seconds() const { return median(m_seconds); }
+    double mebibytes() const { return median(m_mebibytes); } // resident at most
+    void report(benchmark::State& state, const std::string& name) const
+    {
+        state.counters[name + "_ms"] = 1e3 * seconds();
+        state.counters[name + "_mib"] = mebibytes();
+    }
+
+private:
+    const char* m_program;
+    std::vector<double> m_seconds;
+    std::vector<double> m_mebibytes;
+};
 
 void reportGoal(benchmark::State& state, const Goal& goal)
 {
@@ -221,46 +249,53 @@ void reportGoal(benchmark::State& state, const Goal& goal)
     }
 }
 
-// Open and load by turns, so that whatever else the machine does meets both alike.
-void measureTimes(benchmark::State& state, const std::string& path)
+// Open and load by turns, so that whatever else the machine does meets both alike. In a process that has done other
+// works before, the time would depend on how much memory these left behind, and the peak would be theirs.
+void measureCosts(benchmark::State& state, const std::string& path)
 {
-    std::vector<double> opens;
-    std::vector<double> loads;
+    Costs open(DOCUMENT_OPEN_PROGRAM);
+    Costs load(DOCUMENT_LOAD_PROGRAM);
+#ifdef DOCUMENT_IMPORT_PROGRAM
+    Costs import(DOCUMENT_IMPORT_PROGRAM);
+#endif
     std::vector<double> ratios;
     for ([[maybe_unused]] auto _ : state) {
-        opens.push_back(secondsOf(Work::Open, path));
-        loads.push_back(secondsOf(Work::Load, path));
-        ratios.push_back(loads.back() / opens.back());
-        state.SetIterationTime(loads.back());
+        const double secondsOfOpen = open.measure(path);
+        const double secondsOfLoad = load.measure(path);
+        ratios.push_back(secondsOfLoad / secondsOfOpen);
+        state.SetIterationTime(secondsOfLoad);
+#ifdef DOCUMENT_IMPORT_PROGRAM
+        import.measure(path);
+#endif
     }
-    state.counters["open_ms"] = 1e3 * median(opens);
-    state.counters["load_ms"] = 1e3 * median(loads);
-    state.counters["time_ratio"] = median(loads) / median(opens);
+    open.report(state, "open");
+    load.report(state, "load");
+#ifdef DOCUMENT_IMPORT_PROGRAM
+    import.report(state, "import");
+#endif
+    state.counters["time_ratio"] = load.seconds() / open.seconds();
     state.counters["time_ratio_low"] = quantile(ratios, 0.25);
     state.counters["time_ratio_high"] = quantile(ratios, 0.75);
+    state.counters["memory_ratio"] = load.mebibytes() / open.mebibytes();
 }
 
-void measureMemory(benchmark::State& state, const std::string& path)
+// By turns in one process, which has the pages that the round before has freed.
+void measureTurns(benchmark::State& state, const std::string& path)
 {
-    const double open = peakMemory(PEAK_MEMORY_PROGRAM, Work::Open, path);
-    const double load = peakMemory(PEAK_MEMORY_PROGRAM, Work::Load, path);
-    state.counters["open_mib"] = open;
-    state.counters["load_mib"] = load;
-    state.counters["memory_ratio"] = load / open;
-}
-
-#ifdef BENCHMARKS_USE_ASSIMP
-// Behind the others, so that these are the same in builds with Assimp and without.
-void measureImport(benchmark::State& state, const std::string& path)
-{
-    std::vector<double> imports;
-    for (benchmark::IterationCount i = 0; i < state.max_iterations; ++i) {
-        imports.push_back(secondsOf(Work::Import, path));
+    std::istringstream turns = outputOf({DOCUMENT_TURNS_PROGRAM, path, std::to_string(state.max_iterations + 1)});
+    std::vector<double> opens;
+    std::vector<double> loads;
+    double open = 0.0;
+    double load = 0.0;
+    turns >> open >> load; // the first is as in a process of its own
+    while (turns >> open >> load) {
+        opens.push_back(open);
+        loads.push_back(load);
     }
-    state.counters["import_ms"] = 1e3 * median(imports);
-    state.counters["import_mib"] = peakMemory(PEAK_MEMORY_OF_IMPORT_PROGRAM, Work::Import, path);
+    state.counters["warm_open_ms"] = 1e3 * median(opens);
+    state.counters["warm_load_ms"] = 1e3 * median(loads);
+    state.counters["warm_time_ratio"] = median(loads) / median(opens);
 }
-#endif
 
 void measureLoad(benchmark::State& state, const LoadCase& row)
 {
@@ -273,15 +308,12 @@ void measureLoad(benchmark::State& state, const LoadCase& row)
             text << "loaded " << loaded << " instead of " << expected;
             throw std::runtime_error(text.str());
         }
-        measureTimes(state, file.path());
-        measureMemory(state, file.path());
-#ifdef BENCHMARKS_USE_ASSIMP
-        measureImport(state, file.path());
-#endif
+        measureCosts(state, file.path());
+        measureTurns(state, file.path());
         state.counters["document_mb"] = 1e-6 * static_cast<double>(std::filesystem::file_size(file.path()));
         reportGoal(state, row.goal);
     } catch (const std::exception& error) {
-        state.SkipWithError(error.what());
+        fail(state, error.what());
     }
 }
 
