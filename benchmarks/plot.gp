@@ -17,6 +17,7 @@ set origin 0, 0.5
 set size 1, 0.5
 set lmargin 10
 set logscale xy
+set xrange [0.05:*]
 set xlabel "size of the document in MB"
 set ylabel "milliseconds"
 set format "%g"
@@ -32,19 +33,22 @@ unset format
 unset ylabel
 unset grid
 
-# Ratios, with their goals.
+# Ratios, with their goals, and a line where a load costs as much as an open.
+stats ratios using 3 nooutput
+count = STATS_records
 set grid xtics linecolor "#d8d8d8"
 set style fill solid 0.9 noborder
-set yrange [*:*] reverse
-set offsets 0, 0, 0.6, 0.6
 set xrange [0:*]
-set key above right samplen 2
+set yrange [count - 0.4 : -0.6]
+set ytics scale 0
+set arrow 1 from 1, graph 0 to 1, graph 1 nohead dashtype 3 linewidth 1.5 linecolor "#404040"
+set key at graph 1, 1.14 samplen 2
 set xlabel "load / open"
 
 set origin 0, 0
 set size 0.6, 0.5
 set lmargin 28
-set title "Time"
+set title "Processor time"
 plot ratios using ($2 / 2):0:($2 / 2):(0.35):yticlabels(1) with boxxyerror linecolor rgb color[1] notitle, \
      ratios using 3:($0 - 0.42):(0):(0.84) with vectors nohead linewidth 3 linecolor "#000000" title "goal"
 
