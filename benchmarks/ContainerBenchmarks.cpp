@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <random>
 #include <string>
+#include <type_traits>
 #include <unordered_map>
 #include <vector>
 
@@ -145,7 +146,7 @@ void indexNumbers(benchmark::State& state)
     for ([[maybe_unused]] auto _ : state) {
         unsigned sum = 0;
         const auto size = container.size(); // in the container's own type
-        for (auto i = size - size; i < size; ++i) {
+        for (std::remove_const_t<decltype(size)> i = 0; i < size; ++i) {
             sum += container[i];
         }
         benchmark::DoNotOptimize(sum);
@@ -189,7 +190,7 @@ std::vector<Text> shuffledKeys(unsigned count, const std::string& start)
     for (unsigned i = 0; i < count; ++i) {
         keys.emplace_back((start + std::to_string(i)).c_str());
     }
-    std::mt19937 generator(1); // NOLINT(cert-msc51-cpp): the same order in every run
+    std::mt19937 generator(1); // NOLINT(cert-msc32-c,cert-msc51-cpp): the same order in every run
     std::shuffle(keys.begin(), keys.end(), generator);
     return keys;
 }
@@ -251,7 +252,9 @@ void findAbsent(benchmark::State& state)
 template <class Text>
 Text textOf(unsigned size)
 {
-    return Text(std::string(size, 'x').c_str());
+    const std::string bytes(size, 'x');
+    const char* const start = bytes.c_str();
+    return Text(start);
 }
 
 template <class Text>
@@ -269,8 +272,9 @@ template <class Text>
 void makeText(benchmark::State& state)
 {
     const std::string bytes(sizeOf(state), 'x');
+    const char* const start = bytes.c_str();
     for ([[maybe_unused]] auto _ : state) {
-        Text text(bytes.c_str());
+        Text text(start);
         benchmark::DoNotOptimize(text);
     }
     countItems(state, 1);

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <exception>
 #include <filesystem>
 #include <ostream>
 #include <sstream>
@@ -190,7 +191,7 @@ const std::vector<LoadCase>& loadCases()
 // The value below which that share of all values lies.
 double quantile(std::vector<double> values, double share)
 {
-    const auto place = static_cast<std::ptrdiff_t>(share * static_cast<double>(values.size() - 1) + 0.5);
+    const auto place = std::lround(share * static_cast<double>(values.size() - 1));
     std::nth_element(values.begin(), values.begin() + place, values.end());
     return values[static_cast<std::size_t>(place)];
 }
@@ -270,26 +271,32 @@ void measureCosts(benchmark::State& state, const std::string& path)
     state.counters["memory_ratio"] = load.mebibytes() / open.mebibytes();
 }
 
-// By turns in one process, which has the pages that the round before has freed.
+// What one process takes that goes on, and so has the pages that its rounds before have freed.
+struct Turns {
+    std::vector<double> opens;
+    std::vector<double> others;
+};
+
+Turns turnsOf(const std::string& kind, const std::string& path, benchmark::IterationCount rounds)
+{
+    std::istringstream lines = outputOf({DOCUMENT_TURNS_PROGRAM, kind, path, std::to_string(rounds + 1)});
+    Turns turns;
+    double open = 0.0;
+    double other = 0.0;
+    lines >> open >> other; // the first round is as in a process of its own
+    while (lines >> open >> other) {
+        turns.opens.push_back(open);
+        turns.others.push_back(other);
+    }
+    return turns;
+}
+
 void measureTurns(benchmark::State& state, const std::string& path)
 {
-    std::istringstream turns = outputOf({DOCUMENT_TURNS_PROGRAM, path, std::to_string(state.max_iterations + 1)});
-    std::vector<double> opens;
-    std::vector<double> builds;
-    std::vector<double> loads;
-    double open = 0.0;
-    double build = 0.0;
-    double load = 0.0;
-    turns >> open >> build >> load; // the first is as in a process of its own
-    while (turns >> open >> build >> load) {
-        opens.push_back(open);
-        builds.push_back(build);
-        loads.push_back(load);
-    }
-    state.counters["warm_open_ms"] = 1e3 * median(opens);
-    state.counters["warm_build_ms"] = 1e3 * median(builds);
-    state.counters["warm_load_ms"] = 1e3 * median(loads);
-    state.counters["warm_time_ratio"] = median(loads) / median(opens);
+    const Turns loads = turnsOf("load", path, state.max_iterations);
+    state.counters["warm_time_ratio"] = median(loads.others) / median(loads.opens);
+    const Turns builds = turnsOf("build", path, state.max_iterations);
+    state.counters["warm_build_ms"] = 1e3 * median(builds.others);
 }
 
 #ifdef DOCUMENT_IMPORT_PROGRAM
