@@ -181,7 +181,7 @@ const std::vector<LoadCase>& loadCases()
         {flatTreeKind, 1000, none},
         {flatTreeKind, 10000, none},
         {chainKind, 1000, none},
-        {chainKind, 10000, none},
+        {chainKind, 9000, none},
         {camerasAndLightsKind, 1000, none},
         {camerasAndLightsKind, 10000, none},
     };
