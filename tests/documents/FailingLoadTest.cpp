@@ -1,0 +1,116 @@
+#include "DocumentFolder.h"
+
+#include "support/CrashReport.h"
+#include "support/FailingAllocator.h"
+#include "support/SilentLog.h"
+
+#include <libVideo/SceneGraph.h>
+
+#include <vesk/Exception.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <new>
+#include <string>
+
+// What a load does behind the opening of its document, with one request for memory that fails: each in turn.
+
+namespace {
+
+using documents::StoredDocument;
+using testSupport::CrashReport;
+using testSupport::FailingAllocator;
+using testSupport::SilentLog;
+
+constexpr long mostFailures = 1500; // of one document; evenly spread if it asks more often
+
+// The pool and the scene of one load.
+struct Loaded {
+    libVideo::SceneResources resources;
+    libVideo::VisualScene scene;
+
+    void load(DAE& dae, const domCOLLADA& root, const domVisual_scene& visualScene)
+    {
+        libVideo::createAnimationListFromCollada(&root, dae, resources.animationList);
+        libVideo::createCameraListFromCollada(&root, dae, resources.cameraList);
+        libVideo::createPointLightListFromCollada(&root, resources.pointLightList);
+        libVideo::createSpotLightListFromCollada(&root, dae, resources.spotLightList);
+        scene.createFromCollada(visualScene, libVideo::SceneResourcesLink(&resources));
+    }
+};
+
+class SilentErrorHandler : public daeErrorHandler {
+public:
+    SilentErrorHandler() { setErrorHandler(this); }
+    ~SilentErrorHandler() override { setErrorHandler(nullptr); }
+    void handleError(daeString /*message*/) override {}
+    void handleWarning(daeString /*message*/) override {}
+};
+
+class FailingLoadTest : public testing::TestWithParam<StoredDocument> {
+protected:
+    void SetUp() override
+    {
+        m_root = daeSafeCast<domCOLLADA>(m_dae.open(GetParam().path));
+        ASSERT_NE(m_root, nullptr);
+        ASSERT_NE(m_root->getScene(), nullptr);
+        m_visualScene =
+            daeSafeCast<domVisual_scene>(m_root->getScene()->getInstance_visual_scene()->getUrl().getElement());
+        ASSERT_NE(m_visualScene, nullptr);
+    }
+
+    // Requests of one load. @return whether one failed
+    bool loadWithFailure(long successes, long& requests)
+    {
+        const auto loaded = std::make_unique<Loaded>();
+        const FailingAllocator allocator(successes);
+        bool hasThrown = false;
+        try {
+            loaded->load(m_dae, *m_root, *m_visualScene);
+        } catch (const vesk::NullPointer&) {
+            hasThrown = true;
+        } catch (const std::bad_alloc&) {
+            hasThrown = true;
+        } catch (const vesk::Exception&) {
+            hasThrown = false; // the document's own
+        }
+        requests = allocator.requests();
+        EXPECT_EQ(hasThrown, allocator.hasFailed()) << "request " << successes;
+        return allocator.hasFailed();
+    }
+
+private:
+    const SilentErrorHandler m_handler;
+    const SilentLog m_log;
+    DAE m_dae{nullptr, nullptr, "1.4.1"};
+    domCOLLADA* m_root = nullptr;
+    domVisual_scene* m_visualScene = nullptr;
+};
+
+TEST_P(FailingLoadTest, EachFailureThrowsAndLeavesNothingBehind)
+{
+    CrashReport report(60);
+    report.begin("a load without failure of " + GetParam().path);
+    long requests = 0;
+    ASSERT_FALSE(loadWithFailure(-1, requests)) << "also makes the loggers";
+    ASSERT_FALSE(loadWithFailure(-1, requests));
+    ASSERT_GT(requests, 3);
+    const long failures = std::min(requests, mostFailures);
+    for (long i = 0; i < failures; ++i) {
+        const long request = i * requests / failures;
+        report.begin("request " + std::to_string(request) + " fails, of " + GetParam().path);
+        long ignored = 0;
+        EXPECT_TRUE(loadWithFailure(request, ignored)) << "request " << request;
+    }
+    RecordProperty("requests", std::to_string(requests));
+    long again = 0;
+    EXPECT_FALSE(loadWithFailure(-1, again));
+    EXPECT_EQ(again, requests) << "a load after the failed ones is like the one before";
+}
+
+INSTANTIATE_TEST_SUITE_P(Documents, FailingLoadTest, testing::ValuesIn(documents::ownDocuments()),
+                         [](const auto& row) { return row.param.name; });
+
+} // namespace
