@@ -1,6 +1,6 @@
 # Debian packages that the project needs, and their installation. Sourced by the scripts at the top.
 
-build_packages="g++ cmake ninja-build pkg-config libcollada-dom-dev libpugixml-dev libcli11-dev nlohmann-json3-dev"
+build_packages="g++ cmake ninja-build pkg-config libcollada-dom-dev libxml2-dev libpugixml-dev libcli11-dev nlohmann-json3-dev"
 test_packages="$build_packages libgtest-dev"
 benchmark_packages="$build_packages libbenchmark-dev"
 fuzz_packages="clang libclang-rt-14-dev"
