@@ -25,9 +25,9 @@ using testSupport::LoadOutcome;
 using testSupport::TortureFolder;
 
 // Of a document as many variants as keep the tests short: bytes to load in all, and the fewest of large ones.
-constexpr std::size_t mostBytes = 6000000;
-constexpr std::size_t fewestVariants = 25;
-constexpr std::size_t mostVariants = 1200;
+constexpr std::size_t mostBytes = 4000000;
+constexpr std::size_t fewestVariants = 20;
+constexpr std::size_t mostVariants = 600;
 
 std::string wordsOf(const DocumentChange& change)
 {

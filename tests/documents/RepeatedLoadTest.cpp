@@ -12,18 +12,19 @@
 
 #include <malloc.h>
 
+#include <cstddef>
 #include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/allocator_interface.h>
-#elif defined(__has_feature)
+#if !defined(__SANITIZE_ADDRESS__) && defined(__has_feature)
 #if __has_feature(address_sanitizer)
-#include <sanitizer/allocator_interface.h>
 #define __SANITIZE_ADDRESS__ 1
 #endif
+#endif
+#ifdef __SANITIZE_ADDRESS__
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes(); // its header does not come with every compiler
 #endif
 
 // Loads one after the other, at the same time, and left in the middle.
@@ -97,7 +98,8 @@ TEST(RepeatedLoadTest, AThousandScenesLeaveNothingBehind)
     for (unsigned i = 0; i < cycles; ++i) {
         cycle(i);
     }
-    EXPECT_LE(bytesInUse(), before + cycles) << "less than a byte a cycle";
+    // The C library counts blocks that it keeps for later; a block that each cycle lost would take more.
+    EXPECT_LE(bytesInUse(), before + 16 * cycles);
 }
 
 TEST(RepeatedLoadTest, ARefusedDocumentLeavesNothingBehind)

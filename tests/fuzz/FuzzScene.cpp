@@ -4,55 +4,18 @@
 
 #include "support/DocumentChange.h"
 #include "support/SceneWalker.h"
+#include "support/TortureFolder.h"
 
 #include <libVideo/SceneGraph/Scene.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <string>
-#include <system_error>
 
 extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t maxSize);
 
 namespace {
-
-// A folder with the document of the moment and one that it may refer to; it goes when the process ends by itself.
-class Folder {
-public:
-    Folder()
-    {
-        std::string name = (std::filesystem::temp_directory_path() / "libVideoFuzz-XXXXXX").string();
-        if (mkdtemp(name.data()) == nullptr) {
-            fuzz::fail("no temporary folder");
-        }
-        m_path = name;
-        std::filesystem::copy_file(SEED_FOLDER "/neighbour.dae", m_path / "neighbour.dae");
-    }
-
-    ~Folder()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_path, ignored);
-    }
-
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
-    std::string write(const std::uint8_t* data, std::size_t size) const
-    {
-        const std::filesystem::path document = m_path / "document.dae";
-        std::ofstream file(document, std::ios::binary);
-        file.write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
-        return document.string();
-    }
-
-private:
-    std::filesystem::path m_path;
-};
 
 std::string textOf(const std::uint8_t* data, std::size_t size)
 {
@@ -96,8 +59,8 @@ extern "C" std::size_t LLVMFuzzerCustomCrossOver(const std::uint8_t* first, std:
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    static const Folder folder;
-    const std::string path = folder.write(data, size);
+    static const testSupport::TortureFolder folder; // goes when the process ends by itself
+    const std::string path = folder.write(textOf(data, size));
     libVideo::Scene scene;
     const testSupport::LoadOutcome outcome = testSupport::loadAndWalk(scene, path);
     if (!outcome.fault.empty()) {

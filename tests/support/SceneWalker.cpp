@@ -7,7 +7,7 @@
 
 #include <vesk/Exception.h>
 
-#include <cmath>
+#include <cstdint>
 #include <exception>
 #include <limits>
 #include <set>
@@ -310,16 +310,21 @@ private:
         if (isList && primitive.totalByteSize() != 0 && corners / 3 != primitive.count()) {
             fail("a triangle list of another number of corners than it counts");
         }
-        const unsigned vertices =
-            primitive.bytesPerVertex() == 0 ? 0 : primitive.totalByteSize() / primitive.bytesPerVertex();
+        // A source without params adds bytes to the stream and none to the layout, so there may be more than counted here.
+        const std::uint64_t bytes = primitive.bytesPerVertex();
         for (const unsigned index : primitive.indexBuffer()) {
-            if (primitive.totalByteSize() != 0 && index >= vertices) {
+            if (primitive.totalByteSize() != 0 && (std::uint64_t(index) + 1) * bytes > primitive.totalByteSize()) {
                 fail("an index without a vertex");
             }
         }
         vesk::Buffer<unsigned char> vertex;
         for (const unsigned corner : {0u, 1u, corners / 2, corners - 1, corners, primitive.count(), 0xFFFFFFFFu}) {
-            attempt([&] { read(primitive.vertex(corner, vertex) ? static_cast<double>(vertex[0]) : 0.0); });
+            attempt([&] {
+                const bool isRead = primitive.vertex(corner, vertex);
+                for (std::uint64_t i = 0; isRead && i < vertex.size(); ++i) {
+                    read(vertex[i]);
+                }
+            });
         }
     }
 
