@@ -25,6 +25,7 @@ using testSupport::FailingAllocator;
 using testSupport::SilentLog;
 
 constexpr long mostFailures = 1500; // of one document; evenly spread if it asks more often
+constexpr long mostWholeFailures = 60;
 
 // The pool and the scene of one load.
 struct Loaded {
@@ -127,6 +128,38 @@ TEST_P(FailingLoadTest, EachFailureThrowsAndLeavesNothingBehind)
     long again = 0;
     EXPECT_FALSE(loadWithFailure(-1, again));
     EXPECT_EQ(again, requests) << "a load after the failed ones is like the one before";
+}
+
+// The opening as well. The document model takes what it cannot have for a document that it cannot read.
+TEST_P(FailingLoadTest, AWholeLoadWithAFailureThrowsOrIsRefused)
+{
+    CrashReport report(60);
+    const vesk::String path(GetParam().path.c_str());
+    long requests = 0;
+    const auto loadWhole = [&](long successes) {
+        libVideo::Scene scene;
+        const FailingAllocator allocator(successes);
+        try {
+            static_cast<void>(scene.createFromCollada(path));
+        } catch (const vesk::Exception&) {
+            EXPECT_FALSE(scene.visualScene().root().children().size() == 0 && !allocator.hasFailed());
+        } catch (const std::bad_alloc&) {
+            EXPECT_TRUE(allocator.hasFailed());
+        }
+        requests = allocator.requests();
+    };
+    loadWhole(-1);
+    const long all = requests;
+    ASSERT_GT(all, 100) << "the opening alone";
+    const long failures = std::min(all, mostWholeFailures);
+    for (long i = 0; i < failures; ++i) {
+        const long request = i * all / failures;
+        report.begin("request " + std::to_string(request) + " of all fails, of " + GetParam().path);
+        loadWhole(request);
+        EXPECT_GT(requests, request);
+    }
+    loadWhole(-1);
+    EXPECT_EQ(requests, all);
 }
 
 INSTANTIATE_TEST_SUITE_P(Documents, FailingLoadTest, testing::ValuesIn(documents::ownDocuments()),
