@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -25,9 +26,15 @@ using testSupport::LoadOutcome;
 using testSupport::TortureFolder;
 
 // Of a document as many variants as keep the tests short: bytes to load in all, and the fewest of large ones.
-constexpr std::size_t mostBytes = 4000000;
-constexpr std::size_t fewestVariants = 20;
-constexpr std::size_t mostVariants = 600;
+#ifdef __SANITIZE_ADDRESS__
+constexpr std::size_t slowness = 4;
+#else
+constexpr std::size_t slowness = 1;
+#endif
+constexpr std::size_t mostBytes = 4000000 / slowness;
+constexpr std::size_t fewestVariants = 20 / slowness;
+constexpr std::size_t mostVariants = 600 / slowness;
+constexpr std::uint32_t mostSeeds = 1500 / slowness;
 
 std::string wordsOf(const DocumentChange& change)
 {
@@ -93,7 +100,7 @@ TEST(BentDocumentTest, ManyChangesAtOnceLoadOrAreRefusedWithALine)
     ASSERT_GT(originals.size(), 10u);
     const TortureFolder folder;
     CrashReport report(60);
-    for (std::uint32_t seed = 1; seed <= 1500; ++seed) {
+    for (std::uint32_t seed = 1; seed <= mostSeeds; ++seed) {
         std::string text = originals[seed % originals.size()].content();
         testSupport::DocumentMutator mutator(seed);
         if (seed % 5 == 0) {
