@@ -2,7 +2,8 @@
 
 build_packages="g++ cmake ninja-build pkg-config libcollada-dom-dev libxml2-dev libpugixml-dev libcli11-dev nlohmann-json3-dev"
 test_packages="$build_packages libgtest-dev"
-benchmark_packages="$build_packages libbenchmark-dev"
+benchmark_packages="$build_packages libbenchmark-dev python3 gnuplot-nox"
+assimp_packages="libassimp-dev"
 fuzz_packages="clang libclang-rt-14-dev"
 ci_packages="$test_packages $benchmark_packages $fuzz_packages clang-format clang-tidy"
 

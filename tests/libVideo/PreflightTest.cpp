@@ -25,7 +25,7 @@
 namespace {
 
 using libVideo::Scene;
-using libVideo::detail::passesPreflight;
+using libVideo::detail::passPreflight;
 using testSupport::LogCapture;
 using testSupport::TemporaryFile;
 
@@ -69,7 +69,7 @@ bool passes(const std::string& text)
 {
     const TemporaryFile file(text);
     DAE dae(nullptr, nullptr, "1.4.1");
-    return passesPreflight(dae, file.path());
+    return passPreflight(dae, file.path()).has_value();
 }
 
 // Opens a file in a process of its own, with nothing in between. @return whether that process came to its end, with or
@@ -408,14 +408,14 @@ TEST(PreflightTest, NothingIsOpened)
 {
     const TemporaryFile file(whole(""));
     DAE dae(nullptr, nullptr, "1.4.1");
-    EXPECT_TRUE(passesPreflight(dae, file.path()));
+    EXPECT_TRUE(passPreflight(dae, file.path()).has_value());
     EXPECT_EQ(0, dae.getDocCount());
 }
 
 TEST(PreflightTest, MissingFileDoesNotPass)
 {
     DAE dae(nullptr, nullptr, "1.4.1");
-    EXPECT_FALSE(passesPreflight(dae, "/missing/document.dae"));
+    EXPECT_FALSE(passPreflight(dae, "/missing/document.dae").has_value());
 }
 
 TEST(PreflightTest, IsSilent)
@@ -441,7 +441,7 @@ TEST(PreflightTest, PassesWhatTheModelOpensOfAFolder)
             continue;
         }
         DAE dae(nullptr, nullptr, "1.4.1");
-        const bool isPassed = passesPreflight(dae, entry.path());
+        const bool isPassed = passPreflight(dae, entry.path()).has_value();
         testing::internal::CaptureStdout();
         const bool isOpened = isPassed && dae.open(entry.path().string()) != nullptr;
         testing::internal::GetCapturedStdout();

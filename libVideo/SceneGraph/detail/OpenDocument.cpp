@@ -15,6 +15,8 @@ public:
     void handleWarning(daeString /*message*/) override {}
 };
 
+void dropParserMessage(void* /*context*/, const char* /*format*/, ...) {} // NOLINT(cert-dcl50-cpp): as the parser calls
+
 daeErrorHandler* silentErrorHandler()
 {
     static SilentErrorHandler handler;
@@ -39,7 +41,13 @@ NumericLocaleScope::~NumericLocaleScope()
 }
 
 SilenceScope::SilenceScope()
+    : m_parserMessages(xmlGenericError),
+      m_parserContext(xmlGenericErrorContext),
+      m_parserErrors(xmlStructuredError),
+      m_parserErrorContext(xmlStructuredErrorContext)
 {
+    xmlSetStructuredErrorFunc(nullptr, nullptr);
+    xmlSetGenericErrorFunc(nullptr, dropParserMessage);
     // Only the default can be told from a handler of the host's, by asking for it.
     daeErrorHandler* const before = daeErrorHandler::get();
     daeErrorHandler::setErrorHandler(nullptr);
@@ -52,6 +60,8 @@ SilenceScope::~SilenceScope()
     if (m_isSilent) {
         daeErrorHandler::setErrorHandler(nullptr);
     }
+    xmlSetGenericErrorFunc(m_parserContext, m_parserMessages);
+    xmlSetStructuredErrorFunc(m_parserErrorContext, m_parserErrors);
 }
 
 ReferenceScope::ReferenceScope(DAE& dae) : m_list(dae.getURIResolvers().list()), m_before(m_list), m_resolver(dae)

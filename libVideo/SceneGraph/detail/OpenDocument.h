@@ -5,11 +5,14 @@
 /// network, reads numbers in the host's locale and writes its messages to standard output; what stands here keeps that
 /// away from the host.
 
+#include "Allowance.h"
 #include "ReferenceResolver.h"
 
 #include <libVideo/ColladaDom.h>
 
 #include <vesk/String.h>
+
+#include <libxml/xmlerror.h>
 
 #include <clocale>
 
@@ -28,7 +31,8 @@ private:
     locale_t m_before = nullptr;
 };
 
-/// The document model is silent, unless the host has given it an error handler of its own.
+/// The document model is silent, unless the host has given it an error handler of its own; the parser below it always
+/// is.
 class SilenceScope {
 public:
     SilenceScope();
@@ -38,6 +42,10 @@ public:
 
 private:
     bool m_isSilent;
+    xmlGenericErrorFunc m_parserMessages;
+    void* m_parserContext;
+    xmlStructuredErrorFunc m_parserErrors;
+    void* m_parserErrorContext;
 };
 
 /// References are followed by a `ReferenceResolver` alone.
@@ -67,6 +75,7 @@ public:
     domCOLLADA* open(const vesk::String& path);
 
 private:
+    Allowance m_allowance;
     NumericLocaleScope m_locale;
     SilenceScope m_silence;
     ReferenceScope m_references;

@@ -357,24 +357,26 @@ struct InputDeleter {
 
 } // namespace
 
-bool passesPreflight(DAE& dae, const std::filesystem::path& file)
+std::optional<std::uint64_t> passPreflight(DAE& dae, const std::filesystem::path& file)
 {
     // Opened as the document model does it, compression included.
     const std::unique_ptr<xmlParserInputBuffer, InputDeleter> input(
         xmlParserInputBufferCreateFilename(file.c_str(), XML_CHAR_ENCODING_NONE));
     if (input == nullptr || input->readcallback == nullptr) {
-        return false;
+        return std::nullopt;
     }
     Checker checker(dae);
+    std::uint64_t size = 0;
     std::array<char, 16'384> bytes = {};
     for (;;) {
         const int count = input->readcallback(input->context, bytes.data(), static_cast<int>(bytes.size()));
         if (count <= 0) {
-            return count == 0 && checker.finish();
+            return count == 0 && checker.finish() ? std::optional(size) : std::nullopt;
         }
         if (!checker.add(bytes.data(), static_cast<std::size_t>(count))) {
-            return false;
+            return std::nullopt;
         }
+        size += static_cast<std::uint64_t>(count);
     }
 }
 

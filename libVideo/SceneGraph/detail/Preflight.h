@@ -5,7 +5,9 @@
 
 #include <libVideo/ColladaDom.h>
 
+#include <cstdint>
 #include <filesystem>
+#include <optional>
 
 namespace libVideo::detail {
 
@@ -20,6 +22,7 @@ namespace libVideo::detail {
 ///
 /// Reads the file once, in small pieces, and keeps nothing.
 /// @param dae knows the types of elements; nothing is opened in it
-bool passesPreflight(DAE& dae, const std::filesystem::path& file);
+/// @return the number of bytes of the document, uncompressed; nothing if it is refused
+std::optional<std::uint64_t> passPreflight(DAE& dae, const std::filesystem::path& file);
 
 } // namespace libVideo::detail

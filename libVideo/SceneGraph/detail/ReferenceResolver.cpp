@@ -1,10 +1,12 @@
 #include "ReferenceResolver.h"
 
+#include "Allowance.h"
 #include "Preflight.h"
 
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cstdint>
 #include <exception>
 #include <optional>
 #include <system_error>
@@ -81,9 +83,14 @@ bool isColladaFile(const std::filesystem::path& file)
 daeElement* openFile(DAE& dae, const std::filesystem::path& file)
 {
     std::error_code error;
-    if (!std::filesystem::is_regular_file(file, error) || !passesPreflight(dae, file)) {
+    if (!std::filesystem::is_regular_file(file, error)) {
         return nullptr;
     }
+    const std::optional<std::uint64_t> size = passPreflight(dae, file);
+    if (!size) {
+        return nullptr;
+    }
+    Allowance::addDocument(*size);
     return dae.open(percentEncoded(file.string()));
 }
 
