@@ -4,7 +4,8 @@ build_packages="g++ cmake ninja-build pkg-config libcollada-dom-dev libxml2-dev 
 test_packages="$build_packages libgtest-dev"
 benchmark_packages="$build_packages libbenchmark-dev python3 gnuplot-nox"
 assimp_packages="libassimp-dev"
-ci_packages="$test_packages $benchmark_packages clang libclang-rt-14-dev clang-format clang-tidy"
+fuzz_packages="clang libclang-rt-14-dev"
+ci_packages="$test_packages $benchmark_packages $fuzz_packages clang-format clang-tidy"
 
 # need_packages NAME...: installs those that are missing.
 need_packages() {
