@@ -1,6 +1,9 @@
 #include "Dump.h"
 #include "Info.h"
 #include "LoadedScene.h"
+#ifdef SCENETOOL_HAS_PICTURES
+#include "PictureCommands.h"
+#endif
 
 #include <CLI/CLI.hpp>
 
@@ -78,6 +81,10 @@ int run(int argc, char** argv)
     dumpCommand->add_option("--time", time, "Ask every node for its state at this time in seconds first");
     dumpCommand->add_flag("--fold", folds, "Fold parents into the nodes, so that matrices are world matrices");
 
+#ifdef SCENETOOL_HAS_PICTURES
+    scenetool::PictureCommands pictures(app);
+#endif
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -87,6 +94,11 @@ int run(int argc, char** argv)
         std::cerr << "scenetool: " << scenetool::printable(error.what()) << " (see scenetool --help)\n";
         return usageError;
     }
+#ifdef SCENETOOL_HAS_PICTURES
+    if (pictures.isParsed()) {
+        return pictures.run();
+    }
+#endif
     return infoCommand->parsed() ? info(file, showsAllNodes) : dump(file, time, folds);
 }
 
