@@ -2,6 +2,7 @@
 
 #include "Info.h"
 #include "Offscreen.h"
+#include "Sheet.h"
 
 #include <unistd.h>
 
@@ -57,11 +58,6 @@ bool isPngName(const std::string& path)
     return end == ".png" && path.size() > 4;
 }
 
-void complain(const std::string& file, const std::string& line)
-{
-    std::cerr << "scenetool: " << printable(file) << (file.empty() ? "" : ": ") << printable(line) << '\n';
-}
-
 std::string loadFault(const LoadedScene& loaded)
 {
     if (loaded.failure()) {
@@ -75,7 +71,9 @@ std::string loadFault(const LoadedScene& loaded)
 PictureCommands::PictureCommands(CLI::App& app)
 {
     m_render = app.add_subcommand("render", "Draws the scene into a PNG file, or a row of them.");
-    m_render->add_option("FILE", m_file, "The document")->required();
+    m_render->add_option("FILE", m_file, "The document");
+    m_render->add_option("--sheet", m_folder,
+                         "Draw all documents below this folder on one picture instead; --size is then that of each");
     m_render->add_option("-o,--output", m_output, "The picture, with a name that ends in .png")->required();
     addViewOptions(*m_render);
     m_render->add_option("--frames", m_frames, "Draw so many pictures, OUT-0000.png and on, from --time or 0");
@@ -96,6 +94,12 @@ void PictureCommands::addViewOptions(CLI::App& command)
 
 void PictureCommands::checkOptions()
 {
+    if (m_file.empty() == m_folder.empty()) {
+        throw PictureUsageError("render wants either FILE or --sheet (see scenetool render --help)");
+    }
+    if (!m_folder.empty() && m_frames > 0) {
+        throw PictureUsageError("--frames goes with a single FILE");
+    }
     if (!m_size.empty()) {
         readSize(m_size, m_options);
     }
@@ -137,16 +141,62 @@ int PictureCommands::render()
         return EXIT_SUCCESS;
     }
     m_sequence.frames = m_frames;
-    m_sequence.hasBar = isatty(STDERR_FILENO) == 1;
+    m_sequence.hasBar = m_hasBar;
     renderSequence(loaded, m_options, m_sequence, m_output, sink);
     return EXIT_SUCCESS;
 }
 
+int PictureCommands::sheet()
+{
+    SheetOptions layout;
+    if (m_size.empty()) {
+        m_options.width = layout.cellWidth;
+        m_options.height = layout.cellHeight;
+    }
+    layout.cellWidth = m_options.width;
+    layout.cellHeight = m_options.height;
+    const std::vector<std::string> files = documentsIn(m_folder);
+    const OffscreenContext context;
+    const SheetWorker worker = [this](const std::string& file) {
+        SheetCell cell;
+        LoadedScene loaded(file);
+        if (!loaded.isLoaded()) {
+            cell.fault = loadFault(loaded);
+        } else {
+            try {
+                const auto sink = [this, &file](const std::string& line) { complain(file, line); };
+                cell.picture = renderPicture(loaded, m_options, sink);
+            } catch (const PictureError& error) {
+                cell.fault = error.what();
+            }
+        }
+        if (!cell.picture) {
+            complain(file, cell.fault);
+        }
+        return cell;
+    };
+    const SheetProgress progress = [this](unsigned done, unsigned all) {
+        if (m_hasBar) {
+            showBar(done, all);
+        }
+    };
+    writePicture(renderSheet(files, m_folder, layout, worker, progress), m_output);
+    return EXIT_SUCCESS;
+}
+
+void PictureCommands::complain(const std::string& file, const std::string& line) const
+{
+    // Over the bar, which is drawn again behind it.
+    std::cerr << (m_hasBar ? "\r\033[K" : "") << "scenetool: " << printable(file) << (file.empty() ? "" : ": ")
+              << printable(line) << '\n';
+}
+
 int PictureCommands::run()
 {
+    m_hasBar = isatty(STDOUT_FILENO) == 1 && (m_frames > 0 || !m_folder.empty());
     try {
         checkOptions();
-        return render();
+        return m_folder.empty() ? render() : sheet();
     } catch (const PictureUsageError& error) {
         complain("", error.what());
         return usageError;

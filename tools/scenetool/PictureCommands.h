@@ -25,14 +25,18 @@ private:
     void addViewOptions(CLI::App& command);
     void checkOptions();
     int render();
+    int sheet();
+    void complain(const std::string& file, const std::string& line) const;
 
     CLI::App* m_render;
     std::string m_file;
+    std::string m_folder; ///< of a sheet
     std::string m_output;
     std::string m_size;
     std::string m_up = "y";
     std::string m_background;
     unsigned m_frames = 0;
+    bool m_hasBar = false;
     RenderOptions m_options;
     SequenceOptions m_sequence;
 };

@@ -4,7 +4,7 @@
 #include "Offscreen.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <iostream>
 #include <utility>
 
 namespace scenetool {
@@ -28,14 +28,6 @@ std::string frameFile(const std::string& output, unsigned frame)
     number.insert(0, number.size() < 4 ? 4 - number.size() : 0, '0');
     const std::size_t end = output.rfind('.');
     return output.substr(0, end) + "-" + number + output.substr(end);
-}
-
-void showBar(unsigned done, unsigned all)
-{
-    constexpr unsigned width = 40;
-    const unsigned filled = static_cast<unsigned>(std::uint64_t(width) * done / all);
-    const std::string bar = std::string(filled, '#') + std::string(width - filled, '.');
-    std::fprintf(stderr, "\r[%s] %u of %u pictures%s", bar.c_str(), done, all, done == all ? "\n" : "");
 }
 
 // In a scene of which nothing is left to see, for the line that says why.
@@ -129,6 +121,15 @@ double SceneShow::length() const
         longest = std::max(longest, camera->camera()->animationLength());
     }
     return longest;
+}
+
+void showBar(unsigned done, unsigned all)
+{
+    constexpr unsigned width = 40;
+    const unsigned filled = static_cast<unsigned>(std::uint64_t(width) * done / all);
+    const std::string bar = std::string(filled, '#') + std::string(width - filled, '.');
+    std::cout << "\r[" << bar << "] " << done << " of " << all << " pictures" << (done == all ? "\n" : "")
+              << std::flush;
 }
 
 Picture renderPicture(LoadedScene& loaded, const RenderOptions& options, Shortfalls::Sink sink)

@@ -69,8 +69,11 @@ Picture renderPicture(LoadedScene& loaded, const RenderOptions& options, Shortfa
 struct SequenceOptions {
     unsigned frames = 1;
     double framesPerSecond = 25.0;
-    bool hasBar = false; ///< on standard error
+    bool hasBar = false; ///< on standard output
 };
+
+/// Redraws a line on standard output, which is a terminal, that says how much of something is done.
+void showBar(unsigned done, unsigned all);
 
 /// Writes "name-0000.png", "name-0001.png" and so on for an output of "name.png". Needs a current context.
 /// @throws PictureError; the pictures before stay
