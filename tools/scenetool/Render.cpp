@@ -66,7 +66,7 @@ SceneShow::SceneShow(LoadedScene& loaded, const RenderOptions& options, Shortfal
     m_box = boxOf(loaded, m_pose);
     const std::size_t collapsed = options.isIdentityForEmpty ? 0 : zeroMatrices(loaded);
     if (m_box.isEmpty()) {
-        throw PictureError(collapsed == 0 ? "nothing to draw: no geometry has a place"
+        throw PictureError(collapsed == 0 ? "nothing to draw: no geometry stands at a finite place"
                                           : "nothing to draw: nodes without transforms have a zero matrix "
                                             "(--identity-for-empty draws what is on them)");
     }

@@ -1,6 +1,5 @@
 #include "TextureFile.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
@@ -54,18 +53,13 @@ std::string textureFile(const std::string& documentFile, const std::string& refe
         text.erase(0, 5);
     }
     const std::filesystem::path folder = std::filesystem::path(documentFile).parent_path();
-    for (const bool isTranslated : {false, true}) {
-        if (isTranslated) { // as some write paths on other systems
-            std::replace(text.begin(), text.end(), '\\', '/');
-        }
-        const std::filesystem::path path = text;
-        for (const std::filesystem::path& place : {folder / path, folder / path.filename()}) {
-            if (isFile(place)) {
-                return place.string();
-            }
+    const std::filesystem::path path = text;
+    for (const std::filesystem::path& place : {folder / path, folder / path.filename()}) {
+        if (isFile(place)) {
+            return place.string();
         }
     }
-    return (folder / text).string();
+    return (folder / path).string();
 }
 
 } // namespace scenetool
