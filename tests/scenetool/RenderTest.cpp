@@ -297,7 +297,8 @@ constexpr std::size_t blueChannel = 2;
 void expectLikeReference(const Image& image, const Image& reference, const std::string& what)
 {
     const ImageDifference found = difference(image, reference);
-    EXPECT_LT(found.mean, 1.5) << what;
+    // Drivers may smooth the edges in another way, which is little of a picture.
+    EXPECT_LT(found.mean, 0.6) << what;
     EXPECT_LT(found.strayPart, 0.01) << what;
 }
 
@@ -532,25 +533,25 @@ RayTracer::Triangle shadingOf(const Material& material)
 
 TEST(RenderTest, ShadingIsThatOfTheFormulas)
 {
-    const Material gloss = {"gloss", {0.7, 0.2, 0.1}, {0, 0.05, 0.1}, {0.3, 0.3, 0}, {0.5, 0.6, 0.7}, 12.0, ""};
+    const Material gloss = {"gloss", {0.7, 0.2, 0.1}, {0, 0.05, 0.1}, {0.3, 0.3, 0}, {0.7, 0.8, 0.9}, 8.0, ""};
     ColladaBuilder builder(gloss.xml() + plainCube("cube", "gloss") + camera("eye", "a") +
                            "<library_lights><light id='near'><technique_common><point><color>1 0.9 0.8</color>"
                            "<constant_attenuation>0.5</constant_attenuation><linear_attenuation>0.125"
-                           "</linear_attenuation><quadratic_attenuation>0.0625</quadratic_attenuation></point>"
+                           "</linear_attenuation><quadratic_attenuation>0.25</quadratic_attenuation></point>"
                            "</technique_common></light></library_lights>");
     builder.addScene("<node id='a'><translate>0 0 0</translate>" + shown("cube", {gloss}) + "</node>" +
-                     cameraNode("eye", "2 1.5 3") +
-                     "<node id='lit'><translate>1.5 2.5 2</translate><instance_light url='#near'/></node>");
+                     cameraNode("eye", "1.2 1.1 1.9") +
+                     "<node id='lit'><translate>0.5 1.5 2.5</translate><instance_light url='#near'/></node>");
     RayTracer tracer;
     for (const Quad& quad : cubeQuads) {
         addQuad(tracer, quad, shadingOf(gloss));
     }
     RayTracer::Light light;
-    light.position = {1.5, 2.5, 2};
+    light.position = {0.5, 1.5, 2.5};
     light.color = {1, 0.9, 0.8};
-    light.attenuation = {0.5, 0.125, 0.0625};
+    light.attenuation = {0.5, 0.125, 0.25};
     tracer.lights = {light};
-    tracer.camera.eye = {2, 1.5, 3};
+    tracer.camera.eye = {1.2, 1.1, 1.9};
     const Image reference = tracer.picture(120, 120);
     const Image image = Studio(builder.text()).picture();
     expectLikeReference(image, reference, "cube");
