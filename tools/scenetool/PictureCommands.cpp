@@ -3,6 +3,7 @@
 #include "Info.h"
 #include "Offscreen.h"
 #include "Sheet.h"
+#include "Viewer.h"
 
 #include <unistd.h>
 
@@ -78,6 +79,11 @@ PictureCommands::PictureCommands(CLI::App& app)
     addViewOptions(*m_render);
     m_render->add_option("--frames", m_frames, "Draw so many pictures, OUT-0000.png and on, from --time or 0");
     m_render->add_option("--fps", m_sequence.framesPerSecond, "How many of them make a second; 25 if not said");
+
+    m_view = app.add_subcommand("view", "Shows the scene in a window.");
+    m_view->add_option("FILE", m_file, "The document")->required();
+    addViewOptions(*m_view);
+    m_view->footer(viewerHelp);
 }
 
 void PictureCommands::addViewOptions(CLI::App& command)
@@ -94,12 +100,6 @@ void PictureCommands::addViewOptions(CLI::App& command)
 
 void PictureCommands::checkOptions()
 {
-    if (m_file.empty() == m_folder.empty()) {
-        throw PictureUsageError("render wants either FILE or --sheet (see scenetool render --help)");
-    }
-    if (!m_folder.empty() && m_frames > 0) {
-        throw PictureUsageError("--frames goes with a single FILE");
-    }
     if (!m_size.empty()) {
         readSize(m_size, m_options);
     }
@@ -113,7 +113,17 @@ void PictureCommands::checkOptions()
     if (m_options.time && !std::isfinite(*m_options.time)) {
         throw PictureUsageError("--time wants a number of seconds");
     }
-    if (!m_output.empty() && !isPngName(m_output)) {
+}
+
+void PictureCommands::checkRenderOptions()
+{
+    if (m_file.empty() == m_folder.empty()) {
+        throw PictureUsageError("render wants either FILE or --sheet (see scenetool render --help)");
+    }
+    if (!m_folder.empty() && m_frames > 0) {
+        throw PictureUsageError("--frames goes with a single FILE");
+    }
+    if (!isPngName(m_output)) {
         throw PictureUsageError("--output wants a name that ends in .png, not " + m_output);
     }
     if (m_render->count("--frames") > 0 && (m_frames == 0 || m_frames > mostFrames)) {
@@ -143,6 +153,17 @@ int PictureCommands::render()
     m_sequence.frames = m_frames;
     m_sequence.hasBar = m_hasBar;
     renderSequence(loaded, m_options, m_sequence, m_output, sink);
+    return EXIT_SUCCESS;
+}
+
+int PictureCommands::view()
+{
+    LoadedScene loaded(m_file);
+    if (!loaded.isLoaded()) {
+        complain(m_file, loadFault(loaded));
+        return failed;
+    }
+    viewScene(loaded, m_options, [this](const std::string& line) { complain(m_file, line); });
     return EXIT_SUCCESS;
 }
 
@@ -196,6 +217,10 @@ int PictureCommands::run()
     m_hasBar = isatty(STDOUT_FILENO) == 1 && (m_frames > 0 || !m_folder.empty());
     try {
         checkOptions();
+        if (m_view->parsed()) {
+            return view();
+        }
+        checkRenderOptions();
         return m_folder.empty() ? render() : sheet();
     } catch (const PictureUsageError& error) {
         complain("", error.what());

@@ -17,18 +17,21 @@ public:
     PictureCommands& operator=(const PictureCommands&) = delete;
 
     /// Whether the command line that was read asks for one of them.
-    bool isParsed() const { return m_render->parsed(); }
+    bool isParsed() const { return m_render->parsed() || m_view->parsed(); }
     /// @return the status for the shell: 0, 1 if a document or the drawing fails, 2 for options that do not fit
     int run();
 
 private:
     void addViewOptions(CLI::App& command);
     void checkOptions();
+    void checkRenderOptions();
     int render();
+    int view();
     int sheet();
     void complain(const std::string& file, const std::string& line) const;
 
     CLI::App* m_render;
+    CLI::App* m_view;
     std::string m_file;
     std::string m_folder; ///< of a sheet
     std::string m_output;

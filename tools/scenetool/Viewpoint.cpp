@@ -124,6 +124,11 @@ Vector3 Orbit::towards() const
     return combined(frameOf(up), std::cos(pitch) * std::sin(yaw), std::cos(pitch) * std::cos(yaw), std::sin(pitch));
 }
 
+float Orbit::spanAtTarget() const
+{
+    return 2.0f * distance / verticalScale;
+}
+
 Orbit framed(const Box& box, UpAxis up, float aspect)
 {
     Orbit orbit;
@@ -132,6 +137,7 @@ Orbit framed(const Box& box, UpAxis up, float aspect)
         return orbit;
     }
     orbit.target = box.center();
+    orbit.center = orbit.target;
     orbit.radius = box.radius() > 0.0f ? box.radius() : 1.0f;
     // Each corner of the box has to lie between the sides of the picture, with a little air.
     orbit.distance = 0.0f;
@@ -150,8 +156,10 @@ Viewpoint viewpointOf(const Orbit& orbit, float aspect)
     Viewpoint result;
     const Vector3 towards = orbit.towards();
     result.eye = sum(orbit.target, scaled(towards, orbit.distance));
-    const float far = orbit.distance + 2.0f * orbit.radius;
-    const float near = std::max(orbit.distance - 2.0f * orbit.radius, 0.002f * far);
+    // The planes stand before and behind the sphere, however far it was moved off.
+    const float depth = (result.eye - orbit.center).dot(towards);
+    const float far = std::max(depth + 2.0f * orbit.radius, 0.1f * orbit.radius);
+    const float near = std::max(depth - 2.0f * orbit.radius, 0.001f * far);
     result.clipFromWorld = glDepth() * projection(verticalScale / aspect, verticalScale, near, far) *
                            viewAlong(orbit.right(), orbit.above(), scaled(towards, -1.0f), result.eye);
     result.hasHeadLight = true;

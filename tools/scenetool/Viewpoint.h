@@ -25,7 +25,11 @@ struct Orbit {
     float yaw = 0.5f;    ///< radians to the right of the front
     float pitch = 0.42f; ///< radians above the ground
     UpAxis up = UpAxis::y;
-    float radius = 1.0f; ///< of the sphere that is to be seen whole
+    Vector3 center; ///< of the sphere that holds all that is shown
+    float radius = 1.0f;
+
+    /// What the height of the picture spans at the distance of the target.
+    float spanAtTarget() const;
 
     /// Unit vectors to the right of, above and towards the one who looks, in a right-handed world.
     Vector3 right() const;
