@@ -13,7 +13,7 @@ namespace scenetool {
 namespace {
 
 constexpr GLsizei mostSamples = 4;
-constexpr std::size_t mostSampledPixels = 16u * 1024u * 1024u; // beyond it a sample would cost gigabytes
+constexpr std::size_t mostSampledPixels = 16777216; // beyond it a sample would cost gigabytes
 
 // The dispatch library ends the process where it misses a library, so they are looked for before.
 bool hasLibrary(const char* name)
@@ -83,7 +83,7 @@ OffscreenContext::OffscreenContext()
     const EGLint attributes[] = {
         EGL_CONTEXT_MAJOR_VERSION,           3,       EGL_CONTEXT_MINOR_VERSION, 3, EGL_CONTEXT_OPENGL_PROFILE_MASK,
         EGL_CONTEXT_OPENGL_CORE_PROFILE_BIT, EGL_NONE};
-    const EGLConfig config = anyConfig(m_display);
+    EGLConfig config = anyConfig(m_display);
     m_context = config != nullptr && eglBindAPI(EGL_OPENGL_API) == EGL_TRUE
                     ? eglCreateContext(m_display, config, EGL_NO_CONTEXT, attributes)
                     : EGL_NO_CONTEXT;

@@ -21,7 +21,7 @@ namespace scenetool {
 
 namespace {
 
-constexpr std::uintmax_t mostFileSize = 256u * 1024u * 1024u;
+constexpr std::uintmax_t mostFileSize = 268435456;
 
 std::string lastError()
 {

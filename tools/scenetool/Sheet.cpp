@@ -18,7 +18,7 @@ constexpr unsigned gap = 8;
 constexpr unsigned labelHeight = 20;
 constexpr unsigned textTop = 5;   // of a label
 constexpr unsigned textStep = 13; // from one line to the next
-constexpr std::size_t mostSheetPixels = 128u * 1024u * 1024u;
+constexpr std::size_t mostSheetPixels = 134217728;
 
 using Color = std::array<unsigned char, 3>;
 
@@ -62,7 +62,7 @@ void write(Picture& picture, Place at, std::string text)
         float x, y, z;
         unsigned char color[4];
     };
-    std::vector<Corner> corners(4 * 80 * text.size() + 4); // a letter has fewer than 80 strokes
+    std::vector<Corner> corners(320 * text.size() + 4); // four for a stroke, of which a letter has fewer than 80
     const int strokes = stb_easy_font_print(0, 0, text.data(), nullptr, corners.data(),
                                             static_cast<int>(corners.size() * sizeof(Corner)));
     for (int i = 0; i < strokes; ++i) {
