@@ -746,6 +746,26 @@ TEST(RenderTest, NodeWithoutTransformCollapsesUnlessToldOtherwise)
     expectMostly(studio.picture({"--identity-for-empty"}), 0.5, 0.5, redChannel, "with the identity");
 }
 
+TEST(RenderTest, RestIsDrawnBesideNodesThatCollapse)
+{
+    ColladaBuilder builder(colors()[0].xml() + colors()[1].xml() + plainCube("one", "red") + plainCube("two", "green") +
+                           camera("eye"));
+    builder.addScene("<node id='a'><translate>2 0 0</translate>" + shown("one", {colors()[0]}) +
+                     "</node><node id='empty'><node id='b'><translate>-2 0 0</translate>" +
+                     shown("two", {colors()[1]}) + "</node></node>" + cameraNode("eye", "0 0 5"));
+    const Studio studio(builder.text());
+    const Drawn drawn = studio.draw();
+    EXPECT_EQ(drawn.result.status, succeeded);
+    EXPECT_TRUE(isOneLine(drawn.result.errors)) << drawn.result.errors;
+    EXPECT_TRUE(contains(drawn.result.errors, "in 1 place, collapses")) << drawn.result.errors;
+    ASSERT_TRUE(drawn.hasPicture);
+    expectMostly(drawn.image, 0.75, 0.5, redChannel, "stands");
+    EXPECT_EQ(drawn.image.part(0.25, 0.5), (Pixel{0, 0, 0})) << "collapsed with the node above";
+    const Image whole = studio.picture({"--identity-for-empty"});
+    expectMostly(whole, 0.75, 0.5, redChannel, "stands");
+    expectMostly(whole, 0.25, 0.5, greenChannel, "stands as well");
+}
+
 // --- what a picture costs, and what is refused
 
 TEST(RenderTest, PictureIsAsLargeAsAsked)

@@ -30,12 +30,16 @@ std::string frameFile(const std::string& output, unsigned frame)
     return output.substr(0, end) + "-" + number + output.substr(end);
 }
 
-// In a scene of which nothing is left to see, for the line that says why.
-std::size_t zeroMatrices(const LoadedScene& loaded)
+// Places of geometry that are on or below nodes with a zero matrix, so that nothing is seen of them.
+std::size_t collapsedPlaces(const LoadedScene& loaded, const ScenePose& pose)
 {
-    return static_cast<std::size_t>(
-        std::count_if(loaded.nodes().begin(), loaded.nodes().end(),
-                      [](const libVideo::Node* node) { return isZero(node->transform()); }));
+    std::size_t count = 0;
+    for (const libVideo::GeometryTable::Bucket& bucket : loaded.scene().geometryTable()) {
+        for (const libVideo::NodeHandle& node : bucket.value->nodes()) {
+            count += isZero(pose.world(node.get())) ? 1 : 0;
+        }
+    }
+    return count;
 }
 
 } // namespace
@@ -64,15 +68,15 @@ SceneShow::SceneShow(LoadedScene& loaded, const RenderOptions& options, Shortfal
         setTime(*options.time);
     }
     m_box = boxOf(loaded, m_pose);
-    const std::size_t collapsed = options.isIdentityForEmpty ? 0 : zeroMatrices(loaded);
+    const std::size_t collapsed = collapsedPlaces(loaded, m_pose);
     if (m_box.isEmpty()) {
         throw PictureError(collapsed == 0 ? "nothing to draw: no geometry stands at a finite place"
-                                          : "nothing to draw: nodes without transforms have a zero matrix "
-                                            "(--identity-for-empty draws what is on them)");
+                                          : "nothing to draw: all geometry is on or below nodes without transforms, "
+                                            "whose matrix is zero (--identity-for-empty draws it)");
     }
     if (collapsed > 0) {
-        m_shortfalls.add("what is on or below the nodes without transforms, " + std::to_string(collapsed) +
-                         ", collapses to nothing (--identity-for-empty draws it)");
+        m_shortfalls.add("geometry on or below nodes without transforms, in " + std::to_string(collapsed) +
+                         (collapsed == 1 ? " place" : " places") + ", collapses (--identity-for-empty draws it)");
     }
 }
 
