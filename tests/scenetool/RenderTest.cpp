@@ -358,6 +358,26 @@ TEST(RenderTest, QuarterTurnLaterTheOtherSideShows)
     expectMostly(studio.picture({"--time", "1"}), 0.5, 0.5, greenChannel, "by a quarter turn");
 }
 
+// A curve with one value for each key cannot move a node in three: to ask it throws.
+TEST(RenderTest, EvaluationThatThrowsIsOneLineAndTheRestIsDrawn)
+{
+    const std::string animation =
+        "<library_animations><animation id='narrow'>" + source("times", "0 2", 2, 1) + source("places", "0 4", 2, 1) +
+        "<sampler id='s'><input semantic='INPUT' source='#times'/><input semantic='OUTPUT' source='#places'/></sampler>"
+        "<channel source='#s' target='a/place'/></animation></library_animations>";
+    ColladaBuilder builder(colors()[0].xml() + plainCube("one", "red") + plainCube("two", "red") + camera("eye") +
+                           animation);
+    builder.addScene("<node id='b'><translate>2 0 0</translate>" + shown("two", {colors()[0]}) +
+                     "</node><node id='a'><translate sid='place'>-2 0 0</translate>" + shown("one", {colors()[0]}) +
+                     "</node>" + cameraNode("eye", "0 0 5"));
+    const Drawn drawn = Studio(builder.text()).draw({"--time", "1"});
+    EXPECT_EQ(drawn.result.status, succeeded);
+    EXPECT_TRUE(isOneLine(drawn.result.errors)) << drawn.result.errors;
+    EXPECT_TRUE(contains(drawn.result.errors, "IndexOutOfBounds")) << drawn.result.errors;
+    ASSERT_TRUE(drawn.hasPicture);
+    expectMostly(drawn.image, 0.75, 0.5, redChannel, "the other node");
+}
+
 // A node turns with the one above it, which the library leaves to the host.
 TEST(RenderTest, ChildrenMoveWithTheirAnimatedParent)
 {
@@ -606,6 +626,42 @@ TEST(RenderTest, SpotWithoutTargetShinesAlongItsNode)
     EXPECT_EQ(image.part(0.5 + 2.8 / 8, 0.5), (Pixel{0, 0, 0})) << "outside";
     EXPECT_GT(image.part(0.5 - 0.5 / 8, 0.5)[0], 200) << "inside";
     EXPECT_EQ(image.part(0.5 - 0.8 / 8, 0.5), (Pixel{0, 0, 0})) << "outside";
+}
+
+TEST(RenderTest, LightsBeyondTheMostAreOneLine)
+{
+    ColladaBuilder builder(colors()[0].xml() + plainCube("cube", "red") + camera("eye") +
+                           "<library_lights><light id='dim'><technique_common><point><color>0.01 0.01 0.01</color>"
+                           "</point></technique_common></light></library_lights>");
+    std::string lights;
+    for (int i = 0; i < 40; ++i) {
+        lights += "<instance_light url='#dim'/>";
+    }
+    builder.addScene("<node id='a'><translate>0 0 0</translate>" + shown("cube", {colors()[0]}) + "</node>" +
+                     cameraNode("eye", "0 0 4") + "<node id='lit'><translate>0 0 4</translate>" + lights + "</node>");
+    const Drawn drawn = Studio(builder.text()).draw();
+    EXPECT_EQ(drawn.result.status, succeeded);
+    EXPECT_TRUE(isOneLine(drawn.result.errors)) << drawn.result.errors;
+    EXPECT_TRUE(contains(drawn.result.errors, "of 40 lights the first 32")) << drawn.result.errors;
+    ASSERT_TRUE(drawn.hasPicture);
+    // A point light without attenuations does not fade: 32 of 0.01 on a red of 1.
+    expectPixel(drawn.image, 0.5, 0.5, {82, 0, 0}, 3, "middle");
+}
+
+// A primitive without material shows the colors of its vertices, red to the left and green to the right.
+TEST(RenderTest, ColorsOfVerticesStandInForAMaterial)
+{
+    ColladaBuilder builder(camera("eye") + "<library_geometries><geometry id='square'><mesh>" +
+                           source("p", "-1 -1 0  1 -1 0  1 1 0  -1 1 0", 4, 3) + source("c", "1 0 0  0 1 0", 2, 3) +
+                           "<vertices id='v'><input semantic='POSITION' source='#p'/></vertices><triangles count='2'>"
+                           "<input semantic='VERTEX' source='#v' offset='0'/><input semantic='COLOR' source='#c' "
+                           "offset='1'/><p>0 0 1 1 2 1 0 0 2 1 3 0</p></triangles></mesh></geometry>"
+                           "</library_geometries>");
+    builder.addScene("<node id='a'><translate>0 0 0</translate>" + shown("square", {}) + "</node>" +
+                     cameraNode("eye", "0 0 1.25"));
+    const Image image = Studio(builder.text()).picture();
+    expectMostly(image, 0.15, 0.5, redChannel, "left");
+    expectMostly(image, 0.85, 0.5, greenChannel, "right");
 }
 
 // By rule what a document does not give is white; it must not glow for that.
