@@ -33,6 +33,8 @@ class SceneShow {
 public:
     /// @throws PictureUsageError for a camera that the scene does not have, PictureError without anything to show
     SceneShow(LoadedScene& loaded, const RenderOptions& options, Shortfalls::Sink sink);
+    SceneShow(const SceneShow&) = delete;
+    SceneShow& operator=(const SceneShow&) = delete;
 
     /// Puts the scene to a time in seconds.
     void setTime(double time);
