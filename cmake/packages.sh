@@ -1,7 +1,10 @@
 # Debian packages that the project needs, and their installation. Sourced by the scripts at the top.
 
 build_packages="g++ cmake ninja-build pkg-config libcollada-dom-dev libxml2-dev libpugixml-dev libcli11-dev nlohmann-json3-dev"
-test_packages="$build_packages libgtest-dev"
+# What scenetool draws with; the drivers serve a machine without a graphics card.
+build_packages="$build_packages libepoxy-dev libegl-dev libgl-dev libglfw3-dev libpng-dev libturbojpeg0-dev libstb-dev"
+build_packages="$build_packages libegl-mesa0 libgl1-mesa-dri"
+test_packages="$build_packages libgtest-dev xvfb xdotool"
 benchmark_packages="$build_packages libbenchmark-dev python3 gnuplot-nox"
 assimp_packages="libassimp-dev"
 fuzz_packages="clang libclang-rt-14-dev"
