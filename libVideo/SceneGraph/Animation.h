@@ -25,11 +25,11 @@ enum InterpolationType : unsigned {
 
 /// One key of a curve.
 struct LIBVIDEO_API Evolution {
-    double time = 0.0; ///< in seconds
-    InterpolationType interpolation = LINEAR;
-    vesk::Array<double> values;     ///< as many as the stride of the "OUTPUT" input
-    vesk::Array<double> inTangent;  ///< pairs of time and value, one for each of `values`
-    vesk::Array<double> outTangent; ///< likewise
+    double time = 0.0;                        ///< in seconds
+    InterpolationType interpolation = LINEAR; ///< How the curve runs from here to the next key.
+    vesk::Array<double> values;               ///< as many as the stride of the "OUTPUT" input
+    vesk::Array<double> inTangent;            ///< pairs of time and value, one for each of `values`
+    vesk::Array<double> outTangent;           ///< likewise
 };
 
 /// One keyframe curve, as an `<animation>` with a `<channel>` defines it. It keeps no link to the document.
@@ -67,7 +67,9 @@ public:
     /// of the two control points: 3·in·s²·r + 3·out·s·r² + value0·r³ + value1·s³.
     /// @throws vesk::IndexOutOfBounds if two keys to interpolate between have too few values or tangents
     double applyAnimation(double value, double time);
+    /// Of three components, each as above.
     libMath::Vector<float, 3> applyAnimation(const libMath::Vector<float, 3>& value, double time);
+    /// Of sixteen components, row by row, each as above.
     libMath::Matrix<float, 4, 4> applyAnimation(const libMath::Matrix<float, 4, 4>& value, double time);
 
 private:

@@ -51,8 +51,8 @@ public:
 
     /// The attributes of the element, empty without one, or if the load failed.
     const vesk::String& id() const { return m_id; }
-    const vesk::String& name() const { return m_name; }
-    const Mesh& mesh() const { return m_mesh; }
+    const vesk::String& name() const { return m_name; } ///< The `name` of the element, likewise.
+    const Mesh& mesh() const { return m_mesh; }         ///< What there is to draw.
 
 private:
     vesk::String m_id;
