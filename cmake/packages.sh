@@ -1,9 +1,14 @@
 # Debian packages that the project needs, and their installation. Sourced by the scripts at the top.
 
 build_packages="g++ cmake ninja-build pkg-config libcollada-dom-dev libpugixml-dev libcli11-dev nlohmann-json3-dev"
-test_packages="$build_packages libgtest-dev"
+# For the example that draws: OpenGL without a window, and a driver that needs no card.
+example_packages="$build_packages libepoxy-dev libegl-dev libegl1 libgl1-mesa-dri"
+test_packages="$example_packages libgtest-dev"
 benchmark_packages="$build_packages libbenchmark-dev"
-ci_packages="$test_packages $benchmark_packages clang libclang-rt-14-dev clang-format clang-tidy"
+documentation_packages="$build_packages doxygen"
+package_packages="$build_packages clang dpkg-dev lintian man-db bash-completion zsh fish"
+ci_packages="$test_packages $benchmark_packages $documentation_packages $package_packages
+    libclang-rt-14-dev clang-format clang-tidy gdb"
 
 # need_packages NAME...: installs those that are missing.
 need_packages() {
