@@ -21,22 +21,21 @@ constexpr int cannotDraw = 77; // what a test takes for "skipped"
 
 bool makeContext()
 {
-    const EGLDisplay display = eglGetPlatformDisplayEXT(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr);
+    auto* const display = eglGetPlatformDisplayEXT(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr);
     if (display == EGL_NO_DISPLAY || eglInitialize(display, nullptr, nullptr) != EGL_TRUE) {
         return false;
     }
     eglBindAPI(EGL_OPENGL_API);
     const EGLint wanted[] = {EGL_CONTEXT_MAJOR_VERSION, 3, EGL_CONTEXT_MINOR_VERSION, 3, EGL_NONE};
-    const EGLContext context = eglCreateContext(display, EGL_NO_CONFIG_KHR, EGL_NO_CONTEXT, wanted);
+    auto* const context = eglCreateContext(display, EGL_NO_CONFIG_KHR, EGL_NO_CONTEXT, wanted);
     return context != EGL_NO_CONTEXT && eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, context) == EGL_TRUE;
 }
 
 void makePicture(int width)
 {
-    GLuint framebuffer = 0;
-    GLuint buffers[2] = {};
-    glGenFramebuffers(1, &framebuffer);
-    glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+    GLuint buffers[3] = {}; // of color, of depth, and both
+    glGenFramebuffers(1, &buffers[2]);
+    glBindFramebuffer(GL_FRAMEBUFFER, buffers[2]);
     glGenRenderbuffers(2, buffers);
     const GLenum formats[] = {GL_RGBA8, GL_DEPTH_COMPONENT24};
     const GLenum places[] = {GL_COLOR_ATTACHMENT0, GL_DEPTH_ATTACHMENT};
@@ -59,7 +58,8 @@ bool writePicture(const char* path, int width)
     std::ofstream file(path, std::ios::binary);
     file << "P6\n" << width << ' ' << height << "\n255\n";
     for (int row = height; row-- > 0;) { // the first row of OpenGL is the lowest
-        file.write(&pixels[static_cast<std::size_t>(row) * static_cast<std::size_t>(width) * 3], width * 3);
+        file.write(&pixels[static_cast<std::size_t>(row) * static_cast<std::size_t>(width) * 3],
+                   std::streamsize(width) * 3);
     }
     return static_cast<bool>(file.flush());
 }
@@ -190,8 +190,9 @@ private:
     {
         const auto components = static_cast<GLint>(layout.byteSize / sizeof(float));
         glEnableVertexAttribArray(location);
-        glVertexAttribPointer(location, components, GL_FLOAT, GL_FALSE, static_cast<GLsizei>(stride),
-                              reinterpret_cast<const void*>(std::uintptr_t(layout.byteOffset)));
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): so OpenGL wants an offset
+        const void* const offset = reinterpret_cast<const void*>(std::uintptr_t(layout.byteOffset));
+        glVertexAttribPointer(location, components, GL_FLOAT, GL_FALSE, static_cast<GLsizei>(stride), offset);
     }
 
     static void drawPrimitive(const libVideo::Primitive& primitive)
@@ -264,7 +265,7 @@ void moveTo(libVideo::VisualScene& scene, double time)
 
 } // namespace
 
-int main(int argc, char** argv)
+int main(int argc, char** argv) // NOLINT(bugprone-exception-escape): ends it, which is all there is to do
 {
     // [load]
     libVideo::Scene scene;
@@ -279,14 +280,13 @@ int main(int argc, char** argv)
     // [/load]
     const double time = argc > 3 ? std::strtod(argv[3], nullptr) : 0.0;
     moveTo(world, time);
-
     // [picture]
     libVideo::CameraInstance& camera = *world.cameraList()[0];
     const libMath::Matrix<float, 4, 4>& projection = camera.projection(time);
     const double aspectRatio = double(projection[5] / projection[0]); // width to height
     // [/picture]
-    const bool fitsAPicture = aspectRatio > 0.1 && aspectRatio < 10.0;
-    const int width = fitsAPicture ? static_cast<int>(std::lround(height * aspectRatio)) : height;
+    const bool fits = aspectRatio > 0.1 && aspectRatio < 10.0;
+    const int width = fits ? static_cast<int>(std::lround(height * aspectRatio)) : height;
     if (!makeContext()) {
         std::cerr << "there is no OpenGL 3.3 without a window\n";
         return cannotDraw;

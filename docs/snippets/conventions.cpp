@@ -3,6 +3,7 @@
 
 #include <libMath/MatrixBuilders.h>
 
+#include <cstddef>
 #include <cstring>
 #include <iostream>
 
@@ -56,7 +57,7 @@ libMath::Vector<float, 3> cornerPosition(libVideo::Primitive& primitive, unsigne
     libMath::Vector<float, 3> position;
     libVideo::VertexLayout layout;
     if (primitive.positionLayout(layout) && layout.byteSize == 3 * sizeof(float)) {
-        const unsigned vertex = primitive.indexBuffer()[corner];
+        const std::size_t vertex = primitive.indexBuffer()[corner];
         const unsigned char* const bytes = primitive.vertexBuffer().get() + vertex * primitive.bytesPerVertex();
         std::memcpy(&position[0], bytes + layout.byteOffset, layout.byteSize);
     }
@@ -66,7 +67,7 @@ libMath::Vector<float, 3> cornerPosition(libVideo::Primitive& primitive, unsigne
 
 } // namespace
 
-int main(int argc, char** argv)
+int main(int argc, char** argv) // NOLINT(bugprone-exception-escape): ends it, which is all there is to do
 {
     // [rotation]
     const libMath::Vector<float, 3> axis(0.0f, 0.0f, 1.0f);

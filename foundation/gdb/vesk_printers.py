@@ -19,8 +19,16 @@ class StringPrinter:
     def __init__(self, value, field="m_text"):
         self._text = value[field]
 
+    def _start(self):
+        try:
+            return self._text["_M_dataplus"]["_M_p"]
+        except gdb.error:
+            # clang++ leaves out what the standard library has debug information for; the pointer comes first.
+            pointer = gdb.lookup_type("char").pointer()
+            return self._text.address.cast(pointer.pointer()).dereference()
+
     def to_string(self):
-        start = self._text["_M_dataplus"]["_M_p"]
+        start = self._start()
         return start.lazy_string(length=int(self._text["_M_string_length"]), encoding="UTF-8")
 
     def display_hint(self):

@@ -118,7 +118,8 @@ std::string threeTriangles()
 // Without the leak checker, since drivers keep what they have until the process ends.
 ProcessResult draw(const std::string& document, const std::string& picture)
 {
-    return runProcess({DRAW_PROGRAM, document, picture}, {false, {"EGL_LOG_LEVEL=fatal", "ASAN_OPTIONS=detect_leaks=0"}});
+    return runProcess({DRAW_PROGRAM, document, picture},
+                      {false, {"EGL_LOG_LEVEL=fatal", "ASAN_OPTIONS=detect_leaks=0"}});
 }
 
 void expectColor(const std::array<int, 3>& expected, const Color& color, const char* what)
