@@ -199,4 +199,28 @@ TEST(GuidesTest, EveryLinkLeadsToAFile)
     EXPECT_LT(10u, found) << "the links are not where they are looked for";
 }
 
+TEST(GuidesTest, EveryWordOfAnExceptionIsExplained)
+{
+    const std::string guide = readFile(sourceFolder / "docs/when-something-is-wrong.md");
+    const std::regex thrown("throw (?:vesk::)?(?!AssertionFailure)[A-Za-z]+\\(\"([^\"]+)\"");
+    unsigned found = 0;
+    for (const char* const folder : {"foundation", "libMath", "libVideo"}) {
+        for (const auto& entry : fs::recursive_directory_iterator(sourceFolder / folder)) {
+            const std::string ending = entry.path().extension().string();
+            if (ending != ".cpp" && ending != ".h") {
+                continue;
+            }
+            const std::string text = readFile(entry.path());
+            for (std::sregex_iterator it(text.begin(), text.end(), thrown); it != std::sregex_iterator(); ++it) {
+                ++found;
+                const std::string words = (*it)[1];
+                // Two kinds of objects share one row.
+                const std::string shared = std::regex_replace(words, std::regex("handle to camera"), "handle to node");
+                EXPECT_NE(std::string::npos, guide.find("\"" + shared + "\"")) << entry.path() << ": " << words;
+            }
+        }
+    }
+    EXPECT_LT(5u, found) << "the sources are not where they are looked for";
+}
+
 } // namespace
