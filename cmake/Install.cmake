@@ -47,9 +47,9 @@ install(FILES examples/draw.cpp examples/host.cpp examples/logging.cpp DESTINATI
     COMPONENT development)
 
 # compress_file(SOURCE TARGET): as packages want it, without the time in it.
-find_program(GZIP gzip REQUIRED)
-mark_as_advanced(GZIP)
 function(compress_file source target)
+    find_program(GZIP gzip REQUIRED)
+    mark_as_advanced(GZIP)
     execute_process(COMMAND ${GZIP} -9nc ${source} WORKING_DIRECTORY ${PROJECT_SOURCE_DIR} OUTPUT_FILE ${target}
         COMMAND_ERROR_IS_FATAL ANY)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${source})
