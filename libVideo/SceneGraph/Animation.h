@@ -32,7 +32,8 @@ struct LIBVIDEO_API Evolution {
     vesk::Array<double> outTangent;           ///< likewise
 };
 
-/// One keyframe curve, as an `<animation>` with a `<channel>` defines it. It keeps no link to the document.
+/// One keyframe curve, as an `<animation>` with a `<channel>` defines it. It keeps no link to the document. Further
+/// channels, nested animations and `<animation_clip>` are not read.
 ///
 /// A curve is evaluated for whatever holds it: a single value, a vector of three or a matrix of sixteen, by position in
 /// `Evolution::values`. Member selections of a channel (`.X`, `.ANGLE`, `(0)(1)`) take no part in that.

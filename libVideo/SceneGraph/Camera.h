@@ -59,7 +59,7 @@ private:
     vesk::Array<AnimationHandle> m_animations;
 };
 
-/// A `<camera>` with `<perspective>` optics.
+/// A `<camera>` with `<perspective>` optics. `<orthographic>` ones and the `<imager>` are not read.
 ///
 /// The projection is left-handed and row-major: with A = far / (far − near), x and y the cotangents of half the
 /// horizontal and the vertical angle of view,

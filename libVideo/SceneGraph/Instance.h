@@ -11,7 +11,8 @@
 
 namespace libVideo {
 
-/// Something of the document's libraries on a node of the tree. It owns neither: the scene keeps both.
+/// Something of the document's libraries on a node of the tree. It owns neither: the scene keeps both, and when that
+/// ends, the links of an instance that is still held lead nowhere.
 class LIBVIDEO_API Instance {
 public:
     Instance() = default;
@@ -37,7 +38,7 @@ protected:
     vesk::String m_name; ///< Of the instance element.
 };
 
-/// A camera on a node, with the view of one that looks from there at another node.
+/// A camera on a node, read from an `<instance_camera>`, with the view of one that looks from there at another node.
 ///
 /// The view matrix is left-handed and, unlike all other matrices, for points as row vectors on its left: with z from the
 /// node towards the target, x = up × z, both of length 1, y = z × x, and eye the position of the node,
@@ -90,7 +91,7 @@ private:
     libMath::Matrix<float, 4, 4> m_view;
 };
 
-/// A point light on a node.
+/// A point light on a node, read from an `<instance_light>`. The node tells where it is.
 class LIBVIDEO_API PointLightInstance : public Instance {
 public:
     PointLightInstance() = default;
@@ -108,7 +109,8 @@ private:
     Link<PointLight> m_pointLight;
 };
 
-/// A spot light on a node, that may look at another node.
+/// A spot light on a node, read from an `<instance_light>`. It may look at another node; the rotation of its own node
+/// plays no part.
 class LIBVIDEO_API SpotLightInstance : public Instance {
 public:
     SpotLightInstance() = default;

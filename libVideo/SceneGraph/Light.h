@@ -12,7 +12,8 @@
 
 namespace libVideo {
 
-/// A `<point>` light: a plain value that keeps no link to the document; `PointLightInstance` places it on a node.
+/// A `<point>` light: a plain value that keeps no link to the document; `PointLightInstance` places it on a node. Its
+/// strength at the distance d is color / (constant + linear · d + quadratic · d²), if a renderer will have it so.
 class LIBVIDEO_API PointLight {
 public:
     /// @param id of the `<light>`
@@ -41,7 +42,8 @@ private:
     vesk::String m_id;
 };
 
-/// A `<spot>` light: a plain value that keeps no link to the document; `SpotLightInstance` places it on a node.
+/// A `<spot>` light: a plain value that keeps no link to the document; `SpotLightInstance` places it on a node. It grows
+/// weaker with the distance as a `PointLight` does.
 class LIBVIDEO_API SpotLight {
 public:
     /// @param id of the `<light>`

@@ -10,6 +10,9 @@
 namespace libVideo {
 
 /// The shading values of a `<blinn>` or `<phong>`: five colors, each of which may carry a texture, and two coefficients.
+///
+/// Not read are `<transparent>`, `<reflectivity>`, `<index_of_refraction>`, and values that refer to a `<param>`.
+/// What was read outlives the document.
 class LIBVIDEO_API BlinnMaterial {
 public:
     /// The values. Colors are red, green and blue as written, unclamped, and white until the document has one; alpha is

@@ -21,6 +21,8 @@ namespace libVideo {
 /// matrix means depends on what was called last: after a load it is local to the node, `updateTransform()` folds the
 /// parent in, and `transform(double)` makes it local again.
 ///
+/// Attributes `type` and `layer`, `<instance_node>` and `<instance_controller>` are not read.
+///
 /// A node owns neither its parent nor its children: the scene keeps them. Its transformations are shared by its copies.
 class LIBVIDEO_API Node {
 public:

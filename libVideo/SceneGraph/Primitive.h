@@ -21,7 +21,7 @@ enum PrimitiveType : unsigned {
 };
 
 /// One drawable piece of a mesh as a renderer takes it: packed vertices, an index buffer, and the layouts that say what
-/// lies where in a vertex. Once built it keeps no link to the document.
+/// lies where in a vertex. Once built it keeps no link to the document, and lasts as long as a handle to it.
 ///
 /// Vertex k starts at byte k · `bytesPerVertex()` of the vertex stream; its attributes follow each other without gaps,
 /// 32-bit floats in host byte order. Entry c of the index buffer is the vertex of corner c; triangle t owns the entries

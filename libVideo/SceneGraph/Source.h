@@ -11,8 +11,8 @@
 
 namespace libVideo {
 
-/// One `<source>` as records of components. Copies share one accessor and thus one current record. The document has to
-/// stay open as long as a source is read.
+/// One `<source>` as records of components. Arrays of other things than floats are not read. Copies share one accessor
+/// and thus one current record. The document has to stay open as long as a source is read.
 class LIBVIDEO_API Source {
 public:
     Source(const Source&) = default;

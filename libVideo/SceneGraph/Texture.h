@@ -9,7 +9,7 @@
 namespace libVideo {
 
 /// The chain from a material's `<texture>` to the file of an image: a `<sampler2D>` of the profile, its `<surface>`, and
-/// the `<image>` that initializes it.
+/// the `<image>` that initializes it. Filters, wrapping, the name of the coordinates and embedded `<data>` are not read.
 class LIBVIDEO_API Texture {
 public:
     Texture() = default;
