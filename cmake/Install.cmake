@@ -46,19 +46,17 @@ install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT devel
 install(FILES examples/draw.cpp examples/host.cpp examples/logging.cpp DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
     COMPONENT development)
 
-# compress_file(SOURCE TARGET): as packages want it, without the time in it.
-function(compress_file source target)
-    find_program(GZIP gzip REQUIRED)
-    mark_as_advanced(GZIP)
-    execute_process(COMMAND ${GZIP} -9nc ${source} WORKING_DIRECTORY ${PROJECT_SOURCE_DIR} OUTPUT_FILE ${target}
-        COMMAND_ERROR_IS_FATAL ANY)
-    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${source})
-endfunction()
-
 if(TARGET scenetool)
     install(TARGETS scenetool COMPONENT tools)
-    compress_file(tools/scenetool/scenetool.1 ${PROJECT_BINARY_DIR}/scenetool.1.gz)
-    install(FILES ${PROJECT_BINARY_DIR}/scenetool.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+    set(manual_page ${PROJECT_BINARY_DIR}/scenetool.1.gz)
+    set(manual_template ${PROJECT_SOURCE_DIR}/tools/scenetool/scenetool.1.in)
+    add_custom_command(OUTPUT ${manual_page}
+        COMMAND ${CMAKE_COMMAND} -DPROGRAM=$<TARGET_FILE:scenetool> -DTEMPLATE=${manual_template}
+            -DVERSION=${PROJECT_VERSION} -DPAGE=${manual_page} -P ${PROJECT_SOURCE_DIR}/cmake/ManualPage.cmake
+        DEPENDS scenetool ${manual_template} cmake/ManualPage.cmake
+        VERBATIM)
+    add_custom_target(manual ALL DEPENDS ${manual_page})
+    install(FILES ${manual_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
     install(FILES tools/scenetool/completions/scenetool
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
     install(FILES tools/scenetool/completions/_scenetool

@@ -13,7 +13,9 @@ file(STRINGS ${debian}/changelog newest LIMIT_COUNT 1)
 if(NOT newest MATCHES "^libvideo \\(${PROJECT_VERSION}-1\\)")
     message(FATAL_ERROR "cmake/debian/changelog has no entry for ${PROJECT_VERSION}")
 endif()
-compress_file(${debian}/changelog ${PROJECT_BINARY_DIR}/changelog.Debian.gz)
+execute_process(COMMAND gzip -9nc ${debian}/changelog OUTPUT_FILE ${PROJECT_BINARY_DIR}/changelog.Debian.gz
+    COMMAND_ERROR_IS_FATAL ANY)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${debian}/changelog)
 foreach(component runtime development tools)
     install(FILES ${debian}/copyright ${PROJECT_BINARY_DIR}/changelog.Debian.gz
         DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${${component}_package} COMPONENT ${component})
