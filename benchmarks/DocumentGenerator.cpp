@@ -1,6 +1,7 @@
 #include "DocumentGenerator.h"
 
 #include <cmath>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -12,6 +13,17 @@ namespace benchmarks {
 
 namespace {
 
+// Documents are made before anything is measured.
+// NOLINTBEGIN(performance-inefficient-string-concatenation)
+
+template <class... Values>
+void print(std::string& text, const char* format, Values... values)
+{
+    char piece[192];
+    const int length = std::snprintf(piece, sizeof(piece), format, values...);
+    text.append(piece, static_cast<std::size_t>(length));
+}
+
 std::string document(const std::string& libraries, const std::string& nodes)
 {
     return "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
@@ -22,12 +34,15 @@ std::string document(const std::string& libraries, const std::string& nodes)
            "<scene><instance_visual_scene url=\"#scene\"/></scene>\n</COLLADA>\n";
 }
 
-std::string floatSource(const std::string& id, unsigned count, unsigned stride, const std::string& values)
+// A source of `count` records of `stride` values each, which stand in an array element of that name.
+std::string source(const std::string& id, const std::string& array, unsigned count, unsigned stride,
+                   const std::string& params, const std::string& values)
 {
-    const std::string records = std::to_string(count);
-    return "<source id=\"" + id + "\"><float_array id=\"" + id + "-array\" count=\"" + std::to_string(count * stride) +
-           "\">" + values + "</float_array><technique_common><accessor source=\"#" + id + "-array\" count=\"" +
-           records + "\" stride=\"" + std::to_string(stride) + "\"/></technique_common></source>\n";
+    const std::string arrayId = id + "-array";
+    return "<source id=\"" + id + "\"><" + array + " id=\"" + arrayId + "\" count=\"" + std::to_string(count * stride) +
+           "\">" + values + "</" + array + "><technique_common><accessor source=\"#" + arrayId + "\" count=\"" +
+           std::to_string(count) + "\" stride=\"" + std::to_string(stride) + "\">" + params +
+           "</accessor></technique_common></source>\n";
 }
 
 // One index list over positions, normals and texture coordinates; values as they stand in their arrays.
@@ -46,11 +61,7 @@ std::string vectorSource(const std::string& id, unsigned count, const std::strin
     for (const char name : names) {
         params += std::string("<param name=\"") + name + "\" type=\"float\"/>";
     }
-    const std::string stride = std::to_string(names.size());
-    return "<source id=\"" + id + "\"><float_array id=\"" + id + "-array\" count=\"" +
-           std::to_string(count * names.size()) + "\">" + values +
-           "</float_array><technique_common><accessor source=\"#" + id + "-array\" count=\"" + std::to_string(count) +
-           "\" stride=\"" + stride + "\">" + params + "</accessor></technique_common></source>\n";
+    return source(id, "float_array", count, static_cast<unsigned>(names.size()), params, values);
 }
 
 std::string geometryElement(const std::string& id, const MeshText& mesh, const std::string& material)
@@ -69,13 +80,9 @@ std::string geometryElement(const std::string& id, const MeshText& mesh, const s
 
 void addVertex(MeshText& mesh, double x, double y, double height)
 {
-    char text[96];
-    std::snprintf(text, sizeof(text), "%.6f %.6f %.6f ", x, y, height);
-    mesh.positions += text;
-    std::snprintf(text, sizeof(text), "%.5f %.5f %.5f ", std::sin(x), std::cos(x), height);
-    mesh.normals += text;
-    std::snprintf(text, sizeof(text), "%.5f %.5f ", x * 0.01, y * 0.01);
-    mesh.texcoords += text;
+    print(mesh.positions, "%.6f %.6f %.6f ", x, y, height);
+    print(mesh.normals, "%.5f %.5f %.5f ", std::sin(x), std::cos(x), height);
+    print(mesh.texcoords, "%.5f %.5f ", x * 0.01, y * 0.01);
     ++mesh.vertices;
 }
 
@@ -113,12 +120,93 @@ std::string oneMesh(const MeshText& mesh)
                     "<node id=\"holder\"><instance_geometry url=\"#mesh\"/></node>\n");
 }
 
+// One curve: its channel's target, and the values of its keys as they stand in their array.
+struct Curve {
+    std::string id;
+    std::string target;
+    std::string params;
+    unsigned stride = 1;
+    std::string values;
+};
+
+// The curves' times: twenty-four keys in a second, the first one at a twenty-fourth.
+std::string keyTimes(unsigned keys)
+{
+    std::string times;
+    for (unsigned i = 1; i <= keys; ++i) {
+        print(times, "%.6f ", i / keysPerSecond);
+    }
+    return times;
+}
+
+std::string repeated(const char* word, unsigned count)
+{
+    std::string words;
+    for (unsigned i = 0; i < count; ++i) {
+        words += word;
+    }
+    return words;
+}
+
+std::string animationElement(const Curve& curve, unsigned keys, const std::string& times, const std::string& kinds)
+{
+    const std::string& id = curve.id;
+    return "<animation id=\"" + id + "\">\n" +
+           source(id + "-input", "float_array", keys, 1, "<param name=\"TIME\" type=\"float\"/>", times) +
+           source(id + "-output", "float_array", keys, curve.stride, curve.params, curve.values) +
+           source(id + "-interpolation", "Name_array", keys, 1, "<param name=\"INTERPOLATION\" type=\"Name\"/>",
+                  kinds) +
+           "<sampler id=\"" + id + "-sampler\"><input semantic=\"INPUT\" source=\"#" + id +
+           "-input\"/><input semantic=\"OUTPUT\" source=\"#" + id +
+           "-output\"/><input semantic=\"INTERPOLATION\" source=\"#" + id +
+           "-interpolation\"/></sampler>\n<channel source=\"#" + id + "-sampler\" target=\"" + curve.target +
+           "\"/></animation>\n";
+}
+
+std::string library(const std::vector<Curve>& curves, unsigned keys)
+{
+    const std::string times = keyTimes(keys);
+    const std::string kinds = repeated("LINEAR ", keys);
+    std::string xml = "<library_animations>\n";
+    for (const Curve& curve : curves) {
+        xml += animationElement(curve, keys, times, kinds);
+    }
+    return xml + "</library_animations>\n";
+}
+
+std::string angles(unsigned keys, unsigned phase)
+{
+    std::string values;
+    for (unsigned i = 0; i < keys; ++i) {
+        print(values, "%.5f ", 180.0 * std::sin(0.01 * i + phase));
+    }
+    return values;
+}
+
+// Turns about the Y axis on a line along the X axis.
+std::string matrices(unsigned keys, unsigned phase)
+{
+    std::string values;
+    for (unsigned i = 0; i < keys; ++i) {
+        const double sine = std::sin(0.01 * i + phase);
+        const double cosine = std::cos(0.01 * i + phase);
+        print(values, "%.6f 0 %.6f %.6f 0 1 0 %.6f %.6f 0 %.6f %.6f 0 0 0 1 ", cosine, sine, 0.125 * i, 1.0 * phase,
+              -sine, cosine, sine * cosine);
+    }
+    return values;
+}
+
 } // namespace
 
 std::string smoothMesh(unsigned triangles)
 {
-    const auto side = static_cast<unsigned>(std::sqrt(triangles / 2.0));
-    return oneMesh(grid(side, side));
+    // As near to a square as the number allows.
+    const unsigned squares = triangles / 2;
+    auto columns = static_cast<unsigned>(std::sqrt(squares));
+    while (squares % columns != 0) {
+        --columns;
+    }
+    return oneMesh(grid(columns, squares / columns));
 }
 
 std::string fan(unsigned triangles)
@@ -169,7 +257,7 @@ std::string manyGeometries(unsigned geometries)
 
 std::string camerasAndLights(unsigned nodes)
 {
-    const unsigned pool = nodes / 10;
+    const unsigned pool = nodes < 10 ? 1 : nodes / 10;
     std::string cameras;
     std::string lights;
     for (unsigned i = 0; i < pool; ++i) {
@@ -230,6 +318,17 @@ std::string balancedTree(unsigned nodes, Ids ids)
     return document(std::string(), xml);
 }
 
+std::string flatTree(unsigned nodes)
+{
+    std::string xml;
+    for (unsigned i = 0; i < nodes; ++i) {
+        const std::string number = std::to_string(i);
+        xml += "<node id=\"node-" + number + "\"><translate sid=\"place\">" + number +
+               ".5 1.25 -3.75</translate></node>\n";
+    }
+    return document(std::string(), xml);
+}
+
 std::string chain(unsigned depth)
 {
     std::string xml;
@@ -242,22 +341,48 @@ std::string chain(unsigned depth)
     return document(std::string(), xml);
 }
 
+std::string angleCurves(unsigned animations, unsigned keys)
+{
+    std::vector<Curve> curves;
+    std::string nodes;
+    for (unsigned i = 0; i < animations; ++i) {
+        const std::string node = "joint-" + std::to_string(i);
+        const std::string axis(1, "XYZ"[i % 3]);
+        curves.push_back({node + "-rotate" + axis, node + "/rotate" + axis + ".ANGLE",
+                          "<param name=\"ANGLE\" type=\"float\"/>", 1, angles(keys, i)});
+        nodes += "<node id=\"" + node + "\"><translate sid=\"translate\">" + std::to_string(i) +
+                 " 0 0</translate><rotate sid=\"rotateZ\">0 0 1 10</rotate><rotate sid=\"rotateY\">0 1 0 20</rotate>"
+                 "<rotate sid=\"rotateX\">1 0 0 30</rotate></node>\n";
+    }
+    return document(library(curves, keys), nodes);
+}
+
+std::string matrixCurves(unsigned animations, unsigned keys)
+{
+    std::vector<Curve> curves;
+    std::string nodes;
+    for (unsigned i = 0; i < animations; ++i) {
+        const std::string node = "bone-" + std::to_string(i);
+        curves.push_back({node + "-matrix", node + "/matrix", "<param name=\"TRANSFORM\" type=\"float4x4\"/>", 16,
+                          matrices(keys, i)});
+        nodes += "<node id=\"" + node + "\"><matrix sid=\"matrix\">1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1</matrix></node>\n";
+    }
+    return document(library(curves, keys), nodes);
+}
+
 std::string animatedNode(unsigned keys)
 {
-    std::string times;
-    std::string values;
+    Curve curve = {"path", "walker/place",
+                   "<param name=\"X\" type=\"float\"/><param name=\"Y\" type=\"float\"/><param name=\"Z\" "
+                   "type=\"float\"/>",
+                   3, std::string()};
     for (unsigned i = 0; i < keys; ++i) {
-        times += std::to_string(i + 1) + " ";
-        values += std::to_string(i % 10) + " 0.5 " + std::to_string(i % 7) + ".25 ";
+        curve.values += std::to_string(i % 10) + " 0.5 " + std::to_string(i % 7) + ".25 ";
     }
-    const std::string animation =
-        "<library_animations><animation id=\"path\">\n" + floatSource("times", keys, 1, times) +
-        floatSource("places", keys, 3, values) +
-        "<sampler id=\"sampler\"><input semantic=\"INPUT\" source=\"#times\"/>"
-        "<input semantic=\"OUTPUT\" source=\"#places\"/></sampler>"
-        "<channel source=\"#sampler\" target=\"walker/place\"/></animation></library_animations>\n";
-    return document(animation, "<node id=\"walker\"><translate sid=\"place\">1 2 3</translate></node>\n");
+    return document(library({curve}, keys), "<node id=\"walker\"><translate sid=\"place\">1 2 3</translate></node>\n");
 }
+
+// NOLINTEND(performance-inefficient-string-concatenation)
 
 DocumentFile::DocumentFile(const std::string& content)
 {

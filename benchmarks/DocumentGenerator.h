@@ -10,13 +10,23 @@ enum class Ids { Distinct, None };
 
 /// Eight children below each node, `nodes` in all, each with a `<translate>` and a `<rotate>`.
 std::string balancedTree(unsigned nodes, Ids ids);
+/// All nodes directly below the scene, each with a `<translate>`.
+std::string flatTree(unsigned nodes);
 /// One node below the other, each with a `<translate>`.
 std::string chain(unsigned depth);
-/// One node whose `<translate>` is animated by that many linear keys, one in a second.
+/// Keys of a generated curve in one second, counted from second 0, where there is none.
+constexpr double keysPerSecond = 24.0;
+
+/// Linear curves of a `<rotate>`'s angle, each on a node of its own: INPUT, OUTPUT and INTERPOLATION with sources of
+/// their own, as exporters write them.
+std::string angleCurves(unsigned animations, unsigned keys);
+/// Likewise, of a `<matrix>`: sixteen values a key.
+std::string matrixCurves(unsigned animations, unsigned keys);
+/// One node whose `<translate>` is animated by one linear curve.
 std::string animatedNode(unsigned keys);
 
-/// A square grid of about that many triangles, each vertex shared by six of them, with separate indices of positions,
-/// normals and texture coordinates.
+/// A grid of an even number of triangles, each vertex shared by six of them, with separate indices of positions, normals
+/// and texture coordinates.
 std::string smoothMesh(unsigned triangles);
 /// Triangles round one vertex that all of them share.
 std::string fan(unsigned triangles);

@@ -1,10 +1,11 @@
 # Debian packages that the project needs, and their installation. Sourced by the scripts at the top.
 
-build_packages="g++ cmake ninja-build pkg-config libcollada-dom-dev libpugixml-dev libcli11-dev nlohmann-json3-dev"
+build_packages="g++ cmake ninja-build pkg-config libcollada-dom-dev libxml2-dev libpugixml-dev libcli11-dev nlohmann-json3-dev"
 # For the example that draws: OpenGL without a window, and a driver that needs no card.
 example_packages="$build_packages libepoxy-dev libegl-dev libegl1 libgl1-mesa-dri"
 test_packages="$example_packages libgtest-dev"
-benchmark_packages="$build_packages libbenchmark-dev"
+benchmark_packages="$build_packages libbenchmark-dev python3 gnuplot-nox"
+assimp_packages="libassimp-dev"
 documentation_packages="$build_packages doxygen"
 package_packages="$build_packages clang dpkg-dev lintian man-db bash-completion zsh fish"
 ci_packages="$test_packages $benchmark_packages $documentation_packages $package_packages

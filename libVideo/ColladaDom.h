@@ -25,7 +25,7 @@
 
 #include <dae.h>
 #include <dae/daeErrorHandler.h>
-#include <dae/daeRawResolver.h>
+#include <dae/daeMetaCMPolicy.h>
 #include <dom/domAny.h>
 #include <dom/domCOLLADA.h>
 #include <dom/domCommon_newparam_type.h>

@@ -46,7 +46,8 @@ class ArrayPrinter:
         if not self._block:
             return "vesk::Array without a block"
         header = self._block.dereference()
-        return "vesk::Array of %d (capacity %d)" % (int(header["count"]), int(header["capacity"]))
+        capacity = int(header["capacity"]) or 8  # an array that has not held an element yet counts as one of 8
+        return "vesk::Array of %d (capacity %d)" % (int(header["count"]), capacity)
 
     def children(self):
         if not self._block:

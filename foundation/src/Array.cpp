@@ -2,6 +2,8 @@
 
 namespace vesk::detail {
 
+ArrayHeader noElements{0, 0};
+
 unsigned arrayCapacity(unsigned size, std::size_t elementSize)
 {
     unsigned capacity = smallestArrayCapacity;

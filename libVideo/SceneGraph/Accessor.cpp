@@ -1,5 +1,6 @@
 #include <libVideo/SceneGraph/Accessor.h>
 
+#include "detail/Allowance.h"
 #include "detail/Dom.h"
 #include "detail/Log.h"
 
@@ -78,6 +79,10 @@ bool AccessorFloat::createFromCollada(const daeSmartRef<domAccessor>& accessor)
     }
     m_offset = detail::low32(accessor->getOffset());
     m_stride = calculateStride(accessor);
+    if (!detail::Allowance::take(accessor->getParam_array().getCount(), sizeof(Data))) {
+        VIDEO_LOG("Asks for more memory than the size of the document allows");
+        return false;
+    }
     if (accessor->getParam_array().getCount() == 0) {
         m_data.append(Data(vesk::String::EMPTY(), 1, DATA_TYPE_FLOAT, 0, typeByteSize(DATA_TYPE_FLOAT)));
     } else {

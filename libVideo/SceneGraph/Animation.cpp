@@ -1,5 +1,6 @@
 #include <libVideo/SceneGraph/Animation.h>
 
+#include "detail/Allowance.h"
 #include "detail/Dom.h"
 #include "detail/Log.h"
 
@@ -18,6 +19,8 @@ namespace {
 
 // How many records an accessor may ask for that no array backs.
 constexpr unsigned mostUnbackedRecords = 1048576;
+// What the array of a record takes besides its numbers, the room for some more included.
+constexpr std::uint64_t bytesPerValues = 64;
 
 InterpolationType interpolationOf(const char* text)
 {
@@ -151,6 +154,10 @@ bool Animation::createInputFromCollada(const daeSmartRef<domInputLocal>& input)
         return false;
     }
     if (m_evolutions.size() == 0) {
+        if (!detail::Allowance::take(count, sizeof(Evolution))) {
+            VIDEO_LOG("Asks for more memory than the size of the document allows");
+            return false;
+        }
         m_evolutions.grow(count, Evolution());
     }
     if (floats != nullptr && floats->getCount() > 0) {
@@ -172,6 +179,11 @@ bool Animation::createFloatEvolution(const domFloat_array* array, const VertexSe
     }
     if (count == 0) {
         return true;
+    }
+    if (semantic != SEMANTIC_INPUT &&
+        !detail::Allowance::take(count, bytesPerValues + sizeof(double) * std::uint64_t(stride))) {
+        VIDEO_LOG("Asks for more memory than the size of the document allows");
+        return false;
     }
     vesk::Array<double> record;
     record.grow(stride, 0.0);

@@ -1,5 +1,6 @@
 #include <libVideo/SceneGraph/Primitive.h>
 
+#include "detail/Allowance.h"
 #include "detail/Dom.h"
 #include "detail/Log.h"
 #include "detail/TupleTable.h"
@@ -71,6 +72,7 @@ bool Primitive::createIndexedVertexBuffer(const SharedHandle<InputLocalOffset>& 
         return false;
     }
     detail::TupleTable known(input->offsetCount(), total);
+    unsigned allowedVertices = 0;
     VertexId corner;
     unsigned* const indices = m_indexBuffer.getData();
     for (unsigned c = 0; c < total; ++c) {
@@ -78,6 +80,17 @@ bool Primitive::createIndexedVertexBuffer(const SharedHandle<InputLocalOffset>& 
         corner.indices.assign(tuple.getData(), tuple.size());
         const detail::TupleTable::Place place = known.insert(corner.indices.data());
         if (place.isNew) {
+            if (place.index == allowedVertices) {
+                const unsigned more = allowedVertices < 1024 ? 1024 : allowedVertices;
+                if (!detail::Allowance::take(more, m_bytesPerVertex)) {
+                    VIDEO_LOG("Asks for more memory than the size of the document allows");
+                    m_count = 0;
+                    m_indexBuffer.clear();
+                    m_vertexStream.clear();
+                    return false;
+                }
+                allowedVertices += more;
+            }
             m_vertexStream.appendArray(input->data(c));
         }
         indices[c] = place.index;
@@ -145,6 +158,10 @@ bool PointCloud::createFromCollada(domVertices* const vertices)
     m_vertexPerPrimitive = 1;
     const unsigned most = mostPoints(input.backedVertices(), m_bytesPerVertex);
     m_count = m_count < most ? m_count : most;
+    if (!detail::Allowance::take(m_count, m_bytesPerVertex)) {
+        VIDEO_LOG("Asks for more memory than the size of the document allows");
+        m_count = 0;
+    }
     for (unsigned i = 0; i < m_count; ++i) {
         m_vertexStream.appendArray(input.data(i));
     }

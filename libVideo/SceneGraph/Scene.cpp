@@ -18,7 +18,6 @@ VIDEO_SOURCE_PATH("libVideo/SceneGraph/Scene")
 Scene::Scene() : m_dae(nullptr, nullptr, "1.4.1")
 {
     detail::installNumberTypes(m_dae);
-    detail::removeRawResolver(m_dae);
 }
 
 Scene::~Scene() = default;
@@ -30,8 +29,8 @@ bool Scene::createFromCollada(const vesk::String& path)
         VIDEO_LOG("Scene is already loaded");
         return false;
     }
-    const detail::LoadScope scope;
-    const domCOLLADARef root = detail::openDocument(m_dae, path);
+    detail::LoadScope scope(m_dae);
+    const domCOLLADARef root = scope.open(path);
     if (root == nullptr) {
         VIDEO_LOG("Collada file does not exist ", path);
         return false;

@@ -1,5 +1,6 @@
 #include <libVideo/SceneGraph/Texture.h>
 
+#include "detail/Allowance.h"
 #include "detail/Dom.h"
 #include "detail/Log.h"
 
@@ -113,10 +114,16 @@ void Texture::getTextureFileName()
         }
         const domImageRef image = daeSafeCast<domImage>(element);
         const domImage::domInit_fromRef file = image != nullptr ? image->getInit_from() : domImage::domInit_fromRef();
-        if (file != nullptr && file->hasValue() && file->getValue().getOriginalURI()[0] != '\0') {
-            m_textureFile = file->getValue().getOriginalURI();
+        if (file == nullptr || !file->hasValue() || file->getValue().getOriginalURI()[0] == '\0') {
+            continue;
+        }
+        const char* const name = file->getValue().getOriginalURI();
+        if (!detail::Allowance::take(std::strlen(name), 1)) {
+            VIDEO_LOG("Asks for more memory than the size of the document allows");
             return;
         }
+        m_textureFile = name;
+        return;
     }
 }
 

@@ -21,6 +21,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -319,6 +320,114 @@ std::function<Outcome()> materialOf(const std::string& newparams, const std::str
                     material);
 }
 
+// --- documents that ask for more than they have a right to ---
+
+const char* const tooMuch = "Asks for more memory than the size of the document allows";
+
+std::string repeated(const std::string& text, unsigned count)
+{
+    std::string all;
+    for (unsigned i = 0; i < count; ++i) {
+        all += text;
+    }
+    return all;
+}
+
+// Two of these curves of a million keys that nothing backs fit into any load.
+std::string unbackedCurves(unsigned count)
+{
+    const std::string curve = "<animation><source id='INPUT'><technique_common><accessor count='1048576'/>"
+                              "</technique_common></source><sampler id='sampler'>" +
+                              input("INPUT") + "</sampler><channel source='#sampler'/></animation>";
+    return "<library_animations>" + repeated(curve, count) + "</library_animations>";
+}
+
+// Each input appends the same 100,000 values to the keys.
+std::string curveOfManyOutputs(unsigned count)
+{
+    return animation(floatCurve("OUTPUT", 100'000, repeated("0 ", 100'000), "count='1000' stride='100'"),
+                     repeated(input("OUTPUT"), count));
+}
+
+std::string sourceOfManyParams(const std::string& param, unsigned count)
+{
+    return source(place + accessor("source='#s-array' count='1' stride='3'", repeated(param, count)));
+}
+
+// Vertices of 4,000 bytes, each of another tuple.
+std::string heavyTriangles()
+{
+    std::string indices;
+    for (unsigned i = 0; i < 80'000; ++i) {
+        indices += "0 " + std::to_string(i) + " ";
+    }
+    return sourceOfManyParams("<param name='X' type='float'/>", 1'000) +
+           triangles(position + "<input semantic='NORMAL' source='#nothing' offset='1'/>", "<p>" + indices + "</p>",
+                     26'666);
+}
+
+// A million points of 64 bytes that nothing backs. Two of these clouds fit into any load.
+std::string unbackedCloud(const std::string& id)
+{
+    const std::string claims =
+        accessor("source='#s-array' count='1048576' stride='16'", repeated("<param name='X' type='float'/>", 16));
+    return "<geometry id='" + id + "'><mesh>" + source(place + claims) + "<vertices id='" + id +
+           "-v'><input semantic='POSITION' source='#s'/></vertices></mesh></geometry>";
+}
+
+/// The document that grows by one piece after the other until the last of them goes beyond what a load may take.
+/// @param bytesEach what a piece takes
+std::string justTooMuch(std::uint64_t bytesEach, const std::function<std::string(unsigned)>& textOf)
+{
+    for (unsigned pieces = 1;; ++pieces) {
+        const std::uint64_t allowed = 134'217'728 + std::uint64_t{64} * textOf(pieces).size();
+        if (pieces * bytesEach > allowed) {
+            return textOf(pieces);
+        }
+        pieces += static_cast<unsigned>((allowed - pieces * bytesEach) / bytesEach / 2);
+    }
+}
+
+// The params have no names, so that they are read and make no components.
+std::string sourceAskedForOften()
+{
+    const std::string heavy = sourceOfManyParams("<param type='float'/>", 20'000);
+    return justTooMuch(20'000 * sizeof(libVideo::Data), [&](unsigned inputs) {
+        return ColladaBuilder(mesh(heavy + triangles(repeated(position, inputs), "<p/>", 0)))
+            .addScene(shownNode)
+            .text();
+    });
+}
+
+// Textures of one image, whose name has a million letters.
+std::string imageShownOften()
+{
+    constexpr unsigned nameLength = 1'048'576;
+    const std::string image = "<library_images><image id='i'><init_from>" + std::string(nameLength, 'x') +
+                              "</init_from></image></library_images>";
+    const std::string newparams =
+        "<newparam sid='surface'><surface type='2D'><init_from>i</init_from></surface></newparam>"
+        "<newparam sid='sampler'><sampler2D><source>surface</source></sampler2D></newparam>";
+    return justTooMuch(nameLength, [&](unsigned textures) {
+        std::string materials;
+        std::string effects;
+        std::string bindings;
+        for (unsigned i = 0; i < textures; ++i) {
+            const std::string number = std::to_string(i);
+            materials += "<material id='m" + number + "'><instance_effect url='#e" + number + "'/></material>";
+            effects += "<effect id='e" + number + "'><profile_COMMON>" + newparams +
+                       "<technique sid='t'><blinn><diffuse><texture texture='sampler' texcoord='UV'/></diffuse></blinn>"
+                       "</technique></profile_COMMON></effect>";
+            bindings += "<instance_material symbol='s" + number + "' target='#m" + number + "'/>";
+        }
+        return ColladaBuilder(image + "<library_materials>" + materials + "</library_materials><library_effects>" +
+                              effects + "</library_effects>" + mesh(goodSource + triangles(position)))
+            .addScene("<node id='n'><instance_geometry url='#g'><bind_material><technique_common>" + bindings +
+                      "</technique_common></bind_material></instance_geometry></node>")
+            .text();
+    });
+}
+
 // --- the table ---
 
 struct Message {
@@ -391,6 +500,18 @@ std::vector<Message> animationMessages()
          "Cannot create an animation because an array is shorter than its accessor says.",
          {},
          document(animation(floatCurve("INPUT", 2, "1 2", "count='3'"), input("INPUT")), bareNode),
+         "true"},
+        {"AnimationsOfMoreKeysThanTheDocumentAllows",
+         "animation",
+         tooMuch,
+         {},
+         document(unbackedCurves(3), bareNode),
+         "true"},
+        {"AnimationOfMoreValuesThanTheDocumentAllows",
+         "animation",
+         tooMuch,
+         {},
+         document(curveOfManyOutputs(200), bareNode),
          "true"},
         {"AnimationOfColors",
          "animation",
@@ -588,6 +709,12 @@ std::vector<Message> sourceMessages()
 {
     const std::string noValues = array("float_array", "s-array", 0, "");
     return {
+        {"AccessorOfMoreParamsThanTheDocumentAllows",
+         "accessor",
+         tooMuch,
+         {},
+         [] { return loadText(sourceAskedForOften(), primitives); },
+         "true, 0 of 0 bytes"},
         {"AccessorOfNothing",
          "accessor",
          "Data source is not a float array {}",
@@ -660,6 +787,26 @@ std::vector<Message> sourceMessages()
 std::vector<Message> geometryMessages()
 {
     return {
+        {"TrianglesOfMoreBytesThanTheDocumentAllows",
+         "primitive",
+         tooMuch,
+         {},
+         meshOf(heavyTriangles()),
+         "true, 0 of 0 bytes",
+         {"Accessor reaches beyond its float array", "Element #nothing is not a source",
+          "Does not have a class representation for source nothing"}},
+        {"CloudsOfMoreBytesThanTheDocumentAllows",
+         "primitive",
+         tooMuch,
+         {},
+         document("<library_geometries>" + unbackedCloud("g") + unbackedCloud("h") + unbackedCloud("i") +
+                      "</library_geometries>",
+                  "<node id='n'><instance_geometry url='#g'/><instance_geometry url='#h'/><instance_geometry url='#i'/>"
+                  "</node>",
+                  primitives),
+         "true, 1048576 of 67108864 bytes",
+         {"Accessor reaches beyond its float array", "Accessor reaches beyond its float array",
+          "Accessor reaches beyond its float array"}},
         {"GeometryThatIsNoMesh",
          "geometry",
          "Program does not handle geometry type other than meshes right now.",
@@ -758,6 +905,12 @@ std::vector<Message> geometryMessages()
 std::vector<Message> materialMessages()
 {
     return {
+        {"TexturesOfMoreLettersThanTheDocumentAllows",
+         "texture",
+         tooMuch,
+         {},
+         [] { return loadText(imageShownOften(), primitives); },
+         "true, 1 of 12 bytes"},
         {"BlinnThatIsNull",
          "material",
          "Null domBlinnRef passed into function",

@@ -234,11 +234,12 @@ TEST_F(ArrayTest, NewArrayHasSizeZeroAndCapacityEight)
     EXPECT_EQ(CountingElement::counts().defaultConstructed, 0);
 }
 
-TEST_F(ArrayTest, NewArrayAllocatesOneBlock)
+TEST_F(ArrayTest, ElementsTakeOneBlock)
 {
     FailingAllocator allocator(-1);
-    const Array<double> array;
     const Array<double> sized(100);
+    Array<double> filled;
+    filled.append(1.0);
     const long requests = allocator.requests();
     EXPECT_EQ(requests, 2);
 }
@@ -320,7 +321,10 @@ TEST_F(ArrayTest, NinthAppendDoublesCapacityToSixteenAndSeventeenthToThirtyTwo)
 TEST_F(ArrayTest, AppendWithinTheCapacityKeepsTheBlock)
 {
     Array<unsigned> array;
+    array.append(0);
     const unsigned* const data = array.getData();
+    array.clear();
+    EXPECT_EQ(array.getData(), data);
     fill(array, 8);
     EXPECT_EQ(array.getData(), data);
     array.append(9);
@@ -629,7 +633,7 @@ TEST_F(ArrayTest, RunOfAppendsAllocatesOnlyAtEachDoubling)
     FailingAllocator allocator(-1);
     fill(array, 8192);
     const long requests = allocator.requests();
-    EXPECT_EQ(requests, 10); // 16, 32 and on to 8192
+    EXPECT_EQ(requests, 11); // 8, 16 and on to 8192
 }
 
 // Copies
@@ -815,9 +819,43 @@ TEST_F(ArrayTest, ContainsComparesWithEachElement)
 
 // Memory that cannot be had
 
-TEST_F(ArrayTest, FailedAllocationOfDefaultConstructorNamesZero)
+TEST_F(ArrayTest, ArrayWithoutElementsTakesNoMemory)
 {
-    EXPECT_EQ(messageWithoutMemory([] { const Array<double> array; }), "Asked for array of size: 0");
+    EXPECT_EQ(messageWithoutMemory([] {
+                  Array<double> array;
+                  const Array<double> sized(0);
+                  const Array<double> copy(array);
+                  array.clear();
+                  array = copy;
+                  array.appendArray(sized);
+                  array.grow(0, 1.0);
+                  EXPECT_EQ(8u, array.capacity());
+                  EXPECT_EQ(0u, array.size());
+              }),
+              "nothing thrown");
+}
+
+TEST_F(ArrayTest, FailedAllocationOfTheFirstElementNamesItAndLeavesTheArray)
+{
+    Array<CountingElement> array;
+    EXPECT_EQ(messageWithoutMemory([&array] { array.append(1); }), "Asked for array of size: 1");
+    EXPECT_EQ(0u, array.size());
+    EXPECT_EQ(8u, array.capacity());
+    array.append(1);
+    EXPECT_EQ(values(array), upTo(1));
+}
+
+TEST_F(ArrayTest, ArraysWithoutElementsAreIndependent)
+{
+    Array<int> first;
+    Array<int> second;
+    first.append(1);
+    EXPECT_EQ(0u, second.size());
+    first.swap(second);
+    EXPECT_EQ(0u, first.size());
+    first.append(2);
+    EXPECT_EQ(1, second[0]);
+    EXPECT_EQ(2, first[0]);
 }
 
 TEST_F(ArrayTest, FailedAllocationOfSizedConstructorNamesTheSizeAskedFor)
@@ -878,14 +916,15 @@ TEST_F(ArrayTest, FailedAllocationOfOtherGrowthNamesTheNewCountAndLeavesTheArray
     EXPECT_EQ(array.capacity(), 8u);
 }
 
-TEST_F(ArrayTest, FailedAllocationOfClearNamesZeroAndLeavesTheArray)
+TEST_F(ArrayTest, ClearNeedsNoMemory)
 {
     Array<CountingElement> array;
     for (int i = 1; i <= 9; ++i) {
         array.append(i);
     }
-    EXPECT_EQ(messageWithoutMemory([&array] { array.clear(); }), "Asked for array of size: 0");
-    EXPECT_EQ(values(array), upTo(9));
+    EXPECT_EQ(messageWithoutMemory([&array] { array.clear(); }), "nothing thrown");
+    EXPECT_EQ(0u, array.size());
+    EXPECT_EQ(8u, array.capacity());
 }
 
 TEST_F(ArrayTest, MemoryFailingAtEachPointOfTextArraysLeavesThemAsTheyWere)

@@ -1144,7 +1144,7 @@ TEST(AnimationStateTest, EvaluationAllocatesNothingAndLogsNothing)
         animation.applyAnimation(matrix, notANumber);
         animation.applyAnimation(vector, 1e300);
         requests = allocator.requests();
-        const vesk::Array<double> array;
+        const vesk::Array<double> array(1);
         control = allocator.requests();
     }
     EXPECT_EQ(0, requests);

@@ -872,7 +872,7 @@ TEST(InputLocalTest, ExhaustedMemoryThrowsNullPointerAndLeavesAPartialStream)
     InputLocal input(document.vertices());
     bool hasThrown = false;
     {
-        const FailingAllocator allocator(0);
+        const FailingAllocator allocator(1);
         try {
             input.data(1);
         } catch (const vesk::NullPointer&) {
@@ -1665,7 +1665,7 @@ TEST(InputFailedReadTest, ExhaustedMemoryThrowsNullPointerAndKeepsTheOldIndex)
     InputLocalOffset input(document.triangles(), document.p());
     bool hasThrown = false;
     {
-        const FailingAllocator allocator(0);
+        const FailingAllocator allocator(1);
         try {
             input.data(1);
         } catch (const vesk::NullPointer&) {

@@ -1329,8 +1329,8 @@ INSTANTIATE_TEST_SUITE_P(Lines, ScenetoolUsageTest,
                                          UsageCase{"FileWithoutSubcommand", {"x.dae"}},
                                          UsageCase{"InfoWithoutFile", {"info"}}, UsageCase{"DumpWithoutFile", {"dump"}},
                                          UsageCase{"OnlyOptions", {"dump", "--fold"}},
-                                         UsageCase{"TwoFiles", {"info", "x.dae", "y.dae"}},
-                                         UsageCase{"TwoSubcommands", {"info", "x.dae", "dump", "y.dae"}},
+                                         UsageCase{"TwoFiles", {"dump", "x.dae", "y.dae"}},
+                                         UsageCase{"TwoSubcommands", {"dump", "x.dae", "info", "y.dae"}},
                                          UsageCase{"UnknownOption", {"--colour"}},
                                          UsageCase{"UnknownOptionOfInfo", {"info", "x.dae", "--fold"}},
                                          UsageCase{"UnknownOptionOfDump", {"dump", "x.dae", "--all"}},
@@ -1341,7 +1341,7 @@ INSTANTIATE_TEST_SUITE_P(Lines, ScenetoolUsageTest,
                                          UsageCase{"TimeWithComma", {"dump", "x.dae", "--time", "1,5"}},
                                          UsageCase{"EmptyTime", {"dump", "x.dae", "--time="}},
                                          UsageCase{"TimeTwice", {"dump", "x.dae", "--time", "1", "--time", "2"}},
-                                         UsageCase{"ControlCharacters", {"info", "x.dae", "\033[31m\nred"}}),
+                                         UsageCase{"ControlCharacters", {"dump", "x.dae", "\033[31m\nred"}}),
                          [](const auto& row) { return std::string(row.param.name); });
 
 // --- help
@@ -1367,8 +1367,11 @@ TEST_P(ScenetoolHelpTest, ExplainsEveryWord)
     EXPECT_EQ(result.status, succeeded);
     EXPECT_EQ(result.errors, "");
     for (const std::string& word : GetParam().words) {
-        // The word, what kind of value it takes, blanks, and at least two words of explanation.
-        EXPECT_TRUE(std::regex_search(result.output, std::regex("\n +(-h,)?" + word + "( [A-Z]+)* {2,}\\S+ \\S+")))
+        // The word, what kind of value it takes and what it excludes, blanks or a line of its own, and at least two
+        // words of explanation.
+        EXPECT_TRUE(std::regex_search(
+            result.output,
+            std::regex("\n +(-h,)?" + word + "( [A-Z.]+)*(:.*|=\\d+| Excludes: .*)?(\n +| {2,})\\S+ \\S+")))
             << word << " in\n"
             << result.output;
     }
@@ -1376,8 +1379,14 @@ TEST_P(ScenetoolHelpTest, ExplainsEveryWord)
 
 INSTANTIATE_TEST_SUITE_P(Commands, ScenetoolHelpTest,
                          testing::Values(HelpCase{"Program", {}, {"--help", "--version", "info", "dump"}},
-                                         HelpCase{"Info", {"info"}, {"FILE", "--help", "--all"}},
-                                         HelpCase{"Dump", {"dump"}, {"FILE", "--help", "--time", "--fold"}}),
+                                         HelpCase{"Info",
+                                                  {"info"},
+                                                  {"FILE", "--help", "--all", "--sandbox", "--no-sandbox",
+                                                   "--time-limit", "--memory-limit"}},
+                                         HelpCase{"Dump",
+                                                  {"dump"},
+                                                  {"FILE", "--help", "--time", "--fold", "--sandbox", "--no-sandbox",
+                                                   "--time-limit", "--memory-limit"}}),
                          [](const auto& row) { return std::string(row.param.name); });
 
 TEST(ScenetoolHelpTest, ShortFormIsTheSame)

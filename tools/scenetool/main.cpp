@@ -1,16 +1,22 @@
 #include "Dump.h"
 #include "Info.h"
 #include "LoadedScene.h"
+#include "Sandbox.h"
 
 #include <CLI/CLI.hpp>
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
 #include <cstdlib>
 #include <exception>
+#include <functional>
 #include <iostream>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -58,25 +64,66 @@ int dump(const std::string& file, const std::optional<double>& time, bool folds)
     return loaded.isLoaded() ? EXIT_SUCCESS : loadFailed;
 }
 
+/// Where a document is loaded.
+struct SandboxOptions {
+    bool isWanted = false;
+    bool isUnwanted = false;
+    unsigned seconds = 60;
+    unsigned mebibytes = 4096;
+
+    void addTo(CLI::App& command)
+    {
+        CLI::Option* const wanted = command.add_flag(
+            "--sandbox", isWanted, "Load in a process of its own, with limits; always so for more than one document");
+        command.add_flag("--no-sandbox", isUnwanted, "Load in this process, however many documents")->excludes(wanted);
+        command.add_option("--time-limit", seconds, "Processor seconds for a document in the sandbox")
+            ->check(CLI::Range(1u, 86'400u))
+            ->capture_default_str();
+        command.add_option("--memory-limit", mebibytes, "Mebibytes for a document in the sandbox; 0 sets no limit")
+            ->capture_default_str();
+    }
+
+    /// Runs an action that loads one document of `count`. @return its status
+    int run(const std::string& file, std::size_t count, const std::function<int()>& action) const
+    {
+        if (isUnwanted || (count == 1 && !isWanted)) {
+            return action();
+        }
+        scenetool::SandboxLimits limits;
+        limits.time = std::chrono::seconds(seconds);
+        limits.memory = std::size_t{mebibytes} * 1'048'576u;
+        const scenetool::SandboxResult result = scenetool::runInSandbox(limits, action);
+        if (!result.failure.empty()) {
+            std::cerr << "scenetool: " << scenetool::printable(file) << ": the load " << result.failure << '\n';
+            return loadFailed;
+        }
+        return result.status;
+    }
+};
+
 int run(int argc, char** argv)
 {
     CLI::App app("Shows what a COLLADA 1.4.1 document holds, as the libVideo scene graph loads it.", "scenetool");
     app.set_version_flag("--version", "scenetool " SCENETOOL_VERSION);
     app.require_subcommand(1);
 
-    std::string file;
+    std::vector<std::string> files;
+    SandboxOptions sandbox;
     bool showsAllNodes = false;
     CLI::App* const infoCommand = app.add_subcommand(
         "info", "Prints counts, the node tree with its transforms and animations, and messages, for people.");
-    infoCommand->add_option("FILE", file, "The document")->required();
+    infoCommand->add_option("FILE", files, "The documents")->required();
     infoCommand->add_flag("--all", showsAllNodes, "Show all nodes of the tree, not only the first two hundred");
+    sandbox.addTo(*infoCommand);
 
     std::optional<double> time;
     bool folds = false;
     CLI::App* const dumpCommand = app.add_subcommand("dump", "Prints the whole scene as one JSON object.");
+    std::string file;
     dumpCommand->add_option("FILE", file, "The document")->required();
     dumpCommand->add_option("--time", time, "Ask every node for its state at this time in seconds first");
     dumpCommand->add_flag("--fold", folds, "Fold parents into the nodes, so that matrices are world matrices");
+    sandbox.addTo(*dumpCommand);
 
     try {
         app.parse(argc, argv);
@@ -87,7 +134,17 @@ int run(int argc, char** argv)
         std::cerr << "scenetool: " << scenetool::printable(error.what()) << " (see scenetool --help)\n";
         return usageError;
     }
-    return infoCommand->parsed() ? info(file, showsAllNodes) : dump(file, time, folds);
+    if (dumpCommand->parsed()) {
+        return sandbox.run(file, 1, [&] { return dump(file, time, folds); });
+    }
+    int status = EXIT_SUCCESS;
+    for (const std::string& each : files) {
+        if (&each != &files.front()) {
+            std::cout << '\n';
+        }
+        status = std::max(status, sandbox.run(each, files.size(), [&] { return info(each, showsAllNodes); }));
+    }
+    return status;
 }
 
 } // namespace

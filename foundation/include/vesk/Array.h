@@ -21,6 +21,10 @@ struct ArrayHeader {
 
 constexpr unsigned smallestArrayCapacity = 8;
 
+/// Stands for the block of every array that has not held an element yet. It has no slots, although those arrays count as
+/// ones of the smallest capacity; nobody writes to it.
+VESK_API extern ArrayHeader noElements;
+
 /// Capacity for `size` elements: 8, doubled until it holds them. The block has to fit 32 bits, header included.
 /// @throws NullPointer that names `size` if it does not
 VESK_API unsigned arrayCapacity(unsigned size, std::size_t elementSize);
@@ -35,8 +39,8 @@ VESK_API void freeArray(ArrayHeader* block) noexcept;
 
 /// Growable array on one heap block of count, capacity and elements. Copies are deep.
 ///
-/// Differs from `std::vector`: sizes are 32-bit; an array always has a block, of 8 slots at least, and doubles it when
-/// full; `[]` is checked and throws; `clear` gives the memory back; elements are always copied, never moved; storage
+/// Differs from `std::vector`: sizes are 32-bit; a block has 8 slots at least, is allocated with the first element, and
+/// doubles when full; `[]` is checked and throws; `clear` gives the memory back; elements are always copied, never moved; storage
 /// that cannot be had throws `NullPointer`. Whatever throws leaves the array as it was.
 ///
 /// Growth, assignment and `clear` invalidate references and iterators. A value to append may stand in the array itself.
@@ -47,11 +51,14 @@ class VESK_API Array : public Serializable {
 
 public:
     /// No element, capacity 8.
-    Array() : m_block(allocate(0)) {}
+    Array() noexcept : m_block(&detail::noElements) {}
 
     /// `size` default-constructed elements; numbers are zero.
-    explicit Array(unsigned size)
+    explicit Array(unsigned size) : Array()
     {
+        if (size == 0) {
+            return;
+        }
         Block block(allocate(size));
         std::uninitialized_value_construct_n(block.elements(), size);
         block.header()->count = size;
@@ -88,7 +95,10 @@ public:
 
     unsigned size() const { return m_block->count; } ///< Number of elements.
     /// Number of elements that fit before the block has to grow.
-    unsigned capacity() const { return m_block->capacity; }
+    unsigned capacity() const
+    {
+        return m_block == &detail::noElements ? detail::smallestArrayCapacity : m_block->capacity;
+    }
 
     /// @throws IndexOutOfBounds
     T& operator[](unsigned index) { return elements(m_block)[checked(index)]; }
@@ -136,12 +146,11 @@ public:
     /// Destroys all elements and goes back to capacity 8.
     void clear()
     {
-        if (m_block->capacity == detail::smallestArrayCapacity) {
-            // A new block would be just like this one.
+        if (m_block->capacity > detail::smallestArrayCapacity) {
+            replace(&detail::noElements);
+        } else if (m_block->count > 0) {
             destroyElements(m_block);
             m_block->count = 0;
-        } else {
-            replace(allocate(0));
         }
     }
 
@@ -252,15 +261,17 @@ private:
 
     static void destroy(detail::ArrayHeader* block)
     {
-        destroyElements(block);
-        detail::freeArray(block);
+        if (block != &detail::noElements) {
+            destroyElements(block);
+            detail::freeArray(block);
+        }
     }
 
     // A block of the capacity of `other`, not of its size.
     static detail::ArrayHeader* clone(const Array& other)
     {
-        if (other.m_block == nullptr) {
-            return nullptr;
+        if (other.m_block == nullptr || other.m_block == &detail::noElements) {
+            return other.m_block;
         }
         Block block(allocate(other.m_block->capacity));
         std::uninitialized_copy_n(other.getData(), other.size(), block.elements());
@@ -290,6 +301,9 @@ private:
     template <class Construct>
     void extend(unsigned n, const Construct& construct)
     {
+        if (n == 0) {
+            return;
+        }
         const unsigned count = m_block->count;
         if (n <= m_block->capacity - count) {
             construct(elements(m_block) + count);

@@ -1,39 +1,84 @@
 #pragma once
 
 /// @file
-/// The guard of a load. The document model takes documents on trust, reads numbers in the host's locale and writes its
-/// messages to standard output; what stands here keeps that away from the host.
+/// The guard of a load. The document model takes documents on trust, lets their references reach for any file and the
+/// network, reads numbers in the host's locale and writes its messages to standard output; what stands here keeps that
+/// away from the host.
+
+#include "Allowance.h"
+#include "ReferenceResolver.h"
 
 #include <libVideo/ColladaDom.h>
 
 #include <vesk/String.h>
 
+#include <libxml/xmlerror.h>
+
 #include <clocale>
 
 namespace libVideo::detail {
 
-/// For the length of a load: numbers read in the C locale, and the document model silent unless the host has given it
-/// an error handler of its own. Both are put back at the end.
-class LoadScope {
+/// Numbers are read in the C locale.
+class NumericLocaleScope {
 public:
-    LoadScope();
-    ~LoadScope();
-    LoadScope(const LoadScope&) = delete;
-    LoadScope& operator=(const LoadScope&) = delete;
+    NumericLocaleScope();
+    ~NumericLocaleScope();
+    NumericLocaleScope(const NumericLocaleScope&) = delete;
+    NumericLocaleScope& operator=(const NumericLocaleScope&) = delete;
 
 private:
     locale_t m_numericC;
-    locale_t m_localeBefore = nullptr;
-    bool m_isSilent;
+    locale_t m_before = nullptr;
 };
 
-/// Takes from a new `DAE` the resolver that reads what a reference names as plain numbers, and does not survive it if an
-/// element asks that holds none.
-void removeRawResolver(DAE& dae);
+/// The document model is silent, unless the host has given it an error handler of its own; the parser below it always
+/// is.
+class SilenceScope {
+public:
+    SilenceScope();
+    ~SilenceScope();
+    SilenceScope(const SilenceScope&) = delete;
+    SilenceScope& operator=(const SilenceScope&) = delete;
 
-/// Opens the file that `path` names, whatever characters the path holds.
-/// @return the root, or null for whatever is no regular file, is an archive, or does not open; exceptions of the
-///     document model count as that, those of `vesk` pass
-domCOLLADA* openDocument(DAE& dae, const vesk::String& path);
+private:
+    bool m_isSilent;
+    xmlGenericErrorFunc m_parserMessages;
+    void* m_parserContext;
+    xmlStructuredErrorFunc m_parserErrors;
+    void* m_parserErrorContext;
+};
+
+/// References are followed by a `ReferenceResolver` alone.
+class ReferenceScope {
+public:
+    explicit ReferenceScope(DAE& dae);
+    ~ReferenceScope();
+    ReferenceScope(const ReferenceScope&) = delete;
+    ReferenceScope& operator=(const ReferenceScope&) = delete;
+
+    ReferenceResolver& resolver() { return m_resolver; }
+
+private:
+    daeTArray<daeURIResolver*>& m_list;
+    daeTArray<daeURIResolver*> m_before;
+    ReferenceResolver m_resolver;
+};
+
+/// Stands around a load; all is as it was before at the end.
+class LoadScope {
+public:
+    explicit LoadScope(DAE& dae) : m_references(dae) {}
+
+    /// Opens the file that `path` names, whatever characters the path holds.
+    /// @return the root, or null for whatever is no regular file, does not pass the preflight, or does not open;
+    ///     exceptions of the document model count as that, those of `vesk` pass
+    domCOLLADA* open(const vesk::String& path);
+
+private:
+    Allowance m_allowance;
+    NumericLocaleScope m_locale;
+    SilenceScope m_silence;
+    ReferenceScope m_references;
+};
 
 } // namespace libVideo::detail

@@ -1,16 +1,20 @@
 #include "PoolIndex.h"
 
+#include "HashMix.h"
+
+#include <cstdint>
+
 namespace libVideo::detail {
 
 unsigned NoCase::hash(const vesk::String& text)
 {
-    unsigned hash = 2166136261u;
+    std::uint64_t state = hashSeed();
     for (unsigned i = 0; i < text.size(); ++i) {
         const auto byte = static_cast<unsigned char>(text.data()[i]);
         const bool isUpper = byte >= 'A' && byte <= 'Z';
-        hash = (hash ^ (isUpper ? byte + 32u : byte)) * 16777619u;
+        state = hashMix(state, isUpper ? byte + 32u : byte);
     }
-    return hash ^ (hash >> 15u);
+    return static_cast<unsigned>(state >> 32u);
 }
 
 } // namespace libVideo::detail

@@ -3,6 +3,8 @@
 /// @file
 /// Numbers index tuples by first use.
 
+#include "HashMix.h"
+
 #include <vesk/Array.h>
 
 #include <cstdint>
@@ -71,10 +73,9 @@ private:
 
     std::uint32_t hash(const unsigned* tuple) const
     {
-        std::uint64_t state = 0;
+        std::uint64_t state = m_seed;
         for (unsigned i = 0; i < m_length; ++i) {
-            state = (state ^ tuple[i]) * 0x9E3779B97F4A7C15u;
-            state ^= state >> 32u;
+            state = hashMix(state, tuple[i]);
         }
         return static_cast<std::uint32_t>(state);
     }
@@ -95,6 +96,7 @@ private:
         m_slots.swap(slots);
     }
 
+    std::uint64_t m_seed = hashSeed();
     unsigned m_length;
     unsigned m_count = 0;
     std::uint32_t m_mask = 0;

@@ -1,0 +1,354 @@
+#include "Benchmarks.h"
+
+#include "DocumentGenerator.h"
+
+#include "support/Process.h"
+
+#include <libVideo/SceneGraph.h>
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <exception>
+#include <filesystem>
+#include <ostream>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace benchmarks {
+
+namespace {
+
+// What a load has to bring, so that no figure stands for a document that was not read.
+struct SceneCounts {
+    unsigned nodes = 0;
+    unsigned animatedNodes = 0;
+    double animationLength = 0.0; // in seconds, of every animated node
+    unsigned geometries = 0;
+    unsigned triangles = 0;
+    unsigned cameras = 0;
+    unsigned lights = 0;
+};
+
+bool operator!=(const SceneCounts& a, const SceneCounts& b)
+{
+    return a.nodes != b.nodes || a.animatedNodes != b.animatedNodes ||
+           std::abs(a.animationLength - b.animationLength) > 1e-5 || a.geometries != b.geometries ||
+           a.triangles != b.triangles || a.cameras != b.cameras || a.lights != b.lights;
+}
+
+std::ostream& operator<<(std::ostream& out, const SceneCounts& counts)
+{
+    return out << counts.nodes << " nodes, " << counts.animatedNodes << " of them animated for "
+               << counts.animationLength << " s, " << counts.geometries << " geometries of " << counts.triangles
+               << " triangles, " << counts.cameras << " cameras, " << counts.lights << " lights";
+}
+
+void countNodes(const libVideo::VisualScene& scene, SceneCounts& counts)
+{
+    vesk::Array<libVideo::NodeLink> nodes = scene.root().children();
+    for (unsigned i = 0; i < nodes.size(); ++i) { // the list grows
+        const libVideo::Node& node = *nodes[i];
+        nodes.appendArray(node.children());
+        if (node.hasAnimation()) {
+            ++counts.animatedNodes;
+            counts.animationLength = node.animationLength();
+        }
+    }
+    counts.nodes = nodes.size();
+}
+
+void countGeometries(const libVideo::VisualScene& scene, SceneCounts& counts)
+{
+    counts.geometries = scene.geometryTable().size();
+    for (const auto& bucket : scene.geometryTable()) {
+        for (const auto& primitive : bucket.value->mesh().primitives()) {
+            if (primitive->type() == libVideo::PRIMITIVE_TRIANGLE_LIST && primitive->hasPosition() &&
+                primitive->hasNormal() && primitive->hasTextureCoord()) {
+                counts.triangles += primitive->indexBuffer().size() / 3;
+            }
+        }
+    }
+}
+
+SceneCounts countsOf(const std::string& path)
+{
+    libVideo::Scene loaded;
+    SceneCounts counts;
+    if (loaded.createFromCollada(path.c_str())) {
+        const libVideo::VisualScene& scene = loaded.visualScene();
+        countNodes(scene, counts);
+        countGeometries(scene, counts);
+        counts.cameras = scene.cameraList().size();
+        counts.lights = scene.pointLightList().size() + scene.spotLightList().size();
+    }
+    return counts;
+}
+
+// A kind of documents by one size, and what a document of that size holds.
+struct DocumentKind {
+    const char* name;
+    std::string (*document)(unsigned size);
+    SceneCounts (*counts)(unsigned size);
+};
+
+constexpr unsigned keysOfCurve = 1000;
+
+const DocumentKind meshKind = {"mesh", smoothMesh, [](unsigned triangles) {
+                                   SceneCounts counts;
+                                   counts.nodes = 1;
+                                   counts.geometries = 1;
+                                   counts.triangles = triangles;
+                                   return counts;
+                               }};
+const DocumentKind fanKind = {"fan", fan, meshKind.counts};
+const DocumentKind geometriesKind = {"geometries", manyGeometries, [](unsigned geometries) {
+                                         SceneCounts counts;
+                                         counts.nodes = geometries;
+                                         counts.geometries = geometries;
+                                         counts.triangles = 100 * geometries;
+                                         return counts;
+                                     }};
+const DocumentKind angleCurvesKind = {"angleCurves", [](unsigned curves) { return angleCurves(curves, keysOfCurve); },
+                                      [](unsigned curves) {
+                                          SceneCounts counts;
+                                          counts.nodes = curves;
+                                          counts.animatedNodes = curves;
+                                          counts.animationLength = keysOfCurve / keysPerSecond;
+                                          return counts;
+                                      }};
+const DocumentKind matrixCurvesKind = {
+    "matrixCurves", [](unsigned curves) { return matrixCurves(curves, keysOfCurve); }, angleCurvesKind.counts};
+const DocumentKind treeKind = {"tree", [](unsigned nodes) { return balancedTree(nodes, Ids::Distinct); },
+                               [](unsigned nodes) {
+                                   SceneCounts counts;
+                                   counts.nodes = nodes;
+                                   return counts;
+                               }};
+const DocumentKind treeWithoutIdsKind = {
+    "treeWithoutIds", [](unsigned nodes) { return balancedTree(nodes, Ids::None); }, treeKind.counts};
+const DocumentKind flatTreeKind = {"flatTree", flatTree, treeKind.counts};
+const DocumentKind chainKind = {"chain", chain, treeKind.counts};
+const DocumentKind camerasAndLightsKind = {"camerasAndLights", camerasAndLights, [](unsigned nodes) {
+                                               SceneCounts counts;
+                                               counts.nodes = nodes + (nodes + 99) / 100; // with the groups
+                                               counts.cameras = nodes;
+                                               counts.lights = nodes;
+                                               return counts;
+                                           }};
+
+// What a load is meant to cost at most, as a multiple of what the document model's own open costs; 0 without a goal.
+struct Goal {
+    double time = 0.0;
+    double memory = 0.0;
+};
+
+struct LoadCase {
+    const DocumentKind& kind;
+    unsigned size;
+    Goal goal;
+};
+
+const std::vector<LoadCase>& loadCases()
+{
+    constexpr Goal none;
+    static const std::vector<LoadCase> cases = {
+        {meshKind, 1000, none},
+        {meshKind, 10000, {0.55, 0.85}},
+        {meshKind, 100000, {0.50, 0.85}},
+        {meshKind, 1000000, {0.50, 0.85}},
+        {fanKind, 1000, none},
+        {fanKind, 10000, none},
+        {fanKind, 100000, {0.60, 0.90}},
+        {geometriesKind, 100, none},
+        {geometriesKind, 2000, {0.65, 1.15}},
+        {geometriesKind, 8000, {0.65, 1.15}},
+        {angleCurvesKind, 10, none},
+        {angleCurvesKind, 100, none},
+        {angleCurvesKind, 1000, {0.60, 1.60}},
+        {matrixCurvesKind, 10, none},
+        {matrixCurvesKind, 50, none},
+        {matrixCurvesKind, 200, {0.50, 1.60}},
+        {treeKind, 1000, none},
+        {treeKind, 10000, none},
+        {treeKind, 100000, {1.05, 1.35}},
+        {treeWithoutIdsKind, 1000, none},
+        {treeWithoutIdsKind, 100000, {1.05, 1.35}},
+        {flatTreeKind, 1000, none},
+        {flatTreeKind, 10000, none},
+        {chainKind, 1000, none},
+        {chainKind, 10000, none},
+        {camerasAndLightsKind, 1000, none},
+        {camerasAndLightsKind, 10000, none},
+    };
+    return cases;
+}
+
+// The value below which that share of all values lies.
+double quantile(std::vector<double> values, double share)
+{
+    const auto place = std::lround(share * static_cast<double>(values.size() - 1));
+    std::nth_element(values.begin(), values.begin() + place, values.end());
+    return values[static_cast<std::size_t>(place)];
+}
+
+double median(const std::vector<double>& values)
+{
+    return quantile(values, 0.5);
+}
+
+// What a program prints about a document.
+std::istringstream outputOf(const std::vector<std::string>& command)
+{
+    const testSupport::ProcessResult result = testSupport::runProcess(command);
+    if (result.status != 0 || result.output.empty()) {
+        throw std::runtime_error(command[0] + " refuses the document: " + result.errors);
+    }
+    return std::istringstream(result.output);
+}
+
+// What one work on a document takes in a process of its own, in several rounds.
+class Costs {
+public:
+    explicit Costs(const char* program) : m_program(program) {}
+
+    double measure(const std::string& path)
+    {
+        double seconds = 0.0;
+        double kibibytes = 0.0;
+        outputOf({m_program, path}) >> seconds >> kibibytes;
+        m_seconds.push_back(seconds);
+        m_mebibytes.push_back(kibibytes / 1024.0);
+        return seconds;
+    }
+
+    double seconds() const { return median(m_seconds); }
+    double mebibytes() const { return median(m_mebibytes); } // resident at most
+    void report(benchmark::State& state, const std::string& name) const
+    {
+        state.counters[name + "_ms"] = 1e3 * seconds();
+        state.counters[name + "_mib"] = mebibytes();
+    }
+
+private:
+    const char* m_program;
+    std::vector<double> m_seconds;
+    std::vector<double> m_mebibytes;
+};
+
+void reportGoal(benchmark::State& state, const Goal& goal)
+{
+    if (goal.time > 0.0) {
+        state.counters["time_goal"] = goal.time;
+    }
+    if (goal.memory > 0.0) {
+        state.counters["memory_goal"] = goal.memory;
+    }
+}
+
+// Open and load by turns, so that whatever else the machine does meets both alike. In a process that has done other
+// works before, the time would depend on how much memory these left behind, and the peak would be theirs.
+void measureCosts(benchmark::State& state, const std::string& path)
+{
+    Costs open(DOCUMENT_OPEN_PROGRAM);
+    Costs load(DOCUMENT_LOAD_PROGRAM);
+    std::vector<double> ratios;
+    for ([[maybe_unused]] auto _ : state) {
+        const double secondsOfOpen = open.measure(path);
+        const double secondsOfLoad = load.measure(path);
+        ratios.push_back(secondsOfLoad / secondsOfOpen);
+        state.SetIterationTime(secondsOfLoad);
+    }
+    open.report(state, "open");
+    load.report(state, "load");
+    state.counters["time_ratio"] = load.seconds() / open.seconds();
+    state.counters["time_ratio_low"] = quantile(ratios, 0.25);
+    state.counters["time_ratio_high"] = quantile(ratios, 0.75);
+    state.counters["memory_ratio"] = load.mebibytes() / open.mebibytes();
+}
+
+// What one process takes that goes on, and so has the pages that its rounds before have freed.
+struct Turns {
+    std::vector<double> opens;
+    std::vector<double> others;
+};
+
+Turns turnsOf(const std::string& kind, const std::string& path, benchmark::IterationCount rounds)
+{
+    std::istringstream lines = outputOf({DOCUMENT_TURNS_PROGRAM, kind, path, std::to_string(rounds + 1)});
+    Turns turns;
+    double open = 0.0;
+    double other = 0.0;
+    lines >> open >> other; // the first round is as in a process of its own
+    while (lines >> open >> other) {
+        turns.opens.push_back(open);
+        turns.others.push_back(other);
+    }
+    return turns;
+}
+
+void measureTurns(benchmark::State& state, const std::string& path)
+{
+    const Turns loads = turnsOf("load", path, state.max_iterations);
+    state.counters["warm_time_ratio"] = median(loads.others) / median(loads.opens);
+    const Turns builds = turnsOf("build", path, state.max_iterations);
+    state.counters["warm_build_ms"] = 1e3 * median(builds.others);
+}
+
+#ifdef DOCUMENT_IMPORT_PROGRAM
+// Without figures of a document that Assimp does not import.
+void measureImports(benchmark::State& state, const std::string& path)
+{
+    Costs import(DOCUMENT_IMPORT_PROGRAM);
+    try {
+        for (benchmark::IterationCount i = 0; i < state.max_iterations; ++i) {
+            import.measure(path);
+        }
+    } catch (const std::runtime_error&) {
+        return;
+    }
+    import.report(state, "import");
+}
+#endif
+
+void measureLoad(benchmark::State& state, const LoadCase& row)
+{
+    try {
+        const DocumentFile file(row.kind.document(row.size));
+        const SceneCounts expected = row.kind.counts(row.size);
+        const SceneCounts loaded = countsOf(file.path()); // also warms the caches
+        if (loaded != expected) {
+            std::ostringstream text;
+            text << "loaded " << loaded << " instead of " << expected;
+            throw std::runtime_error(text.str());
+        }
+        measureCosts(state, file.path());
+        measureTurns(state, file.path());
+#ifdef DOCUMENT_IMPORT_PROGRAM
+        measureImports(state, file.path());
+#endif
+        state.counters["document_mb"] = 1e-6 * static_cast<double>(std::filesystem::file_size(file.path()));
+        reportGoal(state, row.goal);
+    } catch (const std::exception& error) {
+        fail(state, error.what());
+    }
+}
+
+} // namespace
+
+void registerLoadBenchmarks(int rounds)
+{
+    for (const LoadCase& row : loadCases()) {
+        const std::string name = std::string("load/") + row.kind.name + "/" + std::to_string(row.size);
+        benchmark::RegisterBenchmark(name.c_str(), [&row](benchmark::State& state) { measureLoad(state, row); })
+            ->UseManualTime()
+            ->Iterations(rounds)
+            ->Unit(benchmark::kMillisecond);
+    }
+}
+
+} // namespace benchmarks

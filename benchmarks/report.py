@@ -1,0 +1,163 @@
+#!/usr/bin/env python3
+"""report.py RESULTS.json PICTURE.svg: prints the figures of sceneBenchmarks as tables, and draws those of the loads."""
+
+import json
+import pathlib
+import subprocess
+import sys
+
+# Kinds of documents: what a table calls them, and what their size counts.
+DOCUMENTS = {
+    "mesh": ("smooth mesh", "triangles"),
+    "fan": ("fan", "triangles"),
+    "geometries": ("small meshes", "meshes"),
+    "angleCurves": ("angle curves", "curves"),
+    "matrixCurves": ("matrix curves", "curves"),
+    "tree": ("tree", "nodes"),
+    "treeWithoutIds": ("tree without ids", "nodes"),
+    "flatTree": ("flat tree", "nodes"),
+    "chain": ("chain", "nodes"),
+    "camerasAndLights": ("cameras, lights", "nodes"),
+}
+# Those whose times the picture shows over the size of the document.
+LINES = ["mesh", "geometries", "angleCurves", "matrixCurves", "tree"]
+
+
+def table(title, heads, rows):
+    """Prints rows of texts, the first column to the left, the others to the right."""
+    if not rows:
+        return
+    widths = [max(len(row[i]) for row in [heads] + rows) for i in range(len(heads))]
+    print(f"\n{title}\n")
+    for row in [heads, ["-" * width for width in widths]] + rows:
+        cells = [row[0].ljust(widths[0])] + [cell.rjust(width) for cell, width in zip(row[1:], widths[1:])]
+        print("  ".join(cells).rstrip())
+
+
+def number(value):
+    """Three digits that count, without an exponent."""
+    if value >= 100:
+        return f"{value:,.0f}"
+    return f"{value:.1f}" if value >= 10 else f"{value:.2f}"
+
+
+def verdict(bound, ratio, warm_ratio=None):
+    """A goal, and whether the ratio keeps it."""
+    if bound is None:
+        return ""
+    warm_ratio = ratio if warm_ratio is None else warm_ratio
+    words = {(True, True): "met", (True, False): "cold", (False, True): "warm", (False, False): "missed"}
+    return f"{bound:.2f} {words[ratio <= bound, warm_ratio <= bound]}"
+
+
+def load_row(row, has_imports):
+    label, unit = DOCUMENTS[row["kind"]]
+    spread = f"{row['time_ratio_low']:.2f}-{row['time_ratio_high']:.2f}"
+    cells = [f"{label}, {row['size']:,} {unit}", number(row["document_mb"]),
+             number(row["open_ms"]), number(row["load_ms"]), f"{row['time_ratio']:.2f}", spread,
+             f"{row['warm_time_ratio']:.2f}", number(row["warm_build_ms"]),
+             verdict(row.get("time_goal"), row["time_ratio"], row["warm_time_ratio"]),
+             number(row["open_mib"]), number(row["load_mib"]), f"{row['memory_ratio']:.2f}",
+             verdict(row.get("memory_goal"), row["memory_ratio"])]
+    if "import_ms" in row:
+        cells += [number(row["import_ms"]), f"{row['import_ms'] / row['open_ms']:.2f}",
+                  number(row["import_mib"]), f"{row['import_mib'] / row['open_mib']:.2f}"]
+    elif has_imports:
+        cells += ["fails", "", "", ""]
+    return cells
+
+
+def show_loads(rows):
+    heads = ["document", "MB", "open ms", "load ms", "ratio", "quartiles", "warm", "build ms", "goal",
+             "open MiB", "load MiB", "ratio", "goal"]
+    has_imports = any("import_ms" in row for row in rows)
+    if has_imports:
+        heads += ["Assimp ms", "ratio", "Assimp MiB", "ratio"]
+    table("The document model's own open, and a whole load: processor time and peak resident memory\n"
+          "Medians of processes that do one of both and end; warm: the ratio in one process that does both by turns. A goal\n"
+          "is met by both ratios, by the first alone (cold), by the second alone (warm), or missed. build: the load without\n"
+          "opening the document.",
+          heads, [load_row(row, has_imports) for row in rows])
+
+
+def show_evaluations(rows):
+    def cells(row):
+        unit = "nodes" if row["kind"] == "fold" else "keys"
+        return [f"{row['kind']}, {row['size']:,} {unit}", number(row["nanoseconds"])]
+    table("Evaluation", ["what", "ns"], [cells(row) for row in rows])
+
+
+def show_containers(rows):
+    twins = {}
+    for row in rows:
+        twins.setdefault((row["family"], row["kind"], row["size"]), {})[row["twin"]] = row["seconds_per_item"] * 1e9
+    table("Containers beside their twins of the standard library, for one item", ["operation", "ns", "std ns", "ratio"],
+          [[f"{family} {kind}, {size:,}", f"{pair['vesk']:.2f}", f"{pair['std']:.2f}", f"{pair['vesk'] / pair['std']:.2f}"]
+           for (family, kind, size), pair in twins.items() if len(pair) == 2])
+
+
+def read(path):
+    """The context of a run, its figures with their names taken apart, and the names of those that failed."""
+    with open(path, encoding="utf-8") as file:
+        run = json.load(file)
+    rows = []
+    failures = []
+    for row in run["benchmarks"]:
+        if row.get("error_occurred"):
+            failures.append(f"{row['name']}: {row['error_message']}")
+            continue
+        parts = row["name"].split("/")
+        row["family"], row["kind"] = parts[:2]
+        sizes = [part for part in parts[2:] if part.isdigit()]
+        row["size"] = int(sizes[0])
+        row["twin"] = parts[2]
+        row["nanoseconds"] = row["cpu_time"] * {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}[row["time_unit"]]
+        rows.append(row)
+    return run["context"], rows, failures
+
+
+def write_plot_data(rows, folder):
+    """lines.dat: a block of document size, open and load for each kind. ratios.dat: a line for each goal."""
+    folder.mkdir(parents=True, exist_ok=True)
+    blocks = []
+    for kind in LINES:
+        points = [row for row in rows if row["kind"] == kind]
+        text = "".join(f"{row['document_mb']} {row['open_ms']} {row['load_ms']}\n" for row in points)
+        blocks.append(f"\"{DOCUMENTS[kind][0]}\"\n{text}" if points else f"\"{DOCUMENTS[kind][0]}\"\nnan nan nan\n")
+    (folder / "lines.dat").write_text("\n\n".join(blocks), encoding="utf-8")
+    lines = []
+    for row in rows:
+        if "time_goal" in row:
+            label, unit = DOCUMENTS[row["kind"]]
+            lines.append(f"\"{label}, {row['size']:,} {unit}\" {row['time_ratio']} {row['time_goal']} "
+                         f"{row['memory_ratio']} {row['memory_goal']}\n")
+    (folder / "ratios.dat").write_text("".join(lines), encoding="utf-8")
+    return bool(lines)
+
+
+def draw(rows, results, picture):
+    folder = results.parent / "plot"
+    if not write_plot_data(rows, folder):
+        return  # only with goals there is something to compare
+    script = pathlib.Path(__file__).with_name("plot.gp")
+    subprocess.run(["gnuplot", "-e", f"folder='{folder}'; picture='{picture}'", str(script)], check=True)
+    print(f"\npicture: {picture}")
+
+
+def main():
+    results, picture = map(pathlib.Path, sys.argv[1:])
+    context, rows, failures = read(results)
+    print(f"\n{context['date']}, {context['num_cpus']} processors of {context['mhz_per_cpu']} MHz, "
+          f"load average {context['load_avg'][0]:.2f}")
+    loads = [row for row in rows if row["family"] == "load"]
+    show_loads(loads)
+    show_evaluations([row for row in rows if row["family"] == "evaluate"])
+    show_containers([row for row in rows if row["family"] not in ("load", "evaluate")])
+    draw(loads, results, picture)
+    for failure in failures:
+        print(f"failed: {failure}", file=sys.stderr)
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,454 @@
+#include "support/ColladaBuilder.h"
+#include "support/LogCapture.h"
+
+#include <libVideo/ColladaDom.h>
+#include <libVideo/SceneGraph/Scene.h>
+#include <libVideo/SceneGraph/detail/Preflight.h>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <ostream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#ifndef LIBVIDEO_CORPUS
+#define LIBVIDEO_CORPUS "" // a folder of further documents
+#endif
+
+namespace {
+
+using libVideo::Scene;
+using libVideo::detail::passPreflight;
+using testSupport::LogCapture;
+using testSupport::TemporaryFile;
+
+std::string repeated(const std::string& text, std::size_t count)
+{
+    std::string all;
+    all.reserve(text.size() * count);
+    for (std::size_t i = 0; i < count; ++i) {
+        all += text;
+    }
+    return all;
+}
+
+const std::string rootTag = "<COLLADA xmlns='http://www.collada.org/2005/11/COLLADASchema' version='1.4.1'>";
+
+std::string whole(const std::string& body)
+{
+    return rootTag + body + "</COLLADA>";
+}
+
+// What an application may put below a node in its own words.
+std::string ownWords(const std::string& content)
+{
+    return whole("<library_nodes><node id='n'><extra><technique profile='p'>" + content +
+                 "</technique></extra></node></library_nodes>");
+}
+
+std::string triangles(const std::string& content)
+{
+    return whole("<library_geometries><geometry id='g'><mesh><triangles>" + content +
+                 "</triangles></mesh></geometry></library_geometries>");
+}
+
+std::string scene(const std::string& nodes, const std::string& end = "</node></visual_scene></library_visual_scenes>")
+{
+    return whole("<library_visual_scenes><visual_scene id='scene'><node id='n'>" + nodes + end +
+                 "<scene><instance_visual_scene url='#scene'/></scene>");
+}
+
+bool passes(const std::string& text)
+{
+    const TemporaryFile file(text);
+    DAE dae(nullptr, nullptr, "1.4.1");
+    return passPreflight(dae, file.path()).has_value();
+}
+
+// Opens a file in a process of its own, with nothing in between. @return whether that process came to its end, with or
+// without a root, in the processor time that it may take
+bool bareModelSurvives(const std::string& path, rlim_t seconds)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        const rlimit time{seconds, seconds};
+        const rlimit noCore{0, 0};
+        setrlimit(RLIMIT_CPU, &time);
+        setrlimit(RLIMIT_CORE, &noCore);
+        const int nowhere = open("/dev/null", O_WRONLY);
+        dup2(nowhere, STDOUT_FILENO);
+        dup2(nowhere, STDERR_FILENO);
+        {
+            DAE dae(nullptr, nullptr, "1.4.1");
+            dae.open(path);
+        }
+        _exit(0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+void expectRefused(const std::string& path)
+{
+    const LogCapture log;
+    Scene scene;
+    EXPECT_FALSE(scene.createFromCollada(path.c_str()));
+    EXPECT_EQ("Collada file does not exist " + path, log.text());
+}
+
+struct Row {
+    std::string name;
+    std::string text;
+    rlim_t seconds = 20; ///< what the document model may take before it counts as hanging
+};
+
+std::ostream& operator<<(std::ostream& stream, const Row& row)
+{
+    return stream << row.name;
+}
+
+std::string nameOf(const testing::TestParamInfo<Row>& info)
+{
+    return info.param.name;
+}
+
+// --- What the document model does not survive.
+
+class DeadlyDocumentTest : public testing::TestWithParam<Row> {};
+
+TEST_P(DeadlyDocumentTest, EndsTheBareModelAndIsRefused)
+{
+    const TemporaryFile file(GetParam().text);
+    EXPECT_FALSE(bareModelSurvives(file.path(), GetParam().seconds)) << "there is no need to refuse it any more";
+    expectRefused(file.path());
+}
+
+std::string unfoldingEntities()
+{
+    std::string declarations = "<!ENTITY e0 'xxxxxxxxxx'>";
+    for (int i = 1; i < 12; ++i) {
+        const std::string below = "&e" + std::to_string(i - 1) + ";";
+        declarations += "<!ENTITY e" + std::to_string(i) + " '" + repeated(below, 10) + "'>";
+    }
+    return "<!DOCTYPE COLLADA [" + declarations + "]>" + whole("<library_nodes name='&e11;'/>");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Documents, DeadlyDocumentTest,
+    testing::Values(
+        Row{"RootScene", "<scene/>"}, Row{"RootAsset", "<asset/>"}, Row{"RootExtra", "<extra/>"},
+        Row{"RootLibrary", "<library_geometries/>"},
+        Row{"TranslateInTranslate", scene("<translate><translate/></translate>")},
+        Row{"PInP", triangles("<p><p/></p>")},
+        Row{"FloatArrayInFloatArray", whole("<library_geometries><geometry><mesh><source><float_array><float_array/>"
+                                            "</float_array></source></mesh></geometry></library_geometries>")},
+        Row{"TypeOfAFieldOfView",
+            whole("<library_cameras><camera><optics><technique_common><perspective><xfov><TargetableFloat/></xfov>"
+                  "</perspective></technique_common></optics></camera></library_cameras>")},
+        Row{"TypeOfAnInput", whole("<library_geometries><geometry><mesh><vertices><input><InputLocal/></input>"
+                                   "</vertices></mesh></geometry></library_geometries>")},
+        Row{"PInPInOwnWords", ownWords("<p><p/></p>")}, Row{"PInPDeepInOwnWords", ownWords("<x><p><p/></p></x>")},
+        Row{"TypeInItself", ownWords("<TargetableFloat><TargetableFloat/></TargetableFloat>")},
+        Row{"AnyInOwnWords", ownWords("<x><any/></x>")}, Row{"AnyInAny", ownWords("<any><any/></any>")},
+        Row{"LongTagInOwnWords", ownWords("<" + std::string(1'000'000, 'x') + "/>")},
+        Row{"DeepNodes",
+            whole("<library_nodes>" + repeated("<node>", 200'000) + repeated("</node>", 200'000) + "</library_nodes>")},
+        Row{"CutInSomethingUnknown", rootTag + "<library_geometries><unknown><x>", 2},
+        Row{"CutInAnUnknownTag", rootTag + "<library_geometries><unknown><x a='", 2},
+        Row{"UnfoldingEntities", unfoldingEntities(), 2},
+        Row{"ManyParentSteps",
+            whole("<scene><instance_visual_scene url='" + repeated("a/../", 200'000) + "'/></scene>"), 2},
+        Row{"ManyParentStepsInText",
+            whole("<library_images><image><init_from>" + repeated("a/../", 400'000) +
+                  "</init_from></image></library_images>"),
+            2}),
+    nameOf);
+
+// --- What it does survive, although it looks much the same.
+
+class HarmlessDocumentTest : public testing::TestWithParam<Row> {};
+
+TEST_P(HarmlessDocumentTest, IsOpenedByTheBareModelAndPasses)
+{
+    const TemporaryFile file(GetParam().text);
+    EXPECT_TRUE(bareModelSurvives(file.path(), GetParam().seconds));
+    EXPECT_TRUE(passes(GetParam().text));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Documents, HarmlessDocumentTest,
+    testing::Values(
+        Row{"OtherElementInP", triangles("<p><foo><p/></foo>0 1 2</p>")},
+        Row{"PInPOfSomethingUnknown", whole("<library_geometries><unknown><p><p/></p></unknown></library_geometries>")},
+        Row{"MeshInMesh", whole("<library_geometries><geometry><mesh><mesh><p/></mesh></mesh></geometry>"
+                                "</library_geometries>")},
+        Row{"SourceInSource", whole("<library_geometries><geometry><mesh><source><source/></source></mesh></geometry>"
+                                    "</library_geometries>")},
+        Row{"LibraryInLibrary", whole("<library_nodes><library_nodes/></library_nodes>")},
+        Row{"ColladaInCollada", whole("<COLLADA><asset/></COLLADA>")},
+        Row{"TypeOfANewparam",
+            whole("<library_effects><effect id='e'><profile_COMMON><newparam sid='s'><common_newparam_type/></newparam>"
+                  "</profile_COMMON></effect></library_effects>")},
+        Row{"AnyAsFirstOwnWord", ownWords("<any><x/></any>")}, Row{"AnyElsewhere", whole("<any><any/></any>")},
+        Row{"PrefixedAny", ownWords("<x><x:any/></x>")},
+        Row{"TagOf127BytesInOwnWords", ownWords("<" + std::string(127, 'x') + "/>")},
+        Row{"PrefixedTagOf127BytesInOwnWords", ownWords("<p:" + std::string(125, 'x') + "/>")},
+        Row{"LongTagOfSomethingUnknown", whole("<" + std::string(100'000, 'x') + "/>")},
+        Row{"LongAttributeNameInOwnWords", ownWords("<x " + std::string(100'000, 'y') + "='1'/>")},
+        Row{"Comments", "<?xml version='1.0'?><!-- <x> --><?pi <y> ?>" + whole("<!-- <z> --><![CDATA[<p>]]>") +
+                            " <!-- end -->\n<?pi?> "},
+        Row{"Entities", whole("<library_nodes name='&lt;&amp;&#65;&#x42;&quot;&apos;&gt;'/>")}),
+    nameOf);
+
+// --- The limits.
+
+TEST(PreflightTest, RootHasToBeCollada)
+{
+    EXPECT_TRUE(passes("<COLLADA/>"));
+    EXPECT_FALSE(passes("<collada/>"));
+    EXPECT_FALSE(passes("<c:COLLADA xmlns:c='http://www.collada.org/2005/11/COLLADASchema'/>"));
+    EXPECT_FALSE(passes("<html/>"));
+    EXPECT_FALSE(passes(""));
+    EXPECT_FALSE(passes(" \n"));
+}
+
+TEST(PreflightTest, TagNamesInOwnWordsEndAt127Bytes)
+{
+    const std::string prefixed = "<p:" + std::string(126, 'x') + "/>"; // 128 in all
+    EXPECT_TRUE(passes(ownWords("<" + std::string(127, 'x') + "/>")));
+    EXPECT_FALSE(passes(ownWords("<" + std::string(128, 'x') + "/>")));
+    EXPECT_FALSE(passes(ownWords("<y><" + std::string(128, 'x') + "/></y>")));
+    EXPECT_FALSE(passes(ownWords(prefixed)));
+    EXPECT_TRUE(passes(whole(prefixed))) << "passed over by the document model";
+    EXPECT_FALSE(passes(ownWords("<" + repeated("\xC3\xA9", 64) + "/>"))) << "64 letters of two bytes";
+}
+
+TEST(PreflightTest, ElementsNestTo10000Levels)
+{
+    const auto nested = [](std::size_t levels) { // the root included
+        return whole(repeated("<node>", levels - 1) + repeated("</node>", levels - 1));
+    };
+    EXPECT_TRUE(passes(nested(10'000)));
+    EXPECT_FALSE(passes(nested(10'001)));
+}
+
+TEST(PreflightTest, NodesNestedTo10000LevelsLoad)
+{
+    constexpr std::size_t nodes = 10'000 - 3; // below the root, the library and the scene
+    const TemporaryFile file(whole("<library_visual_scenes><visual_scene id='scene'>" + repeated("<node>", nodes) +
+                                   repeated("</node>", nodes) + "</visual_scene></library_visual_scenes>" +
+                                   "<scene><instance_visual_scene url='#scene'/></scene>"));
+    Scene scene;
+    EXPECT_TRUE(scene.createFromCollada(file.path().c_str()));
+}
+
+// A document with a start tag of that many bytes, at a distance from the start.
+std::string withTagOf(std::size_t size, std::size_t distance, const std::string& end)
+{
+    const std::string begin = "<library_nodes name='";
+    return rootTag + std::string(distance, ' ') + begin + std::string(size - begin.size() - 1 - end.size(), 'x') + "'" +
+           end + (end.find('/') == std::string::npos ? "</library_nodes>" : "") + "</COLLADA>";
+}
+
+TEST(PreflightTest, StartTagsEndAt1048576Bytes)
+{
+    for (const std::string end : {">", "/>", " \n\t>", "  />"}) {
+        for (const std::size_t distance : {0u, 1u, 5'000u, 16'000u}) {
+            EXPECT_TRUE(passes(withTagOf(1'048'576, distance, end))) << distance << end;
+            EXPECT_FALSE(passes(withTagOf(1'048'577, distance, end))) << distance << end;
+        }
+    }
+    EXPECT_FALSE(passes(withTagOf(50'000'000, 0, ">")));
+}
+
+TEST(PreflightTest, LargeTagsDoNotAddUp)
+{
+    const std::string tag = "<library_nodes name='" + std::string(1'000'000, 'x') + "'/>";
+    EXPECT_TRUE(passes(whole(tag + tag + tag)));
+}
+
+std::string attributes(std::size_t count)
+{
+    std::string all;
+    for (std::size_t i = 0; i < count; ++i) {
+        all += " a" + std::to_string(i) + "=''";
+    }
+    return all;
+}
+
+TEST(PreflightTest, StartTagsHoldUpTo1024Attributes)
+{
+    EXPECT_TRUE(passes(whole("<library_nodes" + attributes(1'024) + "/>")));
+    EXPECT_FALSE(passes(whole("<library_nodes" + attributes(1'025) + "/>")));
+    EXPECT_FALSE(passes(whole("<library_nodes" + attributes(80'000) + "/>")))
+        << "which the parser would compare in pairs";
+}
+
+TEST(PreflightTest, QuotesInAValueAreNoAttributes)
+{
+    EXPECT_TRUE(passes(whole("<library_nodes name='" + std::string(500'000, '"') + "'/>")));
+    EXPECT_TRUE(passes(whole("<library_nodes name=\"" + std::string(500'000, '\'') + "\"/>")));
+    EXPECT_TRUE(passes(whole("<library_nodes name='" + std::string(500'000, '=') + "'/>")));
+}
+
+TEST(PreflightTest, NamespacesInScopeEndAt1024)
+{
+    const auto declared = [](std::size_t count, const std::string& start) {
+        std::string all;
+        for (std::size_t i = 0; i < count; ++i) {
+            all += " xmlns:" + start + std::to_string(i) + "='u'";
+        }
+        return all;
+    };
+    EXPECT_TRUE(passes("<COLLADA" + declared(1'024, "a") + "/>"));
+    EXPECT_FALSE(passes("<COLLADA" + declared(1'025, "a") + "/>"));
+    const auto nested = [&](std::size_t inner) {
+        return "<COLLADA" + declared(1'000, "a") + "><asset" + declared(inner, "b") + "/><asset" +
+               declared(inner, "c") + "/></COLLADA>";
+    };
+    EXPECT_TRUE(passes(nested(24))) << "those of a sibling are out of scope";
+    EXPECT_FALSE(passes(nested(25)));
+}
+
+TEST(PreflightTest, ReferencesStepUpTo256Times)
+{
+    const auto shows = [](std::size_t steps) {
+        return whole("<scene><instance_visual_scene url='" + repeated("a/../", steps) + "b.dae#c'/></scene>");
+    };
+    EXPECT_TRUE(passes(shows(256)));
+    EXPECT_FALSE(passes(shows(257)));
+    const auto image = [](std::size_t steps) {
+        return whole("<library_images><image><init_from>" + repeated("../", steps) +
+                     "a.png</init_from></image>"
+                     "<image><init_from>../a.png</init_from></image></library_images>");
+    };
+    EXPECT_TRUE(passes(image(256)));
+    EXPECT_FALSE(passes(image(257)));
+}
+
+TEST(PreflightTest, TextThatIsNoReferenceMayHoldAnyDots)
+{
+    EXPECT_TRUE(
+        passes(whole("<asset><contributor><comments>" + repeated("../", 1'000) + "</comments></contributor></asset>")));
+}
+
+TEST(PreflightTest, DocumentTypeIsRefused)
+{
+    EXPECT_FALSE(passes("<!DOCTYPE COLLADA>" + whole("")));
+    EXPECT_FALSE(passes("<!DOCTYPE COLLADA SYSTEM 'collada.dtd'>" + whole("")));
+    EXPECT_FALSE(passes("<!DOCTYPE COLLADA [<!ENTITY a 'b'>]>" + whole("")));
+}
+
+TEST(PreflightTest, DocumentIsXmlToItsLastByte)
+{
+    const std::string text = "<?xml version='1.0'?>" + whole("<asset><unit name='m' meter='1'/></asset>");
+    for (std::size_t size = 0; size < text.size(); ++size) {
+        EXPECT_FALSE(passes(text.substr(0, size))) << size;
+    }
+    EXPECT_TRUE(passes(text));
+    EXPECT_TRUE(passes(text + " \n"));
+    EXPECT_FALSE(passes(text + "x"));
+    EXPECT_FALSE(passes(text + "<asset/>"));
+    EXPECT_FALSE(passes(text + std::string(1, '\0')));
+    EXPECT_FALSE(passes(" " + text)) << "a declaration stands first";
+}
+
+TEST(PreflightTest, XmlThatIsNotWellFormedIsRefused)
+{
+    for (const char* const body : {"<a></b>", "<a b='1' b='2'/>", "<a b=1/>", "<a b='<'/>", "&unknown;", "&#0;", "<a",
+                                   "\x01", "\xFF", "<!-- -- -->", "]]>", "<1/>"}) {
+        EXPECT_FALSE(passes(whole(body))) << body;
+    }
+}
+
+TEST(PreflightTest, AngleBracketsInValuesEndNoTagWhereverTheyStand)
+{
+    const std::string tag = "<node name='a>b' sid=\"c>d'>\"></node>";
+    for (std::size_t distance = 16'384 - 80; distance < 16'384 + 80; ++distance) { // over the seam of two pieces
+        EXPECT_TRUE(passes(whole("<!--" + std::string(distance - rootTag.size(), 'x') + "-->" + tag))) << distance;
+    }
+    EXPECT_TRUE(passes(whole("<node name='" + repeated(">", 200'000) + "'/>")));
+}
+
+std::string inUtf16(const std::string& text, bool isLittleEndian)
+{
+    std::string wide = isLittleEndian ? "\xFF\xFE" : "\xFE\xFF";
+    for (const char c : text) {
+        wide += isLittleEndian ? std::string{c, '\0'} : std::string{'\0', c};
+    }
+    return wide;
+}
+
+TEST(PreflightTest, EncodingsPass)
+{
+    const std::string body = whole("<library_nodes name='" + std::string(20'000, 'x') + "'/>");
+    EXPECT_TRUE(passes("\xEF\xBB\xBF" + body));
+    EXPECT_TRUE(passes(inUtf16("<?xml version='1.0' encoding='UTF-16'?>" + body, true)));
+    EXPECT_TRUE(passes(inUtf16("<?xml version='1.0' encoding='UTF-16'?>" + body, false)));
+    EXPECT_TRUE(passes("<?xml version='1.0' encoding='ISO-8859-1'?>" + whole("<library_nodes name='\xE9'/>")));
+    EXPECT_FALSE(passes("<?xml version='1.0' encoding='no-such-thing'?>" + body));
+}
+
+TEST(PreflightTest, LimitsHoldInUtf16)
+{
+    EXPECT_TRUE(passes(inUtf16(withTagOf(1'048'576, 0, ">"), true)));
+    EXPECT_FALSE(passes(inUtf16(withTagOf(1'048'577, 0, ">"), true)));
+    EXPECT_FALSE(passes(inUtf16(triangles("<p><p/></p>"), true)));
+}
+
+TEST(PreflightTest, NothingIsOpened)
+{
+    const TemporaryFile file(whole(""));
+    DAE dae(nullptr, nullptr, "1.4.1");
+    EXPECT_TRUE(passPreflight(dae, file.path()).has_value());
+    EXPECT_EQ(0, dae.getDocCount());
+}
+
+TEST(PreflightTest, MissingFileDoesNotPass)
+{
+    DAE dae(nullptr, nullptr, "1.4.1");
+    EXPECT_FALSE(passPreflight(dae, "/missing/document.dae").has_value());
+}
+
+TEST(PreflightTest, IsSilent)
+{
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(passes(whole("<a></b>&x;")));
+    EXPECT_FALSE(passes("\xFF\xFE\x01"));
+    EXPECT_EQ("", testing::internal::GetCapturedStdout());
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
+}
+
+TEST(PreflightTest, PassesWhatTheModelOpensOfAFolder)
+{
+    const std::filesystem::path corpus = LIBVIDEO_CORPUS;
+    if (corpus.empty()) {
+        GTEST_SKIP() << "no folder of documents";
+    }
+    unsigned opened = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(corpus)) {
+        const std::string ending = entry.path().extension().string();
+        if (ending != ".dae" && ending != ".DAE") {
+            continue;
+        }
+        DAE dae(nullptr, nullptr, "1.4.1");
+        const bool isPassed = passPreflight(dae, entry.path()).has_value();
+        testing::internal::CaptureStdout();
+        const bool isOpened = isPassed && dae.open(entry.path().string()) != nullptr;
+        testing::internal::GetCapturedStdout();
+        EXPECT_TRUE(isPassed) << entry.path();
+        opened += isOpened ? 1 : 0;
+    }
+    EXPECT_LT(0u, opened);
+}
+
+} // namespace

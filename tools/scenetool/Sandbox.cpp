@@ -1,0 +1,102 @@
+#include "Sandbox.h"
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <iostream>
+#include <system_error>
+
+// The sanitizers reserve far more address space than any limit would leave them.
+#if defined(__SANITIZE_ADDRESS__)
+#define SCENETOOL_HAS_ADDRESS_SANITIZER 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define SCENETOOL_HAS_ADDRESS_SANITIZER 1
+#endif
+#endif
+#ifndef SCENETOOL_HAS_ADDRESS_SANITIZER
+#define SCENETOOL_HAS_ADDRESS_SANITIZER 0
+#endif
+
+namespace scenetool {
+
+namespace {
+
+constexpr int uncaughtException = 125;
+
+void limit(int resource, rlim_t value)
+{
+    const rlimit both{value, value};
+    setrlimit(static_cast<__rlimit_resource>(resource), &both);
+}
+
+[[noreturn]] void runChild(const SandboxLimits& limits, const std::function<int()>& action)
+{
+    limit(RLIMIT_CORE, 0);
+    limit(RLIMIT_CPU, static_cast<rlim_t>(limits.time.count()));
+    if (limits.memory != 0 && SCENETOOL_HAS_ADDRESS_SANITIZER == 0) {
+        limit(RLIMIT_AS, limits.memory);
+    }
+    // Ends what waits without working, a read that never returns for instance.
+    std::signal(SIGALRM, SIG_DFL);
+    alarm(static_cast<unsigned>(limits.time.count()) * 2);
+
+    int status = uncaughtException;
+    try {
+        status = action();
+        std::cout.flush();
+        std::cerr.flush();
+    } catch (const std::exception& exception) {
+        std::cerr << "scenetool: " << exception.what() << std::endl;
+    }
+    std::fflush(nullptr);
+    _exit(status); // what the parent has to do at its end is not done twice
+}
+
+std::string reasonOf(int signal, const SandboxLimits& limits)
+{
+    switch (signal) {
+    case SIGXCPU:
+    case SIGKILL: // comes when the one before was not heeded, or when the whole machine is out of memory
+    case SIGALRM:
+        return "did not come to its end in " + std::to_string(limits.time.count()) + " s";
+    default:
+        return std::string("was ended by a fault (") + strsignal(signal) + ")";
+    }
+}
+
+} // namespace
+
+SandboxResult runInSandbox(const SandboxLimits& limits, const std::function<int()>& action)
+{
+    std::cout.flush(); // or the child would write it again
+    std::cerr.flush();
+    const pid_t child = fork();
+    if (child < 0) {
+        throw std::system_error(errno, std::generic_category(), "cannot start a process");
+    }
+    if (child == 0) {
+        runChild(limits, action);
+    }
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0) {
+        if (errno != EINTR) {
+            throw std::system_error(errno, std::generic_category(), "cannot wait for a process");
+        }
+    }
+    if (WIFSIGNALED(status)) {
+        return {0, reasonOf(WTERMSIG(status), limits)};
+    }
+    if (WEXITSTATUS(status) == uncaughtException) {
+        return {0, "was ended by an exception"};
+    }
+    return {WEXITSTATUS(status), std::string()};
+}
+
+} // namespace scenetool
