@@ -4,6 +4,7 @@
 #include <epoxy/egl.h>
 #include <epoxy/gl.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -166,10 +167,9 @@ private:
     // [upload]
     void upload(libVideo::Primitive& primitive)
     {
-        GLuint buffers[2] = {};
-        GLuint vertexArray = 0;
-        glGenVertexArrays(1, &vertexArray);
-        glBindVertexArray(vertexArray);
+        GLuint buffers[3] = {}; // of vertices, of indices, and the array of both
+        glGenVertexArrays(1, &buffers[2]);
+        glBindVertexArray(buffers[2]);
         glGenBuffers(2, buffers);
         glBindBuffer(GL_ARRAY_BUFFER, buffers[0]);
         glBufferData(GL_ARRAY_BUFFER, primitive.totalByteSize(), primitive.vertexBuffer().get(), GL_STATIC_DRAW);
@@ -188,7 +188,7 @@ private:
 
     static void setAttribute(GLuint location, const libVideo::VertexLayout& layout, unsigned stride)
     {
-        const auto components = static_cast<GLint>(layout.byteSize / sizeof(float));
+        const auto components = static_cast<GLint>(std::clamp<std::size_t>(layout.byteSize / sizeof(float), 1, 4));
         glEnableVertexAttribArray(location);
         // NOLINTNEXTLINE(performance-no-int-to-ptr): so OpenGL wants an offset
         const void* const offset = reinterpret_cast<const void*>(std::uintptr_t(layout.byteOffset));
