@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <exception>
 #include <fstream>
 #include <iostream>
 #include <string>
@@ -15,6 +16,7 @@
 
 namespace {
 
+using Matrix = libMath::Matrix<float, 4, 4>;
 using Vector3 = libMath::Vector<float, 3>;
 
 constexpr int height = 480;
@@ -58,9 +60,9 @@ bool writePicture(const char* path, int width)
     glReadPixels(0, 0, width, height, GL_RGB, GL_UNSIGNED_BYTE, pixels.data());
     std::ofstream file(path, std::ios::binary);
     file << "P6\n" << width << ' ' << height << "\n255\n";
+    const std::streamsize stride = std::streamsize(width) * 3;
     for (int row = height; row-- > 0;) { // the first row of OpenGL is the lowest
-        file.write(&pixels[static_cast<std::size_t>(row) * static_cast<std::size_t>(width) * 3],
-                   std::streamsize(width) * 3);
+        file.write(pixels.data() + row * stride, stride);
     }
     return static_cast<bool>(file.flush());
 }
@@ -85,25 +87,19 @@ void main()
 
 const char* const fragmentShader = R"(#version 330
 const int most = 8;
-uniform vec3 emission, diffuse;
+uniform vec3 emission, diffuse, lightPlace[most], lightColor[most], lightAttenuation[most];
 uniform int lightCount;
-uniform vec3 lightPlace[most], lightColor[most], lightAttenuation[most], lightDirection[most];
-uniform float lightCosine[most]; // of half the cone, -1 of a point light
 in vec3 place, direction;
 out vec4 color;
 void main()
 {
-    vec3 normal = normalize(direction);
     vec3 sum = emission;
     for (int i = 0; i < lightCount; ++i) {
         vec3 way = lightPlace[i] - place;
         float distance = length(way);
-        vec3 toLight = way / distance;
-        if (dot(-toLight, lightDirection[i]) < lightCosine[i]) {
-            continue;
-        }
         float fall = dot(lightAttenuation[i], vec3(1.0, distance, distance * distance));
-        sum += lightColor[i] / (fall > 0.0 ? fall : 1.0) * diffuse * max(dot(normal, toLight), 0.0);
+        float facing = max(dot(normalize(direction), way / distance), 0.0);
+        sum += lightColor[i] / (fall > 0.0 ? fall : 1.0) * diffuse * facing;
     }
     color = vec4(sum, 1.0);
 }
@@ -124,6 +120,25 @@ GLuint makeProgram()
     glUseProgram(program);
     return program;
 }
+
+// [view]
+// The view of a camera that looks at no node: along -z of its own one, in the form that the library gives.
+Matrix viewFrom(const libVideo::Node& node)
+{
+    Matrix view;
+    const float sign[] = {-1.0f, 1.0f, -1.0f};
+    for (unsigned axis = 0; axis < 3; ++axis) {
+        const libMath::Vector<float, 4> column = node.transform().column(axis);
+        const Vector3 unit = Vector3(column[0], column[1], column[2]).normalized();
+        for (unsigned i = 0; i < 3; ++i) {
+            view(i, axis) = sign[axis] * unit[i];
+        }
+        view(3, axis) = -sign[axis] * unit.dot(node.position());
+    }
+    view(3, 3) = 1.0f;
+    return view;
+}
+// [/view]
 
 class Drawing {
 public:
@@ -152,10 +167,11 @@ public:
     void setCamera(libVideo::CameraInstance& camera, double time)
     {
         // Once more, now that the nodes stand in the world.
-        const libMath::Matrix<float, 4, 4>& view = camera.setLookAtNode(camera.lookAtNode());
+        const Matrix view = camera.lookAtNode() ? camera.setLookAtNode(camera.lookAtNode()) : viewFrom(*camera.node());
         // Both are for row vectors, row by row, which OpenGL takes for their transposes, for column vectors.
         glUniformMatrix4fv(place("view"), 1, GL_FALSE, &view[0]);
         glUniformMatrix4fv(place("projection"), 1, GL_FALSE, &camera.projection(time)[0]);
+        m_eye = camera.node()->position();
     }
     // [/camera]
 
@@ -209,9 +225,12 @@ private:
     // [material]
     void setMaterial(const vesk::String& symbol)
     {
-        const libVideo::BlinnMaterial::Component white; // for a symbol that nothing is bound to
         const libVideo::BlinnMaterialTable::Bucket* const bucket = m_scene.blinnMaterialTable().lookup(symbol);
-        const libVideo::BlinnMaterial::Component& values = bucket != nullptr ? bucket->value->component() : white;
+        libVideo::BlinnMaterial::Component values; // white
+        std::fill_n(values.emission, 3, 0.0f);     // but not by itself, if nothing is bound to the symbol
+        if (bucket != nullptr) {
+            values = bucket->value->component();
+        }
         glUniform3fv(place("emission"), 1, values.emission);
         glUniform3fv(place("diffuse"), 1, values.diffuse);
     }
@@ -220,32 +239,30 @@ private:
     void setLights()
     {
         for (const libVideo::PointLightInstanceHandle& light : m_scene.pointLightList()) {
-            addLight(*light->pointLight(), light->node()->position(), Vector3(), -1.0f);
+            addLight(*light->pointLight(), light->node()->position());
         }
-        for (const libVideo::SpotLightInstanceHandle& spot : m_scene.spotLightList()) {
-            const double half = double(spot->spotLight()->innerConeAngle()) * 3.141592653589793 / 180.0 * 0.5;
-            addLight(*spot->spotLight(), spot->node()->position(), spot->lookAtVector(), float(std::cos(half)));
+        for (const libVideo::SpotLightInstanceHandle& light : m_scene.spotLightList()) {
+            addLight(*light->spotLight(), light->node()->position()); // as if it shone all round
         }
-        glUniform1i(place("lightCount"), m_lightCount);
+        if (m_lightCount == 0) {
+            addLight(libVideo::PointLight("at the eye"), m_eye);
+        }
+        glUniform1i(place("lightCount"), std::min(m_lightCount, 8)); // OpenGL passes over what has no place
     }
 
     template <class Light>
-    void addLight(const Light& light, const Vector3& position, const Vector3& direction, float cosine)
+    void addLight(const Light& light, const Vector3& position)
     {
-        if (m_lightCount == 8) {
-            return;
-        }
         const std::string index = "[" + std::to_string(m_lightCount++) + "]";
         setVector("lightPlace" + index, position);
         setVector("lightColor" + index, light.color());
         setVector("lightAttenuation" + index,
                   Vector3(light.constantAttenuation(), light.linearAttenuation(), light.quadraticAttenuation()));
-        setVector("lightDirection" + index, direction);
-        glUniform1f(place("lightCosine" + index), cosine);
     }
 
     const libVideo::VisualScene& m_scene;
     GLuint m_program;
+    Vector3 m_eye;
     int m_lightCount = 0;
 };
 
@@ -265,16 +282,16 @@ void moveTo(libVideo::VisualScene& scene, double time)
 
 } // namespace
 
-int main(int argc, char** argv) // NOLINT(bugprone-exception-escape): ends it, which is all there is to do
-{
+int main(int argc, char** argv)
+try {
     // [load]
     libVideo::Scene scene;
     if (argc < 3 || !scene.createFromCollada(argv[1])) {
         return 1; // the reason went to standard error
     }
     libVideo::VisualScene& world = scene.visualScene();
-    if (world.cameraList().size() == 0 || !world.cameraList()[0]->lookAtNode()) {
-        std::cerr << "the document has no camera that looks at a node\n";
+    if (world.cameraList().size() == 0) {
+        std::cerr << "the document has no camera\n";
         return 1;
     }
     // [/load]
@@ -282,7 +299,7 @@ int main(int argc, char** argv) // NOLINT(bugprone-exception-escape): ends it, w
     moveTo(world, time);
     // [picture]
     libVideo::CameraInstance& camera = *world.cameraList()[0];
-    const libMath::Matrix<float, 4, 4>& projection = camera.projection(time);
+    const Matrix& projection = camera.projection(time);
     const double aspectRatio = double(projection[5] / projection[0]); // width to height
     // [/picture]
     const bool fits = aspectRatio > 0.1 && aspectRatio < 10.0;
@@ -296,4 +313,7 @@ int main(int argc, char** argv) // NOLINT(bugprone-exception-escape): ends it, w
     drawing.setCamera(camera, time);
     drawing.draw();
     return glGetError() == GL_NO_ERROR && writePicture(argv[2], width) ? 0 : 1;
+} catch (const std::exception& exception) {
+    std::cerr << exception.what() << '\n';
+    return 1;
 }

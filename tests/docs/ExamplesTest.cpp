@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <fstream>
+#include <ostream>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -96,22 +97,23 @@ std::string material(const std::string& name)
     return "<material id='" + name + "-material'><instance_effect url='#" + name + "-effect'/></material>";
 }
 
-// Seen from (0, 0, 5) along -z at the origin, at a right angle, so that the picture is 10 wide and 10 high there: a red
-// triangle to the right and above, a green one to the left and below, and a blue one behind the red one.
-std::string threeTriangles()
+const char* const target = "<extra><technique profile='FCOLLADA'><target>#middle</target></technique></extra>";
+
+// Seen by a camera on a node of that transform, at a right angle, so that at a distance of 5 the picture is 10 wide and
+// 10 high. From the front there is a red triangle to the right and above, a green one to the left and below, and a blue
+// one behind the red one.
+std::string threeTriangles(const std::string& viewer, const std::string& extra)
 {
     return ColladaBuilder(
                "<library_cameras><camera id='eye'><optics><technique_common><perspective><xfov>90</xfov><yfov>90</yfov>"
-               "<znear>1</znear><zfar>20</zfar></perspective></technique_common></optics><extra><technique "
-               "profile='FCOLLADA'><target>#middle</target></technique></extra></camera></library_cameras>"
-               "<library_effects>" +
-               glow("red", "1 0 0 1") + glow("green", "0 1 0 1") + glow("blue", "0 0 1 1") +
-               "</library_effects><library_materials>" + material("red") + material("green") + material("blue") +
-               "</library_materials><library_geometries>" + corner("red") + corner("green") + corner("blue") +
-               "</library_geometries>")
-        .addScene("<node id='middle'><translate>0 0 0</translate></node>"
-                  "<node id='viewer'><translate>0 0 5</translate><instance_camera url='#eye'/></node>" +
-                  shown("red", "2 2 0") + shown("green", "-2 -2 0") + shown("blue", "2 2 -0.1"))
+               "<znear>1</znear><zfar>20</zfar></perspective></technique_common></optics>" +
+               extra + "</camera></library_cameras><library_effects>" + glow("red", "1 0 0 1") +
+               glow("green", "0 1 0 1") + glow("blue", "0 0 1 1") + "</library_effects><library_materials>" +
+               material("red") + material("green") + material("blue") + "</library_materials><library_geometries>" +
+               corner("red") + corner("green") + corner("blue") + "</library_geometries>")
+        .addScene("<node id='middle'><translate>0 0 0</translate></node><node id='viewer'>" + viewer +
+                  "<instance_camera url='#eye'/></node>" + shown("red", "2 2 0") + shown("green", "-2 -2 0") +
+                  shown("blue", "2 2 -0.1"))
         .text();
 }
 
@@ -129,9 +131,30 @@ void expectColor(const std::array<int, 3>& expected, const Color& color, const c
     EXPECT_NEAR(expected[2], color.blue, 1) << what;
 }
 
-TEST(DrawExampleTest, ShowsThingsWhereTheyAre)
+// What a camera sees at four places of the picture.
+struct Sight {
+    const char* name;
+    const char* viewer;
+    const char* extra;
+    std::array<std::array<int, 3>, 4>
+        colors; ///< above to the right and to the left, below to the right and to the left
+};
+
+void PrintTo(const Sight& sight, std::ostream* out)
 {
-    const TemporaryFile document(threeTriangles());
+    *out << sight.name;
+}
+
+constexpr std::array<int, 3> nothing = {153, 191, 230};
+constexpr std::array<int, 3> red = {255, 0, 0};
+constexpr std::array<int, 3> green = {0, 255, 0};
+constexpr std::array<int, 3> blue = {0, 0, 255};
+
+class DrawExampleTest : public testing::TestWithParam<Sight> {};
+
+TEST_P(DrawExampleTest, ShowsThingsWhereTheyAre)
+{
+    const TemporaryFile document(threeTriangles(GetParam().viewer, GetParam().extra));
     const std::string file = (document.folder() / "picture.ppm").string();
     const ProcessResult result = draw(document.path(), file);
     if (result.status == cannotDraw) {
@@ -141,19 +164,32 @@ TEST(DrawExampleTest, ShowsThingsWhereTheyAre)
     const Picture picture(file);
     ASSERT_EQ(480, picture.width());
     ASSERT_EQ(480, picture.height());
-    // 48 pixels a unit, from the middle; a quarter of a unit into each triangle.
-    expectColor({255, 0, 0}, picture.at(240 + 108, 240 - 108), "red, right and above, in front of the blue one");
-    expectColor({0, 255, 0}, picture.at(240 - 84, 240 + 84), "green, left and below");
-    expectColor({153, 191, 230}, picture.at(240 - 108, 240 - 108), "nothing, left and above");
-    expectColor({153, 191, 230}, picture.at(240 + 138, 240 - 138), "nothing, behind the long side of the red one");
+    // 48 pixels a unit, from the middle: a quarter of a unit into a triangle on the right or above it, three quarters
+    // into one on the left or below.
+    const auto& colors = GetParam().colors;
+    expectColor(colors[0], picture.at(240 + 110, 240 - 110), "above, right");
+    expectColor(colors[1], picture.at(240 - 110, 240 - 110), "above, left");
+    expectColor(colors[2], picture.at(240 + 84, 240 + 84), "below, right");
+    expectColor(colors[3], picture.at(240 - 84, 240 + 84), "below, left");
+    expectColor(nothing, picture.at(240 + 138, 240 - 138), "behind the long side");
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Cameras, DrawExampleTest,
+    testing::Values(Sight{"WithATarget", "<translate>0 0 5</translate>", target, {red, nothing, nothing, green}},
+                    Sight{"AlongItsNode", "<translate>0 0 5</translate>", "", {red, nothing, nothing, green}},
+                    Sight{"FromBehind",
+                          "<translate>0 0 -5</translate><rotate>0 1 0 180</rotate>",
+                          "",
+                          {nothing, blue, green, nothing}}),
+    [](const auto& row) { return std::string(row.param.name); });
 
 TEST(DrawExampleTest, SaysWhyThereIsNoPicture)
 {
     const TemporaryFile document(ColladaBuilder().addScene("<node id='n'/>").text());
     const ProcessResult result = draw(document.path(), (document.folder() / "picture.ppm").string());
     EXPECT_EQ(1, result.status);
-    EXPECT_EQ("the document has no camera that looks at a node\n", result.errors);
+    EXPECT_EQ("the document has no camera\n", result.errors);
 }
 
 #endif
