@@ -1,14 +1,17 @@
 # Debian packages that the project needs, and their installation. Sourced by the scripts at the top.
 
 build_packages="g++ cmake ninja-build pkg-config libcollada-dom-dev libxml2-dev libpugixml-dev libcli11-dev nlohmann-json3-dev"
-# What scenetool draws with; the drivers serve a machine without a graphics card.
+# What scenetool and an example draw with; the drivers serve a machine without a graphics card.
 build_packages="$build_packages libepoxy-dev libegl-dev libgl-dev libglfw3-dev libpng-dev libturbojpeg0-dev libstb-dev"
-build_packages="$build_packages libegl-mesa0 libgl1-mesa-dri"
+build_packages="$build_packages libegl1 libegl-mesa0 libgl1-mesa-dri"
 test_packages="$build_packages libgtest-dev xvfb xdotool"
 benchmark_packages="$build_packages libbenchmark-dev python3 gnuplot-nox"
 assimp_packages="libassimp-dev"
 fuzz_packages="clang libclang-rt-14-dev"
-ci_packages="$test_packages $benchmark_packages $fuzz_packages clang-format clang-tidy"
+documentation_packages="$build_packages doxygen"
+package_packages="$build_packages clang dpkg-dev lintian man-db bash-completion zsh fish"
+ci_packages="$test_packages $benchmark_packages $fuzz_packages $documentation_packages $package_packages
+    clang-format clang-tidy gdb"
 
 # need_packages NAME...: installs those that are missing.
 need_packages() {

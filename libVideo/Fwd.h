@@ -132,24 +132,24 @@ using Link = vesk::CopiedResource<vesk::PointerStorage<T, 3, 2>>;
 template <class Value>
 using TableByName = vesk::HashTable<vesk::String, Value, vesk::EqualFunc<vesk::String>, vesk::HashFunc<vesk::String>>;
 
-using AnimationHandle = SharedHandle<Animation>;
-using BlinnMaterialHandle = SharedHandle<BlinnMaterial>;
-using CameraHandle = SharedHandle<Camera>;
-using CameraInstanceHandle = SharedHandle<CameraInstance>;
-using GeometryHandle = SharedHandle<Geometry>;
-using MatrixHandle = SharedHandle<libMath::Matrix<float, 4, 4>>;
-using NodeHandle = SharedHandle<Node>;
-using PointLightHandle = SharedHandle<PointLight>;
-using PointLightInstanceHandle = SharedHandle<PointLightInstance>;
-using SpotLightHandle = SharedHandle<SpotLight>;
-using SpotLightInstanceHandle = SharedHandle<SpotLightInstance>;
-using TransformationHandle = SharedHandle<Transformation>;
+using AnimationHandle = SharedHandle<Animation>;                   ///< Owns the class in its name.
+using BlinnMaterialHandle = SharedHandle<BlinnMaterial>;           ///< Owns the class in its name.
+using CameraHandle = SharedHandle<Camera>;                         ///< Owns the class in its name.
+using CameraInstanceHandle = SharedHandle<CameraInstance>;         ///< Owns the class in its name.
+using GeometryHandle = SharedHandle<Geometry>;                     ///< Owns the class in its name.
+using MatrixHandle = SharedHandle<libMath::Matrix<float, 4, 4>>;   ///< Owns a matrix.
+using NodeHandle = SharedHandle<Node>;                             ///< Owns the class in its name.
+using PointLightHandle = SharedHandle<PointLight>;                 ///< Owns the class in its name.
+using PointLightInstanceHandle = SharedHandle<PointLightInstance>; ///< Owns the class in its name.
+using SpotLightHandle = SharedHandle<SpotLight>;                   ///< Owns the class in its name.
+using SpotLightInstanceHandle = SharedHandle<SpotLightInstance>;   ///< Owns the class in its name.
+using TransformationHandle = SharedHandle<Transformation>;         ///< Owns the class in its name.
 
-using NodeLink = Link<Node>;
-using SceneResourcesLink = Link<SceneResources>;
+using NodeLink = Link<Node>;                     ///< Refers to a node that the scene owns.
+using SceneResourcesLink = Link<SceneResources>; ///< Refers to the pool that the scene owns.
 
-using BlinnMaterialTable = TableByName<BlinnMaterialHandle>;
-using GeometryTable = TableByName<GeometryHandle>;
-using NodeTable = TableByName<NodeLink>;
+using BlinnMaterialTable = TableByName<BlinnMaterialHandle>; ///< Materials by a primitive's symbol.
+using GeometryTable = TableByName<GeometryHandle>;           ///< Geometries by their id.
+using NodeTable = TableByName<NodeLink>;                     ///< Nodes by their id.
 
 } // namespace libVideo

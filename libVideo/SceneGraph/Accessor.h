@@ -25,13 +25,14 @@ enum DataType : unsigned {
 /// the first four of them. Bytes that no token fills are zero.
 class LIBVIDEO_API Data {
 public:
+    /// Holds zeros until an accessor fills it.
     Data(const vesk::String& name, unsigned stride, DataType dataType, unsigned offset, unsigned tokenByteSize);
 
     /// The `name` of the `<param>`; empty for the component of an accessor without any.
     const vesk::String& name() const { return m_name; }
     /// Number of tokens: 1 of a float, 16 of a float4x4.
     unsigned stride() const { return m_stride; }
-    DataType dataType() const { return m_dataType; }
+    DataType dataType() const { return m_dataType; } ///< `DATA_TYPE_FLOAT` or `DATA_TYPE_FLOAT4X4`.
     /// Where the first token lies in a record, counted in floats.
     unsigned offset() const { return m_offset; }
     /// Bytes from one token to the next: 4 of a float, 64 of a float4x4.
@@ -40,7 +41,7 @@ public:
     /// The first byte of a token, not owned by the handle.
     /// @throws vesk::AssertionFailure if `index` is not below `stride()`
     Link<unsigned char> operator[](unsigned index);
-    const Link<unsigned char> operator[](unsigned index) const;
+    const Link<unsigned char> operator[](unsigned index) const; ///< As the other one.
 
 private:
     vesk::String m_name;
@@ -70,6 +71,7 @@ private:
     virtual DataType stringToType(const vesk::String& type) const = 0;
 
 protected:
+    /// What the `<param>`s take together, in floats.
     virtual unsigned calculateStride(const daeSmartRef<domAccessor>& accessor) const = 0;
 
 public:
@@ -99,15 +101,15 @@ public:
     virtual unsigned backedCount() const = 0;
 
 protected:
-    static constexpr unsigned noIndex = 0xFFFFFFFFu;
+    static constexpr unsigned noIndex = 0xFFFFFFFFu; ///< Where no record is current.
 
-    unsigned m_stride = 0;
-    unsigned m_offset = 0; // counted in records
-    unsigned m_count = 0;
-    unsigned m_currentIndex = noIndex;
-    unsigned m_bytePerAccess = 0;
-    vesk::String m_name;
-    vesk::Array<Data> m_data;
+    unsigned m_stride = 0;             ///< In floats.
+    unsigned m_offset = 0;             ///< Counted in records.
+    unsigned m_count = 0;              ///< In records.
+    unsigned m_currentIndex = noIndex; ///< The record in `m_data`.
+    unsigned m_bytePerAccess = 0;      ///< Of one record.
+    vesk::String m_name;               ///< No document sets it.
+    vesk::Array<Data> m_data;          ///< The components of the current record.
 };
 
 /// Reads a `<float_array>`, whose document has to stay open as long as the accessor is used.
@@ -130,6 +132,7 @@ public:
 
 protected:
     const vesk::Array<Data>& readDataFromArray(unsigned index) override;
+    /// @throws vesk::AssertionFailure if a `<param>` has a type other than "float" and "float4x4"
     unsigned calculateStride(const daeSmartRef<domAccessor>& accessor) const override;
     /// Whether the text names a type that a component can have.
     bool isTypeValid(const vesk::String& type) const;

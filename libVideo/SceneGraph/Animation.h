@@ -25,14 +25,15 @@ enum InterpolationType : unsigned {
 
 /// One key of a curve.
 struct LIBVIDEO_API Evolution {
-    double time = 0.0; ///< in seconds
-    InterpolationType interpolation = LINEAR;
-    vesk::Array<double> values;     ///< as many as the stride of the "OUTPUT" input
-    vesk::Array<double> inTangent;  ///< pairs of time and value, one for each of `values`
-    vesk::Array<double> outTangent; ///< likewise
+    double time = 0.0;                        ///< in seconds
+    InterpolationType interpolation = LINEAR; ///< How the curve runs from here to the next key.
+    vesk::Array<double> values;               ///< as many as the stride of the "OUTPUT" input
+    vesk::Array<double> inTangent;            ///< pairs of time and value, one for each of `values`
+    vesk::Array<double> outTangent;           ///< likewise
 };
 
-/// One keyframe curve, as an `<animation>` with a `<channel>` defines it. It keeps no link to the document.
+/// One keyframe curve, as an `<animation>` with a `<channel>` defines it. It keeps no link to the document. Further
+/// channels, nested animations and `<animation_clip>` are not read.
 ///
 /// A curve is evaluated for whatever holds it: a single value, a vector of three or a matrix of sixteen, by position in
 /// `Evolution::values`. Member selections of a channel (`.X`, `.ANGLE`, `(0)(1)`) take no part in that.
@@ -67,7 +68,9 @@ public:
     /// of the two control points: 3·in·s²·r + 3·out·s·r² + value0·r³ + value1·s³.
     /// @throws vesk::IndexOutOfBounds if two keys to interpolate between have too few values or tangents
     double applyAnimation(double value, double time);
+    /// Of three components, each as above.
     libMath::Vector<float, 3> applyAnimation(const libMath::Vector<float, 3>& value, double time);
+    /// Of sixteen components, row by row, each as above.
     libMath::Matrix<float, 4, 4> applyAnimation(const libMath::Matrix<float, 4, 4>& value, double time);
 
 private:

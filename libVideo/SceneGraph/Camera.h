@@ -13,11 +13,12 @@ namespace libVideo {
 
 /// One value of a camera's optics.
 struct LIBVIDEO_API PerspectiveParameter {
+    /// @param parameterValue in the unit of the element @param parameterSid empty without one
     PerspectiveParameter(double parameterValue, const vesk::String& parameterSid)
         : value(parameterValue), sid(parameterSid)
     {}
 
-    double value;
+    double value;     ///< Degrees of an angle; a distance or a ratio of the others.
     vesk::String sid; ///< by which an animation targets the value
 };
 
@@ -36,7 +37,8 @@ public:
     virtual const libMath::Matrix<float, 4, 4>& projectionMatrix() const = 0;
     /// Makes the current projection times `matrix` the current one.
     virtual const libMath::Matrix<float, 4, 4>& transform(const libMath::Matrix<float, 4, 4>& matrix) = 0;
-    virtual const vesk::String& name() const = 0;
+    virtual const vesk::String& name() const = 0; ///< The `name` of the element.
+    /// The `id` of the element, by which instances and animations find the camera.
     virtual const vesk::String& id() const = 0;
     /// Id of the node to look at, empty without one.
     virtual const vesk::String& lookAtNode() const = 0;
@@ -50,13 +52,14 @@ public:
     double animationLength() const;
 
 protected:
+    /// In the order in which they were added.
     const vesk::Array<AnimationHandle>& animations() const { return m_animations; }
 
 private:
     vesk::Array<AnimationHandle> m_animations;
 };
 
-/// A `<camera>` with `<perspective>` optics.
+/// A `<camera>` with `<perspective>` optics. `<orthographic>` ones and the `<imager>` are not read.
 ///
 /// The projection is left-handed and row-major: with A = far / (far − near), x and y the cotangents of half the
 /// horizontal and the vertical angle of view,
@@ -91,7 +94,7 @@ public:
     const libMath::Matrix<float, 4, 4>& transform(const libMath::Matrix<float, 4, 4>& matrix) override;
     /// The attributes of the element, empty without one.
     const vesk::String& name() const override { return m_name; }
-    const vesk::String& id() const override { return m_id; }
+    const vesk::String& id() const override { return m_id; } ///< The `id` of the element, empty without one.
     const vesk::String& lookAtNode() const override { return m_lookAtNode; }
     /// The whole look-at reference, empty without one.
     const vesk::String& lookAtNodeURI() const { return m_lookAtNodeURI; }

@@ -11,7 +11,9 @@
 
 namespace libVideo {
 
-/// The primitives of a `<mesh>`. Copies share them.
+/// The primitives of a `<mesh>`: its `<triangles>`, or the points of its `<vertices>` if it has neither these nor
+/// `<lines>`. Other kinds of primitives are not read. Copies share the primitives, which end with the last of them; none
+/// refers to the document.
 class LIBVIDEO_API Mesh {
 public:
     Mesh() = default;
@@ -25,7 +27,7 @@ public:
 
     /// Empty.
     const vesk::String& id() const { return m_id; }
-    /// In document order.
+    /// In document order, also those that failed to load.
     const vesk::Array<SharedHandle<Primitive>>& primitives() const { return m_primitives; }
 
 private:
@@ -33,7 +35,10 @@ private:
     vesk::Array<SharedHandle<Primitive>> m_primitives;
 };
 
-/// One `<geometry>`: its mesh, and the nodes that show it. Copies share primitives and nodes.
+/// One `<geometry>`: its mesh, and the nodes that show it. `<convex_mesh>` and `<spline>` are not read.
+///
+/// Of a scene, the `VisualScene` owns it. It owns the nodes that it lists, beside the scene, but not what these refer to.
+/// Copies share primitives and nodes.
 class LIBVIDEO_API Geometry {
 public:
     Geometry() = default;
@@ -51,8 +56,8 @@ public:
 
     /// The attributes of the element, empty without one, or if the load failed.
     const vesk::String& id() const { return m_id; }
-    const vesk::String& name() const { return m_name; }
-    const Mesh& mesh() const { return m_mesh; }
+    const vesk::String& name() const { return m_name; } ///< The `name` of the element, likewise.
+    const Mesh& mesh() const { return m_mesh; }         ///< What there is to draw.
 
 private:
     vesk::String m_id;

@@ -31,7 +31,7 @@ public:
     unsigned bytePerAccess() const { return m_bytePerAccess; }
 
 protected:
-    static constexpr unsigned noIndex = 0xFFFFFFFFu;
+    static constexpr unsigned noIndex = 0xFFFFFFFFu; ///< Where no vertex is current.
 
     /// Appends the bytes of a record to the stream.
     void dataAsByteStream(const vesk::Array<Data>& data);
@@ -40,6 +40,7 @@ protected:
     /// same size allocates nothing. What was not replaced at its end is cut off.
     class Refill {
     public:
+        /// @param input whose stream is filled
         explicit Refill(Input& input);
         ~Refill();
         Refill(const Refill&) = delete;
@@ -49,11 +50,11 @@ protected:
         Input& m_input;
     };
 
-    unsigned m_cachedIndex = noIndex;
-    unsigned m_bytePerAccess = 0;
-    vesk::Array<unsigned char> m_byteStream;
-    vesk::Array<VertexLayout> m_layout;
-    vesk::Array<SharedHandle<Source>> m_sources;
+    unsigned m_cachedIndex = noIndex;            ///< The vertex in the stream.
+    unsigned m_bytePerAccess = 0;                ///< Of one vertex.
+    vesk::Array<unsigned char> m_byteStream;     ///< The bytes of the current vertex.
+    vesk::Array<VertexLayout> m_layout;          ///< One entry for each source.
+    vesk::Array<SharedHandle<Source>> m_sources; ///< In the order of the inputs that could be used.
 
 private:
     void writeBytes(const unsigned char* bytes, unsigned count);

@@ -11,16 +11,18 @@
 
 namespace libVideo {
 
-/// Something of the document's libraries on a node of the tree. It owns neither: the scene keeps both.
+/// Something of the document's libraries on a node of the tree. It owns neither: the scene keeps both, and when that
+/// ends, the links of an instance that is still held lead nowhere.
 class LIBVIDEO_API Instance {
 public:
     Instance() = default;
+    /// @param node where it stands
     explicit Instance(const NodeLink& node) : m_node(node) {}
     Instance(const Instance&) = default;
     Instance& operator=(const Instance&) = default;
     virtual ~Instance();
 
-    const NodeLink& node() const { return m_node; }
+    const NodeLink& node() const { return m_node; } ///< Where it stands.
     /// Stores nothing: an instance stays on its node. @return the node
     const NodeLink& setNode(const NodeLink& node);
     /// The `sid` of the instance element.
@@ -31,12 +33,12 @@ public:
     const vesk::String& nodeId() const;
 
 protected:
-    NodeLink m_node;
-    vesk::String m_sid;
-    vesk::String m_name;
+    NodeLink m_node;     ///< Where it stands.
+    vesk::String m_sid;  ///< Of the instance element.
+    vesk::String m_name; ///< Of the instance element.
 };
 
-/// A camera on a node, with the view of one that looks from there at another node.
+/// A camera on a node, read from an `<instance_camera>`, with the view of one that looks from there at another node.
 ///
 /// The view matrix is left-handed and, unlike all other matrices, for points as row vectors on its left: with z from the
 /// node towards the target, x = up × z, both of length 1, y = z × x, and eye the position of the node,
@@ -48,6 +50,7 @@ protected:
 class LIBVIDEO_API CameraInstance : public Instance {
 public:
     CameraInstance() = default;
+    /// @param node where the camera stands
     explicit CameraInstance(const NodeLink& node) : Instance(node) {}
     CameraInstance(const CameraInstance&) = default;
     CameraInstance& operator=(const CameraInstance&) = default;
@@ -60,10 +63,10 @@ public:
     bool createFromCollada(const domInstance_camera& instance, const vesk::Array<CameraHandle>& cameras,
                            const NodeTable& nodes);
 
-    const Link<Camera>& camera() const { return m_camera; }
+    const Link<Camera>& camera() const { return m_camera; } ///< Empty until a load found one.
     /// The id of the camera, empty without one.
     const vesk::String& cameraId() const;
-    const NodeLink& lookAtNode() const { return m_lookAtNode; }
+    const NodeLink& lookAtNode() const { return m_lookAtNode; } ///< Empty without one.
     /// Looks at another node from now on. @return the view; as it was if a node is missing
     const libMath::Matrix<float, 4, 4>& setLookAtNode(const NodeLink& node);
 
@@ -74,7 +77,9 @@ public:
     const libMath::Matrix<float, 4, 4>& view(double time);
     /// What the camera answers. @throws vesk::NullPointer without a camera
     const libMath::Matrix<float, 4, 4>& projection() const;
+    /// Of the camera at a time in seconds; the current one without animations.
     const libMath::Matrix<float, 4, 4>& projection(double time);
+    /// Of the camera, and so of all its instances. @throws vesk::NullPointer without a camera
     void setAspectRatio(double aspectRatio);
 
 private:
@@ -86,10 +91,11 @@ private:
     libMath::Matrix<float, 4, 4> m_view;
 };
 
-/// A point light on a node.
+/// A point light on a node, read from an `<instance_light>`. The node tells where it is.
 class LIBVIDEO_API PointLightInstance : public Instance {
 public:
     PointLightInstance() = default;
+    /// @param node where the light stands @param light owned by the pool
     PointLightInstance(const NodeLink& node, const Link<PointLight>& light) : Instance(node), m_pointLight(light) {}
     PointLightInstance(const PointLightInstance&) = default;
     PointLightInstance& operator=(const PointLightInstance&) = default;
@@ -97,16 +103,18 @@ public:
 
     /// Reads `name` and `sid`. @return true
     bool createFromCollada(const domInstance_light& instance);
-    const Link<PointLight>& pointLight() const { return m_pointLight; }
+    const Link<PointLight>& pointLight() const { return m_pointLight; } ///< Owned by the pool.
 
 private:
     Link<PointLight> m_pointLight;
 };
 
-/// A spot light on a node, that may look at another node.
+/// A spot light on a node, read from an `<instance_light>`. It may look at another node; the rotation of its own node
+/// plays no part.
 class LIBVIDEO_API SpotLightInstance : public Instance {
 public:
     SpotLightInstance() = default;
+    /// @param node where the light stands @param light owned by the pool
     SpotLightInstance(const NodeLink& node, const Link<SpotLight>& light) : Instance(node), m_spotLight(light) {}
     SpotLightInstance(const SpotLightInstance&) = default;
     SpotLightInstance& operator=(const SpotLightInstance&) = default;
@@ -117,8 +125,9 @@ public:
     ///     a node
     bool createFromCollada(const domInstance_light& instance, const NodeTable& nodes);
 
-    const Link<SpotLight>& spotLight() const { return m_spotLight; }
-    const NodeLink& lookatNode() const { return m_lookAtNode; }
+    const Link<SpotLight>& spotLight() const { return m_spotLight; } ///< Owned by the pool.
+    const NodeLink& lookatNode() const { return m_lookAtNode; }      ///< Empty without one.
+    /// The light looks at another node from now on; nothing is computed.
     void setLookatNode(const NodeLink& node) { m_lookAtNode = node; }
     /// Direction of length 1 from the node to the one that the light looks at, as both stand; zero, with a line on
     /// "libVideo.instance", if one of them is missing.

@@ -12,9 +12,11 @@
 
 namespace libVideo {
 
-/// A `<point>` light: a plain value that keeps no link to the document; `PointLightInstance` places it on a node.
+/// A `<point>` light: a plain value that keeps no link to the document; `PointLightInstance` places it on a node. Its
+/// strength at the distance d is color / (constant + linear · d + quadratic · d²), if a renderer will have it so.
 class LIBVIDEO_API PointLight {
 public:
+    /// @param id of the `<light>`
     explicit PointLight(const vesk::String& id) : m_id(id) {}
     PointLight(const PointLight&) = default;
     PointLight& operator=(const PointLight&) = default;
@@ -27,8 +29,8 @@ public:
     const libMath::Vector<float, 3>& color() const { return m_color; }
     /// Factors of 1, of the distance and of its square; 0 where the element is absent.
     float constantAttenuation() const { return m_constantAttenuation; }
-    float linearAttenuation() const { return m_linearAttenuation; }
-    float quadraticAttenuation() const { return m_quadraticAttenuation; }
+    float linearAttenuation() const { return m_linearAttenuation; }       ///< Factor of the distance.
+    float quadraticAttenuation() const { return m_quadraticAttenuation; } ///< Factor of the square of the distance.
     /// The `id` of the `<light>`.
     const vesk::String& id() const { return m_id; }
 
@@ -40,9 +42,11 @@ private:
     vesk::String m_id;
 };
 
-/// A `<spot>` light: a plain value that keeps no link to the document; `SpotLightInstance` places it on a node.
+/// A `<spot>` light: a plain value that keeps no link to the document; `SpotLightInstance` places it on a node. It grows
+/// weaker with the distance as a `PointLight` does.
 class LIBVIDEO_API SpotLight {
 public:
+    /// @param id of the `<light>`
     explicit SpotLight(const vesk::String& id) : m_id(id) {}
     SpotLight(const SpotLight&) = default;
     SpotLight& operator=(const SpotLight&) = default;
@@ -58,8 +62,8 @@ public:
     const libMath::Vector<float, 3>& color() const { return m_color; }
     /// Factors of 1, of the distance and of its square; 0 where the element is absent.
     float constantAttenuation() const { return m_constantAttenuation; }
-    float linearAttenuation() const { return m_linearAttenuation; }
-    float quadraticAttenuation() const { return m_quadraticAttenuation; }
+    float linearAttenuation() const { return m_linearAttenuation; }       ///< Factor of the distance.
+    float quadraticAttenuation() const { return m_quadraticAttenuation; } ///< Factor of the square of the distance.
     /// `<falloff_angle>` in degrees, 180 if absent.
     float innerConeAngle() const { return m_innerConeAngle; }
     /// "outer_cone" in degrees, 0 without it.

@@ -10,23 +10,26 @@
 namespace libVideo {
 
 /// The shading values of a `<blinn>` or `<phong>`: five colors, each of which may carry a texture, and two coefficients.
+///
+/// Not read are `<transparent>`, `<reflectivity>`, `<index_of_refraction>`, and values that refer to a `<param>`.
+/// What was read outlives the document.
 class LIBVIDEO_API BlinnMaterial {
 public:
     /// The values. Colors are red, green and blue as written, unclamped, and white until the document has one; alpha is
     /// not kept. A texture that could not be resolved stays in its handle, with an empty file. Copies share textures.
     struct LIBVIDEO_API Component {
-        float shininess = 0.0f;
-        float transparency = 0.0f;
-        float emission[3] = {1.0f, 1.0f, 1.0f};
-        SharedHandle<Texture> emissionTexture;
-        float ambient[3] = {1.0f, 1.0f, 1.0f};
-        SharedHandle<Texture> ambientTexture;
-        float diffuse[3] = {1.0f, 1.0f, 1.0f};
-        SharedHandle<Texture> diffuseTexture;
-        float specular[3] = {1.0f, 1.0f, 1.0f};
-        SharedHandle<Texture> specularTexture;
-        float reflective[3] = {1.0f, 1.0f, 1.0f};
-        SharedHandle<Texture> reflectiveTexture;
+        float shininess = 0.0f;                   ///< As written, whatever its range.
+        float transparency = 0.0f;                ///< As written; what it means is left to the renderer.
+        float emission[3] = {1.0f, 1.0f, 1.0f};   ///< `<emission>`: red, green, blue.
+        SharedHandle<Texture> emissionTexture;    ///< Empty without a `<texture>`.
+        float ambient[3] = {1.0f, 1.0f, 1.0f};    ///< `<ambient>`: red, green, blue.
+        SharedHandle<Texture> ambientTexture;     ///< Empty without a `<texture>`.
+        float diffuse[3] = {1.0f, 1.0f, 1.0f};    ///< `<diffuse>`: red, green, blue.
+        SharedHandle<Texture> diffuseTexture;     ///< Empty without a `<texture>`.
+        float specular[3] = {1.0f, 1.0f, 1.0f};   ///< `<specular>`: red, green, blue.
+        SharedHandle<Texture> specularTexture;    ///< Empty without a `<texture>`.
+        float reflective[3] = {1.0f, 1.0f, 1.0f}; ///< `<reflective>`: red, green, blue.
+        SharedHandle<Texture> reflectiveTexture;  ///< Empty without a `<texture>`.
     };
 
     BlinnMaterial() = default;
@@ -34,7 +37,7 @@ public:
     BlinnMaterial& operator=(const BlinnMaterial&) = default;
     ~BlinnMaterial();
 
-    const Component& component() const { return m_component; }
+    const Component& component() const { return m_component; } ///< What was read so far.
 
     /// Reads `<emission>`, `<ambient>`, `<diffuse>`, `<specular>`, `<reflective>`, `<shininess>` and `<transparency>`; what
     /// the element lacks keeps its value. A null element, and each texture that does not resolve, gives one line on
@@ -42,6 +45,7 @@ public:
     /// @param profile whose newparams the textures refer to
     void createFromCollada(const daeSmartRef<domProfile_COMMON::domTechnique::domBlinn>& blinn,
                            domProfile_COMMON* const profile);
+    /// As the other one; a null element is named the same in the log.
     void createFromCollada(const daeSmartRef<domProfile_COMMON::domTechnique::domPhong>& phong,
                            domProfile_COMMON* const profile);
 

@@ -21,6 +21,8 @@ namespace libVideo {
 /// matrix means depends on what was called last: after a load it is local to the node, `updateTransform()` folds the
 /// parent in, and `transform(double)` makes it local again.
 ///
+/// Attributes `type` and `layer`, `<instance_node>` and `<instance_controller>` are not read.
+///
 /// A node owns neither its parent nor its children: the scene keeps them. Its transformations are shared by its copies.
 class LIBVIDEO_API Node {
 public:
@@ -39,8 +41,8 @@ public:
 
     /// The attributes of the element, empty where it has none.
     const vesk::String& id() const { return m_id; }
-    const vesk::String& sid() const { return m_sid; }
-    const vesk::String& name() const { return m_name; }
+    const vesk::String& sid() const { return m_sid; }   ///< Empty without one.
+    const vesk::String& name() const { return m_name; } ///< Empty without one.
 
     /// Empty without a parent.
     const NodeLink& parent() const { return m_parent; }
@@ -67,7 +69,7 @@ public:
     const libMath::Vector<float, 3> up() const;
     /// `transform(time)`, then as above.
     const libMath::Vector<float, 3> position(double time);
-    const libMath::Vector<float, 3> up(double time);
+    const libMath::Vector<float, 3> up(double time); ///< `transform(time)`, then as `up()`.
 
     /// Attaches an animation to the first transformation whose `sid` is the animation's target, in place of the one
     /// that it may have.

@@ -21,7 +21,7 @@ enum PrimitiveType : unsigned {
 };
 
 /// One drawable piece of a mesh as a renderer takes it: packed vertices, an index buffer, and the layouts that say what
-/// lies where in a vertex. Once built it keeps no link to the document.
+/// lies where in a vertex. Once built it keeps no link to the document, and lasts as long as a handle to it.
 ///
 /// Vertex k starts at byte k · `bytesPerVertex()` of the vertex stream; its attributes follow each other without gaps,
 /// 32-bit floats in host byte order. Entry c of the index buffer is the vertex of corner c; triangle t owns the entries
@@ -30,8 +30,8 @@ class LIBVIDEO_API Primitive {
 public:
     /// The index tuple of one vertex. Two vertices are one if these are equal, whatever their bytes.
     struct LIBVIDEO_API VertexId {
-        vesk::Buffer<unsigned> indices;
-        bool operator==(const VertexId& other) const { return indices == other.indices; }
+        vesk::Buffer<unsigned> indices; ///< One index for each distinct offset.
+        bool operator==(const VertexId& other) const { return indices == other.indices; } ///< Equal indices.
     };
 
     Primitive(const Primitive&) = default;
@@ -44,7 +44,7 @@ public:
     unsigned vertexPerPrimitive() const { return m_vertexPerPrimitive; }
     /// Sum of the byte sizes in the layout.
     unsigned bytesPerVertex() const { return m_bytesPerVertex; }
-    PrimitiveType type() const { return m_type; }
+    PrimitiveType type() const { return m_type; } ///< Says how to draw.
     /// Bytes of the vertex stream.
     unsigned totalByteSize() const { return m_vertexStream.size(); }
 
@@ -66,32 +66,38 @@ public:
     /// @throws vesk::IndexOutOfBounds if the vertex does not lie in the stream
     bool vertex(unsigned index, vesk::Buffer<unsigned char>& out) const;
 
+    /// Whether a vertex has a position.
     bool hasPosition() const { return m_vertexLayout.contains(VertexLayout(SEMANTIC_POSITION)); }
+    /// Whether a vertex has a normal.
     bool hasNormal() const { return m_vertexLayout.contains(VertexLayout(SEMANTIC_NORMAL)); }
+    /// Whether a vertex has a texture coordinate.
     bool hasTextureCoord() const { return m_vertexLayout.contains(VertexLayout(SEMANTIC_TEXCOORD)); }
     /// The first attribute of that kind. @return false, with `layout` unchanged, if there is none
     bool positionLayout(VertexLayout& layout) const { return findLayout(SEMANTIC_POSITION, layout); }
+    /// The first normal; as above.
     bool normalLayout(VertexLayout& layout) const { return findLayout(SEMANTIC_NORMAL, layout); }
+    /// The first texture coordinate; as above.
     bool textureCoordLayout(VertexLayout& layout) const { return findLayout(SEMANTIC_TEXCOORD, layout); }
 
 protected:
     Primitive() = default;
 
+    /// The first attribute of a kind; `layout` stays without one.
     bool findLayout(VertexSemantic semantic, VertexLayout& layout) const;
     /// Gives every distinct index tuple one vertex, numbered by first use. Each distinct tuple costs one read of the
     /// sources, a known one none, and finding it takes constant time on average.
     /// @return whether the vertex stream holds any byte
     bool createIndexedVertexBuffer(const SharedHandle<InputLocalOffset>& input);
 
-    unsigned m_count = 0;
-    unsigned m_vertexPerPrimitive = 0;
-    unsigned m_bytesPerVertex = 0;
-    PrimitiveType m_type = PRIMITIVE_INVALID;
-    vesk::Array<unsigned char> m_vertexStream;
-    vesk::Array<unsigned> m_indexBuffer;
-    vesk::Array<VertexLayout> m_vertexLayout;
-    vesk::String m_id;
-    vesk::String m_material;
+    unsigned m_count = 0;                      ///< Triangles or points.
+    unsigned m_vertexPerPrimitive = 0;         ///< 3 or 1.
+    unsigned m_bytesPerVertex = 0;             ///< Sum of the byte sizes in the layout.
+    PrimitiveType m_type = PRIMITIVE_INVALID;  ///< How to draw.
+    vesk::Array<unsigned char> m_vertexStream; ///< All vertices, without gaps.
+    vesk::Array<unsigned> m_indexBuffer;       ///< One entry for each corner.
+    vesk::Array<VertexLayout> m_vertexLayout;  ///< In the order of the bytes.
+    vesk::String m_id;                         ///< From the element.
+    vesk::String m_material;                   ///< The symbol.
 };
 
 /// A `<triangles>` as one indexed triangle list.

@@ -36,7 +36,8 @@ public:
     ///     on, vesk::NullPointer if memory ends; the scene stays as far as it got then
     bool createFromCollada(const vesk::String& path);
 
-    VisualScene& visualScene() { return m_visualScene; }
+    VisualScene& visualScene() { return m_visualScene; } ///< The scene; empty before a load. Ends with this object.
+    /// The scene; empty before a load. Ends with this object.
     const VisualScene& visualScene() const { return m_visualScene; }
 
 private:

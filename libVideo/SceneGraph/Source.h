@@ -11,8 +11,8 @@
 
 namespace libVideo {
 
-/// One `<source>` as records of components. Copies share one accessor and thus one current record. The document has to
-/// stay open as long as a source is read.
+/// One `<source>` as records of components. Arrays of other things than floats are not read. Copies share one accessor
+/// and thus one current record. The document has to stay open as long as a source is read.
 class LIBVIDEO_API Source {
 public:
     Source(const Source&) = default;
@@ -33,7 +33,9 @@ public:
 
     /// Number of records, floats from one to the next, and bytes of a record: as the accessor has them, 0 without one.
     unsigned count() const { return m_accessor ? m_accessor->count() : 0; }
+    /// Floats from one record to the next; 0 without an accessor.
     unsigned stride() const { return m_accessor ? m_accessor->stride() : 0; }
+    /// Bytes of a record; 0 without an accessor.
     unsigned bytePerAccess() const { return m_accessor ? m_accessor->bytePerAccess() : 0; }
 
     /// As `operator[]`.
@@ -43,15 +45,17 @@ public:
     unsigned backedCount() const { return m_accessor ? m_accessor->backedCount() : 0; }
 
 protected:
+    /// @param type what a record is
     explicit Source(DataType type) : m_dataType(type) {}
+    /// @param type what a record is @param source kept, so that the document lasts
     Source(DataType type, const daeSmartRef<domSource>& source) : m_dataType(type), m_element(source) {}
 
-    DataType m_dataType;
-    unsigned m_arrayCount = 0; // floats of a source without accessor
-    vesk::String m_id;
-    SharedHandle<Accessor> m_accessor;
-    daeSmartRef<domSource> m_element;
-    mutable vesk::Array<Data> m_singleValue; // scratch of a source without accessor: one float
+    DataType m_dataType;                     ///< What a record is.
+    unsigned m_arrayCount = 0;               ///< Floats of a source without accessor.
+    vesk::String m_id;                       ///< Of the element.
+    SharedHandle<Accessor> m_accessor;       ///< Shared by copies.
+    daeSmartRef<domSource> m_element;        ///< Null without one.
+    mutable vesk::Array<Data> m_singleValue; ///< Scratch of a source without accessor: one float.
 };
 
 /// A source of floats: through the accessor of its `<technique_common>`, or float by float from its bare `<float_array>`

@@ -9,7 +9,7 @@
 namespace libVideo {
 
 /// The chain from a material's `<texture>` to the file of an image: a `<sampler2D>` of the profile, its `<surface>`, and
-/// the `<image>` that initializes it.
+/// the `<image>` that initializes it. Filters, wrapping, the name of the coordinates and embedded `<data>` are not read.
 class LIBVIDEO_API Texture {
 public:
     Texture() = default;
@@ -20,6 +20,7 @@ public:
     /// The elements that were found, null where the chain broke. They may outlive the document, but then only be
     /// released.
     const daeSmartRef<domFx_sampler2D_common>& sampler() const { return m_sampler; }
+    /// The `<surface>`; null where the chain broke.
     const daeSmartRef<domFx_surface_common>& texture() const { return m_texture; }
     /// The reference in the `<init_from>` of the image, as it is written; empty where the chain broke.
     const vesk::String& textureFile() const { return m_textureFile; }

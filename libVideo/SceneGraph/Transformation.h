@@ -38,7 +38,9 @@ public:
     /// The current matrix: the last one evaluated, or the declared one; an empty handle before there was any.
     const MatrixHandle& transformation() { return m_transformation; }
 
+    /// By which an animation finds the transformation; empty without one.
     const vesk::String& sid() const { return m_sid; }
+    /// Changes the `sid`. @return the new one
     const vesk::String& setSid(const vesk::String& sid);
 
     /// Replaces the animation.
@@ -47,7 +49,7 @@ public:
     const AnimationHandle& animation() const { return m_animation; }
 
 protected:
-    explicit Transformation(const vesk::String& sid) : m_sid(sid) {}
+    explicit Transformation(const vesk::String& sid) : m_sid(sid) {} ///< Declares nothing but the `sid`.
 
     /// Makes a new matrix the current one.
     void replaceTransformation(const libMath::Matrix<float, 4, 4>& matrix);
@@ -65,7 +67,7 @@ private:
 class LIBVIDEO_API Translation : public Transformation {
 public:
     Translation() = default;
-    Translation(const daeTArray<double>& values, const vesk::String& sid);
+    Translation(const daeTArray<double>& values, const vesk::String& sid); ///< Three values.
     Translation(const Translation&) = default;
     Translation& operator=(const Translation&) = default;
     ~Translation() override;
@@ -83,6 +85,7 @@ private:
 class LIBVIDEO_API Rotation : public Transformation {
 public:
     Rotation() = default;
+    /// Four values: the axis, then the angle in degrees.
     Rotation(const daeTArray<double>& values, const vesk::String& sid);
     Rotation(const Rotation&) = default;
     Rotation& operator=(const Rotation&) = default;
@@ -102,7 +105,7 @@ private:
 class LIBVIDEO_API Scale : public Transformation {
 public:
     Scale() = default;
-    Scale(const daeTArray<double>& values, const vesk::String& sid);
+    Scale(const daeTArray<double>& values, const vesk::String& sid); ///< Three values.
     Scale(const Scale&) = default;
     Scale& operator=(const Scale&) = default;
     ~Scale() override;
@@ -124,7 +127,7 @@ private:
 class LIBVIDEO_API View : public Transformation {
 public:
     View() = default;
-    View(const double* values, const vesk::String& sid);
+    View(const double* values, const vesk::String& sid); ///< Nine values, or null for none.
     View(const View&) = default;
     View& operator=(const View&) = default;
     ~View() override;
@@ -137,7 +140,7 @@ public:
 class LIBVIDEO_API Skew : public Transformation {
 public:
     Skew() = default;
-    Skew(const double* values, const vesk::String& sid);
+    Skew(const double* values, const vesk::String& sid); ///< Takes the `sid` alone.
     Skew(const Skew&) = default;
     Skew& operator=(const Skew&) = default;
     ~Skew() override;

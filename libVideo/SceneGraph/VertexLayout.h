@@ -34,11 +34,11 @@ struct LIBVIDEO_API VertexLayout {
     /// Compares the semantic alone.
     bool operator==(const VertexLayout& other) const { return semantic == other.semantic; }
 
-    VertexSemantic semantic = SEMANTIC_UNKNOWN;
-    unsigned byteSize = 0;   ///< bytes that the attribute takes
-    unsigned byteOffset = 0; ///< bytes from the start of the vertex
-    DataType dataType = DATA_TYPE_INVALID;
-    unsigned reserved = 0; ///< always 0
+    VertexSemantic semantic = SEMANTIC_UNKNOWN; ///< What the attribute is.
+    unsigned byteSize = 0;                      ///< bytes that the attribute takes
+    unsigned byteOffset = 0;                    ///< bytes from the start of the vertex
+    DataType dataType = DATA_TYPE_INVALID;      ///< What its source is made of.
+    unsigned reserved = 0;                      ///< always 0
 };
 
 /// Maps the `semantic` of an input, in any case, and stores the answer in `layout.semantic` as well.

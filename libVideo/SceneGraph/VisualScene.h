@@ -14,10 +14,10 @@ namespace libVideo {
 
 /// What a document's libraries define, whether or not the scene uses it: the pool that instances refer to.
 struct LIBVIDEO_API SceneResources {
-    vesk::Array<CameraHandle> cameraList;
-    vesk::Array<PointLightHandle> pointLightList;
-    vesk::Array<SpotLightHandle> spotLightList;
-    vesk::Array<AnimationHandle> animationList;
+    vesk::Array<CameraHandle> cameraList;         ///< Of `<library_cameras>`.
+    vesk::Array<PointLightHandle> pointLightList; ///< Of `<library_lights>`.
+    vesk::Array<SpotLightHandle> spotLightList;   ///< Of `<library_lights>`.
+    vesk::Array<AnimationHandle> animationList;   ///< Of `<library_animations>`.
 };
 
 /// The scene that a host walks after a load: a tree of nodes under one root, the instances on it, and the geometries
@@ -48,8 +48,8 @@ public:
     const Node& root() const { return m_root; }
     /// Instances in breadth-first order of their nodes, and in document order on one node.
     const vesk::Array<CameraInstanceHandle>& cameraList() const { return m_cameraList; }
-    const vesk::Array<PointLightInstanceHandle>& pointLightList() const { return m_pointLightList; }
-    const vesk::Array<SpotLightInstanceHandle>& spotLightList() const { return m_spotLightList; }
+    const vesk::Array<PointLightInstanceHandle>& pointLightList() const { return m_pointLightList; } ///< Likewise.
+    const vesk::Array<SpotLightInstanceHandle>& spotLightList() const { return m_spotLightList; }    ///< Likewise.
     /// Geometries by the `id` of their `<geometry>`.
     const GeometryTable& geometryTable() const { return m_geometryTable; }
     /// Materials by the `symbol` that a primitive names as its material.

@@ -26,7 +26,9 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <map>
 #include <ostream>
+#include <regex>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -34,6 +36,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 // All messages of the library in one table, each with what causes it; and whether the table has them all.
 
@@ -1319,6 +1322,55 @@ TEST(MessageTableTest, EveryStatementIsReachedButThoseThatAreMarked)
         });
         const bool isReached = reached.count({statement.channel, std::to_string(statement.line)}) > 0;
         EXPECT_EQ(!isMarked, isReached) << statement.place();
+    }
+}
+
+// --- whether the list of the reference is the table ---
+
+/// A line as the reference lists it: "channel: words", the words with "{}" for each value, and whether it is reached.
+using ListedLines = std::map<std::string, bool>;
+
+std::string keyOf(const std::string& channel, const std::string& pattern)
+{
+    return channel + ": " + pattern;
+}
+
+ListedLines listedLines()
+{
+    const nlohmann::json list = nlohmann::json::parse(readFile(MESSAGES_LIST));
+    const std::regex value("\\{[a-z]+\\}"); // the reference names what is filled in
+    ListedLines lines;
+    for (const nlohmann::json& entry : list.at("messages")) {
+        const std::string words = std::regex_replace(entry.at("words").get<std::string>(), value, "{}");
+        const bool isNew = lines.emplace(keyOf(entry.at("channel"), words), !entry.contains("unreached")).second;
+        EXPECT_TRUE(isNew) << "listed twice: " << words;
+        EXPECT_FALSE(entry.at("when").get<std::string>().empty()) << words;
+        EXPECT_FALSE(entry.at("then").get<std::string>().empty()) << words;
+    }
+    return lines;
+}
+
+TEST(MessageTableTest, TheReferenceListsTheStatementsOfTheSources)
+{
+    ListedLines lines = listedLines();
+    std::set<std::string> logged;
+    for (const Statement& statement : statements()) {
+        const std::string key = keyOf(statement.channel, statement.pattern);
+        logged.insert(key);
+        EXPECT_EQ(1u, lines.count(key)) << "not in the reference: " << statement.place();
+    }
+    for (const auto& [key, isReached] : lines) {
+        EXPECT_EQ(1u, logged.count(key)) << "no statement logs what the reference lists: " << key;
+    }
+}
+
+TEST(MessageTableTest, TheReferenceSaysWhichLinesADocumentReaches)
+{
+    const ListedLines lines = listedLines();
+    for (const Message& row : messages()) {
+        const auto found = lines.find(keyOf(channelOf(row), row.pattern));
+        ASSERT_NE(lines.end(), found) << row.name;
+        EXPECT_EQ(row.cause != nullptr, found->second) << row.name;
     }
 }
 

@@ -65,6 +65,7 @@ public:
         m_block = block.release();
     }
 
+    /// The same capacity and copies of the elements. @throws NullPointer if there is no memory
     Array(const Array& other) : Serializable(), m_block(clone(other)) {}
 
     ~Array() override
@@ -75,6 +76,7 @@ public:
         m_block = nullptr;
     }
 
+    /// Takes copies of the elements, and the capacity of `other`. @throws NullPointer if there is no memory
     Array& operator=(const Array& other) // NOLINT(bugprone-unhandled-self-assignment): told by the block
     {
         if (m_block != other.m_block) {
@@ -91,7 +93,8 @@ public:
         other.m_block = block;
     }
 
-    unsigned size() const { return m_block->count; }
+    unsigned size() const { return m_block->count; } ///< Number of elements.
+    /// Number of elements that fit before the block has to grow.
     unsigned capacity() const
     {
         return m_block == detail::noElements ? detail::smallestArrayCapacity : m_block->capacity;
@@ -99,16 +102,17 @@ public:
 
     /// @throws IndexOutOfBounds
     T& operator[](unsigned index) { return elements(m_block)[checked(index)]; }
+    /// @throws IndexOutOfBounds
     const T& operator[](unsigned index) const { return elements(m_block)[checked(index)]; }
 
     /// Address of the first slot, also of an empty array.
     T* getData() { return elements(m_block); }
-    const T* getData() const { return elements(m_block); }
+    const T* getData() const { return elements(m_block); } ///< Address of the first slot, also of an empty array.
 
-    T* begin() { return getData(); }
-    T* end() { return getData() + size(); }
-    const T* begin() const { return getData(); }
-    const T* end() const { return getData() + size(); }
+    T* begin() { return getData(); }                    ///< For range-for; the first element.
+    T* end() { return getData() + size(); }             ///< Behind the last element.
+    const T* begin() const { return getData(); }        ///< For range-for; the first element.
+    const T* end() const { return getData() + size(); } ///< Behind the last element.
 
     /// Amortised constant time.
     void append(const T& value)
@@ -121,11 +125,13 @@ public:
         }
     }
 
+    /// Appends copies of `n` elements, which may stand in the array itself.
     void append(const T* values, unsigned n)
     {
         extend(n, [values, n](T* slots) { std::uninitialized_copy_n(values, n, slots); });
     }
 
+    /// Appends copies of all elements; `other` may be this array.
     void appendArray(const Array& other) { append(other.getData(), other.size()); }
 
     /// Extends to `size` elements, the new ones copies of `value`. Fewer than there are changes nothing.

@@ -20,6 +20,7 @@ public:
     /// Empty, without memory.
     Buffer() = default;
 
+    /// A copy of the elements. @throws std::bad_alloc
     Buffer(const Buffer& other)
     {
         if (other.m_size != 0) {
@@ -29,6 +30,7 @@ public:
 
     ~Buffer() { delete[] m_storage; }
 
+    /// As `assign`.
     Buffer& operator=(const Buffer& other)
     {
         if (this != &other) {
@@ -65,14 +67,14 @@ public:
         }
     }
 
-    std::uint64_t size() const { return m_size; }
+    std::uint64_t size() const { return m_size; } ///< Number of elements.
     /// The first element; null when empty.
     T* data() { return m_data; }
-    const T* data() const { return m_data; }
+    const T* data() const { return m_data; } ///< The first element; null when empty.
 
     /// Unchecked, like a plain array.
     T& operator[](std::uint64_t index) { return m_data[index]; }
-    const T& operator[](std::uint64_t index) const { return m_data[index]; }
+    const T& operator[](std::uint64_t index) const { return m_data[index]; } ///< Unchecked, like a plain array.
 
     /// Same size and the same elements in the same order.
     bool operator==(const Buffer& other) const
@@ -87,7 +89,7 @@ public:
         }
         return true;
     }
-    bool operator!=(const Buffer& other) const { return !(*this == other); }
+    bool operator!=(const Buffer& other) const { return !(*this == other); } ///< Not `==`.
 
 private:
     static std::size_t byteCount(std::uint64_t count) { return static_cast<std::size_t>(count * sizeof(T)); }

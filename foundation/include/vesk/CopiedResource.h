@@ -20,23 +20,30 @@ public:
     /// Empty.
     CopiedResource() = default;
 
+    /// Implicit, so that a plain pointer serves where a handle is wanted.
     CopiedResource(T* resource) { m_storage.value = resource; }
 
     /// Takes the pointer; the count does not change.
     CopiedResource(const SharedResource<PointerStorage<T, 0, 3>, 0>& resource) { m_storage.value = resource.get(); }
 
-    T* get() const { return m_storage.value; }
-    T* operator->() const { return m_storage.value; }
-    T& operator*() const { return *m_storage.value; }
+    T* get() const { return m_storage.value; }        ///< The object, or null.
+    T* operator->() const { return m_storage.value; } ///< The object, unchecked.
+    T& operator*() const { return *m_storage.value; } ///< The object, unchecked.
 
     /// True if the handle holds an object.
     explicit operator bool() const { return m_storage.value != m_storage.nullValue; }
 
+    /// Whether both refer to the same object, or to none.
     friend bool operator==(const CopiedResource& a, const CopiedResource& b) { return a.get() == b.get(); }
+    /// Not `==`.
     friend bool operator!=(const CopiedResource& a, const CopiedResource& b) { return a.get() != b.get(); }
+    /// Whether the handle is empty.
     friend bool operator==(const CopiedResource& a, std::nullptr_t) { return a.get() == nullptr; }
+    /// Whether the handle holds an object.
     friend bool operator!=(const CopiedResource& a, std::nullptr_t) { return a.get() != nullptr; }
+    /// Whether the handle is empty.
     friend bool operator==(std::nullptr_t, const CopiedResource& a) { return a.get() == nullptr; }
+    /// Whether the handle holds an object.
     friend bool operator!=(std::nullptr_t, const CopiedResource& a) { return a.get() != nullptr; }
 
 private:

@@ -17,9 +17,11 @@ public:
 
     /// The message as zero-terminated UTF-8, valid as long as this object.
     const char* what() const noexcept override { return m_message.data(); }
+    /// The message as text.
     const String& message() const { return m_message; }
 
 protected:
+    /// @param message what `what()` shows
     explicit Exception(const String& message) : m_message(message) {}
 
 private:
@@ -29,6 +31,7 @@ private:
 /// A container's storage could not be had, or an object was asked for what it does not hold.
 class VESK_API NullPointer : public Exception {
 public:
+    /// @param message what `what()` shows
     explicit NullPointer(const String& message) : Exception(message) {}
     NullPointer(const NullPointer&) = default;
     NullPointer& operator=(const NullPointer&) = default;
@@ -38,6 +41,7 @@ public:
 /// An index outside of a container.
 class VESK_API IndexOutOfBounds : public Exception {
 public:
+    /// @param low,high the valid indices @param index the one that was asked for
     IndexOutOfBounds(int low, int high, int index);
     IndexOutOfBounds(const IndexOutOfBounds&) = default;
     IndexOutOfBounds& operator=(const IndexOutOfBounds&) = default;
@@ -59,6 +63,7 @@ private:
 /// Serialization was asked of a type that has none.
 class VESK_API SerializationFailed : public Exception {
 public:
+    /// @param message what `what()` shows
     explicit SerializationFailed(const String& message) : Exception(message) {}
     SerializationFailed(const SerializationFailed&) = default;
     SerializationFailed& operator=(const SerializationFailed&) = default;
@@ -76,9 +81,9 @@ public:
     AssertionFailure& operator=(const AssertionFailure&) = default;
     ~AssertionFailure() override;
 
-    const char* file() const { return m_file; }
-    unsigned long long line() const { return m_line; }
-    const char* expression() const { return m_expression; }
+    const char* file() const { return m_file; }             ///< The module's source path, without an ending.
+    unsigned long long line() const { return m_line; }      ///< The source line of the assertion.
+    const char* expression() const { return m_expression; } ///< The text of the test that did not hold.
 
 private:
     const char* m_file;

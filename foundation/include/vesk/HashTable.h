@@ -10,6 +10,7 @@ namespace vesk {
 /// Exact equality of two keys.
 template <class K>
 struct EqualFunc {
+    /// @return `a == b`
     static bool equal(const K& a, const K& b) { return a == b; }
 };
 
@@ -17,8 +18,10 @@ struct EqualFunc {
 template <class K>
 struct HashFunc;
 
+/// Hash of a text by its bytes.
 template <>
 struct VESK_API HashFunc<String> {
+    /// @return the same number for the same bytes in every run
     static unsigned hash(const String& key);
 };
 
@@ -30,24 +33,26 @@ public:
     _BucketBase& operator=(const _BucketBase&) = delete;
     virtual ~_BucketBase();
 
+    /// @param key the address of a key of the same type
     virtual bool equals(const void* key) const = 0;
     /// A bucket of its own with the same key and value, `next` null.
     virtual _BucketBase* clone() const = 0;
 
-    _BucketBase* next = nullptr;
+    _BucketBase* next = nullptr; ///< The next bucket of the chain, null in the last.
 };
 
 /// A key with its value.
 template <class K, class V, class Equal>
 class VESK_API _Bucket : public _BucketBase {
 public:
-    _Bucket(const K& bucketKey, const V& bucketValue) : key(bucketKey), value(bucketValue) {}
+    _Bucket(const K& bucketKey, const V& bucketValue) : key(bucketKey), value(bucketValue) {} ///< Copies both.
 
+    /// @param other the address of a `K`
     bool equals(const void* other) const override { return Equal::equal(key, *static_cast<const K*>(other)); }
     _BucketBase* clone() const override { return new _Bucket(key, value); }
 
-    K key;
-    V value;
+    K key;   ///< The key; not to be changed in a table.
+    V value; ///< The value.
 };
 
 /// The chains of a hash table, the same for all types of keys and values.
@@ -56,12 +61,12 @@ public:
 /// long as the table was told how to find the hash of a bucket.
 class VESK_API _HashTableRep {
 public:
-    using HashOf = unsigned (*)(const _BucketBase*);
+    using HashOf = unsigned (*)(const _BucketBase*); ///< Hash of the key of a bucket.
 
     /// An empty table of `buckets` heads, at least one. Without `hashOf` it never gets more.
     explicit _HashTableRep(unsigned buckets, HashOf hashOf = nullptr);
-    _HashTableRep(const _HashTableRep& other);
-    _HashTableRep& operator=(const _HashTableRep& other);
+    _HashTableRep(const _HashTableRep& other);            ///< Buckets of its own, in the same chains.
+    _HashTableRep& operator=(const _HashTableRep& other); ///< Likewise; if memory ends, the table stays as it was.
     ~_HashTableRep();
 
     /// Deletes all buckets.
@@ -81,8 +86,8 @@ public:
 
     /// Number of buckets.
     unsigned size() const { return m_size; }
-    unsigned headCount() const { return m_headCount; }
-    _BucketBase* const* heads() const { return m_heads; }
+    unsigned headCount() const { return m_headCount; }    ///< Number of chains.
+    _BucketBase* const* heads() const { return m_heads; } ///< The first bucket of each chain, null for an empty one.
 
 private:
     void swap(_HashTableRep& other) noexcept;
@@ -104,7 +109,7 @@ public:
     /// To the next bucket; null behind the last.
     _HashTableIteratorBase& operator++();
 
-    _BucketBase* current() const { return m_current; }
+    _BucketBase* current() const { return m_current; } ///< The bucket that was reached; null behind the last.
 
 private:
     void findHead();
@@ -122,20 +127,26 @@ private:
 template <class K, class V, class Equal, class Hash>
 class VESK_API HashTable : public Serializable {
 public:
-    using Bucket = _Bucket<K, V, Equal>;
+    using Bucket = _Bucket<K, V, Equal>; ///< What `lookup` and the iterators give.
 
     /// Walks the buckets, in no order that means anything.
     class Iterator {
     public:
+        /// Stands where the cursor stands.
         explicit Iterator(const _HashTableIteratorBase& cursor) : m_cursor(cursor) {}
+        /// The bucket; not behind the last one.
         const Bucket& operator*() const { return *static_cast<const Bucket*>(m_cursor.current()); }
+        /// The bucket; not behind the last one.
         const Bucket* operator->() const { return static_cast<const Bucket*>(m_cursor.current()); }
+        /// To the next bucket.
         Iterator& operator++()
         {
             ++m_cursor;
             return *this;
         }
+        /// Whether both stand at the same bucket.
         bool operator==(const Iterator& other) const { return m_cursor.current() == other.m_cursor.current(); }
+        /// Not `==`.
         bool operator!=(const Iterator& other) const { return m_cursor.current() != other.m_cursor.current(); }
 
     private:
@@ -164,7 +175,8 @@ public:
     /// Number of keys.
     unsigned size() const { return m_rep.size(); }
 
-    Iterator begin() const { return Iterator(cursor()); }
+    Iterator begin() const { return Iterator(cursor()); } ///< For range-for; the first bucket.
+    /// Behind the last bucket.
     Iterator end() const
     {
         _BucketBase* const* const last = m_rep.heads() + m_rep.headCount();

@@ -12,6 +12,7 @@ class LoggerStream;
 
 /// Scope of the priorities. A larger value is a more severe message.
 struct LoggerPriority {
+    /// Priorities of messages, and thresholds below and above all of them.
     enum LOGGER_PRIORITY : int {
         PRIORITY_ALL = 0,   ///< threshold below every message
         PRIORITY_TRACE = 1, ///< entry and exit of a scope
@@ -36,7 +37,7 @@ public:
 
     /// The threshold of all channels: a message passes if its priority is equal or higher. `PRIORITY_ERROR` at start.
     static LoggerPriority::LOGGER_PRIORITY getPriority();
-    static void setPriority(LoggerPriority::LOGGER_PRIORITY priority);
+    static void setPriority(LoggerPriority::LOGGER_PRIORITY priority); ///< Changes the threshold of all channels.
 
     /// Replaces what takes the lines. An empty handler restores the default, which writes `[channel] text` and a line
     /// feed to standard error.
@@ -53,7 +54,7 @@ public:
     /// The channel's own threshold: a message passes only if its priority is higher. `PRIORITY_ALL` at start.
     LoggerPriority::LOGGER_PRIORITY priority = LoggerPriority::PRIORITY_ALL;
 
-    const String& channel() const { return m_channel; }
+    const String& channel() const { return m_channel; } ///< The name of the channel, such as "libVideo.scene".
 
     /// Hands the line to the handler; tests no threshold.
     void log(LoggerPriority::LOGGER_PRIORITY messagePriority, const LoggerStream& line);

@@ -8,12 +8,12 @@ namespace vesk {
 /// - `PointerStorage<T, 3, 2>` in a `CopiedResource`: the object is not owned.
 template <class T, int A, int B>
 struct PointerStorage {
-    using Element = T;
+    using Element = T; ///< What the pointer points to.
 
     /// What a storage holds that holds nothing.
     static constexpr T* nullValue = nullptr;
 
-    T* value = nullValue;
+    T* value = nullValue; ///< The pointer.
 };
 
 } // namespace vesk

@@ -26,7 +26,7 @@ public:
     XmlElement member(const String& name) const;
     /// The first plain value, or the one behind `value`; one that does not exist at the end.
     XmlElement firstValue() const;
-    XmlElement nextValue() const;
+    XmlElement nextValue() const; ///< The next plain value of the same object; one that does not exist at the end.
     /// The text of a plain value, as it was before it was written.
     String text() const;
 

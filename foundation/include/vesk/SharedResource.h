@@ -26,6 +26,7 @@ class SharedResourceDestroyer;
 template <class T>
 class SharedResourceDestroyer<PointerStorage<T, 0, 3>> : public SharedResourceDestroyerBase {
 public:
+    /// @param resource fresh from `new`, or null
     explicit SharedResourceDestroyer(T* resource) { m_resource.value = resource; }
 
     ~SharedResourceDestroyer() override
@@ -61,6 +62,7 @@ public:
     /// Takes over a resource fresh from `new`, also when this throws `std::bad_alloc`.
     explicit SharedResource(T* resource) { adopt(resource); }
 
+    /// One handle more of the same resource.
     SharedResource(const SharedResource& other)
         : m_storage(other.m_storage), m_count(other.m_count), m_destroyer(other.m_destroyer)
     {
@@ -90,6 +92,7 @@ public:
         return *this;
     }
 
+    /// Exchanges what two handles hold.
     void swap(SharedResource& other) noexcept
     {
         exchange(m_storage.value, other.m_storage.value);
@@ -97,9 +100,9 @@ public:
         exchange(m_destroyer, other.m_destroyer);
     }
 
-    T* get() const { return m_storage.value; }
-    T* operator->() const { return m_storage.value; }
-    T& operator*() const { return *m_storage.value; }
+    T* get() const { return m_storage.value; }        ///< The object, or null.
+    T* operator->() const { return m_storage.value; } ///< The object, unchecked.
+    T& operator*() const { return *m_storage.value; } ///< The object, unchecked.
 
     /// True if the handle holds an object.
     explicit operator bool() const { return m_storage.value != m_storage.nullValue; }
@@ -107,11 +110,17 @@ public:
     /// Number of handles that share the resource, this one included; 0 when empty.
     unsigned useCount() const { return m_count == nullptr ? 0 : *m_count; }
 
+    /// Whether both hold the same object, or none.
     friend bool operator==(const SharedResource& a, const SharedResource& b) { return a.get() == b.get(); }
+    /// Not `==`.
     friend bool operator!=(const SharedResource& a, const SharedResource& b) { return a.get() != b.get(); }
+    /// Whether the handle is empty.
     friend bool operator==(const SharedResource& a, std::nullptr_t) { return a.get() == nullptr; }
+    /// Whether the handle holds an object.
     friend bool operator!=(const SharedResource& a, std::nullptr_t) { return a.get() != nullptr; }
+    /// Whether the handle is empty.
     friend bool operator==(std::nullptr_t, const SharedResource& a) { return a.get() == nullptr; }
+    /// Whether the handle holds an object.
     friend bool operator!=(std::nullptr_t, const SharedResource& a) { return a.get() != nullptr; }
 
 private:

@@ -27,15 +27,16 @@ public:
     String& operator=(const String&) = default;
     /// Replaces the text; null gives empty text. The source may point into this very text.
     String& operator=(const char* text);
-    String& operator+=(const String& text) { return append(text); }
+    String& operator+=(const String& text) { return append(text); } ///< Appends the text.
 
+    /// Appends the text, which may be this very one. @return this text
     String& append(const String& text);
     /// Appends zero-terminated text; null appends nothing.
     String& append(const char* text);
 
     /// Number of bytes.
     unsigned size() const { return static_cast<unsigned>(m_text.size()); }
-    bool empty() const { return m_text.empty(); }
+    bool empty() const { return m_text.empty(); } ///< Whether there is no byte.
     /// The bytes and a zero behind them, valid until the text changes or ends.
     const char* data() const { return m_text.c_str(); }
 
@@ -48,7 +49,7 @@ public:
 
     /// Byte for byte.
     bool operator==(const String& other) const { return m_text == other.m_text; }
-    bool operator!=(const String& other) const { return m_text != other.m_text; }
+    bool operator!=(const String& other) const { return m_text != other.m_text; } ///< Not `==`.
 
     /// Order of two texts without regard to the case of the ASCII letters; all other bytes count as they are.
     /// @return 0 when equal, else a negative or positive number
@@ -77,7 +78,7 @@ VESK_API std::ostream& operator<<(std::ostream& out, const String& text);
 /// Narrow text on its way out of a `String`: owns the bytes that its conversion shows.
 class VESK_API CString {
 public:
-    explicit CString(const String& text) : m_bytes(text.data(), text.size()) {}
+    explicit CString(const String& text) : m_bytes(text.data(), text.size()) {} ///< Copies the bytes.
 
     /// Zero-terminated UTF-8, valid as long as this object.
     operator const char*() const { return m_bytes.c_str(); }
@@ -92,6 +93,7 @@ public:
     /// What every caller passes to `toString`.
     static constexpr unsigned nilValue = 0xFFFFFFFFu;
 
+    /// @param value what `toString` prints
     explicit VeskValue(unsigned value) : m_value(value) {}
     VeskValue(const VeskValue&) = default;
     VeskValue& operator=(const VeskValue&) = default;

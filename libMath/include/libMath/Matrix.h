@@ -33,7 +33,7 @@ public:
         check(index < (row * col), __LINE__, "index < (row * col)");
         return m_elements[index];
     }
-    const T& operator[](unsigned index) const
+    const T& operator[](unsigned index) const ///< As the other one.
     {
         check(index < (row * col), __LINE__, "index < (row * col)");
         return m_elements[index];

@@ -18,7 +18,7 @@ public:
 
     /// Unchecked, like a plain array.
     T& operator[](unsigned index) { return m_elements[index]; }
-    const T& operator[](unsigned index) const { return m_elements[index]; }
+    const T& operator[](unsigned index) const { return m_elements[index]; } ///< Unchecked, like a plain array.
 
     /// Left minus right.
     Vector operator-(const Vector& other) const

@@ -1,0 +1,7 @@
+# Runs Doxygen, which fails on a warning, and shows what it had to say.
+#   cmake -DDOXYGEN=... -DFOLDER=... -P RunDoxygen.cmake
+execute_process(COMMAND ${DOXYGEN} ${FOLDER}/Doxyfile RESULT_VARIABLE status)
+file(READ ${FOLDER}/warnings.txt warnings)
+if(NOT status EQUAL 0 OR NOT warnings STREQUAL "")
+    message(FATAL_ERROR "the reference has gaps:\n${warnings}")
+endif()
