@@ -18,8 +18,9 @@ VertexReader::VertexReader(InputLocalOffset& input)
         m_entries = dataOf(input.m_p->getValue());
         m_entryCount = input.m_p->getValue().getCount();
     }
-    // With more sources than inputs some have no offset, which `data` tells at the first vertex.
-    m_isDirect = input.m_sources.size() <= input.m_offsets.size();
+    // A class of a host's may read in its own way. With more sources than inputs some have no offset, which `data` tells at
+    // the first vertex.
+    m_isDirect = typeid(input) == typeid(InputLocalOffset) && input.m_sources.size() <= input.m_offsets.size();
     for (unsigned i = 0; m_isDirect && i < input.m_sources.size(); ++i) {
         m_isDirect = addSource(*input.m_sources[i], input.m_offsets[i]);
     }
