@@ -59,6 +59,12 @@ class domVisual_scene;
 
 } // namespace ColladaDOM141
 
+namespace libVideo::detail {
+
+class VertexReader;
+
+} // namespace libVideo::detail
+
 namespace libVideo {
 
 using ColladaDOM141::domAccessor;

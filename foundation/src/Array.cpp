@@ -2,7 +2,13 @@
 
 namespace vesk::detail {
 
-ArrayHeader noElements{0, 0};
+namespace {
+
+ArrayHeader emptyBlock{0, 0};
+
+} // namespace
+
+ArrayHeader* const noElements = &emptyBlock;
 
 unsigned arrayCapacity(unsigned size, std::size_t elementSize)
 {

@@ -138,6 +138,8 @@ protected:
     bool isTypeValid(const vesk::String& type) const;
 
 private:
+    friend class detail::VertexReader;
+
     unsigned typeStride(DataType type) const override;
     unsigned typeByteSize(DataType type) const override;
     DataType stringToType(const vesk::String& type) const override;

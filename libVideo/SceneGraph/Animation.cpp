@@ -57,6 +57,15 @@ double truncated(double number)
     return fits ? static_cast<std::int32_t>(number) : smallest;
 }
 
+// Where the numbers of an input go, the times excepted.
+vesk::Array<double> Evolution::*arrayOf(VertexSemantic semantic)
+{
+    if (semantic == SEMANTIC_OUTPUT) {
+        return &Evolution::values;
+    }
+    return semantic == SEMANTIC_IN_TANGENT ? &Evolution::inTangent : &Evolution::outTangent;
+}
+
 // The records that the array of an input can fill.
 std::uint64_t backedRecords(const domFloat_array* floats, const domName_array* names, unsigned stride)
 {
@@ -185,25 +194,22 @@ bool Animation::createFloatEvolution(const domFloat_array* array, const VertexSe
         VIDEO_LOG("Asks for more memory than the size of the document allows");
         return false;
     }
-    vesk::Array<double> record;
-    record.grow(stride, 0.0);
-    std::size_t start = 0;
+    if (semantic == SEMANTIC_INPUT) {
+        m_latestTimes.clear(); // of other times
+    }
+    const daeTArray<double>& values = array->getValue();
+    const auto recordArray = arrayOf(semantic);
     for (unsigned i = 0; i < count; ++i) {
-        for (unsigned j = 0; j < stride; ++j) {
-            record[j] = detail::valueAt(array->getValue(), start + j);
-        }
-        Evolution& evolution = m_evolutions[i];
+        const std::size_t start = std::size_t{i} * stride;
         if (semantic == SEMANTIC_INPUT) {
-            m_latestTimes.clear(); // of other times
-            evolution.time = record[0];
-        } else if (semantic == SEMANTIC_OUTPUT) {
-            evolution.values.appendArray(record);
-        } else if (semantic == SEMANTIC_IN_TANGENT) {
-            evolution.inTangent.appendArray(record);
+            if (stride == 0) {
+                throw vesk::IndexOutOfBounds(0, -1, 0); // a record without numbers has no time
+            }
+            m_evolutions[i].time = detail::valueAt(values, start);
         } else {
-            evolution.outTangent.appendArray(record);
+            vesk::Array<double>& numbers = m_evolutions[i].*recordArray;
+            numbers.append(detail::dataOf(values) + start, stride); // which is as long as the records need
         }
-        start += stride;
     }
     return true;
 }
@@ -216,8 +222,15 @@ bool Animation::createNameEvolution(const domName_array* array, const VertexSema
         return false;
     }
     const domListOfNames& names = array->getValue();
+    const char* lastName = nullptr;
+    InterpolationType lastType = interpolationOf(nullptr);
     for (unsigned i = 0; i < count; ++i) {
-        m_evolutions[i].interpolation = interpolationOf(i < names.getCount() ? names[i] : nullptr);
+        const char* const name = i < names.getCount() ? names[i] : nullptr;
+        if (name != lastName) { // the document model keeps each word once
+            lastName = name;
+            lastType = interpolationOf(name);
+        }
+        m_evolutions[i].interpolation = lastType;
     }
     return true;
 }

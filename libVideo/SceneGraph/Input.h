@@ -119,6 +119,8 @@ public:
     unsigned offsetCount() const { return m_offsetCount; }
 
 private:
+    friend class detail::VertexReader;
+
     void addOffset(unsigned offset);
     void createVertices(const daeSmartRef<domInputLocalOffset>& input);
     void refreshTuple(unsigned index);

@@ -4,6 +4,7 @@
 #include "detail/Dom.h"
 #include "detail/Log.h"
 #include "detail/TupleTable.h"
+#include "detail/VertexReader.h"
 
 #include <libVideo/SceneGraph/Input.h>
 
@@ -73,12 +74,10 @@ bool Primitive::createIndexedVertexBuffer(const SharedHandle<InputLocalOffset>& 
     }
     detail::TupleTable known(input->offsetCount(), total);
     unsigned allowedVertices = 0;
-    VertexId corner;
+    detail::VertexReader reader(*input);
     unsigned* const indices = m_indexBuffer.getData();
     for (unsigned c = 0; c < total; ++c) {
-        const vesk::Array<unsigned>& tuple = input->pIndex(c);
-        corner.indices.assign(tuple.getData(), tuple.size());
-        const detail::TupleTable::Place place = known.insert(corner.indices.data());
+        const detail::TupleTable::Place place = known.insert(reader.tuple(c));
         if (place.isNew) {
             if (place.index == allowedVertices) {
                 const unsigned more = allowedVertices < 1024 ? 1024 : allowedVertices;
@@ -91,7 +90,7 @@ bool Primitive::createIndexedVertexBuffer(const SharedHandle<InputLocalOffset>& 
                 }
                 allowedVertices += more;
             }
-            m_vertexStream.appendArray(input->data(c));
+            reader.append(c, m_vertexStream);
         }
         indices[c] = place.index;
     }

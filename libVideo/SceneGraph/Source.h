@@ -77,6 +77,8 @@ public:
     const vesk::Array<Data>& operator[](unsigned index) const override;
 
 private:
+    friend class detail::VertexReader;
+
     bool takeStride();
 
     daeSmartRef<domFloat_array> m_floatArray;

@@ -23,7 +23,7 @@ constexpr unsigned smallestArrayCapacity = 8;
 
 /// Stands for the block of every array that has not held an element yet. It has no slots, although those arrays count as
 /// ones of the smallest capacity; nobody writes to it.
-VESK_API extern ArrayHeader noElements;
+VESK_API extern ArrayHeader* const noElements;
 
 /// Capacity for `size` elements: 8, doubled until it holds them. The block has to fit 32 bits, header included.
 /// @throws NullPointer that names `size` if it does not
@@ -51,7 +51,7 @@ class VESK_API Array : public Serializable {
 
 public:
     /// No element, capacity 8.
-    Array() noexcept : m_block(&detail::noElements) {}
+    Array() noexcept : m_block(detail::noElements) {}
 
     /// `size` default-constructed elements; numbers are zero.
     explicit Array(unsigned size) : Array()
@@ -97,7 +97,7 @@ public:
     /// Number of elements that fit before the block has to grow.
     unsigned capacity() const
     {
-        return m_block == &detail::noElements ? detail::smallestArrayCapacity : m_block->capacity;
+        return m_block == detail::noElements ? detail::smallestArrayCapacity : m_block->capacity;
     }
 
     /// @throws IndexOutOfBounds
@@ -147,7 +147,7 @@ public:
     void clear()
     {
         if (m_block->capacity > detail::smallestArrayCapacity) {
-            replace(&detail::noElements);
+            replace(detail::noElements);
         } else if (m_block->count > 0) {
             destroyElements(m_block);
             m_block->count = 0;
@@ -261,7 +261,7 @@ private:
 
     static void destroy(detail::ArrayHeader* block)
     {
-        if (block != &detail::noElements) {
+        if (block != detail::noElements) {
             destroyElements(block);
             detail::freeArray(block);
         }
@@ -270,7 +270,7 @@ private:
     // A block of the capacity of `other`, not of its size.
     static detail::ArrayHeader* clone(const Array& other)
     {
-        if (other.m_block == nullptr || other.m_block == &detail::noElements) {
+        if (other.m_block == nullptr || other.m_block == detail::noElements) {
             return other.m_block;
         }
         Block block(allocate(other.m_block->capacity));

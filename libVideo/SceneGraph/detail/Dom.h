@@ -21,6 +21,13 @@ daeSmartRef<Element> resolve(const daeURI& reference)
     return daeSmartRef<Element>(daeSafeCast<Element>(reference.getElement()));
 }
 
+/// The values of a value array, one behind the other.
+template <class Value>
+const Value* dataOf(const daeTArray<Value>& values)
+{
+    return reinterpret_cast<const Value*>(values.getRawData());
+}
+
 /// The value at a place of a value array. Arrays have the length that the document gave them; what is missing is 0.
 inline double valueAt(const daeTArray<double>& values, std::size_t index)
 {

@@ -1,5 +1,7 @@
 #include "Preflight.h"
 
+#include "Bytes.h"
+
 #include <libxml/parser.h>
 #include <libxml/xmlIO.h>
 
@@ -7,6 +9,7 @@
 #include <array>
 #include <cstddef>
 #include <cstring>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <string>
@@ -150,6 +153,26 @@ std::string_view between(const xmlChar* begin, const xmlChar* end)
     return {reinterpret_cast<const char*>(begin), static_cast<std::size_t>(end - begin)};
 }
 
+constexpr std::size_t blockSize = 4'096;
+
+// Whether a text holds nothing but the bytes that lists of numbers and names are made of, and most of what people write.
+// @param size a multiple of 256
+bool isPlain(const char* text, std::size_t size)
+{
+    for (std::size_t begin = 0; begin < size; begin += 256) {
+        ByteMask isOdd = {};
+        for (std::size_t i = begin; i < begin + 256; i += sizeof(Bytes)) {
+            const Bytes bytes = bytesAt(text + i);
+            isOdd |= ((bytes - ' ') >= 0x7F - ' ') & ~areBlank(bytes);
+            isOdd |= (bytes == '<') | (bytes == '>') | (bytes == '&') | (bytes == ']');
+        }
+        if (isAnySet(isOdd)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 /// Listens to the parser, and stops it at the first thing that the document model would not survive.
 class Checker {
 public:
@@ -178,6 +201,8 @@ private:
     void refuse();
     bool isRefused() const { return m_isRefused || m_parser == nullptr || m_parser->wellFormed == 0; }
 
+    bool feed(const char* bytes, std::size_t size);
+    bool isInsideText() const;
     bool opens(const char* localName, const char* prefix, std::size_t namespaceCount);
     bool pendingTagPasses() const;
     std::size_t startTagSize() const;
@@ -208,8 +233,41 @@ Checker::Checker(DAE& dae) : m_types(dae)
     }
 }
 
+// Most of a large document is long lists of numbers. They are text that the parser would look at byte by byte and then
+// find nothing to say about, so they are kept from it.
 bool Checker::add(const char* bytes, std::size_t size)
 {
+    std::size_t begin = 0; // of what the parser has yet to see
+    for (std::size_t end = blockSize; end <= size; end += blockSize) {
+        if (!isPlain(bytes + end - blockSize, blockSize)) {
+            continue;
+        }
+        if (!feed(bytes + begin, end - blockSize - begin)) {
+            return false;
+        }
+        begin = isInsideText() ? end : end - blockSize;
+    }
+    return feed(bytes + begin, size - begin);
+}
+
+// Whether the parser would take plain text as text here, and knows all that came before it. What it keeps back for a
+// while is then the end of a text, with no markup begun and no character incomplete.
+bool Checker::isInsideText() const
+{
+    if (m_parser->instate != XML_PARSER_CONTENT || m_levels.empty() || m_levels.back().type->holdsReference ||
+        m_parser->input == nullptr || m_parser->input->buf == nullptr || m_parser->input->buf->encoder != nullptr) {
+        return false;
+    }
+    const std::string_view kept = between(m_parser->input->cur, m_parser->input->end);
+    return kept.find_first_of("<&]") == std::string_view::npos &&
+           std::all_of(kept.begin(), kept.end(), [](char c) { return static_cast<unsigned char>(c) < 0x7Fu; });
+}
+
+bool Checker::feed(const char* bytes, std::size_t size)
+{
+    if (size == 0) {
+        return !isRefused();
+    }
     if (isRefused()) {
         return false;
     }

@@ -1,0 +1,106 @@
+#include "VertexReader.h"
+
+#include "Dom.h"
+
+#include <libVideo/SceneGraph/Accessor.h>
+#include <libVideo/SceneGraph/Source.h>
+
+#include <algorithm>
+#include <typeinfo>
+#include <utility>
+
+namespace libVideo::detail {
+
+VertexReader::VertexReader(InputLocalOffset& input)
+    : m_input(input), m_length(input.offsetCount()), m_tuple(input.offsetCount())
+{
+    if (input.m_p != nullptr) {
+        m_entries = dataOf(input.m_p->getValue());
+        m_entryCount = input.m_p->getValue().getCount();
+    }
+    // With more sources than inputs some have no offset, which `data` tells at the first vertex.
+    m_isDirect = input.m_sources.size() <= input.m_offsets.size();
+    for (unsigned i = 0; m_isDirect && i < input.m_sources.size(); ++i) {
+        m_isDirect = addSource(*input.m_sources[i], input.m_offsets[i]);
+    }
+}
+
+// @return false if the source has to be asked for each record
+bool VertexReader::addSource(const Source& source, unsigned entry)
+{
+    if (typeid(source) != typeid(SourceFloat)) {
+        return false;
+    }
+    const auto& floats = static_cast<const SourceFloat&>(source);
+    if (!floats.m_accessor || typeid(*floats.m_accessor) != typeid(AccessorFloat)) {
+        return false;
+    }
+    const auto& accessor = static_cast<const AccessorFloat&>(*floats.m_accessor);
+    if (accessor.m_floatArray == nullptr || accessor.m_data.size() == 0) {
+        return false;
+    }
+    const daeTArray<double>& values = accessor.m_floatArray->getValue();
+    Records records{
+        dataOf(values), values.getCount(), accessor.m_count, accessor.m_offset, accessor.m_stride, entry, 0, {}};
+    for (const Data& component : accessor.m_data) {
+        if (component.tokenByteSize() != sizeof(float)) {
+            return false; // its tokens have gaps between them
+        }
+        const std::size_t end = std::size_t{component.offset()} + component.stride();
+        records.end = std::max(records.end, end);
+        if (!records.runs.empty() && records.runs.back().offset + records.runs.back().length == component.offset()) {
+            records.runs.back().length += component.stride();
+        } else {
+            records.runs.push_back({component.offset(), component.stride()});
+        }
+        m_vertex.resize(m_vertex.size() + component.stride());
+    }
+    m_records.push_back(std::move(records));
+    return true;
+}
+
+const unsigned* VertexReader::tuple(unsigned corner)
+{
+    const std::size_t start = std::size_t{m_length} * corner;
+    if (start + m_length > m_entryCount) {
+        return m_input.pIndex(corner).getData();
+    }
+    for (unsigned i = 0; i < m_length; ++i) {
+        m_tuple[i] = static_cast<unsigned>(m_entries[start + i]);
+    }
+    return m_tuple.data();
+}
+
+void VertexReader::append(unsigned corner, vesk::Array<unsigned char>& stream)
+{
+    if (m_isDirect && readRecords(corner)) {
+        stream.append(reinterpret_cast<const unsigned char*>(m_vertex.data()),
+                      static_cast<unsigned>(m_vertex.size() * sizeof(float)));
+    } else {
+        stream.appendArray(m_input.data(corner));
+    }
+}
+
+// @return false if an index or an array does not reach, which the sources have their own answers to
+bool VertexReader::readRecords(unsigned corner)
+{
+    const std::size_t start = std::size_t{m_length} * corner;
+    float* out = m_vertex.data();
+    for (const Records& records : m_records) {
+        const std::size_t place = start + records.entry;
+        const unsigned index = place < m_entryCount ? static_cast<unsigned>(m_entries[place]) : 0;
+        const std::size_t base = (records.first + index) * records.stride; // 32 bits, as the accessor counts
+        if (index >= records.count || base + records.end > records.valueCount) {
+            return false;
+        }
+        for (const Run& run : records.runs) {
+            const double* const values = records.values + base + run.offset;
+            for (unsigned j = 0; j < run.length; ++j) {
+                *out++ = static_cast<float>(values[j]);
+            }
+        }
+    }
+    return true;
+}
+
+} // namespace libVideo::detail
