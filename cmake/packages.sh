@@ -1,15 +1,17 @@
 # Debian packages that the project needs, and their installation. Sourced by the scripts at the top.
 
 build_packages="g++ cmake ninja-build pkg-config libcollada-dom-dev libxml2-dev libpugixml-dev libcli11-dev nlohmann-json3-dev"
-# For the example that draws: OpenGL without a window, and a driver that needs no card.
-example_packages="$build_packages libepoxy-dev libegl-dev libegl1 libgl1-mesa-dri"
-test_packages="$example_packages libgtest-dev"
+# What scenetool and an example draw with; the drivers serve a machine without a graphics card.
+build_packages="$build_packages libepoxy-dev libegl-dev libgl-dev libglfw3-dev libpng-dev libturbojpeg0-dev libstb-dev"
+build_packages="$build_packages libegl1 libegl-mesa0 libgl1-mesa-dri"
+test_packages="$build_packages libgtest-dev xvfb xdotool"
 benchmark_packages="$build_packages libbenchmark-dev python3 gnuplot-nox"
 assimp_packages="libassimp-dev"
+fuzz_packages="clang libclang-rt-14-dev"
 documentation_packages="$build_packages doxygen"
 package_packages="$build_packages clang dpkg-dev lintian man-db bash-completion zsh fish"
-ci_packages="$test_packages $benchmark_packages $documentation_packages $package_packages
-    libclang-rt-14-dev clang-format clang-tidy gdb"
+ci_packages="$test_packages $benchmark_packages $fuzz_packages $documentation_packages $package_packages
+    clang-format clang-tidy gdb"
 
 # need_packages NAME...: installs those that are missing.
 need_packages() {

@@ -226,7 +226,7 @@ bool Animation::createNameEvolution(const domName_array* array, const VertexSema
     InterpolationType lastType = interpolationOf(nullptr);
     for (unsigned i = 0; i < count; ++i) {
         const char* const name = i < names.getCount() ? names[i] : nullptr;
-        if (name != lastName) { // the document model keeps each word once
+        if (name != lastName) { // one word may be many names
             lastName = name;
             lastType = interpolationOf(name);
         }

@@ -12,8 +12,10 @@
 #include <cmath>
 #include <cstddef>
 #include <cstring>
+#include <filesystem>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -312,9 +314,15 @@ libVideo::Primitive& trianglesOf(const libVideo::VisualScene& scene, const std::
     return *primitives[0];
 }
 
-TEST_F(LighthouseTest, FourBlocksStandOnTheirNodes)
+TEST_F(LighthouseTest, GeometriesStandOnTheirNodes)
 {
-    EXPECT_EQ(scene().geometryTable().size(), 4u);
+    EXPECT_EQ(scene().geometryTable().size(), 7u);
+    for (const auto& [id, shownOn] : std::vector<std::pair<std::string, std::string>>{
+             {"tower-body", "tower-block"}, {"buoy-body", "buoy"}, {"flag-cloth", "flag"}}) {
+        const libVideo::Geometry* const geometry = valueOf(scene().geometryTable(), id);
+        ASSERT_EQ(geometry->nodes().size(), 1u) << id;
+        EXPECT_EQ(geometry->nodes()[0].get(), &node(shownOn)) << id;
+    }
     for (const Block& block : blocks) {
         const libVideo::Geometry* const geometry = valueOf(scene().geometryTable(), block.id);
         EXPECT_STREQ(geometry->id().data(), block.id);
@@ -418,6 +426,70 @@ TEST_F(LighthouseTest, CornerGivesItsVertex)
     EXPECT_FALSE(triangles.vertex(36, bytes));
 }
 
+// What a vertex of the rounded bodies holds: position, normal and, where there is a texture, its place there.
+std::vector<float> vertexAt(libVideo::Primitive& triangles, std::size_t index)
+{
+    std::vector<float> values(triangles.bytesPerVertex() / sizeof(float));
+    std::memcpy(values.data(), triangles.vertexBuffer().get() + index * triangles.bytesPerVertex(),
+                triangles.bytesPerVertex());
+    return values;
+}
+
+void expectUnitNormals(libVideo::Primitive& triangles, const std::string& what)
+{
+    for (std::size_t i = 0; i < triangles.totalByteSize() / triangles.bytesPerVertex(); ++i) {
+        const std::vector<float> vertex = vertexAt(triangles, i);
+        EXPECT_NEAR(std::hypot(vertex[3], vertex[4], vertex[5]), 1.0f, 2e-4f) << what << ", vertex " << i;
+    }
+}
+
+// Sixteen sides of two triangles; the seam has its two corners twice, since the texture starts and ends there.
+TEST_F(LighthouseTest, TowerTapersAndWearsItsTextureOnceAround)
+{
+    libVideo::Primitive& tower = trianglesOf(scene(), "tower-body");
+    EXPECT_STREQ(tower.material().data(), "stripes");
+    EXPECT_EQ(tower.count(), 32u);
+    ASSERT_EQ(tower.bytesPerVertex(), 32u);
+    ASSERT_EQ(tower.totalByteSize(), 34u * 32u);
+    expectUnitNormals(tower, "tower");
+    constexpr float circle = 6.2831853f;
+    for (std::size_t i = 0; i < 34; ++i) {
+        const std::vector<float> vertex = vertexAt(tower, i);
+        const float radius = vertex[1] == 0.0f ? 0.5f : 0.35f;
+        EXPECT_NEAR(vertex[0], radius * std::cos(circle * vertex[6]), 1e-4f) << i;
+        EXPECT_NEAR(vertex[2], -radius * std::sin(circle * vertex[6]), 1e-4f) << i;
+        EXPECT_EQ(vertex[7], vertex[1]) << i << ": the foot of the texture is at the foot of the tower";
+    }
+}
+
+// Rings of twelve at six heights, of which the first and the last are points: fans of 12 at the ends, 24 between.
+TEST_F(LighthouseTest, BuoyHasAHullAndAMast)
+{
+    const auto& primitives = valueOf(scene().geometryTable(), "buoy-body")->mesh().primitives();
+    ASSERT_EQ(primitives.size(), 2u);
+    EXPECT_STREQ(primitives[0]->material().data(), "red");
+    EXPECT_EQ(primitives[0]->count(), 12u + 24u + 24u + 12u);
+    EXPECT_STREQ(primitives[1]->material().data(), "stone");
+    EXPECT_EQ(primitives[1]->count(), 24u);
+    EXPECT_EQ(primitives[1]->totalByteSize(), 24u * 24u);
+    expectUnitNormals(*primitives[0], "hull");
+    expectUnitNormals(*primitives[1], "mast");
+}
+
+TEST_F(LighthouseTest, FlagIsAClothOnAPole)
+{
+    const auto& primitives = valueOf(scene().geometryTable(), "flag-cloth")->mesh().primitives();
+    ASSERT_EQ(primitives.size(), 2u);
+    EXPECT_STREQ(primitives[0]->material().data(), "cloth");
+    EXPECT_EQ(primitives[0]->count(), 16u);               // eight cells
+    EXPECT_EQ(primitives[0]->totalByteSize(), 18u * 32u); // nine places along the lower edge and nine above
+    EXPECT_STREQ(primitives[1]->material().data(), "stone");
+    EXPECT_EQ(primitives[1]->count(), 10u); // four sides and the top
+    EXPECT_EQ(primitives[1]->totalByteSize(), 20u * 24u);
+    expectUnitNormals(*primitives[0], "cloth");
+    expectUnitNormals(*primitives[1], "pole");
+}
+
 // --- materials
 
 struct Shading {
@@ -441,7 +513,7 @@ TEST_F(LighthouseTest, MaterialsAreThoseOfTheirEffects)
         {"red", 20, {0, 0, 0}, {0.225f, 0.036f, 0.03f}, {0.75f, 0.12f, 0.1f}, {0.3f, 0.3f, 0.3f}},
         {"glass", 60, {0.6f, 0.5f, 0.2f}, {0.3f, 0.27f, 0.15f}, {1, 0.9f, 0.5f}, {1, 1, 1}},
         {"water", 40, {0, 0, 0}, {0.03f, 0.09f, 0.135f}, {0.1f, 0.3f, 0.45f}, {0.6f, 0.7f, 0.8f}}};
-    EXPECT_EQ(scene().blinnMaterialTable().size(), 4u);
+    EXPECT_EQ(scene().blinnMaterialTable().size(), 6u);
     for (const Shading& shading : shadings) {
         const std::string symbol = shading.symbol;
         const auto& values = valueOf(scene().blinnMaterialTable(), symbol)->component();
@@ -455,6 +527,51 @@ TEST_F(LighthouseTest, MaterialsAreThoseOfTheirEffects)
         EXPECT_FALSE(values.diffuseTexture) << symbol;
         EXPECT_FALSE(values.specularTexture) << symbol;
     }
+}
+
+TEST_F(LighthouseTest, TowerAndFlagHaveTexturesBesideTheDocument)
+{
+    for (const auto& [symbol, file] : std::vector<std::pair<std::string, std::string>>{
+             {"stripes", "lighthouse-tower.png"}, {"cloth", "lighthouse-flag.png"}}) {
+        const auto& values = valueOf(scene().blinnMaterialTable(), symbol)->component();
+        ASSERT_TRUE(values.diffuseTexture) << symbol;
+        EXPECT_EQ(values.diffuseTexture->textureFile().data(), file);
+        ASSERT_TRUE(values.ambientTexture) << symbol;
+        EXPECT_EQ(values.ambientTexture->textureFile().data(), file);
+        EXPECT_FALSE(values.specularTexture) << symbol;
+        expectColor(values.diffuse, {1, 1, 1}, symbol + ", diffuse, which the texture stands for");
+        EXPECT_TRUE(std::filesystem::is_regular_file(std::string(DATA_FOLDER "/") + file)) << file;
+    }
+}
+
+// --- camera and lights
+
+// From 14, 9, 32 the foot of the tower lies at 0, 1.5, 0 below the rock: the view takes nodes without their parents.
+TEST_F(LighthouseTest, CameraLooksAtTheTower)
+{
+    ASSERT_EQ(scene().cameraList().size(), 1u);
+    const libVideo::CameraInstance& camera = *scene().cameraList()[0];
+    EXPECT_EQ(camera.node().get(), &node("viewer"));
+    EXPECT_EQ(camera.lookAtNode().get(), &node("tower"));
+    const double length = std::sqrt(14.0 * 14.0 + 7.5 * 7.5 + 32.0 * 32.0);
+    EXPECT_NEAR(static_cast<double>(camera.view()[2]), -14.0 / length, tolerance);
+    EXPECT_NEAR(static_cast<double>(camera.view()[6]), -7.5 / length, tolerance);
+    EXPECT_NEAR(static_cast<double>(camera.view()[10]), -32.0 / length, tolerance);
+    const double vertical = 1.0 / std::tan(23.0 * 3.141592653589793 / 180.0); // of 46 degrees
+    EXPECT_NEAR(static_cast<double>(camera.projection()[5]), vertical, tolerance);
+    EXPECT_NEAR(static_cast<double>(camera.projection()[0]), 1.5 * vertical, tolerance);
+}
+
+TEST_F(LighthouseTest, SunAndBeamShine)
+{
+    ASSERT_EQ(scene().pointLightList().size(), 1u);
+    EXPECT_EQ(scene().pointLightList()[0]->node().get(), &node("sun"));
+    ASSERT_EQ(scene().spotLightList().size(), 1u);
+    const libVideo::SpotLightInstance& beam = *scene().spotLightList()[0];
+    EXPECT_EQ(beam.node().get(), &node("beam-node"));
+    EXPECT_EQ(beam.lookatNode().get(), &node("buoy"));
+    EXPECT_EQ(beam.spotLight()->innerConeAngle(), 25.0f);
+    EXPECT_EQ(beam.spotLight()->outerConeAngle(), 35.0f);
 }
 
 } // namespace

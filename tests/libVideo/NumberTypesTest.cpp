@@ -199,7 +199,7 @@ std::string repeated(std::size_t count, const std::string& part)
 // ---------------------------------------------------------------------------------------------------------------------
 // What is installed where
 
-TEST(NumberTypesTest, EveryListOfTheThreeKindsHasANewTypeAndNothingElseHas)
+TEST(NumberTypesTest, EveryListOfTheThreeKindsAndOfNamesHasANewTypeAndNothingElseHas)
 {
     Model model(false);
     std::map<daeMetaAttribute*, daeAtomicType*> before;
@@ -229,6 +229,10 @@ TEST(NumberTypesTest, EveryListOfTheThreeKindsHasANewTypeAndNothingElseHas)
             ++changed[*kind];
         }
     }
+    daeMetaAttribute* const names = model.dae().getMeta(domName_array::ID())->getValueAttribute();
+    EXPECT_NE(before.at(names), names->getType());
+    EXPECT_EQ(before.at(names)->getTypeEnum(), names->getType()->getTypeEnum());
+    before.erase(names);
     for (const auto& [attribute, type] : before) {
         EXPECT_EQ(type, attribute->getType()) << attribute->getName();
     }
@@ -273,6 +277,36 @@ TEST(NumberTypesTest, EveryElementWithAListReadsAsStock)
         EXPECT_EQ(15u, expected.count);
     }
     EXPECT_GT(lists, 20u);
+}
+
+// The names of an array as the document model gives them, with or without the installed types.
+std::vector<std::string> namesOf(const std::string& text, bool isInstalled)
+{
+    Model model(isInstalled);
+    const domName_arrayRef element =
+        daeSafeCast<domName_array>(model.dae().getMeta(domName_array::ID())->create().cast());
+    std::string copy = text;
+    daeMetaAttribute* const value = model.dae().getMeta(domName_array::ID())->getValueAttribute();
+    value->getType()->stringToArray(copy.data(), element->getValue());
+    EXPECT_EQ(text, copy) << "the text was changed";
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < element->getValue().getCount(); ++i) {
+        names.emplace_back(element->getValue()[i]);
+    }
+    return names;
+}
+
+TEST(NumberTypesTest, NamesReadAsStock)
+{
+    const std::string longWord(1'000, 'x');
+    for (const std::string& text :
+         {std::string(), std::string(" \n"), std::string("A"), std::string("A A A"),
+          std::string("LINEAR LINEAR STEP LINEAR"), std::string(" A\tB\nB\rA "), std::string("A AA AAA AA A"),
+          std::string("a A a"), std::string("1 2 2"), std::string("caf\xC3\xA9 caf\xC3\xA9 caf"),
+          std::string("x\vy x\fy x"), longWord + " " + longWord + " y", "x" + std::string(300, ' ') + "x"}) {
+        EXPECT_EQ(namesOf(text, false), namesOf(text, true)) << text;
+    }
+    EXPECT_EQ((std::vector<std::string>{"LINEAR", "LINEAR", "STEP"}), namesOf("LINEAR LINEAR STEP", true));
 }
 
 TEST(NumberTypesTest, InstallingTwiceReadsAsOnce)

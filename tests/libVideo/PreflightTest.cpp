@@ -15,6 +15,7 @@
 #include <fstream>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -376,6 +377,44 @@ TEST(PreflightTest, AngleBracketsInValuesEndNoTagWhereverTheyStand)
         EXPECT_TRUE(passes(whole("<!--" + std::string(distance - rootTag.size(), 'x') + "-->" + tag))) << distance;
     }
     EXPECT_TRUE(passes(whole("<node name='" + repeated(">", 200'000) + "'/>")));
+}
+
+// A long list of numbers with something in it, at a distance from the start of the document.
+std::string listWith(const std::string& oddity, std::size_t distance)
+{
+    const std::string start = rootTag + "<library_geometries><geometry><mesh><source><float_array>";
+    std::string list;
+    while (list.size() < 40'000) {
+        list += "0.125 -1e3\n\t";
+    }
+    list.replace(distance - start.size(), oddity.size(), oddity);
+    return start + list + "</float_array></source></mesh></geometry></library_geometries></COLLADA>";
+}
+
+TEST(PreflightTest, NothingHidesInLongLists)
+{
+    const std::vector<std::string> faults = {"<",    "</p>", "&",    "&x;",  "]]>",  std::string(1, '\0'),
+                                             "\x01", "\x1F", "\xFF", "\xC3", "\xA9", "<p></q>"};
+    // Around the seams of the pieces in which a document is looked at.
+    for (const std::size_t seam : {4'096u, 8'192u, 16'384u, 20'480u, 32'768u}) {
+        for (std::size_t distance = seam - 8; distance < seam + 8; ++distance) {
+            for (const std::string& fault : faults) {
+                EXPECT_FALSE(passes(listWith(fault, distance))) << testing::PrintToString(fault) << " at " << distance;
+            }
+            for (const std::string fine : {"\xC3\xA9", "&lt;", "]", "]]", ">", "<!-- -->", "<x/>", "\x7F"}) {
+                EXPECT_TRUE(passes(listWith(fine, distance))) << testing::PrintToString(fine) << " at " << distance;
+            }
+        }
+    }
+}
+
+TEST(PreflightTest, ReferencesInLongTextsAreCounted)
+{
+    const std::string steps = repeated("../", 257);
+    for (const std::size_t distance : {0u, 4'000u, 5'000u, 20'000u}) {
+        EXPECT_FALSE(passes(whole("<library_images><image><init_from>" + std::string(distance, 'a') + steps +
+                                  std::string(9'000, 'b') + "</init_from></image></library_images>")));
+    }
 }
 
 std::string inUtf16(const std::string& text, bool isLittleEndian)

@@ -2,6 +2,9 @@
 #include "Info.h"
 #include "LoadedScene.h"
 #include "Sandbox.h"
+#ifdef SCENETOOL_HAS_PICTURES
+#include "PictureCommands.h"
+#endif
 
 #include <CLI/CLI.hpp>
 
@@ -125,6 +128,10 @@ int run(int argc, char** argv)
     dumpCommand->add_flag("--fold", folds, "Fold parents into the nodes, so that matrices are world matrices");
     sandbox.addTo(*dumpCommand);
 
+#ifdef SCENETOOL_HAS_PICTURES
+    scenetool::PictureCommands pictures(app);
+#endif
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -134,6 +141,11 @@ int run(int argc, char** argv)
         std::cerr << "scenetool: " << scenetool::printable(error.what()) << " (see scenetool --help)\n";
         return usageError;
     }
+#ifdef SCENETOOL_HAS_PICTURES
+    if (pictures.isParsed()) {
+        return pictures.run();
+    }
+#endif
     if (dumpCommand->parsed()) {
         return sandbox.run(file, 1, [&] { return dump(file, time, folds); });
     }

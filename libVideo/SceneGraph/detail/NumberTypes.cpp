@@ -189,6 +189,46 @@ using DoubleListType = ListType<daeDoubleType, daeDouble>;
 using UnsignedListType = ListType<daeULongType, daeULong>;
 using SignedListType = ListType<daeLongType, daeLong>;
 
+// Lists of names are mostly one word over and over, the interpolation of the keys of a curve for instance. The document
+// model makes a copy of each; here a repeated word is the one before.
+class NameListType : public daeTokenType {
+public:
+    using daeTokenType::daeTokenType;
+
+    daeBool stringToArray(daeChar* text, daeArray& array) override
+    {
+        auto& names = static_cast<daeTArray<daeString>&>(array);
+        names.clear();
+        if (text == nullptr) {
+            return false;
+        }
+        names.setCount(countTokens(text));
+        std::size_t count = 0;
+        std::string word;
+        daeString name = nullptr;
+        while (true) {
+            while (isBlank(*text)) {
+                ++text;
+            }
+            if (*text == '\0') {
+                break;
+            }
+            const char* end = text;
+            while (!isEnd(*end)) {
+                ++end;
+            }
+            const auto length = static_cast<std::size_t>(end - text);
+            if (name == nullptr || word.compare(0, word.npos, text, length) != 0) {
+                word.assign(text, length);
+                stringToMemory(word.data(), reinterpret_cast<daeChar*>(&name));
+            }
+            names[count++] = name;
+            text += length;
+        }
+        return true;
+    }
+};
+
 // The list of types takes over what it is given.
 template <class Type>
 daeAtomicType* install(DAE& dae)
@@ -205,6 +245,7 @@ void installNumberTypes(DAE& dae)
     daeAtomicType* const doubles = install<DoubleListType>(dae);
     daeAtomicType* const unsigneds = install<UnsignedListType>(dae);
     daeAtomicType* const signeds = install<SignedListType>(dae);
+    daeAtomicType* const names = install<NameListType>(dae);
     const daeMetaElementRefArray& metas = dae.getAllMetas();
     for (std::size_t i = 0; i < metas.getCount(); ++i) {
         daeMetaAttribute* const value = metas[i] != nullptr ? metas[i]->getValueAttribute() : nullptr;
@@ -220,6 +261,9 @@ void installNumberTypes(DAE& dae)
             break;
         case daeAtomicType::LongType:
             value->setType(signeds);
+            break;
+        case daeAtomicType::TokenType:
+            value->setType(names);
             break;
         default:
             break;

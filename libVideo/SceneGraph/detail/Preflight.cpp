@@ -214,7 +214,7 @@ private:
     ElementTypes m_types;
     std::vector<Level> m_levels;
     ParentSteps m_textSteps;
-    std::string m_qualifiedName;
+    std::string m_waiting; // of the last piece
     bool m_isRefused = false;
     std::unique_ptr<xmlParserCtxt, ParserDeleter> m_parser;
 };
@@ -254,8 +254,9 @@ bool Checker::add(const char* bytes, std::size_t size)
 // while is then the end of a text, with no markup begun and no character incomplete.
 bool Checker::isInsideText() const
 {
-    if (m_parser->instate != XML_PARSER_CONTENT || m_levels.empty() || m_levels.back().type->holdsReference ||
-        m_parser->input == nullptr || m_parser->input->buf == nullptr || m_parser->input->buf->encoder != nullptr) {
+    if (!m_waiting.empty() || m_parser->instate != XML_PARSER_CONTENT || m_levels.empty() ||
+        m_levels.back().type->holdsReference || m_parser->input == nullptr || m_parser->input->buf == nullptr ||
+        m_parser->input->buf->encoder != nullptr) {
         return false;
     }
     const std::string_view kept = between(m_parser->input->cur, m_parser->input->end);
@@ -263,15 +264,25 @@ bool Checker::isInsideText() const
            std::all_of(kept.begin(), kept.end(), [](char c) { return static_cast<unsigned char>(c) < 0x7Fu; });
 }
 
+// The parser does not see a "]]>" that comes in two pieces, so the end of a piece that may begin one waits for the next.
 bool Checker::feed(const char* bytes, std::size_t size)
 {
-    if (size == 0) {
+    if (size == 0 || isRefused()) {
         return !isRefused();
     }
-    if (isRefused()) {
-        return false;
+    std::string joined;
+    if (!m_waiting.empty()) {
+        joined = m_waiting.append(bytes, size);
+        m_waiting.clear();
+        bytes = joined.data();
+        size = joined.size();
     }
-    xmlParseChunk(m_parser.get(), bytes, static_cast<int>(size), 0);
+    std::size_t end = size;
+    while (end > 0 && size - end < 4 && (bytes[end - 1] == ']' || bytes[end - 1] == '\0')) { // two, of two bytes each
+        --end;
+    }
+    m_waiting.assign(bytes + end, size - end);
+    xmlParseChunk(m_parser.get(), bytes, static_cast<int>(end), 0);
     return !isRefused() && pendingTagPasses();
 }
 
@@ -280,7 +291,7 @@ bool Checker::finish()
     if (isRefused()) {
         return false;
     }
-    xmlParseChunk(m_parser.get(), nullptr, 0, 1);
+    xmlParseChunk(m_parser.get(), m_waiting.data(), static_cast<int>(m_waiting.size()), 1);
     return !isRefused();
 }
 

@@ -1,0 +1,89 @@
+#include "DocumentFolder.h"
+
+#include "support/CrashReport.h"
+#include "support/SceneWalker.h"
+#include "support/TortureFolder.h"
+
+#include <libVideo/SceneGraph/Scene.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+// Documents that end before their end.
+
+namespace {
+
+using documents::StoredDocument;
+using testSupport::CrashReport;
+using testSupport::LoadOutcome;
+using testSupport::TortureFolder;
+
+constexpr std::size_t everyByteUpTo = 20000;
+constexpr std::size_t placesOfLargeOnes = 200;
+
+// Where a document is cut: behind each number of bytes, or evenly spread and close together at its end.
+std::vector<std::size_t> placesOf(std::size_t size)
+{
+    constexpr std::size_t closeEnd = 20;
+    const std::size_t step = size <= everyByteUpTo ? 1 : size / placesOfLargeOnes;
+    std::vector<std::size_t> places;
+    for (std::size_t place = 0; place < size;
+         place += size - place <= closeEnd ? 1 : std::min(step, size - place - closeEnd)) {
+        places.push_back(place);
+    }
+    return places;
+}
+
+bool isUtf16(const std::string& text)
+{
+    return text.compare(0, 2, "\xFF\xFE") == 0;
+}
+
+bool isCompressed(const std::string& text)
+{
+    return text.compare(0, 2, "\x1F\x8B") == 0;
+}
+
+// How many bytes hold the root to its last one.
+std::size_t endOfRoot(const std::string& text)
+{
+    return text.rfind('>') + (isUtf16(text) ? 2 : 1);
+}
+
+class CutDocumentTest : public testing::TestWithParam<StoredDocument> {};
+
+TEST_P(CutDocumentTest, IsRefusedWithALineUnlessTheRootIsWhole)
+{
+    const std::string whole = GetParam().content();
+    const TortureFolder folder;
+    CrashReport report(60);
+    libVideo::Scene wholeScene;
+    const LoadOutcome expected = testSupport::loadAndWalk(wholeScene, folder.write(whole));
+    auto scene = std::make_unique<libVideo::Scene>(); // one that was refused may try again
+    for (const std::size_t place : placesOf(whole.size())) {
+        const std::string path = folder.write(whole.substr(0, place));
+        report.begin("the first " + std::to_string(place) + " bytes of " + GetParam().path + ", see " + path);
+        const LoadOutcome outcome = testSupport::loadAndWalk(*scene, path);
+        EXPECT_EQ(outcome.fault, "") << place;
+        if (isCompressed(whole)) {
+            continue; // the last bytes are a checksum
+        }
+        if (place < endOfRoot(whole)) {
+            EXPECT_FALSE(outcome.isLoaded || outcome.hasThrown) << place;
+            EXPECT_EQ(outcome.lineCount, 1u) << place;
+        } else {
+            EXPECT_EQ(outcome.isLoaded, expected.isLoaded) << place;
+            EXPECT_EQ(outcome.hasThrown, expected.hasThrown) << place;
+            scene = std::make_unique<libVideo::Scene>();
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Documents, CutDocumentTest, testing::ValuesIn(documents::allDocuments()),
+                         [](const auto& row) { return row.param.name; });
+
+} // namespace

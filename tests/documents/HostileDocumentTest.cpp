@@ -1,0 +1,136 @@
+#include "DocumentFolder.h"
+
+#include "support/CrashReport.h"
+#include "support/LogCapture.h"
+#include "support/SceneWalker.h"
+#include "support/TortureFolder.h"
+
+#include <libVideo/SceneGraph/Scene.h>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <ostream>
+#include <string>
+
+// Documents made to bring a reader down: each file is named after what it holds.
+
+namespace {
+
+using documents::StoredDocument;
+using testSupport::CrashReport;
+using testSupport::LoadOutcome;
+using testSupport::TortureFolder;
+
+class RefusedDocumentTest : public testing::TestWithParam<StoredDocument> {};
+
+TEST_P(RefusedDocumentTest, IsRefusedWithOneLine)
+{
+    CrashReport report(60);
+    report.begin(GetParam().path);
+    const testSupport::LogCapture log;
+    libVideo::Scene scene;
+    EXPECT_FALSE(scene.createFromCollada(vesk::String(GetParam().path.c_str())));
+    EXPECT_EQ(log.text(), "Collada file does not exist " + GetParam().path);
+}
+
+INSTANTIATE_TEST_SUITE_P(Documents, RefusedDocumentTest,
+                         testing::ValuesIn(documents::documentsBelow("hostile", HOSTILE_FOLDER "/refused")),
+                         [](const auto& row) { return row.param.name; });
+
+class SurvivedDocumentTest : public testing::TestWithParam<StoredDocument> {};
+
+TEST_P(SurvivedDocumentTest, LoadsOrThrowsAndIsWalked)
+{
+    CrashReport report(60);
+    report.begin(GetParam().path);
+    libVideo::Scene scene;
+    const LoadOutcome outcome = testSupport::loadAndWalk(scene, GetParam().path);
+    EXPECT_EQ(outcome.fault, "");
+    EXPECT_TRUE(outcome.isLoaded || outcome.hasThrown) << "it has a scene";
+}
+
+INSTANTIATE_TEST_SUITE_P(Documents, SurvivedDocumentTest,
+                         testing::ValuesIn(documents::documentsBelow("hostile", HOSTILE_FOLDER "/survived")),
+                         [](const auto& row) { return row.param.name; });
+
+// --- documents too large for a file
+
+struct LargeDocument {
+    const char* name;
+    std::function<std::string()> text;
+    bool loads;
+};
+
+void PrintTo(const LargeDocument& document, std::ostream* out)
+{
+    *out << document.name;
+}
+
+std::string repeated(const std::string& text, std::size_t count)
+{
+    std::string result;
+    result.reserve(text.size() * count);
+    for (std::size_t i = 0; i < count; ++i) {
+        result += text;
+    }
+    return result;
+}
+
+std::string withNodes(const std::string& nodes)
+{
+    return "<COLLADA xmlns='http://www.collada.org/2005/11/COLLADASchema' version='1.4.1'>"
+           "<library_visual_scenes><visual_scene id='scene'>" +
+           nodes +
+           "</visual_scene></library_visual_scenes><scene><instance_visual_scene url='#scene'/></scene></COLLADA>";
+}
+
+std::string withNodesAtDepth(std::size_t levels)
+{
+    constexpr std::size_t levelsAbove = 3; // the root, the library and the scene
+    return withNodes(repeated("<node>", levels - levelsAbove) + repeated("</node>", levels - levelsAbove));
+}
+
+std::string withUnknownAtDepth(std::size_t levels)
+{
+    return withNodes("<node><extra><technique profile='P'>" + repeated("<a>", levels) + repeated("</a>", levels) +
+                     "</technique></extra></node>");
+}
+
+class LargeDocumentTest : public testing::TestWithParam<LargeDocument> {};
+
+TEST_P(LargeDocumentTest, LoadsOrIsRefused)
+{
+    CrashReport report(120);
+    report.begin(GetParam().name);
+    const TortureFolder folder;
+    libVideo::Scene scene;
+    const LoadOutcome outcome = testSupport::loadAndWalk(scene, folder.write(GetParam().text()));
+    EXPECT_EQ(outcome.fault, "");
+    EXPECT_EQ(outcome.isLoaded, GetParam().loads);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Documents, LargeDocumentTest,
+    testing::Values(
+        LargeDocument{"DeepestNodes", [] { return withNodesAtDepth(10000); }, true},
+        LargeDocument{"NodesTooDeep", [] { return withNodesAtDepth(10001); }, false},
+        LargeDocument{"NodesMuchTooDeep", [] { return withNodesAtDepth(500000); }, false},
+        LargeDocument{"UnknownDeep", [] { return withUnknownAtDepth(9000); }, true},
+        LargeDocument{"UnknownTooDeep", [] { return withUnknownAtDepth(300000); }, false},
+        LargeDocument{"OnlyStartTags", [] { return repeated("<COLLADA>", 500000); }, false},
+        LargeDocument{"LongAttribute", [] { return withNodes("<node id='" + std::string(1000000, 'a') + "'/>"); },
+                      true},
+        LargeDocument{"AttributeTooLong", [] { return withNodes("<node id='" + std::string(1100000, 'a') + "'/>"); },
+                      false},
+        LargeDocument{"StartTagWithoutEnd", [] { return "<COLLADA " + std::string(5000000, 'a'); }, false},
+        LargeDocument{"LongText",
+                      [] { return withNodes("<node><translate>" + repeated("1 ", 1000000) + "</translate></node>"); },
+                      true},
+        LargeDocument{"LongComment", [] { return withNodes("<!--" + std::string(3000000, 'c') + "--><node/>"); }, true},
+        LargeDocument{"ManyNodes", [] { return withNodes(repeated("<node/>", 5000)); }, true},
+        LargeDocument{"Zeros", [] { return std::string(1000000, '\0'); }, false},
+        LargeDocument{"Blanks", [] { return std::string(1000000, ' '); }, false}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+} // namespace

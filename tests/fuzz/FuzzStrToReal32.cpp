@@ -1,0 +1,124 @@
+// Any bytes as a float, against the grammar written out by hand and the C library's conversion.
+
+#include "Check.h"
+
+#include <vesk/String.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <string>
+
+namespace {
+
+// What is left of the text without the blanks around it and one leading plus sign.
+bool findNumber(const std::string& text, std::string& number)
+{
+    // Blanks are those of the C locale.
+    const std::size_t first = text.find_first_not_of(" \t\n\v\f\r");
+    if (first == std::string::npos) {
+        return false;
+    }
+    number = text.substr(first, text.find_last_not_of(" \t\n\v\f\r") - first + 1);
+    if (number[0] == '+') {
+        number.erase(0, 1);
+        return number.empty() || number[0] != '-';
+    }
+    return true;
+}
+
+std::size_t digitsAt(const std::string& text, std::size_t start)
+{
+    std::size_t end = start;
+    while (end < text.size() && text[end] >= '0' && text[end] <= '9') {
+        ++end;
+    }
+    return end - start;
+}
+
+// An optional minus, digits with at most one point among them, and an exponent or none.
+bool isDecimal(const std::string& number)
+{
+    std::size_t at = number.compare(0, 1, "-") == 0 ? 1 : 0;
+    std::size_t digits = digitsAt(number, at);
+    at += digits;
+    if (number.compare(at, 1, ".") == 0) {
+        const std::size_t behind = digitsAt(number, at + 1);
+        digits += behind;
+        at += 1 + behind;
+    }
+    if (digits == 0) {
+        return false;
+    }
+    if (at < number.size() && (number[at] == 'e' || number[at] == 'E')) {
+        at += 1;
+        at += at < number.size() && (number[at] == '-' || number[at] == '+') ? 1 : 0;
+        const std::size_t exponent = digitsAt(number, at);
+        if (exponent == 0) {
+            return false;
+        }
+        at += exponent;
+    }
+    return at == number.size();
+}
+
+// An infinity or a not-a-number, in any case.
+bool isSpecial(const std::string& number)
+{
+    std::string word = number.compare(0, 1, "-") == 0 ? number.substr(1) : number;
+    std::transform(word.begin(), word.end(), word.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    if (word == "inf" || word == "infinity" || word == "nan") {
+        return true;
+    }
+    return word.compare(0, 4, "nan(") == 0 && word.back() == ')' &&
+           word.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789_", 4) == word.size() - 1;
+}
+
+bool hasSameBits(float a, float b)
+{
+    return std::memcmp(&a, &b, sizeof(a)) == 0;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const std::string bytes(reinterpret_cast<const char*>(data), size);
+    const std::string text = bytes.c_str(); // a text ends at its first zero
+    const float untouched = -0.123f;
+    float value = untouched;
+    const bool isRead = vesk::String::strToReal32(vesk::String(text.c_str()), value);
+    if (!isRead) {
+        fuzz::check(hasSameBits(value, untouched), "a value that changed without being read");
+    }
+
+    std::string number;
+    const bool isFound = findNumber(text, number);
+    if (!isFound || (!isDecimal(number) && !isSpecial(number))) {
+        fuzz::check(!isRead, "a text that is no number was read");
+        return 0;
+    }
+    const float expected = std::strtof(number.c_str(), nullptr); // in the locale "C"
+    if (isSpecial(number)) {
+        fuzz::check(isRead, "a special value was not read");
+        fuzz::check(std::isnan(expected) ? std::isnan(value) : hasSameBits(value, expected), "a wrong special value");
+        return 0;
+    }
+    if (std::isinf(expected)) {
+        fuzz::check(!isRead, "a number beyond the range of float was read");
+        return 0;
+    }
+    if (std::fabs(expected) < std::numeric_limits<float>::min()) {
+        // Near zero a number may count as out of range, but must not be read as another one.
+        fuzz::check(!isRead || hasSameBits(value, expected), "a wrong value near zero");
+        return 0;
+    }
+    fuzz::check(isRead, "a number was not read");
+    fuzz::check(hasSameBits(value, expected), "a wrong value");
+    return 0;
+}

@@ -1,0 +1,1038 @@
+#include "Image.h"
+#include "RayTracer.h"
+
+#include "support/ColladaBuilder.h"
+#include "support/Process.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <ostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+using testSupport::ColladaBuilder;
+using testSupport::difference;
+using testSupport::Image;
+using testSupport::ImageDifference;
+using testSupport::Pixel;
+using testSupport::ProcessOptions;
+using testSupport::ProcessResult;
+using testSupport::RayTracer;
+using testSupport::readPng;
+using testSupport::TemporaryFile;
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+constexpr int succeeded = 0;
+constexpr int failed = 1;
+constexpr int usageError = 2;
+
+// Drivers keep memory to the end of the process, which is no leak of the tool's.
+ProcessResult scenetool(const Words& arguments, ProcessOptions options = ProcessOptions())
+{
+    Words all = {SCENETOOL_PROGRAM};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    options.environment.emplace_back("ASAN_OPTIONS=detect_leaks=0:strict_string_checks=1:allocator_may_return_null=1");
+    return testSupport::runProcess(all, options);
+}
+
+bool isOneLine(const std::string& text)
+{
+    return text.size() > 1 && text.back() == '\n' && std::count(text.begin(), text.end(), '\n') == 1;
+}
+
+bool contains(const std::string& text, const std::string& part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+std::size_t entriesOf(const std::filesystem::path& folder)
+{
+    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
+}
+
+void writeFile(const std::filesystem::path& path, const std::string& bytes)
+{
+    std::ofstream file(path, std::ios::binary);
+    file << bytes;
+    ASSERT_TRUE(file.flush());
+}
+
+std::string contentOf(const std::filesystem::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+// --- documents
+
+struct Color {
+    double red;
+    double green;
+    double blue;
+
+    std::string text() const
+    {
+        return std::to_string(red) + " " + std::to_string(green) + " " + std::to_string(blue) + " 1";
+    }
+};
+
+constexpr Color black{0, 0, 0};
+constexpr Color red{1, 0, 0};
+constexpr Color green{0, 1, 0};
+constexpr Color blue{0, 0, 1};
+
+// An effect of Blinn's with its material, and the words that bind it.
+struct Material {
+    std::string name;
+    Color diffuse = black;
+    Color emission = black;
+    Color ambient = black;
+    Color specular = black;
+    double shininess = 0.0;
+    std::string texture{}; ///< file of the diffuse channel, in place of the color
+
+    std::string xml() const
+    {
+        const std::string image = texture.empty() ? ""
+                                                  : "<library_images><image id='" + name + "-image'><init_from>" +
+                                                        texture + "</init_from></image></library_images>";
+        const std::string parameters =
+            texture.empty() ? ""
+                            : "<newparam sid='surface'><surface type='2D'><init_from>" + name +
+                                  "-image</init_from></surface></newparam><newparam sid='sampler'><sampler2D>"
+                                  "<source>surface</source></sampler2D></newparam>";
+        const std::string diffuseXml = texture.empty() ? channel("diffuse", diffuse)
+                                                       : "<diffuse><texture texture='sampler' texcoord='T'/></diffuse>";
+        return image + "<library_effects><effect id='" + name + "-effect'><profile_COMMON>" + parameters +
+               "<technique sid='t'><blinn>" + channel("emission", emission) + channel("ambient", ambient) + diffuseXml +
+               channel("specular", specular) + "<shininess><float>" + std::to_string(shininess) +
+               "</float></shininess></blinn></technique></profile_COMMON></effect></library_effects>"
+               "<library_materials><material id='" +
+               name + "'><instance_effect url='#" + name + "-effect'/></material></library_materials>";
+    }
+
+    std::string bound() const { return "<instance_material symbol='" + name + "' target='#" + name + "'/>"; }
+
+private:
+    static std::string channel(const char* element, const Color& color)
+    {
+        return std::string("<") + element + "><color>" + color.text() + "</color></" + element + ">";
+    }
+};
+
+std::string source(const std::string& id, const std::string& numbers, std::size_t count, std::size_t stride)
+{
+    std::string params;
+    for (std::size_t i = 0; i < stride; ++i) {
+        params += "<param name='" + std::string(1, "XYZW"[i]) + "' type='float'/>";
+    }
+    return "<source id='" + id + "'><float_array id='" + id + "-array' count='" + std::to_string(count * stride) +
+           "'>" + numbers + "</float_array><technique_common><accessor source='#" + id + "-array' count='" +
+           std::to_string(count) + "' stride='" + std::to_string(stride) + "'>" + params +
+           "</accessor></technique_common></source>";
+}
+
+// A cube from -1 to 1 without normals, with one material for each side.
+struct CubeSide {
+    const char* material;
+    const char* corners;
+};
+
+std::string cube(const std::string& id, const std::vector<CubeSide>& sides)
+{
+    std::string xml = "<library_geometries><geometry id='" + id + "'><mesh>" +
+                      source(id + "-p", "-1 -1 -1  1 -1 -1  -1 1 -1  1 1 -1  -1 -1 1  1 -1 1  -1 1 1  1 1 1", 8, 3) +
+                      "<vertices id='" + id + "-v'><input semantic='POSITION' source='#" + id + "-p'/></vertices>";
+    for (const CubeSide& side : sides) {
+        xml += std::string("<triangles material='") + side.material + "' count='2'><input semantic='VERTEX' source='#" +
+               id + "-v' offset='0'/><p>" + side.corners + "</p></triangles>";
+    }
+    return xml + "</mesh></geometry></library_geometries>";
+}
+
+constexpr const char* frontCorners = "4 5 7 4 7 6"; // towards +Z
+constexpr const char* rightCorners = "5 1 3 5 3 7"; // towards +X
+constexpr const char* backCorners = "1 0 2 1 2 3";
+constexpr const char* leftCorners = "0 4 6 0 6 2";
+constexpr const char* topCorners = "6 7 3 6 3 2";
+constexpr const char* bottomCorners = "0 1 5 0 5 4";
+
+std::string plainCube(const std::string& id, const char* material)
+{
+    return cube(id, {{material, frontCorners},
+                     {material, rightCorners},
+                     {material, backCorners},
+                     {material, leftCorners},
+                     {material, topCorners},
+                     {material, bottomCorners}});
+}
+
+// A square from -1 to 1 at z = 0 that faces +Z, its texture upright.
+std::string square(const std::string& id, const char* material)
+{
+    return "<library_geometries><geometry id='" + id + "'><mesh>" +
+           source(id + "-p", "-1 -1 0  1 -1 0  1 1 0  -1 1 0", 4, 3) + source(id + "-n", "0 0 1", 1, 3) +
+           source(id + "-t", "0 0  1 0  1 1  0 1", 4, 2) + "<vertices id='" + id +
+           "-v'><input semantic='POSITION' source='#" + id + "-p'/></vertices><triangles material='" + material +
+           "' count='2'><input semantic='VERTEX' source='#" + id +
+           "-v' offset='0'/><input semantic='NORMAL' source='#" + id +
+           "-n' offset='1'/><input semantic='TEXCOORD' source='#" + id +
+           "-t' offset='2'/><p>0 0 0 1 0 1 2 0 2 0 0 0 2 0 2 3 0 3</p></triangles></mesh></geometry>"
+           "</library_geometries>";
+}
+
+std::string shown(const std::string& geometry, const std::vector<Material>& materials)
+{
+    std::string bound;
+    for (const Material& material : materials) {
+        bound += material.bound();
+    }
+    return "<instance_geometry url='#" + geometry + "'><bind_material><technique_common>" + bound +
+           "</technique_common></bind_material></instance_geometry>";
+}
+
+// Angles of 90 degrees, which make a square of picture show as far to each side as it is away.
+std::string camera(const std::string& id, const std::string& target = "")
+{
+    const std::string extra =
+        target.empty() ? ""
+                       : "<extra><technique profile='FCOLLADA'><target>#" + target + "</target></technique></extra>";
+    return "<library_cameras><camera id='" + id +
+           "'><optics><technique_common><perspective><xfov>90</xfov><yfov>90</yfov><znear>0.1</znear>"
+           "<zfar>100</zfar></perspective></technique_common></optics>" +
+           extra + "</camera></library_cameras>";
+}
+
+std::string cameraNode(const std::string& id, const std::string& place)
+{
+    return "<node id='" + id + "-node'><translate>" + place + "</translate><instance_camera url='#" + id + "'/></node>";
+}
+
+// --- pictures
+
+struct Drawn {
+    ProcessResult result;
+    bool hasPicture = false;
+    Image image;
+};
+
+// Draws a document that is written next to files of its own.
+class Studio {
+public:
+    explicit Studio(const std::string& document) : m_document(document) {}
+
+    std::filesystem::path folder() const { return m_document.folder(); }
+    std::string document() const { return m_document.path(); }
+    std::string output() const { return (folder() / "picture.png").string(); }
+
+    Drawn draw(const Words& options = {}) const
+    {
+        Words arguments = {"render", document(), "-o", output(), "--background", "000000"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        if (std::find(options.begin(), options.end(), "--size") == options.end()) {
+            arguments.insert(arguments.end(), {"--size", "120x120"});
+        }
+        Drawn drawn;
+        drawn.result = scenetool(arguments);
+        drawn.hasPicture = std::filesystem::exists(output());
+        if (drawn.hasPicture) {
+            drawn.image = readPng(output());
+        }
+        return drawn;
+    }
+
+    // Without a line, and with a picture.
+    Image picture(const Words& options = {}) const
+    {
+        const Drawn drawn = draw(options);
+        EXPECT_EQ(drawn.result.status, succeeded);
+        EXPECT_EQ(drawn.result.errors, "");
+        EXPECT_EQ(drawn.result.output, "");
+        EXPECT_TRUE(drawn.hasPicture);
+        return drawn.hasPicture ? drawn.image : Image(120, 120);
+    }
+
+private:
+    TemporaryFile m_document;
+};
+
+bool isMostly(const Pixel& pixel, std::size_t channel)
+{
+    for (std::size_t i = 0; i < 3; ++i) {
+        if (i != channel && pixel[i] * 3 > pixel[channel]) {
+            return false;
+        }
+    }
+    return pixel[channel] > 60;
+}
+
+void expectMostly(const Image& image, double x, double y, std::size_t channel, const std::string& what)
+{
+    const Pixel& pixel = image.part(x, y);
+    EXPECT_TRUE(isMostly(pixel, channel)) << what << ": " << pixel[0] << " " << pixel[1] << " " << pixel[2];
+}
+
+void expectPixel(const Image& image, double x, double y, const Pixel& expected, int tolerance, const std::string& what)
+{
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_NEAR(image.part(x, y)[i], expected[i], tolerance) << what << ", channel " << i;
+    }
+}
+
+constexpr std::size_t redChannel = 0;
+constexpr std::size_t greenChannel = 1;
+constexpr std::size_t blueChannel = 2;
+
+void expectLikeReference(const Image& image, const Image& reference, const std::string& what)
+{
+    const ImageDifference found = difference(image, reference);
+    // Drivers may smooth the edges in another way, which is little of a picture.
+    EXPECT_LT(found.mean, 0.6) << what;
+    EXPECT_LT(found.strayPart, 0.01) << what;
+}
+
+// Red in front, green to the right, blue elsewhere.
+std::string coloredCube()
+{
+    return cube("cube", {{"red", frontCorners},
+                         {"green", rightCorners},
+                         {"blue", backCorners},
+                         {"blue", leftCorners},
+                         {"blue", topCorners},
+                         {"blue", bottomCorners}});
+}
+
+std::vector<Material> colors()
+{
+    return {{"red", red}, {"green", green}, {"blue", blue}};
+}
+
+// --- what a picture shows
+
+TEST(RenderTest, CubeIsInTheMiddle)
+{
+    ColladaBuilder builder(colors()[0].xml() + plainCube("cube", "red") + camera("eye"));
+    builder.addScene("<node id='a'><translate>0 0 0</translate>" + shown("cube", {colors()[0]}) + "</node>" +
+                     cameraNode("eye", "0 0 4"));
+    const Image image = Studio(builder.text()).picture();
+    ASSERT_EQ(image.width(), 120);
+    ASSERT_EQ(image.height(), 120);
+    // The front is 3 away and reaches a third of the way from the middle to each side.
+    expectPixel(image, 0.5, 0.5, {255, 0, 0}, 3, "middle, lit from the eye");
+    for (const double low : {0.36, 0.64}) {
+        expectMostly(image, low, 0.5, redChannel, "inside");
+        expectMostly(image, 0.5, low, redChannel, "inside");
+    }
+    for (const double out : {0.31, 0.69}) {
+        EXPECT_EQ(image.part(out, 0.5), (Pixel{0, 0, 0}));
+        EXPECT_EQ(image.part(0.5, out), (Pixel{0, 0, 0}));
+    }
+}
+
+// By 90 degrees about Y the side that was towards +X comes to the front.
+TEST(RenderTest, QuarterTurnLaterTheOtherSideShows)
+{
+    const std::string animation =
+        "<library_animations><animation id='turning'>" + source("times", "0 2", 2, 1) +
+        source("angles", "0 -180", 2, 1) +
+        "<sampler id='s'><input semantic='INPUT' source='#times'/><input semantic='OUTPUT' source='#angles'/></sampler>"
+        "<channel source='#s' target='a/turn.ANGLE'/></animation></library_animations>";
+    ColladaBuilder builder(colors()[0].xml() + colors()[1].xml() + colors()[2].xml() + coloredCube() + camera("eye") +
+                           animation);
+    builder.addScene("<node id='a'><rotate sid='turn'>0 1 0 0</rotate>" + shown("cube", colors()) + "</node>" +
+                     cameraNode("eye", "0 0 4"));
+    const Studio studio(builder.text());
+    expectMostly(studio.picture(), 0.5, 0.5, redChannel, "as the document has it");
+    expectMostly(studio.picture({"--time", "0"}), 0.5, 0.5, redChannel, "at the start");
+    expectMostly(studio.picture({"--time", "1"}), 0.5, 0.5, greenChannel, "by a quarter turn");
+}
+
+// A curve with one value for each key cannot move a node in three: to ask it throws.
+TEST(RenderTest, EvaluationThatThrowsIsOneLineAndTheRestIsDrawn)
+{
+    const std::string animation =
+        "<library_animations><animation id='narrow'>" + source("times", "0 2", 2, 1) + source("places", "0 4", 2, 1) +
+        "<sampler id='s'><input semantic='INPUT' source='#times'/><input semantic='OUTPUT' source='#places'/></sampler>"
+        "<channel source='#s' target='a/place'/></animation></library_animations>";
+    ColladaBuilder builder(colors()[0].xml() + plainCube("one", "red") + plainCube("two", "red") + camera("eye") +
+                           animation);
+    builder.addScene("<node id='b'><translate>2 0 0</translate>" + shown("two", {colors()[0]}) +
+                     "</node><node id='a'><translate sid='place'>-2 0 0</translate>" + shown("one", {colors()[0]}) +
+                     "</node>" + cameraNode("eye", "0 0 5"));
+    const Drawn drawn = Studio(builder.text()).draw({"--time", "1"});
+    EXPECT_EQ(drawn.result.status, succeeded);
+    EXPECT_TRUE(isOneLine(drawn.result.errors)) << drawn.result.errors;
+    EXPECT_TRUE(contains(drawn.result.errors, "IndexOutOfBounds")) << drawn.result.errors;
+    ASSERT_TRUE(drawn.hasPicture);
+    expectMostly(drawn.image, 0.75, 0.5, redChannel, "the other node");
+}
+
+// A node turns with the one above it, which the library leaves to the host.
+TEST(RenderTest, ChildrenMoveWithTheirAnimatedParent)
+{
+    const std::string animation =
+        "<library_animations><animation id='moving'>" + source("times", "0 2", 2, 1) +
+        source("places", "0 0 0 4 0 0", 2, 3) +
+        "<sampler id='s'><input semantic='INPUT' source='#times'/><input semantic='OUTPUT' source='#places'/></sampler>"
+        "<channel source='#s' target='a/place'/></animation></library_animations>";
+    ColladaBuilder builder(colors()[0].xml() + plainCube("cube", "red") + camera("eye") + animation);
+    builder.addScene("<node id='a'><translate sid='place'>0 0 0</translate><node id='b'><scale>0.5 0.5 0.5</scale>" +
+                     shown("cube", {colors()[0]}) + "</node></node>" + cameraNode("eye", "0 0 4"));
+    const Image image = Studio(builder.text()).picture({"--time", "1"});
+    EXPECT_EQ(image.part(0.5, 0.5), (Pixel{0, 0, 0}));
+    // Its front is 3.5 away, and 2 to the right: 2 / 3.5 of the way to the side.
+    expectMostly(image, 0.5 + 0.5 * 2.0 / 3.5, 0.5, redChannel, "moved by 2");
+}
+
+// Red to the right and green to the left, blue above: each kind of camera has to show them so.
+std::string threeCubes(const std::string& cameras)
+{
+    ColladaBuilder builder(colors()[0].xml() + colors()[1].xml() + colors()[2].xml() + plainCube("one", "red") +
+                           plainCube("two", "green") + plainCube("three", "blue") + camera("plain") +
+                           camera("aimed", "middle") + camera("side", "middle"));
+    builder.addScene("<node id='middle'><translate>0 0 0</translate></node><node id='a'><translate>3 0 0</translate>" +
+                     shown("one", {colors()[0]}) + "</node><node id='b'><translate>-3 0 0</translate>" +
+                     shown("two", {colors()[1]}) + "</node><node id='c'><translate>0 3 0</translate>" +
+                     shown("three", {colors()[2]}) + "</node>" + cameras);
+    return builder.text();
+}
+
+TEST(RenderTest, PictureIsNoMirrorImage)
+{
+    const Studio plain(threeCubes(cameraNode("plain", "0 0 7")));
+    const Studio aimed(threeCubes(cameraNode("aimed", "0 0 7")));
+    const Image images[] = {plain.picture(), aimed.picture()};
+    for (const Image& image : images) {
+        // The fronts are 6 away.
+        expectMostly(image, 0.75, 0.5, redChannel, "to the right");
+        expectMostly(image, 0.25, 0.5, greenChannel, "to the left");
+        expectMostly(image, 0.5, 0.25, blueChannel, "above");
+    }
+    const ImageDifference apart = difference(images[0], images[1]);
+    EXPECT_LT(apart.mean, 0.5);
+    EXPECT_LT(apart.strayPart, 0.005);
+}
+
+TEST(RenderTest, SecondCameraShowsItsOwnView)
+{
+    const Studio studio(threeCubes(cameraNode("aimed", "0 0 7") + cameraNode("side", "0 0 -7")));
+    expectMostly(studio.picture({"--camera", "0"}), 0.75, 0.5, redChannel, "from the front");
+    const Image image = studio.picture({"--camera", "1"});
+    expectMostly(image, 0.25, 0.5, redChannel, "from behind");
+    expectMostly(image, 0.75, 0.5, greenChannel, "from behind");
+    expectMostly(image, 0.5, 0.25, blueChannel, "from behind");
+}
+
+// Where a camera or its target stands below a moved node, the world counts.
+TEST(RenderTest, CameraBelowAMovedNodeStandsInTheWorld)
+{
+    const Image expected = Studio(threeCubes(cameraNode("aimed", "0 0 7"))).picture();
+    const Image below =
+        Studio(threeCubes("<node id='car'><translate>0 0 5</translate>" + cameraNode("aimed", "0 0 2") + "</node>"))
+            .picture();
+    EXPECT_LT(difference(expected, below).mean, 0.5);
+    const Image plain =
+        Studio(threeCubes("<node id='car'><translate>0 0 5</translate>" + cameraNode("plain", "0 0 2") + "</node>"))
+            .picture();
+    EXPECT_LT(difference(expected, plain).mean, 0.5);
+}
+
+// A wider picture shows more to the sides, and nothing stretched.
+TEST(RenderTest, PictureOfAnotherRatioIsNotStretched)
+{
+    const Studio studio(threeCubes(cameraNode("plain", "0 0 7")));
+    const Image image = studio.picture({"--size", "240x120"});
+    ASSERT_EQ(image.width(), 240);
+    expectMostly(image, 0.5 + 0.125, 0.5, redChannel, "half as far in parts of the width");
+    expectMostly(image, 0.5, 0.25, blueChannel, "above");
+}
+
+TEST(RenderTest, AllOfTheSceneIsShownWithoutACamera)
+{
+    const Studio studio(threeCubes(""));
+    for (const char* const size : {"120x120", "200x80", "60x180"}) {
+        const Image image = studio.picture({"--size", size});
+        bool isFound[3] = {};
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                const bool isAtEdge = x == 0 || y == 0 || x == image.width() - 1 || y == image.height() - 1;
+                for (std::size_t channel = 0; channel < 3; ++channel) {
+                    isFound[channel] = isFound[channel] || isMostly(image.at(x, y), channel);
+                }
+                if (isAtEdge) {
+                    EXPECT_EQ(image.at(x, y), (Pixel{0, 0, 0})) << size << ": cut off at " << x << ", " << y;
+                }
+            }
+        }
+        EXPECT_TRUE(isFound[0] && isFound[1] && isFound[2]) << size;
+    }
+}
+
+// The row in which a color is highest.
+int highest(const Image& image, std::size_t channel)
+{
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (isMostly(image.at(x, y), channel)) {
+                return y;
+            }
+        }
+    }
+    return image.height();
+}
+
+TEST(RenderTest, UpAxisIsTheOneThatIsAsked)
+{
+    ColladaBuilder builder(colors()[0].xml() + colors()[1].xml() + colors()[2].xml() + plainCube("one", "red") +
+                           plainCube("two", "green") + plainCube("three", "blue"));
+    builder.addScene("<node id='a'><translate>4 0 0</translate>" + shown("one", {colors()[0]}) +
+                     "</node><node id='b'><translate>0 4 0</translate>" + shown("two", {colors()[1]}) +
+                     "</node><node id='c'><translate>0 0 4</translate>" + shown("three", {colors()[2]}) + "</node>");
+    const Studio studio(builder.text());
+    const std::pair<const char*, std::size_t> axes[] = {{"x", 0}, {"y", 1}, {"z", 2}};
+    for (const auto& [axis, channel] : axes) {
+        const Image image = studio.picture({"--up", axis});
+        for (std::size_t other = 0; other < 3; ++other) {
+            if (other != channel) {
+                EXPECT_LT(highest(image, channel), highest(image, other)) << axis;
+            }
+        }
+    }
+    EXPECT_EQ(difference(studio.picture(), studio.picture({"--up", "y"})).mean, 0.0);
+}
+
+// --- shading, against what the formulas say
+
+struct Quad {
+    RayTracer::Vector a, b, c, d;
+};
+
+const Quad cubeQuads[] = {
+    {{-1, -1, 1}, {1, -1, 1}, {1, 1, 1}, {-1, 1, 1}},     {{1, -1, 1}, {1, -1, -1}, {1, 1, -1}, {1, 1, 1}},
+    {{1, -1, -1}, {-1, -1, -1}, {-1, 1, -1}, {1, 1, -1}}, {{-1, -1, -1}, {-1, -1, 1}, {-1, 1, 1}, {-1, 1, -1}},
+    {{-1, 1, 1}, {1, 1, 1}, {1, 1, -1}, {-1, 1, -1}},     {{-1, -1, -1}, {1, -1, -1}, {1, -1, 1}, {-1, -1, 1}}};
+
+void addQuad(RayTracer& tracer, const Quad& quad, const RayTracer::Triangle& shading)
+{
+    for (const auto& [b, c] : {std::make_pair(quad.b, quad.c), std::make_pair(quad.c, quad.d)}) {
+        RayTracer::Triangle triangle = shading;
+        triangle.a = quad.a;
+        triangle.b = b;
+        triangle.c = c;
+        tracer.triangles.push_back(triangle);
+    }
+}
+
+RayTracer::Vector vectorOf(const Color& color)
+{
+    return {color.red, color.green, color.blue};
+}
+
+RayTracer::Triangle shadingOf(const Material& material)
+{
+    return {{},
+            {},
+            {},
+            vectorOf(material.emission),
+            vectorOf(material.ambient),
+            vectorOf(material.diffuse),
+            vectorOf(material.specular),
+            material.shininess};
+}
+
+TEST(RenderTest, ShadingIsThatOfTheFormulas)
+{
+    const Material gloss = {"gloss", {0.7, 0.2, 0.1}, {0, 0.05, 0.1}, {0.3, 0.3, 0}, {0.7, 0.8, 0.9}, 8.0, ""};
+    ColladaBuilder builder(gloss.xml() + plainCube("cube", "gloss") + camera("eye", "a") +
+                           "<library_lights><light id='near'><technique_common><point><color>1 0.9 0.8</color>"
+                           "<constant_attenuation>0.5</constant_attenuation><linear_attenuation>0.125"
+                           "</linear_attenuation><quadratic_attenuation>0.25</quadratic_attenuation></point>"
+                           "</technique_common></light></library_lights>");
+    builder.addScene("<node id='a'><translate>0 0 0</translate>" + shown("cube", {gloss}) + "</node>" +
+                     cameraNode("eye", "1.2 1.1 1.9") +
+                     "<node id='lit'><translate>0.5 1.5 2.5</translate><instance_light url='#near'/></node>");
+    RayTracer tracer;
+    for (const Quad& quad : cubeQuads) {
+        addQuad(tracer, quad, shadingOf(gloss));
+    }
+    RayTracer::Light light;
+    light.position = {0.5, 1.5, 2.5};
+    light.color = {1, 0.9, 0.8};
+    light.attenuation = {0.5, 0.125, 0.25};
+    tracer.lights = {light};
+    tracer.camera.eye = {1.2, 1.1, 1.9};
+    const Image reference = tracer.picture(120, 120);
+    const Image image = Studio(builder.text()).picture();
+    expectLikeReference(image, reference, "cube");
+    EXPECT_GT(difference(image, Image(120, 120)).mean, 3.0) << "the picture is not empty";
+}
+
+// A spot from above to the right shines on a wall; 40 degrees across are bright, and from 60 on it is dark.
+TEST(RenderTest, SpotShowsItsCone)
+{
+    const Material wall = {"wall", {0.9, 0.8, 0.7}, black, {0.25, 0.25, 0.25}, black, 0.0, ""};
+    const std::string light = "<library_lights><light id='beam'><technique_common><spot><color>1 1 1</color>"
+                              "<falloff_angle>40</falloff_angle><falloff_exponent>2</falloff_exponent></spot>"
+                              "</technique_common><extra><technique profile='FCOLLADA'><outer_cone>60</outer_cone>"
+                              "<target>#aim</target></technique></extra></light></library_lights>";
+    ColladaBuilder builder(wall.xml() + square("square", "wall") + camera("eye") + light);
+    builder.addScene("<node id='a'><scale>4 4 4</scale>" + shown("square", {wall}) + "</node>" +
+                     cameraNode("eye", "0 0 4") +
+                     "<node id='aim'><translate>-1 0 0</translate></node><node id='lamp'><translate>1 1 3</translate>"
+                     "<instance_light url='#beam'/></node>");
+    RayTracer tracer;
+    addQuad(tracer, {{-4, -4, 0}, {4, -4, 0}, {4, 4, 0}, {-4, 4, 0}}, shadingOf(wall));
+    RayTracer::Light spot;
+    spot.position = {1, 1, 3};
+    spot.direction = {-2, -1, -3};
+    spot.innerAngle = 40;
+    spot.outerAngle = 60;
+    spot.exponent = 2;
+    tracer.lights = {spot};
+    tracer.camera.eye = {0, 0, 4};
+    const Image image = Studio(builder.text()).picture();
+    expectLikeReference(image, tracer.picture(120, 120), "wall");
+    // -1, 0 lies an eighth of the picture to the left of the middle.
+    EXPECT_GT(image.part(0.375, 0.5)[0], 130) << "where the spot aims";
+    EXPECT_NEAR(image.part(0.95, 0.1)[0], 13, 2) << "outside there is the ambient light, 0.2 of 0.25, alone";
+}
+
+// A spot without a target shines along -Z of its node, and has a sharp edge without an outer cone.
+TEST(RenderTest, SpotWithoutTargetShinesAlongItsNode)
+{
+    const Material wall = {"wall", {1, 1, 1}, black, black, black, 0.0, ""};
+    ColladaBuilder builder(wall.xml() + square("square", "wall") + camera("eye") +
+                           "<library_lights><light id='beam'><technique_common><spot><color>1 1 1</color>"
+                           "<falloff_angle>45</falloff_angle><falloff_exponent>0</falloff_exponent></spot>"
+                           "</technique_common></light></library_lights>");
+    builder.addScene("<node id='a'><scale>4 4 4</scale>" + shown("square", {wall}) + "</node>" +
+                     cameraNode("eye", "0 0 4") +
+                     "<node id='lamp'><translate>1 0 4</translate><instance_light url='#beam'/></node>");
+    const Image image = Studio(builder.text()).picture();
+    // The circle around 1, 0 has a radius of 4 tan 22.5 = 1.657, of which 4 go to half of the picture.
+    expectPixel(image, 0.5 + 1.0 / 8, 0.5, {255, 255, 255}, 3, "straight ahead");
+    EXPECT_GT(image.part(0.5 + 2.5 / 8, 0.5)[0], 200) << "inside";
+    EXPECT_EQ(image.part(0.5 + 2.8 / 8, 0.5), (Pixel{0, 0, 0})) << "outside";
+    EXPECT_GT(image.part(0.5 - 0.5 / 8, 0.5)[0], 200) << "inside";
+    EXPECT_EQ(image.part(0.5 - 0.8 / 8, 0.5), (Pixel{0, 0, 0})) << "outside";
+}
+
+TEST(RenderTest, LightsBeyondTheMostAreOneLine)
+{
+    ColladaBuilder builder(colors()[0].xml() + plainCube("cube", "red") + camera("eye") +
+                           "<library_lights><light id='dim'><technique_common><point><color>0.01 0.01 0.01</color>"
+                           "</point></technique_common></light></library_lights>");
+    std::string lights;
+    for (int i = 0; i < 40; ++i) {
+        lights += "<instance_light url='#dim'/>";
+    }
+    builder.addScene("<node id='a'><translate>0 0 0</translate>" + shown("cube", {colors()[0]}) + "</node>" +
+                     cameraNode("eye", "0 0 4") + "<node id='lit'><translate>0 0 4</translate>" + lights + "</node>");
+    const Drawn drawn = Studio(builder.text()).draw();
+    EXPECT_EQ(drawn.result.status, succeeded);
+    EXPECT_TRUE(isOneLine(drawn.result.errors)) << drawn.result.errors;
+    EXPECT_TRUE(contains(drawn.result.errors, "of 40 lights the first 32")) << drawn.result.errors;
+    ASSERT_TRUE(drawn.hasPicture);
+    // A point light without attenuations does not fade: 32 of 0.01 on a red of 1.
+    expectPixel(drawn.image, 0.5, 0.5, {82, 0, 0}, 3, "middle");
+}
+
+// A primitive without material shows the colors of its vertices, red to the left and green to the right.
+TEST(RenderTest, ColorsOfVerticesStandInForAMaterial)
+{
+    ColladaBuilder builder(camera("eye") + "<library_geometries><geometry id='square'><mesh>" +
+                           source("p", "-1 -1 0  1 -1 0  1 1 0  -1 1 0", 4, 3) + source("c", "1 0 0  0 1 0", 2, 3) +
+                           "<vertices id='v'><input semantic='POSITION' source='#p'/></vertices><triangles count='2'>"
+                           "<input semantic='VERTEX' source='#v' offset='0'/><input semantic='COLOR' source='#c' "
+                           "offset='1'/><p>0 0 1 1 2 1 0 0 2 1 3 0</p></triangles></mesh></geometry>"
+                           "</library_geometries>");
+    builder.addScene("<node id='a'><translate>0 0 0</translate>" + shown("square", {}) + "</node>" +
+                     cameraNode("eye", "0 0 1.25"));
+    const Image image = Studio(builder.text()).picture();
+    expectMostly(image, 0.15, 0.5, redChannel, "left");
+    expectMostly(image, 0.85, 0.5, greenChannel, "right");
+}
+
+// By rule what a document does not give is white; it must not glow for that.
+TEST(RenderTest, EmissionThatTheDocumentLeavesOutDoesNotGlow)
+{
+    ColladaBuilder builder(
+        "<library_effects><effect id='e'><profile_COMMON><technique sid='t'><phong><diffuse><color>0 0.5 0 1</color>"
+        "</diffuse><specular><color>0 0 0 1</color></specular></phong></technique></profile_COMMON></effect>"
+        "</library_effects><library_materials><material id='m'><instance_effect url='#e'/></material>"
+        "</library_materials>" +
+        plainCube("cube", "m") + camera("eye"));
+    builder.addScene("<node id='a'><translate>0 0 0</translate>" + shown("cube", {{"m"}}) + "</node>" +
+                     cameraNode("eye", "0 0 4"));
+    // 0.2 of ambient and all of the head light on 0.5.
+    expectPixel(Studio(builder.text()).picture(), 0.5, 0.5, {0, 153, 0}, 3, "middle");
+}
+
+// --- textures
+
+// Red and green above, blue and white below.
+Image fourColors()
+{
+    Image image(64, 64);
+    for (int y = 0; y < 64; ++y) {
+        for (int x = 0; x < 64; ++x) {
+            image.at(x, y) = y < 32 ? (x < 32 ? Pixel{255, 0, 0} : Pixel{0, 255, 0})
+                                    : (x < 32 ? Pixel{0, 0, 255} : Pixel{255, 255, 255});
+        }
+    }
+    return image;
+}
+
+std::string texturedSquare(const std::string& texture)
+{
+    Material material = {"picture"};
+    material.texture = texture;
+    ColladaBuilder builder(material.xml() + square("square", "picture") + camera("eye"));
+    builder.addScene("<node id='a'><translate>0 0 0</translate>" + shown("square", {material}) + "</node>" +
+                     cameraNode("eye", "0 0 1.25"));
+    return builder.text();
+}
+
+void expectUpright(const Image& image, const std::string& what)
+{
+    expectMostly(image, 0.3, 0.3, redChannel, what + ", upper left");
+    expectMostly(image, 0.7, 0.3, greenChannel, what + ", upper right");
+    expectMostly(image, 0.3, 0.7, blueChannel, what + ", lower left");
+    EXPECT_GT(*std::min_element(image.part(0.7, 0.7).begin(), image.part(0.7, 0.7).end()), 150) << what;
+}
+
+TEST(RenderTest, TextureStandsUpright)
+{
+    const Studio png(texturedSquare("four.png"));
+    writeFile(png.folder() / "four.png", pngOf(fourColors()));
+    expectUpright(png.picture(), "PNG");
+    const Studio jpeg(texturedSquare("./four%20colors.jpg"));
+    writeFile(jpeg.folder() / "four colors.jpg", jpegOf(fourColors()));
+    expectUpright(jpeg.picture(), "JPEG");
+}
+
+TEST(RenderTest, TextureOfAnotherMachineIsFoundBesideTheDocument)
+{
+    for (const char* const reference :
+         {"file:///C:/models/textures/four.png", "/nowhere/four.png", "../textures/four.png"}) {
+        const Studio studio(texturedSquare(reference));
+        writeFile(studio.folder() / "four.png", pngOf(fourColors()));
+        expectUpright(studio.picture(), reference);
+    }
+}
+
+TEST(RenderTest, MissingTextureIsOneLineAndTheRestIsDrawn)
+{
+    const Studio studio(texturedSquare("lost.png"));
+    const Drawn drawn = studio.draw();
+    EXPECT_EQ(drawn.result.status, succeeded);
+    EXPECT_TRUE(isOneLine(drawn.result.errors)) << drawn.result.errors;
+    EXPECT_TRUE(contains(drawn.result.errors, "lost.png") && contains(drawn.result.errors, "does not exist"));
+    ASSERT_TRUE(drawn.hasPicture);
+    EXPECT_GT(drawn.image.part(0.5, 0.5)[0], 150) << "white stands in";
+}
+
+TEST(RenderTest, TextureThatIsNoImageIsOneLine)
+{
+    const std::string png = pngOf(fourColors());
+    const std::string jpeg = jpegOf(fourColors());
+    const std::string broken[] = {"", "hello", png.substr(0, 4), png.substr(0, 40), jpeg.substr(0, 20)};
+    for (const std::string& bytes : broken) {
+        const Studio studio(texturedSquare("odd.png"));
+        writeFile(studio.folder() / "odd.png", bytes);
+        const Drawn drawn = studio.draw();
+        EXPECT_EQ(drawn.result.status, succeeded);
+        EXPECT_TRUE(isOneLine(drawn.result.errors)) << drawn.result.errors;
+        EXPECT_TRUE(drawn.hasPicture);
+    }
+    const Studio studio(texturedSquare("odd.png"));
+    std::filesystem::create_directory(studio.folder() / "odd.png");
+    EXPECT_TRUE(isOneLine(studio.draw().result.errors));
+    const Studio pipe(texturedSquare("odd.png"));
+    ASSERT_EQ(mkfifo((pipe.folder() / "odd.png").c_str(), 0600), 0);
+    EXPECT_TRUE(isOneLine(pipe.draw().result.errors)) << "a pipe that nobody writes to must not be waited for";
+}
+
+// --- points
+
+TEST(RenderTest, PointCloudShowsItsPoints)
+{
+    ColladaBuilder builder(camera("eye") + "<library_geometries><geometry id='cloud'><mesh>" +
+                           source("p", "0 0 0  1 0 0  0 1 0", 3, 3) +
+                           "<vertices id='v'><input semantic='POSITION' source='#p'/></vertices></mesh></geometry>"
+                           "</library_geometries>");
+    builder.addScene("<node id='a'><translate>0 0 0</translate>" + shown("cloud", {}) + "</node>" +
+                     cameraNode("eye", "0 0 2"));
+    const Image image = Studio(builder.text()).picture();
+    EXPECT_GT(image.part(0.5, 0.5)[1], 100);
+    EXPECT_GT(image.part(0.75, 0.5)[1], 100);
+    EXPECT_GT(image.part(0.5, 0.25)[1], 100);
+    EXPECT_EQ(image.part(0.6, 0.5), (Pixel{0, 0, 0})) << "between the points";
+    EXPECT_EQ(image.part(0.25, 0.5), (Pixel{0, 0, 0})) << "where there is none";
+}
+
+// --- nodes without transforms
+
+std::string bareCube()
+{
+    ColladaBuilder builder(colors()[0].xml() + plainCube("cube", "red") + camera("eye"));
+    builder.addScene("<node id='a'>" + shown("cube", {colors()[0]}) + "</node>" + cameraNode("eye", "0 0 4"));
+    return builder.text();
+}
+
+TEST(RenderTest, NodeWithoutTransformCollapsesUnlessToldOtherwise)
+{
+    const Studio studio(bareCube());
+    const Drawn drawn = studio.draw();
+    EXPECT_EQ(drawn.result.status, failed);
+    EXPECT_TRUE(isOneLine(drawn.result.errors)) << drawn.result.errors;
+    EXPECT_TRUE(contains(drawn.result.errors, "--identity-for-empty"));
+    EXPECT_FALSE(drawn.hasPicture);
+    expectMostly(studio.picture({"--identity-for-empty"}), 0.5, 0.5, redChannel, "with the identity");
+}
+
+TEST(RenderTest, RestIsDrawnBesideNodesThatCollapse)
+{
+    ColladaBuilder builder(colors()[0].xml() + colors()[1].xml() + plainCube("one", "red") + plainCube("two", "green") +
+                           camera("eye"));
+    builder.addScene("<node id='a'><translate>2 0 0</translate>" + shown("one", {colors()[0]}) +
+                     "</node><node id='empty'><node id='b'><translate>-2 0 0</translate>" +
+                     shown("two", {colors()[1]}) + "</node></node>" + cameraNode("eye", "0 0 5"));
+    const Studio studio(builder.text());
+    const Drawn drawn = studio.draw();
+    EXPECT_EQ(drawn.result.status, succeeded);
+    EXPECT_TRUE(isOneLine(drawn.result.errors)) << drawn.result.errors;
+    EXPECT_TRUE(contains(drawn.result.errors, "in 1 place, collapses")) << drawn.result.errors;
+    ASSERT_TRUE(drawn.hasPicture);
+    expectMostly(drawn.image, 0.75, 0.5, redChannel, "stands");
+    EXPECT_EQ(drawn.image.part(0.25, 0.5), (Pixel{0, 0, 0})) << "collapsed with the node above";
+    const Image whole = studio.picture({"--identity-for-empty"});
+    expectMostly(whole, 0.75, 0.5, redChannel, "stands");
+    expectMostly(whole, 0.25, 0.5, greenChannel, "stands as well");
+}
+
+// --- what a picture costs, and what is refused
+
+TEST(RenderTest, PictureIsAsLargeAsAsked)
+{
+    const Studio studio(threeCubes(""));
+    const Image small = studio.picture({"--size", "1x1"});
+    EXPECT_EQ(small.width(), 1);
+    EXPECT_EQ(small.height(), 1);
+    ASSERT_EQ(scenetool({"render", studio.document(), "-o", studio.output()}).status, succeeded);
+    const Image usual = readPng(studio.output());
+    EXPECT_EQ(usual.width(), 960);
+    EXPECT_EQ(usual.height(), 640);
+}
+
+struct BadUse {
+    const char* name;
+    Words options;
+    const char* word; ///< that the line has to hold
+};
+
+void PrintTo(const BadUse& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class RenderUsageTest : public testing::TestWithParam<BadUse> {};
+
+TEST_P(RenderUsageTest, IsOneLineAndNoPicture)
+{
+    const Studio studio(threeCubes(cameraNode("plain", "0 0 7")));
+    Words arguments = {"render", studio.document()};
+    if (GetParam().options[0] != "-o") {
+        arguments.insert(arguments.end(), {"-o", studio.output()});
+    }
+    arguments.insert(arguments.end(), GetParam().options.begin(), GetParam().options.end());
+    const ProcessResult result = scenetool(arguments);
+    EXPECT_EQ(result.status, usageError);
+    EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
+    EXPECT_TRUE(contains(result.errors, GetParam().word)) << result.errors;
+    EXPECT_EQ(entriesOf(studio.folder()), 1u) << "the document alone";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Options, RenderUsageTest,
+    testing::Values(
+        BadUse{"SizeOfZero", {"--size", "0x100"}, "--size"},
+        BadUse{"SizeTooLarge", {"--size", "100000x100000"}, "--size"},
+        BadUse{"SizeBeyondNumbers", {"--size", "99999999999x5"}, "--size"},
+        BadUse{"SizeWithoutHeight", {"--size", "100"}, "--size"},
+        BadUse{"SizeBelowZero", {"--size", "-5x100"}, "--size"},
+        BadUse{"SizeWithMore", {"--size", "10x10x10"}, "--size"}, BadUse{"NoSuchCamera", {"--camera", "1"}, "camera 1"},
+        BadUse{"CameraBelowZero", {"--camera", "-1"}, "camera"}, BadUse{"NoAxis", {"--up", "w"}, "--up"},
+        BadUse{"NoColor", {"--background", "red"}, "--background"}, BadUse{"NoTime", {"--time", "nan"}, "--time"},
+        BadUse{"NoFrames", {"--frames", "0"}, "--frames"}, BadUse{"TooManyFrames", {"--frames", "1000000"}, "--frames"},
+        BadUse{"NoRate", {"--frames", "2", "--fps", "0"}, "--fps"}, BadUse{"RateAlone", {"--fps", "5"}, "--frames"},
+        BadUse{"FileAndSheet", {"--sheet", "."}, "--sheet"}, BadUse{"NoPngName", {"-o", "picture.jpg"}, ".png"}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(RenderTest, NothingToDrawIsOneLineAndNoPicture)
+{
+    const std::string documents[] = {ColladaBuilder().addScene("<node id='a'/>").text(),
+                                     ColladaBuilder(camera("eye")).addScene(cameraNode("eye", "0 0 4")).text(),
+                                     "no document"};
+    for (const std::string& document : documents) {
+        const Studio studio(document);
+        const Drawn drawn = studio.draw();
+        EXPECT_EQ(drawn.result.status, failed);
+        EXPECT_TRUE(isOneLine(drawn.result.errors)) << drawn.result.errors;
+        EXPECT_EQ(entriesOf(studio.folder()), 1u) << "the document alone";
+    }
+}
+
+TEST(RenderTest, MachineWithoutDriverGetsOneLineAndNoPicture)
+{
+    const Studio studio(threeCubes(""));
+    writeFile(studio.output(), "the picture before");
+    ProcessOptions options;
+    options.environment = {"__EGL_VENDOR_LIBRARY_FILENAMES=/nowhere/driver.json", "DISPLAY", "WAYLAND_DISPLAY"};
+    const ProcessResult result = scenetool({"render", studio.document(), "-o", studio.output()}, options);
+    EXPECT_EQ(result.status, failed);
+    EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
+    EXPECT_TRUE(contains(result.errors, "EGL")) << result.errors;
+    EXPECT_EQ(contentOf(studio.output()), "the picture before");
+    EXPECT_EQ(entriesOf(studio.folder()), 2u) << "no half a picture";
+}
+
+TEST(RenderTest, OutputThatCannotBeWrittenIsOneLine)
+{
+    const Studio studio(threeCubes(""));
+    std::filesystem::create_directory(studio.folder() / "folder.png");
+    for (const std::string& output :
+         {(studio.folder() / "nowhere" / "picture.png").string(), (studio.folder() / "folder.png").string()}) {
+        const ProcessResult result = scenetool({"render", studio.document(), "-o", output, "--size", "16x16"});
+        EXPECT_EQ(result.status, failed);
+        EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
+    }
+    EXPECT_EQ(entriesOf(studio.folder()), 2u);
+    EXPECT_EQ(entriesOf(studio.folder() / "folder.png"), 0u);
+}
+
+// --- sequences
+
+std::string movingCube()
+{
+    const std::string animation =
+        "<library_animations><animation id='moving'>" + source("times", "0 4", 2, 1) +
+        source("places", "-2 0 0 6 0 0", 2, 3) +
+        "<sampler id='s'><input semantic='INPUT' source='#times'/><input semantic='OUTPUT' source='#places'/></sampler>"
+        "<channel source='#s' target='a/place'/></animation></library_animations>";
+    ColladaBuilder builder(colors()[0].xml() + plainCube("cube", "red") + camera("eye") + animation);
+    builder.addScene("<node id='a'><translate sid='place'>-2 0 0</translate>" + shown("cube", {colors()[0]}) +
+                     "</node>" + cameraNode("eye", "0 0 5"));
+    return builder.text();
+}
+
+TEST(RenderTest, SequenceIsOnePictureForEachStepInTime)
+{
+    const Studio studio(movingCube());
+    const Drawn drawn = studio.draw({"--frames", "3", "--fps", "1"});
+    EXPECT_EQ(drawn.result.status, succeeded);
+    EXPECT_EQ(drawn.result.errors, "");
+    EXPECT_EQ(drawn.result.output, "") << "no bar into a pipe";
+    EXPECT_FALSE(drawn.hasPicture) << "the pictures are numbered";
+    EXPECT_EQ(entriesOf(studio.folder()), 4u);
+    // At -2, 0 and 2, with the front 4 away: at a quarter of the width, in the middle and at three quarters.
+    for (int frame = 0; frame < 3; ++frame) {
+        const Image image = readPng((studio.folder() / ("picture-000" + std::to_string(frame) + ".png")).string());
+        for (int place = 0; place < 3; ++place) {
+            EXPECT_EQ(isMostly(image.part(0.25 + 0.25 * place, 0.5), redChannel), place == frame)
+                << "frame " << frame << ", place " << place;
+        }
+    }
+}
+
+TEST(RenderTest, SequenceShowsABarOnATerminal)
+{
+    const Studio studio(movingCube());
+    ProcessOptions options;
+    options.hasTerminal = true;
+    const ProcessResult result =
+        scenetool({"render", studio.document(), "-o", studio.output(), "--size", "16x16", "--frames", "2"}, options);
+    EXPECT_EQ(result.status, succeeded);
+    EXPECT_TRUE(contains(result.output, "\r[####################....................] 1 of 2 pictures"))
+        << result.output;
+    EXPECT_TRUE(contains(result.output, "\r[########################################] 2 of 2 pictures\r\n"))
+        << result.output;
+}
+
+// --- sheets
+
+TEST(RenderTest, SheetHoldsAllDocumentsBelowAFolder)
+{
+    const Studio studio(movingCube());
+    std::filesystem::create_directory(studio.folder() / "more");
+    writeFile(studio.folder() / "more" / "a.DAE", "no document");
+    writeFile(studio.folder() / "more" / "b.dae", threeCubes(cameraNode("plain", "0 0 7")));
+    writeFile(studio.folder() / "more" / "notes.txt", "no document, and not named like one");
+    const std::string sheet = (studio.folder() / "sheet.png").string();
+    const ProcessResult result = scenetool(
+        {"render", "--sheet", studio.folder().string(), "-o", sheet, "--size", "100x100", "--background", "000000"});
+    EXPECT_EQ(result.status, succeeded);
+    EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
+    EXPECT_TRUE(contains(result.errors, "a.DAE"));
+    const Image image = readPng(sheet);
+    // Two columns and two rows of 100 by 100, with 8 between and 20 below each for its name.
+    ASSERT_EQ(image.width(), 8 + 2 * 108);
+    ASSERT_EQ(image.height(), 8 + 2 * 128);
+    EXPECT_TRUE(isMostly(image.at(8 + 25, 8 + 50), redChannel)) << "document.dae";
+    const Pixel fault = image.at(8 + 108 + 50, 8 + 90);
+    EXPECT_TRUE(fault[0] > 40 && fault[0] < 120 && fault[1] < fault[0]) << "more/a.DAE";
+    EXPECT_TRUE(isMostly(image.at(8 + 75, 8 + 128 + 50), redChannel)) << "more/b.dae";
+    EXPECT_TRUE(isMostly(image.at(8 + 25, 8 + 128 + 50), greenChannel)) << "more/b.dae";
+    int written = 0;
+    for (int x = 8; x < 108; ++x) {
+        for (int y = 108; y < 128; ++y) {
+            written += image.at(x, y)[0] > 200 ? 1 : 0;
+        }
+    }
+    EXPECT_GT(written, 50) << "the name of the first document";
+}
+
+TEST(RenderTest, SheetOfAFolderWithoutDocumentsIsOneLine)
+{
+    const TemporaryFile file("text", "notes.txt");
+    const std::string sheet = (file.folder() / "sheet.png").string();
+    for (const std::string& folder : {file.folder().string(), (file.folder() / "nowhere").string()}) {
+        const ProcessResult result = scenetool({"render", "--sheet", folder, "-o", sheet});
+        EXPECT_EQ(result.status, failed);
+        EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
+    }
+    EXPECT_EQ(entriesOf(file.folder()), 1u);
+}
+
+// --- the bundled document
+
+// The picture in the README is what the tool draws.
+TEST(RenderTest, LighthouseLooksAsItIsShown)
+{
+    const TemporaryFile file("", "note.txt");
+    const std::string output = (file.folder() / "lighthouse.png").string();
+    const ProcessResult result = scenetool(
+        {"render", SOURCE_FOLDER "/data/lighthouse.dae", "-o", output, "--time", "2.5", "--background", "9fb8cc"});
+    EXPECT_EQ(result.status, succeeded);
+    EXPECT_EQ(result.errors, "");
+    const Image image = readPng(output);
+    const ImageDifference found = difference(image, readPng(SOURCE_FOLDER "/docs/lighthouse.png"));
+    EXPECT_LT(found.mean, 2.0);
+    EXPECT_LT(found.strayPart, 0.01);
+    // Yellow is at the upper hoist of the flag and black below it, whatever the picture before.
+    EXPECT_GT(image.at(493, 25)[0], 150);
+    EXPECT_LT(image.at(493, 42)[0], 80);
+}
+
+} // namespace

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "Render.h"
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+
+namespace scenetool {
+
+/// The commands of scenetool that draw.
+class PictureCommands {
+public:
+    /// Adds them to a command line, which has to live as long.
+    explicit PictureCommands(CLI::App& app);
+    PictureCommands(const PictureCommands&) = delete;
+    PictureCommands& operator=(const PictureCommands&) = delete;
+
+    /// Whether the command line that was read asks for one of them.
+    bool isParsed() const { return m_render->parsed() || m_view->parsed(); }
+    /// @return the status for the shell: 0, 1 if a document or the drawing fails, 2 for options that do not fit
+    int run();
+
+private:
+    void addViewOptions(CLI::App& command);
+    void checkOptions();
+    void checkRenderOptions();
+    int render();
+    int view();
+    int sheet();
+    void complain(const std::string& file, const std::string& line) const;
+
+    CLI::App* m_render;
+    CLI::App* m_view;
+    std::string m_file;
+    std::string m_folder; ///< of a sheet
+    std::string m_output;
+    std::string m_size;
+    std::string m_up = "y";
+    std::string m_background;
+    unsigned m_frames = 0;
+    bool m_hasBar = false;
+    RenderOptions m_options;
+    SequenceOptions m_sequence;
+};
+
+} // namespace scenetool

@@ -1,0 +1,166 @@
+#include "Render.h"
+
+#include "Info.h"
+#include "Offscreen.h"
+
+#include <algorithm>
+#include <iostream>
+#include <utility>
+
+namespace scenetool {
+
+namespace {
+
+float aspectOf(const RenderOptions& options)
+{
+    return static_cast<float>(options.width) / static_cast<float>(options.height);
+}
+
+Viewpoint viewpointFor(SceneShow& show, const RenderOptions& options)
+{
+    const float aspect = aspectOf(options);
+    return show.camera() ? show.cameraView(*show.camera(), aspect) : viewpointOf(show.framedOrbit(aspect), aspect);
+}
+
+std::string frameFile(const std::string& output, unsigned frame)
+{
+    std::string number = std::to_string(frame);
+    number.insert(0, number.size() < 4 ? 4 - number.size() : 0, '0');
+    const std::size_t end = output.rfind('.');
+    return output.substr(0, end) + "-" + number + output.substr(end);
+}
+
+// Places of geometry that are on or below nodes with a zero matrix, so that nothing is seen of them.
+std::size_t collapsedPlaces(const LoadedScene& loaded, const ScenePose& pose)
+{
+    std::size_t count = 0;
+    for (const libVideo::GeometryTable::Bucket& bucket : loaded.scene().geometryTable()) {
+        for (const libVideo::NodeHandle& node : bucket.value->nodes()) {
+            count += isZero(pose.world(node.get())) ? 1 : 0;
+        }
+    }
+    return count;
+}
+
+} // namespace
+
+SceneShow::SceneShow(LoadedScene& loaded, const RenderOptions& options, Shortfalls::Sink sink)
+    : m_loaded(&loaded),
+      m_options(options),
+      m_shortfalls(std::move(sink)),
+      m_renderer(loaded, m_shortfalls),
+      m_pose(loaded, options.isIdentityForEmpty)
+{
+    if (options.camera && *options.camera >= cameraCount()) {
+        throw PictureUsageError("there is no camera " + std::to_string(*options.camera) + ": the document has " +
+                                std::to_string(cameraCount()) + ", counted from 0");
+    }
+    if (m_renderer.isEmpty()) {
+        throw PictureError("nothing to draw: the scene shows no geometry");
+    }
+    for (const libVideo::CameraInstanceHandle& camera : loaded.scene().cameraList()) {
+        m_restProjections.push_back(camera->projection());
+    }
+    if (!options.isFramed && cameraCount() > 0) {
+        m_camera = options.camera.value_or(0);
+    }
+    if (options.time) {
+        setTime(*options.time);
+    }
+    m_box = boxOf(loaded, m_pose);
+    const std::size_t collapsed = collapsedPlaces(loaded, m_pose);
+    if (m_box.isEmpty()) {
+        throw PictureError(collapsed == 0 ? "nothing to draw: no geometry stands at a finite place"
+                                          : "nothing to draw: all geometry is on or below nodes without transforms, "
+                                            "whose matrix is zero (--identity-for-empty draws it)");
+    }
+    if (collapsed > 0) {
+        m_shortfalls.add("geometry on or below nodes without transforms, in " + std::to_string(collapsed) +
+                         (collapsed == 1 ? " place" : " places") + ", collapses (--identity-for-empty draws it)");
+    }
+}
+
+void SceneShow::setTime(double time)
+{
+    if (!m_loaded->evaluate(time) && m_loaded->failure()) {
+        m_shortfalls.add("the evaluation ended with " + m_loaded->failure()->type + ": " +
+                         printable(m_loaded->failure()->message));
+    }
+    m_pose = ScenePose(*m_loaded, m_options.isIdentityForEmpty);
+}
+
+void SceneShow::draw(const Viewpoint& viewpoint, const DrawOptions& options)
+{
+    m_renderer.draw(m_pose, viewpoint, options);
+}
+
+unsigned SceneShow::cameraCount() const
+{
+    return m_loaded->scene().cameraList().size();
+}
+
+Viewpoint SceneShow::cameraView(unsigned camera, float aspect)
+{
+    const libVideo::CameraInstance& shown = *m_loaded->scene().cameraList()[camera];
+    std::string reason;
+    const std::optional<Viewpoint> viewpoint = viewpointOf(shown, m_pose, m_restProjections[camera], aspect, reason);
+    if (!viewpoint) {
+        m_shortfalls.add("camera " + std::to_string(camera) + " shows nothing, so all is shown: " + reason);
+    }
+    return viewpoint ? *viewpoint : viewpointOf(framedOrbit(aspect), aspect);
+}
+
+Orbit SceneShow::framedOrbit(float aspect) const
+{
+    return framed(m_box, m_options.up, aspect);
+}
+
+double SceneShow::length() const
+{
+    double longest = 0.0;
+    for (const libVideo::Node* const node : m_loaded->nodes()) {
+        longest = std::max(longest, node->animationLength());
+    }
+    for (const libVideo::CameraInstanceHandle& camera : m_loaded->scene().cameraList()) {
+        longest = std::max(longest, camera->camera()->animationLength());
+    }
+    return longest;
+}
+
+void showBar(unsigned done, unsigned all)
+{
+    constexpr unsigned width = 40;
+    const unsigned filled = static_cast<unsigned>(std::uint64_t(width) * done / all);
+    const std::string bar = std::string(filled, '#') + std::string(width - filled, '.');
+    std::cout << "\r[" << bar << "] " << done << " of " << all << " pictures" << (done == all ? "\n" : "")
+              << std::flush;
+}
+
+Picture renderPicture(LoadedScene& loaded, const RenderOptions& options, Shortfalls::Sink sink)
+{
+    SceneShow show(loaded, options, std::move(sink));
+    const Canvas canvas(options.width, options.height);
+    canvas.bind();
+    show.draw(viewpointFor(show, options), options.drawing);
+    return canvas.picture();
+}
+
+void renderSequence(LoadedScene& loaded, const RenderOptions& options, const SequenceOptions& sequence,
+                    const std::string& output, Shortfalls::Sink sink)
+{
+    RenderOptions atStart = options;
+    atStart.time = options.time.value_or(0.0);
+    SceneShow show(loaded, atStart, std::move(sink));
+    const Canvas canvas(options.width, options.height);
+    for (unsigned frame = 0; frame < sequence.frames; ++frame) {
+        show.setTime(*atStart.time + frame / sequence.framesPerSecond);
+        canvas.bind();
+        show.draw(viewpointFor(show, atStart), options.drawing);
+        writePicture(canvas.picture(), frameFile(output, frame));
+        if (sequence.hasBar) {
+            showBar(frame + 1, sequence.frames);
+        }
+    }
+}
+
+} // namespace scenetool

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "Picture.h"
+#include "SceneRenderer.h"
+#include "Viewpoint.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace scenetool {
+
+/// What is asked of a picture that cannot be, by the options alone or by them and the document.
+class PictureUsageError : public PictureError {
+public:
+    using PictureError::PictureError;
+};
+
+/// What a picture of a document shows, and how large it is.
+struct RenderOptions {
+    unsigned width = 960;
+    unsigned height = 640;
+    std::optional<double> time;      ///< seconds; without it the scene stands as the document has it
+    std::optional<unsigned> camera;  ///< of the scene's list; without it the first, or a view of all
+    bool isFramed = false;           ///< a view of all, whatever cameras there are
+    bool isIdentityForEmpty = false; ///< nodes without transforms stand as with the identity
+    UpAxis up = UpAxis::y;           ///< in a view of all
+    DrawOptions drawing;
+};
+
+/// The pictures of one document. Needs a current context of OpenGL 3.3 for as long as it lives.
+class SceneShow {
+public:
+    /// @throws PictureUsageError for a camera that the scene does not have, PictureError without anything to show
+    SceneShow(LoadedScene& loaded, const RenderOptions& options, Shortfalls::Sink sink);
+    SceneShow(const SceneShow&) = delete;
+    SceneShow& operator=(const SceneShow&) = delete;
+
+    /// Puts the scene to a time in seconds.
+    void setTime(double time);
+    /// Draws into the bound framebuffer.
+    void draw(const Viewpoint& viewpoint, const DrawOptions& options);
+    /// What a camera of the scene sees now; what `framedView` shows if it can show nothing.
+    Viewpoint cameraView(unsigned camera, float aspect);
+    /// The camera that the options ask for, else the first; nothing in a scene without any, or for a view of all.
+    std::optional<unsigned> camera() const { return m_camera; }
+    unsigned cameraCount() const;
+    /// All of the scene, as it was at first.
+    Orbit framedOrbit(float aspect) const;
+    /// Seconds after which the longest animation repeats; 0 without any.
+    double length() const;
+
+private:
+    void pose();
+
+    LoadedScene* m_loaded;
+    RenderOptions m_options;
+    Shortfalls m_shortfalls;
+    SceneRenderer m_renderer;
+    ScenePose m_pose;
+    Box m_box;
+    std::vector<Matrix4> m_restProjections;
+    std::optional<unsigned> m_camera;
+};
+
+/// One picture of a document. Needs a current context of OpenGL 3.3.
+/// @throws PictureError if there is nothing to show, or the drawing fails
+Picture renderPicture(LoadedScene& loaded, const RenderOptions& options, Shortfalls::Sink sink);
+
+/// A row of pictures in time.
+struct SequenceOptions {
+    unsigned frames = 1;
+    double framesPerSecond = 25.0;
+    bool hasBar = false; ///< on standard output
+};
+
+/// Redraws a line on standard output, which is a terminal, that says how much of something is done.
+void showBar(unsigned done, unsigned all);
+
+/// Writes "name-0000.png", "name-0001.png" and so on for an output of "name.png". Needs a current context.
+/// @throws PictureError; the pictures before stay
+void renderSequence(LoadedScene& loaded, const RenderOptions& options, const SequenceOptions& sequence,
+                    const std::string& output, Shortfalls::Sink sink);
+
+} // namespace scenetool

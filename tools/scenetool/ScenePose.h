@@ -1,0 +1,53 @@
+#pragma once
+
+#include "LoadedScene.h"
+#include "RenderMath.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace scenetool {
+
+/// A point or spot light where it stands in the world.
+struct PlacedLight {
+    Vector3 position;
+    Vector3 color;
+    /// Factors of 1, of the distance and of its square; 1, 0, 0 for a light that has none.
+    Vector3 attenuation{1.0f, 0.0f, 0.0f};
+    Vector3 direction{0.0f, 0.0f, -1.0f}; ///< into which a spot shines
+    /// Cosines between the direction and the edges of the cone: bright up to the inner one, dark from the outer one on.
+    /// Without a cone both are below -1.
+    float innerCosine = -2.0f;
+    float outerCosine = -2.0f;
+    float exponent = 0.0f; ///< of the cosine, by which a spot falls off towards its edge
+};
+
+/// The scene in the world as its nodes stand now.
+class ScenePose {
+public:
+    /// Composes the local matrices of all nodes down the tree.
+    /// @param isIdentityForEmpty takes the identity for a zero matrix, which a node without transforms has
+    ScenePose(const LoadedScene& loaded, bool isIdentityForEmpty);
+
+    /// Of a node by its place in `LoadedScene::nodes()`.
+    const Matrix4& world(std::size_t node) const { return m_world[node]; }
+    /// The identity for the root and for no node.
+    const Matrix4& world(const libVideo::Node* node) const;
+    /// Of the node above, the identity for one directly below the root.
+    const Matrix4& worldOfParent(const libVideo::Node& node) const { return world(node.parent().get()); }
+    /// Point lights, then spot lights, in the scene's order.
+    const std::vector<PlacedLight>& lights() const { return m_lights; }
+
+private:
+    void placeLights();
+
+    const LoadedScene* m_loaded;
+    std::vector<Matrix4> m_world;
+    std::vector<PlacedLight> m_lights;
+    Matrix4 m_rootWorld = identity();
+};
+
+/// The box around all that the scene shows. Geometry that is collapsed to nothing has no place in it.
+Box boxOf(const LoadedScene& loaded, const ScenePose& pose);
+
+} // namespace scenetool

@@ -1,0 +1,195 @@
+#include "Viewpoint.h"
+
+namespace scenetool {
+
+namespace {
+
+constexpr float air = 1.06f;                // around what is shown whole
+constexpr float verticalScale = 2.4142135f; // cotangent of half of 45 degrees
+
+// Between the space of the viewer, x to the right, y up, z forward and depth from 0 to w, and that of OpenGL.
+Matrix4 glDepth()
+{
+    Matrix4 result = identity();
+    result(2, 2) = 2.0f;
+    result(2, 3) = -1.0f;
+    return result;
+}
+
+Matrix4 projection(float xScale, float yScale, float near, float far)
+{
+    Matrix4 result;
+    result(0, 0) = xScale;
+    result(1, 1) = yScale;
+    result(2, 2) = far / (far - near);
+    result(2, 3) = -near * (far / (far - near));
+    result(3, 2) = 1.0f;
+    return result;
+}
+
+// Rows are the axes of the viewer.
+Matrix4 viewAlong(const Vector3& right, const Vector3& above, const Vector3& forward, const Vector3& eye)
+{
+    const Vector3* const axes[] = {&right, &above, &forward};
+    Matrix4 view = identity();
+    for (unsigned row = 0; row < 3; ++row) {
+        for (unsigned column = 0; column < 3; ++column) {
+            view(row, column) = (*axes[row])[column];
+        }
+        view(row, 3) = -axes[row]->dot(eye);
+    }
+    return view;
+}
+
+struct UpFrame {
+    Vector3 right;
+    Vector3 front; ///< towards the viewer
+    Vector3 up;
+};
+
+// The axes that the document format gives to each choice of up.
+UpFrame frameOf(UpAxis up)
+{
+    switch (up) {
+    case UpAxis::x:
+        return {{0, -1, 0}, {0, 0, 1}, {1, 0, 0}};
+    case UpAxis::z:
+        return {{1, 0, 0}, {0, -1, 0}, {0, 0, 1}};
+    case UpAxis::y:
+        break;
+    }
+    return {{1, 0, 0}, {0, 0, 1}, {0, 1, 0}};
+}
+
+Vector3 combined(const UpFrame& frame, float right, float front, float up)
+{
+    return sum(sum(scaled(frame.right, right), scaled(frame.front, front)), scaled(frame.up, up));
+}
+
+bool isUsable(const Matrix4& projection)
+{
+    return isFinite(projection) && (projection[0] != 0.0f || projection[5] != 0.0f) && projection[14] != 0.0f;
+}
+
+// Widens the projection to the ratio of the picture. A scale that the document does not determine follows the other.
+void fit(Matrix4& projection, float aspect)
+{
+    const float xScale = projection[0] != 0.0f ? projection[0] : projection[5] / aspect;
+    const float yScale = projection[5] != 0.0f ? projection[5] : projection[0] * aspect;
+    const bool isPictureWider = aspect * std::fabs(xScale) >= std::fabs(yScale);
+    projection(0, 0) = isPictureWider ? std::copysign(yScale / aspect, xScale) : xScale;
+    projection(1, 1) = isPictureWider ? yScale : std::copysign(xScale * aspect, yScale);
+}
+
+// To the viewer's space from the world; not finite where the nodes leave no direction.
+Matrix4 viewOf(const libVideo::CameraInstance& camera, const ScenePose& pose)
+{
+    const libVideo::Node& node = *camera.node();
+    const Matrix4& world = pose.world(&node);
+    if (!camera.lookAtNode()) {
+        Matrix4 forward = identity();
+        forward(2, 2) = -1.0f;
+        const std::optional<Matrix4> view = inverse(world);
+        return view ? forward * *view : Matrix4();
+    }
+    const libVideo::Node& target = *camera.lookAtNode();
+    const bool isInWorld = !node.parent()->parent() && !target.parent()->parent();
+    if (isInWorld && !isZero(node.transform())) {
+        Matrix4 mirror = identity();
+        mirror(0, 0) = -1.0f;
+        return mirror * transposed(camera.view());
+    }
+    // The library takes both nodes as they stand, without their parents: where there are any, the same is done in the
+    // world.
+    const Vector3 eye = columnOf(world, 3);
+    const Vector3 forward = (columnOf(pose.world(&target), 3) - eye).normalized();
+    const Vector3 right = forward.cross(columnOf(world, 1)).normalized();
+    return viewAlong(right, right.cross(forward), forward, eye);
+}
+
+} // namespace
+
+Vector3 Orbit::right() const
+{
+    return combined(frameOf(up), std::cos(yaw), -std::sin(yaw), 0.0f);
+}
+
+Vector3 Orbit::above() const
+{
+    return combined(frameOf(up), -std::sin(pitch) * std::sin(yaw), -std::sin(pitch) * std::cos(yaw), std::cos(pitch));
+}
+
+Vector3 Orbit::towards() const
+{
+    return combined(frameOf(up), std::cos(pitch) * std::sin(yaw), std::cos(pitch) * std::cos(yaw), std::sin(pitch));
+}
+
+float Orbit::spanAtTarget() const
+{
+    return 2.0f * distance / verticalScale;
+}
+
+Orbit framed(const Box& box, UpAxis up, float aspect)
+{
+    Orbit orbit;
+    orbit.up = up;
+    if (box.isEmpty()) {
+        return orbit;
+    }
+    orbit.target = box.center();
+    orbit.center = orbit.target;
+    orbit.radius = box.radius() > 0.0f ? box.radius() : 1.0f;
+    // Each corner of the box has to lie between the sides of the picture, with a little air.
+    orbit.distance = 0.0f;
+    for (unsigned i = 0; i < 8; ++i) {
+        const Vector3 corner = box.corner(i);
+        const float across = std::fabs(corner.dot(orbit.right())) * verticalScale / aspect;
+        const float high = std::fabs(corner.dot(orbit.above())) * verticalScale;
+        orbit.distance = std::max(orbit.distance, corner.dot(orbit.towards()) + air * std::max(across, high));
+    }
+    orbit.distance = orbit.distance > 0.0f ? orbit.distance : verticalScale * orbit.radius;
+    return orbit;
+}
+
+Viewpoint viewpointOf(const Orbit& orbit, float aspect)
+{
+    Viewpoint result;
+    const Vector3 towards = orbit.towards();
+    result.eye = sum(orbit.target, scaled(towards, orbit.distance));
+    // The planes stand before and behind the sphere, however far it was moved off.
+    const float depth = (result.eye - orbit.center).dot(towards);
+    const float far = std::max(depth + 2.0f * orbit.radius, 0.1f * orbit.radius);
+    const float near = std::max(depth - 2.0f * orbit.radius, 0.001f * far);
+    result.clipFromWorld = glDepth() * projection(verticalScale / aspect, verticalScale, near, far) *
+                           viewAlong(orbit.right(), orbit.above(), scaled(towards, -1.0f), result.eye);
+    result.hasHeadLight = true;
+    return result;
+}
+
+std::optional<Viewpoint> viewpointOf(const libVideo::CameraInstance& camera, const ScenePose& pose,
+                                     const Matrix4& spareProjection, float aspect, std::string& reason)
+{
+    if (!camera.node() || !camera.camera()) {
+        reason = "it stands on no node";
+        return std::nullopt;
+    }
+    // The library's is for points as rows.
+    Matrix4 projection = transposed(isUsable(camera.projection()) ? camera.projection() : spareProjection);
+    if (!isUsable(transposed(projection))) {
+        reason = "its projection is not usable";
+        return std::nullopt;
+    }
+    fit(projection, aspect);
+    const Matrix4 view = viewOf(camera, pose);
+    const std::optional<Matrix4> back = inverse(view);
+    if (!back) {
+        reason = "its node gives it no direction";
+        return std::nullopt;
+    }
+    Viewpoint result;
+    result.clipFromWorld = glDepth() * projection * view;
+    result.eye = columnOf(*back, 3);
+    return result;
+}
+
+} // namespace scenetool
