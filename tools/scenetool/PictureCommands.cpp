@@ -2,6 +2,8 @@
 
 #include "Info.h"
 #include "Offscreen.h"
+#include "Sandbox.h"
+#include "SharedCell.h"
 #include "Sheet.h"
 #include "Viewer.h"
 
@@ -11,7 +13,9 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <iostream>
+#include <optional>
 
 namespace scenetool {
 
@@ -69,7 +73,7 @@ std::string loadFault(const LoadedScene& loaded)
 
 } // namespace
 
-PictureCommands::PictureCommands(CLI::App& app)
+PictureCommands::PictureCommands(CLI::App& app, SandboxOptions& sandbox) : m_sandbox(sandbox)
 {
     m_render = app.add_subcommand("render", "Draws the scene into a PNG file, or a row of them.");
     m_render->add_option("FILE", m_file, "The document");
@@ -78,6 +82,7 @@ PictureCommands::PictureCommands(CLI::App& app)
     m_render->add_option("-o,--output", m_output, "The picture, with a name that ends in .png")->required();
     addViewOptions(*m_render);
     m_render->add_option("--frames", m_frames, "Draw so many pictures, OUT-0000.png and on, from --time or 0");
+    sandbox.addTo(*m_render);
     m_render->add_option("--fps", m_sequence.framesPerSecond, "How many of them make a second; 25 if not said");
 
     m_view = app.add_subcommand("view", "Shows the scene in a window.");
@@ -177,24 +182,16 @@ int PictureCommands::sheet()
     layout.cellWidth = m_options.width;
     layout.cellHeight = m_options.height;
     const std::vector<std::string> files = documentsIn(m_folder);
-    const OffscreenContext context;
-    const SheetWorker worker = [this](const std::string& file) {
-        SheetCell cell;
-        LoadedScene loaded(file);
-        if (!loaded.isLoaded()) {
-            cell.fault = loadFault(loaded);
-        } else {
-            try {
-                const auto sink = [this, &file](const std::string& line) { complain(file, line); };
-                cell.picture = renderPicture(loaded, m_options, sink);
-            } catch (const PictureError& error) {
-                cell.fault = error.what();
-            }
-        }
-        if (!cell.picture) {
-            complain(file, cell.fault);
-        }
-        return cell;
+    const bool isBoxed = m_sandbox.applyTo(files.size());
+    if (isBoxed && !canDrawInSandbox()) {
+        return failed;
+    }
+    std::optional<OffscreenContext> context;
+    if (!isBoxed) {
+        context.emplace();
+    }
+    const SheetWorker worker = [this, isBoxed](const std::string& file) {
+        return isBoxed ? drawCellInSandbox(file) : drawCell(file);
     };
     const SheetProgress progress = [this](unsigned done, unsigned all) {
         if (m_hasBar) {
@@ -203,6 +200,61 @@ int PictureCommands::sheet()
     };
     writePicture(renderSheet(files, m_folder, layout, worker, progress), m_output);
     return EXIT_SUCCESS;
+}
+
+SheetCell PictureCommands::drawCell(const std::string& file) const
+{
+    SheetCell cell;
+    LoadedScene loaded(file);
+    if (!loaded.isLoaded()) {
+        cell.fault = loadFault(loaded);
+    } else {
+        try {
+            const auto sink = [this, &file](const std::string& line) { complain(file, line); };
+            cell.picture = renderPicture(loaded, m_options, sink);
+        } catch (const PictureError& error) {
+            cell.fault = error.what();
+        }
+    }
+    if (!cell.picture) {
+        complain(file, cell.fault);
+    }
+    return cell;
+}
+
+SheetCell PictureCommands::drawCellInSandbox(const std::string& file) const
+{
+    SharedCell shared(m_options.width, m_options.height);
+    const SandboxResult result = runInSandbox(m_sandbox.limits(), [&] {
+        const OffscreenContext context;
+        shared.put(drawCell(file));
+        return EXIT_SUCCESS;
+    });
+    if (result.failure.empty()) {
+        return shared.take();
+    }
+    SheetCell cell;
+    cell.fault = "the load " + result.failure;
+    complain(file, cell.fault);
+    return cell;
+}
+
+// Tried before the first document. In a child as well, since a driver does not survive being forked.
+bool PictureCommands::canDrawInSandbox() const
+{
+    const SandboxResult result = runInSandbox(m_sandbox.limits(), [this] {
+        try {
+            const OffscreenContext context;
+            return EXIT_SUCCESS;
+        } catch (const PictureError& error) {
+            complain("", error.what());
+            return EXIT_FAILURE;
+        }
+    });
+    if (!result.failure.empty()) {
+        complain("", "the driver " + result.failure);
+    }
+    return result.failure.empty() && result.status == EXIT_SUCCESS;
 }
 
 void PictureCommands::complain(const std::string& file, const std::string& line) const
@@ -215,13 +267,24 @@ void PictureCommands::complain(const std::string& file, const std::string& line)
 int PictureCommands::run()
 {
     m_hasBar = isatty(STDOUT_FILENO) == 1 && (m_frames > 0 || !m_folder.empty());
-    try {
+    return reported([this] {
         checkOptions();
         if (m_view->parsed()) {
             return view();
         }
         checkRenderOptions();
-        return m_folder.empty() ? render() : sheet();
+        if (!m_folder.empty()) {
+            return sheet();
+        }
+        return m_sandbox.run(m_file, 1, [this] { return reported([this] { return render(); }); });
+    });
+}
+
+// Runs an action, and makes a line and a status of what it throws.
+int PictureCommands::reported(const std::function<int()>& action) const
+{
+    try {
+        return action();
     } catch (const PictureUsageError& error) {
         complain("", error.what());
         return usageError;

@@ -1,9 +1,12 @@
 #pragma once
 
 #include "Render.h"
+#include "SandboxOptions.h"
+#include "Sheet.h"
 
 #include <CLI/CLI.hpp>
 
+#include <functional>
 #include <string>
 
 namespace scenetool {
@@ -12,7 +15,8 @@ namespace scenetool {
 class PictureCommands {
 public:
     /// Adds them to a command line, which has to live as long.
-    explicit PictureCommands(CLI::App& app);
+    /// @param sandbox the options that the command of many documents shares with others
+    PictureCommands(CLI::App& app, SandboxOptions& sandbox);
     PictureCommands(const PictureCommands&) = delete;
     PictureCommands& operator=(const PictureCommands&) = delete;
 
@@ -28,8 +32,13 @@ private:
     int render();
     int view();
     int sheet();
+    SheetCell drawCell(const std::string& file) const;
+    SheetCell drawCellInSandbox(const std::string& file) const;
+    bool canDrawInSandbox() const;
+    int reported(const std::function<int()>& action) const;
     void complain(const std::string& file, const std::string& line) const;
 
+    const SandboxOptions& m_sandbox;
     CLI::App* m_render;
     CLI::App* m_view;
     std::string m_file;

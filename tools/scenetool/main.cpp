@@ -1,7 +1,7 @@
 #include "Dump.h"
 #include "Info.h"
 #include "LoadedScene.h"
-#include "Sandbox.h"
+#include "SandboxOptions.h"
 #ifdef SCENETOOL_HAS_PICTURES
 #include "PictureCommands.h"
 #endif
@@ -11,11 +11,8 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
-#include <cstddef>
 #include <cstdlib>
 #include <exception>
-#include <functional>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -67,43 +64,6 @@ int dump(const std::string& file, const std::optional<double>& time, bool folds)
     return loaded.isLoaded() ? EXIT_SUCCESS : loadFailed;
 }
 
-/// Where a document is loaded.
-struct SandboxOptions {
-    bool isWanted = false;
-    bool isUnwanted = false;
-    unsigned seconds = 60;
-    unsigned mebibytes = 4096;
-
-    void addTo(CLI::App& command)
-    {
-        CLI::Option* const wanted = command.add_flag(
-            "--sandbox", isWanted, "Load in a process of its own, with limits; always so for more than one document");
-        command.add_flag("--no-sandbox", isUnwanted, "Load in this process, however many documents")->excludes(wanted);
-        command.add_option("--time-limit", seconds, "Processor seconds for a document in the sandbox")
-            ->check(CLI::Range(1u, 86'400u))
-            ->capture_default_str();
-        command.add_option("--memory-limit", mebibytes, "Mebibytes for a document in the sandbox; 0 sets no limit")
-            ->capture_default_str();
-    }
-
-    /// Runs an action that loads one document of `count`. @return its status
-    int run(const std::string& file, std::size_t count, const std::function<int()>& action) const
-    {
-        if (isUnwanted || (count == 1 && !isWanted)) {
-            return action();
-        }
-        scenetool::SandboxLimits limits;
-        limits.time = std::chrono::seconds(seconds);
-        limits.memory = std::size_t{mebibytes} * 1'048'576u;
-        const scenetool::SandboxResult result = scenetool::runInSandbox(limits, action);
-        if (!result.failure.empty()) {
-            std::cerr << "scenetool: " << scenetool::printable(file) << ": the load " << result.failure << '\n';
-            return loadFailed;
-        }
-        return result.status;
-    }
-};
-
 int run(int argc, char** argv)
 {
     CLI::App app("Shows what a COLLADA 1.4.1 document holds, as the libVideo scene graph loads it.", "scenetool");
@@ -111,7 +71,7 @@ int run(int argc, char** argv)
     app.require_subcommand(1);
 
     std::vector<std::string> files;
-    SandboxOptions sandbox;
+    scenetool::SandboxOptions sandbox;
     bool showsAllNodes = false;
     CLI::App* const infoCommand = app.add_subcommand(
         "info", "Prints counts, the node tree with its transforms and animations, and messages, for people.");
@@ -129,7 +89,7 @@ int run(int argc, char** argv)
     sandbox.addTo(*dumpCommand);
 
 #ifdef SCENETOOL_HAS_PICTURES
-    scenetool::PictureCommands pictures(app);
+    scenetool::PictureCommands pictures(app, sandbox);
 #endif
 
     try {

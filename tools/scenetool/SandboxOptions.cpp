@@ -1,0 +1,44 @@
+#include "SandboxOptions.h"
+
+#include "Info.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <iostream>
+
+namespace scenetool {
+
+void SandboxOptions::addTo(CLI::App& command)
+{
+    CLI::Option* const wanted = command.add_flag(
+        "--sandbox", m_isWanted, "Load in a process of its own, with limits; always so for more than one document");
+    command.add_flag("--no-sandbox", m_isUnwanted, "Load in this process, however many documents")->excludes(wanted);
+    command.add_option("--time-limit", m_seconds, "Processor seconds for a document in the sandbox")
+        ->check(CLI::Range(1u, 86'400u))
+        ->capture_default_str();
+    command.add_option("--memory-limit", m_mebibytes, "Mebibytes for a document in the sandbox; 0 sets no limit")
+        ->capture_default_str();
+}
+
+SandboxLimits SandboxOptions::limits() const
+{
+    SandboxLimits limits;
+    limits.time = std::chrono::seconds(m_seconds);
+    limits.memory = std::size_t{m_mebibytes} * 1'048'576;
+    return limits;
+}
+
+int SandboxOptions::run(const std::string& file, std::size_t documents, const std::function<int()>& action) const
+{
+    if (!applyTo(documents)) {
+        return action();
+    }
+    const SandboxResult result = runInSandbox(limits(), action);
+    if (!result.failure.empty()) {
+        std::cerr << "scenetool: " << printable(file) << ": the load " << result.failure << '\n';
+        return EXIT_FAILURE;
+    }
+    return result.status;
+}
+
+} // namespace scenetool
