@@ -66,7 +66,8 @@ the pretty-printers for gdb, and the guides.")
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION "shows what a COLLADA document holds
 Loads a COLLADA 1.4.1 document as the libVideo scene graph does, and
 shows its node tree with transforms, animations, meshes, materials,
-cameras and lights, for people or as JSON.")
+cameras and lights, for people or as JSON. Draws it into picture files
+and in a window, where it was built with OpenGL.")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION graphics)
@@ -75,5 +76,6 @@ set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS runtime)
 set(CPACK_COMPONENT_TOOLS_DEPENDS runtime)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libcollada-dom-dev, pkg-config")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "gdb")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "libegl1, libgl1-mesa-dri")
 
 include(CPack)

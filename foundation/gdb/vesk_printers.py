@@ -84,6 +84,15 @@ class HashTablePrinter:
         end = " >" if kinds[2].endswith(">") else ">"
         self._bucket = gdb.lookup_type("vesk::_Bucket<%s%s" % (", ".join(kinds), end)).pointer()
 
+    @staticmethod
+    def _next(bucket):
+        try:
+            return bucket["next"]
+        except gdb.error:
+            # Without debug information of the library only the name of this type is known: the pointer follows the one
+            # to the virtual functions.
+            return bucket.cast(bucket.type.pointer())[1]
+
     def to_string(self):
         return "vesk::HashTable of %d" % int(self._rep["m_size"])
 
@@ -96,7 +105,7 @@ class HashTablePrinter:
                 yield "key %d" % number, entry["key"]
                 yield "value %d" % number, entry["value"]
                 number += 1
-                bucket = bucket["next"]
+                bucket = self._next(bucket)
 
     def display_hint(self):
         return "map"
