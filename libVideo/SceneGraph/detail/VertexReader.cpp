@@ -33,10 +33,11 @@ bool VertexReader::addSource(const Source& source, unsigned entry)
         return false;
     }
     const auto& floats = static_cast<const SourceFloat&>(source);
-    if (!floats.m_accessor || typeid(*floats.m_accessor) != typeid(AccessorFloat)) {
+    const Accessor* const base = floats.m_accessor.get();
+    if (base == nullptr || typeid(*base) != typeid(AccessorFloat)) {
         return false;
     }
-    const auto& accessor = static_cast<const AccessorFloat&>(*floats.m_accessor);
+    const auto& accessor = static_cast<const AccessorFloat&>(*base);
     if (accessor.m_floatArray == nullptr || accessor.m_data.size() == 0) {
         return false;
     }
