@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -73,9 +74,11 @@ bool passes(const std::string& text)
     return passPreflight(dae, file.path()).has_value();
 }
 
-// Opens a file in a process of its own, with nothing in between. @return whether that process came to its end, with or
-// without a root, in the processor time that it may take
-bool bareModelSurvives(const std::string& path, rlim_t seconds)
+using Use = std::function<void(domCOLLADA& root)>;
+
+// Opens a file in a process of its own, with nothing in between, and makes use of it. @return whether that process came
+// to its end, with or without a root, in the processor time that it may take
+bool bareModelSurvives(const std::string& path, rlim_t seconds, const Use& use = nullptr)
 {
     const pid_t child = fork();
     if (child == 0) {
@@ -88,7 +91,10 @@ bool bareModelSurvives(const std::string& path, rlim_t seconds)
         dup2(nowhere, STDERR_FILENO);
         {
             DAE dae(nullptr, nullptr, "1.4.1");
-            dae.open(path);
+            domCOLLADA* const root = daeSafeCast<domCOLLADA>(dae.open(path));
+            if (root != nullptr && use) {
+                use(*root);
+            }
         }
         _exit(0);
     }
@@ -172,6 +178,53 @@ INSTANTIATE_TEST_SUITE_P(
                   "</init_from></image></library_images>"),
             2}),
     nameOf);
+
+// --- What it opens, and does not survive to be asked for.
+
+std::string withEffect(const std::string& url, const std::string& newparams)
+{
+    return whole(
+        "<library_materials><material id='m'><instance_effect url='" + url + "'/></material></library_materials>" +
+        "<library_effects><effect id='e'><profile_COMMON>" + newparams +
+        "<technique sid='common'><blinn><diffuse><texture texture='loop' texcoord='UV'/></diffuse></blinn>"
+        "</technique></profile_COMMON></effect></library_effects>"
+        "<library_geometries><geometry id='g'><mesh/></geometry></library_geometries>"
+        "<library_visual_scenes><visual_scene id='scene'><node id='n'><instance_geometry url='#g'><bind_material>"
+        "<technique_common><instance_material symbol='s' target='#m'/></technique_common></bind_material>"
+        "</instance_geometry></node></visual_scene></library_visual_scenes>"
+        "<scene><instance_visual_scene url='#scene'/></scene>");
+}
+
+void expectLoaded(const std::string& path)
+{
+    const LogCapture log;
+    Scene scene;
+    EXPECT_TRUE(scene.createFromCollada(path.c_str())) << log.text();
+}
+
+TEST(DeadlyReferenceTest, NumbersInAFileEndTheBareModelAndLeadNowhere)
+{
+    const TemporaryFile file(withEffect("numbers.raw#e", ""));
+    std::ofstream(file.folder() / "numbers.raw") << "01234567";
+    const Use follow = [](domCOLLADA& root) {
+        root.getLibrary_materials_array()[0]->getMaterial_array()[0]->getInstance_effect()->getUrl().getElement();
+    };
+    EXPECT_FALSE(bareModelSurvives(file.path(), 20, follow)) << "there is no need to keep it away any more";
+    expectLoaded(file.path());
+}
+
+TEST(DeadlyReferenceTest, LoopOfNamesEndsTheBareModelAndIsNotFollowed)
+{
+    const TemporaryFile file(withEffect("#e", "<extra><technique profile='p'><newparam sid='loop'><SIDREF>loop</SIDREF>"
+                                              "</newparam></technique></extra>"));
+    const Use follow = [](domCOLLADA& root) {
+        domFx_profile_abstract* const profile =
+            root.getLibrary_effects_array()[0]->getEffect_array()[0]->getFx_profile_abstract_array()[0];
+        daeSIDResolver(profile, "loop").getElement();
+    };
+    EXPECT_FALSE(bareModelSurvives(file.path(), 20, follow)) << "there is no need to keep it away any more";
+    expectLoaded(file.path());
+}
 
 // --- What it does survive, although it looks much the same.
 
