@@ -4,7 +4,7 @@ namespace vesk::detail {
 
 namespace {
 
-ArrayHeader emptyBlock{0, 0};
+alignas(std::max_align_t) ArrayHeader emptyBlock{0, 0};
 
 } // namespace
 

@@ -26,6 +26,9 @@ const vesk::String& float4x4Word()
     return word;
 }
 
+// Each of the sixteen tokens has room for all of them.
+constexpr std::uint64_t bytesPerMatrix = std::uint64_t{16} * 16 * sizeof(float);
+
 // The type of what a reference leads to; of one into nothing its text, as the document has it.
 const char* typeNameOr(const daeElementRef& element, const daeURI& reference)
 {
@@ -77,12 +80,13 @@ bool AccessorFloat::createFromCollada(const daeSmartRef<domAccessor>& accessor)
         VIDEO_LOG("Data source is not a float array ", typeNameOr(source, accessor->getSource()));
         return false;
     }
-    m_offset = detail::low32(accessor->getOffset());
-    m_stride = calculateStride(accessor);
-    if (!detail::Allowance::take(accessor->getParam_array().getCount(), sizeof(Data))) {
+    if (!isAllowed(*accessor)) {
         VIDEO_LOG("Asks for more memory than the size of the document allows");
+        m_floatArray = nullptr;
         return false;
     }
+    m_offset = detail::low32(accessor->getOffset());
+    m_stride = calculateStride(accessor);
     if (accessor->getParam_array().getCount() == 0) {
         m_data.append(Data(vesk::String::EMPTY(), 1, DATA_TYPE_FLOAT, 0, typeByteSize(DATA_TYPE_FLOAT)));
     } else {
@@ -92,6 +96,22 @@ bool AccessorFloat::createFromCollada(const daeSmartRef<domAccessor>& accessor)
         VIDEO_LOG("Accessor reaches beyond its float array");
     }
     return true;
+}
+
+// Every accessor has components of its own, however many share one element.
+bool AccessorFloat::isAllowed(const domAccessor& accessor) const
+{
+    const domParam_Array& params = accessor.getParam_array();
+    if (!detail::Allowance::take(params.getCount(), sizeof(Data))) {
+        return false;
+    }
+    std::uint64_t bytes = 0;
+    for (std::size_t i = 0; i < params.getCount(); ++i) {
+        const char* const name = params[i]->getName();
+        const bool isMatrix = vesk::String::compareNoCase(params[i]->getType(), float4x4Word()) == 0;
+        bytes += (name != nullptr ? std::strlen(name) : 0) + (isMatrix ? bytesPerMatrix : sizeof(float));
+    }
+    return detail::Allowance::take(bytes, 1);
 }
 
 void AccessorFloat::appendComponents(const domAccessor& accessor)

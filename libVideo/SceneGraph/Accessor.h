@@ -144,6 +144,7 @@ private:
     unsigned typeByteSize(DataType type) const override;
     DataType stringToType(const vesk::String& type) const override;
 
+    bool isAllowed(const domAccessor& accessor) const;
     void appendComponents(const domAccessor& accessor);
     bool reachesBeyondArray() const;
 

@@ -66,6 +66,18 @@ vesk::Array<double> Evolution::*arrayOf(VertexSemantic semantic)
     return semantic == SEMANTIC_IN_TANGENT ? &Evolution::inTangent : &Evolution::outTangent;
 }
 
+// What lies behind the end reads as 0.
+void appendValues(const daeTArray<double>& values, std::size_t start, unsigned count, vesk::Array<double>& numbers)
+{
+    if (start + count <= values.getCount()) {
+        numbers.append(detail::dataOf(values) + start, count);
+        return;
+    }
+    for (unsigned i = 0; i < count; ++i) {
+        numbers.append(detail::valueAt(values, start + i));
+    }
+}
+
 // The records that the array of an input can fill.
 std::uint64_t backedRecords(const domFloat_array* floats, const domName_array* names, unsigned stride)
 {
@@ -207,8 +219,7 @@ bool Animation::createFloatEvolution(const domFloat_array* array, const VertexSe
             }
             m_evolutions[i].time = detail::valueAt(values, start);
         } else {
-            vesk::Array<double>& numbers = m_evolutions[i].*recordArray;
-            numbers.append(detail::dataOf(values) + start, stride); // which is as long as the records need
+            appendValues(values, start, stride, m_evolutions[i].*recordArray);
         }
     }
     return true;

@@ -1,8 +1,10 @@
 #include <libVideo/SceneGraph/Input.h>
 
+#include "detail/Allowance.h"
 #include "detail/Dom.h"
 #include "detail/Log.h"
 
+#include <cstdint>
 #include <cstring>
 
 namespace libVideo {
@@ -13,6 +15,9 @@ VIDEO_SOURCE_PATH("libVideo/SceneGraph/Input")
 namespace {
 
 using SourceHandle = SharedHandle<Source>;
+
+// What a source takes before its components, with all that refers to it.
+constexpr std::uint64_t bytesPerSource = 512;
 
 const char* fragmentOf(const domInputLocalOffset& input)
 {
@@ -204,6 +209,10 @@ void InputLocalOffset::createVertices(const daeSmartRef<domInputLocalOffset>& in
     const domVerticesRef vertices = detail::resolve<domVertices>(input->getSource());
     if (vertices == nullptr) {
         VIDEO_LOG("Input is not a <vertices> element ", fragmentOf(*input));
+        return;
+    }
+    if (!detail::Allowance::take(vertices->getInput_array().getCount(), bytesPerSource)) {
+        VIDEO_LOG("Asks for more memory than the size of the document allows");
         return;
     }
     const InputLocal local(vertices->getInput_array());

@@ -21,6 +21,14 @@ namespace {
 constexpr unsigned mostUnbackedPoints = 1048576;
 constexpr unsigned mostUnbackedBytes = 67108864;
 
+// What a vertex takes in bytes, and something for each source that has to be read for it: one whose layout tells of no
+// bytes may give some.
+std::uint64_t vertexCost(unsigned bytes, unsigned sources)
+{
+    constexpr std::uint64_t costOfARead = 32;
+    return bytes + costOfARead * sources;
+}
+
 unsigned mostPoints(unsigned backed, unsigned recordBytes)
 {
     const unsigned inBytes = recordBytes == 0 ? mostUnbackedPoints : mostUnbackedBytes / recordBytes;
@@ -80,8 +88,8 @@ bool Primitive::createIndexedVertexBuffer(const SharedHandle<InputLocalOffset>& 
         const detail::TupleTable::Place place = known.insert(reader.tuple(c));
         if (place.isNew) {
             if (place.index == allowedVertices) {
-                const unsigned more = allowedVertices < 1024 ? 1024 : allowedVertices;
-                if (!detail::Allowance::take(more, m_bytesPerVertex)) {
+                const unsigned more = allowedVertices < 16 ? 16 : allowedVertices;
+                if (!detail::Allowance::take(more, vertexCost(m_bytesPerVertex, m_vertexLayout.size()))) {
                     VIDEO_LOG("Asks for more memory than the size of the document allows");
                     m_count = 0;
                     m_indexBuffer.clear();
@@ -157,7 +165,7 @@ bool PointCloud::createFromCollada(domVertices* const vertices)
     m_vertexPerPrimitive = 1;
     const unsigned most = mostPoints(input.backedVertices(), m_bytesPerVertex);
     m_count = m_count < most ? m_count : most;
-    if (!detail::Allowance::take(m_count, m_bytesPerVertex)) {
+    if (!detail::Allowance::take(m_count, vertexCost(m_bytesPerVertex, m_vertexLayout.size()))) {
         VIDEO_LOG("Asks for more memory than the size of the document allows");
         m_count = 0;
     }

@@ -33,7 +33,7 @@ public:
     ///     `<scene>` with an `<instance_visual_scene>` that leads to a `<visual_scene>` with a `<node>`, or if a
     ///     scene is loaded already; faults below that are logged by the modules that meet them, and skipped
     /// @throws vesk::AssertionFailure or vesk::IndexOutOfBounds where the document breaks a rule that the reading rests
-    ///     on, vesk::NullPointer if memory ends; the scene stays as far as it got then
+    ///     on, vesk::NullPointer or std::bad_alloc if memory ends; the scene stays as far as it got then
     bool createFromCollada(const vesk::String& path);
 
     VisualScene& visualScene() { return m_visualScene; } ///< The scene; empty before a load. Ends with this object.

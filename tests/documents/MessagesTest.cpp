@@ -366,7 +366,7 @@ std::string heavyTriangles()
                      26'666);
 }
 
-// A million points of 64 bytes that nothing backs. Two of these clouds fit into any load.
+// A million points of 64 bytes that nothing backs. One of these clouds fits into any load.
 std::string unbackedCloud(const std::string& id)
 {
     const std::string claims =
@@ -388,11 +388,25 @@ std::string justTooMuch(std::uint64_t bytesEach, const std::function<std::string
     }
 }
 
+// The sources have no accessor, so that they take nothing else.
+std::string verticesAskedForOften()
+{
+    constexpr unsigned inputs = 2'000;
+    return justTooMuch(inputs * 512, [&](unsigned uses) {
+        return ColladaBuilder(
+                   mesh(source(place) + "<vertices id='v'>" +
+                        repeated("<input semantic='POSITION' source='#s'/>", inputs) + "</vertices>" +
+                        triangles(repeated("<input semantic='VERTEX' source='#v' offset='0'/>", uses), "<p/>", 0)))
+            .addScene(shownNode)
+            .text();
+    });
+}
+
 // The params have no names, so that they are read and make no components.
 std::string sourceAskedForOften()
 {
     const std::string heavy = sourceOfManyParams("<param type='float'/>", 20'000);
-    return justTooMuch(20'000 * sizeof(libVideo::Data), [&](unsigned inputs) {
+    return justTooMuch(20'000 * (sizeof(libVideo::Data) + sizeof(float)), [&](unsigned inputs) {
         return ColladaBuilder(mesh(heavy + triangles(repeated(position, inputs), "<p/>", 0)))
             .addScene(shownNode)
             .text();
@@ -799,14 +813,18 @@ std::vector<Message> geometryMessages()
          "primitive",
          tooMuch,
          {},
-         document("<library_geometries>" + unbackedCloud("g") + unbackedCloud("h") + unbackedCloud("i") +
-                      "</library_geometries>",
-                  "<node id='n'><instance_geometry url='#g'/><instance_geometry url='#h'/><instance_geometry url='#i'/>"
+         document("<library_geometries>" + unbackedCloud("g") + unbackedCloud("h") + "</library_geometries>",
+                  "<node id='n'><instance_geometry url='#g'/><instance_geometry url='#h'/>"
                   "</node>",
                   primitives),
          "true, 1048576 of 67108864 bytes",
-         {"Accessor reaches beyond its float array", "Accessor reaches beyond its float array",
-          "Accessor reaches beyond its float array"}},
+         {"Accessor reaches beyond its float array", "Accessor reaches beyond its float array"}},
+        {"VerticesOfMoreSourcesThanTheDocumentAllows",
+         "input",
+         tooMuch,
+         {},
+         [] { return loadText(verticesAskedForOften(), primitives); },
+         "true, 0 of 0 bytes"},
         {"GeometryThatIsNoMesh",
          "geometry",
          "Program does not handle geometry type other than meshes right now.",

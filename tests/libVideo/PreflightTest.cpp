@@ -390,6 +390,9 @@ TEST(PreflightTest, ReferencesStepUpTo256Times)
 
 TEST(PreflightTest, TextThatIsNoReferenceMayHoldAnyDots)
 {
+    EXPECT_TRUE(passes(whole("<library_nodes name='" + repeated("a..b", 1'000) + "'/>")));
+    EXPECT_TRUE(passes(whole("<library_nodes name='" + repeated(".../", 1'000) + "'/>")));
+    EXPECT_TRUE(passes(whole("<library_nodes name='" + repeated("./", 1'000) + "'/>")));
     EXPECT_TRUE(
         passes(whole("<asset><contributor><comments>" + repeated("../", 1'000) + "</comments></contributor></asset>")));
 }
@@ -487,6 +490,23 @@ TEST(PreflightTest, EncodingsPass)
     EXPECT_TRUE(passes(inUtf16("<?xml version='1.0' encoding='UTF-16'?>" + body, false)));
     EXPECT_TRUE(passes("<?xml version='1.0' encoding='ISO-8859-1'?>" + whole("<library_nodes name='\xE9'/>")));
     EXPECT_FALSE(passes("<?xml version='1.0' encoding='no-such-thing'?>" + body));
+}
+
+// What cannot be decoded halts the parser, which has nothing to say about the form of the document then.
+TEST(PreflightTest, DocumentThatCannotBeDecodedToItsEndIsRefused)
+{
+    const std::string japanese = "<?xml version='1.0' encoding='Shift_JIS'?>";
+    const std::string ascii = "<?xml version='1.0' encoding='US-ASCII'?>";
+    EXPECT_TRUE(passes(japanese + whole("<library_nodes name='\x93\xFA\x96\x7B'/>")));
+    for (const std::size_t length : {10u, 600u, 5'000u, 40'000u}) {
+        const std::string text(length, 'a');
+        EXPECT_FALSE(passes(japanese + rootTag + "<asset/><unknown><!-- " + text + "\xFF\xFF" + text)) << length;
+        EXPECT_FALSE(passes(japanese + rootTag + "<asset/><unknown a='" + text + "\xFF\xFF" + text)) << length;
+        EXPECT_FALSE(passes(japanese + whole("<unknown>" + text + "\xFF\xFF" + text + "</unknown>"))) << length;
+        EXPECT_FALSE(passes(ascii + whole("") + std::string(length, '\xE9'))) << length;
+        EXPECT_FALSE(passes(japanese + whole("") + text + "\x93")) << length;
+    }
+    EXPECT_FALSE(passes(inUtf16("<?xml version='1.0' encoding='UTF-16'?>" + whole(""), true) + "<")) << "half a letter";
 }
 
 TEST(PreflightTest, LimitsHoldInUtf16)

@@ -30,16 +30,16 @@ namespace {
 
 constexpr int uncaughtException = 125;
 
-void limit(int resource, rlim_t value)
+void limit(int resource, rlim_t value, rlim_t grace = 0)
 {
-    const rlimit both{value, value};
-    setrlimit(static_cast<__rlimit_resource>(resource), &both);
+    const rlimit softAndHard{value, value + grace};
+    setrlimit(static_cast<__rlimit_resource>(resource), &softAndHard);
 }
 
 [[noreturn]] void runChild(const SandboxLimits& limits, const std::function<int()>& action)
 {
     limit(RLIMIT_CORE, 0);
-    limit(RLIMIT_CPU, static_cast<rlim_t>(limits.time.count()));
+    limit(RLIMIT_CPU, static_cast<rlim_t>(limits.time.count()), 1);
     if (limits.memory != 0 && SCENETOOL_HAS_ADDRESS_SANITIZER == 0) {
         limit(RLIMIT_AS, limits.memory);
     }
@@ -63,9 +63,10 @@ std::string reasonOf(int signal, const SandboxLimits& limits)
 {
     switch (signal) {
     case SIGXCPU:
-    case SIGKILL: // comes when the one before was not heeded, or when the whole machine is out of memory
     case SIGALRM:
         return "did not come to its end in " + std::to_string(limits.time.count()) + " s";
+    case SIGKILL: // by the system, when the whole machine is out of memory for instance
+        return "was killed";
     default:
         return std::string("was ended by a fault (") + strsignal(signal) + ")";
     }

@@ -105,7 +105,7 @@ public:
     /// @throws IndexOutOfBounds
     const T& operator[](unsigned index) const { return elements(m_block)[checked(index)]; }
 
-    /// Address of the first slot, also of an empty array.
+    /// Address of the first element. There is no slot to write to before the first element was added.
     T* getData() { return elements(m_block); }
     const T* getData() const { return elements(m_block); } ///< Address of the first slot, also of an empty array.
 

@@ -138,14 +138,21 @@ public:
     void add(std::string_view piece)
     {
         for (const char c : piece) {
-            m_dots = c == '.' ? m_dots + 1 : 0;
-            m_count += m_dots == 2 ? 1 : 0;
+            if (c == '/') {
+                m_count += m_isOfDots && m_length == 2 ? 1 : 0;
+                m_isOfDots = true;
+                m_length = 0;
+            } else {
+                m_isOfDots = m_isOfDots && c == '.';
+                ++m_length;
+            }
         }
     }
 
 private:
     std::size_t m_count = 0;
-    std::size_t m_dots = 0;
+    bool m_isOfDots = true; // the current name of the path
+    std::size_t m_length = 0;
 };
 
 std::string_view between(const xmlChar* begin, const xmlChar* end)
@@ -199,10 +206,11 @@ private:
     template <class Action>
     void orRefuse(const Action& action);
     void refuse();
-    bool isRefused() const { return m_isRefused || m_parser == nullptr || m_parser->wellFormed == 0; }
+    bool isRefused() const;
 
     bool feed(const char* bytes, std::size_t size);
     bool isInsideText() const;
+    bool isDecoded() const;
     bool opens(const char* localName, const char* prefix, std::size_t namespaceCount);
     bool pendingTagPasses() const;
     std::size_t startTagSize() const;
@@ -215,6 +223,7 @@ private:
     std::vector<Level> m_levels;
     ParentSteps m_textSteps;
     std::string m_waiting; // of the last piece
+    bool m_hasRoot = false;
     bool m_isRefused = false;
     std::unique_ptr<xmlParserCtxt, ParserDeleter> m_parser;
 };
@@ -292,7 +301,21 @@ bool Checker::finish()
         return false;
     }
     xmlParseChunk(m_parser.get(), m_waiting.data(), static_cast<int>(m_waiting.size()), 1);
-    return !isRefused();
+    return !isRefused() && m_hasRoot && m_levels.empty() && isDecoded();
+}
+
+// The parser also halts where it cannot decode a document, without a word on its form.
+bool Checker::isRefused() const
+{
+    return m_isRefused || m_parser == nullptr || m_parser->wellFormed == 0 || m_parser->disableSAX != 0;
+}
+
+// Whether the parser has seen all that it was given. It drops the end of a document in which a character is cut.
+bool Checker::isDecoded() const
+{
+    const xmlParserInput* const input = m_parser->input;
+    return input == nullptr || input->buf == nullptr || input->buf->encoder == nullptr ||
+           xmlBufUse(input->buf->raw) == 0;
 }
 
 void Checker::refuse()
@@ -333,6 +356,7 @@ bool Checker::opens(const char* localName, const char* prefix, std::size_t names
         return false;
     }
     m_levels.push_back({type, namespaceCount});
+    m_hasRoot = true;
     m_textSteps.restart();
     return true;
 }

@@ -20,7 +20,7 @@ namespace libVideo::detail {
 /// - at most 1 MiB in a start tag, 1,024 attributes in one, 1,024 namespaces at one place, and 256 steps to a parent
 ///   folder in a reference: all of these cost time with their square.
 ///
-/// Reads the file once, in small pieces, and keeps nothing.
+/// Reads the file once, in small pieces. What it keeps grows only with the number of different names.
 /// @param dae knows the types of elements; nothing is opened in it
 /// @return the number of bytes of the document, uncompressed; nothing if it is refused
 std::optional<std::uint64_t> passPreflight(DAE& dae, const std::filesystem::path& file);

@@ -138,9 +138,11 @@ daeDocument* ReferenceResolver::openReferenced(const daeURI& reference)
     // Once for each file, under whatever names it is asked for, and whether it opens or not.
     const auto [entry, isNew] = m_documents.try_emplace(place.string(), nullptr);
     if (isNew) {
+        const std::string name = entry->first; // opening may ask for further files
         if (daeElement* const root = openFile(*dae, file)) {
-            entry->second = root->getDocument();
+            m_documents[name] = root->getDocument();
         }
+        return m_documents[name];
     }
     return entry->second;
 }

@@ -1,0 +1,186 @@
+#include "support/ColladaBuilder.h"
+
+#include <vesk/Exception.h>
+#include <vesk/Logging.h>
+
+#include <libVideo/SceneGraph/Scene.h>
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <functional>
+#include <ostream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+// Small documents that ask for much, and the memory that their loads take, as the system counts it.
+
+#if !defined(__SANITIZE_ADDRESS__)
+
+namespace {
+
+using libVideo::Scene;
+using testSupport::ColladaBuilder;
+using testSupport::TemporaryFile;
+
+std::string repeated(const std::string& text, unsigned count)
+{
+    std::string all;
+    for (unsigned i = 0; i < count; ++i) {
+        all += text;
+    }
+    return all;
+}
+
+// The most memory of a process that loads a document, in bytes; 0 if it did not come to its end.
+std::uint64_t peakOfLoad(const std::string& path)
+{
+    int ends[2] = {};
+    if (pipe(ends) != 0) {
+        return 0;
+    }
+    const pid_t child = fork();
+    if (child == 0) {
+        vesk::LogFactory::setHandler(
+            [](const vesk::Logger&, vesk::LoggerPriority::LOGGER_PRIORITY, const vesk::String&) {});
+        const auto peak = [] {
+            rusage usage = {};
+            getrusage(RUSAGE_SELF, &usage);
+            return static_cast<std::uint64_t>(usage.ru_maxrss) * 1'024;
+        };
+        const std::uint64_t before = peak();
+        try {
+            Scene scene;
+            scene.createFromCollada(path.c_str());
+        } catch (const vesk::Exception&) {
+            // the document's own
+        }
+        const std::uint64_t taken = peak() - before;
+        const bool isTold = write(ends[1], &taken, sizeof taken) == sizeof taken;
+        _exit(isTold ? 0 : 1);
+    }
+    close(ends[1]);
+    std::uint64_t taken = 0;
+    const bool isHeard = read(ends[0], &taken, sizeof taken) == sizeof taken;
+    close(ends[0]);
+    int status = 0;
+    waitpid(child, &status, 0);
+    return isHeard && WIFEXITED(status) && WEXITSTATUS(status) == 0 ? taken : 0;
+}
+
+struct Row {
+    const char* name;
+    std::function<std::string()> libraries;
+};
+
+std::ostream& operator<<(std::ostream& stream, const Row& row)
+{
+    return stream << row.name;
+}
+
+const std::string array = "<float_array id='a' count='3'>1 2 3</float_array>";
+
+std::string source(const std::string& params, unsigned count = 1, unsigned stride = 3)
+{
+    return "<source id='s'>" + array + "<technique_common><accessor source='#a' count='" + std::to_string(count) +
+           "' stride='" + std::to_string(stride) + "'>" + params + "</accessor></technique_common></source>";
+}
+
+std::string mesh(const std::string& content)
+{
+    return "<library_geometries><geometry id='g'><mesh>" + content + "</mesh></geometry></library_geometries>";
+}
+
+std::string cloud(const std::string& sourceText, unsigned inputs)
+{
+    return mesh(sourceText + "<vertices id='v'>" + repeated("<input semantic='POSITION' source='#s'/>", inputs) +
+                "</vertices>");
+}
+
+std::string triangles(const std::string& sourceText, unsigned inputs, unsigned corners)
+{
+    std::string indices;
+    for (unsigned i = 0; i < corners; ++i) {
+        indices += "0 " + std::to_string(i) + " ";
+    }
+    return mesh(sourceText + "<triangles count='" + std::to_string(corners / 3) + "'>" +
+                repeated("<input semantic='POSITION' source='#s' offset='0'/>", inputs) +
+                "<input semantic='NORMAL' source='#nothing' offset='1'/><p>" + indices + "</p></triangles>");
+}
+
+std::string animations(unsigned count, const std::string& inputs, const std::string& sources)
+{
+    std::string all;
+    for (unsigned i = 0; i < count; ++i) {
+        const std::string number = std::to_string(i);
+        all += "<animation><sampler id='m" + number + "'>" + inputs + "</sampler><channel source='#m" + number +
+               "' target='n/t'/></animation>";
+    }
+    return "<library_animations><animation>" + sources + "</animation>" + all + "</library_animations>";
+}
+
+class MemoryBoundTest : public testing::TestWithParam<Row> {};
+
+TEST_P(MemoryBoundTest, LoadTakesAFixedMultipleOfTheDocument)
+{
+    const std::string text =
+        ColladaBuilder(GetParam().libraries()).addScene("<node id='n'><instance_geometry url='#g'/></node>").text();
+    const TemporaryFile file(text);
+    const std::uint64_t taken = peakOfLoad(file.path());
+    ASSERT_LT(0u, taken) << "the process did not come to its end";
+    // What is allowed, three times: an array that grows stands beside its successor, and has room for more than it holds.
+    EXPECT_LT(taken, 3 * (std::uint64_t{134'217'728} + 64 * text.size()) + 64'000'000) << text.size() << " bytes";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Documents, MemoryBoundTest,
+    testing::Values(
+        Row{"CloudOfManyInputsWithoutParams", [] { return cloud(source("", 1'048'576), 1'000); }},
+        Row{"CloudOfUnnamedParams", [] { return cloud(source("<param type='float'/>", 1'048'576), 100); }},
+        Row{"CloudOfWideRecords",
+            [] { return cloud(source(repeated("<param name='X' type='float4x4'/>", 100), 1'048'576), 10); }},
+        Row{"TrianglesOfManyBareSources",
+            [] { return triangles("<source id='s'>" + array + "</source>", 4'000, 30'000); }},
+        Row{"TrianglesOfWideVertices",
+            [] { return triangles(source(repeated("<param name='X' type='float'/>", 5'000)), 1, 90'000); }},
+        Row{"AccessorsOfALongName",
+            [] { return cloud(source("<param name='" + std::string(1'000'000, 'x') + "' type='float'/>"), 1'500); }},
+        Row{"AccessorsOfManyMatrices",
+            [] { return cloud(source(repeated("<param name='X' type='float4x4'/>", 2'000)), 700); }},
+        Row{"VerticesAskedForOften",
+            [] {
+                return mesh(
+                    "<source id='s'>" + array + "</source><vertices id='v'>" +
+                    repeated("<input semantic='POSITION' source='#s'/>", 3'000) + "</vertices><triangles count='1'>" +
+                    repeated("<input semantic='VERTEX' source='#v' offset='0'/>", 3'000) + "<p>0 0 0</p></triangles>");
+            }},
+        Row{"OutputsAskedForOften",
+            [] {
+                return animations(
+                    1, repeated("<input semantic='OUTPUT' source='#s'/>", 3'000),
+                    "<source id='s'><float_array id='a' count='100000'>" + repeated("0 ", 100'000) +
+                        "</float_array><technique_common><accessor source='#a' count='1000' stride='100'/>"
+                        "</technique_common></source>");
+            }},
+        Row{"CurvesThatShareTheirKeys",
+            [] {
+                return animations(
+                    3'000, "<input semantic='INPUT' source='#s'/><input semantic='OUTPUT' source='#s'/>",
+                    "<source id='s'><float_array id='a' count='100000'>" + repeated("0 ", 100'000) +
+                        "</float_array><technique_common><accessor source='#a' count='100000' stride='1'/>"
+                        "</technique_common></source>");
+            }},
+        Row{"KeysThatNothingBacks",
+            [] {
+                return animations(
+                    300, "<input semantic='INPUT' source='#s'/>",
+                    "<source id='s'><technique_common><accessor count='1048576'/></technique_common></source>");
+            }}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+} // namespace
+
+#endif
