@@ -765,7 +765,7 @@ INSTANTIATE_TEST_SUITE_P(
 template <class T>
 class MadeInUsedMemory {
 public:
-    MadeInUsedMemory() : m_memory(new std::max_align_t[sizeof(T) / sizeof(std::max_align_t) + 1])
+    MadeInUsedMemory() : m_memory(new Memory)
     {
         // The compiler knows nothing of the call, so it cannot drop what happens before the object's life.
         static void* (*const volatile fill)(void*, int, std::size_t) = std::memset;
@@ -778,7 +778,11 @@ public:
     T& operator*() const { return *m_object; }
 
 private:
-    std::unique_ptr<std::max_align_t[]> m_memory;
+    struct alignas(T) Memory {
+        unsigned char bytes[sizeof(T)];
+    };
+
+    std::unique_ptr<Memory> m_memory;
     T* m_object;
 };
 
