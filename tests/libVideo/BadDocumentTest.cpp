@@ -714,6 +714,8 @@ INSTANTIATE_TEST_SUITE_P(
                   {noTexture}, white + ", texture '', and the geometry"),
         effectRow("NewparamBeforeTheImageOfItsName", sampler("i") + surface(ofImage), shaderOf("blinn", textureOf("i")),
                   {}, white + ", texture './i.png', and the geometry"),
+        effectRow("NewparamWhoseNameLooksLikeAPath", sampler("maps/skin") + surface(ofImage),
+                  shaderOf("blinn", textureOf("maps/skin")), {}, white + ", texture './i.png', and the geometry"),
         effectRow("PathToANewparam", sampler("sampler") + surface(ofImage),
                   shaderOf("blinn", textureOf("profile/sampler")), {}, white + ", texture './i.png', and the geometry"),
         effectRow("ImageOfAnEmptyFile", sampler("sampler") + surface("<init_from>empty</init_from>"),
