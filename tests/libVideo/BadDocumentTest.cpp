@@ -1,0 +1,928 @@
+#include "support/ColladaBuilder.h"
+#include "support/LogCapture.h"
+#include "support/PrivateAccess.h"
+
+#include <vesk/Array.h>
+#include <vesk/Exception.h>
+
+#include <libVideo/SceneGraph/Accessor.h>
+#include <libVideo/SceneGraph/Animation.h>
+#include <libVideo/SceneGraph/Camera.h>
+#include <libVideo/SceneGraph/Geometry.h>
+#include <libVideo/SceneGraph/Input.h>
+#include <libVideo/SceneGraph/Instance.h>
+#include <libVideo/SceneGraph/Light.h>
+#include <libVideo/SceneGraph/Material.h>
+#include <libVideo/SceneGraph/Node.h>
+#include <libVideo/SceneGraph/Primitive.h>
+#include <libVideo/SceneGraph/Scene.h>
+#include <libVideo/SceneGraph/Source.h>
+#include <libVideo/SceneGraph/Texture.h>
+#include <libVideo/SceneGraph/Transformation.h>
+#include <libVideo/SceneGraph/VisualScene.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <new>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+// What is wrong in a document costs a line and the least that can be skipped: whole documents, each with one fault, from
+// the file to what a renderer gets.
+
+PRIVATE_MEMBER(BadRotationAngle, double libVideo::Rotation::*, &libVideo::Rotation::m_angle)
+PRIVATE_MEMBER(BadMaterialProfile, domProfile_COMMON* libVideo::BlinnMaterial::*, &libVideo::BlinnMaterial::m_profile)
+PRIVATE_MEMBER(BadSceneReserved, std::uint64_t libVideo::Scene::*, &libVideo::Scene::m_reserved)
+PRIVATE_MEMBER(BadVisualSceneReserved, unsigned libVideo::VisualScene::*, &libVideo::VisualScene::m_reserved)
+
+namespace {
+
+using libVideo::Scene;
+using libVideo::VisualScene;
+using testSupport::ColladaBuilder;
+using testSupport::LogCapture;
+using testSupport::LogLine;
+using testSupport::TemporaryFile;
+using Texts = std::vector<std::string>;
+
+// --- a document, and what came of it ---
+
+/// Tells in words what stands in a scene that loaded; lines that this brings about count with those of the load.
+using Describe = std::function<std::string(VisualScene&)>;
+
+struct BadDocument {
+    const char* name;
+    std::string libraries;
+    std::string nodes;
+    Texts lines; ///< "channel: words", the channel without "libVideo."; each of priority 3
+    Describe describe;
+    std::string result;
+};
+
+void PrintTo(const BadDocument& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class BadDocumentTest : public testing::TestWithParam<BadDocument> {};
+
+Texts linesOf(const LogCapture& log)
+{
+    const std::string prefix = "libVideo.";
+    Texts lines;
+    for (const LogLine& line : log.lines()) {
+        EXPECT_EQ(3, line.priority) << line.text;
+        EXPECT_EQ(prefix, line.channel.substr(0, prefix.size()));
+        lines.push_back(line.channel.substr(prefix.size()) + ": " + line.words());
+    }
+    return lines;
+}
+
+TEST_P(BadDocumentTest, CostsItsLinesAndDeliversTheRest)
+{
+    const BadDocument& row = GetParam();
+    const TemporaryFile file(ColladaBuilder(row.libraries).addScene(row.nodes).text());
+    Scene scene;
+    const LogCapture log;
+    ASSERT_TRUE(scene.createFromCollada(file.path().c_str()));
+    EXPECT_EQ(row.result, row.describe(scene.visualScene()));
+    EXPECT_EQ(row.lines, linesOf(log));
+}
+
+std::string nameOf(const testing::TestParamInfo<BadDocument>& row)
+{
+    return row.param.name;
+}
+
+/// With six digits; a zero has no sign.
+std::string number(double value)
+{
+    char text[32];
+    (void)std::snprintf(text, sizeof(text), "%g", value == 0.0 ? 0.0 : value);
+    return text;
+}
+
+template <class Numbers>
+std::string listed(const Numbers& numbers, unsigned count)
+{
+    std::string text;
+    for (unsigned i = 0; i < count; ++i) {
+        text += (i == 0 ? "" : " ") + number(double(numbers[i]));
+    }
+    return text;
+}
+
+std::string repeated(const std::string& text, unsigned count)
+{
+    std::string all;
+    for (unsigned i = 0; i < count; ++i) {
+        all += text;
+    }
+    return all;
+}
+
+libVideo::Node& firstNode(VisualScene& scene)
+{
+    return *scene.root().children()[0];
+}
+
+// --- parts of documents ---
+
+std::string array(const std::string& kind, const std::string& id, unsigned count, const std::string& values)
+{
+    return "<" + kind + " id='" + id + "-array' count='" + std::to_string(count) + "'>" + values + "</" + kind + ">";
+}
+
+std::string floats(const std::string& id, const std::string& values, unsigned count)
+{
+    return array("float_array", id, count, values);
+}
+
+std::string accessor(const std::string& reference, const std::string& attributes, const std::string& params = "")
+{
+    return "<technique_common><accessor source='" + reference + "' " + attributes + ">" + params +
+           "</accessor></technique_common>";
+}
+
+std::string source(const std::string& id, const std::string& content)
+{
+    return "<source id='" + id + "'>" + content + "</source>";
+}
+
+const std::string oneFloat = "<param name='X' type='float'/>";
+const std::string xyz = "<param name='X' type='float'/><param name='Y' type='float'/><param name='Z' type='float'/>";
+
+/// A source of records of single floats.
+std::string heights(const std::string& id, const std::string& values, unsigned count)
+{
+    return source(id, floats(id, values, count) +
+                          accessor("#" + id + "-array", "count='" + std::to_string(count) + "' stride='1'", oneFloat));
+}
+
+std::string input(const std::string& semantic, const std::string& id)
+{
+    return "<input semantic='" + semantic + "' source='#" + id + "'/>";
+}
+
+std::string pick(const std::string& semantic, const std::string& id, unsigned offset = 0)
+{
+    return "<input semantic='" + semantic + "' source='#" + id + "' offset='" + std::to_string(offset) + "'/>";
+}
+
+std::string triangles(const std::string& inputs, const std::string& count, const std::string& list)
+{
+    return "<triangles count='" + count + "'>" + inputs + list + "</triangles>";
+}
+
+std::string mesh(const std::string& content)
+{
+    return "<library_geometries><geometry id='g'><mesh>" + content + "</mesh></geometry></library_geometries>";
+}
+
+const std::string shown = "<node id='n'><instance_geometry url='#g'/></node>";
+
+// --- what stands in a scene, in words ---
+
+std::string valuesOf(libVideo::Primitive& primitive)
+{
+    std::vector<float> values(primitive.totalByteSize() / sizeof(float));
+    if (!values.empty()) {
+        std::memcpy(values.data(), primitive.vertexBuffer().get(), values.size() * sizeof(float));
+    }
+    return listed(values, unsigned(values.size()));
+}
+
+std::string kindOf(const libVideo::Primitive& primitive)
+{
+    return primitive.type() == libVideo::PRIMITIVE_TRIANGLE_LIST ? "triangles"
+           : primitive.type() == libVideo::PRIMITIVE_POINT_CLOUD ? "points"
+                                                                 : "nothing";
+}
+
+libVideo::Primitive& onlyPrimitive(VisualScene& scene)
+{
+    const auto* const bucket = scene.geometryTable().lookup("g");
+    if (bucket == nullptr || bucket->value->mesh().primitives().size() != 1) {
+        throw std::runtime_error("there is not one primitive");
+    }
+    return *bucket->value->mesh().primitives()[0];
+}
+
+std::string primitive(VisualScene& scene)
+{
+    libVideo::Primitive& only = onlyPrimitive(scene);
+    const vesk::Array<unsigned>& indices = only.indexBuffer();
+    return std::to_string(only.count()) + " " + kindOf(only) + " [" + listed(indices, indices.size()) + "] of [" +
+           valuesOf(only) + "]";
+}
+
+std::string bareSourcePrimitive(VisualScene& scene)
+{
+    return primitive(scene) + ", " + std::to_string(onlyPrimitive(scene).bytesPerVertex()) + " bytes each";
+}
+
+/// A large cloud by its size and the points around the end of an array.
+std::string cloudAround(VisualScene& scene, const std::vector<unsigned>& places)
+{
+    libVideo::Primitive& cloud = onlyPrimitive(scene);
+    std::string text = std::to_string(cloud.count()) + " " + kindOf(cloud) + " in " +
+                       std::to_string(cloud.totalByteSize()) + " bytes:";
+    for (const unsigned place : places) {
+        float value = -1.0f;
+        std::memcpy(&value, cloud.vertexBuffer().get() + std::size_t(place) * sizeof(value), sizeof(value));
+        text += " " + number(double(value));
+    }
+    return text;
+}
+
+std::string material(VisualScene& scene)
+{
+    const auto* const bucket = scene.blinnMaterialTable().lookup("skin");
+    const std::string geometry = scene.geometryTable().lookup("g") == nullptr ? "" : ", and the geometry";
+    if (bucket == nullptr) {
+        return "no material" + geometry;
+    }
+    const libVideo::BlinnMaterial::Component& component = bucket->value->component();
+    const std::string texture = component.diffuseTexture
+                                    ? ", texture '" + std::string(component.diffuseTexture->textureFile().data()) + "'"
+                                    : "";
+    return "diffuse " + listed(component.diffuse, 3) + ", shininess " + number(double(component.shininess)) + texture +
+           geometry;
+}
+
+std::string transform(VisualScene& scene)
+{
+    return listed(firstNode(scene).transform(), 16);
+}
+
+/// Whether the first node is animated, for how long, and where it is after a second.
+std::string motion(VisualScene& scene)
+{
+    libVideo::Node& node = firstNode(scene);
+    return std::string(node.hasAnimation() ? "moves " : "rests ") + number(node.animationLength()) + ": " +
+           listed(node.position(1.0), 3);
+}
+
+std::string cameraCount(VisualScene& scene)
+{
+    return std::to_string(scene.cameraList().size()) + " cameras";
+}
+
+std::string pointLight(VisualScene& scene)
+{
+    const libVideo::PointLight& light = *scene.pointLightList()[0]->pointLight();
+    return "color " + listed(light.color(), 3) + ", fades " + number(double(light.constantAttenuation())) + " " +
+           number(double(light.linearAttenuation())) + " " + number(double(light.quadraticAttenuation()));
+}
+
+std::string spotLight(VisualScene& scene)
+{
+    const libVideo::SpotLight& light = *scene.spotLightList()[0]->spotLight();
+    return "color " + listed(light.color(), 3) + ", fades " + number(double(light.constantAttenuation())) + " " +
+           number(double(light.linearAttenuation())) + " " + number(double(light.quadraticAttenuation())) + ", cone " +
+           number(double(light.innerConeAngle())) + " " + number(double(light.outerConeAngle())) + " " +
+           number(double(light.falloffExponent()));
+}
+
+// --- meshes ---
+
+const char* const beyondArray = "accessor: Accessor reaches beyond its float array";
+const char* const fewerIndices = "primitive: Triangles have fewer indices than their count";
+const char* const unknownFog = "input: Does not recognize input semantic FOG";
+const char* const noInputOfUse = "input: createFromCollada failed";
+const char* const noClass = "input: Does not have a class representation for source ";
+
+// Four places of three numbers.
+const std::string places =
+    source("s", floats("s", "1 2 3 4 5 6 7 8 9 10 11 12", 12) + accessor("#s-array", "count='4' stride='3'", xyz));
+
+BadDocument meshRow(const char* name, const std::string& content, const Texts& lines, const char* result,
+                    const Describe& describe = primitive)
+{
+    return {name, mesh(content), shown, lines, describe, result};
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Sources, BadDocumentTest,
+    testing::Values(
+        meshRow("ArrayShorterThanItsAccessor",
+                source("s", floats("s", "1 2 3 4 5", 5) + accessor("#s-array", "count='3' stride='3'", xyz)) +
+                    triangles(pick("POSITION", "s"), "1", "<p>0 1 2</p>"),
+                {beyondArray}, "1 triangles [0 1 2] of [1 2 3 4 5 0 0 0 0]"),
+        meshRow("AccessorOfNothing",
+                source("s", floats("s", "1 2 3", 3) + accessor("#nowhere", "count='1' stride='3'", xyz)) +
+                    triangles(pick("POSITION", "s"), "1", "<p>0 0 0</p>"),
+                {"accessor: Data source is not a float array #nowhere", "accessor: No data to read from the accessor"},
+                "1 triangles [0 0 0] of []"),
+        meshRow("AccessorWhoseReferenceIsLost",
+                source("s", floats("s", "1 2 3", 3) + accessor("#a[1]", "count='1' stride='3'", xyz)) +
+                    triangles(pick("POSITION", "s"), "1", "<p>0 0 0</p>"),
+                {"accessor: Data source is not a float array ", "accessor: No data to read from the accessor"},
+                "1 triangles [0 0 0] of []"),
+        meshRow("SourceOfNothing", triangles(pick("POSITION", "nowhere"), "1", "<p>0 0 0</p>"),
+                {"source: Element #nowhere is not a source", std::string(noClass) + "nowhere", noInputOfUse},
+                "1 triangles [0 0 0] of []"),
+        meshRow("SourceWhoseReferenceIsLost", triangles(pick("POSITION", "a[1]"), "1", "<p>0 0 0</p>"),
+                {"source: Element  is not a source", noClass, noInputOfUse}, "1 triangles [0 0 0] of []"),
+        meshRow("SourceWithoutAFloatArray",
+                source("s", array("Name_array", "s", 1, "A")) + triangles(pick("POSITION", "s"), "1", "<p>0 0 0</p>"),
+                {"source: Source has no float array", std::string(noClass) + "s", noInputOfUse},
+                "1 triangles [0 0 0] of []"),
+        meshRow("SourceWithoutAFloatArrayBesideAGoodOne",
+                places + source("bad", "") +
+                    triangles(pick("POSITION", "s") + pick("NORMAL", "bad"), "1", "<p>3 0 3</p>"),
+                {"source: Source has no float array", std::string(noClass) + "bad"},
+                "1 triangles [0 1 0] of [10 11 12 1 2 3]"),
+        // Bytes come out that no layout counts, as of a source that has no technique at all.
+        meshRow("TechniqueWithoutAnAccessor",
+                source("s", floats("s", "5 6 7", 3) + "<technique_common/>") +
+                    triangles(pick("POSITION", "s"), "1", "<p>2 1 0</p>"),
+                {}, "1 triangles [0 1 2] of [7 6 5], 0 bytes each", bareSourcePrimitive),
+        meshRow("SourceWithoutATechnique",
+                source("s", floats("s", "5 6 7", 3)) + triangles(pick("POSITION", "s"), "1", "<p>2 1 0</p>"), {},
+                "1 triangles [0 1 2] of [7 6 5], 0 bytes each", bareSourcePrimitive)),
+    nameOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    Triangles, BadDocumentTest,
+    testing::Values(
+        meshRow("ListShorterThanItsCount", places + triangles(pick("POSITION", "s"), "3", "<p>0 1 2 2 1 3 3</p>"),
+                {fewerIndices}, "2 triangles [0 1 2 2 1 3] of [1 2 3 4 5 6 7 8 9 10 11 12]"),
+        meshRow("ListOfHalfATriangle", places + triangles(pick("POSITION", "s"), "1", "<p>0 1</p>"), {fewerIndices},
+                "0 triangles [] of []"),
+        meshRow("NoList", places + triangles(pick("POSITION", "s"), "2", ""), {fewerIndices}, "0 triangles [] of []"),
+        meshRow("CountOfAllOnes", places + triangles(pick("POSITION", "s"), "4294967295", "<p>3 2 1</p>"),
+                {fewerIndices}, "1 triangles [0 1 2] of [10 11 12 7 8 9 4 5 6]"),
+        meshRow("NoInputOfUseKeepsTheCount", places + triangles(pick("FOG", "s"), "2", "<p>5 6 7 7 6 5</p>"),
+                {unknownFog, noInputOfUse}, "2 triangles [0 0 0 0 0 0] of []"),
+        meshRow("NoInputOfUseAndAShortList", places + triangles(pick("FOG", "s"), "4294967295", "<p>5 6 7 7</p>"),
+                {unknownFog, noInputOfUse, fewerIndices}, "1 triangles [0 0 0] of []"),
+        meshRow("NoInputOfUseAndNoList", places + triangles(pick("FOG", "s"), "3", ""),
+                {unknownFog, noInputOfUse, fewerIndices}, "0 triangles [] of []"),
+        // Two offsets make steps of two, so what an input at offset 2 picks last stands behind the end.
+        meshRow("GapInTheOffsets",
+                heights("h", "10 11 12 13", 4) + heights("k", "20 21 22 23", 4) +
+                    triangles(pick("POSITION", "h") + pick("NORMAL", "k", 2), "1", "<p>1 9 2 9 3 9</p>"),
+                {}, "1 triangles [0 1 2] of [11 22 12 23 13 20]"),
+        meshRow("LinesOfInputsComeFirst",
+                places + triangles(pick("POSITION", "s") + pick("FOG", "s"), "2", "<p>0 1 2</p>"),
+                {unknownFog, fewerIndices}, "1 triangles [0 1 2] of [1 2 3 4 5 6 7 8 9]")),
+    nameOf);
+
+std::string cloud(const std::string& sources, const std::string& inputs)
+{
+    return sources + "<vertices id='v'>" + inputs + "</vertices>";
+}
+
+std::string claimed(const std::string& id, const std::string& values, const std::string& count)
+{
+    return source(id, floats(id, values, 1) + accessor("#" + id + "-array", "count='" + count + "'", oneFloat));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Clouds, BadDocumentTest,
+    testing::Values(meshRow("FewUnbackedPoints", cloud(claimed("s", "1.5 2.5", "5"), input("POSITION", "s")),
+                            {beyondArray}, "5 points [] of [1.5 2.5 0 0 0]"),
+                    meshRow("ManyUnbackedPoints", cloud(claimed("s", "1.5 2.5", "4294967295"), input("POSITION", "s")),
+                            {beyondArray}, "1048576 points in 4194304 bytes: 1.5 2.5 0 0",
+                            [](VisualScene& scene) {
+                                return cloudAround(scene, {0, 1, 2, 1048575});
+                            }),
+                    meshRow("AsManyPointsAsTheLongestArrayBacks",
+                            cloud(claimed("s", "1.5", "2000000") + claimed("t", repeated("3 4 ", 524290), "2000000"),
+                                  input("POSITION", "s") + input("NORMAL", "t")),
+                            {beyondArray, beyondArray}, "1048580 points in 8388640 bytes: 1.5 3 0 4 0 4",
+                            [](VisualScene& scene) {
+                                return cloudAround(scene, {0, 1, 2, 3, 2097158, 2097159});
+                            })),
+    nameOf);
+
+// --- animations ---
+
+const char* const shortArray = "animation: Cannot create an animation because an array is shorter than its accessor "
+                               "says.";
+const char* const otherCounts = "animation: Cannot create an animation because the counts of all the inputs do not "
+                                "match.";
+const char* const noTarget = "visualScene: Unable to find the animation's target node with id: ";
+
+std::string curve(const std::string& sources, const std::string& inputs, const std::string& target = "n/t")
+{
+    return "<animation>" + sources + "<sampler id='" + target + "-sampler'>" + inputs + "</sampler><channel source='#" +
+           target + "-sampler' target='" + target + "'/></animation>";
+}
+
+std::string keys(const std::string& id, const std::string& values, const std::string& attributes)
+{
+    return source(id, floats(id, values, 1) + accessor("#" + id + "-array", attributes));
+}
+
+const std::string movable = "<node id='n'><translate sid='t'>7 8 9</translate></node>";
+const std::string twoTimes = keys("times", "0 2", "count='2'");
+const char* const restsAtSevenEightNine = "rests 0: 7 8 9";
+
+BadDocument curveRow(const char* name, const std::string& sources, const std::string& inputs, const Texts& lines,
+                     const char* result)
+{
+    return {name,  "<library_animations>" + curve(sources, inputs) + "</library_animations>", movable, lines, motion,
+            result};
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Animations, BadDocumentTest,
+    testing::Values(
+        curveRow("TimesShorterThanTheirAccessor", keys("times", "0 2", "count='3'"), input("INPUT", "times"),
+                 {shortArray, noTarget}, restsAtSevenEightNine),
+        curveRow("ValuesShorterThanTheirAccessor", twoTimes + keys("values", "0 0 0 4 8", "count='2' stride='3'"),
+                 input("INPUT", "times") + input("OUTPUT", "values"), {shortArray, noTarget}, restsAtSevenEightNine),
+        curveRow("MoreRecordsWithoutAnArrayThanTheirBound", source("times", accessor("#nowhere", "count='1048577'")),
+                 input("INPUT", "times"), {shortArray, noTarget}, restsAtSevenEightNine),
+        curveRow("AsManyRecordsWithoutAnArrayAsTheirBound", source("times", accessor("#nowhere", "count='1048576'")),
+                 input("INPUT", "times"), {}, "moves 0: 7 8 9"),
+        curveRow("NoTimesAreTimesOfZero", keys("values", "1 2 3 4 5 6", "count='2' stride='3'"),
+                 input("OUTPUT", "values"), {}, "moves 0: 7 8 9"),
+        curveRow("NoKindsAreLinear", twoTimes + keys("values", "0 0 0 4 8 2", "count='2' stride='3'"),
+                 input("INPUT", "times") + input("OUTPUT", "values"), {}, "moves 2: 2 4 1"),
+        curveRow("TechniqueWithoutAnAccessor", source("times", floats("times", "0 2", 2) + "<technique_common/>"),
+                 input("INPUT", "times"), {noTarget}, restsAtSevenEightNine),
+        curveRow("SourceWithoutATechnique", source("times", floats("times", "0 2", 2)), input("INPUT", "times"),
+                 {noTarget}, restsAtSevenEightNine),
+        curveRow("ShortArrayBeforeAWrongSemantic", keys("colors", "0 2", "count='3'"), input("COLOR", "colors"),
+                 {shortArray, noTarget}, restsAtSevenEightNine),
+        curveRow("WrongSemanticAlone", keys("colors", "0 2", "count='2'"), input("COLOR", "colors"),
+                 {"animation: Cannot create a float evolution input from: 3", noTarget}, restsAtSevenEightNine),
+        curveRow("CountsBeforeAShortArrayAndAWrongSemantic", twoTimes + keys("colors", "1", "count='3'"),
+                 input("INPUT", "times") + input("COLOR", "colors"), {otherCounts, noTarget}, restsAtSevenEightNine)),
+    nameOf);
+
+// --- cameras ---
+
+std::string eye(const std::string& optics, const std::string& extra = "")
+{
+    return "<library_cameras><camera id='eye' name='Eye'>" + optics + extra + "</camera></library_cameras>";
+}
+
+std::string perspective(const std::string& parameters)
+{
+    return "<optics><technique_common><perspective>" + parameters + "</perspective></technique_common></optics>";
+}
+
+std::string target(const std::string& text)
+{
+    return "<extra><technique profile='FCOLLADA'><target>" + text + "</target></technique></extra>";
+}
+
+const std::string square = perspective("<xfov>90</xfov><yfov>90</yfov><znear>1</znear><zfar>5</zfar>");
+const std::string viewer = "<node id='n'><translate sid='t'>0 0 0</translate><instance_camera url='#eye'/></node>";
+const char* const noAspectRatio = "camera: Camera :Eye does not have required aspect ratio data";
+const char* const looksAtNothing = "instance: Cannot find lookat node  from camera list";
+const char* const unboundEye = "instance: Cannot find camera source eye for this instance";
+
+// From one value at second 0 to another at second 2.
+std::string ramp(const std::string& id, const std::string& target, const std::string& values)
+{
+    return curve(keys(id + "-times", "0 2", "count='2'") + keys(id + "-values", values, "count='2'"),
+                 input("INPUT", id + "-times") + input("OUTPUT", id + "-values"), target);
+}
+
+/// The two scales and the two depth terms after a second.
+std::string projection(VisualScene& scene)
+{
+    const libMath::Matrix<float, 4, 4>& matrix = scene.cameraList()[0]->projection(1.0);
+    return number(double(matrix[0])) + " " + number(double(matrix[5])) + " " + number(double(matrix[10])) + " " +
+           number(double(matrix[14]));
+}
+
+std::string views(VisualScene& scene)
+{
+    libVideo::CameraInstance& instance = *scene.cameraList()[0];
+    const std::string before = listed(instance.view(), 16);
+    return before + " and " + listed(instance.view(1.0), 16) + ", node at " + listed(firstNode(scene).position(1.0), 3);
+}
+
+std::string cameraLooksAt(VisualScene& scene)
+{
+    const libVideo::NodeLink node = scene.cameraList()[0]->lookAtNode();
+    return node ? node->id().data() : "nothing";
+}
+
+const std::string zeroes = "0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0";
+
+INSTANTIATE_TEST_SUITE_P(
+    Cameras, BadDocumentTest,
+    testing::Values(
+        BadDocument{"CameraWithoutOptics", eye(""), viewer, {unboundEye}, cameraCount, "0 cameras"},
+        BadDocument{"CameraWithoutACommonTechnique", eye("<optics/>"), viewer, {unboundEye}, cameraCount, "0 cameras"},
+        // Half of 90 degrees has the cotangent 1; planes at 2 and 4 make the depth terms 4 / 2 and -2 · 4 / 2.
+        BadDocument{"AnimatedCameraOfOneAngle",
+                    eye(perspective("<xfov sid='x'>20</xfov><znear sid='b'>7</znear><zfar sid='f'>9</zfar>")) +
+                        "<library_animations>" + ramp("1", "eye/x", "60 120") + ramp("2", "eye/b", "1 3") +
+                        ramp("3", "eye/f", "2 6") + "</library_animations>",
+                    viewer,
+                    {noAspectRatio, looksAtNothing, noAspectRatio},
+                    projection,
+                    "1 0 2 -4"},
+        BadDocument{"AnimatedCameraOfTheOtherAngle",
+                    eye(perspective("<yfov sid='y'>20</yfov><znear sid='b'>7</znear><zfar sid='f'>9</zfar>")) +
+                        "<library_animations>" + ramp("1", "eye/y", "60 120") + ramp("2", "eye/b", "1 3") +
+                        ramp("3", "eye/f", "2 6") + "</library_animations>",
+                    viewer,
+                    {noAspectRatio, looksAtNothing, noAspectRatio},
+                    projection,
+                    "0 1 2 -4"},
+        BadDocument{"ViewOfACameraThatLooksAtNothing",
+                    eye(square) + "<library_animations>" +
+                        curve(twoTimes + keys("values", "0 0 0 4 8 2", "count='2' stride='3'"),
+                              input("INPUT", "times") + input("OUTPUT", "values")) +
+                        "</library_animations>",
+                    viewer,
+                    {looksAtNothing},
+                    views,
+                    zeroes + " and " + zeroes + ", node at 2 4 1"},
+        BadDocument{"LookAtTextThatIsNoReference",
+                    eye(square, target(" my scene.dae# größe\n")),
+                    viewer + "<node id='größe'/>",
+                    {},
+                    cameraLooksAt,
+                    "größe"},
+        BadDocument{"LookAtTextWithoutAMark",
+                    eye(square, target("größe")),
+                    viewer + "<node id='größe'/>",
+                    {looksAtNothing},
+                    cameraLooksAt,
+                    "nothing"}),
+    nameOf);
+
+// --- lights ---
+
+std::string light(const std::string& content, const std::string& extra = "")
+{
+    return "<library_lights><light id='l'><technique_common>" + content + "</technique_common>" + extra +
+           "</light></library_lights>";
+}
+
+const std::string lit = "<node id='n'><instance_light url='#l'/></node>";
+const char* const spotWithoutTarget = "instance: Cannot resolve lookAtNode with id ";
+const char* const shortLightColor = "light: Color has fewer than three values";
+
+std::string spotLooksAt(VisualScene& scene)
+{
+    const libVideo::NodeLink node = scene.spotLightList()[0]->lookatNode();
+    return node ? node->id().data() : "nothing";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Lights, BadDocumentTest,
+    testing::Values(
+        BadDocument{"PointWithoutColor",
+                    light("<point><constant_attenuation>2</constant_attenuation><linear_attenuation>3"
+                          "</linear_attenuation><quadratic_attenuation>4</quadratic_attenuation></point>"),
+                    lit,
+                    {"light: PointLight has no color component"},
+                    pointLight,
+                    "color 1 1 1, fades 2 3 4"},
+        BadDocument{"PointWithoutAttenuations",
+                    light("<point><color>0.5 0.25 0.125</color></point>"),
+                    lit,
+                    {},
+                    pointLight,
+                    "color 0.5 0.25 0.125, fades 0 0 0"},
+        BadDocument{"PointOfTwoNumbers",
+                    light("<point><color>0.5 0.25</color><linear_attenuation>3</linear_attenuation></point>"),
+                    lit,
+                    {shortLightColor},
+                    pointLight,
+                    "color 1 1 1, fades 0 3 0"},
+        BadDocument{"SpotWithoutAngleAndExponent",
+                    light("<spot><color>0.5 0.25 0.125</color></spot>"),
+                    lit,
+                    {spotWithoutTarget},
+                    spotLight,
+                    "color 0.5 0.25 0.125, fades 0 0 0, cone 180 0 0"},
+        BadDocument{"SpotWithoutColor",
+                    light("<spot><falloff_angle>30</falloff_angle><linear_attenuation>3</linear_attenuation></spot>"),
+                    lit,
+                    {"light: SpotLight has no color component", spotWithoutTarget},
+                    spotLight,
+                    "color 1 1 1, fades 0 0 0, cone 0 0 0"},
+        BadDocument{"SpotOfTwoNumbers",
+                    light("<spot><color>0.5 0.25</color><falloff_angle>30</falloff_angle></spot>"),
+                    lit,
+                    {shortLightColor, spotWithoutTarget},
+                    spotLight,
+                    "color 1 1 1, fades 0 0 0, cone 30 0 0"},
+        BadDocument{"SpotTargetThatIsNoReference",
+                    light("<spot><color>1 1 1</color></spot>", target("# größe\n")),
+                    lit + "<node id='größe'/>",
+                    {},
+                    spotLooksAt,
+                    "größe"}),
+    nameOf);
+
+// --- nodes ---
+
+BadDocument nodeRow(const char* name, const std::string& content, const char* result)
+{
+    return {name, "", "<node id='n'>" + content + "</node>", {}, transform, result};
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Nodes, BadDocumentTest,
+    testing::Values(nodeRow("TranslationOfTwoNumbers", "<translate>1 2</translate>", "1 0 0 1 0 1 0 2 0 0 1 0 0 0 0 1"),
+                    nodeRow("RotationWithoutAnAngle", "<rotate>0 0 1</rotate>", "1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1"),
+                    nodeRow("ScaleOfTwoNumbers", "<scale>2 3</scale>", "2 0 0 0 0 3 0 0 0 0 0 0 0 0 0 1"),
+                    nodeRow("MatrixOfFiveNumbers", "<matrix>1 2 3 4 5</matrix>", "1 2 3 4 5 0 0 0 0 0 0 0 0 0 0 0"),
+                    nodeRow("MatrixOfNoNumbers", "<matrix/>", zeroes.c_str())),
+    nameOf);
+
+// --- materials ---
+
+std::string effectOf(const std::string& newparams, const std::string& shaders, const std::string& effectReference)
+{
+    return "<library_images><image id='empty'><init_from></init_from></image><image id='i'><init_from>./i.png"
+           "</init_from></image></library_images>"
+           "<library_materials><material id='m'><instance_effect url='" +
+           effectReference + "'/></material></library_materials><library_effects><effect id='e'>" +
+           "<profile_COMMON id='profile'>" + newparams + "<technique sid='t'>" + shaders +
+           "</technique></profile_COMMON></effect></library_effects>" +
+           mesh(places + triangles(pick("POSITION", "s"), "1", "<p>0 1 2</p>"));
+}
+
+const std::string painted = "<node id='n'><instance_geometry url='#g'><bind_material><technique_common>"
+                            "<instance_material symbol='skin' target='#m'/></technique_common></bind_material>"
+                            "</instance_geometry></node>";
+
+BadDocument effectRow(const char* name, const std::string& newparams, const std::string& shaders, const Texts& lines,
+                      const std::string& result, const std::string& effectReference = "#e")
+{
+    return {name, effectOf(newparams, shaders, effectReference), painted, lines, material, result};
+}
+
+std::string shaderOf(const std::string& kind, const std::string& diffuse, const char* shininess = "4")
+{
+    return "<" + kind + "><diffuse>" + diffuse + "</diffuse><shininess><float>" + shininess + "</float></shininess></" +
+           kind + ">";
+}
+
+std::string textureOf(const std::string& name)
+{
+    return "<texture texture='" + name + "' texcoord='UV'/>";
+}
+
+std::string newparam(const std::string& sid, const std::string& content)
+{
+    return "<newparam sid='" + sid + "'>" + content + "</newparam>";
+}
+
+std::string sampler(const std::string& sid)
+{
+    return newparam(sid, "<sampler2D><source>surface</source></sampler2D>");
+}
+
+std::string surface(const std::string& initializers)
+{
+    return newparam("surface", "<surface type='2D'>" + initializers + "</surface>");
+}
+
+const std::string ofImage = "<init_from>i</init_from>";
+const std::string darkColor = "<color>0.5 0.25 0.125 1</color>";
+const std::string white = "diffuse 1 1 1, shininess 4";
+const char* const noTexture = "material: Unable to initialize texture";
+const char* const noInitializer = "texture: Texture has no surface initiailzer";
+
+INSTANTIATE_TEST_SUITE_P(
+    Materials, BadDocumentTest,
+    testing::Values(
+        effectRow("EffectOfNothing", "", shaderOf("blinn", darkColor), {}, "no material, and the geometry", "#nowhere"),
+        effectRow("EffectWhoseReferenceIsLost", "", shaderOf("blinn", darkColor), {}, "no material, and the geometry",
+                  "#e[1]"),
+        effectRow("EffectThatIsThere", "", shaderOf("blinn", darkColor), {},
+                  "diffuse 0.5 0.25 0.125, shininess 4, and the geometry"),
+        effectRow("ColorOfTwoNumbers", "", shaderOf("phong", "<color>0.5 0.25</color>"),
+                  {"material: Color has fewer than three values"}, white + ", and the geometry"),
+        effectRow("TextureOfNothing", sampler("sampler") + surface(ofImage), shaderOf("blinn", textureOf("nothing")),
+                  {noTexture}, white + ", texture '', and the geometry"),
+        effectRow("TextureThatNamesAnImage", sampler("sampler") + surface(ofImage), shaderOf("blinn", textureOf("i")),
+                  {noTexture}, white + ", texture '', and the geometry"),
+        effectRow("NewparamBeforeTheImageOfItsName", sampler("i") + surface(ofImage), shaderOf("blinn", textureOf("i")),
+                  {}, white + ", texture './i.png', and the geometry"),
+        effectRow("NewparamWhoseNameLooksLikeAPath", sampler("maps/skin") + surface(ofImage),
+                  shaderOf("blinn", textureOf("maps/skin")), {}, white + ", texture './i.png', and the geometry"),
+        effectRow("PathToANewparam", sampler("sampler") + surface(ofImage),
+                  shaderOf("blinn", textureOf("profile/sampler")), {}, white + ", texture './i.png', and the geometry"),
+        effectRow("ImageOfAnEmptyFile", sampler("sampler") + surface("<init_from>empty</init_from>"),
+                  shaderOf("blinn", textureOf("sampler")), {}, white + ", texture '', and the geometry"),
+        effectRow("ImageOfAnEmptyFileBeforeAnother",
+                  sampler("sampler") + surface("<init_from>empty</init_from>" + ofImage),
+                  shaderOf("blinn", textureOf("sampler")), {}, white + ", texture './i.png', and the geometry"),
+        effectRow("NewparamWithoutASurface", sampler("sampler") + newparam("surface", "<float>1</float>"),
+                  shaderOf("blinn", textureOf("sampler")), {noInitializer}, white + ", texture '', and the geometry"),
+        effectRow("SurfaceWithoutAnInitializer", sampler("sampler") + surface(""),
+                  shaderOf("blinn", textureOf("sampler")), {noInitializer}, white + ", texture '', and the geometry"),
+        // Of two that exclude each other the first in the document is there, without a line.
+        effectRow("BlinnBeforePhong", "", shaderOf("blinn", darkColor, "4") + shaderOf("phong", "", "5"), {},
+                  "diffuse 0.5 0.25 0.125, shininess 4, and the geometry"),
+        effectRow("PhongBeforeBlinn", "", shaderOf("phong", darkColor, "5") + shaderOf("blinn", "", "4"), {},
+                  "diffuse 0.5 0.25 0.125, shininess 5, and the geometry"),
+        effectRow("ColorBeforeTexture", sampler("sampler") + surface(ofImage),
+                  shaderOf("blinn", darkColor + textureOf("sampler")), {},
+                  "diffuse 0.5 0.25 0.125, shininess 4, and the geometry"),
+        effectRow("TextureBeforeColor", sampler("sampler") + surface(ofImage),
+                  shaderOf("blinn", textureOf("sampler") + darkColor), {},
+                  white + ", texture './i.png', and the geometry")),
+    nameOf);
+
+// --- elements without anything in them ---
+
+INSTANTIATE_TEST_SUITE_P(
+    Bare, BadDocumentTest,
+    testing::Values(BadDocument{
+        "ElementsWithoutAttributesAndChildren",
+        "<library_animations><animation/><animation><channel/></animation><animation><source/><sampler id='sampler'>"
+        "<input/></sampler><channel source='#sampler'/></animation></library_animations>"
+        "<library_cameras><camera/></library_cameras><library_lights><light/><light><technique_common/></light>"
+        "</library_lights><library_geometries><geometry/><geometry><mesh/></geometry></library_geometries>"
+        "<library_materials><material/></library_materials><library_effects><effect/></library_effects>"
+        "<library_images><image/></library_images>",
+        "<node><instance_camera/><instance_geometry/></node><node><instance_light/></node>",
+        {"animation: Cannot create an animation without a channel element.",
+         "animation: Cannot create an animation without a channel that points to a valid sampler element.",
+         "instance: domInstance_camera does not point to a camera element", "visualScene: Not a geometry element",
+         "visualScene: domInstance_light does not point to a light element"},
+        [](VisualScene& scene) { return std::to_string(scene.root().children().size()) + " nodes"; },
+        "2 nodes"}),
+    nameOf);
+
+// --- what starts at zero ---
+
+/// An object made in memory that holds no zero.
+template <class T>
+class MadeInUsedMemory {
+public:
+    MadeInUsedMemory() : m_memory(new Memory)
+    {
+        // The compiler knows nothing of the call, so it cannot drop what happens before the object's life.
+        static void* (*const volatile fill)(void*, int, std::size_t) = std::memset;
+        fill(m_memory.get(), 0xA5, sizeof(T));
+        m_object = new (m_memory.get()) T;
+    }
+    ~MadeInUsedMemory() { m_object->~T(); }
+    MadeInUsedMemory(const MadeInUsedMemory&) = delete;
+    MadeInUsedMemory& operator=(const MadeInUsedMemory&) = delete;
+    T& operator*() const { return *m_object; }
+
+private:
+    struct alignas(T) Memory {
+        unsigned char bytes[sizeof(T)];
+    };
+
+    std::unique_ptr<Memory> m_memory;
+    T* m_object;
+};
+
+struct Lamp : libVideo::PointLight {
+    Lamp() : PointLight("lamp") {}
+};
+
+struct SpotLamp : libVideo::SpotLight {
+    SpotLamp() : SpotLight("lamp") {}
+};
+
+TEST(UnsetFieldTest, StartsAtZero)
+{
+    const MadeInUsedMemory<libVideo::Rotation> rotation;
+    EXPECT_EQ(0.0, (*rotation).*privateMember(BadRotationAngle()));
+    const MadeInUsedMemory<libVideo::BlinnMaterial> blinn;
+    EXPECT_EQ(nullptr, (*blinn).*privateMember(BadMaterialProfile()));
+    const MadeInUsedMemory<Scene> scene;
+    EXPECT_EQ(0u, (*scene).*privateMember(BadSceneReserved()));
+    const MadeInUsedMemory<VisualScene> visualScene;
+    EXPECT_EQ(0u, (*visualScene).*privateMember(BadVisualSceneReserved()));
+}
+
+TEST(UnsetFieldTest, LightsAreWhiteAndNothingElse)
+{
+    const MadeInUsedMemory<Lamp> point;
+    EXPECT_EQ("1 1 1", listed((*point).color(), 3));
+    EXPECT_EQ(0.0f, (*point).constantAttenuation());
+    EXPECT_EQ(0.0f, (*point).linearAttenuation());
+    EXPECT_EQ(0.0f, (*point).quadraticAttenuation());
+    const MadeInUsedMemory<SpotLamp> spot;
+    EXPECT_EQ("1 1 1", listed((*spot).color(), 3));
+    EXPECT_EQ(0.0f, (*spot).constantAttenuation());
+    EXPECT_EQ(0.0f, (*spot).linearAttenuation());
+    EXPECT_EQ(0.0f, (*spot).quadraticAttenuation());
+    EXPECT_EQ(0.0f, (*spot).innerConeAngle());
+    EXPECT_EQ(0.0f, (*spot).outerConeAngle());
+    EXPECT_EQ(0.0f, (*spot).falloffExponent());
+}
+
+TEST(UnsetFieldTest, RecordOfACurveIsAtSecondZeroAndLinear)
+{
+    const MadeInUsedMemory<libVideo::Evolution> record;
+    EXPECT_EQ(0.0, (*record).time);
+    EXPECT_EQ(libVideo::LINEAR, (*record).interpolation);
+}
+
+// --- misuse by a host ---
+
+struct Misuse {
+    const char* name;
+    const char* message;
+    std::function<void()> call;
+};
+
+void PrintTo(const Misuse& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class MisuseTest : public testing::TestWithParam<Misuse> {};
+
+TEST_P(MisuseTest, ThrowsNullPointerThatSaysWhat)
+{
+    const LogCapture log;
+    try {
+        GetParam().call();
+        ADD_FAILURE() << "nothing thrown";
+    } catch (const vesk::NullPointer& misuse) {
+        EXPECT_STREQ(GetParam().message, misuse.what());
+    }
+    EXPECT_EQ("", log.text());
+}
+
+std::string nameOfMisuse(const testing::TestParamInfo<Misuse>& row)
+{
+    return row.param.name;
+}
+
+/// A call that needs a document with a camera "eye" and a node "lamp".
+template <class Call>
+std::function<void()> withDocument(const Call& call)
+{
+    return [call] {
+        ColladaBuilder builder("<library_cameras><camera id='eye'>" + square + "</camera></library_cameras>");
+        builder.addScene("<node id='lamp'/>");
+        if (builder.open() == nullptr) {
+            throw std::runtime_error("the document does not open");
+        }
+        call(builder);
+    };
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    EmptyHandles, MisuseTest,
+    testing::Values(
+        Misuse{"AnimationOfANode", "Cannot add an empty animation handle to node lamp",
+               withDocument([](ColladaBuilder& builder) {
+                   libVideo::Node(*builder.element<domNode>("lamp")).addAnimation(libVideo::AnimationHandle());
+               })},
+        Misuse{"AnimationOfACamera", "Cannot add an empty animation handle to camera eye",
+               withDocument([](ColladaBuilder& builder) {
+                   const LogCapture quiet;
+                   libVideo::PerspectiveCamera camera(builder.element<domCamera>("eye"), builder.dae());
+                   camera.addAnimation(libVideo::AnimationHandle());
+               })},
+        Misuse{"NodeOfAGeometry", "Cannot list an empty node handle on geometry ",
+               [] { libVideo::Geometry().addNode(libVideo::NodeHandle()); }}),
+    nameOfMisuse);
+
+INSTANTIATE_TEST_SUITE_P(MissingCamera, MisuseTest,
+                         testing::Values(Misuse{"Projection", "Camera instance has no camera",
+                                                [] {
+                                                    const libVideo::CameraInstance instance;
+                                                    instance.projection();
+                                                }},
+                                         Misuse{"ProjectionAtATime", "Camera instance has no camera",
+                                                [] { libVideo::CameraInstance().projection(1.0); }},
+                                         Misuse{"AspectRatio", "Camera instance has no camera",
+                                                [] { libVideo::CameraInstance().setAspectRatio(1.0); }}),
+                         nameOfMisuse);
+
+INSTANTIATE_TEST_SUITE_P(
+    NullElements, MisuseTest,
+    testing::Values(
+        Misuse{"Accessor", "Asked to load from a null element: AccessorFloat",
+               [] { libVideo::AccessorFloat().createFromCollada(nullptr); }},
+        Misuse{"Source", "Asked to load from a null element: SourceFloat",
+               [] { libVideo::SourceFloat().createFromCollada(nullptr); }},
+        Misuse{"Mesh", "Asked to load from a null element: Mesh", [] { libVideo::Mesh().createFromCollada(nullptr); }},
+        Misuse{"Geometry", "Asked to load from a null element: Geometry",
+               [] { libVideo::Geometry().createFromCollada(nullptr); }},
+        Misuse{"Texture", "Asked to load from a null element: Texture",
+               [] { libVideo::Texture().createFromCollada(nullptr, nullptr); }},
+        Misuse{"Camera", "Asked to load from a null element: PerspectiveCamera",
+               withDocument([](ColladaBuilder& builder) { libVideo::PerspectiveCamera(nullptr, builder.dae()); })},
+        Misuse{"Animation", "Asked to load from a null element: Animation",
+               withDocument([](ColladaBuilder& builder) { libVideo::Animation(nullptr, builder.dae()); })}),
+    nameOfMisuse);
+
+} // namespace
