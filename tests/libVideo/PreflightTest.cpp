@@ -468,7 +468,7 @@ TEST(PreflightTest, ReferencesInLongTextsAreCounted)
 {
     const std::string steps = repeated("../", 257);
     for (const std::size_t distance : {0u, 4'000u, 5'000u, 20'000u}) {
-        EXPECT_FALSE(passes(whole("<library_images><image><init_from>" + std::string(distance, 'a') + steps +
+        EXPECT_FALSE(passes(whole("<library_images><image><init_from>" + std::string(distance, 'a') + "/" + steps +
                                   std::string(9'000, 'b') + "</init_from></image></library_images>")));
     }
 }
