@@ -28,7 +28,8 @@ public:
     /// characters, and a relative one counts from the present working directory. The document stays open until the
     /// scene ends.
     ///
-    /// A scene is loaded once; after a failure it may try again, and can be asked and destroyed like any other.
+    /// A scene is loaded once. After a failure it may try again; after an exception as long as it has no node, since what
+    /// stands by then stays. It can always be asked, and destroyed like any other.
     /// @return false, with one line on "libVideo.scene" or "libVideo.visualScene", if the document does not open, has no
     ///     `<scene>` with an `<instance_visual_scene>` that leads to a `<visual_scene>` with a `<node>`, or if a
     ///     scene is loaded already; faults below that are logged by the modules that meet them, and skipped
