@@ -33,7 +33,7 @@ constexpr int uncaughtException = 125;
 void limit(int resource, rlim_t value, rlim_t grace = 0)
 {
     const rlimit softAndHard{value, value + grace};
-    setrlimit(static_cast<__rlimit_resource>(resource), &softAndHard);
+    static_cast<void>(setrlimit(static_cast<__rlimit_resource>(resource), &softAndHard)); // if not, there is none
 }
 
 [[noreturn]] void runChild(const SandboxLimits& limits, const std::function<int()>& action)
@@ -44,7 +44,7 @@ void limit(int resource, rlim_t value, rlim_t grace = 0)
         limit(RLIMIT_AS, limits.memory);
     }
     // Ends what waits without working, a read that never returns for instance.
-    std::signal(SIGALRM, SIG_DFL);
+    static_cast<void>(std::signal(SIGALRM, SIG_DFL));
     alarm(static_cast<unsigned>(limits.time.count()) * 2);
 
     int status = uncaughtException;
@@ -55,7 +55,7 @@ void limit(int resource, rlim_t value, rlim_t grace = 0)
     } catch (const std::exception& exception) {
         std::cerr << "scenetool: " << exception.what() << std::endl;
     }
-    std::fflush(nullptr);
+    static_cast<void>(std::fflush(nullptr));
     _exit(status); // what the parent has to do at its end is not done twice
 }
 

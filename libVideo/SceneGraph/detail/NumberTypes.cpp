@@ -218,7 +218,7 @@ public:
                 ++end;
             }
             const auto length = static_cast<std::size_t>(end - text);
-            if (name == nullptr || word.compare(0, word.npos, text, length) != 0) {
+            if (name == nullptr || word.compare(0, std::string::npos, text, length) != 0) {
                 word.assign(text, length);
                 stringToMemory(word.data(), reinterpret_cast<daeChar*>(&name));
             }

@@ -91,8 +91,8 @@ bool VertexReader::readRecords(unsigned corner)
     for (const Records& records : m_records) {
         const std::size_t place = start + records.entry;
         const unsigned index = place < m_entryCount ? static_cast<unsigned>(m_entries[place]) : 0;
-        const std::size_t base = (records.first + index) * records.stride; // 32 bits, as the accessor counts
-        if (index >= records.count || base + records.end > records.valueCount) {
+        const unsigned base = (records.first + index) * records.stride; // in 32 bits, as the accessor counts
+        if (index >= records.count || std::size_t{base} + records.end > records.valueCount) {
             return false;
         }
         for (const Run& run : records.runs) {
