@@ -1,8 +1,8 @@
 #include <libVideo/SceneGraph/Accessor.h>
 
-#include "detail/Allowance.h"
 #include "detail/Dom.h"
 #include "detail/Log.h"
+#include "detail/MemoryBudget.h"
 
 #include <cstdint>
 #include <cstring>
@@ -102,7 +102,7 @@ bool AccessorFloat::createFromCollada(const daeSmartRef<domAccessor>& accessor)
 bool AccessorFloat::isAllowed(const domAccessor& accessor) const
 {
     const domParam_Array& params = accessor.getParam_array();
-    if (!detail::Allowance::take(params.getCount(), sizeof(Data))) {
+    if (!detail::MemoryBudget::take(params.getCount(), sizeof(Data))) {
         return false;
     }
     std::uint64_t bytes = 0;
@@ -111,7 +111,7 @@ bool AccessorFloat::isAllowed(const domAccessor& accessor) const
         const bool isMatrix = vesk::String::compareNoCase(params[i]->getType(), float4x4Word()) == 0;
         bytes += (name != nullptr ? std::strlen(name) : 0) + (isMatrix ? bytesPerMatrix : sizeof(float));
     }
-    return detail::Allowance::take(bytes, 1);
+    return detail::MemoryBudget::take(bytes, 1);
 }
 
 void AccessorFloat::appendComponents(const domAccessor& accessor)

@@ -1,8 +1,8 @@
 #include <libVideo/SceneGraph/Animation.h>
 
-#include "detail/Allowance.h"
 #include "detail/Dom.h"
 #include "detail/Log.h"
+#include "detail/MemoryBudget.h"
 
 #include <vesk/SharedResource.h>
 
@@ -175,7 +175,7 @@ bool Animation::createInputFromCollada(const daeSmartRef<domInputLocal>& input)
         return false;
     }
     if (m_evolutions.size() == 0) {
-        if (!detail::Allowance::take(count, sizeof(Evolution))) {
+        if (!detail::MemoryBudget::take(count, sizeof(Evolution))) {
             VIDEO_LOG("Asks for more memory than the size of the document allows");
             return false;
         }
@@ -202,7 +202,7 @@ bool Animation::createFloatEvolution(const domFloat_array* array, const VertexSe
         return true;
     }
     if (semantic != SEMANTIC_INPUT &&
-        !detail::Allowance::take(count, bytesPerValues + sizeof(double) * std::uint64_t(stride))) {
+        !detail::MemoryBudget::take(count, bytesPerValues + sizeof(double) * std::uint64_t(stride))) {
         VIDEO_LOG("Asks for more memory than the size of the document allows");
         return false;
     }

@@ -2,8 +2,8 @@
 
 #include "detail/Dom.h"
 #include "detail/Log.h"
-#include "detail/LookAt.h"
 #include "detail/Transforms.h"
+#include "detail/VendorData.h"
 
 #include <libVideo/SceneGraph/Animation.h>
 

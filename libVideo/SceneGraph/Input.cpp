@@ -1,8 +1,8 @@
 #include <libVideo/SceneGraph/Input.h>
 
-#include "detail/Allowance.h"
 #include "detail/Dom.h"
 #include "detail/Log.h"
+#include "detail/MemoryBudget.h"
 
 #include <cstdint>
 #include <cstring>
@@ -211,7 +211,7 @@ void InputLocalOffset::createVertices(const daeSmartRef<domInputLocalOffset>& in
         VIDEO_LOG("Input is not a <vertices> element ", fragmentOf(*input));
         return;
     }
-    if (!detail::Allowance::take(vertices->getInput_array().getCount(), bytesPerSource)) {
+    if (!detail::MemoryBudget::take(vertices->getInput_array().getCount(), bytesPerSource)) {
         VIDEO_LOG("Asks for more memory than the size of the document allows");
         return;
     }

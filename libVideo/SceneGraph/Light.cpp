@@ -2,7 +2,7 @@
 
 #include "detail/Dom.h"
 #include "detail/Log.h"
-#include "detail/LookAt.h"
+#include "detail/VendorData.h"
 
 namespace libVideo {
 

@@ -1,10 +1,10 @@
 #include <libVideo/SceneGraph/Primitive.h>
 
-#include "detail/Allowance.h"
 #include "detail/Dom.h"
 #include "detail/Log.h"
-#include "detail/TupleTable.h"
-#include "detail/VertexReader.h"
+#include "detail/MemoryBudget.h"
+#include "vertices/TupleTable.h"
+#include "vertices/VertexReader.h"
 
 #include <libVideo/SceneGraph/Input.h>
 
@@ -89,7 +89,7 @@ bool Primitive::createIndexedVertexBuffer(const SharedHandle<InputLocalOffset>& 
         if (place.isNew) {
             if (place.index == allowedVertices) {
                 const unsigned more = allowedVertices < 16 ? 16 : allowedVertices;
-                if (!detail::Allowance::take(more, vertexCost(m_bytesPerVertex, m_vertexLayout.size()))) {
+                if (!detail::MemoryBudget::take(more, vertexCost(m_bytesPerVertex, m_vertexLayout.size()))) {
                     VIDEO_LOG("Asks for more memory than the size of the document allows");
                     m_count = 0;
                     m_indexBuffer.clear();
@@ -165,7 +165,7 @@ bool PointCloud::createFromCollada(domVertices* const vertices)
     m_vertexPerPrimitive = 1;
     const unsigned most = mostPoints(input.backedVertices(), m_bytesPerVertex);
     m_count = m_count < most ? m_count : most;
-    if (!detail::Allowance::take(m_count, vertexCost(m_bytesPerVertex, m_vertexLayout.size()))) {
+    if (!detail::MemoryBudget::take(m_count, vertexCost(m_bytesPerVertex, m_vertexLayout.size()))) {
         VIDEO_LOG("Asks for more memory than the size of the document allows");
         m_count = 0;
     }

@@ -2,8 +2,8 @@
 
 #include "detail/Dom.h"
 #include "detail/Log.h"
-#include "detail/NumberTypes.h"
-#include "detail/OpenDocument.h"
+#include "document/ListTypes.h"
+#include "document/LoadScope.h"
 
 #include <libVideo/SceneGraph/Animation.h>
 #include <libVideo/SceneGraph/Camera.h>
@@ -17,7 +17,7 @@ VIDEO_SOURCE_PATH("libVideo/SceneGraph/Scene")
 // Without the version the document model would open documents of its newest schema alone.
 Scene::Scene() : m_dae(nullptr, nullptr, "1.4.1")
 {
-    detail::installNumberTypes(m_dae);
+    detail::installListTypes(m_dae);
 }
 
 Scene::~Scene() = default;

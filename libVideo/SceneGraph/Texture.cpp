@@ -1,8 +1,8 @@
 #include <libVideo/SceneGraph/Texture.h>
 
-#include "detail/Allowance.h"
 #include "detail/Dom.h"
 #include "detail/Log.h"
+#include "detail/MemoryBudget.h"
 
 #include <cstring>
 #include <string>
@@ -118,7 +118,7 @@ void Texture::getTextureFileName()
             continue;
         }
         const char* const name = file->getValue().getOriginalURI();
-        if (!detail::Allowance::take(std::strlen(name), 1)) {
+        if (!detail::MemoryBudget::take(std::strlen(name), 1)) {
             VIDEO_LOG("Asks for more memory than the size of the document allows");
             return;
         }

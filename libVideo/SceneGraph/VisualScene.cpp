@@ -1,8 +1,8 @@
 #include <libVideo/SceneGraph/VisualScene.h>
 
 #include "detail/Dom.h"
+#include "detail/FirstById.h"
 #include "detail/Log.h"
-#include "detail/PoolIndex.h"
 
 #include <libVideo/SceneGraph/Animation.h>
 #include <libVideo/SceneGraph/Camera.h>

@@ -1,11 +1,11 @@
 #include "PictureCommands.h"
 
 #include "Info.h"
-#include "Offscreen.h"
-#include "Sandbox.h"
-#include "SharedCell.h"
-#include "Sheet.h"
 #include "Viewer.h"
+#include "render/Offscreen.h"
+#include "render/Sheet.h"
+#include "sandbox/Sandbox.h"
+#include "sandbox/SharedCell.h"
 
 #include <unistd.h>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Render.h"
-#include "SandboxOptions.h"
-#include "Sheet.h"
+#include "render/SceneShow.h"
+#include "render/Sheet.h"
+#include "sandbox/SandboxOptions.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,7 +1,7 @@
 #include "Viewer.h"
 
 #include "Info.h"
-#include "Offscreen.h"
+#include "render/Offscreen.h"
 
 #define GLFW_INCLUDE_NONE
 #include <GLFW/glfw3.h>

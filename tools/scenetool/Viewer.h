@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Render.h"
+#include "render/SceneShow.h"
 
 namespace scenetool {
 

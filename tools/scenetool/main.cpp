@@ -1,7 +1,7 @@
 #include "Dump.h"
 #include "Info.h"
 #include "LoadedScene.h"
-#include "SandboxOptions.h"
+#include "sandbox/SandboxOptions.h"
 #ifdef SCENETOOL_HAS_PICTURES
 #include "PictureCommands.h"
 #endif

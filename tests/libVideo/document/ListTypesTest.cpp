@@ -1,7 +1,7 @@
 #include "support/ColladaBuilder.h"
 
 #include <libVideo/ColladaDom.h>
-#include <libVideo/SceneGraph/detail/NumberTypes.h>
+#include <libVideo/SceneGraph/document/ListTypes.h>
 
 #include <algorithm>
 #include <cctype>
@@ -34,7 +34,7 @@
 
 namespace {
 
-using libVideo::detail::installNumberTypes;
+using libVideo::detail::installListTypes;
 using testSupport::ColladaBuilder;
 using testSupport::TemporaryFile;
 
@@ -62,7 +62,7 @@ public:
     explicit Model(bool isInstalled)
     {
         if (isInstalled) {
-            installNumberTypes(m_dae);
+            installListTypes(m_dae);
         }
     }
     DAE& dae() { return m_dae; }
@@ -199,7 +199,7 @@ std::string repeated(std::size_t count, const std::string& part)
 // ---------------------------------------------------------------------------------------------------------------------
 // What is installed where
 
-TEST(NumberTypesTest, EveryListOfTheThreeKindsAndOfNamesHasANewTypeAndNothingElseHas)
+TEST(ListTypesTest, EveryListOfTheThreeKindsAndOfNamesHasANewTypeAndNothingElseHas)
 {
     Model model(false);
     std::map<daeMetaAttribute*, daeAtomicType*> before;
@@ -217,7 +217,7 @@ TEST(NumberTypesTest, EveryListOfTheThreeKindsAndOfNamesHasANewTypeAndNothingEls
         }
     }
 
-    installNumberTypes(model.dae());
+    installListTypes(model.dae());
 
     std::map<Kind, unsigned> changed;
     for (std::size_t i = 0; i < metas.getCount(); ++i) {
@@ -243,7 +243,7 @@ TEST(NumberTypesTest, EveryListOfTheThreeKindsAndOfNamesHasANewTypeAndNothingEls
     }
 }
 
-TEST(NumberTypesTest, InstalledTypesBelongToTheDae)
+TEST(ListTypesTest, InstalledTypesBelongToTheDae)
 {
     Model model(true);
     daeAtomicTypeList& types = model.dae().getAtomicTypes();
@@ -257,7 +257,7 @@ TEST(NumberTypesTest, InstalledTypesBelongToTheDae)
     }
 }
 
-TEST(NumberTypesTest, EveryElementWithAListReadsAsStock)
+TEST(ListTypesTest, EveryElementWithAListReadsAsStock)
 {
     const SilentHandler handler;
     Model stock(false);
@@ -296,7 +296,7 @@ std::vector<std::string> namesOf(const std::string& text, bool isInstalled)
     return names;
 }
 
-TEST(NumberTypesTest, NamesReadAsStock)
+TEST(ListTypesTest, NamesReadAsStock)
 {
     const std::string longWord(1'000, 'x');
     for (const std::string& text :
@@ -309,18 +309,18 @@ TEST(NumberTypesTest, NamesReadAsStock)
     EXPECT_EQ((std::vector<std::string>{"LINEAR", "LINEAR", "STEP"}), namesOf("LINEAR LINEAR STEP", true));
 }
 
-TEST(NumberTypesTest, InstallingTwiceReadsAsOnce)
+TEST(ListTypesTest, InstallingTwiceReadsAsOnce)
 {
     Model once(true);
     Model twice(true);
-    installNumberTypes(twice.dae());
+    installListTypes(twice.dae());
     for (const Kind kind : allKinds) {
         const std::string text = "1 2 -3 4.5 x";
         EXPECT_EQ(read(attributeOf(once.dae(), kind), text), read(attributeOf(twice.dae(), kind), text));
     }
 }
 
-TEST(NumberTypesTest, NumbersReadAsWritten)
+TEST(ListTypesTest, NumbersReadAsWritten)
 {
     Model model(true);
     const double infinity = std::numeric_limits<double>::infinity();
@@ -366,7 +366,7 @@ void PrintTo(const TextRow& row, std::ostream* out)
     *out << shown(row.text);
 }
 
-class NumberTypesTextTest : public ::testing::TestWithParam<TextRow> {
+class ListTypesTextTest : public ::testing::TestWithParam<TextRow> {
 protected:
     void expectSame(const std::string& text)
     {
@@ -386,7 +386,7 @@ protected:
     Model m_installed{true};
 };
 
-TEST_P(NumberTypesTextTest, ReadsAsStock)
+TEST_P(ListTypesTextTest, ReadsAsStock)
 {
     const std::string& text = GetParam().text;
     expectSame(text);
@@ -399,7 +399,7 @@ TEST_P(NumberTypesTextTest, ReadsAsStock)
     expectSame("\r\n\t " + text + " \t\r\n");
 }
 
-TEST_P(NumberTypesTextTest, ReadsAsStockOverAFullArray)
+TEST_P(ListTypesTextTest, ReadsAsStockOverAFullArray)
 {
     for (const Kind kind : allKinds) {
         std::vector<Reading> readings;
@@ -688,25 +688,25 @@ const std::vector<TextRow> blankRows{
     {"ManyNumbers", repeated(1000, "1.5 ")},
 };
 
-INSTANTIATE_TEST_SUITE_P(Signs, NumberTypesTextTest, ::testing::ValuesIn(signRows), rowName);
-INSTANTIATE_TEST_SUITE_P(Points, NumberTypesTextTest, ::testing::ValuesIn(pointRows), rowName);
-INSTANTIATE_TEST_SUITE_P(Exponents, NumberTypesTextTest, ::testing::ValuesIn(exponentRows), rowName);
-INSTANTIATE_TEST_SUITE_P(Rounding, NumberTypesTextTest, ::testing::ValuesIn(roundingRows), rowName);
-INSTANTIATE_TEST_SUITE_P(Words, NumberTypesTextTest, ::testing::ValuesIn(wordRows), rowName);
-INSTANTIATE_TEST_SUITE_P(Bases, NumberTypesTextTest, ::testing::ValuesIn(baseRows), rowName);
-INSTANTIATE_TEST_SUITE_P(Integers, NumberTypesTextTest, ::testing::ValuesIn(integerRows), rowName);
-INSTANTIATE_TEST_SUITE_P(Blanks, NumberTypesTextTest, ::testing::ValuesIn(blankRows), rowName);
+INSTANTIATE_TEST_SUITE_P(Signs, ListTypesTextTest, ::testing::ValuesIn(signRows), rowName);
+INSTANTIATE_TEST_SUITE_P(Points, ListTypesTextTest, ::testing::ValuesIn(pointRows), rowName);
+INSTANTIATE_TEST_SUITE_P(Exponents, ListTypesTextTest, ::testing::ValuesIn(exponentRows), rowName);
+INSTANTIATE_TEST_SUITE_P(Rounding, ListTypesTextTest, ::testing::ValuesIn(roundingRows), rowName);
+INSTANTIATE_TEST_SUITE_P(Words, ListTypesTextTest, ::testing::ValuesIn(wordRows), rowName);
+INSTANTIATE_TEST_SUITE_P(Bases, ListTypesTextTest, ::testing::ValuesIn(baseRows), rowName);
+INSTANTIATE_TEST_SUITE_P(Integers, ListTypesTextTest, ::testing::ValuesIn(integerRows), rowName);
+INSTANTIATE_TEST_SUITE_P(Blanks, ListTypesTextTest, ::testing::ValuesIn(blankRows), rowName);
 
-class NumberTypesKindTest : public ::testing::TestWithParam<Kind> {};
+class ListTypesKindTest : public ::testing::TestWithParam<Kind> {};
 
 std::string kindTestName(const ::testing::TestParamInfo<Kind>& info)
 {
     return nameOf(info.param);
 }
 
-INSTANTIATE_TEST_SUITE_P(Kinds, NumberTypesKindTest, ::testing::ValuesIn(allKinds), kindTestName);
+INSTANTIATE_TEST_SUITE_P(Kinds, ListTypesKindTest, ::testing::ValuesIn(allKinds), kindTestName);
 
-TEST_P(NumberTypesKindTest, NullTextEmptiesTheArrayAndIsRefusedAsByStock)
+TEST_P(ListTypesKindTest, NullTextEmptiesTheArrayAndIsRefusedAsByStock)
 {
     for (const bool isInstalled : {false, true}) {
         Model model(isInstalled);
@@ -721,7 +721,7 @@ TEST_P(NumberTypesKindTest, NullTextEmptiesTheArrayAndIsRefusedAsByStock)
 }
 
 // Each byte but the end, alone and beside digits.
-TEST_P(NumberTypesKindTest, EveryByteReadsAsStock)
+TEST_P(ListTypesKindTest, EveryByteReadsAsStock)
 {
     const SilentHandler handler;
     Model stock(false);
@@ -738,7 +738,7 @@ TEST_P(NumberTypesKindTest, EveryByteReadsAsStock)
 }
 
 // All texts of up to five of these bytes.
-TEST_P(NumberTypesKindTest, EveryShortTextReadsAsStock)
+TEST_P(ListTypesKindTest, EveryShortTextReadsAsStock)
 {
     const SilentHandler handler;
     Model stock(false);
@@ -988,7 +988,7 @@ private:
 
 static_assert(LDBL_MANT_DIG > DBL_MANT_DIG, "the point midway between two doubles is a long double");
 
-class NumberTypesTokenTest : public ::testing::TestWithParam<std::tuple<Kind, unsigned>> {};
+class ListTypesTokenTest : public ::testing::TestWithParam<std::tuple<Kind, unsigned>> {};
 
 std::string tokenTestName(const ::testing::TestParamInfo<std::tuple<Kind, unsigned>>& info)
 {
@@ -996,11 +996,11 @@ std::string tokenTestName(const ::testing::TestParamInfo<std::tuple<Kind, unsign
 }
 
 // A quarter of a million for each seed and kind.
-INSTANTIATE_TEST_SUITE_P(Seeds, NumberTypesTokenTest,
+INSTANTIATE_TEST_SUITE_P(Seeds, ListTypesTokenTest,
                          ::testing::Combine(::testing::ValuesIn(allKinds), ::testing::Values(1u, 2u, 3u, 4u)),
                          tokenTestName);
 
-TEST_P(NumberTypesTokenTest, MadeUpTokensReadAsStock)
+TEST_P(ListTypesTokenTest, MadeUpTokensReadAsStock)
 {
     const std::size_t chunkCount = 250;
     const std::size_t chunkSize = 1000;
@@ -1140,7 +1140,7 @@ void compareDocumentTexts(const std::string& text, Walk& walk)
     compareTrees(stockRoot, installedRoot, walk);
 }
 
-TEST(NumberTypesDocumentTest, MadeUpDocumentsReadAsStock)
+TEST(ListTypesDocumentTest, MadeUpDocumentsReadAsStock)
 {
     const SilentHandler handler;
     for (std::uint64_t seed = 1; seed <= 20; ++seed) {
@@ -1155,7 +1155,7 @@ TEST(NumberTypesDocumentTest, MadeUpDocumentsReadAsStock)
     }
 }
 
-TEST(NumberTypesDocumentTest, OddWaysToWriteAListReadAsStock)
+TEST(ListTypesDocumentTest, OddWaysToWriteAListReadAsStock)
 {
     const SilentHandler handler;
     std::string nodes;
@@ -1184,7 +1184,7 @@ TEST(NumberTypesDocumentTest, OddWaysToWriteAListReadAsStock)
 }
 
 // A list that takes more than one of the blocks in which a parser hands text over.
-TEST(NumberTypesDocumentTest, LongListsReadAsStock)
+TEST(ListTypesDocumentTest, LongListsReadAsStock)
 {
     const SilentHandler handler;
     TokenSource source(7);
@@ -1230,7 +1230,7 @@ std::string uriOf(const std::filesystem::path& path)
     return result;
 }
 
-TEST(NumberTypesDocumentTest, DocumentsOfTheCorpusReadAsStock)
+TEST(ListTypesDocumentTest, DocumentsOfTheCorpusReadAsStock)
 {
     const std::filesystem::path folder = std::string(LIBVIDEO_CORPUS);
     std::error_code error;
@@ -1318,7 +1318,7 @@ private:
     bool m_isAvailable = false;
 };
 
-TEST(NumberTypesLocaleTest, PlainNumbersDoNotDependOnTheLocale)
+TEST(ListTypesLocaleTest, PlainNumbersDoNotDependOnTheLocale)
 {
     Model stock(false);
     Model installed(true);
@@ -1340,14 +1340,14 @@ TEST(NumberTypesLocaleTest, PlainNumbersDoNotDependOnTheLocale)
     EXPECT_EQ(unsigneds, read(attributeOf(installed.dae(), Kind::Unsigneds), "1 2 3000").bits);
 }
 
-TEST(NumberTypesLocaleTest, DocumentsWithPlainNumbersDoNotDependOnTheLocale)
+TEST(ListTypesLocaleTest, DocumentsWithPlainNumbersDoNotDependOnTheLocale)
 {
     const CommaNumbers comma;
     if (!comma.isAvailable()) {
         GTEST_SKIP() << "there is no locale with a comma";
     }
     ColladaBuilder builder;
-    installNumberTypes(builder.dae());
+    installListTypes(builder.dae());
     builder.addScene("<node><translate>1.5 -2.5 .25</translate></node>");
     domCOLLADA* const root = builder.open();
     ASSERT_NE(nullptr, root);
@@ -1376,12 +1376,12 @@ Element* firstElement(DAE& dae)
     return found.empty() ? nullptr : daeSafeCast<Element>(found.front());
 }
 
-TEST(NumberTypesLifetimeTest, ManyDaesComeAndGo)
+TEST(ListTypesLifetimeTest, ManyDaesComeAndGo)
 {
     const SilentHandler handler;
     for (int i = 0; i < 100; ++i) {
         ColladaBuilder builder(smallGeometry);
-        installNumberTypes(builder.dae());
+        installListTypes(builder.dae());
         if (i % 3 != 0) {
             continue; // an unused one ends as well
         }
@@ -1393,11 +1393,11 @@ TEST(NumberTypesLifetimeTest, ManyDaesComeAndGo)
     }
 }
 
-TEST(NumberTypesLifetimeTest, OneDaeReadsManyDocuments)
+TEST(ListTypesLifetimeTest, OneDaeReadsManyDocuments)
 {
     const SilentHandler handler;
     ColladaBuilder builder(smallGeometry);
-    installNumberTypes(builder.dae());
+    installListTypes(builder.dae());
     for (int i = 0; i < 50; ++i) {
         ASSERT_NE(nullptr, builder.open()); // closes the one before
         domInt_array* const integers = builder.element<domInt_array>("i");
@@ -1407,7 +1407,7 @@ TEST(NumberTypesLifetimeTest, OneDaeReadsManyDocuments)
     }
 }
 
-TEST(NumberTypesLifetimeTest, ElementsOutliveTheDae)
+TEST(ListTypesLifetimeTest, ElementsOutliveTheDae)
 {
     const SilentHandler handler;
     domFloat_arrayRef floats;
@@ -1415,7 +1415,7 @@ TEST(NumberTypesLifetimeTest, ElementsOutliveTheDae)
     domPRef indices;
     {
         ColladaBuilder builder(smallGeometry);
-        installNumberTypes(builder.dae());
+        installListTypes(builder.dae());
         ASSERT_NE(nullptr, builder.open());
         floats = firstElement<domFloat_array>(builder.dae());
         integers = firstElement<domInt_array>(builder.dae());
@@ -1433,13 +1433,13 @@ TEST(NumberTypesLifetimeTest, ElementsOutliveTheDae)
     EXPECT_EQ(18446744073709551615u, indices->getValue()[2]);
 }
 
-TEST(NumberTypesLifetimeTest, TwoDaesHaveTypesOfTheirOwn)
+TEST(ListTypesLifetimeTest, TwoDaesHaveTypesOfTheirOwn)
 {
     const SilentHandler handler;
     auto first = std::make_unique<ColladaBuilder>(smallGeometry);
     auto second = std::make_unique<ColladaBuilder>(smallGeometry);
-    installNumberTypes(first->dae());
-    installNumberTypes(second->dae());
+    installListTypes(first->dae());
+    installListTypes(second->dae());
     for (const Kind kind : allKinds) {
         EXPECT_NE(attributeOf(first->dae(), kind)->getType(), attributeOf(second->dae(), kind)->getType());
     }
@@ -1454,7 +1454,7 @@ TEST(NumberTypesLifetimeTest, TwoDaesHaveTypesOfTheirOwn)
     EXPECT_EQ(1.5, floats->getValue()[0]);
 }
 
-TEST(NumberTypesLifetimeTest, ADaeBesideAnInstalledOneKeepsItsTypes)
+TEST(ListTypesLifetimeTest, ADaeBesideAnInstalledOneKeepsItsTypes)
 {
     const SilentHandler handler;
     Model stock(false);
@@ -1471,14 +1471,14 @@ TEST(NumberTypesLifetimeTest, ADaeBesideAnInstalledOneKeepsItsTypes)
     EXPECT_EQ(2u, read(attributeOf(stock.dae(), Kind::Doubles), "1 2").count);
 }
 
-TEST(NumberTypesLifetimeTest, ElementsAreMadeCopiedAndWrittenAsStock)
+TEST(ListTypesLifetimeTest, ElementsAreMadeCopiedAndWrittenAsStock)
 {
     const SilentHandler handler;
     std::vector<std::string> texts;
     for (const bool isInstalled : {false, true}) {
         ColladaBuilder builder(smallGeometry);
         if (isInstalled) {
-            installNumberTypes(builder.dae());
+            installListTypes(builder.dae());
         }
         ASSERT_NE(nullptr, builder.open());
         domFloat_array* const floats = firstElement<domFloat_array>(builder.dae());

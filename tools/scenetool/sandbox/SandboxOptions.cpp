@@ -1,6 +1,6 @@
 #include "SandboxOptions.h"
 
-#include "Info.h"
+#include "../Info.h"
 
 #include <chrono>
 #include <cstdlib>

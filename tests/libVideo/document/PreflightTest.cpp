@@ -3,7 +3,7 @@
 
 #include <libVideo/ColladaDom.h>
 #include <libVideo/SceneGraph/Scene.h>
-#include <libVideo/SceneGraph/detail/Preflight.h>
+#include <libVideo/SceneGraph/document/Preflight.h>
 
 #include <fcntl.h>
 #include <sys/resource.h>

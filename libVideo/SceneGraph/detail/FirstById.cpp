@@ -1,4 +1,4 @@
-#include "PoolIndex.h"
+#include "FirstById.h"
 
 #include "HashMix.h"
 

@@ -5,7 +5,7 @@
 /// network, reads numbers in the host's locale and writes its messages to standard output; what stands here keeps that
 /// away from the host.
 
-#include "Allowance.h"
+#include "../detail/MemoryBudget.h"
 #include "ReferenceResolver.h"
 
 #include <libVideo/ColladaDom.h>
@@ -75,7 +75,7 @@ public:
     domCOLLADA* open(const vesk::String& path);
 
 private:
-    Allowance m_allowance;
+    MemoryBudget m_budget;
     NumericLocaleScope m_locale;
     SilenceScope m_silence;
     ReferenceScope m_references;

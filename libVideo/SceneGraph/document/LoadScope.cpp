@@ -1,4 +1,4 @@
-#include "OpenDocument.h"
+#include "LoadScope.h"
 
 #include <vesk/Exception.h>
 

@@ -1,6 +1,6 @@
 #include "support/FailingAllocator.h"
 
-#include <libVideo/SceneGraph/detail/TupleTable.h>
+#include <libVideo/SceneGraph/vertices/TupleTable.h>
 
 #include <cstddef>
 #include <map>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "../LoadedScene.h"
 #include "GlObject.h"
-#include "LoadedScene.h"
 #include "ScenePose.h"
 #include "Viewpoint.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "LoadedScene.h"
+#include "../LoadedScene.h"
 #include "RenderMath.h"
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "ReferenceResolver.h"
 
-#include "Allowance.h"
+#include "../detail/MemoryBudget.h"
 #include "Preflight.h"
 
 #include <algorithm>
@@ -90,7 +90,7 @@ daeElement* openFile(DAE& dae, const std::filesystem::path& file)
     if (!size) {
         return nullptr;
     }
-    Allowance::addDocument(*size);
+    MemoryBudget::addDocument(*size);
     return dae.open(percentEncoded(file.string()));
 }
 

@@ -1,4 +1,4 @@
-#include "NumberTypes.h"
+#include "ListTypes.h"
 
 #include "Bytes.h"
 
@@ -240,7 +240,7 @@ daeAtomicType* install(DAE& dae)
 
 } // namespace
 
-void installNumberTypes(DAE& dae)
+void installListTypes(DAE& dae)
 {
     daeAtomicType* const doubles = install<DoubleListType>(dae);
     daeAtomicType* const unsigneds = install<UnsignedListType>(dae);

@@ -11,6 +11,6 @@ namespace libVideo::detail {
 /// of the C library's scanner for each of them, and independently of the locale. The values are those of the document
 /// model's own types, bit for bit: whatever is not plainly a number goes to these. The names of a `<Name_array>` are
 /// kept once for each run of the same word. The `DAE` owns what is installed.
-void installNumberTypes(DAE& dae);
+void installListTypes(DAE& dae);
 
 } // namespace libVideo::detail

@@ -1,7 +1,7 @@
 #include "support/ColladaBuilder.h"
 #include "support/Process.h"
 
-#include <tools/scenetool/Sandbox.h>
+#include <tools/scenetool/sandbox/Sandbox.h>
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Sheet.h"
+#include "../render/Sheet.h"
 
 #include <cstddef>
 

@@ -1,6 +1,6 @@
 #include "VertexReader.h"
 
-#include "Dom.h"
+#include "../detail/Dom.h"
 
 #include <libVideo/SceneGraph/Accessor.h>
 #include <libVideo/SceneGraph/Source.h>

@@ -1,6 +1,6 @@
-#include "Render.h"
+#include "SceneShow.h"
 
-#include "Info.h"
+#include "../Info.h"
 #include "Offscreen.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 /// @file
 /// Numbers index tuples by first use.
 
-#include "HashMix.h"
+#include "../detail/HashMix.h"
 
 #include <vesk/Array.h>
 

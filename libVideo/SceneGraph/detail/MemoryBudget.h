@@ -12,13 +12,13 @@ namespace libVideo::detail {
 /// size of the documents that were opened, and far beyond what any of them needs that was made to be shown.
 ///
 /// Without a load, when a host builds a part of a scene by itself, everything is allowed.
-class Allowance {
+class MemoryBudget {
 public:
     /// Stands for the current load of this thread from here to its end.
-    Allowance();
-    ~Allowance();
-    Allowance(const Allowance&) = delete;
-    Allowance& operator=(const Allowance&) = delete;
+    MemoryBudget();
+    ~MemoryBudget();
+    MemoryBudget(const MemoryBudget&) = delete;
+    MemoryBudget& operator=(const MemoryBudget&) = delete;
 
     /// The current load has opened a document of that many bytes.
     static void addDocument(std::uint64_t size);
@@ -27,7 +27,7 @@ public:
 
 private:
     std::uint64_t m_left;
-    Allowance* m_before;
+    MemoryBudget* m_before;
 };
 
 } // namespace libVideo::detail

@@ -1,0 +1,52 @@
+#include "MemoryBudget.h"
+
+#include <limits>
+
+namespace libVideo::detail {
+
+namespace {
+
+constexpr std::uint64_t bytesToStartWith = 134'217'728;
+constexpr std::uint64_t bytesForEachOfADocument = 64;
+
+thread_local MemoryBudget* currentMemoryBudget = nullptr;
+
+std::uint64_t product(std::uint64_t a, std::uint64_t b)
+{
+    constexpr std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
+    return b != 0 && a > most / b ? most : a * b;
+}
+
+} // namespace
+
+MemoryBudget::MemoryBudget() : m_left(bytesToStartWith), m_before(currentMemoryBudget)
+{
+    currentMemoryBudget = this;
+}
+
+MemoryBudget::~MemoryBudget()
+{
+    currentMemoryBudget = m_before;
+}
+
+void MemoryBudget::addDocument(std::uint64_t size)
+{
+    if (currentMemoryBudget != nullptr) {
+        currentMemoryBudget->m_left += product(size, bytesForEachOfADocument);
+    }
+}
+
+bool MemoryBudget::take(std::uint64_t count, std::uint64_t bytesEach)
+{
+    if (currentMemoryBudget == nullptr) {
+        return true;
+    }
+    const std::uint64_t bytes = product(count, bytesEach);
+    if (bytes > currentMemoryBudget->m_left) {
+        return false;
+    }
+    currentMemoryBudget->m_left -= bytes;
+    return true;
+}
+
+} // namespace libVideo::detail
