@@ -1,6 +1,7 @@
 #include "Dump.h"
 #include "Info.h"
 #include "LoadedScene.h"
+#include "PrepareCommand.h"
 #include "sandbox/SandboxOptions.h"
 #ifdef SCENETOOL_HAS_PICTURES
 #include "PictureCommands.h"
@@ -88,6 +89,8 @@ int run(int argc, char** argv)
     dumpCommand->add_flag("--fold", folds, "Fold parents into the nodes, so that matrices are world matrices");
     sandbox.addTo(*dumpCommand);
 
+    scenetool::PrepareCommand prepare(app);
+
 #ifdef SCENETOOL_HAS_PICTURES
     scenetool::PictureCommands pictures(app, sandbox);
 #endif
@@ -106,6 +109,9 @@ int run(int argc, char** argv)
         return pictures.run();
     }
 #endif
+    if (prepare.isParsed()) {
+        return prepare.run();
+    }
     if (dumpCommand->parsed()) {
         return sandbox.run(file, 1, [&] { return dump(file, time, folds); });
     }

@@ -1,0 +1,281 @@
+#include "Document.h"
+
+#include "Numbers.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace libPrepare {
+
+namespace {
+
+bool isText(pugi::xml_node node)
+{
+    return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
+}
+
+int hexDigit(char character)
+{
+    if (character >= '0' && character <= '9') {
+        return character - '0';
+    }
+    const char lower = static_cast<char>(character | 0x20);
+    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
+std::string percentDecoded(std::string_view text)
+{
+    std::string result;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const int high = text[i] == '%' && i + 2 < text.size() ? hexDigit(text[i + 1]) : -1;
+        const int low = high >= 0 ? hexDigit(text[i + 2]) : -1;
+        if (low >= 0) {
+            result += static_cast<char>(16 * high + low);
+            i += 2;
+        } else {
+            result += text[i];
+        }
+    }
+    return result;
+}
+
+// The next element of a walk over a whole subtree in document order; null at its end.
+pugi::xml_node next(pugi::xml_node node, pugi::xml_node top)
+{
+    if (node.first_child()) {
+        return node.first_child();
+    }
+    while (node != top && !node.next_sibling()) {
+        node = node.parent();
+    }
+    return node == top ? pugi::xml_node() : node.next_sibling();
+}
+
+} // namespace
+
+bool is(pugi::xml_node element, const char* name)
+{
+    return std::strcmp(element.name(), name) == 0;
+}
+
+pugi::xml_node descend(pugi::xml_node element, std::string_view path)
+{
+    while (element && !path.empty()) {
+        const std::size_t slash = std::min(path.find('/'), path.size());
+        element = element.child(std::string(path.substr(0, slash)).c_str());
+        path.remove_prefix(std::min(slash + 1, path.size()));
+    }
+    return element;
+}
+
+std::string_view textOf(pugi::xml_node element, std::string& scratch)
+{
+    std::string_view only;
+    unsigned runs = 0;
+    for (const pugi::xml_node child : element.children()) {
+        if (!isText(child)) {
+            continue;
+        }
+        if (++runs == 1) {
+            only = child.value();
+        } else {
+            if (runs == 2) {
+                scratch.assign(only);
+            }
+            scratch += child.value();
+        }
+    }
+    return runs > 1 ? std::string_view(scratch) : only;
+}
+
+std::string textOf(pugi::xml_node element)
+{
+    std::string scratch;
+    return std::string(textOf(element, scratch));
+}
+
+void setText(pugi::xml_node element, const std::string& text)
+{
+    element.remove_children();
+    element.append_child(pugi::node_pcdata).set_value(text.c_str());
+}
+
+std::vector<double> numbersOf(pugi::xml_node element)
+{
+    std::string scratch;
+    return numbers(textOf(element, scratch));
+}
+
+void setAttribute(pugi::xml_node element, const char* name, const std::string& value)
+{
+    pugi::xml_attribute attribute = element.attribute(name);
+    if (!attribute) {
+        attribute = element.append_attribute(name);
+    }
+    attribute.set_value(value.c_str());
+}
+
+Document::Document(pugi::xml_document& xml, std::filesystem::path file, const Options& options, Report& report,
+                   std::string_view source)
+    : m_xml(xml), m_file(std::move(file)), m_options(options), m_report(report), m_bytes(source.size())
+{
+    if (!source.empty()) {
+        m_lineStarts.push_back(0);
+    }
+    for (std::size_t at = source.find('\n'); at != std::string_view::npos; at = source.find('\n', at + 1)) {
+        m_lineStarts.push_back(at + 1);
+    }
+}
+
+void Document::indexIds()
+{
+    if (m_areIdsKnown) {
+        return;
+    }
+    m_ids.clear();
+    m_areIdsKnown = true;
+    registerIds(root());
+}
+
+void Document::registerIds(pugi::xml_node subtree)
+{
+    if (!m_areIdsKnown) {
+        return; // the next look-up reads them all
+    }
+    for (pugi::xml_node element = subtree; element; element = next(element, subtree)) {
+        if (const pugi::xml_attribute id = element.attribute("id")) {
+            const std::string key(trimmed(id.value()));
+            m_takenIds.insert(key);
+            m_ids[key].push_back(element);
+        }
+    }
+}
+
+pugi::xml_node Document::byId(std::string_view id, std::initializer_list<const char*> kinds)
+{
+    indexIds();
+    const auto found = m_ids.find(std::string(id));
+    if (found == m_ids.end()) {
+        return {};
+    }
+    for (const pugi::xml_node element : found->second) {
+        if (kinds.size() == 0 ||
+            std::any_of(kinds.begin(), kinds.end(), [&](const char* kind) { return is(element, kind); })) {
+            return element;
+        }
+    }
+    return {};
+}
+
+pugi::xml_node Document::resolve(std::string_view reference, std::initializer_list<const char*> kinds)
+{
+    reference = trimmed(reference);
+    const std::size_t mark = reference.find('#');
+    if (mark == std::string_view::npos) {
+        return {};
+    }
+    const std::string file = percentDecoded(reference.substr(0, mark));
+    if (!file.empty() && file.substr(file.find_last_of("/\\") + 1) != m_file.filename().string()) {
+        return {};
+    }
+    const std::string_view id = reference.substr(mark + 1);
+    const pugi::xml_node found = byId(id, kinds);
+    return found ? found : byId(percentDecoded(id), kinds);
+}
+
+std::string Document::freshId(std::string_view wish)
+{
+    indexIds();
+    std::string id(wish);
+    for (unsigned number = 2; !m_takenIds.insert(id).second; ++number) {
+        id = std::string(wish) + '-' + std::to_string(number);
+    }
+    return id;
+}
+
+void Document::setId(pugi::xml_node element, const std::string& id)
+{
+    indexIds();
+    if (const pugi::xml_attribute old = element.attribute("id")) {
+        std::vector<pugi::xml_node>& bearers = m_ids[std::string(trimmed(old.value()))];
+        bearers.erase(std::remove(bearers.begin(), bearers.end(), element), bearers.end());
+    }
+    setAttribute(element, "id", id);
+    m_takenIds.insert(id);
+    m_ids[id].push_back(element);
+}
+
+void Document::setOrigin(pugi::xml_node made, pugi::xml_node origin)
+{
+    const auto known = m_origins.find(origin.hash_value());
+    m_origins[made.hash_value()] = known == m_origins.end() ? origin : known->second;
+}
+
+Place Document::placeOf(pugi::xml_node element) const
+{
+    while (element && element.type() != pugi::node_element) {
+        element = element.parent();
+    }
+    const auto origin = m_origins.find(element.hash_value());
+    if (origin != m_origins.end()) {
+        element = origin->second;
+    }
+    Place place;
+    for (pugi::xml_node each = element; each && each.type() == pugi::node_element; each = each.parent()) {
+        if (each == element && !m_lineStarts.empty() && each.offset_debug() >= 0) {
+            const std::size_t offset = static_cast<std::size_t>(each.offset_debug());
+            const auto after = std::upper_bound(m_lineStarts.begin(), m_lineStarts.end(), offset);
+            place.line = static_cast<unsigned>(after - m_lineStarts.begin());
+            place.column = static_cast<unsigned>(offset - *(after - 1)); // the offset is that of the name after "<"
+        }
+        std::string step = each.name();
+        if (const pugi::xml_attribute id = each.attribute("id")) {
+            step += "[@id='" + std::string(id.value()) + "']";
+        } else if (each.parent().type() == pugi::node_element) {
+            unsigned before = 0;
+            for (pugi::xml_node other = each.previous_sibling(each.name()); other;
+                 other = other.previous_sibling(each.name())) {
+                ++before;
+            }
+            if (before > 0 || each.next_sibling(each.name())) {
+                step += '[' + std::to_string(before + 1) + ']';
+            }
+        }
+        place.path = place.path.empty() ? step : step + '/' + place.path;
+    }
+    return place;
+}
+
+void Document::add(pugi::xml_node where, Outcome outcome, const char* kind, std::string text, std::string remedy)
+{
+    m_report.changed = m_report.changed || outcome != Outcome::lost;
+    m_report.findings.push_back({outcome, kind, std::move(text), std::move(remedy), placeOf(where)});
+}
+
+void Document::rewritten(pugi::xml_node where, const char* kind, std::string text, std::string remedy)
+{
+    add(where, Outcome::rewritten, kind, std::move(text), std::move(remedy));
+}
+
+void Document::approximated(pugi::xml_node where, const char* kind, std::string text, std::string remedy,
+                            Approximation numbers)
+{
+    add(where, Outcome::approximated, kind, std::move(text), std::move(remedy));
+    m_report.approximations.push_back(std::move(numbers));
+}
+
+void Document::lost(pugi::xml_node where, const char* kind, std::string text, std::string remedy)
+{
+    add(where, Outcome::lost, kind, std::move(text), std::move(remedy));
+}
+
+bool Document::takeBytes(std::uint64_t bytes)
+{
+    if (bytes > m_options.maxSize || m_bytes > m_options.maxSize - bytes) {
+        return false;
+    }
+    m_bytes += bytes;
+    return true;
+}
+
+} // namespace libPrepare

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <libPrepare/Prepare.h>
+
+#include <pugixml.hpp>
+
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace libPrepare {
+
+/// Whether an element has this name. Namespaces prefixes are gone after the first passes.
+bool is(pugi::xml_node element, const char* name);
+/// The first child element on a path such as "technique_common/accessor"; null if there is none.
+pugi::xml_node descend(pugi::xml_node element, std::string_view path);
+/// The text of an element: of all its runs, character data sections included, joined as an XML reader does.
+/// @param scratch where the text is joined if it has several runs
+std::string_view textOf(pugi::xml_node element, std::string& scratch);
+std::string textOf(pugi::xml_node element);
+/// Replaces everything in an element by a text.
+void setText(pugi::xml_node element, const std::string& text);
+/// All numbers of an element's text, as `numbers` reads them.
+std::vector<double> numbersOf(pugi::xml_node element);
+/// Sets an attribute, which is made if it is missing.
+void setAttribute(pugi::xml_node element, const char* name, const std::string& value);
+
+/// The document that the passes work on: its tree, what its ids lead to, where each element comes from, and the report.
+class Document {
+public:
+    /// @param source the text that the tree was parsed from, for lines; may be empty
+    Document(pugi::xml_document& xml, std::filesystem::path file, const Options& options, Report& report,
+             std::string_view source = {});
+    Document(const Document&) = delete;
+    Document& operator=(const Document&) = delete;
+
+    pugi::xml_node root() const { return m_xml.document_element(); } ///< `<COLLADA>`.
+    pugi::xml_document& xml() const { return m_xml; }
+    const Options& options() const { return m_options; }
+    const std::filesystem::path& file() const { return m_file; }
+    Report& report() { return m_report; }
+
+    /// The first element with an id among those of these kinds, in document order; of any kind if none is named.
+    pugi::xml_node byId(std::string_view id, std::initializer_list<const char*> kinds = {});
+    /// What a reference within the document leads to, such as `#id` or this file's own name before the `#`; null if it leads
+    /// nowhere or to another document. Blanks around it and percent encoding are taken off.
+    pugi::xml_node resolve(std::string_view reference, std::initializer_list<const char*> kinds = {});
+    /// An id that no element has had so far: the wish itself if it is free, otherwise with a number after it. It is taken
+    /// from then on.
+    std::string freshId(std::string_view wish);
+    /// Gives an element an id and registers it.
+    void setId(pugi::xml_node element, const std::string& id);
+    /// Registers what lies in a subtree that was copied or moved in.
+    void registerIds(pugi::xml_node subtree);
+    /// Has to be called after elements with ids were removed, before the next look-up.
+    void forgetIds() { m_areIdsKnown = false; }
+
+    /// Says that an element that a pass made (or a copy) comes from another one: reports name the line of that.
+    void setOrigin(pugi::xml_node made, pugi::xml_node origin);
+    Place placeOf(pugi::xml_node element) const;
+
+    /// Reports that something says the same in other words now.
+    void rewritten(pugi::xml_node where, const char* kind, std::string text, std::string remedy = {});
+    /// Reports an approximation.
+    void approximated(pugi::xml_node where, const char* kind, std::string text, std::string remedy,
+                      Approximation numbers);
+    /// Reports that something has no expression in the result.
+    void lost(pugi::xml_node where, const char* kind, std::string text, std::string remedy);
+
+    /// Counts bytes that a pass adds beyond what the document holds. @return false once more than
+    /// `Options::maxSize` would be reached, and nothing is counted then; the pass leaves the rest out and reports it
+    bool takeBytes(std::uint64_t bytes);
+
+private:
+    void indexIds();
+    void add(pugi::xml_node where, Outcome outcome, const char* kind, std::string text, std::string remedy);
+
+    pugi::xml_document& m_xml;
+    std::filesystem::path m_file;
+    const Options& m_options;
+    Report& m_report;
+    std::vector<std::size_t> m_lineStarts;
+    std::uint64_t m_bytes;
+    bool m_areIdsKnown = false;
+    std::unordered_map<std::string, std::vector<pugi::xml_node>> m_ids;
+    std::unordered_set<std::string> m_takenIds;
+    std::unordered_map<std::size_t, pugi::xml_node> m_origins;
+};
+
+} // namespace libPrepare

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace libPrepare {
+
+/// Characters that separate the entries of a list: blank, tab, line feed, carriage return.
+bool isBlank(char character);
+/// The text without blanks at its ends.
+std::string_view trimmed(std::string_view text);
+/// The entries of a list, in order.
+std::vector<std::string_view> words(std::string_view text);
+
+/// One number as the schema writes it, infinities and NaN included. NaN for what is no number.
+double number(std::string_view word);
+/// The value of an attribute or element that holds one number, or another value where it holds none.
+double numberOr(std::string_view text, double otherwise);
+/// All numbers of a list; NaN in the place of what is no number.
+std::vector<double> numbers(std::string_view text);
+/// All whole numbers of a list; -1 in the place of what is none. Numbers beyond 63 bits count as -1.
+std::vector<long long> integers(std::string_view text);
+
+/// The shortest text that reads back to the same double.
+std::string text(double value);
+std::string text(const std::vector<double>& values);
+void append(std::string& target, double value);
+void append(std::string& target, long long value);
+
+} // namespace libPrepare

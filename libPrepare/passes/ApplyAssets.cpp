@@ -1,0 +1,7 @@
+#include "Passes.h"
+
+namespace libPrepare {
+
+void applyAssets(Document&) {}
+
+} // namespace libPrepare

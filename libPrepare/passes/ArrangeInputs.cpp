@@ -1,0 +1,7 @@
+#include "Passes.h"
+
+namespace libPrepare {
+
+void arrangeInputs(Document&) {}
+
+} // namespace libPrepare

@@ -1,0 +1,7 @@
+#include "Passes.h"
+
+namespace libPrepare {
+
+void completeCameras(Document&) {}
+
+} // namespace libPrepare

@@ -1,0 +1,7 @@
+#include "Passes.h"
+
+namespace libPrepare {
+
+void completeEffects(Document&) {}
+
+} // namespace libPrepare

@@ -1,0 +1,7 @@
+#include "Passes.h"
+
+namespace libPrepare {
+
+void completeLights(Document&) {}
+
+} // namespace libPrepare

@@ -1,0 +1,7 @@
+#include "Passes.h"
+
+namespace libPrepare {
+
+void completeTransforms(Document&) {}
+
+} // namespace libPrepare

@@ -1,0 +1,7 @@
+#include "Passes.h"
+
+namespace libPrepare {
+
+void makeNormals(Document&) {}
+
+} // namespace libPrepare

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <libPrepare/document/Document.h>
+
+/// @file
+/// The passes. Each takes a document to one that says the same, and reports what it changes and what is lost. Prepare.cpp
+/// shows their order.
+namespace libPrepare {
+
+// The document as a whole.
+void convertVersions(Document& document);        ///< 1.4.0 and 1.5, foreign and missing namespaces: to 1.4.1.
+void copyExternalReferences(Document& document); ///< What lies in other documents comes into this one.
+void repairTexts(Document& document);            ///< Texts in several runs, decimal commas, character data sections.
+void repairIds(Document& document);              ///< Ids borne twice, beyond ASCII, or that differ only in case.
+void chooseVisualScene(Document& document);      ///< The one that `<scene>` names; the others are reported.
+void applyAssets(Document& document);            ///< Units and up axes of geometries, nodes and scenes.
+
+// The tree.
+void copyInstanceNodes(Document& document); ///< `<instance_node>`.
+void flattenAnimations(Document& document); ///< One animation a target, with the whole value.
+void poseControllers(Document& document);   ///< `<skin>` and `<morph>` become meshes.
+
+// Geometry.
+void separateGeometries(Document& document); ///< A geometry each for every instance.
+void triangulate(Document& document);        ///< polylist, polygons, tristrips, trifans, bad faces.
+void arrangeInputs(Document& document);      ///< Inputs under `<vertices>`, other semantics, offsets, sets.
+void makeNormals(Document& document);        ///< Where `Options::normals` asks for them.
+
+// Looks.
+void bindMaterials(Document& document);   ///< `<bind_material>` where it is missing or ambiguous.
+void completeEffects(Document& document); ///< lambert and constant, absent channels, parameters, opacity.
+void resolveTextures(Document& document); ///< Samplers, surfaces and images that textures lead to.
+void findImages(Document& document);      ///< Image files that are found from the folder of the result.
+
+// Lights and cameras.
+void completeLights(Document& document);  ///< Directional, ambient, attenuation, cones, targets.
+void completeCameras(Document& document); ///< Orthographic, field of view, look-at nodes.
+
+// Nodes.
+void completeTransforms(Document& document); ///< Nodes without a transform, `<lookat>`, `<skew>`.
+void turnScene(Document& document);          ///< `Options::upAxis` and `Options::unit`.
+
+} // namespace libPrepare

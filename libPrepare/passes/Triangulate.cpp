@@ -1,0 +1,7 @@
+#include "Passes.h"
+
+namespace libPrepare {
+
+void triangulate(Document&) {}
+
+} // namespace libPrepare

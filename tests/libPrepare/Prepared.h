@@ -1,0 +1,33 @@
+#pragma once
+
+#include <libPrepare/Prepare.h>
+
+#include <pugixml.hpp>
+
+#include <string>
+
+namespace test {
+
+/// A document prepared in memory: what came out, and the report.
+struct Prepared {
+    /// @param body what lies in `<COLLADA>`, or a whole document if it starts with `<?xml` or `<COLLADA`
+    explicit Prepared(const std::string& body, const libPrepare::Options& options = {});
+
+    /// The first node that an XPath finds.
+    pugi::xml_node node(const char* path) const { return document.select_node(path).node(); }
+    std::size_t count(const char* path) const { return document.select_nodes(path).size(); }
+    /// The text of the first node that an XPath finds, blanks at its ends taken off.
+    std::string text(const char* path) const;
+    /// The findings of a kind.
+    std::size_t findings(const char* kind) const;
+    /// The whole result.
+    std::string xml() const;
+
+    pugi::xml_document document;
+    libPrepare::Report report;
+};
+
+/// A document with this body around which nothing is missing: `<COLLADA>` and `<asset>`.
+std::string colladaDocument(const std::string& body);
+
+} // namespace test
