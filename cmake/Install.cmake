@@ -5,7 +5,7 @@ include(CMakePackageConfigHelpers)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/libVideo)
 
 # One export set for each namespace.
-foreach(target_and_set Common:vesk libMath:libMath libVideo:libVideo)
+foreach(target_and_set vesk_Common:vesk libMath:libMath libVideo:libVideo)
     string(REPLACE ":" ";" target_and_set ${target_and_set})
     list(GET target_and_set 0 target)
     list(GET target_and_set 1 set)

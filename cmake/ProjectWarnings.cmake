@@ -1,6 +1,6 @@
 # What every target of this project is compiled with, beside its own needs. Users of the libraries see none of it.
-add_library(project_warnings INTERFACE)
-target_compile_options(project_warnings INTERFACE
+add_library(libVideo_warnings INTERFACE)
+target_compile_options(libVideo_warnings INTERFACE
     -Wall
     -Wextra
     -Wpedantic
@@ -10,5 +10,5 @@ target_compile_options(project_warnings INTERFACE
     # The evaluation order of float arithmetic is part of the interface: no fused operations.
     -ffp-contract=off)
 if(LIBVIDEO_WARNINGS_AS_ERRORS)
-    target_compile_options(project_warnings INTERFACE -Werror)
+    target_compile_options(libVideo_warnings INTERFACE -Werror)
 endif()

@@ -1,0 +1,4 @@
+int valueOfTheSuperproject()
+{
+    return 1;
+}
