@@ -6,6 +6,7 @@
 #include <libVideo/SceneGraph/Accessor.h>
 #include <libVideo/SceneGraph/Animation.h>
 #include <libVideo/SceneGraph/Camera.h>
+#include <libVideo/SceneGraph/DataType.h>
 #include <libVideo/SceneGraph/Geometry.h>
 #include <libVideo/SceneGraph/Input.h>
 #include <libVideo/SceneGraph/Instance.h>
@@ -14,6 +15,8 @@
 #include <libVideo/SceneGraph/Node.h>
 #include <libVideo/SceneGraph/Primitive.h>
 #include <libVideo/SceneGraph/Scene.h>
+#include <libVideo/SceneGraph/SceneResources.h>
+#include <libVideo/SceneGraph/Semantic.h>
 #include <libVideo/SceneGraph/Source.h>
 #include <libVideo/SceneGraph/Texture.h>
 #include <libVideo/SceneGraph/Transformation.h>

@@ -3,6 +3,7 @@
 #include "detail/Dom.h"
 #include "detail/Log.h"
 #include "detail/MemoryBudget.h"
+#include "detail/Semantic.h"
 
 #include <vesk/SharedResource.h>
 
@@ -150,8 +151,7 @@ bool Animation::readCurve(const domAnimation& animation)
 bool Animation::createInputFromCollada(const daeSmartRef<domInputLocal>& input)
 {
     detail::expectElement(input, "Animation");
-    VertexLayout scratch;
-    const VertexSemantic semantic = inputSemanticToVertexSemantic(input->getSemantic(), scratch);
+    const VertexSemantic semantic = detail::semanticOf(input->getSemantic());
     const domSourceRef source = detail::resolve<domSource>(input->getSource());
     if (source == nullptr) {
         return false;

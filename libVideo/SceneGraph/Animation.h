@@ -2,7 +2,7 @@
 
 #include <libVideo/Export.h>
 #include <libVideo/Fwd.h>
-#include <libVideo/SceneGraph/VertexLayout.h>
+#include <libVideo/SceneGraph/Semantic.h>
 
 #include <libMath/Matrix.h>
 #include <libMath/Vector.h>

@@ -3,6 +3,7 @@
 #include "detail/Dom.h"
 #include "detail/Log.h"
 #include "detail/MemoryBudget.h"
+#include "detail/Semantic.h"
 
 #include <cstdint>
 #include <cstring>
@@ -97,9 +98,9 @@ bool InputLocal::createFromCollada(const daeTArray<daeSmartRef<domInputLocal>>& 
     m_cachedIndex = noIndex;
     for (std::size_t i = 0; i < inputs.getCount(); ++i) {
         detail::expectElement(inputs[i], "InputLocal");
-        VertexLayout layout;
         const vesk::String semantic(inputs[i]->getSemantic());
-        if (inputSemanticToVertexSemantic(semantic, layout) == SEMANTIC_UNKNOWN) {
+        VertexLayout layout(detail::semanticOf(semantic));
+        if (layout.semantic == SEMANTIC_UNKNOWN) {
             VIDEO_LOG("Does not recognize input semantic ", semantic);
             continue;
         }
@@ -161,7 +162,6 @@ bool InputLocalOffset::createFromCollada(const daeTArray<daeSmartRef<domInputLoc
     m_offsetCount = 0;
     m_bytePerAccess = 0;
     m_offsets.clear();
-    VertexLayout layout;
     for (std::size_t i = 0; i < inputs.getCount(); ++i) {
         detail::expectElement(inputs[i], "InputLocalOffset");
         const vesk::String semantic(inputs[i]->getSemantic());
@@ -170,7 +170,8 @@ bool InputLocalOffset::createFromCollada(const daeTArray<daeSmartRef<domInputLoc
             createVertices(inputs[i]);
             continue;
         }
-        if (inputSemanticToVertexSemantic(semantic, layout) == SEMANTIC_UNKNOWN) {
+        VertexLayout layout(detail::semanticOf(semantic));
+        if (layout.semantic == SEMANTIC_UNKNOWN) {
             VIDEO_LOG("Does not recognize input semantic ", semantic);
             continue;
         }

@@ -3,6 +3,7 @@
 #include <libVideo/ColladaDom.h>
 #include <libVideo/Export.h>
 #include <libVideo/Fwd.h>
+#include <libVideo/SceneGraph/SceneResources.h>
 #include <libVideo/SceneGraph/VisualScene.h>
 
 #include <libMath/Matrix.h>

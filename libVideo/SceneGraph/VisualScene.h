@@ -3,6 +3,7 @@
 #include <libVideo/Export.h>
 #include <libVideo/Fwd.h>
 #include <libVideo/SceneGraph/Node.h>
+#include <libVideo/SceneGraph/SceneResources.h>
 
 #include <vesk/Array.h>
 #include <vesk/CopiedResource.h>
@@ -11,14 +12,6 @@
 #include <vesk/String.h>
 
 namespace libVideo {
-
-/// What a document's libraries define, whether or not the scene uses it: the pool that instances refer to.
-struct LIBVIDEO_API SceneResources {
-    vesk::Array<CameraHandle> cameraList;         ///< Of `<library_cameras>`.
-    vesk::Array<PointLightHandle> pointLightList; ///< Of `<library_lights>`.
-    vesk::Array<SpotLightHandle> spotLightList;   ///< Of `<library_lights>`.
-    vesk::Array<AnimationHandle> animationList;   ///< Of `<library_animations>`.
-};
 
 /// The scene that a host walks after a load: a tree of nodes under one root, the instances on it, and the geometries
 /// and materials that it shows.

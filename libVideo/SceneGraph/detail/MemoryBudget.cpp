@@ -9,7 +9,7 @@ namespace {
 constexpr std::uint64_t bytesToStartWith = 134'217'728;
 constexpr std::uint64_t bytesForEachOfADocument = 64;
 
-thread_local MemoryBudget* currentMemoryBudget = nullptr;
+thread_local MemoryBudget* currentBudget = nullptr;
 
 std::uint64_t product(std::uint64_t a, std::uint64_t b)
 {
@@ -19,33 +19,33 @@ std::uint64_t product(std::uint64_t a, std::uint64_t b)
 
 } // namespace
 
-MemoryBudget::MemoryBudget() : m_left(bytesToStartWith), m_before(currentMemoryBudget)
+MemoryBudget::MemoryBudget() : m_left(bytesToStartWith), m_before(currentBudget)
 {
-    currentMemoryBudget = this;
+    currentBudget = this;
 }
 
 MemoryBudget::~MemoryBudget()
 {
-    currentMemoryBudget = m_before;
+    currentBudget = m_before;
 }
 
 void MemoryBudget::addDocument(std::uint64_t size)
 {
-    if (currentMemoryBudget != nullptr) {
-        currentMemoryBudget->m_left += product(size, bytesForEachOfADocument);
+    if (currentBudget != nullptr) {
+        currentBudget->m_left += product(size, bytesForEachOfADocument);
     }
 }
 
 bool MemoryBudget::take(std::uint64_t count, std::uint64_t bytesEach)
 {
-    if (currentMemoryBudget == nullptr) {
+    if (currentBudget == nullptr) {
         return true;
     }
     const std::uint64_t bytes = product(count, bytesEach);
-    if (bytes > currentMemoryBudget->m_left) {
+    if (bytes > currentBudget->m_left) {
         return false;
     }
-    currentMemoryBudget->m_left -= bytes;
+    currentBudget->m_left -= bytes;
     return true;
 }
 
