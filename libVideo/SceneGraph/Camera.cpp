@@ -108,23 +108,11 @@ bool PerspectiveCamera::createFromCollada(const daeSmartRef<domCamera>& camera, 
 // The first text in the technique, whatever its element is called.
 void PerspectiveCamera::readExtraCameraData(const daeSmartRef<domCamera>& camera, DAE& dae)
 {
-    const domExtra_Array& extras = camera->getExtra_array();
-    for (std::size_t i = 0; i < extras.getCount(); ++i) {
-        const domTechnique_Array& techniques = extras[i]->getTechnique_array();
-        for (std::size_t j = 0; j < techniques.getCount(); ++j) {
-            if (!detail::isVendorTechnique(*techniques[j])) {
-                continue;
-            }
-            const daeElementRefArray& children = techniques[j]->getContents();
-            for (std::size_t k = 0; k < children.getCount(); ++k) {
-                if (children[k]->hasCharData()) {
-                    const std::string text = children[k]->getCharData();
-                    m_lookAtNodeURI = text.c_str();
-                    m_lookAtNode = detail::lookAtId(text, dae);
-                    return;
-                }
-            }
-        }
+    const auto hasText = [](daeElement& child) { return child.hasCharData(); };
+    if (daeElement* const reference = detail::findVendorChild(camera->getExtra_array(), hasText)) {
+        const std::string text = reference->getCharData();
+        m_lookAtNodeURI = text.c_str();
+        m_lookAtNode = detail::lookAtId(text, dae);
     }
 }
 

@@ -76,24 +76,15 @@ bool SpotLight::createFromCollada(const SpotElement& spot)
 
 void SpotLight::readExtraData(const domLight& light, DAE& dae)
 {
-    const domExtra_Array& extras = light.getExtra_array();
-    for (std::size_t i = 0; i < extras.getCount(); ++i) {
-        const domTechnique_Array& techniques = extras[i]->getTechnique_array();
-        for (std::size_t j = 0; j < techniques.getCount(); ++j) {
-            if (!detail::isVendorTechnique(*techniques[j])) {
-                continue;
-            }
-            const daeElementRefArray& children = techniques[j]->getContents();
-            for (std::size_t k = 0; k < children.getCount(); ++k) {
-                const vesk::String name(children[k]->getElementName());
-                if (vesk::String::compareNoCase(name, "outer_cone") == 0) {
-                    vesk::String::strToReal32(children[k]->getCharData().c_str(), m_outerConeAngle);
-                } else if (vesk::String::compareNoCase(name, "target") == 0) {
-                    m_lookAtNodeId = detail::lookAtId(children[k]->getCharData(), dae);
-                }
-            }
+    detail::findVendorChild(light.getExtra_array(), [&](daeElement& child) {
+        const vesk::String name(child.getElementName());
+        if (vesk::String::compareNoCase(name, "outer_cone") == 0) {
+            vesk::String::strToReal32(child.getCharData().c_str(), m_outerConeAngle);
+        } else if (vesk::String::compareNoCase(name, "target") == 0) {
+            m_lookAtNodeId = detail::lookAtId(child.getCharData(), dae);
         }
-    }
+        return false; // the last of each counts
+    });
 }
 
 unsigned createPointLightListFromCollada(const domCOLLADA* collada, vesk::Array<PointLightHandle>& list)

@@ -1,18 +1,36 @@
 #pragma once
 
 /// @file
-/// The vendor data that cameras and lights carry: what they look at.
+/// The vendor data that cameras and lights carry, such as what they look at.
 
 #include "Dom.h"
 
+#include <cstddef>
 #include <string>
 
 namespace libVideo::detail {
 
-/// Whether a technique is of the one vendor profile that is read.
-inline bool isVendorTechnique(const domTechnique& technique)
+/// Asks about each element of the one vendor profile that is read, in document order, until the answer is true.
+/// @param isFound is called with a `daeElement&`
+/// @return the element with that answer, or null
+template <class Predicate>
+daeElement* findVendorChild(const domExtra_Array& extras, const Predicate& isFound)
 {
-    return vesk::String::compareNoCase(technique.getProfile(), "FCOLLADA") == 0;
+    for (std::size_t i = 0; i < extras.getCount(); ++i) {
+        const domTechnique_Array& techniques = extras[i]->getTechnique_array();
+        for (std::size_t j = 0; j < techniques.getCount(); ++j) {
+            if (vesk::String::compareNoCase(techniques[j]->getProfile(), "FCOLLADA") != 0) {
+                continue;
+            }
+            const daeElementRefArray& children = techniques[j]->getContents();
+            for (std::size_t k = 0; k < children.getCount(); ++k) {
+                if (isFound(*children[k])) {
+                    return children[k];
+                }
+            }
+        }
+    }
+    return nullptr;
 }
 
 /// Id of the node that a look-at reference names. The base URI of the `DAE` parses it and keeps it. Of a text that is no
