@@ -1,0 +1,306 @@
+#include "Curve.h"
+
+#include "Numbers.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <numeric>
+
+namespace libPrepare {
+
+namespace {
+
+// How many numbers a param of a type such as "float", "float3" or "float4x4" takes.
+std::size_t paramWidth(std::string_view type)
+{
+    std::size_t letters = 0;
+    while (letters < type.size() && type[letters] >= 'a' && type[letters] <= 'z') {
+        ++letters;
+    }
+    const std::string_view digits = type.substr(letters);
+    const auto digit = [&](std::size_t index) {
+        return std::isdigit(static_cast<unsigned char>(digits[index])) ? static_cast<std::size_t>(digits[index] - '0')
+                                                                       : 0;
+    };
+    if (letters == 0 || (digits.size() != 1 && digits.size() != 3)) {
+        return 1;
+    }
+    if (digits.size() == 1) {
+        return std::max<std::size_t>(digit(0), 1);
+    }
+    return digits[1] == 'x' ? std::max<std::size_t>(digit(0) * digit(2), 1) : 1;
+}
+
+std::size_t wholeNumber(pugi::xml_attribute attribute, std::size_t otherwise)
+{
+    const std::vector<long long> values = integers(attribute.value());
+    return values.empty() || values[0] < 0 ? otherwise : static_cast<std::size_t>(values[0]);
+}
+
+// Picks what an accessor says from a list of anything.
+template <class T, class Use>
+std::size_t pick(pugi::xml_node accessor, const std::vector<T>& list, const Use& use)
+{
+    const std::size_t stride = std::max<std::size_t>(wholeNumber(accessor.attribute("stride"), 1), 1);
+    const std::size_t offset = wholeNumber(accessor.attribute("offset"), 0);
+    std::vector<std::size_t> columns;
+    bool isAnyNamed = false;
+    for (const pugi::xml_node param : accessor.children("param")) {
+        isAnyNamed = isAnyNamed || *param.attribute("name").value() != 0;
+    }
+    std::size_t at = 0;
+    bool hasParams = false;
+    for (const pugi::xml_node param : accessor.children("param")) {
+        const std::size_t width = paramWidth(param.attribute("type").value());
+        for (std::size_t i = 0; i < width && (!isAnyNamed || *param.attribute("name").value() != 0); ++i) {
+            if (at + i < stride) {
+                columns.push_back(at + i);
+            }
+            hasParams = true;
+        }
+        at += width;
+    }
+    if (!hasParams) {
+        columns.resize(std::min(stride, list.size()));
+        std::iota(columns.begin(), columns.end(), std::size_t(0));
+    }
+    if (columns.empty() || offset >= list.size() || columns.back() >= list.size() - offset) {
+        return columns.size();
+    }
+    const std::size_t available = (list.size() - offset - columns.back() - 1) / stride + 1;
+    const std::size_t count = std::min(available, wholeNumber(accessor.attribute("count"), 0));
+    for (std::size_t record = 0; record < count; ++record) {
+        for (const std::size_t column : columns) {
+            use(list[offset + record * stride + column]);
+        }
+    }
+    return columns.size();
+}
+
+Interpolation interpolation(std::string_view word)
+{
+    if (word == "STEP") {
+        return Interpolation::step;
+    }
+    if (word == "BEZIER") {
+        return Interpolation::bezier;
+    }
+    return word == "HERMITE" ? Interpolation::hermite : Interpolation::linear;
+}
+
+std::vector<Interpolation> readKinds(Document& document, pugi::xml_node source)
+{
+    std::vector<Interpolation> result;
+    const pugi::xml_node accessor = descend(source, "technique_common/accessor");
+    const pugi::xml_node array = document.resolve(accessor.attribute("source").value(),
+                                                  {"Name_array", "IDREF_array", "float_array", "int_array"});
+    if (is(array, "Name_array") || is(array, "IDREF_array")) {
+        std::string scratch;
+        pick(accessor, words(textOf(array, scratch)),
+             [&](std::string_view word) { result.push_back(interpolation(word)); });
+    }
+    return result;
+}
+
+double bezier(double p0, double c0, double c1, double p1, double s)
+{
+    const double r = 1 - s;
+    return p0 * r * r * r + 3 * c0 * s * r * r + 3 * c1 * s * s * r + p1 * s * s * s;
+}
+
+// The parameter at which a curve that runs from 0 to 1 reaches a time, all times in parts of the span.
+double parameterAt(double c0, double c1, double wanted)
+{
+    double low = 0;
+    double high = 1;
+    for (unsigned step = 0; step < 54; ++step) {
+        const double middle = (low + high) / 2;
+        (bezier(0, c0, c1, 1, middle) < wanted ? low : high) = middle;
+    }
+    return (low + high) / 2;
+}
+
+// Time (absent: in thirds) and value of the control point that a tangent's record holds for a component.
+bool readControl(const Records& tangents, std::size_t key, std::size_t component, std::size_t width,
+                 std::optional<double>& time, double& value)
+{
+    if (key >= tangents.count()) {
+        return false;
+    }
+    const double* const record = tangents[key];
+    if (tangents.width == 2 * width) {
+        time = record[2 * component];
+        value = record[2 * component + 1];
+    } else if (tangents.width == width) {
+        time.reset();
+        value = record[component];
+    } else if (tangents.width == width + 1) {
+        time = record[0];
+        value = record[1 + component];
+    } else {
+        return false;
+    }
+    return std::isfinite(value) && (!time || std::isfinite(*time));
+}
+
+// Keeps the records with these numbers, in this order.
+Records reordered(const Records& records, const std::vector<std::size_t>& order)
+{
+    Records result;
+    result.width = records.width;
+    result.values.reserve(order.size() * records.width);
+    for (const std::size_t record : order) {
+        result.values.insert(result.values.end(), records[record], records[record] + records.width);
+    }
+    return result;
+}
+
+} // namespace
+
+Records Records::read(Document& document, pugi::xml_node source)
+{
+    Records result;
+    const pugi::xml_node accessor = descend(source, "technique_common/accessor");
+    const pugi::xml_node array = document.resolve(
+        accessor.attribute("source").value(), {"float_array", "Name_array", "IDREF_array", "int_array", "bool_array"});
+    if (is(array, "float_array") || is(array, "int_array")) {
+        result.width = pick(accessor, numbersOf(array), [&](double value) { result.values.push_back(value); });
+    }
+    return result;
+}
+
+std::unique_ptr<Curve> Curve::read(Document& document, pugi::xml_node sampler)
+{
+    std::unique_ptr<Curve> curve(new Curve);
+    for (const pugi::xml_node input : sampler.children("input")) {
+        const std::string_view semantic = input.attribute("semantic").value();
+        const pugi::xml_node source = document.resolve(input.attribute("source").value(), {"source"});
+        if (semantic == "INPUT") {
+            const Records times = Records::read(document, source);
+            curve->m_times.clear();
+            for (std::size_t key = 0; key < times.count(); ++key) {
+                curve->m_times.push_back(times[key][0]);
+            }
+        } else if (semantic == "OUTPUT") {
+            curve->m_values = Records::read(document, source);
+        } else if (semantic == "INTERPOLATION") {
+            curve->m_kinds = readKinds(document, source);
+        } else if (semantic == "OUT_TANGENT") {
+            curve->m_outTangents = Records::read(document, source);
+        } else if (semantic == "IN_TANGENT") {
+            curve->m_inTangents = Records::read(document, source);
+        }
+    }
+    const std::size_t count = std::min(curve->m_times.size(), curve->m_values.count());
+    curve->m_times.resize(count);
+    curve->m_values.values.resize(count * curve->m_values.width);
+    curve->m_kinds.resize(count, Interpolation::linear);
+    for (Records* const tangents : {&curve->m_outTangents, &curve->m_inTangents}) {
+        if (tangents->count() < count) {
+            *tangents = Records();
+        }
+    }
+    curve->sort();
+    return curve->count() == 0 ? nullptr : std::move(curve);
+}
+
+void Curve::sort()
+{
+    std::vector<std::size_t> order;
+    bool isSorted = true;
+    for (std::size_t key = 0; key < count(); ++key) {
+        const double* const record = m_values[key];
+        if (std::isfinite(m_times[key]) &&
+            std::all_of(record, record + width(), [](double value) { return std::isfinite(value); })) {
+            isSorted = isSorted && (order.empty() || m_times[order.back()] <= m_times[key]);
+            order.push_back(key);
+        }
+    }
+    if (isSorted && order.size() == count()) {
+        return;
+    }
+    std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return m_times[a] < m_times[b]; });
+    std::vector<double> times;
+    std::vector<Interpolation> kinds;
+    for (const std::size_t key : order) {
+        times.push_back(m_times[key]);
+        kinds.push_back(m_kinds[key]);
+    }
+    m_times = std::move(times);
+    m_kinds = std::move(kinds);
+    m_values = reordered(m_values, order);
+    for (Records* const tangents : {&m_outTangents, &m_inTangents}) {
+        if (tangents->count() > 0) {
+            *tangents = reordered(*tangents, order);
+        }
+    }
+}
+
+std::optional<Curve::Controls> Curve::controls(std::size_t key, std::size_t component) const
+{
+    const Interpolation way = m_kinds[key];
+    if ((way != Interpolation::bezier && way != Interpolation::hermite) || key + 1 >= count()) {
+        return {};
+    }
+    std::optional<double> times[2];
+    Controls result;
+    if (!readControl(m_outTangents, key, component, width(), times[0], result.value[0]) ||
+        !readControl(m_inTangents, key + 1, component, width(), times[1], result.value[1])) {
+        return {};
+    }
+    result.areTimed = times[0] && times[1];
+    if (result.areTimed) {
+        result.time[0] = *times[0];
+        result.time[1] = *times[1];
+    }
+    if (way == Interpolation::hermite) { // tangents, which are three times as long as the way to the control points
+        result.value[0] = m_values[key][component] + result.value[0] / 3;
+        result.value[1] = m_values[key + 1][component] - result.value[1] / 3;
+        result.time[0] = m_times[key] + result.time[0] / 3;
+        result.time[1] = m_times[key + 1] - result.time[1] / 3;
+    }
+    return result;
+}
+
+void Curve::evaluate(double time, double* result) const
+{
+    const auto after = std::upper_bound(m_times.begin(), m_times.end(), time);
+    if (after == m_times.begin() || !(time > m_times.front())) {
+        std::copy_n(m_values[0], width(), result);
+        return;
+    }
+    const std::size_t key = static_cast<std::size_t>(after - m_times.begin()) - 1;
+    const double* const from = m_values[key];
+    if (after == m_times.end() || m_kinds[key] == Interpolation::step) {
+        std::copy_n(from, width(), result);
+        return;
+    }
+    const double* const to = m_values[key + 1];
+    const double span = m_times[key + 1] - m_times[key];
+    const double part = (time - m_times[key]) / span;
+    bool isCurved = m_kinds[key] != Interpolation::linear;
+    for (std::size_t c = 0; c < width() && isCurved;
+         ++c) { // a curve without a control point is straight in all components
+        const std::optional<Controls> way = controls(key, c);
+        isCurved = way.has_value();
+        if (way) {
+            const double parameter = way->areTimed ? parameterAt((way->time[0] - m_times[key]) / span,
+                                                                 (way->time[1] - m_times[key]) / span, part)
+                                                   : part;
+            result[c] = bezier(from[c], way->value[0], way->value[1], to[c], parameter);
+        }
+    }
+    for (std::size_t c = 0; c < width() && !isCurved; ++c) {
+        result[c] = from[c] + (to[c] - from[c]) * part;
+    }
+}
+
+std::vector<double> Curve::at(double time) const
+{
+    std::vector<double> result(width());
+    evaluate(time, result.data());
+    return result;
+}
+
+} // namespace libPrepare

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <libPrepare/document/Document.h>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace libPrepare {
+
+/// How a curve runs from a key to the next. What is neither of these (`CARDINAL`, `BSPLINE`, no word at all) is straight.
+enum class Interpolation { step, linear, bezier, hermite };
+
+/// The records that an accessor picks from an array of numbers: those of the params that have a name, or all if none has.
+struct Records {
+    std::size_t width = 0;      ///< Numbers in a record.
+    std::vector<double> values; ///< Record after record.
+
+    std::size_t count() const { return width == 0 ? 0 : values.size() / width; }
+    const double* operator[](std::size_t record) const { return values.data() + record * width; }
+
+    /// @return no records if the source is null, holds no numbers or leads to no array
+    static Records read(Document& document, pugi::xml_node source);
+};
+
+/// One `<sampler>`: keys in ascending order of time, each with the same number of values, all of them finite.
+class Curve {
+public:
+    /// @return null unless the sampler has at least one key with a time and values
+    static std::unique_ptr<Curve> read(Document& document, pugi::xml_node sampler);
+
+    std::size_t count() const { return m_times.size(); }
+    std::size_t width() const { return m_values.width; }
+    double time(std::size_t key) const { return m_times[key]; }
+    double firstTime() const { return m_times.front(); }
+    double lastTime() const { return m_times.back(); }
+    /// The `width` values of a key.
+    const double* values(std::size_t key) const { return m_values[key]; }
+    /// From a key to the next.
+    Interpolation kind(std::size_t key) const { return m_kinds[key]; }
+
+    /// The control points between a key and the next, for one component. A Hermite curve's are those of the same Bezier.
+    struct Controls {
+        bool areTimed = false; ///< False if the curve's parameter is the time itself.
+        double time[2] = {0, 0};
+        double value[2] = {0, 0};
+    };
+    /// Nothing where the way to the next key is straight, which it also is without fitting tangents.
+    std::optional<Controls> controls(std::size_t key, std::size_t component) const;
+
+    /// The values at a time: those of the first key before it, those of the last key after it.
+    /// @param result `width` numbers
+    void evaluate(double time, double* result) const;
+    std::vector<double> at(double time) const;
+
+private:
+    void sort();
+
+    std::vector<double> m_times;
+    Records m_values;
+    std::vector<Interpolation> m_kinds;
+    Records m_outTangents; // as many as keys, or none
+    Records m_inTangents;
+};
+
+} // namespace libPrepare

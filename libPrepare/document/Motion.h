@@ -1,0 +1,58 @@
+#pragma once
+
+#include <libPrepare/document/Curve.h>
+#include <libPrepare/document/Transforms.h>
+
+namespace libPrepare {
+
+/// What a `<channel>` drives.
+struct Channel {
+    pugi::xml_node element;             ///< The `<channel>`.
+    pugi::xml_node target;              ///< Any element that holds numbers; of a `<source>` its `<float_array>`.
+    std::optional<std::size_t> slot;    ///< The number among those of the target that it drives; all of them if absent.
+    std::shared_ptr<const Curve> curve; ///< Never null.
+};
+
+/// The animations of a document: which value an element has at a time. It is made from the document as it stands and
+/// knows nothing of changes after that, but for the texts of the elements, which it reads when asked.
+class Motion {
+public:
+    explicit Motion(Document& document);
+
+    /// All that lead somewhere and have keys, nested animations included, in document order.
+    const std::vector<Channel>& channels() const { return m_channels; }
+    /// The `<channel>` elements that are left: those without a target or without keys.
+    const std::vector<pugi::xml_node>& brokenChannels() const { return m_brokenChannels; }
+    /// Indices of the channels that drive an element, in document order: a later one overrides an earlier one.
+    const std::vector<std::size_t>& channelsOf(pugi::xml_node element) const;
+    bool isAnimated(pugi::xml_node element) const { return !channelsOf(element).empty(); }
+    /// Whether one of the transforms of a `<node>` is.
+    bool isNodeAnimated(pugi::xml_node node) const;
+
+    /// The numbers of an element at a time in seconds; the declared ones without a time.
+    std::vector<double> values(pugi::xml_node element, std::optional<double> time) const;
+    /// The product of a node's transforms at a time, without the nodes above it.
+    Matrix4 localMatrix(pugi::xml_node node, std::optional<double> time) const;
+
+private:
+    Document& m_document;
+    std::vector<Channel> m_channels;
+    std::vector<pugi::xml_node> m_brokenChannels;
+    std::unordered_map<std::size_t, std::vector<std::size_t>> m_byTarget;
+};
+
+/// World matrices of nodes at one time. Each is worked out once.
+class Pose {
+public:
+    /// @param time in seconds; the declared values if absent
+    Pose(const Motion& motion, std::optional<double> time) : m_motion(motion), m_time(time) {}
+    /// The matrix of a `<node>` and of all nodes above it; the identity for any other element.
+    const Matrix4& world(pugi::xml_node node);
+
+private:
+    const Motion& m_motion;
+    std::optional<double> m_time;
+    std::unordered_map<std::size_t, Matrix4> m_worlds;
+};
+
+} // namespace libPrepare
