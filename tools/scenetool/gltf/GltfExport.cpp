@@ -1,0 +1,23 @@
+#include "GltfExport.h"
+
+#include "GltfAnimations.h"
+#include "GltfImages.h"
+#include "GltfMaterials.h"
+#include "GltfMeshes.h"
+#include "GltfNodes.h"
+
+namespace scenetool {
+
+GltfDocument gltfOf(LoadedScene& loaded, const GltfOptions& options, ConversionNotes& notes)
+{
+    GltfDocument document(options.mostBytes);
+    GltfImages images(document, notes, options.documentFile);
+    GltfMaterials materials(loaded, document, images, notes);
+    GltfMeshes meshes(document, materials, notes);
+    GltfNodes nodes(loaded, options, document, meshes, notes);
+    nodes.add();
+    addAnimations(loaded, options, document, nodes, notes);
+    return document;
+}
+
+} // namespace scenetool
