@@ -48,7 +48,8 @@ ConvertCommand::ConvertCommand(CLI::App& app)
     m_prepare.unit = 1.0;
     m_prepare.normals = creaseAngle;
     m_command->add_option("IN", m_in, "The document")->required();
-    m_command->add_option("-o,--output", m_out, "The result: a file that ends in .glb, or in .gltf with its data beside it")
+    m_command
+        ->add_option("-o,--output", m_out, "The result: a file that ends in .glb, or in .gltf with its data beside it")
         ->required();
     m_command->add_flag("--as-loaded", m_isAsLoaded, "Convert what the library delivers of the document as it is");
     m_command->add_flag("--report", m_reports, "Print what glTF cannot hold");

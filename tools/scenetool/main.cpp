@@ -4,6 +4,7 @@
 #include "PrepareCommand.h"
 #include "sandbox/SandboxOptions.h"
 #ifdef SCENETOOL_HAS_PICTURES
+#include "ConvertCommand.h"
 #include "PictureCommands.h"
 #endif
 
@@ -92,6 +93,7 @@ int run(int argc, char** argv)
     scenetool::PrepareCommand prepare(app);
 
 #ifdef SCENETOOL_HAS_PICTURES
+    const scenetool::ConvertCommand convert(app);
     scenetool::PictureCommands pictures(app, sandbox);
 #endif
 
@@ -105,6 +107,9 @@ int run(int argc, char** argv)
         return usageError;
     }
 #ifdef SCENETOOL_HAS_PICTURES
+    if (convert.isParsed()) {
+        return convert.run();
+    }
     if (pictures.isParsed()) {
         return pictures.run();
     }

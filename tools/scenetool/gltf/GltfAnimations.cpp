@@ -113,7 +113,8 @@ public:
     {
         const double allowed = tolerance(path);
         const auto isAtRest = [&](const Sample& sample) {
-            return errorOf(path, {0, m_samples.front().trs}, {1, m_samples.front().trs}, {0.5, sample.trs}) <= allowed / 4;
+            return errorOf(path, {0, m_samples.front().trs}, {1, m_samples.front().trs}, {0.5, sample.trs}) <=
+                   allowed / 4;
         };
         if (std::all_of(m_samples.begin(), m_samples.end(), isAtRest)) {
             return {};
@@ -219,7 +220,8 @@ void addAnimations(LoadedScene& loaded, const GltfOptions& options, GltfDocument
                 continue;
             }
         } catch (const vesk::Exception& exception) {
-            notes.add("motion", std::string("A curve cannot be evaluated, and its node stays still: ") + exception.what());
+            notes.add("motion",
+                      std::string("A curve cannot be evaluated, and its node stays still: ") + exception.what());
             continue;
         }
         if (motion.isSheared() || nodes.isPair(i)) {

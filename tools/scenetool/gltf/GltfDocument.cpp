@@ -132,7 +132,8 @@ void GltfDocument::writeBinary(const std::string& path) const
     json.append(padding(json.size()), ' ');
     const std::size_t tail = padding(m_binary.size());
     const std::size_t binarySize = m_binary.size() + tail;
-    const std::size_t whole = headerSize + chunkHeaderSize + json.size() + (m_binary.empty() ? 0 : chunkHeaderSize + binarySize);
+    const std::size_t whole =
+        headerSize + chunkHeaderSize + json.size() + (m_binary.empty() ? 0 : chunkHeaderSize + binarySize);
     if (whole > std::numeric_limits<std::uint32_t>::max()) {
         throw GltfError("the result is too large for one binary file; choose a name that ends in .gltf");
     }
@@ -161,12 +162,14 @@ void GltfDocument::writeText(const std::string& path) const
     // The name is a URI reference, in which only some characters stand for themselves.
     std::string name;
     for (const char character : binary.filename().string()) {
-        const bool isPlain = std::isalnum(static_cast<unsigned char>(character)) != 0 || std::strchr("-._~", character) != nullptr;
+        const bool isPlain =
+            std::isalnum(static_cast<unsigned char>(character)) != 0 || std::strchr("-._~", character) != nullptr;
         if (isPlain) {
             name += character;
         } else {
             char escaped[4];
-            std::snprintf(escaped, sizeof escaped, "%%%02X", static_cast<unsigned>(static_cast<unsigned char>(character)));
+            std::snprintf(escaped, sizeof escaped, "%%%02X",
+                          static_cast<unsigned>(static_cast<unsigned char>(character)));
             name += escaped;
         }
     }

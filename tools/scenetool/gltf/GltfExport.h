@@ -14,11 +14,11 @@ namespace scenetool {
 
 /// How a scene becomes a glTF document.
 struct GltfOptions {
-    std::string documentFile;                                   ///< The document that images are named from.
-    std::vector<libPrepare::Approximation> approximations;      ///< What stands for something that glTF has.
-    double sampleRate = 60.0;                                   ///< Keys a second that an animation is looked at first.
-    double tolerance = 1e-4;                                    ///< Largest error of an animation, relative to its size.
-    std::uint64_t mostBytes = std::uint64_t(1) << 30U;          ///< Of binary data.
+    std::string documentFile;                              ///< The document that images are named from.
+    std::vector<libPrepare::Approximation> approximations; ///< What stands for something that glTF has.
+    double sampleRate = 60.0;                              ///< Keys a second that an animation is looked at first.
+    double tolerance = 1e-4;                               ///< Largest error of an animation, relative to its size.
+    std::uint64_t mostBytes = std::uint64_t(1) << 30U;     ///< Of binary data.
 };
 
 /// The scene as glTF 2.0: one node a node, one mesh a geometry, from what the library delivers and nothing else. The scene is

@@ -21,7 +21,8 @@ constexpr std::uintmax_t mostFileBytes = std::uintmax_t(256) << 20U;
 std::string contentOf(const std::string& file)
 {
     std::error_code error;
-    const std::uintmax_t size = std::filesystem::is_regular_file(file, error) ? std::filesystem::file_size(file, error) : 0;
+    const std::uintmax_t size =
+        std::filesystem::is_regular_file(file, error) ? std::filesystem::file_size(file, error) : 0;
     if (error || size == 0 || size > mostFileBytes) {
         return {};
     }

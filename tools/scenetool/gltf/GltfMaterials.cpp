@@ -28,7 +28,8 @@ Json linear(const float* color)
 float roughnessOf(float shininess)
 {
     constexpr float share = 128.0f; // values up to 1 are a share of the largest exponent
-    const float exponent = std::isfinite(shininess) ? std::max(0.0f, shininess <= 1.0f ? shininess * share : shininess) : 0.0f;
+    const float exponent =
+        std::isfinite(shininess) ? std::max(0.0f, shininess <= 1.0f ? shininess * share : shininess) : 0.0f;
     return limited(std::pow(2.0f / (exponent + 2.0f), 0.25f));
 }
 
@@ -109,7 +110,8 @@ Json GltfMaterials::converted(const libVideo::BlinnMaterial::Component& values, 
         if (!isShiny) {
             specular["specularFactor"] = 0.0f;
         } else {
-            specular["specularColorFactor"] = specularTexture.is_null() ? linear(values.specular) : Json::array({1.0f, 1.0f, 1.0f});
+            specular["specularColorFactor"] =
+                specularTexture.is_null() ? linear(values.specular) : Json::array({1.0f, 1.0f, 1.0f});
             if (!specularTexture.is_null()) {
                 specular["specularColorTexture"] = specularTexture;
             }
@@ -162,11 +164,11 @@ Json GltfMaterials::texture(const libVideo::SharedHandle<libVideo::Texture>& sho
     if (known == m_textures.end()) {
         constexpr unsigned linearFilter = 9729;
         constexpr unsigned linearMipmapLinearFilter = 9987;
-        const std::size_t sampler = m_document->add("samplers", {{"magFilter", linearFilter},
-                                                                 {"minFilter", linearMipmapLinearFilter},
-                                                                 {"wrapS", wrapS},
-                                                                 {"wrapT", wrapT}});
-        known = m_textures.emplace(key, m_document->add("textures", {{"sampler", sampler}, {"source", entry->image}})).first;
+        const std::size_t sampler = m_document->add(
+            "samplers",
+            {{"magFilter", linearFilter}, {"minFilter", linearMipmapLinearFilter}, {"wrapS", wrapS}, {"wrapT", wrapT}});
+        known = m_textures.emplace(key, m_document->add("textures", {{"sampler", sampler}, {"source", entry->image}}))
+                    .first;
     }
     return {{"index", known->second}};
 }

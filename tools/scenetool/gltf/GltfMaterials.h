@@ -33,8 +33,8 @@ private:
     GltfDocument* m_document;
     GltfImages* m_images;
     ConversionNotes* m_notes;
-    std::map<std::string, std::size_t> m_materials;  // by symbol
-    std::map<std::string, std::size_t> m_textures;   // by image and wrapping
+    std::map<std::string, std::size_t> m_materials; // by symbol
+    std::map<std::string, std::size_t> m_textures;  // by image and wrapping
 };
 
 } // namespace scenetool

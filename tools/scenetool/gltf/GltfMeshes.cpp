@@ -76,7 +76,8 @@ std::vector<Attribute> attributesOf(const libVideo::Primitive& shown, Conversion
             attribute.name = "COLOR_" + std::to_string(colors++);
             attribute.components = std::min<std::size_t>(components, 4);
         } else {
-            notes.add("attribute", "Tangents, binormals, weights and attributes of other sizes have no place in glTF as they are.");
+            notes.add("attribute",
+                      "Tangents, binormals, weights and attributes of other sizes have no place in glTF as they are.");
             continue;
         }
         to += 4 * attribute.components;
@@ -179,7 +180,8 @@ std::optional<Json> GltfMeshes::primitive(libVideo::Primitive& shown)
     }
     const vesk::Array<unsigned>& corners = shown.indexBuffer();
     const std::size_t cornerCount = corners.size() / 3 * 3;
-    if (cornerCount == 0 || std::any_of(corners.begin(), corners.end(), [&](unsigned index) { return index >= count; })) {
+    if (cornerCount == 0 ||
+        std::any_of(corners.begin(), corners.end(), [&](unsigned index) { return index >= count; })) {
         m_notes->add("primitive", "Primitives without vertices that have a position are left out.");
         return std::nullopt;
     }

@@ -173,7 +173,8 @@ Json& GltfNodes::turned(std::size_t node, const Matrix4& world, const char* memb
     const std::optional<Matrix4> back = inverse(own);
     const std::optional<Trs> trs = back ? trsOf(*back * world) : std::nullopt;
     if (!trs) {
-        m_notes->add("direction", "A camera or light below a node that shears or has no size looks along that node's -Z.");
+        m_notes->add("direction",
+                     "A camera or light below a node that shears or has no size looks along that node's -Z.");
         return place(node, member);
     }
     return child(node, *trs);
@@ -192,10 +193,12 @@ void GltfNodes::addMeshes()
     }
 }
 
-const libPrepare::Approximation* GltfNodes::approximation(libPrepare::Approximation::Kind kind, const std::string& id) const
+const libPrepare::Approximation* GltfNodes::approximation(libPrepare::Approximation::Kind kind,
+                                                          const std::string& id) const
 {
-    const auto found = std::find_if(m_options->approximations.begin(), m_options->approximations.end(),
-                                    [&](const libPrepare::Approximation& each) { return each.kind == kind && each.id == id; });
+    const auto found =
+        std::find_if(m_options->approximations.begin(), m_options->approximations.end(),
+                     [&](const libPrepare::Approximation& each) { return each.kind == kind && each.id == id; });
     return found == m_options->approximations.end() ? nullptr : &*found;
 }
 
@@ -276,8 +279,9 @@ void GltfNodes::addLight(const Light& light, const libVideo::Instance& instance,
                              light.quadraticAttenuation() * distance * distance;
         intensity *= distance * distance / (fading > 0.0f ? fading : 1.0f);
         if (light.constantAttenuation() != 0.0f || light.linearAttenuation() != 0.0f) {
-            m_notes->add("attenuation", "Lights of glTF fade with the square of the distance; they are as strong as the document's "
-                                        "at the center of the scene.");
+            m_notes->add("attenuation",
+                         "Lights of glTF fade with the square of the distance; they are as strong as the document's "
+                         "at the center of the scene.");
         }
     }
     json["name"] = id;
@@ -292,8 +296,8 @@ void GltfNodes::addLight(const Light& light, const libVideo::Instance& instance,
     const std::size_t index = lights.size();
     lights.push_back(std::move(json));
     m_document->useExtension(lightsExtension);
-    Json& target = !hasDirection ? place(*node, "extensions")
-                                 : turned(*node, lookingAlong(along, columnOf(own, 3)), "extensions");
+    Json& target =
+        !hasDirection ? place(*node, "extensions") : turned(*node, lookingAlong(along, columnOf(own, 3)), "extensions");
     target["extensions"][lightsExtension]["light"] = index;
 }
 
@@ -306,13 +310,16 @@ void GltfNodes::addLights()
         const libVideo::SpotLight& spot = *shown->spotLight();
         // The angles of the document are those across the whole cone; glTF counts from the axis, to at most 90 degrees.
         const float inner = std::clamp(spot.innerConeAngle() * 0.5f * degree, 0.0f, pi / 2.0f);
-        const float outer = std::clamp(std::max(spot.innerConeAngle(), spot.outerConeAngle()) * 0.5f * degree, 0.001f, pi / 2.0f);
+        const float outer =
+            std::clamp(std::max(spot.innerConeAngle(), spot.outerConeAngle()) * 0.5f * degree, 0.001f, pi / 2.0f);
         const float edge = outer * (1.0f - 1e-4f);
         Json json = {{"type", "spot"},
-                     {"spot", {{"innerConeAngle", std::min(spot.falloffExponent() > 0.0f ? 0.0f : inner, edge)},
-                               {"outerConeAngle", outer}}}};
+                     {"spot",
+                      {{"innerConeAngle", std::min(spot.falloffExponent() > 0.0f ? 0.0f : inner, edge)},
+                       {"outerConeAngle", outer}}}};
         if (spot.falloffExponent() > 0.0f) {
-            m_notes->add("falloff", "The falloff of spot lights is linear in glTF, from the axis to the edge of the cone.");
+            m_notes->add("falloff",
+                         "The falloff of spot lights is linear in glTF, from the axis to the edge of the cone.");
         }
         addLight(spot, *shown, std::move(json), shown->lookatNode() ? shown->lookAtVector() : Vector3());
     }

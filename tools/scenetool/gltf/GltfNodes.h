@@ -19,7 +19,12 @@ class GltfNodes {
 public:
     GltfNodes(const LoadedScene& loaded, const GltfOptions& options, GltfDocument& document, GltfMeshes& meshes,
               ConversionNotes& notes)
-        : m_loaded(&loaded), m_options(&options), m_document(&document), m_meshes(&meshes), m_notes(&notes), m_pose(loaded, false)
+        : m_loaded(&loaded),
+          m_options(&options),
+          m_document(&document),
+          m_meshes(&meshes),
+          m_notes(&notes),
+          m_pose(loaded, false)
     {}
 
     /// Adds all of them, and the scene.
