@@ -1,6 +1,7 @@
 #include "Motion.h"
 
 #include "Numbers.h"
+#include "Tree.h"
 
 #include <algorithm>
 #include <cctype>
@@ -9,18 +10,6 @@
 namespace libPrepare {
 
 namespace {
-
-// The next element of a walk over a whole subtree in document order; null at its end.
-pugi::xml_node next(pugi::xml_node node, pugi::xml_node top)
-{
-    if (node.first_child()) {
-        return node.first_child();
-    }
-    while (node != top && !node.next_sibling()) {
-        node = node.parent();
-    }
-    return node == top ? pugi::xml_node() : node.next_sibling();
-}
 
 // Finds elements by sid below others: the one that is the fewest levels down, of these the first.
 class Sids {

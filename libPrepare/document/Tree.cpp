@@ -1,0 +1,70 @@
+#include "Tree.h"
+
+#include "Numbers.h"
+
+#include <cctype>
+
+namespace libPrepare {
+
+pugi::xml_node next(pugi::xml_node node, pugi::xml_node top)
+{
+    return node.first_child() ? node.first_child() : nextBeside(node, top);
+}
+
+pugi::xml_node nextBeside(pugi::xml_node node, pugi::xml_node top)
+{
+    while (node != top && !node.next_sibling()) {
+        node = node.parent();
+    }
+    return node == top ? pugi::xml_node() : node.next_sibling();
+}
+
+pugi::xml_node shownScene(Document& document)
+{
+    const pugi::xml_node link = descend(document.root(), "scene/instance_visual_scene");
+    return document.resolve(link.attribute("url").value(), {"visual_scene"});
+}
+
+std::vector<pugi::xml_node> nodesIn(pugi::xml_node subtree)
+{
+    std::vector<pugi::xml_node> result;
+    for (pugi::xml_node element = subtree; element;) {
+        if (is(element, "node")) {
+            result.push_back(element);
+        }
+        const bool canHoldNodes = element == subtree || is(element, "node");
+        element = canHoldNodes ? next(element, subtree) : nextBeside(element, subtree);
+    }
+    return result;
+}
+
+void removeElement(pugi::xml_node element)
+{
+    pugi::xml_node parent = element.parent();
+    const pugi::xml_node before = element.previous_sibling();
+    if (before.type() == pugi::node_pcdata && trimmed(before.value()).empty()) {
+        parent.remove_child(before);
+    }
+    parent.remove_child(element);
+}
+
+pugi::xml_node prependTransform(pugi::xml_node node, const char* name, const std::string& text)
+{
+    const pugi::xml_node asset = node.child("asset");
+    pugi::xml_node made = asset ? node.insert_child_after(name, asset) : node.prepend_child(name);
+    setText(made, text);
+    return made;
+}
+
+std::string plain(std::string_view text)
+{
+    std::string result;
+    for (const char character : text) {
+        const bool isPlain = std::isalnum(static_cast<unsigned char>(character)) != 0 || character == '_' ||
+                             character == '-' || character == '.';
+        result += isPlain && static_cast<signed char>(character) > 0 ? character : '_';
+    }
+    return result;
+}
+
+} // namespace libPrepare

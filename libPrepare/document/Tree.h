@@ -1,0 +1,25 @@
+#pragma once
+
+#include <libPrepare/document/Document.h>
+
+namespace libPrepare {
+
+/// The next one of a walk over a whole subtree in document order, `top` being the first; null at its end.
+pugi::xml_node next(pugi::xml_node node, pugi::xml_node top);
+/// As `next`, without what lies in `node`.
+pugi::xml_node nextBeside(pugi::xml_node node, pugi::xml_node top);
+
+/// The `<visual_scene>` that the document shows; null if it shows none.
+pugi::xml_node shownScene(Document& document);
+/// All `<node>` elements in a subtree, in document order.
+std::vector<pugi::xml_node> nodesIn(pugi::xml_node subtree);
+
+/// Takes an element out with the blanks before it.
+void removeElement(pugi::xml_node element);
+/// Makes an element where the schema has the transforms of a `<node>`: before all others.
+pugi::xml_node prependTransform(pugi::xml_node node, const char* name, const std::string& text);
+
+/// A text made of letters, digits, `_`, `-` and `.` alone, for ids that references and targets name.
+std::string plain(std::string_view text);
+
+} // namespace libPrepare
