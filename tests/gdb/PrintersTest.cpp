@@ -1,6 +1,7 @@
 #include "support/Process.h"
 
 #include <map>
+#include <optional>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -40,23 +41,29 @@ const std::vector<Sample>& samples()
     return all;
 }
 
-// Each expression with what gdb prints for it, of one run.
-std::map<std::string, std::string> shown()
+// Each expression with what gdb prints for it, of one run; nothing where programs may not be traced.
+std::optional<std::map<std::string, std::string>> shown()
 {
     std::vector<std::string> command = {GDB_PROGRAM, "-batch", "-nx"};
     const auto execute = [&command](const std::string& line) { command.insert(command.end(), {"-ex", line}); };
+    // Not every machine lets gdb call a function of the program, so that nothing here may need one. The shell of the
+    // user does not matter either.
     for (const char* const line : {"set auto-load off", "set debuginfod enabled off", "set host-charset UTF-8",
-                                   "set target-charset UTF-8", "source " PRINTERS, "break stopHere", "run", "up"}) {
+                                   "set target-charset UTF-8", "set startup-with-shell off",
+                                   "set may-call-functions off", "source " PRINTERS, "break stopHere", "run", "up"}) {
         execute(line);
     }
     for (const Sample& sample : samples()) {
-        execute(std::string("printf \"<%s>\\n\", \"") + sample.expression + "\"");
+        execute(std::string("echo <") + sample.expression + ">\\n");
         execute(std::string("print ") + sample.expression);
     }
     command.emplace_back(SAMPLES_PROGRAM);
     // The leak checker does not run in a program that is being traced.
     const testSupport::ProcessResult result =
         testSupport::runProcess(command, {false, {"ASAN_OPTIONS=detect_leaks=0", "LC_ALL=C.UTF-8"}});
+    if (result.errors.find("Could not trace the inferior process") != std::string::npos) {
+        return std::nullopt;
+    }
     EXPECT_EQ(0, result.status) << result.output << result.errors;
     std::map<std::string, std::string> values;
     std::istringstream lines(result.output);
@@ -81,10 +88,13 @@ TEST(PrintersTest, ShowWhatIsInside)
     if (std::string(GDB_PROGRAM).empty()) {
         GTEST_SKIP() << "gdb is not installed";
     }
-    const std::map<std::string, std::string> values = shown();
+    const auto values = shown();
+    if (!values) {
+        GTEST_SKIP() << "this machine lets no program be traced";
+    }
     for (const Sample& sample : samples()) {
-        const auto found = values.find(sample.expression);
-        ASSERT_NE(values.end(), found) << "gdb printed nothing for " << sample.expression;
+        const auto found = values->find(sample.expression);
+        ASSERT_NE(values->end(), found) << "gdb printed nothing for " << sample.expression;
         EXPECT_TRUE(std::regex_match(found->second, std::regex(sample.shown)))
             << sample.expression << " = " << found->second;
     }

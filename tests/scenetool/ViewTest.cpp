@@ -124,10 +124,12 @@ TEST(ViewTest, KeysAndTheLowerEdgeGoThroughTime)
 
 TEST(ViewTest, SpacePlaysAndHalts)
 {
-    const Session session({"picture", "key space", "sleep 1.5", "key space", "picture", "sleep 0.5", "picture"});
+    // The picture after each key tells that the key has arrived, however busy the machine is.
+    const Session session(
+        {"picture", "key space", "picture", "sleep 1.5", "picture", "key space", "picture", "sleep 0.5", "picture"});
     EXPECT_EQ(session.result().status, succeeded) << session.result().errors;
-    EXPECT_GT(difference(session.picture(1), session.picture(2)).mean, 0.02) << "time went on";
-    expectSame(session.picture(2), session.picture(3), "halted");
+    EXPECT_GT(difference(session.picture(2), session.picture(3)).mean, 0.02) << "time went on";
+    expectSame(session.picture(4), session.picture(5), "halted");
 }
 
 TEST(ViewTest, MouseTurnsMovesAndZooms)
@@ -165,13 +167,16 @@ TEST(ViewTest, WiresShowLessThanFaces)
 
 TEST(ViewTest, WithoutADisplayItIsOneLine)
 {
-    ProcessOptions options;
-    options.environment = {"DISPLAY", "WAYLAND_DISPLAY"};
-    const ProcessResult result = run({SCENETOOL_PROGRAM, "view", lighthouse}, options);
-    EXPECT_EQ(result.status, failed);
-    EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
-    EXPECT_NE(result.errors.find("window"), std::string::npos) << result.errors;
-    EXPECT_EQ(result.output, "");
+    // The folder of a login session is there or not, which Wayland would complain of.
+    for (const char* const runtimeFolder : {"XDG_RUNTIME_DIR", "XDG_RUNTIME_DIR=/nowhere"}) {
+        ProcessOptions options;
+        options.environment = {"DISPLAY", "WAYLAND_DISPLAY", runtimeFolder};
+        const ProcessResult result = run({SCENETOOL_PROGRAM, "view", lighthouse}, options);
+        EXPECT_EQ(result.status, failed);
+        EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
+        EXPECT_NE(result.errors.find("window"), std::string::npos) << result.errors;
+        EXPECT_EQ(result.output, "");
+    }
 }
 
 TEST(ViewTest, WithoutADocumentItIsOneLine)

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -42,11 +43,20 @@ class WindowSystem {
 public:
     WindowSystem()
     {
+#if defined(GLFW_PLATFORM) // 3.4
+        // Wayland needs the folder of a login session, and complains of its own where it is missing.
+        if (std::getenv("XDG_RUNTIME_DIR") == nullptr && glfwPlatformSupported(GLFW_PLATFORM_X11) == GLFW_TRUE) {
+            glfwInitHint(GLFW_PLATFORM, GLFW_PLATFORM_X11);
+        }
+#endif
         if (glfwInit() != GLFW_TRUE) {
             throw PictureError("cannot open a window: " + windowError());
         }
     }
-    ~WindowSystem() { glfwTerminate(); }
+    ~WindowSystem()
+    {
+        glfwTerminate();
+    }
     WindowSystem(const WindowSystem&) = delete;
     WindowSystem& operator=(const WindowSystem&) = delete;
 };
