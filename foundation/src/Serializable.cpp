@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cstdio>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vesk {
@@ -211,7 +212,7 @@ void Serializable::doSerialization(const String& name, String& xml)
     const StackScope<Writing> scope(writings);
     String text;
     serializeMembers(name, text);
-    xml = text;
+    xml = std::move(text);
 }
 
 bool Serializable::deserialize(const String& xml)

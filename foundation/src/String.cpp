@@ -96,6 +96,11 @@ bool String::strToReal32(const String& text, float& value)
             return false; // from_chars would take the second sign
         }
     }
+    // from_chars would take words: "inf", "nan".
+    const char* const digits = first != last && *first == '-' ? first + 1 : first;
+    if (digits == last || (*digits != '.' && (*digits < '0' || *digits > '9'))) {
+        return false;
+    }
     float number = 0.0f;
     const std::from_chars_result result = std::from_chars(first, last, number);
     if (result.ec != std::errc() || result.ptr != last) {

@@ -1,3 +1,5 @@
+#include "support/FailingAllocator.h"
+
 #include <vesk/String.h>
 
 #include <clocale>
@@ -14,6 +16,7 @@
 
 #include <gtest/gtest.h>
 
+using testSupport::FailingAllocator;
 using vesk::CString;
 using vesk::String;
 using vesk::VeskValue;
@@ -75,6 +78,41 @@ TEST(StringTest, CopyIsIndependentOfItsSource)
     EXPECT_EQ(bytes(copy), "one");
     EXPECT_EQ(bytes(assigned), "one");
     EXPECT_EQ(bytes(source), "onetwo");
+}
+
+TEST(StringTest, MoveTakesTheBytesWithoutACopy)
+{
+    String source("a text that is too long to stand in the object itself");
+    const char* const start = source.data();
+    String moved(std::move(source));
+    EXPECT_EQ(moved.data(), start);
+    String assigned("before");
+    assigned = std::move(moved);
+    EXPECT_EQ(assigned.data(), start);
+    EXPECT_EQ(bytes(assigned), "a text that is too long to stand in the object itself");
+    EXPECT_TRUE(std::is_nothrow_move_constructible<String>::value);
+    EXPECT_TRUE(std::is_nothrow_move_assignable<String>::value);
+}
+
+TEST(StringTest, TextThatWasMovedFromIsOfUse)
+{
+    String source("a text that is too long to stand in the object itself");
+    const String moved(std::move(source));
+    source = "new"; // NOLINT(bugprone-use-after-move): this is what it is for
+    EXPECT_EQ(bytes(source), "new");
+}
+
+TEST(StringTest, BuiltTextTakesOneBlock)
+{
+    const String text("a text that is too long to stand in the object itself");
+    String target;
+    FailingAllocator allocator(-1);
+    target = "what is assigned is too long to stand in the object";
+    const long assigned = allocator.requests();
+    target = text.subString(2, String::npos);
+    const long cut = allocator.requests() - assigned;
+    EXPECT_EQ(assigned, 1);
+    EXPECT_EQ(cut, 1);
 }
 
 TEST(StringTest, AssignmentReturnsTheObjectItself)
@@ -296,17 +334,19 @@ TEST_P(StringBadRealTest, IsRefusedAndLeavesTheValueAlone)
     EXPECT_EQ(value, 77.0f);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, StringBadRealTest,
-                         testing::Values(BadRealRow{"Empty", ""}, BadRealRow{"Blanks", "   "},
-                                         BadRealRow{"Word", "red"}, BadRealRow{"TextBehind", "1.5m"},
-                                         BadRealRow{"SecondNumberBehind", "1 2"}, BadRealRow{"DecimalComma", "1,5"},
-                                         BadRealRow{"SignAlone", "-"}, BadRealRow{"PlusAlone", "+"},
-                                         BadRealRow{"PlusMinus", "+-1"}, BadRealRow{"TwoPluses", "++1"},
-                                         BadRealRow{"TwoMinuses", "--1"}, BadRealRow{"BlankBehindSign", "- 1"},
-                                         BadRealRow{"PointAlone", "."}, BadRealRow{"OpenExponent", "1e"},
-                                         BadRealRow{"Hexadecimal", "0x10"}, BadRealRow{"TooLarge", "1e39"},
-                                         BadRealRow{"TooLargeNegative", "-1e39"}),
-                         rowName<BadRealRow>);
+INSTANTIATE_TEST_SUITE_P(
+    Rows, StringBadRealTest,
+    testing::Values(BadRealRow{"Empty", ""}, BadRealRow{"Blanks", "   "}, BadRealRow{"Word", "red"},
+                    BadRealRow{"TextBehind", "1.5m"}, BadRealRow{"SecondNumberBehind", "1 2"},
+                    BadRealRow{"DecimalComma", "1,5"}, BadRealRow{"SignAlone", "-"}, BadRealRow{"PlusAlone", "+"},
+                    BadRealRow{"PlusMinus", "+-1"}, BadRealRow{"TwoPluses", "++1"}, BadRealRow{"TwoMinuses", "--1"},
+                    BadRealRow{"BlankBehindSign", "- 1"}, BadRealRow{"PointAlone", "."},
+                    BadRealRow{"OpenExponent", "1e"}, BadRealRow{"Hexadecimal", "0x10"}, BadRealRow{"TooLarge", "1e39"},
+                    BadRealRow{"TooLargeNegative", "-1e39"}, BadRealRow{"Infinity", "inf"},
+                    BadRealRow{"SpeltInfinity", "INFINITY"}, BadRealRow{"NegativeInfinity", "-inf"},
+                    BadRealRow{"PlusInfinity", "+inf"}, BadRealRow{"NotANumber", "nan"},
+                    BadRealRow{"NegativeNotANumber", " -NaN "}, BadRealRow{"NumberedNotANumber", "nan(12)"}),
+    rowName<BadRealRow>);
 
 TEST(StringTest, NumberIsParsedAlikeInEveryLocale)
 {

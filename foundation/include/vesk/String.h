@@ -22,9 +22,11 @@ public:
     /// Copies zero-terminated UTF-8 text; null gives empty text.
     String(const char* text);
     String(const String&) = default;
+    String(String&&) noexcept = default; ///< Takes the bytes; the other text is good for a new value.
     ~String() = default;
 
     String& operator=(const String&) = default;
+    String& operator=(String&&) noexcept = default; ///< Takes the bytes; the other text is good for a new value.
     /// Replaces the text; null gives empty text. The source may point into this very text.
     String& operator=(const char* text);
     String& operator+=(const String& text) { return append(text); } ///< Appends the text.
