@@ -1,5 +1,7 @@
 #include <vesk/Array.h>
 
+#include <cstdio>
+
 namespace vesk::detail {
 
 namespace {
@@ -41,7 +43,10 @@ void freeArray(ArrayHeader* block) noexcept
 
 void throwArraySize(unsigned size)
 {
-    throw NullPointer("Asked for array of size: " + VeskValue(size).toString(VeskValue::nilValue));
+    // There may be no memory for a text either.
+    char message[40] = {}; // 25 characters, ten digits at most
+    static_cast<void>(std::snprintf(message, sizeof(message), "Asked for array of size: %u", size));
+    throw NullPointer(message);
 }
 
 void throwArrayIndex(unsigned count, unsigned index)

@@ -1,40 +1,81 @@
 #include <vesk/Exception.h>
 
+#include <cstdio>
+#include <cstring>
+#include <new>
 #include <string>
 
 namespace vesk {
 
 namespace {
 
-String outOfBoundsMessage(int low, int high, int index)
+// A copy of the text; its start, or nothing at all, where there is no memory for it.
+String keptText(const char* text) noexcept
 {
-    const std::string text =
-        "Index " + std::to_string(index) + " is out of bounds " + std::to_string(low) + " to " + std::to_string(high);
-    return String(text.c_str());
+    try {
+        return String(text);
+    } catch (const std::bad_alloc&) {
+        static_cast<void>(0); // less will do
+    }
+    try {
+        constexpr std::size_t mostBytes = 15; // as many as standard libraries keep in a text itself
+        char start[mostBytes + 1] = {};
+        std::strncpy(start, text, mostBytes);
+        return String(start);
+    } catch (const std::bad_alloc&) {
+        return String();
+    }
 }
 
-String assertionMessage(const char* file, unsigned long long line, const char* expression)
+// Numbers on their way into the base.
+struct OutOfBoundsText {
+    OutOfBoundsText(int low, int high, int index)
+    {
+        static_cast<void>(std::snprintf(text, sizeof(text), "Index %d is out of bounds %d to %d", index, low, high));
+    }
+    char text[80] = {}; // three numbers of eleven characters at most
+};
+
+String assertionMessage(const char* file, unsigned long long line, const char* expression) noexcept
 {
-    String text("Assertion failed: ");
-    text.append(expression).append(" (").append(file).append(":").append(std::to_string(line).c_str()).append(")");
-    return text;
+    try {
+        String text("Assertion failed: ");
+        text.append(expression).append(" (").append(file).append(":").append(std::to_string(line).c_str()).append(")");
+        return text;
+    } catch (const std::bad_alloc&) {
+        return keptText(expression);
+    }
 }
 
 } // namespace
+
+Exception::Exception(const char* message) noexcept : m_message(keptText(message)) {}
+
+Exception::Exception(const Exception& other) noexcept
+    : std::exception(other), m_message(keptText(other.m_message.data()))
+{}
+
+Exception& Exception::operator=(const Exception& other) noexcept
+{
+    if (this != &other) {
+        m_message = keptText(other.m_message.data());
+    }
+    return *this;
+}
 
 Exception::~Exception() = default;
 
 NullPointer::~NullPointer() = default;
 
-IndexOutOfBounds::IndexOutOfBounds(int low, int high, int index)
-    : Exception(outOfBoundsMessage(low, high, index)), m_low(low), m_high(high), m_index(index)
+IndexOutOfBounds::IndexOutOfBounds(int low, int high, int index) noexcept
+    : Exception(OutOfBoundsText(low, high, index).text), m_low(low), m_high(high), m_index(index)
 {}
 
 IndexOutOfBounds::~IndexOutOfBounds() = default;
 
 SerializationFailed::~SerializationFailed() = default;
 
-AssertionFailure::AssertionFailure(const char* file, unsigned long long line, const char* expression)
+AssertionFailure::AssertionFailure(const char* file, unsigned long long line, const char* expression) noexcept
     : Exception(assertionMessage(file, line, expression)), m_file(file), m_line(line), m_expression(expression)
 {}
 

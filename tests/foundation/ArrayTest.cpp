@@ -973,6 +973,70 @@ TEST_F(ArrayTest, MemoryFailingWithinTheCapacityLeavesTheArrayAsItWas)
     EXPECT_EQ(array.size(), 4u);
 }
 
+// Memory that has run out for good: not even a message can be had
+
+namespace {
+
+/// What `operation` throws when every request for memory fails from now on.
+const char* thrownWithoutMemory(const std::function<void()>& operation)
+{
+    const FailingAllocator allocator(0, FailingAllocator::Failure::forGood);
+    try {
+        operation();
+    } catch (const NullPointer& exception) {
+        return std::strncmp(exception.what(), "Asked for", 9) == 0 ? "NullPointer" : "NullPointer without words";
+    } catch (const IndexOutOfBounds& exception) {
+        return exception.low() == 0 && exception.high() == 7 && exception.index() == 8 ? "IndexOutOfBounds" : "numbers";
+    } catch (const std::bad_alloc&) {
+        return "bad_alloc";
+    }
+    return "nothing";
+}
+
+} // namespace
+
+TEST_F(ArrayTest, LastingExhaustionThrowsThePromisedTypes)
+{
+    Array<unsigned> array;
+    fill(array, 8);
+    const unsigned numbers[4] = {6, 7, 8, 9};
+    const Array<unsigned> other(100);
+    EXPECT_STREQ(thrownWithoutMemory([&] { array.append(9); }), "NullPointer");
+    EXPECT_STREQ(thrownWithoutMemory([&] { array.append(numbers, 4); }), "NullPointer");
+    EXPECT_STREQ(thrownWithoutMemory([&] { array.appendArray(array); }), "NullPointer");
+    EXPECT_STREQ(thrownWithoutMemory([&] { array.grow(100, 1u); }), "NullPointer");
+    EXPECT_STREQ(thrownWithoutMemory([&] { array = other; }), "NullPointer");
+    EXPECT_STREQ(thrownWithoutMemory([&] { const Array<unsigned> copy(other); }), "NullPointer");
+    EXPECT_STREQ(thrownWithoutMemory([] { const Array<unsigned> sized(8); }), "NullPointer");
+    EXPECT_STREQ(thrownWithoutMemory([] { const Array<double> huge(0x80000000u); }), "NullPointer");
+    EXPECT_STREQ(thrownWithoutMemory([&] { static_cast<void>(array[8]); }), "IndexOutOfBounds");
+    EXPECT_EQ(elements(array), (std::vector<unsigned>{1, 2, 3, 4, 5, 6, 7, 8}));
+}
+
+// Elements that are not complete where the array is declared
+
+namespace {
+
+struct Tree {
+    int number = 0;
+    Array<Tree> children;
+};
+
+} // namespace
+
+TEST_F(ArrayTest, HoldsElementsOfTheTypeThatItIsAMemberOf)
+{
+    Tree leaf;
+    leaf.number = 2;
+    Tree tree;
+    tree.number = 1;
+    tree.children.append(leaf);
+    tree.children.appendArray(tree.children);
+    leaf.children.append(tree);
+    EXPECT_EQ(leaf.children[0].children[1].number, 2);
+    EXPECT_EQ(leaf.children[0].children.size(), 2u);
+}
+
 // Elements that refuse to be copied
 
 namespace {

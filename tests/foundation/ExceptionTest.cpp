@@ -1,14 +1,19 @@
+#include "support/FailingAllocator.h"
+
 #include <vesk/Exception.h>
 
+#include <cstring>
 #include <cxxabi.h>
 #include <exception>
 #include <memory>
+#include <new>
 #include <string>
 #include <type_traits>
 #include <typeinfo>
 
 #include <gtest/gtest.h>
 
+using testSupport::FailingAllocator;
 using vesk::AssertionFailure;
 using vesk::Exception;
 using vesk::IndexOutOfBounds;
@@ -103,6 +108,22 @@ TYPED_TEST(ExceptionFamilyTest, WhatShowsTheMessage)
     EXPECT_STREQ(exception.what(), exception.message().data());
     const std::exception& standard = exception;
     EXPECT_STREQ(standard.what(), exception.message().data());
+}
+
+TYPED_TEST(ExceptionFamilyTest, IsMadeAndCopiedWithoutMemory)
+{
+    const FailingAllocator allocator(0, FailingAllocator::Failure::forGood);
+    bool isCaught = false;
+    try {
+        throw make<TypeParam>();
+    } catch (const TypeParam& exception) {
+        const TypeParam copy(exception);
+        isCaught = copy.what()[0] != '\0' && std::strncmp(copy.what(), exception.what(), 8) == 0;
+    } catch (const std::bad_alloc&) {
+        isCaught = false;
+    }
+    EXPECT_TRUE(isCaught);
+    EXPECT_TRUE(std::is_nothrow_copy_constructible<TypeParam>::value);
 }
 
 TEST(ExceptionTest, NullPointerCarriesItsMessage)

@@ -8,13 +8,14 @@ namespace {
 thread_local bool isArmed = false;
 thread_local long requestCount = 0;
 thread_local long failAt = -1;
+thread_local bool failsForGood = false;
 
 void* allocate(std::size_t size) noexcept
 {
     if (isArmed) {
         const long request = requestCount;
         ++requestCount;
-        if (request == failAt) {
+        if (request == failAt || (failsForGood && failAt >= 0 && request > failAt)) {
             return nullptr;
         }
     }
@@ -84,10 +85,11 @@ void operator delete[](void* memory, const std::nothrow_t& /*tag*/) noexcept
 
 namespace testSupport {
 
-FailingAllocator::FailingAllocator(long successes)
+FailingAllocator::FailingAllocator(long successes, Failure failure)
 {
     requestCount = 0;
     failAt = successes;
+    failsForGood = failure == Failure::forGood;
     isArmed = true;
 }
 

@@ -2,20 +2,23 @@
 
 namespace testSupport {
 
-/// While it lives, counts what this thread asks of `operator new` and lets one request fail: the one that comes behind
-/// `successes` others. The throwing forms then throw `std::bad_alloc`, the others give null. Test programs that link
-/// the source file of this class have its operators.
+/// While it lives, counts what this thread asks of `operator new` and lets the request that comes after `successes`
+/// others fail, alone or with all that follow. The throwing forms then throw `std::bad_alloc`, the others give null. Test
+/// programs that link the source file of this class have its operators.
 class FailingAllocator {
 public:
+    /// Which requests fail after those that succeed.
+    enum class Failure { once, forGood };
+
     /// @param successes how many requests are served before one fails; negative: none fails
-    explicit FailingAllocator(long successes);
+    explicit FailingAllocator(long successes, Failure failure = Failure::once);
     ~FailingAllocator();
     FailingAllocator(const FailingAllocator&) = delete;
     FailingAllocator& operator=(const FailingAllocator&) = delete;
 
-    /// Requests since it was made, the failed one included.
+    /// Requests since it was made, the failed ones included.
     long requests() const;
-    /// Whether the one request failed already.
+    /// Whether a request has failed.
     bool hasFailed() const;
 };
 

@@ -44,11 +44,10 @@ VESK_API void freeArray(ArrayHeader* block) noexcept;
 /// that cannot be had throws `NullPointer`. Whatever throws leaves the array as it was.
 ///
 /// Growth, assignment and `clear` invalidate references and iterators. A value to append may stand in the array itself.
-/// `T` needs a copy constructor and a destructor, for the sized constructor a default constructor, for `contains` `==`.
+/// `T` needs a copy constructor and a destructor, for the sized constructor a default constructor, for `contains` `==`;
+/// where an array is declared, `T` may be incomplete.
 template <class T>
 class VESK_API Array : public Serializable {
-    static_assert(alignof(T) <= sizeof(detail::ArrayHeader), "elements follow the header directly");
-
 public:
     /// No element, capacity 8.
     Array() noexcept : m_block(detail::noElements) {}
@@ -247,7 +246,12 @@ private:
         detail::ArrayHeader* m_header;
     };
 
-    static T* elements(detail::ArrayHeader* block) { return reinterpret_cast<T*>(block + 1); }
+    // Checked here and not in the class, so that a class may have an array of itself.
+    static T* elements(detail::ArrayHeader* block)
+    {
+        static_assert(alignof(T) <= sizeof(detail::ArrayHeader), "elements follow the header directly");
+        return reinterpret_cast<T*>(block + 1);
+    }
 
     static detail::ArrayHeader* allocate(unsigned size)
     {

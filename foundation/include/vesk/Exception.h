@@ -9,10 +9,12 @@ namespace vesk {
 
 /// Base of what the library throws. Misuse, exhausted memory and broken invariants throw; a bad document never does
 /// of itself.
+///
+/// Making and copying one never fails: where memory has run out, the message is cut to what fits without any.
 class VESK_API Exception : public std::exception {
 public:
-    Exception(const Exception&) = default;
-    Exception& operator=(const Exception&) = default;
+    Exception(const Exception& other) noexcept;            ///< The same message, as far as memory allows.
+    Exception& operator=(const Exception& other) noexcept; ///< The same message, as far as memory allows.
     ~Exception() override;
 
     /// The message as zero-terminated UTF-8, valid as long as this object.
@@ -22,7 +24,9 @@ public:
 
 protected:
     /// @param message what `what()` shows
-    explicit Exception(const String& message) : m_message(message) {}
+    explicit Exception(const String& message) noexcept : Exception(message.data()) {}
+    /// @param message what `what()` shows
+    explicit Exception(const char* message) noexcept;
 
 private:
     String m_message;
@@ -32,7 +36,9 @@ private:
 class VESK_API NullPointer : public Exception {
 public:
     /// @param message what `what()` shows
-    explicit NullPointer(const String& message) : Exception(message) {}
+    explicit NullPointer(const String& message) noexcept : Exception(message) {}
+    /// @param message what `what()` shows
+    explicit NullPointer(const char* message) noexcept : Exception(message) {}
     NullPointer(const NullPointer&) = default;
     NullPointer& operator=(const NullPointer&) = default;
     ~NullPointer() override;
@@ -42,7 +48,7 @@ public:
 class VESK_API IndexOutOfBounds : public Exception {
 public:
     /// @param low,high the valid indices @param index the one that was asked for
-    IndexOutOfBounds(int low, int high, int index);
+    IndexOutOfBounds(int low, int high, int index) noexcept;
     IndexOutOfBounds(const IndexOutOfBounds&) = default;
     IndexOutOfBounds& operator=(const IndexOutOfBounds&) = default;
     ~IndexOutOfBounds() override;
@@ -64,7 +70,9 @@ private:
 class VESK_API SerializationFailed : public Exception {
 public:
     /// @param message what `what()` shows
-    explicit SerializationFailed(const String& message) : Exception(message) {}
+    explicit SerializationFailed(const String& message) noexcept : Exception(message) {}
+    /// @param message what `what()` shows
+    explicit SerializationFailed(const char* message) noexcept : Exception(message) {}
     SerializationFailed(const SerializationFailed&) = default;
     SerializationFailed& operator=(const SerializationFailed&) = default;
     ~SerializationFailed() override;
@@ -76,7 +84,7 @@ public:
     /// @param file the module's source path, a literal
     /// @param line the source line of the assertion
     /// @param expression the text of the test, a literal
-    AssertionFailure(const char* file, unsigned long long line, const char* expression);
+    AssertionFailure(const char* file, unsigned long long line, const char* expression) noexcept;
     AssertionFailure(const AssertionFailure&) = default;
     AssertionFailure& operator=(const AssertionFailure&) = default;
     ~AssertionFailure() override;
