@@ -1,11 +1,12 @@
 #include "Prepare.h"
 
 #include "document/Document.h"
+#include "document/DocumentFile.h"
 #include "passes/Passes.h"
 
 #include <algorithm>
-#include <fstream>
-#include <sstream>
+#include <optional>
+#include <string>
 
 namespace libPrepare {
 
@@ -25,6 +26,26 @@ void run(Document& document)
 {
     for (const auto pass : passes) {
         pass(document);
+    }
+}
+
+void refuse(Report& report, const Refusal& refusal)
+{
+    report.findings.push_back(
+        {Outcome::refused, refusal.kind, refusal.reason, refusal.remedy, {refusal.line, refusal.column, {}}});
+}
+
+void reportRepairs(const Encoding& encoding, Document& document)
+{
+    if (encoding.isMistaken) {
+        document.rewritten(document.root(), "encoding",
+                           "The document says that its encoding is " + encoding.name + ", but it is UTF-8.",
+                           "read as UTF-8");
+    }
+    if (encoding.zerosAtEnd > 0) {
+        document.rewritten(document.root(), "zeros-at-end",
+                           "Zero characters stand after the end: " + std::to_string(encoding.zerosAtEnd) + ".",
+                           "taken off");
     }
 }
 
@@ -49,26 +70,20 @@ Report prepare(pugi::xml_document& xml, const std::filesystem::path& file, const
 Report prepare(const std::filesystem::path& in, const std::filesystem::path& out, const Options& options)
 {
     Report report;
-    std::ifstream input(in, std::ios::binary);
-    std::stringstream buffer;
-    buffer << input.rdbuf();
-    const std::string source = buffer.str();
-    pugi::xml_document xml;
-    const pugi::xml_parse_result parsed =
-        xml.load_buffer(source.data(), source.size(), pugi::parse_full | pugi::parse_ws_pcdata, pugi::encoding_utf8);
-    if (!input || !parsed || !xml.document_element()) {
-        report.findings.push_back({Outcome::refused, "malformed", parsed.description(), {}, {}});
+    DocumentFile source;
+    if (const std::optional<Refusal> refusal = source.read(in, options.maxSize)) {
+        refuse(report, *refusal);
         return report;
     }
-    Document document(xml, out, options, report, source);
+    Document document(source.xml(), in, options, report, source.lines());
+    document.setTarget(out);
+    reportRepairs(source.encoding(), document);
     run(document);
-    std::ofstream output(out, std::ios::binary);
-    if (report.changed) {
-        xml.save(output, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
-    } else {
-        output << source;
+    if (const std::optional<Refusal> refusal = source.write(out, report.changed)) {
+        refuse(report, *refusal);
+        return report;
     }
-    report.done = static_cast<bool>(output.flush());
+    report.done = true;
     return report;
 }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <tuple>
 
 namespace libPrepare {
 
@@ -116,16 +117,14 @@ void setAttribute(pugi::xml_node element, const char* name, const std::string& v
 }
 
 Document::Document(pugi::xml_document& xml, std::filesystem::path file, const Options& options, Report& report,
-                   std::string_view source)
-    : m_xml(xml), m_file(std::move(file)), m_options(options), m_report(report), m_bytes(source.size())
-{
-    if (!source.empty()) {
-        m_lineStarts.push_back(0);
-    }
-    for (std::size_t at = source.find('\n'); at != std::string_view::npos; at = source.find('\n', at + 1)) {
-        m_lineStarts.push_back(at + 1);
-    }
-}
+                   Lines lines)
+    : m_xml(xml),
+      m_file(std::move(file)),
+      m_options(options),
+      m_report(report),
+      m_lines(std::move(lines)),
+      m_bytes(m_lines.size())
+{}
 
 void Document::indexIds()
 {
@@ -222,11 +221,9 @@ Place Document::placeOf(pugi::xml_node element) const
     }
     Place place;
     for (pugi::xml_node each = element; each && each.type() == pugi::node_element; each = each.parent()) {
-        if (each == element && !m_lineStarts.empty() && each.offset_debug() >= 0) {
-            const std::size_t offset = static_cast<std::size_t>(each.offset_debug());
-            const auto after = std::upper_bound(m_lineStarts.begin(), m_lineStarts.end(), offset);
-            place.line = static_cast<unsigned>(after - m_lineStarts.begin());
-            place.column = static_cast<unsigned>(offset - *(after - 1)); // the offset is that of the name after "<"
+        if (each == element && !m_lines.isEmpty() && each.offset_debug() > 0) {
+            const auto nameOffset = static_cast<std::size_t>(each.offset_debug());
+            std::tie(place.line, place.column) = m_lines.at(nameOffset - 1); // of the angle bracket
         }
         std::string step = each.name();
         if (const pugi::xml_attribute id = each.attribute("id")) {

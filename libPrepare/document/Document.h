@@ -1,6 +1,7 @@
 #pragma once
 
 #include <libPrepare/Prepare.h>
+#include <libPrepare/document/Lines.h>
 
 #include <pugixml.hpp>
 
@@ -31,16 +32,20 @@ void setAttribute(pugi::xml_node element, const char* name, const std::string& v
 /// The document that the passes work on: its tree, what its ids lead to, where each element comes from, and the report.
 class Document {
 public:
-    /// @param source the text that the tree was parsed from, for lines; may be empty
+    /// @param lines those of the text that the tree was parsed from; may be empty
     Document(pugi::xml_document& xml, std::filesystem::path file, const Options& options, Report& report,
-             std::string_view source = {});
+             Lines lines = {});
     Document(const Document&) = delete;
     Document& operator=(const Document&) = delete;
 
     pugi::xml_node root() const { return m_xml.document_element(); } ///< `<COLLADA>`.
     pugi::xml_document& xml() const { return m_xml; }
     const Options& options() const { return m_options; }
+    /// Where the document comes from.
     const std::filesystem::path& file() const { return m_file; }
+    /// Where the result will be; the same unless told.
+    const std::filesystem::path& target() const { return m_target; }
+    void setTarget(std::filesystem::path target) { m_target = std::move(target); }
     Report& report() { return m_report; }
 
     /// The first element with an id among those of these kinds, in document order; of any kind if none is named.
@@ -80,9 +85,10 @@ private:
 
     pugi::xml_document& m_xml;
     std::filesystem::path m_file;
+    std::filesystem::path m_target;
     const Options& m_options;
     Report& m_report;
-    std::vector<std::size_t> m_lineStarts;
+    Lines m_lines;
     std::uint64_t m_bytes;
     bool m_areIdsKnown = false;
     std::unordered_map<std::string, std::vector<pugi::xml_node>> m_ids;

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "Encoding.h"
+#include "InputFile.h"
+#include "Lines.h"
+#include "Refusal.h"
+
+#include <pugixml.hpp>
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace libPrepare {
+
+/// A document as it lies in a file: decoded, found to be well-formed, and made a tree.
+class DocumentFile {
+public:
+    DocumentFile() = default;
+    DocumentFile(const DocumentFile&) = delete;
+    DocumentFile& operator=(const DocumentFile&) = delete;
+
+    /// @param most bytes of the text
+    std::optional<Refusal> read(const std::filesystem::path& file, std::uint64_t most);
+    /// Writes the tree, or the bytes that were read if the tree is still what they say.
+    std::optional<Refusal> write(const std::filesystem::path& file, bool isChanged);
+
+    pugi::xml_document& xml() { return m_xml; }
+    const Lines& lines() const { return m_lines; }
+    const Encoding& encoding() const { return m_encoding; }
+
+private:
+    InputFile m_input;
+    std::string m_text; // the tree points into it
+    pugi::xml_document m_xml;
+    Lines m_lines;
+    Encoding m_encoding;
+};
+
+} // namespace libPrepare

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "Refusal.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace libPrepare {
+
+class OutputFile;
+
+/// A regular file that is read whole. Whatever else bears the name, such as a directory or a pipe, is refused without
+/// waiting for it.
+class InputFile {
+public:
+    InputFile() = default;
+    ~InputFile();
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+
+    std::optional<Refusal> open(const std::filesystem::path& path);
+    /// All bytes; what gzip compressed is taken apart.
+    /// @param most bytes of the result
+    std::optional<Refusal> read(std::uint64_t most, std::string& bytes) const;
+    /// Writes the file as it lies there, compressed or not.
+    /// @return false if it could not be read; faults of the other file stay in that
+    bool copyTo(OutputFile& output) const;
+
+private:
+    int m_file = -1;
+};
+
+} // namespace libPrepare

@@ -1,0 +1,139 @@
+#include "TreeWriter.h"
+
+#include "OutputFile.h"
+
+#include <string_view>
+
+namespace libPrepare {
+
+namespace {
+
+// Writes a text, with each of the characters that mean something there in other words.
+void writeEscaped(std::string_view text, const char* special, OutputFile& output)
+{
+    for (std::size_t at = text.find_first_of(special); at != std::string_view::npos; at = text.find_first_of(special)) {
+        output.write(text.substr(0, at));
+        switch (text[at]) {
+        case '&':
+            output.write("&amp;");
+            break;
+        case '<':
+            output.write("&lt;");
+            break;
+        case '>':
+            output.write("&gt;");
+            break;
+        case '"':
+            output.write("&quot;");
+            break;
+        case '\t':
+            output.write("&#9;");
+            break;
+        case '\n':
+            output.write("&#10;");
+            break;
+        default:
+            output.write("&#13;");
+            break;
+        }
+        text.remove_prefix(at + 1);
+    }
+    output.write(text);
+}
+
+void writeAttributes(pugi::xml_node node, OutputFile& output)
+{
+    for (const pugi::xml_attribute attribute : node.attributes()) {
+        output.write(" ");
+        output.write(attribute.name());
+        output.write("=\"");
+        writeEscaped(attribute.value(), "&<\"\t\n\r", output);
+        output.write("\"");
+    }
+}
+
+// Writes a node up to its children.
+void writeBegin(pugi::xml_node node, OutputFile& output)
+{
+    switch (node.type()) {
+    case pugi::node_element:
+        output.write("<");
+        output.write(node.name());
+        writeAttributes(node, output);
+        output.write(node.first_child() ? ">" : "/>");
+        break;
+    case pugi::node_pcdata:
+        writeEscaped(node.value(), "&<>\r", output);
+        break;
+    case pugi::node_cdata:
+        output.write("<![CDATA[");
+        output.write(node.value());
+        output.write("]]>");
+        break;
+    case pugi::node_comment:
+        output.write("<!--");
+        output.write(node.value());
+        output.write("-->");
+        break;
+    case pugi::node_pi:
+        output.write("<?");
+        output.write(node.name());
+        output.write(*node.value() == '\0' ? "" : " ");
+        output.write(node.value());
+        output.write("?>");
+        break;
+    case pugi::node_declaration:
+        output.write("<?");
+        output.write(node.name());
+        writeAttributes(node, output);
+        output.write("?>");
+        break;
+    case pugi::node_null:
+    case pugi::node_document:
+    case pugi::node_doctype:
+        break;
+    }
+}
+
+void writeEnd(pugi::xml_node node, OutputFile& output)
+{
+    if (node.type() == pugi::node_element && node.first_child()) {
+        output.write("</");
+        output.write(node.name());
+        output.write(">");
+    }
+}
+
+void writeSubtree(pugi::xml_node top, OutputFile& output)
+{
+    pugi::xml_node node = top;
+    writeBegin(node, output);
+    for (;;) {
+        if (node.first_child()) {
+            node = node.first_child();
+            writeBegin(node, output);
+            continue;
+        }
+        while (node != top && !node.next_sibling()) {
+            node = node.parent();
+            writeEnd(node, output);
+        }
+        if (node == top) {
+            return;
+        }
+        node = node.next_sibling();
+        writeBegin(node, output);
+    }
+}
+
+} // namespace
+
+void writeTree(const pugi::xml_document& document, OutputFile& output)
+{
+    for (const pugi::xml_node child : document.children()) {
+        writeSubtree(child, output);
+        output.write("\n");
+    }
+}
+
+} // namespace libPrepare
