@@ -1,6 +1,6 @@
 # Debian packages that the project needs, and their installation. Sourced by the scripts at the top.
 
-build_packages="g++ cmake ninja-build pkg-config libcollada-dom-dev libxml2-dev libpugixml-dev zlib1g-dev libcli11-dev nlohmann-json3-dev"
+build_packages="g++ cmake ninja-build pkg-config libcollada-dom-dev libxml2-dev libpugixml-dev libglu1-mesa-dev zlib1g-dev libcli11-dev nlohmann-json3-dev"
 # What scenetool and an example draw with; the drivers serve a machine without a graphics card.
 build_packages="$build_packages libepoxy-dev libegl-dev libgl-dev libglfw3-dev libpng-dev libturbojpeg0-dev libstb-dev"
 build_packages="$build_packages libegl1 libegl-mesa0 libgl1-mesa-dri"

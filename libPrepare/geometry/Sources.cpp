@@ -1,0 +1,253 @@
+#include "Sources.h"
+
+#include <libPrepare/document/Numbers.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+namespace libPrepare {
+
+namespace {
+
+bool isDigit(char character)
+{
+    return character >= '0' && character <= '9';
+}
+
+struct Census {
+    std::size_t words = 0;
+    bool isFinite = true;
+};
+
+// Counts the entries of a list of numbers, without working out their values where their form alone says that they are
+// finite: big meshes are checked this way.
+Census takeCensus(std::string_view list)
+{
+    Census result;
+    const char* at = list.data();
+    const char* const end = at + list.size();
+    while (true) {
+        while (at != end && isBlank(*at)) {
+            ++at;
+        }
+        if (at == end) {
+            return result;
+        }
+        ++result.words;
+        const char* const start = at;
+        if (*at == '-') {
+            ++at;
+        }
+        const char* const digits = at;
+        while (at != end && isDigit(*at)) {
+            ++at;
+        }
+        std::ptrdiff_t digitCount = at - digits;
+        if (at != end && *at == '.') {
+            ++at;
+            const char* const fraction = at;
+            while (at != end && isDigit(*at)) {
+                ++at;
+            }
+            digitCount += at - fraction;
+        }
+        if (digitCount > 0 && digitCount < 100 && (at == end || isBlank(*at))) {
+            continue;
+        }
+        while (at != end && !isBlank(*at)) {
+            ++at;
+        }
+        if (result.isFinite) {
+            result.isFinite = std::isfinite(number(std::string_view(start, static_cast<std::size_t>(at - start))));
+        }
+    }
+}
+
+// How many numbers a param of a type such as "float3" or "float4x4" takes.
+std::size_t widthOfType(std::string_view type)
+{
+    std::size_t letters = 0;
+    while (letters < type.size() && type[letters] >= 'a' && type[letters] <= 'z') {
+        ++letters;
+    }
+    const std::string_view size = type.substr(letters);
+    if (letters > 0 && size.size() == 1 && isDigit(size[0])) {
+        return static_cast<std::size_t>(size[0] - '0');
+    }
+    if (letters > 0 && size.size() == 3 && isDigit(size[0]) && size[1] == 'x' && isDigit(size[2])) {
+        return static_cast<std::size_t>(size[0] - '0') * static_cast<std::size_t>(size[2] - '0');
+    }
+    return 1;
+}
+
+} // namespace
+
+std::size_t wholeOr(std::string_view text, std::size_t otherwise)
+{
+    text = trimmed(text);
+    std::uint32_t value = 0;
+    const char* const end = text.data() + text.size();
+    const std::from_chars_result read = std::from_chars(text.data(), end, value);
+    return read.ptr == end && read.ec == std::errc() ? value : otherwise;
+}
+
+const SourceLayout* Sources::find(pugi::xml_node source)
+{
+    if (!source) {
+        return nullptr;
+    }
+    const auto known = m_layouts.find(source.hash_value());
+    const std::optional<SourceLayout>& layout =
+        known != m_layouts.end() ? known->second : m_layouts.emplace(source.hash_value(), read(source)).first->second;
+    return layout ? &*layout : nullptr;
+}
+
+std::optional<SourceLayout> Sources::read(pugi::xml_node source)
+{
+    SourceLayout layout;
+    layout.source = source;
+    layout.accessor = descend(source, "technique_common/accessor");
+    layout.array = m_document.resolve(layout.accessor.attribute("source").value(),
+                                      {"float_array", "int_array", "Name_array", "IDREF_array", "bool_array"});
+    if (!is(layout.array, "float_array") && !is(layout.array, "int_array")) {
+        return std::nullopt;
+    }
+    layout.offset = wholeOr(layout.accessor.attribute("offset").value(), 0);
+    layout.stride = std::max<std::size_t>(1, wholeOr(layout.accessor.attribute("stride").value(), 1));
+    bool isNamed = false;
+    for (const pugi::xml_node param : layout.accessor.children("param")) {
+        isNamed = isNamed || *param.attribute("name").value() != '\0';
+    }
+    std::size_t at = 0;
+    bool hasParams = false;
+    for (const pugi::xml_node param : layout.accessor.children("param")) {
+        const std::size_t width = widthOfType(trimmed(param.attribute("type").value()));
+        for (std::size_t i = at; i < at + width && i < layout.stride; ++i) {
+            if (!isNamed || *param.attribute("name").value() != '\0') {
+                layout.columns.push_back(i);
+            }
+        }
+        at += width;
+        hasParams = true;
+    }
+    constexpr std::size_t widest = 64; // no attribute of a vertex has as many
+    for (std::size_t i = 0; !hasParams && i < std::min(layout.stride, widest); ++i) {
+        layout.columns.push_back(i);
+    }
+    std::string scratch;
+    const Census census = takeCensus(textOf(layout.array, scratch));
+    layout.isFinite = census.isFinite;
+    const std::size_t first = layout.offset + (layout.columns.empty() ? 0 : layout.columns.back());
+    if (!layout.columns.empty() && census.words > first) {
+        layout.count = std::min(wholeOr(layout.accessor.attribute("count").value(), 0),
+                                (census.words - first + layout.stride - 1) / layout.stride);
+    }
+    return layout;
+}
+
+const std::vector<double>& Sources::values(const SourceLayout& layout)
+{
+    if (m_valuesOf && m_valuesOf == layout.source) {
+        return m_values;
+    }
+    const std::vector<double> all = numbersOf(layout.array);
+    m_valuesOf = layout.source;
+    m_values.clear();
+    m_values.reserve(layout.count * layout.width());
+    for (std::size_t record = 0; record < layout.count; ++record) {
+        for (const std::size_t column : layout.columns) {
+            const std::size_t at = layout.offset + record * layout.stride + column;
+            m_values.push_back(at < all.size() ? all[at] : std::numeric_limits<double>::quiet_NaN());
+        }
+    }
+    return m_values;
+}
+
+void Sources::forget()
+{
+    m_layouts.clear();
+    m_valuesOf = {};
+}
+
+std::vector<Input> inputsOf(pugi::xml_node element)
+{
+    std::vector<Input> result;
+    for (const pugi::xml_node input : element.children("input")) {
+        result.push_back({input, std::string(trimmed(input.attribute("semantic").value())),
+                          wholeOr(input.attribute("offset").value(), 0),
+                          static_cast<long long>(wholeOr(input.attribute("set").value(), 0))});
+    }
+    return result;
+}
+
+std::size_t strideOf(const std::vector<Input>& inputs)
+{
+    std::size_t greatest = 0;
+    for (const Input& input : inputs) {
+        greatest = std::max(greatest, input.offset);
+    }
+    return greatest + 1;
+}
+
+const Input* firstInput(const std::vector<Input>& inputs, std::string_view semantic)
+{
+    const auto found =
+        std::find_if(inputs.begin(), inputs.end(), [&](const Input& input) { return input.semantic == semantic; });
+    return found == inputs.end() ? nullptr : &*found;
+}
+
+const SourceLayout* positionsOf(Document& document, Sources& sources, const std::vector<Input>& inputs)
+{
+    const Input* const vertex = firstInput(inputs, "VERTEX");
+    if (vertex == nullptr) {
+        return nullptr;
+    }
+    const pugi::xml_node vertices = document.resolve(vertex->element.attribute("source").value(), {"vertices"});
+    const std::vector<Input> inner = inputsOf(vertices);
+    const Input* const position = firstInput(inner, "POSITION");
+    if (position == nullptr) {
+        return nullptr;
+    }
+    const SourceLayout* const layout =
+        sources.find(document.resolve(position->element.attribute("source").value(), {"source"}));
+    return layout != nullptr && layout->width() >= 2 ? layout : nullptr;
+}
+
+std::vector<std::int32_t> indices(std::string_view text)
+{
+    std::vector<std::int32_t> result;
+    result.reserve(text.size() / 4);
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    constexpr std::int64_t limit = std::int64_t(1) << 31;
+    while (true) {
+        while (at != end && isBlank(*at)) {
+            ++at;
+        }
+        if (at == end) {
+            return result;
+        }
+        std::int64_t value = 0;
+        while (at != end && isDigit(*at)) {
+            value = std::min(10 * value + (*at - '0'), limit);
+            ++at;
+        }
+        const bool isWhole = at == end || isBlank(*at);
+        while (at != end && !isBlank(*at)) {
+            ++at;
+        }
+        result.push_back(isWhole && value < limit ? static_cast<std::int32_t>(value) : -1);
+    }
+}
+
+void appendEntry(std::string& list, long long value)
+{
+    if (!list.empty()) {
+        list += ' ';
+    }
+    append(list, value);
+}
+
+} // namespace libPrepare

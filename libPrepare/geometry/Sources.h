@@ -1,0 +1,74 @@
+#pragma once
+
+#include <libPrepare/document/Document.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace libPrepare {
+
+/// What a `<source>` says its numbers are, through the accessor of its common technique.
+struct SourceLayout {
+    pugi::xml_node source;
+    pugi::xml_node accessor;
+    pugi::xml_node array; ///< `<float_array>` or `<int_array>`, maybe of another source.
+    std::size_t offset = 0;
+    std::size_t stride = 1;
+    std::vector<std::size_t> columns; ///< Where the values that are read lie within a record.
+    std::size_t count = 0;            ///< Records that the array holds, at most as many as the accessor says.
+    bool isFinite = true;             ///< Every entry of the array is a finite number.
+
+    std::size_t width() const { return columns.size(); }
+};
+
+/// The records of the sources of a document. Knows each source after it was asked for, until `forget`.
+class Sources {
+public:
+    explicit Sources(Document& document) : m_document(document) {}
+
+    /// Null if there is no accessor or it does not lead to numbers.
+    const SourceLayout* find(pugi::xml_node source);
+    /// All records, `width()` numbers each; NaN in the place of what is no number. Valid until the next call: the
+    /// primitives of a mesh ask for the same source one after the other.
+    const std::vector<double>& values(const SourceLayout& layout);
+    /// Has to be called after sources were changed.
+    void forget();
+
+private:
+    std::optional<SourceLayout> read(pugi::xml_node source);
+
+    Document& m_document;
+    std::unordered_map<std::size_t, std::optional<SourceLayout>> m_layouts;
+    pugi::xml_node m_valuesOf;
+    std::vector<double> m_values;
+};
+
+/// One `<input>` of a primitive or of `<vertices>`.
+struct Input {
+    pugi::xml_node element;
+    std::string semantic;
+    std::size_t offset = 0;
+    long long set = 0;
+};
+
+/// The inputs of an element, in document order.
+std::vector<Input> inputsOf(pugi::xml_node element);
+/// Indices that a corner takes: the greatest offset and one more.
+std::size_t strideOf(const std::vector<Input>& inputs);
+/// The first input with a semantic; null if there is none.
+const Input* firstInput(const std::vector<Input>& inputs, std::string_view semantic);
+/// The positions that a primitive's corners name; null if there are none.
+const SourceLayout* positionsOf(Document& document, Sources& sources, const std::vector<Input>& inputs);
+
+/// The value of an attribute that holds a whole number from 0.
+std::size_t wholeOr(std::string_view text, std::size_t otherwise);
+/// All entries of an index list; -1 in the place of what is no whole number from 0 below 2^31.
+std::vector<std::int32_t> indices(std::string_view text);
+/// Appends an entry, with a blank before it if there is one already.
+void appendEntry(std::string& list, long long value);
+
+} // namespace libPrepare
