@@ -98,7 +98,9 @@ std::string textOf(pugi::xml_node element)
 void setText(pugi::xml_node element, const std::string& text)
 {
     element.remove_children();
-    element.append_child(pugi::node_pcdata).set_value(text.c_str());
+    if (!text.empty()) {
+        element.append_child(pugi::node_pcdata).set_value(text.c_str());
+    }
 }
 
 std::vector<double> numbersOf(pugi::xml_node element)

@@ -16,6 +16,35 @@ bool isDigit(char character)
     return character >= '0' && character <= '9';
 }
 
+// Calls `use` with each entry of an index list until it says that it has enough.
+template <class Use>
+void forEachIndex(std::string_view text, const Use& use)
+{
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    constexpr std::int64_t limit = std::int64_t(1) << 31;
+    while (true) {
+        while (at != end && isBlank(*at)) {
+            ++at;
+        }
+        if (at == end) {
+            return;
+        }
+        std::int64_t value = 0;
+        while (at != end && isDigit(*at)) {
+            value = std::min(10 * value + (*at - '0'), limit);
+            ++at;
+        }
+        const bool isWhole = at == end || isBlank(*at);
+        while (at != end && !isBlank(*at)) {
+            ++at;
+        }
+        if (!use(isWhole && value < limit ? static_cast<std::int32_t>(value) : -1)) {
+            return;
+        }
+    }
+}
+
 struct Census {
     std::size_t words = 0;
     bool isFinite = true;
@@ -219,27 +248,35 @@ std::vector<std::int32_t> indices(std::string_view text)
 {
     std::vector<std::int32_t> result;
     result.reserve(text.size() / 4);
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    constexpr std::int64_t limit = std::int64_t(1) << 31;
-    while (true) {
-        while (at != end && isBlank(*at)) {
-            ++at;
+    forEachIndex(text, [&](std::int32_t index) {
+        result.push_back(index);
+        return true;
+    });
+    return result;
+}
+
+ColumnCensus censusOf(std::string_view text, std::size_t stride, std::size_t tuples)
+{
+    ColumnCensus result;
+    stride = std::min(stride, text.size() + 1); // a longer tuple has no room in it
+    result.greatest.assign(stride, -1);
+    result.hasInvalid.assign(stride, false);
+    std::size_t column = 0;
+    forEachIndex(text, [&](std::int32_t index) {
+        if (result.tuples == tuples) {
+            return false;
         }
-        if (at == end) {
-            return result;
+        if (index < 0) {
+            result.hasInvalid[column] = true;
         }
-        std::int64_t value = 0;
-        while (at != end && isDigit(*at)) {
-            value = std::min(10 * value + (*at - '0'), limit);
-            ++at;
+        result.greatest[column] = std::max(result.greatest[column], index);
+        if (++column == stride) {
+            column = 0;
+            ++result.tuples;
         }
-        const bool isWhole = at == end || isBlank(*at);
-        while (at != end && !isBlank(*at)) {
-            ++at;
-        }
-        result.push_back(isWhole && value < limit ? static_cast<std::int32_t>(value) : -1);
-    }
+        return true;
+    });
+    return result;
 }
 
 void appendEntry(std::string& list, long long value)

@@ -68,6 +68,14 @@ const SourceLayout* positionsOf(Document& document, Sources& sources, const std:
 std::size_t wholeOr(std::string_view text, std::size_t otherwise);
 /// All entries of an index list; -1 in the place of what is no whole number from 0 below 2^31.
 std::vector<std::int32_t> indices(std::string_view text);
+/// What the first `tuples` whole tuples of an index list name, column by column.
+struct ColumnCensus {
+    std::vector<std::int32_t> greatest; ///< -1 if a column names nothing.
+    std::vector<bool> hasInvalid;       ///< Whether a column has an entry that `indices` reads as -1.
+    std::size_t tuples = 0;             ///< Whole tuples that are there.
+};
+ColumnCensus censusOf(std::string_view text, std::size_t stride, std::size_t tuples);
+
 /// Appends an entry, with a blank before it if there is one already.
 void appendEntry(std::string& list, long long value);
 

@@ -567,7 +567,21 @@ private:
         const auto isStrictlyInside = [&](const Point2& point) {
             return area(a, b, point) > 0 && area(b, c, point) > 0 && area(c, a, point) > 0;
         };
+        if (areEqual(at(other), b)) {
+            const auto isInWedge = [&](const Point2& point) {
+                return area(a, b, point) >= 0 && area(b, c, point) >= 0;
+            };
+            return isInWedge(at(next(other))) && isInWedge(at(previous(other)));
+        }
         return isStrictlyInside(at(next(other))) || isStrictlyInside(at(previous(other)));
+    }
+
+    // Whether the loop turns back on itself at a node, so that cutting it off changes nothing.
+    bool isSpike(std::size_t node) const
+    {
+        const Point2& before = at(previous(node));
+        const Point2& after = at(next(node));
+        return areEqual(before, after) || areEqual(before, at(node)) || areEqual(at(node), after);
     }
 
     void cut(std::size_t node, std::vector<std::size_t>& triangles)
@@ -589,7 +603,7 @@ private:
         while (m_left > 3) {
             const double area = turn(node);
             const bool mayCut = !step()      ? true
-                                : stage == 0 ? isEar(node)
+                                : stage == 0 ? isSpike(node) || isEar(node)
                                 : stage == 1 ? area == 0
                                 : stage == 2 ? area > 0
                                              : true;

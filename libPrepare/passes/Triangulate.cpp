@@ -190,21 +190,22 @@ private:
         }
         const std::size_t held = m_tuples.size() / m_stride;
         std::string scratch;
-        const std::vector<std::int32_t> counts = indices(textOf(m_element.child("vcount"), scratch));
+        const std::vector<long long> counts = integers(textOf(m_element.child("vcount"), scratch));
         m_faces = counts.size();
         m_text.reserve(held * m_stride * 8);
         std::size_t start = 0;
         bool isOnlyTriangles = true;
-        for (const std::int32_t count : counts) {
-            const std::size_t length = static_cast<std::size_t>(std::max(count, 0));
+        for (const long long count : counts) {
+            const std::size_t length = static_cast<std::size_t>(std::max(count, 0LL));
             isOnlyTriangles = isOnlyTriangles && length == 3;
-            if (length < 3 || length > held || start > held - length) {
+            const bool isHeld = length <= held - start;
+            if (length < 3 || !isHeld) {
                 ++m_rejects.small;
             } else {
                 m_lengths.assign(1, length);
                 appendFace(start);
             }
-            start += length;
+            start = isHeld ? start + length : held;
         }
         m_keepsList = isOnlyTriangles && m_rejects.all() == 0 && m_element.child("p") &&
                       !m_element.child("p").next_sibling("p") && start == held;
