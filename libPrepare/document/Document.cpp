@@ -1,6 +1,7 @@
 #include "Document.h"
 
 #include "Numbers.h"
+#include "Reference.h"
 
 #include <algorithm>
 #include <cstring>
@@ -13,31 +14,6 @@ namespace {
 bool isText(pugi::xml_node node)
 {
     return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
-}
-
-int hexDigit(char character)
-{
-    if (character >= '0' && character <= '9') {
-        return character - '0';
-    }
-    const char lower = static_cast<char>(character | 0x20);
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
-std::string percentDecoded(std::string_view text)
-{
-    std::string result;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const int high = text[i] == '%' && i + 2 < text.size() ? hexDigit(text[i + 1]) : -1;
-        const int low = high >= 0 ? hexDigit(text[i + 2]) : -1;
-        if (low >= 0) {
-            result += static_cast<char>(16 * high + low);
-            i += 2;
-        } else {
-            result += text[i];
-        }
-    }
-    return result;
 }
 
 // The next element of a walk over a whole subtree in document order; null at its end.
@@ -122,6 +98,7 @@ Document::Document(pugi::xml_document& xml, std::filesystem::path file, const Op
                    Lines lines)
     : m_xml(xml),
       m_file(std::move(file)),
+      m_target(m_file),
       m_options(options),
       m_report(report),
       m_lines(std::move(lines)),

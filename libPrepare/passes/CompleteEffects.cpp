@@ -1,7 +1,389 @@
 #include "Passes.h"
 
+#include <libPrepare/document/Document.h>
+#include <libPrepare/document/Looks.h>
+#include <libPrepare/document/Numbers.h>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
 namespace libPrepare {
 
-void completeEffects(Document&) {}
+namespace {
+
+const std::string black = "0 0 0 1";
+
+std::string nameOf(pugi::xml_node element)
+{
+    return std::string("<") + element.name() + "> \"" + element.attribute("id").value() + "\"";
+}
+
+// ------------------------------------------------------------------------------------------- parameters of materials
+
+// What a material's <setparam> elements change in the shader: the same text for materials that look alike.
+std::string changesBy(pugi::xml_node material, pugi::xml_node effect)
+{
+    const Shading shading = shadingOf(effect);
+    Parameters parameters(effect, shading);
+    std::string changes;
+    for (const pugi::xml_node setparam : material.child("instance_effect").children("setparam")) {
+        parameters.set(setparam);
+    }
+    for (const pugi::xml_node channel : shading.shader.children()) {
+        if (const pugi::xml_node reference = channel.child("param")) {
+            const std::string name(trimmed(reference.attribute("ref").value()));
+            if (is(parameters.find(name), "setparam")) {
+                changes += name + '=' + textOf(parameters.numbersOf(name)) + '\n';
+            }
+        }
+    }
+    return changes;
+}
+
+// Gives materials that set parameters of a shared effect in different ways an effect each.
+class EffectSplitter {
+public:
+    explicit EffectSplitter(Document& document) : m_document(document) {}
+
+    void run(const std::vector<pugi::xml_node>& materials)
+    {
+        countUsers();
+        for (const pugi::xml_node material : materials) {
+            const pugi::xml_node effect = effectOf(m_document, material);
+            if (!effect || !material.child("instance_effect").child("setparam")) {
+                continue;
+            }
+            const std::string changes = changesBy(material, effect);
+            if (!changes.empty()) {
+                separate(material, effect, changes);
+            }
+        }
+    }
+
+private:
+    void countUsers()
+    {
+        for (const pugi::xml_node library : m_document.root().children("library_materials")) {
+            for (const pugi::xml_node material : library.children("material")) {
+                ++m_users[effectOf(m_document, material).hash_value()];
+            }
+        }
+    }
+
+    void separate(pugi::xml_node material, pugi::xml_node effect, const std::string& changes)
+    {
+        if (m_users[effect.hash_value()] <= 1) {
+            return; // the effect is the material's own
+        }
+        std::string& id = m_copies[std::to_string(effect.hash_value()) + '\n' + changes];
+        if (id.empty()) {
+            if (!m_document.takeBytes(sizeOf(effect))) {
+                m_document.lost(material, "setparam",
+                                "The effect of " + nameOf(material) + " would be too large to copy.",
+                                "raise the limit for the size of the result");
+                return;
+            }
+            pugi::xml_node copy = effect.parent().insert_copy_after(effect, effect);
+            dropInnerIds(copy);
+            id = m_document.freshId(std::string(effect.attribute("id").value()) + '-' +
+                                    material.attribute("id").value());
+            m_document.setId(copy, id);
+            m_document.setOrigin(copy, effect);
+        }
+        --m_users[effect.hash_value()];
+        setAttribute(material.child("instance_effect"), "url", '#' + id);
+        m_document.rewritten(material, "setparam",
+                             nameOf(material) + " sets parameters of an effect that others show, too.",
+                             "it has an effect of its own: \"" + id + "\"");
+    }
+
+    // Images in a copy are those of the original.
+    static void dropInnerIds(pugi::xml_node copy)
+    {
+        for (pugi::xml_node element : elementsBelow(copy, nullptr)) {
+            element.remove_attribute("id");
+        }
+    }
+
+    static std::size_t sizeOf(pugi::xml_node effect)
+    {
+        struct Counter : pugi::xml_writer {
+            std::size_t bytes = 0;
+            void write(const void*, std::size_t size) override { bytes += size; }
+        } counter;
+        effect.print(counter, "", pugi::format_raw);
+        return counter.bytes;
+    }
+
+    Document& m_document;
+    std::unordered_map<std::size_t, unsigned> m_users;
+    std::unordered_map<std::string, std::string> m_copies;
+};
+
+// ----------------------------------------------------------------------------------------------------------- shaders
+
+// Completes the shader of one effect.
+class EffectCompleter {
+public:
+    EffectCompleter(Document& document, pugi::xml_node effect, const Shading& shading, pugi::xml_node material)
+        : m_document(document), m_effect(effect), m_shader(shading.shader), m_parameters(effect, shading)
+    {
+        for (const pugi::xml_node setparam : material.child("instance_effect").children("setparam")) {
+            m_parameters.set(setparam);
+        }
+    }
+
+    void run()
+    {
+        for (const char* const name : {"emission", "ambient", "diffuse", "specular", "reflective"}) {
+            completeColor(name);
+        }
+        for (const char* const name : {"shininess", "reflectivity", "transparency", "index_of_refraction"}) {
+            if (const pugi::xml_node channel = m_shader.child(name)) {
+                completeFloat(channel);
+            }
+        }
+        completeOpacity();
+        if (!m_absent.empty()) {
+            m_document.rewritten(m_shader, "channel", "The shader of " + nameOf(m_effect) + " has no " + m_absent + ".",
+                                 "written out as black, which adds nothing");
+        }
+        if (is(m_shader, "lambert") || is(m_shader, "constant")) {
+            m_document.rewritten(m_shader, m_shader.name(), "Lambert and constant shaders are not read.",
+                                 is(m_shader, "lambert") ? "a <phong> without a highlight"
+                                                         : "a <phong> that only emits");
+            m_shader.set_name("phong");
+        }
+    }
+
+private:
+    // What a shader doesn't have by its nature is black, whatever the document says.
+    bool hasChannel(std::string_view name) const
+    {
+        if (is(m_shader, "constant")) {
+            return name == "emission" || name == "reflective";
+        }
+        return name != "specular" || !is(m_shader, "lambert");
+    }
+
+    void completeColor(const char* name)
+    {
+        const pugi::xml_node channel = m_shader.child(name);
+        if (!hasChannel(name)) {
+            if (!channel || !isBlack(channel)) {
+                setColor(needChannel(m_shader, name), black);
+            }
+            return;
+        }
+        if (const pugi::xml_node texture = channel.child("texture")) {
+            if (channel.child("color") || channel.child("param")) {
+                keepOnly(channel, texture);
+            }
+            return;
+        }
+        if (const pugi::xml_node reference = channel.child("param")) {
+            resolveColor(channel, reference);
+        }
+        if (!isPlainColor(channel)) {
+            m_absent += (m_absent.empty() ? "" : ", ") + std::string(name);
+            setColor(needChannel(m_shader, name), black);
+        }
+    }
+
+    static bool isBlack(pugi::xml_node channel)
+    {
+        const std::vector<double> color = numbersOf(channel.child("color"));
+        return isPlainColor(channel) && std::all_of(color.begin(), color.begin() + 3, [](double v) { return v == 0; });
+    }
+
+    // Of several ways to say a color the texture goes first.
+    void keepOnly(pugi::xml_node channel, pugi::xml_node texture)
+    {
+        m_document.rewritten(channel, "channel", "A channel has a texture and a color.", "the texture stays");
+        for (pugi::xml_node child = channel.first_child(); child;) {
+            const pugi::xml_node next = child.next_sibling();
+            if (child != texture && (is(child, "color") || is(child, "param"))) {
+                channel.remove_child(child);
+            }
+            child = next;
+        }
+    }
+
+    void resolveColor(pugi::xml_node channel, pugi::xml_node reference)
+    {
+        const std::string name(trimmed(reference.attribute("ref").value()));
+        const pugi::xml_node values = m_parameters.numbersOf(name);
+        std::string text(trimmed(textOf(values)));
+        const std::size_t count = words(text).size();
+        if (count < 3) {
+            m_document.lost(channel, "param", "The parameter \"" + name + "\" is no color.",
+                            "give it three numbers or four");
+            channel.remove_children(); // which leaves it black
+            return;
+        }
+        if (count == 3) {
+            text += " 1";
+        }
+        setColor(channel, text);
+        m_document.rewritten(channel, "param", "A channel is the parameter \"" + name + "\".",
+                             "its value is written out");
+    }
+
+    void completeFloat(pugi::xml_node channel)
+    {
+        const pugi::xml_node reference = channel.child("param");
+        if (!reference) {
+            return;
+        }
+        const std::string name(trimmed(reference.attribute("ref").value()));
+        const std::string text = textOf(m_parameters.numbersOf(name));
+        const std::vector<std::string_view> values = words(text);
+        if (values.empty()) {
+            m_document.lost(channel, "param", "The parameter \"" + name + "\" is no number.", "give it a value");
+            m_document.rewritten(channel, "param", "A value leads nowhere.", "taken out");
+            m_shader.remove_child(channel);
+            return;
+        }
+        setFloat(channel, std::string(values.front()));
+        m_document.rewritten(channel, "param", "A value is the parameter \"" + name + "\".", "it is written out");
+    }
+
+    static void setFloat(pugi::xml_node channel, const std::string& text)
+    {
+        channel.remove_child("param");
+        setText(channel.child("float") ? channel.child("float") : channel.append_child("float"), text);
+    }
+
+    // ------------------------------------------------------------------------------------------------------- opacity
+
+    // <transparency> alone is read, as the opacity. What <transparent> adds has to be in it.
+    void completeOpacity()
+    {
+        pugi::xml_node transparent = m_shader.child("transparent");
+        if (transparent.child("param") && !transparent.child("texture")) {
+            resolveColor(transparent, transparent.child("param"));
+        }
+        const pugi::xml_node declared = m_shader.child("transparency").child("float");
+        const double factor = declared ? numberOr(textOf(declared), 1) : 1;
+        double opacity = factor;
+        const std::string mode = transparent.attribute("opaque").as_string("A_ONE");
+        const bool isByColor = mode == "RGB_ZERO" || mode == "RGB_ONE";
+        const bool isInverted = mode == "RGB_ZERO" || mode == "A_ZERO";
+        bool isKept = !isByColor && !isInverted;
+        if (const pugi::xml_node texture = transparent.child("texture")) {
+            opacity = opacityOfTexture(transparent, texture, factor, isByColor, isInverted);
+        } else if (transparent.child("color")) {
+            std::vector<double> color = numbersOf(transparent.child("color"));
+            color.resize(4, 1.0);
+            const double luminance = color[0] * 0.212671 + color[1] * 0.715160 + color[2] * 0.072169;
+            const double share = (isByColor ? luminance : color[3]) * factor;
+            opacity = isInverted ? 1 - share : share;
+            isKept = isKept && color[3] == 1;
+        } else if (transparent) {
+            isKept = false;
+            opacity = isInverted ? 1 : factor; // nothing says how much light passes
+        }
+        opacity = std::isfinite(opacity) ? std::min(std::max(opacity, 0.0), 1.0) : 1.0;
+        const bool isDeclared = number(trimmed(textOf(declared))) == opacity; // the number keeps its text
+        if (isKept && isDeclared) {
+            return;
+        }
+        if (!isKept) {
+            setAttribute(transparent, "opaque", "A_ONE");
+            setColor(transparent, "1 1 1 1");
+        }
+        if (!isDeclared) {
+            setFloat(needChannel(m_shader, "transparency"), text(opacity));
+        }
+        m_document.rewritten(m_shader, "opacity",
+                             "The opacity of " + nameOf(m_effect) + " is in several values, or in none.",
+                             "<transparency> holds it: " + text(opacity));
+    }
+
+    // The alpha of the diffuse texture cuts out, wherever it is drawn. No other texture can.
+    double opacityOfTexture(pugi::xml_node transparent, pugi::xml_node texture, double factor, bool isByColor,
+                            bool isInverted)
+    {
+        const pugi::xml_node diffuse = m_shader.child("diffuse").child("texture");
+        const pugi::xml_node image =
+            followTexture(m_document, m_parameters, texture.attribute("texture").value()).image;
+        const bool isDiffuse =
+            diffuse && image &&
+            image == followTexture(m_document, m_parameters, diffuse.attribute("texture").value()).image;
+        if (!isByColor && !isInverted) {
+            if (!isDiffuse) {
+                m_document.lost(transparent, "transparent-texture",
+                                "Only the diffuse texture can make parts of a face transparent.",
+                                "put the opacity into the alpha of the diffuse texture");
+            }
+            return factor;
+        }
+        m_document.lost(transparent, "transparent-texture", "A texture says by its colors how much light passes.",
+                        "put the opacity into the alpha of the diffuse texture");
+        return 1;
+    }
+
+    Document& m_document;
+    pugi::xml_node m_effect;
+    pugi::xml_node m_shader;
+    Parameters m_parameters;
+    std::string m_absent;
+};
+
+// The shading of an effect. Where only a later technique of a profile has a shader, it becomes the first.
+Shading needShading(Document& document, pugi::xml_node effect)
+{
+    if (const Shading shading = shadingOf(effect)) {
+        return shading;
+    }
+    for (pugi::xml_node profile : effect.children("profile_COMMON")) {
+        for (const pugi::xml_node technique : profile.children("technique")) {
+            if (shaderOf(technique)) {
+                document.rewritten(technique, "technique", "Only the first technique of a profile is read.",
+                                   "the first one with a shader is the first now");
+                profile.insert_move_before(technique, profile.child("technique"));
+                return shadingOf(effect);
+            }
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+void completeEffects(Document& document)
+{
+    const std::vector<pugi::xml_node> materials = shownMaterials(document);
+    EffectSplitter(document).run(materials);
+    std::unordered_set<std::size_t> known;
+    for (const pugi::xml_node material : materials) {
+        const pugi::xml_node effect = effectOf(document, material);
+        if (!effect) {
+            document.lost(material, "effect", nameOf(material) + " leads to no effect.",
+                          "give it an <instance_effect>");
+            continue;
+        }
+        if (!document.resolve(material.child("instance_effect").attribute("url").value(), {"effect"})) {
+            const std::string id = effect.attribute("id").value();
+            setAttribute(material.child("instance_effect"), "url", '#' + id);
+            document.rewritten(material, "effect", nameOf(material) + " names its effect as if it were a file.",
+                               "it names the effect \"" + id + "\"");
+        }
+        if (!known.insert(effect.hash_value()).second) {
+            continue;
+        }
+        if (const Shading shading = needShading(document, effect)) {
+            EffectCompleter(document, effect, shading, material).run();
+        } else {
+            document.lost(effect, "effect", nameOf(effect) + " has no shader in a <profile_COMMON>.",
+                          "add a <technique> with a <phong>");
+        }
+    }
+}
 
 } // namespace libPrepare

@@ -1,0 +1,116 @@
+#include <libPrepare/Prepare.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// A folder with a document in "in", whose images lie beside it and in "in/sub", and with an empty folder "out".
+class FindImagesTest : public testing::Test {
+protected:
+    FindImagesTest()
+        : m_folder(fs::path(testing::TempDir()) /
+                   (std::string("find images ") + testing::UnitTest::GetInstance()->current_test_info()->name()))
+    {
+        fs::remove_all(m_folder);
+        fs::create_directories(m_folder / "in" / "sub");
+        fs::create_directories(m_folder / "out");
+    }
+
+    ~FindImagesTest() override { fs::remove_all(m_folder); }
+
+    void image(const std::string& path) const { std::ofstream(m_folder / "in" / path) << "picture"; }
+
+    // The reference of an image after the document went to a file.
+    std::string prepared(const std::string& reference, const std::string& out) const
+    {
+        std::ofstream(m_folder / "in" / "a.dae")
+            << R"(<COLLADA xmlns="http://www.collada.org/2005/11/COLLADASchema" version="1.4.1"><asset/><library_images>)"
+               "<image id=\"i\"><init_from>"
+            << reference << "</init_from></image></library_images></COLLADA>";
+        const libPrepare::Report report = libPrepare::prepare(m_folder / "in" / "a.dae", m_folder / out);
+        EXPECT_TRUE(report.done);
+        std::ostringstream text;
+        text << std::ifstream(m_folder / out).rdbuf();
+        const std::string whole = text.str();
+        const std::size_t start = whole.find("<init_from>") + 11;
+        return whole.substr(start, whole.find("</init_from>") - start);
+    }
+
+    fs::path m_folder;
+};
+
+TEST_F(FindImagesTest, ReferencesStayWhereTheDocumentStaysInItsFolder)
+{
+    image("sub/my file.png");
+    EXPECT_EQ("sub/my file.png", prepared("sub/my file.png", "in/b.dae"));
+    EXPECT_EQ("./sub/my%20file.png", prepared("./sub/my%20file.png", "in/b.dae"));
+}
+
+TEST_F(FindImagesTest, ReferencesLeadFromTheFolderOfTheResult)
+{
+    image("sub/my file.png");
+    image("b.png");
+    EXPECT_EQ("../in/sub/my%20file.png", prepared("sub/my file.png", "out/b.dae"));
+    EXPECT_EQ("../in/sub/my%20file.png", prepared("./sub/my%20file.png", "out/b.dae"));
+    EXPECT_EQ("../in/b.png", prepared("b.png", "out/b.dae"));
+}
+
+TEST_F(FindImagesTest, AbsoluteFilesAreFoundFromAnywhere)
+{
+    image("b.png");
+    const std::string path = "file://" + (m_folder / "in" / "b.png").generic_string();
+    EXPECT_EQ(path, prepared(path, "out/b.dae"));
+}
+
+TEST_F(FindImagesTest, BackslashesAreSlashes)
+{
+    image("sub/b.png");
+    EXPECT_EQ("sub/b.png", prepared(".\\sub\\b.png", "in/b.dae"));
+}
+
+TEST_F(FindImagesTest, PathThatLeadsNowhereMeansTheImageBesideTheDocument)
+{
+    image("b c.png");
+    EXPECT_EQ("b%20c.png", prepared("file://G:\\models\\b c.png", "in/b.dae"));
+    EXPECT_EQ("../in/b%20c.png", prepared("/models/x/b%20c.png", "out/b.dae"));
+}
+
+TEST_F(FindImagesTest, NamesBeyondAsciiAndWithSignsAreEncoded)
+{
+    image("\xC3\xA9#1 100%.png");
+    EXPECT_EQ("%C3%A9%231%20100%25.png", prepared("\xC3\xA9#1 100%.png", "in/b.dae"));
+    EXPECT_EQ("%C3%A9%231%20100%25.png", prepared("%C3%A9%231%20100%25.png", "in/b.dae"));
+}
+
+TEST_F(FindImagesTest, MissingImagesKeepTheirReferenceIfItIsReadable)
+{
+    EXPECT_EQ("file:///C:/none.png", prepared("file:///C:/none.png", "out/b.dae"));
+    EXPECT_EQ("C:/none.png", prepared("C:\\none.png", "out/b.dae"));
+    EXPECT_EQ("none.png", prepared(" none.png\n", "out/b.dae"));
+    EXPECT_EQ("%C3%A9.png", prepared("\xC3\xA9.png", "out/b.dae"));
+}
+
+TEST_F(FindImagesTest, ReferencesToTheNetworkStay)
+{
+    image("b.png");
+    EXPECT_EQ("http://example.org/b.png", prepared("http://example.org/b.png", "out/b.dae"));
+}
+
+TEST_F(FindImagesTest, SecondRunChangesNothing)
+{
+    image("sub/b.png");
+    const std::string once = prepared("sub\\b.png", "out/b.dae");
+    const libPrepare::Report report = libPrepare::prepare(m_folder / "out" / "b.dae", m_folder / "out" / "c.dae");
+    EXPECT_TRUE(report.done);
+    EXPECT_FALSE(report.changed);
+    EXPECT_EQ("../in/sub/b.png", once);
+}
+
+} // namespace
