@@ -1,110 +1,106 @@
 #include "ConvertCommand.h"
 
+#include "FolderConversion.h"
 #include "Info.h"
-#include "LoadedScene.h"
-#include "PreparedFile.h"
-#include "gltf/GltfExport.h"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
-#include <memory>
+#include <thread>
 
 namespace scenetool {
 
 namespace {
 
 constexpr double creaseAngle = 60.0;
+constexpr int usageError = 2;
 
-bool hasEnding(const std::string& path, const char* ending)
-{
-    return std::filesystem::path(path).extension() == ending;
-}
-
-int fail(const std::string& file, const std::string& why)
+int fail(const std::string& file, const std::string& why, int status = EXIT_FAILURE)
 {
     std::cerr << "scenetool: " << printable(file) << ": " << printable(why) << '\n';
-    return EXIT_FAILURE;
+    return status;
 }
 
-void writeNotes(const ConversionNotes& notes, const libPrepare::Report& report, std::ostream& out)
+void writeNotes(const ConversionResult& result, std::ostream& out)
 {
-    for (const libPrepare::Finding& finding : report.findings) {
+    for (const libPrepare::Finding& finding : result.prepared.findings) {
         if (finding.outcome == libPrepare::Outcome::lost || finding.outcome == libPrepare::Outcome::approximated) {
-            out << "line " << finding.place.line << ": " << finding.text << '\n';
+            out << "line " << finding.place.line << ": " << printable(finding.text) << '\n';
         }
     }
-    for (const auto& [kind, note] : notes.all()) {
+    for (const auto& [kind, note] : result.notes.all()) {
         out << kind << " (" << note.count << "): " << printable(note.text) << '\n';
     }
 }
 
 } // namespace
 
-ConvertCommand::ConvertCommand(CLI::App& app)
-    : m_command(app.add_subcommand("convert", "Writes glTF 2.0 from what the library delivers."))
+ConvertCommand::ConvertCommand(CLI::App& app, SandboxOptions& sandbox)
+    : m_command(app.add_subcommand("convert", "Writes glTF 2.0 from what the library delivers.")),
+      m_sandbox(&sandbox),
+      m_jobs(std::max(1U, std::thread::hardware_concurrency()))
 {
-    m_prepare.upAxis = libPrepare::UpAxis::y; // as glTF has it, and meters
-    m_prepare.unit = 1.0;
-    m_prepare.normals = creaseAngle;
-    m_command->add_option("IN", m_in, "The document")->required();
+    m_settings.prepare.upAxis = libPrepare::UpAxis::y; // as glTF has it, and meters
+    m_settings.prepare.unit = 1.0;
+    m_settings.prepare.normals = creaseAngle;
+    m_command->add_option("IN", m_in, "The document, or a folder of documents")->required();
     m_command
-        ->add_option("-o,--output", m_out, "The result: a file that ends in .glb, or in .gltf with its data beside it")
+        ->add_option("-o,--output", m_out,
+                     "The result: a file that ends in .glb, or in .gltf with its data beside it; a folder for a folder")
         ->required();
-    m_command->add_flag("--as-loaded", m_isAsLoaded, "Convert what the library delivers of the document as it is");
+    m_command->add_flag("--as-loaded", m_settings.isAsLoaded,
+                        "Convert what the library delivers of the document as it is");
     m_command->add_flag("--report", m_reports, "Print what glTF cannot hold");
-    m_command->add_option("--tolerance", m_tolerance, "Largest error of an animation, relative to its size")
+    m_command->add_option("--tolerance", m_settings.tolerance, "Largest error of an animation, relative to its size")
         ->check(CLI::PositiveNumber)
         ->capture_default_str();
-    m_command->add_option("--max-size", m_mebibytes, "Largest size of the result in MiB")
+    m_command->add_option("--max-size", m_mebibytes, "Largest size of a result in MiB")
         ->check(CLI::Range(1U, 65536U))
         ->capture_default_str();
+    m_command->add_option("--jobs", m_jobs, "Documents of a folder that are converted at a time")
+        ->check(CLI::Range(1U, 1024U));
+    m_command->add_flag("--again", m_isRepeated,
+                        "Convert documents of a folder again whose results are newer than they are");
+    sandbox.addTo(*m_command);
 }
 
 int ConvertCommand::run() const
 {
-    if (!hasEnding(m_out, ".glb") && !hasEnding(m_out, ".gltf")) {
-        return fail(m_out, "the name of the result has to end in .glb or .gltf");
-    }
-    return convert(m_in, m_out);
+    ConversionSettings settings = m_settings;
+    settings.mostBytes = m_mebibytes << 20U;
+    std::error_code ignored;
+    return std::filesystem::is_directory(m_in, ignored) ? convertAll(settings) : convertFile(settings);
 }
 
-int ConvertCommand::convert(const std::string& in, const std::string& out) const
+int ConvertCommand::convertFile(const ConversionSettings& settings) const
 {
-    std::unique_ptr<PreparedFile> prepared;
-    if (!m_isAsLoaded) {
-        prepared = std::make_unique<PreparedFile>(in, m_prepare);
-        if (!prepared->isPrepared()) {
-            const libPrepare::Finding* const why = prepared->report().first(libPrepare::Outcome::refused);
-            return fail(in, why != nullptr ? why->text : "cannot be prepared");
+    if (!namesGltf(m_out)) {
+        return fail(m_out, "the name of the result has to end in .glb or .gltf", usageError);
+    }
+    return m_sandbox->run(m_in, 1, [&] {
+        const ConversionResult result = convertDocument(m_in, m_out, settings);
+        if (!result.failure.empty()) {
+            return fail(m_in, result.failure);
         }
-    }
-    LoadedScene loaded(prepared ? prepared->path() : in);
-    if (!loaded.isLoaded()) {
-        return fail(in, loaded.log().empty() ? "does not load" : loaded.log().back().text);
-    }
-    GltfOptions options;
-    options.documentFile = in;
-    options.tolerance = m_tolerance;
-    options.mostBytes = m_mebibytes << 20U;
-    if (prepared) {
-        options.approximations = prepared->report().approximations;
-    }
-    ConversionNotes notes;
-    try {
-        const GltfDocument document = gltfOf(loaded, options, notes);
-        if (hasEnding(out, ".glb")) {
-            document.writeBinary(out);
-        } else {
-            document.writeText(out);
+        if (m_reports) {
+            writeNotes(result, std::cout);
         }
-    } catch (const GltfError& error) {
-        return fail(in, error.what());
-    }
-    if (m_reports) {
-        writeNotes(notes, prepared ? prepared->report() : libPrepare::Report(), std::cout);
-    }
-    return EXIT_SUCCESS;
+        return EXIT_SUCCESS;
+    });
+}
+
+int ConvertCommand::convertAll(const ConversionSettings& settings) const
+{
+    FolderConversionSettings folder;
+    folder.conversion = settings;
+    folder.limits = m_sandbox->limits();
+    folder.jobs = m_jobs;
+    folder.isRepeated = m_isRepeated;
+    folder.showsProgress = isatty(STDERR_FILENO) == 1;
+    return convertFolder(m_in, m_out, folder) ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 } // namespace scenetool

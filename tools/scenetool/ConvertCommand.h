@@ -1,6 +1,7 @@
 #pragma once
 
-#include <libPrepare/Prepare.h>
+#include "DocumentConversion.h"
+#include "sandbox/SandboxOptions.h"
 
 #include <CLI/CLI.hpp>
 
@@ -9,27 +10,29 @@
 
 namespace scenetool {
 
-/// `scenetool convert IN -o OUT`: writes glTF from what the library delivers.
+/// `scenetool convert IN -o OUT`: writes glTF from what the library delivers, of one document or of a folder of them.
 class ConvertCommand {
 public:
     /// Adds the command and its options.
-    explicit ConvertCommand(CLI::App& app);
+    ConvertCommand(CLI::App& app, SandboxOptions& sandbox);
 
     bool isParsed() const { return m_command->parsed(); }
     /// @return the status of the program
     int run() const;
 
 private:
-    int convert(const std::string& in, const std::string& out) const;
+    int convertFile(const ConversionSettings& settings) const;
+    int convertAll(const ConversionSettings& settings) const;
 
     CLI::App* m_command;
+    const SandboxOptions* m_sandbox;
     std::string m_in;
     std::string m_out;
-    bool m_isAsLoaded = false;
     bool m_reports = false;
-    double m_tolerance = 1e-4;
+    bool m_isRepeated = false;
+    unsigned m_jobs;
     std::uint64_t m_mebibytes = 1024;
-    libPrepare::Options m_prepare;
+    ConversionSettings m_settings;
 };
 
 } // namespace scenetool

@@ -93,7 +93,7 @@ int run(int argc, char** argv)
     scenetool::PrepareCommand prepare(app);
 
 #ifdef SCENETOOL_HAS_PICTURES
-    const scenetool::ConvertCommand convert(app);
+    const scenetool::ConvertCommand convert(app, sandbox);
     scenetool::PictureCommands pictures(app, sandbox);
 #endif
 

@@ -1,0 +1,62 @@
+#include "DocumentConversion.h"
+
+#include "LoadedScene.h"
+#include "PreparedFile.h"
+#include "gltf/GltfExport.h"
+
+#include <filesystem>
+#include <memory>
+
+namespace scenetool {
+
+namespace {
+
+bool hasEnding(const std::string& path, const char* ending)
+{
+    return std::filesystem::path(path).extension() == ending;
+}
+
+} // namespace
+
+bool namesGltf(const std::string& path)
+{
+    return hasEnding(path, ".glb") || hasEnding(path, ".gltf");
+}
+
+ConversionResult convertDocument(const std::string& in, const std::string& out, const ConversionSettings& settings)
+{
+    ConversionResult result;
+    std::unique_ptr<PreparedFile> prepared;
+    if (!settings.isAsLoaded) {
+        prepared = std::make_unique<PreparedFile>(in, settings.prepare);
+        result.prepared = prepared->report();
+        if (!prepared->isPrepared()) {
+            const libPrepare::Finding* const why = result.prepared.first(libPrepare::Outcome::refused);
+            result.failure = why != nullptr ? why->text : "cannot be prepared";
+            return result;
+        }
+    }
+    LoadedScene loaded(prepared ? prepared->path() : in);
+    if (!loaded.isLoaded()) {
+        result.failure = loaded.log().empty() ? "does not load" : loaded.log().back().text;
+        return result;
+    }
+    GltfOptions options;
+    options.documentFile = in;
+    options.tolerance = settings.tolerance;
+    options.mostBytes = settings.mostBytes;
+    options.approximations = result.prepared.approximations;
+    try {
+        const GltfDocument document = gltfOf(loaded, options, result.notes);
+        if (hasEnding(out, ".glb")) {
+            document.writeBinary(out);
+        } else {
+            document.writeText(out);
+        }
+    } catch (const GltfError& error) {
+        result.failure = error.what();
+    }
+    return result;
+}
+
+} // namespace scenetool
