@@ -11,7 +11,7 @@ fuzz_packages="clang libclang-rt-14-dev"
 documentation_packages="$build_packages doxygen"
 package_packages="$build_packages clang dpkg-dev lintian man-db bash-completion zsh fish"
 ci_packages="$test_packages $benchmark_packages $fuzz_packages $documentation_packages $package_packages
-    clang-format clang-tidy gdb"
+    clang-format clang-tidy gdb snakemake"
 
 # need_packages NAME...: installs those that are missing.
 need_packages() {
