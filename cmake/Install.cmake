@@ -42,7 +42,7 @@ install(FILES ${printers} DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load/${l
 
 install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT development
-    FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.dae" PATTERN "*.cpp")
+    FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.dae" PATTERN "*.cpp" PATTERN "Snakefile")
 install(FILES examples/draw.cpp examples/host.cpp examples/logging.cpp DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
     COMPONENT development)
 
