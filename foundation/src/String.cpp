@@ -1,6 +1,7 @@
 #include <vesk/String.h>
 
 #include <charconv>
+#include <ostream>
 
 namespace vesk {
 

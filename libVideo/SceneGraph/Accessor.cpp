@@ -167,7 +167,7 @@ const vesk::Array<Data>& AccessorFloat::readDataFromArray(unsigned index)
         throw vesk::NullPointer("Accessor has no array to read from");
     }
     const unsigned tokenBytes = typeByteSize(DATA_TYPE_FLOAT);
-    const unsigned base = (m_offset + index) * m_stride;
+    const unsigned base = recordStart(index);
     const daeTArray<double>& values = m_floatArray->getValue();
     for (Data& component : m_data) {
         for (unsigned j = 0; j < component.stride(); ++j) {

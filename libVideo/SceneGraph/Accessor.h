@@ -1,7 +1,7 @@
 #pragma once
 
 #include <libVideo/Export.h>
-#include <libVideo/Fwd.h>
+#include <libVideo/Handles.h>
 #include <libVideo/SceneGraph/DataType.h>
 
 #include <vesk/Array.h>
@@ -135,6 +135,8 @@ private:
     unsigned typeByteSize(DataType type) const override;
     DataType stringToType(const vesk::String& type) const override;
 
+    // Where a record starts in the array, counted in floats. In 32 bits: a product that does not fit wraps.
+    unsigned recordStart(unsigned index) const { return (m_offset + index) * m_stride; }
     bool isAllowed(const domAccessor& accessor) const;
     void appendComponents(const domAccessor& accessor);
     bool reachesBeyondArray() const;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <libVideo/Export.h>
-#include <libVideo/Fwd.h>
+#include <libVideo/Handles.h>
 
 #include <libMath/Matrix.h>
 #include <libMath/Vector.h>

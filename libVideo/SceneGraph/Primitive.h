@@ -2,7 +2,7 @@
 
 #include <libVideo/ColladaDom.h>
 #include <libVideo/Export.h>
-#include <libVideo/Fwd.h>
+#include <libVideo/Handles.h>
 #include <libVideo/SceneGraph/VertexLayout.h>
 
 #include <vesk/Array.h>

@@ -1,5 +1,5 @@
 // Holds one of each kind of value while a debugger looks.
-#include <libVideo/Fwd.h>
+#include <libVideo/Handles.h>
 
 #include <libMath/Matrix.h>
 

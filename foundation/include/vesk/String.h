@@ -2,7 +2,7 @@
 
 #include <vesk/Export.h>
 
-#include <ostream>
+#include <iosfwd>
 #include <string>
 
 namespace vesk {

@@ -3,7 +3,7 @@
 /// @file
 /// Finds the cameras and lights of a pool by id, without a walk through the pool for each instance.
 
-#include <libVideo/Fwd.h>
+#include <libVideo/Handles.h>
 
 #include <vesk/Array.h>
 #include <vesk/HashTable.h>

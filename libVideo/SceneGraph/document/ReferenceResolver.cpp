@@ -1,12 +1,11 @@
 #include "ReferenceResolver.h"
 
-#include "../detail/MemoryBudget.h"
-#include "Preflight.h"
+#include "OpenFile.h"
 
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <cstdint>
+#include <charconv>
 #include <exception>
 #include <optional>
 #include <system_error>
@@ -15,48 +14,15 @@ namespace libVideo::detail {
 
 namespace {
 
-constexpr char hexDigits[] = "0123456789ABCDEF";
-
-bool isUnreserved(char c)
-{
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '/' || c == '-' ||
-           c == '.' || c == '_' || c == '~';
-}
-
-// The document model takes a path as a reference, in which most characters would mean something or end it.
-std::string percentEncoded(const std::string& path)
-{
-    std::string encoded;
-    for (const char c : path) {
-        if (isUnreserved(c)) {
-            encoded += c;
-        } else {
-            const auto byte = static_cast<unsigned char>(c);
-            encoded += '%';
-            encoded += hexDigits[byte >> 4u];
-            encoded += hexDigits[byte & 0x0Fu];
-        }
-    }
-    return encoded;
-}
-
-int hexValue(char c)
-{
-    const char* const end = hexDigits + 16;
-    const char* const place = std::find(hexDigits, end, std::toupper(static_cast<unsigned char>(c)));
-    return place == end ? -1 : static_cast<int>(place - hexDigits);
-}
-
 // @return nothing if the text hides the end of a path in it
 std::optional<std::string> percentDecoded(const std::string& text)
 {
     std::string decoded;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const bool isEncoded = text[i] == '%' && i + 2 < text.size();
-        const int high = isEncoded ? hexValue(text[i + 1]) : -1;
-        const int low = isEncoded ? hexValue(text[i + 2]) : -1;
-        if (high >= 0 && low >= 0) {
-            decoded += static_cast<char>(high * 16 + low);
+        const char* const digits = text.data() + i + 1;
+        unsigned char byte = 0;
+        if (text[i] == '%' && i + 2 < text.size() && std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2) {
+            decoded += static_cast<char>(byte);
             i += 2;
         } else {
             decoded += text[i];
@@ -79,20 +45,6 @@ bool isColladaFile(const std::filesystem::path& file)
 }
 
 } // namespace
-
-daeElement* openFile(DAE& dae, const std::filesystem::path& file)
-{
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(file, error)) {
-        return nullptr;
-    }
-    const std::optional<std::uint64_t> size = passPreflight(dae, file);
-    if (!size) {
-        return nullptr;
-    }
-    MemoryBudget::addDocument(*size);
-    return dae.open(percentEncoded(file.string()));
-}
 
 daeElement* ReferenceResolver::openFirst(const std::filesystem::path& file)
 {

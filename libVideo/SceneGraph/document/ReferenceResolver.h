@@ -11,10 +11,6 @@
 
 namespace libVideo::detail {
 
-/// Opens a file after the preflight has passed it.
-/// @return null for whatever is no regular file or does not open
-daeElement* openFile(DAE& dae, const std::filesystem::path& file);
-
 /// Finds the elements of open documents by their id. Opens further `.dae` files where a reference asks for one, if they
 /// lie in the folder of the first document or below it; never anything else, and never the network.
 class ReferenceResolver : public daeURIResolver {

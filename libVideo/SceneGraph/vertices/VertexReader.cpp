@@ -42,8 +42,7 @@ bool VertexReader::addSource(const Source& source, unsigned entry)
         return false;
     }
     const daeTArray<double>& values = accessor.m_floatArray->getValue();
-    Records records{
-        dataOf(values), values.getCount(), accessor.m_count, accessor.m_offset, accessor.m_stride, entry, 0, {}};
+    Records records{&accessor, dataOf(values), values.getCount(), entry, 0, {}};
     for (const Data& component : accessor.m_data) {
         if (component.tokenByteSize() != sizeof(float)) {
             return false; // its tokens have gaps between them
@@ -91,8 +90,8 @@ bool VertexReader::readRecords(unsigned corner)
     for (const Records& records : m_records) {
         const std::size_t place = start + records.entry;
         const unsigned index = place < m_entryCount ? static_cast<unsigned>(m_entries[place]) : 0;
-        const unsigned base = (records.first + index) * records.stride; // in 32 bits, as the accessor counts
-        if (index >= records.count || std::size_t{base} + records.end > records.valueCount) {
+        const unsigned base = records.accessor->recordStart(index);
+        if (index >= records.accessor->count() || std::size_t{base} + records.end > records.valueCount) {
             return false;
         }
         for (const Run& run : records.runs) {

@@ -32,11 +32,9 @@ private:
     };
     /// A source whose records are read here.
     struct Records {
+        const AccessorFloat* accessor;
         const double* values;
         std::size_t valueCount;
-        unsigned count;
-        unsigned first;
-        unsigned stride;
         unsigned entry;  ///< place of its index behind the start of a tuple
         std::size_t end; ///< how far a record reaches
         std::vector<Run> runs;
