@@ -1,0 +1,26 @@
+#pragma once
+
+#include <pugixml.hpp>
+
+#include <string>
+#include <vector>
+
+/// @file
+/// What a `<light>` says.
+namespace libPrepare {
+
+/// The `<point>`, `<spot>`, `<directional>` or `<ambient>` of a `<light>`; null if it has none.
+pugi::xml_node shapeOf(pugi::xml_node light);
+/// The color of a `<light>`, three numbers; white if it doesn't say one.
+std::vector<double> colorOf(pugi::xml_node light);
+/// Writes out what the standard has for all that a `<point>` or `<spot>` doesn't say. @return names of what was missing
+std::string completeShape(pugi::xml_node shape);
+/// Writes the cone of a spot `<light>` into its vendor data, which is where the outer cone is read from.
+/// @return false if there is one
+bool completeOuterCone(pugi::xml_node light);
+/// The id of the node that the vendor data of a spot `<light>` names as its target; empty if there is none.
+std::string targetOf(pugi::xml_node light);
+/// Makes a node the only target of a spot `<light>`.
+void setTarget(pugi::xml_node light, const std::string& nodeId);
+
+} // namespace libPrepare
