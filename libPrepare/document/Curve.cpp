@@ -201,8 +201,49 @@ std::unique_ptr<Curve> Curve::read(Document& document, pugi::xml_node sampler)
             *tangents = Records();
         }
     }
+    curve->m_isPlain = curve->hasPlainInputs(document, sampler);
     curve->sort();
     return curve->count() == 0 ? nullptr : std::move(curve);
+}
+
+bool Curve::hasPlainInputs(Document& document, pugi::xml_node sampler) const
+{
+    std::unordered_set<std::string_view> seen;
+    const bool hasTangents = m_outTangents.count() > 0 || m_inTangents.count() > 0;
+    for (const pugi::xml_node input : sampler.children("input")) {
+        const std::string_view semantic = input.attribute("semantic").value();
+        const pugi::xml_node source = document.resolve(input.attribute("source").value(), {"source"});
+        const pugi::xml_node accessor = descend(source, "technique_common/accessor");
+        const pugi::xml_node array = document.resolve(accessor.attribute("source").value());
+        const bool isWord = semantic == "INTERPOLATION";
+        std::size_t width = 1;
+        if (semantic == "OUTPUT") {
+            width = m_values.width;
+        } else if (semantic == "IN_TANGENT" || semantic == "OUT_TANGENT") {
+            width = hasTangents ? 2 * m_values.width : 0;
+        } else if (semantic != "INPUT" && !isWord) {
+            return false;
+        }
+        if (!seen.insert(semantic).second || source.parent() != sampler.parent() ||
+            !is(array, isWord ? "Name_array" : "float_array") || wholeNumber(array.attribute("count"), 0) == 0 ||
+            wholeNumber(accessor.attribute("count"), 0) != count() ||
+            wholeNumber(accessor.attribute("offset"), 0) != 0 ||
+            wholeNumber(accessor.attribute("stride"), 1) != width) {
+            return false;
+        }
+        for (const pugi::xml_node param : accessor.children("param")) {
+            if (*param.attribute("name").value() == 0) {
+                return false;
+            }
+        }
+        std::string scratch;
+        for (const std::string_view word : isWord ? words(textOf(array, scratch)) : std::vector<std::string_view>()) {
+            if (word != "LINEAR" && word != "STEP" && word != "BEZIER") {
+                return false;
+            }
+        }
+    }
+    return true;
 }
 
 void Curve::sort()
@@ -220,6 +261,7 @@ void Curve::sort()
     if (isSorted && order.size() == count()) {
         return;
     }
+    m_isPlain = false;
     std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return m_times[a] < m_times[b]; });
     std::vector<double> times;
     std::vector<Interpolation> kinds;
@@ -263,36 +305,33 @@ std::optional<Curve::Controls> Curve::controls(std::size_t key, std::size_t comp
     return result;
 }
 
-void Curve::evaluate(double time, double* result) const
+std::size_t Curve::keyBefore(double time) const
 {
     const auto after = std::upper_bound(m_times.begin(), m_times.end(), time);
-    if (after == m_times.begin() || !(time > m_times.front())) {
-        std::copy_n(m_values[0], width(), result);
-        return;
-    }
-    const std::size_t key = static_cast<std::size_t>(after - m_times.begin()) - 1;
+    return after == m_times.begin() ? 0 : static_cast<std::size_t>(after - m_times.begin()) - 1;
+}
+
+void Curve::evaluate(double time, double* result) const
+{
+    const std::size_t key = keyBefore(time);
     const double* const from = m_values[key];
-    if (after == m_times.end() || m_kinds[key] == Interpolation::step) {
+    if (!(time > m_times[key]) || key + 1 == count() || m_kinds[key] == Interpolation::step) {
         std::copy_n(from, width(), result);
         return;
     }
     const double* const to = m_values[key + 1];
     const double span = m_times[key + 1] - m_times[key];
     const double part = (time - m_times[key]) / span;
-    bool isCurved = m_kinds[key] != Interpolation::linear;
-    for (std::size_t c = 0; c < width() && isCurved;
-         ++c) { // a curve without a control point is straight in all components
+    for (std::size_t c = 0; c < width(); ++c) {
         const std::optional<Controls> way = controls(key, c);
-        isCurved = way.has_value();
-        if (way) {
-            const double parameter = way->areTimed ? parameterAt((way->time[0] - m_times[key]) / span,
-                                                                 (way->time[1] - m_times[key]) / span, part)
-                                                   : part;
-            result[c] = bezier(from[c], way->value[0], way->value[1], to[c], parameter);
+        if (!way) {
+            result[c] = from[c] + (to[c] - from[c]) * part;
+            continue;
         }
-    }
-    for (std::size_t c = 0; c < width() && !isCurved; ++c) {
-        result[c] = from[c] + (to[c] - from[c]) * part;
+        const double parameter = way->areTimed ? parameterAt((way->time[0] - m_times[key]) / span,
+                                                             (way->time[1] - m_times[key]) / span, part)
+                                               : part;
+        result[c] = bezier(from[c], way->value[0], way->value[1], to[c], parameter);
     }
 }
 

@@ -34,10 +34,16 @@ public:
     double time(std::size_t key) const { return m_times[key]; }
     double firstTime() const { return m_times.front(); }
     double lastTime() const { return m_times.back(); }
+    /// The last key at a time or before it; the first if there is none.
+    std::size_t keyBefore(double time) const;
     /// The `width` values of a key.
     const double* values(std::size_t key) const { return m_values[key]; }
     /// From a key to the next.
     Interpolation kind(std::size_t key) const { return m_kinds[key]; }
+
+    /// Whether a straight reading of the arrays from their start gives the same: one input of each semantic, all with as
+    /// many records as there are keys, no offset, no param left out, `STEP`, `LINEAR` and `BEZIER` alone.
+    bool isPlain() const { return m_isPlain; }
 
     /// The control points between a key and the next, for one component. A Hermite curve's are those of the same Bezier.
     struct Controls {
@@ -54,6 +60,7 @@ public:
     std::vector<double> at(double time) const;
 
 private:
+    bool hasPlainInputs(Document& document, pugi::xml_node sampler) const;
     void sort();
 
     std::vector<double> m_times;
@@ -61,6 +68,7 @@ private:
     std::vector<Interpolation> m_kinds;
     Records m_outTangents; // as many as keys, or none
     Records m_inTangents;
+    bool m_isPlain = false;
 };
 
 } // namespace libPrepare

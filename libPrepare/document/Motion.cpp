@@ -224,21 +224,25 @@ std::vector<double> Motion::values(pugi::xml_node element, std::optional<double>
     if (result.size() < size) {
         result.resize(size);
     }
-    if (!time) {
-        return result;
+    if (time) {
+        apply(element, *time, result);
     }
+    return result;
+}
+
+void Motion::apply(pugi::xml_node element, double time, std::vector<double>& values) const
+{
     for (const std::size_t index : channelsOf(element)) {
         const Channel& channel = m_channels[index];
         const std::size_t width = channel.curve->width();
-        if (!channel.slot && width == result.size()) {
-            channel.curve->evaluate(*time, result.data());
+        if (!channel.slot && width == values.size()) {
+            channel.curve->evaluate(time, values.data());
         } else if (!channel.slot && width == 1 && is(element, "rotate")) {
-            channel.curve->evaluate(*time, &result[3]);
-        } else if (channel.slot && *channel.slot < result.size()) {
-            result[*channel.slot] = channel.curve->at(*time)[0];
+            channel.curve->evaluate(time, &values[3]);
+        } else if (channel.slot && *channel.slot < values.size()) {
+            values[*channel.slot] = channel.curve->at(time)[0];
         }
     }
-    return result;
 }
 
 Matrix4 Motion::localMatrix(pugi::xml_node node, std::optional<double> time) const

@@ -31,6 +31,8 @@ public:
 
     /// The numbers of an element at a time in seconds; the declared ones without a time.
     std::vector<double> values(pugi::xml_node element, std::optional<double> time) const;
+    /// As `values`, over the declared numbers of the element, of which there must be as many as it needs.
+    void apply(pugi::xml_node element, double time, std::vector<double>& values) const;
     /// The product of a node's transforms at a time, without the nodes above it.
     Matrix4 localMatrix(pugi::xml_node node, std::optional<double> time) const;
 

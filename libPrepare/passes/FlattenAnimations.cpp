@@ -1,7 +1,630 @@
+#include "Optics.h"
 #include "Passes.h"
+
+#include <libPrepare/document/FlatCurve.h>
+#include <libPrepare/document/Numbers.h>
+#include <libPrepare/document/Tree.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <map>
 
 namespace libPrepare {
 
-void flattenAnimations(Document&) {}
+namespace {
+
+bool isNothingMoving(const Curve& curve)
+{
+    return !(curve.lastTime() > curve.firstTime()) || !(curve.lastTime() > 0);
+}
+
+pugi::xml_node topAnimationOf(pugi::xml_node element)
+{
+    while (element && !is(element.parent(), "library_animations")) {
+        element = element.parent();
+    }
+    return element;
+}
+
+// Puts numbers into a list, so that all words whose number does not change stay as they are.
+// @return whether one has changed
+bool replaceNumbers(pugi::xml_node element, const std::vector<double>& numbers, const std::vector<double>& tolerances)
+{
+    std::string scratch;
+    const std::string_view before = textOf(element, scratch);
+    std::string after;
+    std::size_t index = 0;
+    bool isChanged = false;
+    const std::vector<std::string_view> given = words(before);
+    for (; index < std::max(given.size(), numbers.size()); ++index) {
+        after += index == 0 ? "" : " ";
+        const double declared = index < given.size() ? number(given[index]) : NAN;
+        if (index >= numbers.size() || std::abs(declared - numbers[index]) <= tolerances[index]) {
+            after += given[index];
+        } else {
+            append(after, numbers[index]);
+            isChanged = true;
+        }
+    }
+    if (isChanged) {
+        setText(element, after);
+    }
+    return isChanged;
+}
+
+// One target with all channels that drive it.
+struct Job {
+    pugi::xml_node element;            // a transform, or a number of a <perspective>
+    std::vector<std::size_t> channels; // none for a number that an animated camera needs besides
+    pugi::xml_node top;                // the animation in whose place the new one is written
+    std::optional<FlatCurve> curve;    // absent: the animation stays as it is, or becomes the declared value
+    bool stays = false;
+    std::string target;
+    std::vector<std::string> oldIds; // of the animations that the channels were in
+    std::string newId;
+};
+
+class Flattening {
+public:
+    explicit Flattening(Document& document) : m_document(document), m_motion(document), m_sampling(document.options())
+    {}
+
+    void run()
+    {
+        findShown();
+        collect();
+        for (Job& job : m_jobs) {
+            if (is(job.element.parent(), "node")) {
+                arrangeTransform(job);
+            }
+        }
+        for (const pugi::xml_node perspective : m_perspectives) {
+            arrangeCamera(perspective);
+        }
+        replace();
+        adaptClips();
+    }
+
+private:
+    void findShown()
+    {
+        const pugi::xml_node scene = shownScene(m_document);
+        for (const pugi::xml_node node : nodesIn(scene)) {
+            m_shown.insert(node.hash_value());
+            for (const pugi::xml_node instance : node.children("instance_camera")) {
+                const pugi::xml_node camera = m_document.resolve(instance.attribute("url").value(), {"camera"});
+                m_shown.insert(perspectiveOf(camera).hash_value());
+            }
+        }
+    }
+
+    bool hasEffect(const Channel& channel) const
+    {
+        const std::size_t width = channel.curve->width();
+        const std::size_t size = std::max<std::size_t>(transformSize(channel.target.name()), 1);
+        return channel.slot ? *channel.slot < size : width == size || (width == 1 && is(channel.target, "rotate"));
+    }
+
+    void collect()
+    {
+        std::unordered_map<std::size_t, std::size_t> jobs;
+        const std::vector<Channel>& channels = m_motion.channels();
+        for (std::size_t i = 0; i < channels.size(); ++i) {
+            const Channel& channel = channels[i];
+            const pugi::xml_node parent = channel.target.parent();
+            const bool isTaken =
+                m_shown.count(parent.hash_value()) > 0 && hasEffect(channel) &&
+                (isOptic(channel.target) || (is(parent, "node") && isTransform(channel.target.name())));
+            const pugi::xml_node top = topAnimationOf(channel.element);
+            if (isTransform(channel.target.name()) || isTaken) {
+                m_end = std::max(m_end, channel.curve->lastTime());
+            }
+            if (!isTaken) {
+                ++m_tops[top.hash_value()].others;
+                continue;
+            }
+            const auto [known, isNew] = jobs.try_emplace(channel.target.hash_value(), m_jobs.size());
+            if (isNew) {
+                m_jobs.emplace_back();
+                m_jobs.back().element = channel.target;
+                m_jobs.back().top = top;
+                if (isOptic(channel.target)) {
+                    std::vector<std::size_t>& optics = m_optics[parent.hash_value()];
+                    if (optics.empty()) {
+                        m_perspectives.push_back(parent);
+                    }
+                    optics.push_back(known->second);
+                }
+            }
+            m_jobs[known->second].channels.push_back(i);
+        }
+        for (const pugi::xml_node broken : m_motion.brokenChannels()) {
+            ++m_tops[topAnimationOf(broken).hash_value()].others;
+        }
+    }
+
+    // The numbers of a target; nothing if they are not those that the scene graph animates in such an element.
+    std::optional<std::vector<Component>> componentsOf(const Job& job, const std::vector<double>& declared) const
+    {
+        std::vector<Component> all(declared.size());
+        for (std::size_t c = 0; c < all.size(); ++c) {
+            all[c].constant = declared[c];
+        }
+        const bool isRotate = is(job.element, "rotate");
+        for (const std::size_t index : job.channels) {
+            const Channel& channel = m_motion.channels()[index];
+            const Curve* const curve = channel.curve.get();
+            if (channel.slot) {
+                all[*channel.slot] = {curve, 0, 0};
+            } else if (curve->width() == 1) {
+                all[isRotate ? 3 : 0] = {curve, 0, 0};
+            }
+            for (std::size_t c = 0; !channel.slot && curve->width() == all.size() && c < all.size(); ++c) {
+                all[c] = {curve, c, 0};
+            }
+        }
+        if (!isRotate) {
+            const bool isKnown = !is(job.element, "lookat") && !is(job.element, "skew");
+            return isKnown ? std::optional(all) : std::nullopt;
+        }
+        for (std::size_t c = 0; c < 3; ++c) { // the axis
+            for (std::size_t key = 0; all[c].curve != nullptr && key < all[c].curve->count(); ++key) {
+                const double value = all[c].curve->values(key)[all[c].index];
+                if (std::abs(value - declared[c]) > 1e-9 || all[c].curve->kind(key) == Interpolation::bezier ||
+                    all[c].curve->kind(key) == Interpolation::hermite) {
+                    return std::nullopt;
+                }
+            }
+        }
+        return std::vector<Component>{all[3]};
+    }
+
+    // Names a transform so that a target of an id and a sid leads to it.
+    std::string targetOf(pugi::xml_node element)
+    {
+        pugi::xml_node owner = element.parent();
+        if (is(owner, "perspective")) {
+            owner = owner.parent().parent().parent();
+        }
+        std::string id = owner.attribute("id").value();
+        if (id.empty()) {
+            const std::string name = plain(owner.attribute("name").value());
+            id = m_document.freshId(name.empty() ? owner.name() : name.c_str());
+            m_document.setId(owner, id);
+            m_document.rewritten(owner, "id", "The animated <" + std::string(owner.name()) + "> has an id now.");
+        }
+        const std::string sid = element.attribute("sid").value();
+        std::unordered_set<std::string>& taken = takenSids(element.parent());
+        const auto bearer = m_firstBySid.find({element.parent().hash_value(), sid});
+        const bool isFirst = bearer == m_firstBySid.end() || bearer->second == element;
+        if (!sid.empty() && isFirst && sid.find_first_of("./ \t\r\n") == std::string::npos) {
+            return id + '/' + sid;
+        }
+        std::string start = plain(sid.empty() ? element.name() : sid.c_str());
+        std::replace(start.begin(), start.end(), '.', '_');
+        std::string fresh = start;
+        for (unsigned number = 2; !taken.insert(fresh).second; ++number) {
+            fresh = start + '-' + std::to_string(number);
+        }
+        m_document.rewritten(element, "sid",
+                             "The sid of an animated <" + std::string(element.name()) + "> is \"" + fresh +
+                                 "\" now, which a target can name.");
+        setAttribute(element, "sid", fresh);
+        return id + '/' + fresh;
+    }
+
+    std::unordered_set<std::string>& takenSids(pugi::xml_node parent)
+    {
+        const auto [known, isNew] = m_takenSids.try_emplace(parent.hash_value());
+        for (const pugi::xml_node child : parent.children()) {
+            if (!isNew) {
+                break;
+            }
+            if (const pugi::xml_attribute sid = child.attribute("sid")) {
+                known->second.insert(sid.value());
+                m_firstBySid.try_emplace({parent.hash_value(), sid.value()}, child);
+            }
+        }
+        return known->second;
+    }
+
+    // Whether the scene graph reads the animation of a job as it is, and plays it for as long as all others.
+    bool canStay(const Job& job, double tolerance) const
+    {
+        const Channel& channel = m_motion.channels()[job.channels.front()];
+        const pugi::xml_node animation = channel.element.parent();
+        if (job.channels.size() != 1 || animation != job.top || animation.child("animation") ||
+            channel.element.previous_sibling("channel") || channel.element.next_sibling("channel")) {
+            return false;
+        }
+        const bool isAngle = is(job.element, "rotate");
+        const std::string given = channel.element.attribute("target").value();
+        const bool isWhole = given == job.target && (!channel.slot || channel.slot == 3U);
+        const bool isMember = isAngle && channel.slot == 3U && given == job.target + ".ANGLE";
+        const std::size_t width = isAngle ? 1 : std::max<std::size_t>(transformSize(job.element.name()), 1);
+        return (isWhole || isMember) && channel.curve->width() == width && !isNothingMoving(*channel.curve) &&
+               channel.curve->lastTime() >= m_end - 1e-6 * std::max(1.0, m_end) && isFlat(*channel.curve, tolerance);
+    }
+
+    bool isStill(const Job& job) const
+    {
+        return std::all_of(job.channels.begin(), job.channels.end(),
+                           [&](std::size_t index) { return isNothingMoving(*m_motion.channels()[index].curve); });
+    }
+
+    void declare(const Job& job, const std::vector<double>& numbers, const std::vector<double>& tolerances)
+    {
+        const std::string before = trimmedText(job.element);
+        if (replaceNumbers(job.element, numbers, tolerances)) {
+            m_document.rewritten(job.element, "declared value",
+                                 "The declared value of the animated <" + std::string(job.element.name()) +
+                                     "> is that of its curve at second 0 now" +
+                                     (before.size() < 200 ? "; it was " + before + "." : std::string(".")));
+        }
+    }
+
+    static std::string trimmedText(pugi::xml_node element) { return std::string(trimmed(textOf(element))); }
+
+    // How much a declared number may differ from its curve at second 0: what single precision cannot tell apart.
+    static std::vector<double> slack(const std::vector<double>& numbers, const std::vector<double>& declared)
+    {
+        std::vector<double> result(std::max(numbers.size(), declared.size()));
+        const bool isMatrix = result.size() == 16;
+        double sizes[2] = {0, 0};
+        const auto group = [&](std::size_t i) { return isMatrix && i % 4 == 3 && i < 12 ? 1U : 0U; };
+        for (std::size_t i = 0; i < numbers.size(); ++i) {
+            sizes[group(i)] = std::max(sizes[group(i)], std::abs(numbers[i]));
+        }
+        for (std::size_t i = 0; i < result.size(); ++i) {
+            result[i] = 1e-6 * sizes[group(i)];
+        }
+        return result;
+    }
+
+    void arrangeTransform(Job& job)
+    {
+        const std::vector<double> declared = m_motion.values(job.element, {});
+        const bool isAngle = is(job.element, "rotate");
+        std::vector<double> atStart = declared;
+        m_motion.apply(job.element, 0, atStart);
+        const std::optional<std::vector<Component>> components = componentsOf(job, declared);
+        const bool isAxisNothing = isAngle && declared[0] == 0 && declared[1] == 0 && declared[2] == 0;
+        if (isStill(job) || (components && isAxisNothing)) {
+            reportStill(job);
+            declare(job, atStart, slack(atStart, declared));
+            return;
+        }
+        job.target = targetOf(job.element);
+        if (components) {
+            const Measure measure = isAngle                     ? Measure::degrees
+                                    : is(job.element, "matrix") ? Measure::matrix
+                                                                : Measure::length;
+            if (canStay(job, stayTolerance(job, measure))) {
+                job.stays = true;
+            } else {
+                job.curve = FlatCurve::combine(*components, measure, m_sampling);
+            }
+            declare(job, atStart, slack(atStart, declared));
+            if (!job.stays) {
+                reportFlat(job);
+            }
+            return;
+        }
+        const std::string name = job.element.name();
+        std::vector<const Curve*> curves;
+        for (const std::size_t index : job.channels) {
+            curves.push_back(m_motion.channels()[index].curve.get());
+        }
+        std::vector<double> values;
+        const auto function = [&](double time, double* result) {
+            values = declared;
+            m_motion.apply(job.element, time, values);
+            const Matrix4 matrix = transformMatrix(name.c_str(), values);
+            for (unsigned i = 0; i < 16; ++i) {
+                result[i] = matrix[i];
+            }
+        };
+        job.curve = FlatCurve::sample(16, function, keyTimes(curves), Measure::matrix, m_sampling);
+        m_document.rewritten(job.element, name.c_str(),
+                             "The animated <" + name + "> became the <matrix> that it stands for, at second 0.");
+        setText(job.element, text(transformMatrix(name.c_str(), atStart)));
+        job.element.set_name("matrix");
+        reportFlat(job);
+    }
+
+    double stayTolerance(const Job& job, Measure measure) const
+    {
+        const Curve& curve = *m_motion.channels()[job.channels.front()].curve;
+        double largest = 0;
+        for (std::size_t c = 0; c < curve.width() && measure != Measure::degrees; ++c) {
+            largest = std::max(largest, largestOf(curve, c));
+        }
+        return m_sampling.tolerance * (measure == Measure::degrees ? 1 : largest);
+    }
+
+    void reportStill(const Job& job)
+    {
+        m_document.rewritten(m_motion.channels()[job.channels.front()].element, "animation without motion",
+                             "The animation of a <" + std::string(job.element.name()) +
+                                 "> does not move it; its value is declared now.");
+    }
+
+    void reportFlat(const Job& job)
+    {
+        const pugi::xml_node where =
+            job.channels.empty() ? job.element : m_motion.channels()[job.channels.front()].element;
+        m_document.rewritten(where, "animation",
+                             "The animation of \"" + job.target + "\" is one curve of " +
+                                 std::to_string(job.curve->count()) + " whole values now.");
+        for (const std::size_t index : job.channels) {
+            const Channel& channel = m_motion.channels()[index];
+            if (channel.curve->firstTime() < 0) {
+                m_document.lost(channel.element, "keys before 0", "The curve begins before second 0 and is cut there.",
+                                "Move the keys so that the first is at 0.");
+            }
+        }
+    }
+
+    // An animated camera takes no number from what is declared: each needs a curve.
+    void arrangeCamera(pugi::xml_node perspective)
+    {
+        const std::vector<const char*> names{"xfov", "yfov", "znear", "zfar"};
+        std::map<std::string, std::size_t> byName;
+        bool isMoving = false;
+        for (const std::size_t i : m_optics[perspective.hash_value()]) {
+            byName[m_jobs[i].element.name()] = i;
+            isMoving = isMoving || !isStill(m_jobs[i]);
+        }
+        const auto component = [&](const char* name) {
+            const auto found = byName.find(name);
+            Component result;
+            result.constant = numberOr(textOf(perspective.child(name)), 0);
+            if (found != byName.end()) {
+                result.curve = m_motion.channels()[m_jobs[found->second].channels.back()].curve.get();
+            }
+            return result;
+        };
+        const Component x = component("xfov");
+        const Component y = component("yfov");
+        Component aspect = component("aspect_ratio");
+        if (aspect.curve == nullptr || m_document.options().aspect) {
+            aspect.curve = nullptr;
+            aspect.constant = aspectOf(m_document, perspective);
+        }
+        const bool hasX = static_cast<bool>(perspective.child("xfov"));
+        const bool hasY = static_cast<bool>(perspective.child("yfov"));
+        const pugi::xml_node top = m_jobs[byName.begin()->second].top;
+        completePerspective(m_document, perspective);
+        for (const char* const name : names) {
+            pugi::xml_node element = perspective.child(name);
+            const auto found = byName.find(name);
+            if (found == byName.end() && isMoving) {
+                m_jobs.emplace_back();
+                m_jobs.back().element = element;
+                m_jobs.back().top = top;
+            } else if (found == byName.end()) {
+                continue;
+            }
+            Job& job = found == byName.end() ? m_jobs.back() : m_jobs[found->second];
+            const bool isX = std::strcmp(name, "xfov") == 0;
+            const bool isAngle = isX || std::strcmp(name, "yfov") == 0;
+            const bool isDerived = isAngle && ((isX && !hasX && hasY) || (!isX && !hasY && hasX));
+            const Component own = component(name);
+            std::vector<double> first{own.at(0)};
+            if (isDerived) {
+                first[0] = isX ? otherAngle(y.at(0), aspect.at(0)) : otherAngle(x.at(0), 1 / aspect.at(0));
+            }
+            const auto settle = [&] { declare(job, first, slack(first, first)); };
+            if (!isMoving) {
+                reportStill(job);
+                settle();
+                continue;
+            }
+            job.target = targetOf(element);
+            const Component& given = isX ? y : x;
+            if (isDerived && (given.curve != nullptr || aspect.curve != nullptr)) {
+                std::vector<const Curve*> curves;
+                for (const Curve* const curve : {given.curve, aspect.curve}) {
+                    if (curve != nullptr) {
+                        curves.push_back(curve);
+                    }
+                }
+                job.curve = FlatCurve::sample(
+                    1,
+                    [&](double time, double* result) {
+                        *result = otherAngle(given.at(time), isX ? aspect.at(time) : 1 / aspect.at(time));
+                    },
+                    keyTimes(curves), Measure::degrees, m_sampling);
+            } else if (own.curve != nullptr && !isNothingMoving(*own.curve) &&
+                       canStay(job, stayTolerance(job, isAngle ? Measure::degrees : Measure::length))) {
+                job.stays = true;
+            } else if (own.curve != nullptr && !isNothingMoving(*own.curve)) {
+                job.curve =
+                    FlatCurve::combine({own}, isAngle ? Measure::degrees : Measure::length, m_sampling);
+            } else {
+                job.curve = FlatCurve::constant(first);
+            }
+            settle();
+            if (!job.stays) {
+                reportFlat(job);
+            }
+        }
+    }
+
+    void replace()
+    {
+        std::vector<pugi::xml_node> tops; // in order of their first job
+        for (Job& job : m_jobs) {
+            Top& top = m_tops[job.top.hash_value()];
+            top.stays = top.stays || job.stays;
+            if (job.curve) {
+                job.curve->extendTo(m_end);
+                if (!m_document.takeBytes(job.curve->size())) {
+                    m_document.lost(job.element, "size", "The animation of \"" + job.target + "\" is too large.",
+                                    "Raise the limit of the size, or the tolerance.");
+                    job.curve.reset();
+                }
+            }
+            for (const std::size_t index : job.channels) {
+                const Channel& channel = m_motion.channels()[index];
+                rememberIds(job, channel.element);
+                const pugi::xml_node place = topAnimationOf(channel.element);
+                if (!job.stays && m_tops[place.hash_value()].isSeen == false) {
+                    m_tops[place.hash_value()].isSeen = true;
+                    tops.push_back(place);
+                }
+            }
+            if (job.curve) {
+                top.jobs.push_back(&job);
+            }
+        }
+        std::vector<pugi::xml_node> channels;
+        for (const Job& job : m_jobs) {
+            for (std::size_t i = 0; !job.stays && i < job.channels.size(); ++i) {
+                channels.push_back(m_motion.channels()[job.channels[i]].element);
+            }
+        }
+        for (const pugi::xml_node channel : channels) {
+            removeElement(channel);
+        }
+        for (pugi::xml_node& place : tops) {
+            Top& top = m_tops[place.hash_value()];
+            if (top.others > 0 || top.stays) {
+                continue;
+            }
+            if (top.jobs.empty()) {
+                removeElement(place);
+            } else {
+                place.remove_children();
+                top.isEmptied = true;
+            }
+        }
+        if (!tops.empty()) {
+            m_document.forgetIds();
+        }
+        for (const pugi::xml_node place : tops) {
+            write(m_tops[place.hash_value()], place);
+        }
+        for (const Job& job : m_jobs) { // besides animations that stay, for the other numbers of a camera
+            Top& top = m_tops[job.top.hash_value()];
+            if (!top.isSeen && !top.jobs.empty()) {
+                top.isSeen = true;
+                write(top, job.top);
+            }
+        }
+    }
+
+    struct Top {
+        std::size_t others = 0; // channels that are not of this pass
+        bool stays = false;
+        bool isSeen = false;
+        bool isEmptied = false;
+        std::vector<Job*> jobs;
+    };
+
+    void write(const Top& top, pugi::xml_node place)
+    {
+        pugi::xml_node last = place;
+        for (Job* const job : top.jobs) {
+            const bool isInPlace = top.isEmptied && job == top.jobs.front();
+            pugi::xml_node animation = isInPlace ? place : place.parent().insert_child_after("animation", last);
+            last = animation;
+            job->newId = animation.attribute("id").value();
+            if (job->newId.empty()) {
+                std::string wish = plain(job->target);
+                std::replace(wish.begin(), wish.end(), '/', '-');
+                job->newId = m_document.freshId(wish);
+                m_document.setId(animation, job->newId);
+            }
+            job->curve->write(m_document, animation, plain(job->newId), job->target);
+        }
+    }
+
+    void rememberIds(Job& job, pugi::xml_node channel)
+    {
+        if (!m_document.root().child("library_animation_clips")) {
+            return;
+        }
+        for (pugi::xml_node animation = channel.parent(); is(animation, "animation"); animation = animation.parent()) {
+            if (animation.attribute("id")) {
+                job.oldIds.emplace_back(animation.attribute("id").value());
+            }
+        }
+        if (job.stays) {
+            job.newId = channel.parent().attribute("id").value();
+        }
+    }
+
+    // Clips name all animations that theirs have become.
+    void adaptClips()
+    {
+        std::unordered_map<std::string, std::vector<const Job*>> byOldId;
+        bool isAnyNew = false;
+        for (const Job& job : m_jobs) {
+            for (const std::string& id : job.oldIds) {
+                byOldId[id].push_back(&job);
+                isAnyNew = isAnyNew || job.newId != id;
+            }
+        }
+        if (!isAnyNew) {
+            return;
+        }
+        for (const pugi::xml_node library : m_document.root().children("library_animation_clips")) {
+            for (pugi::xml_node clip : library.children("animation_clip")) {
+                std::vector<pugi::xml_node> instances;
+                for (const pugi::xml_node instance : clip.children("instance_animation")) {
+                    instances.push_back(instance);
+                }
+                for (pugi::xml_node instance : instances) {
+                    const std::string_view url = trimmed(instance.attribute("url").value());
+                    const auto found = byOldId.find(std::string(url.substr(std::min(url.find('#') + 1, url.size()))));
+                    if (found == byOldId.end()) {
+                        continue;
+                    }
+                    bool isFirst = true;
+                    for (const Job* const job : found->second) {
+                        if (job->newId.empty() || (isFirst && job->newId == found->first)) {
+                            isFirst = isFirst && job->newId.empty();
+                            continue;
+                        }
+                        if (!m_document.takeBytes(64 + job->newId.size())) {
+                            break;
+                        }
+                        pugi::xml_node named = isFirst ? instance : clip.insert_copy_after(instance, instance);
+                        setAttribute(named, "url", '#' + job->newId);
+                        isFirst = false;
+                    }
+                    if (isFirst) {
+                        removeElement(instance);
+                    }
+                }
+            }
+        }
+    }
+
+    Document& m_document;
+    Motion m_motion;
+    Sampling m_sampling;
+    std::unordered_set<std::size_t> m_shown;                            // nodes, and the <perspective> of cameras
+    std::vector<pugi::xml_node> m_perspectives;                         // animated ones
+    std::unordered_map<std::size_t, std::vector<std::size_t>> m_optics; // the jobs of each of these
+    std::vector<Job> m_jobs;
+    std::unordered_map<std::size_t, Top> m_tops;
+    std::unordered_map<std::size_t, std::unordered_set<std::string>> m_takenSids;
+    std::map<std::pair<std::size_t, std::string>, pugi::xml_node> m_firstBySid;
+    double m_end = 0;
+};
+
+} // namespace
+
+void flattenAnimations(Document& document)
+{
+    const auto libraries = document.root().children("library_animations");
+    if (std::any_of(libraries.begin(), libraries.end(),
+                    [](pugi::xml_node library) { return static_cast<bool>(library.child("animation")); })) {
+        Flattening(document).run();
+    }
+}
 
 } // namespace libPrepare

@@ -19,6 +19,7 @@ void applyAssets(Document& document);            ///< Units and up axes of geome
 void copyInstanceNodes(Document& document); ///< `<instance_node>`.
 void flattenAnimations(Document& document); ///< One animation a target, with the whole value.
 void poseControllers(Document& document);   ///< `<skin>` and `<morph>` become meshes.
+void dropAnimations(Document& document);    ///< Those of weights, materials and lights, which then nothing reads.
 
 // Geometry.
 void separateGeometries(Document& document); ///< A geometry each for every instance.

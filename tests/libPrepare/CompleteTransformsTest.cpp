@@ -1,3 +1,4 @@
+#include "AnimationWords.h"
 #include "Prepared.h"
 
 #include <libPrepare/document/Numbers.h>
@@ -7,12 +8,7 @@
 namespace {
 
 using test::Prepared;
-
-std::string shown(const std::string& nodes)
-{
-    return "<library_visual_scenes><visual_scene id='v'>" + nodes +
-           "</visual_scene></library_visual_scenes><scene><instance_visual_scene url='#v'/></scene>";
-}
+using test::shown;
 
 void expectNumbers(const std::vector<double>& expected, const std::string& text)
 {

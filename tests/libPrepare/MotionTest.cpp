@@ -1,3 +1,4 @@
+#include "AnimationWords.h"
 #include "Prepared.h"
 
 #include <libPrepare/document/Motion.h>
@@ -10,46 +11,10 @@
 namespace {
 
 using namespace libPrepare;
-
-std::string source(const std::string& id, const std::string& params, const std::string& numbers)
-{
-    const std::size_t size = libPrepare::words(params).size();
-    std::string result = "<source id='" + id + "'><float_array id='" + id + "-array'>" + numbers +
-                         "</float_array><technique_common><accessor source='#" + id + "-array' count='" +
-                         std::to_string(libPrepare::numbers(numbers).size() / size) + "' stride='" +
-                         std::to_string(size) + "'>";
-    for (const std::string_view param : libPrepare::words(params)) {
-        result += "<param name='" + std::string(param) + "' type='float'/>";
-    }
-    return result + "</accessor></technique_common></source>";
-}
-
-std::string kinds(const std::string& id, const std::string& words)
-{
-    return "<source id='" + id + "'><Name_array id='" + id + "-array'>" + words +
-           "</Name_array><technique_common><accessor source='#" + id + "-array' count='" +
-           std::to_string(libPrepare::words(words).size()) +
-           "' stride='1'><param name='I' type='Name'/></accessor></technique_common></source>";
-}
-
-std::string input(const std::string& semantic, const std::string& id)
-{
-    return "<input semantic='" + semantic + "' source='#" + id + "'/>";
-}
-
-// A channel from the sampler "s", whose sources are "t", "o" and, if they are there, "k", "in" and "out".
-std::string animated(const std::string& target, const std::string& sources)
-{
-    std::string inputs = input("INPUT", "t") + input("OUTPUT", "o");
-    if (sources.find("id='k'") != std::string::npos) {
-        inputs += input("INTERPOLATION", "k");
-    }
-    if (sources.find("id='out'") != std::string::npos) {
-        inputs += input("IN_TANGENT", "in") + input("OUT_TANGENT", "out");
-    }
-    return "<library_animations><animation><animation>" + sources + "<sampler id='s'>" + inputs +
-           "</sampler><channel source='#s' target='" + target + "'/></animation></animation></library_animations>";
-}
+using test::animated;
+using test::input;
+using test::kinds;
+using test::source;
 
 const char* const nodes =
     "<library_visual_scenes><visual_scene id='v'><node id='a'><translate sid='t'>1 2 3</translate>"

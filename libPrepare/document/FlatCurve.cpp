@@ -1,0 +1,494 @@
+#include "FlatCurve.h"
+
+#include "Numbers.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace libPrepare {
+
+namespace {
+
+constexpr unsigned mostPieces = 4096; // at first, between two keys; more where the tolerance asks for them
+constexpr unsigned fewPieces = 4;
+constexpr unsigned mostHalvings = 30;
+
+// How a component runs through a stretch between two neighboring key times.
+struct Way {
+    enum class Kind { constant, straight, cubic, other };
+    Kind kind = Kind::constant;
+    double points[4] = {0, 0, 0, 0}; // start, two control points, end
+};
+
+double blossom(const double (&points)[4], double a, double b, double c)
+{
+    const auto mix = [](double from, double to, double part) { return from + (to - from) * part; };
+    const double p[3] = {mix(points[0], points[1], a), mix(points[1], points[2], a), mix(points[2], points[3], a)};
+    return mix(mix(p[0], p[1], b), mix(p[1], p[2], b), c);
+}
+
+Way constantWay(double value)
+{
+    return {Way::Kind::constant, {value, value, value, value}};
+}
+
+Way straightWay(double from, double to)
+{
+    return {Way::Kind::straight, {from, from + (to - from) / 3, to - (to - from) / 3, to}};
+}
+
+// Whether time and parameter are the same between two keys, so nearly that no value differs by more than a tolerance.
+bool isParameterTime(const Curve& curve, std::size_t key, std::size_t component, const Curve::Controls& controls,
+                     double tolerance)
+{
+    const double span = curve.time(key + 1) - curve.time(key);
+    const double first = (controls.time[0] - curve.time(key)) / span - 1.0 / 3;
+    const double second = (controls.time[1] - curve.time(key)) / span - 2.0 / 3;
+    const double shift = std::max(std::abs(first), std::abs(second));
+    const double from = curve.values(key)[component];
+    const double to = curve.values(key + 1)[component];
+    const double reach = std::max({from, to, controls.value[0], controls.value[1]}) -
+                         std::min({from, to, controls.value[0], controls.value[1]});
+    // The time at a parameter is off by at most 3/4 of the shift, and a cubic's slope is at most three times its reach.
+    return !controls.areTimed || shift * 0.75 * 3 * reach <= tolerance;
+}
+
+Way wayOf(const Component& component, double from, double to, double tolerance)
+{
+    const Curve* const curve = component.curve;
+    if (curve == nullptr) {
+        return constantWay(component.constant);
+    }
+    const std::size_t c = component.index;
+    if (to <= curve->firstTime()) {
+        return constantWay(curve->values(0)[c]);
+    }
+    if (from >= curve->lastTime()) {
+        return constantWay(curve->values(curve->count() - 1)[c]);
+    }
+    const std::size_t key = curve->keyBefore(from);
+    const double start = curve->values(key)[c];
+    if (curve->kind(key) == Interpolation::step) {
+        return constantWay(start);
+    }
+    const double end = curve->values(key + 1)[c];
+    const double span = curve->time(key + 1) - curve->time(key);
+    const double s0 = (from - curve->time(key)) / span;
+    const double s1 = (to - curve->time(key)) / span;
+    const bool isWhole = s0 == 0 && s1 == 1;
+    const std::optional<Curve::Controls> controls = curve->controls(key, c);
+    if (!controls) {
+        return isWhole ? straightWay(start, end) : straightWay(start + (end - start) * s0, start + (end - start) * s1);
+    }
+    if (!isParameterTime(*curve, key, c, *controls, tolerance / 2)) {
+        return {Way::Kind::other, {}};
+    }
+    const double points[4] = {start, controls->value[0], controls->value[1], end};
+    if (isWhole) {
+        return {Way::Kind::cubic, {points[0], points[1], points[2], points[3]}};
+    }
+    return {Way::Kind::cubic,
+            {blossom(points, s0, s0, s0), blossom(points, s0, s0, s1), blossom(points, s0, s1, s1),
+             blossom(points, s1, s1, s1)}};
+}
+
+const char* word(Interpolation kind)
+{
+    if (kind == Interpolation::step) {
+        return "STEP";
+    }
+    return kind == Interpolation::bezier ? "BEZIER" : "LINEAR";
+}
+
+struct Params {
+    std::vector<const char*> names;
+    const char* type;
+    std::size_t stride;
+};
+
+Params paramsOf(std::size_t width)
+{
+    switch (width) {
+    case 1:
+        return {{"VALUE"}, "float", 1};
+    case 3:
+        return {{"X", "Y", "Z"}, "float", 3};
+    default:
+        return {{"TRANSFORM"}, "float4x4", 16};
+    }
+}
+
+void writeSource(Document& document, pugi::xml_node animation, const std::string& id, const char* arrayName,
+                 const std::string& numbers, std::size_t count, const Params& params)
+{
+    pugi::xml_node source = animation.append_child("source");
+    document.setId(source, id);
+    pugi::xml_node array = source.append_child(arrayName);
+    const std::string arrayId = document.freshId(id + "-array");
+    document.setId(array, arrayId);
+    array.append_attribute("count") = static_cast<unsigned long long>(count * params.stride);
+    array.append_child(pugi::node_pcdata).set_value(numbers.c_str());
+    pugi::xml_node accessor = source.append_child("technique_common").append_child("accessor");
+    accessor.append_attribute("source") = ("#" + arrayId).c_str();
+    accessor.append_attribute("count") = static_cast<unsigned long long>(count);
+    accessor.append_attribute("stride") = static_cast<unsigned long long>(params.stride);
+    for (const char* const name : params.names) {
+        pugi::xml_node param = accessor.append_child("param");
+        param.append_attribute("name") = name;
+        param.append_attribute("type") = params.type;
+    }
+}
+
+} // namespace
+
+double Component::at(double time) const
+{
+    return curve == nullptr ? constant : curve->at(time)[index];
+}
+
+Sampling::Sampling(const Options& options)
+    : rate(std::isfinite(options.sampleRate) ? std::max(options.sampleRate, 0.0) : 60.0),
+      tolerance(std::isfinite(options.tolerance) ? std::max(options.tolerance, 1e-9) : 1e-4)
+{}
+
+FlatCurve::FlatCurve(std::size_t width) : m_width(width), m_tolerances(width), m_nextIn(width) {}
+
+void FlatCurve::measure(Measure measure, const std::vector<double>& largest, double tolerance)
+{
+    double sizes[2] = {1e-9, 1e-9};
+    const auto group = [&](std::size_t component) {
+        return measure == Measure::matrix && component % 4 == 3 && component < 12 ? 1U : 0U;
+    };
+    for (std::size_t c = 0; c < m_width; ++c) {
+        sizes[group(c)] = std::max(sizes[group(c)], largest[c]);
+    }
+    for (std::size_t c = 0; c < m_width; ++c) {
+        m_tolerances[c] = tolerance * (measure == Measure::degrees ? 1 : sizes[group(c)]);
+    }
+}
+
+void FlatCurve::add(double time, const double* values, Interpolation kind)
+{
+    m_times.push_back(time);
+    m_values.insert(m_values.end(), values, values + m_width);
+    m_kinds.push_back(kind);
+    m_out.resize(m_values.size());
+    m_in.insert(m_in.end(), m_nextIn.begin(), m_nextIn.end());
+    std::fill(m_nextIn.begin(), m_nextIn.end(), 0.0);
+}
+
+// Ends a stretch whose value is another one before than after a time: without this the curve would run to the latter.
+void FlatCurve::addJump(double time, const double* before, const double* after, bool isConstant)
+{
+    bool isJump = false;
+    for (std::size_t c = 0; c < m_width; ++c) {
+        isJump = isJump || std::abs(after[c] - before[c]) > 1e-3 * m_tolerances[c];
+    }
+    if (isJump && isConstant) {
+        m_kinds.back() = Interpolation::step;
+    } else if (isJump) {
+        add(std::nextafter(time, 0.0), before, Interpolation::linear);
+    }
+}
+
+void FlatCurve::addStretch(double from, double to, const Function& function, Sampling& sampling)
+{
+    struct Sample {
+        double time;
+        std::vector<double> values;
+        unsigned halvings;
+    };
+    const auto sampleAt = [&](double time, unsigned halvings) {
+        Sample sample{time, std::vector<double>(m_width), halvings};
+        function(time, sample.values.data());
+        sampling.left -= std::min<std::uint64_t>(sampling.left, 1);
+        return sample;
+    };
+    const auto isOff = [&](const Sample& a, const Sample& b, const Sample& between) {
+        const double part = (between.time - a.time) / (b.time - a.time);
+        for (std::size_t c = 0; c < m_width; ++c) {
+            const double straight = a.values[c] + (b.values[c] - a.values[c]) * part;
+            if (std::abs(straight - between.values[c]) > m_tolerances[c] / 2) {
+                return true;
+            }
+        }
+        return false;
+    };
+    const double before = std::nextafter(to, from); // where what steps at the end has not done so yet
+    const unsigned most = sampling.left > mostPieces ? mostPieces : fewPieces;
+    const double pieces = std::min(std::max(std::ceil((to - from) * sampling.rate), 1.0), double(most));
+    std::vector<Sample> samples{sampleAt(from, 0)};
+    for (double piece = 1; piece <= pieces; ++piece) {
+        std::vector<Sample> ahead{sampleAt(piece == pieces ? before : from + (to - from) * piece / pieces, 0)};
+        while (!ahead.empty()) {
+            const Sample& a = samples.back();
+            const Sample& b = ahead.back();
+            const unsigned halvings = std::max(a.halvings, b.halvings);
+            const double middle = a.time + (b.time - a.time) / 2;
+            bool isFine = halvings >= mostHalvings || sampling.left == 0 || !(middle > a.time && middle < b.time);
+            Sample half;
+            if (!isFine) {
+                half = sampleAt(middle, b.halvings + 1);
+                isFine = !isOff(a, b, half) && !isOff(a, b, sampleAt(a.time + (b.time - a.time) / 4, 0)) &&
+                         !isOff(a, b, sampleAt(a.time + (b.time - a.time) * 3 / 4, 0));
+            }
+            if (isFine) {
+                samples.push_back(std::move(ahead.back()));
+                ahead.pop_back();
+                samples.back().halvings = 0;
+            } else {
+                ahead.back().halvings = half.halvings;
+                ahead.push_back(std::move(half));
+            }
+        }
+    }
+    // A sample is left out while a straight way from the last one kept passes it and all others since closely enough.
+    std::vector<double> lowest(m_width, -INFINITY);
+    std::vector<double> highest(m_width, INFINITY);
+    std::size_t anchor = 0;
+    add(from, samples[0].values.data(), Interpolation::linear);
+    const auto slope = [&](std::size_t sample, std::size_t c, double shift) {
+        return (samples[sample].values[c] + shift - samples[anchor].values[c]) /
+               (samples[sample].time - samples[anchor].time);
+    };
+    for (std::size_t i = 1; i < samples.size(); ++i) {
+        bool isOnWay = true;
+        for (std::size_t c = 0; c < m_width && isOnWay; ++c) {
+            isOnWay = slope(i, c, 0) >= lowest[c] && slope(i, c, 0) <= highest[c];
+        }
+        if (!isOnWay) {
+            anchor = i - 1;
+            add(samples[anchor].time, samples[anchor].values.data(), Interpolation::linear);
+            std::fill(lowest.begin(), lowest.end(), -INFINITY);
+            std::fill(highest.begin(), highest.end(), INFINITY);
+        }
+        for (std::size_t c = 0; c < m_width; ++c) {
+            lowest[c] = std::max(lowest[c], slope(i, c, -m_tolerances[c] / 2));
+            highest[c] = std::min(highest[c], slope(i, c, m_tolerances[c] / 2));
+        }
+    }
+    std::vector<double> after(m_width);
+    function(to, after.data());
+    addJump(to, samples.back().values.data(), after.data(),
+            std::all_of(samples.begin(), samples.end(),
+                        [&](const Sample& sample) { return sample.values == samples[0].values; }));
+}
+
+FlatCurve FlatCurve::combine(const std::vector<Component>& components, Measure measure, Sampling& sampling)
+{
+    const std::size_t width = components.size();
+    FlatCurve result(width);
+    std::vector<const Curve*> curves;
+    std::vector<double> largest(width);
+    for (std::size_t c = 0; c < width; ++c) {
+        const Curve* const curve = components[c].curve;
+        largest[c] = std::abs(components[c].constant);
+        if (curve == nullptr) {
+            continue;
+        }
+        if (std::find(curves.begin(), curves.end(), curve) == curves.end()) {
+            curves.push_back(curve);
+        }
+        largest[c] = largestOf(*curve, components[c].index);
+    }
+    result.measure(measure, largest, sampling.tolerance);
+    const std::vector<double> times = keyTimes(curves);
+    const Function function = [&](double time, double* values) {
+        for (std::size_t c = 0; c < width; ++c) {
+            values[c] = components[c].at(time);
+        }
+    };
+    std::vector<Way> ways(width);
+    std::vector<double> from(width);
+    std::vector<double> to(width);
+    std::vector<double> after(width);
+    for (std::size_t i = 0; i + 1 < times.size(); ++i) {
+        Way::Kind kind = Way::Kind::constant;
+        for (std::size_t c = 0; c < width; ++c) {
+            ways[c] = wayOf(components[c], times[i], times[i + 1], result.m_tolerances[c]);
+            kind = std::max(kind, ways[c].kind);
+            from[c] = ways[c].points[0];
+            to[c] = ways[c].points[3];
+        }
+        if (kind == Way::Kind::other) {
+            result.addStretch(times[i], times[i + 1], function, sampling);
+            continue;
+        }
+        const bool isCubic = kind == Way::Kind::cubic;
+        result.add(times[i], from.data(), isCubic ? Interpolation::bezier : Interpolation::linear);
+        for (std::size_t c = 0; c < width && isCubic; ++c) {
+            result.m_out[result.m_out.size() - width + c] = ways[c].points[1];
+            result.m_nextIn[c] = ways[c].points[2];
+        }
+        function(times[i + 1], after.data());
+        result.addJump(times[i + 1], to.data(), after.data(), kind == Way::Kind::constant);
+    }
+    function(times.back(), to.data());
+    result.add(times.back(), to.data(), Interpolation::linear);
+    return result;
+}
+
+FlatCurve FlatCurve::sample(std::size_t width, const Function& function, const std::vector<double>& times,
+                            Measure measure, Sampling& sampling)
+{
+    FlatCurve result(width);
+    std::vector<double> largest(width);
+    std::vector<double> values(width);
+    for (const double time : times) {
+        function(time, values.data());
+        for (std::size_t c = 0; c < width; ++c) {
+            largest[c] = std::max(largest[c], std::abs(values[c]));
+        }
+    }
+    result.measure(measure, largest, sampling.tolerance);
+    for (std::size_t i = 0; i + 1 < times.size(); ++i) {
+        result.addStretch(times[i], times[i + 1], function, sampling);
+    }
+    function(times.back(), values.data());
+    result.add(times.back(), values.data(), Interpolation::linear);
+    return result;
+}
+
+FlatCurve FlatCurve::constant(const std::vector<double>& values)
+{
+    FlatCurve result(values.size());
+    result.add(0, values.data(), Interpolation::linear);
+    return result;
+}
+
+void FlatCurve::extendTo(double end)
+{
+    if (end > m_times.back()) {
+        m_kinds.back() = Interpolation::linear;
+        const std::vector<double> last(m_values.end() - static_cast<std::ptrdiff_t>(m_width), m_values.end());
+        add(end, last.data(), Interpolation::linear);
+    }
+}
+
+bool FlatCurve::isConstant() const
+{
+    for (std::size_t i = m_width; i < m_values.size(); ++i) {
+        if (m_values[i] != m_values[i - m_width]) {
+            return false;
+        }
+    }
+    return std::find(m_kinds.begin(), m_kinds.end(), Interpolation::bezier) == m_kinds.end();
+}
+
+std::vector<double> FlatCurve::first() const
+{
+    return {m_values.begin(), m_values.begin() + static_cast<std::ptrdiff_t>(m_width)};
+}
+
+std::uint64_t FlatCurve::size() const
+{
+    const bool hasTangents = std::find(m_kinds.begin(), m_kinds.end(), Interpolation::bezier) != m_kinds.end();
+    return 1500 + m_times.size() * (28 + m_width * (hasTangents ? 80 : 20));
+}
+
+void FlatCurve::write(Document& document, pugi::xml_node animation, const std::string& idStart,
+                      const std::string& target) const
+{
+    const bool hasTangents = std::find(m_kinds.begin(), m_kinds.end(), Interpolation::bezier) != m_kinds.end();
+    std::string kinds;
+    std::string tangents[2];
+    for (std::size_t key = 0; key < count(); ++key) {
+        kinds += key == 0 ? "" : " ";
+        kinds += word(m_kinds[key]);
+        const double before = key == 0 ? m_times[key] : m_times[key] - (m_times[key] - m_times[key - 1]) / 3;
+        const double after = key + 1 == count() ? m_times[key] : m_times[key] + (m_times[key + 1] - m_times[key]) / 3;
+        for (std::size_t i = key * m_width; hasTangents && i < (key + 1) * m_width; ++i) {
+            const bool isEnd = key > 0 && m_kinds[key - 1] == Interpolation::bezier;
+            const bool isStart = m_kinds[key] == Interpolation::bezier && key + 1 < count();
+            for (const double number : {before, isEnd ? m_in[i] : m_values[i]}) {
+                tangents[0] += tangents[0].empty() ? "" : " ";
+                append(tangents[0], number);
+            }
+            for (const double number : {after, isStart ? m_out[i] : m_values[i]}) {
+                tangents[1] += tangents[1].empty() ? "" : " ";
+                append(tangents[1], number);
+            }
+        }
+    }
+    Params pairs{{}, "float", 2 * m_width};
+    for (std::size_t i = 0; i < m_width; ++i) {
+        pairs.names.insert(pairs.names.end(), {"X", "Y"});
+    }
+    const struct {
+        const char* semantic;
+        const char* ending;
+        const char* array;
+        std::string numbers;
+        Params params;
+        bool isThere;
+    } sources[] = {{"INPUT", "-input", "float_array", text(m_times), {{"TIME"}, "float", 1}, true},
+                   {"OUTPUT", "-output", "float_array", text(m_values), paramsOf(m_width), true},
+                   {"INTERPOLATION", "-interpolation", "Name_array", kinds, {{"INTERPOLATION"}, "name", 1}, true},
+                   {"IN_TANGENT", "-in-tangent", "float_array", tangents[0], pairs, hasTangents},
+                   {"OUT_TANGENT", "-out-tangent", "float_array", tangents[1], pairs, hasTangents}};
+    std::vector<std::string> ids;
+    for (const auto& source : sources) {
+        ids.push_back(source.isThere ? document.freshId(idStart + source.ending) : std::string());
+        if (source.isThere) {
+            writeSource(document, animation, ids.back(), source.array, source.numbers, count(), source.params);
+        }
+    }
+    pugi::xml_node sampler = animation.append_child("sampler");
+    document.setId(sampler, document.freshId(idStart + "-sampler"));
+    std::size_t index = 0;
+    for (const auto& source : sources) {
+        if (source.isThere) {
+            pugi::xml_node input = sampler.append_child("input");
+            input.append_attribute("semantic") = source.semantic;
+            input.append_attribute("source") = ("#" + ids[index]).c_str();
+        }
+        ++index;
+    }
+    pugi::xml_node channel = animation.append_child("channel");
+    channel.append_attribute("source") = ("#" + std::string(sampler.attribute("id").value())).c_str();
+    channel.append_attribute("target") = target.c_str();
+}
+
+bool isFlat(const Curve& curve, double tolerance)
+{
+    for (std::size_t key = 0; key + 1 < curve.count(); ++key) {
+        if (curve.kind(key) == Interpolation::hermite || !(curve.time(key + 1) > curve.time(key))) {
+            return false;
+        }
+        for (std::size_t c = 0; c < curve.width() && curve.kind(key) == Interpolation::bezier; ++c) {
+            const std::optional<Curve::Controls> controls = curve.controls(key, c);
+            if (!controls || !isParameterTime(curve, key, c, *controls, tolerance)) {
+                return false;
+            }
+        }
+    }
+    return curve.isPlain() && curve.firstTime() >= 0;
+}
+
+double largestOf(const Curve& curve, std::size_t component)
+{
+    double result = 0;
+    for (std::size_t key = 0; key < curve.count(); ++key) {
+        result = std::max(result, std::abs(curve.values(key)[component]));
+        if (const std::optional<Curve::Controls> controls = curve.controls(key, component)) {
+            result = std::max({result, std::abs(controls->value[0]), std::abs(controls->value[1])});
+        }
+    }
+    return result;
+}
+
+std::vector<double> keyTimes(const std::vector<const Curve*>& curves)
+{
+    std::vector<double> result;
+    for (const Curve* const curve : curves) {
+        const std::size_t middle = result.size();
+        for (std::size_t key = 0; key < curve->count(); ++key) {
+            result.push_back(std::max(curve->time(key), 0.0));
+        }
+        std::inplace_merge(result.begin(), result.begin() + static_cast<std::ptrdiff_t>(middle), result.end());
+    }
+    result.erase(std::unique(result.begin(), result.end()), result.end());
+    return result;
+}
+
+} // namespace libPrepare
