@@ -12,6 +12,7 @@ using Json = GltfDocument::Json;
 
 constexpr float pi = 3.14159265358979f;
 constexpr float degree = pi / 180.0f;
+constexpr float mostConeAngle = 1.5707962f; // below a right angle in double precision, too
 constexpr const char* lightsExtension = "KHR_lights_punctual";
 // A surface gives back 1 / pi of the light in glTF, and all of it in COLLADA.
 constexpr float lightFactor = pi;
@@ -309,9 +310,9 @@ void GltfNodes::addLights()
     for (const libVideo::SpotLightInstanceHandle& shown : m_loaded->scene().spotLightList()) {
         const libVideo::SpotLight& spot = *shown->spotLight();
         // The angles of the document are those across the whole cone; glTF counts from the axis, to at most 90 degrees.
-        const float inner = std::clamp(spot.innerConeAngle() * 0.5f * degree, 0.0f, pi / 2.0f);
+        const float inner = std::clamp(spot.innerConeAngle() * 0.5f * degree, 0.0f, mostConeAngle);
         const float outer =
-            std::clamp(std::max(spot.innerConeAngle(), spot.outerConeAngle()) * 0.5f * degree, 0.001f, pi / 2.0f);
+            std::clamp(std::max(spot.innerConeAngle(), spot.outerConeAngle()) * 0.5f * degree, 0.001f, mostConeAngle);
         const float edge = outer * (1.0f - 1e-4f);
         Json json = {{"type", "spot"},
                      {"spot",
