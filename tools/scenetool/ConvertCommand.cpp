@@ -1,7 +1,7 @@
 #include "ConvertCommand.h"
 
 #include "FolderConversion.h"
-#include "Info.h"
+#include "Printable.h"
 
 #include <unistd.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "DocumentConversion.h"
-#include "sandbox/SandboxOptions.h"
+#include "SandboxOptions.h"
 
 #include <CLI/CLI.hpp>
 

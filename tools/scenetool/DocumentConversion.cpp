@@ -38,7 +38,7 @@ ConversionResult convertDocument(const std::string& in, const std::string& out, 
     }
     LoadedScene loaded(prepared ? prepared->path() : in);
     if (!loaded.isLoaded()) {
-        result.failure = loaded.log().empty() ? "does not load" : loaded.log().back().text;
+        result.failure = loaded.fault();
         return result;
     }
     GltfOptions options;

@@ -16,7 +16,4 @@ struct InfoOptions {
 /// library logged.
 void writeInfo(const LoadedScene& loaded, const InfoOptions& options, std::ostream& out);
 
-/// Document text without what would act on a terminal.
-std::string printable(const std::string& text);
-
 } // namespace scenetool

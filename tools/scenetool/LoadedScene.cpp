@@ -43,6 +43,18 @@ LoadedScene::~LoadedScene()
     vesk::LogFactory::setHandler(m_handlerBefore);
 }
 
+std::string LoadedScene::fault() const
+{
+    if (m_failure) {
+        const std::string what = m_isLoaded ? "the evaluation" : "the load";
+        return what + " ended with " + m_failure->type + ": " + m_failure->message;
+    }
+    if (m_isLoaded) {
+        return "";
+    }
+    return m_log.empty() ? "does not load" : m_log.back().text;
+}
+
 void LoadedScene::listNodes()
 {
     const auto append = [this](const libVideo::Node& parent) {

@@ -38,6 +38,8 @@ public:
     bool isLoaded() const { return m_isLoaded; }
     /// What ended the load or the evaluation, if anything did.
     const std::optional<Failure>& failure() const { return m_failure; }
+    /// Why the load or the evaluation failed, in one line; empty if neither did.
+    std::string fault() const;
     const std::vector<LogLine>& log() const { return m_log; }
     const libVideo::VisualScene& scene() const { return m_scene.visualScene(); }
 

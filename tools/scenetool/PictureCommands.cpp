@@ -1,6 +1,6 @@
 #include "PictureCommands.h"
 
-#include "Info.h"
+#include "Printable.h"
 #include "Viewer.h"
 #include "render/Offscreen.h"
 #include "render/Sheet.h"
@@ -61,14 +61,6 @@ bool isPngName(const std::string& path)
     std::string end = path.substr(path.size() < 4 ? 0 : path.size() - 4);
     std::transform(end.begin(), end.end(), end.begin(), [](unsigned char c) { return std::tolower(c); });
     return end == ".png" && path.size() > 4;
-}
-
-std::string loadFault(const LoadedScene& loaded)
-{
-    if (loaded.failure()) {
-        return "the load ended with " + loaded.failure()->type + ": " + loaded.failure()->message;
-    }
-    return loaded.log().empty() ? "does not load" : loaded.log().back().text;
 }
 
 } // namespace
@@ -146,7 +138,7 @@ int PictureCommands::render()
 {
     LoadedScene loaded(m_file);
     if (!loaded.isLoaded()) {
-        complain(m_file, loadFault(loaded));
+        complain(m_file, loaded.fault());
         return failed;
     }
     const Shortfalls::Sink sink = [this](const std::string& line) { complain(m_file, line); };
@@ -165,7 +157,7 @@ int PictureCommands::view()
 {
     LoadedScene loaded(m_file);
     if (!loaded.isLoaded()) {
-        complain(m_file, loadFault(loaded));
+        complain(m_file, loaded.fault());
         return failed;
     }
     viewScene(loaded, m_options, [this](const std::string& line) { complain(m_file, line); });
@@ -207,7 +199,7 @@ SheetCell PictureCommands::drawCell(const std::string& file) const
     SheetCell cell;
     LoadedScene loaded(file);
     if (!loaded.isLoaded()) {
-        cell.fault = loadFault(loaded);
+        cell.fault = loaded.fault();
     } else {
         try {
             const auto sink = [this, &file](const std::string& line) { complain(file, line); };

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "SandboxOptions.h"
 #include "render/SceneShow.h"
 #include "render/Sheet.h"
-#include "sandbox/SandboxOptions.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,6 +1,6 @@
 #include "PrepareCommand.h"
 
-#include "Info.h"
+#include "Printable.h"
 
 #include <cstdlib>
 #include <iostream>

@@ -1,6 +1,6 @@
 #include "Viewer.h"
 
-#include "Info.h"
+#include "Printable.h"
 #include "render/Offscreen.h"
 
 #define GLFW_INCLUDE_NONE

@@ -2,7 +2,8 @@
 #include "Info.h"
 #include "LoadedScene.h"
 #include "PrepareCommand.h"
-#include "sandbox/SandboxOptions.h"
+#include "Printable.h"
+#include "SandboxOptions.h"
 #ifdef SCENETOOL_HAS_PICTURES
 #include "ConvertCommand.h"
 #include "PictureCommands.h"
@@ -25,17 +26,13 @@ namespace {
 constexpr int loadFailed = 1;
 constexpr int usageError = 2;
 
-// One line on standard error for each fault that ended something.
-void reportFaults(const scenetool::LoadedScene& loaded)
+// Reports what failed, if anything did, in one line on standard error.
+void reportFault(const scenetool::LoadedScene& loaded)
 {
-    const std::string start = "scenetool: " + scenetool::printable(loaded.file()) + ": ";
-    if (loaded.failure()) {
-        const char* const what = loaded.isLoaded() ? "the evaluation ended with " : "the load ended with ";
-        std::cerr << start << what << loaded.failure()->type << ": " << scenetool::printable(loaded.failure()->message)
+    const std::string fault = loaded.fault();
+    if (!fault.empty()) {
+        std::cerr << "scenetool: " << scenetool::printable(loaded.file()) << ": " << scenetool::printable(fault)
                   << '\n';
-    } else if (!loaded.isLoaded()) {
-        const std::string reason = loaded.log().empty() ? "does not load" : loaded.log().back().text;
-        std::cerr << start << scenetool::printable(reason) << '\n';
     }
 }
 
@@ -48,7 +45,7 @@ int info(const std::string& file, bool showsAllNodes)
         options.showsAllNodes = showsAllNodes;
         scenetool::writeInfo(loaded, options, std::cout);
     }
-    reportFaults(loaded);
+    reportFault(loaded);
     return loaded.isLoaded() ? EXIT_SUCCESS : loadFailed;
 }
 
@@ -62,7 +59,7 @@ int dump(const std::string& file, const std::optional<double>& time, bool folds)
         }
     }
     scenetool::writeDump(loaded, std::cout);
-    reportFaults(loaded);
+    reportFault(loaded);
     return loaded.isLoaded() ? EXIT_SUCCESS : loadFailed;
 }
 

@@ -1,6 +1,6 @@
 #include "SceneRenderer.h"
 
-#include "../Info.h"
+#include "../Printable.h"
 #include "Picture.h"
 #include "TextureFile.h"
 

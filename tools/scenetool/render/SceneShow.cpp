@@ -1,6 +1,6 @@
 #include "SceneShow.h"
 
-#include "../Info.h"
+#include "../Printable.h"
 #include "Offscreen.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "SandboxOptions.h"
 
-#include "../Info.h"
+#include "Printable.h"
 
 #include <chrono>
 #include <cstdlib>
