@@ -129,23 +129,37 @@ void Document::registerIds(pugi::xml_node subtree)
     }
 }
 
-pugi::xml_node Document::byId(std::string_view id, std::initializer_list<const char*> kinds)
+template <class IsFitting>
+pugi::xml_node Document::find(std::string_view id, const IsFitting& isFitting)
 {
     indexIds();
     const auto found = m_ids.find(std::string(id));
     if (found == m_ids.end()) {
         return {};
     }
-    for (const pugi::xml_node element : found->second) {
-        if (kinds.size() == 0 ||
-            std::any_of(kinds.begin(), kinds.end(), [&](const char* kind) { return is(element, kind); })) {
-            return element;
-        }
-    }
-    return {};
+    const auto element = std::find_if(found->second.begin(), found->second.end(), isFitting);
+    return element == found->second.end() ? pugi::xml_node() : *element;
 }
 
-pugi::xml_node Document::resolve(std::string_view reference, std::initializer_list<const char*> kinds)
+pugi::xml_node Document::byId(std::string_view id, std::initializer_list<const char*> kinds)
+{
+    return find(id, [&](pugi::xml_node element) {
+        return kinds.size() == 0 ||
+               std::any_of(kinds.begin(), kinds.end(), [&](const char* kind) { return is(element, kind); });
+    });
+}
+
+pugi::xml_node Document::byId(std::string_view id, const Kinds& kinds)
+{
+    return find(id, [&](pugi::xml_node element) {
+        return kinds[0] == nullptr || std::any_of(kinds.begin(), kinds.end(), [&](const char* kind) {
+                   return kind != nullptr && is(element, kind);
+               });
+    });
+}
+
+template <class Find>
+pugi::xml_node Document::follow(std::string_view reference, const Find& find)
 {
     reference = trimmed(reference);
     const std::size_t mark = reference.find('#');
@@ -157,17 +171,31 @@ pugi::xml_node Document::resolve(std::string_view reference, std::initializer_li
         return {};
     }
     const std::string_view id = reference.substr(mark + 1);
-    const pugi::xml_node found = byId(id, kinds);
-    return found ? found : byId(percentDecoded(id), kinds);
+    const pugi::xml_node found = find(id);
+    return found ? found : find(percentDecoded(id));
+}
+
+pugi::xml_node Document::resolve(std::string_view reference, std::initializer_list<const char*> kinds)
+{
+    return follow(reference, [&](std::string_view id) { return byId(id, kinds); });
+}
+
+pugi::xml_node Document::resolve(std::string_view reference, const Kinds& kinds)
+{
+    return follow(reference, [&](std::string_view id) { return byId(id, kinds); });
 }
 
 std::string Document::freshId(std::string_view wish)
 {
     indexIds();
     std::string id(wish);
-    for (unsigned number = 2; !m_takenIds.insert(id).second; ++number) {
-        id = std::string(wish) + '-' + std::to_string(number);
+    if (m_takenIds.insert(id).second) {
+        return id;
     }
+    unsigned& number = m_nextNumbers.try_emplace(id, 2).first->second;
+    do {
+        id = std::string(wish) + '-' + std::to_string(number++);
+    } while (!m_takenIds.insert(id).second);
     return id;
 }
 
@@ -189,6 +217,37 @@ void Document::setOrigin(pugi::xml_node made, pugi::xml_node origin)
     m_origins[made.hash_value()] = known == m_origins.end() ? origin : known->second;
 }
 
+// An element's name with what tells it from its siblings.
+std::string Document::step(pugi::xml_node element) const
+{
+    std::string result = element.name();
+    if (const pugi::xml_attribute id = element.attribute("id")) {
+        return result + "[@id='" + id.value() + "']";
+    }
+    const pugi::xml_node parent = element.parent();
+    const auto [place, isNew] = m_numbers.try_emplace(parent.hash_value());
+    if (isNew) { // all at once, since a parent may have very many
+        std::unordered_map<std::string_view, std::pair<unsigned, pugi::xml_node>> counts;
+        for (const pugi::xml_node child : parent.children()) {
+            if (child.type() == pugi::node_element) {
+                auto& [count, first] = counts[child.name()];
+                first = count == 0 ? child : first;
+                place->second[child.hash_value()] = ++count;
+            }
+        }
+        for (const auto& each : counts) {
+            if (each.second.first == 1) {
+                place->second[each.second.second.hash_value()] = 0;
+            }
+        }
+    }
+    const auto number = place->second.find(element.hash_value());
+    if (number != place->second.end() && number->second > 0) {
+        result += '[' + std::to_string(number->second) + ']';
+    }
+    return result;
+}
+
 Place Document::placeOf(pugi::xml_node element) const
 {
     while (element && element.type() != pugi::node_element) {
@@ -199,25 +258,18 @@ Place Document::placeOf(pugi::xml_node element) const
         element = origin->second;
     }
     Place place;
-    for (pugi::xml_node each = element; each && each.type() == pugi::node_element; each = each.parent()) {
-        if (each == element && !m_lines.isEmpty() && each.offset_debug() > 0) {
-            const auto nameOffset = static_cast<std::size_t>(each.offset_debug());
-            std::tie(place.line, place.column) = m_lines.at(nameOffset - 1); // of the angle bracket
-        }
-        std::string step = each.name();
-        if (const pugi::xml_attribute id = each.attribute("id")) {
-            step += "[@id='" + std::string(id.value()) + "']";
-        } else if (each.parent().type() == pugi::node_element) {
-            unsigned before = 0;
-            for (pugi::xml_node other = each.previous_sibling(each.name()); other;
-                 other = other.previous_sibling(each.name())) {
-                ++before;
-            }
-            if (before > 0 || each.next_sibling(each.name())) {
-                step += '[' + std::to_string(before + 1) + ']';
-            }
-        }
-        place.path = place.path.empty() ? step : step + '/' + place.path;
+    if (!m_lines.isEmpty() && element.offset_debug() > 0) {
+        const auto nameOffset = static_cast<std::size_t>(element.offset_debug());
+        std::tie(place.line, place.column) = m_lines.at(nameOffset - 1); // of the angle bracket
+    }
+    constexpr std::size_t mostSteps = 40; // the innermost
+    std::vector<std::string> steps;
+    for (; element && element.type() == pugi::node_element && steps.size() < mostSteps; element = element.parent()) {
+        steps.push_back(step(element));
+    }
+    place.path = element.type() == pugi::node_element ? "..." : "";
+    for (auto each = steps.rbegin(); each != steps.rend(); ++each) {
+        place.path += (place.path.empty() ? "" : "/") + *each;
     }
     return place;
 }

@@ -5,6 +5,7 @@
 
 #include <pugixml.hpp>
 
+#include <array>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -13,6 +14,9 @@
 #include <vector>
 
 namespace libPrepare {
+
+/// Names of elements, ended by a null; any element if there is none.
+using Kinds = std::array<const char*, 6>;
 
 /// Whether an element has this name. Namespaces prefixes are gone after the first passes.
 bool is(pugi::xml_node element, const char* name);
@@ -50,9 +54,11 @@ public:
 
     /// The first element with an id among those of these kinds, in document order; of any kind if none is named.
     pugi::xml_node byId(std::string_view id, std::initializer_list<const char*> kinds = {});
+    pugi::xml_node byId(std::string_view id, const Kinds& kinds);
     /// What a reference within the document leads to, such as `#id` or this file's own name before the `#`; null if it leads
     /// nowhere or to another document. Blanks around it and percent encoding are taken off.
     pugi::xml_node resolve(std::string_view reference, std::initializer_list<const char*> kinds = {});
+    pugi::xml_node resolve(std::string_view reference, const Kinds& kinds);
     /// An id that no element has had so far: the wish itself if it is free, otherwise with a number after it. It is taken
     /// from then on.
     std::string freshId(std::string_view wish);
@@ -80,6 +86,11 @@ public:
     bool takeBytes(std::uint64_t bytes);
 
 private:
+    template <class IsFitting>
+    pugi::xml_node find(std::string_view id, const IsFitting& isFitting);
+    template <class Find>
+    pugi::xml_node follow(std::string_view reference, const Find& find);
+    std::string step(pugi::xml_node element) const;
     void indexIds();
     void add(pugi::xml_node where, Outcome outcome, const char* kind, std::string text, std::string remedy);
 
@@ -93,7 +104,10 @@ private:
     bool m_areIdsKnown = false;
     std::unordered_map<std::string, std::vector<pugi::xml_node>> m_ids;
     std::unordered_set<std::string> m_takenIds;
+    std::unordered_map<std::string, unsigned> m_nextNumbers; // behind wishes for ids
     std::unordered_map<std::size_t, pugi::xml_node> m_origins;
+    // Among the children of one name, from 1, and 0 for an only one: of parents for whose children it was asked.
+    mutable std::unordered_map<std::size_t, std::unordered_map<std::size_t, unsigned>> m_numbers;
 };
 
 } // namespace libPrepare

@@ -1,7 +1,241 @@
 #include "Passes.h"
 
+#include "../document/Numbers.h"
+#include "../document/References.h"
+#include "../document/Tree.h"
+
+#include <cstring>
+#include <unordered_map>
+
 namespace libPrepare {
 
-void repairIds(Document&) {}
+namespace {
+
+// Whether a reference can hold a character as it is.
+bool isPlain(char c)
+{
+    const bool isWord = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+    return isWord || (c != '\0' && std::strchr("-._~!$&'()*+,;=:@/?", c) != nullptr);
+}
+
+int isHexDigit(char c)
+{
+    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+}
+
+// The id with each run of other characters made one "_".
+std::string plainId(std::string_view id)
+{
+    std::string result;
+    bool isRun = false;
+    for (std::size_t i = 0; i < id.size(); ++i) {
+        const bool isEscape = id[i] == '%' && i + 2 < id.size() && isHexDigit(id[i + 1]) && isHexDigit(id[i + 2]);
+        if (isPlain(id[i]) || isEscape) {
+            result += id[i];
+        } else if (!isRun) {
+            result += '_';
+        }
+        isRun = !isPlain(id[i]) && !isEscape;
+    }
+    return result;
+}
+
+class IdRepair {
+public:
+    explicit IdRepair(Document& document) : m_document(document) {}
+
+    void run()
+    {
+        listReferences();
+        listRenames();
+        for (const auto& [reference, targets] : m_references) {
+            rewrite(reference, targets);
+        }
+        for (const pugi::xml_node element : m_order) {
+            setAttribute(element, "id", m_renames.at(element));
+        }
+        if (!m_order.empty()) {
+            m_document.forgetIds();
+        }
+    }
+
+private:
+    struct Hash {
+        std::size_t operator()(pugi::xml_node node) const { return node.hash_value(); }
+    };
+
+    void listReferences()
+    {
+        forEachReference(m_document.root(), [this](const Reference& reference) {
+            std::vector<pugi::xml_node> targets;
+            const std::string text = reference.text();
+            switch (reference.form) {
+            case Reference::Form::uri:
+                targets.push_back(find(text, true, reference.kinds));
+                break;
+            case Reference::Form::id:
+                targets.push_back(find(text, false, reference.kinds));
+                break;
+            case Reference::Form::path:
+                targets.push_back(findTargeted(text));
+                break;
+            case Reference::Form::ids:
+                for (const std::string_view word : words(text)) {
+                    targets.push_back(find(std::string(word), false, reference.kinds));
+                }
+                break;
+            }
+            for (const pugi::xml_node target : targets) {
+                if (target && !*target.attribute("id").value()) {
+                    m_isNamed[target] = true;
+                }
+            }
+            m_references.emplace_back(reference, std::move(targets));
+        });
+    }
+
+    // Equal questions are asked once: many elements may have the same id.
+    pugi::xml_node find(const std::string& text, bool isUri, const Kinds& kinds)
+    {
+        const std::string key = (isUri ? '#' : '=') + std::string(kinds[0] != nullptr ? kinds[0] : "") + ' ' + text;
+        const auto [place, isNew] = m_found.try_emplace(key);
+        if (isNew) {
+            const std::string_view id = trimmed(text);
+            place->second = isUri ? m_document.resolve(id, kinds) : m_document.byId(id, kinds);
+            if (!place->second && isUri) {
+                place->second = m_document.resolve(id);
+            }
+        }
+        return place->second;
+    }
+
+    // What a channel drives lies in the first element of that id that is no scene, since scenes have nothing to drive.
+    pugi::xml_node findTargeted(std::string_view target)
+    {
+        const std::string id(trimmed(target.substr(0, target.find('/'))));
+        const pugi::xml_node driven = find(id, false, {"node", "camera", "light", "source", "morph", "controller"});
+        return driven ? driven : find(id, false, {});
+    }
+
+    void listRenames()
+    {
+        for (pugi::xml_node element = m_document.root(); element; element = next(element, m_document.root())) {
+            const pugi::xml_attribute attribute = element.attribute("id");
+            if (!attribute) {
+                continue;
+            }
+            const std::string id(trimmed(attribute.value()));
+            if (id.empty()) {
+                if (m_isNamed.count(element) != 0) {
+                    rename(element, m_document.freshId(element.name()), "odd-id",
+                           "An id is empty, but references name it.");
+                }
+                continue;
+            }
+            const std::string simple = plainId(id);
+            if (!m_seen.insert(id).second) {
+                rename(element, m_document.freshId(simple), "doubled-id",
+                       "The id " + id + " is borne by several elements.");
+            } else if (simple != id) {
+                rename(element, m_document.freshId(simple), "odd-id",
+                       "The id " + id + " has characters that a reference cannot hold.");
+            } else if (id != attribute.value()) {
+                rename(element, id, "odd-id", "The id " + id + " has blanks around it.");
+            }
+        }
+    }
+
+    void rename(pugi::xml_node element, std::string id, const char* kind, std::string text)
+    {
+        m_document.rewritten(element, kind, std::move(text), "made " + id + "; references follow");
+        m_renames[element] = std::move(id);
+        m_order.push_back(element);
+    }
+
+    std::string newId(pugi::xml_node element) const
+    {
+        const auto renamed = m_renames.find(element);
+        return renamed != m_renames.end() ? renamed->second : std::string(trimmed(element.attribute("id").value()));
+    }
+
+    void rewrite(const Reference& reference, const std::vector<pugi::xml_node>& targets)
+    {
+        const std::string before = reference.text();
+        std::string after = before;
+        bool followsRename = false;
+        switch (reference.form) {
+        case Reference::Form::uri:
+            if (!targets[0]) {
+                return;
+            }
+            after = '#' + newId(targets[0]);
+            // Blanks around a text are taken off by whoever reads it.
+            if (!reference.attribute && trimmed(before) == after) {
+                return;
+            }
+            followsRename = m_renames.count(targets[0]) != 0;
+            break;
+        case Reference::Form::id:
+            followsRename = targets[0] && m_renames.count(targets[0]) != 0 && !isSid(reference, before);
+            after = followsRename ? newId(targets[0]) : before;
+            break;
+        case Reference::Form::path:
+            followsRename = targets[0] && m_renames.count(targets[0]) != 0;
+            after =
+                followsRename ? newId(targets[0]) + before.substr(std::min(before.find('/'), before.size())) : before;
+            break;
+        case Reference::Form::ids: {
+            std::string list;
+            const std::vector<std::string_view> old = words(before);
+            for (std::size_t i = 0; i < targets.size(); ++i) {
+                const bool isRenamed = targets[i] && m_renames.count(targets[i]) != 0;
+                followsRename = followsRename || isRenamed;
+                list += (i == 0 ? "" : " ") + (isRenamed ? newId(targets[i]) : std::string(old[i]));
+            }
+            after = followsRename ? list : before;
+            break;
+        }
+        }
+        if (after == before) {
+            return;
+        }
+        reference.setText(after);
+        if (!followsRename) {
+            m_document.rewritten(reference.element, "odd-reference",
+                                 "The reference " + before + " says more than an id.", "made " + after);
+        }
+    }
+
+    // Whether a texture names a parameter of its effect, which comes before an image of that id.
+    static bool isSid(const Reference& reference, const std::string& name)
+    {
+        if (!is(reference.element, "texture")) {
+            return false;
+        }
+        for (pugi::xml_node parent = reference.element.parent(); parent; parent = parent.parent()) {
+            for (const pugi::xml_node child : parent.children("newparam")) {
+                if (name == child.attribute("sid").value()) {
+                    return true;
+                }
+            }
+        }
+        return false;
+    }
+
+    Document& m_document;
+    std::vector<std::pair<Reference, std::vector<pugi::xml_node>>> m_references;
+    std::unordered_map<std::string, pugi::xml_node> m_found;
+    std::unordered_map<pugi::xml_node, bool, Hash> m_isNamed; // with an empty id
+    std::unordered_set<std::string> m_seen;
+    std::unordered_map<pugi::xml_node, std::string, Hash> m_renames;
+    std::vector<pugi::xml_node> m_order; // of the renames
+};
+
+} // namespace
+
+void repairIds(Document& document)
+{
+    IdRepair(document).run();
+}
 
 } // namespace libPrepare

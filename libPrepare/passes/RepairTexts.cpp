@@ -1,7 +1,187 @@
 #include "Passes.h"
 
+#include "../document/Numbers.h"
+#include "../document/Tree.h"
+
+#include <algorithm>
+#include <cstring>
+#include <unordered_set>
+
 namespace libPrepare {
 
-void repairTexts(Document&) {}
+namespace {
+
+bool isBlankText(std::string_view text)
+{
+    return std::all_of(text.begin(), text.end(), isBlank);
+}
+
+// Whether a reader that takes the last plain run of a text alone would miss something.
+bool isDivided(pugi::xml_node element)
+{
+    unsigned runs = 0;
+    bool hasCharacterData = false;
+    for (const pugi::xml_node child : element.children()) {
+        if (child.type() == pugi::node_element) {
+            return false;
+        }
+        if (child.type() == pugi::node_pcdata && !isBlankText(child.value())) {
+            ++runs;
+        }
+        hasCharacterData = hasCharacterData || (child.type() == pugi::node_cdata && !isBlankText(child.value()));
+    }
+    return runs > 1 || hasCharacterData;
+}
+
+// Comments and processing instructions stay, after the text.
+void join(pugi::xml_node element)
+{
+    const std::string text = textOf(element);
+    for (pugi::xml_node child = element.first_child(); child;) {
+        const pugi::xml_node after = child.next_sibling();
+        if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata) {
+            element.remove_child(child);
+        }
+        child = after;
+    }
+    element.prepend_child(pugi::node_pcdata).set_value(text.c_str());
+}
+
+bool holdsNumbers(const char* name)
+{
+    static const std::unordered_set<std::string_view> names = {"float_array",
+                                                               "translate",
+                                                               "rotate",
+                                                               "scale",
+                                                               "matrix",
+                                                               "lookat",
+                                                               "skew",
+                                                               "color",
+                                                               "float",
+                                                               "float2",
+                                                               "float3",
+                                                               "float4",
+                                                               "float2x2",
+                                                               "float3x3",
+                                                               "float4x4",
+                                                               "xfov",
+                                                               "yfov",
+                                                               "xmag",
+                                                               "ymag",
+                                                               "aspect_ratio",
+                                                               "znear",
+                                                               "zfar",
+                                                               "falloff_angle",
+                                                               "falloff_exponent",
+                                                               "bind_shape_matrix",
+                                                               "constant_attenuation",
+                                                               "linear_attenuation",
+                                                               "quadratic_attenuation"};
+    return names.count(name) != 0;
+}
+
+bool isDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+// Whether a word is a number but for the comma in it: -0,5 or 1,5e-3.
+bool isCommaNumber(std::string_view word)
+{
+    const std::size_t comma = word.find(',');
+    if (comma == std::string_view::npos || word.find(',', comma + 1) != std::string_view::npos ||
+        word.find('.') != std::string_view::npos) {
+        return false;
+    }
+    const std::size_t first = word.front() == '-' || word.front() == '+' ? 1 : 0;
+    std::size_t end = comma + 1;
+    while (end < word.size() && isDigit(word[end])) {
+        ++end;
+    }
+    const bool hasDigits = comma > first && end > comma + 1 &&
+                           std::all_of(word.begin() + static_cast<std::ptrdiff_t>(first),
+                                       word.begin() + static_cast<std::ptrdiff_t>(comma), isDigit);
+    if (!hasDigits || end == word.size()) {
+        return hasDigits;
+    }
+    if (word[end] != 'e' && word[end] != 'E') {
+        return false;
+    }
+    end += end + 1 < word.size() && (word[end + 1] == '-' || word[end + 1] == '+') ? 2 : 1;
+    return end < word.size() && std::all_of(word.begin() + static_cast<std::ptrdiff_t>(end), word.end(), isDigit);
+}
+
+// @return how many commas became points
+std::size_t repairCommas(std::string& text)
+{
+    std::size_t count = 0;
+    for (std::size_t at = text.find(','); at != std::string::npos; at = text.find(',', at + 1)) {
+        std::size_t begin = at;
+        while (begin > 0 && !isBlank(text[begin - 1])) {
+            --begin;
+        }
+        std::size_t end = at;
+        while (end < text.size() && !isBlank(text[end])) {
+            ++end;
+        }
+        if (isCommaNumber(std::string_view(text).substr(begin, end - begin))) {
+            text[at] = '.';
+            ++count;
+        }
+        at = end == text.size() ? end - 1 : end;
+    }
+    return count;
+}
+
+void repairNumbers(Document& document, pugi::xml_node element)
+{
+    std::string scratch;
+    if (textOf(element, scratch).find(',') == std::string_view::npos) {
+        return;
+    }
+    std::string text = textOf(element);
+    if (const std::size_t count = repairCommas(text)) {
+        setText(element, text);
+        document.rewritten(element, "decimal-comma",
+                           "Numbers have a comma in the place of the decimal point: " + std::to_string(count) + ".",
+                           "made points");
+    }
+}
+
+// Where other readers keep what they like.
+bool isForeign(const char* name)
+{
+    return std::strcmp(name, "extra") == 0 ||
+           (std::strncmp(name, "profile_", 8) == 0 && std::strcmp(name, "profile_COMMON") != 0);
+}
+
+} // namespace
+
+void repairTexts(Document& document)
+{
+    const pugi::xml_node root = document.root();
+    for (pugi::xml_node node = root; node;) {
+        if (node.type() != pugi::node_element || isForeign(node.name())) {
+            node = nextBeside(node, root);
+            continue;
+        }
+        if (isDivided(node)) {
+            document.rewritten(node, "divided-text", "The text is divided by comments, or is character data.",
+                               "joined");
+            join(node);
+        }
+        if (holdsNumbers(node.name())) {
+            repairNumbers(document, node);
+        } else if (is(node, "unit")) {
+            std::string meter = node.attribute("meter").value();
+            if (repairCommas(meter) > 0) {
+                setAttribute(node, "meter", meter);
+                document.rewritten(node, "decimal-comma", "The unit has a comma in the place of the decimal point.",
+                                   "made a point");
+            }
+        }
+        node = next(node, root);
+    }
+}
 
 } // namespace libPrepare

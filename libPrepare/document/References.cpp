@@ -1,0 +1,142 @@
+#include "References.h"
+
+#include "Numbers.h"
+#include "Tree.h"
+
+#include <cstring>
+
+namespace libPrepare {
+
+namespace {
+
+struct Rule {
+    const char* element;
+    const char* attribute;
+    Reference::Form form;
+    Kinds kinds;
+};
+
+constexpr Rule rules[] = {
+    {"accessor",
+     "source",
+     Reference::Form::uri,
+     {"float_array", "Name_array", "IDREF_array", "int_array", "bool_array"}},
+    {"channel", "source", Reference::Form::uri, {"sampler"}},
+    {"channel", "target", Reference::Form::path, {}},
+    {"instance_material", "target", Reference::Form::uri, {"material"}},
+    {"instance_rigid_body", "target", Reference::Form::uri, {"node"}},
+    {"morph", "source", Reference::Form::uri, {"geometry", "controller"}},
+    {"skin", "source", Reference::Form::uri, {"geometry", "controller"}},
+    {"texture", "texture", Reference::Form::id, {"image"}},
+};
+
+bool hasText(pugi::xml_node element)
+{
+    for (const pugi::xml_node child : element.children()) {
+        if (child.type() == pugi::node_element) {
+            return false;
+        }
+    }
+    return static_cast<bool>(element.first_child());
+}
+
+// The first ancestor with one of two names.
+pugi::xml_node ancestor(pugi::xml_node element, const char* name, const char* other)
+{
+    while (element && !is(element, name) && !is(element, other)) {
+        element = element.parent();
+    }
+    return element;
+}
+
+Kinds kindsOf(pugi::xml_node element, const char* attribute)
+{
+    if (std::strncmp(element.name(), "instance_", 9) == 0 && std::strcmp(attribute, "url") == 0) {
+        return {element.name() + 9};
+    }
+    if (is(element, "input") && std::strcmp(attribute, "source") == 0) {
+        return {std::strcmp(element.attribute("semantic").value(), "VERTEX") == 0 ? "vertices" : "source"};
+    }
+    return {};
+}
+
+void useAttributes(pugi::xml_node element, const std::function<void(const Reference&)>& use)
+{
+    for (const pugi::xml_attribute attribute : element.attributes()) {
+        const char* const name = attribute.name();
+        const Rule* found = nullptr;
+        for (const Rule& rule : rules) {
+            if (std::strcmp(rule.attribute, name) == 0 && is(element, rule.element)) {
+                found = &rule;
+            }
+        }
+        if (found != nullptr) {
+            use({element, attribute, found->form, found->kinds});
+        } else if ((std::strcmp(name, "url") == 0 || std::strcmp(name, "source") == 0 ||
+                    std::strcmp(name, "target") == 0) &&
+                   std::strchr(attribute.value(), '#') != nullptr) {
+            use({element, attribute, Reference::Form::uri, kindsOf(element, name)});
+        }
+    }
+}
+
+void useText(pugi::xml_node element, unsigned extras, const std::function<void(const Reference&)>& use)
+{
+    if (is(element, "skeleton")) {
+        use({element, {}, Reference::Form::uri, {"node"}});
+    } else if (is(element, "init_from") && !is(element.parent(), "image")) {
+        use({element, {}, Reference::Form::id, {"image"}});
+    } else if (is(element, "IDREF_array")) {
+        const bool isMorph = is(ancestor(element, "morph", "skin"), "morph");
+        use({element, {}, Reference::Form::ids, {isMorph ? "geometry" : "node"}});
+    } else if (extras > 0 && hasText(element)) {
+        std::string scratch;
+        const std::string_view text = trimmed(textOf(element, scratch));
+        if (!text.empty() && text.front() == '#' && text.find_first_of(" \t\r\n") == std::string_view::npos) {
+            use({element, {}, Reference::Form::uri, {}});
+        } else if (is(element, "target") && !text.empty()) {
+            const bool isUri = text.find('#') != std::string_view::npos;
+            use({element, {}, isUri ? Reference::Form::uri : Reference::Form::id, {"node"}});
+        }
+    }
+}
+
+} // namespace
+
+std::string Reference::text() const
+{
+    return attribute ? std::string(attribute.value()) : textOf(element);
+}
+
+void Reference::setText(const std::string& text) const
+{
+    if (pugi::xml_attribute writable = attribute) {
+        writable.set_value(text.c_str());
+    } else {
+        libPrepare::setText(element, text);
+    }
+}
+
+void forEachReference(pugi::xml_node subtree, const std::function<void(const Reference&)>& use)
+{
+    unsigned extras = 0; // that are open
+    pugi::xml_node node = subtree;
+    while (node) {
+        if (node.type() == pugi::node_element) {
+            useAttributes(node, use);
+            useText(node, extras, use);
+        }
+        if (node.first_child()) {
+            extras += is(node, "extra") ? 1 : 0;
+            node = node.first_child();
+            continue;
+        }
+        while (node != subtree && !node.next_sibling()) {
+            node = node.parent();
+            extras -= is(node, "extra") ? 1 : 0;
+        }
+        node = node == subtree ? pugi::xml_node() : node.next_sibling();
+    }
+}
+
+} // namespace libPrepare

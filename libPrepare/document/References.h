@@ -1,0 +1,30 @@
+#pragma once
+
+#include <libPrepare/document/Document.h>
+
+#include <array>
+#include <functional>
+
+namespace libPrepare {
+
+/// A place of a document that names an element of it or of another document.
+struct Reference {
+    enum class Form {
+        uri,  ///< `#id`, with or without a document before it.
+        id,   ///< An id alone.
+        path, ///< An id, and what follows it after a `/`.
+        ids,  ///< A list of ids.
+    };
+    pugi::xml_node element;
+    pugi::xml_attribute attribute; ///< Null if the text of the element holds the reference.
+    Form form = Form::uri;
+    Kinds kinds{}; ///< What it may lead to.
+
+    std::string text() const;
+    void setText(const std::string& text) const;
+};
+
+/// Calls `use` for each reference in a subtree, in document order. Sids are none.
+void forEachReference(pugi::xml_node subtree, const std::function<void(const Reference&)>& use);
+
+} // namespace libPrepare

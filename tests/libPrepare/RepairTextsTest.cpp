@@ -1,0 +1,34 @@
+#include "OnePass.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using test::OnePass;
+
+TEST(RepairTextsTest, RunsBecomeOneAndCommentsStay)
+{
+    const OnePass result(&libPrepare::repairTexts,
+                         "<p>1 2<!-- c --> 3<![CDATA[ 4]]><?x?> 5</p><init_from><![CDATA[a.png]]></init_from>"
+                         "<q>1<!-- only one run --></q><extra><p><![CDATA[a<b]]></p></extra>");
+    EXPECT_NE(std::string::npos, result.all().find("<p>1 2 3 4 5<!-- c --><?x?></p><init_from>a.png</init_from>"
+                                                   "<q>1<!-- only one run --></q><extra><p><![CDATA[a<b]]></p>"));
+    EXPECT_EQ(2U, result.report.findings.size());
+}
+
+TEST(RepairTextsTest, DecimalCommasBecomePoints)
+{
+    const OnePass result(
+        &libPrepare::repairTexts,
+        "<unit meter='0,01'/><translate>1,5 -0,25\n3</translate><float_array>1,5e-3 2,5E7 4</float_array>"
+        "<p>1,5</p><scale>1,2,3</scale><rotate>1.5,2 1, ,2</rotate>");
+    EXPECT_EQ("0.01", result.value("//unit/@meter"));
+    EXPECT_EQ("1.5 -0.25\n3", result.text("//translate"));
+    EXPECT_EQ("1.5e-3 2.5E7 4", result.text("//float_array"));
+    EXPECT_EQ("1,5", result.text("//p"));
+    EXPECT_EQ("1,2,3", result.text("//scale"));
+    EXPECT_EQ("1.5,2 1, ,2", result.text("//rotate"));
+    EXPECT_EQ(3U, result.report.findings.size());
+}
+
+} // namespace
