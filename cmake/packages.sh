@@ -2,7 +2,7 @@
 
 build_packages="g++ cmake ninja-build pkg-config libcollada-dom-dev libxml2-dev libpugixml-dev libglu1-mesa-dev zlib1g-dev libcli11-dev nlohmann-json3-dev"
 # What scenetool and an example draw with; the drivers serve a machine without a graphics card.
-build_packages="$build_packages libepoxy-dev libegl-dev libgl-dev libglfw3-dev libpng-dev libturbojpeg0-dev libstb-dev"
+build_packages="$build_packages libepoxy-dev libegl-dev libgl-dev libglfw3-dev libpng-dev libturbojpeg0-dev libstb-dev libmeshoptimizer-dev"
 build_packages="$build_packages libegl1 libegl-mesa0 libgl1-mesa-dri"
 test_packages="$build_packages libgtest-dev xvfb xdotool"
 benchmark_packages="$build_packages libbenchmark-dev python3 gnuplot-nox"

@@ -53,6 +53,8 @@ ConvertCommand::ConvertCommand(CLI::App& app, SandboxOptions& sandbox)
         ->required();
     m_command->add_flag("--as-loaded", m_settings.isAsLoaded,
                         "Convert what the library delivers of the document as it is");
+    m_command->add_flag("--compress", m_settings.isCompressed,
+                        "Compress vertices and indices (EXT_meshopt_compression), which readers have to know then");
     m_command->add_flag("--report", m_reports, "Print what glTF cannot hold");
     m_command->add_option("--tolerance", m_settings.tolerance, "Largest error of an animation, relative to its size")
         ->check(CLI::PositiveNumber)

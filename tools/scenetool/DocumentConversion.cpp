@@ -47,7 +47,10 @@ ConversionResult convertDocument(const std::string& in, const std::string& out, 
     options.mostBytes = settings.mostBytes;
     options.approximations = result.prepared.approximations;
     try {
-        const GltfDocument document = gltfOf(loaded, options, result.notes);
+        GltfDocument document = gltfOf(loaded, options, result.notes);
+        if (settings.isCompressed) {
+            document.compress();
+        }
         if (hasEnding(out, ".glb")) {
             document.writeBinary(out);
         } else {

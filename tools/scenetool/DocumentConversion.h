@@ -12,6 +12,7 @@ namespace scenetool {
 /// How documents are converted.
 struct ConversionSettings {
     bool isAsLoaded = false;                           ///< Without libPrepare.
+    bool isCompressed = false;                      ///< By EXT_meshopt_compression.
     double tolerance = 1e-4;                           ///< Of animations, relative to their size.
     std::uint64_t mostBytes = std::uint64_t(1) << 30U; ///< Of the result's data.
     libPrepare::Options prepare;                       ///< For libPrepare.

@@ -1,5 +1,7 @@
 #include "ConvertedDocument.h"
 
+#include <meshoptimizer.h>
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -43,6 +45,34 @@ TEST(ConvertTest, MeshHasPositionsUnitNormalsAndCoordinatesFromTheTop)
     const auto& bounds = converted.json["accessors"][primitive["attributes"]["POSITION"].get<std::size_t>()];
     EXPECT_EQ((std::vector<double>{0, 0, 0}), bounds["min"].get<std::vector<double>>());
     EXPECT_EQ((std::vector<double>{2, 3, 0}), bounds["max"].get<std::vector<double>>());
+}
+
+TEST(ConvertTest, CompressedViewsDecodeToTheSameVerticesAndTriangles)
+{
+    const ConvertedDocument plain(triangle + scene(shown));
+    const ConvertedDocument packed(triangle + scene(shown), {}, ".glb", {"--as-loaded", "--compress"});
+    const char* const extension = "EXT_meshopt_compression";
+    EXPECT_EQ(extension, packed.json["extensionsRequired"][0]);
+    EXPECT_EQ(true, packed.json["buffers"][1]["extensions"][extension]["fallback"]);
+    ASSERT_EQ(plain.json["bufferViews"].size(), packed.json["bufferViews"].size());
+    for (std::size_t i = 0; i < packed.json["bufferViews"].size(); ++i) {
+        const auto& view = packed.json["bufferViews"][i];
+        EXPECT_EQ(1, view["buffer"]);
+        const auto& how = view["extensions"][extension];
+        const std::size_t count = how["count"].get<std::size_t>();
+        const std::size_t stride = how["byteStride"].get<std::size_t>();
+        const std::string data =
+            packed.binary.substr(how["byteOffset"].get<std::size_t>(), how["byteLength"].get<std::size_t>());
+        const auto* const bytes = reinterpret_cast<const unsigned char*>(data.data());
+        std::string decoded(count * stride, '\0');
+        if (how["mode"] == "ATTRIBUTES") {
+            ASSERT_EQ(0, meshopt_decodeVertexBuffer(decoded.data(), count, stride, bytes, data.size()));
+        } else {
+            ASSERT_EQ("TRIANGLES", how["mode"]);
+            ASSERT_EQ(0, meshopt_decodeIndexBuffer(decoded.data(), count, stride, bytes, data.size()));
+        }
+        EXPECT_EQ(plain.view(i), decoded);
+    }
 }
 
 TEST(ConvertTest, TextFormHasItsDataBeside)

@@ -1,8 +1,11 @@
 #include "GltfDocument.h"
 
+#include <meshoptimizer.h>
+
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -15,6 +18,7 @@ namespace scenetool {
 namespace {
 
 constexpr std::size_t alignment = 4;
+constexpr const char* compressionExtension = "EXT_meshopt_compression";
 
 std::size_t padding(std::size_t size)
 {
@@ -106,6 +110,71 @@ const unsigned char* GltfDocument::viewData(std::size_t view) const
     return reinterpret_cast<const unsigned char*>(m_binary.data()) + offset;
 }
 
+unsigned GltfDocument::componentOf(std::size_t view) const
+{
+    for (const Json& accessor : m_json.at("accessors")) {
+        if (accessor.at("bufferView").get<std::size_t>() == view) {
+            return accessor.at("componentType").get<unsigned>();
+        }
+    }
+    return unsignedInt;
+}
+
+void GltfDocument::compress()
+{
+    if (!m_json.contains("bufferViews")) {
+        return;
+    }
+    constexpr std::size_t cornersOfTriangle = 3;
+    std::string binary;
+    Json& views = m_json["bufferViews"];
+    for (std::size_t i = 0; i < views.size(); ++i) {
+        Json& view = views[i];
+        const unsigned char* const data = viewData(i);
+        const std::size_t size = view.at("byteLength").get<std::size_t>();
+        const unsigned target = view.value("target", 0U);
+        std::size_t stride = view.value("byteStride", std::size_t(0));
+        std::vector<unsigned char> packed;
+        if (target == vertices && stride != 0 && stride % alignment == 0) {
+            packed.resize(meshopt_encodeVertexBufferBound(size / stride, stride));
+            packed.resize(meshopt_encodeVertexBuffer(packed.data(), packed.size(), data, size / stride, stride));
+        } else if (target == indices) {
+            stride = componentOf(i) == unsignedShort ? sizeof(std::uint16_t) : sizeof(std::uint32_t);
+            std::vector<unsigned> corners(size / stride);
+            for (std::size_t corner = 0; corner < corners.size(); ++corner) {
+                std::memcpy(&corners[corner], data + corner * stride, stride); // little-endian, as the format is
+            }
+            if (!corners.empty() && corners.size() % cornersOfTriangle == 0) {
+                const std::size_t count = std::size_t(*std::max_element(corners.begin(), corners.end())) + 1;
+                packed.resize(meshopt_encodeIndexBufferBound(corners.size(), count));
+                packed.resize(meshopt_encodeIndexBuffer(packed.data(), packed.size(), corners.data(), corners.size()));
+            }
+        }
+        binary.append(padding(binary.size()), '\0');
+        const std::size_t offset = binary.size();
+        if (packed.empty()) {
+            binary.append(reinterpret_cast<const char*>(data), size);
+            view["byteOffset"] = offset;
+            continue;
+        }
+        binary.append(reinterpret_cast<const char*>(packed.data()), packed.size());
+        m_uncompressedBytes += padding(m_uncompressedBytes);
+        view["extensions"][compressionExtension] = {{"buffer", 0},
+                                                    {"byteOffset", offset},
+                                                    {"byteLength", packed.size()},
+                                                    {"byteStride", stride},
+                                                    {"mode", target == vertices ? "ATTRIBUTES" : "TRIANGLES"},
+                                                    {"count", size / stride}};
+        view["buffer"] = 1;
+        view["byteOffset"] = m_uncompressedBytes;
+        m_uncompressedBytes += size;
+    }
+    m_binary = std::move(binary);
+    if (m_uncompressedBytes != 0) {
+        useExtension(compressionExtension, true);
+    }
+}
+
 GltfDocument::Json GltfDocument::finished(const std::string& binaryName) const
 {
     Json result = m_json;
@@ -115,6 +184,10 @@ GltfDocument::Json GltfDocument::finished(const std::string& binaryName) const
             buffer["uri"] = binaryName;
         }
         result["buffers"] = Json::array({buffer});
+        if (m_uncompressedBytes != 0) { // has no data: it is where the views would be without compression
+            result["buffers"].push_back(
+                {{"byteLength", m_uncompressedBytes}, {"extensions", {{compressionExtension, {{"fallback", true}}}}}});
+        }
     }
     return result;
 }

@@ -51,6 +51,9 @@ public:
     /// The bytes of a view.
     const unsigned char* viewData(std::size_t view) const;
 
+    /// Compresses vertices and indices (EXT_meshopt_compression), which readers have to know then. To be called last.
+    void compress();
+
     /// Writes one binary file. @throws GltfError
     void writeBinary(const std::string& path) const;
     /// Writes the JSON to `path` and the data beside it, with the ending `.bin`. @throws GltfError
@@ -58,10 +61,12 @@ public:
 
 private:
     Json finished(const std::string& binaryName) const;
+    unsigned componentOf(std::size_t view) const;
 
     Json m_json;
     std::string m_binary;
     std::uint64_t m_mostBytes;
+    std::size_t m_uncompressedBytes = 0; // of what is compressed; 0 if nothing is
 };
 
 /// Writes a file whole or not at all: it appears under its name when it is complete. @throws GltfError
