@@ -174,9 +174,15 @@ void Parameters::read(pugi::xml_node scope)
 void Parameters::set(pugi::xml_node setparam)
 {
     const auto found = m_byName.find(std::string(trimmed(setparam.attribute("ref").value())));
-    if (found != m_byName.end() && startsWith(firstElement(setparam).name(), "float")) {
+    if (found != m_byName.end() && numbersIn(setparam)) {
         found->second = setparam;
     }
+}
+
+pugi::xml_node Parameters::numbersIn(pugi::xml_node setparam)
+{
+    const pugi::xml_node first = firstElement(setparam);
+    return startsWith(first.name(), "float") ? first : pugi::xml_node();
 }
 
 pugi::xml_node Parameters::find(std::string_view name) const

@@ -46,6 +46,8 @@ public:
     pugi::xml_node find(std::string_view name) const;
     /// The `<float>`, `<float2>` ... of a parameter; null if it holds something else.
     pugi::xml_node numbersOf(std::string_view name) const;
+    /// The `<float>`, `<float2>` ... that a `<setparam>` sets; null if it sets something else.
+    static pugi::xml_node numbersIn(pugi::xml_node setparam);
 
 private:
     void read(pugi::xml_node scope);

@@ -38,6 +38,16 @@ std::vector<pugi::xml_node> nodesIn(pugi::xml_node subtree)
     return result;
 }
 
+std::uint64_t sizeOf(pugi::xml_node element)
+{
+    struct Counter : pugi::xml_writer {
+        std::uint64_t bytes = 0;
+        void write(const void*, std::size_t size) override { bytes += size; }
+    } counter;
+    element.print(counter, "", pugi::format_raw);
+    return counter.bytes;
+}
+
 void removeElement(pugi::xml_node element)
 {
     pugi::xml_node parent = element.parent();

@@ -2,6 +2,8 @@
 
 #include <libPrepare/document/Document.h>
 
+#include <cstdint>
+
 namespace libPrepare {
 
 /// The next one of a walk over a whole subtree in document order, `top` being the first; null at its end.
@@ -14,6 +16,8 @@ pugi::xml_node shownScene(Document& document);
 /// All `<node>` elements in a subtree, in document order.
 std::vector<pugi::xml_node> nodesIn(pugi::xml_node subtree);
 
+/// The bytes that an element takes in the text of the document.
+std::uint64_t sizeOf(pugi::xml_node element);
 /// Takes an element out with the blanks before it.
 void removeElement(pugi::xml_node element);
 /// Makes an element where the schema has the transforms of a `<node>`: before all others.

@@ -55,7 +55,7 @@ public:
         }
         for (const pugi::xml_node instance : instances) {
             const pugi::xml_node geometry = m_document.resolve(instance.attribute("url").value(), {"geometry"});
-            if (geometry) {
+            if (geometry && m_geometries.insert(geometry.hash_value()).second) { // the first instance alone shows it
                 bind(instance, geometry);
             }
         }
@@ -203,6 +203,7 @@ private:
     }
 
     Document& m_document;
+    std::unordered_set<std::size_t> m_geometries;
     std::unordered_map<std::string, pugi::xml_node> m_meanings; // of the symbols as they are in the document
     std::unordered_map<std::string, std::string> m_newSymbols;
     std::unordered_map<std::string, unsigned> m_numbers; // the last ones given

@@ -3,9 +3,11 @@
 #include <libPrepare/document/Document.h>
 #include <libPrepare/document/Looks.h>
 #include <libPrepare/document/Numbers.h>
+#include <libPrepare/document/Tree.h>
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -24,26 +26,6 @@ std::string nameOf(pugi::xml_node element)
 }
 
 // ------------------------------------------------------------------------------------------- parameters of materials
-
-// What a material's <setparam> elements change in the shader: the same text for materials that look alike.
-std::string changesBy(pugi::xml_node material, pugi::xml_node effect)
-{
-    const Shading shading = shadingOf(effect);
-    Parameters parameters(effect, shading);
-    std::string changes;
-    for (const pugi::xml_node setparam : material.child("instance_effect").children("setparam")) {
-        parameters.set(setparam);
-    }
-    for (const pugi::xml_node channel : shading.shader.children()) {
-        if (const pugi::xml_node reference = channel.child("param")) {
-            const std::string name(trimmed(reference.attribute("ref").value()));
-            if (is(parameters.find(name), "setparam")) {
-                changes += name + '=' + textOf(parameters.numbersOf(name)) + '\n';
-            }
-        }
-    }
-    return changes;
-}
 
 // Gives materials that set parameters of a shared effect in different ways an effect each.
 class EffectSplitter {
@@ -73,6 +55,42 @@ private:
                 ++m_users[effectOf(m_document, material).hash_value()];
             }
         }
+    }
+
+    // The parameters that the colors and numbers of an effect are.
+    const std::unordered_set<std::string>& parametersIn(pugi::xml_node effect)
+    {
+        const auto [entry, isNew] = m_parameters.try_emplace(effect.hash_value());
+        if (isNew) {
+            const Shading shading = shadingOf(effect);
+            const Parameters parameters(effect, shading);
+            for (const pugi::xml_node channel : shading.shader.children()) {
+                const std::string name(trimmed(channel.child("param").attribute("ref").value()));
+                if (parameters.find(name)) {
+                    entry->second.insert(name);
+                }
+            }
+        }
+        return entry->second;
+    }
+
+    // What a material's <setparam> elements change in the shader: the same text for materials that look alike.
+    std::string changesBy(pugi::xml_node material, pugi::xml_node effect)
+    {
+        const std::unordered_set<std::string>& parameters = parametersIn(effect);
+        std::map<std::string, std::string> values; // a later one overrides an earlier one
+        for (const pugi::xml_node setparam : material.child("instance_effect").children("setparam")) {
+            const std::string name(trimmed(setparam.attribute("ref").value()));
+            const pugi::xml_node numbers = Parameters::numbersIn(setparam);
+            if (numbers && parameters.count(name) > 0) {
+                values[name] = textOf(numbers);
+            }
+        }
+        std::string changes;
+        for (const auto& [name, value] : values) {
+            changes += name + '=' + value + '\n';
+        }
+        return changes;
     }
 
     void separate(pugi::xml_node material, pugi::xml_node effect, const std::string& changes)
@@ -110,17 +128,8 @@ private:
         }
     }
 
-    static std::size_t sizeOf(pugi::xml_node effect)
-    {
-        struct Counter : pugi::xml_writer {
-            std::size_t bytes = 0;
-            void write(const void*, std::size_t size) override { bytes += size; }
-        } counter;
-        effect.print(counter, "", pugi::format_raw);
-        return counter.bytes;
-    }
-
     Document& m_document;
+    std::unordered_map<std::size_t, std::unordered_set<std::string>> m_parameters;
     std::unordered_map<std::size_t, unsigned> m_users;
     std::unordered_map<std::string, std::string> m_copies;
 };
@@ -290,6 +299,11 @@ private:
         }
         opacity = std::isfinite(opacity) ? std::min(std::max(opacity, 0.0), 1.0) : 1.0;
         const bool isDeclared = number(trimmed(textOf(declared))) == opacity; // the number keeps its text
+        if (opacity == 0) {
+            m_document.lost(m_shader, "invisible",
+                            "By the standard nothing is seen of " + nameOf(m_effect) + ": its opacity is 0.",
+                            "some programs mean the opposite: write 1 into <transparency> if it should be seen");
+        }
         if (isKept && isDeclared) {
             return;
         }

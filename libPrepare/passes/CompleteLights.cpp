@@ -271,7 +271,7 @@ private:
 
     pugi::xml_node copyLight(const Shown& spot)
     {
-        if (!m_document.takeBytes(1024)) {
+        if (!m_document.takeBytes(sizeOf(spot.light))) {
             m_document.lost(spot.instance, "spot", "The result would become too large with a light for each node.",
                             "raise the limit for the size of the result");
             return {};

@@ -142,7 +142,8 @@ private:
         std::string image = chain.image.attribute("id").value();
         if (!isName(image) || m_document.byId(image) != chain.image) {
             image = m_document.freshId(isName(image) ? image : "image");
-            m_document.rewritten(chain.image, "image", "An image has no id of its own.", "it is \"" + image + "\" now");
+            m_document.rewritten(chain.image, "image", "The id of an image cannot be read.",
+                                 "it is \"" + image + "\" now");
             m_document.setId(chain.image, image);
         }
         const std::string surfaceName = nameFor(chain.surface, image + "-surface");

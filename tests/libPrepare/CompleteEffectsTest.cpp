@@ -127,6 +127,15 @@ INSTANTIATE_TEST_SUITE_P(
         Opacity{"NotANumberAtAll", "", "NaN", "1"}, Opacity{"EmptyTransparent", "<transparent/>", "0.5", "0.5"}),
     [](const auto& row) { return std::string(row.param.name); });
 
+TEST(CompleteEffectsTest, WhatNobodySeesIsReported)
+{
+    const Prepared invisible(shownShader("<phong>" + floatElement("transparency", "0") + "</phong>"));
+    EXPECT_EQ(1U, invisible.findings("invisible"));
+    EXPECT_EQ("0", invisible.text("//phong/transparency/float"));
+    const Prepared visible(shownShader("<phong>" + floatElement("transparency", "0.001") + "</phong>"));
+    EXPECT_EQ(0U, visible.findings("invisible"));
+}
+
 TEST(CompleteEffectsTest, RewrittenTransparencyIsAOneAndWhite)
 {
     const Prepared prepared(
