@@ -157,7 +157,7 @@ void FlatCurve::measure(Measure measure, const std::vector<double>& largest, dou
 {
     double sizes[2] = {1e-9, 1e-9};
     const auto group = [&](std::size_t component) {
-        return measure == Measure::matrix && component % 4 == 3 && component < 12 ? 1U : 0U;
+        return measure == Measure::matrix && ((component % 4 == 3 && component < 12) || component >= 16) ? 1U : 0U;
     };
     for (std::size_t c = 0; c < m_width; ++c) {
         sizes[group(c)] = std::max(sizes[group(c)], largest[c]);
@@ -356,6 +356,15 @@ FlatCurve FlatCurve::constant(const std::vector<double>& values)
     return result;
 }
 
+FlatCurve FlatCurve::part(std::size_t first, std::size_t width) const
+{
+    FlatCurve result(width);
+    for (std::size_t key = 0; key < count(); ++key) {
+        result.add(m_times[key], m_values.data() + key * m_width + first, m_kinds[key]);
+    }
+    return result;
+}
+
 void FlatCurve::extendTo(double end)
 {
     if (end > m_times.back()) {
@@ -481,12 +490,11 @@ std::vector<double> keyTimes(const std::vector<const Curve*>& curves)
 {
     std::vector<double> result;
     for (const Curve* const curve : curves) {
-        const std::size_t middle = result.size();
         for (std::size_t key = 0; key < curve->count(); ++key) {
             result.push_back(std::max(curve->time(key), 0.0));
         }
-        std::inplace_merge(result.begin(), result.begin() + static_cast<std::ptrdiff_t>(middle), result.end());
     }
+    std::sort(result.begin(), result.end());
     result.erase(std::unique(result.begin(), result.end()), result.end());
     return result;
 }

@@ -19,7 +19,7 @@ struct Component {
 enum class Measure {
     degrees, ///< `Options::tolerance` is the largest error.
     length,  ///< It is relative to the largest number.
-    matrix,  ///< As `length`, the translation by itself.
+    matrix,  ///< As `length`, the translation by itself, and what comes after the matrix as the translation.
 };
 
 /// How curves are sampled that cannot be written exactly.
@@ -46,6 +46,8 @@ public:
     /// One key at second 0.
     static FlatCurve constant(const std::vector<double>& values);
 
+    /// Some of the numbers of each value, at the same times.
+    FlatCurve part(std::size_t first, std::size_t width) const;
     /// Holds the last value up to a time.
     void extendTo(double end);
 

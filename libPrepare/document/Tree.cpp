@@ -48,6 +48,31 @@ std::uint64_t sizeOf(pugi::xml_node element)
     return counter.bytes;
 }
 
+std::unordered_map<std::string, std::string> renewIds(Document& document, pugi::xml_node subtree)
+{
+    std::unordered_map<std::string, std::string> result;
+    for (pugi::xml_node element = subtree; element; element = next(element, subtree)) {
+        if (const pugi::xml_attribute id = element.attribute("id")) {
+            const std::string fresh = document.freshId(trimmed(id.value()));
+            result.emplace(trimmed(id.value()), fresh);
+            setAttribute(element, "id", fresh);
+        }
+    }
+    for (pugi::xml_node element = subtree; element; element = next(element, subtree)) {
+        for (pugi::xml_attribute attribute : element.attributes()) {
+            if (attribute.value()[0] != '#') {
+                continue;
+            }
+            const auto found = result.find(attribute.value() + 1);
+            if (found != result.end()) {
+                attribute.set_value(('#' + found->second).c_str());
+            }
+        }
+    }
+    document.registerIds(subtree);
+    return result;
+}
+
 void removeElement(pugi::xml_node element)
 {
     pugi::xml_node parent = element.parent();

@@ -18,6 +18,10 @@ std::vector<pugi::xml_node> nodesIn(pugi::xml_node subtree);
 
 /// The bytes that an element takes in the text of the document.
 std::uint64_t sizeOf(pugi::xml_node element);
+/// Gives all elements with an id in a subtree a new one, and lets references within the subtree follow.
+/// @return what became of each id
+std::unordered_map<std::string, std::string> renewIds(Document& document, pugi::xml_node subtree);
+
 /// Takes an element out with the blanks before it.
 void removeElement(pugi::xml_node element);
 /// Makes an element where the schema has the transforms of a `<node>`: before all others.

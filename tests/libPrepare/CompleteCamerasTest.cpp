@@ -1,0 +1,224 @@
+#include "AnimationWords.h"
+#include "Prepared.h"
+
+#include <libPrepare/document/Numbers.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+using libPrepare::Options;
+using test::Prepared;
+using test::shown;
+
+using Numbers = std::vector<double>;
+
+const double degree = std::acos(-1.0) / 180;
+
+std::string cameraOf(const std::string& optics, const std::string& extra = {})
+{
+    return "<library_cameras><camera id='c'><optics><technique_common>" + optics + "</technique_common></optics>" +
+           extra + "</camera></library_cameras>";
+}
+
+const std::string square = cameraOf("<perspective><xfov>60</xfov><yfov>60</yfov><znear>1</znear><zfar>100</zfar>"
+                                    "</perspective>");
+const std::string identityMatrix = "<matrix>1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1</matrix>";
+const std::string instance = "<instance_camera url='#c'/>";
+
+Numbers read(const Prepared& done, const std::string& path)
+{
+    return libPrepare::numbers(done.text(path.c_str()));
+}
+
+// The path of the node that a camera looks at.
+std::string targetOf(const Prepared& done, const std::string& camera)
+{
+    const std::string reference =
+        done.text(("//camera[@id='" + camera + "']/extra/technique[@profile='FCOLLADA']/*[1]").c_str());
+    return "//visual_scene/node[@id='" + reference.substr(1) + "']";
+}
+
+void expectNear(const Numbers& expected, const Numbers& actual, double error = 1e-9)
+{
+    ASSERT_EQ(expected.size(), actual.size());
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        EXPECT_NEAR(expected[i], actual[i], error) << "number " << i;
+    }
+}
+
+// The numbers of a curve at a time, where it is straight between its keys.
+Numbers straight(const Prepared& done, const std::string& node, double time)
+{
+    const std::string id = done.node(node.c_str()).attribute("id").value();
+    const std::string animation = "//animation[starts-with(channel/@target, '" + id + "/')]";
+    const auto source = [&](const char* semantic) {
+        return done.node((animation + "/sampler/input[@semantic='" + semantic + "']").c_str())
+                   .attribute("source")
+                   .value() +
+               1;
+    };
+    const Numbers times = read(done, std::string("//source[@id='") + source("INPUT") + "']/float_array");
+    const Numbers values = read(done, std::string("//source[@id='") + source("OUTPUT") + "']/float_array");
+    std::size_t k = 1;
+    while (k + 1 < times.size() && times[k] < time) {
+        ++k;
+    }
+    const std::size_t width = values.size() / times.size();
+    Numbers result;
+    for (std::size_t c = 0; c < width; ++c) {
+        const double from = values[(k - 1) * width + c];
+        result.push_back(from + (values[k * width + c] - from) * (time - times[k - 1]) / (times[k] - times[k - 1]));
+    }
+    return result;
+}
+
+TEST(CompleteCamerasTest, CameraAndTargetComeDirectlyUnderTheScene)
+{
+    const Prepared done(square + shown("<node id='a' name='Eye'><translate>1 2 3</translate><node id='b' name='Lens'>"
+                                       "<rotate>0 1 0 90</rotate>" +
+                                       instance + "</node></node>"));
+    const std::string eye = "//visual_scene/node[instance_camera]";
+    EXPECT_EQ(0U, done.count("//node[@id='b']/instance_camera"));
+    EXPECT_EQ(1U, done.count("//node[@id='a']/node[@id='b']"));
+    EXPECT_STREQ("Lens", done.node(eye.c_str()).attribute("name").value());
+    expectNear({0, 0, 1, 1, 0, 1, 0, 2, -1, 0, 0, 3, 0, 0, 0, 1}, read(done, eye + "/matrix"));
+    // It looks along -X, from (1 2 3), as far as that is from the origin.
+    expectNear({1 - std::sqrt(14.0), 2, 3}, read(done, targetOf(done, "c") + "/translate"));
+    EXPECT_EQ(1U, done.findings("camera without a look-at node"));
+}
+
+TEST(CompleteCamerasTest, AnimatedAncestorsAreBakedIntoCurves)
+{
+    const Prepared done(square + "<library_animations>" +
+                        test::flat("x", "a/r.ANGLE", "ANGLE", "0 1", "0 90", "LINEAR LINEAR") +
+                        "</library_animations>" +
+                        shown("<node id='a'><rotate sid='r'>0 1 0 0</rotate><node><translate>0 0 5</translate>" +
+                              instance + "</node></node>"));
+    const std::string eye = "//visual_scene/node[instance_camera]";
+    for (int i = 1; i < 100; ++i) {
+        const double time = i / 100.0;
+        const double s = std::sin(90 * time * degree);
+        const double c = std::cos(90 * time * degree);
+        expectNear({c, 0, s, 5 * s, 0, 1, 0, 0, -s, 0, c, 5 * c, 0, 0, 0, 1}, straight(done, eye, time), 6e-4);
+        expectNear({0, 0, 0}, straight(done, targetOf(done, "c"), time), 6e-4); // 5 ahead of the eye
+    }
+    const Prepared second(done.xml());
+    EXPECT_FALSE(second.report.changed);
+    EXPECT_EQ(done.xml(), second.xml());
+}
+
+TEST(CompleteCamerasTest, CameraAtTwoNodesBecomesTwo)
+{
+    const Prepared done(square + shown("<node id='a'>" + identityMatrix + instance + "</node><node id='b'>" +
+                                       "<translate>0 0 9</translate>" + instance + "</node>"));
+    ASSERT_EQ(2U, done.count("//camera"));
+    const std::string other = done.node("//camera[@id!='c']").attribute("id").value();
+    EXPECT_EQ(1U, done.count("//instance_camera[@url='#c']"));
+    EXPECT_EQ(1U, done.count(("//instance_camera[@url='#" + other + "']").c_str()));
+    expectNear({0, 0, -1}, read(done, targetOf(done, "c") + "/translate"));
+    expectNear({0, 0, 0}, read(done, targetOf(done, other) + "/translate"));
+}
+
+TEST(CompleteCamerasTest, CopiesOfAnAnimatedCameraAreAnimatedToo)
+{
+    const Prepared done(
+        cameraOf("<perspective><xfov sid='x'>60</xfov><yfov>60</yfov><znear>1</znear><zfar>9</zfar></perspective>") +
+        "<library_animations>" + test::flat("x", "c/x", "ANGLE", "0 1", "60 90", "LINEAR LINEAR") +
+        "</library_animations>" + shown("<node>" + identityMatrix + instance + instance + "</node>"));
+    const std::string other = done.node("//camera[@id!='c']").attribute("id").value();
+    for (const std::string& id : {std::string("c"), other}) {
+        EXPECT_EQ(4U, done.count(("//channel[starts-with(@target, '" + id + "/')]").c_str())) << id;
+    }
+    EXPECT_FALSE(Prepared(done.xml()).report.changed);
+}
+
+TEST(CompleteCamerasTest, OrthographicCameraIsAPerspectiveOneFarBack)
+{
+    const Prepared done(cameraOf("<orthographic><xmag>4</xmag><ymag>3</ymag><znear>1</znear><zfar>50</zfar>"
+                                 "</orthographic>") +
+                        shown("<node id='a'><translate>0 7 0</translate>" + instance + "</node>"));
+    EXPECT_EQ(0U, done.count("//orthographic"));
+    const std::string eye = "//visual_scene/node[instance_camera]";
+    EXPECT_EQ(4000, read(done, eye + "/matrix")[11]);
+    EXPECT_EQ(7, read(done, eye + "/matrix")[7]);
+    EXPECT_NEAR(4, 4000 * std::tan(read(done, "//xfov")[0] / 2 * degree), 1e-9);
+    EXPECT_NEAR(3, 4000 * std::tan(read(done, "//yfov")[0] / 2 * degree), 1e-9);
+    EXPECT_EQ((Numbers{4001}), read(done, "//znear"));
+    EXPECT_EQ((Numbers{4050}), read(done, "//zfar"));
+    ASSERT_EQ(1U, done.report.approximations.size());
+    EXPECT_EQ(4, done.report.approximations[0].xmag);
+    EXPECT_EQ("c", done.report.approximations[0].id);
+    EXPECT_EQ(done.node(eye.c_str()).attribute("id").value(), done.report.approximations[0].nodeId);
+    EXPECT_FALSE(Prepared(done.xml()).report.changed);
+}
+
+TEST(CompleteCamerasTest, OrthographicCameraIsLeftOutWithoutApproximations)
+{
+    Options options;
+    options.approximations = false;
+    const Prepared done(cameraOf("<orthographic><xmag>4</xmag><znear>1</znear><zfar>50</zfar></orthographic>") +
+                            shown("<node id='a'>" + identityMatrix + instance + "</node>"),
+                        options);
+    EXPECT_EQ(0U, done.count("//instance_camera"));
+    EXPECT_EQ(1U, done.findings("camera"));
+}
+
+struct Field {
+    const char* optics;
+    std::optional<double> aspect;
+    double xfov;
+    double yfov;
+};
+
+class FieldOfViewTest : public testing::TestWithParam<Field> {};
+
+TEST_P(FieldOfViewTest, BothAnglesAreWritten)
+{
+    Options options;
+    options.aspect = GetParam().aspect;
+    const Prepared done(
+        cameraOf("<perspective>" + std::string(GetParam().optics) + "<znear>1</znear><zfar>9</zfar></perspective>") +
+            shown("<node>" + identityMatrix + "</node>"),
+        options);
+    expectNear({GetParam().xfov}, read(done, "//xfov"));
+    expectNear({GetParam().yfov}, read(done, "//yfov"));
+    EXPECT_EQ(0U, done.count("//xfov/preceding-sibling::*"));
+    EXPECT_EQ(1U, done.count("//yfov/preceding-sibling::*"));
+    EXPECT_EQ(0U, done.count("//aspect_ratio"));
+}
+
+const double wide = 2 * std::atan(2.0) / degree;   // twice as wide as 90 degrees
+const double narrow = 2 * std::atan(0.5) / degree; // half as wide
+INSTANTIATE_TEST_SUITE_P(Rules, FieldOfViewTest,
+                         testing::Values(Field{"<xfov>90</xfov><aspect_ratio>2</aspect_ratio>", {}, 90, narrow},
+                                         Field{"<yfov>90</yfov><aspect_ratio>2</aspect_ratio>", {}, wide, 90},
+                                         Field{"<yfov>90</yfov>", {}, 90, 90}, // square if nobody says anything
+                                         Field{"<yfov>90</yfov><aspect_ratio>3</aspect_ratio>", 2.0, wide, 90},
+                                         Field{"<xfov>30</xfov><yfov>20</yfov>", 2.0, 30, 20}, Field{"", {}, 45, 45}));
+
+TEST(CompleteCamerasTest, InstancesOfNothingAreLeftOut)
+{
+    const Prepared done(shown("<node>" + identityMatrix + instance + "</node>"));
+    EXPECT_EQ(0U, done.count("//instance_camera"));
+    ASSERT_EQ(1U, done.report.findings.size());
+    EXPECT_EQ(libPrepare::Outcome::lost, done.report.findings[0].outcome);
+}
+
+TEST(CompleteCamerasTest, CameraThatLooksRightStaysAndOneThatDoesNotIsCorrected)
+{
+    const std::string optics = "<perspective><xfov>60</xfov><yfov>60</yfov><znear>1</znear><zfar>9</zfar>"
+                               "</perspective>";
+    const std::string extra = "<extra><technique profile='fcollada'><target>#t</target></technique></extra>";
+    const std::string eye = "<node id='a'>" + identityMatrix + instance + "</node>";
+    EXPECT_FALSE(Prepared(cameraOf(optics, extra) + shown(eye + "<node id='t'><translate>0 0 -3</translate></node>"))
+                     .report.changed);
+    const Prepared wrong(cameraOf(optics, extra) + shown(eye + "<node id='t'><translate>0 3 0</translate></node>"));
+    EXPECT_EQ(1U, wrong.count("//camera/extra/technique/target"));
+    EXPECT_NE("#t", wrong.text("//camera/extra/technique/target"));
+    EXPECT_FALSE(Prepared(wrong.xml()).report.changed);
+}
+
+} // namespace
