@@ -1,0 +1,113 @@
+#include "PageCommand.h"
+
+#include "Base64.h"
+#include "Printable.h"
+#include "gltf/GltfDocument.h"
+#include "page/PageViewer.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <system_error>
+
+namespace scenetool {
+
+namespace {
+
+int fail(const std::string& file, const std::string& why)
+{
+    std::cerr << "scenetool: " << printable(file) << ": " << printable(why) << '\n';
+    return EXIT_FAILURE;
+}
+
+// Text as it has to be written between tags.
+std::string escaped(const std::string& text)
+{
+    std::string result;
+    for (const char character : text) {
+        switch (character) {
+        case '&':
+            result += "&amp;";
+            break;
+        case '<':
+            result += "&lt;";
+            break;
+        case '>':
+            result += "&gt;";
+            break;
+        default:
+            result += character;
+        }
+    }
+    return result;
+}
+
+// A folder that goes with this object.
+class Folder {
+public:
+    Folder() : m_path((std::filesystem::temp_directory_path() / "scenetool-XXXXXX").string())
+    {
+        if (mkdtemp(m_path.data()) == nullptr) {
+            throw std::system_error(errno, std::generic_category(), "no temporary folder");
+        }
+    }
+    ~Folder()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_path, ignored);
+    }
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+
+    const std::string& path() const { return m_path; }
+
+private:
+    std::string m_path;
+};
+
+} // namespace
+
+PageCommand::PageCommand(CLI::App& app)
+    : m_command(app.add_subcommand("page", "Writes one HTML file with the model and a viewer in it."))
+{
+    m_settings.prepare = preparationForGltf();
+    m_command->add_option("IN", m_in, "The document")->required();
+    m_command->add_option("-o,--output", m_out, "The page, which any browser opens without a network")->required();
+    m_command->add_option("--title", m_title, "The title of the page (default: the name of the document)");
+    m_command->add_flag("--as-loaded", m_settings.isAsLoaded, "Show what the library delivers of the document as it is");
+}
+
+int PageCommand::run() const
+{
+    const Folder folder;
+    const std::string model = folder.path() + "/model.glb";
+    const ConversionResult converted = convertDocument(m_in, model, m_settings);
+    if (!converted.failure.empty()) {
+        return fail(m_in, converted.failure);
+    }
+    std::ifstream in(model, std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    const std::string title = m_title.empty() ? std::filesystem::path(m_in).stem().string() : m_title;
+    const std::string head = "<!doctype html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+                             "<meta name=\"viewport\" content=\"width=device-width\">\n<title>" +
+                             escaped(title) +
+                             "</title>\n<style>body { margin: 0; overflow: hidden; background: #9fb8cc; font-family: sans-serif } "
+                             "canvas { display: block } #message { padding: 1em }</style>\n</head>\n<body>\n"
+                             "<div id=\"message\">The model is being read ...</div>\n"
+                             "<script type=\"text/plain\" id=\"model\">" +
+                             base64(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()) + "</script>\n<script>\n";
+    const std::string tail = "\n</script>\n</body>\n</html>\n";
+    const std::string_view viewer = pageViewer();
+    try {
+        writeWholeFile(m_out, {{head.data(), head.size()}, {viewer.data(), viewer.size()}, {tail.data(), tail.size()}});
+    } catch (const GltfError& error) {
+        return fail(m_out, error.what());
+    }
+    return EXIT_SUCCESS;
+}
+
+} // namespace scenetool
