@@ -7,7 +7,7 @@ import { createServer } from "node:http";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
 import { PNG } from "pngjs";
-import puppeteer from "puppeteer-core";
+import { startBrowser } from "./browser.js";
 
 const leastAgreement = 0.97;
 const height = 512;
@@ -30,12 +30,7 @@ const server = createServer((request, response) => {
 });
 await new Promise((resolve) => server.listen(0, "127.0.0.1", resolve));
 const folder = mkdtempSync(join(tmpdir(), "shape-"));
-const browser = await puppeteer.launch({
-    executablePath: process.env.CHROMIUM ?? "/usr/bin/chromium",
-    userDataDir: join(folder, "profile"),
-    args: ["--no-sandbox", "--disable-quic", "--no-first-run", "--disable-background-networking", "--disable-component-update",
-        "--disable-sync", "--use-angle=swiftshader", "--enable-unsafe-swiftshader"],
-});
+const browser = await startBrowser(folder);
 
 // Which pixels a picture covers.
 const covered = (bytes) => {

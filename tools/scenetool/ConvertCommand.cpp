@@ -15,7 +15,6 @@ namespace scenetool {
 
 namespace {
 
-constexpr double creaseAngle = 60.0;
 constexpr int usageError = 2;
 
 int fail(const std::string& file, const std::string& why, int status = EXIT_FAILURE)
@@ -43,9 +42,7 @@ ConvertCommand::ConvertCommand(CLI::App& app, SandboxOptions& sandbox)
       m_sandbox(&sandbox),
       m_jobs(std::max(1U, std::thread::hardware_concurrency()))
 {
-    m_settings.prepare.upAxis = libPrepare::UpAxis::y; // as glTF has it, and meters
-    m_settings.prepare.unit = 1.0;
-    m_settings.prepare.normals = creaseAngle;
+    m_settings.prepare = preparationForGltf();
     m_command->add_option("IN", m_in, "The document, or a folder of documents")->required();
     m_command
         ->add_option("-o,--output", m_out,

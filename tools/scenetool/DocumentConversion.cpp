@@ -18,6 +18,16 @@ bool hasEnding(const std::string& path, const char* ending)
 
 } // namespace
 
+libPrepare::Options preparationForGltf()
+{
+    constexpr double creaseAngle = 60.0;
+    libPrepare::Options options;
+    options.upAxis = libPrepare::UpAxis::y;
+    options.unit = 1.0;
+    options.normals = creaseAngle;
+    return options;
+}
+
 bool namesGltf(const std::string& path)
 {
     return hasEnding(path, ".glb") || hasEnding(path, ".gltf");

@@ -12,7 +12,7 @@ namespace scenetool {
 /// How documents are converted.
 struct ConversionSettings {
     bool isAsLoaded = false;                           ///< Without libPrepare.
-    bool isCompressed = false;                      ///< By EXT_meshopt_compression.
+    bool isCompressed = false;                         ///< By EXT_meshopt_compression.
     double tolerance = 1e-4;                           ///< Of animations, relative to their size.
     std::uint64_t mostBytes = std::uint64_t(1) << 30U; ///< Of the result's data.
     libPrepare::Options prepare;                       ///< For libPrepare.
@@ -24,6 +24,9 @@ struct ConversionResult {
     libPrepare::Report prepared;
     ConversionNotes notes;
 };
+
+/// What glTF asks of a document: Y up, meters, and normals.
+libPrepare::Options preparationForGltf();
 
 /// Whether a file name says which form of glTF is wanted: it ends in .glb or .gltf.
 bool namesGltf(const std::string& path);

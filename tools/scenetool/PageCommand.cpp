@@ -78,7 +78,8 @@ PageCommand::PageCommand(CLI::App& app)
     m_command->add_option("IN", m_in, "The document")->required();
     m_command->add_option("-o,--output", m_out, "The page, which any browser opens without a network")->required();
     m_command->add_option("--title", m_title, "The title of the page (default: the name of the document)");
-    m_command->add_flag("--as-loaded", m_settings.isAsLoaded, "Show what the library delivers of the document as it is");
+    m_command->add_flag("--as-loaded", m_settings.isAsLoaded,
+                        "Show what the library delivers of the document as it is");
 }
 
 int PageCommand::run() const
@@ -92,14 +93,15 @@ int PageCommand::run() const
     std::ifstream in(model, std::ios::binary);
     const std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
     const std::string title = m_title.empty() ? std::filesystem::path(m_in).stem().string() : m_title;
-    const std::string head = "<!doctype html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
-                             "<meta name=\"viewport\" content=\"width=device-width\">\n<title>" +
-                             escaped(title) +
-                             "</title>\n<style>body { margin: 0; overflow: hidden; background: #9fb8cc; font-family: sans-serif } "
-                             "canvas { display: block } #message { padding: 1em }</style>\n</head>\n<body>\n"
-                             "<div id=\"message\">The model is being read ...</div>\n"
-                             "<script type=\"text/plain\" id=\"model\">" +
-                             base64(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()) + "</script>\n<script>\n";
+    const std::string head =
+        "<!doctype html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+        "<meta name=\"viewport\" content=\"width=device-width\">\n<title>" +
+        escaped(title) +
+        "</title>\n<style>body { margin: 0; overflow: hidden; background: #9fb8cc; font-family: sans-serif } "
+        "canvas { display: block } #message { padding: 1em }</style>\n</head>\n<body>\n"
+        "<div id=\"message\">The model is being read ...</div>\n"
+        "<script type=\"text/plain\" id=\"model\">" +
+        base64(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()) + "</script>\n<script>\n";
     const std::string tail = "\n</script>\n</body>\n</html>\n";
     const std::string_view viewer = pageViewer();
     try {

@@ -8,6 +8,9 @@
 #include "ConvertCommand.h"
 #include "PictureCommands.h"
 #endif
+#ifdef SCENETOOL_HAS_PAGE
+#include "PageCommand.h"
+#endif
 
 #include <CLI/CLI.hpp>
 
@@ -91,6 +94,9 @@ int run(int argc, char** argv)
 
 #ifdef SCENETOOL_HAS_PICTURES
     const scenetool::ConvertCommand convert(app, sandbox);
+#ifdef SCENETOOL_HAS_PAGE
+    const scenetool::PageCommand page(app);
+#endif
     scenetool::PictureCommands pictures(app, sandbox);
 #endif
 
@@ -104,6 +110,11 @@ int run(int argc, char** argv)
         return usageError;
     }
 #ifdef SCENETOOL_HAS_PICTURES
+#ifdef SCENETOOL_HAS_PAGE
+    if (page.isParsed()) {
+        return page.run();
+    }
+#endif
     if (convert.isParsed()) {
         return convert.run();
     }
