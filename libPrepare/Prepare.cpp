@@ -14,17 +14,18 @@ namespace {
 
 // Each pass may rely on what those before it have made.
 constexpr void (*passes[])(Document&) = {
-    &convertVersions,    &copyExternalReferences,
-    &repairTexts,        &repairIds,
-    &chooseVisualScene,  &copyInstanceNodes,
-    &applyAssets,        &flattenAnimations,
-    &poseControllers,    &dropAnimations,
-    &separateGeometries, &triangulate,
-    &arrangeInputs,      &makeNormals,
-    &bindMaterials,      &completeEffects,
-    &resolveTextures,    &findImages,
-    &completeTransforms, &turnScene,
-    &completeLights,     &completeCameras,
+    &convertVersions,     &copyExternalReferences,
+    &repairTexts,         &repairIds,
+    &chooseVisualScene,   &copyInstanceNodes,
+    &applyAssets,         &flattenAnimations,
+    &openConvexMeshes,    &triangulate,
+    &poseControllers,     &dropAnimations,
+    &separateGeometries,  &arrangeInputs,
+    &dropUnreadInstances, &makeNormals,
+    &bindMaterials,       &completeEffects,
+    &resolveTextures,     &findImages,
+    &completeTransforms,  &turnScene,
+    &completeLights,      &completeCameras,
 };
 
 void run(Document& document)

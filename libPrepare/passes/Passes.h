@@ -18,14 +18,16 @@ void applyAssets(Document& document);            ///< Units and up axes of geome
 // The tree.
 void copyInstanceNodes(Document& document); ///< `<instance_node>`.
 void flattenAnimations(Document& document); ///< One animation a target, with the whole value.
-void poseControllers(Document& document);   ///< `<skin>` and `<morph>` become meshes.
-void dropAnimations(Document& document);    ///< Those of weights, materials and lights, which then nothing reads.
 
 // Geometry.
-void separateGeometries(Document& document); ///< A geometry each for every instance.
-void triangulate(Document& document);        ///< polylist, polygons, tristrips, trifans, bad faces.
-void arrangeInputs(Document& document);      ///< Inputs under `<vertices>`, other semantics, offsets, sets.
-void makeNormals(Document& document);        ///< Where `Options::normals` asks for them.
+void openConvexMeshes(Document& document);    ///< `<convex_mesh>` with faces of its own.
+void triangulate(Document& document);         ///< polylist, polygons, tristrips, trifans, bad faces.
+void poseControllers(Document& document);     ///< `<skin>` and `<morph>` become meshes.
+void dropAnimations(Document& document);      ///< Those of weights, materials and lights, which then nothing reads.
+void separateGeometries(Document& document);  ///< A geometry for every instance, a symbol for every material.
+void arrangeInputs(Document& document);       ///< Inputs under `<vertices>`, other semantics, offsets, sets.
+void dropUnreadInstances(Document& document); ///< Splines, hulls, what leads nowhere; lines are reported.
+void makeNormals(Document& document);         ///< Where `Options::normals` asks for them.
 
 // Looks.
 void bindMaterials(Document& document);   ///< `<bind_material>` where it is missing or ambiguous.

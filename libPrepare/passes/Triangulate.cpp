@@ -259,8 +259,14 @@ private:
         m_triangles.clear();
         switch (m_tessellator.triangulate(m_polygon, m_triangles)) {
         case Tessellator::Result::flat:
-            ++m_rejects.flat;
-            return;
+            if (m_lengths.size() > 1 || !hasThreeVertices(start, corners)) {
+                ++m_rejects.flat;
+                return;
+            }
+            for (std::size_t i = 1; i + 1 < corners; ++i) { // a morph or a skin may give it an area
+                m_triangles.insert(m_triangles.end(), {0, i, i + 1});
+            }
+            break;
         case Tessellator::Result::tooLong:
             ++m_rejects.tooLong;
             return;
@@ -270,6 +276,21 @@ private:
         for (std::size_t i = 0; i + 2 < m_triangles.size(); i += 3) {
             appendTriangle(start + m_triangles[i], start + m_triangles[i + 1], start + m_triangles[i + 2]);
         }
+    }
+
+    bool hasThreeVertices(std::size_t start, std::size_t corners) const
+    {
+        const std::int32_t first = corner(start)[m_vertexOffset];
+        std::int32_t second = first;
+        for (std::size_t i = start; i < start + corners; ++i) {
+            const std::int32_t vertex = corner(i)[m_vertexOffset];
+            if (second == first) {
+                second = vertex;
+            } else if (vertex != first && vertex != second) {
+                return true;
+            }
+        }
+        return false;
     }
 
     void readStrips()
@@ -344,7 +365,7 @@ private:
         };
         drop(m_rejects.outside, "with a corner that names no position, or one that is no number.");
         drop(m_rejects.small, "with fewer than three corners.");
-        drop(m_rejects.flat, "without area.");
+        drop(m_rejects.flat, "with fewer than three different corners.");
         if (m_rejects.tooLong > 0) {
             m_document.lost(m_element, "faces", plural(m_rejects.tooLong, "face") + " too entangled to be cut up.",
                             "Make triangles of it in the program that it comes from.");
