@@ -348,11 +348,13 @@ private:
         const pugi::xml_node old = instance.parent();
         const std::string cameraId = camera.attribute("id").value();
         const std::string oldId = old.attribute("id").value();
-        const Matrix4 shift = transformMatrix("translate", {0, 0, back});
         double distance = 1;
         const auto sight = [&](const Matrix4& world, double* result) {
-            const Matrix4 eye = world * shift;
+            Matrix4 eye = world;
             const Vector3 direction = directionOf(eye);
+            for (unsigned i = 0; i < 3; ++i) {
+                eye[4 * i + 3] -= direction[i] * back;
+            }
             for (unsigned i = 0; i < 16; ++i) {
                 result[i] = eye[i];
             }
@@ -362,7 +364,7 @@ private:
         };
         const auto widen =
             [&](const Matrix4& world) { // single precision measures the way to the target from the origin
-                const double length = lengthOf(columnOf(world * shift, 3));
+                const double length = lengthOf(columnOf(world, 3)) + back;
                 distance = std::isfinite(length) ? std::max(distance, length) : distance;
             };
         std::vector<double> rest(19);
