@@ -147,8 +147,8 @@ bool completeOuterCone(pugi::xml_node light)
     if (!given.empty() && std::isfinite(number(trimmed(textOf(given.back()))))) {
         return false;
     }
-    const std::string angle = textOf(shapeOf(light).child("falloff_angle"));
-    setVendorValue(light, "outer_cone", std::string(trimmed(angle)));
+    const std::string angle(trimmed(textOf(shapeOf(light).child("falloff_angle"))));
+    setVendorValue(light, "outer_cone", std::isfinite(number(angle)) ? angle : "180");
     return true;
 }
 

@@ -90,7 +90,7 @@ std::string sourceOfSampler(pugi::xml_node parameter)
 {
     for (const pugi::xml_node sampler : parameter.children()) {
         for (const pugi::xml_node source : sampler.children("source")) {
-            const std::string name(trimmed(textOf(source)));
+            std::string name(trimmed(textOf(source)));
             if (!name.empty()) {
                 return name;
             }
@@ -216,7 +216,7 @@ TextureChain followTexture(Document& document, const Parameters& parameters, std
         }
         at = sourceOfSampler(parameter);
     }
-    if (at.size() > 0 && !chain.image && !chain.surface && !parameters.find(at)) {
+    if (!at.empty() && !chain.image && !chain.surface && !parameters.find(at)) {
         chain.image = imageById(document, at);
     }
     return chain;

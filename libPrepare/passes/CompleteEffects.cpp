@@ -88,7 +88,10 @@ private:
         }
         std::string changes;
         for (const auto& [name, value] : values) {
-            changes += name + '=' + value + '\n';
+            changes += name;
+            changes += '=';
+            changes += value;
+            changes += '\n';
         }
         return changes;
     }

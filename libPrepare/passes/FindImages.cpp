@@ -83,7 +83,7 @@ private:
         }
         const std::string slashed = withSlashes(path);
         for (const std::string& each : {path, percentDecoded(path), slashed, percentDecoded(slashed)}) {
-            const fs::path file = (m_from / each).lexically_normal(); // which is `each` if that is absolute
+            fs::path file = (m_from / each).lexically_normal(); // which is `each` if that is absolute
             if (isFile(file)) {
                 return file;
             }

@@ -161,7 +161,7 @@ private:
     // The name of old where it is free among the profile's own parameters.
     std::string nameFor(pugi::xml_node parameter, const std::string& wish)
     {
-        const std::string old = parameter.attribute("sid").value();
+        std::string old = parameter.attribute("sid").value();
         if (isName(old) && is(parameter, "newparam") && m_readByName.count(old) == 0) {
             return old;
         }

@@ -103,6 +103,14 @@ TEST(CompleteLightsTest, OuterConeThatIsNoNumberIsTheInnerOne)
     EXPECT_EQ(1U, prepared.count("//technique[@profile]/*"));
 }
 
+TEST(CompleteLightsTest, OuterConeOfAnEndlessAngleIsThatOfTheStandard)
+{
+    const Prepared prepared(
+        scene(light("l", "<spot><falloff_angle>INF</falloff_angle></spot>"), node("n", origin, "")));
+    EXPECT_EQ("180", prepared.text("//outer_cone"));
+    test::expectStable(prepared);
+}
+
 TEST(CompleteLightsTest, LightThatIsNotThereNoLongerHidesTheOthers)
 {
     const Prepared prepared(
