@@ -1,29 +1,107 @@
 #include "PrepareCommand.h"
 
-#include "Printable.h"
+#include "ReportPrinter.h"
 
+#include <charconv>
+#include <cmath>
 #include <cstdlib>
 #include <iostream>
+#include <map>
+#include <optional>
 
 namespace scenetool {
+
+namespace {
+
+std::optional<double> numberOf(const std::string& text)
+{
+    double value = 0;
+    const std::from_chars_result read = std::from_chars(text.data(), text.data() + text.size(), value);
+    const bool isNumber = read.ec == std::errc() && read.ptr == text.data() + text.size() && std::isfinite(value);
+    return isNumber ? std::optional(value) : std::nullopt;
+}
+
+// Not-a-number passes the ranges of CLI11.
+const CLI::Validator finite([](const std::string& text) {
+    return numberOf(text) ? std::string() : '"' + text + "\" is no number";
+}, "NUMBER");
+const CLI::Validator positive([](const std::string& text) {
+    return numberOf(text).value_or(0) > 0 ? std::string() : '"' + text + "\" is no number above 0";
+}, "NUMBER");
+
+} // namespace
 
 PrepareCommand::PrepareCommand(CLI::App& app)
     : m_command(app.add_subcommand("prepare", "Rewrites a document so that the library delivers it whole."))
 {
     m_command->add_option("IN", m_in, "The document")->required();
-    m_command->add_option("-o,--output", m_out, "Where the result goes")->required();
-    m_command->add_option("--time", m_options.time, "Time in seconds at which skins and morphs take their pose");
-    m_command->add_option("--normals", m_options.normals, "Make missing normals, with this crease angle in degrees");
+    m_command->add_option("-o,--output", m_out, "Where the result goes, whole or not at all")->required();
+    m_command->add_flag("--report", m_showsReport, "Print what changed and what is lost, with lines and remedies");
+    m_command->add_flag("--json", m_showsJson, "Print the report as one JSON object");
+    m_command->add_option("--time", m_options.time, "Time in seconds at which skins and morphs take their pose")
+        ->check(finite)
+        ->type_name("");
+    const std::map<std::string, libPrepare::UpAxis> axes = {
+        {"keep", libPrepare::UpAxis::keep}, {"y", libPrepare::UpAxis::y}, {"z", libPrepare::UpAxis::z}};
+    m_command->add_option("--up", m_options.upAxis, "The axis that points up in the result: keep, y or z")
+        ->transform(CLI::CheckedTransformer(axes, CLI::ignore_case).description(""))
+        ->type_name("")
+        ->default_str("keep");
+    m_command->add_option("--unit", m_options.unit, "Meters for a unit of the result; the document's own by default")
+        ->check(positive)
+        ->type_name("");
+    m_command
+        ->add_option("--aspect", m_options.aspect, "Width over height that cameras without a whole field of view get")
+        ->check(positive)
+        ->type_name("");
+    m_command
+        ->add_option_function<std::string>(
+            "--normals",
+            [this](const std::string& text) {
+                // CLI11 has a word of its own for an option without a value.
+                const std::optional<double> angle = text.empty() || text == "true" ? 60.0 : numberOf(text);
+                if (!angle || *angle < 0 || *angle > 180) {
+                    throw CLI::ValidationError("--normals", '"' + text + "\" is no angle from 0 to 180");
+                }
+                m_options.normals = angle;
+            },
+            "Make missing normals, with this crease angle in degrees; 60 if none is given")
+        ->expected(0, 1)
+        ->type_name("");
+    m_command->add_option("--sample-rate", m_options.sampleRate, "Keys a second of curves that cannot be written exactly")
+        ->check(positive)
+        ->type_name("")
+        ->default_str("60");
+    m_command->add_option("--tolerance", m_options.tolerance, "Largest error of such a curve, relative or in degrees")
+        ->check(positive)
+        ->type_name("")
+        ->default_str("0.0001");
+    m_command->add_flag("--no-approximations", m_leavesApproximationsOut,
+                        "Leave out what can only be approximated: directional and ambient lights, orthographic cameras");
+    m_command->add_option("--max-size", m_options.maxSize, "Bytes that the result may reach, such as 500MB")
+        ->transform(CLI::AsSizeValue(false).description(""))
+        ->type_name("")
+        ->default_str("1GB");
 }
 
 int PrepareCommand::run() const
 {
-    const libPrepare::Report report = libPrepare::prepare(m_in, m_out, m_options);
+    libPrepare::Options options = m_options;
+    options.approximations = !m_leavesApproximationsOut;
+    const libPrepare::Report report = libPrepare::prepare(m_in, m_out, options);
+    if (m_showsJson) {
+        using Json = nlohmann::ordered_json;
+        std::cout << reportJson(m_in, report).dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    } else if (m_showsReport && report.done) {
+        writeReport(report, std::cout);
+    }
     if (report.done) {
         return EXIT_SUCCESS;
     }
     const libPrepare::Finding* const why = report.first(libPrepare::Outcome::refused);
-    std::cerr << "scenetool: " << printable(m_in) << ": " << printable(why ? why->text : "cannot be written") << '\n';
+    const bool isOutput = why != nullptr && why->kind == "unwritable";
+    std::cerr << "scenetool: " << (why == nullptr ? m_out + " cannot be written" : refusalText(isOutput ? m_out : m_in, *why))
+              << '\n';
     return EXIT_FAILURE;
 }
 

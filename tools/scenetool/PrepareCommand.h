@@ -22,6 +22,9 @@ private:
     CLI::App* m_command;
     std::string m_in;
     std::string m_out;
+    bool m_showsReport = false;
+    bool m_showsJson = false;
+    bool m_leavesApproximationsOut = false;
     libPrepare::Options m_options;
 };
 

@@ -1,0 +1,112 @@
+#include "CheckCommand.h"
+
+#include "Printable.h"
+#include "LoadedScene.h"
+#include "ReportPrinter.h"
+
+#include <libPrepare/Prepare.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+
+namespace scenetool {
+
+namespace {
+
+// What the library itself says of a document comes after what is known of it.
+void addMessages(const std::string& file, libPrepare::Report& report)
+{
+    const LoadedScene loaded(file);
+    if (loaded.failure()) {
+        report.findings.push_back({libPrepare::Outcome::lost,
+                                   "exception",
+                                   "The load ends with " + loaded.failure()->type + ": " + loaded.failure()->message,
+                                   "prepare the document",
+                                   {}});
+    } else if (!loaded.isLoaded() && report.done) {
+        const std::string text = loaded.log().empty() ? "does not load" : "does not load: " + loaded.log().back().text;
+        report.findings.push_back({libPrepare::Outcome::refused, "refused", text, "prepare the document", {}});
+        report.done = false;
+        return;
+    }
+    for (const LogLine& line : loaded.log()) {
+        report.findings.push_back(
+            {libPrepare::Outcome::lost, "message", "The library says: " + line.text, "prepare the document", {}});
+    }
+}
+
+int check(const std::string& file, bool showsJson)
+{
+    libPrepare::Report report = libPrepare::inspect(file);
+    if (report.done) {
+        addMessages(file, report);
+    }
+    const bool isReadable = report.done;
+    if (showsJson) {
+        using Json = nlohmann::ordered_json;
+        std::cout << reportJson(file, report).dump(-1, ' ', false, Json::error_handler_t::replace);
+    } else if (const libPrepare::Finding* const why = report.first(libPrepare::Outcome::refused)) {
+        std::cout << refusalText(file, *why) << '\n' << std::string(14, ' ') << "-> " << printable(why->remedy) << '\n';
+    } else if (report.findings.empty()) {
+        std::cout << printable(file) << ": nothing is lost\n";
+    } else {
+        std::cout << printable(file) << ":\n";
+        writeReport(report, std::cout);
+    }
+    return !isReadable ? CheckCommand::notReadable : report.findings.empty() ? EXIT_SUCCESS : CheckCommand::somethingLost;
+}
+
+} // namespace
+
+CheckCommand::CheckCommand(CLI::App& app, SandboxOptions& sandbox)
+    : m_command(app.add_subcommand("check", "Lists what a host will not get from documents, where, and what helps.")),
+      m_sandbox(sandbox)
+{
+    m_command->add_option("FILE", m_files, "The documents")->required();
+    m_command->add_flag("--json", m_showsJson, "Print a JSON array with one report a document");
+    m_sandbox.addTo(*m_command);
+}
+
+int CheckCommand::run() const
+{
+    int status = EXIT_SUCCESS;
+    for (const std::string& file : m_files) {
+        if (m_showsJson) {
+            std::cout << (&file == &m_files.front() ? "[\n" : ",\n");
+        }
+        std::cout.flush();
+        int result = notReadable;
+        bool hasEnded = false;
+        const auto action = [&] {
+            hasEnded = true;
+            return check(file, m_showsJson);
+        };
+        if (m_sandbox.applyTo(m_files.size())) {
+            const SandboxResult ended = runInSandbox(m_sandbox.limits(), action);
+            hasEnded = ended.failure.empty();
+            result = ended.status;
+            if (!hasEnded) {
+                std::cerr << "scenetool: " << printable(file) << ": the check " << ended.failure << '\n';
+            }
+        } else {
+            result = action();
+        }
+        if (!hasEnded) {
+            libPrepare::Report report;
+            report.findings.push_back(
+                {libPrepare::Outcome::refused, "limit", "takes more than it may", "allow more time or memory", {}});
+            result = notReadable;
+            if (m_showsJson) {
+                std::cout << reportJson(file, report).dump();
+            }
+        }
+        status = std::max(status, result);
+    }
+    if (m_showsJson) {
+        std::cout << "\n]\n";
+    }
+    return status;
+}
+
+} // namespace scenetool

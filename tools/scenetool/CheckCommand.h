@@ -1,0 +1,33 @@
+#pragma once
+
+#include "SandboxOptions.h"
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+#include <vector>
+
+namespace scenetool {
+
+/// `scenetool check FILE...`: what a host will not get from a document.
+class CheckCommand {
+public:
+    static constexpr int somethingLost = 1;
+    static constexpr int notReadable = 2;
+    static constexpr int usageError = 3;
+
+    /// Adds the command and its options.
+    CheckCommand(CLI::App& app, SandboxOptions& sandbox);
+
+    bool isParsed() const { return m_command->parsed(); }
+    /// @return 0 if nothing is lost, 1 if something is, 2 if a document cannot be read: the worst of all documents
+    int run() const;
+
+private:
+    CLI::App* m_command;
+    SandboxOptions& m_sandbox;
+    std::vector<std::string> m_files;
+    bool m_showsJson = false;
+};
+
+} // namespace scenetool
