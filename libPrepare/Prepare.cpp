@@ -41,6 +41,21 @@ void refuse(Report& report, const Refusal& refusal)
         {Outcome::refused, refusal.kind, refusal.reason, refusal.remedy, {refusal.line, refusal.column, {}}});
 }
 
+// What prepare repairs, but the library refuses; null for anything else.
+const char* refusalReason(const std::string& kind)
+{
+    if (kind == "version-1.5") {
+        return "is COLLADA 1.5; only 1.4 is read";
+    }
+    if (kind == "namespace") {
+        return "is not in the namespace of COLLADA 1.4";
+    }
+    if (kind == "encoding") {
+        return "is not in the encoding that it names";
+    }
+    return kind == "zeros-at-end" ? "has zero characters after its end" : nullptr;
+}
+
 void reportRepairs(const Encoding& encoding, Document& document)
 {
     if (encoding.isMistaken) {
@@ -93,9 +108,40 @@ Report prepare(const std::filesystem::path& in, const std::filesystem::path& out
     return report;
 }
 
-Report inspect(const std::filesystem::path&)
+// What the passes would do to a document is what a host misses without them.
+Report inspect(const std::filesystem::path& file)
 {
-    return {};
+    const Options options;
+    Report report;
+    DocumentFile source;
+    if (const std::optional<Refusal> refusal = source.read(file, options.maxSize)) {
+        refuse(report, *refusal);
+        return report;
+    }
+    Report repairs;
+    {
+        Document document(source.xml(), file, options, repairs, source.lines());
+        reportRepairs(source.encoding(), document);
+        run(document);
+    }
+    report.done = true;
+    for (Finding& finding : repairs.findings) {
+        if (finding.kind == "version" || finding.kind == "no-namespace") {
+            continue; // the library does not mind
+        }
+        const char* const reason = refusalReason(finding.kind);
+        if (reason != nullptr) {
+            finding.text = reason;
+            finding.place = {};
+            report.done = false;
+        }
+        if (finding.outcome != Outcome::lost) {
+            finding.remedy = "prepare the document: " + finding.remedy;
+        }
+        finding.outcome = reason != nullptr ? Outcome::refused : Outcome::lost;
+        report.findings.push_back(std::move(finding));
+    }
+    return report;
 }
 
 } // namespace libPrepare

@@ -122,7 +122,7 @@ void repairNamespaces(Document& document)
             }
         }
         setAttribute(root, "xmlns", schema14);
-        document.rewritten(root, "namespace",
+        document.rewritten(root, before.empty() ? "no-namespace" : "namespace",
                            before.empty() ? "The document has no namespace."
                                           : "The namespace " + before + " is not that of COLLADA 1.4.",
                            std::string("made ") + schema14);
@@ -243,7 +243,6 @@ void convertVersions(Document& document)
     for (const pugi::xml_attribute attribute : root.attributes()) {
         is15 = is15 || (isXmlns(attribute.name()) && std::strcmp(attribute.value(), schema15) == 0);
     }
-    repairNamespaces(document);
     if (version != "1.4.1") {
         document.rewritten(root, is15 ? "version-1.5" : "version",
                            version.empty() ? "The document names no version."
@@ -251,6 +250,7 @@ void convertVersions(Document& document)
                            "made 1.4.1");
         setAttribute(root, "version", "1.4.1");
     }
+    repairNamespaces(document);
     if (is15) {
         convert15(document);
     }

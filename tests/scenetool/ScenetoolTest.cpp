@@ -220,8 +220,8 @@ TEST(ScenetoolDumpTest, ObjectHasFileLoadedErrorLogAndNodes)
 
 TEST(ScenetoolDumpTest, ObjectHasNoKeyBeyondTheFormat)
 {
-    const Words known = {"cameras", "error",     "file",  "geometries",  "loaded",
-                         "log",     "materials", "nodes", "pointLights", "spotLights"};
+    const Words known = {"cameras",   "error", "file",        "geometries", "loaded",    "log",
+                         "materials", "nodes", "pointLights", "refusal",    "spotLights"};
     for (const std::string& key : keysOf(dumpDocument(documentOf(parentAndChild)))) {
         EXPECT_TRUE(std::find(known.begin(), known.end(), key) != known.end()) << key;
     }
@@ -775,7 +775,7 @@ TEST(ScenetoolDumpTest, EvaluationThatThrowsGivesOneLineOnStandardError)
     const ProcessResult result = scenetool({"dump", file.path(), "--time", "2"});
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     EXPECT_TRUE(contains(result.errors, "IndexOutOfBounds")) << result.errors;
-    EXPECT_EQ(result.status, succeeded); // the load did not fail
+    EXPECT_EQ(result.status, loadFailed); // what was asked for is not there
 }
 
 TEST(ScenetoolDumpTest, CurveThatWouldThrowDoesNotAtItsKeys)
@@ -826,7 +826,8 @@ struct FailureCase {
     const char* name;
     std::string document;
     const char* channel;
-    std::string words; ///< of the one line, up to a path
+    std::string words;  ///< of the line of the log, up to a path
+    std::string reason; ///< of the refusal, behind the name of the file
 };
 
 void PrintTo(const FailureCase& row, std::ostream* out)
@@ -839,19 +840,24 @@ std::vector<FailureCase> failureCases()
     const std::string noNodes = "<library_visual_scenes><visual_scene id='scene'/></library_visual_scenes>"
                                 "<scene><instance_visual_scene url='#scene'/></scene>";
     return {
-        {"Empty", "", "libVideo.scene", "Collada file does not exist "},
-        {"NotXml", "Lorem ipsum", "libVideo.scene", "Collada file does not exist "},
-        {"OtherRoot", "<html/>", "libVideo.scene", "Collada file does not exist "},
+        {"Empty", "", "libVideo.scene", "Collada file does not exist ", " is empty"},
+        {"NotXml", "Lorem ipsum", "libVideo.scene", "Collada file does not exist ",
+         ":1:1: not well-formed: Document is empty"},
+        {"OtherRoot", "<html/>", "libVideo.scene", "Collada file does not exist ",
+         ":1:1: no COLLADA: The root element is <html>"},
         {"NewerSchema", "<COLLADA xmlns='http://www.collada.org/2008/03/COLLADASchema' version='1.5.0'/>",
-         "libVideo.scene", "Collada file does not exist "},
-        {"NoScene", ColladaBuilder().text(), "libVideo.scene", "Collada file does not have a scene definition "},
-        {"NoVisualScene", ColladaBuilder("<scene/>").text(), "libVideo.scene", "Scene does not have a visual scene"},
+         "libVideo.scene", "Collada file does not exist ", " is COLLADA 1.5; only 1.4 is read"},
+        {"NoScene", ColladaBuilder().text(), "libVideo.scene", "Collada file does not have a scene definition ",
+         " does not load: "},
+        {"NoVisualScene", ColladaBuilder("<scene/>").text(), "libVideo.scene", "Scene does not have a visual scene",
+         " does not load: "},
         {"DanglingUrl", ColladaBuilder("<scene><instance_visual_scene url='#nowhere'/></scene>").text(),
-         "libVideo.scene", "Url "},
+         "libVideo.scene", "Url ", " does not load: "},
         {"OtherElement",
          ColladaBuilder("<library_lights id='lights'/><scene><instance_visual_scene url='#lights'/></scene>").text(),
-         "libVideo.scene", "daeElement is not a domVisual_scene element"},
-        {"NoNodes", ColladaBuilder(noNodes).text(), "libVideo.visualScene", "Visual scene has no visual nodes"}};
+         "libVideo.scene", "daeElement is not a domVisual_scene element", " does not load: "},
+        {"NoNodes", ColladaBuilder(noNodes).text(), "libVideo.visualScene", "Visual scene has no visual nodes",
+         " does not load: "}};
 }
 
 class ScenetoolFailureTest : public testing::TestWithParam<FailureCase> {};
@@ -873,7 +879,12 @@ TEST_P(ScenetoolFailureTest, DumpIsAnObjectWithTheLine)
     EXPECT_EQ(line.at("priority"), 3);
     const std::string text = line.at("text");
     EXPECT_TRUE(std::regex_search(text, std::regex("^[0-9]+ " + GetParam().words))) << text;
-    EXPECT_TRUE(contains(dump.result.errors, text)) << dump.result.errors;
+    EXPECT_TRUE(contains(dump.result.errors, file.path() + GetParam().reason)) << dump.result.errors;
+    const Json refusal = dump.json.at("refusal");
+    EXPECT_TRUE(contains(GetParam().reason + text, refusal.at("reason"))) << refusal;
+    const bool hasLine = GetParam().reason.front() == ':';
+    EXPECT_EQ(refusal.at("line"), hasLine ? Json(1) : Json());
+    EXPECT_EQ(refusal.at("column"), hasLine ? Json(1) : Json());
 }
 
 TEST_P(ScenetoolFailureTest, InfoPrintsOneLineOnStandardErrorAlone)
@@ -883,8 +894,15 @@ TEST_P(ScenetoolFailureTest, InfoPrintsOneLineOnStandardErrorAlone)
     EXPECT_EQ(result.status, loadFailed);
     EXPECT_EQ(result.output, "");
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
-    EXPECT_TRUE(contains(result.errors, GetParam().words)) << result.errors;
-    EXPECT_TRUE(contains(result.errors, file.path())) << result.errors;
+    EXPECT_TRUE(contains(result.errors, file.path() + GetParam().reason)) << result.errors;
+}
+
+TEST_P(ScenetoolFailureTest, CheckSaysTheSame)
+{
+    const TemporaryFile file(GetParam().document);
+    const ProcessResult result = scenetool({"check", file.path()});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_TRUE(contains(result.output, file.path() + GetParam().reason)) << result.output;
 }
 
 INSTANTIATE_TEST_SUITE_P(Documents, ScenetoolFailureTest, testing::ValuesIn(failureCases()),
@@ -898,9 +916,86 @@ TEST(ScenetoolFileTest, UnknownFileGivesOneLineThatNamesIt)
         const ProcessResult result = scenetool({command, path});
         EXPECT_EQ(result.status, loadFailed) << command;
         EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
-        EXPECT_TRUE(contains(result.errors, "Collada file does not exist " + path)) << result.errors;
+        EXPECT_EQ("scenetool: " + path + " does not exist\n", result.errors);
     }
     EXPECT_EQ(Dump(path).json.at("loaded"), false);
+}
+
+TEST(ScenetoolCommandTest, UnknownOneIsNamedWithTheNearest)
+{
+    const ProcessResult near = scenetool({"dmup", "x.dae"});
+    EXPECT_EQ(near.status, usageError);
+    EXPECT_EQ("scenetool: there is no command \"dmup\"; do you mean dump? (see scenetool --help)\n", near.errors);
+    const ProcessResult far = scenetool({"lighthouse"});
+    EXPECT_EQ(far.status, usageError);
+    EXPECT_EQ("scenetool: there is no command \"lighthouse\" (see scenetool --help)\n", far.errors);
+}
+
+const std::string emptyMatrices = "<matrix>1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1</matrix>";
+
+TEST(ScenetoolCheckTest, ListsWhatIsLostWithLineAndRemedy)
+{
+    const TemporaryFile file(documentOf("<node id='whole'>" + emptyMatrices + "</node>\n<node id='bare'/>"));
+    const ProcessResult result = scenetool({"check", file.path()});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(contains(result.output, "line 2: ")) << result.output;
+    EXPECT_TRUE(contains(result.output, "node[@id='bare']")) << result.output;
+    EXPECT_FALSE(contains(result.output, "node[@id='whole']")) << result.output;
+    EXPECT_TRUE(contains(result.output, "-> prepare the document")) << result.output;
+    const Json json = Json::parse(scenetool({"check", "--json", file.path()}).output);
+    ASSERT_EQ(1U, json.size());
+    EXPECT_EQ(file.path(), json[0].at("file"));
+    EXPECT_EQ("lost", json[0].at("findings").at(0).at("outcome"));
+    EXPECT_EQ(2, json[0].at("findings").at(0).at("line"));
+}
+
+TEST(ScenetoolCheckTest, StatusIsTheWorst)
+{
+    const TemporaryFile good(documentOf("<node id='whole'>" + emptyMatrices + "</node>"));
+    const TemporaryFile bad("<a>");
+    EXPECT_EQ(0, scenetool({"check", good.path()}).status);
+    EXPECT_EQ(2, scenetool({"check", good.path(), bad.path(), good.path()}).status);
+    EXPECT_EQ(3, scenetool({"check"}).status);
+    EXPECT_EQ(3, scenetool({"check", "--no-such", good.path()}).status);
+}
+
+TEST(ScenetoolPrepareTest, WhatComesOutHasNothingToReport)
+{
+    const TemporaryFile file(documentOf("<node id='bare'/>"));
+    const std::string out = (file.folder() / "out.dae").string();
+    const ProcessResult first = scenetool({"prepare", file.path(), "-o", out, "--report"});
+    EXPECT_EQ(0, first.status) << first.errors;
+    EXPECT_TRUE(contains(first.output, "rewritten")) << first.output;
+    EXPECT_EQ(0, scenetool({"check", out}).status);
+    const Json json = Json::parse(scenetool({"prepare", out, "-o", out, "--json"}).output);
+    EXPECT_EQ(true, json.at("done"));
+    EXPECT_EQ(false, json.at("changed"));
+    EXPECT_EQ(Json::array(), json.at("findings"));
+    const Json prepared = Dump(file.path(), {"--prepare"}).json;
+    EXPECT_EQ(file.path(), prepared.at("file"));
+    EXPECT_EQ(1, prepared.at("nodes").at(0).at("transform").at(0));
+    EXPECT_EQ(0, Dump(file.path()).json.at("nodes").at(0).at("transform").at(0));
+}
+
+TEST(ScenetoolPrepareTest, WordsThatMakeNoSenseAreUsageErrors)
+{
+    const TemporaryFile file(documentOf("<node id='bare'/>"));
+    const std::string out = (file.folder() / "out.dae").string();
+    for (const Words& words : std::vector<Words>{{"--up", "x"},
+                                                 {"--unit", "0"},
+                                                 {"--time", "nan"},
+                                                 {"--tolerance", "-1"},
+                                                 {"--normals", "x"},
+                                                 {"--aspect", "wide"}}) {
+        Words all = {"prepare", file.path(), "-o", out};
+        all.insert(all.end(), words.begin(), words.end());
+        const ProcessResult result = scenetool(all);
+        EXPECT_EQ(usageError, result.status) << words[0];
+        EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
+    }
+    for (const char* const word : {"--normals", "--normals=30", "--up=z", "--unit=0.01", "--max-size=1MB"}) {
+        EXPECT_EQ(0, scenetool({"prepare", file.path(), "-o", out, word}).status) << word;
+    }
 }
 
 TEST(ScenetoolFileTest, FolderIsNoDocument)

@@ -1,7 +1,7 @@
 #include "CheckCommand.h"
 
-#include "Printable.h"
 #include "LoadedScene.h"
+#include "Printable.h"
 #include "ReportPrinter.h"
 
 #include <libPrepare/Prepare.h>
@@ -24,9 +24,8 @@ void addMessages(const std::string& file, libPrepare::Report& report)
                                    "The load ends with " + loaded.failure()->type + ": " + loaded.failure()->message,
                                    "prepare the document",
                                    {}});
-    } else if (!loaded.isLoaded() && report.done) {
-        const std::string text = loaded.log().empty() ? "does not load" : "does not load: " + loaded.log().back().text;
-        report.findings.push_back({libPrepare::Outcome::refused, "refused", text, "prepare the document", {}});
+    } else if (loaded.refusal()) {
+        report.findings.push_back(*loaded.refusal());
         report.done = false;
         return;
     }
@@ -54,7 +53,9 @@ int check(const std::string& file, bool showsJson)
         std::cout << printable(file) << ":\n";
         writeReport(report, std::cout);
     }
-    return !isReadable ? CheckCommand::notReadable : report.findings.empty() ? EXIT_SUCCESS : CheckCommand::somethingLost;
+    return !isReadable               ? CheckCommand::notReadable
+           : report.findings.empty() ? EXIT_SUCCESS
+                                     : CheckCommand::somethingLost;
 }
 
 } // namespace

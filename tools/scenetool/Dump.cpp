@@ -65,6 +65,17 @@ Json error(const LoadedScene& loaded)
     return {{"type", loaded.failure()->type}, {"message", loaded.failure()->message}};
 }
 
+Json refusal(const LoadedScene& loaded)
+{
+    if (!loaded.refusal()) {
+        return Json();
+    }
+    const libPrepare::Finding& why = *loaded.refusal();
+    return {{"reason", why.text},
+            {"line", why.place.line > 0 ? Json(why.place.line) : Json()},
+            {"column", why.place.line > 0 ? Json(why.place.column) : Json()}};
+}
+
 Json log(const LoadedScene& loaded)
 {
     Json lines = Json::array();
@@ -252,6 +263,7 @@ void writeDump(const LoadedScene& loaded, std::ostream& out)
     dump["file"] = loaded.file();
     dump["loaded"] = loaded.isLoaded();
     dump["error"] = error(loaded);
+    dump["refusal"] = refusal(loaded);
     dump["log"] = log(loaded);
     dump["nodes"] = std::move(nodeList);
     dump["cameras"] = std::move(cameraList);

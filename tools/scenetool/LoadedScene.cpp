@@ -1,5 +1,8 @@
 #include "LoadedScene.h"
 
+#include "Printable.h"
+#include "ReportPrinter.h"
+
 #include <vesk/Exception.h>
 #include <vesk/Logging.h>
 
@@ -28,13 +31,17 @@ bool LoadedScene::run(const Action& action)
     return false;
 }
 
-LoadedScene::LoadedScene(std::string file) : m_file(std::move(file))
+LoadedScene::LoadedScene(std::string file, const std::string& source) : m_file(std::move(file))
 {
     m_handlerBefore = vesk::LogFactory::setHandler(
         [this](const vesk::Logger& logger, vesk::LoggerPriority::LOGGER_PRIORITY priority, const vesk::String& text) {
             m_log.push_back({logger.channel().data(), priority, text.data()});
         });
-    m_isLoaded = run([this] { return m_scene.createFromCollada(m_file.c_str()); });
+    const std::string& path = source.empty() ? m_file : source;
+    m_isLoaded = run([&] { return m_scene.createFromCollada(path.c_str()); });
+    if (!m_isLoaded && !m_failure) {
+        findRefusal(path);
+    }
     listNodes();
 }
 
@@ -49,10 +56,28 @@ std::string LoadedScene::fault() const
         const std::string what = m_isLoaded ? "the evaluation" : "the load";
         return what + " ended with " + m_failure->type + ": " + m_failure->message;
     }
-    if (m_isLoaded) {
-        return "";
+    return m_refusal ? m_refusal->text : "";
+}
+
+std::string LoadedScene::faultLine() const
+{
+    const std::string file = printable(m_file);
+    return m_refusal ? refusalText(m_file, *m_refusal) : m_failure ? file + ": " + printable(fault()) : "";
+}
+
+// The library has one message for all that it refuses.
+void LoadedScene::findRefusal(const std::string& path)
+{
+    const libPrepare::Report report = libPrepare::inspect(path);
+    if (const libPrepare::Finding* const found = report.first(libPrepare::Outcome::refused)) {
+        m_refusal = *found;
+        return;
     }
-    return m_log.empty() ? "does not load" : m_log.back().text;
+    libPrepare::Finding& refusal = m_refusal.emplace();
+    refusal.outcome = libPrepare::Outcome::refused;
+    refusal.kind = "refused";
+    refusal.text = m_log.empty() ? "does not load" : "does not load: " + m_log.back().text;
+    refusal.remedy = "prepare the document";
 }
 
 void LoadedScene::listNodes()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <libPrepare/Prepare.h>
 #include <libVideo/SceneGraph.h>
 
 #include <vesk/Logging.h>
@@ -29,7 +30,8 @@ struct Failure {
 class LoadedScene {
 public:
     /// Loads the document; neither a failure nor an exception of the library leaves the constructor.
-    explicit LoadedScene(std::string file);
+    /// @param source is loaded in its place, such as what was prepared from it
+    explicit LoadedScene(std::string file, const std::string& source = {});
     ~LoadedScene();
     LoadedScene(const LoadedScene&) = delete;
     LoadedScene& operator=(const LoadedScene&) = delete;
@@ -38,8 +40,12 @@ public:
     bool isLoaded() const { return m_isLoaded; }
     /// What ended the load or the evaluation, if anything did.
     const std::optional<Failure>& failure() const { return m_failure; }
+    /// Why the library refuses the document; `Outcome::refused`.
+    const std::optional<libPrepare::Finding>& refusal() const { return m_refusal; }
     /// Why the load or the evaluation failed, in one line; empty if neither did.
     std::string fault() const;
+    /// The same with the file before it, and the line if there is one: "X is a directory", "X:7:2: ...".
+    std::string faultLine() const;
     const std::vector<LogLine>& log() const { return m_log; }
     const libVideo::VisualScene& scene() const { return m_scene.visualScene(); }
 
@@ -57,11 +63,13 @@ public:
 private:
     template <class Action>
     bool run(const Action& action);
+    void findRefusal(const std::string& path);
     void listNodes();
 
     std::string m_file;
     bool m_isLoaded = false;
     std::optional<Failure> m_failure;
+    std::optional<libPrepare::Finding> m_refusal;
     std::vector<LogLine> m_log;
     vesk::LogHandler m_handlerBefore;
     libVideo::Scene m_scene;

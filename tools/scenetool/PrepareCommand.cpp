@@ -22,12 +22,13 @@ std::optional<double> numberOf(const std::string& text)
 }
 
 // Not-a-number passes the ranges of CLI11.
-const CLI::Validator finite([](const std::string& text) {
-    return numberOf(text) ? std::string() : '"' + text + "\" is no number";
-}, "NUMBER");
-const CLI::Validator positive([](const std::string& text) {
-    return numberOf(text).value_or(0) > 0 ? std::string() : '"' + text + "\" is no number above 0";
-}, "NUMBER");
+const CLI::Validator
+    finite([](const std::string& text) { return numberOf(text) ? std::string() : '"' + text + "\" is no number"; }, "");
+const CLI::Validator positive(
+    [](const std::string& text) {
+        return numberOf(text).value_or(0) > 0 ? std::string() : '"' + text + "\" is no number above 0";
+    },
+    "");
 
 } // namespace
 
@@ -68,7 +69,8 @@ PrepareCommand::PrepareCommand(CLI::App& app)
             "Make missing normals, with this crease angle in degrees; 60 if none is given")
         ->expected(0, 1)
         ->type_name("");
-    m_command->add_option("--sample-rate", m_options.sampleRate, "Keys a second of curves that cannot be written exactly")
+    m_command
+        ->add_option("--sample-rate", m_options.sampleRate, "Keys a second of curves that cannot be written exactly")
         ->check(positive)
         ->type_name("")
         ->default_str("60");
@@ -76,8 +78,9 @@ PrepareCommand::PrepareCommand(CLI::App& app)
         ->check(positive)
         ->type_name("")
         ->default_str("0.0001");
-    m_command->add_flag("--no-approximations", m_leavesApproximationsOut,
-                        "Leave out what can only be approximated: directional and ambient lights, orthographic cameras");
+    m_command->add_flag(
+        "--no-approximations", m_leavesApproximationsOut,
+        "Leave out what can only be approximated: directional and ambient lights, orthographic cameras");
     m_command->add_option("--max-size", m_options.maxSize, "Bytes that the result may reach, such as 500MB")
         ->transform(CLI::AsSizeValue(false).description(""))
         ->type_name("")
@@ -100,8 +103,8 @@ int PrepareCommand::run() const
     }
     const libPrepare::Finding* const why = report.first(libPrepare::Outcome::refused);
     const bool isOutput = why != nullptr && why->kind == "unwritable";
-    std::cerr << "scenetool: " << (why == nullptr ? m_out + " cannot be written" : refusalText(isOutput ? m_out : m_in, *why))
-              << '\n';
+    std::cerr << "scenetool: "
+              << (why == nullptr ? m_out + " cannot be written" : refusalText(isOutput ? m_out : m_in, *why)) << '\n';
     return EXIT_FAILURE;
 }
 

@@ -13,10 +13,14 @@ namespace {
 const char* word(libPrepare::Outcome outcome)
 {
     switch (outcome) {
-    case libPrepare::Outcome::rewritten: return "rewritten";
-    case libPrepare::Outcome::approximated: return "approximated";
-    case libPrepare::Outcome::lost: return "lost";
-    case libPrepare::Outcome::refused: return "refused";
+    case libPrepare::Outcome::rewritten:
+        return "rewritten";
+    case libPrepare::Outcome::approximated:
+        return "approximated";
+    case libPrepare::Outcome::lost:
+        return "lost";
+    case libPrepare::Outcome::refused:
+        return "refused";
     }
     return "";
 }
@@ -24,9 +28,12 @@ const char* word(libPrepare::Outcome outcome)
 const char* word(libPrepare::Approximation::Kind kind)
 {
     switch (kind) {
-    case libPrepare::Approximation::Kind::directionalLight: return "directionalLight";
-    case libPrepare::Approximation::Kind::ambientLight: return "ambientLight";
-    case libPrepare::Approximation::Kind::orthographicCamera: return "orthographicCamera";
+    case libPrepare::Approximation::Kind::directionalLight:
+        return "directionalLight";
+    case libPrepare::Approximation::Kind::ambientLight:
+        return "ambientLight";
+    case libPrepare::Approximation::Kind::orthographicCamera:
+        return "orthographicCamera";
     }
     return "";
 }

@@ -1,7 +1,9 @@
+#include "CheckCommand.h"
 #include "Dump.h"
 #include "Info.h"
 #include "LoadedScene.h"
 #include "PrepareCommand.h"
+#include "PreparedFile.h"
 #include "Printable.h"
 #include "SandboxOptions.h"
 #ifdef SCENETOOL_HAS_PICTURES
@@ -20,6 +22,8 @@
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <memory>
+#include <numeric>
 #include <optional>
 #include <string>
 #include <vector>
@@ -32,16 +36,22 @@ constexpr int usageError = 2;
 // Reports what failed, if anything did, in one line on standard error.
 void reportFault(const scenetool::LoadedScene& loaded)
 {
-    const std::string fault = loaded.fault();
+    const std::string fault = loaded.faultLine();
     if (!fault.empty()) {
-        std::cerr << "scenetool: " << scenetool::printable(loaded.file()) << ": " << scenetool::printable(fault)
-                  << '\n';
+        std::cerr << "scenetool: " << fault << '\n';
     }
 }
 
-int info(const std::string& file, bool showsAllNodes)
+// What was prepared from a document, if that is asked for.
+std::unique_ptr<scenetool::PreparedFile> prepared(const std::string& file, bool isWanted)
 {
-    const scenetool::LoadedScene loaded(file);
+    return isWanted ? std::make_unique<scenetool::PreparedFile>(file, libPrepare::Options()) : nullptr;
+}
+
+int info(const std::string& file, bool showsAllNodes, bool prepares)
+{
+    const std::unique_ptr<scenetool::PreparedFile> source = prepared(file, prepares);
+    const scenetool::LoadedScene loaded(file, source ? source->path() : file);
     if (loaded.isLoaded()) {
         scenetool::InfoOptions options;
         options.isColored = isatty(STDOUT_FILENO) == 1 && std::getenv("NO_COLOR") == nullptr;
@@ -52,9 +62,10 @@ int info(const std::string& file, bool showsAllNodes)
     return loaded.isLoaded() ? EXIT_SUCCESS : loadFailed;
 }
 
-int dump(const std::string& file, const std::optional<double>& time, bool folds)
+int dump(const std::string& file, const std::optional<double>& time, bool folds, bool prepares)
 {
-    scenetool::LoadedScene loaded(file);
+    const std::unique_ptr<scenetool::PreparedFile> source = prepared(file, prepares);
+    scenetool::LoadedScene loaded(file, source ? source->path() : file);
     if (loaded.isLoaded()) {
         const bool isEvaluated = !time || loaded.evaluate(*time);
         if (folds && isEvaluated) {
@@ -63,7 +74,43 @@ int dump(const std::string& file, const std::optional<double>& time, bool folds)
     }
     scenetool::writeDump(loaded, std::cout);
     reportFault(loaded);
-    return loaded.isLoaded() ? EXIT_SUCCESS : loadFailed;
+    return loaded.isLoaded() && !loaded.failure() ? EXIT_SUCCESS : loadFailed;
+}
+
+// How many characters have to be put in, taken out or replaced to make one word the other.
+std::size_t distance(const std::string& one, const std::string& other)
+{
+    std::vector<std::size_t> row(other.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t(0));
+    for (std::size_t i = 1; i <= one.size(); ++i) {
+        std::size_t diagonal = row[0];
+        row[0] = i;
+        for (std::size_t j = 1; j <= other.size(); ++j) {
+            const std::size_t replaced = diagonal + (one[i - 1] == other[j - 1] ? 0 : 1);
+            diagonal = row[j];
+            row[j] = std::min({row[j] + 1, row[j - 1] + 1, replaced});
+        }
+    }
+    return row.back();
+}
+
+// One line if the first word is no command; empty if it is one, or an option.
+std::string unknownCommand(const CLI::App& app, const std::string& word)
+{
+    std::string nearest;
+    for (const CLI::App* const command : app.get_subcommands({})) {
+        if (command->get_name() == word) {
+            return "";
+        }
+        if (nearest.empty() || distance(word, command->get_name()) < distance(word, nearest)) {
+            nearest = command->get_name();
+        }
+    }
+    if (word.empty() || word.front() == '-') {
+        return "";
+    }
+    const bool isNear = distance(word, nearest) <= std::max<std::size_t>(2, word.size() / 2);
+    return "there is no command \"" + word.substr(0, 60) + '"' + (isNear ? "; do you mean " + nearest + '?' : "");
 }
 
 int run(int argc, char** argv)
@@ -75,10 +122,12 @@ int run(int argc, char** argv)
     std::vector<std::string> files;
     scenetool::SandboxOptions sandbox;
     bool showsAllNodes = false;
+    bool prepares = false;
     CLI::App* const infoCommand = app.add_subcommand(
         "info", "Prints counts, the node tree with its transforms and animations, and messages, for people.");
     infoCommand->add_option("FILE", files, "The documents")->required();
     infoCommand->add_flag("--all", showsAllNodes, "Show all nodes of the tree, not only the first two hundred");
+    infoCommand->add_flag("--prepare", prepares, "Prepare the documents first");
     sandbox.addTo(*infoCommand);
 
     std::optional<double> time;
@@ -88,8 +137,10 @@ int run(int argc, char** argv)
     dumpCommand->add_option("FILE", file, "The document")->required();
     dumpCommand->add_option("--time", time, "Ask every node for its state at this time in seconds first");
     dumpCommand->add_flag("--fold", folds, "Fold parents into the nodes, so that matrices are world matrices");
+    dumpCommand->add_flag("--prepare", prepares, "Prepare the document first");
     sandbox.addTo(*dumpCommand);
 
+    const scenetool::CheckCommand check(app, sandbox);
     scenetool::PrepareCommand prepare(app);
 
 #ifdef SCENETOOL_HAS_PICTURES
@@ -100,6 +151,11 @@ int run(int argc, char** argv)
     scenetool::PictureCommands pictures(app, sandbox);
 #endif
 
+    const std::string first = argc > 1 ? argv[1] : "";
+    if (const std::string unknown = unknownCommand(app, first); !unknown.empty()) {
+        std::cerr << "scenetool: " << scenetool::printable(unknown) << " (see scenetool --help)\n";
+        return usageError;
+    }
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -107,7 +163,7 @@ int run(int argc, char** argv)
             return app.exit(error); // help and version
         }
         std::cerr << "scenetool: " << scenetool::printable(error.what()) << " (see scenetool --help)\n";
-        return usageError;
+        return first == "check" ? scenetool::CheckCommand::usageError : usageError;
     }
 #ifdef SCENETOOL_HAS_PICTURES
 #ifdef SCENETOOL_HAS_PAGE
@@ -122,18 +178,21 @@ int run(int argc, char** argv)
         return pictures.run();
     }
 #endif
+    if (check.isParsed()) {
+        return check.run();
+    }
     if (prepare.isParsed()) {
         return prepare.run();
     }
     if (dumpCommand->parsed()) {
-        return sandbox.run(file, 1, [&] { return dump(file, time, folds); });
+        return sandbox.run(file, 1, [&] { return dump(file, time, folds, prepares); });
     }
     int status = EXIT_SUCCESS;
     for (const std::string& each : files) {
         if (&each != &files.front()) {
             std::cout << '\n';
         }
-        status = std::max(status, sandbox.run(each, files.size(), [&] { return info(each, showsAllNodes); }));
+        status = std::max(status, sandbox.run(each, files.size(), [&] { return info(each, showsAllNodes, prepares); }));
     }
     return status;
 }
