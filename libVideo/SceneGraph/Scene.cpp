@@ -2,7 +2,7 @@
 
 #include "detail/Dom.h"
 #include "detail/Log.h"
-#include "document/ListTypes.h"
+#include "document/ColladaReader.h"
 #include "document/LoadScope.h"
 
 #include <libVideo/SceneGraph/Animation.h>
@@ -15,12 +15,14 @@ VIDEO_LOG_CHANNEL("libVideo.scene")
 VIDEO_SOURCE_PATH("libVideo/SceneGraph/Scene")
 
 // Without the version the document model would open documents of its newest schema alone.
-Scene::Scene() : m_dae(nullptr, nullptr, "1.4.1")
-{
-    detail::installListTypes(m_dae);
-}
+Scene::Scene()
+    : m_reader(std::make_unique<detail::ColladaReader>(m_dae)), m_dae(&m_reader->database(), m_reader.get(), "1.4.1")
+{}
 
-Scene::~Scene() = default;
+Scene::~Scene()
+{
+    m_dae.clear(); // while the types of its elements are there
+}
 
 bool Scene::createFromCollada(const vesk::String& path)
 {
@@ -29,7 +31,7 @@ bool Scene::createFromCollada(const vesk::String& path)
         VIDEO_LOG("Scene is already loaded");
         return false;
     }
-    detail::LoadScope scope(m_dae);
+    detail::LoadScope scope(m_dae, *m_reader);
     const domCOLLADARef root = scope.open(path);
     if (root == nullptr) {
         VIDEO_LOG("Collada file does not exist ", path);

@@ -11,8 +11,13 @@
 #include <vesk/String.h>
 
 #include <cstdint>
+#include <memory>
 
 namespace libVideo {
+
+namespace detail {
+class ColladaReader;
+}
 
 /// The one object that a host makes to load a document. It owns the document, the pool of what its libraries define,
 /// and the scene that is built from both; whatever a host reaches through it ends with it.
@@ -48,6 +53,7 @@ private:
     // The document goes first when the scene ends, then the pool, then the scene that refers to it.
     VisualScene m_visualScene;
     SceneResources m_resources;
+    std::unique_ptr<detail::ColladaReader> m_reader; // that the document keeps
     DAE m_dae;
     [[maybe_unused]] std::uint64_t m_reserved = 0;
     libMath::Matrix<float, 4, 4> m_upTransform; // zero; no load uses it

@@ -27,7 +27,7 @@ const char* chars(const xmlChar* text)
 DocumentParser::DocumentParser(DAE& dae, ElementTypes& types, daeDocument& document)
     : m_builder(dae, types, document, [this] { return xmlSAX2GetLineNumber(m_parser.get()); })
 {
-    xmlSAXHandler handler = {}; // messages have no way out either
+    xmlSAXHandler handler = {};
     handler.initialized = XML_SAX2_MAGIC;
     handler.startElementNs = startElement;
     handler.endElementNs = endElement;
@@ -37,6 +37,7 @@ DocumentParser::DocumentParser(DAE& dae, ElementTypes& types, daeDocument& docum
     handler.comment = comment;
     handler.processingInstruction = instruction;
     handler.internalSubset = documentType;
+    handler.serror = message;
     m_parser.reset(xmlCreatePushParserCtxt(&handler, this, nullptr, 0, nullptr));
     if (m_parser != nullptr) {
         xmlCtxtUseOptions(m_parser.get(), XML_PARSE_HUGE | XML_PARSE_NONET | XML_PARSE_NOENT);
@@ -129,8 +130,8 @@ void DocumentParser::startElement(void* self, const xmlChar* localName, const xm
     auto& parser = *static_cast<DocumentParser*>(self);
     parser.orRefuse([&] {
         const auto count = static_cast<std::size_t>(attributeCount);
-        const std::size_t inScope = static_cast<std::size_t>(namespaceCount) +
-                                    (parser.m_namespaces.empty() ? 0 : parser.m_namespaces.back());
+        const std::size_t inScope =
+            static_cast<std::size_t>(namespaceCount) + (parser.m_namespaces.empty() ? 0 : parser.m_namespaces.back());
         if (count > attributeLimit || inScope > namespaceLimit || parser.m_namespaces.size() == depthLimit ||
             parser.startTagSize() > startTagLimit) {
             return false;
@@ -143,8 +144,8 @@ void DocumentParser::startElement(void* self, const xmlChar* localName, const xm
         for (int i = 0; i < namespaceCount; ++i) { // prefix and address
             const xmlChar* const declared = namespaces[2 * i];
             const xmlChar* const address = namespaces[2 * i + 1];
-            const QualifiedName name = declared == nullptr ? QualifiedName{"xmlns", nullptr}
-                                                           : QualifiedName{chars(declared), "xmlns"};
+            const QualifiedName name =
+                declared == nullptr ? QualifiedName{"xmlns", nullptr} : QualifiedName{chars(declared), "xmlns"};
             if (!builder.setAttribute(name, address == nullptr ? "" : chars(address))) {
                 return false;
             }
@@ -200,6 +201,23 @@ void DocumentParser::documentType(void* self, const xmlChar* /*name*/, const xml
                                   const xmlChar* /*systemId*/)
 {
     static_cast<DocumentParser*>(self)->refuse();
+}
+
+// What the parser finds odd in a document that may still pass, in its namespaces.
+void DocumentParser::message(void* self, xmlError* error)
+{
+    auto& parser = *static_cast<DocumentParser*>(self);
+    if (error->message == nullptr || error->level == XML_ERR_FATAL) {
+        return;
+    }
+    parser.orRefuse([&] {
+        if (error->level == XML_ERR_WARNING) {
+            daeErrorHandler::get()->handleWarning(error->message);
+        } else {
+            daeErrorHandler::get()->handleError(error->message);
+        }
+        return true;
+    });
 }
 
 // The parser waits for the whole of a start tag, and compares its attributes in pairs then. So a large one is looked

@@ -49,6 +49,8 @@ private:
     static void instruction(void* self, const xmlChar* target, const xmlChar* data);
     static void documentType(void* self, const xmlChar* name, const xmlChar* publicId, const xmlChar* systemId);
 
+    static void message(void* self, xmlError* error);
+
     template <class Action>
     void orRefuse(const Action& action);
     void refuse();

@@ -58,12 +58,8 @@ void resolveAgain(daeURI& reference)
 } // namespace
 
 ElementBuilder::ElementBuilder(DAE& dae, ElementTypes& types, daeDocument& document, std::function<int()> line)
-    : m_dae(dae),
-      m_types(types),
-      m_document(document),
-      m_line(std::move(line))
-{
-}
+    : m_dae(dae), m_types(types), m_document(document), m_line(std::move(line))
+{}
 
 bool ElementBuilder::start(const QualifiedName& name)
 {
@@ -346,11 +342,10 @@ void ElementBuilder::placeAtPlaces(daeElement& parent, const ElementType& type, 
         for (const unsigned index : child.places) {
             const ChildPlace& place = type.places[index];
             const auto choice = static_cast<std::size_t>(place.choice);
-            const bool isOpen =
-                place.choice < 0 || m_chosen[choice] < 0 || m_chosen[choice] == static_cast<int>(index);
-            if (isOpen && !child.isAbstract && (place.maximum < 0 || m_counts[index] < place.maximum)) {
+            const bool isOpen = place.choice < 0 || m_chosen[choice] < 0 || m_chosen[choice] == static_cast<int>(index);
+            if (isOpen && !child.isAbstract && (place.maximum < 0 || m_counts[place.member] < place.maximum)) {
                 target = static_cast<int>(index);
-                ++m_counts[index];
+                ++m_counts[place.member];
                 if (place.choice >= 0) {
                     m_chosen[choice] = target;
                 }

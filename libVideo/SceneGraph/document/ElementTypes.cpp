@@ -54,6 +54,12 @@ private:
         place.name = static_cast<const char*>(attribute->getName());
         place.meta = attribute->getElementType();
         place.offset = attribute->getOffset();
+        place.member = m_type.places.size();
+        for (std::size_t i = m_type.places.size(); i-- > 0;) {
+            if (m_type.places[i].offset == place.offset) {
+                place.member = i;
+            }
+        }
         place.isArray = attribute->isArrayAttribute();
         place.maximum = place.isArray ? ModelPartAccess::maximum(*attribute) : 1;
         place.ordinal = ModelPartAccess::ordinal(*attribute) + ordinal;
@@ -80,7 +86,11 @@ private:
                 return false;
             }
             ChildPlace& place = m_type.places.back();
+            const bool sharesMember = place.member + 1 != m_type.places.size();
             if ((maximum == -1 && !place.isArray) || !names.insert(place.name).second) {
+                return false;
+            }
+            if (maximum == 1 && sharesMember) {
                 return false;
             }
             if (maximum == -1) {
@@ -222,7 +232,11 @@ void ElementTypes::appendChildren(daeElement& element, std::vector<daeElement*>&
         append(element.getChildren());
         return;
     }
-    for (const ChildPlace& place : type.places) {
+    for (std::size_t i = 0; i < type.places.size(); ++i) {
+        const ChildPlace& place = type.places[i];
+        if (place.member != i) {
+            continue;
+        }
         char* const member = reinterpret_cast<char*>(&element) + place.offset;
         if (place.isArray) {
             append(*reinterpret_cast<daeElementRefArray*>(member));

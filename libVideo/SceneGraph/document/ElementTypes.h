@@ -19,6 +19,7 @@ struct ChildPlace {
     std::string name;               ///< Of the children.
     daeMetaElement* meta = nullptr; ///< Of the children.
     daeInt offset = 0;              ///< Of the member of the element that holds them.
+    std::size_t member = 0;         ///< The first place with that offset: names may share a member.
     bool isArray = false;           ///< The member is an array, not a single reference.
     daeInt maximum = 1;             ///< How many it takes; -1 for any number.
     daeUInt ordinal = 0;            ///< The rank of these children among all of the element.
@@ -39,8 +40,8 @@ struct ElementType {
     };
     enum class Value {
         none,
-        text,      ///< anything but the following
-        doubles,   ///< a list, as the following
+        text,    ///< anything but the following
+        doubles, ///< a list, as the following
         unsigneds,
         signeds,
         names,

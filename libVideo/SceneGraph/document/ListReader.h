@@ -47,9 +47,9 @@ private:
 
     ElementType::Value m_kind = ElementType::Value::none;
     daeAtomicType* m_stock = nullptr;
-    std::array<Cell, 64> m_first = {};      // most lists are short
-    std::unique_ptr<Cell, Free> m_block;    // of a long one
-    Cell* m_cells = nullptr;                // of either
+    std::array<Cell, 64> m_first = {};   // most lists are short
+    std::unique_ptr<Cell, Free> m_block; // of a long one
+    Cell* m_cells = nullptr;             // of either
     std::size_t m_count = 0;
     std::size_t m_capacity = 0;
     std::string m_token; // that the last piece ended in

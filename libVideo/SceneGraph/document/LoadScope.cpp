@@ -64,7 +64,8 @@ SilenceScope::~SilenceScope()
     xmlSetStructuredErrorFunc(m_parserErrorContext, m_parserErrors);
 }
 
-ReferenceScope::ReferenceScope(DAE& dae) : m_list(dae.getURIResolvers().list()), m_before(m_list), m_resolver(dae)
+ReferenceScope::ReferenceScope(DAE& dae, ColladaReader& reader)
+    : m_list(dae.getURIResolvers().list()), m_before(m_list), m_resolver(dae, reader)
 {
     m_list.clear(); // it would delete its entries only at its own end
     m_list.append(&m_resolver);

@@ -51,7 +51,7 @@ private:
 /// References are followed by a `ReferenceResolver` alone.
 class ReferenceScope {
 public:
-    explicit ReferenceScope(DAE& dae);
+    ReferenceScope(DAE& dae, ColladaReader& reader);
     ~ReferenceScope();
     ReferenceScope(const ReferenceScope&) = delete;
     ReferenceScope& operator=(const ReferenceScope&) = delete;
@@ -67,10 +67,10 @@ private:
 /// Stands around a load; all is as it was before at the end.
 class LoadScope {
 public:
-    explicit LoadScope(DAE& dae) : m_references(dae) {}
+    LoadScope(DAE& dae, ColladaReader& reader) : m_references(dae, reader) {}
 
     /// Opens the file that `path` names, whatever characters the path holds.
-    /// @return the root, or null for whatever is no regular file, does not pass the preflight, or does not open;
+    /// @return the root, or null for whatever is no regular file or is refused;
     ///     exceptions of the document model count as that, those of `vesk` pass
     domCOLLADA* open(const vesk::String& path);
 

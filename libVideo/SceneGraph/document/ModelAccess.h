@@ -10,6 +10,7 @@
 #include <dae/daeMetaAny.h>
 #include <dae/daeMetaChoice.h>
 #include <dae/daeMetaElementAttribute.h>
+#include <dae/daeMetaGroup.h>
 #include <dae/daeMetaSequence.h>
 
 #include <cstddef>
@@ -44,6 +45,13 @@ struct ModelPartAccess : daeMetaCMPolicy {
     }
     static daeInt maximum(const daeMetaCMPolicy& model) { return model.*(&ModelPartAccess::_maxOccurs); }
     static daeUInt ordinal(const daeMetaCMPolicy& model) { return model.*(&ModelPartAccess::_ordinalOffset); }
+};
+
+struct GroupAccess : daeMetaGroup {
+    static daeMetaElement* elementType(const daeMetaGroup& group)
+    {
+        return (group.*(&GroupAccess::_elementContainer))->getElementType();
+    }
 };
 
 } // namespace libVideo::detail

@@ -1,6 +1,6 @@
 #include "ReferenceResolver.h"
 
-#include "OpenFile.h"
+#include "ColladaReader.h"
 
 #include <algorithm>
 #include <array>
@@ -49,7 +49,7 @@ bool isColladaFile(const std::filesystem::path& file)
 daeElement* ReferenceResolver::openFirst(const std::filesystem::path& file)
 {
     m_folder = std::filesystem::canonical(file.parent_path());
-    daeElement* const root = openFile(*dae, file);
+    daeElement* const root = m_reader.open(file);
     if (root != nullptr) {
         m_documents[std::filesystem::canonical(file).string()] = root->getDocument();
     }
@@ -69,7 +69,7 @@ daeElement* ReferenceResolver::resolveElement(const daeURI& reference)
             return nullptr;
         }
     }
-    return document != nullptr ? dae->getDatabase()->idLookup(reference.fragment(), document) : nullptr;
+    return document != nullptr ? m_reader.database().find(reference.fragment(), *document) : nullptr;
 }
 
 daeDocument* ReferenceResolver::openReferenced(const daeURI& reference)
@@ -91,7 +91,7 @@ daeDocument* ReferenceResolver::openReferenced(const daeURI& reference)
     const auto [entry, isNew] = m_documents.try_emplace(place.string(), nullptr);
     if (isNew) {
         const std::string name = entry->first; // opening may ask for further files
-        if (daeElement* const root = openFile(*dae, file)) {
+        if (daeElement* const root = m_reader.open(file)) {
             m_documents[name] = root->getDocument();
         }
         return m_documents[name];
