@@ -14,15 +14,11 @@ namespace libVideo {
 VIDEO_LOG_CHANNEL("libVideo.scene")
 VIDEO_SOURCE_PATH("libVideo/SceneGraph/Scene")
 
-// Without the version the document model would open documents of its newest schema alone.
+// Without the version the document model would open documents of its newest schema alone. The reader is told of its
+// `DAE` before that is there.
 Scene::Scene()
     : m_reader(std::make_unique<detail::ColladaReader>(m_dae)), m_dae(&m_reader->database(), m_reader.get(), "1.4.1")
 {}
-
-Scene::~Scene()
-{
-    m_dae.clear(); // while the types of its elements are there
-}
 
 bool Scene::createFromCollada(const vesk::String& path)
 {
@@ -65,6 +61,11 @@ bool Scene::createFromCollada(const vesk::String& path)
         return false;
     }
     return m_visualScene.createFromCollada(*visualScene, SceneResourcesLink(&m_resources));
+}
+
+Scene::~Scene()
+{
+    m_dae.clear(); // while the types of its elements are there
 }
 
 void Scene::transformToYUP(domUpAxisType upAxis)
