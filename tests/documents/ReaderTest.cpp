@@ -128,7 +128,7 @@ protected:
     }
 
 private:
-    CrashReport m_report{60};
+    CrashReport m_report{600};
     TortureFolder m_folder;
     Readers m_readers;
 };
