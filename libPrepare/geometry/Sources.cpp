@@ -244,6 +244,31 @@ const SourceLayout* positionsOf(Document& document, Sources& sources, const std:
     return layout != nullptr && layout->width() >= 2 ? layout : nullptr;
 }
 
+pugi::xml_node addVectorSource(Document& document, pugi::xml_node geometry, const char* role)
+{
+    const pugi::xml_node source = geometry.child("mesh").prepend_child("source");
+    document.setId(source, document.freshId(std::string(geometry.attribute("id").value()) + '-' + role));
+    return source;
+}
+
+void fillVectorSource(Document& document, pugi::xml_node source, const std::vector<double>& values)
+{
+    const std::string id = document.freshId(std::string(source.attribute("id").value()) + "-array");
+    const pugi::xml_node array = source.append_child("float_array");
+    document.setId(array, id);
+    setAttribute(array, "count", std::to_string(values.size()));
+    setText(array, text(values));
+    pugi::xml_node accessor = source.append_child("technique_common").append_child("accessor");
+    setAttribute(accessor, "source", '#' + id);
+    setAttribute(accessor, "count", std::to_string(values.size() / 3));
+    setAttribute(accessor, "stride", "3");
+    for (const char* const name : {"X", "Y", "Z"}) {
+        const pugi::xml_node param = accessor.append_child("param");
+        setAttribute(param, "name", name);
+        setAttribute(param, "type", "float");
+    }
+}
+
 std::vector<std::int32_t> indices(std::string_view text)
 {
     std::vector<std::int32_t> result;

@@ -64,6 +64,11 @@ const Input* firstInput(const std::vector<Input>& inputs, std::string_view seman
 /// The positions that a primitive's corners name; null if there are none.
 const SourceLayout* positionsOf(Document& document, Sources& sources, const std::vector<Input>& inputs);
 
+/// An empty `<source>` of a geometry's mesh, named after both.
+pugi::xml_node addVectorSource(Document& document, pugi::xml_node geometry, const char* role);
+/// Gives it an array and an accessor of three numbers a record.
+void fillVectorSource(Document& document, pugi::xml_node source, const std::vector<double>& values);
+
 /// The value of an attribute that holds a whole number from 0.
 std::size_t wholeOr(std::string_view text, std::size_t otherwise);
 /// All entries of an index list; -1 in the place of what is no whole number from 0 below 2^31.

@@ -421,7 +421,7 @@ private:
             ++index;
         }
         for (const auto& made : m_pairs) {
-            fillSource(made.second.source, made.second.values);
+            fillVectorSource(m_document, made.second.source, made.second.values);
         }
     }
 
@@ -481,9 +481,8 @@ private:
         // A record for each pair of vertex and direction.
         Pairs& pairs = m_pairs[std::make_pair(attribute.values.get(), std::string(semantic))];
         if (!pairs.source) {
-            pairs.source = geometry.child("mesh").prepend_child("source");
+            pairs.source = addVectorSource(m_document, geometry, isNormal ? "normals" : "directions");
             m_held.push_back(attribute.values);
-            nameSource(geometry, pairs.source, isNormal ? "normals" : "directions");
         }
         const std::size_t stride = strideOf(inputs);
         pugi::xml_node list = primitive.child("p");
@@ -532,33 +531,9 @@ private:
 
     std::string addSource(pugi::xml_node geometry, const char* role, const Values& values)
     {
-        pugi::xml_node source = geometry.child("mesh").prepend_child("source");
-        nameSource(geometry, source, role);
-        fillSource(source, values);
+        const pugi::xml_node source = addVectorSource(m_document, geometry, role);
+        fillVectorSource(m_document, source, values);
         return source.attribute("id").value();
-    }
-
-    void nameSource(pugi::xml_node geometry, pugi::xml_node source, const char* role)
-    {
-        m_document.setId(source, m_document.freshId(std::string(geometry.attribute("id").value()) + '-' + role));
-    }
-
-    void fillSource(pugi::xml_node source, const Values& values)
-    {
-        const std::string id = m_document.freshId(std::string(source.attribute("id").value()) + "-array");
-        pugi::xml_node array = source.append_child("float_array");
-        m_document.setId(array, id);
-        setAttribute(array, "count", std::to_string(values.size()));
-        setText(array, text(values));
-        pugi::xml_node accessor = source.append_child("technique_common").append_child("accessor");
-        setAttribute(accessor, "source", '#' + id);
-        setAttribute(accessor, "count", std::to_string(values.size() / 3));
-        setAttribute(accessor, "stride", "3");
-        for (const char* const name : {"X", "Y", "Z"}) {
-            pugi::xml_node param = accessor.append_child("param");
-            setAttribute(param, "name", name);
-            setAttribute(param, "type", "float");
-        }
     }
 
     // A skin is in the world already, so that a node of its own shows it.
