@@ -18,6 +18,8 @@ constexpr double noArea = 1e-13;
 constexpr double turnedSlack = 1e-9;
 // Looks at corners that each corner brings for the polygons that need ears; keeps the time linear in the document.
 constexpr std::uint64_t stepsPerCorner = 512;
+// Polygons of no more corners are not worth counting.
+constexpr std::size_t fewCorners = 256;
 
 Vector3 cross(const Vector3& a, const Vector3& b)
 {
@@ -141,10 +143,17 @@ Tessellator::Result Tessellator::triangulate(const Polygon& polygon, std::vector
     }
     project(polygon);
     const std::size_t before = triangles.size();
-    if (runGlu(polygon, triangles)) {
-        return Result::done;
+    m_steps += stepsPerCorner * count;
+    // Where edges cross GLU makes new points, all of them before it can be stopped; and it keeps the edges that its sweep
+    // meets in a list.
+    const std::uint64_t cost = count > fewCorners ? static_cast<std::uint64_t>(count) * count : 0;
+    if (cost <= m_steps) {
+        m_steps -= cost;
+        if (!crossesItself(polygon) && runGlu(polygon, triangles)) {
+            return Result::done;
+        }
+        triangles.resize(before);
     }
-    triangles.resize(before);
     std::vector<std::vector<std::size_t>> loops(polygon.lengths.size());
     for (std::size_t loop = 0; loop < loops.size(); ++loop) {
         for (std::size_t i = 0; i < polygon.lengths[loop]; ++i) {
@@ -154,7 +163,6 @@ Tessellator::Result Tessellator::triangulate(const Polygon& polygon, std::vector
             std::reverse(loops[loop].begin(), loops[loop].end());
         }
     }
-    m_steps += stepsPerCorner * count;
     if (clipEars(m_flat, loops, m_steps, triangles)) {
         return Result::done;
     }
@@ -211,6 +219,38 @@ void Tessellator::project(const Polygon& polygon)
         m_starts.push_back(start);
         start += size;
     }
+}
+
+// Whether two edges meet anywhere but at corners of both.
+bool Tessellator::crossesItself(const Polygon& polygon)
+{
+    m_edges.clear();
+    for (std::size_t loop = 0; loop < polygon.lengths.size(); ++loop) {
+        for (std::size_t i = 0; i < polygon.lengths[loop]; ++i) {
+            m_edges.push_back({m_flat[m_starts[loop] + i], m_flat[m_starts[loop] + (i + 1) % polygon.lengths[loop]]});
+        }
+    }
+    const auto turn = [](const Point2& a, const Point2& b, const Point2& c) {
+        const double area = (b.x - a.x) * (c.y - a.y) - (c.x - a.x) * (b.y - a.y);
+        return area > 0 ? 1 : area < 0 ? -1 : 0;
+    };
+    const auto isSame = [](const Point2& a, const Point2& b) { return a.x == b.x && a.y == b.y; };
+    for (std::size_t i = 0; i < m_edges.size(); ++i) {
+        const auto& [a, b] = m_edges[i];
+        const auto [left, right] = std::minmax(a.x, b.x);
+        const auto [low, high] = std::minmax(a.y, b.y);
+        for (std::size_t j = i + 1; j < m_edges.size(); ++j) {
+            const auto& [c, d] = m_edges[j];
+            if (std::max(c.x, d.x) < left || std::min(c.x, d.x) > right || std::max(c.y, d.y) < low ||
+                std::min(c.y, d.y) > high || isSame(a, c) || isSame(a, d) || isSame(b, c) || isSame(b, d)) {
+                continue;
+            }
+            if (turn(a, b, c) * turn(a, b, d) <= 0 && turn(c, d, a) * turn(c, d, b) <= 0) {
+                return true;
+            }
+        }
+    }
+    return false;
 }
 
 // @return whether what GLU made has the polygon's own corners and edges

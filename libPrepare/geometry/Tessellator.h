@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace libPrepare {
@@ -48,6 +49,7 @@ private:
 
     bool isFan() const;
     void project(const Polygon& polygon);
+    bool crossesItself(const Polygon& polygon);
     bool runGlu(const Polygon& polygon, std::vector<std::size_t>& triangles);
     void identify(const Polygon& polygon);
     bool coversAllEdges(const Polygon& polygon, const std::vector<std::size_t>& triangles);
@@ -58,6 +60,7 @@ private:
     std::vector<Point2> m_flat; // m_scaled on the plane
     std::vector<std::size_t> m_starts;
     std::vector<bool> m_isTurned; // loops that go the wrong way round
+    std::vector<std::pair<Point2, Point2>> m_edges;
     std::vector<std::size_t> m_order;
     std::vector<std::size_t> m_identities;          // of each corner the first that is the same
     std::uint64_t m_steps = std::uint64_t(1) << 26; // that ears may still take; corners bring more

@@ -13,6 +13,7 @@ namespace libPrepare {
 
 namespace {
 
+constexpr std::size_t mostInputs = 256; // of a primitive that are looked at
 constexpr std::size_t widestRecord = 4; // values of an attribute that have a type
 
 bool isKnown(std::string_view semantic)
@@ -186,7 +187,9 @@ private:
         for (const Input& input : inputs) {
             PlannedInput planned{input.element, input.semantic, input.element.attribute("source").value(),
                                  positions,     input.offset,   input.set};
-            if (&input != vertex && !isReadable(element, planned)) {
+            const bool isVertex = &input == vertex;
+            const bool isBeyond = static_cast<std::size_t>(&input - inputs.data()) >= mostInputs;
+            if (!isVertex && (isBeyond || !isReadable(input.element, planned))) {
                 continue;
             }
             plan.push_back(std::move(planned));
@@ -195,7 +198,11 @@ private:
         m_vertices.emplace(vertices.hash_value(), vertices);
         std::size_t moved = 0;
         bool hasPosition = false;
+        std::size_t place = 0;
         for (const Input& input : inputsOf(vertices)) {
+            if (place++ >= mostInputs) {
+                break;
+            }
             if (input.semantic == "POSITION" && !hasPosition) {
                 hasPosition = true;
                 continue;
@@ -208,7 +215,7 @@ private:
             if (isThere && planned.semantic != "TEXCOORD" && planned.semantic != "COLOR") {
                 continue; // what the primitive itself says goes before
             }
-            if (!isReadable(input.element, planned)) {
+            if (plan.size() >= mostInputs || !isReadable(input.element, planned)) {
                 continue;
             }
             for (const PlannedInput& other : plan) {
@@ -430,11 +437,12 @@ private:
 
     void write(pugi::xml_node element, const std::vector<Input>& inputs, const std::vector<PlannedInput>& plan)
     {
+        std::unordered_set<std::size_t> kept;
+        for (const PlannedInput& planned : plan) {
+            kept.insert(planned.element.hash_value());
+        }
         for (const Input& input : inputs) {
-            const bool isKept = std::any_of(plan.begin(), plan.end(), [&](const PlannedInput& planned) {
-                return planned.element == input.element;
-            });
-            if (!isKept) {
+            if (kept.count(input.element.hash_value()) == 0) {
                 element.remove_child(input.element);
             }
         }

@@ -11,12 +11,17 @@
 #include <cmath>
 #include <map>
 #include <memory>
+#include <unordered_map>
+#include <unordered_set>
 
 namespace libPrepare {
 
 namespace {
 
 using Values = std::vector<double>; // three numbers a record
+
+constexpr std::size_t longestChain = 64;  // of skins and morphs that take each other for their source
+constexpr std::size_t mostSkeletons = 64; // that an instance names
 
 // What a primitive's corners have of one semantic, and where.
 struct Attribute {
@@ -73,7 +78,8 @@ private:
     {
         std::vector<pugi::xml_node> chain; // of skins and morphs, the outermost first
         pugi::xml_node base = m_document.resolve(instance.attribute("url").value(), {"controller"});
-        while (is(base, "controller") && std::find(chain.begin(), chain.end(), bodyOf(base)) == chain.end()) {
+        while (is(base, "controller") && chain.size() < longestChain &&
+               std::find(chain.begin(), chain.end(), bodyOf(base)) == chain.end()) {
             const pugi::xml_node body = bodyOf(base);
             chain.push_back(body);
             base = m_document.resolve(body.attribute("source").value(), {"geometry", "controller"});
@@ -220,6 +226,7 @@ private:
             double weight;
         };
         std::vector<Blended> others;
+        std::unordered_map<const Shape*, std::size_t> places; // among the others: a target may come more than once
         std::size_t place = 0;
         for (const std::string& name : wordRecords(m_document, targets)) {
             const std::size_t at =
@@ -237,7 +244,12 @@ private:
             if (isNew) {
                 known->second = std::make_unique<Shape>(shapeOf(geometry));
             }
-            others.push_back({known->second.get(), all[at]});
+            const auto [other, isFirst] = places.try_emplace(known->second.get(), others.size());
+            if (isFirst) {
+                others.push_back({known->second.get(), all[at]});
+            } else {
+                others[other->second].weight += all[at];
+            }
         }
         const bool isRelative = std::string_view(morph.attribute("method").value()) == "RELATIVE";
         const auto blend = [&](const Values& base, const auto& valuesOf) {
@@ -304,13 +316,15 @@ private:
         }
         std::vector<pugi::xml_node> skeletons;
         for (const pugi::xml_node skeleton : instance.children("skeleton")) {
-            if (const pugi::xml_node root = m_document.resolve(textOf(skeleton), {"node"})) {
+            const pugi::xml_node root = m_document.resolve(textOf(skeleton), {"node"});
+            if (root && skeletons.size() < mostSkeletons) {
                 skeletons.push_back(root);
             }
         }
         const std::vector<double> inverses = m_sources.values(*inverse);
         std::vector<Matrix4> moves;
         bool isAnimated = false;
+        std::unordered_set<std::size_t> seen;
         for (const std::string& name : jointNames(m_document, *m_joints, jointSource)) {
             const pugi::xml_node joint =
                 m_joints->find(name, skeletons, static_cast<bool>(jointSource.child("IDREF_array")));
@@ -322,7 +336,8 @@ private:
                 const double* const values = inverses.data() + 16 * moves.size();
                 move = m_pose->world(joint) * transformMatrix("matrix", std::vector<double>(values, values + 16));
             }
-            for (pugi::xml_node node = joint; is(node, "node") && !isAnimated; node = node.parent()) {
+            for (pugi::xml_node node = joint; is(node, "node") && !isAnimated && seen.insert(node.hash_value()).second;
+                 node = node.parent()) {
                 isAnimated = m_motion->isNodeAnimated(node);
             }
             moves.push_back(move);
