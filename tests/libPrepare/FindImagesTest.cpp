@@ -1,10 +1,10 @@
+#include "TemporaryFolder.h"
+
 #include <libPrepare/Prepare.h>
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 
 namespace {
@@ -14,36 +14,27 @@ namespace fs = std::filesystem;
 // A folder with a document in "in", whose images lie beside it and in "in/sub", and with an empty folder "out".
 class FindImagesTest : public testing::Test {
 protected:
-    FindImagesTest()
-        : m_folder(fs::path(testing::TempDir()) /
-                   (std::string("find images ") + testing::UnitTest::GetInstance()->current_test_info()->name()))
-    {
-        fs::remove_all(m_folder);
-        fs::create_directories(m_folder / "in" / "sub");
-        fs::create_directories(m_folder / "out");
-    }
+    FindImagesTest() { fs::create_directories(inFolder("out")); }
 
-    ~FindImagesTest() override { fs::remove_all(m_folder); }
-
-    void image(const std::string& path) const { std::ofstream(m_folder / "in" / path) << "picture"; }
+    fs::path inFolder(const std::string& name) const { return m_folder.path() / name; }
+    void image(const std::string& name) const { m_folder.write("in/" + name, "picture"); }
 
     // The reference of an image after the document went to a file.
     std::string prepared(const std::string& reference, const std::string& out) const
     {
-        std::ofstream(m_folder / "in" / "a.dae")
-            << R"(<COLLADA xmlns="http://www.collada.org/2005/11/COLLADASchema" version="1.4.1"><asset/><library_images>)"
-               "<image id=\"i\"><init_from>"
-            << reference << "</init_from></image></library_images></COLLADA>";
-        const libPrepare::Report report = libPrepare::prepare(m_folder / "in" / "a.dae", m_folder / out);
-        EXPECT_TRUE(report.done);
-        std::ostringstream text;
-        text << std::ifstream(m_folder / out).rdbuf();
-        const std::string whole = text.str();
+        const fs::path document = m_folder.write(
+            "in/a.dae",
+            R"(<COLLADA xmlns="http://www.collada.org/2005/11/COLLADASchema" version="1.4.1"><asset/><library_images>)"
+            "<image id=\"i\"><init_from>" +
+                reference + "</init_from></image></library_images></COLLADA>");
+        EXPECT_TRUE(libPrepare::prepare(document, inFolder(out)).done);
+        const std::string whole = test::contentOf(inFolder(out));
         const std::size_t start = whole.find("<init_from>") + 11;
         return whole.substr(start, whole.find("</init_from>") - start);
     }
 
-    fs::path m_folder;
+private:
+    test::TemporaryFolder m_folder;
 };
 
 TEST_F(FindImagesTest, ReferencesStayWhereTheDocumentStaysInItsFolder)
@@ -65,7 +56,7 @@ TEST_F(FindImagesTest, ReferencesLeadFromTheFolderOfTheResult)
 TEST_F(FindImagesTest, AbsoluteFilesAreFoundFromAnywhere)
 {
     image("b.png");
-    const std::string path = "file://" + (m_folder / "in" / "b.png").generic_string();
+    const std::string path = "file://" + inFolder("in/b.png").generic_string();
     EXPECT_EQ(path, prepared(path, "out/b.dae"));
 }
 
@@ -107,7 +98,7 @@ TEST_F(FindImagesTest, SecondRunChangesNothing)
 {
     image("sub/b.png");
     const std::string once = prepared("sub\\b.png", "out/b.dae");
-    const libPrepare::Report report = libPrepare::prepare(m_folder / "out" / "b.dae", m_folder / "out" / "c.dae");
+    const libPrepare::Report report = libPrepare::prepare(inFolder("out/b.dae"), inFolder("out/c.dae"));
     EXPECT_TRUE(report.done);
     EXPECT_FALSE(report.changed);
     EXPECT_EQ("../in/sub/b.png", once);
