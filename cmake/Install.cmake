@@ -5,7 +5,7 @@ include(CMakePackageConfigHelpers)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/libVideo)
 
 # One export set for each namespace.
-foreach(target_and_set vesk_Common:vesk libMath:libMath libVideo:libVideo)
+foreach(target_and_set vesk_Common:vesk libMath:libMath libVideo:libVideo libPrepare:libPrepare)
     string(REPLACE ":" ";" target_and_set ${target_and_set})
     list(GET target_and_set 0 target)
     list(GET target_and_set 1 set)
@@ -33,6 +33,8 @@ pkgconfig_file(vesk-common "Text, containers, handles and logging" "" "" "-lComm
 pkgconfig_file(libMath "Matrices and vectors" "vesk-common" "" "")
 pkgconfig_file(libVideo "${PROJECT_DESCRIPTION}" "libMath, vesk-common, collada-dom-141" "-DNO_BOOST" "-lVideo")
 
+pkgconfig_file(libPrepare "Rewrites COLLADA documents so that libVideo delivers them whole" "" "" "-lPrepare")
+
 # gdb finds the printers by the path of the library that it loads, or is told to source them.
 set(printers foundation/gdb/vesk_printers.py)
 install(FILES ${printers} DESTINATION ${CMAKE_INSTALL_DATADIR}/libVideo/gdb COMPONENT development)
@@ -42,7 +44,7 @@ install(FILES ${printers} DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load/${l
 
 install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT development
-    FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.dae" PATTERN "*.cpp" PATTERN "Snakefile")
+    FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.dae" PATTERN "*.schema.json" PATTERN "*.cpp" PATTERN "Snakefile")
 install(FILES examples/draw.cpp examples/host.cpp examples/logging.cpp DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
     COMPONENT development)
 

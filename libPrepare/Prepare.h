@@ -19,14 +19,15 @@ namespace libPrepare {
 /// The axis that points up in the result.
 enum class UpAxis {
     keep, ///< The one that the document has.
-    y,
-    z,
+    y,    ///< Y points up.
+    z,    ///< Z points up.
 };
 
 /// What `prepare` may be told. The defaults keep everything that the document says.
 struct Options {
     /// Time in seconds at which skins and morphs take their pose; the declared values if absent.
     std::optional<double> time;
+    /// The axis that points up in the result.
     UpAxis upAxis = UpAxis::keep;
     /// Meters per unit of the result; the document's own unit if absent.
     std::optional<double> unit;
@@ -62,17 +63,22 @@ enum class Outcome {
 
 /// One entry of a report.
 struct Finding {
-    Outcome outcome = Outcome::rewritten;
+    Outcome outcome = Outcome::rewritten; ///< What became of the piece.
     std::string kind;   ///< A fixed word for each kind of finding, such as `polylist`; reports group by it.
     std::string text;   ///< One sentence for people.
     std::string remedy; ///< What a person can do about it, or what was done.
-    Place place;
+    Place place;        ///< Where it was in the document that was read.
 };
 
 /// What was approximated, with the numbers to undo it.
 struct Approximation {
-    enum class Kind { directionalLight, ambientLight, orthographicCamera };
-    Kind kind = Kind::directionalLight;
+    /// What something was in the document.
+    enum class Kind {
+        directionalLight,   ///< A point light far away in the result.
+        ambientLight,       ///< A part of the emission of all materials in the result.
+        orthographicCamera, ///< A perspective camera far away in the result.
+    };
+    Kind kind = Kind::directionalLight; ///< What it was.
     std::string id;     ///< Id of the `<light>` or `<camera>` in the result (an ambient light's in the source).
     std::string nodeId; ///< Id of the node in the result that shows it; empty if none does.
     double color[3] = {0, 0, 0}; ///< Of a light.
@@ -90,6 +96,7 @@ struct Report {
     bool changed = false;
     /// In the order of the passes.
     std::vector<Finding> findings;
+    /// In the order of the passes, too.
     std::vector<Approximation> approximations;
 
     /// The first finding with this outcome, or null.
