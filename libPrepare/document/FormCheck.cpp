@@ -1,6 +1,7 @@
 #include "FormCheck.h"
 
 #include "Lines.h"
+#include "ValueElements.h"
 
 #include <libxml/parser.h>
 
@@ -76,6 +77,7 @@ private:
     struct Level {
         std::size_t begin;      // of its start tag
         std::size_t namespaces; // declared here and above
+        std::string_view name;
         bool isInTechnique;
         bool holdsReference;
     };
@@ -213,7 +215,7 @@ void Checker::open(std::string_view name, bool hasPrefix, std::size_t namespaces
         refuse(begin, "root", "no COLLADA: The root element is " + tag, "give a COLLADA document");
         return;
     }
-    const Level parent = m_levels.empty() ? Level{0, 0, false, false} : m_levels.back();
+    const Level parent = m_levels.empty() ? Level{0, 0, {}, false, false} : m_levels.back();
     namespaces += parent.namespaces;
     if (m_levels.size() == depthLimit) {
         refuse(begin, "too-deep", "more than 10,000 levels of elements", "flatten the tree");
@@ -228,6 +230,13 @@ void Checker::open(std::string_view name, bool hasPrefix, std::size_t namespaces
                "give it a shorter name");
         return;
     }
+    // The document model would make these by the type of the parent, and place them nowhere.
+    const bool isOfParentsType =
+        name == parent.name || name.rfind("Targetable", 0) == 0 || name.rfind("InputLocal", 0) == 0;
+    if ((isOfParentsType && holdsOnlyValue(parent.name)) || (parent.isInTechnique && name == "any")) {
+        refuse(begin, "stray-element", "an element " + tag + " where there can be none", "take it out");
+        return;
+    }
     for (std::size_t i = 0; i < attributeCount; ++i) {
         const xmlChar** const attribute = attributes + i * 5; // name, prefix, namespace, begin and end of the value
         if (parentSteps(between(attribute[3], attribute[4])) > parentStepLimit) {
@@ -237,7 +246,8 @@ void Checker::open(std::string_view name, bool hasPrefix, std::size_t namespaces
     }
     m_reference.clear();
     m_hasRoot = true;
-    m_levels.push_back({begin, namespaces, parent.isInTechnique || (!hasPrefix && name == "technique"),
+    m_levels.push_back({begin, namespaces, hasPrefix ? std::string_view() : m_text.substr(begin + 1, name.size()),
+                        parent.isInTechnique || (!hasPrefix && name == "technique"),
                         name == "init_from" || name == "skeleton"});
 }
 

@@ -2,6 +2,7 @@
 
 #include "../document/Numbers.h"
 #include "../document/Tree.h"
+#include "../document/ValueElements.h"
 
 #include <algorithm>
 #include <cstring>
@@ -148,6 +149,23 @@ void repairNumbers(Document& document, pugi::xml_node element)
     }
 }
 
+// What stands in a value is no part of it, and nothing can lead to it.
+void takeStrangersOut(Document& document, pugi::xml_node element)
+{
+    for (pugi::xml_node child = element.first_child(); child;) {
+        const pugi::xml_node after = child.next_sibling();
+        if (child.type() == pugi::node_element) {
+            document.lost(child, "stray-element",
+                          std::string("There can be no <") + child.name() + "> in a <" + element.name() + ">.",
+                          "It was taken out.");
+            element.remove_child(child);
+            document.forgetIds();
+            document.report().changed = true;
+        }
+        child = after;
+    }
+}
+
 // Where other readers keep what they like.
 bool isForeign(const char* name)
 {
@@ -164,6 +182,9 @@ void repairTexts(Document& document)
         if (node.type() != pugi::node_element || isForeign(node.name())) {
             node = nextBeside(node, root);
             continue;
+        }
+        if (holdsOnlyValue(node.name())) {
+            takeStrangersOut(document, node);
         }
         if (isDivided(node)) {
             document.rewritten(node, "divided-text", "The text is divided by comments, or is character data.",

@@ -132,6 +132,8 @@ INSTANTIATE_TEST_SUITE_P(
                 "start-tag", "<a> has too many attributes", 2, 1},
         Refused{"LongName", root + "<technique>\n<" + std::string(128, 'n') + "/></technique></COLLADA>", "long-name",
                 "an element with a name of 128 bytes", 2, 1},
+        Refused{"ValueInItsLike", root + "<p>1\n<p/></p></COLLADA>", "stray-element",
+                "an element <p> where there can be none", 2, 1},
         Refused{"ParentSteps", root + "\n<a url='" + repeated("../", 257) + "'/></COLLADA>", "reference",
                 "<a> has a reference with too many steps to a parent folder", 2, 1},
         Refused{"BadUtf8", root + "\nab\xE9 </COLLADA>", "malformed",

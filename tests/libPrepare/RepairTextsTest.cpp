@@ -16,6 +16,15 @@ TEST(RepairTextsTest, RunsBecomeOneAndCommentsStay)
     EXPECT_EQ(2U, result.report.findings.size());
 }
 
+TEST(RepairTextsTest, ElementsInAValueAreTakenOut)
+{
+    const OnePass result(&libPrepare::repairTexts, "<matrix>1<node id='d'/> 0</matrix><texture><extra/></texture>");
+    EXPECT_EQ(0U, result.count("//node"));
+    EXPECT_EQ("1 0", result.text("//matrix"));
+    EXPECT_EQ(1U, result.count("//texture/extra"));
+    EXPECT_EQ("stray-element", result.report.findings.at(0).kind);
+}
+
 TEST(RepairTextsTest, DecimalCommasBecomePoints)
 {
     const OnePass result(

@@ -47,7 +47,9 @@ std::string faultOfPreparation(const std::string& path)
         return "what was prepared is refused: " + textOf(second.first(libPrepare::Outcome::refused));
     }
     if (contentOf(once) != contentOf(twice)) {
-        return "a second run changes something: " + textOf(second.first(libPrepare::Outcome::rewritten));
+        const libPrepare::Finding* const rewritten = second.first(libPrepare::Outcome::rewritten);
+        return "a second run changes something: " +
+               textOf(rewritten != nullptr ? rewritten : second.first(libPrepare::Outcome::approximated));
     }
     libVideo::Scene scene;
     return loadAndWalk(scene, once.string()).fault;
