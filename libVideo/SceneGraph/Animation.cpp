@@ -8,6 +8,7 @@
 #include <vesk/SharedResource.h>
 
 #include <cstdint>
+#include <unordered_map>
 
 namespace libVideo {
 
@@ -18,8 +19,40 @@ namespace {
 
 // How many records an accessor may ask for that no array backs.
 constexpr unsigned mostUnbackedRecords = 1048576;
-// What the array of a record takes besides its numbers, the room for some more included.
-constexpr std::uint64_t bytesPerValues = 64;
+// Numbers of the arrays that the curves of one list are made of: many curves may be made of one array.
+class CurveNumbers {
+public:
+    using Numbers = SharedHandle<vesk::Buffer<double>>;
+
+    CurveNumbers() : m_before(current) { current = this; }
+    ~CurveNumbers() { current = m_before; }
+    CurveNumbers(const CurveNumbers&) = delete;
+    CurveNumbers& operator=(const CurveNumbers&) = delete;
+
+    /// The first numbers of an array, which holds so many. @return empty if the load may not take so much memory
+    static Numbers of(const domFloat_array& array, std::uint64_t count)
+    {
+        Numbers own;
+        Numbers& numbers = current != nullptr ? current->m_byArray[&array] : own;
+        if (numbers == nullptr || numbers->size() < count) {
+            if (!detail::MemoryBudget::take(count, sizeof(double))) {
+                return Numbers();
+            }
+            Numbers made(new vesk::Buffer<double>);
+            made->assign(detail::dataOf(array.getValue()), count);
+            numbers = made;
+        }
+        return numbers;
+    }
+
+private:
+    static thread_local CurveNumbers* current;
+
+    std::unordered_map<const domFloat_array*, Numbers> m_byArray;
+    CurveNumbers* m_before;
+};
+
+thread_local CurveNumbers* CurveNumbers::current = nullptr;
 
 InterpolationType interpolationOf(const char* text)
 {
@@ -36,27 +69,6 @@ InterpolationType interpolationOf(const char* text)
         }
     }
     return LINEAR;
-}
-
-// Where the numbers of an input go, the times excepted.
-vesk::Array<double> Evolution::*arrayOf(VertexSemantic semantic)
-{
-    if (semantic == SEMANTIC_OUTPUT) {
-        return &Evolution::values;
-    }
-    return semantic == SEMANTIC_IN_TANGENT ? &Evolution::inTangent : &Evolution::outTangent;
-}
-
-// What lies behind the end reads as 0.
-void appendValues(const daeTArray<double>& values, std::size_t start, unsigned count, vesk::Array<double>& numbers)
-{
-    if (start + count <= values.getCount()) {
-        numbers.append(detail::dataOf(values) + start, count);
-        return;
-    }
-    for (unsigned i = 0; i < count; ++i) {
-        numbers.append(detail::valueAt(values, start + i));
-    }
 }
 
 // The records that the array of an input can fill.
@@ -83,8 +95,14 @@ bool Animation::createFromCollada(const daeSmartRef<domAnimation>& animation, DA
     detail::expectElement(animation, "Animation");
     m_name = animation->getName();
     m_animationLength = 0.0;
-    m_evolutions.clear();
+    m_count = 0;
+    m_times = Numbers();
+    m_kinds = vesk::Buffer<unsigned char>();
+    m_values.parts.clear();
+    m_inTangents.parts.clear();
+    m_outTangents.parts.clear();
     m_latestTimes.clear();
+    m_isAscending = false;
     const bool isComplete = readCurve(*animation);
     indexTimes();
     return isComplete;
@@ -113,8 +131,8 @@ bool Animation::readCurve(const domAnimation& animation)
         }
     }
     setTarget(channel->getTarget());
-    if (m_evolutions.size() > 0) {
-        m_animationLength = m_evolutions[m_evolutions.size() - 1].time;
+    if (m_count > 0) {
+        m_animationLength = timeAt(m_count - 1);
     }
     return true;
 }
@@ -134,7 +152,7 @@ bool Animation::createInputFromCollada(const daeSmartRef<domInputLocal>& input)
     }
     const unsigned count = detail::low32(accessor->getCount());
     const unsigned stride = detail::low32(accessor->getStride());
-    if (m_evolutions.size() > 0 && count > m_evolutions.size()) {
+    if (m_count > 0 && count > m_count) {
         VIDEO_LOG("Cannot create an animation because the counts of all the inputs do not match.");
         return false;
     }
@@ -145,12 +163,8 @@ bool Animation::createInputFromCollada(const daeSmartRef<domInputLocal>& input)
         VIDEO_LOG("Cannot create an animation because an array is shorter than its accessor says.");
         return false;
     }
-    if (m_evolutions.size() == 0) {
-        if (!detail::MemoryBudget::take(count, sizeof(Evolution))) {
-            VIDEO_LOG("Asks for more memory than the size of the document allows");
-            return false;
-        }
-        m_evolutions.grow(count, Evolution());
+    if (m_count == 0) {
+        m_count = count;
     }
     if (floats != nullptr && floats->getCount() > 0) {
         return createFloatEvolution(floats, semantic, count, stride);
@@ -172,27 +186,42 @@ bool Animation::createFloatEvolution(const domFloat_array* array, const VertexSe
     if (count == 0) {
         return true;
     }
-    if (semantic != SEMANTIC_INPUT &&
-        !detail::MemoryBudget::take(count, bytesPerValues + sizeof(double) * std::uint64_t(stride))) {
+    if (semantic == SEMANTIC_INPUT && stride == 0) {
+        throw vesk::IndexOutOfBounds(0, -1, 0); // a record without numbers has no time
+    }
+    const Numbers numbers = CurveNumbers::of(*array, std::uint64_t{count} * stride);
+    if (numbers == nullptr || (semantic == SEMANTIC_INPUT && !setTimes(numbers, count, stride))) {
         VIDEO_LOG("Asks for more memory than the size of the document allows");
         return false;
     }
-    if (semantic == SEMANTIC_INPUT) {
-        m_latestTimes.clear(); // of other times
+    if (semantic != SEMANTIC_INPUT) {
+        Column& column = semantic == SEMANTIC_OUTPUT       ? m_values
+                         : semantic == SEMANTIC_IN_TANGENT ? m_inTangents
+                                                           : m_outTangents;
+        column.parts.append({count, stride, numbers});
     }
-    const daeTArray<double>& values = array->getValue();
-    const auto recordArray = arrayOf(semantic);
-    for (unsigned i = 0; i < count; ++i) {
-        const std::size_t start = std::size_t{i} * stride;
-        if (semantic == SEMANTIC_INPUT) {
-            if (stride == 0) {
-                throw vesk::IndexOutOfBounds(0, -1, 0); // a record without numbers has no time
-            }
-            m_evolutions[i].time = detail::valueAt(values, start);
-        } else {
-            appendValues(values, start, stride, m_evolutions[i].*recordArray);
-        }
+    return true;
+}
+
+// The first number of each record is its time.
+// @return false if the load may not take so much memory
+bool Animation::setTimes(const Numbers& numbers, unsigned count, unsigned stride)
+{
+    m_latestTimes.clear(); // of other times
+    m_isAscending = false;
+    if (count == m_count && stride == 1) {
+        m_times = numbers;
+        return true;
     }
+    if (!detail::MemoryBudget::take(m_count, sizeof(double))) {
+        return false;
+    }
+    Numbers times(new vesk::Buffer<double>);
+    times->resize(m_count, true);
+    for (unsigned i = 0; i < m_count; ++i) {
+        (*times)[i] = i < count ? (*numbers)[std::uint64_t{i} * stride] : timeAt(i);
+    }
+    m_times = times;
     return true;
 }
 
@@ -203,6 +232,16 @@ bool Animation::createNameEvolution(const domName_array* array, const VertexSema
         VIDEO_LOG("Cannot create a name evolution input from: ", int(semantic), ", with a stride of: ", stride);
         return false;
     }
+    if (m_kinds.size() == 0) {
+        if (!detail::MemoryBudget::take(m_count, 1)) {
+            VIDEO_LOG("Asks for more memory than the size of the document allows");
+            return false;
+        }
+        m_kinds.resize(m_count, true);
+        for (unsigned i = 0; i < m_count; ++i) {
+            m_kinds[i] = LINEAR;
+        }
+    }
     const domListOfNames& names = array->getValue();
     const char* lastName = nullptr;
     InterpolationType lastType = interpolationOf(nullptr);
@@ -212,7 +251,7 @@ bool Animation::createNameEvolution(const domName_array* array, const VertexSema
             lastName = name;
             lastType = interpolationOf(name);
         }
-        m_evolutions[i].interpolation = lastType;
+        m_kinds[i] = static_cast<unsigned char>(lastType);
     }
     return true;
 }
@@ -238,6 +277,7 @@ unsigned createAnimationListFromCollada(const domCOLLADA* const collada, DAE& da
         return 0;
     }
     animations.clear();
+    const CurveNumbers numbers; // that the curves share
     const domLibrary_animations_Array& libraries = collada->getLibrary_animations_array();
     for (std::size_t i = 0; i < libraries.getCount(); ++i) {
         const domAnimation_Array& elements = libraries[i]->getAnimation_array();

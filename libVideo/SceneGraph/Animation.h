@@ -8,7 +8,11 @@
 #include <libMath/Vector.h>
 
 #include <vesk/Array.h>
+#include <vesk/Buffer.h>
+#include <vesk/SharedResource.h>
 #include <vesk/String.h>
+
+#include <cstdint>
 
 namespace libVideo {
 
@@ -53,7 +57,10 @@ public:
     /// `sid` of the transformation or camera parameter: what stands behind that "/", up to the next ".".
     vesk::String getTargetTransform() const { return m_targetTransform; }
     /// Number of keys.
-    unsigned getCount() { return m_evolutions.size(); }
+    unsigned getCount() { return m_count; }
+    /// The key at that place in the document, by value.
+    /// @throws vesk::IndexOutOfBounds if there are not so many
+    Evolution evolution(unsigned index) const;
     /// Time of the last key in seconds; 0 until loading has run to its end.
     double animationLength() const { return m_animationLength; }
 
@@ -76,6 +83,26 @@ public:
 private:
     struct Span;
 
+    /// Numbers that curves may share; they do not change any more.
+    using Numbers = SharedHandle<vesk::Buffer<double>>;
+
+    /// What one input says of the first keys: `stride` numbers each.
+    struct Part {
+        unsigned records;
+        unsigned stride;
+        Numbers numbers;
+    };
+
+    /// The numbers of one kind of all keys. Those of a key are what the parts say of it, one after the other.
+    struct Column {
+        vesk::Array<Part> parts;
+
+        std::uint64_t sizeAt(unsigned record) const;
+        /// @throws vesk::IndexOutOfBounds
+        double at(unsigned record, unsigned index) const;
+        vesk::Array<double> copyOf(unsigned record) const;
+    };
+
     bool readCurve(const domAnimation& animation);
     bool createInputFromCollada(const daeSmartRef<domInputLocal>& input);
     bool createFloatEvolution(const domFloat_array* array, const VertexSemantic& semantic, unsigned count,
@@ -90,6 +117,9 @@ private:
     double getBezierInterpolation(double value0, double value1, double time0, double time1, double time,
                                   double inControl, double outControl);
 
+    bool setTimes(const Numbers& numbers, unsigned count, unsigned stride);
+    double timeAt(unsigned record) const { return m_times == nullptr ? 0.0 : (*m_times)[record]; }
+    InterpolationType kindAt(unsigned record) const;
     void indexTimes();
     unsigned firstRecordNotBefore(double seconds) const;
     bool findSpan(double time, Span& span);
@@ -100,10 +130,17 @@ private:
     vesk::String m_name;
     vesk::String m_targetNode;
     vesk::String m_targetTransform;
-    vesk::Array<Evolution> m_evolutions; // in the order of the document
     double m_animationLength = 0.0;
+    // The keys, in the order of the document, by what they have: a key as a record would take several times as much.
+    unsigned m_count = 0;
+    Numbers m_times;                     // all 0 if there are none
+    vesk::Buffer<unsigned char> m_kinds; // all linear if there are none
+    Column m_values;
+    Column m_inTangents;
+    Column m_outTangents;
+    bool m_isAscending = false; // the times, which are their own index then
     // The latest time up to each record: ascending whatever the order of the records, so that the first record which
-    // is not before a time can be found by halving. Of another size than the records if it does not belong to them.
+    // is not before a time can be found by halving. Empty if the times ascend, or have not been looked at.
     vesk::Array<double> m_latestTimes;
 };
 

@@ -34,11 +34,12 @@ double truncated(double number)
 
 // Where a time falls: between two records, or on one of them, which then stands in both places.
 struct Animation::Span {
-    const Evolution* first = nullptr;
-    const Evolution* second = nullptr;
-    double time = 0.0; // reduced to the length of the animation
+    unsigned first = 0;
+    unsigned second = 0;
+    InterpolationType kind = LINEAR; // of the first
+    double time = 0.0;               // reduced to the length of the animation
 
-    bool isBetween() const { return first != second && first->interpolation != STEP; }
+    bool isBetween() const { return first != second && kind != STEP; }
 };
 
 double Animation::getModulusTime(double time)
@@ -53,10 +54,10 @@ bool Animation::getIndicesFromSeconds(double seconds, unsigned* first, unsigned*
 {
     *first = 0;
     const unsigned found = firstRecordNotBefore(seconds);
-    if (found == m_evolutions.size()) {
+    if (found == m_count) {
         return false;
     }
-    if (seconds == m_evolutions[found].time) {
+    if (seconds == timeAt(found)) {
         *first = found;
         *second = found;
         return true;
@@ -85,32 +86,91 @@ double Animation::getBezierInterpolation(double value0, double value1, double ti
 void Animation::indexTimes()
 {
     m_latestTimes.clear();
-    m_latestTimes.grow(m_evolutions.size(), 0.0);
+    m_isAscending = true;
+    for (unsigned i = 1; i < m_count; ++i) {
+        m_isAscending = m_isAscending && timeAt(i - 1) <= timeAt(i); // which no time is that is not a number
+    }
+    if (m_isAscending && (m_count == 0 || !std::isnan(timeAt(0)))) {
+        return;
+    }
+    m_isAscending = false;
+    m_latestTimes.grow(m_count, 0.0);
     double latest = -std::numeric_limits<double>::infinity();
-    for (unsigned i = 0; i < m_evolutions.size(); ++i) {
+    for (unsigned i = 0; i < m_count; ++i) {
         // No time lies behind a record whose time is not a number, so the search ends there.
-        const double time = m_evolutions[i].time;
+        const double time = timeAt(i);
         latest = std::isnan(time) ? std::numeric_limits<double>::infinity() : std::fmax(latest, time);
         m_latestTimes[i] = latest;
     }
 }
 
+Evolution Animation::evolution(unsigned index) const
+{
+    if (index >= m_count) {
+        throw vesk::IndexOutOfBounds(0, static_cast<int>(m_count) - 1, static_cast<int>(index));
+    }
+    Evolution key;
+    key.time = timeAt(index);
+    key.interpolation = kindAt(index);
+    key.values = m_values.copyOf(index);
+    key.inTangent = m_inTangents.copyOf(index);
+    key.outTangent = m_outTangents.copyOf(index);
+    return key;
+}
+
+InterpolationType Animation::kindAt(unsigned record) const
+{
+    return m_kinds.size() == 0 ? LINEAR : static_cast<InterpolationType>(m_kinds[record]);
+}
+
+std::uint64_t Animation::Column::sizeAt(unsigned record) const
+{
+    std::uint64_t size = 0;
+    for (const Part& part : parts) {
+        size += record < part.records ? part.stride : 0;
+    }
+    return size;
+}
+
+double Animation::Column::at(unsigned record, unsigned index) const
+{
+    unsigned rest = index;
+    for (const Part& part : parts) {
+        if (record < part.records) {
+            if (rest < part.stride) {
+                return (*part.numbers)[std::size_t{record} * part.stride + rest];
+            }
+            rest -= part.stride;
+        }
+    }
+    throw vesk::IndexOutOfBounds(0, static_cast<int>(sizeAt(record)) - 1, static_cast<int>(index));
+}
+
+vesk::Array<double> Animation::Column::copyOf(unsigned record) const
+{
+    vesk::Array<double> copy;
+    for (const Part& part : parts) {
+        if (record < part.records && part.stride > 0) {
+            copy.append(part.numbers->data() + std::size_t{record} * part.stride, part.stride);
+        }
+    }
+    return copy;
+}
+
 // The first record for which `seconds` is not greater than its time; the number of records if there is none.
 unsigned Animation::firstRecordNotBefore(double seconds) const
 {
-    const unsigned count = m_evolutions.size();
     unsigned first = 0;
-    if (m_latestTimes.size() != count) {
-        while (first < count && seconds > m_evolutions[first].time) {
+    if (!m_isAscending && m_latestTimes.size() != m_count) {
+        while (first < m_count && seconds > timeAt(first)) {
             ++first;
         }
         return first;
     }
-    const double* const latest = m_latestTimes.getData();
-    unsigned last = count;
+    unsigned last = m_count;
     while (first < last) {
         const unsigned middle = first + (last - first) / 2;
-        if (seconds > latest[middle]) {
+        if (seconds > (m_isAscending ? timeAt(middle) : m_latestTimes[middle])) {
             first = middle + 1;
         } else {
             last = middle;
@@ -123,29 +183,26 @@ unsigned Animation::firstRecordNotBefore(double seconds) const
 bool Animation::findSpan(double time, Span& span)
 {
     span.time = getModulusTime(time);
-    unsigned first = 0;
-    unsigned second = 0;
-    if (span.time == 0.0 || !getIndicesFromSeconds(span.time, &first, &second)) {
+    if (span.time == 0.0 || !getIndicesFromSeconds(span.time, &span.first, &span.second)) {
         return false;
     }
-    span.first = &m_evolutions[first];
-    span.second = &m_evolutions[second];
+    span.kind = kindAt(span.first);
     return true;
 }
 
 double Animation::interpolate(const Span& span, unsigned component)
 {
-    const Evolution& first = *span.first;
-    const Evolution& second = *span.second;
-    const double value0 = first.values[component];
-    const double value1 = second.values[component];
-    if (first.interpolation == LINEAR) {
-        return getLinearInterpolation(value0, value1, first.time, second.time, span.time);
+    const double value0 = m_values.at(span.first, component);
+    const double value1 = m_values.at(span.second, component);
+    const double time0 = timeAt(span.first);
+    const double time1 = timeAt(span.second);
+    if (span.kind == LINEAR) {
+        return getLinearInterpolation(value0, value1, time0, time1, span.time);
     }
     // Of a control point only the value counts, the second of its pair.
     const unsigned control = 2 * component + 1;
-    return getBezierInterpolation(value0, value1, first.time, second.time, span.time, second.inTangent[control],
-                                  first.outTangent[control]);
+    return getBezierInterpolation(value0, value1, time0, time1, span.time, m_inTangents.at(span.second, control),
+                                  m_outTangents.at(span.first, control));
 }
 
 // A vector or matrix as the curve has it at a time; `value` where the curve says nothing.
@@ -158,19 +215,18 @@ Value Animation::evaluate(const Value& value, double time)
     }
     Value result;
     if (!span.isBetween()) {
-        const vesk::Array<double>& key = span.first->values;
-        if (key.size() != size) {
+        if (m_values.sizeAt(span.first) != size) {
             return value;
         }
         for (unsigned i = 0; i < size; ++i) {
-            result[i] = static_cast<float>(key[i]);
+            result[i] = static_cast<float>(m_values.at(span.first, i));
         }
         return result;
     }
-    if (isUnevaluated(span.first->interpolation)) {
+    if (isUnevaluated(span.kind)) {
         return value;
     }
-    if (isEvaluated(span.first->interpolation)) {
+    if (isEvaluated(span.kind)) {
         for (unsigned i = 0; i < size; ++i) {
             result[i] = static_cast<float>(interpolate(span, i));
         }
@@ -185,9 +241,9 @@ double Animation::applyAnimation(double value, double time)
         return value;
     }
     if (!span.isBetween()) {
-        return span.first->values.size() > 0 ? span.first->values[0] : value;
+        return m_values.sizeAt(span.first) > 0 ? m_values.at(span.first, 0) : value;
     }
-    return isEvaluated(span.first->interpolation) ? interpolate(span, 0) : value;
+    return isEvaluated(span.kind) ? interpolate(span, 0) : value;
 }
 
 libMath::Vector<float, 3> Animation::applyAnimation(const libMath::Vector<float, 3>& value, double time)

@@ -37,14 +37,14 @@ using testSupport::LogCapture;
 
 using Matrix4 = libMath::Matrix<float, 4, 4>;
 using Vector3 = libMath::Vector<float, 3>;
-using Evolutions = vesk::Array<Evolution>;
+using Kinds = vesk::Buffer<unsigned char>;
 using Numbers = std::vector<double>;
 using ModulusFunction = double (Animation::*)(double);
 using IndicesFunction = bool (Animation::*)(double, unsigned*, unsigned*);
 using LinearFunction = double (Animation::*)(double, double, double, double, double);
 using BezierFunction = double (Animation::*)(double, double, double, double, double, double, double);
 
-PRIVATE_MEMBER(EvolutionsField, Evolutions Animation::*, &Animation::m_evolutions)
+PRIVATE_MEMBER(KindsField, Kinds Animation::*, &Animation::m_kinds)
 PRIVATE_MEMBER(LengthField, double Animation::*, &Animation::m_animationLength)
 PRIVATE_MEMBER(ModulusTime, ModulusFunction, &Animation::getModulusTime)
 PRIVATE_MEMBER(Indices, IndicesFunction, &Animation::getIndicesFromSeconds)
@@ -129,9 +129,12 @@ Animation load(const CurveText& curve)
     return animation;
 }
 
-Evolutions& recordsOf(Animation& animation)
+// A kind that no document can ask for.
+void setFirstKind(Animation& animation, unsigned char kind)
 {
-    return animation.*privateMember(EvolutionsField());
+    Kinds& kinds = animation.*privateMember(KindsField());
+    kinds.resize(animation.getCount(), true);
+    kinds[0] = kind;
 }
 
 // ---- the same curve for all three overloads
@@ -572,14 +575,22 @@ TEST(AnimationOverloadTest, InterpolationOfTooFewValuesThrows)
 
 TEST(AnimationOverloadTest, TooFewValuesInTheLaterKeyThrowAsWell)
 {
-    Animation animation = load({{1, 2}, Numbers(6, 5.0)});
-    vesk::Array<double>& later = recordsOf(animation)[1].values;
-    later.clear();
-    later.append(5.0);
+    const auto withOutputs = [](const std::string& outputs, const std::string& inputs) {
+        ColladaBuilder builder("<library_animations><animation>" + floatInput("INPUT", {1, 2}, 2) + outputs +
+                               "<sampler id='sampler'><input semantic='INPUT' source='#INPUT'/>" + inputs +
+                               "</sampler><channel source='#sampler' target='node/move'/></animation>"
+                               "</library_animations>");
+        const domCOLLADA* const root = builder.open();
+        return Animation(root->getLibrary_animations_array()[0]->getAnimation_array()[0], builder.dae());
+    };
+    // One value for each key, and two more for the first.
+    Animation animation = withOutputs(floatInput("all", {5, 5}, 2) + floatInput("first", {5, 5}, 1),
+                                      "<input semantic='OUTPUT' source='#all'/><input semantic='OUTPUT' "
+                                      "source='#first'/>");
     expectIndexOutOfBounds(0, 1, [&] { animation.applyAnimation(staticVector(), 1.5); });
     EXPECT_EQ(5.0, animation.applyAnimation(99.0, 1.5));
-    later.clear();
-    expectIndexOutOfBounds(-1, 0, [&] { animation.applyAnimation(99.0, 1.5); });
+    Animation bare = withOutputs(floatInput("first", {5, 5, 5}, 1), "<input semantic='OUTPUT' source='#first'/>");
+    expectIndexOutOfBounds(-1, 0, [&] { bare.applyAnimation(99.0, 1.5); });
 }
 
 TEST(AnimationOverloadTest, BezierWithoutTangentsThrowsBetweenKeys)
@@ -626,10 +637,10 @@ TEST(AnimationOverloadTest, UnevaluatedKindDoesNotLookAtValues)
 
 TEST(AnimationOverloadTest, NumberOutsideTheKindsGivesZerosAndAScalarInput)
 {
-    for (const unsigned kind : {6u, 7u, 0xFFFFFFFFu}) {
+    for (const unsigned char kind : {6, 7, 255}) {
         for (const unsigned size : {0u, 1u, 3u, 16u}) {
             Animation animation = load({{1, 2}, Numbers(2 * size, 5.0)});
-            recordsOf(animation)[0].interpolation = static_cast<libVideo::InterpolationType>(kind);
+            setFirstKind(animation, kind);
             EXPECT_EQ(99.0, animation.applyAnimation(99.0, 1.5));
             const Vector3 vector = animation.applyAnimation(staticVector(), 1.5);
             for (unsigned i = 0; i < 3; ++i) {
@@ -646,7 +657,7 @@ TEST(AnimationOverloadTest, NumberOutsideTheKindsGivesZerosAndAScalarInput)
 TEST(AnimationOverloadTest, NumberOutsideTheKindsStillHasItsKey)
 {
     Animation animation = load({{1, 2}, Numbers(6, 5.0)});
-    recordsOf(animation)[0].interpolation = static_cast<libVideo::InterpolationType>(6);
+    setFirstKind(animation, 6);
     EXPECT_EQ(5.0, animation.applyAnimation(99.0, 1.0));
     EXPECT_EQ(5.0f, animation.applyAnimation(staticVector(), 1.0)[2]);
     expectStatic<16>(animation.applyAnimation(staticMatrix(), 1.0));
@@ -1072,16 +1083,16 @@ void expectSame(const Animation& a, const Animation& b)
     EXPECT_EQ(a.animationLength(), b.animationLength());
     EXPECT_TRUE(a.getTargetNode() == b.getTargetNode());
     EXPECT_TRUE(a.getTargetTransform() == b.getTargetTransform());
-    const Evolutions& left = a.*privateMember(EvolutionsField());
-    const Evolutions& right = b.*privateMember(EvolutionsField());
     const auto numbers = [](const vesk::Array<double>& array) { return Numbers(array.begin(), array.end()); };
-    ASSERT_EQ(left.size(), right.size());
-    for (unsigned i = 0; i < left.size(); ++i) {
-        EXPECT_EQ(left[i].time, right[i].time);
-        EXPECT_EQ(left[i].interpolation, right[i].interpolation);
-        EXPECT_EQ(numbers(left[i].values), numbers(right[i].values));
-        EXPECT_EQ(numbers(left[i].inTangent), numbers(right[i].inTangent));
-        EXPECT_EQ(numbers(left[i].outTangent), numbers(right[i].outTangent));
+    ASSERT_EQ(Animation(a).getCount(), Animation(b).getCount());
+    for (unsigned i = 0; i < Animation(a).getCount(); ++i) {
+        const Evolution left = a.evolution(i);
+        const Evolution right = b.evolution(i);
+        EXPECT_EQ(left.time, right.time);
+        EXPECT_EQ(left.interpolation, right.interpolation);
+        EXPECT_EQ(numbers(left.values), numbers(right.values));
+        EXPECT_EQ(numbers(left.inTangent), numbers(right.inTangent));
+        EXPECT_EQ(numbers(left.outTangent), numbers(right.outTangent));
     }
 }
 

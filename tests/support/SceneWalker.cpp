@@ -32,7 +32,6 @@ using Vector3 = libMath::Vector<float, 3>;
 
 PRIVATE_MEMBER(SceneResourcesField, SceneResources Scene::*, &Scene::m_resources)
 PRIVATE_MEMBER(NodeTransformationsField, vesk::Array<TransformationHandle> Node::*, &Node::m_transformations)
-PRIVATE_MEMBER(AnimationEvolutionsField, vesk::Array<Evolution> Animation::*, &Animation::m_evolutions)
 
 constexpr std::size_t mostTimes = 16;
 
@@ -130,12 +129,12 @@ private:
         m_times = {
             -1.0, 0.0, 0.37, 1e9, std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()};
         for (const libVideo::AnimationHandle& animation : m_resources.animationList) {
-            const vesk::Array<Evolution>& keys = (*animation).*privateMember(AnimationEvolutionsField());
-            if (keys.size() == 0 || m_times.size() + 2 > mostTimes) {
+            const unsigned keys = animation->getCount();
+            if (keys == 0 || m_times.size() + 2 > mostTimes) {
                 continue;
             }
-            m_times.push_back(keys[0].time);
-            m_times.push_back(keys[keys.size() - 1].time);
+            m_times.push_back(animation->evolution(0).time);
+            m_times.push_back(animation->evolution(keys - 1).time);
         }
     }
 
@@ -165,7 +164,8 @@ private:
         read(animation.getTargetTransform());
         read(animation.getCount());
         read(animation.animationLength());
-        for (const Evolution& key : animation.*privateMember(AnimationEvolutionsField())) {
+        for (unsigned i = 0; i < animation.getCount(); ++i) {
+            const Evolution key = animation.evolution(i);
             read(key.time);
             read(key.interpolation);
             read(key.values);
