@@ -41,24 +41,13 @@ def number(value):
     return f"{value:.1f}" if value >= 10 else f"{value:.2f}"
 
 
-def verdict(bound, ratio, warm_ratio=None):
-    """A goal, and whether the ratio keeps it."""
-    if bound is None:
-        return ""
-    warm_ratio = ratio if warm_ratio is None else warm_ratio
-    words = {(True, True): "met", (True, False): "cold", (False, True): "warm", (False, False): "missed"}
-    return f"{bound:.2f} {words[ratio <= bound, warm_ratio <= bound]}"
-
-
 def load_row(row, has_imports):
     label, unit = DOCUMENTS[row["kind"]]
     spread = f"{row['time_ratio_low']:.2f}-{row['time_ratio_high']:.2f}"
     cells = [f"{label}, {row['size']:,} {unit}", number(row["document_mb"]),
              number(row["open_ms"]), number(row["load_ms"]), f"{row['time_ratio']:.2f}", spread,
              f"{row['warm_time_ratio']:.2f}", number(row["warm_build_ms"]),
-             verdict(row.get("time_goal"), row["time_ratio"], row["warm_time_ratio"]),
-             number(row["open_mib"]), number(row["load_mib"]), f"{row['memory_ratio']:.2f}",
-             verdict(row.get("memory_goal"), row["memory_ratio"])]
+             number(row["open_mib"]), number(row["load_mib"]), f"{row['memory_ratio']:.2f}"]
     if "import_ms" in row:
         cells += [number(row["import_ms"]), f"{row['import_ms'] / row['open_ms']:.2f}",
                   number(row["import_mib"]), f"{row['import_mib'] / row['open_mib']:.2f}"]
@@ -68,15 +57,14 @@ def load_row(row, has_imports):
 
 
 def show_loads(rows):
-    heads = ["document", "MB", "open ms", "load ms", "ratio", "quartiles", "warm", "build ms", "goal",
-             "open MiB", "load MiB", "ratio", "goal"]
+    heads = ["document", "MB", "open ms", "load ms", "ratio", "quartiles", "warm", "build ms",
+             "open MiB", "load MiB", "ratio"]
     has_imports = any("import_ms" in row for row in rows)
     if has_imports:
         heads += ["Assimp ms", "ratio", "Assimp MiB", "ratio"]
     table("The document model's own open, and a whole load: processor time and peak resident memory\n"
-          "Medians of processes that do one of both and end; warm: the ratio in one process that does both by turns. A goal\n"
-          "is met by both ratios, by the first alone (cold), by the second alone (warm), or missed. build: the load without\n"
-          "opening the document.",
+          "Medians of processes that do one of both and end; warm: the ratio in one process that does both by turns.\n"
+          "build: the load without opening the document.",
           heads, [load_row(row, has_imports) for row in rows])
 
 
@@ -117,7 +105,8 @@ def read(path):
 
 
 def write_plot_data(rows, folder):
-    """lines.dat: a block of document size, open and load for each kind. ratios.dat: a line for each goal."""
+    """lines.dat: a block of document size, open and load for each kind. ratios.dat: a line for each document that
+    is drawn: time and memory of a load and of Assimp's import, over those of an open."""
     folder.mkdir(parents=True, exist_ok=True)
     blocks = []
     for kind in LINES:
@@ -127,10 +116,13 @@ def write_plot_data(rows, folder):
     (folder / "lines.dat").write_text("\n\n".join(blocks), encoding="utf-8")
     lines = []
     for row in rows:
-        if "time_goal" in row:
+        if row["is_drawn"]:
             label, unit = DOCUMENTS[row["kind"]]
-            lines.append(f"\"{label}, {row['size']:,} {unit}\" {row['time_ratio']} {row['time_goal']} "
-                         f"{row['memory_ratio']} {row['memory_goal']}\n")
+            has_import = "import_ms" in row
+            import_time = row["import_ms"] / row["open_ms"] if has_import else "nan"
+            import_memory = row["import_mib"] / row["open_mib"] if has_import else "nan"
+            lines.append(f"\"{label}, {row['size']:,} {unit}\" {row['time_ratio']} {import_time} "
+                         f"{row['memory_ratio']} {import_memory}\n")
     (folder / "ratios.dat").write_text("".join(lines), encoding="utf-8")
     return bool(lines)
 
@@ -138,7 +130,7 @@ def write_plot_data(rows, folder):
 def draw(rows, results, picture):
     folder = results.parent / "plot"
     if not write_plot_data(rows, folder):
-        return  # only with goals there is something to compare
+        return  # a part of the documents has nothing to show
     script = pathlib.Path(__file__).with_name("plot.gp")
     subprocess.run(["gnuplot", "-e", f"folder='{folder}'; picture='{picture}'", str(script)], check=True)
     print(f"\npicture: {picture}")
