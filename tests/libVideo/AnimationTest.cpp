@@ -277,9 +277,7 @@ TEST(AnimationTest, FieldsOfAnAnimationStandInOrder)
     EXPECT_LT(place(animation.*privateMember(NameField())), place(animation.*privateMember(TargetNodeField())));
     EXPECT_LT(place(animation.*privateMember(TargetNodeField())),
               place(animation.*privateMember(TargetTransformField())));
-    EXPECT_LT(place(animation.*privateMember(TargetTransformField())),
-              place(animation.*privateMember(EvolutionsField())));
-    EXPECT_LT(place(animation.*privateMember(EvolutionsField())), place(animation.*privateMember(LengthField())));
+    EXPECT_LT(place(animation.*privateMember(TargetTransformField())), place(animation.*privateMember(LengthField())));
 }
 
 TEST(AnimationTest, NewRecordHoldsTimeZeroAndLinearAndNoNumbers)
@@ -961,7 +959,11 @@ TEST(AnimationTest, CopyIsDeep)
     Animation original(document.element(), document.dae());
     Animation copy(original);
     LogCapture log;
-    (original.*privateMember(EvolutionsField()))[0].values[0] = 1000.0;
+    AnimationDocument other(curve(floats("time", "7 8 9", 3) + floats("value", "1000 1000 1000", 3),
+                                  input("INPUT", "time") + input("OUTPUT", "value")));
+    original.createFromCollada(other.element(), other.dae());
+    EXPECT_EQ(7.0, original.evolution(0).time);
+    expectWholeCurve(copy);
     original.createFromCollada(document.blankElement(), document.dae());
     EXPECT_EQ(0u, original.getCount());
     expectWholeCurve(copy);
@@ -976,7 +978,9 @@ TEST(AnimationTest, AssignmentIsDeep)
     Animation original(document.element(), document.dae());
     Animation copy = document.blank();
     copy = original;
-    (original.*privateMember(EvolutionsField()))[1].outTangent[3] = 1000.0;
+    AnimationDocument other(curve(floats("value", "1000", 1), input("OUT_TANGENT", "value")));
+    original.createFromCollada(other.element(), other.dae());
+    EXPECT_EQ(1u, original.getCount());
     expectWholeCurve(copy);
     EXPECT_EQ("swing", nameOf(copy));
     EXPECT_EQ("node", nodeOf(copy));
