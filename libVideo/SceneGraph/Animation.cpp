@@ -7,6 +7,7 @@
 
 #include <vesk/SharedResource.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <unordered_map>
 
@@ -29,7 +30,7 @@ public:
     CurveNumbers(const CurveNumbers&) = delete;
     CurveNumbers& operator=(const CurveNumbers&) = delete;
 
-    /// The first numbers of an array, which holds so many. @return empty if the load may not take so much memory
+    /// The first numbers of an array; what lies past its end is 0. @return empty if the load may not take so much memory
     static Numbers of(const domFloat_array& array, std::uint64_t count)
     {
         Numbers own;
@@ -39,7 +40,9 @@ public:
                 return Numbers();
             }
             Numbers made(new vesk::Buffer<double>);
-            made->assign(detail::dataOf(array.getValue()), count);
+            made->resize(count, true);
+            const std::uint64_t held = std::min<std::uint64_t>(count, array.getValue().getCount());
+            std::copy_n(detail::dataOf(array.getValue()), held, made->data());
             numbers = made;
         }
         return numbers;
@@ -189,8 +192,9 @@ bool Animation::createFloatEvolution(const domFloat_array* array, const VertexSe
     if (semantic == SEMANTIC_INPUT && stride == 0) {
         throw vesk::IndexOutOfBounds(0, -1, 0); // a record without numbers has no time
     }
-    const Numbers numbers = CurveNumbers::of(*array, std::uint64_t{count} * stride);
-    if (numbers == nullptr || (semantic == SEMANTIC_INPUT && !setTimes(numbers, count, stride))) {
+    const unsigned records = std::min(count, m_count);
+    const Numbers numbers = CurveNumbers::of(*array, std::uint64_t{records} * stride);
+    if (numbers == nullptr || (semantic == SEMANTIC_INPUT && !setTimes(numbers, records, stride))) {
         VIDEO_LOG("Asks for more memory than the size of the document allows");
         return false;
     }
@@ -198,7 +202,10 @@ bool Animation::createFloatEvolution(const domFloat_array* array, const VertexSe
         Column& column = semantic == SEMANTIC_OUTPUT       ? m_values
                          : semantic == SEMANTIC_IN_TANGENT ? m_inTangents
                                                            : m_outTangents;
-        column.parts.append({count, stride, numbers});
+        column.parts.append({records, stride, numbers});
+    }
+    if (records < count) {
+        throw vesk::IndexOutOfBounds(0, static_cast<int>(m_count) - 1, static_cast<int>(m_count));
     }
     return true;
 }
@@ -246,6 +253,9 @@ bool Animation::createNameEvolution(const domName_array* array, const VertexSema
     const char* lastName = nullptr;
     InterpolationType lastType = interpolationOf(nullptr);
     for (unsigned i = 0; i < count; ++i) {
+        if (i == m_count) {
+            throw vesk::IndexOutOfBounds(0, static_cast<int>(m_count) - 1, static_cast<int>(m_count));
+        }
         const char* const name = i < names.getCount() ? names[i] : nullptr;
         if (name != lastName) { // one word may be many names
             lastName = name;

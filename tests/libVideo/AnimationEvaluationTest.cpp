@@ -637,10 +637,10 @@ TEST(AnimationOverloadTest, UnevaluatedKindDoesNotLookAtValues)
 
 TEST(AnimationOverloadTest, NumberOutsideTheKindsGivesZerosAndAScalarInput)
 {
-    for (const unsigned char kind : {6, 7, 255}) {
+    for (const int kind : {6, 7, 255}) {
         for (const unsigned size : {0u, 1u, 3u, 16u}) {
             Animation animation = load({{1, 2}, Numbers(2 * size, 5.0)});
-            setFirstKind(animation, kind);
+            setFirstKind(animation, static_cast<unsigned char>(kind));
             EXPECT_EQ(99.0, animation.applyAnimation(99.0, 1.5));
             const Vector3 vector = animation.applyAnimation(staticVector(), 1.5);
             for (unsigned i = 0; i < 3; ++i) {
