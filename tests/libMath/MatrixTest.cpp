@@ -29,6 +29,8 @@ static_assert(std::is_same<void, decltype(std::declval<Matrix4&>().setIdentity()
 static_assert(std::is_same<float&, decltype(std::declval<Matrix4&>()[0u])>::value, "flat access");
 static_assert(std::is_same<const float&, decltype(std::declval<const Matrix4&>()[0u])>::value, "const flat access");
 static_assert(std::is_same<float&, decltype(std::declval<Matrix4&>()(0u, 0u))>::value, "access by row and column");
+static_assert(std::is_same<const float&, decltype(std::declval<const Matrix4&>()(0u, 0u))>::value,
+              "const access by row and column");
 static_assert(std::is_same<Vector4, decltype(std::declval<const Matrix4&>().column(0u))>::value, "column");
 static_assert(
     std::is_same<void, decltype(std::declval<Matrix4&>().setColumn(0u, std::declval<const Vector4&>()))>::value,
@@ -176,6 +178,15 @@ TEST(MatrixTest, RowAndColumnAccessReadsWhatFlatAccessWrote)
     EXPECT_EQ(15.0f, m(3, 2));
 }
 
+TEST(MatrixTest, AConstMatrixReadsTheSameElementsByRowAndColumn)
+{
+    const Matrix4 m = matrix(counted);
+    EXPECT_EQ(2.0f, m(0, 1));
+    EXPECT_EQ(5.0f, m(1, 0));
+    EXPECT_EQ(12.0f, m(2, 3));
+    EXPECT_EQ(15.0f, m(3, 2));
+}
+
 TEST(MatrixTest, FlatAccessWritesOneElement)
 {
     Matrix4 m;
@@ -254,7 +265,7 @@ TEST(MatrixTest, DiagonalOfOnesIsTheIdentity)
 
 // Failed assertions
 
-enum class Access { Flat, ConstFlat, RowAndColumn, Column, SetColumn };
+enum class Access { Flat, ConstFlat, RowAndColumn, ConstRowAndColumn, Column, SetColumn };
 
 struct AssertionCase {
     const char* name;
@@ -279,6 +290,8 @@ float access(Matrix4& m, const AssertionCase& row)
         return constant[row.x];
     case Access::RowAndColumn:
         return m(row.x, row.y) = 99.0f;
+    case Access::ConstRowAndColumn:
+        return constant(row.x, row.y);
     case Access::Column:
         return constant.column(row.x)[0];
     case Access::SetColumn:
@@ -337,6 +350,8 @@ INSTANTIATE_TEST_SUITE_P(
                     AssertionCase{"BothFour", Access::RowAndColumn, 4, 4, pairExpression},
                     AssertionCase{"LargestRow", Access::RowAndColumn, unsignedMax, 0, pairExpression},
                     AssertionCase{"LargestColumn", Access::RowAndColumn, 0, unsignedMax, pairExpression},
+                    AssertionCase{"ConstRowFour", Access::ConstRowAndColumn, 4, 0, pairExpression},
+                    AssertionCase{"ConstColumnFour", Access::ConstRowAndColumn, 0, 4, pairExpression},
                     AssertionCase{"WholeColumnFour", Access::Column, 4, 0, columnExpression},
                     AssertionCase{"WholeColumnLargest", Access::Column, unsignedMax, 0, columnExpression},
                     AssertionCase{"SetColumnFour", Access::SetColumn, 4, 0, columnExpression},

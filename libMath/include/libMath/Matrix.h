@@ -45,6 +45,11 @@ public:
         check((x < row) && (y < col), __LINE__, "(x<row) && (y<col)");
         return m_elements[x * col + y];
     }
+    const T& operator()(unsigned x, unsigned y) const ///< As the other one.
+    {
+        check((x < row) && (y < col), __LINE__, "(x<row) && (y<col)");
+        return m_elements[x * col + y];
+    }
 
     /// Column `x`, from the first row down. @throws vesk::AssertionFailure
     Vector<T, row> column(unsigned x) const
