@@ -81,7 +81,7 @@ bool AccessorFloat::createFromCollada(const daeSmartRef<domAccessor>& accessor)
         return false;
     }
     if (!isAllowed(*accessor)) {
-        VIDEO_LOG("Asks for more memory than the size of the document allows");
+        VIDEO_LOG(detail::MemoryBudget::exceeded);
         m_floatArray = nullptr;
         return false;
     }

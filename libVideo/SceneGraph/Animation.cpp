@@ -195,7 +195,7 @@ bool Animation::createFloatEvolution(const domFloat_array* array, const VertexSe
     const unsigned records = std::min(count, m_count);
     const Numbers numbers = CurveNumbers::of(*array, std::uint64_t{records} * stride);
     if (numbers == nullptr || (semantic == SEMANTIC_INPUT && !setTimes(numbers, records, stride))) {
-        VIDEO_LOG("Asks for more memory than the size of the document allows");
+        VIDEO_LOG(detail::MemoryBudget::exceeded);
         return false;
     }
     if (semantic != SEMANTIC_INPUT) {
@@ -241,7 +241,7 @@ bool Animation::createNameEvolution(const domName_array* array, const VertexSema
     }
     if (m_kinds.size() == 0) {
         if (!detail::MemoryBudget::take(m_count, 1)) {
-            VIDEO_LOG("Asks for more memory than the size of the document allows");
+            VIDEO_LOG(detail::MemoryBudget::exceeded);
             return false;
         }
         m_kinds.resize(m_count, true);
@@ -281,6 +281,7 @@ void Animation::setTarget(vesk::String target)
 unsigned createAnimationListFromCollada(const domCOLLADA* const collada, DAE& dae,
                                         vesk::Array<AnimationHandle>& animations)
 {
+    // sic: of cameras; the words are an interface
     VIDEO_TRACE("Camera::createAnimationListFromCollada");
     if (collada == nullptr) {
         VIDEO_LOG("Cannot create an animation list from a NULL domCOLLADA pointer");

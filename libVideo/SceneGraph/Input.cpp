@@ -213,7 +213,7 @@ void InputLocalOffset::createVertices(const daeSmartRef<domInputLocalOffset>& in
         return;
     }
     if (!detail::MemoryBudget::take(vertices->getInput_array().getCount(), bytesPerSource)) {
-        VIDEO_LOG("Asks for more memory than the size of the document allows");
+        VIDEO_LOG(detail::MemoryBudget::exceeded);
         return;
     }
     const InputLocal local(vertices->getInput_array());

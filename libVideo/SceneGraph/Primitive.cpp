@@ -21,13 +21,37 @@ namespace {
 constexpr unsigned mostUnbackedPoints = 1048576;
 constexpr unsigned mostUnbackedBytes = 67108864;
 
-// What a vertex takes in bytes, and something for each source that has to be read for it: one whose layout tells of no
-// bytes may give some.
+// Memory charged for a vertex: its bytes plus 32 for each source, because a source without an accessor adds bytes that
+// its layout does not count.
 std::uint64_t vertexCost(unsigned bytes, unsigned sources)
 {
     constexpr std::uint64_t costOfARead = 32;
     return bytes + costOfARead * sources;
 }
+
+// Takes vertices from the memory budget in portions that double, so that most of them cost nothing.
+class VertexBudget {
+public:
+    explicit VertexBudget(std::uint64_t costOfAVertex) : m_cost(costOfAVertex) {}
+
+    bool takeVertex()
+    {
+        if (m_used == m_taken) {
+            const unsigned more = m_taken < 16 ? 16 : m_taken;
+            if (!detail::MemoryBudget::take(more, m_cost)) {
+                return false;
+            }
+            m_taken += more;
+        }
+        ++m_used;
+        return true;
+    }
+
+private:
+    std::uint64_t m_cost;
+    unsigned m_taken = 0; // from the memory budget
+    unsigned m_used = 0;
+};
 
 unsigned mostPoints(unsigned backed, unsigned recordBytes)
 {
@@ -49,7 +73,7 @@ bool Primitive::vertex(unsigned index, vesk::Buffer<unsigned char>& out) const
         }
         start = m_indexBuffer[index] * m_bytesPerVertex;
     } else {
-        if (index >= m_vertexStream.size()) { // in bytes, not in vertices
+        if (index >= m_vertexStream.size()) { // sic: in bytes, not in vertices
             return false;
         }
         start = index * m_bytesPerVertex;
@@ -81,23 +105,19 @@ bool Primitive::createIndexedVertexBuffer(const SharedHandle<InputLocalOffset>& 
         return false;
     }
     detail::TupleTable known(input->offsetCount(), total);
-    unsigned allowedVertices = 0;
     detail::VertexReader reader(*input);
+    VertexBudget budget(vertexCost(m_bytesPerVertex, m_vertexLayout.size()));
     unsigned* const indices = m_indexBuffer.getData();
     for (unsigned c = 0; c < total; ++c) {
         const detail::TupleTable::Place place = known.insert(reader.tuple(c));
+        if (place.isNew && !budget.takeVertex()) {
+            VIDEO_LOG(detail::MemoryBudget::exceeded);
+            m_count = 0;
+            m_indexBuffer.clear();
+            m_vertexStream.clear();
+            return false;
+        }
         if (place.isNew) {
-            if (place.index == allowedVertices) {
-                const unsigned more = allowedVertices < 16 ? 16 : allowedVertices;
-                if (!detail::MemoryBudget::take(more, vertexCost(m_bytesPerVertex, m_vertexLayout.size()))) {
-                    VIDEO_LOG("Asks for more memory than the size of the document allows");
-                    m_count = 0;
-                    m_indexBuffer.clear();
-                    m_vertexStream.clear();
-                    return false;
-                }
-                allowedVertices += more;
-            }
             reader.append(c, m_vertexStream);
         }
         indices[c] = place.index;
@@ -166,7 +186,7 @@ bool PointCloud::createFromCollada(domVertices* const vertices)
     const unsigned most = mostPoints(input.backedVertices(), m_bytesPerVertex);
     m_count = m_count < most ? m_count : most;
     if (!detail::MemoryBudget::take(m_count, vertexCost(m_bytesPerVertex, m_vertexLayout.size()))) {
-        VIDEO_LOG("Asks for more memory than the size of the document allows");
+        VIDEO_LOG(detail::MemoryBudget::exceeded);
         m_count = 0;
     }
     for (unsigned i = 0; i < m_count; ++i) {
@@ -180,7 +200,7 @@ unsigned createPrimitive(const domMesh& mesh, vesk::Array<SharedHandle<Primitive
 {
     using PrimitiveHandle = SharedHandle<Primitive>;
     primitives.clear();
-    // Lines are counted and nothing more: their count alone keeps a point cloud away.
+    // sic: lines are counted and nothing more; their count alone keeps a point cloud away
     auto result = static_cast<unsigned>(mesh.getLines_array().getCount());
     const domTriangles_Array& triangles = mesh.getTriangles_array();
     for (std::size_t i = 0; i < triangles.getCount(); ++i) {

@@ -102,6 +102,7 @@ void Texture::getTextureFileName()
     const domFx_surface_init_commonRef initializer =
         m_texture != nullptr ? m_texture->getFx_surface_init_common() : domFx_surface_init_commonRef();
     if (initializer == nullptr) {
+        // sic: the words are an interface
         VIDEO_LOG("Texture has no surface initiailzer");
         return;
     }
@@ -119,7 +120,7 @@ void Texture::getTextureFileName()
         }
         const char* const name = file->getValue().getOriginalURI();
         if (!detail::MemoryBudget::take(std::strlen(name), 1)) {
-            VIDEO_LOG("Asks for more memory than the size of the document allows");
+            VIDEO_LOG(detail::MemoryBudget::exceeded);
             return;
         }
         m_textureFile = name;

@@ -1238,11 +1238,31 @@ std::string literal(const std::string& text, std::size_t& at)
     return value;
 }
 
+/// The texts that sources name once, by their names without scopes.
+using Constants = std::map<std::string, std::string>;
+
+void addConstants(const std::string& text, Constants& constants)
+{
+    static const std::regex declaration("constexpr const char\\* (?:const )?(\\w+) = \"([^\"\\\\]*)\";");
+    for (std::sregex_iterator found(text.begin(), text.end(), declaration); found != std::sregex_iterator(); ++found) {
+        constants.emplace((*found)[1], (*found)[2]);
+    }
+}
+
+// What a piece that is no literal shows in a pattern: the text of a constant, and "{}" for all else.
+std::string valueOf(const std::string& piece, const Constants& constants)
+{
+    const std::size_t scope = piece.rfind("::");
+    const auto found = constants.find(scope == std::string::npos ? piece : piece.substr(scope + 2));
+    return found == constants.end() ? "{}" : found->second;
+}
+
 // The pieces of a statement, whose first one starts at `at`.
-std::string patternAt(const std::string& text, std::size_t at)
+std::string patternAt(const std::string& text, std::size_t at, const Constants& constants)
 {
     std::string pattern;
     std::string literals;
+    std::string piece;
     bool isLiteral = true;
     unsigned depth = 0;
     while (at < text.size()) {
@@ -1253,14 +1273,16 @@ std::string patternAt(const std::string& text, std::size_t at)
         }
         const bool isEnd = depth == 0 && c == ')';
         if (isEnd || (depth == 0 && c == ',')) {
-            pattern += isLiteral ? literals : "{}";
+            pattern += isLiteral ? literals : valueOf(piece, constants);
             literals.clear();
+            piece.clear();
             isLiteral = true;
             if (isEnd) {
                 return pattern;
             }
         } else if (std::isspace(static_cast<unsigned char>(c)) == 0) {
             isLiteral = false;
+            piece += c;
             depth += c == '(' || c == '[' || c == '{' ? 1 : 0;
             depth -= c == ')' || c == ']' || c == '}' ? 1 : 0;
         }
@@ -1269,18 +1291,31 @@ std::string patternAt(const std::string& text, std::size_t at)
     throw std::runtime_error("a log statement has no end");
 }
 
+// The sources of the scene graph, by path, without comments.
+std::map<std::filesystem::path, std::string> sceneGraphSources()
+{
+    std::map<std::filesystem::path, std::string> sources;
+    for (const auto& entry :
+         std::filesystem::recursive_directory_iterator(std::filesystem::path(LIBVIDEO_SOURCE_DIR) / "SceneGraph")) {
+        const std::string ending = entry.path().extension().string();
+        if (ending == ".cpp" || ending == ".h") {
+            sources.emplace(entry.path(), withoutComments(readFile(entry.path())));
+        }
+    }
+    return sources;
+}
+
 std::vector<Statement> statements()
 {
     static const std::string statement = "VIDEO_LOG(";
     static const std::string naming = "VIDEO_LOG_CHANNEL(";
+    const std::map<std::filesystem::path, std::string> sources = sceneGraphSources();
+    Constants constants;
+    for (const auto& [path, text] : sources) {
+        addConstants(text, constants);
+    }
     std::vector<Statement> found;
-    for (const auto& entry :
-         std::filesystem::recursive_directory_iterator(std::filesystem::path(LIBVIDEO_SOURCE_DIR) / "SceneGraph")) {
-        const std::string ending = entry.path().extension().string();
-        if (ending != ".cpp" && ending != ".h") {
-            continue;
-        }
-        const std::string text = withoutComments(readFile(entry.path()));
+    for (const auto& [path, text] : sources) {
         std::string channel;
         if (const std::size_t name = text.find(naming); name != std::string::npos) {
             std::size_t quote = name + naming.size();
@@ -1288,8 +1323,8 @@ std::vector<Statement> statements()
         }
         for (std::size_t at = text.find(statement); at != std::string::npos; at = text.find(statement, at + 1)) {
             const auto line = 1 + std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(at), '\n');
-            found.push_back({entry.path().filename().string(), static_cast<unsigned>(line), channel,
-                             patternAt(text, at + statement.size())});
+            found.push_back({path.filename().string(), static_cast<unsigned>(line), channel,
+                             patternAt(text, at + statement.size(), constants)});
         }
     }
     return found;

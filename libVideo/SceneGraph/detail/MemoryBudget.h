@@ -7,14 +7,17 @@
 
 namespace libVideo::detail {
 
-/// What the load that runs in this thread may still allocate for things that a few bytes of a document can ask for: an
-/// array that many elements share, a record of many components, a count that nothing backs. It is a multiple of the
-/// size of the documents that were opened, and far beyond what any of them needs that was made to be shown.
+/// Memory budget of the load running in this thread: 128 MiB plus 64 bytes per document byte, far more than any document
+/// made to be shown needs. Only allocations that a few bytes of a document can inflate are charged: an array that many
+/// elements share, a record of many components, a count that nothing backs.
 ///
 /// Without a load, when a host builds a part of a scene by itself, everything is allowed.
 class MemoryBudget {
 public:
-    /// Stands for the current load of this thread from here to its end.
+    /// The message of a loader for which the budget does not suffice.
+    static constexpr const char* exceeded = "Asks for more memory than the size of the document allows";
+
+    /// Becomes the budget of this thread until it is destroyed.
     MemoryBudget();
     ~MemoryBudget();
     MemoryBudget(const MemoryBudget&) = delete;
