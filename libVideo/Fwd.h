@@ -51,6 +51,7 @@ class domVisual_scene;
 
 namespace libVideo::detail {
 
+class PoolIndex;
 class VertexReader;
 
 } // namespace libVideo::detail

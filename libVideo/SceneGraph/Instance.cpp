@@ -62,27 +62,36 @@ CameraInstance::~CameraInstance() = default;
 bool CameraInstance::createFromCollada(const domInstance_camera& instance, const vesk::Array<CameraHandle>& cameras,
                                        const NodeTable& nodes)
 {
-    const daeElementRef element = instance.getUrl().getElement();
-    if (element == nullptr) {
+    const daeElementRef target = instance.getUrl().getElement();
+    CameraHandle found;
+    if (target != nullptr) {
+        const vesk::String id(target->getID());
+        for (unsigned i = 0; i < cameras.size() && !found; ++i) {
+            found = vesk::String::compareNoCase(cameras[i]->id(), id) == 0 ? cameras[i] : CameraHandle();
+        }
+    }
+    return bind(target, found, nodes);
+}
+
+// @param target of the instance, null if it has none
+// @param camera of the same id, empty if there is none
+bool CameraInstance::bind(daeElement* target, const CameraHandle& camera, const NodeTable& nodes)
+{
+    if (target == nullptr) {
         VIDEO_LOG("domInstance_camera does not point to a camera element");
         return false;
     }
-    const vesk::String id(element->getID());
-    const CameraHandle* found = nullptr;
-    for (unsigned i = 0; i < cameras.size() && found == nullptr; ++i) {
-        found = vesk::String::compareNoCase(cameras[i]->id(), id) == 0 ? &cameras[i] : nullptr;
-    }
-    if (found == nullptr) {
-        VIDEO_LOG("Cannot find camera source ", id, " for this instance");
+    if (!camera) {
+        VIDEO_LOG("Cannot find camera source ", vesk::String(target->getID()), " for this instance");
         return false;
     }
-    m_camera = *found;
-    const NodeTable::Bucket* const target = nodes.lookup(m_camera->lookAtNode());
-    if (target == nullptr) {
+    m_camera = camera;
+    const NodeTable::Bucket* const lookAtNode = nodes.lookup(m_camera->lookAtNode());
+    if (lookAtNode == nullptr) {
         VIDEO_LOG("Cannot find lookat node ", m_camera->lookAtNode(), " from camera list");
         return true;
     }
-    m_lookAtNode = target->value;
+    m_lookAtNode = lookAtNode->value;
     updateView();
     return true;
 }

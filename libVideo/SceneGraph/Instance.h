@@ -83,6 +83,8 @@ public:
     void setAspectRatio(double aspectRatio);
 
 private:
+    friend class VisualScene;
+    bool bind(daeElement* target, const CameraHandle& camera, const NodeTable& nodes);
     Camera& boundCamera() const;
     void updateView();
 

@@ -1,8 +1,8 @@
 #include <libVideo/SceneGraph/VisualScene.h>
 
 #include "detail/Dom.h"
-#include "detail/FirstById.h"
 #include "detail/Log.h"
+#include "detail/PoolIndex.h"
 
 #include <libVideo/SceneGraph/Animation.h>
 #include <libVideo/SceneGraph/Camera.h>
@@ -23,17 +23,6 @@ struct VisualScene::TreePrototype {
     daeSmartRef<domNode> node;
     vesk::Array<unsigned> children; // slots, in document order
     unsigned parent = noParent;     // slot
-};
-
-/// The pool by id.
-struct VisualScene::PoolIndex {
-    explicit PoolIndex(const SceneResources& pool)
-        : cameras(pool.cameraList), pointLights(pool.pointLightList), spotLights(pool.spotLightList)
-    {}
-
-    detail::FirstById<Camera> cameras;
-    detail::FirstById<PointLight> pointLights;
-    detail::FirstById<SpotLight> spotLights;
 };
 
 VisualScene::~VisualScene() = default;
@@ -63,11 +52,11 @@ bool VisualScene::createFromCollada(const domVisual_scene& scene, const SceneRes
 
     const vesk::Array<TreePrototype> tree = flatten(scene);
     createNodes(tree);
-    // All nodes stand in the table now, so an instance may name any of them.
+    // All nodes are in the table now, so an instance may name any of them.
+    detail::PoolIndex pool(*m_resources);
     for (unsigned i = 0; i < tree.size(); ++i) {
-        processNodeInstances(m_nodeList[i], tree[i].node);
+        processNodeInstances(m_nodeList[i], tree[i].node, pool);
     }
-    m_poolIndex = PoolIndexHandle();
     addAnimationsToNodes();
     return true;
 }
@@ -118,13 +107,14 @@ void VisualScene::createNodes(const vesk::Array<TreePrototype>& tree)
     }
 }
 
-void VisualScene::processNodeInstances(const NodeHandle& node, const daeSmartRef<domNode>& element)
+void VisualScene::processNodeInstances(const NodeHandle& node, const daeSmartRef<domNode>& element,
+                                       detail::PoolIndex& pool)
 {
     if (element->getInstance_camera_array().getCount() > 0) {
-        addCameraInstance(node, element->getInstance_camera_array());
+        addCameraInstance(node, element->getInstance_camera_array(), pool);
     }
     if (element->getInstance_light_array().getCount() > 0) {
-        addLightInstance(node, element->getInstance_light_array());
+        addLightInstance(node, element->getInstance_light_array(), pool);
     }
     if (element->getInstance_geometry_array().getCount() > 0) {
         addGeometryInstance(node, element->getInstance_geometry_array());
@@ -132,19 +122,14 @@ void VisualScene::processNodeInstances(const NodeHandle& node, const daeSmartRef
 }
 
 unsigned VisualScene::addCameraInstance(const NodeHandle& node,
-                                        const daeTArray<daeSmartRef<domInstance_camera>>& instances)
+                                        const daeTArray<daeSmartRef<domInstance_camera>>& instances,
+                                        detail::PoolIndex& pool)
 {
     for (std::size_t i = 0; i < instances.getCount(); ++i) {
         const CameraInstanceHandle instance(new CameraInstance(NodeLink(node)));
-        // The one camera that the instance would find in the whole list, if it would find any.
-        vesk::Array<CameraHandle> candidates;
-        if (const daeElementRef element = instances[i]->getUrl().getElement()) {
-            const CameraHandle camera = poolIndex().cameras.find(element->getID());
-            if (camera) {
-                candidates.append(camera);
-            }
-        }
-        if (instance->createFromCollada(*instances[i], candidates, m_nodeTable)) {
+        const daeElementRef target = instances[i]->getUrl().getElement();
+        const CameraHandle camera = target != nullptr ? pool.camera(target->getID()) : CameraHandle();
+        if (instance->bind(target, camera, m_nodeTable)) {
             m_cameraList.append(instance);
         }
     }
@@ -152,13 +137,14 @@ unsigned VisualScene::addCameraInstance(const NodeHandle& node,
 }
 
 unsigned VisualScene::addLightInstance(const NodeHandle& node,
-                                       const daeTArray<daeSmartRef<domInstance_light>>& instances)
+                                       const daeTArray<daeSmartRef<domInstance_light>>& instances,
+                                       detail::PoolIndex& pool)
 {
     for (std::size_t i = 0; i < instances.getCount(); ++i) {
         const daeElementRef element = instances[i]->getUrl().getElement();
         if (element == nullptr) {
             VIDEO_LOG("domInstance_light does not point to a light element");
-            return 0;
+            return 0; // sic: the lights after it are not read either
         }
         const domLightRef light = daeSafeCast<domLight>(element);
         if (light == nullptr) {
@@ -167,12 +153,12 @@ unsigned VisualScene::addLightInstance(const NodeHandle& node,
         }
         // An id of both kinds is that of a point light.
         const vesk::String id(light->getId());
-        if (const PointLightHandle point = poolIndex().pointLights.find(id)) {
+        if (const PointLightHandle point = pool.pointLight(id)) {
             const PointLightInstanceHandle instance(new PointLightInstance(NodeLink(node), Link<PointLight>(point)));
             if (instance->createFromCollada(*instances[i])) {
                 m_pointLightList.append(instance);
             }
-        } else if (const SpotLightHandle spot = poolIndex().spotLights.find(id)) {
+        } else if (const SpotLightHandle spot = pool.spotLight(id)) {
             const SpotLightInstanceHandle instance(new SpotLightInstance(NodeLink(node), Link<SpotLight>(spot)));
             if (instance->createFromCollada(*instances[i], m_nodeTable)) {
                 m_spotLightList.append(instance);
@@ -180,15 +166,6 @@ unsigned VisualScene::addLightInstance(const NodeHandle& node,
         }
     }
     return m_pointLightList.size() + m_spotLightList.size();
-}
-
-// Made when the first instance asks for it.
-const VisualScene::PoolIndex& VisualScene::poolIndex()
-{
-    if (!m_poolIndex) {
-        m_poolIndex = new PoolIndex(*m_resources);
-    }
-    return *m_poolIndex;
 }
 
 unsigned VisualScene::addGeometryInstance(const NodeHandle& node,
@@ -208,7 +185,7 @@ unsigned VisualScene::addGeometryInstance(const NodeHandle& node,
         }
         geometry->addNode(node);
     }
-    return 0;
+    return 0; // sic: not their number
 }
 
 // Also for a geometry that will fail to build.

@@ -31,7 +31,7 @@ public:
     /// are not read. Faults below the scene are logged and skipped. Meant to run once.
     /// @return false, with one line on "libVideo.visualScene" and nothing changed, if `resources` is empty, the element
     ///     has no `<node>`, or a scene is loaded already
-    bool createFromCollada(const domVisual_scene& scene, const SceneResourcesLink& resources);
+    [[nodiscard]] bool createFromCollada(const domVisual_scene& scene, const SceneResourcesLink& resources);
 
     /// Folds each node's parent into its matrix, parents first, so that local matrices become world matrices. To be
     /// called once: a second call folds the ancestors in again.
@@ -50,15 +50,14 @@ public:
 
 private:
     struct TreePrototype;
-    struct PoolIndex;
-    using PoolIndexHandle = SharedHandle<PoolIndex>;
 
     static vesk::Array<TreePrototype> flatten(const domVisual_scene& scene);
     void createNodes(const vesk::Array<TreePrototype>& tree);
-    void processNodeInstances(const NodeHandle& node, const daeSmartRef<domNode>& element);
-    const PoolIndex& poolIndex();
-    unsigned addCameraInstance(const NodeHandle& node, const daeTArray<daeSmartRef<domInstance_camera>>& instances);
-    unsigned addLightInstance(const NodeHandle& node, const daeTArray<daeSmartRef<domInstance_light>>& instances);
+    void processNodeInstances(const NodeHandle& node, const daeSmartRef<domNode>& element, detail::PoolIndex& pool);
+    unsigned addCameraInstance(const NodeHandle& node, const daeTArray<daeSmartRef<domInstance_camera>>& instances,
+                               detail::PoolIndex& pool);
+    unsigned addLightInstance(const NodeHandle& node, const daeTArray<daeSmartRef<domInstance_light>>& instances,
+                              detail::PoolIndex& pool);
     unsigned addGeometryInstance(const NodeHandle& node, const daeTArray<daeSmartRef<domInstance_geometry>>& instances);
     void registerMaterials(const domInstance_geometry& instance);
     GeometryHandle createAndRegisterGeometry(domGeometry* const geometry);
@@ -77,7 +76,6 @@ private:
     GeometryTable m_geometryTable{32};
     BlinnMaterialTable m_blinnMaterialTable{32};
     [[maybe_unused]] unsigned m_reserved = 0;
-    PoolIndexHandle m_poolIndex; // while a load places instances
 };
 
 } // namespace libVideo

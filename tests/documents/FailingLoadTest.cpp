@@ -48,7 +48,7 @@ struct Loaded {
         libVideo::createCameraListFromCollada(&root, dae, resources.cameraList);
         libVideo::createPointLightListFromCollada(&root, resources.pointLightList);
         libVideo::createSpotLightListFromCollada(&root, dae, resources.spotLightList);
-        scene.createFromCollada(visualScene, libVideo::SceneResourcesLink(&resources));
+        static_cast<void>(scene.createFromCollada(visualScene, libVideo::SceneResourcesLink(&resources)));
     }
 };
 

@@ -57,7 +57,7 @@ std::optional<std::uint64_t> peakOfLoad(const std::string& path)
         const std::uint64_t before = peak();
         try {
             Scene scene;
-            scene.createFromCollada(path.c_str());
+            static_cast<void>(scene.createFromCollada(path.c_str()));
         } catch (const vesk::Exception&) {
             // the document's own
         }

@@ -15,6 +15,7 @@
 #include <libVideo/SceneGraph/Node.h>
 #include <libVideo/SceneGraph/Scene.h>
 #include <libVideo/SceneGraph/VisualScene.h>
+#include <libVideo/SceneGraph/detail/PoolIndex.h>
 
 #include <libVideo/ColladaDom.h>
 
@@ -44,6 +45,7 @@ using libVideo::SceneResources;
 using libVideo::SceneResourcesLink;
 using libVideo::SpotLightInstanceHandle;
 using libVideo::VisualScene;
+using libVideo::detail::PoolIndex;
 using testSupport::ColladaBuilder;
 using testSupport::LogCapture;
 using testSupport::LogLine;
@@ -60,10 +62,12 @@ PRIVATE_MEMBER(VisualNodeTable, libVideo::NodeTable VisualScene::*, &VisualScene
 PRIVATE_MEMBER(VisualCameraList, vesk::Array<CameraInstanceHandle> VisualScene::*, &VisualScene::m_cameraList)
 PRIVATE_MEMBER(VisualResources, SceneResourcesLink VisualScene::*, &VisualScene::m_resources)
 PRIVATE_MEMBER(AddCameraInstance,
-               unsigned (VisualScene::*)(const NodeHandle&, const daeTArray<daeSmartRef<domInstance_camera>>&),
+               unsigned (VisualScene::*)(const NodeHandle&, const daeTArray<daeSmartRef<domInstance_camera>>&,
+                                         PoolIndex&),
                &VisualScene::addCameraInstance)
 PRIVATE_MEMBER(AddLightInstance,
-               unsigned (VisualScene::*)(const NodeHandle&, const daeTArray<daeSmartRef<domInstance_light>>&),
+               unsigned (VisualScene::*)(const NodeHandle&, const daeTArray<daeSmartRef<domInstance_light>>&,
+                                         PoolIndex&),
                &VisualScene::addLightInstance)
 PRIVATE_MEMBER(AddAnimationsToNodes, void (VisualScene::*)(), &VisualScene::addAnimationsToNodes)
 PRIVATE_MEMBER(CameraAnimations, vesk::Array<AnimationHandle> Camera::*, &Camera::m_animations)
@@ -177,12 +181,15 @@ public:
     /// What the placing of instances gives for the cameras or lights of an element, on the node of another.
     unsigned addCameras(const char* nodeId, const char* elementId)
     {
+        PoolIndex index(pool());
         return (scene().*privateMember(AddCameraInstance()))(node(nodeId),
-                                                             element(elementId).getInstance_camera_array());
+                                                             element(elementId).getInstance_camera_array(), index);
     }
     unsigned addLights(const char* nodeId, const char* elementId)
     {
-        return (scene().*privateMember(AddLightInstance()))(node(nodeId), element(elementId).getInstance_light_array());
+        PoolIndex index(pool());
+        return (scene().*privateMember(AddLightInstance()))(node(nodeId), element(elementId).getInstance_light_array(),
+                                                            index);
     }
 
     /// "camera@node" of each entry of the list, and likewise of the lights.

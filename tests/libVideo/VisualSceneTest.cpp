@@ -14,6 +14,7 @@
 #include <libVideo/SceneGraph/Animation.h>
 #include <libVideo/SceneGraph/Node.h>
 #include <libVideo/SceneGraph/VisualScene.h>
+#include <libVideo/SceneGraph/detail/PoolIndex.h>
 
 #include <libVideo/ColladaDom.h>
 
@@ -38,6 +39,7 @@ using libVideo::NodeLink;
 using libVideo::SceneResources;
 using libVideo::SceneResourcesLink;
 using libVideo::VisualScene;
+using libVideo::detail::PoolIndex;
 using testSupport::ColladaBuilder;
 using testSupport::FailingAllocator;
 using testSupport::LogCapture;
@@ -61,7 +63,7 @@ PRIVATE_MEMBER(SceneGeometryTable, libVideo::GeometryTable VisualScene::*, &Visu
 PRIVATE_MEMBER(SceneMaterialTable, libVideo::BlinnMaterialTable VisualScene::*, &VisualScene::m_blinnMaterialTable)
 PRIVATE_MEMBER(SceneReserved, unsigned VisualScene::*, &VisualScene::m_reserved)
 PRIVATE_MEMBER(SceneProcessNodeInstances,
-               void (VisualScene::*)(const NodeHandle&, const daeSmartRef<libVideo::domNode>&),
+               void (VisualScene::*)(const NodeHandle&, const daeSmartRef<libVideo::domNode>&, PoolIndex&),
                &VisualScene::processNodeInstances)
 PRIVATE_MEMBER(SceneAddAnimationsToNodes, void (VisualScene::*)(), &VisualScene::addAnimationsToNodes)
 
@@ -831,7 +833,10 @@ TEST(VisualSceneTest, InstancesOfANodeWithoutAnyAreNone)
     Document document("<node id='a'><instance_node url='#a'/></node>");
     VisualScene scene;
     ASSERT_TRUE(document.loadInto(scene));
-    (scene.*privateMember(SceneProcessNodeInstances()))(nodeListOf(scene)[0], document.element().getNode_array()[0]);
+    const libVideo::SceneResources pool;
+    PoolIndex index(pool);
+    (scene.*privateMember(SceneProcessNodeInstances()))(nodeListOf(scene)[0], document.element().getNode_array()[0],
+                                                        index);
 
     EXPECT_EQ(0u, scene.cameraList().size() + scene.pointLightList().size() + scene.spotLightList().size());
     EXPECT_EQ(0u, scene.geometryTable().size() + scene.blinnMaterialTable().size());
