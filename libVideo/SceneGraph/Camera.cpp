@@ -133,6 +133,7 @@ bool PerspectiveCamera::updateProjectionMatrix(double znear, double zfar, double
         return true;
     }
     if (!m_aspectRatio) {
+        // sic: the colon; the words are an interface
         VIDEO_LOG("Camera :", m_name, " does not have required aspect ratio data");
         return false;
     }
@@ -154,22 +155,28 @@ const Matrix& PerspectiveCamera::projectionMatrix(double time)
     if (animations().size() == 0) {
         return m_projection;
     }
-    struct Value {
+    // sic: what no animation targets is 0, not what the document says.
+    struct {
+        double xfov = 0.0;
+        double yfov = 0.0;
+        double znear = 0.0;
+        double zfar = 0.0;
+    } animated;
+    const struct {
         const Parameter& parameter;
-        double evaluated;
-    };
-    // What no animation sets is 0, not what the document says.
-    Value values[] = {{m_xfov, 0.0}, {m_yfov, 0.0}, {m_znear, 0.0}, {m_zfar, 0.0}};
+        double& value;
+    } targets[] = {
+        {m_xfov, animated.xfov}, {m_yfov, animated.yfov}, {m_znear, animated.znear}, {m_zfar, animated.zfar}};
     for (const AnimationHandle& animation : animations()) {
-        const vesk::String target = animation->getTargetTransform();
-        for (Value& value : values) {
-            if (value.parameter && value.parameter->sid == target) {
-                value.evaluated = animation->applyAnimation(value.parameter->value, time);
+        const vesk::String sid = animation->getTargetTransform();
+        for (const auto& target : targets) {
+            if (target.parameter && target.parameter->sid == sid) {
+                target.value = animation->applyAnimation(target.parameter->value, time);
                 break;
             }
         }
     }
-    updateProjectionMatrix(values[2].evaluated, values[3].evaluated, values[0].evaluated, values[1].evaluated,
+    updateProjectionMatrix(animated.znear, animated.zfar, animated.xfov, animated.yfov,
                            m_aspectRatio ? m_aspectRatio->value : 1.0);
     return m_projection;
 }

@@ -90,6 +90,7 @@ void SpotLight::readExtraData(const domLight& light, DAE& dae)
 unsigned createPointLightListFromCollada(const domCOLLADA* collada, vesk::Array<PointLightHandle>& list)
 {
     if (collada == nullptr) {
+        // sic: a camera list; the words are an interface
         VIDEO_LOG("Cannot create a camera list from a NULL domCOLLADA pointer");
         return 0;
     }
@@ -106,6 +107,7 @@ unsigned createPointLightListFromCollada(const domCOLLADA* collada, vesk::Array<
 unsigned createSpotLightListFromCollada(const domCOLLADA* collada, DAE& dae, vesk::Array<SpotLightHandle>& list)
 {
     if (collada == nullptr) {
+        // sic: a camera list; the words are an interface
         VIDEO_LOG("Cannot create a camera list from a NULL domCOLLADA pointer");
         return 0;
     }

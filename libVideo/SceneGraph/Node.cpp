@@ -172,7 +172,7 @@ void Node::accumulate(Transformation* transformation)
 
 void Node::lookat(daeTArray<double>& values)
 {
-    // The first three numbers serve as eye and as interest, and up stays zero: the result is not a number throughout.
+    // sic: the first three numbers are eye and interest, and up stays zero, so no element of the result is a number
     const Vector3 eye = detail::vectorOf(values);
     const Vector3 interest = detail::vectorOf(values);
     const Vector3 up;

@@ -89,6 +89,7 @@ private:
     void accumulateTransform(const daeTArray<daeSmartRef<daeElement>>& children);
     void accumulate(Transformation* transformation);
     void lookat(daeTArray<double>& values);
+    // Exported with the class; no load calls these.
     void translate(const daeTArray<double>& values);
     void rotate(const daeTArray<double>& values);
     void scale(const daeTArray<double>& values);

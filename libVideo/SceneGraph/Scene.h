@@ -1,5 +1,21 @@
 #pragma once
 
+/// @file
+/// The way from a file to a scene. It can fail in these ways:
+///
+/// | what happens | how a host sees it | what is left |
+/// |---|---|---|
+/// | the file does not open, or is no document that can be trusted | `createFromCollada` returns false, one message on "libVideo.scene" | an empty scene, which may try again |
+/// | no `<scene>`, or one that leads to no `<visual_scene>` | returns false, one message on "libVideo.scene" | the pool is filled; the scene is empty and may try again |
+/// | a `<visual_scene>` without a `<node>` | returns false, one message on "libVideo.visualScene" | likewise |
+/// | a scene is loaded already | returns false, one message on "libVideo.scene" | the loaded scene, unchanged |
+/// | an element below the scene cannot be used | returns true, a message of the module that reads it | everything else |
+/// | an element asks for more memory than the budget of the load has | returns true, a message of the module that reads it | everything else |
+/// | the document breaks a rule that the reading rests on | throws `vesk::AssertionFailure` or `vesk::IndexOutOfBounds` | what was read before; safe to ask and to destroy |
+/// | out of memory | throws `vesk::NullPointer` or `std::bad_alloc` | likewise |
+///
+/// Messages are listed in the reference, with what causes them. A message has priority 3 (error).
+
 #include <libVideo/ColladaDom.h>
 #include <libVideo/Export.h>
 #include <libVideo/Handles.h>
@@ -41,13 +57,14 @@ public:
     ///     scene is loaded already; faults below that are logged by the modules that meet them, and skipped
     /// @throws vesk::AssertionFailure or vesk::IndexOutOfBounds where the document breaks a rule that the reading rests
     ///     on, vesk::NullPointer or std::bad_alloc if memory ends; the scene stays as far as it got then
-    bool createFromCollada(const vesk::String& path);
+    [[nodiscard]] bool createFromCollada(const vesk::String& path);
 
     VisualScene& visualScene() { return m_visualScene; } ///< The scene; empty before a load. Ends with this object.
     /// The scene; empty before a load. Ends with this object.
     const VisualScene& visualScene() const { return m_visualScene; }
 
 private:
+    // Exported with the class; no load calls it.
     void transformToYUP(domUpAxisType upAxis);
 
     // The document goes first when the scene ends, then the pool, then the scene that refers to it.
