@@ -77,7 +77,7 @@ void LoadedScene::findRefusal(const std::string& path)
     refusal.outcome = libPrepare::Outcome::refused;
     refusal.kind = "refused";
     refusal.text = m_log.empty() ? "does not load" : "does not load: " + m_log.back().text;
-    refusal.remedy = "prepare the document";
+    refusal.remedy = "give it what the message names, or prepare it";
 }
 
 void LoadedScene::listNodes()
