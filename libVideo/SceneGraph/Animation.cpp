@@ -20,6 +20,8 @@ namespace {
 
 // How many records an accessor may ask for that no array backs.
 constexpr unsigned mostUnbackedRecords = 1048576;
+// What a key takes besides its numbers: its time and its kind.
+constexpr std::uint64_t bytesPerKey = sizeof(double) + 1;
 // Numbers of the arrays that the curves of one list are made of: many curves may be made of one array.
 class CurveNumbers {
 public:
@@ -167,6 +169,10 @@ bool Animation::createInputFromCollada(const daeSmartRef<domInputLocal>& input)
         return false;
     }
     if (m_count == 0) {
+        if (!detail::MemoryBudget::take(count, bytesPerKey)) {
+            VIDEO_LOG(detail::MemoryBudget::exceeded);
+            return false;
+        }
         m_count = count;
     }
     if (floats != nullptr && floats->getCount() > 0) {
@@ -194,11 +200,13 @@ bool Animation::createFloatEvolution(const domFloat_array* array, const VertexSe
     }
     const unsigned records = std::min(count, m_count);
     const Numbers numbers = CurveNumbers::of(*array, std::uint64_t{records} * stride);
-    if (numbers == nullptr || (semantic == SEMANTIC_INPUT && !setTimes(numbers, records, stride))) {
+    if (numbers == nullptr) {
         VIDEO_LOG(detail::MemoryBudget::exceeded);
         return false;
     }
-    if (semantic != SEMANTIC_INPUT) {
+    if (semantic == SEMANTIC_INPUT) {
+        setTimes(numbers, records, stride);
+    } else {
         Column& column = semantic == SEMANTIC_OUTPUT       ? m_values
                          : semantic == SEMANTIC_IN_TANGENT ? m_inTangents
                                                            : m_outTangents;
@@ -211,17 +219,13 @@ bool Animation::createFloatEvolution(const domFloat_array* array, const VertexSe
 }
 
 // The first number of each record is its time.
-// @return false if the load may not take so much memory
-bool Animation::setTimes(const Numbers& numbers, unsigned count, unsigned stride)
+void Animation::setTimes(const Numbers& numbers, unsigned count, unsigned stride)
 {
     m_latestTimes.clear(); // of other times
     m_isAscending = false;
     if (count == m_count && stride == 1) {
         m_times = numbers;
-        return true;
-    }
-    if (!detail::MemoryBudget::take(m_count, sizeof(double))) {
-        return false;
+        return;
     }
     Numbers times(new vesk::Buffer<double>);
     times->resize(m_count, true);
@@ -229,7 +233,6 @@ bool Animation::setTimes(const Numbers& numbers, unsigned count, unsigned stride
         (*times)[i] = i < count ? (*numbers)[std::uint64_t{i} * stride] : timeAt(i);
     }
     m_times = times;
-    return true;
 }
 
 bool Animation::createNameEvolution(const domName_array* array, const VertexSemantic& semantic, unsigned count,
@@ -240,10 +243,6 @@ bool Animation::createNameEvolution(const domName_array* array, const VertexSema
         return false;
     }
     if (m_kinds.size() == 0) {
-        if (!detail::MemoryBudget::take(m_count, 1)) {
-            VIDEO_LOG(detail::MemoryBudget::exceeded);
-            return false;
-        }
         m_kinds.resize(m_count, true);
         for (unsigned i = 0; i < m_count; ++i) {
             m_kinds[i] = LINEAR;

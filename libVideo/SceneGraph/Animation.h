@@ -117,7 +117,7 @@ private:
     double getBezierInterpolation(double value0, double value1, double time0, double time1, double time,
                                   double inControl, double outControl);
 
-    bool setTimes(const Numbers& numbers, unsigned count, unsigned stride);
+    void setTimes(const Numbers& numbers, unsigned count, unsigned stride);
     double timeAt(unsigned record) const { return m_times == nullptr ? 0.0 : (*m_times)[record]; }
     InterpolationType kindAt(unsigned record) const;
     void indexTimes();

@@ -342,11 +342,19 @@ std::string unbackedCurves(unsigned count)
     return "<library_animations>" + repeated(curve, count) + "</library_animations>";
 }
 
-// Each input appends the same 100,000 values to the keys.
+// Each input takes 1,000 numbers more of the same array than the one before.
 std::string curveOfManyOutputs(unsigned count)
 {
-    return animation(floatCurve("OUTPUT", 100'000, repeated("0 ", 100'000), "count='1000' stride='100'"),
-                     repeated(input("OUTPUT"), count));
+    std::string sources = "<source id='all'>" +
+                          array("float_array", "all-array", count * 1'000, repeated("0 ", count * 1'000)) + "</source>";
+    std::string inputs;
+    for (unsigned i = 1; i <= count; ++i) {
+        const std::string id = "s" + std::to_string(i);
+        sources += "<source id='" + id + "'><technique_common><accessor source='#all-array' count='1000' stride='" +
+                   std::to_string(i) + "'/></technique_common></source>";
+        inputs += "<input semantic='OUTPUT' source='#" + id + "'/>";
+    }
+    return animation(sources, inputs);
 }
 
 std::string sourceOfManyParams(const std::string& param, unsigned count)
@@ -519,13 +527,13 @@ std::vector<Message> animationMessages()
          "animation",
          tooMuch,
          {},
-         document(unbackedCurves(3), bareNode),
+         document(unbackedCurves(15), bareNode),
          "true"},
         {"AnimationOfMoreValuesThanTheDocumentAllows",
          "animation",
          tooMuch,
          {},
-         document(curveOfManyOutputs(200), bareNode),
+         document(curveOfManyOutputs(260), bareNode),
          "true"},
         {"AnimationOfColors",
          "animation",
