@@ -200,9 +200,11 @@ double Animation::interpolate(const Span& span, unsigned component)
         return getLinearInterpolation(value0, value1, time0, time1, span.time);
     }
     // Of a control point only the value counts, the second of its pair.
+    // They are read one after the other, so that the same array is named wherever both are too short.
     const unsigned control = 2 * component + 1;
-    return getBezierInterpolation(value0, value1, time0, time1, span.time, m_inTangents.at(span.second, control),
-                                  m_outTangents.at(span.first, control));
+    const double inControl = m_inTangents.at(span.second, control);
+    const double outControl = m_outTangents.at(span.first, control);
+    return getBezierInterpolation(value0, value1, time0, time1, span.time, inControl, outControl);
 }
 
 // A vector or matrix as the curve has it at a time; `value` where the curve says nothing.

@@ -30,7 +30,7 @@ VisualScene::~VisualScene() = default;
 bool VisualScene::createFromCollada(const domVisual_scene& scene, const SceneResourcesLink& resources)
 {
     VIDEO_TRACE("VisualScene::createFromCollada");
-    if (m_resources) {
+    if (m_root.children().size() > 0) { // a load that failed before the first node is forgotten
         VIDEO_LOG("Visual scene is already loaded");
         return false;
     }
@@ -93,6 +93,7 @@ vesk::Array<VisualScene::TreePrototype> VisualScene::flatten(const domVisual_sce
 
 void VisualScene::createNodes(const vesk::Array<TreePrototype>& tree)
 {
+    m_nodeTable = NodeTable(32);
     m_nodeList.clear();
     m_nodeList.grow(tree.size(), NodeHandle());
     m_nodeTable.reserve(tree.size());
@@ -276,7 +277,9 @@ void VisualScene::addAnimationsToNodes()
 void VisualScene::transform()
 {
     for (const NodeHandle& node : m_nodeList) {
-        node->updateTransform();
+        if (node) { // a load may have run out of memory before
+            node->updateTransform();
+        }
     }
 }
 

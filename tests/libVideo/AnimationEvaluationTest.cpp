@@ -615,6 +615,14 @@ TEST(AnimationOverloadTest, BezierNeedsBothTangents)
     expectIndexOutOfBounds(0, 1, [&] { noPairs.applyAnimation(99.0, 1.5); });
 }
 
+TEST(AnimationOverloadTest, InTangentIsReadBeforeTheOutTangent)
+{
+    Animation empty = load({{1, 2}, {0, 8}, "BEZIER BEZIER", {}, {1, 2}});
+    expectIndexOutOfBounds(-1, 1, [&] { empty.applyAnimation(99.0, 1.5); });
+    Animation single = load({{1, 2}, {0, 8}, "BEZIER BEZIER", {1, 2}, {}});
+    expectIndexOutOfBounds(0, 1, [&] { single.applyAnimation(99.0, 1.5); });
+}
+
 TEST(AnimationOverloadTest, BezierOfAVectorNeedsAPairForEachComponent)
 {
     const Numbers onePair = {0, 1, 0, 2};

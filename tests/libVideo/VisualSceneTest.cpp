@@ -660,6 +660,49 @@ TEST(VisualSceneTest, LoadedSceneRefusesAnotherLoad)
     EXPECT_EQ(nullptr, found(scene, "c"));
 }
 
+// Whatever stands by then can be folded; a scene without a node may load again.
+TEST(VisualSceneTest, LoadThatRanOutOfMemoryCanBeFoldedAndTriedAgain)
+{
+    Document document("<node id='a'><translate>1 2 3</translate><node id='b'/><node id='c'/></node>");
+    int retries = 0;
+    int refusals = 0;
+    for (long request = 0; request < 1'000; ++request) {
+        SCOPED_TRACE(request);
+        VisualScene scene;
+        bool hasFailed = false;
+        {
+            const FailingAllocator allocator(request);
+            try {
+                static_cast<void>(document.loadInto(scene));
+            } catch (const std::bad_alloc&) {
+                hasFailed = true;
+            } catch (const vesk::NullPointer&) {
+                hasFailed = true;
+            }
+        }
+        scene.transform();
+        if (!hasFailed) {
+            EXPECT_GT(retries, 1);
+            EXPECT_GT(refusals, 1);
+            return;
+        }
+        const LogCapture log;
+        const bool isEmpty = scene.root().children().size() == 0;
+        ASSERT_EQ(isEmpty, document.loadInto(scene));
+        if (isEmpty) {
+            ++retries;
+            EXPECT_EQ("a b c", listedIds(scene));
+            EXPECT_EQ("a", childIds(scene.root()));
+            EXPECT_EQ(3u, nodeTableOf(scene).size());
+            EXPECT_EQ(found(scene, "b"), nodeListOf(scene)[1].get());
+        } else {
+            ++refusals;
+            expectRefusal(log, "Visual scene is already loaded");
+        }
+    }
+    FAIL() << "no end";
+}
+
 TEST(VisualSceneTest, CopyOfALoadedSceneRefusesAnotherLoadToo)
 {
     Document document("<node id='a'/>");

@@ -58,8 +58,9 @@ daeElement* ReferenceResolver::openFirst(const std::filesystem::path& file)
 
 daeElement* ReferenceResolver::resolveElement(const daeURI& reference)
 {
-    if (reference.fragment().empty()) {
-        return nullptr; // an element with an empty id is no answer
+    // "#" is written for an element with an empty id; any other reference without a fragment leads nowhere.
+    if (reference.fragment().empty() && reference.originalStr() != "#") {
+        return nullptr;
     }
     daeDocument* document = reference.getReferencedDocument();
     if (document == nullptr) {

@@ -229,6 +229,15 @@ TEST_F(ReferenceResolverTest, ReferenceWithoutFragmentLeadsNowhere)
         << "nor to an element with an empty id";
 }
 
+TEST_F(ReferenceResolverTest, HashAloneLeadsToTheElementOfAnEmptyId)
+{
+    EXPECT_EQ("n", loaded(whole("<library_visual_scenes><visual_scene id=''><node id='n'/></visual_scene>"
+                                "</library_visual_scenes><scene><instance_visual_scene url='#'/></scene>")));
+    EXPECT_EQ("", loaded(whole("<library_visual_scenes><visual_scene><node id='n'/></visual_scene>"
+                               "</library_visual_scenes><scene><instance_visual_scene url='#'/></scene>")))
+        << "no id is no empty id";
+}
+
 TEST_F(ReferenceResolverTest, ResolversOfBeforeAreBackAfterALoad)
 {
     write(home() / "main.dae", shows("other.dae#there"));
