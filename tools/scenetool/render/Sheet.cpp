@@ -152,6 +152,23 @@ std::vector<std::string> documentsIn(const std::string& folder)
     return files;
 }
 
+std::vector<std::string> documentsDirectlyIn(const std::string& folder)
+{
+    std::error_code error;
+    std::vector<std::string> files;
+    std::filesystem::directory_iterator entry(folder, error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        if (isDocument(*entry)) {
+            files.push_back(entry->path().string());
+        }
+    }
+    if (error) {
+        throw PictureError(folder + " cannot be listed: " + error.message());
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
 Picture renderSheet(const std::vector<std::string>& files, const std::string& folder, const SheetOptions& options,
                     const SheetWorker& worker, const SheetProgress& progress)
 {

@@ -30,6 +30,9 @@ struct SheetOptions {
 /// paths. @throws PictureError if there is no such folder, or no document in it
 std::vector<std::string> documentsIn(const std::string& folder);
 
+/// The documents in a folder itself. @throws PictureError if there is no such folder
+std::vector<std::string> documentsDirectlyIn(const std::string& folder);
+
 /// All documents on one picture, each with its name below it, in rows from the top.
 /// @param folder what the names are shortened by
 /// @throws PictureError for more documents than fit a picture

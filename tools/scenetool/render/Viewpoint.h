@@ -4,6 +4,7 @@
 #include "ScenePose.h"
 
 #include <string>
+#include <vector>
 
 namespace scenetool {
 
@@ -12,7 +13,7 @@ struct Viewpoint {
     /// To OpenGL's clip space: x to the right, y up, depth from -w to w.
     Matrix4 clipFromWorld;
     Vector3 eye;
-    bool hasHeadLight = false; ///< a light goes with the eye
+    bool isFar = false; ///< the eye is the direction towards a viewer far away instead
 };
 
 /// The axis that points up in a view of the whole scene.
@@ -37,11 +38,11 @@ struct Orbit {
     Vector3 towards() const;
 };
 
-/// All of a box, from the front right, a little from above.
+/// All points, from the front right, a little from above. They fill the picture but for a little air.
 /// @param aspect width of the picture by its height
-Orbit framed(const Box& box, UpAxis up, float aspect);
+Orbit framed(const std::vector<Vector3>& points, UpAxis up, float aspect);
 
-/// With a head light. @param aspect width of the picture by its height
+/// @param aspect width of the picture by its height
 Viewpoint viewpointOf(const Orbit& orbit, float aspect);
 
 /// What a camera of the scene sees. The picture shows all of it and nothing stretched; where the sides of the picture
