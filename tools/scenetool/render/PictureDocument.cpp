@@ -108,13 +108,14 @@ bool PictureDocument::hasAmbientLight() const
 
 std::string PictureDocument::textureFile(const std::string& reference) const
 {
-    const std::string path = scenetool::textureFile(m_file, reference);
-    std::error_code error;
-    if (m_preparedFile.empty() || std::filesystem::is_regular_file(path, error)) {
-        return path;
+    if (m_isPrepared) {
+        const std::string path = scenetool::textureFile(m_preparedFile, reference);
+        std::error_code error;
+        if (std::filesystem::is_regular_file(path, error)) {
+            return path;
+        }
     }
-    const std::string other = scenetool::textureFile(m_preparedFile, reference);
-    return std::filesystem::is_regular_file(other, error) ? other : path;
+    return scenetool::textureFile(m_file, reference);
 }
 
 std::vector<std::string> PictureDocument::notes() const

@@ -55,8 +55,8 @@ void addPoints(std::vector<Vector3>& points, libVideo::Primitive& primitive, con
 
 } // namespace
 
-ScenePose::ScenePose(const PictureDocument& document, bool isIdentityForEmpty)
-    : m_document(&document), m_loaded(&document.scene())
+ScenePose::ScenePose(const LoadedScene& loaded, const PictureDocument* document, bool isIdentityForEmpty)
+    : m_document(document), m_loaded(&loaded)
 {
     m_world.reserve(m_loaded->nodes().size());
     for (const libVideo::Node* const node : m_loaded->nodes()) { // parents come before their children
@@ -78,7 +78,8 @@ void ScenePose::placeLights()
         const libVideo::Node* const node = shown->node().get();
         PlacedLight light = placed(*shown->pointLight(), world(node));
         // Prepare puts a light without a place far away on a node that still looks the same way.
-        if (node != nullptr && m_document->approximation(libPrepare::Approximation::Kind::directionalLight,
+        if (node != nullptr && m_document != nullptr &&
+            m_document->approximation(libPrepare::Approximation::Kind::directionalLight,
                                                          shown->pointLight()->id().data(), node->id().data())) {
             light.kind = PlacedLight::Kind::directional;
         }
@@ -114,6 +115,15 @@ std::vector<Vector3> pointsOf(const LoadedScene& loaded, const ScenePose& pose)
         }
     }
     return points;
+}
+
+Box boxOf(const LoadedScene& loaded, const ScenePose& pose)
+{
+    Box box;
+    for (const Vector3& point : pointsOf(loaded, pose)) {
+        box.add(point);
+    }
+    return box;
 }
 
 } // namespace scenetool

@@ -29,7 +29,11 @@ class ScenePose {
 public:
     /// Composes the local matrices of all nodes down the tree.
     /// @param isIdentityForEmpty takes the identity for a zero matrix, which a node without transforms has
-    ScenePose(const PictureDocument& document, bool isIdentityForEmpty);
+    ScenePose(const LoadedScene& loaded, bool isIdentityForEmpty) : ScenePose(loaded, nullptr, isIdentityForEmpty) {}
+    /// As the other one, with directional lights where prepare has put stand-ins.
+    ScenePose(const PictureDocument& document, bool isIdentityForEmpty)
+        : ScenePose(document.scene(), &document, isIdentityForEmpty)
+    {}
 
     /// Of a node by its place in `LoadedScene::nodes()`.
     const Matrix4& world(std::size_t node) const { return m_world[node]; }
@@ -41,6 +45,7 @@ public:
     const std::vector<PlacedLight>& lights() const { return m_lights; }
 
 private:
+    ScenePose(const LoadedScene& loaded, const PictureDocument* document, bool isIdentityForEmpty);
     void placeLights();
 
     const PictureDocument* m_document;
@@ -52,5 +57,8 @@ private:
 
 /// All points that the scene shows, in the world. Geometry that is collapsed to nothing has none.
 std::vector<Vector3> pointsOf(const LoadedScene& loaded, const ScenePose& pose);
+
+/// The box around them.
+Box boxOf(const LoadedScene& loaded, const ScenePose& pose);
 
 } // namespace scenetool
