@@ -136,7 +136,7 @@ def sea():
     """A disc of radius 1, with the picture many times across."""
     body = Body('sea-water', 'Sea water')
     body.part('sea-water-triangles', 'water')
-    sides, repeats, up = 32, 250, (0, 1, 0)
+    sides, repeats, up = 32, 500, (0, 1, 0)
     rim = []
     for side in range(sides + 1):
         x, z = math.cos(2 * math.pi * side / sides), -math.sin(2 * math.pi * side / sides)
@@ -202,7 +202,7 @@ def sea_picture():
         for x in range(size):
             height = sum(a * math.sin(2 * math.pi * (u * x + v * y) / size + p) for u, v, p, a in waves)
             rows += bytes([min(colors - 1, max(0, int((height + 2.4) / 4.8 * colors)))])
-    low, high = (20, 72, 104), (58, 124, 148)
+    low, high = (24, 78, 110), (50, 112, 138)
     palette = b''.join(bytes(round(a + (b - a) * (i / (colors - 1)) ** 1.5) for a, b in zip(low, high))
                        for i in range(colors))
 
