@@ -39,6 +39,16 @@ std::string replaced(std::string text, const std::string& what, const std::strin
     return text;
 }
 
+// A camera or a spot that names no node to look at is an ordinary one, though the library says that it finds none.
+bool isOrdinary(const LogLine& line)
+{
+    const auto endsWith = [&line](const std::string& end) {
+        return line.text.size() >= end.size() &&
+               line.text.compare(line.text.size() - end.size(), end.size(), end) == 0;
+    };
+    return endsWith("Cannot find lookat node  from camera list") || endsWith("Cannot resolve lookAtNode with id ");
+}
+
 } // namespace
 
 PictureDocument::PictureDocument(std::string file, const std::filesystem::path& folder, const DocumentOptions& options)
@@ -122,6 +132,9 @@ std::vector<std::string> PictureDocument::notes() const
 {
     Counts messages;
     for (const LogLine& line : m_loaded->log()) {
+        if (isOrdinary(line)) {
+            continue;
+        }
         messages.add("[" + line.channel + "] " + replaced(line.text, m_preparedFile, m_file));
     }
     std::vector<std::string> lines;
