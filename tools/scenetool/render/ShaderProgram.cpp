@@ -1,6 +1,6 @@
 #include "ShaderProgram.h"
 
-#include "../Info.h"
+#include "../Printable.h"
 #include "Picture.h"
 
 #include <array>

@@ -1,6 +1,6 @@
 #include "TextureStore.h"
 
-#include "../Info.h"
+#include "../Printable.h"
 
 #include <algorithm>
 #include <utility>
