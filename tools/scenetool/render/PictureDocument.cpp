@@ -106,14 +106,15 @@ const libPrepare::Approximation* PictureDocument::approximation(libPrepare::Appr
     return nullptr;
 }
 
-bool PictureDocument::hasAmbientLight() const
+std::array<float, 3> PictureDocument::ambientLight() const
 {
+    std::array<float, 3> sum{};
     for (const libPrepare::Approximation& each : m_report.approximations) {
-        if (each.kind == libPrepare::Approximation::Kind::ambientLight) {
-            return true;
+        for (std::size_t i = 0; each.kind == libPrepare::Approximation::Kind::ambientLight && i < sum.size(); ++i) {
+            sum[i] += static_cast<float>(each.color[i]);
         }
     }
-    return false;
+    return sum;
 }
 
 std::string PictureDocument::textureFile(const std::string& reference) const
@@ -143,7 +144,8 @@ std::vector<std::string> PictureDocument::notes() const
     }
     Counts kinds;
     for (const libPrepare::Finding& finding : m_report.findings) {
-        if (finding.outcome == libPrepare::Outcome::lost) {
+        // Ambient lights on textures are drawn all the same.
+        if (finding.outcome == libPrepare::Outcome::lost && !(m_isPrepared && finding.kind == "ambient")) {
             kinds.add(finding.kind);
         }
     }

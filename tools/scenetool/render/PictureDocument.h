@@ -4,6 +4,7 @@
 
 #include <libPrepare/Prepare.h>
 
+#include <array>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -39,8 +40,8 @@ public:
     /// The record of a light or a camera of this kind that was approximated; null if it was not.
     const libPrepare::Approximation* approximation(libPrepare::Approximation::Kind kind, const std::string& id,
                                                    const std::string& node) const;
-    /// Whether ambient lights shine, which prepare adds to the emission of what they light.
-    bool hasAmbientLight() const;
+    /// The sum of the ambient lights. Prepare adds it to the emission of what they light, where that is no texture.
+    std::array<float, 3> ambientLight() const;
     /// The file of a texture. References count from the folder of the document, or from that of the prepared one.
     std::string textureFile(const std::string& reference) const;
     /// What somebody who looks at the picture has to know of the document: one line for each message of the library,

@@ -216,6 +216,9 @@ bool SceneRenderer::addMesh(libVideo::Primitive& primitive)
 SceneRenderer::Material SceneRenderer::material(const std::string& symbol)
 {
     Material result;
+    if (!m_document->isPrepared()) {
+        result.ambientLight.fill(ambientFloor);
+    }
     const auto* const bucket = m_document->scene().scene().blinnMaterialTable().lookup(symbol.c_str());
     if (bucket == nullptr) {
         if (!symbol.empty()) {
@@ -249,6 +252,9 @@ SceneRenderer::Material SceneRenderer::material(const std::string& symbol)
     }
     result.shininess = values.shininess;
     if (m_document->isPrepared()) {
+        if (values.ambientTexture || values.emissionTexture) {
+            result.ambientLight = m_document->ambientLight();
+        }
         result.opacity = std::isfinite(values.transparency) ? std::clamp(values.transparency, 0.0f, 1.0f) : 1.0f;
         return result;
     }
@@ -267,7 +273,8 @@ void SceneRenderer::setLights(const ScenePose& pose, const Viewpoint& viewpoint,
     if (choice != LightChoice::head) {
         lights = pose.lights();
     }
-    const bool isDark = lights.empty() && !m_document->hasAmbientLight();
+    const std::array<float, 3> ambient = m_document->ambientLight();
+    const bool isDark = lights.empty() && ambient == std::array<float, 3>{};
     if (choice == LightChoice::head || choice == LightChoice::both || (choice == LightChoice::automatic && isDark)) {
         if (choice == LightChoice::automatic) {
             m_shortfalls->add("the document lights nothing, so a light goes with the eye (--lights document leaves it "
@@ -320,6 +327,7 @@ void SceneRenderer::setItem(const ScenePose& pose, const Item& item)
     glUniform3fv(m_program.uniform("colors"), channelCount, &material.colors[0][0]);
     glUniform1f(m_program.uniform("shininess"), material.shininess);
     glUniform1f(m_program.uniform("opacity"), material.opacity);
+    glUniform3fv(m_program.uniform("ambientLight"), 1, material.ambientLight.data());
     glUniform1i(m_program.uniform("isAmbientDiffuse"), material.isAmbientDiffuse ? 1 : 0);
     glUniform1i(m_program.uniform("hasNormal"), mesh.hasNormal ? 1 : 0);
     glUniform1i(m_program.uniform("isPoints"), mesh.isPoints ? 1 : 0);
@@ -466,10 +474,8 @@ bool SceneRenderer::draw(const ScenePose& pose, const Viewpoint& viewpoint, cons
     m_program.use();
     const GLint units[channelCount] = {0, 1, 2, 3};
     glUniform1iv(m_program.uniform("textures"), channelCount, units);
-    const float floor = m_document->isPrepared() ? 0.0f : ambientFloor;
-    glUniform3f(m_program.uniform("ambientLight"), floor, floor, floor);
-    glUniform4f(m_program.uniform("eye"), viewpoint.eye[0], viewpoint.eye[1], viewpoint.eye[2],
-                viewpoint.isFar ? 0.0f : 1.0f);
+    const Vector3& from = viewpoint.isFar ? viewpoint.towards : viewpoint.eye;
+    glUniform4f(m_program.uniform("eye"), from[0], from[1], from[2], viewpoint.isFar ? 0.0f : 1.0f);
     glUniform1i(m_program.uniform("isFlat"), 0);
     // Row by row, which OpenGL transposes.
     glUniformMatrix4fv(m_program.uniform("clipFromWorld"), 1, GL_TRUE, elementsOf(viewpoint.clipFromWorld).data());

@@ -65,6 +65,7 @@ private:
         float shininess = 0.0f;
         float opacity = 1.0f;
         bool isAmbientDiffuse = false; ///< the document gives no ambient color
+        std::array<float, 3> ambientLight{}; ///< as far as it is not in the emission
 
         bool isTransparent() const;
     };

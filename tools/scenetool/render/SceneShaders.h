@@ -47,7 +47,6 @@ uniform vec3 colors[4]; // emission, ambient, diffuse, specular
 uniform bool hasTexture[4];
 uniform sampler2D textures[4];
 uniform float shininess;
-uniform int specularKind;
 uniform float opacity;
 uniform bool isAmbientDiffuse;
 uniform bool hasNormal;
@@ -121,7 +120,7 @@ void main()
         }
         sum += diffuse * light * facing;
         if (shininess > 0.0) {
-            float lobe = specularKind == 0 ? dot(reflect(-towardsLight, lit), towardsEye) : dot(lit, normalize(towardsLight + towardsEye));
+            float lobe = dot(reflect(-towardsLight, lit), towardsEye);
             sum += specular * light * pow(max(lobe, 0.0), shininess);
         }
     }

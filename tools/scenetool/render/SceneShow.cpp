@@ -109,11 +109,21 @@ unsigned SceneShow::cameraCount() const
     return m_loaded->scene().cameraList().size();
 }
 
+// What a camera stands in for, if it is an orthographic one of the document.
+const libPrepare::Approximation* SceneShow::orthographic(const libVideo::CameraInstance& camera) const
+{
+    if (!camera.node() || !camera.camera()) {
+        return nullptr;
+    }
+    return m_document->approximation(libPrepare::Approximation::Kind::orthographicCamera, camera.camera()->id().data(),
+                                     camera.node()->id().data());
+}
+
 Viewpoint SceneShow::cameraView(unsigned camera, float aspect)
 {
     const libVideo::CameraInstance& shown = *m_loaded->scene().cameraList()[camera];
     std::string reason;
-    const std::optional<Viewpoint> viewpoint = viewpointOf(shown, m_pose, m_restProjections[camera], aspect, reason);
+    const std::optional<Viewpoint> viewpoint = viewpointOf(shown, m_pose, m_restProjections[camera], aspect, orthographic(shown), reason);
     if (!viewpoint) {
         m_shortfalls.add("camera " + std::to_string(camera) + " shows nothing, so all is shown: " + reason);
     }

@@ -54,6 +54,8 @@ public:
     double length() const;
 
 private:
+    const libPrepare::Approximation* orthographic(const libVideo::CameraInstance& camera) const;
+
     PictureDocument* m_document;
     LoadedScene* m_loaded;
     RenderOptions m_options;

@@ -81,6 +81,26 @@ void fit(Matrix4& projection, float aspect)
     projection(1, 1) = isPictureWider ? yScale : std::copysign(xScale * aspect, yScale);
 }
 
+// The projection without perspective, between the same planes. Half of the height or the width is known from the document;
+// what the picture shows beyond that it shows in proportion.
+Matrix4 parallel(const Matrix4& fitted, const Matrix4& own, const libPrepare::Approximation& orthographic)
+{
+    const bool isByHeight = orthographic.ymag > 0.0;
+    const double half = isByHeight ? orthographic.ymag : orthographic.xmag;
+    const auto factor = static_cast<float>(1.0 / (half * static_cast<double>(isByHeight ? own[5] : own[0])));
+    if (!std::isfinite(factor)) {
+        return fitted;
+    }
+    const float near = -fitted[11] / fitted[10];
+    const float far = near * fitted[10] / (fitted[10] - 1.0f);
+    Matrix4 result = identity();
+    result(0, 0) = fitted[0] * factor;
+    result(1, 1) = fitted[5] * factor;
+    result(2, 2) = 1.0f / (far - near);
+    result(2, 3) = -near / (far - near);
+    return isFinite(result) ? result : fitted;
+}
+
 // To the viewer's space from the world; not finite where the nodes leave no direction.
 Matrix4 viewOf(const libVideo::CameraInstance& camera, const ScenePose& pose)
 {
@@ -183,7 +203,8 @@ Viewpoint viewpointOf(const Orbit& orbit, float aspect)
 }
 
 std::optional<Viewpoint> viewpointOf(const libVideo::CameraInstance& camera, const ScenePose& pose,
-                                     const Matrix4& spareProjection, float aspect, std::string& reason)
+                                     const Matrix4& spareProjection, float aspect,
+                                     const libPrepare::Approximation* orthographic, std::string& reason)
 {
     if (!camera.node() || !camera.camera()) {
         reason = "it stands on no node";
@@ -195,7 +216,11 @@ std::optional<Viewpoint> viewpointOf(const libVideo::CameraInstance& camera, con
         reason = "its projection is not usable";
         return std::nullopt;
     }
+    const Matrix4 own = projection;
     fit(projection, aspect);
+    if (orthographic != nullptr) {
+        projection = parallel(projection, own, *orthographic);
+    }
     const Matrix4 view = viewOf(camera, pose);
     const std::optional<Matrix4> back = inverse(view);
     if (!back) {
@@ -205,6 +230,8 @@ std::optional<Viewpoint> viewpointOf(const libVideo::CameraInstance& camera, con
     Viewpoint result;
     result.clipFromWorld = glDepth() * projection * view;
     result.eye = columnOf(*back, 3);
+    result.isFar = orthographic != nullptr;
+    result.towards = scaled(columnOf(*back, 2).normalized(), -1.0f);
     return result;
 }
 

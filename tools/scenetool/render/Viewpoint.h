@@ -13,7 +13,8 @@ struct Viewpoint {
     /// To OpenGL's clip space: x to the right, y up, depth from -w to w.
     Matrix4 clipFromWorld;
     Vector3 eye;
-    bool isFar = false; ///< the eye is the direction towards a viewer far away instead
+    bool isFar = false; ///< all lines of sight have one direction
+    Vector3 towards;    ///< that direction then, towards the eye
 };
 
 /// The axis that points up in a view of the whole scene.
@@ -51,8 +52,10 @@ Viewpoint viewpointOf(const Orbit& orbit, float aspect);
 /// A camera that looks at a node uses the library's view. That one is left-handed while documents are right-handed, so
 /// the picture is mirrored back. A camera without such a node looks along -Z of its own.
 /// @param spareProjection stands in for a projection that the evaluation has left unusable
+/// @param orthographic what the camera stands in for, if prepare has put it far away; else null
 /// @return nothing if the camera can show nothing, with `reason` set
 std::optional<Viewpoint> viewpointOf(const libVideo::CameraInstance& camera, const ScenePose& pose,
-                                     const Matrix4& spareProjection, float aspect, std::string& reason);
+                                     const Matrix4& spareProjection, float aspect,
+                                     const libPrepare::Approximation* orthographic, std::string& reason);
 
 } // namespace scenetool
