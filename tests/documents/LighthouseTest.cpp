@@ -324,13 +324,13 @@ libVideo::Primitive& trianglesOf(const libVideo::VisualScene& scene, const std::
 TEST_F(LighthouseTest, GeometriesStandOnTheirNodes)
 {
     EXPECT_EQ(scene().geometryTable().size(), 8u);
-    for (const auto& [id, shownOn] : std::vector<std::pair<std::string, std::string>>{
-             {"tower-body", "tower-block"},
-             {"buoy-body", "buoy"},
-             {"flag-cloth", "flag"},
-             {"sea-water", "sea"},
-             {"rock-body", "rock-block"},
-             {"gallery-body", "gallery-block"}}) {
+    for (const auto& [id, shownOn] :
+         std::vector<std::pair<std::string, std::string>>{{"tower-body", "tower-block"},
+                                                          {"buoy-body", "buoy"},
+                                                          {"flag-cloth", "flag"},
+                                                          {"sea-water", "sea"},
+                                                          {"rock-body", "rock-block"},
+                                                          {"gallery-body", "gallery-block"}}) {
         const libVideo::Geometry* const geometry = valueOf(scene().geometryTable(), id);
         ASSERT_EQ(geometry->nodes().size(), 1u) << id;
         EXPECT_EQ(geometry->nodes()[0].get(), &node(shownOn)) << id;

@@ -498,6 +498,40 @@ int highest(const Image& image, std::size_t channel)
     return image.height();
 }
 
+// The scene is behind the camera.
+TEST(RenderTest, CameraThatSeesNothingCostsALineAndAllIsShown)
+{
+    const Studio studio(threeCubes(cameraNode("plain", "0 0 -70")));
+    const Drawn drawn = studio.draw();
+    EXPECT_EQ(drawn.result.status, succeeded);
+    EXPECT_TRUE(isOneLine(drawn.result.errors)) << drawn.result.errors;
+    EXPECT_TRUE(contains(drawn.result.errors, "camera 0 sees nothing")) << drawn.result.errors;
+    ASSERT_TRUE(drawn.hasPicture);
+    EXPECT_LT(difference(drawn.image, studio.picture({"--framed"})).mean, 0.01);
+}
+
+// What is shown reaches from one side to the other, but for the air around it, in the direction that it fills.
+TEST(RenderTest, FramedSceneFillsThePicture)
+{
+    ColladaBuilder builder(colors()[0].xml() + plainCube("cube", "red"));
+    builder.addScene("<node id='a'><scale>9 0.5 1</scale>" + shown("cube", {colors()[0]}) + "</node>");
+    const Image image = Studio(builder.text()).picture();
+    int left = image.width();
+    int right = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (image.at(x, y)[0] > 20) {
+                left = std::min(left, x);
+                right = std::max(right, x);
+            }
+        }
+    }
+    EXPECT_GE(left, 1);
+    EXPECT_LE(left, 6);
+    EXPECT_GE(right, 113);
+    EXPECT_LE(right, 118);
+}
+
 TEST(RenderTest, UpAxisIsTheOneThatIsAsked)
 {
     ColladaBuilder builder(colors()[0].xml() + colors()[1].xml() + colors()[2].xml() + plainCube("one", "red") +
@@ -692,8 +726,7 @@ TEST(RenderTest, EmissionThatTheDocumentLeavesOutDoesNotGlow)
 TEST(RenderTest, DocumentThatLightsNothingGetsALightAndALine)
 {
     const Studio studio(greenPhongCube());
-    const ProcessResult result =
-        scenetool({"render", studio.document(), "-o", studio.output(), "--size", "120x120"});
+    const ProcessResult result = scenetool({"render", studio.document(), "-o", studio.output(), "--size", "120x120"});
     EXPECT_EQ(result.status, succeeded);
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     EXPECT_TRUE(contains(result.errors, "lights nothing")) << result.errors;
@@ -715,8 +748,7 @@ TEST(RenderTest, LightsAreThoseThatAreChosen)
     for (const auto& [choice, expected] : choices) {
         expectPixel(studio.picture({"--lights", choice}), 0.5, 0.5, {expected, 0, 0}, 1, choice);
     }
-    const ProcessResult result = scenetool(
-        {"render", studio.document(), "-o", studio.output(), "--size", "120x120"});
+    const ProcessResult result = scenetool({"render", studio.document(), "-o", studio.output(), "--size", "120x120"});
     EXPECT_EQ(result.errors, "");
     expectPixel(readPng(studio.output()), 0.5, 0.5, {0, 0, 0}, 0, "those of the document if nothing is said");
 }
@@ -766,6 +798,67 @@ std::string paneNode(const std::string& name)
     return "<node id='" + name + "-n'><translate>0 0 0</translate>" + shown(name + "-g", {{name}}) + "</node>";
 }
 
+// Squares at 1 and at 11 before the eye look alike without perspective: half a unit is a quarter of a height of two.
+TEST(RenderTest, OrthographicCameraHasNoPerspective)
+{
+    ColladaBuilder builder(pane("back", "1 0 0", "1", -10) + pane("front", "0 0 1", "1", 0) +
+                           "<library_cameras><camera id='flat'><optics><technique_common><orthographic><ymag>2</ymag>"
+                           "<aspect_ratio>1</aspect_ratio><znear>0.1</znear><zfar>100</zfar></orthographic>"
+                           "</technique_common></optics></camera></library_cameras>");
+    builder.addScene("<node id='right'><translate>1 0 0</translate>" + shown("back-g", {{"back"}}) +
+                     "</node><node id='left'><translate>-1 0 0</translate>" + shown("front-g", {{"front"}}) +
+                     "</node>" + "<node id='eye-n'><translate>0 0 1</translate><instance_camera url='#flat'/></node>");
+    const Image image = Studio(builder.text()).picture();
+    for (const auto& [x, channel] : {std::make_pair(0.02, blueChannel), std::make_pair(0.98, redChannel)}) {
+        expectMostly(image, x, 0.27, channel, "a unit above the middle is a quarter of the height");
+        expectMostly(image, x, 0.73, channel, "and as much below");
+        EXPECT_EQ(image.part(x, 0.23), (Pixel{0, 0, 0})) << x;
+        EXPECT_EQ(image.part(x, 0.77), (Pixel{0, 0, 0})) << x;
+    }
+}
+
+// Ambient light of 0.5 on a picture of green and an emission of 0.25 red: prepare cannot add them, the picture does.
+TEST(RenderTest, AmbientLightShinesOnATexture)
+{
+    const std::string effect =
+        "<library_images><image id='i'><init_from>green.png</init_from></image></library_images><library_effects>"
+        "<effect id='e'><profile_COMMON><newparam sid='s'><surface "
+        "type='2D'><init_from>i</init_from></surface></newparam>"
+        "<newparam sid='t'><sampler2D><source>s</source></sampler2D></newparam><technique sid='c'><phong><emission>"
+        "<color>0.25 0 0 1</color></emission><ambient><texture texture='t' texcoord='T'/></ambient></phong></technique>"
+        "</profile_COMMON></effect></library_effects><library_materials><material id='m'><instance_effect url='#e'/>"
+        "</material></library_materials><library_lights><light id='all'><technique_common><ambient><color>0.5 0.5 0.5"
+        "</color></ambient></technique_common></light></library_lights>";
+    ColladaBuilder builder(effect + square("square", "m") + camera("eye"));
+    builder.addScene("<node id='a'><translate>0 0 0</translate>" + shown("square", {{"m"}}) + "</node>" +
+                     cameraNode("eye", "0 0 2") +
+                     "<node id='l'><translate>0 0 0</translate><instance_light url='#all'/></node>");
+    const Studio studio(builder.text());
+    Image green(4, 4);
+    for (int i = 0; i < 16; ++i) {
+        green.at(i % 4, i / 4) = {0, 255, 0};
+    }
+    writeFile(studio.folder() / "green.png", pngOf(green));
+    expectPixel(studio.picture({"--lights", "document"}), 0.5, 0.5, {64, 128, 0}, 1, "middle");
+}
+
+// The light comes along -Z of its node, wherever that is: 45 degrees to the wall.
+TEST(RenderTest, DirectionalLightHasADirectionAndNoPlace)
+{
+    const Material wall = {"wall", {1, 1, 1}};
+    ColladaBuilder builder(wall.xml() + square("square", "wall") + camera("eye") +
+                           "<library_lights><light id='sun'><technique_common><directional><color>1 0.5 0</color>"
+                           "</directional></technique_common></light></library_lights>");
+    builder.addScene("<node id='a'><translate>0 0 0</translate>" + shown("square", {wall}) + "</node>" +
+                     cameraNode("eye", "0 0 2") +
+                     "<node id='l'><translate>0 0 -7</translate><rotate>0 1 0 45</rotate>"
+                     "<instance_light url='#sun'/></node>");
+    const Image image = Studio(builder.text()).picture({"--lights", "document"});
+    for (const double x : {0.3, 0.5, 0.7}) {
+        expectPixel(image, x, 0.5, {180, 90, 0}, 1, "255 times the cosine of 45 degrees");
+    }
+}
+
 // Whatever the order in the document, what is far comes first: half of blue over half of green over red.
 TEST(RenderTest, TransparentFacesAreBlendedFromFarToNear)
 {
@@ -773,10 +866,11 @@ TEST(RenderTest, TransparentFacesAreBlendedFromFarToNear)
         ColladaBuilder builder(pane("back", "1 0 0", "1", -1) + pane("middle", "0 1 0", "0.5", 0) +
                                pane("front", "0 0 1", "0.5", 1) + camera("eye"));
         const std::string between = paneNode("middle");
-        builder.addScene((isNearFirst ? paneNode("front") + between : between + paneNode("front")) +
-                         paneNode("back") + cameraNode("eye", "0 0 3"));
+        builder.addScene((isNearFirst ? paneNode("front") + between : between + paneNode("front")) + paneNode("back") +
+                         cameraNode("eye", "0 0 3"));
         // 255 * 0.5 * 0.5 of red, as much of green, 255 * 0.5 of blue.
-        expectPixel(Studio(builder.text()).picture(), 0.5, 0.5, {64, 64, 128}, 2, isNearFirst ? "near first" : "far first");
+        expectPixel(Studio(builder.text()).picture(), 0.5, 0.5, {64, 64, 128}, 2,
+                    isNearFirst ? "near first" : "far first");
     }
 }
 
@@ -874,6 +968,30 @@ TEST(RenderTest, TextureStandsUpright)
     const Studio jpeg(texturedSquare("./four%20colors.jpg"));
     writeFile(jpeg.folder() / "four colors.jpg", jpegOf(fourColors()));
     expectUpright(jpeg.picture(), "JPEG");
+}
+
+// A header of 18 bytes, then blue, green, red, row by row from the bottom.
+std::string tgaOf(const Image& image)
+{
+    std::string bytes(18, '\0');
+    bytes[2] = 2;
+    bytes[12] = static_cast<char>(image.width());
+    bytes[14] = static_cast<char>(image.height());
+    bytes[16] = 24;
+    for (int y = image.height(); y-- > 0;) {
+        for (int x = 0; x < image.width(); ++x) {
+            const Pixel& pixel = image.at(x, y);
+            bytes += {static_cast<char>(pixel[2]), static_cast<char>(pixel[1]), static_cast<char>(pixel[0])};
+        }
+    }
+    return bytes;
+}
+
+TEST(RenderTest, TextureMayBeATga)
+{
+    const Studio studio(texturedSquare("four.tga"));
+    writeFile(studio.folder() / "four.tga", tgaOf(fourColors()));
+    expectUpright(studio.picture(), "TGA");
 }
 
 TEST(RenderTest, TextureOfAnotherMachineIsFoundBesideTheDocument)
@@ -1029,7 +1147,8 @@ INSTANTIATE_TEST_SUITE_P(
         BadUse{"SizeBelowZero", {"--size", "-5x100"}, "--size"},
         BadUse{"SizeWithMore", {"--size", "10x10x10"}, "--size"}, BadUse{"NoSuchCamera", {"--camera", "1"}, "camera 1"},
         BadUse{"CameraBelowZero", {"--camera", "-1"}, "camera"}, BadUse{"NoAxis", {"--up", "w"}, "--up"},
-        BadUse{"NoColor", {"--background", "red"}, "--background"}, BadUse{"NoLights", {"--lights", "moon"}, "--lights"}, BadUse{"NoTime", {"--time", "nan"}, "--time"},
+        BadUse{"NoColor", {"--background", "red"}, "--background"},
+        BadUse{"NoLights", {"--lights", "moon"}, "--lights"}, BadUse{"NoTime", {"--time", "nan"}, "--time"},
         BadUse{"NoFrames", {"--frames", "0"}, "--frames"}, BadUse{"TooManyFrames", {"--frames", "1000000"}, "--frames"},
         BadUse{"NoRate", {"--frames", "2", "--fps", "0"}, "--fps"}, BadUse{"RateAlone", {"--fps", "5"}, "--frames"},
         BadUse{"FileAndSheet", {"--sheet", "."}, "--sheet"}, BadUse{"NoPngName", {"-o", "picture.jpg"}, ".png"}),
@@ -1135,9 +1254,9 @@ TEST(RenderTest, SheetHoldsAllDocumentsBelowAFolder)
     writeFile(studio.folder() / "more" / "b.dae", threeCubes(cameraNode("plain", "0 0 7")));
     writeFile(studio.folder() / "more" / "notes.txt", "no document, and not named like one");
     const std::string sheet = (studio.folder() / "sheet.png").string();
-    const ProcessResult result = scenetool(
-        {"render", "--sheet", studio.folder().string(), "-o", sheet, "--size", "100x100", "--background", "000000"});
-    EXPECT_EQ(result.status, succeeded);
+    const ProcessResult result = scenetool({"render", "--sheet", studio.folder().string(), "-o", sheet, "--size",
+                                            "100x100", "--background", "000000", "--lights", "head"});
+    EXPECT_EQ(result.status, failed) << "one has no picture";
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     EXPECT_TRUE(contains(result.errors, "a.DAE"));
     const Image image = readPng(sheet);
@@ -1177,8 +1296,8 @@ TEST(RenderTest, LighthouseLooksAsItIsShown)
 {
     const TemporaryFile file("", "note.txt");
     const std::string output = (file.folder() / "lighthouse.png").string();
-    const ProcessResult result = scenetool(
-        {"render", SOURCE_FOLDER "/data/lighthouse.dae", "-o", output, "--time", "2.5", "--background", "9fb8cc"});
+    const ProcessResult result =
+        scenetool({"render", SOURCE_FOLDER "/data/lighthouse.dae", "-o", output, "--time", "2.5"});
     EXPECT_EQ(result.status, succeeded);
     EXPECT_EQ(result.errors, "");
     const Image image = readPng(output);

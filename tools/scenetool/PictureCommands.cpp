@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cctype>
 #include <charconv>
 #include <cmath>
@@ -18,6 +19,7 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <thread>
 #include <utility>
 
 namespace scenetool {
@@ -93,7 +95,9 @@ PictureCommands::PictureCommands(CLI::App& app, SandboxOptions& sandbox) : m_san
     m_render->add_option("FILE", m_file, "The document");
     m_render->add_option("--sheet", m_folder,
                          "Draw all documents below this folder on one picture instead; --size is then that of each");
-    m_render->add_option("-o,--output", m_output, "The picture, with a name that ends in .png, or - for standard output")->required();
+    m_render
+        ->add_option("-o,--output", m_output, "The picture, with a name that ends in .png, or - for standard output")
+        ->required();
     addViewOptions(*m_render);
     m_render->add_option("--frames", m_frames, "Draw so many pictures, OUT-0000.png and on, from --time or 0");
     sandbox.addTo(*m_render);
@@ -117,7 +121,9 @@ void PictureCommands::addViewOptions(CLI::App& command)
     command.add_flag("--as-loaded", m_isAsLoaded,
                      "Show what the library delivers of the document as it is, which is not prepared then");
     command.add_option("--size", m_size, "Width and height of the picture in pixels; 960x640 if not said");
-    command.add_option("--background", m_background, "What is behind the scene: sky, none (a PNG with alpha) or a color such as 33383f; sky if not said");
+    command.add_option(
+        "--background", m_background,
+        "What is behind the scene: sky, none (a PNG with alpha) or a color such as 33383f; sky if not said");
     command.add_flag("--identity-for-empty", m_options.isIdentityForEmpty,
                      "Draw nodes without transforms, whose matrix is zero, as if they had the identity");
 }
@@ -226,11 +232,16 @@ int PictureCommands::sheet()
         return failed;
     }
     std::optional<OffscreenContext> context;
-    if (!isBoxed) {
+    if (isBoxed) { // a context belongs to one thread, so without processes there is one document at a time
+        layout.workers = std::max(1u, std::thread::hardware_concurrency());
+    } else {
         context.emplace();
     }
-    const SheetWorker worker = [this, isBoxed](const std::string& file) {
-        return isBoxed ? drawCellInSandbox(file) : drawCell(file, TemporaryFolder().path());
+    std::atomic<bool> hasFault{false};
+    const SheetWorker worker = [this, isBoxed, &hasFault](const std::string& file) {
+        SheetCell cell = isBoxed ? drawCellInSandbox(file) : drawCell(file, TemporaryFolder().path());
+        hasFault = hasFault || !cell.picture;
+        return cell;
     };
     const SheetProgress progress = [this](unsigned done, unsigned all) {
         if (m_hasBar) {
@@ -238,7 +249,7 @@ int PictureCommands::sheet()
         }
     };
     writePicture(renderSheet(files, m_folder, layout, worker, progress), m_output, hasAlpha());
-    return EXIT_SUCCESS;
+    return hasFault ? failed : EXIT_SUCCESS;
 }
 
 SheetCell PictureCommands::drawCell(const std::string& file, const std::filesystem::path& folder) const

@@ -110,8 +110,12 @@ class Viewer {
 public:
     Viewer(GLFWwindow* window, const std::string& file, DocumentOpener open, const RenderOptions& options,
            ViewerSink sink)
-        : m_window(window), m_open(std::move(open)), m_sink(std::move(sink)), m_options(options),
-          m_drawing(options.drawing), m_time(options.time.value_or(0.0))
+        : m_window(window),
+          m_open(std::move(open)),
+          m_sink(std::move(sink)),
+          m_options(options),
+          m_drawing(options.drawing),
+          m_time(options.time.value_or(0.0))
     {
         readSize();
         show(file);
@@ -260,12 +264,11 @@ private:
         if (m_show == nullptr) {
             glClearColor(0.2f, 0.2f, 0.22f, 1.0f);
             glClear(GL_COLOR_BUFFER_BIT);
-            m_overlay.drawText({"This document cannot be shown, the terminal says why.", "N, B: other documents"}, m_width,
-                               m_height);
+            m_overlay.drawText({"This document cannot be shown, the terminal says why.", "N, B: other documents"},
+                               m_width, m_height);
             return;
         }
-        Viewpoint viewpoint =
-            m_camera ? m_show->cameraView(*m_camera, aspect()) : viewpointOf(m_orbit, aspect());
+        Viewpoint viewpoint = m_camera ? m_show->cameraView(*m_camera, aspect()) : viewpointOf(m_orbit, aspect());
         if (!m_show->draw(viewpoint, m_drawing) && m_isNewCamera && m_camera) {
             m_sink(m_file, "camera " + std::to_string(*m_camera) + " sees nothing of the scene, so all is shown");
             m_camera.reset();
@@ -478,9 +481,9 @@ private:
     std::filesystem::file_time_type m_changed;
     double m_lookedAt = 0.0; ///< when the file was looked at
     std::unique_ptr<PictureDocument> m_document;
-    std::unique_ptr<SceneShow> m_show;  ///< null where the document cannot be shown
-    std::optional<unsigned> m_camera;   ///< without one the orbit is shown
-    bool m_isNewCamera = true;          ///< not drawn so far
+    std::unique_ptr<SceneShow> m_show; ///< null where the document cannot be shown
+    std::optional<unsigned> m_camera;  ///< without one the orbit is shown
+    bool m_isNewCamera = true;         ///< not drawn so far
     Orbit m_orbit;
     double m_time;
     bool m_isPlaying = false;

@@ -10,7 +10,7 @@ namespace scenetool {
 
 namespace {
 
-constexpr int gridSteps = 10;    // to each side of the origin
+constexpr int gridSteps = 10;     // to each side of the origin
 constexpr float textScale = 1.5f; // pixels for one of the font
 constexpr float lineHeight = 12.0f;
 constexpr float margin = 8.0f;
@@ -35,7 +35,11 @@ void addLine(std::vector<float>& points, const Vector3& from, const Vector3& to)
 // Two triangles.
 void addBox(std::vector<float>& points, float left, float top, float right, float bottom)
 {
-    for (const auto& [x, y] : {std::array<float, 2>{left, top}, {right, top}, {right, bottom}, {left, top}, {right, bottom},
+    for (const auto& [x, y] : {std::array<float, 2>{left, top},
+                               {right, top},
+                               {right, bottom},
+                               {left, top},
+                               {right, bottom},
                                {left, bottom}}) {
         points.insert(points.end(), {x, y, 0.0f});
     }

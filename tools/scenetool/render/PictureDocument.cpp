@@ -43,8 +43,7 @@ std::string replaced(std::string text, const std::string& what, const std::strin
 bool isOrdinary(const LogLine& line)
 {
     const auto endsWith = [&line](const std::string& end) {
-        return line.text.size() >= end.size() &&
-               line.text.compare(line.text.size() - end.size(), end.size(), end) == 0;
+        return line.text.size() >= end.size() && line.text.compare(line.text.size() - end.size(), end.size(), end) == 0;
     };
     return endsWith("Cannot find lookat node  from camera list") || endsWith("Cannot resolve lookAtNode with id ");
 }

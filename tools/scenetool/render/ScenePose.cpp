@@ -80,7 +80,7 @@ void ScenePose::placeLights()
         // Prepare puts a light without a place far away on a node that still looks the same way.
         if (node != nullptr && m_document != nullptr &&
             m_document->approximation(libPrepare::Approximation::Kind::directionalLight,
-                                                         shown->pointLight()->id().data(), node->id().data())) {
+                                      shown->pointLight()->id().data(), node->id().data())) {
             light.kind = PlacedLight::Kind::directional;
         }
         m_lights.push_back(light);

@@ -19,7 +19,7 @@ constexpr unsigned mostVertexBytes = 2048; // what every driver takes as the dis
 constexpr float ambientFloor = 0.2f;       // for documents as loaded, whose ambient lights are not read
 constexpr float besideOthers = 0.4f;       // strength of a head light where there are lights
 constexpr float pointSize = 3.0f;          // pixels
-constexpr unsigned lightUnit = 4; // after those of the textures
+constexpr unsigned lightUnit = 4;          // after those of the textures
 
 enum Channel { emissionChannel, ambientChannel, diffuseChannel, specularChannel };
 

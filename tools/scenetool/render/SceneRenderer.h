@@ -64,7 +64,7 @@ private:
         UsedTexture textures[channelCount];
         float shininess = 0.0f;
         float opacity = 1.0f;
-        bool isAmbientDiffuse = false; ///< the document gives no ambient color
+        bool isAmbientDiffuse = false;       ///< the document gives no ambient color
         std::array<float, 3> ambientLight{}; ///< as far as it is not in the emission
 
         bool isTransparent() const;

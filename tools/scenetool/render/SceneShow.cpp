@@ -123,7 +123,8 @@ Viewpoint SceneShow::cameraView(unsigned camera, float aspect)
 {
     const libVideo::CameraInstance& shown = *m_loaded->scene().cameraList()[camera];
     std::string reason;
-    const std::optional<Viewpoint> viewpoint = viewpointOf(shown, m_pose, m_restProjections[camera], aspect, orthographic(shown), reason);
+    const std::optional<Viewpoint> viewpoint =
+        viewpointOf(shown, m_pose, m_restProjections[camera], aspect, orthographic(shown), reason);
     if (!viewpoint) {
         m_shortfalls.add("camera " + std::to_string(camera) + " shows nothing, so all is shown: " + reason);
     }

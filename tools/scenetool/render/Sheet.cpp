@@ -7,8 +7,11 @@
 #include <cctype>
 #include <cmath>
 #include <cstring>
+#include <exception>
 #include <filesystem>
+#include <mutex>
 #include <system_error>
+#include <thread>
 
 namespace scenetool {
 
@@ -129,6 +132,45 @@ bool isDocument(const std::filesystem::directory_entry& entry)
     return ending == ".dae" && entry.is_regular_file(error);
 }
 
+// All cells, in the order of the files.
+std::vector<SheetCell> drawnCells(const std::vector<std::string>& files, unsigned workers, const SheetWorker& worker,
+                                  const SheetProgress& progress)
+{
+    std::vector<SheetCell> cells(files.size());
+    std::mutex mutex;
+    std::size_t next = 0;
+    unsigned done = 0;
+    std::exception_ptr failure;
+    const auto work = [&] {
+        for (std::unique_lock<std::mutex> lock(mutex); next < files.size() && !failure;) {
+            const std::size_t own = next++;
+            lock.unlock();
+            try {
+                cells[own] = worker(files[own]);
+                lock.lock();
+                progress(++done, static_cast<unsigned>(files.size()));
+            } catch (...) {
+                if (!lock.owns_lock()) {
+                    lock.lock();
+                }
+                failure = std::current_exception();
+            }
+        }
+    };
+    std::vector<std::thread> threads;
+    for (unsigned i = 1; i < workers; ++i) {
+        threads.emplace_back(work);
+    }
+    work();
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    if (failure) {
+        std::rethrow_exception(failure);
+    }
+    return cells;
+}
+
 } // namespace
 
 std::vector<std::string> documentsIn(const std::string& folder)
@@ -182,10 +224,11 @@ Picture renderSheet(const std::vector<std::string>& files, const std::string& fo
     }
     Picture sheet(static_cast<unsigned>(width), static_cast<unsigned>(height));
     fill(sheet, {0, 0}, sheet.width, sheet.height, paper);
+    const std::vector<SheetCell> cells = drawnCells(files, options.workers, worker, progress);
     for (unsigned i = 0; i < count; ++i) {
         const Place place{gap + (i % columns) * (options.cellWidth + gap),
                           gap + (i / columns) * (options.cellHeight + labelHeight + gap)};
-        const SheetCell cell = worker(files[i]);
+        const SheetCell& cell = cells[i];
         if (cell.picture) {
             copy(*cell.picture, sheet, place, options);
         } else {
@@ -193,7 +236,6 @@ Picture renderSheet(const std::vector<std::string>& files, const std::string& fo
         }
         const std::string name = std::filesystem::path(files[i]).lexically_relative(folder).string();
         write(sheet, {place.x, place.y + options.cellHeight + textTop}, fitted(plain(name), options.cellWidth));
-        progress(i + 1, count);
     }
     return sheet;
 }

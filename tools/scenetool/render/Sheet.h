@@ -15,13 +15,15 @@ struct SheetCell {
     std::string fault;
 };
 
-/// Draws one document, at the size of a cell. It may do so in another process; what it throws ends the sheet.
+/// Draws one document, at the size of a cell, from any thread. It may do so in another process; what it throws ends the
+/// sheet.
 using SheetWorker = std::function<SheetCell(const std::string& file)>;
 /// Hears how many documents are done.
 using SheetProgress = std::function<void(unsigned done, unsigned all)>;
 
 /// How a sheet is laid out, in pixels.
 struct SheetOptions {
+    unsigned workers = 1; ///< documents that are drawn at a time
     unsigned cellWidth = 320;
     unsigned cellHeight = 240;
 };
