@@ -238,13 +238,16 @@ public:
 
     Drawn draw(const Words& options = {}) const
     {
-        Words arguments = {"render", document(), "-o", output(), "--background", "000000"};
+        Words arguments = {"render", document(), "-o", output()};
         arguments.insert(arguments.end(), options.begin(), options.end());
         const auto isSaid = [&options](const char* option) {
             return std::find(options.begin(), options.end(), option) != options.end();
         };
         if (!isSaid("--size")) {
             arguments.insert(arguments.end(), {"--size", "120x120"});
+        }
+        if (!isSaid("--background")) {
+            arguments.insert(arguments.end(), {"--background", "000000"});
         }
         if (!isSaid("--lights")) { // asked for, it costs no line
             arguments.insert(arguments.end(), {"--lights", "head"});
@@ -433,8 +436,9 @@ TEST(RenderTest, PictureIsNoMirrorImage)
 TEST(RenderTest, SecondCameraShowsItsOwnView)
 {
     const Studio studio(threeCubes(cameraNode("aimed", "0 0 7") + cameraNode("side", "0 0 -7")));
-    expectMostly(studio.picture({"--camera", "0"}), 0.75, 0.5, redChannel, "from the front");
-    const Image image = studio.picture({"--camera", "1"});
+    // Prepared, a camera looks where its node does, whatever its target.
+    expectMostly(studio.picture({"--as-loaded", "--camera", "0"}), 0.75, 0.5, redChannel, "from the front");
+    const Image image = studio.picture({"--as-loaded", "--camera", "1"});
     expectMostly(image, 0.25, 0.5, redChannel, "from behind");
     expectMostly(image, 0.75, 0.5, greenChannel, "from behind");
     expectMostly(image, 0.5, 0.25, blueChannel, "from behind");
@@ -593,7 +597,7 @@ RayTracer::Triangle shadingOf(const Material& material)
 
 TEST(RenderTest, ShadingIsThatOfTheFormulas)
 {
-    const Material gloss = {"gloss", {0.7, 0.2, 0.1}, {0, 0.05, 0.1}, {0.3, 0.3, 0}, {0.7, 0.8, 0.9}, 8.0, ""};
+    const Material gloss = {"gloss", {0.7, 0.2, 0.1}, {0, 0.05, 0.1}, black, {0.7, 0.8, 0.9}, 8.0, ""};
     ColladaBuilder builder(gloss.xml() + plainCube("cube", "gloss") + camera("eye", "a") +
                            "<library_lights><light id='near'><technique_common><point><color>1 0.9 0.8</color>"
                            "<constant_attenuation>0.5</constant_attenuation><linear_attenuation>0.125"
@@ -613,7 +617,7 @@ TEST(RenderTest, ShadingIsThatOfTheFormulas)
     tracer.lights = {light};
     tracer.camera.eye = {1.2, 1.1, 1.9};
     const Image reference = tracer.picture(120, 120);
-    const Image image = Studio(builder.text()).picture({"--lights", "document"});
+    const Image image = Studio(builder.text()).picture({"--as-loaded", "--lights", "document"});
     expectLikeReference(image, reference, "cube");
     EXPECT_GT(difference(image, Image(120, 120)).mean, 3.0) << "the picture is not empty";
 }
@@ -621,7 +625,7 @@ TEST(RenderTest, ShadingIsThatOfTheFormulas)
 // A spot from above to the right shines on a wall; 40 degrees across are bright, and from 60 on it is dark.
 TEST(RenderTest, SpotShowsItsCone)
 {
-    const Material wall = {"wall", {0.9, 0.8, 0.7}, black, {0.25, 0.25, 0.25}, black, 0.0, ""};
+    const Material wall = {"wall", {0.9, 0.8, 0.7}, black, black, black, 0.0, ""};
     const std::string light = "<library_lights><light id='beam'><technique_common><spot><color>1 1 1</color>"
                               "<falloff_angle>40</falloff_angle><falloff_exponent>2</falloff_exponent></spot>"
                               "</technique_common><extra><technique profile='FCOLLADA'><outer_cone>60</outer_cone>"
@@ -641,7 +645,7 @@ TEST(RenderTest, SpotShowsItsCone)
     spot.exponent = 2;
     tracer.lights = {spot};
     tracer.camera.eye = {0, 0, 4};
-    const Image image = Studio(builder.text()).picture({"--lights", "document"});
+    const Image image = Studio(builder.text()).picture({"--as-loaded", "--lights", "document"});
     expectLikeReference(image, tracer.picture(120, 120), "wall");
     // -1, 0 lies an eighth of the picture to the left of the middle.
     EXPECT_GT(image.part(0.375, 0.5)[0], 130) << "where the spot aims";
@@ -834,11 +838,11 @@ TEST(RenderTest, AmbientLightShinesOnATexture)
                      cameraNode("eye", "0 0 2") +
                      "<node id='l'><translate>0 0 0</translate><instance_light url='#all'/></node>");
     const Studio studio(builder.text());
-    Image green(4, 4);
+    Image picture(4, 4);
     for (int i = 0; i < 16; ++i) {
-        green.at(i % 4, i / 4) = {0, 255, 0};
+        picture.at(i % 4, i / 4) = {0, 255, 0};
     }
-    writeFile(studio.folder() / "green.png", pngOf(green));
+    writeFile(studio.folder() / "green.png", pngOf(picture));
     expectPixel(studio.picture({"--lights", "document"}), 0.5, 0.5, {64, 128, 0}, 1, "middle");
 }
 
@@ -878,7 +882,9 @@ TEST(RenderTest, WhatIsWhollyTransparentIsNotDrawn)
 {
     ColladaBuilder builder(pane("back", "1 0 0", "1", -1) + pane("front", "0 0 1", "0", 1) + camera("eye"));
     builder.addScene(paneNode("front") + paneNode("back") + cameraNode("eye", "0 0 3"));
-    expectPixel(Studio(builder.text()).picture(), 0.5, 0.5, {255, 0, 0}, 0, "middle");
+    const Drawn drawn = Studio(builder.text()).draw(); // and a line says that nobody sees it
+    ASSERT_TRUE(drawn.hasPicture);
+    expectPixel(drawn.image, 0.5, 0.5, {255, 0, 0}, 0, "middle");
 }
 
 // --- the background
