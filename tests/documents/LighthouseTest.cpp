@@ -70,6 +70,19 @@ void expectRows(const libMath::Matrix<float, 4, 4>& actual, const Rows& expected
     }
 }
 
+// The viewer looks along -Z from 14, 9, 32 to a point 7.5 below and straight to the middle.
+Rows viewerRows()
+{
+    const double flat = std::hypot(14.0, 32.0);
+    const double cosine = 32.0 / flat;
+    const double sine = 14.0 / flat;
+    const double far = std::hypot(flat, 7.5);
+    const double up = flat / far;
+    const double down = 7.5 / far;
+    return {cosine, -sine * down, sine * up,   14, 0, up, down, 9, -sine, -cosine * down, cosine * up, 32,
+            0,      0,            0, 1};
+}
+
 struct Expected {
     const char* id;
     const char* name; ///< up to its first blank
@@ -87,7 +100,7 @@ const std::vector<Expected>& harbour()
         {"buoy", "Buoy", -1, buoyAt(8, 0, 4), buoyAt(8, 0, 4)},
         {"sun", "Sun", -1, moved(300, 420, 420), moved(300, 420, 420)},
         {"haze", "Haze", -1, moved(-500, 160, -700), moved(-500, 160, -700)},
-        {"viewer", "Viewer", -1, moved(14, 9, 32), moved(14, 9, 32)},
+        {"viewer", "Viewer", -1, viewerRows(), viewerRows()},
         {"rock-block", "Rock", 1, moved(0, 0, 0), moved(0, -0.5, 0)},
         {"jetty", "Jetty", 1, jettyAt(-0.5), jettyAt(-1)},
         {"tower", "Tower", 1, moved(0, 1.5, 0), moved(0, 1, 0)},
