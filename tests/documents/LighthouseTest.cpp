@@ -30,6 +30,8 @@ constexpr double tolerance = 1e-5;
 
 constexpr double cos10 = 0.984807753012208; // of 10 degrees, by which the buoy leans
 constexpr double sin10 = 0.173648177666930;
+constexpr double cos30 = 0.866025403784439;
+constexpr double sin30 = 0.5;
 constexpr double sin45 = 0.707106781186548;
 
 Rows moved(double x, double y, double z)
@@ -54,12 +56,31 @@ Rows buoyAt(double x, double y, double z)
     return {cos10, -sin10, 0, x, sin10, cos10, 0, y, 0, 0, 1, z, 0, 0, 0, 1};
 }
 
+// The jetty is turned about Y by 30 degrees, 1.6 wide and 5 long.
+Rows jettyAt(double y)
+{
+    return {1.6 * cos30, 0, 5 * sin30, 4.5, 0, 1, 0, y, -1.6 * sin30, 0, 5 * cos30, 6, 0, 0, 0, 1};
+}
+
 void expectRows(const libMath::Matrix<float, 4, 4>& actual, const Rows& expected, const std::string& what)
 {
     for (unsigned i = 0; i < 16; ++i) {
         EXPECT_NEAR(static_cast<double>(actual[i]), expected[i], tolerance)
             << what << ", row " << i / 4 << ", column " << i % 4;
     }
+}
+
+// The viewer looks along -Z from 14, 9, 32 to a point 7.5 below and straight to the middle.
+Rows viewerRows()
+{
+    const double flat = std::hypot(14.0, 32.0);
+    const double cosine = 32.0 / flat;
+    const double sine = 14.0 / flat;
+    const double far = std::hypot(flat, 7.5);
+    const double up = flat / far;
+    const double down = 7.5 / far;
+    return {cosine, -sine * down, sine * up,   14, 0, up, down, 9, -sine, -cosine * down, cosine * up, 32,
+            0,      0,            0, 1};
 }
 
 struct Expected {
@@ -74,20 +95,22 @@ struct Expected {
 const std::vector<Expected>& harbour()
 {
     static const std::vector<Expected> nodes = {
-        {"sea", "Sea", -1, scaledAt(60, 0.5, 60, 0, -1, 0), scaledAt(60, 0.5, 60, 0, -1, 0)},
+        {"sea", "Sea", -1, scaledAt(3000, 1, 3000, 0, -0.5, 0), scaledAt(3000, 1, 3000, 0, -0.5, 0)},
         {"rock", "Rock", -1, moved(0, -0.5, 0), moved(0, -0.5, 0)},
         {"buoy", "Buoy", -1, buoyAt(8, 0, 4), buoyAt(8, 0, 4)},
-        {"sun", "Sun", -1, moved(20, 40, 30), moved(20, 40, 30)},
-        {"viewer", "Viewer", -1, moved(14, 9, 32), moved(14, 9, 32)},
-        {"rock-block", "Rock", 1, scaledAt(8, 1.5, 8, 0, 0, 0), scaledAt(8, 1.5, 8, 0, -0.5, 0)},
+        {"sun", "Sun", -1, moved(300, 420, 420), moved(300, 420, 420)},
+        {"haze", "Haze", -1, moved(-500, 160, -700), moved(-500, 160, -700)},
+        {"viewer", "Viewer", -1, viewerRows(), viewerRows()},
+        {"rock-block", "Rock", 1, moved(0, 0, 0), moved(0, -0.5, 0)},
+        {"jetty", "Jetty", 1, jettyAt(-0.5), jettyAt(-1)},
         {"tower", "Tower", 1, moved(0, 1.5, 0), moved(0, 1, 0)},
-        {"tower-block", "Tower", 6, scaledAt(3, 9, 3, 0, 0, 0), scaledAt(3, 9, 3, 0, 1, 0)},
-        {"gallery", "Gallery", 6, moved(0, 9, 0), moved(0, 10, 0)},
-        {"gallery-block", "Gallery", 8, scaledAt(4, 0.5, 4, 0, 0, 0), scaledAt(4, 0.5, 4, 0, 10, 0)},
-        {"lamp", "Lamp", 8, moved(0, 0.5, 0), moved(0, 10.5, 0)},
-        {"flag", "Flag", 8, moved(0, 3, 0), moved(0, 13, 0)},
-        {"lens", "Lens", 10, scaledAt(2, 2, 0.6, 0, 0, 0), scaledAt(2, 2, 0.6, 0, 10.5, 0)},
-        {"beam-node", "Beam", 10, moved(0, 1, 0), moved(0, 11.5, 0)},
+        {"tower-block", "Tower", 8, scaledAt(3, 9, 3, 0, 0, 0), scaledAt(3, 9, 3, 0, 1, 0)},
+        {"gallery", "Gallery", 8, moved(0, 9, 0), moved(0, 10, 0)},
+        {"gallery-block", "Gallery", 10, moved(0, 0, 0), moved(0, 10, 0)},
+        {"lamp", "Lamp", 10, moved(0, 0.5, 0), moved(0, 10.5, 0)},
+        {"flag", "Flag", 10, moved(0, 3, 0), moved(0, 13, 0)},
+        {"lens", "Lens", 12, scaledAt(1, 1.5, 0.4, 0, 0, 0), scaledAt(1, 1.5, 0.4, 0, 10.5, 0)},
+        {"beam-node", "Beam", 12, moved(0, 1, 0), moved(0, 11.5, 0)},
     };
     return nodes;
 }
@@ -256,12 +279,12 @@ TEST_F(LighthouseTest, WorldAtATimeIsThatOfTheTurnedLamp)
     scene().transform();
     expectRows(node("lamp").transform(), turnedAt(0, 1, 10.5), "lamp");
     expectRows(node("beam-node").transform(), turnedAt(0, 1, 11.5), "beam");
-    // The lens is twice as wide and high as the lamp's axes, and 0.6 as deep: X goes to -Z, and Z to X.
-    expectRows(node("lens").transform(), {0, 0, 0.6, 0, 0, 2, 0, 10.5, -2, 0, 0, 0, 0, 0, 0, 1}, "lens");
+    // The lens is as wide as the lamp's axes, 1.5 as high, and 0.4 as deep: X goes to -Z, and Z to X.
+    expectRows(node("lens").transform(), {0, 0, 0.4, 0, 0, 1.5, 0, 10.5, -1, 0, 0, 0, 0, 0, 0, 1}, "lens");
     expectRows(node("buoy").transform(), buoyAt(8, 0.125, 4.25), "buoy");
     expectRows(node("flag").transform(), moved(0, 13, 0), "flag");
-    expectRows(node("gallery-block").transform(), scaledAt(4, 0.5, 4, 0, 10, 0), "gallery block");
-    EXPECT_NEAR(static_cast<double>(node("lens").up()[1]), 2.0, tolerance);
+    expectRows(node("gallery-block").transform(), moved(0, 10, 0), "gallery body");
+    EXPECT_NEAR(static_cast<double>(node("lens").up()[1]), 1.5, tolerance);
     EXPECT_NEAR(static_cast<double>(node("buoy").position()[2]), 4.25, tolerance);
 }
 
@@ -291,10 +314,7 @@ struct Block {
     const char* node;     ///< the one that shows it
 };
 
-const Block blocks[] = {{"block-water", "water", "sea"},
-                        {"block-stone", "stone", "rock-block"},
-                        {"block-red", "red", "gallery-block"},
-                        {"block-glass", "glass", "lens"}};
+const Block blocks[] = {{"block-stone", "stone", "jetty"}, {"block-glass", "glass", "lens"}};
 
 template <class Table>
 auto* valueOf(const Table& table, const std::string& key)
@@ -316,9 +336,14 @@ libVideo::Primitive& trianglesOf(const libVideo::VisualScene& scene, const std::
 
 TEST_F(LighthouseTest, GeometriesStandOnTheirNodes)
 {
-    EXPECT_EQ(scene().geometryTable().size(), 7u);
-    for (const auto& [id, shownOn] : std::vector<std::pair<std::string, std::string>>{
-             {"tower-body", "tower-block"}, {"buoy-body", "buoy"}, {"flag-cloth", "flag"}}) {
+    EXPECT_EQ(scene().geometryTable().size(), 8u);
+    for (const auto& [id, shownOn] :
+         std::vector<std::pair<std::string, std::string>>{{"tower-body", "tower-block"},
+                                                          {"buoy-body", "buoy"},
+                                                          {"flag-cloth", "flag"},
+                                                          {"sea-water", "sea"},
+                                                          {"rock-body", "rock-block"},
+                                                          {"gallery-body", "gallery-block"}}) {
         const libVideo::Geometry* const geometry = valueOf(scene().geometryTable(), id);
         ASSERT_EQ(geometry->nodes().size(), 1u) << id;
         EXPECT_EQ(geometry->nodes()[0].get(), &node(shownOn)) << id;
@@ -330,7 +355,7 @@ TEST_F(LighthouseTest, GeometriesStandOnTheirNodes)
         EXPECT_EQ(geometry->nodes()[0].get(), &node(block.node)) << block.id;
     }
     // Up to their first blank.
-    EXPECT_STREQ(valueOf(scene().geometryTable(), "block-water")->name().data(), "Water");
+    EXPECT_STREQ(valueOf(scene().geometryTable(), "block-stone")->name().data(), "Stone");
     EXPECT_STREQ(valueOf(scene().geometryTable(), "block-glass")->name().data(), "Glass");
 }
 
@@ -490,6 +515,53 @@ TEST_F(LighthouseTest, FlagIsAClothOnAPole)
     expectUnitNormals(*primitives[1], "pole");
 }
 
+// A fan of 32 triangles around the middle, with its picture 500 times from there to the rim.
+TEST_F(LighthouseTest, SeaIsADiscToTheHorizon)
+{
+    libVideo::Primitive& sea = trianglesOf(scene(), "sea-water");
+    EXPECT_STREQ(sea.material().data(), "water");
+    EXPECT_EQ(sea.count(), 32u);
+    ASSERT_EQ(sea.bytesPerVertex(), 32u);
+    ASSERT_EQ(sea.totalByteSize(), 34u * 32u); // the middle, and 33 places on the rim, of which one is met twice
+    for (std::size_t i = 0; i < 34; ++i) {
+        const std::vector<float> vertex = vertexAt(sea, i);
+        const float radius = std::hypot(vertex[0], vertex[2]);
+        EXPECT_TRUE(radius == 0.0f || std::abs(radius - 1.0f) < 2e-4f) << i;
+        EXPECT_EQ(vertex[1], 0.0f) << i;
+        EXPECT_EQ(vertex[4], 1.0f) << i << ": upright";
+        EXPECT_NEAR(vertex[6], 500.0f * vertex[0], 0.05f) << i;
+        EXPECT_NEAR(vertex[7], -500.0f * vertex[2], 0.05f) << i;
+    }
+}
+
+// Four rings of seventeen quads, and seventeen triangles on top; each facet has its own normal.
+TEST_F(LighthouseTest, RockIsRough)
+{
+    libVideo::Primitive& rock = trianglesOf(scene(), "rock-body");
+    EXPECT_STREQ(rock.material().data(), "stone");
+    EXPECT_EQ(rock.count(), 4u * 17u * 2u + 17u);
+    EXPECT_EQ(rock.bytesPerVertex(), 24u);
+    expectUnitNormals(rock, "rock");
+}
+
+// The walk has three bands of 24 sides, the last of which closes in a point. Of iron are twelve posts and twelve mullions
+// of four sides, a rail of four bands, a sill of two and a roof of six, which closes in a point as well. The panes are
+// twelve sides.
+TEST_F(LighthouseTest, GalleryHasAWalkIronAndPanes)
+{
+    const auto& primitives = valueOf(scene().geometryTable(), "gallery-body")->mesh().primitives();
+    ASSERT_EQ(primitives.size(), 3u);
+    EXPECT_STREQ(primitives[0]->material().data(), "red");
+    EXPECT_EQ(primitives[0]->count(), 24u * (2u + 2u + 1u));
+    EXPECT_STREQ(primitives[1]->material().data(), "iron");
+    EXPECT_EQ(primitives[1]->count(), 24u * 4u * 2u + 24u * 4u * 2u + 12u * 2u * 2u + 12u * (5u * 2u + 1u));
+    EXPECT_STREQ(primitives[2]->material().data(), "panes");
+    EXPECT_EQ(primitives[2]->count(), 12u * 2u);
+    for (const auto& primitive : primitives) {
+        expectUnitNormals(*primitive, primitive->material().data());
+    }
+}
+
 // --- materials
 
 struct Shading {
@@ -512,13 +584,14 @@ TEST_F(LighthouseTest, MaterialsAreThoseOfTheirEffects)
         {"stone", 8, {0, 0, 0}, {0.255f, 0.249f, 0.234f}, {0.85f, 0.83f, 0.78f}, {0.1f, 0.1f, 0.1f}},
         {"red", 20, {0, 0, 0}, {0.225f, 0.036f, 0.03f}, {0.75f, 0.12f, 0.1f}, {0.3f, 0.3f, 0.3f}},
         {"glass", 60, {0.6f, 0.5f, 0.2f}, {0.3f, 0.27f, 0.15f}, {1, 0.9f, 0.5f}, {1, 1, 1}},
-        {"water", 40, {0, 0, 0}, {0.03f, 0.09f, 0.135f}, {0.1f, 0.3f, 0.45f}, {0.6f, 0.7f, 0.8f}}};
-    EXPECT_EQ(scene().blinnMaterialTable().size(), 6u);
+        {"iron", 16, {0, 0, 0}, {0.03f, 0.03f, 0.04f}, {0.12f, 0.14f, 0.18f}, {0.35f, 0.35f, 0.4f}},
+        {"panes", 40, {0, 0, 0}, {0.1f, 0.12f, 0.15f}, {0.55f, 0.7f, 0.8f}, {1, 1, 1}}};
+    EXPECT_EQ(scene().blinnMaterialTable().size(), 8u);
     for (const Shading& shading : shadings) {
         const std::string symbol = shading.symbol;
         const auto& values = valueOf(scene().blinnMaterialTable(), symbol)->component();
         EXPECT_EQ(values.shininess, shading.shininess) << symbol;
-        EXPECT_EQ(values.transparency, 0.0f) << symbol;
+        EXPECT_EQ(values.transparency, symbol == "panes" ? 0.3f : 0.0f) << symbol;
         expectColor(values.emission, shading.emission, symbol + ", emission");
         expectColor(values.ambient, shading.ambient, symbol + ", ambient");
         expectColor(values.diffuse, shading.diffuse, symbol + ", diffuse");
@@ -529,10 +602,10 @@ TEST_F(LighthouseTest, MaterialsAreThoseOfTheirEffects)
     }
 }
 
-TEST_F(LighthouseTest, TowerAndFlagHaveTexturesBesideTheDocument)
+TEST_F(LighthouseTest, TowerFlagAndSeaHaveTexturesBesideTheDocument)
 {
     for (const auto& [symbol, file] : std::vector<std::pair<std::string, std::string>>{
-             {"stripes", "lighthouse-tower.png"}, {"cloth", "lighthouse-flag.png"}}) {
+             {"stripes", "lighthouse-tower.png"}, {"cloth", "lighthouse-flag.png"}, {"water", "lighthouse-sea.png"}}) {
         const auto& values = valueOf(scene().blinnMaterialTable(), symbol)->component();
         ASSERT_TRUE(values.diffuseTexture) << symbol;
         EXPECT_EQ(values.diffuseTexture->textureFile().data(), file);
@@ -562,10 +635,11 @@ TEST_F(LighthouseTest, CameraLooksAtTheTower)
     EXPECT_NEAR(static_cast<double>(camera.projection()[0]), 1.5 * vertical, tolerance);
 }
 
-TEST_F(LighthouseTest, SunAndBeamShine)
+TEST_F(LighthouseTest, SunHazeAndBeamShine)
 {
-    ASSERT_EQ(scene().pointLightList().size(), 1u);
+    ASSERT_EQ(scene().pointLightList().size(), 2u);
     EXPECT_EQ(scene().pointLightList()[0]->node().get(), &node("sun"));
+    EXPECT_EQ(scene().pointLightList()[1]->node().get(), &node("haze"));
     ASSERT_EQ(scene().spotLightList().size(), 1u);
     const libVideo::SpotLightInstance& beam = *scene().spotLightList()[0];
     EXPECT_EQ(beam.node().get(), &node("beam-node"));

@@ -64,6 +64,25 @@ Image readPng(const std::string& path)
     return image;
 }
 
+std::vector<std::array<int, 4>> readPngWithAlpha(const std::string& path)
+{
+    png_image source{};
+    source.version = PNG_IMAGE_VERSION;
+    if (png_image_begin_read_from_file(&source, path.c_str()) == 0) {
+        throw std::runtime_error(path + ": " + source.message);
+    }
+    source.format = PNG_FORMAT_RGBA;
+    std::vector<unsigned char> bytes(PNG_IMAGE_SIZE(source));
+    if (png_image_finish_read(&source, nullptr, bytes.data(), 0, nullptr) == 0) {
+        throw std::runtime_error(path + ": " + source.message);
+    }
+    std::vector<std::array<int, 4>> pixels;
+    for (std::size_t i = 0; i + 3 < bytes.size(); i += 4) {
+        pixels.push_back({bytes[i], bytes[i + 1], bytes[i + 2], bytes[i + 3]});
+    }
+    return pixels;
+}
+
 std::string pngOf(const Image& image)
 {
     png_image target{};

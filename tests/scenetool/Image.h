@@ -36,6 +36,8 @@ private:
 
 /// @throws std::runtime_error if the file is no PNG image
 Image readPng(const std::string& path);
+/// Red, green, blue and alpha of each pixel, row by row from the top. @throws std::runtime_error
+std::vector<std::array<int, 4>> readPngWithAlpha(const std::string& path);
 /// The bytes of a PNG file.
 std::string pngOf(const Image& image);
 /// The bytes of a JPEG file of best quality.

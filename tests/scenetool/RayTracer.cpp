@@ -84,7 +84,7 @@ Vector RayTracer::shade(const Triangle& triangle, const Vector& point, const Vec
 {
     Vector normal = unit(cross(triangle.b - triangle.a, triangle.c - triangle.a));
     normal = dot(normal, towardsEye) < 0.0 ? normal * -1.0 : normal;
-    Vector sum = triangle.emission + triangle.ambient * ambientLight;
+    Vector sum = triangle.emission;
     for (const Light& light : lights) {
         const Vector way = light.position - point;
         const double distance = std::sqrt(dot(way, way));
@@ -95,9 +95,9 @@ Vector RayTracer::shade(const Triangle& triangle, const Vector& point, const Vec
         }
         const double fading = dot(light.attenuation, {1.0, distance, distance * distance});
         const Vector arriving = light.color * (inCone(light, towardsLight) / fading);
-        const Vector halfway = unit(towardsLight + towardsEye);
+        const Vector mirrored = normal * (2.0 * facing) - towardsLight;
         const double gloss =
-            triangle.shininess > 0.0 ? std::pow(std::max(dot(normal, halfway), 0.0), triangle.shininess) : 0.0;
+            triangle.shininess > 0.0 ? std::pow(std::max(dot(mirrored, towardsEye), 0.0), triangle.shininess) : 0.0;
         sum = sum + arriving * (triangle.diffuse * facing + triangle.specular * gloss);
     }
     return {std::clamp(sum[0], 0.0, 1.0), std::clamp(sum[1], 0.0, 1.0), std::clamp(sum[2], 0.0, 1.0)};

@@ -12,10 +12,10 @@ namespace testSupport {
 struct RayTracer {
     using Vector = std::array<double, 3>;
 
-    /// A flat triangle, lit on the side from which it is seen.
+    /// A flat triangle, lit on the side from which it is seen, with the specular term of Phong.
     struct Triangle {
         Vector a, b, c;
-        Vector emission, ambient, diffuse, specular;
+        Vector emission, ambient, diffuse, specular; ///< there is no ambient light
         double shininess;
     };
     struct Light {
@@ -40,7 +40,6 @@ struct RayTracer {
     std::vector<Light> lights;
     Camera camera;
     Vector background{0, 0, 0};
-    double ambientLight = 0.2;
 
     /// The mean of 16 rays for each pixel.
     Image picture(int width, int height) const;

@@ -238,10 +238,19 @@ public:
 
     Drawn draw(const Words& options = {}) const
     {
-        Words arguments = {"render", document(), "-o", output(), "--background", "000000"};
+        Words arguments = {"render", document(), "-o", output()};
         arguments.insert(arguments.end(), options.begin(), options.end());
-        if (std::find(options.begin(), options.end(), "--size") == options.end()) {
+        const auto isSaid = [&options](const char* option) {
+            return std::find(options.begin(), options.end(), option) != options.end();
+        };
+        if (!isSaid("--size")) {
             arguments.insert(arguments.end(), {"--size", "120x120"});
+        }
+        if (!isSaid("--background")) {
+            arguments.insert(arguments.end(), {"--background", "000000"});
+        }
+        if (!isSaid("--lights")) { // asked for, it costs no line
+            arguments.insert(arguments.end(), {"--lights", "head"});
         }
         Drawn drawn;
         drawn.result = scenetool(arguments);
@@ -427,8 +436,9 @@ TEST(RenderTest, PictureIsNoMirrorImage)
 TEST(RenderTest, SecondCameraShowsItsOwnView)
 {
     const Studio studio(threeCubes(cameraNode("aimed", "0 0 7") + cameraNode("side", "0 0 -7")));
-    expectMostly(studio.picture({"--camera", "0"}), 0.75, 0.5, redChannel, "from the front");
-    const Image image = studio.picture({"--camera", "1"});
+    // Prepared, a camera looks where its node does, whatever its target.
+    expectMostly(studio.picture({"--as-loaded", "--camera", "0"}), 0.75, 0.5, redChannel, "from the front");
+    const Image image = studio.picture({"--as-loaded", "--camera", "1"});
     expectMostly(image, 0.25, 0.5, redChannel, "from behind");
     expectMostly(image, 0.75, 0.5, greenChannel, "from behind");
     expectMostly(image, 0.5, 0.25, blueChannel, "from behind");
@@ -492,6 +502,40 @@ int highest(const Image& image, std::size_t channel)
     return image.height();
 }
 
+// The scene is behind the camera.
+TEST(RenderTest, CameraThatSeesNothingCostsALineAndAllIsShown)
+{
+    const Studio studio(threeCubes(cameraNode("plain", "0 0 -70")));
+    const Drawn drawn = studio.draw();
+    EXPECT_EQ(drawn.result.status, succeeded);
+    EXPECT_TRUE(isOneLine(drawn.result.errors)) << drawn.result.errors;
+    EXPECT_TRUE(contains(drawn.result.errors, "camera 0 sees nothing")) << drawn.result.errors;
+    ASSERT_TRUE(drawn.hasPicture);
+    EXPECT_LT(difference(drawn.image, studio.picture({"--framed"})).mean, 0.01);
+}
+
+// What is shown reaches from one side to the other, but for the air around it, in the direction that it fills.
+TEST(RenderTest, FramedSceneFillsThePicture)
+{
+    ColladaBuilder builder(colors()[0].xml() + plainCube("cube", "red"));
+    builder.addScene("<node id='a'><scale>9 0.5 1</scale>" + shown("cube", {colors()[0]}) + "</node>");
+    const Image image = Studio(builder.text()).picture();
+    int left = image.width();
+    int right = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (image.at(x, y)[0] > 20) {
+                left = std::min(left, x);
+                right = std::max(right, x);
+            }
+        }
+    }
+    EXPECT_GE(left, 1);
+    EXPECT_LE(left, 6);
+    EXPECT_GE(right, 113);
+    EXPECT_LE(right, 118);
+}
+
 TEST(RenderTest, UpAxisIsTheOneThatIsAsked)
 {
     ColladaBuilder builder(colors()[0].xml() + colors()[1].xml() + colors()[2].xml() + plainCube("one", "red") +
@@ -553,7 +597,7 @@ RayTracer::Triangle shadingOf(const Material& material)
 
 TEST(RenderTest, ShadingIsThatOfTheFormulas)
 {
-    const Material gloss = {"gloss", {0.7, 0.2, 0.1}, {0, 0.05, 0.1}, {0.3, 0.3, 0}, {0.7, 0.8, 0.9}, 8.0, ""};
+    const Material gloss = {"gloss", {0.7, 0.2, 0.1}, {0, 0.05, 0.1}, black, {0.7, 0.8, 0.9}, 8.0, ""};
     ColladaBuilder builder(gloss.xml() + plainCube("cube", "gloss") + camera("eye", "a") +
                            "<library_lights><light id='near'><technique_common><point><color>1 0.9 0.8</color>"
                            "<constant_attenuation>0.5</constant_attenuation><linear_attenuation>0.125"
@@ -573,7 +617,7 @@ TEST(RenderTest, ShadingIsThatOfTheFormulas)
     tracer.lights = {light};
     tracer.camera.eye = {1.2, 1.1, 1.9};
     const Image reference = tracer.picture(120, 120);
-    const Image image = Studio(builder.text()).picture();
+    const Image image = Studio(builder.text()).picture({"--as-loaded", "--lights", "document"});
     expectLikeReference(image, reference, "cube");
     EXPECT_GT(difference(image, Image(120, 120)).mean, 3.0) << "the picture is not empty";
 }
@@ -581,7 +625,7 @@ TEST(RenderTest, ShadingIsThatOfTheFormulas)
 // A spot from above to the right shines on a wall; 40 degrees across are bright, and from 60 on it is dark.
 TEST(RenderTest, SpotShowsItsCone)
 {
-    const Material wall = {"wall", {0.9, 0.8, 0.7}, black, {0.25, 0.25, 0.25}, black, 0.0, ""};
+    const Material wall = {"wall", {0.9, 0.8, 0.7}, black, black, black, 0.0, ""};
     const std::string light = "<library_lights><light id='beam'><technique_common><spot><color>1 1 1</color>"
                               "<falloff_angle>40</falloff_angle><falloff_exponent>2</falloff_exponent></spot>"
                               "</technique_common><extra><technique profile='FCOLLADA'><outer_cone>60</outer_cone>"
@@ -601,11 +645,11 @@ TEST(RenderTest, SpotShowsItsCone)
     spot.exponent = 2;
     tracer.lights = {spot};
     tracer.camera.eye = {0, 0, 4};
-    const Image image = Studio(builder.text()).picture();
+    const Image image = Studio(builder.text()).picture({"--as-loaded", "--lights", "document"});
     expectLikeReference(image, tracer.picture(120, 120), "wall");
     // -1, 0 lies an eighth of the picture to the left of the middle.
     EXPECT_GT(image.part(0.375, 0.5)[0], 130) << "where the spot aims";
-    EXPECT_NEAR(image.part(0.95, 0.1)[0], 13, 2) << "outside there is the ambient light, 0.2 of 0.25, alone";
+    EXPECT_EQ(image.part(0.95, 0.1)[0], 0) << "outside there is no light, not even a little";
 }
 
 // A spot without a target shines along -Z of its node, and has a sharp edge without an outer cone.
@@ -619,7 +663,7 @@ TEST(RenderTest, SpotWithoutTargetShinesAlongItsNode)
     builder.addScene("<node id='a'><scale>4 4 4</scale>" + shown("square", {wall}) + "</node>" +
                      cameraNode("eye", "0 0 4") +
                      "<node id='lamp'><translate>1 0 4</translate><instance_light url='#beam'/></node>");
-    const Image image = Studio(builder.text()).picture();
+    const Image image = Studio(builder.text()).picture({"--lights", "document"});
     // The circle around 1, 0 has a radius of 4 tan 22.5 = 1.657, of which 4 go to half of the picture.
     expectPixel(image, 0.5 + 1.0 / 8, 0.5, {255, 255, 255}, 3, "straight ahead");
     EXPECT_GT(image.part(0.5 + 2.5 / 8, 0.5)[0], 200) << "inside";
@@ -628,7 +672,7 @@ TEST(RenderTest, SpotWithoutTargetShinesAlongItsNode)
     EXPECT_EQ(image.part(0.5 - 0.8 / 8, 0.5), (Pixel{0, 0, 0})) << "outside";
 }
 
-TEST(RenderTest, LightsBeyondTheMostAreOneLine)
+TEST(RenderTest, FortyLightsAllShine)
 {
     ColladaBuilder builder(colors()[0].xml() + plainCube("cube", "red") + camera("eye") +
                            "<library_lights><light id='dim'><technique_common><point><color>0.01 0.01 0.01</color>"
@@ -639,13 +683,8 @@ TEST(RenderTest, LightsBeyondTheMostAreOneLine)
     }
     builder.addScene("<node id='a'><translate>0 0 0</translate>" + shown("cube", {colors()[0]}) + "</node>" +
                      cameraNode("eye", "0 0 4") + "<node id='lit'><translate>0 0 4</translate>" + lights + "</node>");
-    const Drawn drawn = Studio(builder.text()).draw();
-    EXPECT_EQ(drawn.result.status, succeeded);
-    EXPECT_TRUE(isOneLine(drawn.result.errors)) << drawn.result.errors;
-    EXPECT_TRUE(contains(drawn.result.errors, "of 40 lights the first 32")) << drawn.result.errors;
-    ASSERT_TRUE(drawn.hasPicture);
-    // A point light without attenuations does not fade: 32 of 0.01 on a red of 1.
-    expectPixel(drawn.image, 0.5, 0.5, {82, 0, 0}, 3, "middle");
+    // A point light without attenuations does not fade: 40 of 0.01 on a red of 1.
+    expectPixel(Studio(builder.text()).picture({"--lights", "document"}), 0.5, 0.5, {102, 0, 0}, 2, "middle");
 }
 
 // A primitive without material shows the colors of its vertices, red to the left and green to the right.
@@ -664,19 +703,234 @@ TEST(RenderTest, ColorsOfVerticesStandInForAMaterial)
     expectMostly(image, 0.85, 0.5, greenChannel, "right");
 }
 
-// By rule what a document does not give is white; it must not glow for that.
-TEST(RenderTest, EmissionThatTheDocumentLeavesOutDoesNotGlow)
+std::string greenPhongCube()
 {
     ColladaBuilder builder(
         "<library_effects><effect id='e'><profile_COMMON><technique sid='t'><phong><diffuse><color>0 0.5 0 1</color>"
-        "</diffuse><specular><color>0 0 0 1</color></specular></phong></technique></profile_COMMON></effect>"
+        "</diffuse></phong></technique></profile_COMMON></effect>"
         "</library_effects><library_materials><material id='m'><instance_effect url='#e'/></material>"
         "</library_materials>" +
         plainCube("cube", "m") + camera("eye"));
     builder.addScene("<node id='a'><translate>0 0 0</translate>" + shown("cube", {{"m"}}) + "</node>" +
                      cameraNode("eye", "0 0 4"));
-    // 0.2 of ambient and all of the head light on 0.5.
-    expectPixel(Studio(builder.text()).picture(), 0.5, 0.5, {0, 153, 0}, 3, "middle");
+    return builder.text();
+}
+
+// By rule what a document does not give is white in the library; it must not glow for that. As loaded there is an
+// ambient light of 0.2 as well, since none of the document is read.
+TEST(RenderTest, EmissionThatTheDocumentLeavesOutDoesNotGlow)
+{
+    const Studio studio(greenPhongCube());
+    expectPixel(studio.picture(), 0.5, 0.5, {0, 128, 0}, 2, "all of the head light on 0.5");
+    expectPixel(studio.picture({"--as-loaded"}), 0.5, 0.5, {0, 153, 0}, 2, "and 0.2 of ambient light");
+}
+
+// --- which lights
+
+TEST(RenderTest, DocumentThatLightsNothingGetsALightAndALine)
+{
+    const Studio studio(greenPhongCube());
+    const ProcessResult result = scenetool({"render", studio.document(), "-o", studio.output(), "--size", "120x120"});
+    EXPECT_EQ(result.status, succeeded);
+    EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
+    EXPECT_TRUE(contains(result.errors, "lights nothing")) << result.errors;
+    expectPixel(readPng(studio.output()), 0.5, 0.5, {0, 128, 0}, 2, "lit from the eye");
+    expectPixel(studio.picture({"--lights", "document"}), 0.5, 0.5, {0, 0, 0}, 0, "dark if the document alone counts");
+}
+
+// A cube lit from above: its front is dark but for a light of the viewer.
+TEST(RenderTest, LightsAreThoseThatAreChosen)
+{
+    ColladaBuilder builder(colors()[0].xml() + plainCube("cube", "red") + camera("eye") +
+                           "<library_lights><light id='lamp'><technique_common><point><color>1 1 1</color></point>"
+                           "</technique_common></light></library_lights>");
+    builder.addScene("<node id='a'><translate>0 0 0</translate>" + shown("cube", {colors()[0]}) + "</node>" +
+                     cameraNode("eye", "0 0 4") +
+                     "<node id='above'><translate>0 9 0</translate><instance_light url='#lamp'/></node>");
+    const Studio studio(builder.text());
+    const std::pair<const char*, int> choices[] = {{"document", 0}, {"head", 255}, {"both", 102}};
+    for (const auto& [choice, expected] : choices) {
+        expectPixel(studio.picture({"--lights", choice}), 0.5, 0.5, {expected, 0, 0}, 1, choice);
+    }
+    const ProcessResult result = scenetool({"render", studio.document(), "-o", studio.output(), "--size", "120x120"});
+    EXPECT_EQ(result.errors, "");
+    expectPixel(readPng(studio.output()), 0.5, 0.5, {0, 0, 0}, 0, "those of the document if nothing is said");
+}
+
+// The other side of what a light shines on is dark, whichever side the viewer is on.
+TEST(RenderTest, BackOfALitFaceIsDark)
+{
+    const Material wall = {"wall", {1, 1, 1}};
+    ColladaBuilder builder(wall.xml() + square("square", "wall") + camera("eye") +
+                           "<library_lights><light id='lamp'><technique_common><point><color>1 1 1</color></point>"
+                           "</technique_common></light></library_lights>");
+    builder.addScene("<node id='a'><translate>0 0 0</translate>" + shown("square", {wall}) + "</node>" +
+                     "<node id='eye-node'><rotate>0 1 0 180</rotate><translate>0 0 2</translate>"
+                     "<instance_camera url='#eye'/></node><node id='lit'><translate>0 0 -3</translate>"
+                     "<instance_light url='#lamp'/></node>");
+    const Studio studio(builder.text());
+    // Eye and light are at -Z, the normal is +Z.
+    expectPixel(studio.picture({"--lights", "document"}), 0.5, 0.5, {0, 0, 0}, 0, "the document's light");
+    expectPixel(studio.picture({"--lights", "head"}), 0.5, 0.5, {255, 255, 255}, 2, "the viewer's light");
+}
+
+// --- opacity
+
+std::string pane(const std::string& name, const std::string& emission, const std::string& opacity, double z)
+{
+    return "<library_effects><effect id='" + name + "-e'><profile_COMMON><technique sid='t'><phong><emission><color>" +
+           emission +
+           " 1</color></emission><ambient><color>0 0 0 1</color></ambient><diffuse><color>0 0 0 1</color></diffuse>"
+           "<specular><color>0 0 0 1</color></specular><transparent opaque='A_ONE'><color>1 1 1 1</color></transparent>"
+           "<transparency><float>" +
+           opacity +
+           "</float></transparency></phong></technique></profile_COMMON></effect></library_effects><library_materials>"
+           "<material id='" +
+           name + "'><instance_effect url='#" + name + "-e'/></material></library_materials>" +
+           "<library_geometries><geometry id='" + name + "-g'><mesh>" +
+           source(name + "-p",
+                  "-1 -1 " + std::to_string(z) + "  1 -1 " + std::to_string(z) + "  1 1 " + std::to_string(z) +
+                      "  -1 1 " + std::to_string(z),
+                  4, 3) +
+           "<vertices id='" + name + "-v'><input semantic='POSITION' source='#" + name +
+           "-p'/></vertices><triangles material='" + name + "' count='2'><input semantic='VERTEX' source='#" + name +
+           "-v' offset='0'/><p>0 1 2 0 2 3</p></triangles></mesh></geometry></library_geometries>";
+}
+
+std::string paneNode(const std::string& name)
+{
+    return "<node id='" + name + "-n'><translate>0 0 0</translate>" + shown(name + "-g", {{name}}) + "</node>";
+}
+
+// Squares at 1 and at 11 before the eye look alike without perspective: half a unit is a quarter of a height of two.
+TEST(RenderTest, OrthographicCameraHasNoPerspective)
+{
+    ColladaBuilder builder(pane("back", "1 0 0", "1", -10) + pane("front", "0 0 1", "1", 0) +
+                           "<library_cameras><camera id='flat'><optics><technique_common><orthographic><ymag>2</ymag>"
+                           "<aspect_ratio>1</aspect_ratio><znear>0.1</znear><zfar>100</zfar></orthographic>"
+                           "</technique_common></optics></camera></library_cameras>");
+    builder.addScene("<node id='right'><translate>1 0 0</translate>" + shown("back-g", {{"back"}}) +
+                     "</node><node id='left'><translate>-1 0 0</translate>" + shown("front-g", {{"front"}}) +
+                     "</node>" + "<node id='eye-n'><translate>0 0 1</translate><instance_camera url='#flat'/></node>");
+    const Image image = Studio(builder.text()).picture();
+    for (const auto& [x, channel] : {std::make_pair(0.02, blueChannel), std::make_pair(0.98, redChannel)}) {
+        expectMostly(image, x, 0.27, channel, "a unit above the middle is a quarter of the height");
+        expectMostly(image, x, 0.73, channel, "and as much below");
+        EXPECT_EQ(image.part(x, 0.23), (Pixel{0, 0, 0})) << x;
+        EXPECT_EQ(image.part(x, 0.77), (Pixel{0, 0, 0})) << x;
+    }
+}
+
+// Ambient light of 0.5 on a picture of green and an emission of 0.25 red: prepare cannot add them, the picture does.
+TEST(RenderTest, AmbientLightShinesOnATexture)
+{
+    const std::string effect =
+        "<library_images><image id='i'><init_from>green.png</init_from></image></library_images><library_effects>"
+        "<effect id='e'><profile_COMMON><newparam sid='s'><surface "
+        "type='2D'><init_from>i</init_from></surface></newparam>"
+        "<newparam sid='t'><sampler2D><source>s</source></sampler2D></newparam><technique sid='c'><phong><emission>"
+        "<color>0.25 0 0 1</color></emission><ambient><texture texture='t' texcoord='T'/></ambient></phong></technique>"
+        "</profile_COMMON></effect></library_effects><library_materials><material id='m'><instance_effect url='#e'/>"
+        "</material></library_materials><library_lights><light id='all'><technique_common><ambient><color>0.5 0.5 0.5"
+        "</color></ambient></technique_common></light></library_lights>";
+    ColladaBuilder builder(effect + square("square", "m") + camera("eye"));
+    builder.addScene("<node id='a'><translate>0 0 0</translate>" + shown("square", {{"m"}}) + "</node>" +
+                     cameraNode("eye", "0 0 2") +
+                     "<node id='l'><translate>0 0 0</translate><instance_light url='#all'/></node>");
+    const Studio studio(builder.text());
+    Image picture(4, 4);
+    for (int i = 0; i < 16; ++i) {
+        picture.at(i % 4, i / 4) = {0, 255, 0};
+    }
+    writeFile(studio.folder() / "green.png", pngOf(picture));
+    expectPixel(studio.picture({"--lights", "document"}), 0.5, 0.5, {64, 128, 0}, 1, "middle");
+}
+
+// The light comes along -Z of its node, wherever that is: 45 degrees to the wall.
+TEST(RenderTest, DirectionalLightHasADirectionAndNoPlace)
+{
+    const Material wall = {"wall", {1, 1, 1}};
+    ColladaBuilder builder(wall.xml() + square("square", "wall") + camera("eye") +
+                           "<library_lights><light id='sun'><technique_common><directional><color>1 0.5 0</color>"
+                           "</directional></technique_common></light></library_lights>");
+    builder.addScene("<node id='a'><translate>0 0 0</translate>" + shown("square", {wall}) + "</node>" +
+                     cameraNode("eye", "0 0 2") +
+                     "<node id='l'><translate>0 0 -7</translate><rotate>0 1 0 45</rotate>"
+                     "<instance_light url='#sun'/></node>");
+    const Image image = Studio(builder.text()).picture({"--lights", "document"});
+    for (const double x : {0.3, 0.5, 0.7}) {
+        expectPixel(image, x, 0.5, {180, 90, 0}, 1, "255 times the cosine of 45 degrees");
+    }
+}
+
+// Whatever the order in the document, what is far comes first: half of blue over half of green over red.
+TEST(RenderTest, TransparentFacesAreBlendedFromFarToNear)
+{
+    for (const bool isNearFirst : {false, true}) {
+        ColladaBuilder builder(pane("back", "1 0 0", "1", -1) + pane("middle", "0 1 0", "0.5", 0) +
+                               pane("front", "0 0 1", "0.5", 1) + camera("eye"));
+        const std::string between = paneNode("middle");
+        builder.addScene((isNearFirst ? paneNode("front") + between : between + paneNode("front")) + paneNode("back") +
+                         cameraNode("eye", "0 0 3"));
+        // 255 * 0.5 * 0.5 of red, as much of green, 255 * 0.5 of blue.
+        expectPixel(Studio(builder.text()).picture(), 0.5, 0.5, {64, 64, 128}, 2,
+                    isNearFirst ? "near first" : "far first");
+    }
+}
+
+TEST(RenderTest, WhatIsWhollyTransparentIsNotDrawn)
+{
+    ColladaBuilder builder(pane("back", "1 0 0", "1", -1) + pane("front", "0 0 1", "0", 1) + camera("eye"));
+    builder.addScene(paneNode("front") + paneNode("back") + cameraNode("eye", "0 0 3"));
+    const Drawn drawn = Studio(builder.text()).draw(); // and a line says that nobody sees it
+    ASSERT_TRUE(drawn.hasPicture);
+    expectPixel(drawn.image, 0.5, 0.5, {255, 0, 0}, 0, "middle");
+}
+
+// --- the background
+
+TEST(RenderTest, BackgroundIsASkyUnlessAColorIsAsked)
+{
+    const Studio studio(greenPhongCube());
+    ASSERT_EQ(scenetool({"render", studio.document(), "-o", studio.output(), "--lights", "head"}).status, succeeded);
+    const Image sky = readPng(studio.output());
+    const Pixel above = sky.part(0.02, 0.02);
+    const Pixel below = sky.part(0.02, 0.98);
+    EXPECT_TRUE(above[2] > above[0] + 40 && above[2] > above[1]) << "blue above";
+    EXPECT_GT(below[0], above[0] + 40) << "lighter towards the horizon";
+    for (const char* const color : {"9fb8cc", "#9fb8cc"}) {
+        expectPixel(studio.picture({"--background", color}), 0.02, 0.02, {0x9f, 0xb8, 0xcc}, 0, color);
+    }
+}
+
+// Half of the blue remains where nothing else is, and its color is that before the alpha.
+TEST(RenderTest, PictureWithoutBackgroundHasAlpha)
+{
+    ColladaBuilder builder(pane("front", "0 0 1", "0.5", 0) + camera("eye"));
+    builder.addScene(paneNode("front") + cameraNode("eye", "0 0 2"));
+    const Studio studio(builder.text());
+    studio.picture({"--background", "none"});
+    const std::vector<std::array<int, 4>> pixels = testSupport::readPngWithAlpha(studio.output());
+    ASSERT_EQ(pixels.size(), 120u * 120u);
+    EXPECT_EQ(pixels[0], (std::array<int, 4>{0, 0, 0, 0})) << "the corner";
+    const std::array<int, 4>& middle = pixels[60 * 120 + 60];
+    EXPECT_NEAR(middle[3], 128, 1);
+    EXPECT_NEAR(middle[2], 255, 2);
+    EXPECT_EQ(middle[0], 0);
+}
+
+TEST(RenderTest, PictureGoesToStandardOutput)
+{
+    const Studio studio(greenPhongCube());
+    const ProcessResult result = scenetool(
+        {"render", studio.document(), "-o", "-", "--size", "40x30", "--background", "000000", "--lights", "head"});
+    EXPECT_EQ(result.status, succeeded);
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(entriesOf(studio.folder()), 1u) << "the document alone";
+    writeFile(studio.output(), result.output);
+    const Image image = readPng(studio.output());
+    EXPECT_EQ(image.width(), 40);
+    expectMostly(image, 0.5, 0.5, greenChannel, "middle");
 }
 
 // --- textures
@@ -720,6 +974,30 @@ TEST(RenderTest, TextureStandsUpright)
     const Studio jpeg(texturedSquare("./four%20colors.jpg"));
     writeFile(jpeg.folder() / "four colors.jpg", jpegOf(fourColors()));
     expectUpright(jpeg.picture(), "JPEG");
+}
+
+// A header of 18 bytes, then blue, green, red, row by row from the bottom.
+std::string tgaOf(const Image& image)
+{
+    std::string bytes(18, '\0');
+    bytes[2] = 2;
+    bytes[12] = static_cast<char>(image.width());
+    bytes[14] = static_cast<char>(image.height());
+    bytes[16] = 24;
+    for (int y = image.height(); y-- > 0;) {
+        for (int x = 0; x < image.width(); ++x) {
+            const Pixel& pixel = image.at(x, y);
+            bytes += {static_cast<char>(pixel[2]), static_cast<char>(pixel[1]), static_cast<char>(pixel[0])};
+        }
+    }
+    return bytes;
+}
+
+TEST(RenderTest, TextureMayBeATga)
+{
+    const Studio studio(texturedSquare("four.tga"));
+    writeFile(studio.folder() / "four.tga", tgaOf(fourColors()));
+    expectUpright(studio.picture(), "TGA");
 }
 
 TEST(RenderTest, TextureOfAnotherMachineIsFoundBesideTheDocument)
@@ -794,12 +1072,13 @@ std::string bareCube()
 TEST(RenderTest, NodeWithoutTransformCollapsesUnlessToldOtherwise)
 {
     const Studio studio(bareCube());
-    const Drawn drawn = studio.draw();
+    const Drawn drawn = studio.draw({"--as-loaded"});
     EXPECT_EQ(drawn.result.status, failed);
     EXPECT_TRUE(isOneLine(drawn.result.errors)) << drawn.result.errors;
     EXPECT_TRUE(contains(drawn.result.errors, "--identity-for-empty"));
     EXPECT_FALSE(drawn.hasPicture);
-    expectMostly(studio.picture({"--identity-for-empty"}), 0.5, 0.5, redChannel, "with the identity");
+    expectMostly(studio.picture({"--as-loaded", "--identity-for-empty"}), 0.5, 0.5, redChannel, "with the identity");
+    expectMostly(studio.picture(), 0.5, 0.5, redChannel, "prepared, it has a transform");
 }
 
 TEST(RenderTest, RestIsDrawnBesideNodesThatCollapse)
@@ -810,14 +1089,14 @@ TEST(RenderTest, RestIsDrawnBesideNodesThatCollapse)
                      "</node><node id='empty'><node id='b'><translate>-2 0 0</translate>" +
                      shown("two", {colors()[1]}) + "</node></node>" + cameraNode("eye", "0 0 5"));
     const Studio studio(builder.text());
-    const Drawn drawn = studio.draw();
+    const Drawn drawn = studio.draw({"--as-loaded"});
     EXPECT_EQ(drawn.result.status, succeeded);
     EXPECT_TRUE(isOneLine(drawn.result.errors)) << drawn.result.errors;
     EXPECT_TRUE(contains(drawn.result.errors, "in 1 place, collapses")) << drawn.result.errors;
     ASSERT_TRUE(drawn.hasPicture);
     expectMostly(drawn.image, 0.75, 0.5, redChannel, "stands");
     EXPECT_EQ(drawn.image.part(0.25, 0.5), (Pixel{0, 0, 0})) << "collapsed with the node above";
-    const Image whole = studio.picture({"--identity-for-empty"});
+    const Image whole = studio.picture({"--as-loaded", "--identity-for-empty"});
     expectMostly(whole, 0.75, 0.5, redChannel, "stands");
     expectMostly(whole, 0.25, 0.5, greenChannel, "stands as well");
 }
@@ -874,7 +1153,8 @@ INSTANTIATE_TEST_SUITE_P(
         BadUse{"SizeBelowZero", {"--size", "-5x100"}, "--size"},
         BadUse{"SizeWithMore", {"--size", "10x10x10"}, "--size"}, BadUse{"NoSuchCamera", {"--camera", "1"}, "camera 1"},
         BadUse{"CameraBelowZero", {"--camera", "-1"}, "camera"}, BadUse{"NoAxis", {"--up", "w"}, "--up"},
-        BadUse{"NoColor", {"--background", "red"}, "--background"}, BadUse{"NoTime", {"--time", "nan"}, "--time"},
+        BadUse{"NoColor", {"--background", "red"}, "--background"},
+        BadUse{"NoLights", {"--lights", "moon"}, "--lights"}, BadUse{"NoTime", {"--time", "nan"}, "--time"},
         BadUse{"NoFrames", {"--frames", "0"}, "--frames"}, BadUse{"TooManyFrames", {"--frames", "1000000"}, "--frames"},
         BadUse{"NoRate", {"--frames", "2", "--fps", "0"}, "--fps"}, BadUse{"RateAlone", {"--fps", "5"}, "--frames"},
         BadUse{"FileAndSheet", {"--sheet", "."}, "--sheet"}, BadUse{"NoPngName", {"-o", "picture.jpg"}, ".png"}),
@@ -980,9 +1260,9 @@ TEST(RenderTest, SheetHoldsAllDocumentsBelowAFolder)
     writeFile(studio.folder() / "more" / "b.dae", threeCubes(cameraNode("plain", "0 0 7")));
     writeFile(studio.folder() / "more" / "notes.txt", "no document, and not named like one");
     const std::string sheet = (studio.folder() / "sheet.png").string();
-    const ProcessResult result = scenetool(
-        {"render", "--sheet", studio.folder().string(), "-o", sheet, "--size", "100x100", "--background", "000000"});
-    EXPECT_EQ(result.status, succeeded);
+    const ProcessResult result = scenetool({"render", "--sheet", studio.folder().string(), "-o", sheet, "--size",
+                                            "100x100", "--background", "000000", "--lights", "head"});
+    EXPECT_EQ(result.status, failed) << "one has no picture";
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     EXPECT_TRUE(contains(result.errors, "a.DAE"));
     const Image image = readPng(sheet);
@@ -1022,8 +1302,8 @@ TEST(RenderTest, LighthouseLooksAsItIsShown)
 {
     const TemporaryFile file("", "note.txt");
     const std::string output = (file.folder() / "lighthouse.png").string();
-    const ProcessResult result = scenetool(
-        {"render", SOURCE_FOLDER "/data/lighthouse.dae", "-o", output, "--time", "2.5", "--background", "9fb8cc"});
+    const ProcessResult result =
+        scenetool({"render", SOURCE_FOLDER "/data/lighthouse.dae", "-o", output, "--time", "2.5"});
     EXPECT_EQ(result.status, succeeded);
     EXPECT_EQ(result.errors, "");
     const Image image = readPng(output);

@@ -156,13 +156,40 @@ TEST(ViewTest, MouseTurnsMovesAndZooms)
     expectSame(session.picture(5), all, "all again");
 }
 
-TEST(ViewTest, WiresShowLessThanFaces)
+TEST(ViewTest, WiresComeOverFacesAndThenAlone)
 {
-    const Session session({"picture", "key w", "picture", "key w", "picture"});
+    const Session session({"picture", "key w", "picture", "key w", "picture", "key w", "picture"});
     EXPECT_EQ(session.result().status, succeeded) << session.result().errors;
-    EXPECT_LT(litPixels(session.picture(2)), litPixels(session.picture(1)) / 4);
-    EXPECT_GT(litPixels(session.picture(2)), 100);
-    expectSame(session.picture(3), session.picture(1), "faces again");
+    EXPECT_GT(difference(session.picture(1), session.picture(2)).mean, 0.5) << "edges";
+    EXPECT_GT(litPixels(session.picture(2)), litPixels(session.picture(1)) * 9 / 10) << "over faces";
+    EXPECT_LT(litPixels(session.picture(3)), litPixels(session.picture(1)) / 2) << "alone";
+    EXPECT_GT(litPixels(session.picture(3)), 100);
+    expectSame(session.picture(4), session.picture(1), "faces again");
+}
+
+TEST(ViewTest, KeysAreShownAndHidden)
+{
+    const Session session({"picture", "key h", "picture", "key h", "picture"});
+    EXPECT_EQ(session.result().status, succeeded) << session.result().errors;
+    EXPECT_GT(difference(session.picture(1), session.picture(2)).strayPart, 0.1) << "text on a dark ground";
+    expectSame(session.picture(3), session.picture(1), "hidden again");
+}
+
+TEST(ViewTest, GridIsShownAndHidden)
+{
+    const Session session({"key f", "picture", "key g", "picture", "key g", "picture"});
+    EXPECT_EQ(session.result().status, succeeded) << session.result().errors;
+    EXPECT_GT(difference(session.picture(1), session.picture(2)).mean, 0.02) << "lines";
+    expectSame(session.picture(3), session.picture(1), "hidden again");
+}
+
+TEST(ViewTest, NumbersLookThroughTheirCameras)
+{
+    const Session session({"picture", "key f", "picture", "key 1", "picture", "key 2", "picture"});
+    EXPECT_EQ(session.result().status, succeeded) << session.result().errors;
+    EXPECT_GT(difference(session.picture(1), session.picture(2)).mean, 1.0);
+    expectSame(session.picture(3), session.picture(1), "the first camera");
+    expectSame(session.picture(4), session.picture(1), "there is no second");
 }
 
 TEST(ViewTest, WithoutADisplayItIsOneLine)

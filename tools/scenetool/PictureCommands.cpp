@@ -4,18 +4,23 @@
 #include "Viewer.h"
 #include "render/Offscreen.h"
 #include "render/Sheet.h"
+#include "render/TemporaryFolder.h"
 #include "sandbox/Sandbox.h"
 #include "sandbox/SharedCell.h"
 
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cctype>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <iostream>
+#include <memory>
 #include <optional>
+#include <thread>
+#include <utility>
 
 namespace scenetool {
 
@@ -45,15 +50,34 @@ void readSize(const std::string& text, RenderOptions& options)
     }
 }
 
-void readBackground(const std::string& text, RenderOptions& options)
+// "sky", "none", or a color such as 33383f with or without a #.
+void readBackground(const std::string& text, Background& background)
 {
+    if (text == "sky" || text == "none") {
+        background.kind = text == "sky" ? Background::Kind::sky : Background::Kind::none;
+        return;
+    }
+    const std::string digits = text.substr(text.rfind('#', 0) == 0 ? 1 : 0);
     unsigned value = 0;
-    if (text.size() != 6 || !parse(text, 16, value)) {
-        throw PictureUsageError("--background wants a color such as 33383f, not " + text);
+    if (digits.size() != 6 || !parse(digits, 16, value)) {
+        throw PictureUsageError("--background wants sky, none or a color such as 33383f, not " + text);
     }
+    background.kind = Background::Kind::color;
     for (unsigned i = 0; i < 3; ++i) {
-        options.drawing.background[i] = static_cast<float>((value >> (16u - 8u * i)) & 255u) / 255.0f;
+        background.color[i] = static_cast<float>((value >> (16u - 8u * i)) & 255u) / 255.0f;
     }
+}
+
+LightChoice lightChoice(const std::string& text)
+{
+    const std::pair<const char*, LightChoice> choices[] = {
+        {"document", LightChoice::document}, {"head", LightChoice::head}, {"both", LightChoice::both}};
+    for (const auto& [name, choice] : choices) {
+        if (text == name) {
+            return choice;
+        }
+    }
+    throw PictureUsageError("--lights wants document, head or both, not " + text);
 }
 
 bool isPngName(const std::string& path)
@@ -71,7 +95,9 @@ PictureCommands::PictureCommands(CLI::App& app, SandboxOptions& sandbox) : m_san
     m_render->add_option("FILE", m_file, "The document");
     m_render->add_option("--sheet", m_folder,
                          "Draw all documents below this folder on one picture instead; --size is then that of each");
-    m_render->add_option("-o,--output", m_output, "The picture, with a name that ends in .png")->required();
+    m_render
+        ->add_option("-o,--output", m_output, "The picture, with a name that ends in .png, or - for standard output")
+        ->required();
     addViewOptions(*m_render);
     m_render->add_option("--frames", m_frames, "Draw so many pictures, OUT-0000.png and on, from --time or 0");
     sandbox.addTo(*m_render);
@@ -89,8 +115,15 @@ void PictureCommands::addViewOptions(CLI::App& command)
     command.add_option("--camera", m_options.camera, "Look through this camera of the scene, counted from 0");
     command.add_flag("--framed", m_options.isFramed, "Show all of the scene, whatever cameras it has");
     command.add_option("--up", m_up, "The axis that points up where all of the scene is shown: x, y or z");
+    command.add_option("--lights", m_lights,
+                       "What lights the scene: document, head (a light goes with the eye) or both; the document if not "
+                       "said, and the head where it lights nothing");
+    command.add_flag("--as-loaded", m_isAsLoaded,
+                     "Show what the library delivers of the document as it is, which is not prepared then");
     command.add_option("--size", m_size, "Width and height of the picture in pixels; 960x640 if not said");
-    command.add_option("--background", m_background, "Color behind the scene, as 33383f is the one if not said");
+    command.add_option(
+        "--background", m_background,
+        "What is behind the scene: sky, none (a PNG with alpha) or a color such as 33383f; sky if not said");
     command.add_flag("--identity-for-empty", m_options.isIdentityForEmpty,
                      "Draw nodes without transforms, whose matrix is zero, as if they had the identity");
 }
@@ -101,7 +134,10 @@ void PictureCommands::checkOptions()
         readSize(m_size, m_options);
     }
     if (!m_background.empty()) {
-        readBackground(m_background, m_options);
+        readBackground(m_background, m_options.drawing.background);
+    }
+    if (!m_lights.empty()) {
+        m_options.drawing.lights = lightChoice(m_lights);
     }
     if (m_up != "x" && m_up != "y" && m_up != "z") {
         throw PictureUsageError("--up wants x, y or z, not " + m_up);
@@ -120,7 +156,10 @@ void PictureCommands::checkRenderOptions()
     if (!m_folder.empty() && m_frames > 0) {
         throw PictureUsageError("--frames goes with a single FILE");
     }
-    if (!isPngName(m_output)) {
+    if (m_output == standardOutput && m_frames > 0) {
+        throw PictureUsageError("--frames wants a name that ends in .png for --output");
+    }
+    if (m_output != standardOutput && !isPngName(m_output)) {
         throw PictureUsageError("--output wants a name that ends in .png, not " + m_output);
     }
     if (m_render->count("--frames") > 0 && (m_frames == 0 || m_frames > mostFrames)) {
@@ -134,34 +173,48 @@ void PictureCommands::checkRenderOptions()
     }
 }
 
-int PictureCommands::render()
+int PictureCommands::render(const std::filesystem::path& folder)
 {
-    LoadedScene loaded(m_file);
-    if (!loaded.isLoaded()) {
-        complain(m_file, loaded.fault());
+    PictureDocument document(m_file, folder, documentOptions());
+    if (!document.isLoaded()) {
+        complain(m_file, document.fault());
         return failed;
     }
     const Shortfalls::Sink sink = [this](const std::string& line) { complain(m_file, line); };
     const OffscreenContext context;
     if (m_frames == 0) {
-        writePicture(renderPicture(loaded, m_options, sink), m_output);
+        writePicture(renderPicture(document, m_options, sink), m_output, hasAlpha());
         return EXIT_SUCCESS;
     }
     m_sequence.frames = m_frames;
     m_sequence.hasBar = m_hasBar;
-    renderSequence(loaded, m_options, m_sequence, m_output, sink);
+    renderSequence(document, m_options, m_sequence, m_output, sink);
     return EXIT_SUCCESS;
 }
 
 int PictureCommands::view()
 {
-    LoadedScene loaded(m_file);
-    if (!loaded.isLoaded()) {
-        complain(m_file, loaded.fault());
-        return failed;
-    }
-    viewScene(loaded, m_options, [this](const std::string& line) { complain(m_file, line); });
+    const TemporaryFolder folder;
+    const DocumentOpener open = [this, &folder](const std::string& file) {
+        return std::make_unique<PictureDocument>(file, folder.path(), documentOptions());
+    };
+    viewScene(m_file, open, m_options,
+              [this](const std::string& file, const std::string& line) { complain(file, line); });
     return EXIT_SUCCESS;
+}
+
+DocumentOptions PictureCommands::documentOptions() const
+{
+    DocumentOptions options;
+    options.isAsLoaded = m_isAsLoaded;
+    options.time = m_options.time;
+    options.aspect = static_cast<double>(m_options.width) / m_options.height;
+    return options;
+}
+
+bool PictureCommands::hasAlpha() const
+{
+    return m_options.drawing.background.kind == Background::Kind::none;
 }
 
 int PictureCommands::sheet()
@@ -179,31 +232,36 @@ int PictureCommands::sheet()
         return failed;
     }
     std::optional<OffscreenContext> context;
-    if (!isBoxed) {
+    if (isBoxed) { // a context belongs to one thread, so without processes there is one document at a time
+        layout.workers = std::max(1u, std::thread::hardware_concurrency());
+    } else {
         context.emplace();
     }
-    const SheetWorker worker = [this, isBoxed](const std::string& file) {
-        return isBoxed ? drawCellInSandbox(file) : drawCell(file);
+    std::atomic<bool> hasFault{false};
+    const SheetWorker worker = [this, isBoxed, &hasFault](const std::string& file) {
+        SheetCell cell = isBoxed ? drawCellInSandbox(file) : drawCell(file, TemporaryFolder().path());
+        hasFault = hasFault || !cell.picture;
+        return cell;
     };
     const SheetProgress progress = [this](unsigned done, unsigned all) {
         if (m_hasBar) {
             showBar(done, all);
         }
     };
-    writePicture(renderSheet(files, m_folder, layout, worker, progress), m_output);
-    return EXIT_SUCCESS;
+    writePicture(renderSheet(files, m_folder, layout, worker, progress), m_output, hasAlpha());
+    return hasFault ? failed : EXIT_SUCCESS;
 }
 
-SheetCell PictureCommands::drawCell(const std::string& file) const
+SheetCell PictureCommands::drawCell(const std::string& file, const std::filesystem::path& folder) const
 {
     SheetCell cell;
-    LoadedScene loaded(file);
-    if (!loaded.isLoaded()) {
-        cell.fault = loaded.fault();
+    PictureDocument document(file, folder, documentOptions());
+    if (!document.isLoaded()) {
+        cell.fault = document.fault();
     } else {
         try {
             const auto sink = [this, &file](const std::string& line) { complain(file, line); };
-            cell.picture = renderPicture(loaded, m_options, sink);
+            cell.picture = renderPicture(document, m_options, sink);
         } catch (const PictureError& error) {
             cell.fault = error.what();
         }
@@ -217,9 +275,10 @@ SheetCell PictureCommands::drawCell(const std::string& file) const
 SheetCell PictureCommands::drawCellInSandbox(const std::string& file) const
 {
     SharedCell shared(m_options.width, m_options.height);
+    const TemporaryFolder folder; // of this process, which removes it however the other ends
     const SandboxResult result = runInSandbox(m_sandbox.limits(), [&] {
         const OffscreenContext context;
-        shared.put(drawCell(file));
+        shared.put(drawCell(file, folder.path()));
         return EXIT_SUCCESS;
     });
     if (result.failure.empty()) {
@@ -268,7 +327,9 @@ int PictureCommands::run()
         if (!m_folder.empty()) {
             return sheet();
         }
-        return m_sandbox.run(m_file, 1, [this] { return reported([this] { return render(); }); });
+        const TemporaryFolder folder; // of this process, which removes it however a sandbox ends
+        return m_sandbox.run(m_file, 1,
+                             [this, &folder] { return reported([this, &folder] { return render(folder.path()); }); });
     });
 }
 

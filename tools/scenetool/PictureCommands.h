@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <filesystem>
 #include <functional>
 #include <string>
 
@@ -29,10 +30,12 @@ private:
     void addViewOptions(CLI::App& command);
     void checkOptions();
     void checkRenderOptions();
-    int render();
+    int render(const std::filesystem::path& folder);
     int view();
     int sheet();
-    SheetCell drawCell(const std::string& file) const;
+    SheetCell drawCell(const std::string& file, const std::filesystem::path& folder) const;
+    DocumentOptions documentOptions() const;
+    bool hasAlpha() const;
     SheetCell drawCellInSandbox(const std::string& file) const;
     bool canDrawInSandbox() const;
     int reported(const std::function<int()>& action) const;
@@ -47,6 +50,8 @@ private:
     std::string m_size;
     std::string m_up = "y";
     std::string m_background;
+    std::string m_lights;
+    bool m_isAsLoaded = false;
     unsigned m_frames = 0;
     bool m_hasBar = false;
     RenderOptions m_options;

@@ -2,6 +2,8 @@
 
 #include "Printable.h"
 #include "render/Offscreen.h"
+#include "render/Overlay.h"
+#include "render/Sheet.h"
 
 #define GLFW_INCLUDE_NONE
 #include <GLFW/glfw3.h>
@@ -13,15 +15,18 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <system_error>
 #include <utility>
+#include <vector>
 
 namespace scenetool {
 
 const char* const viewerHelp =
     "Mouse: drag turns, with shift or the right button it moves, the wheel zooms, and a drag "
-    "along the lower edge goes through time.\n"
-    "Keys: space plays and halts, left and right step in time, C takes the next camera, "
-    "F shows all, W wires, P writes a picture, Q ends.";
+    "along the lower edge goes through time. A document that is dropped on the window is shown.\n"
+    "Keys: space plays and halts, left and right step in time, C takes the next camera and 1 to 9 that number, "
+    "F shows all, W goes from faces to edges over them and to wires, G shows a grid with the axes, N and B go to the "
+    "next document of the folder and back, P writes a picture, H shows the keys, Q ends.";
 
 namespace {
 
@@ -30,6 +35,7 @@ constexpr int timelineHeight = 10;       // pixels
 constexpr float radiansPerPixel = 0.01f; // of a turn
 constexpr float mostPitch = 1.55f;       // a little less than upright
 constexpr float zoomPerNotch = 0.88f;
+constexpr double secondsBetweenLooks = 0.5; // at the time of the file, for changes
 
 std::string windowError()
 {
@@ -84,18 +90,35 @@ Window openWindow(const RenderOptions& options)
     return window;
 }
 
+// What H shows.
+const std::vector<std::string> helpLines = {
+    "Space       play, halt",
+    "Left, Right step in time",
+    "C           next camera, then all",
+    "1 to 9      that camera",
+    "F           all of the scene",
+    "W           faces, edges over them, wires",
+    "G           grid and axes",
+    "N, B        next document of the folder, back",
+    "P           write a picture",
+    "H           these lines",
+    "Q           end",
+    "Mouse       turn; shift or right: move; wheel: zoom",
+};
+
 class Viewer {
 public:
-    Viewer(GLFWwindow* window, LoadedScene& loaded, const RenderOptions& options, Shortfalls::Sink sink)
+    Viewer(GLFWwindow* window, const std::string& file, DocumentOpener open, const RenderOptions& options,
+           ViewerSink sink)
         : m_window(window),
-          m_file(loaded.file()),
+          m_open(std::move(open)),
+          m_sink(std::move(sink)),
+          m_options(options),
           m_drawing(options.drawing),
-          m_show(loaded, options, std::move(sink)),
-          m_camera(m_show.camera()),
           m_time(options.time.value_or(0.0))
     {
         readSize();
-        m_orbit = m_show.framedOrbit(aspect());
+        show(file);
         glfwSetWindowUserPointer(m_window, this);
         glfwSetKeyCallback(m_window, [](GLFWwindow* w, int key, int, int action, int) {
             if (action != GLFW_RELEASE) {
@@ -107,6 +130,11 @@ public:
             of(w).button(button, action, modifiers);
         });
         glfwSetCursorPosCallback(m_window, [](GLFWwindow* w, double x, double y) { of(w).drag(x, y); });
+        glfwSetDropCallback(m_window, [](GLFWwindow* w, int count, const char** paths) {
+            if (count > 0) {
+                of(w).goToFile(paths[0]);
+            }
+        });
     }
 
     void run()
@@ -119,13 +147,14 @@ public:
             if (m_isPlaying) {
                 glfwPollEvents();
             } else {
-                glfwWaitEvents();
+                glfwWaitEventsTimeout(secondsBetweenLooks);
             }
             const double now = glfwGetTime();
             if (m_isPlaying) {
                 goTo(m_time + now - before);
             }
             before = now;
+            reloadIfChanged(now);
         }
     }
 
@@ -133,6 +162,90 @@ private:
     enum class Drag { none, turn, move, time };
 
     static Viewer& of(GLFWwindow* window) { return *static_cast<Viewer*>(glfwGetWindowUserPointer(window)); }
+
+    // Makes a document the one that is shown. One that cannot be leaves the window without any.
+    void show(const std::string& file)
+    {
+        m_show.reset();
+        m_document.reset(); // the log goes to one document at a time
+        m_file = file;
+        m_changed = changeOf(file);
+        m_document = m_open(file);
+        if (!m_document->isLoaded()) {
+            throw PictureError(m_document->fault());
+        }
+        const Shortfalls::Sink sink = [this](const std::string& line) { m_sink(m_file, line); };
+        m_show = std::make_unique<SceneShow>(*m_document, m_options, sink);
+        m_camera = m_show->camera();
+        m_orbit = m_show->framedOrbit(aspect());
+    }
+
+    // As `show`, with a line for what cannot be shown; the window stays.
+    void tryToShow(const std::string& file)
+    {
+        try {
+            show(file);
+        } catch (const PictureError& error) {
+            m_show.reset();
+            m_sink(file, error.what());
+        }
+    }
+
+    // Another document starts where its own options put it.
+    void goToFile(const std::string& file)
+    {
+        m_options.camera.reset();
+        m_options.time.reset();
+        m_isPlaying = false;
+        m_time = 0.0;
+        tryToShow(file);
+    }
+
+    static std::filesystem::file_time_type changeOf(const std::string& file)
+    {
+        std::error_code error;
+        const std::filesystem::file_time_type changed = std::filesystem::last_write_time(file, error);
+        return error ? std::filesystem::file_time_type::min() : changed;
+    }
+
+    // A file that is gone for a moment is being written anew.
+    void reloadIfChanged(double now)
+    {
+        if (now - m_lookedAt < secondsBetweenLooks) {
+            return;
+        }
+        m_lookedAt = now;
+        const std::filesystem::file_time_type changed = changeOf(m_file);
+        if (changed == m_changed || changed == std::filesystem::file_time_type::min()) {
+            return;
+        }
+        const std::optional<unsigned> camera = m_camera;
+        const Orbit orbit = m_orbit;
+        const bool hadShow = m_show != nullptr;
+        tryToShow(m_file);
+        if (m_show != nullptr && hadShow) {
+            m_orbit = orbit;
+            m_camera = camera && *camera < m_show->cameraCount() ? camera : std::nullopt;
+        }
+    }
+
+    // Through the folder, around its ends.
+    void goToNeighbor(bool isForward)
+    {
+        try {
+            const std::filesystem::path folder = std::filesystem::absolute(m_file).parent_path();
+            std::vector<std::string> files = documentsDirectlyIn(folder.string());
+            const std::string own = (folder / std::filesystem::path(m_file).filename()).string();
+            const auto found = std::find(files.begin(), files.end(), own);
+            if (found == files.end() || files.size() < 2) {
+                return;
+            }
+            const auto place = static_cast<std::size_t>(found - files.begin());
+            goToFile(files[(place + (isForward ? 1 : files.size() - 1)) % files.size()]);
+        } catch (const std::exception& error) { // the folder may be gone
+            m_sink(m_file, error.what());
+        }
+    }
 
     void readSize()
     {
@@ -143,17 +256,43 @@ private:
 
     float aspect() const { return static_cast<float>(m_width) / static_cast<float>(m_height); }
 
-    Viewpoint viewpoint() { return m_camera ? m_show.cameraView(*m_camera, aspect()) : viewpointOf(m_orbit, aspect()); }
+    double length() const { return m_show == nullptr ? 0.0 : m_show->length(); }
+
+    // The scene and what lies over it, into the bound framebuffer.
+    void drawAll()
+    {
+        if (m_show == nullptr) {
+            glClearColor(0.2f, 0.2f, 0.22f, 1.0f);
+            glClear(GL_COLOR_BUFFER_BIT);
+            m_overlay.drawText({"This document cannot be shown, the terminal says why.", "N, B: other documents"},
+                               m_width, m_height);
+            return;
+        }
+        Viewpoint viewpoint = m_camera ? m_show->cameraView(*m_camera, aspect()) : viewpointOf(m_orbit, aspect());
+        if (!m_show->draw(viewpoint, m_drawing) && m_isNewCamera && m_camera) {
+            m_sink(m_file, "camera " + std::to_string(*m_camera) + " sees nothing of the scene, so all is shown");
+            m_camera.reset();
+            viewpoint = viewpointOf(m_orbit, aspect());
+            m_show->draw(viewpoint, m_drawing);
+        }
+        m_isNewCamera = false;
+        if (m_hasGrid) {
+            m_overlay.drawGrid(viewpoint, m_orbit.radius);
+        }
+        if (m_hasHelp) {
+            m_overlay.drawText(helpLines, m_width, m_height);
+        }
+    }
 
     void draw()
     {
         glBindFramebuffer(GL_FRAMEBUFFER, 0);
         glViewport(0, 0, m_width, m_height);
-        m_show.draw(viewpoint(), m_drawing);
+        drawAll();
         drawTimeline();
         const std::string camera = m_camera ? ", camera " + std::to_string(*m_camera) : "";
         char time[32] = "";
-        if (m_show.length() > 0.0) {
+        if (length() > 0.0) {
             std::snprintf(time, sizeof(time), ", %.2f s", m_time); // NOLINT(cert-err33-c): long enough, or cut
         }
         glfwSetWindowTitle(m_window, (printable(m_file) + camera + time).c_str());
@@ -162,10 +301,10 @@ private:
     // A bar along the lower edge, bright as far as the time has come.
     void drawTimeline()
     {
-        if (!(m_show.length() > 0.0)) {
+        if (!(length() > 0.0)) {
             return;
         }
-        const auto done = static_cast<int>(m_width * std::fmod(m_time, m_show.length()) / m_show.length());
+        const auto done = static_cast<int>(m_width * std::fmod(m_time, length()) / length());
         glEnable(GL_SCISSOR_TEST);
         glScissor(0, 0, m_width, timelineHeight);
         glClearColor(0.1f, 0.1f, 0.12f, 1.0f);
@@ -178,18 +317,45 @@ private:
 
     void goTo(double time)
     {
-        m_time = std::max(time, 0.0);
-        if (m_show.length() > 0.0) {
-            m_time = std::fmod(m_time, m_show.length());
+        if (m_show == nullptr) {
+            return;
         }
-        m_show.setTime(m_time);
+        m_time = std::max(time, 0.0);
+        if (length() > 0.0) {
+            m_time = std::fmod(m_time, length());
+        }
+        m_show->setTime(m_time);
     }
 
     void press(int key)
     {
         switch (key) {
+        case GLFW_KEY_N:
+            goToNeighbor(true);
+            return;
+        case GLFW_KEY_B:
+            goToNeighbor(false);
+            return;
+        case GLFW_KEY_Q:
+        case GLFW_KEY_ESCAPE:
+            glfwSetWindowShouldClose(m_window, GLFW_TRUE);
+            return;
+        case GLFW_KEY_H:
+            m_hasHelp = !m_hasHelp;
+            return;
+        default:
+            break;
+        }
+        if (m_show != nullptr) {
+            pressForScene(key);
+        }
+    }
+
+    void pressForScene(int key)
+    {
+        switch (key) {
         case GLFW_KEY_SPACE:
-            m_isPlaying = !m_isPlaying && m_show.length() > 0.0;
+            m_isPlaying = !m_isPlaying && length() > 0.0;
             break;
         case GLFW_KEY_LEFT:
             goTo(m_time - timeStep);
@@ -198,32 +364,37 @@ private:
             goTo(m_time + timeStep);
             break;
         case GLFW_KEY_C:
-            nextCamera();
+            look(m_camera ? *m_camera + 1 : 0);
             break;
         case GLFW_KEY_F:
             m_camera.reset();
-            m_orbit = m_show.framedOrbit(aspect());
+            m_orbit = m_show->framedOrbit(aspect());
             break;
         case GLFW_KEY_W:
-            m_drawing.isWireframe = !m_drawing.isWireframe;
+            m_drawing.faces = m_drawing.faces == Faces::filled     ? Faces::outlined
+                              : m_drawing.faces == Faces::outlined ? Faces::wires
+                                                                   : Faces::filled;
+            break;
+        case GLFW_KEY_G:
+            m_hasGrid = !m_hasGrid;
             break;
         case GLFW_KEY_P:
             writeView();
             break;
-        case GLFW_KEY_Q:
-        case GLFW_KEY_ESCAPE:
-            glfwSetWindowShouldClose(m_window, GLFW_TRUE);
-            break;
         default:
+            if (key >= GLFW_KEY_1 && key <= GLFW_KEY_9 &&
+                static_cast<unsigned>(key - GLFW_KEY_1) < m_show->cameraCount()) {
+                look(static_cast<unsigned>(key - GLFW_KEY_1));
+            }
             break;
         }
     }
 
-    // The view of all comes behind the last.
-    void nextCamera()
+    // After the last camera all is shown.
+    void look(unsigned camera)
     {
-        const unsigned next = m_camera ? *m_camera + 1 : 0;
-        m_camera = next < m_show.cameraCount() ? std::optional<unsigned>(next) : std::nullopt;
+        m_camera = camera < m_show->cameraCount() ? std::optional<unsigned>(camera) : std::nullopt;
+        m_isNewCamera = true;
     }
 
     // Under the first free name in the present folder.
@@ -237,8 +408,8 @@ private:
         try {
             const Canvas canvas(static_cast<unsigned>(m_width), static_cast<unsigned>(m_height));
             canvas.bind();
-            m_show.draw(viewpoint(), m_drawing);
-            writePicture(canvas.picture(), path);
+            drawAll();
+            writePicture(canvas.picture(), path, m_drawing.background.kind == Background::Kind::none);
             std::cout << "The picture is in " << printable(path) << std::endl;
         } catch (const PictureError& error) {
             std::cerr << "scenetool: " << printable(error.what()) << '\n';
@@ -262,7 +433,7 @@ private:
         int width = 0;
         int height = 0;
         glfwGetWindowSize(m_window, &width, &height);
-        if (m_show.length() > 0.0 && m_y >= height - timelineHeight) {
+        if (length() > 0.0 && m_y >= height - timelineHeight) {
             m_drag = Drag::time;
             drag(m_x, m_y);
             return;
@@ -294,20 +465,30 @@ private:
             break;
         }
         case Drag::time:
-            goTo(std::clamp(x / std::max(width, 1), 0.0, 0.9999) * m_show.length());
+            goTo(std::clamp(x / std::max(width, 1), 0.0, 0.9999) * length());
             return;
         }
         m_camera.reset();
     }
 
     GLFWwindow* m_window;
-    std::string m_file;
+    DocumentOpener m_open;
+    ViewerSink m_sink;
+    RenderOptions m_options;
     DrawOptions m_drawing;
-    SceneShow m_show;
-    std::optional<unsigned> m_camera; ///< without one the orbit is shown
+    Overlay m_overlay;
+    std::string m_file;
+    std::filesystem::file_time_type m_changed;
+    double m_lookedAt = 0.0; ///< when the file was looked at
+    std::unique_ptr<PictureDocument> m_document;
+    std::unique_ptr<SceneShow> m_show; ///< null where the document cannot be shown
+    std::optional<unsigned> m_camera;  ///< without one the orbit is shown
+    bool m_isNewCamera = true;         ///< not drawn so far
     Orbit m_orbit;
     double m_time;
     bool m_isPlaying = false;
+    bool m_hasGrid = false;
+    bool m_hasHelp = false;
     Drag m_drag = Drag::none;
     double m_x = 0.0; ///< of the mouse
     double m_y = 0.0;
@@ -317,11 +498,12 @@ private:
 
 } // namespace
 
-void viewScene(LoadedScene& loaded, const RenderOptions& options, Shortfalls::Sink sink)
+void viewScene(const std::string& file, const DocumentOpener& open, const RenderOptions& options,
+               const ViewerSink& sink)
 {
     const WindowSystem system;
     const Window window = openWindow(options);
-    Viewer viewer(window.get(), loaded, options, std::move(sink));
+    Viewer viewer(window.get(), file, open, options, sink);
     std::cout << viewerHelp << std::endl;
     viewer.run();
 }

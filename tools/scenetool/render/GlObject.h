@@ -73,6 +73,13 @@ inline GlObject newFramebuffer()
     return {name, [](GLuint old) { glDeleteFramebuffers(1, &old); }};
 }
 
+inline GlObject newQuery()
+{
+    GLuint name = 0;
+    glGenQueries(1, &name);
+    return {name, [](GLuint old) { glDeleteQueries(1, &old); }};
+}
+
 inline GlObject newShader(GLenum kind)
 {
     return {glCreateShader(kind), [](GLuint old) { glDeleteShader(old); }};

@@ -1,6 +1,7 @@
 #include "Picture.h"
 
 #include <png.h>
+#include <stb/stb_image.h>
 #include <turbojpeg.h>
 
 #include <sys/stat.h>
@@ -97,6 +98,27 @@ Picture readJpeg(const std::vector<unsigned char>& bytes)
     return picture;
 }
 
+// The kinds that need no library of their own.
+Picture readOther(const std::vector<unsigned char>& bytes)
+{
+    const auto size = static_cast<int>(bytes.size()); // fits, by the most that is read
+    int width = 0;
+    int height = 0;
+    int channels = 0;
+    if (stbi_info_from_memory(bytes.data(), size, &width, &height, &channels) == 0) {
+        throw PictureError("is no image of a kind that is read (PNG, JPEG, TGA, BMP, GIF, PSD)");
+    }
+    checkSize(static_cast<unsigned>(std::max(width, 0)), static_cast<unsigned>(std::max(height, 0)));
+    const std::unique_ptr<stbi_uc, void (*)(void*)> pixels(
+        stbi_load_from_memory(bytes.data(), size, &width, &height, &channels, STBI_rgb_alpha), stbi_image_free);
+    if (pixels == nullptr) {
+        throw PictureError(std::string("is no image that can be read: ") + stbi_failure_reason());
+    }
+    Picture picture(static_cast<unsigned>(width), static_cast<unsigned>(height));
+    std::copy_n(pixels.get(), picture.bytes.size(), picture.bytes.data());
+    return picture;
+}
+
 // A new file beside the one that it becomes, gone again unless it is kept.
 class NewFile {
 public:
@@ -144,6 +166,31 @@ private:
     bool m_isKept = false;
 };
 
+std::vector<unsigned char> withoutAlpha(const Picture& picture)
+{
+    std::vector<unsigned char> colors;
+    colors.reserve(3 * (picture.bytes.size() / 4));
+    for (std::size_t i = 0; i < picture.bytes.size(); ++i) {
+        if (i % 4 != 3) {
+            colors.push_back(picture.bytes[i]);
+        }
+    }
+    return colors;
+}
+
+// PNG wants the colors as they are before alpha.
+std::vector<unsigned char> withStraightAlpha(const Picture& picture)
+{
+    std::vector<unsigned char> bytes = picture.bytes;
+    for (std::size_t i = 0; i + 3 < bytes.size(); i += 4) {
+        const unsigned alpha = bytes[i + 3];
+        for (std::size_t k = i; k < i + 3 && alpha > 0; ++k) {
+            bytes[k] = static_cast<unsigned char>(std::min(255u, (bytes[k] * 255u + alpha / 2) / alpha));
+        }
+    }
+    return bytes;
+}
+
 } // namespace
 
 Picture readPicture(const std::string& path)
@@ -159,32 +206,36 @@ Picture readPicture(const std::string& path)
     if (startsWith("\xFF\xD8\xFF")) {
         return readJpeg(bytes);
     }
-    throw PictureError("is neither a PNG nor a JPEG image");
+    return readOther(bytes);
 }
 
-void writePicture(const Picture& picture, const std::string& path)
+void writePicture(const Picture& picture, const std::string& path, bool hasAlpha)
 {
     std::error_code error;
-    if (std::filesystem::exists(path, error) && !std::filesystem::is_regular_file(path, error)) {
+    const bool isFile = path != standardOutput;
+    if (isFile && std::filesystem::exists(path, error) && !std::filesystem::is_regular_file(path, error)) {
         throw PictureError("cannot write " + path + ": it is no file");
     }
-    std::vector<unsigned char> colors;
-    colors.reserve(3 * (picture.bytes.size() / 4));
-    for (std::size_t i = 0; i < picture.bytes.size(); ++i) {
-        if (i % 4 != 3) {
-            colors.push_back(picture.bytes[i]);
-        }
-    }
+    const std::vector<unsigned char> bytes = hasAlpha ? withStraightAlpha(picture) : withoutAlpha(picture);
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
     image.width = picture.width;
     image.height = picture.height;
-    image.format = PNG_FORMAT_RGB;
-    NewFile file(path);
-    if (file.stream() == nullptr ||
-        png_image_write_to_stdio(&image, file.stream(), 0, colors.data(), 0, nullptr) == 0) {
-        throw PictureError("cannot write " + path + ": " + image.message);
+    image.format = hasAlpha ? PNG_FORMAT_RGBA : PNG_FORMAT_RGB;
+    const auto write = [&](FILE* stream) {
+        if (stream == nullptr || png_image_write_to_stdio(&image, stream, 0, bytes.data(), 0, nullptr) == 0) {
+            throw PictureError("cannot write " + (isFile ? path : "to standard output") + ": " + image.message);
+        }
+    };
+    if (!isFile) {
+        write(stdout);
+        if (std::fflush(stdout) != 0) {
+            throw PictureError("cannot write to standard output: " + lastError());
+        }
+        return;
     }
+    NewFile file(path);
+    write(file.stream());
     file.keep();
 }
 

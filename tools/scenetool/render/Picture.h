@@ -32,11 +32,17 @@ struct Picture {
 /// Largest width and height that is drawn or read.
 constexpr unsigned mostPictureSize = 8192;
 
-/// Reads a PNG or JPEG file, told by its first bytes. @throws PictureError
+/// Reads a PNG, JPEG, TGA, BMP, GIF or PSD file, told by what is in it. Of moving ones it is the first picture.
+/// @throws PictureError
 Picture readPicture(const std::string& path);
 
-/// Writes a PNG file without alpha. The file appears, or replaces the one before, when it is whole.
+/// Writes to standard output in place of a file.
+constexpr const char* standardOutput = "-";
+
+/// Writes a PNG file. It appears, or replaces the one before, when it is whole.
+/// @param path of the file, or `standardOutput`
+/// @param hasAlpha keeps the alpha, by which the colors of the picture are multiplied already; else all is opaque
 /// @throws PictureError, also for a path that names something else than a file
-void writePicture(const Picture& picture, const std::string& path);
+void writePicture(const Picture& picture, const std::string& path, bool hasAlpha = false);
 
 } // namespace scenetool

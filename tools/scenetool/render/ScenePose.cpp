@@ -34,7 +34,7 @@ float cosineOfHalf(float degrees)
     return degrees >= 360.0f ? -2.0f : static_cast<float>(std::cos(static_cast<double>(degrees) * 0.5 * radians));
 }
 
-void addPoints(Box& box, libVideo::Primitive& primitive, const Matrix4& world)
+void addPoints(std::vector<Vector3>& points, libVideo::Primitive& primitive, const Matrix4& world)
 {
     libVideo::VertexLayout layout;
     if (!primitive.positionLayout(layout) || layout.byteSize < sizeof(float)) {
@@ -46,16 +46,20 @@ void addPoints(Box& box, libVideo::Primitive& primitive, const Matrix4& world)
     for (std::size_t start = layout.byteOffset; start + size <= primitive.totalByteSize(); start += stride) {
         float point[3] = {};
         std::memcpy(point, bytes + start, size);
-        box.add(transformedPoint(world, {point[0], point[1], point[2]}));
+        const Vector3 placed = transformedPoint(world, {point[0], point[1], point[2]});
+        if (std::isfinite(placed[0]) && std::isfinite(placed[1]) && std::isfinite(placed[2])) {
+            points.push_back(placed);
+        }
     }
 }
 
 } // namespace
 
-ScenePose::ScenePose(const LoadedScene& loaded, bool isIdentityForEmpty) : m_loaded(&loaded)
+ScenePose::ScenePose(const LoadedScene& loaded, const PictureDocument* document, bool isIdentityForEmpty)
+    : m_document(document), m_loaded(&loaded)
 {
-    m_world.reserve(loaded.nodes().size());
-    for (const libVideo::Node* const node : loaded.nodes()) { // parents come before their children
+    m_world.reserve(m_loaded->nodes().size());
+    for (const libVideo::Node* const node : m_loaded->nodes()) { // parents come before their children
         const bool isReplaced = isIdentityForEmpty && isZero(node->transform());
         m_world.push_back(isReplaced ? worldOfParent(*node) : worldOfParent(*node) * node->transform());
     }
@@ -71,11 +75,20 @@ const Matrix4& ScenePose::world(const libVideo::Node* node) const
 void ScenePose::placeLights()
 {
     for (const libVideo::PointLightInstanceHandle& shown : m_loaded->scene().pointLightList()) {
-        m_lights.push_back(placed(*shown->pointLight(), world(shown->node().get())));
+        const libVideo::Node* const node = shown->node().get();
+        PlacedLight light = placed(*shown->pointLight(), world(node));
+        // Prepare puts a light without a place far away on a node that still looks the same way.
+        if (node != nullptr && m_document != nullptr &&
+            m_document->approximation(libPrepare::Approximation::Kind::directionalLight,
+                                      shown->pointLight()->id().data(), node->id().data())) {
+            light.kind = PlacedLight::Kind::directional;
+        }
+        m_lights.push_back(light);
     }
     for (const libVideo::SpotLightInstanceHandle& shown : m_loaded->scene().spotLightList()) {
         const libVideo::SpotLight& spot = *shown->spotLight();
         PlacedLight light = placed(spot, world(shown->node().get()));
+        light.kind = PlacedLight::Kind::spot;
         if (shown->lookatNode()) {
             const Vector3 forward = columnOf(world(shown->lookatNode().get()), 3) - light.position;
             light.direction = length(forward) > 0.0f ? forward.normalized() : light.direction;
@@ -87,9 +100,9 @@ void ScenePose::placeLights()
     }
 }
 
-Box boxOf(const LoadedScene& loaded, const ScenePose& pose)
+std::vector<Vector3> pointsOf(const LoadedScene& loaded, const ScenePose& pose)
 {
-    Box box;
+    std::vector<Vector3> points;
     for (const libVideo::GeometryTable::Bucket& bucket : loaded.scene().geometryTable()) {
         for (const libVideo::NodeHandle& node : bucket.value->nodes()) {
             const Matrix4& world = pose.world(node.get());
@@ -97,9 +110,18 @@ Box boxOf(const LoadedScene& loaded, const ScenePose& pose)
                 continue;
             }
             for (const libVideo::SharedHandle<libVideo::Primitive>& primitive : bucket.value->mesh().primitives()) {
-                addPoints(box, *primitive, world);
+                addPoints(points, *primitive, world);
             }
         }
+    }
+    return points;
+}
+
+Box boxOf(const LoadedScene& loaded, const ScenePose& pose)
+{
+    Box box;
+    for (const Vector3& point : pointsOf(loaded, pose)) {
+        box.add(point);
     }
     return box;
 }

@@ -2,146 +2,47 @@
 
 #include "../Printable.h"
 #include "Picture.h"
-#include "TextureFile.h"
+#include "SceneShaders.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <optional>
 
 namespace scenetool {
 
 namespace {
 
-constexpr unsigned mostLights = 32;
+constexpr unsigned mostLights = 4096;      // beyond it a picture would take hours
 constexpr unsigned mostVertexBytes = 2048; // what every driver takes as the distance of two vertices
-constexpr float ambientLight = 0.2f;       // documents' ambient lights are not read, so there is always a little
+constexpr float ambientFloor = 0.2f;       // for documents as loaded, whose ambient lights are not read
 constexpr float besideOthers = 0.4f;       // strength of a head light where there are lights
 constexpr float pointSize = 3.0f;          // pixels
+constexpr unsigned lightUnit = 4;          // after those of the textures
 
 enum Channel { emissionChannel, ambientChannel, diffuseChannel, specularChannel };
 
-const char* const vertexShader = R"(#version 330 core
-layout(location = 0) in vec3 position;
-layout(location = 1) in vec3 normal;
-layout(location = 2) in vec2 texcoord;
-layout(location = 3) in vec4 color;
-uniform mat4 clipFromWorld;
-uniform mat4 worldFromModel;
-uniform mat3 normalMatrix;
-out vec3 worldPosition;
-out vec3 worldNormal;
-out vec2 vertexTexcoord;
-out vec3 vertexColor;
+const char* const skyVertexShader = R"(#version 330 core
+out float height;
 void main()
 {
-    vec4 world = worldFromModel * vec4(position, 1.0);
-    worldPosition = world.xyz;
-    worldNormal = normalMatrix * normal;
-    vertexTexcoord = texcoord;
-    vertexColor = color.rgb;
-    gl_Position = clipFromWorld * world;
+    vec2 corner = vec2(gl_VertexID == 1 ? 3.0 : -1.0, gl_VertexID == 2 ? 3.0 : -1.0);
+    height = 0.5 + 0.5 * corner.y;
+    gl_Position = vec4(corner, 1.0, 1.0);
 }
 )";
 
-const char* const fragmentShader = R"(#version 330 core
-const int mostLights = 32;
-in vec3 worldPosition;
-in vec3 worldNormal;
-in vec2 vertexTexcoord;
-in vec3 vertexColor;
-uniform vec3 eye;
-uniform vec3 ambientLight;
-uniform int lightCount;
-uniform vec3 lightPosition[mostLights];
-uniform vec3 lightColor[mostLights];
-uniform vec3 lightAttenuation[mostLights];
-uniform vec3 lightDirection[mostLights];
-uniform vec3 lightCone[mostLights]; // cosines of the inner and the outer edge, exponent
-uniform vec3 colors[4];             // emission, ambient, diffuse, specular
-uniform bool hasTexture[4];
-uniform sampler2D textures[4];
-uniform float shininess;
-uniform bool isAmbientDiffuse;
-uniform bool hasNormal;
-uniform bool isPoints;
-uniform bool hasColor;
+const char* const skyFragmentShader = R"(#version 330 core
+in float height;
 out vec4 result;
-
-vec3 facingNormal(vec3 towardsEye)
-{
-    if (isPoints && !hasNormal) {
-        return towardsEye;
-    }
-    if (isPoints) {
-        vec3 own = dot(worldNormal, worldNormal) > 0.0 ? normalize(worldNormal) : towardsEye;
-        return dot(own, towardsEye) < 0.0 ? -own : own;
-    }
-    // Both sides of a face are shown, each lit as if it were the outer one.
-    vec3 flatNormal = cross(dFdx(worldPosition), dFdy(worldPosition));
-    flatNormal = dot(flatNormal, flatNormal) > 0.0 ? normalize(flatNormal) : towardsEye;
-    flatNormal = dot(flatNormal, towardsEye) < 0.0 ? -flatNormal : flatNormal;
-    if (!hasNormal || !(dot(worldNormal, worldNormal) > 0.0)) {
-        return flatNormal;
-    }
-    vec3 own = normalize(worldNormal);
-    return dot(own, flatNormal) < 0.0 ? -own : own;
-}
-
-float spot(int i, vec3 towardsLight)
-{
-    vec3 cone = lightCone[i];
-    if (cone.x < -1.0) {
-        return 1.0;
-    }
-    float cosine = dot(-towardsLight, lightDirection[i]);
-    float edge = cone.x > cone.y ? clamp((cosine - cone.y) / (cone.x - cone.y), 0.0, 1.0) : step(cone.x, cosine);
-    return cone.z > 0.0 ? edge * pow(max(cosine, 0.0), cone.z) : edge;
-}
-
 void main()
 {
-    vec3 emission = hasTexture[0] ? colors[0] * texture(textures[0], vertexTexcoord).rgb : colors[0];
-    vec3 ambient = hasTexture[1] ? colors[1] * texture(textures[1], vertexTexcoord).rgb : colors[1];
-    vec3 diffuse = hasTexture[2] ? colors[2] * texture(textures[2], vertexTexcoord).rgb : colors[2];
-    vec3 specular = hasTexture[3] ? colors[3] * texture(textures[3], vertexTexcoord).rgb : colors[3];
-    diffuse = hasColor ? diffuse * vertexColor : diffuse;
-    ambient = isAmbientDiffuse ? diffuse : ambient;
-
-    vec3 towardsEye = normalize(eye - worldPosition);
-    vec3 normal = facingNormal(towardsEye);
-    vec3 sum = emission + ambient * ambientLight;
-    for (int i = 0; i < lightCount; ++i) {
-        vec3 way = lightPosition[i] - worldPosition;
-        float far = length(way);
-        vec3 towardsLight = far > 0.0 ? way / far : normal;
-        float facing = dot(normal, towardsLight);
-        if (facing <= 0.0) {
-            continue;
-        }
-        float fading = dot(lightAttenuation[i], vec3(1.0, far, far * far));
-        vec3 light = lightColor[i] * spot(i, towardsLight) / max(fading, 1e-6);
-        sum += diffuse * light * facing;
-        if (shininess > 0.0) {
-            vec3 halfway = normalize(towardsLight + towardsEye);
-            sum += specular * light * pow(max(dot(normal, halfway), 0.0), shininess);
-        }
-    }
-    result = vec4(clamp(sum, 0.0, 1.0), 1.0);
+    vec3 below = vec3(0.86, 0.89, 0.91);
+    vec3 above = vec3(0.42, 0.57, 0.72);
+    result = vec4(mix(below, above, smoothstep(0.0, 1.0, height)), 1.0);
 }
 )";
-
-GlObject compiled(GLenum kind, const char* source)
-{
-    GlObject shader = newShader(kind);
-    glShaderSource(shader.name(), 1, &source, nullptr);
-    glCompileShader(shader.name());
-    GLint isCompiled = GL_FALSE;
-    glGetShaderiv(shader.name(), GL_COMPILE_STATUS, &isCompiled);
-    if (isCompiled != GL_TRUE) {
-        std::array<char, 512> text{};
-        glGetShaderInfoLog(shader.name(), static_cast<GLsizei>(text.size()), nullptr, text.data());
-        throw PictureError("cannot draw: the driver refuses a shader: " + printable(text.data()));
-    }
-    return shader;
-}
 
 // Where an attribute goes in, and how many of its floats are of use there; of a kind that is not drawn nothing.
 struct Slot {
@@ -231,56 +132,32 @@ std::array<float, 16> elementsOf(const Matrix4& matrix)
     return result;
 }
 
-void append(std::vector<float>& values, const Vector3& vector)
+void append(std::vector<float>& values, const Vector3& vector, float fourth)
 {
-    values.insert(values.end(), {vector[0], vector[1], vector[2]});
-}
-
-GlObject uploaded(Picture picture)
-{
-    // Texture coordinates start at the lower left corner.
-    for (unsigned y = 0; y < picture.height / 2; ++y) {
-        std::swap_ranges(picture.row(y), picture.row(y) + 4 * std::size_t(picture.width),
-                         picture.row(picture.height - 1 - y));
-    }
-    GLint most = 0;
-    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &most);
-    if (std::max(picture.width, picture.height) > static_cast<unsigned>(most)) {
-        throw PictureError("is too large for the driver");
-    }
-    GlObject texture = newTexture();
-    glBindTexture(GL_TEXTURE_2D, texture.name());
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, static_cast<GLsizei>(picture.width), static_cast<GLsizei>(picture.height),
-                 0, GL_RGBA, GL_UNSIGNED_BYTE, picture.bytes.data());
-    glGenerateMipmap(GL_TEXTURE_2D);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR);
-    return texture;
+    values.insert(values.end(), {vector[0], vector[1], vector[2], fourth});
 }
 
 } // namespace
 
-SceneRenderer::SceneRenderer(const LoadedScene& loaded, Shortfalls& shortfalls)
-    : m_loaded(&loaded), m_shortfalls(&shortfalls)
+bool SceneRenderer::Material::isTransparent() const
 {
-    compile();
-    for (const auto& [id, bucket] : sorted(loaded.scene().geometryTable())) {
-        addGeometry(*bucket->value);
-    }
+    const StoredTexture* const image = textures[diffuseChannel].stored;
+    return opacity < 1.0f || (image != nullptr && image->hasAlpha);
 }
 
-void SceneRenderer::compile()
+SceneRenderer::SceneRenderer(const PictureDocument& document, Shortfalls& shortfalls)
+    : m_document(&document),
+      m_shortfalls(&shortfalls),
+      m_program(sceneShaders::vertex, sceneShaders::fragment),
+      m_sky(skyVertexShader, skyFragmentShader),
+      m_skyArray(newVertexArray()),
+      m_lightBuffer(newBuffer()),
+      m_lightTexture(newTexture()),
+      m_sortedIndices(newBuffer()),
+      m_textures(document, shortfalls)
 {
-    const GlObject vertex = compiled(GL_VERTEX_SHADER, vertexShader);
-    const GlObject fragment = compiled(GL_FRAGMENT_SHADER, fragmentShader);
-    m_program = newProgram();
-    glAttachShader(m_program.name(), vertex.name());
-    glAttachShader(m_program.name(), fragment.name());
-    glLinkProgram(m_program.name());
-    GLint isLinked = GL_FALSE;
-    glGetProgramiv(m_program.name(), GL_LINK_STATUS, &isLinked);
-    if (isLinked != GL_TRUE) {
-        throw PictureError("cannot draw: the driver does not link the shaders");
+    for (const auto& [id, bucket] : sorted(document.scene().scene().geometryTable())) {
+        addGeometry(*bucket->value);
     }
 }
 
@@ -310,8 +187,10 @@ bool SceneRenderer::addMesh(libVideo::Primitive& primitive)
         return false;
     }
     Mesh mesh;
+    mesh.primitive = &primitive;
     mesh.isPoints = primitive.type() == libVideo::PRIMITIVE_POINT_CLOUD;
     mesh.hasNormal = primitive.hasNormal();
+    mesh.hasColor = hasAttribute(primitive, libVideo::SEMANTIC_COLOR);
     mesh.vertexArray = newVertexArray();
     glBindVertexArray(mesh.vertexArray.name());
     mesh.vertices = newBuffer();
@@ -329,11 +208,7 @@ bool SceneRenderer::addMesh(libVideo::Primitive& primitive)
         glBufferData(GL_ELEMENT_ARRAY_BUFFER, static_cast<GLsizeiptr>(indices.size() * sizeof(unsigned)),
                      indices.getData(), GL_STATIC_DRAW);
     }
-    const std::string symbol = primitive.material().data();
-    mesh.material = material(symbol);
-    // Colors of vertices stand in where there is no material; beside one they are data of any kind.
-    mesh.hasColor = hasAttribute(primitive, libVideo::SEMANTIC_COLOR) &&
-                    m_loaded->scene().blinnMaterialTable().lookup(primitive.material()) == nullptr;
+    mesh.material = material(primitive.material().data());
     m_meshes.push_back(std::move(mesh));
     return true;
 }
@@ -341,77 +216,72 @@ bool SceneRenderer::addMesh(libVideo::Primitive& primitive)
 SceneRenderer::Material SceneRenderer::material(const std::string& symbol)
 {
     Material result;
-    std::fill_n(result.colors[diffuseChannel], 3, 0.8f);
-    result.isAmbientDiffuse = true;
-    const auto* const bucket = m_loaded->scene().blinnMaterialTable().lookup(symbol.c_str());
+    if (!m_document->isPrepared()) {
+        result.ambientLight.fill(ambientFloor);
+    }
+    const auto* const bucket = m_document->scene().scene().blinnMaterialTable().lookup(symbol.c_str());
     if (bucket == nullptr) {
         if (!symbol.empty()) {
-            m_shortfalls->add("the material " + printable(symbol) + " has no values, grey is drawn");
+            m_shortfalls->add("the material " + printable(symbol) + " has no values, white is drawn");
         }
+        std::fill_n(result.colors[diffuseChannel], 3, 1.0f);
+        result.isAmbientDiffuse = !m_document->isPrepared();
         return result;
     }
     const libVideo::BlinnMaterial::Component& values = bucket->value->component();
+    // An image that cannot be had is reported for the first of them.
     const struct {
+        Channel channel;
         const char* name;
         const float* color;
         const libVideo::SharedHandle<libVideo::Texture>& texture;
-    } channels[channelCount] = {{"emission", values.emission, values.emissionTexture},
-                                {"ambient", values.ambient, values.ambientTexture},
-                                {"diffuse", values.diffuse, values.diffuseTexture},
-                                {"specular", values.specular, values.specularTexture}};
-    for (unsigned i = 0; i < channelCount; ++i) {
-        std::copy_n(channels[i].color, 3, result.colors[i]);
-        if (channels[i].texture) {
-            result.textures[i] =
-                texture(*channels[i].texture, "the " + std::string(channels[i].name) + " of " + printable(symbol));
+    } channels[channelCount] = {{diffuseChannel, "diffuse", values.diffuse, values.diffuseTexture},
+                                {emissionChannel, "emission", values.emission, values.emissionTexture},
+                                {ambientChannel, "ambient", values.ambient, values.ambientTexture},
+                                {specularChannel, "specular", values.specular, values.specularTexture}};
+    for (const auto& [channel, name, color, shown] : channels) {
+        float* const own = result.colors[channel];
+        std::copy_n(color, 3, own);
+        if (!shown) {
+            continue;
         }
+        result.textures[channel] = m_textures.use(*shown, "the " + std::string(name) + " of " + printable(symbol));
+        if (channel != diffuseChannel && result.textures[channel].stored == nullptr) {
+            std::fill_n(own, 3, 0.0f); // the color of a channel with a texture is white
+        }
+    }
+    result.shininess = values.shininess;
+    if (m_document->isPrepared()) {
+        if (values.ambientTexture || values.emissionTexture) {
+            result.ambientLight = m_document->ambientLight();
+        }
+        result.opacity = std::isfinite(values.transparency) ? std::clamp(values.transparency, 0.0f, 1.0f) : 1.0f;
+        return result;
     }
     // White is what the library gives where the document says nothing. An object that glows all white would show no
     // shape, so an emission of white is taken for none, and such an ambient color for the diffuse one.
-    if (isWhite(result.colors[emissionChannel]) && result.textures[emissionChannel] == nullptr) {
+    if (isWhite(result.colors[emissionChannel]) && !values.emissionTexture) {
         std::fill_n(result.colors[emissionChannel], 3, 0.0f);
     }
-    result.isAmbientDiffuse = isWhite(result.colors[ambientChannel]) && result.textures[ambientChannel] == nullptr;
-    if (values.specularTexture && result.textures[specularChannel] == nullptr) {
-        std::fill_n(result.colors[specularChannel], 3, 0.0f);
-    }
-    // Some exporters write the exponent as a part of one.
-    result.shininess = values.shininess < 1.0f ? 128.0f * values.shininess : values.shininess;
+    result.isAmbientDiffuse = isWhite(result.colors[ambientChannel]) && !values.ambientTexture;
     return result;
 }
 
-const GlObject* SceneRenderer::texture(const libVideo::Texture& shown, const std::string& channel)
+void SceneRenderer::setLights(const ScenePose& pose, const Viewpoint& viewpoint, LightChoice choice)
 {
-    const std::string reference = shown.textureFile().data();
-    if (reference.empty()) {
-        m_shortfalls->add("the texture for " + channel + " leads to no file");
-        return nullptr;
+    std::vector<PlacedLight> lights;
+    if (choice != LightChoice::head) {
+        lights = pose.lights();
     }
-    const std::string path = textureFile(m_loaded->file(), reference);
-    auto found = m_textures.find(path);
-    if (found == m_textures.end()) {
-        GlObject loaded;
-        try {
-            loaded = uploaded(readPicture(path));
-        } catch (const PictureError& error) {
-            m_shortfalls->add("the texture " + printable(reference) + " for " + channel + " " +
-                              printable(error.what()));
+    const std::array<float, 3> ambient = m_document->ambientLight();
+    const bool isDark = lights.empty() && ambient == std::array<float, 3>{};
+    if (choice == LightChoice::head || choice == LightChoice::both || (choice == LightChoice::automatic && isDark)) {
+        if (choice == LightChoice::automatic) {
+            m_shortfalls->add("the document lights nothing, so a light goes with the eye (--lights document leaves it "
+                              "dark)");
         }
-        found = m_textures.emplace(path, std::move(loaded)).first;
-    }
-    return found->second.name() == 0 ? nullptr : &found->second;
-}
-
-GLint SceneRenderer::uniform(const char* name) const
-{
-    return glGetUniformLocation(m_program.name(), name);
-}
-
-void SceneRenderer::setLights(const ScenePose& pose, const Viewpoint& viewpoint)
-{
-    std::vector<PlacedLight> lights = pose.lights();
-    if (viewpoint.hasHeadLight || lights.empty()) {
         PlacedLight headLight;
+        headLight.kind = PlacedLight::Kind::head;
         headLight.position = viewpoint.eye;
         const float strength = lights.empty() ? 1.0f : besideOthers;
         headLight.color = {strength, strength, strength};
@@ -422,78 +292,215 @@ void SceneRenderer::setLights(const ScenePose& pose, const Viewpoint& viewpoint)
                           " are drawn");
         lights.resize(mostLights);
     }
-    std::vector<float> positions;
-    std::vector<float> colors;
-    std::vector<float> attenuations;
-    std::vector<float> directions;
-    std::vector<float> cones;
+    std::vector<float> texels;
     for (const PlacedLight& light : lights) {
-        append(positions, light.position);
-        append(colors, light.color);
-        append(attenuations, light.attenuation);
-        append(directions, light.direction);
-        append(cones, {light.innerCosine, light.outerCosine, light.exponent});
+        append(texels, light.position, static_cast<float>(light.kind));
+        append(texels, light.color, light.innerCosine);
+        append(texels, light.attenuation, light.outerCosine);
+        append(texels, light.direction, light.exponent);
     }
-    const auto count = static_cast<GLsizei>(lights.size());
-    glUniform1i(uniform("lightCount"), count);
-    glUniform3fv(uniform("lightPosition"), count, positions.data());
-    glUniform3fv(uniform("lightColor"), count, colors.data());
-    glUniform3fv(uniform("lightAttenuation"), count, attenuations.data());
-    glUniform3fv(uniform("lightDirection"), count, directions.data());
-    glUniform3fv(uniform("lightCone"), count, cones.data());
+    texels.resize(std::max<std::size_t>(texels.size(), 4)); // a buffer is never empty
+    glBindBuffer(GL_TEXTURE_BUFFER, m_lightBuffer.name());
+    glBufferData(GL_TEXTURE_BUFFER, static_cast<GLsizeiptr>(texels.size() * sizeof(float)), texels.data(),
+                 GL_STREAM_DRAW);
+    glActiveTexture(GL_TEXTURE0 + lightUnit);
+    glBindTexture(GL_TEXTURE_BUFFER, m_lightTexture.name());
+    glTexBuffer(GL_TEXTURE_BUFFER, GL_RGBA32F, m_lightBuffer.name());
+    glUniform1i(m_program.uniform("lights"), lightUnit);
+    glUniform1i(m_program.uniform("lightCount"), static_cast<GLint>(lights.size()));
 }
 
-void SceneRenderer::setMaterial(const Mesh& mesh)
+// Matrices and material of an item, and its vertices.
+void SceneRenderer::setItem(const ScenePose& pose, const Item& item)
 {
+    const Mesh& mesh = m_meshes[item.mesh];
+    const Matrix4& world = pose.world(item.node);
+    glUniformMatrix4fv(m_program.uniform("worldFromModel"), 1, GL_TRUE, elementsOf(world).data());
+    glUniformMatrix3fv(m_program.uniform("normalMatrix"), 1, GL_TRUE, normalMatrixOf(world).data());
     const Material& material = mesh.material;
     GLint hasTexture[channelCount] = {};
     for (unsigned i = 0; i < channelCount; ++i) {
-        hasTexture[i] = material.textures[i] != nullptr ? 1 : 0;
-        glActiveTexture(GL_TEXTURE0 + i);
-        glBindTexture(GL_TEXTURE_2D, material.textures[i] != nullptr ? material.textures[i]->name() : 0);
+        hasTexture[i] = material.textures[i].stored != nullptr ? 1 : 0;
+        material.textures[i].bind(i);
     }
-    glUniform1iv(uniform("hasTexture"), channelCount, hasTexture);
-    glUniform3fv(uniform("colors"), channelCount, &material.colors[0][0]);
-    glUniform1f(uniform("shininess"), material.shininess);
-    glUniform1i(uniform("isAmbientDiffuse"), material.isAmbientDiffuse ? 1 : 0);
-    glUniform1i(uniform("hasNormal"), mesh.hasNormal ? 1 : 0);
-    glUniform1i(uniform("isPoints"), mesh.isPoints ? 1 : 0);
-    glUniform1i(uniform("hasColor"), mesh.hasColor ? 1 : 0);
+    glUniform1iv(m_program.uniform("hasTexture"), channelCount, hasTexture);
+    glUniform3fv(m_program.uniform("colors"), channelCount, &material.colors[0][0]);
+    glUniform1f(m_program.uniform("shininess"), material.shininess);
+    glUniform1f(m_program.uniform("opacity"), material.opacity);
+    glUniform3fv(m_program.uniform("ambientLight"), 1, material.ambientLight.data());
+    glUniform1i(m_program.uniform("isAmbientDiffuse"), material.isAmbientDiffuse ? 1 : 0);
+    glUniform1i(m_program.uniform("hasNormal"), mesh.hasNormal ? 1 : 0);
+    glUniform1i(m_program.uniform("isPoints"), mesh.isPoints ? 1 : 0);
+    glUniform1i(m_program.uniform("hasColor"), mesh.hasColor ? 1 : 0);
+    glBindVertexArray(mesh.vertexArray.name());
 }
 
-void SceneRenderer::draw(const ScenePose& pose, const Viewpoint& viewpoint, const DrawOptions& options)
+void SceneRenderer::drawWhole(const Mesh& mesh) const
 {
-    glClearColor(options.background[0], options.background[1], options.background[2], 1.0f);
-    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    glEnable(GL_DEPTH_TEST);
-    glDepthFunc(GL_LEQUAL);
-    glPointSize(pointSize);
-    glPolygonMode(GL_FRONT_AND_BACK, options.isWireframe ? GL_LINE : GL_FILL);
-    glUseProgram(m_program.name());
-    const GLint units[channelCount] = {0, 1, 2, 3};
-    glUniform1iv(uniform("textures"), channelCount, units);
-    glUniform3f(uniform("ambientLight"), ambientLight, ambientLight, ambientLight);
-    glUniform3f(uniform("eye"), viewpoint.eye[0], viewpoint.eye[1], viewpoint.eye[2]);
-    // Row by row, which OpenGL transposes.
-    glUniformMatrix4fv(uniform("clipFromWorld"), 1, GL_TRUE, elementsOf(viewpoint.clipFromWorld).data());
-    setLights(pose, viewpoint);
+    if (mesh.isPoints) {
+        glDrawArrays(GL_POINTS, 0, mesh.count);
+    } else {
+        glDrawElements(GL_TRIANGLES, mesh.count, GL_UNSIGNED_INT, nullptr);
+    }
+}
+
+// Far ones first.
+std::vector<SceneRenderer::Face> SceneRenderer::sortedFaces(const ScenePose& pose, const Viewpoint& viewpoint) const
+{
+    std::vector<Face> faces;
+    for (std::size_t i = 0; i < m_items.size(); ++i) {
+        const Mesh& mesh = m_meshes[m_items[i].mesh];
+        const Matrix4& world = pose.world(m_items[i].node);
+        libVideo::VertexLayout layout;
+        if (!mesh.material.isTransparent() || mesh.isPoints || isZero(world) || !isFinite(world) ||
+            !mesh.primitive->positionLayout(layout)) {
+            continue;
+        }
+        const std::size_t size = std::min<std::size_t>(layout.byteSize, 3 * sizeof(float));
+        const unsigned char* const bytes = mesh.primitive->vertexBuffer().get() + layout.byteOffset;
+        const std::size_t stride = mesh.primitive->bytesPerVertex();
+        const Matrix4 clip = viewpoint.clipFromWorld * world;
+        const vesk::Array<unsigned>& indices = mesh.primitive->indexBuffer();
+        for (unsigned corner = 0; corner + 2 < indices.size(); corner += 3) {
+            float sums[3] = {};
+            for (unsigned k = 0; k < 3; ++k) {
+                float point[3] = {};
+                std::memcpy(point, bytes + stride * indices[corner + k], size);
+                for (unsigned axis = 0; axis < 3; ++axis) {
+                    sums[axis] += point[axis];
+                }
+            }
+            const float depth = clip[8] * sums[0] + clip[9] * sums[1] + clip[10] * sums[2] + 3.0f * clip[11];
+            faces.push_back({std::isfinite(depth) ? depth : 0.0f, i, corner});
+        }
+    }
+    std::stable_sort(faces.begin(), faces.end(), [](const Face& a, const Face& b) { return a.depth > b.depth; });
+    return faces;
+}
+
+// Far faces shine through near ones, so they come first and hide nothing.
+void SceneRenderer::drawTransparent(const ScenePose& pose, const Viewpoint& viewpoint)
+{
+    const std::vector<Face> faces = sortedFaces(pose, viewpoint);
+    std::vector<unsigned> indices;
+    indices.reserve(3 * faces.size());
+    for (const Face& face : faces) {
+        const vesk::Array<unsigned>& all = m_meshes[m_items[face.item].mesh].primitive->indexBuffer();
+        for (unsigned k = 0; k < 3; ++k) {
+            indices.push_back(all[static_cast<unsigned>(face.firstIndex) + k]);
+        }
+    }
+    glEnable(GL_BLEND);
+    glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
+    glDepthMask(GL_FALSE);
+    for (std::size_t first = 0; first < faces.size();) {
+        std::size_t last = first;
+        while (last < faces.size() && faces[last].item == faces[first].item) {
+            ++last;
+        }
+        const Item& item = m_items[faces[first].item];
+        setItem(pose, item);
+        glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, m_sortedIndices.name());
+        if (first == 0) {
+            glBufferData(GL_ELEMENT_ARRAY_BUFFER, static_cast<GLsizeiptr>(indices.size() * sizeof(unsigned)),
+                         indices.data(), GL_STREAM_DRAW);
+        }
+        const std::size_t offset = 3 * first * sizeof(unsigned);
+        glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(3 * (last - first)), GL_UNSIGNED_INT,
+                       reinterpret_cast<const void*>(offset)); // NOLINT(performance-no-int-to-ptr): OpenGL's way
+        glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, m_meshes[item.mesh].indices.name());
+        first = last;
+    }
+    glDepthMask(GL_TRUE);
+    glDisable(GL_BLEND);
+}
+
+void SceneRenderer::drawFilled(const ScenePose& pose, const Viewpoint& viewpoint)
+{
+    bool hasTransparent = false;
     for (const Item& item : m_items) {
         const Mesh& mesh = m_meshes[item.mesh];
         const Matrix4& world = pose.world(item.node);
         if (isZero(world) || !isFinite(world)) {
             continue;
         }
-        glUniformMatrix4fv(uniform("worldFromModel"), 1, GL_TRUE, elementsOf(world).data());
-        glUniformMatrix3fv(uniform("normalMatrix"), 1, GL_TRUE, normalMatrixOf(world).data());
-        setMaterial(mesh);
-        glBindVertexArray(mesh.vertexArray.name());
-        if (mesh.isPoints) {
-            glDrawArrays(GL_POINTS, 0, mesh.count);
-        } else {
-            glDrawElements(GL_TRIANGLES, mesh.count, GL_UNSIGNED_INT, nullptr);
+        if (mesh.material.isTransparent() && !mesh.isPoints) {
+            hasTransparent = true;
+            continue;
+        }
+        setItem(pose, item);
+        drawWhole(mesh);
+    }
+    if (hasTransparent) {
+        drawTransparent(pose, viewpoint);
+    }
+}
+
+void SceneRenderer::drawWires(const ScenePose& pose)
+{
+    glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
+    for (const Item& item : m_items) {
+        const Mesh& mesh = m_meshes[item.mesh];
+        const Matrix4& world = pose.world(item.node);
+        if (!isZero(world) && isFinite(world)) {
+            setItem(pose, item);
+            drawWhole(mesh);
         }
     }
     glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+}
+
+void SceneRenderer::drawSky()
+{
+    glDisable(GL_DEPTH_TEST);
+    m_sky.use();
+    glBindVertexArray(m_skyArray.name());
+    glDrawArrays(GL_TRIANGLES, 0, 3);
+}
+
+bool SceneRenderer::draw(const ScenePose& pose, const Viewpoint& viewpoint, const DrawOptions& options)
+{
+    const Background& background = options.background;
+    const float alpha = background.kind == Background::Kind::none ? 0.0f : 1.0f;
+    glDepthMask(GL_TRUE);
+    glClearColor(background.color[0] * alpha, background.color[1] * alpha, background.color[2] * alpha, alpha);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    if (background.kind == Background::Kind::sky) {
+        drawSky();
+    }
+    glEnable(GL_DEPTH_TEST);
+    glDepthFunc(GL_LEQUAL);
+    glPointSize(pointSize);
+    m_program.use();
+    const GLint units[channelCount] = {0, 1, 2, 3};
+    glUniform1iv(m_program.uniform("textures"), channelCount, units);
+    const Vector3& from = viewpoint.isFar ? viewpoint.towards : viewpoint.eye;
+    glUniform4f(m_program.uniform("eye"), from[0], from[1], from[2], viewpoint.isFar ? 0.0f : 1.0f);
+    glUniform1i(m_program.uniform("isFlat"), 0);
+    // Row by row, which OpenGL transposes.
+    glUniformMatrix4fv(m_program.uniform("clipFromWorld"), 1, GL_TRUE, elementsOf(viewpoint.clipFromWorld).data());
+    setLights(pose, viewpoint, options.lights);
+    const GlObject query = newQuery();
+    glBeginQuery(GL_ANY_SAMPLES_PASSED, query.name());
+    if (options.faces == Faces::wires) {
+        drawWires(pose);
+    } else {
+        const bool isOutlined = options.faces == Faces::outlined;
+        if (isOutlined) { // so that the edges win
+            glEnable(GL_POLYGON_OFFSET_FILL);
+            glPolygonOffset(1.0f, 1.0f);
+        }
+        drawFilled(pose, viewpoint);
+        glDisable(GL_POLYGON_OFFSET_FILL);
+    }
+    glEndQuery(GL_ANY_SAMPLES_PASSED);
+    if (options.faces == Faces::outlined) {
+        glUniform1i(m_program.uniform("isFlat"), 1);
+        drawWires(pose);
+    }
+    GLuint isSeen = 0;
+    glGetQueryObjectuiv(query.name(), GL_QUERY_RESULT, &isSeen);
+    return isSeen != 0;
 }
 
 } // namespace scenetool

@@ -1,66 +1,73 @@
 #pragma once
 
-#include "../LoadedScene.h"
 #include "GlObject.h"
+#include "PictureDocument.h"
 #include "ScenePose.h"
+#include "ShaderProgram.h"
+#include "Shortfalls.h"
+#include "TextureStore.h"
 #include "Viewpoint.h"
 
 #include <array>
-#include <functional>
-#include <map>
-#include <set>
 #include <string>
 #include <vector>
 
 namespace scenetool {
 
-/// Takes what falls short of a whole picture: one line of text each, none twice.
-class Shortfalls {
-public:
-    using Sink = std::function<void(const std::string& line)>;
-
-    explicit Shortfalls(Sink sink) : m_sink(std::move(sink)) {}
-    void add(const std::string& line)
-    {
-        if (m_known.insert(line).second) {
-            m_sink(line);
-        }
-    }
-
-private:
-    Sink m_sink;
-    std::set<std::string> m_known;
+/// Which lights shine on a scene.
+enum class LightChoice {
+    automatic, ///< those of the document, or where it has none a light that goes with the eye
+    document,
+    head,
+    both,
 };
+
+/// What is behind the scene.
+struct Background {
+    enum class Kind { sky, color, none };
+    Kind kind = Kind::sky;
+    std::array<float, 3> color{0.0f, 0.0f, 0.0f}; ///< of one that has a color
+};
+
+/// Faces, their edges, or both.
+enum class Faces { filled, outlined, wires };
 
 /// How a scene is drawn.
 struct DrawOptions {
-    std::array<float, 3> background{0.20f, 0.22f, 0.25f};
-    bool isWireframe = false;
+    Background background;
+    LightChoice lights = LightChoice::automatic;
+    Faces faces = Faces::filled;
 };
 
 /// The geometries and materials of a scene as buffers, textures and a shader of OpenGL.
 ///
-/// Vertex streams and index buffers go over as they are; a vertex layout becomes the pointers into them. Shading is
-/// Blinn's and Phong's with all lights of the pose, on colors as the document writes them.
+/// Vertex streams and index buffers go over as they are; a vertex layout becomes the pointers into them. Each pixel is
+/// emission, plus for each light its color times diffuse times the cosine, plus specular times the lobe of Phong;
+/// colors are as the document writes them, cut off at 1 at the end.
 class SceneRenderer {
 public:
     /// Needs a current context of OpenGL 3.3, which has to stay as long as the renderer does.
     /// @throws PictureError if the driver refuses the shader
-    SceneRenderer(const LoadedScene& loaded, Shortfalls& shortfalls);
+    SceneRenderer(const PictureDocument& document, Shortfalls& shortfalls);
 
     /// Whether there is anything to draw at all.
     bool isEmpty() const { return m_items.empty(); }
     /// Clears the bound framebuffer and draws the scene into it.
-    void draw(const ScenePose& pose, const Viewpoint& viewpoint, const DrawOptions& options);
+    /// @return whether anything of the scene is in the picture
+    bool draw(const ScenePose& pose, const Viewpoint& viewpoint, const DrawOptions& options);
 
 private:
     static constexpr unsigned channelCount = 4;
 
     struct Material {
         float colors[channelCount][3] = {}; ///< emission, ambient, diffuse, specular
-        const GlObject* textures[channelCount] = {};
+        UsedTexture textures[channelCount];
         float shininess = 0.0f;
-        bool isAmbientDiffuse = false; ///< the document gives no ambient color
+        float opacity = 1.0f;
+        bool isAmbientDiffuse = false;       ///< the document gives no ambient color
+        std::array<float, 3> ambientLight{}; ///< as far as it is not in the emission
+
+        bool isTransparent() const;
     };
     struct Mesh {
         GlObject vertexArray;
@@ -70,26 +77,41 @@ private:
         bool isPoints = false;
         bool hasNormal = false;
         bool hasColor = false;
+        libVideo::Primitive* primitive = nullptr;
         Material material;
     };
     struct Item {
         std::size_t mesh;
         const libVideo::Node* node;
     };
+    /// A transparent triangle.
+    struct Face {
+        float depth;
+        std::size_t item;
+        std::size_t firstIndex;
+    };
 
-    void compile();
     void addGeometry(const libVideo::Geometry& geometry);
     bool addMesh(libVideo::Primitive& primitive);
     Material material(const std::string& symbol);
-    const GlObject* texture(const libVideo::Texture& shown, const std::string& channel);
-    void setLights(const ScenePose& pose, const Viewpoint& viewpoint);
-    void setMaterial(const Mesh& mesh);
-    GLint uniform(const char* name) const;
+    void setLights(const ScenePose& pose, const Viewpoint& viewpoint, LightChoice choice);
+    void setItem(const ScenePose& pose, const Item& item);
+    void drawFilled(const ScenePose& pose, const Viewpoint& viewpoint);
+    void drawWires(const ScenePose& pose);
+    void drawSky();
+    void drawWhole(const Mesh& mesh) const;
+    void drawTransparent(const ScenePose& pose, const Viewpoint& viewpoint);
+    std::vector<Face> sortedFaces(const ScenePose& pose, const Viewpoint& viewpoint) const;
 
-    const LoadedScene* m_loaded;
+    const PictureDocument* m_document;
     Shortfalls* m_shortfalls;
-    GlObject m_program;
-    std::map<std::string, GlObject> m_textures; ///< by the file; without a name where it cannot be had
+    ShaderProgram m_program;
+    ShaderProgram m_sky;
+    GlObject m_skyArray; ///< of no vertices, which a core context wants all the same
+    GlObject m_lightBuffer;
+    GlObject m_lightTexture;
+    GlObject m_sortedIndices;
+    TextureStore m_textures;
     std::vector<Mesh> m_meshes;
     std::vector<Item> m_items;
 };

@@ -16,12 +16,6 @@ float aspectOf(const RenderOptions& options)
     return static_cast<float>(options.width) / static_cast<float>(options.height);
 }
 
-Viewpoint viewpointFor(SceneShow& show, const RenderOptions& options)
-{
-    const float aspect = aspectOf(options);
-    return show.camera() ? show.cameraView(*show.camera(), aspect) : viewpointOf(show.framedOrbit(aspect), aspect);
-}
-
 std::string frameFile(const std::string& output, unsigned frame)
 {
     std::string number = std::to_string(frame);
@@ -44,13 +38,17 @@ std::size_t collapsedPlaces(const LoadedScene& loaded, const ScenePose& pose)
 
 } // namespace
 
-SceneShow::SceneShow(LoadedScene& loaded, const RenderOptions& options, Shortfalls::Sink sink)
-    : m_loaded(&loaded),
+SceneShow::SceneShow(PictureDocument& document, const RenderOptions& options, Shortfalls::Sink sink)
+    : m_document(&document),
+      m_loaded(&document.scene()),
       m_options(options),
       m_shortfalls(std::move(sink)),
-      m_renderer(loaded, m_shortfalls),
-      m_pose(loaded, options.isIdentityForEmpty)
+      m_renderer(document, m_shortfalls),
+      m_pose(document, options.isIdentityForEmpty)
 {
+    for (const std::string& note : document.notes()) {
+        m_shortfalls.add(printable(note));
+    }
     if (options.camera && *options.camera >= cameraCount()) {
         throw PictureUsageError("there is no camera " + std::to_string(*options.camera) + ": the document has " +
                                 std::to_string(cameraCount()) + ", counted from 0");
@@ -58,7 +56,7 @@ SceneShow::SceneShow(LoadedScene& loaded, const RenderOptions& options, Shortfal
     if (m_renderer.isEmpty()) {
         throw PictureError("nothing to draw: the scene shows no geometry");
     }
-    for (const libVideo::CameraInstanceHandle& camera : loaded.scene().cameraList()) {
+    for (const libVideo::CameraInstanceHandle& camera : m_loaded->scene().cameraList()) {
         m_restProjections.push_back(camera->projection());
     }
     if (!options.isFramed && cameraCount() > 0) {
@@ -67,9 +65,9 @@ SceneShow::SceneShow(LoadedScene& loaded, const RenderOptions& options, Shortfal
     if (options.time) {
         setTime(*options.time);
     }
-    m_box = boxOf(loaded, m_pose);
-    const std::size_t collapsed = collapsedPlaces(loaded, m_pose);
-    if (m_box.isEmpty()) {
+    m_points = pointsOf(*m_loaded, m_pose);
+    const std::size_t collapsed = collapsedPlaces(*m_loaded, m_pose);
+    if (m_points.empty()) {
         throw PictureError(collapsed == 0 ? "nothing to draw: no geometry stands at a finite place"
                                           : "nothing to draw: all geometry is on or below nodes without transforms, "
                                             "whose matrix is zero (--identity-for-empty draws it)");
@@ -86,12 +84,24 @@ void SceneShow::setTime(double time)
         m_shortfalls.add("the evaluation ended with " + m_loaded->failure()->type + ": " +
                          printable(m_loaded->failure()->message));
     }
-    m_pose = ScenePose(*m_loaded, m_options.isIdentityForEmpty);
+    m_pose = ScenePose(*m_document, m_options.isIdentityForEmpty);
 }
 
-void SceneShow::draw(const Viewpoint& viewpoint, const DrawOptions& options)
+bool SceneShow::draw(const Viewpoint& viewpoint, const DrawOptions& options)
 {
-    m_renderer.draw(m_pose, viewpoint, options);
+    return m_renderer.draw(m_pose, viewpoint, options);
+}
+
+void SceneShow::drawAsAsked(float aspect)
+{
+    if (m_camera) {
+        if (draw(cameraView(*m_camera, aspect), m_options.drawing)) {
+            return;
+        }
+        m_shortfalls.add("camera " + std::to_string(*m_camera) + " sees nothing of the scene, so all is shown");
+        m_camera.reset();
+    }
+    draw(viewpointOf(framedOrbit(aspect), aspect), m_options.drawing);
 }
 
 unsigned SceneShow::cameraCount() const
@@ -99,11 +109,22 @@ unsigned SceneShow::cameraCount() const
     return m_loaded->scene().cameraList().size();
 }
 
+// What a camera stands in for, if it is an orthographic one of the document.
+const libPrepare::Approximation* SceneShow::orthographic(const libVideo::CameraInstance& camera) const
+{
+    if (!camera.node() || !camera.camera()) {
+        return nullptr;
+    }
+    return m_document->approximation(libPrepare::Approximation::Kind::orthographicCamera, camera.camera()->id().data(),
+                                     camera.node()->id().data());
+}
+
 Viewpoint SceneShow::cameraView(unsigned camera, float aspect)
 {
     const libVideo::CameraInstance& shown = *m_loaded->scene().cameraList()[camera];
     std::string reason;
-    const std::optional<Viewpoint> viewpoint = viewpointOf(shown, m_pose, m_restProjections[camera], aspect, reason);
+    const std::optional<Viewpoint> viewpoint =
+        viewpointOf(shown, m_pose, m_restProjections[camera], aspect, orthographic(shown), reason);
     if (!viewpoint) {
         m_shortfalls.add("camera " + std::to_string(camera) + " shows nothing, so all is shown: " + reason);
     }
@@ -112,7 +133,7 @@ Viewpoint SceneShow::cameraView(unsigned camera, float aspect)
 
 Orbit SceneShow::framedOrbit(float aspect) const
 {
-    return framed(m_box, m_options.up, aspect);
+    return framed(m_points, m_options.up, aspect);
 }
 
 double SceneShow::length() const
@@ -136,26 +157,32 @@ void showBar(unsigned done, unsigned all)
               << std::flush;
 }
 
-Picture renderPicture(LoadedScene& loaded, const RenderOptions& options, Shortfalls::Sink sink)
+Picture renderPicture(PictureDocument& document, const RenderOptions& options, Shortfalls::Sink sink)
 {
-    SceneShow show(loaded, options, std::move(sink));
+    SceneShow show(document, options, std::move(sink));
     const Canvas canvas(options.width, options.height);
     canvas.bind();
-    show.draw(viewpointFor(show, options), options.drawing);
+    show.drawAsAsked(aspectOf(options));
     return canvas.picture();
 }
 
-void renderSequence(LoadedScene& loaded, const RenderOptions& options, const SequenceOptions& sequence,
+void renderSequence(PictureDocument& document, const RenderOptions& options, const SequenceOptions& sequence,
                     const std::string& output, Shortfalls::Sink sink)
 {
     RenderOptions atStart = options;
     atStart.time = options.time.value_or(0.0);
-    SceneShow show(loaded, atStart, std::move(sink));
+    SceneShow show(document, atStart, std::move(sink));
     const Canvas canvas(options.width, options.height);
+    const float aspect = aspectOf(options);
+    const Viewpoint all = viewpointOf(show.framedOrbit(aspect), aspect);
     for (unsigned frame = 0; frame < sequence.frames; ++frame) {
         show.setTime(*atStart.time + frame / sequence.framesPerSecond);
         canvas.bind();
-        show.draw(viewpointFor(show, atStart), options.drawing);
+        if (frame == 0) {
+            show.drawAsAsked(aspect);
+        } else {
+            show.draw(show.camera() ? show.cameraView(*show.camera(), aspect) : all, options.drawing);
+        }
         writePicture(canvas.picture(), frameFile(output, frame));
         if (sequence.hasBar) {
             showBar(frame + 1, sequence.frames);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Picture.h"
+#include "PictureDocument.h"
 #include "SceneRenderer.h"
 #include "Viewpoint.h"
 
@@ -32,14 +33,16 @@ struct RenderOptions {
 class SceneShow {
 public:
     /// @throws PictureUsageError for a camera that the scene does not have, PictureError without anything to show
-    SceneShow(LoadedScene& loaded, const RenderOptions& options, Shortfalls::Sink sink);
+    SceneShow(PictureDocument& document, const RenderOptions& options, Shortfalls::Sink sink);
     SceneShow(const SceneShow&) = delete;
     SceneShow& operator=(const SceneShow&) = delete;
 
     /// Puts the scene to a time in seconds.
     void setTime(double time);
-    /// Draws into the bound framebuffer.
-    void draw(const Viewpoint& viewpoint, const DrawOptions& options);
+    /// Draws into the bound framebuffer. @return whether anything of the scene is in the picture
+    bool draw(const Viewpoint& viewpoint, const DrawOptions& options);
+    /// Draws what the options ask for, or all of the scene where their camera sees nothing, which stays so then.
+    void drawAsAsked(float aspect);
     /// What a camera of the scene sees now; what `framedView` shows if it can show nothing.
     Viewpoint cameraView(unsigned camera, float aspect);
     /// The camera that the options ask for, else the first; nothing in a scene without any, or for a view of all.
@@ -51,21 +54,22 @@ public:
     double length() const;
 
 private:
-    void pose();
+    const libPrepare::Approximation* orthographic(const libVideo::CameraInstance& camera) const;
 
+    PictureDocument* m_document;
     LoadedScene* m_loaded;
     RenderOptions m_options;
     Shortfalls m_shortfalls;
     SceneRenderer m_renderer;
     ScenePose m_pose;
-    Box m_box;
+    std::vector<Vector3> m_points; ///< as the scene was at first
     std::vector<Matrix4> m_restProjections;
     std::optional<unsigned> m_camera;
 };
 
 /// One picture of a document. Needs a current context of OpenGL 3.3.
 /// @throws PictureError if there is nothing to show, or the drawing fails
-Picture renderPicture(LoadedScene& loaded, const RenderOptions& options, Shortfalls::Sink sink);
+Picture renderPicture(PictureDocument& document, const RenderOptions& options, Shortfalls::Sink sink);
 
 /// A row of pictures in time.
 struct SequenceOptions {
@@ -79,7 +83,7 @@ void showBar(unsigned done, unsigned all);
 
 /// Writes "name-0000.png", "name-0001.png" and so on for an output of "name.png". Needs a current context.
 /// @throws PictureError; the pictures before stay
-void renderSequence(LoadedScene& loaded, const RenderOptions& options, const SequenceOptions& sequence,
+void renderSequence(PictureDocument& document, const RenderOptions& options, const SequenceOptions& sequence,
                     const std::string& output, Shortfalls::Sink sink);
 
 } // namespace scenetool

@@ -7,8 +7,11 @@
 #include <cctype>
 #include <cmath>
 #include <cstring>
+#include <exception>
 #include <filesystem>
+#include <mutex>
 #include <system_error>
+#include <thread>
 
 namespace scenetool {
 
@@ -129,6 +132,45 @@ bool isDocument(const std::filesystem::directory_entry& entry)
     return ending == ".dae" && entry.is_regular_file(error);
 }
 
+// All cells, in the order of the files.
+std::vector<SheetCell> drawnCells(const std::vector<std::string>& files, unsigned workers, const SheetWorker& worker,
+                                  const SheetProgress& progress)
+{
+    std::vector<SheetCell> cells(files.size());
+    std::mutex mutex;
+    std::size_t next = 0;
+    unsigned done = 0;
+    std::exception_ptr failure;
+    const auto work = [&] {
+        for (std::unique_lock<std::mutex> lock(mutex); next < files.size() && !failure;) {
+            const std::size_t own = next++;
+            lock.unlock();
+            try {
+                cells[own] = worker(files[own]);
+                lock.lock();
+                progress(++done, static_cast<unsigned>(files.size()));
+            } catch (...) {
+                if (!lock.owns_lock()) {
+                    lock.lock();
+                }
+                failure = std::current_exception();
+            }
+        }
+    };
+    std::vector<std::thread> threads;
+    for (unsigned i = 1; i < workers; ++i) {
+        threads.emplace_back(work);
+    }
+    work();
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    if (failure) {
+        std::rethrow_exception(failure);
+    }
+    return cells;
+}
+
 } // namespace
 
 std::vector<std::string> documentsIn(const std::string& folder)
@@ -152,6 +194,23 @@ std::vector<std::string> documentsIn(const std::string& folder)
     return files;
 }
 
+std::vector<std::string> documentsDirectlyIn(const std::string& folder)
+{
+    std::error_code error;
+    std::vector<std::string> files;
+    std::filesystem::directory_iterator entry(folder, error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        if (isDocument(*entry)) {
+            files.push_back(entry->path().string());
+        }
+    }
+    if (error) {
+        throw PictureError(folder + " cannot be listed: " + error.message());
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
 Picture renderSheet(const std::vector<std::string>& files, const std::string& folder, const SheetOptions& options,
                     const SheetWorker& worker, const SheetProgress& progress)
 {
@@ -165,10 +224,11 @@ Picture renderSheet(const std::vector<std::string>& files, const std::string& fo
     }
     Picture sheet(static_cast<unsigned>(width), static_cast<unsigned>(height));
     fill(sheet, {0, 0}, sheet.width, sheet.height, paper);
+    const std::vector<SheetCell> cells = drawnCells(files, options.workers, worker, progress);
     for (unsigned i = 0; i < count; ++i) {
         const Place place{gap + (i % columns) * (options.cellWidth + gap),
                           gap + (i / columns) * (options.cellHeight + labelHeight + gap)};
-        const SheetCell cell = worker(files[i]);
+        const SheetCell& cell = cells[i];
         if (cell.picture) {
             copy(*cell.picture, sheet, place, options);
         } else {
@@ -176,7 +236,6 @@ Picture renderSheet(const std::vector<std::string>& files, const std::string& fo
         }
         const std::string name = std::filesystem::path(files[i]).lexically_relative(folder).string();
         write(sheet, {place.x, place.y + options.cellHeight + textTop}, fitted(plain(name), options.cellWidth));
-        progress(i + 1, count);
     }
     return sheet;
 }

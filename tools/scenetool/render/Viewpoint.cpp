@@ -81,6 +81,26 @@ void fit(Matrix4& projection, float aspect)
     projection(1, 1) = isPictureWider ? yScale : std::copysign(xScale * aspect, yScale);
 }
 
+// The projection without perspective, between the same planes. Half of the height or the width is known from the document;
+// what the picture shows beyond that it shows in proportion.
+Matrix4 parallel(const Matrix4& fitted, const Matrix4& own, const libPrepare::Approximation& orthographic)
+{
+    const bool isByHeight = orthographic.ymag > 0.0;
+    const double half = isByHeight ? orthographic.ymag : orthographic.xmag;
+    const auto factor = static_cast<float>(1.0 / (half * static_cast<double>(isByHeight ? own[5] : own[0])));
+    if (!std::isfinite(factor)) {
+        return fitted;
+    }
+    const float near = -fitted[11] / fitted[10];
+    const float far = near * fitted[10] / (fitted[10] - 1.0f);
+    Matrix4 result = identity();
+    result(0, 0) = fitted[0] * factor;
+    result(1, 1) = fitted[5] * factor;
+    result(2, 2) = 1.0f / (far - near);
+    result(2, 3) = -near / (far - near);
+    return isFinite(result) ? result : fitted;
+}
+
 // To the viewer's space from the world; not finite where the nodes leave no direction.
 Matrix4 viewOf(const libVideo::CameraInstance& camera, const ScenePose& pose)
 {
@@ -129,25 +149,42 @@ float Orbit::spanAtTarget() const
     return 2.0f * distance / verticalScale;
 }
 
-Orbit framed(const Box& box, UpAxis up, float aspect)
+Orbit framed(const std::vector<Vector3>& points, UpAxis up, float aspect)
 {
     Orbit orbit;
     orbit.up = up;
+    Box box;
+    for (const Vector3& point : points) {
+        box.add(point);
+    }
     if (box.isEmpty()) {
         return orbit;
     }
-    orbit.target = box.center();
-    orbit.center = orbit.target;
+    orbit.center = box.center();
     orbit.radius = box.radius() > 0.0f ? box.radius() : 1.0f;
-    // Each corner of the box has to lie between the sides of the picture, with a little air.
-    orbit.distance = 0.0f;
-    for (unsigned i = 0; i < 8; ++i) {
-        const Vector3 corner = box.corner(i);
-        const float across = std::fabs(corner.dot(orbit.right())) * verticalScale / aspect;
-        const float high = std::fabs(corner.dot(orbit.above())) * verticalScale;
-        orbit.distance = std::max(orbit.distance, corner.dot(orbit.towards()) + air * std::max(across, high));
+    // Seen from the center, a point is between the sides of the picture where its place across, less that of the eye, is
+    // at most its distance from the eye times the tangent. So each side is a plane that the farthest point pushes out,
+    // and the eye is where the planes meet.
+    const double tangents[2] = {aspect / verticalScale / air, 1.0f / verticalScale / air};
+    const Vector3 axes[2] = {orbit.right(), orbit.above()};
+    constexpr double least = std::numeric_limits<double>::lowest();
+    double pushes[2][2] = {{least, least}, {least, least}};
+    for (const Vector3& point : points) {
+        const Vector3 seen = point - orbit.center;
+        const double near = static_cast<double>(seen.dot(orbit.towards()));
+        for (unsigned i = 0; i < 2; ++i) {
+            const double across = static_cast<double>(seen.dot(axes[i]));
+            pushes[i][0] = std::max(pushes[i][0], tangents[i] * near + across);
+            pushes[i][1] = std::max(pushes[i][1], tangents[i] * near - across);
+        }
     }
-    orbit.distance = orbit.distance > 0.0f ? orbit.distance : verticalScale * orbit.radius;
+    double distance = 0.0;
+    orbit.target = orbit.center;
+    for (unsigned i = 0; i < 2; ++i) {
+        distance = std::max(distance, (pushes[i][0] + pushes[i][1]) / (2.0 * tangents[i]));
+        orbit.target = sum(orbit.target, scaled(axes[i], static_cast<float>((pushes[i][0] - pushes[i][1]) / 2.0)));
+    }
+    orbit.distance = distance > 0.0 ? static_cast<float>(distance) : verticalScale * orbit.radius;
     return orbit;
 }
 
@@ -162,12 +199,12 @@ Viewpoint viewpointOf(const Orbit& orbit, float aspect)
     const float near = std::max(depth - 2.0f * orbit.radius, 0.001f * far);
     result.clipFromWorld = glDepth() * projection(verticalScale / aspect, verticalScale, near, far) *
                            viewAlong(orbit.right(), orbit.above(), scaled(towards, -1.0f), result.eye);
-    result.hasHeadLight = true;
     return result;
 }
 
 std::optional<Viewpoint> viewpointOf(const libVideo::CameraInstance& camera, const ScenePose& pose,
-                                     const Matrix4& spareProjection, float aspect, std::string& reason)
+                                     const Matrix4& spareProjection, float aspect,
+                                     const libPrepare::Approximation* orthographic, std::string& reason)
 {
     if (!camera.node() || !camera.camera()) {
         reason = "it stands on no node";
@@ -179,7 +216,11 @@ std::optional<Viewpoint> viewpointOf(const libVideo::CameraInstance& camera, con
         reason = "its projection is not usable";
         return std::nullopt;
     }
+    const Matrix4 own = projection;
     fit(projection, aspect);
+    if (orthographic != nullptr) {
+        projection = parallel(projection, own, *orthographic);
+    }
     const Matrix4 view = viewOf(camera, pose);
     const std::optional<Matrix4> back = inverse(view);
     if (!back) {
@@ -189,6 +230,8 @@ std::optional<Viewpoint> viewpointOf(const libVideo::CameraInstance& camera, con
     Viewpoint result;
     result.clipFromWorld = glDepth() * projection * view;
     result.eye = columnOf(*back, 3);
+    result.isFar = orthographic != nullptr;
+    result.towards = scaled(columnOf(*back, 2).normalized(), -1.0f);
     return result;
 }
 

@@ -4,6 +4,7 @@
 #include "ScenePose.h"
 
 #include <string>
+#include <vector>
 
 namespace scenetool {
 
@@ -12,7 +13,8 @@ struct Viewpoint {
     /// To OpenGL's clip space: x to the right, y up, depth from -w to w.
     Matrix4 clipFromWorld;
     Vector3 eye;
-    bool hasHeadLight = false; ///< a light goes with the eye
+    bool isFar = false; ///< all lines of sight have one direction
+    Vector3 towards;    ///< that direction then, towards the eye
 };
 
 /// The axis that points up in a view of the whole scene.
@@ -37,11 +39,11 @@ struct Orbit {
     Vector3 towards() const;
 };
 
-/// All of a box, from the front right, a little from above.
+/// All points, from the front right, a little from above. They fill the picture but for a little air.
 /// @param aspect width of the picture by its height
-Orbit framed(const Box& box, UpAxis up, float aspect);
+Orbit framed(const std::vector<Vector3>& points, UpAxis up, float aspect);
 
-/// With a head light. @param aspect width of the picture by its height
+/// @param aspect width of the picture by its height
 Viewpoint viewpointOf(const Orbit& orbit, float aspect);
 
 /// What a camera of the scene sees. The picture shows all of it and nothing stretched; where the sides of the picture
@@ -50,8 +52,10 @@ Viewpoint viewpointOf(const Orbit& orbit, float aspect);
 /// A camera that looks at a node uses the library's view. That one is left-handed while documents are right-handed, so
 /// the picture is mirrored back. A camera without such a node looks along -Z of its own.
 /// @param spareProjection stands in for a projection that the evaluation has left unusable
+/// @param orthographic what the camera stands in for, if prepare has put it far away; else null
 /// @return nothing if the camera can show nothing, with `reason` set
 std::optional<Viewpoint> viewpointOf(const libVideo::CameraInstance& camera, const ScenePose& pose,
-                                     const Matrix4& spareProjection, float aspect, std::string& reason);
+                                     const Matrix4& spareProjection, float aspect,
+                                     const libPrepare::Approximation* orthographic, std::string& reason);
 
 } // namespace scenetool

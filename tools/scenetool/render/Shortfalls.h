@@ -1,0 +1,28 @@
+#pragma once
+
+#include <functional>
+#include <set>
+#include <string>
+#include <utility>
+
+namespace scenetool {
+
+/// Takes what falls short of a whole picture: one line of text each, none twice.
+class Shortfalls {
+public:
+    using Sink = std::function<void(const std::string& line)>;
+
+    explicit Shortfalls(Sink sink) : m_sink(std::move(sink)) {}
+    void add(const std::string& line)
+    {
+        if (m_known.insert(line).second) {
+            m_sink(line);
+        }
+    }
+
+private:
+    Sink m_sink;
+    std::set<std::string> m_known;
+};
+
+} // namespace scenetool
