@@ -113,14 +113,18 @@ private:
         for (std::size_t i = 0; i < channels.size(); ++i) {
             const Channel& channel = channels[i];
             const pugi::xml_node parent = channel.target.parent();
-            const bool isTaken =
-                m_shown.count(parent.hash_value()) > 0 && hasEffect(channel) &&
+            const bool isDriven =
+                m_shown.count(parent.hash_value()) > 0 &&
                 (isOptic(channel.target) || (is(parent, "node") && isTransform(channel.target.name())));
             const pugi::xml_node top = topAnimationOf(channel.element);
-            if (isTransform(channel.target.name()) || isTaken) {
+            if (isTransform(channel.target.name()) || isDriven) {
                 m_end = std::max(m_end, channel.curve->lastTime());
             }
-            if (!isTaken) {
+            if (isDriven && !hasEffect(channel)) {
+                leaveOut(channel.element, "its values are not as many as those of its target");
+                continue;
+            }
+            if (!isDriven) {
                 ++m_tops[top.hash_value()].others;
                 continue;
             }
@@ -140,8 +144,17 @@ private:
             m_jobs[known->second].channels.push_back(i);
         }
         for (const pugi::xml_node broken : m_motion.brokenChannels()) {
-            ++m_tops[topAnimationOf(broken).hash_value()].others;
+            leaveOut(broken, "its target is not there, or it has no keys");
         }
+    }
+
+    void leaveOut(pugi::xml_node channel, const char* why)
+    {
+        m_document.lost(channel, "animation",
+                        "The animation of \"" + std::string(channel.attribute("target").value()) +
+                            "\" is left out: " + why + ".",
+                        "Correct the <channel> and its <sampler>.");
+        m_leftOut.push_back(channel);
     }
 
     // The numbers of a target; nothing if they are not those that the scene graph animates in such an element.
@@ -440,8 +453,7 @@ private:
                        canStay(job, stayTolerance(job, isAngle ? Measure::degrees : Measure::length))) {
                 job.stays = true;
             } else if (own.curve != nullptr && !isNothingMoving(*own.curve)) {
-                job.curve =
-                    FlatCurve::combine({own}, isAngle ? Measure::degrees : Measure::length, m_sampling);
+                job.curve = FlatCurve::combine({own}, isAngle ? Measure::degrees : Measure::length, m_sampling);
             } else {
                 job.curve = FlatCurve::constant(first);
             }
@@ -470,7 +482,7 @@ private:
                 const Channel& channel = m_motion.channels()[index];
                 rememberIds(job, channel.element);
                 const pugi::xml_node place = topAnimationOf(channel.element);
-                if (!job.stays && m_tops[place.hash_value()].isSeen == false) {
+                if (!job.stays && !m_tops[place.hash_value()].isSeen) {
                     m_tops[place.hash_value()].isSeen = true;
                     tops.push_back(place);
                 }
@@ -479,7 +491,15 @@ private:
                 top.jobs.push_back(&job);
             }
         }
-        std::vector<pugi::xml_node> channels;
+        std::vector<pugi::xml_node> channels = m_leftOut;
+        for (const pugi::xml_node channel : m_leftOut) {
+            const pugi::xml_node place = topAnimationOf(channel);
+            if (!m_tops[place.hash_value()].isSeen) {
+                m_tops[place.hash_value()].isSeen = true;
+                tops.push_back(place);
+            }
+            m_document.report().changed = true;
+        }
         for (const Job& job : m_jobs) {
             for (std::size_t i = 0; !job.stays && i < job.channels.size(); ++i) {
                 channels.push_back(m_motion.channels()[job.channels[i]].element);
@@ -610,6 +630,7 @@ private:
     std::vector<pugi::xml_node> m_perspectives;                         // animated ones
     std::unordered_map<std::size_t, std::vector<std::size_t>> m_optics; // the jobs of each of these
     std::vector<Job> m_jobs;
+    std::vector<pugi::xml_node> m_leftOut; // channels that drive nothing
     std::unordered_map<std::size_t, Top> m_tops;
     std::unordered_map<std::size_t, std::unordered_set<std::string>> m_takenSids;
     std::map<std::pair<std::size_t, std::string>, pugi::xml_node> m_firstBySid;

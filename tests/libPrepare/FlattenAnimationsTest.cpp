@@ -289,6 +289,17 @@ TEST(FlattenAnimationsTest, WhatDrivesNothingThatIsShownIsLost)
     EXPECT_EQ(Outcome::lost, done.report.findings[0].outcome);
 }
 
+TEST(FlattenAnimationsTest, ChannelsWithoutEffectAreLostThoughTheirTargetIsThere)
+{
+    for (const std::string& broken : {flat("x", "a/t", "X Y Z W", "0 1", "0 0 0 0 1 1 1 1", "LINEAR LINEAR"),
+                                      flat("x", "a/t", "X Y Z", "NaN NaN", "0 0 0 1 1 1", "LINEAR LINEAR")}) {
+        const Prepared done(library(broken) + shown(node));
+        EXPECT_EQ(0U, done.count("//animation"));
+        ASSERT_EQ(1U, done.findings("animation"));
+        EXPECT_EQ(Outcome::lost, done.report.findings[0].outcome);
+    }
+}
+
 TEST(FlattenAnimationsTest, ClipsNameWhatTheirAnimationsHaveBecome)
 {
     const Prepared done(
