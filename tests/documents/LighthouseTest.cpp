@@ -79,8 +79,7 @@ Rows viewerRows()
     const double far = std::hypot(flat, 7.5);
     const double up = flat / far;
     const double down = 7.5 / far;
-    return {cosine, -sine * down, sine * up,   14, 0, up, down, 9, -sine, -cosine * down, cosine * up, 32,
-            0,      0,            0, 1};
+    return {cosine, -sine * down, sine * up, 14, 0, up, down, 9, -sine, -cosine * down, cosine * up, 32, 0, 0, 0, 1};
 }
 
 struct Expected {
