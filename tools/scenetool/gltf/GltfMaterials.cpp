@@ -27,9 +27,7 @@ Json linear(const float* color)
 // An exponent of a highlight as a roughness: the microfacet distribution of the same width.
 float roughnessOf(float shininess)
 {
-    constexpr float share = 128.0f; // values up to 1 are a share of the largest exponent
-    const float exponent =
-        std::isfinite(shininess) ? std::max(0.0f, shininess <= 1.0f ? shininess * share : shininess) : 0.0f;
+    const float exponent = std::isfinite(shininess) ? std::max(0.0f, shininess) : 0.0f;
     return limited(std::pow(2.0f / (exponent + 2.0f), 0.25f));
 }
 
