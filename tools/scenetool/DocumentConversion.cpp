@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <vector>
 
 namespace scenetool {
 
@@ -52,7 +53,7 @@ ConversionResult convertDocument(const std::string& in, const std::string& out, 
         return result;
     }
     GltfOptions options;
-    options.documentFile = in;
+    options.documentFiles = prepared ? std::vector<std::string>{prepared->path(), in} : std::vector<std::string>{in};
     options.tolerance = settings.tolerance;
     options.mostBytes = settings.mostBytes;
     options.approximations = result.prepared.approximations;

@@ -2,17 +2,15 @@
 
 #include "Base64.h"
 #include "Printable.h"
+#include "TemporaryFolder.h"
 #include "gltf/GltfDocument.h"
 #include "page/PageViewer.h"
-
-#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
-#include <system_error>
 
 namespace scenetool {
 
@@ -46,29 +44,6 @@ std::string escaped(const std::string& text)
     return result;
 }
 
-// A folder that goes with this object.
-class Folder {
-public:
-    Folder() : m_path((std::filesystem::temp_directory_path() / "scenetool-XXXXXX").string())
-    {
-        if (mkdtemp(m_path.data()) == nullptr) {
-            throw std::system_error(errno, std::generic_category(), "no temporary folder");
-        }
-    }
-    ~Folder()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_path, ignored);
-    }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
-    const std::string& path() const { return m_path; }
-
-private:
-    std::string m_path;
-};
-
 } // namespace
 
 PageCommand::PageCommand(CLI::App& app)
@@ -84,8 +59,8 @@ PageCommand::PageCommand(CLI::App& app)
 
 int PageCommand::run() const
 {
-    const Folder folder;
-    const std::string model = folder.path() + "/model.glb";
+    const TemporaryFolder folder;
+    const std::string model = (folder.path() / "model.glb").string();
     const ConversionResult converted = convertDocument(m_in, model, m_settings);
     if (!converted.failure.empty()) {
         return fail(m_in, converted.failure);

@@ -1,10 +1,10 @@
 #include "PictureCommands.h"
 
 #include "Printable.h"
+#include "TemporaryFolder.h"
 #include "Viewer.h"
 #include "render/Offscreen.h"
 #include "render/Sheet.h"
-#include "render/TemporaryFolder.h"
 #include "sandbox/Sandbox.h"
 #include "sandbox/SharedCell.h"
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TemporaryFolder.h"
+
 #include <libPrepare/Prepare.h>
 
 #include <string>
@@ -12,21 +14,18 @@ public:
     /// Prepares a document; `report()` says how that went.
     /// @throws std::system_error if there can be no temporary file
     PreparedFile(const std::string& file, const libPrepare::Options& options);
-    ~PreparedFile();
-    PreparedFile(const PreparedFile&) = delete;
-    PreparedFile& operator=(const PreparedFile&) = delete;
 
     /// Whether there is a prepared document.
     bool isPrepared() const { return m_report.done; }
     /// The temporary file; the document itself if it could not be prepared.
     const std::string& path() const { return m_report.done ? m_path : m_original; }
-    /// The document that was prepared; images that the result names relatively are beside it.
+    /// The document that was prepared.
     const std::string& original() const { return m_original; }
     const libPrepare::Report& report() const { return m_report; }
 
 private:
     std::string m_original;
-    std::string m_folder;
+    TemporaryFolder m_folder;
     std::string m_path;
     libPrepare::Report m_report;
 };

@@ -11,7 +11,7 @@ namespace scenetool {
 GltfDocument gltfOf(LoadedScene& loaded, const GltfOptions& options, ConversionNotes& notes)
 {
     GltfDocument document(options.mostBytes);
-    GltfImages images(document, notes, options.documentFile);
+    GltfImages images(document, notes, options.documentFiles);
     GltfMaterials materials(loaded, document, images, notes);
     GltfMeshes meshes(document, materials, notes);
     GltfNodes nodes(loaded, options, document, meshes, notes);

@@ -14,7 +14,8 @@ namespace scenetool {
 
 /// How a scene becomes a glTF document.
 struct GltfOptions {
-    std::string documentFile;                              ///< The document that images are named from.
+    std::vector<std::string>
+        documentFiles; ///< References to images count from the first of these beside which they lead to a file.
     std::vector<libPrepare::Approximation> approximations; ///< What stands for something that glTF has.
     double sampleRate = 60.0;                              ///< Keys a second that an animation is looked at first.
     double tolerance = 1e-4;                               ///< Largest error of an animation, relative to its size.

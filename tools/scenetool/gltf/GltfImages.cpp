@@ -59,9 +59,22 @@ std::vector<unsigned char> pngOf(const Picture& picture)
 
 } // namespace
 
+std::string GltfImages::fileOf(const std::string& reference) const
+{
+    std::string path;
+    for (const std::string& document : m_documentFiles) {
+        path = textureFile(document, reference);
+        std::error_code error;
+        if (std::filesystem::is_regular_file(path, error)) {
+            break;
+        }
+    }
+    return path;
+}
+
 std::optional<GltfImages::Entry> GltfImages::image(const std::string& reference)
 {
-    const std::string file = textureFile(m_documentFile, reference);
+    const std::string file = fileOf(reference);
     const auto known = m_entries.find(file);
     if (known != m_entries.end()) {
         return known->second;

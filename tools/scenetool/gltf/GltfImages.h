@@ -7,6 +7,8 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace scenetool {
 
@@ -19,20 +21,21 @@ public:
         bool hasAlpha = false; ///< Whether a texel is not opaque.
     };
 
-    /// @param documentFile that references count from
-    GltfImages(GltfDocument& document, ConversionNotes& notes, std::string documentFile)
-        : m_document(&document), m_notes(&notes), m_documentFile(std::move(documentFile))
+    /// @param documentFiles that references may count from; the first beside which they lead to a file is the one
+    GltfImages(GltfDocument& document, ConversionNotes& notes, std::vector<std::string> documentFiles)
+        : m_document(&document), m_notes(&notes), m_documentFiles(std::move(documentFiles))
     {}
 
     /// The image of a file that a material names, as the document writes it. @return nothing if it cannot be read
     std::optional<Entry> image(const std::string& reference);
 
 private:
+    std::string fileOf(const std::string& reference) const;
     std::optional<Entry> read(const std::string& file);
 
     GltfDocument* m_document;
     ConversionNotes* m_notes;
-    std::string m_documentFile;
+    std::vector<std::string> m_documentFiles;
     std::map<std::string, std::optional<Entry>> m_entries; // by file
 };
 

@@ -7,7 +7,7 @@ namespace scenetool {
 /// A new folder that only this user may enter, removed with all that it holds.
 class TemporaryFolder {
 public:
-    /// @throws PictureError where there can be none
+    /// @throws std::system_error where there can be none
     TemporaryFolder();
     ~TemporaryFolder();
     TemporaryFolder(const TemporaryFolder&) = delete;
