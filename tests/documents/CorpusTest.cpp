@@ -151,9 +151,9 @@ TEST_P(CorpusTest, IsDumpedAtATimeAndFolded)
 {
     const ProcessResult result =
         testSupport::runProcess({SCENETOOL_PROGRAM, "dump", path(), "--time", "0.7", "--fold"});
-    expectStatus(result, loads());
     const Json dump = Json::parse(result.output, nullptr, false);
     ASSERT_TRUE(dump.is_object()) << result.output;
+    expectStatus(result, loads() && dump.at("error").is_null()); // an evaluation may throw
     documents::expectFoldedDumpAsRead(dump, expected());
     const bool hasAnimation = std::any_of(expected().nodes.begin(), expected().nodes.end(),
                                           [](const documents::PlainNode& node) { return node.isAnimated; });
