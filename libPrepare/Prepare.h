@@ -50,7 +50,7 @@ struct Options {
 struct Place {
     unsigned line = 0;   ///< From 1; 0 if unknown.
     unsigned column = 0; ///< From 1, in bytes; 0 if unknown.
-    std::string path;    ///< Such as `COLLADA/library_geometries/geometry[@id='a']/mesh/polylist[2]`.
+    std::string path;    ///< Such as `COLLADA/library_geometries/geometry[\@id='a']/mesh/polylist[2]`.
 };
 
 /// What became of a piece of the document.
