@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <limits>
 
 namespace libPrepare {
 
@@ -126,7 +128,7 @@ void writeSource(Document& document, pugi::xml_node animation, const std::string
     pugi::xml_node array = source.append_child(arrayName);
     const std::string arrayId = document.freshId(id + "-array");
     document.setId(array, arrayId);
-    array.append_attribute("count") = static_cast<unsigned long long>(count * params.stride);
+    array.append_attribute("count") = std::uint64_t(count) * params.stride;
     array.append_child(pugi::node_pcdata).set_value(numbers.c_str());
     pugi::xml_node accessor = source.append_child("technique_common").append_child("accessor");
     accessor.append_attribute("source") = ("#" + arrayId).c_str();
@@ -216,9 +218,10 @@ void FlatCurve::addStretch(double from, double to, const Function& function, Sam
     };
     const double before = std::nextafter(to, from); // where what steps at the end has not done so yet
     const unsigned most = sampling.left > mostPieces ? mostPieces : fewPieces;
-    const double pieces = std::min(std::max(std::ceil((to - from) * sampling.rate), 1.0), double(most));
+    const unsigned pieces =
+        static_cast<unsigned>(std::min(std::max(1.0, std::ceil((to - from) * sampling.rate)), double(most)));
     std::vector<Sample> samples{sampleAt(from, 0)};
-    for (double piece = 1; piece <= pieces; ++piece) {
+    for (unsigned piece = 1; piece <= pieces; ++piece) {
         std::vector<Sample> ahead{sampleAt(piece == pieces ? before : from + (to - from) * piece / pieces, 0)};
         while (!ahead.empty()) {
             const Sample& a = samples.back();
@@ -243,8 +246,8 @@ void FlatCurve::addStretch(double from, double to, const Function& function, Sam
         }
     }
     // A sample is left out while a straight way from the last one kept passes it and all others since closely enough.
-    std::vector<double> lowest(m_width, -INFINITY);
-    std::vector<double> highest(m_width, INFINITY);
+    std::vector<double> lowest(m_width, -std::numeric_limits<double>::infinity());
+    std::vector<double> highest(m_width, std::numeric_limits<double>::infinity());
     std::size_t anchor = 0;
     add(from, samples[0].values.data(), Interpolation::linear);
     const auto slope = [&](std::size_t sample, std::size_t c, double shift) {

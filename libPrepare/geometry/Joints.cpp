@@ -97,7 +97,7 @@ bool Joints::isKnown(const std::string& name)
 
 std::vector<std::string> jointNames(Document& document, Joints& joints, pugi::xml_node source)
 {
-    const std::vector<std::string> plain = wordRecords(document, source);
+    std::vector<std::string> plain = wordRecords(document, source);
     pugi::xml_node array = source.child("Name_array");
     array = array ? array : source.child("IDREF_array");
     std::string scratch;

@@ -140,7 +140,7 @@ private:
         const std::string text = reference.text();
         const std::string_view uri = trimmed(text);
         const std::string file = fileOf(text);
-        const std::string id(uri.substr(std::min(uri.find('#') + 1, uri.size())));
+        std::string id(uri.substr(std::min(uri.find('#') + 1, uri.size())));
         if (file.empty()) {
             return from != nullptr ? copyOf(reference, from, id) : std::string();
         }

@@ -110,7 +110,7 @@ private:
                 continue; // the first binding of a symbol counts
             }
             const pugi::xml_node material = materialOf(binding);
-            const std::string other = symbolFor(symbol, material);
+            std::string other = symbolFor(symbol, material);
             if (other != symbol) {
                 renamed.emplace(symbol, other);
                 m_document.rewritten(binding, "symbol",

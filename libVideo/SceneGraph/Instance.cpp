@@ -63,14 +63,14 @@ bool CameraInstance::createFromCollada(const domInstance_camera& instance, const
                                        const NodeTable& nodes)
 {
     const daeElementRef target = instance.getUrl().getElement();
-    CameraHandle found;
+    const CameraHandle* found = nullptr;
     if (target != nullptr) {
         const vesk::String id(target->getID());
-        for (unsigned i = 0; i < cameras.size() && !found; ++i) {
-            found = vesk::String::compareNoCase(cameras[i]->id(), id) == 0 ? cameras[i] : CameraHandle();
+        for (unsigned i = 0; i < cameras.size() && found == nullptr; ++i) {
+            found = vesk::String::compareNoCase(cameras[i]->id(), id) == 0 ? &cameras[i] : nullptr;
         }
     }
-    return bind(target, found, nodes);
+    return bind(target, found == nullptr ? CameraHandle() : *found, nodes);
 }
 
 // @param target of the instance, null if it has none
