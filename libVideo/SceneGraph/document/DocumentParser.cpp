@@ -141,7 +141,8 @@ void DocumentParser::startElement(void* self, const xmlChar* localName, const xm
             return false;
         }
         parser.m_namespaces.push_back(inScope);
-        for (int i = 0; i < namespaceCount; ++i) { // prefix and address
+        const auto declarations = static_cast<std::size_t>(namespaceCount);
+        for (std::size_t i = 0; i < declarations; ++i) { // prefix and address
             const xmlChar* const declared = namespaces[2 * i];
             const xmlChar* const address = namespaces[2 * i + 1];
             const QualifiedName name =
