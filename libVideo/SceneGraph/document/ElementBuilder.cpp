@@ -151,7 +151,7 @@ bool ElementBuilder::setAttribute(const QualifiedName& name, std::string_view va
     }
     // Without the database, which learns of ids when elements end.
     daeAtomicType& type = *attribute.meta->getType();
-    const daeMemoryRef memory = attribute.meta->get(level.element);
+    char* const memory = attribute.meta->get(level.element);
     if (attribute.meta->isArrayAttribute()) {
         type.stringToArray(m_value.data(), *reinterpret_cast<daeArray*>(memory));
     } else {

@@ -34,7 +34,7 @@ public:
 
     /// Appends an object to one of the lists of the document, such as "nodes". @return its index
     std::size_t add(const char* list, Json object);
-    /// One of the lists; made if it is missing.
+    /// One of the lists; made if it is missing. The reference lasts until a member of another name is added.
     Json& list(const char* name) { return m_json[name]; }
     Json& json() { return m_json; }
 

@@ -144,7 +144,7 @@ void GltfNodes::addTree()
     }
     m_document->add("scenes", std::move(scene));
     m_document->json()["scene"] = 0;
-    if (list.empty()) {
+    if (nodes.empty()) {
         m_document->json().erase("nodes");
     }
 }
