@@ -217,14 +217,15 @@ daeMetaElement* ElementTypes::topLevel(const char* name)
 
 void ElementTypes::appendChildren(daeElement& element, std::vector<daeElement*>& children)
 {
-    const auto append = [&](const daeElementRefArray& array) {
+    // Of references to elements of any one type.
+    const auto append = [&](const daeArray& array) {
         for (std::size_t i = 0; i < array.getCount(); ++i) {
-            children.push_back(array[i]);
+            children.push_back(*reinterpret_cast<const daeElementRef*>(array.getRaw(i)));
         }
     };
     daeMetaElement& meta = *element.getMeta();
     if (meta.getContents() != nullptr) {
-        append(*reinterpret_cast<daeElementRefArray*>(meta.getContents()->getWritableMemory(&element)));
+        append(*reinterpret_cast<daeArray*>(meta.getContents()->getWritableMemory(&element)));
         return;
     }
     const ElementType& type = known(meta);
@@ -239,7 +240,7 @@ void ElementTypes::appendChildren(daeElement& element, std::vector<daeElement*>&
         }
         char* const member = reinterpret_cast<char*>(&element) + place.offset;
         if (place.isArray) {
-            append(*reinterpret_cast<daeElementRefArray*>(member));
+            append(*reinterpret_cast<daeArray*>(member));
         } else if (daeElement* const child = *reinterpret_cast<daeElementRef*>(member)) {
             children.push_back(child);
         }

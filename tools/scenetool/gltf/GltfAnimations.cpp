@@ -15,8 +15,9 @@ namespace {
 
 using Json = GltfDocument::Json;
 
-constexpr std::size_t mostSamples = 20000;  // of one node
-constexpr double shortestStep = 1.0 / 4096; // seconds; a jump becomes a slope of this length
+constexpr std::size_t mostSamples = 20000;     // of one node
+constexpr std::size_t mostFirstSamples = 5000; // before bends are looked for
+constexpr double shortestStep = 1.0 / 4096;    // seconds; a jump becomes a slope of this length
 
 struct Sample {
     double time;
@@ -95,7 +96,7 @@ public:
             return false;
         }
         const double wanted = std::ceil(length * m_options->sampleRate);
-        const std::size_t steps = static_cast<std::size_t>(std::clamp(wanted, 1.0, double(mostSamples / 4)));
+        const std::size_t steps = static_cast<std::size_t>(std::clamp(wanted, 1.0, double(mostFirstSamples)));
         for (std::size_t i = 0; i <= steps; ++i) {
             // Time wraps at the very end, where the curve has to show its last value.
             const double time = i < steps ? length * double(i) / double(steps) : std::nextafter(length, 0.0);
