@@ -81,10 +81,8 @@ public:
     Converter(const Converter&) = delete;
     Converter& operator=(const Converter&) = delete;
 
-    bool isKnown() const
-    {
-        return m_converter != reinterpret_cast<iconv_t>(-1);
-    } // NOLINT(performance-no-int-to-ptr): as iconv says it
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): as iconv says it
+    bool isKnown() const { return m_converter != reinterpret_cast<iconv_t>(-1); } // NOLINT(performance-no-int-to-ptr): as iconv says it
 
     // Converts up to the first byte that cannot be. @return how many bytes were converted
     std::size_t convert(std::string_view bytes, std::uint64_t most, std::string& result) const

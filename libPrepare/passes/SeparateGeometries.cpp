@@ -165,7 +165,7 @@ private:
             }
             return symbol;
         }
-        const std::string other = symbolFor(symbol, material);
+        std::string other = symbolFor(symbol, material);
         m_document.rewritten(primitive, "symbol",
                              "The symbol " + symbol + " is bound to a material by another instance alone.",
                              "It is " + other + " here now.");

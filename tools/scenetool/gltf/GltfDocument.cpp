@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -240,10 +239,9 @@ void GltfDocument::writeText(const std::string& path) const
         if (isPlain) {
             name += character;
         } else {
-            char escaped[4];
-            std::snprintf(escaped, sizeof escaped, "%%%02X",
-                          static_cast<unsigned>(static_cast<unsigned char>(character)));
-            name += escaped;
+            static constexpr char digits[] = "0123456789ABCDEF";
+            const auto byte = static_cast<unsigned char>(character);
+            name += {'%', digits[byte >> 4U], digits[byte & 0xFU]};
         }
     }
     const std::string json = finished(name).dump(1, ' ', false, Json::error_handler_t::replace) + '\n';

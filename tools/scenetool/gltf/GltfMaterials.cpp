@@ -141,7 +141,7 @@ Json GltfMaterials::converted(const libVideo::BlinnMaterial::Component& values, 
 
 Json GltfMaterials::texture(const libVideo::SharedHandle<libVideo::Texture>& shown, bool* hasAlpha)
 {
-    if (!shown || shown->textureFile().size() == 0) {
+    if (!shown || shown->textureFile().empty()) {
         return {};
     }
     const std::optional<GltfImages::Entry> entry = m_images->image(shown->textureFile().data());

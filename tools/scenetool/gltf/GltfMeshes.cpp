@@ -102,7 +102,7 @@ std::optional<std::size_t> GltfMeshes::mesh(const libVideo::Geometry& geometry)
     }
     std::optional<std::size_t> result;
     if (!primitives.empty()) {
-        const vesk::String& name = geometry.name().size() > 0 ? geometry.name() : geometry.id();
+        const vesk::String& name = geometry.name().empty() ? geometry.id() : geometry.name();
         result = m_document->add("meshes", {{"name", name.data()}, {"primitives", std::move(primitives)}});
     }
     m_meshes.emplace(&geometry, result);
@@ -179,7 +179,7 @@ std::optional<Json> GltfMeshes::primitive(libVideo::Primitive& shown)
         return result;
     }
     const vesk::Array<unsigned>& corners = shown.indexBuffer();
-    const std::size_t cornerCount = corners.size() / 3 * 3;
+    const std::size_t cornerCount = corners.size() - corners.size() % 3;
     if (cornerCount == 0 ||
         std::any_of(corners.begin(), corners.end(), [&](unsigned index) { return index >= count; })) {
         m_notes->add("primitive", "Primitives without vertices that have a position are left out.");

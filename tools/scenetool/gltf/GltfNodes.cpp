@@ -100,9 +100,9 @@ void GltfNodes::addTree()
     Json& list = m_document->list("nodes");
     list = Json::array();
     for (const libVideo::Node* const node : nodes) {
-        const vesk::String& name = node->name().size() > 0 ? node->name() : node->id();
+        const vesk::String& name = node->name().empty() ? node->id() : node->name();
         Json json = {{"name", name.data()}};
-        if (node->id().size() > 0) {
+        if (!node->id().empty()) {
             json["extras"] = {{"id", node->id().data()}};
         }
         list.push_back(std::move(json));
@@ -222,7 +222,7 @@ void GltfNodes::addCameras()
             continue;
         }
         const std::string id = shown->cameraId().data();
-        Json camera = {{"name", shown->camera()->name().size() > 0 ? shown->camera()->name().data() : id}};
+        Json camera = {{"name", shown->camera()->name().empty() ? id : shown->camera()->name().data()}};
         using Kind = libPrepare::Approximation::Kind;
         const libPrepare::Approximation* const flat = approximation(Kind::orthographicCamera, id);
         const bool hasFar = std::isfinite(zfar) && zfar > znear;

@@ -119,7 +119,7 @@ std::array<float, 3> PictureDocument::ambientLight() const
 std::string PictureDocument::textureFile(const std::string& reference) const
 {
     if (m_isPrepared) {
-        const std::string path = scenetool::textureFile(m_preparedFile, reference);
+        std::string path = scenetool::textureFile(m_preparedFile, reference);
         std::error_code error;
         if (std::filesystem::is_regular_file(path, error)) {
             return path;
