@@ -82,7 +82,7 @@ public:
     Converter& operator=(const Converter&) = delete;
 
     // NOLINTNEXTLINE(performance-no-int-to-ptr): as iconv says it
-    bool isKnown() const { return m_converter != reinterpret_cast<iconv_t>(-1); } // NOLINT(performance-no-int-to-ptr): as iconv says it
+    bool isKnown() const { return m_converter != reinterpret_cast<iconv_t>(-1); }
 
     // Converts up to the first byte that cannot be. @return how many bytes were converted
     std::size_t convert(std::string_view bytes, std::uint64_t most, std::string& result) const
