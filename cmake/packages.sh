@@ -13,7 +13,8 @@ package_packages="$build_packages clang dpkg-dev lintian man-db bash-completion 
 ci_packages="$test_packages $benchmark_packages $fuzz_packages $documentation_packages $package_packages
     clang-format clang-tidy gdb snakemake"
 
-# need_packages NAME...: installs those that are missing.
+# need_packages NAME...: installs those that are missing, with one line that names them; what apt-get says is shown if it
+# fails. Who may not install them gets the line to run as root.
 need_packages() {
     command -v dpkg-query >/dev/null || return 0 # no Debian: the configuration tells what is missing
     local missing=()
@@ -22,9 +23,22 @@ need_packages() {
         [ "$(dpkg-query -W -f='${db:Status-Status}' "$name" 2>/dev/null)" = installed ] || missing+=("$name")
     done
     [ ${#missing[@]} -gt 0 ] || return 0
-    echo "== installing ${missing[*]}"
+    local by_hand="Run as root: apt-get update && apt-get install -y --no-install-recommends ${missing[*]}"
     local as_root=()
-    [ "$(id -u)" = 0 ] || as_root=(sudo)
-    "${as_root[@]}" apt-get update -qq
-    DEBIAN_FRONTEND=noninteractive "${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
+    if [ "$(id -u)" != 0 ]; then
+        command -v sudo >/dev/null || { echo "Packages are missing. $by_hand" >&2; return 1; }
+        as_root=(sudo)
+    fi
+    echo "== installing ${missing[*]}"
+    local log
+    log=$(mktemp)
+    if ! { "${as_root[@]}" apt-get update -qq &&
+        "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"; } \
+        >"$log" 2>&1 </dev/null; then
+        cat "$log" >&2
+        rm -f "$log"
+        echo "The packages could not be installed. $by_hand" >&2
+        return 1
+    fi
+    rm -f "$log"
 }

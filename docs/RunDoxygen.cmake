@@ -1,5 +1,8 @@
 # Runs Doxygen, which fails on a warning, and shows what it had to say.
 #   cmake -DDOXYGEN=... -DFOLDER=... -P RunDoxygen.cmake
+if(NOT DOXYGEN)
+    message(FATAL_ERROR "There is no Doxygen: install the package doxygen, then configure again.")
+endif()
 execute_process(COMMAND ${DOXYGEN} ${FOLDER}/Doxyfile RESULT_VARIABLE status)
 file(READ ${FOLDER}/warnings.txt warnings)
 if(NOT status EQUAL 0 OR NOT warnings STREQUAL "")
