@@ -2,12 +2,11 @@
 // camera in a browser by three.js, and their documents by scenetool, through the first camera, and prints how much of the covered
 // pixels both cover. Status 1 if that is too little somewhere.
 import { execFileSync } from "node:child_process";
-import { mkdtempSync, readFileSync, rmSync } from "node:fs";
+import { readFileSync } from "node:fs";
 import { createServer } from "node:http";
-import { tmpdir } from "node:os";
 import { join } from "node:path";
 import { PNG } from "pngjs";
-import { startBrowser } from "./browser.js";
+import { patience, withBrowser } from "./browser.js";
 
 const leastAgreement = 0.97;
 const edgePixels = 50; // that may differ in any case
@@ -18,6 +17,13 @@ const conversions = lists
     .filter((line) => line.status === "converted");
 const types = { ".html": "text/html", ".js": "text/javascript", ".glb": "model/gltf-binary" };
 
+// Which pixels a picture covers.
+const covered = (bytes) => {
+    const picture = PNG.sync.read(bytes);
+    return Array.from({ length: picture.width * picture.height }, (_, i) => picture.data[4 * i + 3] > 127);
+};
+
+// Serves the folder of work, and one model at a time.
 let model = "";
 const server = createServer((request, response) => {
     const file = request.url === "/model.glb" ? model : join(process.cwd(), request.url);
@@ -30,47 +36,45 @@ const server = createServer((request, response) => {
     }
 });
 await new Promise((resolve) => server.listen(0, "127.0.0.1", resolve));
-const folder = mkdtempSync(join(tmpdir(), "shape-"));
-const browser = await startBrowser(folder);
 
-// Which pixels a picture covers.
-const covered = (bytes) => {
-    const picture = PNG.sync.read(bytes);
-    return Array.from({ length: picture.width * picture.height }, (_, i) => picture.data[4 * i + 3] > 127);
-};
-
-let faults = 0;
-let drawn = 0;
-for (const { file: source, result } of conversions) {
-    const glb = readFileSync(result);
-    const json = JSON.parse(glb.subarray(20, 20 + glb.readUInt32LE(12)));
-    const camera = json.cameras?.[0];
-    if (!camera || !json.meshes || drawn >= Number(most)) {
-        continue;
-    }
-    ++drawn;
-    const aspect = camera.perspective?.aspectRatio ?? camera.orthographic.xmag / camera.orthographic.ymag;
-    const width = Math.round(height * aspect);
-    model = result;
+// The page's word on the model, "done" or an error, and the pixels that it covers.
+const drawnByThree = async (browser, width) => {
     const page = await browser.newPage();
     await page.setViewport({ width, height });
-    const { port } = server.address();
-    await page.goto(`http://127.0.0.1:${port}/page.html`);
-    await page.waitForFunction(() => document.title !== "", { timeout: 60000 });
+    await page.goto(`http://127.0.0.1:${server.address().port}/page.html`, { timeout: patience });
+    await page.waitForFunction(() => document.title !== "", { timeout: patience });
     const title = await page.title();
-    const theirs = title === "done" ? covered(await page.screenshot({ omitBackground: true })) : [];
+    const pixels = title === "done" ? covered(await page.screenshot({ omitBackground: true })) : [];
     await page.close();
-    const picture = join(folder, "picture.png");
-    execFileSync(scenetool, ["render", source, "-o", picture, "--size", `${width}x${height}`, "--background", "none"], { stdio: "ignore" });
-    const ours = covered(readFileSync(picture));
-    const both = ours.filter((isCovered, pixel) => isCovered && theirs[pixel]).length;
-    const either = ours.filter((isCovered, pixel) => isCovered || theirs[pixel]).length;
-    const agreement = either === 0 ? 1 : both / either;
-    faults += title === "done" && (agreement >= leastAgreement || either - both <= edgePixels) ? 0 : 1;
-    console.log(`${agreement.toFixed(3)} of ${either} pixels${title === "done" ? "" : ", " + title}: ${source}`);
-}
-await browser.close();
+    return { title, pixels };
+};
+
+const isEqualEverywhere = await withBrowser(async (browser, folder) => {
+    let faults = 0;
+    let drawn = 0;
+    for (const { file: source, result } of conversions) {
+        const glb = readFileSync(result);
+        const json = JSON.parse(glb.subarray(20, 20 + glb.readUInt32LE(12)));
+        const camera = json.cameras?.[0];
+        if (!camera || !json.meshes || drawn >= Number(most)) {
+            continue;
+        }
+        ++drawn;
+        const aspect = camera.perspective?.aspectRatio ?? camera.orthographic.xmag / camera.orthographic.ymag;
+        const width = Math.round(height * aspect);
+        model = result;
+        const { title, pixels: theirs } = await drawnByThree(browser, width);
+        const picture = join(folder, "picture.png");
+        execFileSync(scenetool, ["render", source, "-o", picture, "--size", `${width}x${height}`, "--background", "none"], { stdio: "ignore" });
+        const ours = covered(readFileSync(picture));
+        const both = ours.filter((isCovered, pixel) => isCovered && theirs[pixel]).length;
+        const either = ours.filter((isCovered, pixel) => isCovered || theirs[pixel]).length;
+        const agreement = either === 0 ? 1 : both / either;
+        faults += title === "done" && (agreement >= leastAgreement || either - both <= edgePixels) ? 0 : 1;
+        console.log(`${agreement.toFixed(3)} of ${either} pixels${title === "done" ? "" : ", " + title}: ${source}`);
+    }
+    console.log(`${drawn - faults} of ${drawn} pictures agree`);
+    return faults === 0;
+});
 server.close();
-rmSync(folder, { recursive: true, force: true });
-console.log(`${drawn - faults} of ${drawn} pictures agree`);
-process.exit(faults === 0 ? 0 : 1);
+process.exit(isEqualEverywhere === false ? 1 : 0);
