@@ -1462,11 +1462,11 @@ TEST_P(ScenetoolHelpTest, ExplainsEveryWord)
     EXPECT_EQ(result.status, succeeded);
     EXPECT_EQ(result.errors, "");
     for (const std::string& word : GetParam().words) {
-        // The word, what kind of value it takes and what it excludes, blanks or a line of its own, and at least two
-        // words of explanation.
+        // The word, what kind of value it takes, its default and what it excludes, blanks or a line of its own, and at
+        // least two words of explanation.
         EXPECT_TRUE(std::regex_search(
             result.output,
-            std::regex("\n +(-h,)?" + word + "( [A-Z.]+)*(:.*|=\\d+| Excludes: .*)?(\n +| {2,})\\S+ \\S+")))
+            std::regex("\n +(-h,)?" + word + "( [A-Z.]+)*(:.*|=\\d+| \\[\\S+\\]| Excludes: .*)?(\n +| {2,})\\S+ \\S+")))
             << word << " in\n"
             << result.output;
     }
