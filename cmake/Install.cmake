@@ -42,10 +42,17 @@ string(REGEX REPLACE "^/" "" library_folder ${CMAKE_INSTALL_FULL_LIBDIR})
 install(FILES ${printers} DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load/${library_folder}
     RENAME libCommon.so.${PROJECT_VERSION}-gdb.py COMPONENT development)
 
-install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
-install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT development
-    FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.dae" PATTERN "*.schema.json" PATTERN "*.cpp" PATTERN "Snakefile")
-install(FILES examples/draw.cpp examples/host.cpp examples/logging.cpp DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
+# Debian wants them below the name of the package, whose copyright and changelog are files of their own.
+set(documentation_dir ${CMAKE_INSTALL_DOCDIR})
+if(LIBVIDEO_DEBIAN_PACKAGES)
+    set(documentation_dir ${CMAKE_INSTALL_DATADIR}/doc/libvideo-dev)
+else()
+    install(FILES LICENSE CHANGELOG.md DESTINATION ${documentation_dir} COMPONENT runtime)
+endif()
+install(FILES README.md DESTINATION ${documentation_dir} COMPONENT development)
+install(DIRECTORY docs/ DESTINATION ${documentation_dir}/docs COMPONENT development
+    FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.png" PATTERN "*.dae" PATTERN "*.schema.json" PATTERN "*.cpp" PATTERN "Snakefile")
+install(FILES examples/draw.cpp examples/host.cpp examples/logging.cpp DESTINATION ${documentation_dir}/examples
     COMPONENT development)
 
 if(TARGET scenetool)

@@ -4,10 +4,19 @@ if(NOT LIBVIDEO_DEBIAN_PACKAGES)
     return()
 endif()
 
+# Without them cpack fails, or makes packages that depend on nothing.
+find_program(LIBVIDEO_FILE_PROGRAM file)
+find_program(LIBVIDEO_SHLIBDEPS_PROGRAM dpkg-shlibdeps)
+mark_as_advanced(LIBVIDEO_FILE_PROGRAM LIBVIDEO_SHLIBDEPS_PROGRAM)
+if(NOT LIBVIDEO_FILE_PROGRAM OR NOT LIBVIDEO_SHLIBDEPS_PROGRAM)
+    message(FATAL_ERROR "cpack needs file and dpkg-shlibdeps: install the packages file and dpkg-dev")
+endif()
+
 set(runtime_package libvideo${PROJECT_VERSION_MAJOR})
 set(development_package libvideo-dev)
 set(tools_package scenetool)
 
+# The changes of the project as well as those of its packages.
 set(debian ${PROJECT_SOURCE_DIR}/cmake/debian)
 file(STRINGS ${debian}/changelog newest LIMIT_COUNT 1)
 if(NOT newest MATCHES "^libvideo \\(${PROJECT_VERSION}-1\\)")
@@ -15,9 +24,11 @@ if(NOT newest MATCHES "^libvideo \\(${PROJECT_VERSION}-1\\)")
 endif()
 execute_process(COMMAND gzip -9nc ${debian}/changelog OUTPUT_FILE ${PROJECT_BINARY_DIR}/changelog.Debian.gz
     COMMAND_ERROR_IS_FATAL ANY)
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${debian}/changelog)
+execute_process(COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/CHANGELOG.md OUTPUT_FILE ${PROJECT_BINARY_DIR}/changelog.gz
+    COMMAND_ERROR_IS_FATAL ANY)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${debian}/changelog ${PROJECT_SOURCE_DIR}/CHANGELOG.md)
 foreach(component runtime development tools)
-    install(FILES ${debian}/copyright ${PROJECT_BINARY_DIR}/changelog.Debian.gz
+    install(FILES ${debian}/copyright ${PROJECT_BINARY_DIR}/changelog.Debian.gz ${PROJECT_BINARY_DIR}/changelog.gz
         DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${${component}_package} COMPONENT ${component})
     string(TOUPPER ${component} upper)
     set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${${component}_package})

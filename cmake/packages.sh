@@ -9,7 +9,7 @@ benchmark_packages="$build_packages libbenchmark-dev python3 gnuplot-nox"
 assimp_packages="libassimp-dev"
 fuzz_packages="clang libclang-rt-14-dev"
 documentation_packages="$build_packages doxygen"
-package_packages="$build_packages clang dpkg-dev lintian man-db bash-completion zsh fish"
+package_packages="$build_packages clang file dpkg-dev lintian man-db bash-completion zsh fish"
 ci_packages="$test_packages $benchmark_packages $fuzz_packages $documentation_packages $package_packages
     clang-format clang-tidy gdb snakemake"
 
