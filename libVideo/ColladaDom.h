@@ -1,4 +1,4 @@
-#pragma once
+#pragma once // SPDX-License-Identifier: MIT
 
 /// @file
 /// The one way to the classes of COLLADA DOM: with the definitions that its binary was built with, and without the

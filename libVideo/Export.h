@@ -1,4 +1,4 @@
-#pragma once
+#pragma once // SPDX-License-Identifier: MIT
 
 /// @file
 /// Marks what the library Video exports: the classes of `libVideo`, whole, and its free functions.

@@ -1,4 +1,4 @@
-#pragma once
+#pragma once // SPDX-License-Identifier: MIT
 
 /// @file
 /// All public classes by name, without any definition. The classes of COLLADA DOM that declarations mention are named

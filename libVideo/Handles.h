@@ -1,4 +1,4 @@
-#pragma once
+#pragma once // SPDX-License-Identifier: MIT
 
 /// @file
 /// The handles that own objects of the scene graph or refer to them, and the tables of handles.

@@ -1,4 +1,4 @@
-#pragma once
+#pragma once // SPDX-License-Identifier: MIT
 
 #include <libVideo/Export.h>
 #include <libVideo/Handles.h>

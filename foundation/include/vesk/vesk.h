@@ -1,4 +1,4 @@
-#pragma once
+#pragma once // SPDX-License-Identifier: MIT
 
 /// @file
 /// Everything of the foundation.
