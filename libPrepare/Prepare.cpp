@@ -136,7 +136,8 @@ Report inspect(const std::filesystem::path& file)
             report.done = false;
         }
         if (finding.outcome != Outcome::lost) {
-            finding.remedy = "prepare the document: " + finding.remedy;
+            finding.remedy =
+                finding.remedy.empty() ? "prepare the document" : "prepare the document: " + finding.remedy;
         }
         finding.outcome = reason != nullptr ? Outcome::refused : Outcome::lost;
         report.findings.push_back(std::move(finding));

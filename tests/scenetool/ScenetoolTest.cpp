@@ -941,7 +941,7 @@ TEST(ScenetoolCheckTest, ListsWhatIsLostWithLineAndRemedy)
     EXPECT_TRUE(contains(result.output, "line 2: ")) << result.output;
     EXPECT_TRUE(contains(result.output, "node[@id='bare']")) << result.output;
     EXPECT_FALSE(contains(result.output, "node[@id='whole']")) << result.output;
-    EXPECT_TRUE(contains(result.output, "-> prepare the document")) << result.output;
+    EXPECT_TRUE(contains(result.output, "-> prepare the document\n")) << result.output;
     const Json json = Json::parse(scenetool({"check", "--json", file.path()}).output);
     ASSERT_EQ(1U, json.size());
     EXPECT_EQ(file.path(), json[0].at("file"));
