@@ -30,7 +30,7 @@ function(pkgconfig_file pc_name pc_description pc_requires pc_cflags pc_libs)
         COMPONENT development)
 endfunction()
 pkgconfig_file(vesk-common "Text, containers, handles and logging" "" "" "-lCommon")
-pkgconfig_file(libMath "Matrices and vectors" "vesk-common" "" "")
+pkgconfig_file(libMath "Matrices and vectors" "vesk-common" "-ffp-contract=off" "")
 pkgconfig_file(libVideo "${PROJECT_DESCRIPTION}" "libMath, vesk-common, collada-dom-141" "-DNO_BOOST" "-lVideo")
 
 pkgconfig_file(libPrepare "Rewrites COLLADA documents so that libVideo delivers them whole" "" "" "-lPrepare")

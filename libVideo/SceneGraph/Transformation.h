@@ -119,10 +119,6 @@ private:
     libMath::Vector<float, 3> m_scale;
 };
 
-// The classes below take their values from plain memory, by an operation that hides the one they inherit.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Woverloaded-virtual"
-
 /// Nine values as the columns of the upper left block; all else, the last element included, is 0. No loader makes one.
 class LIBVIDEO_API View : public Transformation {
 public:
@@ -134,6 +130,9 @@ public:
 
     /// @return false, with nothing changed, if `values` is null
     bool setTransformation(const double* values);
+
+private:
+    using Transformation::setTransformation; // hidden on purpose
 };
 
 /// Holds the identity, whatever its values: a skew has no effect. No loader makes one.
@@ -148,8 +147,9 @@ public:
     /// @param values not read, may be null
     /// @return true
     bool setTransformation(const double* values);
-};
 
-#pragma GCC diagnostic pop
+private:
+    using Transformation::setTransformation; // hidden on purpose
+};
 
 } // namespace libVideo

@@ -1,3 +1,4 @@
+#include "support/CollidingTexts.h"
 #include "support/CountingElement.h"
 #include "support/FailingAllocator.h"
 #include "support/PrivateAccess.h"
@@ -17,6 +18,7 @@
 #include <map>
 #include <memory>
 #include <new>
+#include <numeric>
 #include <ostream>
 #include <set>
 #include <string>
@@ -35,6 +37,7 @@ using vesk::Array;
 using vesk::CopiedResource;
 using vesk::EqualFunc;
 using vesk::HashFunc;
+using vesk::HashSecret;
 using vesk::HashTable;
 using vesk::IndexOutOfBounds;
 using vesk::NullPointer;
@@ -892,6 +895,215 @@ TEST(HashTableTest, ChainsKeepTheOrderOfInsertionWhenTheHeadsGrow)
             EXPECT_LT(buckets[i - 1]->value, buckets[i]->value);
         }
     }
+}
+
+// Keys that were made to collide
+
+namespace {
+
+/// Counts the comparisons.
+struct CountingEqual {
+    static bool equal(const String& a, const String& b)
+    {
+        ++count;
+        return a == b;
+    }
+    static std::size_t count;
+};
+
+std::size_t CountingEqual::count = 0;
+
+/// A hash of one's own, not keyed.
+struct UnkeyedHash {
+    static unsigned hash(const String& key) { return HashFunc<String>::hash(key); }
+};
+
+template <class Hash>
+using CountedTable = HashTable<String, unsigned, CountingEqual, Hash>;
+
+template <class Table>
+void insertAll(Table& table, const std::vector<std::string>& keys)
+{
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        EXPECT_TRUE(table.insert(keys[i].c_str(), static_cast<unsigned>(i)));
+    }
+}
+
+template <class Table>
+void expectAll(const Table& table, const std::vector<std::string>& keys)
+{
+    EXPECT_EQ(keys.size(), table.size());
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        const auto* const bucket = table.lookup(keys[i].c_str());
+        ASSERT_NE(nullptr, bucket) << keys[i];
+        EXPECT_EQ(i, bucket->value);
+    }
+}
+
+template <class Table>
+std::vector<unsigned> walk(const Table& table)
+{
+    std::vector<unsigned> values;
+    for (const auto& bucket : table) {
+        values.push_back(bucket.value);
+    }
+    return values;
+}
+
+bool isKeyed(const NumberTable& table)
+{
+    return (table.*privateMember(NumberTableRep())).isKeyed();
+}
+
+} // namespace
+
+TEST(CollidingKeysTest, CostAsManyComparisonsAsOthers)
+{
+    const std::vector<std::string> keys = testSupport::collidingTexts(4000);
+    ASSERT_EQ(4000u, keys.size());
+    std::set<unsigned> hashes;
+    for (const std::string& key : keys) {
+        hashes.insert(HashFunc<String>::hash(key.c_str()));
+    }
+    ASSERT_EQ(1u, hashes.size());
+    CountedTable<HashFunc<String>> table(32);
+    CountingEqual::count = 0;
+    insertAll(table, keys);
+    expectAll(table, keys);
+    EXPECT_LE(CountingEqual::count, 4 * keys.size());
+}
+
+TEST(CollidingKeysTest, NeedAKeyedHash)
+{
+    const std::vector<std::string> keys = testSupport::collidingTexts(500);
+    CountedTable<UnkeyedHash> table(32);
+    CountingEqual::count = 0;
+    insertAll(table, keys);
+    EXPECT_EQ(500u * 499u / 2, CountingEqual::count);
+    expectAll(table, keys);
+}
+
+TEST(CollidingKeysTest, AreFoundAfterAPreparationToo)
+{
+    const std::vector<std::string> keys = testSupport::collidingTexts(1000);
+    NumberTable table(32);
+    table.reserve(1000);
+    insertAll(table, keys);
+    expectAll(table, keys);
+    EXPECT_FALSE(table.insert(keys[7].c_str(), 1000));
+    EXPECT_EQ(nullptr, table.lookup("absent"));
+    EXPECT_TRUE(isKeyed(table));
+}
+
+TEST(CollidingKeysTest, GoOverWhenAChainGrowsPastItsBound)
+{
+    const std::vector<std::string> keys = testSupport::collidingTexts(_HashTableRep::maxChain + 1);
+    NumberTable table(32);
+    for (unsigned i = 0; i < _HashTableRep::maxChain; ++i) {
+        table.insert(keys[i].c_str(), i);
+    }
+    EXPECT_FALSE(isKeyed(table));
+    std::vector<unsigned> inOrder(_HashTableRep::maxChain);
+    std::iota(inOrder.begin(), inOrder.end(), 0u);
+    EXPECT_EQ(inOrder, walk(table));
+    const NumberTable::Bucket* const bucket = table.lookup(keys[3].c_str());
+    table.insert(keys.back().c_str(), _HashTableRep::maxChain);
+    EXPECT_TRUE(isKeyed(table));
+    EXPECT_EQ(bucket, table.lookup(keys[3].c_str())); // buckets stay where they are
+    expectAll(table, keys);
+}
+
+TEST(CollidingKeysTest, HaveASecretOfTheirOwnInEachTable)
+{
+    const std::vector<std::string> keys = testSupport::collidingTexts(1000);
+    NumberTable first(32);
+    NumberTable second(32);
+    insertAll(first, keys);
+    insertAll(second, keys);
+    EXPECT_NE(walk(first), walk(second));
+}
+
+TEST(CollidingKeysTest, AreCopiedWithTheirSecret)
+{
+    const std::vector<std::string> keys = testSupport::collidingTexts(200);
+    NumberTable table(32);
+    insertAll(table, keys);
+    const NumberTable copy(table);
+    NumberTable assigned(1);
+    assigned.insert("other", 9);
+    assigned = table;
+    EXPECT_EQ(walk(table), walk(copy));
+    expectAll(copy, keys);
+    expectAll(assigned, keys);
+    assigned.insert("one more", 200);
+    EXPECT_NE(nullptr, assigned.lookup("one more"));
+}
+
+TEST(CollidingKeysTest, LeaveNothingBehindInAClearedTable)
+{
+    const std::vector<std::string> keys = testSupport::collidingTexts(200);
+    NumberTable table(32);
+    insertAll(table, keys);
+    _HashTableRep& rep = table.*privateMember(NumberTableRep());
+    EXPECT_TRUE(rep.isKeyed());
+    rep.clear();
+    EXPECT_FALSE(rep.isKeyed());
+    insertAll(table, keys);
+    expectAll(table, keys);
+}
+
+TEST(CollidingKeysTest, KeepEqualKeysInTheirOrder)
+{
+    const auto keyedHash = [](const _BucketBase* bucket, const void* key, const HashSecret& secret) {
+        return HashFunc<String>::keyedHash(bucket != nullptr ? static_cast<const NumberBucket*>(bucket)->key
+                                                             : *static_cast<const String*>(key),
+                                           secret);
+    };
+    _HashTableRep rep(4, nullptr, keyedHash);
+    const String twice("twice");
+    const _BucketBase* const first = newBucket("twice", 1);
+    rep.insertWithoutCheck(2, const_cast<_BucketBase*>(first), &twice);
+    rep.insertWithoutCheck(2, newBucket("twice", 2), &twice);
+    for (unsigned i = 0; i < _HashTableRep::maxChain; ++i) {
+        const String key = numbered("k", i);
+        rep.insertWithoutCheck(2, newBucket(key.data(), i), &key);
+    }
+    EXPECT_TRUE(rep.isKeyed());
+    EXPECT_EQ(first, rep.lookup(2, &twice));
+    EXPECT_EQ(_HashTableRep::maxChain + 2, rep.size());
+}
+
+TEST(CollidingKeysTest, OrdinaryKeysStayInTheSameOrderInEveryTable)
+{
+    std::vector<std::string> keys;
+    for (unsigned i = 0; i < 50000; ++i) {
+        keys.push_back("node-" + std::to_string(i));
+    }
+    NumberTable first(32);
+    NumberTable second(32);
+    insertAll(first, keys);
+    insertAll(second, keys);
+    EXPECT_FALSE(isKeyed(first));
+    EXPECT_EQ(walk(first), walk(second));
+}
+
+// By an implementation of the formula in another language, which gives the number that its authors published.
+TEST(CollidingKeysTest, KeyedHashIsSipHash)
+{
+    HashSecret secret;
+    secret.words[0] = 0x0706050403020100u;
+    secret.words[1] = 0x0F0E0D0C0B0A0908u;
+    const auto hash = [&](const char* text) { return HashFunc<String>::keyedHash(text, secret); };
+    EXPECT_EQ(0xDD0E0E31u, hash(""));
+    EXPECT_EQ(0xA71148CAu, hash("a"));
+    EXPECT_EQ(0x958C4A67u, hash("lamp"));
+    EXPECT_EQ(0xA380F00Fu, hash("eightbyt"));
+    EXPECT_EQ(0x4F9C18B9u, hash("a text of 24 characters!"));
+    std::string text;
+    for (int i = 0; i < 80; ++i) {
+        text += "long"; // more bytes than their number modulo 256 says
+    }
+    EXPECT_EQ(0x824A3FA8u, hash(text.c_str()));
 }
 
 // Class names

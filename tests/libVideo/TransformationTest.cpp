@@ -95,6 +95,16 @@ static_assert(
     std::is_same<bool, decltype(std::declval<Skew&>().setTransformation(static_cast<const double*>(nullptr)))>::value,
     "Skew");
 
+/// Whether `setTransformation` takes the values of a document by its plain name.
+template <class Type, class = void>
+struct TakesDocumentValues : std::false_type {};
+template <class Type>
+struct TakesDocumentValues<
+    Type, std::void_t<decltype(std::declval<Type&>().setTransformation(std::declval<const Values&>()))>>
+    : std::true_type {};
+static_assert(TakesDocumentValues<Scale>::value, "own operation");
+static_assert(!TakesDocumentValues<View>::value && !TakesDocumentValues<Skew>::value, "hidden");
+
 constexpr float zero[16] = {};
 constexpr float identity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 
@@ -625,6 +635,9 @@ TEST(TransformationTest, ViewAndSkewInheritTheOperationOnDocumentValues)
     View view;
     EXPECT_TRUE(static_cast<Transformation&>(view).setTransformation(counted(16, 1)));
     expectCounted(*view.transformation(), 1);
+    EXPECT_TRUE(view.Transformation::setTransformation(counted(16, 2)));
+    expectCounted(*view.transformation(), 2);
+    EXPECT_TRUE(view.Transformation::setTransformation(counted(16, 1)));
     expectCounted(declaredMatrix(view), 1);
     Skew skew;
     EXPECT_TRUE(static_cast<Transformation&>(skew).setTransformation(counted(16, 1)));

@@ -5,6 +5,10 @@
 #include <vesk/Serializable.h>
 #include <vesk/String.h>
 
+#include <cstdint>
+#include <type_traits>
+#include <utility>
+
 namespace vesk {
 
 /// Exact equality of two keys.
@@ -18,11 +22,18 @@ struct EqualFunc {
 template <class K>
 struct HashFunc;
 
+/// What a keyed hash is keyed by.
+struct HashSecret {
+    std::uint64_t words[2] = {0, 0}; ///< 128 bits.
+};
+
 /// Hash of a text by its bytes.
 template <>
 struct VESK_API HashFunc<String> {
     /// @return the same number for the same bytes in every run
     static unsigned hash(const String& key);
+    /// SipHash-2-4, of which nobody finds keys that collide without knowing the secret.
+    static unsigned keyedHash(const String& key, const HashSecret& secret);
 };
 
 /// Node of a chain, whatever its key and value.
@@ -59,17 +70,26 @@ public:
 ///
 /// A chain keeps its buckets in the order of insertion. When there are more buckets than heads, the heads double, as
 /// long as the table was told how to find the hash of a bucket.
+///
+/// Keys that were made to collide would end up in one chain. When a chain grows past `maxChain` buckets, which does not
+/// happen by chance, the table draws a secret and goes over to a hash that is keyed by it, as long as it was told one.
+/// From then on it ignores the hashes that it is given.
 class VESK_API _HashTableRep {
 public:
     using HashOf = unsigned (*)(const _BucketBase*); ///< Hash of the key of a bucket.
+    /// Keyed hash of the key of a bucket, or of the key at `key` if `bucket` is null.
+    using KeyedHashOf = unsigned (*)(const _BucketBase* bucket, const void* key, const HashSecret& secret);
 
-    /// An empty table of `buckets` heads, at least one. Without `hashOf` it never gets more.
-    explicit _HashTableRep(unsigned buckets, HashOf hashOf = nullptr);
+    static constexpr unsigned maxChain = 32; ///< Buckets of one chain before the table goes over to the keyed hash.
+
+    /// An empty table of `buckets` heads, at least one. Without `hashOf` it never gets more; without `keyedHashOf` it
+    /// keeps to the hashes that it is given.
+    explicit _HashTableRep(unsigned buckets, HashOf hashOf = nullptr, KeyedHashOf keyedHashOf = nullptr);
     _HashTableRep(const _HashTableRep& other);            ///< Buckets of its own, in the same chains.
     _HashTableRep& operator=(const _HashTableRep& other); ///< Likewise; if memory ends, the table stays as it was.
     ~_HashTableRep();
 
-    /// Deletes all buckets.
+    /// Deletes all buckets. The table goes back to the hashes that it is given.
     void clear();
 
     /// @return the first bucket of that key, or null
@@ -88,16 +108,23 @@ public:
     unsigned size() const { return m_size; }
     unsigned headCount() const { return m_headCount; }    ///< Number of chains.
     _BucketBase* const* heads() const { return m_heads; } ///< The first bucket of each chain, null for an empty one.
+    bool isKeyed() const { return m_isKeyed; }            ///< Whether the table has gone over to the keyed hash.
 
 private:
     void swap(_HashTableRep& other) noexcept;
+    unsigned headOf(unsigned hash, const void* key) const;
+    unsigned bucketHash(const _BucketBase* bucket) const;
     void growHeads(unsigned factor);
-    void put(_BucketBase** slot, _BucketBase* bucket);
+    void goKeyed() noexcept;
+    void put(_BucketBase** slot, unsigned chainLength, _BucketBase* bucket);
 
     unsigned m_size = 0;
     unsigned m_headCount;
     _BucketBase** m_heads;
     HashOf m_hashOf;
+    KeyedHashOf m_keyedHashOf;
+    HashSecret m_secret;
+    bool m_isKeyed = false;
 };
 
 /// Cursor over all buckets: head after head, along each chain. Inserting into the table ends its use.
@@ -123,7 +150,8 @@ private:
 ///
 /// Differs from `std::unordered_map`: a lookup gives the bucket or null; a repeated key keeps its first value; no key
 /// can be removed; buckets stay where they are for the life of the table. Lookup and insertion take constant time on
-/// average at any size.
+/// average at any size. Walks have the same order in every run, unless keys were made to collide; if `Hash` has a
+/// `keyedHash` as `HashFunc<String>` has, these take constant time as well.
 template <class K, class V, class Equal, class Hash>
 class VESK_API HashTable : public Serializable {
 public:
@@ -154,7 +182,7 @@ public:
     };
 
     /// Empty, with that many heads to start with.
-    explicit HashTable(unsigned buckets) : m_rep(buckets, &hashOf) {}
+    explicit HashTable(unsigned buckets) : m_rep(buckets, &hashOf, keyedHashFunction()) {}
     HashTable(const HashTable&) = default;
     HashTable& operator=(const HashTable&) = default;
     ~HashTable() override = default;
@@ -233,7 +261,26 @@ public:
     }
 
 private:
+    template <class H, class = void>
+    struct HasKeyedHash : std::false_type {};
+    template <class H>
+    struct HasKeyedHash<
+        H, std::void_t<decltype(H::keyedHash(std::declval<const K&>(), std::declval<const HashSecret&>()))>>
+        : std::true_type {};
+
     static unsigned hashOf(const _BucketBase* bucket) { return Hash::hash(static_cast<const Bucket*>(bucket)->key); }
+
+    static _HashTableRep::KeyedHashOf keyedHashFunction()
+    {
+        if constexpr (HasKeyedHash<Hash>::value) {
+            return [](const _BucketBase* bucket, const void* key, const HashSecret& secret) -> unsigned {
+                return Hash::keyedHash(
+                    bucket != nullptr ? static_cast<const Bucket*>(bucket)->key : *static_cast<const K*>(key), secret);
+            };
+        } else {
+            return nullptr;
+        }
+    }
 
     // Without its first two characters and its last.
     static String innerName(const String& name) { return name.size() < 4 ? name : name.subString(2, name.size() - 3); }
