@@ -2,7 +2,8 @@
 
 /// @file
 /// Hashes of what a document holds, for tables whose order nobody sees. They differ from process to process, so that no
-/// document can be written whose keys all share one.
+/// document can be written whose keys all share one: all 128 bits of each product come back into the state, so a
+/// difference of two keys spreads in a way that depends on the start.
 
 #include <cstdint>
 
