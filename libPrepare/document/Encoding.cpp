@@ -122,12 +122,29 @@ bool isUtf8(std::string_view text)
     return converter.isKnown() && converter.convert(text, ~std::uint64_t(0), ignored) == text.size();
 }
 
+// Where the zero characters at the end start, with the blanks among them; blanks alone stay.
+std::size_t endOfText(std::string_view text)
+{
+    using namespace std::string_view_literals;
+    const std::size_t last = text.find_last_not_of(" \t\r\n\0"sv);
+    const std::size_t zero = text.find('\0', last == std::string_view::npos ? 0 : last + 1);
+    return std::min(zero, text.size());
+}
+
 void takeZerosOff(std::string& text, Encoding& encoding)
 {
-    const std::size_t last = text.find_last_not_of('\0');
-    const std::size_t end = last == std::string::npos ? 0 : last + 1;
-    encoding.zerosAtEnd += text.size() - end;
+    const std::size_t end = endOfText(text);
+    encoding.zerosAtEnd +=
+        static_cast<std::size_t>(std::count(text.begin() + static_cast<std::ptrdiff_t>(end), text.end(), '\0'));
     text.resize(end);
+}
+
+// A document that is UTF-8 whatever it says.
+std::optional<Refusal> takeAsUtf8(std::string& text, Encoding& encoding, Refusal otherwise)
+{
+    takeZerosOff(text, encoding);
+    encoding.isMistaken = isUtf8(text);
+    return encoding.isMistaken ? std::nullopt : std::optional(std::move(otherwise));
 }
 
 } // namespace
@@ -154,12 +171,9 @@ std::optional<Refusal> decode(std::string& text, std::uint64_t most, Encoding& e
                         name.rfind("UTF32", 0) == 0 || name.rfind("UCS", 0) == 0 || name.rfind("ISO-10646", 0) == 0;
     const Converter converter(encoding.name);
     if ((isWide && mark == marks.end()) || !converter.isKnown()) {
-        takeZerosOff(text, encoding);
-        if (!isUtf8(text)) {
-            return Refusal{"encoding", "its encoding " + encoding.name + " is not known", "save it as UTF-8", 1, 1};
-        }
-        encoding.isMistaken = true;
-        return std::nullopt;
+        return takeAsUtf8(
+            text, encoding,
+            Refusal{"encoding", "its encoding " + encoding.name + " is not known", "save it as UTF-8", 1, 1});
     }
     std::string result;
     const std::size_t converted = converter.convert(text, most, result);
@@ -170,8 +184,13 @@ std::optional<Refusal> decode(std::string& text, std::uint64_t most, Encoding& e
     const bool isRestZero = text.find_first_not_of('\0', converted) == std::string::npos;
     if (converted < text.size() && !isRestZero) {
         const auto [line, column] = result.empty() ? std::pair(1U, 1U) : Lines(result).at(result.size());
-        return Refusal{"encoding", "not well-formed: Bytes that are no " + encoding.name, "save it as UTF-8", line,
-                       column};
+        Refusal refusal{"encoding", "not well-formed: Bytes that are no " + encoding.name, "save it as UTF-8", line,
+                        column};
+        return mark != marks.end() ? std::optional(std::move(refusal)) : takeAsUtf8(text, encoding, std::move(refusal));
+    }
+    if (mark == marks.end() && result.compare(0, 5, "<?xml") != 0) { // the declaration was readable before
+        return takeAsUtf8(text, encoding,
+                          Refusal{"encoding", "its encoding is not " + encoding.name, "save it as UTF-8", 1, 1});
     }
     encoding.zerosAtEnd += text.size() - converted;
     text = std::move(result);

@@ -147,6 +147,7 @@ public:
     {
         for (const pugi::xml_node setparam : material.child("instance_effect").children("setparam")) {
             m_parameters.set(setparam);
+            reportTexture(setparam);
         }
     }
 
@@ -174,6 +175,21 @@ public:
     }
 
 private:
+    // Samplers and surfaces are those of the effect.
+    void reportTexture(pugi::xml_node setparam)
+    {
+        const bool isTexture = setparam.child("surface") || setparam.find_child([](pugi::xml_node child) {
+            return std::string_view(child.name()).substr(0, 7) == "sampler";
+        });
+        const std::string name(trimmed(setparam.attribute("ref").value()));
+        if (isTexture && m_parameters.find(name)) {
+            m_document.lost(setparam, "setparam",
+                            "A material sets the texture parameter \"" + name +
+                                "\" of its effect, which is not followed.",
+                            "give the material an effect of its own");
+        }
+    }
+
     // What a shader doesn't have by its nature is black, whatever the document says.
     bool hasChannel(std::string_view name) const
     {
@@ -339,6 +355,9 @@ private:
                                 "put the opacity into the alpha of the diffuse texture");
             }
             return factor;
+        }
+        if (factor == 0) { // the texture has no say
+            return isInverted ? 1 : 0;
         }
         m_document.lost(transparent, "transparent-texture", "A texture says by its colors how much light passes.",
                         "put the opacity into the alpha of the diffuse texture");

@@ -1,6 +1,7 @@
 #include "Passes.h"
 
 #include "../document/Numbers.h"
+#include "../document/Reference.h"
 #include "../document/References.h"
 #include "../document/Tree.h"
 
@@ -113,8 +114,14 @@ private:
     pugi::xml_node findTargeted(std::string_view target)
     {
         const std::string id(trimmed(target.substr(0, target.find('/'))));
-        const pugi::xml_node driven = find(id, false, {"node", "camera", "light", "source", "morph", "controller"});
-        return driven ? driven : find(id, false, {});
+        for (const std::string& each : {id, percentDecoded(id)}) {
+            const pugi::xml_node driven =
+                find(each, false, {"node", "camera", "light", "source", "morph", "controller"});
+            if (driven) {
+                return driven;
+            }
+        }
+        return find(id, false, {});
     }
 
     void listRenames()

@@ -112,7 +112,18 @@ bool isCommaNumber(std::string_view word)
     return end < word.size() && std::all_of(word.begin() + static_cast<std::ptrdiff_t>(end), word.end(), isDigit);
 }
 
-// @return how many commas became points
+// Whether commas divide the numbers of a word, as in "0," and "0,1.5,2". "1,5," may be one number or two.
+bool isCommaList(std::string_view word)
+{
+    const auto commas = std::count(word.begin(), word.end(), ',');
+    const bool isLast = word.back() == ',';
+    const bool isOpen = commas == 2 && isLast && word.find('.') == std::string_view::npos;
+    const bool areSeveral = commas > 1 || isLast || word.find('.') != std::string_view::npos;
+    return areSeveral && !isOpen && word.front() != ',' &&
+           word.find_first_not_of("0123456789+-.,eE") == std::string_view::npos;
+}
+
+// @return how many commas became points or blanks
 std::size_t repairCommas(std::string& text)
 {
     std::size_t count = 0;
@@ -125,9 +136,14 @@ std::size_t repairCommas(std::string& text)
         while (end < text.size() && !isBlank(text[end])) {
             ++end;
         }
-        if (isCommaNumber(std::string_view(text).substr(begin, end - begin))) {
+        const std::string_view word = std::string_view(text).substr(begin, end - begin);
+        if (isCommaNumber(word)) {
             text[at] = '.';
             ++count;
+        } else if (isCommaList(word)) {
+            count += static_cast<std::size_t>(std::count(word.begin(), word.end(), ','));
+            std::replace(text.begin() + static_cast<std::ptrdiff_t>(begin),
+                         text.begin() + static_cast<std::ptrdiff_t>(end), ',', ' ');
         }
         at = end == text.size() ? end - 1 : end;
     }
@@ -143,9 +159,10 @@ void repairNumbers(Document& document, pugi::xml_node element)
     std::string text = textOf(element);
     if (const std::size_t count = repairCommas(text)) {
         setText(element, text);
-        document.rewritten(element, "decimal-comma",
-                           "Numbers have a comma in the place of the decimal point: " + std::to_string(count) + ".",
-                           "made points");
+        document.rewritten(
+            element, "decimal-comma",
+            "Numbers have a comma in the place of the decimal point, or between them: " + std::to_string(count) + ".",
+            "made points and blanks");
     }
 }
 

@@ -183,11 +183,40 @@ TEST(CompleteEffectsTest, TextureThatIsTransparentByItsColorsIsOpaqueAndReported
 {
     const Prepared prepared(shownShader(
         texturedShader("<transparent opaque=\"RGB_ZERO\"><texture texture=\"sampler\" texcoord=\"UV\"/></transparent>"
-                       "<transparency><float>0</float></transparency>"),
+                       "<transparency><float>0.5</float></transparency>"),
         textures, images));
     EXPECT_EQ(1U, prepared.findings("transparent-texture"));
     EXPECT_EQ("1", prepared.text("//transparency/float"));
     EXPECT_EQ("1 1 1 1", prepared.text("//transparent/color"));
+    test::expectStable(prepared);
+}
+
+TEST(CompleteEffectsTest, TextureThatIsTransparentByItsColorsHasNoSayWithAFactorOfZero)
+{
+    const auto prepared = [](const char* mode) {
+        return Prepared(shownShader(texturedShader("<transparent opaque=\"" + std::string(mode) +
+                                                   "\"><texture texture=\"sampler\" texcoord=\"UV\"/></transparent>"
+                                                   "<transparency><float>0</float></transparency>"),
+                                    textures, images));
+    };
+    const Prepared zero = prepared("RGB_ZERO");
+    EXPECT_EQ(0U, zero.findings("transparent-texture"));
+    EXPECT_EQ("1", zero.text("//transparency/float"));
+    const Prepared one = prepared("RGB_ONE");
+    EXPECT_EQ(0U, one.findings("transparent-texture"));
+    EXPECT_EQ("0", one.text("//transparency/float"));
+}
+
+TEST(CompleteEffectsTest, TexturesThatAMaterialSetsAreReported)
+{
+    const std::string body = shownShader(texturedShader(""), textures, images);
+    const std::string end = "</instance_effect>";
+    std::string changed = body;
+    changed.insert(changed.find(end), "<setparam ref=\"surface\"><surface type=\"2D\"><init_from>other</init_from>"
+                                      "</surface></setparam><setparam ref=\"none\"><sampler2D/></setparam>");
+    const Prepared prepared(changed);
+    EXPECT_EQ(0U, Prepared(body).findings("setparam"));
+    EXPECT_EQ(1U, prepared.findings("setparam"));
     test::expectStable(prepared);
 }
 

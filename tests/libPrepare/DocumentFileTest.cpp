@@ -213,7 +213,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(DocumentFileTest, AnEncodingThatIsNotThatOfTheBytesIsRepaired)
 {
     const TemporaryFolder folder;
-    for (const char* const name : {"utf-16", "UCS-2", "martian"}) {
+    for (const char* const name : {"utf-16", "UCS-2", "martian", "us-ascii", "unicode", "IBM037"}) {
         DocumentFile document;
         ASSERT_FALSE(document.read(folder.write("a.dae", declared(name, "caf\xC3\xA9")), much)) << name;
         EXPECT_TRUE(document.encoding().isMistaken) << name;
@@ -231,8 +231,16 @@ TEST(DocumentFileTest, ZerosAfterTheEndAreTakenOff)
     DocumentFile wide;
     ASSERT_FALSE(wide.read(folder.write("b.dae", inUtf16(root + "</COLLADA>", true) + std::string(3, '\0')), much));
     EXPECT_EQ(2U, wide.encoding().zerosAtEnd);
+    DocumentFile mixed;
+    ASSERT_FALSE(mixed.read(folder.write("c.dae", root + "</COLLADA>\n\0 \0\r\n"s), much));
+    EXPECT_EQ(2U, mixed.encoding().zerosAtEnd);
+    DocumentFile blanks;
+    ASSERT_FALSE(blanks.read(folder.write("d.dae", root + "</COLLADA> \n"), much));
+    EXPECT_EQ(0U, blanks.encoding().zerosAtEnd);
     DocumentFile inside;
-    EXPECT_TRUE(inside.read(folder.write("c.dae", root + "\0</COLLADA>"s), much));
+    EXPECT_TRUE(inside.read(folder.write("e.dae", root + "\0</COLLADA>"s), much));
+    DocumentFile beforeText;
+    EXPECT_TRUE(beforeText.read(folder.write("f.dae", root + "</COLLADA>\0x"s), much));
 }
 
 TEST(DocumentFileTest, GzipIsTakenApart)

@@ -99,6 +99,14 @@ TEST(RepairIdsTest, AllFormsOfReferencesFollow)
     EXPECT_EQ("#n_m", result.value("//instance_rigid_body/@target"));
 }
 
+TEST(RepairIdsTest, EncodedBlanksOfTargetsFollow)
+{
+    const OnePass result(&libPrepare::repairIds, "<node id='n m'/><channel target='n%20m/translate.X'/>"
+                                                 "<channel target='no%20ne/translate.X'/>");
+    EXPECT_EQ("n_m/translate.X", result.value("//channel[1]/@target"));
+    EXPECT_EQ("no%20ne/translate.X", result.value("//channel[2]/@target"));
+}
+
 TEST(RepairIdsTest, ListsOfIdsFollow)
 {
     const OnePass result(&libPrepare::repairIds,

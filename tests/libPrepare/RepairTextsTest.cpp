@@ -30,13 +30,23 @@ TEST(RepairTextsTest, DecimalCommasBecomePoints)
     const OnePass result(
         &libPrepare::repairTexts,
         "<unit meter='0,01'/><translate>1,5 -0,25\n3</translate><float_array>1,5e-3 2,5E7 4</float_array>"
-        "<p>1,5</p><scale>1,2,3</scale><rotate>1.5,2 1, ,2</rotate>");
+        "<p>1,5</p><scale>1,5,</scale><rotate>,2 , x,1,2</rotate>");
     EXPECT_EQ("0.01", result.value("//unit/@meter"));
     EXPECT_EQ("1.5 -0.25\n3", result.text("//translate"));
     EXPECT_EQ("1.5e-3 2.5E7 4", result.text("//float_array"));
     EXPECT_EQ("1,5", result.text("//p"));
-    EXPECT_EQ("1,2,3", result.text("//scale"));
-    EXPECT_EQ("1.5,2 1, ,2", result.text("//rotate"));
+    EXPECT_EQ("1,5,", result.text("//scale"));
+    EXPECT_EQ(",2 , x,1,2", result.text("//rotate"));
+    EXPECT_EQ(3U, result.report.findings.size());
+}
+
+TEST(RepairTextsTest, CommasBetweenNumbersBecomeBlanks)
+{
+    const OnePass result(&libPrepare::repairTexts, "<translate>1, 2.5, -3e2</translate><scale>1,2,3</scale>"
+                                                   "<rotate>0.5,1 0,1.5,90</rotate>");
+    EXPECT_EQ("1  2.5  -3e2", result.text("//translate"));
+    EXPECT_EQ("1 2 3", result.text("//scale"));
+    EXPECT_EQ("0.5 1 0 1.5 90", result.text("//rotate"));
     EXPECT_EQ(3U, result.report.findings.size());
 }
 
