@@ -71,7 +71,7 @@ public:
     /// kind that is not evaluated, and at a key that has another number of values. An evaluation takes time
     /// logarithmic in the number of keys.
     ///
-    /// Between keys, `LINEAR` goes straight and `BEZIER` is a cubic in normalised time s, with r = 1 − s and the values
+    /// Between keys, `LINEAR` goes straight and `BEZIER` is a cubic in normalized time s, with r = 1 − s and the values
     /// of the two control points: 3·in·s²·r + 3·out·s·r² + value0·r³ + value1·s³.
     /// @throws vesk::IndexOutOfBounds if two keys to interpolate between have too few values or tangents
     double applyAnimation(double value, double time);
