@@ -22,13 +22,13 @@ class HashTable;
 
 namespace libVideo {
 
-/// A handle that owns its object together with all its copies.
+/// A handle that shares ownership of its object with all its copies.
 template <class T>
 using SharedHandle = vesk::SharedResource<vesk::PointerStorage<T, 0, 3>, 0>;
-/// A handle that refers to an object which something else owns.
+/// A handle to an object that something else owns.
 template <class T>
 using Link = vesk::CopiedResource<vesk::PointerStorage<T, 3, 2>>;
-/// A table by text.
+/// A table with text keys.
 template <class Value>
 using TableByName = vesk::HashTable<vesk::String, Value, vesk::EqualFunc<vesk::String>, vesk::HashFunc<vesk::String>>;
 

@@ -12,27 +12,27 @@ namespace libVideo {
 
 /// One component of a record, as one `<param>` declares it, with the bytes of its value in the current record.
 ///
-/// A value is `stride()` tokens that lie `tokenByteSize()` bytes apart; each is a 32-bit float in host byte order in
-/// the first four of them. Bytes that no token fills are zero.
+/// A value is `stride()` tokens, `tokenByteSize()` bytes apart; each is a 32-bit float in host byte order in the first
+/// four of them. All other bytes are zero.
 class LIBVIDEO_API Data {
 public:
-    /// Holds zeros until an accessor fills it.
+    /// Zeros, until an accessor fills it.
     Data(const vesk::String& name, unsigned stride, DataType dataType, unsigned offset, unsigned tokenByteSize);
 
-    /// The `name` of the `<param>`; empty for the component of an accessor without any.
+    /// The `name` of the `<param>`; empty if the accessor has no `<param>`.
     const vesk::String& name() const { return m_name; }
-    /// Number of tokens: 1 of a float, 16 of a float4x4.
+    /// Number of tokens: 1 for a float, 16 for a float4x4.
     unsigned stride() const { return m_stride; }
     DataType dataType() const { return m_dataType; } ///< `DATA_TYPE_FLOAT` or `DATA_TYPE_FLOAT4X4`.
-    /// Where the first token lies in a record, counted in floats.
+    /// Position of the first token in a record, in floats.
     unsigned offset() const { return m_offset; }
-    /// Bytes from one token to the next: 4 of a float, 64 of a float4x4.
+    /// Bytes from one token to the next: 4 for a float, 64 for a float4x4.
     unsigned tokenByteSize() const { return m_tokenByteSize; }
 
     /// The first byte of a token, not owned by the handle.
     /// @throws vesk::AssertionFailure if `index` is not below `stride()`
     Link<unsigned char> operator[](unsigned index);
-    const Link<unsigned char> operator[](unsigned index) const; ///< As the other one.
+    const Link<unsigned char> operator[](unsigned index) const; ///< As above.
 
 private:
     vesk::String m_name;
@@ -43,8 +43,8 @@ private:
     vesk::Buffer<unsigned char> m_buffer;
 };
 
-/// Reads an array of a document as a sequence of records, by pull: `[]` fills one list of components with the record
-/// that was asked for, and the list holds it until another is read.
+/// Reads an array of a document as a sequence of records, on demand: `[]` reads a record into a list of components,
+/// which keeps it until another record is read.
 class LIBVIDEO_API Accessor {
 public:
     Accessor(const Accessor&) = default;
@@ -53,7 +53,7 @@ public:
 protected:
     Accessor() = default;
 
-    /// Fills the list with a record, whatever it held.
+    /// Reads a record into the list.
     virtual const vesk::Array<Data>& readDataFromArray(unsigned index) = 0;
 
 private:
@@ -62,15 +62,15 @@ private:
     virtual DataType stringToType(const vesk::String& type) const = 0;
 
 protected:
-    /// What the `<param>`s take together, in floats.
+    /// Floats that all `<param>`s take together.
     virtual unsigned calculateStride(const daeSmartRef<domAccessor>& accessor) const = 0;
 
 public:
     virtual ~Accessor();
 
     /// Reads the `<accessor>`. Meant to run once on an object.
-    /// @return false, with one line on "libVideo.accessor", if its source is no array of the right kind; only `count()`
-    ///     is set then
+    /// @return false, with one message on "libVideo.accessor" and only `count()` set, if its source is no array of the
+    ///     right kind
     virtual bool createFromCollada(const daeSmartRef<domAccessor>& accessor) = 0;
 
     /// The components of record `index`, in the order of the `<param>`s; valid until another record is read.
@@ -78,35 +78,35 @@ public:
     /// @throws vesk::AssertionFailure if `index` is not below `count()`
     const vesk::Array<Data>& operator[](unsigned index);
 
-    /// Number of records, the `count` of the `<accessor>`.
+    /// Number of records: the `count` of the `<accessor>`.
     unsigned count() const { return m_count; }
-    /// Floats from one record to the next: the `stride` of the `<accessor>` if it is above 1, else what the `<param>`s
-    /// take together.
+    /// Floats from one record to the next: the `stride` of the `<accessor>` if it is above 1, else the floats that all
+    /// `<param>`s take together.
     unsigned stride() const { return m_stride; }
-    /// Bytes of one record when its components are laid out one behind the other; 0 without any `<param>`.
+    /// Bytes of one record, its components one after the other; 0 without any `<param>`.
     unsigned bytePerAccess() const { return m_bytePerAccess; }
     /// Empty.
     const vesk::String& name() const { return m_name; }
 
-    /// How many records from the first on begin inside of the array; 0 without an array.
+    /// How many records begin inside the array; 0 without an array.
     virtual unsigned backedCount() const = 0;
 
 protected:
-    static constexpr unsigned noIndex = 0xFFFFFFFFu; ///< Where no record is current.
+    static constexpr unsigned noIndex = 0xFFFFFFFFu; ///< No record is current.
 
     unsigned m_stride = 0;             ///< In floats.
-    unsigned m_offset = 0;             ///< Counted in records.
+    unsigned m_offset = 0;             ///< In records.
     unsigned m_count = 0;              ///< In records.
     unsigned m_currentIndex = noIndex; ///< The record in `m_data`.
     unsigned m_bytePerAccess = 0;      ///< Of one record.
-    vesk::String m_name;               ///< No document sets it.
+    vesk::String m_name;               ///< Never set by a document.
     vesk::Array<Data> m_data;          ///< The components of the current record.
 };
 
 /// Reads a `<float_array>`, whose document has to stay open as long as the accessor is used.
 ///
 /// Record i starts at float (offset + i) · stride of the array, so the `offset` of the `<accessor>` counts records. A
-/// `<param>` without a name takes its place in a record and is not read. What lies behind the end of the array reads
+/// `<param>` without a name is skipped, but takes up its floats in the record. What is past the end of the array reads
 /// as 0.
 class LIBVIDEO_API AccessorFloat : public Accessor {
 public:
@@ -116,8 +116,8 @@ public:
     ~AccessorFloat() override;
 
     /// @copydoc Accessor::createFromCollada
-    /// An array that is shorter than the records need gives one line and true.
-    /// @throws vesk::AssertionFailure if a `<param>` has a type other than "float" and "float4x4", in any case
+    /// An array that is shorter than the records need gives true, with one message.
+    /// @throws vesk::AssertionFailure if a `<param>` has a type other than "float" and "float4x4", whatever its case
     bool createFromCollada(const daeSmartRef<domAccessor>& accessor) override;
     unsigned backedCount() const override;
 
@@ -135,7 +135,7 @@ private:
     unsigned typeByteSize(DataType type) const override;
     DataType stringToType(const vesk::String& type) const override;
 
-    // Where a record starts in the array, counted in floats. In 32 bits: a product that does not fit wraps.
+    // The first float of a record in the array. The product wraps in 32 bits.
     unsigned recordStart(unsigned index) const { return (m_offset + index) * m_stride; }
     bool isAllowed(const domAccessor& accessor) const;
     void appendComponents(const domAccessor& accessor);

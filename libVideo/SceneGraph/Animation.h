@@ -16,8 +16,8 @@
 
 namespace libVideo {
 
-/// How a curve runs from one key to the next, by the word in the "INTERPOLATION" input. Any word but these, whose case
-/// does not matter, is `LINEAR`.
+/// How a curve runs from one key to the next: the word in the "INTERPOLATION" input, in any case. Any other word
+/// is `LINEAR`.
 enum InterpolationType : unsigned {
     STEP = 0,
     LINEAR = 1,
@@ -39,61 +39,61 @@ struct LIBVIDEO_API Evolution {
 /// One keyframe curve, as an `<animation>` with a `<channel>` defines it. It keeps no link to the document. Further
 /// channels, nested animations and `<animation_clip>` are not read.
 ///
-/// A curve is evaluated for whatever holds it: a single value, a vector of three or a matrix of sixteen, by position in
-/// `Evolution::values`. Member selections of a channel (`.X`, `.ANGLE`, `(0)(1)`) take no part in that.
+/// A curve is evaluated for a single value, a vector of three or a matrix of sixteen, whose components are at the same
+/// positions in `Evolution::values`. Member selections of a channel (`.X`, `.ANGLE`, `(0)(1)`) are ignored.
 class LIBVIDEO_API Animation {
 public:
-    /// Loads as `createFromCollada` does, whose result is dropped: a curve that failed has no target.
+    /// Loads as `createFromCollada` does, and drops its result: a curve that failed has no target.
     Animation(const daeSmartRef<domAnimation>& animation, DAE& dae);
 
-    /// Reads the first `<channel>` and its `<sampler>`; nested animations are not read. May run again: the records
-    /// start anew.
-    /// @return false if the element is of no use, with one line on "libVideo.animation" unless an input leads to no
-    ///     `<source>` with a `<technique_common>` and an `<accessor>`; the records made until then stay
+    /// Reads the first `<channel>` and its `<sampler>`; nested animations are not read. Another call
+    /// replaces all keys.
+    /// @return false if the curve cannot be used. Logs one message on "libVideo.animation", except if an input does not
+    ///     lead to a `<source>` with a `<technique_common>` and an `<accessor>`. Keys read before the failure are kept
     bool createFromCollada(const daeSmartRef<domAnimation>& animation, DAE& dae);
 
     /// Id of the node or camera: the channel's target up to the first "/".
     vesk::String getTargetNode() const { return m_targetNode; }
-    /// `sid` of the transformation or camera parameter: what stands behind that "/", up to the next ".".
+    /// `sid` of the transformation or camera parameter: the target after that "/", up to the next ".".
     vesk::String getTargetTransform() const { return m_targetTransform; }
     /// Number of keys.
     unsigned getCount() { return m_count; }
-    /// The key at that place in the document, by value.
-    /// @throws vesk::IndexOutOfBounds if there are not so many
+    /// A copy of a key; keys are in document order.
+    /// @throws vesk::IndexOutOfBounds if `index` is not below `getCount()`
     Evolution evolution(unsigned index) const;
-    /// Time of the last key in seconds; 0 until loading has run to its end.
+    /// Time of the last key in seconds; 0 if the curve failed to load.
     double animationLength() const { return m_animationLength; }
 
-    /// The value at a time in seconds of something that rests at `value`.
+    /// The value of the curve at a time in seconds; `value` is the rest value.
     ///
-    /// Time wraps with the length of the animation, counted from second 0. `value` comes back where the curve says
-    /// nothing: at second 0 and each multiple of the length, before the first key, behind the last, between keys of a
-    /// kind that is not evaluated, and at a key that has another number of values. An evaluation takes time
+    /// Time wraps with the length of the animation, counted from second 0. The result is `value` where the curve has no
+    /// value: at second 0 and each multiple of the length, before the first key, after the last, between keys of a
+    /// kind that is not evaluated, and at a key with another number of values. An evaluation takes time
     /// logarithmic in the number of keys.
     ///
-    /// Between keys, `LINEAR` goes straight and `BEZIER` is a cubic in normalized time s, with r = 1 − s and the values
+    /// Between keys, `LINEAR` is a straight line and `BEZIER` is a cubic in normalized time s, with r = 1 − s and the values
     /// of the two control points: 3·in·s²·r + 3·out·s·r² + value0·r³ + value1·s³.
     /// @throws vesk::IndexOutOfBounds if two keys to interpolate between have too few values or tangents
     double applyAnimation(double value, double time);
-    /// Of three components, each as above.
+    /// Three components, each as above.
     libMath::Vector<float, 3> applyAnimation(const libMath::Vector<float, 3>& value, double time);
-    /// Of sixteen components, row by row, each as above.
+    /// Sixteen components, row by row, each as above.
     libMath::Matrix<float, 4, 4> applyAnimation(const libMath::Matrix<float, 4, 4>& value, double time);
 
 private:
     struct Span;
 
-    /// Numbers that curves may share; they do not change any more.
+    /// Numbers that curves may share; they never change.
     using Numbers = SharedHandle<vesk::Buffer<double>>;
 
-    /// What one input says of the first keys: `stride` numbers each.
+    /// The numbers that one input has for the first `records` keys: `stride` for each.
     struct Part {
         unsigned records;
         unsigned stride;
         Numbers numbers;
     };
 
-    /// The numbers of one kind of all keys. Those of a key are what the parts say of it, one after the other.
+    /// The numbers of one kind for all keys. Those of a key are the numbers that each part has for it, in order.
     struct Column {
         vesk::Array<Part> parts;
 
@@ -131,22 +131,22 @@ private:
     vesk::String m_targetNode;
     vesk::String m_targetTransform;
     double m_animationLength = 0.0;
-    // The keys, in the order of the document, by what they have: a key as a record would take several times as much.
+    // The keys in document order, as columns: a record per key would take several times the memory.
     unsigned m_count = 0;
-    Numbers m_times;                     // all 0 if there are none
-    vesk::Buffer<unsigned char> m_kinds; // all linear if there are none
+    Numbers m_times;                     // null: all times are 0
+    vesk::Buffer<unsigned char> m_kinds; // empty: all keys are linear
     Column m_values;
     Column m_inTangents;
     Column m_outTangents;
-    bool m_isAscending = false; // the times, which are their own index then
-    // The latest time up to each record: ascending whatever the order of the records, so that the first record which
-    // is not before a time can be found by halving. Empty if the times ascend, or have not been looked at.
+    bool m_isAscending = false; // whether the times ascend, and so need no index
+    // The latest time up to each record. It ascends whatever the order of the records, so that bisection finds the
+    // first record that is not before a time. Empty if the times ascend, or before `indexTimes()`.
     vesk::Array<double> m_latestTimes;
 };
 
 /// Fills the list with one entry for each `<animation>` directly below the document's `<library_animations>`, in
 /// document order, also for those that fail to load.
-/// @return the size of the list; 0, with a line on "libVideo.animation" and an untouched list, without a document
+/// @return the size of the list; 0, with a message on "libVideo.animation" and an unchanged list, without a document
 LIBVIDEO_API unsigned createAnimationListFromCollada(const domCOLLADA* const collada, DAE& dae,
                                                      vesk::Array<AnimationHandle>& animations);
 

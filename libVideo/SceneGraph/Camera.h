@@ -18,7 +18,7 @@ struct LIBVIDEO_API PerspectiveParameter {
         : value(parameterValue), sid(parameterSid)
     {}
 
-    double value;     ///< Degrees of an angle; a distance or a ratio of the others.
+    double value;     ///< In degrees for an angle; otherwise a distance or a ratio.
     vesk::String sid; ///< by which an animation targets the value
 };
 
@@ -31,11 +31,11 @@ public:
 
     /// A copy that shares parameters and animations.
     virtual CameraHandle clone() const = 0;
-    /// The projection at a time in seconds, which is the current one from then on; the current one without animations.
+    /// Computes the projection at a time in seconds and makes it the current one; without animations, returns that.
     virtual const libMath::Matrix<float, 4, 4>& projectionMatrix(double time) = 0;
     /// The current projection.
     virtual const libMath::Matrix<float, 4, 4>& projectionMatrix() const = 0;
-    /// Makes the current projection times `matrix` the current one.
+    /// Multiplies the current projection by `matrix` from the right.
     virtual const libMath::Matrix<float, 4, 4>& transform(const libMath::Matrix<float, 4, 4>& matrix) = 0;
     virtual const vesk::String& name() const = 0; ///< The `name` of the element.
     /// The `id` of the element, by which instances and animations find the camera.
@@ -43,7 +43,7 @@ public:
     /// Id of the node to look at, empty without one.
     virtual const vesk::String& lookAtNode() const = 0;
     virtual ~Camera();
-    /// Changes the aspect ratio, for all copies as well, if the camera has one.
+    /// Changes the aspect ratio of the camera and all its copies, if it has one.
     virtual void setAspectRatio(double aspectRatio) = 0;
 
     /// Adds an animation; a camera may have several. @throws vesk::NullPointer if the handle is empty
@@ -59,7 +59,7 @@ private:
     vesk::Array<AnimationHandle> m_animations;
 };
 
-/// A `<camera>` with `<perspective>` optics. `<orthographic>` ones and the `<imager>` are not read.
+/// A `<camera>` with `<perspective>` optics. `<orthographic>` and `<imager>` are not read.
 ///
 /// The projection is left-handed and row-major: with A = far / (far − near), x and y the cotangents of half the
 /// horizontal and the vertical angle of view,
@@ -69,26 +69,26 @@ private:
 ///     0    0    A           1
 ///     0    0    −A · near   0
 ///
-/// so it serves for points as row vectors on its left; depth runs from 0 at the near plane to 1 at the far one. With one
+/// for points as row vectors on its left; depth runs from 0 at the near plane to 1 at the far one. With one
 /// angle only, the other scale follows from the aspect ratio: x = y · aspect ratio.
 class LIBVIDEO_API PerspectiveCamera : public Camera {
 public:
-    /// Loads as `createFromCollada` does, whose result is dropped.
+    /// Loads as `createFromCollada` does, and drops its result.
     PerspectiveCamera(const daeSmartRef<domCamera>& camera, DAE& dae);
     PerspectiveCamera(const PerspectiveCamera&) = default;
     PerspectiveCamera& operator=(const PerspectiveCamera&) = default;
     ~PerspectiveCamera() override;
 
     /// Reads id, name, the look-at reference (first text in a `<technique profile="FCOLLADA">` of an `<extra>`) and the
-    /// optics, angles in degrees. `dae` parses the reference, and its base URI holds it afterwards.
-    /// @return false, with one line on "libVideo.camera", if common technique, perspective, near or far plane are
+    /// optics, angles in degrees. `dae` parses the reference, and its base URI is changed to it.
+    /// @return false, with one message on "libVideo.camera", if common technique, perspective, near or far plane are
     ///     missing, or if the angles do not determine the projection without an aspect ratio
     bool createFromCollada(const daeSmartRef<domCamera>& camera, DAE& dae);
 
     CameraHandle clone() const override;
     /// @copydoc Camera::projectionMatrix(double)
-    /// Of angles and planes those enter that an animation targets, and 0 for each of the others. A camera without
-    /// aspect ratio is evaluated as with 1, and logs what it lacks.
+    /// Uses the animated angles and planes only; every other one counts as 0. A camera without aspect ratio uses 1, and
+    /// logs that it has none.
     const libMath::Matrix<float, 4, 4>& projectionMatrix(double time) override;
     const libMath::Matrix<float, 4, 4>& projectionMatrix() const override { return m_projection; }
     const libMath::Matrix<float, 4, 4>& transform(const libMath::Matrix<float, 4, 4>& matrix) override;
@@ -121,7 +121,7 @@ private:
 
 /// Fills the list with the perspective cameras of the document's `<library_cameras>`, in document order, also with those
 /// that fail to load.
-/// @return the size of the list; 0, with a line on "libVideo.camera" and an untouched list, without a document
+/// @return the size of the list; 0, with a message on "libVideo.camera" and an unchanged list, without a document
 LIBVIDEO_API unsigned createCameraListFromCollada(const domCOLLADA* collada, DAE& dae, vesk::Array<CameraHandle>& list);
 
 } // namespace libVideo

@@ -12,7 +12,7 @@
 namespace libVideo {
 
 /// The primitives of a `<mesh>`: its `<triangles>`, or the points of its `<vertices>` if it has neither these nor
-/// `<lines>`. Other kinds of primitives are not read. Copies share the primitives, which end with the last of them; none
+/// `<lines>`. Other kinds of primitives are not read. Copies share ownership of the primitives; none
 /// refers to the document.
 class LIBVIDEO_API Mesh {
 public:
@@ -25,7 +25,7 @@ public:
     /// @throws vesk::NullPointer for null, and what `createPrimitive` throws
     bool createFromCollada(domMesh* const mesh);
 
-    /// Empty.
+    /// A mesh without primitives.
     const vesk::String& id() const { return m_id; }
     /// In document order, also those that failed to load.
     const vesk::Array<SharedHandle<Primitive>>& primitives() const { return m_primitives; }
@@ -37,7 +37,7 @@ private:
 
 /// One `<geometry>`: its mesh, and the nodes that show it. `<convex_mesh>` and `<spline>` are not read.
 ///
-/// Of a scene, the `VisualScene` owns it. It owns the nodes that it lists, beside the scene, but not what these refer to.
+/// Owned by the `VisualScene`. Shares ownership of the nodes that it lists, but not of their parents and children.
 /// Copies share primitives and nodes.
 class LIBVIDEO_API Geometry {
 public:
@@ -46,15 +46,15 @@ public:
     Geometry& operator=(const Geometry&) = default;
     ~Geometry();
 
-    /// @return false, with one line on "libVideo.geometry", if the element has no `<mesh>`; id and name stay empty then
+    /// @return false, with one message on "libVideo.geometry" and empty id and name, if the element has no `<mesh>`
     bool createFromCollada(const daeSmartRef<domGeometry>& geometry);
 
-    /// Lists a node that shows the geometry, unless one of the same id, whatever its case, is listed already.
+    /// Lists a node that shows the geometry, unless one with the same id, in any case, is listed already.
     void addNode(const NodeHandle& node);
     /// In the order of `addNode`.
     const vesk::Array<NodeHandle>& nodes() const { return m_nodes; }
 
-    /// The attributes of the element, empty without one, or if the load failed.
+    /// The attributes of the element; empty without one, or if the load failed.
     const vesk::String& id() const { return m_id; }
     const vesk::String& name() const { return m_name; } ///< The `name` of the element, likewise.
     const Mesh& mesh() const { return m_mesh; }         ///< What there is to draw.

@@ -12,7 +12,7 @@ namespace libVideo {
 /// The inputs of one primitive, resolved to sources, and its vertices as bytes.
 ///
 /// A vertex is the concatenation of one record per source, in source order; a record is its components in `<param>`
-/// order, a component its tokens: of a float four bytes in host order. Nothing is aligned and there are no gaps.
+/// order; a component is its tokens, each a float of four bytes in host order. There is no alignment, and no gap.
 class LIBVIDEO_API Input {
 public:
     Input() = default;
@@ -20,7 +20,7 @@ public:
     Input& operator=(const Input&) = default;
     virtual ~Input();
 
-    /// The bytes of a vertex, valid until another one is asked for. Asking for the current one again reads nothing.
+    /// The bytes of a vertex, valid until the next call. Calling it again for the current vertex reads nothing.
     virtual const vesk::Array<unsigned char>& data(unsigned index) = 0;
 
     /// Whether there is any source.
@@ -31,7 +31,7 @@ public:
     unsigned bytePerAccess() const { return m_bytePerAccess; }
 
 protected:
-    static constexpr unsigned noIndex = 0xFFFFFFFFu; ///< Where no vertex is current.
+    static constexpr unsigned noIndex = 0xFFFFFFFFu; ///< No vertex is current.
 
     /// Appends the bytes of a record to the stream.
     void dataAsByteStream(const vesk::Array<Data>& data);
@@ -65,23 +65,23 @@ private:
 /// The inputs of a `<vertices>`: one index picks one record of every source.
 class LIBVIDEO_API InputLocal : public Input {
 public:
-    /// Loads as `createFromCollada` does, whose result is dropped.
+    /// Loads as `createFromCollada` does, and drops its result.
     explicit InputLocal(const daeTArray<daeSmartRef<domInputLocal>>& inputs);
     InputLocal(const InputLocal&) = default;
     InputLocal& operator=(const InputLocal&) = default;
     ~InputLocal() override;
 
-    /// Starts anew with these inputs; those that cannot be used are skipped, each with a line on "libVideo.input" or
+    /// Replaces all inputs by these; those that cannot be used are skipped, each with a message on "libVideo.input" or
     /// "libVideo.source".
-    /// @return true if at least one source was made; else false, with a further line
+    /// @return true if at least one source was made; else false, with a further message
     bool createFromCollada(const daeTArray<daeSmartRef<domInputLocal>>& inputs);
 
-    /// @throws vesk::AssertionFailure if a source has no such record; the stream holds what was read before it then
+    /// @throws vesk::AssertionFailure if a source has no such record; the stream then has what was read before it
     const vesk::Array<unsigned char>& data(unsigned index) override;
 
-    /// Records of the first source; the others are not compared with it. 0 of a source without accessor.
+    /// Number of records of the first source, 0 without an accessor. The others may have fewer.
     unsigned numVertices() const { return m_numVertices; }
-    /// How many records the arrays of the sources reach into, the longest of them.
+    /// The largest number of records that begin inside the array of a source.
     unsigned backedVertices() const;
 
 private:
@@ -93,11 +93,11 @@ private:
 
 /// The inputs of a `<triangles>`: the indices of a vertex come from `<p>`, as many as there are distinct offsets.
 ///
-/// Sources and offsets are paired by position: source i takes the offset of the i-th `<input>`. A "VERTEX" input stands
-/// for all inputs of its `<vertices>`, at its place; several of these, or a skipped input, shift all that follow.
+/// Sources and offsets are paired by position: source i takes the offset of the i-th `<input>`. A "VERTEX" input is
+/// replaced by all inputs of its `<vertices>`; several of these, or a skipped input, shift all that follow.
 class LIBVIDEO_API InputLocalOffset : public Input {
 public:
-    /// Loads as `createFromCollada` does, whose result is dropped.
+    /// Loads as `createFromCollada` does, and drops its result.
     InputLocalOffset(const daeTArray<daeSmartRef<domInputLocalOffset>>& inputs, domP* const p);
     InputLocalOffset(const InputLocalOffset&) = default;
     InputLocalOffset& operator=(const InputLocalOffset&) = default;
@@ -105,14 +105,14 @@ public:
 
     /// Skips inputs that cannot be used, as `InputLocal` does. Sources of an earlier call stay.
     /// @param p the index list, not owned; null reads as an empty one
-    /// @return true if there is at least one source; else false, with a further line
+    /// @return true if there is at least one source; else false, with a further message
     bool createFromCollada(const daeTArray<daeSmartRef<domInputLocalOffset>>& inputs, domP* const p);
 
-    /// The bytes of the vertex of the `index`-th tuple. What lies behind the end of `<p>` reads as 0.
+    /// The bytes of the vertex of the `index`-th tuple. Indices past the end of `<p>` read as 0.
     /// @throws vesk::IndexOutOfBounds if there are more sources than inputs
     /// @throws vesk::AssertionFailure if a source has no record of an index
     const vesk::Array<unsigned char>& data(unsigned index) override;
-    /// The `index`-th tuple of `<p>`, valid until another is asked for; not refreshed if `data` gave that vertex last.
+    /// The `index`-th tuple of `<p>`, valid until the next call; not refreshed if `data` returned that vertex last.
     const vesk::Array<unsigned>& pIndex(unsigned index);
 
     /// Length of a tuple.
@@ -126,7 +126,7 @@ private:
     void refreshTuple(unsigned index);
 
     unsigned m_offsetCount = 0;
-    vesk::Array<unsigned> m_offsets; // of each input, repeats kept
+    vesk::Array<unsigned> m_offsets; // of each input, with repeats
     domP* m_p = nullptr;             // of the document
     vesk::Array<unsigned> m_pIndices;
 };

@@ -13,7 +13,7 @@
 namespace libVideo {
 
 /// A `<point>` light: a plain value that keeps no link to the document; `PointLightInstance` places it on a node. Its
-/// strength at the distance d is color / (constant + linear · d + quadratic · d²), if a renderer will have it so.
+/// strength at the distance d is meant to be color / (constant + linear · d + quadratic · d²).
 class LIBVIDEO_API PointLight {
 public:
     /// @param id of the `<light>`
@@ -21,7 +21,7 @@ public:
     PointLight(const PointLight&) = default;
     PointLight& operator=(const PointLight&) = default;
 
-    /// Reads color and attenuations. A color that is missing or too short stays white, with a line on "libVideo.light".
+    /// Reads color and attenuations. A color that is missing or too short stays white, with a message on "libVideo.light".
     /// @return true
     bool createFromCollada(const domLight::domTechnique_common::domPoint& point);
 
@@ -42,8 +42,8 @@ private:
     vesk::String m_id;
 };
 
-/// A `<spot>` light: a plain value that keeps no link to the document; `SpotLightInstance` places it on a node. It grows
-/// weaker with the distance as a `PointLight` does.
+/// A `<spot>` light: a plain value that keeps no link to the document; `SpotLightInstance` places it on a node. It fades
+/// with the distance as a `PointLight` does.
 class LIBVIDEO_API SpotLight {
 public:
     /// @param id of the `<light>`
@@ -51,11 +51,11 @@ public:
     SpotLight(const SpotLight&) = default;
     SpotLight& operator=(const SpotLight&) = default;
 
-    /// Reads color, attenuations and cone. A color that is too short stays white, with a line.
-    /// @return false, with one line on "libVideo.light", if `<color>` is absent; nothing changes then
+    /// Reads color, attenuations and cone. A color that is too short stays white, with a message.
+    /// @return false, with one message on "libVideo.light" and nothing changed, if `<color>` is absent
     bool createFromCollada(const domLight::domTechnique_common::domSpot& spot);
-    /// Reads "outer_cone" and "target" from the `<technique profile="FCOLLADA">`s of the light; the last of each counts.
-    /// `dae` parses the target, and its base URI holds it afterwards.
+    /// Reads "outer_cone" and "target" from the `<technique profile="FCOLLADA">`s of the light, the last one of each.
+    /// `dae` parses the target, and its base URI is changed to it.
     void readExtraData(const domLight& light, DAE& dae);
 
     /// Red, green, blue as written: unclamped, no color space applied; 1, 1, 1 until read.
@@ -88,12 +88,12 @@ private:
 };
 
 /// Fills the list with the point lights of the document's `<library_lights>`, in document order.
-/// @return the size of the list; 0, with a line on "libVideo.light" and an untouched list, without a document
+/// @return the size of the list; 0, with a message on "libVideo.light" and an unchanged list, without a document
 LIBVIDEO_API unsigned createPointLightListFromCollada(const domCOLLADA* collada, vesk::Array<PointLightHandle>& list);
 
 /// Fills the list with the spot lights of the document's `<library_lights>`, in document order, also with those that fail
 /// to load.
-/// @return the size of the list; 0, with a line on "libVideo.light" and an untouched list, without a document
+/// @return the size of the list; 0, with a message on "libVideo.light" and an unchanged list, without a document
 LIBVIDEO_API unsigned createSpotLightListFromCollada(const domCOLLADA* collada, DAE& dae,
                                                      vesk::Array<SpotLightHandle>& list);
 

@@ -15,11 +15,11 @@ namespace libVideo {
 /// What was read outlives the document.
 class LIBVIDEO_API BlinnMaterial {
 public:
-    /// The values. Colors are red, green and blue as written, unclamped, and white until the document has one; alpha is
-    /// not kept. A texture that could not be resolved stays in its handle, with an empty file. Copies share textures.
+    /// The values. Colors are red, green and blue as written, unclamped, and white if the document has none; alpha is
+    /// dropped. A texture that cannot be resolved has an empty file. Copies share textures.
     struct LIBVIDEO_API Component {
-        float shininess = 0.0f;                   ///< As written, whatever its range.
-        float transparency = 0.0f;                ///< As written; what it means is left to the renderer.
+        float shininess = 0.0f;                   ///< As written, in any range.
+        float transparency = 0.0f;                ///< As written; its meaning is up to the renderer.
         float emission[3] = {1.0f, 1.0f, 1.0f};   ///< `<emission>`: red, green, blue.
         SharedHandle<Texture> emissionTexture;    ///< Empty without a `<texture>`.
         float ambient[3] = {1.0f, 1.0f, 1.0f};    ///< `<ambient>`: red, green, blue.
@@ -37,15 +37,15 @@ public:
     BlinnMaterial& operator=(const BlinnMaterial&) = default;
     ~BlinnMaterial();
 
-    const Component& component() const { return m_component; } ///< What was read so far.
+    const Component& component() const { return m_component; } ///< The values read so far.
 
-    /// Reads `<emission>`, `<ambient>`, `<diffuse>`, `<specular>`, `<reflective>`, `<shininess>` and `<transparency>`; what
-    /// the element lacks keeps its value. A null element, and each texture that does not resolve, gives one line on
+    /// Reads `<emission>`, `<ambient>`, `<diffuse>`, `<specular>`, `<reflective>`, `<shininess>` and `<transparency>`; a
+    /// value that the element lacks is kept. A null element, and each texture that does not resolve, logs a message on
     /// "libVideo.material".
     /// @param profile whose newparams the textures refer to
     void createFromCollada(const daeSmartRef<domProfile_COMMON::domTechnique::domBlinn>& blinn,
                            domProfile_COMMON* const profile);
-    /// As the other one; a null element is named the same in the log.
+    /// As above; a null element logs the same message.
     void createFromCollada(const daeSmartRef<domProfile_COMMON::domTechnique::domPhong>& phong,
                            domProfile_COMMON* const profile);
 

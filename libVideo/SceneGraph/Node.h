@@ -13,12 +13,12 @@
 
 namespace libVideo {
 
-/// One element of the scene tree, read from a `<node>`: its names, its place in the tree, its transformations in
+/// One element of the scene tree, read from a `<node>`: its names, parent and children, its transformations in
 /// document order and one current matrix.
 ///
-/// Matrices are row-major, points are column vectors on the right, a translation stands in the fourth column. The
-/// transformations T1, T2, ... Tn of a node compose to T1 · T2 · ... · Tn, so Tn acts on a point first. What the current
-/// matrix means depends on what was called last: after a load it is local to the node, `updateTransform()` folds the
+/// Matrices are row-major, points are column vectors on the right, a translation is in the fourth column. The
+/// transformations T1, T2, ... Tn of a node compose to T1 · T2 · ... · Tn, so Tn acts on a point first. The meaning of
+/// the current matrix depends on the last call: after a load it is local to the node, `updateTransform()` folds the
 /// parent in, and `transform(double)` makes it local again.
 ///
 /// Attributes `type` and `layer`, `<instance_node>` and `<instance_controller>` are not read.
@@ -35,8 +35,8 @@ public:
     virtual ~Node();
 
     /// Reads `id`, `sid`, `name` and the children `<translate>`, `<rotate>`, `<scale>`, `<matrix>` and `<lookat>`. A
-    /// `<skew>` takes no part. The matrix starts again from the identity if there is any of these, and stays as it is
-    /// if there is none; the transformations of an earlier call stay in the list. @return true
+    /// `<skew>` has no effect. With any of these, the matrix starts from the identity; without, it is not changed. The
+    /// transformations of an earlier call stay in the list. @return true
     bool createFromCollada(const domNode& node);
 
     /// The attributes of the element, empty where it has none.
@@ -55,12 +55,12 @@ public:
 
     /// The current matrix.
     const libMath::Matrix<float, 4, 4>& transform() const { return m_transform; }
-    /// The local matrix of an animated node at a time in seconds, which is the current matrix from then on: neither
-    /// what `updateTransform` folded in nor a `<lookat>` is in it. A node without animation keeps its current matrix.
-    /// Time does not travel down the tree: each node is asked itself.
+    /// Computes the local matrix of an animated node at a time in seconds, and makes it the current one. It has neither
+    /// what `updateTransform` folded in nor a `<lookat>`. A node without animation keeps its current matrix. Neither
+    /// parent nor children are evaluated.
     /// @throws vesk::IndexOutOfBounds if an animation's keys have too few values
     const libMath::Matrix<float, 4, 4>& transform(double time);
-    /// Makes the parent's current matrix times the own one the current one; each call does so again.
+    /// Multiplies the current matrix by the parent's from the left, in each call again.
     const libMath::Matrix<float, 4, 4>& updateTransform();
 
     /// First three elements of the fourth column of the current matrix: the origin of the node.
@@ -71,9 +71,9 @@ public:
     const libMath::Vector<float, 3> position(double time);
     const libMath::Vector<float, 3> up(double time); ///< `transform(time)`, then as `up()`.
 
-    /// Attaches an animation to the first transformation whose `sid` is the animation's target, in place of the one
-    /// that it may have.
-    /// @return false if there is none; nothing changes then
+    /// Attaches an animation to the first transformation whose `sid` is the animation's target, and replaces the one
+    /// that it has.
+    /// @return false, with nothing changed, if there is no such transformation
     /// @throws vesk::NullPointer if the handle is empty
     bool addAnimation(AnimationHandle animation);
     /// Whether an animation was attached.

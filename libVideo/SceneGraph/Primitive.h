@@ -20,15 +20,15 @@ enum PrimitiveType : unsigned {
     PRIMITIVE_INVALID = 8 ///< never loaded
 };
 
-/// One drawable piece of a mesh as a renderer takes it: packed vertices, an index buffer, and the layouts that say what
-/// lies where in a vertex. Once built it keeps no link to the document, and lasts as long as a handle to it.
+/// One drawable part of a mesh, ready for a renderer: packed vertices, an index buffer, and layouts that say where each
+/// attribute is in a vertex. Once built, it keeps no link to the document, and lives as long as a handle to it.
 ///
 /// Vertex k starts at byte k · `bytesPerVertex()` of the vertex stream; its attributes follow each other without gaps,
-/// 32-bit floats in host byte order. Entry c of the index buffer is the vertex of corner c; triangle t owns the entries
+/// as 32-bit floats in host byte order. Entry c of the index buffer is the vertex of corner c; triangle t has the entries
 /// 3t, 3t + 1 and 3t + 2.
 class LIBVIDEO_API Primitive {
 public:
-    /// The index tuple of one vertex. Two vertices are one if these are equal, whatever their bytes.
+    /// The index tuple of one vertex. Corners with equal tuples share a vertex, whatever its bytes.
     struct LIBVIDEO_API VertexId {
         vesk::Buffer<unsigned> indices; ///< One index for each distinct offset.
         bool operator==(const VertexId& other) const { return indices == other.indices; } ///< Equal indices.
@@ -40,7 +40,7 @@ public:
 
     /// Number of triangles, or of points.
     unsigned count() const { return m_count; }
-    /// 3 of a triangle list, 1 of a point cloud.
+    /// 3 for a triangle list, 1 for a point cloud.
     unsigned vertexPerPrimitive() const { return m_vertexPerPrimitive; }
     /// Sum of the byte sizes in the layout.
     unsigned bytesPerVertex() const { return m_bytesPerVertex; }
@@ -48,22 +48,22 @@ public:
     /// Bytes of the vertex stream.
     unsigned totalByteSize() const { return m_vertexStream.size(); }
 
-    /// The first byte of the vertex stream, not owned by the handle; valid as long as the primitive does not change.
+    /// The first byte of the vertex stream, not owned by the handle; valid until the primitive changes.
     Link<unsigned char> vertexBuffer() { return Link<unsigned char>(m_vertexStream.getData()); }
-    /// One entry for each corner; empty of a point cloud.
+    /// One entry for each corner; empty for a point cloud.
     const vesk::Array<unsigned>& indexBuffer() const { return m_indexBuffer; }
-    /// The attributes of a vertex, in the order in which they lie.
+    /// The attributes of a vertex, in the order of their bytes.
     const vesk::Array<VertexLayout>& vertexLayout() const { return m_vertexLayout; }
 
     /// The `name` of a `<triangles>`, the `id` of a `<vertices>`.
     const vesk::String& id() const { return m_id; }
-    /// The symbol of the material, a key of `VisualScene::blinnMaterialTable()`; empty of a point cloud.
+    /// The symbol of the material, a key of `VisualScene::blinnMaterialTable()`; empty for a point cloud.
     const vesk::String& material() { return m_material; }
 
-    /// Copies one vertex out: that of corner `index`, or without an index buffer vertex `index`.
+    /// Copies one vertex: that of corner `index`, or vertex `index` if there is no index buffer.
     /// @return false, with `out` unchanged, if there is no such corner, or if `index` is not below the number of bytes
     ///     in the vertex stream
-    /// @throws vesk::IndexOutOfBounds if the vertex does not lie in the stream
+    /// @throws vesk::IndexOutOfBounds if the vertex is not inside the stream
     bool vertex(unsigned index, vesk::Buffer<unsigned char>& out) const;
 
     /// Whether a vertex has a position.
@@ -82,11 +82,11 @@ public:
 protected:
     Primitive() = default;
 
-    /// The first attribute of a kind; `layout` stays without one.
+    /// The first attribute of a kind; `layout` is unchanged without one.
     bool findLayout(VertexSemantic semantic, VertexLayout& layout) const;
-    /// Gives every distinct index tuple one vertex, numbered by first use. Each distinct tuple costs one read of the
-    /// sources, a known one none, and finding it takes constant time on average.
-    /// @return whether the vertex stream holds any byte
+    /// Makes one vertex for every distinct index tuple, numbered by first use. A new tuple costs one read of the sources,
+    /// a known one none; finding it takes constant time on average.
+    /// @return whether the vertex stream has any byte
     bool createIndexedVertexBuffer(const SharedHandle<InputLocalOffset>& input);
 
     unsigned m_count = 0;                      ///< Triangles or points.
@@ -104,15 +104,15 @@ protected:
 class LIBVIDEO_API TriangleList : public Primitive {
 public:
     TriangleList() = default;
-    /// Loads as `createFromCollada` does, whose result is dropped.
+    /// Loads as `createFromCollada` does, and drops its result.
     explicit TriangleList(domTriangles* const triangles);
     TriangleList(const TriangleList&) = default;
     TriangleList& operator=(const TriangleList&) = default;
     ~TriangleList() override;
 
-    /// Meant to run once. A `count` that the index list does not hold becomes the number of whole triangles in it.
-    /// @return false, with a line on "libVideo.primitive" or below, for null, without any `<input>`, or if there is no
-    ///     byte of any vertex
+    /// Meant to run once. A `count` beyond the index list becomes the number of whole triangles in it.
+    /// @return false, with a message on "libVideo.primitive" or a channel below, for null, without any `<input>`, or if
+    ///     no vertex has any byte
     /// @throws vesk::IndexOutOfBounds, vesk::AssertionFailure as `InputLocalOffset::data` does
     bool createFromCollada(domTriangles* const triangles);
 };
@@ -121,20 +121,20 @@ public:
 class LIBVIDEO_API PointCloud : public Primitive {
 public:
     PointCloud() = default;
-    /// Loads as `createFromCollada` does, whose result is dropped.
+    /// Loads as `createFromCollada` does, and drops its result.
     explicit PointCloud(domVertices* const vertices);
     PointCloud(const PointCloud&) = default;
     PointCloud& operator=(const PointCloud&) = default;
     ~PointCloud() override;
 
-    /// As many points as the first source has records; of records that no array backs, 1,048,576 and 64 MiB at the most.
-    /// @return false, with a line on "libVideo.primitive", for null; else true, also for an empty cloud
+    /// As many points as the first source has records; of records beyond the arrays, at most 1,048,576 and 64 MiB.
+    /// @return false, with a message on "libVideo.primitive", for null; else true, also for an empty cloud
     /// @throws vesk::AssertionFailure if another source has fewer records
     bool createFromCollada(domVertices* const vertices);
 };
 
 /// Makes the primitives of a `<mesh>`: one for each `<triangles>`, or a point cloud of its `<vertices>` if it has neither
-/// `<triangles>` nor `<lines>`. Other kinds are not looked at; one that fails to load stays in the list.
+/// `<triangles>` nor `<lines>`. Other kinds are ignored; one that fails to load stays in the list.
 /// @return the number of `<lines>` and `<triangles>`, or 1 for a point cloud
 LIBVIDEO_API unsigned createPrimitive(const domMesh& mesh, vesk::Array<SharedHandle<Primitive>>& primitives);
 

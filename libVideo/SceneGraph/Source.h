@@ -11,8 +11,8 @@
 
 namespace libVideo {
 
-/// One `<source>` as records of components. Arrays of other things than floats are not read. Copies share one accessor
-/// and thus one current record. The document has to stay open as long as a source is read.
+/// One `<source>` as records of components. Only arrays of floats are read. Copies share one accessor and thus one
+/// current record. The document has to stay open as long as a source is read.
 class LIBVIDEO_API Source {
 public:
     Source(const Source&) = default;
@@ -26,12 +26,12 @@ public:
 
     /// The `id` of the element, empty without one.
     const vesk::String& id() const { return m_id; }
-    /// What one record is.
+    /// Type of a record.
     DataType dataType() const { return m_dataType; }
-    /// Whether the source was made on an element; says nothing of whether it loaded.
+    /// Whether the source has an element; it may have failed to load nevertheless.
     bool isInitialized() const { return m_element != nullptr; }
 
-    /// Number of records, floats from one to the next, and bytes of a record: as the accessor has them, 0 without one.
+    /// Number of records; 0 without an accessor.
     unsigned count() const { return m_accessor ? m_accessor->count() : 0; }
     /// Floats from one record to the next; 0 without an accessor.
     unsigned stride() const { return m_accessor ? m_accessor->stride() : 0; }
@@ -41,39 +41,39 @@ public:
     /// As `operator[]`.
     const vesk::Array<Data>& data(unsigned index) const { return (*this)[index]; }
 
-    /// How many records the array behind the accessor reaches into; 0 without an accessor that found an array.
+    /// How many records begin inside the array of the accessor; 0 without an accessor that has an array.
     unsigned backedCount() const { return m_accessor ? m_accessor->backedCount() : 0; }
 
 protected:
     /// @param type what a record is
     explicit Source(DataType type) : m_dataType(type) {}
-    /// @param type what a record is @param source kept, so that the document lasts
+    /// @param type of a record @param source kept, so that the document lives as long
     Source(DataType type, const daeSmartRef<domSource>& source) : m_dataType(type), m_element(source) {}
 
-    DataType m_dataType;                     ///< What a record is.
-    unsigned m_arrayCount = 0;               ///< Floats of a source without accessor.
+    DataType m_dataType;                     ///< Type of a record.
+    unsigned m_arrayCount = 0;               ///< Number of floats of a source without accessor.
     vesk::String m_id;                       ///< Of the element.
     SharedHandle<Accessor> m_accessor;       ///< Shared by copies.
     daeSmartRef<domSource> m_element;        ///< Null without one.
-    mutable vesk::Array<Data> m_singleValue; ///< Scratch of a source without accessor: one float.
+    mutable vesk::Array<Data> m_singleValue; ///< The current float of a source without accessor.
 };
 
 /// A source of floats: through the accessor of its `<technique_common>`, or float by float from its bare `<float_array>`
-/// if it has none. A source whose accessor failed keeps reading through that.
+/// if it has none. A source whose accessor failed still reads through it.
 class LIBVIDEO_API SourceFloat : public Source {
 public:
-    /// Of an invalid type, without an element.
+    /// A source of invalid type, without an element.
     SourceFloat();
-    /// Loads as `createFromCollada` does, whose result is dropped.
+    /// Loads as `createFromCollada` does, and drops its result.
     explicit SourceFloat(const daeSmartRef<domSource>& source);
     SourceFloat(const SourceFloat&) = default;
     SourceFloat& operator=(const SourceFloat&) = default;
     ~SourceFloat() override;
 
     /// @return true if the accessor loaded and its stride is 1, 2, 3, 4 or 16, or if there is none and the array's
-    ///     `count` is above 0; else false, with a line on "libVideo.source" or "libVideo.accessor"
+    ///     `count` is above 0; else false, with a message on "libVideo.source" or "libVideo.accessor"
     bool createFromCollada(const daeSmartRef<domSource>& source) override;
-    /// @throws vesk::AssertionFailure behind the last record, or behind the last float of a bare array
+    /// @throws vesk::AssertionFailure past the last record, or past the last float of a bare array
     const vesk::Array<Data>& operator[](unsigned index) const override;
 
 private:
@@ -85,7 +85,7 @@ private:
 };
 
 /// Makes the source that a reference leads to; each call makes a new one.
-/// @return an empty handle, with one line on "libVideo.source", if it leads to no `<source>` or to one that cannot be
+/// @return an empty handle, with one message on "libVideo.source", if it leads to no `<source>` or to one that cannot be
 ///     read as floats
 LIBVIDEO_API SharedHandle<Source> createSourceFromCollada(const daeURI& uri);
 

@@ -17,8 +17,8 @@ public:
     Texture& operator=(const Texture&) = default;
     ~Texture();
 
-    /// The elements that were found, null where the chain broke. They may outlive the document, but then only be
-    /// released.
+    /// The elements that were found, null where the chain broke. They may outlive the document, but can only be
+    /// released then.
     const daeSmartRef<domFx_sampler2D_common>& sampler() const { return m_sampler; }
     /// The `<surface>`; null where the chain broke.
     const daeSmartRef<domFx_surface_common>& texture() const { return m_texture; }
@@ -27,8 +27,8 @@ public:
 
     /// @param source the channel of a material that has a `<texture>`
     /// @param profile the `<profile_COMMON>` whose newparams the names refer to
-    /// @return false, without a line, if there is no `<texture>`, or no surface could be reached; else true, also without
-    ///     a file, with a line on "libVideo.texture" if an initializer is missing or leads nowhere
+    /// @return false, without a message, if there is no `<texture>` or it leads to no surface; else true, even without a
+    ///     file, with a message on "libVideo.texture" if an initializer is missing or leads nowhere
     bool createFromCollada(const daeSmartRef<domCommon_color_or_texture_type>& source, daeElement* const profile);
 
 private:

@@ -18,7 +18,7 @@ namespace libVideo {
 /// that the document has not given are 0. Copies share the current matrix and the animation.
 class LIBVIDEO_API Transformation {
 public:
-    /// A zero matrix declared, no current one.
+    /// Declares a zero matrix, and has no current one.
     Transformation() = default;
     /// Sixteen values, row by row.
     Transformation(const daeTArray<double>& values, const vesk::String& sid);
@@ -26,19 +26,19 @@ public:
     Transformation& operator=(const Transformation&) = default;
     virtual ~Transformation();
 
-    /// Declares new values, and makes their matrix the current one. @return true
+    /// Sets the declared values, and makes their matrix the current one. @return true
     virtual bool setTransformation(const daeTArray<double>& values);
 
-    /// The matrix at a time in seconds, which is the current one from then on; the current one without an animation.
-    /// Nothing is cached by time.
+    /// Computes the matrix at a time in seconds and makes it the current one; without an animation, returns the current
+    /// one. Nothing is cached by time.
     /// @throws vesk::IndexOutOfBounds if the animation's keys have too few values
-    /// @throws vesk::NullPointer if there is an animation and no current matrix that it could change
+    /// @throws vesk::NullPointer if there is an animation but no current matrix
     virtual const MatrixHandle& transformationAtTime(double time);
 
-    /// The current matrix: the last one evaluated, or the declared one; an empty handle before there was any.
+    /// The current matrix: the last one evaluated, else the declared one; empty if there is none.
     const MatrixHandle& transformation() { return m_transformation; }
 
-    /// By which an animation finds the transformation; empty without one.
+    /// The `sid`, by which an animation finds the transformation; empty without one.
     const vesk::String& sid() const { return m_sid; }
     /// Changes the `sid`. @return the new one
     const vesk::String& setSid(const vesk::String& sid);
@@ -49,7 +49,7 @@ public:
     const AnimationHandle& animation() const { return m_animation; }
 
 protected:
-    explicit Transformation(const vesk::String& sid) : m_sid(sid) {} ///< Declares nothing but the `sid`.
+    explicit Transformation(const vesk::String& sid) : m_sid(sid) {} ///< Has a `sid` and no values.
 
     /// Makes a new matrix the current one.
     void replaceTransformation(const libMath::Matrix<float, 4, 4>& matrix);
@@ -119,7 +119,7 @@ private:
     libMath::Vector<float, 3> m_scale;
 };
 
-/// Nine values as the columns of the upper left block; all else, the last element included, is 0. No loader makes one.
+/// Nine values as the columns of the upper left block; all other elements are 0, the last one too. No loader makes one.
 class LIBVIDEO_API View : public Transformation {
 public:
     View() = default;
@@ -139,7 +139,7 @@ private:
 class LIBVIDEO_API Skew : public Transformation {
 public:
     Skew() = default;
-    Skew(const double* values, const vesk::String& sid); ///< Takes the `sid` alone.
+    Skew(const double* values, const vesk::String& sid); ///< Uses only the `sid`.
     Skew(const Skew&) = default;
     Skew& operator=(const Skew&) = default;
     ~Skew() override;

@@ -8,23 +8,23 @@
 
 namespace libVideo {
 
-/// One attribute of a vertex: what it is, and where it lies in the bytes of a vertex.
+/// One attribute of a vertex: what it is, and where it is in the bytes of a vertex.
 struct LIBVIDEO_API VertexLayout {
     VertexLayout() = default;
-    /// All else as the default has it. Implicit, since a layout of a semantic serves as a search key.
+    /// Sets only the semantic. Implicit, since a semantic is a search key among layouts.
     VertexLayout(VertexSemantic layoutSemantic) : semantic(layoutSemantic) {}
 
-    /// Compares the semantic alone.
+    /// Compares only the semantic.
     bool operator==(const VertexLayout& other) const { return semantic == other.semantic; }
 
     VertexSemantic semantic = SEMANTIC_UNKNOWN; ///< What the attribute is.
     unsigned byteSize = 0;                      ///< bytes that the attribute takes
     unsigned byteOffset = 0;                    ///< bytes from the start of the vertex
-    DataType dataType = DATA_TYPE_INVALID;      ///< What its source is made of.
+    DataType dataType = DATA_TYPE_INVALID;      ///< Type of a record of its source.
     unsigned reserved = 0;                      ///< always 0
 };
 
-/// Maps the `semantic` of an input, in any case, and stores the answer in `layout.semantic` as well.
+/// Maps the `semantic` of an input, in any case, and stores the result in `layout.semantic` as well.
 /// @return `SEMANTIC_UNKNOWN` for a word that has none
 LIBVIDEO_API VertexSemantic inputSemanticToVertexSemantic(const vesk::String& semantic, VertexLayout& layout);
 

@@ -16,7 +16,7 @@ namespace libVideo {
 /// The scene that a host walks after a load: a tree of nodes under one root, the instances on it, and the geometries
 /// and materials that it shows.
 ///
-/// It owns the nodes and refers to the pool of the load, which has to live as long. A copy is a second view of the same
+/// It owns the nodes and refers to the pool of the load, which has to outlive it. A copy is a second view of the same
 /// nodes with a root of its own; the top-level nodes keep the root of the source as their parent, so a copy must not
 /// outlive its source.
 class LIBVIDEO_API VisualScene {
@@ -29,15 +29,15 @@ public:
 
     /// Builds nodes, instances and animations from the `<visual_scene>`. `<instance_node>` and `<instance_controller>`
     /// are not read. Faults below the scene are logged and skipped. Meant to run once.
-    /// @return false, with one line on "libVideo.visualScene" and nothing changed, if `resources` is empty, the element
+    /// @return false, with one message on "libVideo.visualScene" and nothing changed, if `resources` is empty, the element
     ///     has no `<node>`, or a scene is loaded already
     [[nodiscard]] bool createFromCollada(const domVisual_scene& scene, const SceneResourcesLink& resources);
 
-    /// Folds each node's parent into its matrix, parents first, so that local matrices become world matrices. To be
-    /// called once: a second call folds the ancestors in again.
+    /// Folds each node's parent into its matrix, parents first, so that local matrices become world matrices. Call it
+    /// once: a second call folds the parents in again.
     void transform();
 
-    /// Stands for no element: the identity, with the nodes directly below the `<visual_scene>` as its children.
+    /// Not from the document: the identity, with the nodes directly below the `<visual_scene>` as its children.
     const Node& root() const { return m_root; }
     /// Instances in breadth-first order of their nodes, and in document order on one node.
     const vesk::Array<CameraInstanceHandle>& cameraList() const { return m_cameraList; }
@@ -68,7 +68,7 @@ private:
     vesk::String m_id;
     Node m_root;
     NodeTable m_nodeTable{32};          // every node by its id
-    vesk::Array<NodeHandle> m_nodeList; // breadth-first, so a parent stands before its children
+    vesk::Array<NodeHandle> m_nodeList; // breadth-first, so a parent comes before its children
     vesk::Array<CameraInstanceHandle> m_cameraList;
     vesk::Array<PointLightInstanceHandle> m_pointLightList;
     vesk::Array<SpotLightInstanceHandle> m_spotLightList;
