@@ -13,7 +13,7 @@ namespace vesk {
 
 namespace detail {
 
-/// Head of the one block that an array owns; its elements follow directly.
+/// Header of the block that an array owns; the elements follow it directly.
 struct ArrayHeader {
     unsigned count;
     unsigned capacity;
@@ -21,15 +21,15 @@ struct ArrayHeader {
 
 constexpr unsigned smallestArrayCapacity = 8;
 
-/// Stands for the block of every array that has not held an element yet. It has no slots, although those arrays count as
-/// ones of the smallest capacity; nobody writes to it.
+/// Shared by all arrays that have had no element yet. It has no slots, although those arrays report the smallest
+/// capacity; nothing writes to it.
 VESK_API extern ArrayHeader* const noElements;
 
-/// Capacity for `size` elements: 8, doubled until it holds them. The block has to fit 32 bits, header included.
+/// Capacity for `size` elements: 8, doubled until they fit. The size of the block has to fit 32 bits, header included.
 /// @throws NullPointer that names `size` if it does not
 VESK_API unsigned arrayCapacity(unsigned size, std::size_t elementSize);
 /// An empty block of `capacity` slots.
-/// @throws NullPointer that names `size`, the number asked for, if there is no memory
+/// @throws NullPointer that names `size`, the requested number, if out of memory
 VESK_API ArrayHeader* allocateArray(unsigned size, unsigned capacity, std::size_t elementSize);
 VESK_API void freeArray(ArrayHeader* block) noexcept;
 [[noreturn]] VESK_API void throwArraySize(unsigned size);
@@ -39,17 +39,17 @@ VESK_API void freeArray(ArrayHeader* block) noexcept;
 
 /// Growable array on one heap block of count, capacity and elements. Copies are deep.
 ///
-/// Differs from `std::vector`: sizes are 32-bit; a block has 8 slots at least, is allocated with the first element, and
-/// doubles when full; `[]` is checked and throws; `clear` gives the memory back; elements are always copied, never moved; storage
-/// that cannot be had throws `NullPointer`. Whatever throws leaves the array as it was.
+/// Differs from `std::vector`: sizes are 32-bit; the block is allocated with the first element, has at least 8 slots and
+/// doubles when full; `[]` is checked and throws; `clear` frees the memory; elements are always copied, never moved;
+/// running out of memory throws `NullPointer`. An exception leaves the array unchanged.
 ///
-/// Growth, assignment and `clear` invalidate references and iterators. A value to append may stand in the array itself.
+/// Growth, assignment and `clear` invalidate references and iterators. A value to append may be in the array itself.
 /// `T` needs a copy constructor and a destructor, for the sized constructor a default constructor, for `contains` `==`;
 /// where an array is declared, `T` may be incomplete.
 template <class T>
 class VESK_API Array : public Serializable {
 public:
-    /// No element, capacity 8.
+    /// No elements, capacity 8.
     Array() noexcept : m_block(detail::noElements) {}
 
     /// `size` default-constructed elements; numbers are zero.
@@ -64,7 +64,7 @@ public:
         m_block = block.release();
     }
 
-    /// The same capacity and copies of the elements. @throws NullPointer if there is no memory
+    /// The same capacity and copies of the elements. @throws NullPointer if out of memory
     Array(const Array& other) : Serializable(), m_block(clone(other)) {}
 
     ~Array() override
@@ -75,8 +75,8 @@ public:
         m_block = nullptr;
     }
 
-    /// Takes copies of the elements, and the capacity of `other`. @throws NullPointer if there is no memory
-    Array& operator=(const Array& other) // NOLINT(bugprone-unhandled-self-assignment): told by the block
+    /// Copies the elements and the capacity of `other`. @throws NullPointer if out of memory
+    Array& operator=(const Array& other) // NOLINT(bugprone-unhandled-self-assignment): compares the blocks
     {
         if (m_block != other.m_block) {
             replace(clone(other));
@@ -104,16 +104,16 @@ public:
     /// @throws IndexOutOfBounds
     const T& operator[](unsigned index) const { return elements(m_block)[checked(index)]; }
 
-    /// Address of the first element. There is no slot to write to before the first element was added.
+    /// Address of the first element. There is no slot to write to before the first element is added.
     T* getData() { return elements(m_block); }
-    const T* getData() const { return elements(m_block); } ///< Address of the first slot, also of an empty array.
+    const T* getData() const { return elements(m_block); } ///< Address of the first slot, even for an empty array.
 
     T* begin() { return getData(); }                    ///< For range-for; the first element.
-    T* end() { return getData() + size(); }             ///< Behind the last element.
+    T* end() { return getData() + size(); }             ///< Past the last element.
     const T* begin() const { return getData(); }        ///< For range-for; the first element.
-    const T* end() const { return getData() + size(); } ///< Behind the last element.
+    const T* end() const { return getData() + size(); } ///< Past the last element.
 
-    /// Amortised constant time.
+    /// Amortized constant time.
     void append(const T& value)
     {
         if (m_block->count < m_block->capacity) {
@@ -124,7 +124,7 @@ public:
         }
     }
 
-    /// Appends copies of `n` elements, which may stand in the array itself.
+    /// Appends copies of `n` elements, which may be in the array itself.
     void append(const T* values, unsigned n)
     {
         extend(n, [values, n](T* slots) { std::uninitialized_copy_n(values, n, slots); });
@@ -133,7 +133,7 @@ public:
     /// Appends copies of all elements; `other` may be this array.
     void appendArray(const Array& other) { append(other.getData(), other.size()); }
 
-    /// Extends to `size` elements, the new ones copies of `value`. Fewer than there are changes nothing.
+    /// Extends to `size` elements; new ones are copies of `value`. Never shrinks.
     void grow(unsigned size, const T& value)
     {
         if (size > m_block->count) {
@@ -142,7 +142,7 @@ public:
         }
     }
 
-    /// Destroys all elements and goes back to capacity 8.
+    /// Destroys all elements; the capacity is 8 again.
     void clear()
     {
         if (m_block->capacity > detail::smallestArrayCapacity) {
@@ -164,7 +164,7 @@ public:
         return false;
     }
 
-    /// "ArrayOfString", "ArrayOfUnsigned", "ArrayOfDouble", "ArrayOfByte", and "ArrayOfOthers" of all other elements.
+    /// "ArrayOfString", "ArrayOfUnsigned", "ArrayOfDouble", "ArrayOfByte", and "ArrayOfOthers" for all other elements.
     static const String& className()
     {
         static const String name(detail::SerializedValue<T>::arrayName());
@@ -173,7 +173,7 @@ public:
 
     const String& getClassName() const override { return className(); }
 
-    /// Replaces the elements by those of the element. An array of others writes a notice to standard output instead.
+    /// Replaces the elements by those in the XML. For other elements, writes a notice to standard output instead.
     void deserializeMembers(const XmlElement* element) override
     {
         if constexpr (detail::SerializedValue<T>::isSupported) {
@@ -193,7 +193,7 @@ public:
         }
     }
 
-    /// @throws SerializationFailed that names `name` if it is an array of others
+    /// @throws SerializationFailed that names `name` if it is an array of other elements
     void serializeMembers(const String& name, String& xml) override
     {
         if constexpr (detail::SerializedValue<T>::isSupported) {
@@ -220,7 +220,7 @@ protected:
     }
 
 private:
-    // A block on its way into an array: ends with its elements unless released.
+    // A block on its way into an array: destroyed with its elements unless released.
     class Block {
     public:
         explicit Block(detail::ArrayHeader* header) : m_header(header) {}
@@ -300,8 +300,8 @@ private:
         return index;
     }
 
-    // Constructs `n` elements behind the last. Where the block has to grow, the old elements live until the new ones
-    // stand, so that these may be copies of them.
+    // Constructs `n` elements after the last. If the block has to grow, the old elements live until the new ones are
+    // made, so that these may be copies of them.
     template <class Construct>
     void extend(unsigned n, const Construct& construct)
     {

@@ -6,12 +6,12 @@
 
 namespace vesk {
 
-/// Flat store of plain elements that owns its memory and copies it by value.
+/// Flat memory of plain elements, owned and copied by value.
 ///
 /// Differs from `std::vector`: there is no capacity and no growth by appending; sizes are 64-bit; elements are copied
-/// bytewise; a resize leaves new elements uninitialised unless told otherwise. Assigning fewer elements reuses the
-/// memory as long as they are more than half of the present size. An assignment or resize that allocates invalidates
-/// all pointers. A failed allocation passes as `std::bad_alloc` and changes nothing.
+/// bytewise; a resize leaves new elements uninitialized by default. Assigning fewer elements reuses the memory if they
+/// are more than half of the current size. An assignment or resize that allocates invalidates
+/// all pointers. A failed allocation throws `std::bad_alloc` and changes nothing.
 template <class T>
 class Buffer {
     static_assert(std::is_trivially_copyable<T>::value, "elements are copied bytewise");
@@ -39,7 +39,7 @@ public:
         return *this;
     }
 
-    /// Takes a copy of `count` elements, which may stand in this buffer.
+    /// Copies `count` elements, which may be in this buffer.
     void assign(const T* elements, std::uint64_t count)
     {
         if (count == 0) {
@@ -52,7 +52,7 @@ public:
         }
     }
 
-    /// Keeps the first elements, as many as both sizes allow. New ones are zero if `zeroFill` is set, else unset.
+    /// Keeps the first elements that both sizes have. New ones are zero if `zeroFill` is set, else uninitialized.
     void resize(std::uint64_t size, bool zeroFill)
     {
         if (size == 0) {
@@ -76,7 +76,7 @@ public:
     T& operator[](std::uint64_t index) { return m_data[index]; }
     const T& operator[](std::uint64_t index) const { return m_data[index]; } ///< Unchecked, like a plain array.
 
-    /// Same size and the same elements in the same order.
+    /// Same size and equal elements in the same order.
     bool operator==(const Buffer& other) const
     {
         if (m_size != other.m_size) {
@@ -113,7 +113,7 @@ private:
     }
 
     T* m_data = nullptr;
-    T* m_storage = nullptr; // what delete[] takes; the elements in use start where it starts
+    T* m_storage = nullptr; // for delete[]; the elements in use start at its start
     std::uint64_t m_size = 0;
 };
 

@@ -10,17 +10,17 @@ namespace vesk {
 template <class Storage>
 class CopiedResource;
 
-/// Non-owning handle: a pointer that says so. It keeps nothing alive and dangles when its target ends first.
+/// Non-owning handle: a pointer that keeps nothing alive, and dangles once its object is destroyed.
 ///
-/// Differs from `std::weak_ptr`: it costs one pointer, knows nothing of its target's end, and cannot become an owning
-/// handle again. `->` and `*` check nothing: test a handle that may be empty.
+/// Differs from `std::weak_ptr`: it costs one pointer, does not notice when its object is destroyed, and cannot become
+/// an owning handle. `->` and `*` check nothing: test a handle that may be empty.
 template <class T>
 class CopiedResource<PointerStorage<T, 3, 2>> {
 public:
     /// Empty.
     CopiedResource() = default;
 
-    /// Implicit, so that a plain pointer serves where a handle is wanted.
+    /// Implicit, so that a plain pointer can be passed as a handle.
     CopiedResource(T* resource) { m_storage.value = resource; }
 
     /// Takes the pointer; the count does not change.

@@ -7,10 +7,10 @@
 
 namespace vesk {
 
-/// Base of what the library throws. Misuse, exhausted memory and broken invariants throw; a bad document never does
-/// of itself.
+/// Base of what the library throws: for misuse, exhausted memory and broken invariants. A fault in a document alone
+/// does not throw.
 ///
-/// Making and copying one never fails: where memory has run out, the message is cut to what fits without any.
+/// Making and copying one never fails: if out of memory, the message is cut to what fits without an allocation.
 class VESK_API Exception : public std::exception {
 public:
     Exception(const Exception& other) noexcept;            ///< The same message, as far as memory allows.
@@ -32,7 +32,7 @@ private:
     String m_message;
 };
 
-/// A container's storage could not be had, or an object was asked for what it does not hold.
+/// A container ran out of memory, or an object does not have what was requested.
 class VESK_API NullPointer : public Exception {
 public:
     /// @param message what `what()` shows
@@ -47,7 +47,7 @@ public:
 /// An index outside of a container.
 class VESK_API IndexOutOfBounds : public Exception {
 public:
-    /// @param low,high the valid indices @param index the one that was asked for
+    /// @param low,high the valid indices @param index the requested one
     IndexOutOfBounds(int low, int high, int index) noexcept;
     IndexOutOfBounds(const IndexOutOfBounds&) = default;
     IndexOutOfBounds& operator=(const IndexOutOfBounds&) = default;
@@ -55,9 +55,9 @@ public:
 
     /// The lowest valid index, always 0.
     int low() const { return m_low; }
-    /// The highest valid index: the element count less one, so -1 of an empty container.
+    /// The highest valid index: the number of elements less one, so -1 for an empty container.
     int high() const { return m_high; }
-    /// The index that was asked for.
+    /// The requested index.
     int index() const { return m_index; }
 
 private:
@@ -66,7 +66,7 @@ private:
     int m_index;
 };
 
-/// Serialization was asked of a type that has none.
+/// A type without serialization was serialized.
 class VESK_API SerializationFailed : public Exception {
 public:
     /// @param message what `what()` shows
@@ -91,7 +91,7 @@ public:
 
     const char* file() const { return m_file; }             ///< The module's source path, without an ending.
     unsigned long long line() const { return m_line; }      ///< The source line of the assertion.
-    const char* expression() const { return m_expression; } ///< The text of the test that did not hold.
+    const char* expression() const { return m_expression; } ///< The text of the test that failed.
 
 private:
     const char* m_file;

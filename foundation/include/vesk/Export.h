@@ -3,4 +3,4 @@
 /// @file
 /// Marks what the library Common exports. Everything else stays hidden.
 
-#define VESK_API __attribute__((visibility("default"))) ///< Stands in front of what the library Common exports.
+#define VESK_API __attribute__((visibility("default"))) ///< Marks a class or function that the library exports.

@@ -22,7 +22,7 @@ struct EqualFunc {
 template <class K>
 struct HashFunc;
 
-/// What a keyed hash is keyed by.
+/// Key of a keyed hash.
 struct HashSecret {
     std::uint64_t words[2] = {0, 0}; ///< 128 bits.
 };
@@ -36,7 +36,7 @@ struct VESK_API HashFunc<String> {
     static unsigned keyedHash(const String& key, const HashSecret& secret);
 };
 
-/// Node of a chain, whatever its key and value.
+/// Node of a chain, without the types of key and value.
 class VESK_API _BucketBase {
 public:
     _BucketBase() = default;
@@ -71,34 +71,34 @@ public:
 /// A chain keeps its buckets in the order of insertion. When there are more buckets than heads, the heads double, as
 /// long as the table was told how to find the hash of a bucket.
 ///
-/// Keys that were made to collide would end up in one chain. When a chain grows past `maxChain` buckets, which does not
-/// happen by chance, the table draws a secret and goes over to a hash that is keyed by it, as long as it was told one.
-/// From then on it ignores the hashes that it is given.
+/// Keys that were made to collide would all be in one chain. When a chain grows past `maxChain` buckets, which does not
+/// happen by chance, the table draws a random key and switches to its keyed hash, if it has one. From then on it
+/// ignores the hashes that it is given.
 class VESK_API _HashTableRep {
 public:
     using HashOf = unsigned (*)(const _BucketBase*); ///< Hash of the key of a bucket.
     /// Keyed hash of the key of a bucket, or of the key at `key` if `bucket` is null.
     using KeyedHashOf = unsigned (*)(const _BucketBase* bucket, const void* key, const HashSecret& secret);
 
-    static constexpr unsigned maxChain = 32; ///< Buckets of one chain before the table goes over to the keyed hash.
+    static constexpr unsigned maxChain = 32; ///< Buckets of one chain before the table switches to the keyed hash.
 
     /// An empty table of `buckets` heads, at least one. Without `hashOf` it never gets more; without `keyedHashOf` it
-    /// keeps to the hashes that it is given.
+    /// always uses the hashes that it is given.
     explicit _HashTableRep(unsigned buckets, HashOf hashOf = nullptr, KeyedHashOf keyedHashOf = nullptr);
     _HashTableRep(const _HashTableRep& other);            ///< Buckets of its own, in the same chains.
-    _HashTableRep& operator=(const _HashTableRep& other); ///< Likewise; if memory ends, the table stays as it was.
+    _HashTableRep& operator=(const _HashTableRep& other); ///< Likewise; unchanged if out of memory.
     ~_HashTableRep();
 
-    /// Deletes all buckets. The table goes back to the hashes that it is given.
+    /// Deletes all buckets. The table uses the hashes that it is given again.
     void clear();
 
-    /// @return the first bucket of that key, or null
+    /// @return the first bucket with that key, or null
     const _BucketBase* lookup(unsigned hash, const void* key) const;
 
-    /// Takes over the bucket. If there is one of the same key, that one stays and the new one is deleted.
+    /// Takes over the bucket. If there is one with the same key, that one stays and the new one is deleted.
     /// @return whether it was stored
     bool insert(unsigned hash, _BucketBase* bucket, const void* key);
-    /// Takes over the bucket, also beside others of the same key, of which `lookup` gives the first.
+    /// Takes over the bucket, even if there are others with the same key; `lookup` finds the first.
     void insertWithoutCheck(unsigned hash, _BucketBase* bucket, const void* key);
 
     /// Doubles the heads until there is one for each of `size` buckets, if it may.
@@ -108,7 +108,7 @@ public:
     unsigned size() const { return m_size; }
     unsigned headCount() const { return m_headCount; }    ///< Number of chains.
     _BucketBase* const* heads() const { return m_heads; } ///< The first bucket of each chain, null for an empty one.
-    bool isKeyed() const { return m_isKeyed; }            ///< Whether the table has gone over to the keyed hash.
+    bool isKeyed() const { return m_isKeyed; }            ///< Whether the table uses the keyed hash.
 
 private:
     void swap(_HashTableRep& other) noexcept;
@@ -127,16 +127,16 @@ private:
     bool m_isKeyed = false;
 };
 
-/// Cursor over all buckets: head after head, along each chain. Inserting into the table ends its use.
+/// Cursor over all buckets: head after head, along each chain. Inserting into the table invalidates it.
 class VESK_API _HashTableIteratorBase {
 public:
-    /// @param first,last the first head, and the place behind the last
+    /// @param first,last the first head, and one past the last
     _HashTableIteratorBase(_BucketBase* const* first, _BucketBase* const* last);
 
-    /// To the next bucket; null behind the last.
+    /// To the next bucket; null after the last.
     _HashTableIteratorBase& operator++();
 
-    _BucketBase* current() const { return m_current; } ///< The bucket that was reached; null behind the last.
+    _BucketBase* current() const { return m_current; } ///< The current bucket; null after the last.
 
 private:
     void findHead();
@@ -148,23 +148,23 @@ private:
 
 /// Keyed table with chained buckets. Copies have buckets of their own; keys and values are copied.
 ///
-/// Differs from `std::unordered_map`: a lookup gives the bucket or null; a repeated key keeps its first value; no key
-/// can be removed; buckets stay where they are for the life of the table. Lookup and insertion take constant time on
+/// Differs from `std::unordered_map`: a lookup returns the bucket or null; a repeated key keeps its first value; no key
+/// can be removed; buckets never move. Lookup and insertion take constant time on
 /// average at any size. Walks have the same order in every run, unless keys were made to collide; if `Hash` has a
 /// `keyedHash` as `HashFunc<String>` has, these take constant time as well.
 template <class K, class V, class Equal, class Hash>
 class VESK_API HashTable : public Serializable {
 public:
-    using Bucket = _Bucket<K, V, Equal>; ///< What `lookup` and the iterators give.
+    using Bucket = _Bucket<K, V, Equal>; ///< What `lookup` and the iterators return.
 
-    /// Walks the buckets, in no order that means anything.
+    /// Walks the buckets, in an unspecified order.
     class Iterator {
     public:
-        /// Stands where the cursor stands.
+        /// At the position of the cursor.
         explicit Iterator(const _HashTableIteratorBase& cursor) : m_cursor(cursor) {}
-        /// The bucket; not behind the last one.
+        /// The bucket; not past the last one.
         const Bucket& operator*() const { return *static_cast<const Bucket*>(m_cursor.current()); }
-        /// The bucket; not behind the last one.
+        /// The bucket; not past the last one.
         const Bucket* operator->() const { return static_cast<const Bucket*>(m_cursor.current()); }
         /// To the next bucket.
         Iterator& operator++()
@@ -172,7 +172,7 @@ public:
             ++m_cursor;
             return *this;
         }
-        /// Whether both stand at the same bucket.
+        /// Whether both are at the same bucket.
         bool operator==(const Iterator& other) const { return m_cursor.current() == other.m_cursor.current(); }
         /// Not `==`.
         bool operator!=(const Iterator& other) const { return m_cursor.current() != other.m_cursor.current(); }
@@ -181,13 +181,13 @@ public:
         _HashTableIteratorBase m_cursor;
     };
 
-    /// Empty, with that many heads to start with.
+    /// Empty, with that many heads.
     explicit HashTable(unsigned buckets) : m_rep(buckets, &hashOf, keyedHashFunction()) {}
     HashTable(const HashTable&) = default;
     HashTable& operator=(const HashTable&) = default;
     ~HashTable() override = default;
 
-    /// @return false if the key was there; its value stays
+    /// @return false if the key was there already; it keeps its value
     bool insert(const K& key, const V& value)
     {
         _BucketBase* const bucket = new Bucket(key, value);
@@ -197,21 +197,21 @@ public:
     /// @return the bucket of `key`, or null
     const Bucket* lookup(const K& key) const { return static_cast<const Bucket*>(m_rep.lookup(Hash::hash(key), &key)); }
 
-    /// Prepares for that many keys in all, so that the table need not grow step by step.
+    /// Makes room for that many keys in all, so that the table does not grow step by step.
     void reserve(unsigned size) { m_rep.reserve(size); }
 
     /// Number of keys.
     unsigned size() const { return m_rep.size(); }
 
     Iterator begin() const { return Iterator(cursor()); } ///< For range-for; the first bucket.
-    /// Behind the last bucket.
+    /// Past the last bucket.
     Iterator end() const
     {
         _BucketBase* const* const last = m_rep.heads() + m_rep.headCount();
         return Iterator(_HashTableIteratorBase(last, last));
     }
 
-    /// "H(" and what stands inside of the names of both arrays.
+    /// "H(" and the inner parts of the names of both arrays.
     static const String& className()
     {
         static String name;
@@ -243,7 +243,7 @@ public:
     }
 
     /// Replaces the content.
-    /// @throws IndexOutOfBounds if there are fewer values than keys; the pairs before stay
+    /// @throws IndexOutOfBounds if there are fewer values than keys; the pairs before are kept
     void deserializeMembers(const XmlElement* element) override
     {
         Array<K> keys;

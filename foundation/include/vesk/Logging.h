@@ -17,31 +17,31 @@ struct LoggerPriority {
         PRIORITY_ALL = 0,   ///< threshold below every message
         PRIORITY_TRACE = 1, ///< entry and exit of a scope
         PRIORITY_INFO = 2,  ///< not used by the library itself
-        PRIORITY_ERROR = 3, ///< every text line of the library: something failed, was skipped or refused
+        PRIORITY_ERROR = 3, ///< every message of the library: something failed, was skipped or refused
         PRIORITY_OFF = 4    ///< threshold above every message
     };
 };
 
-/// Takes the lines of all channels. What it throws passes through the statement that logged.
+/// Receives the messages of all channels. What it throws passes through the log statement.
 using LogHandler = std::function<void(const Logger&, LoggerPriority::LOGGER_PRIORITY, const String&)>;
 
-/// Owner of all channels and of the process-wide threshold. Belongs to one thread, like all of the library.
+/// Owns all channels and the process-wide threshold. Belongs to one thread, like all of the library.
 class VESK_API LogFactory {
 public:
     LogFactory() = delete;
 
-    /// Makes or finds the channel of that name, and stores its address in `logger`; it stays valid for the process.
+    /// Makes or finds the channel of that name, and stores its address in `logger`; it lives as long as the process.
     static void createLogger(const char* channel, Logger*& logger);
-    /// @return the channel of that name, or null if no message has called for it yet
+    /// @return the channel of that name, or null if nothing was logged on it yet
     static Logger* findLogger(const char* channel);
 
     /// The threshold of all channels: a message passes if its priority is equal or higher. `PRIORITY_ERROR` at start.
     static LoggerPriority::LOGGER_PRIORITY getPriority();
     static void setPriority(LoggerPriority::LOGGER_PRIORITY priority); ///< Changes the threshold of all channels.
 
-    /// Replaces what takes the lines. An empty handler restores the default, which writes `[channel] text` and a line
-    /// feed to standard error.
-    /// @return the handler before, empty if it was the default
+    /// Replaces the handler of messages. An empty one restores the default, which writes `[channel] text` and a line feed
+    /// to standard error.
+    /// @return the previous handler, empty if it was the default
     static LogHandler setHandler(LogHandler handler);
 };
 
@@ -56,7 +56,7 @@ public:
 
     const String& channel() const { return m_channel; } ///< The name of the channel, such as "libVideo.scene".
 
-    /// Hands the line to the handler; tests no threshold.
+    /// Passes the message to the handler, whatever the thresholds.
     void log(LoggerPriority::LOGGER_PRIORITY messagePriority, const LoggerStream& line);
 
 private:
@@ -66,7 +66,7 @@ private:
     String m_channel;
 };
 
-/// Builder of one log line: a text that also takes numbers.
+/// Builder of one log message: a text to which numbers can be appended.
 class VESK_API LoggerStream : public String {
 public:
     LoggerStream() = default;
@@ -77,11 +77,11 @@ public:
     LoggerStream& operator+(unsigned number);
 };
 
-/// Tells of the life of one scope: `> function (file:line)` at its start, `< function` at its end, both with
+/// Traces one scope: `> function (file:line)` at its start, `< function` at its end, both with
 /// `PRIORITY_TRACE`. A null logger makes it silent.
 class VESK_API TraceLogger {
 public:
-    /// @param function,file literals; they are kept by address
+    /// @param function,file literals, kept by address
     TraceLogger(Logger* logger, const char* function, const char* file, int line);
     ~TraceLogger();
     TraceLogger(const TraceLogger&) = delete;

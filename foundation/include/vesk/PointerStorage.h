@@ -2,7 +2,7 @@
 
 namespace vesk {
 
-/// One pointer, as the handles store it. The two numbers name the policy of the handle around it; two forms exist:
+/// One pointer, as the handles store it. The two numbers name the policy of the handle; two forms exist:
 ///
 /// - `PointerStorage<T, 0, 3>` in a `SharedResource`: the object is owned and deleted with the last handle;
 /// - `PointerStorage<T, 3, 2>` in a `CopiedResource`: the object is not owned.
@@ -10,7 +10,7 @@ template <class T, int A, int B>
 struct PointerStorage {
     using Element = T; ///< What the pointer points to.
 
-    /// What a storage holds that holds nothing.
+    /// Value of an empty storage.
     static constexpr T* nullValue = nullptr;
 
     T* value = nullValue; ///< The pointer.

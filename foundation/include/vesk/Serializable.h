@@ -11,11 +11,11 @@ namespace vesk {
 
 /// One element of serialized XML, as a `Serializable` reads it: a light handle, valid while `deserialize` runs.
 ///
-/// An object is `<object name="..." class="...">`; below it stand the objects that it holds as members and the plain
-/// values that it holds as a container, each `<value text="..."/>`.
+/// An object is `<object name="..." class="...">`; below it are the objects that it has as members, and the plain
+/// values that it has as a container, each `<value text="..."/>`.
 class VESK_API XmlElement {
 public:
-    /// The name under which the object was written.
+    /// The name that the object was written with.
     String name() const;
     /// `getClassName()` of the object that was written.
     String className() const;
@@ -24,10 +24,10 @@ public:
     bool exists() const { return m_node != nullptr; }
     /// The first member of that name; one that does not exist if there is none.
     XmlElement member(const String& name) const;
-    /// The first plain value, or the one behind `value`; one that does not exist at the end.
+    /// The first plain value, or the one after `value`; one that does not exist at the end.
     XmlElement firstValue() const;
     XmlElement nextValue() const; ///< The next plain value of the same object; one that does not exist at the end.
-    /// The text of a plain value, as it was before it was written.
+    /// The text of a plain value, unescaped.
     String text() const;
 
 private:
@@ -43,24 +43,24 @@ private:
 /// `serialize` for each member or `serializeValue` for each value, `serializeEnd`, `getSerializedXML`; and
 /// `deserializeBegin`, one `deserialize` for each member, `deserializeEnd`.
 ///
-/// The object itself holds nothing for this, so that a container costs no more for being serializable.
+/// The object itself stores nothing for this, so a serializable container costs no more than another.
 class VESK_API Serializable {
 public:
     virtual ~Serializable();
 
     /// Replaces `xml` by a well-formed document that holds this object under `name`.
-    /// @throws SerializationFailed if the object, or one that it holds, has no serialized form; `xml` is unchanged then
+    /// @throws SerializationFailed if the object, or one inside it, has no serialized form; `xml` is unchanged then
     virtual void doSerialization(const String& name, String& xml);
     /// Reads the object back from what `doSerialization` wrote.
-    /// @return false, with nothing changed, if the text does not parse or holds an object of another class; what stands
-    ///     around the object is not looked at
+    /// @return false, with nothing changed, if the text does not parse or has an object of another class; XML around
+    ///     the object is ignored
     virtual bool deserialize(const String& xml);
 
     /// Reads the members from their element.
     virtual void deserializeMembers(const XmlElement* element);
     /// Appends the element of this object, under `name`, to `xml`.
     virtual void serializeMembers(const String& name, String& xml);
-    /// The name that tells this class from others in XML.
+    /// The name of this class in XML.
     virtual const String& getClassName() const = 0;
 
 protected:
@@ -72,18 +72,18 @@ protected:
     virtual void serializeBegin(const String& name);
     /// Ends the element that `serializeBegin` started.
     virtual void serializeEnd();
-    /// Appends the finished element to `xml`, and forgets it.
+    /// Appends the finished element to `xml`, and drops it.
     virtual void getSerializedXML(String& xml);
     /// Starts reading this object from its element; null reads nothing.
     virtual void deserializeBegin(const XmlElement* element);
     /// Ends what `deserializeBegin` started.
     virtual void deserializeEnd();
-    /// Hands over one plain value of a container's element: its place and its text.
+    /// Receives one plain value of a container's element: its position and its text.
     virtual void insertValueToContainer(int index, const XmlElement* element, String& value);
 
     /// Writes a member into the element that is being written.
     void serialize(const String& name, Serializable& member);
-    /// Reads a member from the element that is being read. A member that is not there stays as it is.
+    /// Reads a member from the element that is being read. A member that is not there is not changed.
     void deserialize(const String& name, Serializable& member);
     /// Writes one plain value into the element that is being written.
     void serializeValue(const String& text);
@@ -98,7 +98,7 @@ struct SerializedValue {
     static const char* arrayName() { return "ArrayOfOthers"; }
 };
 
-/// Text of the numbers: what `toText` writes, `fromText` reads back to the same value. A text that is no number gives 0.
+/// Text of the numbers: `fromText` reads what `toText` writes back to the same value. A text that is no number gives 0.
 VESK_API String toText(unsigned value);
 VESK_API String toText(double value);
 VESK_API void fromText(const String& text, unsigned& value);
@@ -151,7 +151,7 @@ struct SerializedValue<unsigned char> {
     }
 };
 
-/// Tells on standard output that a class cannot be read back.
+/// Says on standard output that a class cannot be read back.
 VESK_API void writeRefusalNotice();
 /// @throws SerializationFailed that names `name`
 [[noreturn]] VESK_API void throwSerializationRefused(const String& name);

@@ -7,7 +7,7 @@
 
 namespace vesk {
 
-/// Deletes a resource when it is deleted itself. The base knows nothing of the resource's type.
+/// Deletes a resource when it is deleted itself. The base does not know the resource's type.
 class VESK_API SharedResourceDestroyerBase {
 public:
     SharedResourceDestroyerBase() = default;
@@ -15,14 +15,14 @@ public:
     SharedResourceDestroyerBase& operator=(const SharedResourceDestroyerBase&) = delete;
     virtual ~SharedResourceDestroyerBase();
 
-    /// Forgets the resource, so that nothing is deleted later.
+    /// Releases the resource, so that nothing is deleted later.
     virtual void disarm() = 0;
 };
 
 template <class Storage>
 class SharedResourceDestroyer;
 
-/// Made where a resource is adopted, the one place where its type has to be complete.
+/// Made where a resource is adopted, the only place where its type has to be complete.
 template <class T>
 class SharedResourceDestroyer<PointerStorage<T, 0, 3>> : public SharedResourceDestroyerBase {
 public:
@@ -46,7 +46,7 @@ private:
 template <class Storage, int Policy>
 class SharedResource;
 
-/// Owning handle: the resource lives until the last of its handles ends.
+/// Owning handle: the resource lives until the last of its handles is destroyed.
 ///
 /// Differs from `std::shared_ptr`: the count is a plain integer, so handles and resource belong to one thread; there
 /// are no weak handles and no conversions between types, and cycles are not detected. A handle that adopts a null
@@ -59,10 +59,10 @@ public:
     /// Empty.
     SharedResource() = default;
 
-    /// Takes over a resource fresh from `new`, also when this throws `std::bad_alloc`.
+    /// Takes over a resource from `new`, even if this throws `std::bad_alloc`.
     explicit SharedResource(T* resource) { adopt(resource); }
 
-    /// One handle more of the same resource.
+    /// Shares the resource of the other handle.
     SharedResource(const SharedResource& other)
         : m_storage(other.m_storage), m_count(other.m_count), m_destroyer(other.m_destroyer)
     {
@@ -73,7 +73,7 @@ public:
 
     ~SharedResource() { release(); }
 
-    /// Lets go of what it held, then takes over a resource fresh from `new`, also when this throws `std::bad_alloc`.
+    /// Releases its resource, then takes over one from `new`, even if this throws `std::bad_alloc`.
     SharedResource& operator=(T* resource)
     {
         release();
@@ -81,8 +81,8 @@ public:
         return *this;
     }
 
-    /// Shares the resource of `other`. Its share is taken before the old one is let go, so `other` may be part of the
-    /// object that ends here.
+    /// Shares the resource of `other`. It does so before it releases the old one, so `other` may be part of the object
+    /// that is destroyed here.
     SharedResource& operator=(const SharedResource& other)
     {
         if (this != &other) {
@@ -92,7 +92,7 @@ public:
         return *this;
     }
 
-    /// Exchanges what two handles hold.
+    /// Exchanges the resources of two handles.
     void swap(SharedResource& other) noexcept
     {
         exchange(m_storage.value, other.m_storage.value);
@@ -110,7 +110,7 @@ public:
     /// Number of handles that share the resource, this one included; 0 when empty.
     unsigned useCount() const { return m_count == nullptr ? 0 : *m_count; }
 
-    /// Whether both hold the same object, or none.
+    /// Whether both have the same object, or none.
     friend bool operator==(const SharedResource& a, const SharedResource& b) { return a.get() == b.get(); }
     /// Not `==`.
     friend bool operator!=(const SharedResource& a, const SharedResource& b) { return a.get() != b.get(); }
@@ -157,7 +157,7 @@ private:
         if (m_count == nullptr) {
             return;
         }
-        // The handle is emptied first: the end of the resource may lead back to this very handle.
+        // The handle is emptied first: destroying the resource may lead back to this very handle.
         unsigned* const count = m_count;
         m_storage.value = m_storage.nullValue;
         m_count = nullptr;
@@ -169,7 +169,7 @@ private:
 
     PointerStorage<T, 0, 3> m_storage;
     unsigned* m_count = nullptr;
-    SharedResourceDestroyerBase* m_destroyer = nullptr; // stale in an emptied handle, read only behind the count
+    SharedResourceDestroyerBase* m_destroyer = nullptr; // stale in an emptied handle: read only with a count
 };
 
 } // namespace vesk

@@ -6,10 +6,10 @@
 
 namespace libMath {
 
-/// `row` × `col` elements in one flat array and nothing else.
+/// `row` × `col` elements in one flat array, and nothing else.
 ///
 /// Storage is row-major: flat index `col`·r + c is row r, column c. A point is a column vector on the right,
-/// p' = M · p, so a translation stands in the fourth column of a 4 by 4 matrix, and in a product the left factor is the
+/// p' = M · p, so a translation is in the fourth column of a 4 by 4 matrix, and in a product the left factor is the
 /// outer transform. A rotation by a positive angle about Z turns X towards Y.
 template <class T, unsigned row, unsigned col>
 class Matrix {
@@ -33,7 +33,7 @@ public:
         check(index < (row * col), __LINE__, "index < (row * col)");
         return m_elements[index];
     }
-    const T& operator[](unsigned index) const ///< As the other one.
+    const T& operator[](unsigned index) const ///< As above.
     {
         check(index < (row * col), __LINE__, "index < (row * col)");
         return m_elements[index];
@@ -45,7 +45,7 @@ public:
         check((x < row) && (y < col), __LINE__, "(x<row) && (y<col)");
         return m_elements[x * col + y];
     }
-    const T& operator()(unsigned x, unsigned y) const ///< As the other one.
+    const T& operator()(unsigned x, unsigned y) const ///< As above.
     {
         check((x < row) && (y < col), __LINE__, "(x<row) && (y<col)");
         return m_elements[x * col + y];

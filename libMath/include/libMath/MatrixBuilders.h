@@ -7,7 +7,7 @@
 
 namespace libMath {
 
-/// Rotation about an axis through the origin, counter-clockwise for one who looks against the axis: a positive angle
+/// Rotation about an axis through the origin, counter-clockwise as seen against its direction: a positive angle
 /// about Z turns X towards Y.
 ///
 /// With (x, y, z) the axis divided by its length, c = cos, s = sin of the angle and t = 1 − c:

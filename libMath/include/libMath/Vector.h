@@ -5,13 +5,13 @@
 
 namespace libMath {
 
-/// `Size` elements and nothing else. All arithmetic is that of `T`, in the order in which the formulas stand.
+/// `Size` elements and nothing else. Arithmetic is that of `T`, in the order of the formulas.
 template <class T, unsigned Size>
 class Vector {
 public:
     /// All elements 0.
     Vector() = default;
-    /// Of a vector of three.
+    /// Only for a vector of three.
     template <unsigned N = Size, class = std::enable_if_t<N == 3>>
     Vector(T x, T y, T z) : m_elements{x, y, z}
     {}
@@ -42,7 +42,7 @@ public:
     }
 
     /// a × b = (a.y·b.z − a.z·b.y, a.z·b.x − a.x·b.z, a.x·b.y − a.y·b.x)
-    /// Of vectors of three.
+    /// Only for vectors of three.
     template <unsigned N = Size, class = std::enable_if_t<N == 3>>
     Vector cross(const Vector& b) const
     {
