@@ -25,7 +25,8 @@ enum class UpAxis {
 
 /// What `prepare` may be told. The defaults keep everything that the document says.
 struct Options {
-    /// Time in seconds at which skins and morphs take their pose; the declared values if absent.
+    /// Time in seconds at which skins and morphs take their pose, and animated materials and lights their values; the
+    /// declared values if absent.
     std::optional<double> time;
     /// The axis that points up in the result.
     UpAxis upAxis = UpAxis::keep;
@@ -88,6 +89,20 @@ struct Approximation {
     double zfar = 0;             ///< As the document says.
 };
 
+/// A texture that says how much light passes a face, for which no material of `libVideo` has a place: there the face is
+/// opaque. The opacity is the share, or what is missing of it to 1, where the share is `factor` times the alpha or the
+/// luminance of the texture.
+struct OpacityTexture {
+    std::string symbol;      ///< The material symbol in the result of the triangles that it is for.
+    std::string image;       ///< Id of the `<image>` in the result.
+    std::string file;        ///< Its `<init_from>` in the result.
+    std::string wrapS;       ///< `<wrap_s>` of its sampler, such as `MIRROR`; empty if that says nothing.
+    std::string wrapT;       ///< `<wrap_t>`.
+    bool isByColor = false;  ///< By the luminance (`RGB_ZERO`, `RGB_ONE`) in place of the alpha.
+    bool isInverted = false; ///< The share is what passes (`RGB_ZERO`, `A_ZERO`).
+    double factor = 1;       ///< `<transparency>`.
+};
+
 /// What `prepare` or `inspect` found.
 struct Report {
     /// False if nothing could be read or written; the last finding says why.
@@ -98,6 +113,11 @@ struct Report {
     std::vector<Finding> findings;
     /// In the order of the passes, too.
     std::vector<Approximation> approximations;
+    /// One for each symbol in the result that shows such a material.
+    std::vector<OpacityTexture> opacityTextures;
+    /// Ids in the result of the geometries with triangles that `Options::normals` has given normals. The document does
+    /// not say which side of these is the outer one.
+    std::vector<std::string> madeNormals;
 
     /// The first finding with this outcome, or null.
     LIBPREPARE_API const Finding* first(Outcome outcome) const;

@@ -61,12 +61,24 @@ Matrix4 rotation(const std::vector<double>& values)
     return result;
 }
 
-// A node at the eye whose -Z points at the interest.
+// Where X goes in the shortest turn that takes Z to a direction of length 1; straight back that is around Y.
+Vector3 straightRight(const Vector3& back)
+{
+    const double factor = 1 + back[2];
+    if (!(factor > 1e-12)) {
+        return {-1, 0, 0};
+    }
+    return {1 - back[0] * back[0] / factor, -back[0] * back[1] / factor, -back[0]};
+}
+
+// A node at the eye whose -Z points at the interest. Where up points the same way it says nothing, and the node turns no
+// more than it has to.
 Matrix4 lookat(const std::vector<double>& values)
 {
     const Vector3 eye{values[0], values[1], values[2]};
     const Vector3 back = normalized(difference(eye, {values[3], values[4], values[5]}));
-    const Vector3 right = normalized(cross({values[6], values[7], values[8]}, back));
+    const Vector3 across = cross({values[6], values[7], values[8]}, back);
+    const Vector3 right = dot(across, across) > 0 || !(dot(back, back) > 0) ? normalized(across) : straightRight(back);
     const Vector3 up = cross(back, right);
     Matrix4 result = identity();
     for (unsigned row = 0; row < 3; ++row) {

@@ -151,6 +151,9 @@ public:
         }
     }
 
+    /// The opacity texture of the effect, without a symbol; no image if it has none.
+    const OpacityTexture& opacityTexture() const { return m_opacityTexture; }
+
     void run()
     {
         for (const char* const name : {"emission", "ambient", "diffuse", "specular", "reflective"}) {
@@ -348,23 +351,38 @@ private:
         const bool isDiffuse =
             diffuse && image &&
             image == followTexture(m_document, m_parameters, diffuse.attribute("texture").value()).image;
-        if (!isByColor && !isInverted) {
-            if (!isDiffuse) {
-                m_document.lost(transparent, "transparent-texture",
-                                "Only the diffuse texture can make parts of a face transparent.",
-                                "put the opacity into the alpha of the diffuse texture");
-            }
+        if (!isByColor && !isInverted && isDiffuse) {
             return factor;
         }
         if (factor == 0) { // the texture has no say
             return isInverted ? 1 : 0;
+        }
+        m_opacityTexture.image = image.attribute("id").value();
+        m_opacityTexture.wrapS = wrapOf(texture, "wrap_s");
+        m_opacityTexture.wrapT = wrapOf(texture, "wrap_t");
+        m_opacityTexture.isByColor = isByColor;
+        m_opacityTexture.isInverted = isInverted;
+        m_opacityTexture.factor = factor;
+        if (!isByColor && !isInverted) {
+            m_document.lost(transparent, "transparent-texture",
+                            "Only the diffuse texture can make parts of a face transparent.",
+                            "put the opacity into the alpha of the diffuse texture");
+            return factor;
         }
         m_document.lost(transparent, "transparent-texture", "A texture says by its colors how much light passes.",
                         "put the opacity into the alpha of the diffuse texture");
         return 1;
     }
 
+    std::string wrapOf(pugi::xml_node texture, const char* name) const
+    {
+        const pugi::xml_node sampler =
+            followTexture(m_document, m_parameters, texture.attribute("texture").value()).sampler.child("sampler2D");
+        return std::string(trimmed(textOf(sampler.child(name))));
+    }
+
     Document& m_document;
+    OpacityTexture m_opacityTexture;
     pugi::xml_node m_effect;
     pugi::xml_node m_shader;
     Parameters m_parameters;
@@ -390,6 +408,19 @@ Shading needShading(Document& document, pugi::xml_node effect)
     return {};
 }
 
+// Reports the opacity textures of effects, by the address of each, for the symbols that show them.
+void reportOpacity(Document& document, const std::unordered_map<std::size_t, OpacityTexture>& byEffect)
+{
+    std::unordered_set<std::string> known;
+    for (const pugi::xml_node binding : elementsBelow(shownScene(document), "instance_material")) {
+        const auto found = byEffect.find(effectOf(document, materialOf(document, binding)).hash_value());
+        if (found != byEffect.end() && known.insert(binding.attribute("symbol").value()).second) {
+            document.report().opacityTextures.push_back(found->second);
+            document.report().opacityTextures.back().symbol = binding.attribute("symbol").value();
+        }
+    }
+}
+
 } // namespace
 
 void completeEffects(Document& document)
@@ -397,6 +428,7 @@ void completeEffects(Document& document)
     const std::vector<pugi::xml_node> materials = shownMaterials(document);
     EffectSplitter(document).run(materials);
     std::unordered_set<std::size_t> known;
+    std::unordered_map<std::size_t, OpacityTexture> opacities;
     for (const pugi::xml_node material : materials) {
         const pugi::xml_node effect = effectOf(document, material);
         if (!effect) {
@@ -414,11 +446,18 @@ void completeEffects(Document& document)
             continue;
         }
         if (const Shading shading = needShading(document, effect)) {
-            EffectCompleter(document, effect, shading, material).run();
+            EffectCompleter completer(document, effect, shading, material);
+            completer.run();
+            if (!completer.opacityTexture().image.empty()) {
+                opacities.emplace(effect.hash_value(), completer.opacityTexture());
+            }
         } else {
             document.lost(effect, "effect", nameOf(effect) + " has no shader in a <profile_COMMON>.",
                           "add a <technique> with a <phong>");
         }
+    }
+    if (!opacities.empty()) {
+        reportOpacity(document, opacities);
     }
 }
 

@@ -1,9 +1,13 @@
 #include "Optics.h"
 #include "Passes.h"
 
+#include <libPrepare/document/Motion.h>
+#include <libPrepare/document/Numbers.h>
 #include <libPrepare/document/Tree.h>
 
 #include <algorithm>
+#include <memory>
+#include <unordered_map>
 
 namespace libPrepare {
 
@@ -82,6 +86,61 @@ private:
     std::unordered_set<std::size_t> m_shown; // nodes and cameras
 };
 
+// Gives what is animated in materials and lights the values of the time that the document is prepared for.
+class Stills {
+public:
+    Stills(Document& document, bool isNeeded) : m_document(document)
+    {
+        if (!isNeeded || !document.options().time) {
+            return;
+        }
+        m_motion = std::make_unique<Motion>(document);
+        for (const Channel& channel : m_motion->channels()) {
+            if (isInLook(channel.target)) {
+                m_targets.emplace(channel.element.hash_value(), channel.target);
+            }
+        }
+    }
+
+    /// @return whether the target of a channel has its value now
+    bool take(pugi::xml_node channel)
+    {
+        const auto found = m_targets.find(channel.hash_value());
+        if (found == m_targets.end()) {
+            return false;
+        }
+        const pugi::xml_node target = found->second;
+        // Other channels of the target are in it already, since all of them are asked.
+        if (m_done.insert(target.hash_value()).second) {
+            setText(target, text(m_motion->values(target, m_document.options().time)));
+        }
+        m_document.rewritten(channel, "animation",
+                             "The animation of \"" + std::string(channel.attribute("target").value()) +
+                                 "\" cannot be written.",
+                             "it has the value of the time that was asked for");
+        return true;
+    }
+
+private:
+    // Whether an element holds nothing but numbers, somewhere in a light, an effect or a material.
+    static bool isInLook(pugi::xml_node target)
+    {
+        const pugi::xml_node child = target.first_child();
+        const bool isText = child && !child.next_sibling() && child.type() == pugi::node_pcdata;
+        for (pugi::xml_node above = target.parent(); isText && above; above = above.parent()) {
+            if (is(above, "light") || is(above, "effect") || is(above, "material")) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    Document& m_document;
+    std::unique_ptr<Motion> m_motion;                          // null where the values stay
+    std::unordered_map<std::size_t, pugi::xml_node> m_targets; // of channels
+    std::unordered_set<std::size_t> m_done;
+};
+
 } // namespace
 
 void dropAnimations(Document& document)
@@ -98,11 +157,15 @@ void dropAnimations(Document& document)
             }
         }
     }
+    Stills stills(document, !idle.empty());
     for (const pugi::xml_node animation : idle) {
         bool hasChannel = false;
         for (pugi::xml_node element = animation; element; element = next(element, animation)) {
             if (is(element, "channel")) {
                 hasChannel = true;
+                if (stills.take(element)) {
+                    continue;
+                }
                 const Words words = describe(keeping->startOf(element));
                 document.lost(element, "animation",
                               "The animation of \"" + std::string(element.attribute("target").value()) +

@@ -133,6 +133,9 @@ void findImages(Document& document)
             finder.find(from);
         }
     }
+    for (OpacityTexture& texture : document.report().opacityTextures) {
+        texture.file = trimmed(textOf(document.byId(texture.image, {"image"}).child("init_from")));
+    }
 }
 
 } // namespace libPrepare

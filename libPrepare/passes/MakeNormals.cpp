@@ -246,6 +246,7 @@ private:
             m_document.rewritten(list.primitive, "normals", "A list of triangles has no normals.",
                                  "They were made of its faces.");
         }
+        m_document.report().madeNormals.emplace_back(geometry.attribute("id").value());
     }
 
     static constexpr std::size_t cellsAnAxis = 8;

@@ -23,7 +23,7 @@ void flattenAnimations(Document& document); ///< One animation a target, with th
 void openConvexMeshes(Document& document);    ///< `<convex_mesh>` with faces of its own.
 void triangulate(Document& document);         ///< polylist, polygons, tristrips, trifans, bad faces.
 void poseControllers(Document& document);     ///< `<skin>` and `<morph>` become meshes.
-void dropAnimations(Document& document);      ///< Those of weights, materials and lights, which then nothing reads.
+void dropAnimations(Document& document);      ///< Those of weights, materials and lights, which then have one value.
 void separateGeometries(Document& document);  ///< A geometry for every instance, a symbol for every material.
 void arrangeInputs(Document& document);       ///< Inputs under `<vertices>`, other semantics, offsets, sets.
 void dropUnreadInstances(Document& document); ///< Splines, hulls, what leads nowhere; lines are reported.

@@ -287,7 +287,12 @@ private:
             std::shared_ptr<const Values>& blended = made[key];
             if (!blended) {
                 m_held.push_back(shape.normals[i]); // keeps the key's address from being used again
-                blended = std::make_shared<const Values>(blend(*shape.normals[i], valuesOf));
+                Values sum = blend(*shape.normals[i], valuesOf);
+                for (std::size_t k = 0; 3 * k < sum.size();
+                     ++k) { // the faces between them go by their directions alone
+                    put(sum, k, unit(record(sum, k)));
+                }
+                blended = std::make_shared<const Values>(std::move(sum));
             }
             shape.normals[i] = blended;
         }

@@ -301,4 +301,33 @@ TEST(CompleteEffectsTest, EffectThatNobodyShowsStaysAsItIs)
     EXPECT_EQ(1U, prepared.count("//effect[@id='unused']//lambert"));
 }
 
+TEST(CompleteEffectsTest, OpacityOfAnotherTextureIsReportedForItsSymbol)
+{
+    const std::string sampler = "<newparam sid=\"other-surface\"><surface type=\"2D\"><init_from>other</init_from>"
+                                "</surface></newparam><newparam sid=\"other-sampler\"><sampler2D>"
+                                "<source>other-surface</source><wrap_s>MIRROR</wrap_s></sampler2D></newparam>";
+    const Prepared prepared(shownShader(
+        texturedShader("<transparent opaque=\"RGB_ZERO\"><texture texture=\"other-sampler\" texcoord=\"UV\"/>"
+                       "</transparent><transparency><float>0.5</float></transparency>"),
+        textures + sampler, images));
+    ASSERT_EQ(1U, prepared.report.opacityTextures.size());
+    const libPrepare::OpacityTexture& texture = prepared.report.opacityTextures[0];
+    EXPECT_EQ("sym", texture.symbol);
+    EXPECT_EQ("other", texture.image);
+    EXPECT_EQ("b.png", texture.file);
+    EXPECT_EQ("MIRROR", texture.wrapS);
+    EXPECT_EQ("", texture.wrapT);
+    EXPECT_TRUE(texture.isByColor);
+    EXPECT_TRUE(texture.isInverted);
+    EXPECT_EQ(0.5, texture.factor);
+    EXPECT_EQ("1", prepared.text("//transparency/float"));
+}
+
+TEST(CompleteEffectsTest, AlphaOfTheDiffuseTextureNeedsNoReport)
+{
+    const Prepared prepared(shownShader(
+        texturedShader("<transparent><texture texture=\"sampler\" texcoord=\"UV\"/></transparent>"), textures, images));
+    EXPECT_TRUE(prepared.report.opacityTextures.empty());
+}
+
 } // namespace

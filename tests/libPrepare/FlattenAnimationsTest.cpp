@@ -289,6 +289,27 @@ TEST(FlattenAnimationsTest, WhatDrivesNothingThatIsShownIsLost)
     EXPECT_EQ(Outcome::lost, done.report.findings[0].outcome);
 }
 
+TEST(FlattenAnimationsTest, ColorsOfLightsAndMaterialsHaveTheValueOfTheTime)
+{
+    const std::string document =
+        library(flat("x", "l/c", "R G B", "0 2", "0 0 0 1 0.5 0", "LINEAR LINEAR") +
+                flat("y", "e/d.G", "G", "0 1", "0.25 0.75", "LINEAR LINEAR")) +
+        "<library_lights><light id='l'><technique_common><point><color sid='c'>1 1 1</color></point></technique_common>"
+        "</light></library_lights><library_effects><effect id='e'><profile_COMMON><technique sid='t'><lambert><diffuse>"
+        "<color sid='d'>1 1 1 1</color></diffuse></lambert></technique></profile_COMMON></effect></library_effects>" +
+        shown(node);
+    libPrepare::Options options;
+    options.time = 1;
+    const Prepared done(document, options);
+    EXPECT_EQ((Numbers{0.5, 0.25, 0}), libPrepare::numbers(done.text("//light//color")));
+    EXPECT_EQ((Numbers{1, 0.75, 1, 1}), libPrepare::numbers(done.text("//diffuse/color")));
+    EXPECT_EQ(0U, done.count("//animation"));
+    EXPECT_EQ(nullptr, done.report.first(Outcome::lost));
+    const Prepared declared(document);
+    EXPECT_EQ((Numbers{1, 1, 1}), libPrepare::numbers(declared.text("//light//color")));
+    EXPECT_NE(nullptr, declared.report.first(Outcome::lost));
+}
+
 TEST(FlattenAnimationsTest, ChannelsWithoutEffectAreLostThoughTheirTargetIsThere)
 {
     for (const std::string& broken : {flat("x", "a/t", "X Y Z W", "0 1", "0 0 0 0 1 1 1 1", "LINEAR LINEAR"),

@@ -78,6 +78,12 @@ TEST(MakeNormalsTest, FacesWithinTheAngleShareTheMeanOfTheirNormals)
     EXPECT_EQ(1U, result.findings("normals"));
 }
 
+TEST(MakeNormalsTest, GeometriesThatGotNormalsAreReported)
+{
+    EXPECT_EQ(std::vector<std::string>{"g"}, Prepared(roof(50), crease(60)).report.madeNormals);
+    EXPECT_TRUE(Prepared(roof(50)).report.madeNormals.empty());
+}
+
 TEST(MakeNormalsTest, FacesBeyondTheAngleKeepTheirOwn)
 {
     const auto all = normals(Prepared(roof(70), crease(60)));
@@ -115,6 +121,7 @@ TEST(MakeNormalsTest, NormalsThatAreThereStay)
                                    "<input semantic='NORMAL' source='#p' offset='1'/><p>0 0 1 1 2 2</p></triangles>"),
                           crease(60));
     EXPECT_EQ(0U, result.findings("normals"));
+    EXPECT_TRUE(result.report.madeNormals.empty());
     EXPECT_EQ("0 0 1 1 2 2", result.text("//p"));
 }
 

@@ -29,6 +29,17 @@ TEST(TransformsTest, LookatStandsAtTheEyeAndLooksAlongNegativeZ)
     expectPoint({1, 3, 3}, transformPoint(matrix, {0, 1, 0}));
 }
 
+TEST(TransformsTest, LookatAlongItsOwnUpTurnsNoMoreThanItHasTo)
+{
+    const Matrix4 above = transformMatrix("lookat", {0, 0, 0, 0, 10, 0, 0, 1, 0});
+    expectPoint({0, 1, 0}, transformPoint(above, {0, 0, -1}));
+    expectPoint({1, 0, 0}, transformPoint(above, {1, 0, 0}));
+    expectPoint({0, 0, 1}, transformPoint(above, {0, 1, 0}));
+    const Matrix4 behind = transformMatrix("lookat", {0, 0, 0, 0, 0, 10, 0, 0, 1});
+    expectPoint({0, 0, 1}, transformPoint(behind, {0, 0, -1}));
+    expectPoint({0, 1, 0}, transformPoint(behind, {0, 1, 0}));
+}
+
 TEST(TransformsTest, SkewBy45DegreesAddsOneAxisToTheOther)
 {
     expectPoint({1, 1, 0}, transformPoint(transformMatrix("skew", {45, 1, 0, 0, 0, 1, 0}), {1, 0, 0}));

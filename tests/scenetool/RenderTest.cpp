@@ -775,6 +775,35 @@ TEST(RenderTest, BackOfALitFaceIsDark)
     expectPixel(studio.picture({"--lights", "head"}), 0.5, 0.5, {255, 255, 255}, 2, "the viewer's light");
 }
 
+std::string lamp(const std::string& place)
+{
+    return "<node id='lit'><translate>" + place + "</translate><instance_light url='#lamp'/></node>";
+}
+
+constexpr const char* whiteLamp = "<library_lights><light id='lamp'><technique_common><point><color>1 1 1</color>"
+                                  "</point></technique_common></light></library_lights>";
+
+// A document without normals does not say which side of a face is the outer one.
+TEST(RenderTest, FaceWithoutNormalsIsLitOnBothSides)
+{
+    const Material wall = {"wall", {1, 1, 1}};
+    ColladaBuilder builder(wall.xml() + cube("side", {{"wall", frontCorners}}) + camera("eye") + whiteLamp);
+    builder.addScene("<node id='a'><translate>0 0 -1</translate>" + shown("side", {wall}) + "</node>" +
+                     "<node id='eye-node'><rotate>0 1 0 180</rotate><translate>0 0 2</translate>"
+                     "<instance_camera url='#eye'/></node>" +
+                     lamp("0 0 -30"));
+    expectPixel(Studio(builder.text()).picture({"--lights", "document"}), 0.5, 0.5, {255, 255, 255}, 2, "from behind");
+}
+
+TEST(RenderTest, MirroredFaceKeepsItsOuterSide)
+{
+    const Material wall = {"wall", {1, 1, 1}};
+    ColladaBuilder builder(wall.xml() + square("square", "wall") + camera("eye") + whiteLamp);
+    builder.addScene("<node id='a'><scale>-1 1 1</scale>" + shown("square", {wall}) + "</node>" +
+                     cameraNode("eye", "0 0 2") + lamp("0 0 30"));
+    expectPixel(Studio(builder.text()).picture({"--lights", "document"}), 0.5, 0.5, {255, 255, 255}, 2, "its front");
+}
+
 // --- opacity
 
 std::string pane(const std::string& name, const std::string& emission, const std::string& opacity, double z)
@@ -947,6 +976,30 @@ Image fourColors()
         }
     }
     return image;
+}
+
+// A white square through which a texture lets light pass: all of it where the texture is white, by a factor.
+TEST(RenderTest, TextureOfTheOpacityLetsLightPass)
+{
+    ColladaBuilder builder(
+        "<library_images><image id='i'><init_from>four.png</init_from></image></library_images><library_effects>"
+        "<effect id='e'><profile_COMMON><newparam sid='surface'><surface type='2D'><init_from>i</init_from></surface>"
+        "</newparam><newparam sid='sampler'><sampler2D><source>surface</source></sampler2D></newparam>"
+        "<technique sid='t'><constant><emission><color>1 1 1 1</color></emission><transparent opaque='RGB_ZERO'>"
+        "<texture texture='sampler' texcoord='T'/></transparent><transparency><float>0.5</float></transparency>"
+        "</constant></technique></profile_COMMON></effect></library_effects><library_materials><material id='m'>"
+        "<instance_effect url='#e'/></material></library_materials>" +
+        square("square", "m") + camera("eye"));
+    builder.addScene("<node id='a'><translate>0 0 0</translate>" + shown("square", {{"m"}}) + "</node>" +
+                     cameraNode("eye", "0 0 1.25"));
+    const Studio studio(builder.text());
+    writeFile(studio.folder() / "four.png", pngOf(fourColors()));
+    const Image image = studio.picture();
+    // What stays is 1 - 0.5 of the luminance.
+    expectPixel(image, 0.75, 0.75, {128, 128, 128}, 2, "white");
+    expectPixel(image, 0.25, 0.25, {228, 228, 228}, 2, "red");
+    expectPixel(image, 0.75, 0.25, {164, 164, 164}, 2, "green");
+    expectPixel(image, 0.25, 0.75, {246, 246, 246}, 2, "blue");
 }
 
 std::string texturedSquare(const std::string& texture)

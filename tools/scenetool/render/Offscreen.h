@@ -25,8 +25,6 @@ public:
     /// @throws PictureError if there is no memory for it
     Canvas(unsigned width, unsigned height);
 
-    unsigned width() const { return m_width; }
-    unsigned height() const { return m_height; }
     /// Makes it the target of what is drawn from now on.
     void bind() const;
     /// What was drawn so far. @throws PictureError if the drawing failed

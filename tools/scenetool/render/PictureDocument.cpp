@@ -2,6 +2,7 @@
 
 #include "TextureFile.h"
 
+#include <algorithm>
 #include <map>
 #include <system_error>
 #include <utility>
@@ -65,6 +66,7 @@ PictureDocument::PictureDocument(std::string file, const std::filesystem::path& 
     wanted.normals = creaseAngle;
     const std::filesystem::path prepared = folder / "prepared.dae";
     m_report = libPrepare::prepare(m_file, prepared, wanted);
+    m_madeNormals.insert(m_report.madeNormals.begin(), m_report.madeNormals.end());
     m_preparedFile = prepared.string();
     if (m_report.done) {
         m_loaded.emplace(m_preparedFile);
@@ -105,6 +107,22 @@ const libPrepare::Approximation* PictureDocument::approximation(libPrepare::Appr
     return nullptr;
 }
 
+const libPrepare::OpacityTexture* PictureDocument::opacityTexture(const std::string& symbol) const
+{
+    if (!m_isPrepared) {
+        return nullptr;
+    }
+    const auto& all = m_report.opacityTextures;
+    const auto found = std::find_if(all.begin(), all.end(),
+                                    [&](const libPrepare::OpacityTexture& each) { return each.symbol == symbol; });
+    return found == all.end() ? nullptr : &*found;
+}
+
+bool PictureDocument::hasMadeNormals(const std::string& geometry) const
+{
+    return m_madeNormals.count(geometry) > 0;
+}
+
 std::array<float, 3> PictureDocument::ambientLight() const
 {
     std::array<float, 3> sum{};
@@ -143,8 +161,9 @@ std::vector<std::string> PictureDocument::notes() const
     }
     Counts kinds;
     for (const libPrepare::Finding& finding : m_report.findings) {
-        // Ambient lights on textures are drawn all the same.
-        if (finding.outcome == libPrepare::Outcome::lost && !(m_isPrepared && finding.kind == "ambient")) {
+        // Ambient lights on textures are drawn all the same, and so are textures of the opacity.
+        const bool isDrawn = m_isPrepared && (finding.kind == "ambient" || finding.kind == "transparent-texture");
+        if (finding.outcome == libPrepare::Outcome::lost && !isDrawn) {
             kinds.add(finding.kind);
         }
     }

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace scenetool {
@@ -40,6 +41,10 @@ public:
     /// The record of a light or a camera of this kind that was approximated; null if it was not.
     const libPrepare::Approximation* approximation(libPrepare::Approximation::Kind kind, const std::string& id,
                                                    const std::string& node) const;
+    /// The texture that makes faces of a material symbol transparent, which the record has no place for; else null.
+    const libPrepare::OpacityTexture* opacityTexture(const std::string& symbol) const;
+    /// Whether triangles of a geometry have normals that the document does not give, so that both sides are alike.
+    bool hasMadeNormals(const std::string& geometry) const;
     /// The sum of the ambient lights. Prepare adds it to the emission of what they light, where that is no texture.
     std::array<float, 3> ambientLight() const;
     /// The file of a texture. References count from the folder of the document, or from that of the prepared one.
@@ -53,6 +58,7 @@ private:
     std::string m_preparedFile;
     bool m_isPrepared;
     libPrepare::Report m_report;
+    std::unordered_set<std::string> m_madeNormals;
     std::optional<LoadedScene> m_loaded;
 };
 

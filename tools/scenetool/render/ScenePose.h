@@ -35,8 +35,6 @@ public:
         : ScenePose(document.scene(), &document, isIdentityForEmpty)
     {}
 
-    /// Of a node by its place in `LoadedScene::nodes()`.
-    const Matrix4& world(std::size_t node) const { return m_world[node]; }
     /// The identity for the root and for no node.
     const Matrix4& world(const libVideo::Node* node) const;
     /// Of the node above, the identity for one directly below the root.

@@ -19,9 +19,9 @@ constexpr unsigned mostVertexBytes = 2048; // what every driver takes as the dis
 constexpr float ambientFloor = 0.2f;       // for documents as loaded, whose ambient lights are not read
 constexpr float besideOthers = 0.4f;       // strength of a head light where there are lights
 constexpr float pointSize = 3.0f;          // pixels
-constexpr unsigned lightUnit = 4;          // after those of the textures
+constexpr unsigned lightUnit = 5;          // after those of the textures
 
-enum Channel { emissionChannel, ambientChannel, diffuseChannel, specularChannel };
+enum Channel { emissionChannel, ambientChannel, diffuseChannel, specularChannel, opacityChannel };
 
 const char* const skyVertexShader = R"(#version 330 core
 out float height;
@@ -104,7 +104,12 @@ bool isWhite(const float* color)
     return color[0] == 1.0f && color[1] == 1.0f && color[2] == 1.0f;
 }
 
-// Rows of the transposed inverse but for a factor, which exists for a flattened object as well.
+float determinantOf(const Matrix4& matrix)
+{
+    return columnOf(matrix, 0).dot(columnOf(matrix, 1).cross(columnOf(matrix, 2)));
+}
+
+// Rows of the transposed inverse but for a factor above 0, which exists for a flattened object as well.
 std::array<float, 9> normalMatrixOf(const Matrix4& world)
 {
     const Vector3 x = columnOf(world, 0);
@@ -116,9 +121,10 @@ std::array<float, 9> normalMatrixOf(const Matrix4& world)
     for (const Vector3& column : columns) {
         longest = std::max(longest, length(column));
     }
+    const float scale = determinantOf(world) < 0.0f ? -longest : longest;
     std::array<float, 9> result{};
     for (unsigned i = 0; i < 9; ++i) {
-        result[i] = longest > 0.0f ? columns[i % 3][i / 3] / longest : 0.0f;
+        result[i] = longest > 0.0f ? columns[i % 3][i / 3] / scale : 0.0f;
     }
     return result;
 }
@@ -142,7 +148,7 @@ void append(std::vector<float>& values, const Vector3& vector, float fourth)
 bool SceneRenderer::Material::isTransparent() const
 {
     const StoredTexture* const image = textures[diffuseChannel].stored;
-    return opacity < 1.0f || (image != nullptr && image->hasAlpha);
+    return opacity < 1.0f || (image != nullptr && image->hasAlpha) || textures[opacityChannel].stored != nullptr;
 }
 
 SceneRenderer::SceneRenderer(const PictureDocument& document, Shortfalls& shortfalls)
@@ -167,6 +173,7 @@ void SceneRenderer::addGeometry(const libVideo::Geometry& geometry)
         if (!addMesh(*primitive)) {
             continue;
         }
+        m_meshes.back().isTwoSided = m_document->hasMadeNormals(geometry.id().data());
         for (const libVideo::NodeHandle& node : geometry.nodes()) {
             m_items.push_back({m_meshes.size() - 1, node.get()});
         }
@@ -256,6 +263,7 @@ SceneRenderer::Material SceneRenderer::material(const std::string& symbol)
             result.ambientLight = m_document->ambientLight();
         }
         result.opacity = std::isfinite(values.transparency) ? std::clamp(values.transparency, 0.0f, 1.0f) : 1.0f;
+        addOpacityTexture(symbol, result);
         return result;
     }
     // White is what the library gives where the document says nothing. An object that glows all white would show no
@@ -265,6 +273,23 @@ SceneRenderer::Material SceneRenderer::material(const std::string& symbol)
     }
     result.isAmbientDiffuse = isWhite(result.colors[ambientChannel]) && !values.ambientTexture;
     return result;
+}
+
+// Prepare makes such a material opaque, or as opaque as it is where the texture is.
+void SceneRenderer::addOpacityTexture(const std::string& symbol, Material& material)
+{
+    const libPrepare::OpacityTexture* const shown = m_document->opacityTexture(symbol);
+    if (shown == nullptr) {
+        return;
+    }
+    material.textures[opacityChannel] =
+        m_textures.use(shown->file, shown->wrapS, shown->wrapT, "the opacity of " + printable(symbol));
+    if (material.textures[opacityChannel].stored != nullptr) {
+        material.opacity = 1.0f;
+        material.opacityFactor = static_cast<float>(shown->factor);
+        material.isOpacityByColor = shown->isByColor;
+        material.isOpacityInverted = shown->isInverted;
+    }
 }
 
 void SceneRenderer::setLights(const ScenePose& pose, const Viewpoint& viewpoint, LightChoice choice)
@@ -318,18 +343,23 @@ void SceneRenderer::setItem(const ScenePose& pose, const Item& item)
     glUniformMatrix4fv(m_program.uniform("worldFromModel"), 1, GL_TRUE, elementsOf(world).data());
     glUniformMatrix3fv(m_program.uniform("normalMatrix"), 1, GL_TRUE, normalMatrixOf(world).data());
     const Material& material = mesh.material;
-    GLint hasTexture[channelCount] = {};
-    for (unsigned i = 0; i < channelCount; ++i) {
+    GLint hasTexture[textureCount] = {};
+    for (unsigned i = 0; i < textureCount; ++i) {
         hasTexture[i] = material.textures[i].stored != nullptr ? 1 : 0;
         material.textures[i].bind(i);
     }
-    glUniform1iv(m_program.uniform("hasTexture"), channelCount, hasTexture);
+    glUniform1iv(m_program.uniform("hasTexture"), textureCount, hasTexture);
     glUniform3fv(m_program.uniform("colors"), channelCount, &material.colors[0][0]);
     glUniform1f(m_program.uniform("shininess"), material.shininess);
     glUniform1f(m_program.uniform("opacity"), material.opacity);
+    glUniform1f(m_program.uniform("opacityFactor"), material.opacityFactor);
+    glUniform1i(m_program.uniform("isOpacityByColor"), material.isOpacityByColor ? 1 : 0);
+    glUniform1i(m_program.uniform("isOpacityInverted"), material.isOpacityInverted ? 1 : 0);
     glUniform3fv(m_program.uniform("ambientLight"), 1, material.ambientLight.data());
     glUniform1i(m_program.uniform("isAmbientDiffuse"), material.isAmbientDiffuse ? 1 : 0);
     glUniform1i(m_program.uniform("hasNormal"), mesh.hasNormal ? 1 : 0);
+    glUniform1i(m_program.uniform("isTwoSided"), mesh.isTwoSided ? 1 : 0);
+    glFrontFace(determinantOf(world) < 0.0f ? GL_CW : GL_CCW); // a mirrored object has its faces the other way round
     glUniform1i(m_program.uniform("isPoints"), mesh.isPoints ? 1 : 0);
     glUniform1i(m_program.uniform("hasColor"), mesh.hasColor ? 1 : 0);
     glBindVertexArray(mesh.vertexArray.name());
@@ -472,8 +502,8 @@ bool SceneRenderer::draw(const ScenePose& pose, const Viewpoint& viewpoint, cons
     glDepthFunc(GL_LEQUAL);
     glPointSize(pointSize);
     m_program.use();
-    const GLint units[channelCount] = {0, 1, 2, 3};
-    glUniform1iv(m_program.uniform("textures"), channelCount, units);
+    const GLint units[textureCount] = {0, 1, 2, 3, 4};
+    glUniform1iv(m_program.uniform("textures"), textureCount, units);
     const Vector3& from = viewpoint.isFar ? viewpoint.towards : viewpoint.eye;
     glUniform4f(m_program.uniform("eye"), from[0], from[1], from[2], viewpoint.isFar ? 0.0f : 1.0f);
     glUniform1i(m_program.uniform("isFlat"), 0);

@@ -58,12 +58,16 @@ public:
 
 private:
     static constexpr unsigned channelCount = 4;
+    static constexpr unsigned textureCount = channelCount + 1;
 
     struct Material {
         float colors[channelCount][3] = {}; ///< emission, ambient, diffuse, specular
-        UsedTexture textures[channelCount];
+        UsedTexture textures[textureCount]; ///< of these and of the opacity
         float shininess = 0.0f;
         float opacity = 1.0f;
+        float opacityFactor = 1.0f; ///< of the opacity's texture
+        bool isOpacityByColor = false;
+        bool isOpacityInverted = false;
         bool isAmbientDiffuse = false;       ///< the document gives no ambient color
         std::array<float, 3> ambientLight{}; ///< as far as it is not in the emission
 
@@ -76,6 +80,7 @@ private:
         GLsizei count = 0;
         bool isPoints = false;
         bool hasNormal = false;
+        bool isTwoSided = false; ///< the document does not say which side is the outer one
         bool hasColor = false;
         libVideo::Primitive* primitive = nullptr;
         Material material;
@@ -94,6 +99,7 @@ private:
     void addGeometry(const libVideo::Geometry& geometry);
     bool addMesh(libVideo::Primitive& primitive);
     Material material(const std::string& symbol);
+    void addOpacityTexture(const std::string& symbol, Material& material);
     void setLights(const ScenePose& pose, const Viewpoint& viewpoint, LightChoice choice);
     void setItem(const ScenePose& pose, const Item& item);
     void drawFilled(const ScenePose& pose, const Viewpoint& viewpoint);

@@ -44,12 +44,16 @@ uniform vec3 ambientLight;
 uniform int lightCount;
 uniform samplerBuffer lights;
 uniform vec3 colors[4]; // emission, ambient, diffuse, specular
-uniform bool hasTexture[4];
-uniform sampler2D textures[4];
+uniform bool hasTexture[5]; // of these and of the opacity
+uniform sampler2D textures[5];
 uniform float shininess;
 uniform float opacity;
+uniform float opacityFactor; // of the opacity's texture
+uniform bool isOpacityByColor;
+uniform bool isOpacityInverted;
 uniform bool isAmbientDiffuse;
 uniform bool hasNormal;
+uniform bool isTwoSided;
 uniform bool isPoints;
 uniform bool hasColor;
 uniform bool isFlat; // one color without light, for wires
@@ -62,11 +66,22 @@ vec3 shownNormal(vec3 towardsEye)
         return dot(own, towardsEye) < 0.0 ? -own : own;
     }
     if (hasNormal && dot(worldNormal, worldNormal) > 0.0) {
-        return normalize(worldNormal);
+        vec3 own = normalize(worldNormal);
+        return isTwoSided && !gl_FrontFacing ? -own : own;
     }
     vec3 face = cross(dFdx(worldPosition), dFdy(worldPosition));
     face = dot(face, face) > 0.0 ? normalize(face) : towardsEye;
     return dot(face, towardsEye) < 0.0 ? -face : face;
+}
+
+float shownOpacity(float alpha)
+{
+    if (!hasTexture[4]) {
+        return opacity * alpha;
+    }
+    vec4 image = texture(textures[4], vertexTexcoord);
+    float share = opacityFactor * (isOpacityByColor ? dot(image.rgb, vec3(0.212671, 0.715160, 0.072169)) : image.a);
+    return opacity * alpha * (isOpacityInverted ? 1.0 - share : share);
 }
 
 float cone(float cosine, float inner, float outer, float exponent)
@@ -82,7 +97,7 @@ void main()
         return;
     }
     vec4 image = hasTexture[2] ? texture(textures[2], vertexTexcoord) : vec4(colors[2], 1.0);
-    float alpha = opacity * image.a;
+    float alpha = shownOpacity(image.a);
     if (alpha <= 0.0) {
         discard;
     }

@@ -43,7 +43,7 @@ public:
     bool draw(const Viewpoint& viewpoint, const DrawOptions& options);
     /// Draws what the options ask for, or all of the scene where their camera sees nothing, which stays so then.
     void drawAsAsked(float aspect);
-    /// What a camera of the scene sees now; what `framedView` shows if it can show nothing.
+    /// What a camera of the scene sees now; a view of all if it can show nothing.
     Viewpoint cameraView(unsigned camera, float aspect);
     /// The camera that the options ask for, else the first; nothing in a scene without any, or for a view of all.
     std::optional<unsigned> camera() const { return m_camera; }

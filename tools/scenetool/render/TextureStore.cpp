@@ -64,6 +64,15 @@ GLint wrapping(const Wrap& element)
     return GL_REPEAT;
 }
 
+// The words of a document.
+GLint wrapping(const std::string& word)
+{
+    return word == "MIRROR"                     ? GL_MIRRORED_REPEAT
+           : word == "CLAMP"                    ? GL_CLAMP_TO_EDGE
+           : word == "NONE" || word == "BORDER" ? GL_CLAMP_TO_BORDER
+                                                : GL_REPEAT;
+}
+
 } // namespace
 
 void UsedTexture::bind(unsigned unit) const
@@ -76,16 +85,30 @@ void UsedTexture::bind(unsigned unit) const
     }
 }
 
-UsedTexture TextureStore::use(const libVideo::Texture& shown, const std::string& channel)
+UsedTexture TextureStore::use(const std::string& reference, const std::string& wrapS, const std::string& wrapT,
+                              const std::string& channel)
+{
+    UsedTexture result = use(reference, channel);
+    result.wrapAcross = wrapping(wrapS);
+    result.wrapUp = wrapping(wrapT);
+    return result;
+}
+
+UsedTexture TextureStore::use(const std::string& reference, const std::string& channel)
 {
     UsedTexture result;
-    const std::string reference = shown.textureFile().data();
     if (reference.empty()) {
         m_shortfalls->add("the texture for " + channel + " leads to no file");
         return result;
     }
     const StoredTexture& texture = stored(reference, channel);
     result.stored = texture.texture.name() == 0 ? nullptr : &texture;
+    return result;
+}
+
+UsedTexture TextureStore::use(const libVideo::Texture& shown, const std::string& channel)
+{
+    UsedTexture result = use(std::string(shown.textureFile().data()), channel);
     if (shown.sampler() != nullptr) {
         result.wrapAcross = wrapping(shown.sampler()->getWrap_s());
         result.wrapUp = wrapping(shown.sampler()->getWrap_t());

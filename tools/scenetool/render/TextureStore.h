@@ -35,8 +35,13 @@ public:
 
     /// @param channel what shows it, for the line on one that cannot be had
     UsedTexture use(const libVideo::Texture& shown, const std::string& channel);
+    /// @param reference as the document writes it
+    /// @param wrapS the document's word for what happens outside of the image, such as `MIRROR`; empty for none
+    UsedTexture use(const std::string& reference, const std::string& wrapS, const std::string& wrapT,
+                    const std::string& channel);
 
 private:
+    UsedTexture use(const std::string& reference, const std::string& channel);
     const StoredTexture& stored(const std::string& reference, const std::string& channel);
 
     const PictureDocument* m_document;
