@@ -19,12 +19,16 @@ copy_of_system() {
     cp --dereference /etc/resolv.conf "$3/etc/resolv.conf"
 }
 
-# inside ROOT USER HOME FOLDER COMMAND: runs the command in the folder. What is mounted for it is gone with its last process.
+# inside ROOT USER HOME FOLDER COMMAND [NAME=VALUE...]: runs the command in the folder, with /mnt showing the folder that
+# $cache names, if it does. What is mounted for it is gone with its last process.
 inside() {
     unshare --mount --pid --fork --kill-child bash -euc '
-        mount -t proc proc "$1/proc"
-        mount -t tmpfs tmpfs "$1/dev/shm"
-        exec chroot --userspec="$2:$2" "$1" /usr/bin/env -i HOME="$3" USER="$2" \
-            PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin bash -c "cd \"\$1\" && $5" bash "$4"
-        ' bash "$@"
+        root=$1 user=$2 home=$3 folder=$4 command=$5 cache=$6
+        shift 6
+        mount -t proc proc "$root/proc"
+        mount -t tmpfs tmpfs "$root/dev/shm"
+        [ -z "$cache" ] || mount --bind "$cache" "$root/mnt"
+        exec chroot --userspec="$user:$user" "$root" /usr/bin/env -i HOME="$home" USER="$user" \
+            PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin "$@" bash -c "cd \"\$1\" && $command" bash "$folder"
+        ' bash "${@:1:5}" "${cache:-}" "${@:6}"
 }
