@@ -41,10 +41,11 @@ public:
             if (!detail::MemoryBudget::take(count, sizeof(double))) {
                 return Numbers();
             }
-            Numbers made(new vesk::Buffer<double>);
-            made->resize(count, true);
+            const Numbers made = Numbers::make();
+            made->resize(count, false);
             const std::uint64_t held = std::min<std::uint64_t>(count, array.getValue().getCount());
             std::copy_n(detail::dataOf(array.getValue()), held, made->data());
+            std::fill_n(made->data() + held, count - held, 0.0);
             numbers = made;
         }
         return numbers;
@@ -292,7 +293,7 @@ unsigned createAnimationListFromCollada(const domCOLLADA* const collada, DAE& da
     for (std::size_t i = 0; i < libraries.getCount(); ++i) {
         const domAnimation_Array& elements = libraries[i]->getAnimation_array();
         for (std::size_t j = 0; j < elements.getCount(); ++j) {
-            animations.append(AnimationHandle(new Animation(elements[j], dae)));
+            animations.append(AnimationHandle::make(elements[j], dae));
         }
     }
     return animations.size();

@@ -79,28 +79,28 @@ bool PerspectiveCamera::createFromCollada(const daeSmartRef<domCamera>& camera, 
         VIDEO_LOG("Camera ", m_name, " does not have near plane data");
         return false;
     }
-    m_znear = new PerspectiveParameter(znear->getValue(), znear->getSid());
+    m_znear = SharedHandle<PerspectiveParameter>::make(znear->getValue(), znear->getSid());
     const domTargetableFloatRef zfar = perspective->getZfar();
     if (zfar == nullptr) {
         VIDEO_LOG("Camera ", m_name, " does not have far plane data");
         return false;
     }
-    m_zfar = new PerspectiveParameter(zfar->getValue(), zfar->getSid());
+    m_zfar = SharedHandle<PerspectiveParameter>::make(zfar->getValue(), zfar->getSid());
 
     double xfov = 0.0;
     double yfov = 0.0;
     double aspectRatio = 1.0;
     if (const domTargetableFloatRef element = perspective->getXfov()) {
         xfov = element->getValue();
-        m_xfov = new PerspectiveParameter(xfov, element->getSid());
+        m_xfov = SharedHandle<PerspectiveParameter>::make(xfov, element->getSid());
     }
     if (const domTargetableFloatRef element = perspective->getYfov()) {
         yfov = element->getValue();
-        m_yfov = new PerspectiveParameter(yfov, element->getSid());
+        m_yfov = SharedHandle<PerspectiveParameter>::make(yfov, element->getSid());
     }
     if (const domTargetableFloatRef element = perspective->getAspect_ratio()) {
         aspectRatio = element->getValue();
-        m_aspectRatio = new PerspectiveParameter(aspectRatio, element->getSid());
+        m_aspectRatio = SharedHandle<PerspectiveParameter>::make(aspectRatio, element->getSid());
     }
     return updateProjectionMatrix(m_znear->value, m_zfar->value, xfov, yfov, aspectRatio);
 }
@@ -147,7 +147,7 @@ bool PerspectiveCamera::updateProjectionMatrix(double znear, double zfar, double
 
 CameraHandle PerspectiveCamera::clone() const
 {
-    return CameraHandle(new PerspectiveCamera(*this));
+    return CameraHandle::make<PerspectiveCamera>(*this);
 }
 
 const Matrix& PerspectiveCamera::projectionMatrix(double time)
@@ -208,7 +208,7 @@ unsigned createCameraListFromCollada(const domCOLLADA* collada, DAE& dae, vesk::
         for (std::size_t j = 0; j < cameras.getCount(); ++j) {
             const domCamera::domOptics::domTechnique_commonRef technique = commonTechnique(*cameras[j]);
             if (technique != nullptr && technique->getPerspective() != nullptr) {
-                list.append(CameraHandle(new PerspectiveCamera(cameras[j], dae)));
+                list.append(CameraHandle::make<PerspectiveCamera>(cameras[j], dae));
             }
         }
     }

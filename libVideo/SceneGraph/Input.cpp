@@ -6,7 +6,6 @@
 #include "detail/Semantic.h"
 
 #include <cstdint>
-#include <cstring>
 
 namespace libVideo {
 
@@ -38,46 +37,11 @@ unsigned entryAt(const domP* p, std::size_t place)
 
 Input::~Input() = default;
 
-Input::Refill::Refill(Input& input) : m_input(input)
-{
-    m_input.m_replaced = 0;
-}
-
-Input::Refill::~Refill()
-{
-    const unsigned size = m_input.m_replaced;
-    m_input.m_replaced = noIndex;
-    if (size < m_input.m_byteStream.size()) {
-        // Fewer bytes than before: the rest of an array can only go with all of it. Eight bytes always fit.
-        vesk::Array<unsigned char>& stream = m_input.m_byteStream;
-        try {
-            vesk::Array<unsigned char> kept;
-            kept.append(stream.getData(), size);
-            stream.swap(kept);
-        } catch (...) {
-            m_input.m_cachedIndex = noIndex; // memory ended: the stream is of no vertex
-        }
-    }
-}
-
-void Input::writeBytes(const unsigned char* bytes, unsigned count)
-{
-    if (m_replaced == noIndex) {
-        m_byteStream.append(bytes, count);
-        return;
-    }
-    const unsigned left = m_byteStream.size() - m_replaced;
-    const unsigned replaced = count < left ? count : left;
-    std::memcpy(m_byteStream.getData() + m_replaced, bytes, replaced);
-    m_byteStream.append(bytes + replaced, count - replaced);
-    m_replaced += count;
-}
-
 void Input::dataAsByteStream(const vesk::Array<Data>& data)
 {
     for (const Data& component : data) {
         for (unsigned j = 0; j < component.stride(); ++j) {
-            writeBytes(component[j].get(), component.tokenByteSize());
+            m_byteStream.append(component[j].get(), component.tokenByteSize());
         }
     }
 }
@@ -130,8 +94,8 @@ bool InputLocal::createFromCollada(const daeTArray<daeSmartRef<domInputLocal>>& 
 const vesk::Array<unsigned char>& InputLocal::data(unsigned index)
 {
     if (index != m_cachedIndex) {
-        const Refill refill(*this);
         m_cachedIndex = index;
+        m_byteStream.truncate(0);
         for (const SourceHandle& source : m_sources) {
             dataAsByteStream(source->data(index));
         }
@@ -233,12 +197,10 @@ const vesk::Array<unsigned char>& InputLocalOffset::data(unsigned index)
     if (index == m_cachedIndex) {
         return m_byteStream;
     }
-    {
-        const Refill refill(*this);
-        const std::size_t start = std::size_t(m_offsetCount) * index;
-        for (unsigned i = 0; i < m_sources.size(); ++i) {
-            dataAsByteStream(m_sources[i]->data(entryAt(m_p, start + m_offsets[i])));
-        }
+    m_byteStream.truncate(0);
+    const std::size_t start = std::size_t(m_offsetCount) * index;
+    for (unsigned i = 0; i < m_sources.size(); ++i) {
+        dataAsByteStream(m_sources[i]->data(entryAt(m_p, start + m_offsets[i])));
     }
     refreshTuple(index);
     m_cachedIndex = index;

@@ -36,30 +36,11 @@ protected:
     /// Appends the bytes of a record to the stream.
     void dataAsByteStream(const vesk::Array<Data>& data);
 
-    /// Fills the stream anew while it lives: bytes replace those that are there, so that refilling with a vertex of the
-    /// same size allocates nothing. What was not replaced at its end is cut off.
-    class Refill {
-    public:
-        /// @param input whose stream is filled
-        explicit Refill(Input& input);
-        ~Refill();
-        Refill(const Refill&) = delete;
-        Refill& operator=(const Refill&) = delete;
-
-    private:
-        Input& m_input;
-    };
-
     unsigned m_cachedIndex = noIndex;            ///< The vertex in the stream.
     unsigned m_bytePerAccess = 0;                ///< Of one vertex.
     vesk::Array<unsigned char> m_byteStream;     ///< The bytes of the current vertex.
     vesk::Array<VertexLayout> m_layout;          ///< One entry for each source.
     vesk::Array<SharedHandle<Source>> m_sources; ///< In the order of the inputs that could be used.
-
-private:
-    void writeBytes(const unsigned char* bytes, unsigned count);
-
-    unsigned m_replaced = noIndex; // bytes replaced by a refill; none is under way
 };
 
 /// The inputs of a `<vertices>`: one index picks one record of every source.
@@ -86,6 +67,7 @@ public:
 
 private:
     friend class InputLocalOffset;
+    friend class detail::VertexReader;
     const vesk::Array<SharedHandle<Source>>& sources() const { return m_sources; }
 
     unsigned m_numVertices = 0;

@@ -97,7 +97,7 @@ unsigned createPointLightListFromCollada(const domCOLLADA* collada, vesk::Array<
     list.clear();
     visitLights(*collada, [&list](const domLight& light, const domLight::domTechnique_common& technique) {
         if (const daeSmartRef<PointElement> point = technique.getPoint()) {
-            list.append(PointLightHandle(new PointLight(light.getId())));
+            list.append(PointLightHandle::make(light.getId()));
             list[list.size() - 1]->createFromCollada(*point);
         }
     });
@@ -114,7 +114,7 @@ unsigned createSpotLightListFromCollada(const domCOLLADA* collada, DAE& dae, ves
     list.clear();
     visitLights(*collada, [&list, &dae](const domLight& light, const domLight::domTechnique_common& technique) {
         if (const daeSmartRef<SpotElement> spot = technique.getSpot()) {
-            list.append(SpotLightHandle(new SpotLight(light.getId())));
+            list.append(SpotLightHandle::make(light.getId()));
             list[list.size() - 1]->createFromCollada(*spot);
             list[list.size() - 1]->readExtraData(light, dae);
         }

@@ -63,7 +63,7 @@ void BlinnMaterial::writeColor(const daeSmartRef<domCommon_color_or_texture_type
         }
     }
     if (source->getTexture() != nullptr) {
-        texture = new Texture;
+        texture = SharedHandle<Texture>::make();
         if (!texture->createFromCollada(source, m_profile)) {
             VIDEO_LOG("Unable to initialize texture");
         }

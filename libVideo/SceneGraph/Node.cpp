@@ -14,17 +14,11 @@ namespace {
 using Matrix = libMath::Matrix<float, 4, 4>;
 using Vector3 = libMath::Vector<float, 3>;
 
-// Whether there is any of the elements that place a node, those that take no part in its matrix included.
-bool hasTransform(const daeElementRefArray& children)
+// How many elements place a node, those that take no part in its matrix included.
+std::size_t transformCount(const domNode& node)
 {
-    for (std::size_t i = 0; i < children.getCount(); ++i) {
-        const daeInt type = children[i]->typeID();
-        if (type == domTranslate::ID() || type == domRotate::ID() || type == domMatrix::ID() ||
-            type == domScale::ID() || type == domLookat::ID() || type == domSkew::ID()) {
-            return true;
-        }
-    }
-    return false;
+    return node.getLookat_array().getCount() + node.getMatrix_array().getCount() + node.getRotate_array().getCount() +
+           node.getScale_array().getCount() + node.getSkew_array().getCount() + node.getTranslate_array().getCount();
 }
 
 Vector3 firstThree(const libMath::Vector<float, 4>& vector)
@@ -48,16 +42,21 @@ Node::~Node() = default;
 
 bool Node::createFromCollada(const domNode& node)
 {
-    setId(node.getId());
-    setName(node.getName());
-    setSid(node.getSid());
-    // All children in document order, as getChildren() would copy them.
-    const daeElementRefArray& children = node.getContents();
-    if (!hasTransform(children)) {
+    m_id = node.getId();
+    m_name = node.getName();
+    m_sid = node.getSid();
+    std::size_t left = transformCount(node);
+    if (left == 0) {
         return true;
     }
     m_transform.setIdentity();
-    accumulateTransform(children);
+    // All children in document order, as getChildren() would copy them. Those after the last transform are not looked at.
+    const daeElementRefArray& children = node.getContents();
+    for (std::size_t i = 0; i < children.getCount() && left > 0; ++i) {
+        if (children[i] != nullptr && accumulateTransform(*children[i])) {
+            --left;
+        }
+    }
     return true;
 }
 
@@ -144,30 +143,39 @@ double Node::animationLength() const
 void Node::accumulateTransform(const daeTArray<daeSmartRef<daeElement>>& children)
 {
     for (std::size_t i = 0; i < children.getCount(); ++i) {
-        daeElement* const child = children[i];
-        if (child == nullptr) {
-            continue;
-        }
-        if (const domScale* const scale = daeSafeCast<domScale>(child)) {
-            accumulate(new Scale(scale->getValue(), scale->getSid()));
-        } else if (const domTranslate* const translate = daeSafeCast<domTranslate>(child)) {
-            accumulate(new Translation(translate->getValue(), translate->getSid()));
-        } else if (const domRotate* const rotate = daeSafeCast<domRotate>(child)) {
-            accumulate(new Rotation(rotate->getValue(), rotate->getSid()));
-        } else if (const domMatrix* const matrix = daeSafeCast<domMatrix>(child)) {
-            accumulate(new Transformation(matrix->getValue(), matrix->getSid()));
-        } else if (domLookat* const lookAt = daeSafeCast<domLookat>(child)) {
-            lookat(lookAt->getValue());
+        if (children[i] != nullptr) {
+            accumulateTransform(*children[i]);
         }
     }
 }
 
-// Takes over the transformation.
-void Node::accumulate(Transformation* transformation)
+// @return whether the element is one of those that place a node
+bool Node::accumulateTransform(daeElement& child)
 {
-    const TransformationHandle handle(transformation);
-    m_transformations.append(handle);
-    m_transform = m_transform * *handle->transformation();
+    const daeInt type = child.typeID();
+    if (type == domTranslate::ID()) {
+        accumulate<Translation>(static_cast<domTranslate&>(child));
+    } else if (type == domRotate::ID()) {
+        accumulate<Rotation>(static_cast<domRotate&>(child));
+    } else if (type == domMatrix::ID()) {
+        accumulate<Transformation>(static_cast<domMatrix&>(child));
+    } else if (type == domScale::ID()) {
+        accumulate<Scale>(static_cast<domScale&>(child));
+    } else if (type == domLookat::ID()) {
+        lookat(static_cast<domLookat&>(child).getValue());
+    } else {
+        return type == domSkew::ID();
+    }
+    return true;
+}
+
+template <class Kind, class Element>
+void Node::accumulate(Element& element)
+{
+    const TransformationHandle transformation = TransformationHandle::make<Kind>(element.getValue(), vesk::String());
+    transformation->m_sid = element.getSid();
+    m_transformations.append(transformation);
+    m_transform = m_transform * transformation->declaredMatrix();
 }
 
 void Node::lookat(daeTArray<double>& values)

@@ -82,12 +82,15 @@ public:
     double animationLength() const;
 
 private:
+    // Exported with the class; a load assigns what the document model gives.
     void setId(const vesk::String& id) { m_id = id; }
     void setSid(const vesk::String& sid) { m_sid = sid; }
     void setName(const vesk::String& name) { m_name = name; }
 
     void accumulateTransform(const daeTArray<daeSmartRef<daeElement>>& children);
-    void accumulate(Transformation* transformation);
+    bool accumulateTransform(daeElement& child);
+    template <class Kind, class Element>
+    void accumulate(Element& element);
     void lookat(daeTArray<double>& values);
     // Exported with the class; no load calls these.
     void translate(const daeTArray<double>& values);

@@ -145,7 +145,7 @@ bool TriangleList::createFromCollada(domTriangles* const triangles)
     }
     m_count = detail::low32(triangles->getCount());
     const domPRef p = triangles->getP();
-    const SharedHandle<InputLocalOffset> input(new InputLocalOffset(triangles->getInput_array(), p));
+    const auto input = SharedHandle<InputLocalOffset>::make(triangles->getInput_array(), p);
     m_bytesPerVertex = input->bytePerAccess();
     m_vertexPerPrimitive = 3;
     m_vertexLayout = input->layout();
@@ -189,8 +189,9 @@ bool PointCloud::createFromCollada(domVertices* const vertices)
         VIDEO_LOG(detail::MemoryBudget::exceeded);
         m_count = 0;
     }
+    detail::VertexReader reader(input);
     for (unsigned i = 0; i < m_count; ++i) {
-        m_vertexStream.appendArray(input.data(i));
+        reader.append(i, m_vertexStream);
     }
     m_type = PRIMITIVE_POINT_CLOUD;
     return true;
@@ -204,19 +205,17 @@ unsigned createPrimitive(const domMesh& mesh, vesk::Array<SharedHandle<Primitive
     auto result = static_cast<unsigned>(mesh.getLines_array().getCount());
     const domTriangles_Array& triangles = mesh.getTriangles_array();
     for (std::size_t i = 0; i < triangles.getCount(); ++i) {
-        auto* const list = new TriangleList;
-        const PrimitiveHandle handle(list);
-        list->createFromCollada(triangles[i]);
-        primitives.append(handle);
+        const auto list = PrimitiveHandle::make<TriangleList>();
+        static_cast<TriangleList&>(*list).createFromCollada(triangles[i]);
+        primitives.append(list);
         ++result;
     }
     if (result != 0) {
         return result;
     }
-    auto* const cloud = new PointCloud;
-    const PrimitiveHandle handle(cloud);
-    cloud->createFromCollada(mesh.getVertices());
-    primitives.append(handle);
+    const auto cloud = PrimitiveHandle::make<PointCloud>();
+    static_cast<PointCloud&>(*cloud).createFromCollada(mesh.getVertices());
+    primitives.append(cloud);
     return 1;
 }
 

@@ -35,7 +35,7 @@ const char* idOr(const daeElementRef& element, const daeURI& reference)
 SourceHandle instantiateSource(const vesk::String& type, const domSourceRef& source)
 {
     if (vesk::String::compareNoCase(type, "float") == 0 || vesk::String::compareNoCase(type, "float4x4") == 0) {
-        return SourceHandle(new SourceFloat(source));
+        return SourceHandle::make<SourceFloat>(source);
     }
     VIDEO_LOG("Cannot instantiate a Source object with type ", type);
     return SourceHandle();
@@ -60,7 +60,7 @@ bool SourceFloat::createFromCollada(const daeSmartRef<domSource>& source)
     m_id = source->getId();
     const domAccessorRef accessor = accessorOf(*source);
     if (accessor != nullptr) {
-        m_accessor = new AccessorFloat;
+        m_accessor = decltype(m_accessor)::make<AccessorFloat>();
         if (m_accessor->createFromCollada(accessor)) {
             return takeStride();
         }
@@ -125,7 +125,7 @@ SharedHandle<Source> createSourceFromCollada(const daeURI& uri)
         return SourceHandle();
     }
     if (detail::low32(floats->getCount()) > 0) {
-        return SourceHandle(new SourceFloat(source));
+        return SourceHandle::make<SourceFloat>(source);
     }
     const domAccessorRef accessor = accessorOf(*source);
     if (accessor == nullptr) {

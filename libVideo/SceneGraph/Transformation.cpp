@@ -14,6 +14,27 @@ Transformation::Transformation(const daeTArray<double>& values, const vesk::Stri
     Transformation::setTransformation(values);
 }
 
+// The copy shares a matrix that is made before.
+Transformation::Transformation(const Transformation& other)
+    : m_matrix(other.m_matrix), m_sid(other.m_sid), m_animation(other.m_animation)
+{
+    other.makeDeclared();
+    m_transformation = other.m_transformation;
+}
+
+Transformation& Transformation::operator=(const Transformation& other)
+{
+    if (this != &other) {
+        other.makeDeclared();
+        m_matrix = other.m_matrix;
+        m_transformation = other.m_transformation;
+        m_sid = other.m_sid;
+        m_animation = other.m_animation;
+        m_isDeclared = false;
+    }
+    return *this;
+}
+
 Transformation::~Transformation() = default;
 
 bool Transformation::setTransformation(const daeTArray<double>& values)
@@ -21,8 +42,13 @@ bool Transformation::setTransformation(const daeTArray<double>& values)
     for (unsigned i = 0; i < 16; ++i) {
         m_matrix[i] = detail::floatAt(values, i);
     }
-    replaceTransformation(m_matrix);
+    declareTransformation();
     return true;
+}
+
+Matrix Transformation::declaredMatrix() const
+{
+    return m_matrix;
 }
 
 const MatrixHandle& Transformation::transformationAtTime(double time)
@@ -30,7 +56,7 @@ const MatrixHandle& Transformation::transformationAtTime(double time)
     if (m_animation) {
         updateTransformation(m_animation->applyAnimation(m_matrix, time));
     }
-    return m_transformation;
+    return transformation();
 }
 
 const vesk::String& Transformation::setSid(const vesk::String& sid)
@@ -46,12 +72,20 @@ void Transformation::setAnimation(AnimationHandle animation)
 
 void Transformation::replaceTransformation(const Matrix& matrix)
 {
-    m_transformation = new Matrix(matrix);
+    m_transformation = MatrixHandle::make(matrix);
+    m_isDeclared = false;
+}
+
+void Transformation::declareTransformation()
+{
+    m_transformation = MatrixHandle();
+    m_isDeclared = true;
 }
 
 // In place, so that whoever shares the matrix sees the change.
 void Transformation::updateTransformation(Matrix matrix)
 {
+    makeDeclared();
     if (!m_transformation) {
         throw vesk::NullPointer("Cannot animate a transformation that has no matrix");
     }
@@ -70,8 +104,13 @@ Translation::~Translation() = default;
 bool Translation::setTransformation(const daeTArray<double>& values)
 {
     m_translation = detail::vectorOf(values);
-    updateTransformation(m_translation);
+    declareTransformation();
     return true;
+}
+
+Matrix Translation::declaredMatrix() const
+{
+    return detail::translationMatrix(m_translation);
 }
 
 const MatrixHandle& Translation::transformationAtTime(double time)
@@ -98,8 +137,13 @@ bool Rotation::setTransformation(const daeTArray<double>& values)
 {
     m_axis = detail::vectorOf(values);
     m_angle = detail::valueAt(values, 3);
-    updateTransformation(m_angle);
+    declareTransformation();
     return true;
+}
+
+Matrix Rotation::declaredMatrix() const
+{
+    return detail::rotationMatrix(m_axis, m_angle);
 }
 
 const MatrixHandle& Rotation::transformationAtTime(double time)
@@ -125,8 +169,13 @@ Scale::~Scale() = default;
 bool Scale::setTransformation(const daeTArray<double>& values)
 {
     m_scale = detail::vectorOf(values);
-    updateTransformation(m_scale);
+    declareTransformation();
     return true;
+}
+
+Matrix Scale::declaredMatrix() const
+{
+    return detail::scaleMatrix(m_scale);
 }
 
 const MatrixHandle& Scale::transformationAtTime(double time)

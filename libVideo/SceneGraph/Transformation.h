@@ -22,8 +22,8 @@ public:
     Transformation() = default;
     /// Sixteen values, row by row.
     Transformation(const daeTArray<double>& values, const vesk::String& sid);
-    Transformation(const Transformation&) = default;
-    Transformation& operator=(const Transformation&) = default;
+    Transformation(const Transformation& other);            ///< Shares the current matrix and the animation.
+    Transformation& operator=(const Transformation& other); ///< Likewise.
     virtual ~Transformation();
 
     /// Sets the declared values, and makes their matrix the current one. @return true
@@ -35,8 +35,13 @@ public:
     /// @throws vesk::NullPointer if there is an animation but no current matrix
     virtual const MatrixHandle& transformationAtTime(double time);
 
-    /// The current matrix: the last one evaluated, else the declared one; empty if there is none.
-    const MatrixHandle& transformation() { return m_transformation; }
+    /// The current matrix: the last one evaluated, else the declared one, which is made at the first call; empty if
+    /// there is none.
+    const MatrixHandle& transformation()
+    {
+        makeDeclared();
+        return m_transformation;
+    }
 
     /// The `sid`, by which an animation finds the transformation; empty without one.
     const vesk::String& sid() const { return m_sid; }
@@ -53,14 +58,28 @@ protected:
 
     /// Makes a new matrix the current one.
     void replaceTransformation(const libMath::Matrix<float, 4, 4>& matrix);
+    /// Lets the declared matrix be the current one, from the next time on that anything asks for it.
+    void declareTransformation();
+    /// The matrix that follows from what the document declared.
+    virtual libMath::Matrix<float, 4, 4> declaredMatrix() const;
 
 private:
+    friend class Node;
+
     void updateTransformation(libMath::Matrix<float, 4, 4> matrix);
+    void makeDeclared() const
+    {
+        if (m_isDeclared) {
+            m_transformation = MatrixHandle::make(declaredMatrix());
+            m_isDeclared = false;
+        }
+    }
 
     libMath::Matrix<float, 4, 4> m_matrix; // as declared; zero in all subclasses
-    MatrixHandle m_transformation;
+    mutable MatrixHandle m_transformation;
     vesk::String m_sid;
     AnimationHandle m_animation;
+    mutable bool m_isDeclared = false; // the current matrix is the declared one, and has yet to be made
 };
 
 /// `<translate>`: three values, the translation. A vector animation drives all three.
@@ -74,6 +93,9 @@ public:
 
     bool setTransformation(const daeTArray<double>& values) override;
     const MatrixHandle& transformationAtTime(double time) override;
+
+protected:
+    libMath::Matrix<float, 4, 4> declaredMatrix() const override;
 
 private:
     void updateTransformation(const libMath::Vector<float, 3>& translation);
@@ -94,6 +116,9 @@ public:
     bool setTransformation(const daeTArray<double>& values) override;
     const MatrixHandle& transformationAtTime(double time) override;
 
+protected:
+    libMath::Matrix<float, 4, 4> declaredMatrix() const override;
+
 private:
     void updateTransformation(double angle);
 
@@ -112,6 +137,9 @@ public:
 
     bool setTransformation(const daeTArray<double>& values) override;
     const MatrixHandle& transformationAtTime(double time) override;
+
+protected:
+    libMath::Matrix<float, 4, 4> declaredMatrix() const override;
 
 private:
     void updateTransformation(const libMath::Vector<float, 3>& scale);

@@ -100,7 +100,7 @@ void VisualScene::createNodes(const vesk::Array<TreePrototype>& tree)
     for (unsigned i = 0; i < tree.size(); ++i) {
         const TreePrototype& slot = tree[i];
         NodeHandle& node = m_nodeList[i];
-        node = new Node(*slot.node);
+        node = NodeHandle::make(*slot.node);
         m_nodeTable.insert(node->id(), NodeLink(node));
         Node& parent = slot.parent == TreePrototype::noParent ? m_root : *m_nodeList[slot.parent];
         node->setParent(NodeLink(&parent));
@@ -127,7 +127,7 @@ unsigned VisualScene::addCameraInstance(const NodeHandle& node,
                                         detail::PoolIndex& pool)
 {
     for (std::size_t i = 0; i < instances.getCount(); ++i) {
-        const CameraInstanceHandle instance(new CameraInstance(NodeLink(node)));
+        const auto instance = CameraInstanceHandle::make(NodeLink(node));
         const daeElementRef target = instances[i]->getUrl().getElement();
         const CameraHandle camera = target != nullptr ? pool.camera(target->getID()) : CameraHandle();
         if (instance->bind(target, camera, m_nodeTable)) {
@@ -155,12 +155,12 @@ unsigned VisualScene::addLightInstance(const NodeHandle& node,
         // An id of both kinds is that of a point light.
         const vesk::String id(light->getId());
         if (const PointLightHandle point = pool.pointLight(id)) {
-            const PointLightInstanceHandle instance(new PointLightInstance(NodeLink(node), Link<PointLight>(point)));
+            const auto instance = PointLightInstanceHandle::make(NodeLink(node), Link<PointLight>(point));
             if (instance->createFromCollada(*instances[i])) {
                 m_pointLightList.append(instance);
             }
         } else if (const SpotLightHandle spot = pool.spotLight(id)) {
-            const SpotLightInstanceHandle instance(new SpotLightInstance(NodeLink(node), Link<SpotLight>(spot)));
+            const auto instance = SpotLightInstanceHandle::make(NodeLink(node), Link<SpotLight>(spot));
             if (instance->createFromCollada(*instances[i], m_nodeTable)) {
                 m_spotLightList.append(instance);
             }
@@ -214,7 +214,7 @@ GeometryHandle VisualScene::createAndRegisterGeometry(domGeometry* const geometr
     if (m_geometryTable.lookup(geometry->getId()) != nullptr) {
         return GeometryHandle();
     }
-    const GeometryHandle result(new Geometry);
+    const auto result = GeometryHandle::make();
     if (result->createFromCollada(geometry)) {
         m_geometryTable.insert(result->id(), result);
     }
@@ -239,7 +239,7 @@ void VisualScene::registerMaterialAttributes(const vesk::String& symbol, domMate
         if (technique == nullptr || (technique->getBlinn() == nullptr && technique->getPhong() == nullptr)) {
             continue;
         }
-        const BlinnMaterialHandle made(new BlinnMaterial);
+        const auto made = BlinnMaterialHandle::make();
         if (technique->getBlinn() != nullptr) {
             made->createFromCollada(technique->getBlinn(), profile);
         } else {

@@ -779,6 +779,39 @@ TEST_F(ArrayTest, ClearDestroysAscendingAndFallsBackToCapacityEight)
     }
 }
 
+TEST_F(ArrayTest, TruncateDestroysWhatIsTooMuchAndKeepsTheCapacity)
+{
+    CountingElement::reset();
+    Array<CountingElement> array;
+    for (int i = 1; i <= 20; ++i) {
+        array.append(i);
+    }
+    CountingElement::counts().history.clear();
+    array.truncate(18);
+    EXPECT_EQ((std::vector<std::string>{"destroy 20", "destroy 19"}), CountingElement::counts().history);
+    EXPECT_EQ(18u, array.size());
+    EXPECT_EQ(32u, array.capacity());
+    EXPECT_EQ(18, array[17].value);
+    array.truncate(19);
+    EXPECT_EQ(18u, array.size());
+    array.truncate(0);
+    EXPECT_EQ(0u, array.size());
+    EXPECT_EQ(32u, array.capacity());
+    EXPECT_EQ(0, CountingElement::counts().alive);
+    FailingAllocator allocator(-1);
+    array.append(5);
+    EXPECT_EQ(0, allocator.requests());
+}
+
+TEST_F(ArrayTest, TruncateOfAnArrayWithoutABlockChangesNothing)
+{
+    Array<unsigned> array;
+    array.truncate(0);
+    array.truncate(3);
+    EXPECT_EQ(0u, array.size());
+    EXPECT_EQ(8u, array.capacity());
+}
+
 TEST_F(ArrayTest, ClearOnlyLowersTheCapacity)
 {
     Array<unsigned> array;

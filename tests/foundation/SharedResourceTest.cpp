@@ -343,6 +343,56 @@ TEST_F(SharedResourceTest, ResourceIsDeletedByItsVirtualDestructor)
     EXPECT_EQ(died, 1);
 }
 
+TEST_F(SharedResourceTest, MakeTakesOneBlockForObjectCountAndDestroyer)
+{
+    FailingAllocator allocator(-1);
+    Handle handle = Handle::make(7);
+    EXPECT_EQ(1, allocator.requests());
+    EXPECT_EQ(7, handle->number);
+    EXPECT_EQ(1u, handle.useCount());
+    {
+        const Handle copy(handle);
+        EXPECT_EQ(2u, handle.useCount());
+        EXPECT_EQ(handle.get(), copy.get());
+    }
+    EXPECT_EQ(1, Resource::alive);
+    handle = Handle();
+    EXPECT_EQ(0, Resource::alive);
+    EXPECT_EQ(1, Resource::died);
+}
+
+TEST_F(SharedResourceTest, MakeTakesAnObjectOfADerivedClass)
+{
+    int died = 0;
+    {
+        const BaseHandle handle = BaseHandle::make<Derived>(died);
+        EXPECT_EQ(&died, &static_cast<Derived&>(*handle).m_died);
+        EXPECT_EQ(0, died);
+    }
+    EXPECT_EQ(1, died);
+}
+
+TEST_F(SharedResourceTest, MakeOfAnObjectThatThrowsLeaksNothing)
+{
+    struct Refused {
+        Refused() { throw 3; }
+    };
+    using RefusedHandle = SharedResource<PointerStorage<Refused, 0, 3>, 0>;
+    EXPECT_THROW(RefusedHandle::make(), int); // a leak ends the program of the leak sanitizer
+    const FailingAllocator allocator(0);
+    EXPECT_THROW(Handle::make(1), std::bad_alloc);
+    EXPECT_EQ(0, Resource::alive);
+}
+
+TEST_F(SharedResourceTest, DisarmedBlockDoesNotDestroyItsObject)
+{
+    {
+        const Handle handle = Handle::make(7);
+        reinterpret_cast<SharedResourceDestroyerBase*>(Fields(handle).words[2])->disarm();
+    }
+    EXPECT_EQ(0, Resource::died);
+}
+
 TEST_F(SharedResourceTest, EachFailedAllocationOfAdoptionPassesAndNothingLeaks)
 {
     long point = 0;

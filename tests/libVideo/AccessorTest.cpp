@@ -819,6 +819,25 @@ TEST(AccessorTest, LoadingAgainAppends)
     EXPECT_EQ((Floats{1, 2, 3, 1, 2, 3}), record(accessor, 0));
 }
 
+TEST(AccessorTest, FailedSecondLoadTakesTheCountAndLosesTheArrayAlone)
+{
+    SourceDocument first("1 2 3 4 5 6", ofFloats + "count='2' offset='0'", xyz);
+    SourceDocument second("7 8 9", "source='#words' count='5' offset='1' stride='4'", PARAM_X);
+    AccessorFloat accessor;
+    ASSERT_TRUE(accessor.createFromCollada(first.accessor()));
+    ASSERT_EQ((Floats{4, 5, 6}), record(accessor, 1));
+    const LogCapture log;
+    EXPECT_FALSE(accessor.createFromCollada(second.accessor()));
+    EXPECT_EQ("Data source is not a float array Name_array", log.text());
+    EXPECT_EQ(5u, accessor.count());
+    EXPECT_EQ(3u, accessor.stride());
+    EXPECT_EQ(0u, offsetOf(accessor));
+    EXPECT_EQ(12u, accessor.bytePerAccess());
+    EXPECT_EQ(3u, listOf(accessor).size());
+    EXPECT_EQ((Floats{4, 5, 6}), record(accessor, 1)); // the current record is still there
+    EXPECT_THROW(accessor[0], vesk::NullPointer);
+}
+
 TEST(AccessorTest, LoadAsksTheOverriddenOperations)
 {
     SourceDocument document("1 2", ofFloats + "count='1'", PARAM_X);

@@ -9,6 +9,7 @@
 #include <vesk/String.h>
 
 #include <libVideo/SceneGraph/Animation.h>
+#include <libVideo/SceneGraph/Scene.h>
 
 #include <libVideo/ColladaDom.h>
 
@@ -34,6 +35,7 @@ using libVideo::VertexSemantic;
 using testSupport::ColladaBuilder;
 using testSupport::LogCapture;
 using testSupport::LogLine;
+using testSupport::TemporaryFile;
 
 using Evolutions = vesk::Array<Evolution>;
 using CreateInputFunction = bool (Animation::*)(const daeSmartRef<domInputLocal>&);
@@ -1323,6 +1325,57 @@ TEST(AnimationListTest, NullDocumentIsLoggedInsideTheTrace)
     EXPECT_EQ('>', lines[0].text[0]);
     EXPECT_EQ(noDocument, lines[1].words());
     EXPECT_EQ("< Camera::createAnimationListFromCollada", lines[2].text);
+}
+
+// ---- what a load may take: 128 MiB and 64 bytes for each of the document
+
+// The messages of a load of these animations.
+std::string toldByLoad(const std::string& animations)
+{
+    const TemporaryFile file(ColladaBuilder("<library_animations>" + animations + "</library_animations>")
+                                 .addScene("<node id='n'/>")
+                                 .text());
+    const LogCapture log("libVideo.animation");
+    libVideo::Scene scene;
+    EXPECT_TRUE(scene.createFromCollada(file.path().c_str()));
+    return log.text();
+}
+
+constexpr char tooMuch[] = "Asks for more memory than the size of the document allows";
+
+// Nine bytes a key: fourteen curves of a million keys are within the budget, the fifteenth is not.
+TEST(AnimationBudgetTest, KeysThatNothingBacksAreCharged)
+{
+    const std::string source =
+        "<source id='keys'><technique_common><accessor source='#none' count='1048576'/></technique_common></source>";
+    std::string animations = "<animation>" + source + "</animation>";
+    for (unsigned i = 0; i < 15; ++i) {
+        const std::string id = "sampler" + std::to_string(i);
+        animations += "<animation><sampler id='" + id + "'><input semantic='INPUT' source='#keys'/></sampler>" +
+                      "<channel source='#" + id + "' target='n/t'/></animation>";
+    }
+    EXPECT_EQ(std::string(noChannel) + "\n" + tooMuch, toldByLoad(animations));
+}
+
+// Each input reads more of one array than those before it, and its numbers cannot be theirs.
+TEST(AnimationBudgetTest, NumbersReadAnewAreCharged)
+{
+    constexpr unsigned inputCount = 200;
+    constexpr unsigned most = 100'000;
+    std::string numbers;
+    for (unsigned i = 0; i < most; ++i) {
+        numbers += "0 ";
+    }
+    std::string sources = "<source id='s'><float_array id='a' count='100000'>" + numbers + "</float_array></source>";
+    std::string inputs;
+    for (unsigned i = 0; i < inputCount; ++i) {
+        const std::string id = "s" + std::to_string(i);
+        sources += "<source id='" + id + "'><technique_common><accessor source='#a' count='10' stride='" +
+                   std::to_string(most / 10 - inputCount + i) + "'/></technique_common></source>";
+        inputs += "<input semantic='OUTPUT' source='#" + id + "'/>";
+    }
+    EXPECT_EQ(tooMuch, toldByLoad("<animation>" + sources + "<sampler id='m'>" + inputs +
+                                  "</sampler><channel source='#m' target='n/t'/></animation>"));
 }
 
 } // namespace

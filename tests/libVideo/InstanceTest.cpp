@@ -599,6 +599,20 @@ TEST(CameraInstanceTest, LookAtIdIsFoundExactly)
     EXPECT_EQ(zero, elements(instance.view()));
 }
 
+TEST(CameraInstanceTest, SecondLoadThatMissesItsLookAtNodeKeepsTheFirstAndItsView)
+{
+    const std::string second = node("m", "0 0 9", "<instance_camera url='#lost'/>");
+    Stage stage(nodeWithCamera + second + node("aim", "0 0 0"), cameras(camera("eye", "aim") + camera("lost", "away")));
+    CameraInstance instance(stage.link("n"));
+    ASSERT_TRUE(stage.load(instance, "n"));
+    const LogCapture log;
+    EXPECT_TRUE(stage.load(instance, "m"));
+    expectOneLine(log, "Cannot find lookat node away from camera list");
+    EXPECT_EQ(stage.cameraList[1].get(), instance.camera().get());
+    EXPECT_EQ(stage.link("aim"), instance.lookAtNode());
+    EXPECT_EQ(straightView(0, 0, -5), elements(instance.view()));
+}
+
 TEST(CameraInstanceTest, EmptyLookAtIdIsThatOfANodeWithoutId)
 {
     Stage stage(nodeWithCamera + "<node name='bare'><translate>0 0 3</translate></node>", cameras(camera("eye")));

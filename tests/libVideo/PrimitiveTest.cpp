@@ -849,6 +849,56 @@ TEST(TriangleListTest, WithoutAnySourceFailsWithZeroesForIndices)
     EXPECT_EQ(vesk::String("paint"), list.material());
 }
 
+TEST(TriangleListTest, SecondLoadOfNullChangesNothing)
+{
+    MeshDocument document(basics + triangles("1", vertexInput, "0 1 2"));
+    TriangleList list(document.triangles());
+    const LogCapture log;
+    EXPECT_FALSE(list.createFromCollada(nullptr));
+    EXPECT_EQ(errorLine("libVideo.primitive", "NULL domTriangles passed in"), told(log));
+    EXPECT_EQ(libVideo::PRIMITIVE_TRIANGLE_LIST, list.type());
+    EXPECT_EQ(vesk::String("paint"), list.material());
+    EXPECT_EQ((Indices{0, 1, 2}), indices(list));
+    EXPECT_EQ(position(0) + position(1) + position(2), floats(list));
+}
+
+TEST(TriangleListTest, SecondLoadWithoutInputTakesTheMaterialAlone)
+{
+    MeshDocument document(basics + triangles("1", vertexInput, "0 1 2") +
+                          "<triangles name='other' material='glass' count='5'><p>0 1 2</p></triangles>");
+    TriangleList list(document.triangles(0));
+    const LogCapture log;
+    EXPECT_FALSE(list.createFromCollada(document.triangles(1)));
+    EXPECT_EQ(noDescription, told(log));
+    EXPECT_EQ(vesk::String("glass"), list.material());
+    EXPECT_EQ(vesk::String("list"), list.id());
+    EXPECT_EQ(libVideo::PRIMITIVE_TRIANGLE_LIST, list.type());
+    EXPECT_EQ(1u, list.count());
+    EXPECT_EQ(12u, list.bytesPerVertex());
+    EXPECT_EQ(1u, list.vertexLayout().size());
+    EXPECT_EQ((Indices{0, 1, 2}), indices(list));
+    EXPECT_EQ(position(0) + position(1) + position(2), floats(list));
+}
+
+// The stream is never emptied: a list is meant to be loaded once.
+TEST(TriangleListTest, SecondLoadWithoutAnySourceKeepsTheStreamAlone)
+{
+    MeshDocument document(basics + triangles("1", vertexInput, "0 1 2") +
+                          "<triangles name='other' material='glass' count='2'>" + input("FOG", "normals", 0) +
+                          "<p>5 6 7 7 6 5</p></triangles>");
+    TriangleList list(document.triangles(0));
+    const LogCapture log;
+    EXPECT_FALSE(list.createFromCollada(document.triangles(1)));
+    EXPECT_EQ(errorLine("libVideo.input", "Does not recognize input semantic FOG") + "\n" + noSource, told(log));
+    EXPECT_EQ(vesk::String("glass"), list.material());
+    EXPECT_EQ(vesk::String("other"), list.id());
+    EXPECT_EQ(2u, list.count());
+    EXPECT_EQ(0u, list.bytesPerVertex());
+    EXPECT_EQ(0u, list.vertexLayout().size());
+    EXPECT_EQ((Indices{0, 0, 0, 0, 0, 0}), indices(list));
+    EXPECT_EQ(position(0) + position(1) + position(2), floats(list));
+}
+
 TEST(TriangleListTest, WithoutAnySourceAShortListIsToldLast)
 {
     MeshDocument document(basics + triangles("4294967295", input("FOG", "normals", 0), "5 6 7 7"));

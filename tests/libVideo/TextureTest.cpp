@@ -177,6 +177,53 @@ TEST(TextureTest, WholeChainGivesElementsAndFile)
     EXPECT_TRUE(log.lines().empty());
 }
 
+// A second load that fails keeps what it does not reach.
+
+struct SecondLoadCase {
+    const char* name;
+    std::string newparams;
+    std::string diffuse;
+    bool hasNewSampler;
+};
+
+void PrintTo(const SecondLoadCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class TextureSecondLoadTest : public testing::TestWithParam<SecondLoadCase> {};
+
+TEST_P(TextureSecondLoadTest, KeepsWhatAFailureDoesNotReach)
+{
+    Document first;
+    Document::Parts parts = Document::withNewparams(GetParam().newparams);
+    parts.diffuse = GetParam().diffuse;
+    Document second(parts);
+    Texture texture;
+    ASSERT_TRUE(first.loadInto(texture));
+    const LogCapture log;
+    EXPECT_FALSE(second.loadInto(texture));
+    EXPECT_EQ("", log.text());
+    Document& ofSampler = GetParam().hasNewSampler ? second : first;
+    EXPECT_EQ(ofSampler.newparam(1)->getSampler2D(), texture.sampler());
+    EXPECT_NE(nullptr, texture.sampler());
+    EXPECT_EQ(first.newparam(0)->getSurface(), texture.texture());
+    EXPECT_STREQ("./a.png", fileOf(texture));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Failures, TextureSecondLoadTest,
+    testing::Values(SecondLoadCase{"Color", chain, "<color>1 0 0 1</color>", false},
+                    SecondLoadCase{"AbsentSampler", chain, "<texture texture='other' texcoord='uv'/>", false},
+                    SecondLoadCase{"SamplerWithoutSource",
+                                   surfaceParam + "<newparam sid='sampler'><sampler2D/></newparam>", usesSampler, true},
+                    SecondLoadCase{
+                        "AbsentSurface",
+                        surfaceParam +
+                            "<newparam sid='sampler'><sampler2D><source>other</source></sampler2D></newparam>",
+                        usesSampler, true}),
+    [](const auto& row) { return row.param.name; });
+
 // What the names find.
 
 enum class Reached { Nothing, Sampler, Surface };

@@ -395,6 +395,50 @@ TYPED_TEST(TransformationFamilyTest, WithoutAnimationAnyTimeGivesTheSameHandleAn
     EXPECT_EQ(2u, matrix.useCount());
 }
 
+// Most matrices of a scene are never asked for one by one.
+TEST(TransformationTest, DeclaredMatrixIsMadeWhenItIsAskedFor)
+{
+    Translation translation(valuesOf({1, 2, 3}), "t");
+    FailingAllocator allocator(-1);
+    EXPECT_EQ(1u, translation.transformation().useCount());
+    EXPECT_EQ(1, allocator.requests());
+    EXPECT_EQ(1u, translation.transformation().useCount());
+    EXPECT_EQ(1, allocator.requests());
+    expectTranslation(translation.transformation(), 1, 2, 3);
+}
+
+TEST(TransformationTest, DeclaredMatrixThatCannotBeMadeIsMadeLater)
+{
+    Scale scale(valuesOf({1, 2, 3}), "s");
+    {
+        const FailingAllocator allocator(0);
+        EXPECT_THROW(scale.transformation(), std::bad_alloc);
+    }
+    expectScale(scale.transformation(), 1, 2, 3);
+}
+
+TEST(TransformationTest, CopyMadeBeforeAnyQuestionSharesTheMatrix)
+{
+    Rotation rotation(valuesOf({0, 0, 1, 90}), "r");
+    Rotation copy(rotation);
+    Rotation assigned;
+    assigned = rotation;
+    EXPECT_EQ(rotation.transformation(), copy.transformation());
+    EXPECT_EQ(rotation.transformation(), assigned.transformation());
+    EXPECT_EQ(3u, rotation.transformation().useCount());
+    expectQuarterAboutZ(copy.transformation());
+}
+
+TEST(TransformationTest, DeclarationAfterACopyIsItsOwn)
+{
+    Translation translation(valuesOf({1, 2, 3}), "t");
+    Translation copy(translation);
+    translation.setTransformation(valuesOf({4, 5, 6}));
+    copy = Translation(valuesOf({7, 8, 9}), "c");
+    expectTranslation(translation.transformation(), 4, 5, 6);
+    expectTranslation(copy.transformation(), 7, 8, 9);
+}
+
 TEST(TransformationTest, FieldsStandInOrder)
 {
     const Transformation transformation;
@@ -973,6 +1017,7 @@ TEST(TransformationTest, AnimatedBaseAllocatesNothingAndSubclassesAMatrix)
     matrix.setAnimation(matrixAnimation());
     Translation translation(valuesOf({1, 2, 3}), "t");
     translation.setAnimation(vectorAnimation());
+    ASSERT_NE(nullptr, matrix.transformation()); // made by now
     long inPlace = -1;
     long anew = -1;
     {

@@ -1,4 +1,5 @@
 #include "support/ColladaBuilder.h"
+#include "support/CollidingTexts.h"
 #include "support/FailingAllocator.h"
 #include "support/LogCapture.h"
 #include "support/PrivateAccess.h"
@@ -54,6 +55,7 @@ PRIVATE_MEMBER(SceneName, vesk::String VisualScene::*, &VisualScene::m_name)
 PRIVATE_MEMBER(SceneId, vesk::String VisualScene::*, &VisualScene::m_id)
 PRIVATE_MEMBER(SceneRoot, Node VisualScene::*, &VisualScene::m_root)
 PRIVATE_MEMBER(SceneNodeTable, libVideo::NodeTable VisualScene::*, &VisualScene::m_nodeTable)
+PRIVATE_MEMBER(NodeTableRep, vesk::_HashTableRep libVideo::NodeTable::*, &libVideo::NodeTable::m_rep)
 PRIVATE_MEMBER(SceneNodeList, vesk::Array<NodeHandle> VisualScene::*, &VisualScene::m_nodeList)
 PRIVATE_MEMBER(SceneCameraList, CameraInstanceList VisualScene::*, &VisualScene::m_cameraList)
 PRIVATE_MEMBER(ScenePointLightList, PointLightInstanceList VisualScene::*, &VisualScene::m_pointLightList)
@@ -383,6 +385,24 @@ TEST(VisualSceneTest, ChildrenStandInDocumentOrderAlsoWhenThereAreMany)
     EXPECT_EQ(expectedBelow, childIds(*found(scene, "first")));
     EXPECT_EQ("first" + expectedTop + " " + expectedBelow, listedIds(scene));
     EXPECT_EQ(81u, nodeTableOf(scene).size());
+}
+
+TEST(VisualSceneTest, IdsThatWereMadeToCollideCostNoMoreThanOthers)
+{
+    const std::vector<std::string> ids = testSupport::collidingTexts(300);
+    std::string nodes;
+    for (const std::string& id : ids) {
+        nodes += "<node id='" + id + "'/>";
+    }
+    Document document(nodes);
+    VisualScene scene;
+    ASSERT_TRUE(document.loadInto(scene));
+    ASSERT_EQ(300u, nodeTableOf(scene).size());
+    for (const std::string& id : ids) {
+        ASSERT_NE(nullptr, found(scene, id.c_str())) << id;
+        EXPECT_EQ(id, found(scene, id.c_str())->id().data());
+    }
+    EXPECT_TRUE((nodeTableOf(scene).*privateMember(NodeTableRep())).isKeyed());
 }
 
 TEST(VisualSceneTest, RootStandsForNoElement)

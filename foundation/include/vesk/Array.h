@@ -142,6 +142,15 @@ public:
         }
     }
 
+    /// Destroys the elements from `size` on, and keeps the capacity. More than there are changes nothing.
+    void truncate(unsigned size)
+    {
+        while (m_block->count > size) {
+            --m_block->count;
+            std::destroy_at(elements(m_block) + m_block->count);
+        }
+    }
+
     /// Destroys all elements; the capacity is 8 again.
     void clear()
     {

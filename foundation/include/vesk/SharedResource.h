@@ -4,6 +4,9 @@
 #include <vesk/PointerStorage.h>
 
 #include <cstddef>
+#include <memory>
+#include <new>
+#include <utility>
 
 namespace vesk {
 
@@ -52,7 +55,8 @@ class SharedResource;
 /// are no weak handles and no conversions between types, and cycles are not detected. A handle that adopts a null
 /// pointer counts it like any resource. `->` and `*` check nothing: test a handle that may be empty.
 ///
-/// Copying costs one increment; adopting a resource allocates its count and its destroyer, in one small block.
+/// Copying costs one increment; adopting a resource allocates its count and its destroyer, in one small block. `make`
+/// puts the resource into that block, too.
 template <class T>
 class SharedResource<PointerStorage<T, 0, 3>, 0> {
 public:
@@ -61,6 +65,19 @@ public:
 
     /// Takes over a resource from `new`, even if this throws `std::bad_alloc`.
     explicit SharedResource(T* resource) { adopt(resource); }
+
+    /// A new object together with its count and its destroyer, in one block.
+    /// @tparam Object `T`, or a class derived from it
+    template <class Object = T, class... Arguments>
+    static SharedResource make(Arguments&&... arguments)
+    {
+        auto* const block = new ObjectBlock<Object>(std::forward<Arguments>(arguments)...);
+        SharedResource result;
+        result.m_storage.value = block->object();
+        result.m_count = &block->count;
+        result.m_destroyer = block;
+        return result;
+    }
 
     /// Shares the resource of the other handle.
     SharedResource(const SharedResource& other)
@@ -136,6 +153,32 @@ private:
     struct CountingDestroyer final : SharedResourceDestroyer<PointerStorage<T, 0, 3>> {
         using SharedResourceDestroyer<PointerStorage<T, 0, 3>>::SharedResourceDestroyer;
         unsigned count = 1;
+    };
+
+    // An object with its count.
+    template <class Object>
+    class ObjectBlock final : public SharedResourceDestroyerBase {
+    public:
+        template <class... Arguments>
+        explicit ObjectBlock(Arguments&&... arguments)
+        {
+            new (m_memory) Object(std::forward<Arguments>(arguments)...);
+        }
+        ~ObjectBlock() override
+        {
+            if (m_isArmed) {
+                std::destroy_at(object());
+            }
+        }
+
+        void disarm() override { m_isArmed = false; }
+        Object* object() { return std::launder(reinterpret_cast<Object*>(m_memory)); }
+
+        unsigned count = 1;
+
+    private:
+        bool m_isArmed = true;
+        alignas(Object) unsigned char m_memory[sizeof(Object)];
     };
 
     void adopt(T* resource)

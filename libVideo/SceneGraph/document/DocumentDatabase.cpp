@@ -164,6 +164,7 @@ const IdIndex& DocumentDatabase::idsOf(Entry& entry)
                 entry.ids.add(id, element);
             }
         });
+        static_cast<void>(entry.ids.build());
         entry.areIdsKnown = true;
     }
     return entry.ids;

@@ -285,7 +285,7 @@ void ElementBuilder::end()
         placeChildren(level);
         if (level.hasAttributes) {
             if (const daeString id = element.getID()) {
-                m_areIdsKnown = m_ids.add(id, element) && m_areIdsKnown;
+                m_ids.add(id, element);
             }
         }
     }
@@ -401,6 +401,7 @@ void ElementBuilder::fillContents(daeElement& parent)
 IdIndex ElementBuilder::finish()
 {
     m_document.setDomRoot(m_root);
+    m_areIdsKnown = m_areIdsKnown && m_ids.build();
     return std::move(m_ids);
 }
 

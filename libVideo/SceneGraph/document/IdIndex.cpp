@@ -7,58 +7,66 @@
 
 namespace libVideo::detail {
 
-bool IdIndex::add(daeString id, daeElement& element)
+void IdIndex::add(daeString id, daeElement& element)
 {
-    if ((m_count + 1) * 3 > m_entries.size() * 2) {
-        grow();
+    m_entries.push_back({id, &element, hashOf(id)});
+}
+
+// In one go, since a slot here and there, each time that an element ends, would be out of the processor's reach.
+bool IdIndex::build()
+{
+    std::size_t size = 16;
+    while (size < m_entries.size() * 2) {
+        size *= 2;
     }
-    Entry& entry = m_entries[place(id)];
-    if (entry.id != nullptr) {
-        return false;
+    m_slots.assign(m_entries.empty() ? 0 : size, Slot());
+    bool areDistinct = true;
+    for (std::size_t i = 0; i < m_entries.size(); ++i) {
+        Slot& slot = m_slots[place(m_entries[i].id, m_entries[i].hash)];
+        if (slot.number != 0) {
+            areDistinct = false;
+            continue;
+        }
+        slot = {static_cast<std::uint32_t>(i + 1), m_entries[i].hash};
     }
-    entry = {id, &element};
-    ++m_count;
-    return true;
+    return areDistinct;
 }
 
 daeElement* IdIndex::find(std::string_view id) const
 {
-    return m_entries.empty() ? nullptr : m_entries[place(id)].element;
+    if (m_slots.empty()) {
+        return nullptr;
+    }
+    const std::uint32_t number = m_slots[place(id, hashOf(id))].number;
+    return number != 0 ? m_entries[number - 1].element : nullptr;
 }
 
 void IdIndex::clear()
 {
     m_entries.clear();
-    m_count = 0;
+    m_slots.clear();
 }
 
-// Where an id is, or where it would go.
-std::size_t IdIndex::place(std::string_view id) const
+std::uint32_t IdIndex::hashOf(std::string_view id)
 {
     std::uint64_t hash = hashSeed();
-    std::size_t i = 0;
-    for (; i < id.size(); i += sizeof(std::uint64_t)) {
+    for (std::size_t i = 0; i < id.size(); i += sizeof(std::uint64_t)) {
         std::uint64_t word = 0;
         std::memcpy(&word, id.data() + i, std::min(sizeof(word), id.size() - i));
         hash = hashMix(hash, word);
     }
-    hash = hashMix(hash, id.size());
-    i = static_cast<std::size_t>(hash) & (m_entries.size() - 1);
-    while (m_entries[i].id != nullptr && m_entries[i].id != id) {
-        i = (i + 1) & (m_entries.size() - 1);
-    }
-    return i;
+    return static_cast<std::uint32_t>(hashMix(hash, id.size()));
 }
 
-void IdIndex::grow()
+// The slot of an id, or the empty one that it would take. Texts are compared only where the hashes are equal.
+std::size_t IdIndex::place(std::string_view id, std::uint32_t hash) const
 {
-    std::vector<Entry> before(m_entries.empty() ? 16 : m_entries.size() * 2);
-    before.swap(m_entries);
-    for (const Entry& entry : before) {
-        if (entry.id != nullptr) {
-            m_entries[place(entry.id)] = entry;
-        }
+    const std::size_t mask = m_slots.size() - 1;
+    std::size_t i = hash & mask;
+    while (m_slots[i].number != 0 && (m_slots[i].hash != hash || m_entries[m_slots[i].number - 1].id != id)) {
+        i = (i + 1) & mask;
     }
+    return i;
 }
 
 } // namespace libVideo::detail

@@ -16,23 +16,30 @@ namespace libVideo::detail {
 /// while there is a `DAE`.
 class IdIndex {
 public:
-    /// @return false if the id is there already; it keeps its element then
-    bool add(daeString id, daeElement& element);
+    /// Lists an element, which is not found before the next `build()`.
+    void add(daeString id, daeElement& element);
+    /// Lets all that was listed be found. @return false if an id is there several times; the first of its elements counts
+    bool build();
     /// @return null if there is none
     daeElement* find(std::string_view id) const;
     void clear();
 
 private:
     struct Entry {
-        daeString id = nullptr;
-        daeElement* element = nullptr;
+        daeString id;
+        daeElement* element;
+        std::uint32_t hash;
+    };
+    struct Slot {
+        std::uint32_t number = 0; // of an entry, counted from 1
+        std::uint32_t hash = 0;
     };
 
-    std::size_t place(std::string_view id) const;
-    void grow();
+    static std::uint32_t hashOf(std::string_view id);
+    std::size_t place(std::string_view id, std::uint32_t hash) const;
 
-    std::vector<Entry> m_entries; // open addressing; of a power of two, or none
-    std::size_t m_count = 0;
+    std::vector<Entry> m_entries;
+    std::vector<Slot> m_slots; // open addressing; of a power of two, or none
 };
 
 } // namespace libVideo::detail

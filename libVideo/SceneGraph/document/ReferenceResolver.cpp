@@ -62,7 +62,13 @@ daeElement* ReferenceResolver::resolveElement(const daeURI& reference)
     if (reference.fragment().empty() && reference.originalStr() != "#") {
         return nullptr;
     }
-    daeDocument* document = reference.getReferencedDocument();
+    // "#id" leads into the document of its own element, which needs no second look at the whole reference.
+    daeElement* const container = reference.getContainer();
+    const bool isLocal = container != nullptr && reference.originalStr().compare(0, 1, "#") == 0;
+    daeDocument* document = isLocal ? container->getDocument() : nullptr;
+    if (document == nullptr) {
+        document = reference.getReferencedDocument();
+    }
     if (document == nullptr) {
         try {
             document = openReferenced(reference);

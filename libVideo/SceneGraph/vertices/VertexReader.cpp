@@ -12,7 +12,7 @@
 namespace libVideo::detail {
 
 VertexReader::VertexReader(InputLocalOffset& input)
-    : m_input(input), m_length(input.offsetCount()), m_tuple(input.offsetCount())
+    : m_input(input), m_indexed(&input), m_length(input.offsetCount()), m_tuple(input.offsetCount())
 {
     if (input.m_p != nullptr) {
         m_entries = dataOf(input.m_p->getValue());
@@ -23,6 +23,14 @@ VertexReader::VertexReader(InputLocalOffset& input)
     m_isDirect = typeid(input) == typeid(InputLocalOffset) && input.m_sources.size() <= input.m_offsets.size();
     for (unsigned i = 0; m_isDirect && i < input.m_sources.size(); ++i) {
         m_isDirect = addSource(*input.m_sources[i], input.m_offsets[i]);
+    }
+}
+
+VertexReader::VertexReader(InputLocal& input) : m_input(input), m_indexed(nullptr), m_length(1)
+{
+    m_isDirect = typeid(input) == typeid(InputLocal);
+    for (unsigned i = 0; m_isDirect && i < input.m_sources.size(); ++i) {
+        m_isDirect = addSource(*input.m_sources[i], 0);
     }
 }
 
@@ -64,7 +72,7 @@ const unsigned* VertexReader::tuple(unsigned corner)
 {
     const std::size_t start = std::size_t{m_length} * corner;
     if (start + m_length > m_entryCount) {
-        return m_input.pIndex(corner).getData();
+        return m_indexed->pIndex(corner).getData();
     }
     for (unsigned i = 0; i < m_length; ++i) {
         m_tuple[i] = static_cast<unsigned>(m_entries[start + i]);
@@ -89,7 +97,10 @@ bool VertexReader::readRecords(unsigned corner)
     float* out = m_vertex.data();
     for (const Records& records : m_records) {
         const std::size_t place = start + records.entry;
-        const unsigned index = place < m_entryCount ? static_cast<unsigned>(m_entries[place]) : 0;
+        unsigned index = corner;
+        if (m_indexed != nullptr) {
+            index = place < m_entryCount ? static_cast<unsigned>(m_entries[place]) : 0;
+        }
         const unsigned base = records.accessor->recordStart(index);
         if (index >= records.accessor->count() || std::size_t{base} + records.end > records.valueCount) {
             return false;

@@ -18,10 +18,13 @@ namespace libVideo::detail {
 class VertexReader {
 public:
     explicit VertexReader(InputLocalOffset& input);
+    /// Of an input without a list of indices: corner i is record i of every source.
+    explicit VertexReader(InputLocal& input);
 
-    /// The tuple of a corner, as `InputLocalOffset::pIndex` gives it; valid until the next call.
+    /// The tuple of a corner, as `InputLocalOffset::pIndex` gives it; valid until the next call. Not for an input
+    /// without a list of indices.
     const unsigned* tuple(unsigned corner);
-    /// Appends the bytes of a corner's vertex. @throws what `InputLocalOffset::data` throws, with the stream unchanged
+    /// Appends the bytes of a corner's vertex. @throws what `Input::data` throws, with the stream unchanged
     void append(unsigned corner, vesk::Array<unsigned char>& stream);
 
 private:
@@ -43,7 +46,8 @@ private:
     bool addSource(const Source& source, unsigned entry);
     bool readRecords(unsigned corner);
 
-    InputLocalOffset& m_input;
+    Input& m_input;
+    InputLocalOffset* m_indexed; // the input, if it has a list of indices
     const daeULong* m_entries = nullptr; // of `<p>`
     std::size_t m_entryCount = 0;
     unsigned m_length; // of a tuple

@@ -185,4 +185,65 @@ TEST(VertexReaderTest, IndexBeyondTheCountThrowsAsTheSourceDoes)
                  vesk::AssertionFailure);
 }
 
+// ---- points: one record of each source
+
+class PointReaderTest : public testing::TestWithParam<Row> {};
+
+TEST_P(PointReaderTest, GivesThePointsOfTheInput)
+{
+    const Row& row = GetParam();
+    ColladaBuilder builder("<library_geometries><geometry id='g'><mesh>" + row.sources + "<vertices id='v'>" +
+                           row.inputs + "</vertices></mesh></geometry></library_geometries>");
+    ASSERT_NE(nullptr, builder.open());
+    domVertices* const vertices = builder.element<domGeometry>("g")->getMesh()->getVertices();
+    const LogCapture log;
+    libVideo::PointCloud cloud(vertices);
+    libVideo::InputLocal input(vertices->getInput_array());
+    std::vector<unsigned char> expected;
+    for (unsigned i = 0; i < cloud.count(); ++i) {
+        const vesk::Array<unsigned char>& point = input.data(i);
+        expected.insert(expected.end(), point.begin(), point.end());
+    }
+    const unsigned char* const bytes = cloud.vertexBuffer().get();
+    EXPECT_EQ(expected, std::vector<unsigned char>(bytes, bytes + cloud.totalByteSize()));
+    ASSERT_EQ(row.vertices.size() * sizeof(float), cloud.totalByteSize());
+    EXPECT_EQ(0, std::memcmp(row.vertices.data(), bytes, cloud.totalByteSize()));
+}
+
+std::string localInput(const std::string& id, const std::string& semantic = "POSITION")
+{
+    return "<input semantic='" + semantic + "' source='#" + id + "'/>";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Documents, PointReaderTest,
+    testing::Values(Row{"Plain",
+                        source("s", "0 1 2 10 11 12", "count='2' stride='3'", xyz),
+                        localInput("s"),
+                        "",
+                        {0, 1, 2, 10, 11, 12}},
+                    Row{"TwoSources",
+                        source("s", "0 1 2 10 11 12", "count='2' stride='3'", xyz) +
+                            source("t", "5 6", "count='2' stride='1'", "<param name='S' type='float'/>"),
+                        localInput("s") + localInput("t", "TEXCOORD"),
+                        "",
+                        {0, 1, 2, 5, 10, 11, 12, 6}},
+                    Row{"Offset",
+                        source("s", "9 9 9 0 1 2 10 11 12", "offset='1' count='2' stride='3'", xyz),
+                        localInput("s"),
+                        "",
+                        {0, 1, 2, 10, 11, 12}},
+                    Row{"ParamWithoutNameInTheMiddle",
+                        source("s", "0 1 2 10 11 12", "count='2' stride='3'",
+                               "<param name='X' type='float'/><param type='float'/><param name='Z' type='float'/>"),
+                        localInput("s"),
+                        "",
+                        {0, 2, 10, 12}},
+                    Row{"ShortArrayReadsZero",
+                        source("s", "0 1 2 10", "count='2' stride='3'", xyz),
+                        localInput("s"),
+                        "",
+                        {0, 1, 2, 10, 0, 0}}),
+    [](const auto& row) { return row.param.name; });
+
 } // namespace
