@@ -47,7 +47,7 @@ private:
     bool readRecords(unsigned corner);
 
     Input& m_input;
-    InputLocalOffset* m_indexed; // the input, if it has a list of indices
+    InputLocalOffset* m_indexed;         // the input, if it has a list of indices
     const daeULong* m_entries = nullptr; // of `<p>`
     std::size_t m_entryCount = 0;
     unsigned m_length; // of a tuple
