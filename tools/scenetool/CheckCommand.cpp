@@ -1,5 +1,8 @@
 #include "CheckCommand.h"
 
+#ifdef SCENETOOL_HAS_PICTURES
+#include "DocumentConversion.h"
+#endif
 #include "LoadedScene.h"
 #include "Printable.h"
 #include "ReportPrinter.h"
@@ -35,11 +38,38 @@ void addMessages(const std::string& file, libPrepare::Report& report)
     }
 }
 
-int check(const std::string& file, bool showsJson)
+#ifdef SCENETOOL_HAS_PICTURES
+void addGltfNotes(const std::string& file, libPrepare::Report& report)
+{
+    const ConversionResult result = tryConversion(file);
+    for (const auto& [kind, note] : result.notes.all()) {
+        if (kind == ConversionNotes::imageFormat) {
+            continue; // whose pictures are the same
+        }
+        const std::string count = note.count > 1 ? " (" + std::to_string(note.count) + " times)" : "";
+        report.findings.push_back({libPrepare::Outcome::lost,
+                                   "gltf",
+                                   "In glTF: " + note.text + count,
+                                   "none: the format has no such thing",
+                                   {}});
+    }
+    if (!result.failure.empty()) {
+        report.findings.push_back(
+            {libPrepare::Outcome::lost, "gltf", "In glTF: everything, since it " + result.failure, "none", {}});
+    }
+}
+#else
+void addGltfNotes(const std::string& /*file*/, libPrepare::Report& /*report*/) {}
+#endif
+
+int check(const std::string& file, bool showsGltf, bool showsJson)
 {
     libPrepare::Report report = libPrepare::inspect(file);
     if (report.done) {
         addMessages(file, report);
+    }
+    if (report.done && showsGltf) {
+        addGltfNotes(file, report);
     }
     const bool isReadable = report.done;
     if (showsJson) {
@@ -66,6 +96,9 @@ CheckCommand::CheckCommand(CLI::App& app, SandboxOptions& sandbox)
 {
     m_command->add_option("FILE", m_files, "The documents")->required();
     m_command->add_flag("--json", m_showsJson, "Print a JSON array with one report a document");
+#ifdef SCENETOOL_HAS_PICTURES
+    m_command->add_flag("--gltf", m_showsGltf, "List what a glTF file of the document cannot hold as well");
+#endif
     m_sandbox.addTo(*m_command);
 }
 
@@ -81,7 +114,7 @@ int CheckCommand::run() const
         bool hasEnded = false;
         const auto action = [&] {
             hasEnded = true;
-            return check(file, m_showsJson);
+            return check(file, m_showsGltf, m_showsJson);
         };
         if (m_sandbox.applyTo(m_files.size())) {
             const SandboxResult ended = runInSandbox(m_sandbox.limits(), action);

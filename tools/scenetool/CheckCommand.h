@@ -27,6 +27,7 @@ private:
     CLI::App* m_command;
     SandboxOptions& m_sandbox;
     std::vector<std::string> m_files;
+    bool m_showsGltf = false;
     bool m_showsJson = false;
 };
 

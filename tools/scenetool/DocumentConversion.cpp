@@ -5,6 +5,7 @@
 #include "gltf/GltfExport.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -15,6 +16,41 @@ namespace {
 bool hasEnding(const std::string& path, const char* ending)
 {
     return std::filesystem::path(path).extension() == ending;
+}
+
+// Prepares and loads a document, makes a glTF document of it and gives that to `use`.
+ConversionResult convert(const std::string& in, const ConversionSettings& settings,
+                         const std::function<void(GltfDocument&)>& use)
+{
+    ConversionResult result;
+    std::unique_ptr<PreparedFile> prepared;
+    if (!settings.isAsLoaded) {
+        prepared = std::make_unique<PreparedFile>(in, settings.prepare);
+        result.prepared = prepared->report();
+        if (!prepared->isPrepared()) {
+            const libPrepare::Finding* const why = result.prepared.first(libPrepare::Outcome::refused);
+            result.failure = why != nullptr ? why->text : "cannot be prepared";
+            return result;
+        }
+    }
+    LoadedScene loaded(prepared ? prepared->path() : in);
+    if (!loaded.isLoaded()) {
+        result.failure = loaded.fault();
+        return result;
+    }
+    GltfOptions options;
+    options.documentFiles = prepared ? std::vector<std::string>{prepared->path(), in} : std::vector<std::string>{in};
+    options.isPrepared = prepared != nullptr;
+    options.tolerance = settings.tolerance;
+    options.mostBytes = settings.mostBytes;
+    options.approximations = result.prepared.approximations;
+    try {
+        GltfDocument document = gltfOf(loaded, options, result.notes);
+        use(document);
+    } catch (const GltfError& error) {
+        result.failure = error.what();
+    }
+    return result;
 }
 
 } // namespace
@@ -36,29 +72,7 @@ bool namesGltf(const std::string& path)
 
 ConversionResult convertDocument(const std::string& in, const std::string& out, const ConversionSettings& settings)
 {
-    ConversionResult result;
-    std::unique_ptr<PreparedFile> prepared;
-    if (!settings.isAsLoaded) {
-        prepared = std::make_unique<PreparedFile>(in, settings.prepare);
-        result.prepared = prepared->report();
-        if (!prepared->isPrepared()) {
-            const libPrepare::Finding* const why = result.prepared.first(libPrepare::Outcome::refused);
-            result.failure = why != nullptr ? why->text : "cannot be prepared";
-            return result;
-        }
-    }
-    LoadedScene loaded(prepared ? prepared->path() : in);
-    if (!loaded.isLoaded()) {
-        result.failure = loaded.fault();
-        return result;
-    }
-    GltfOptions options;
-    options.documentFiles = prepared ? std::vector<std::string>{prepared->path(), in} : std::vector<std::string>{in};
-    options.tolerance = settings.tolerance;
-    options.mostBytes = settings.mostBytes;
-    options.approximations = result.prepared.approximations;
-    try {
-        GltfDocument document = gltfOf(loaded, options, result.notes);
+    return convert(in, settings, [&](GltfDocument& document) {
         if (settings.isCompressed) {
             document.compress();
         }
@@ -67,10 +81,14 @@ ConversionResult convertDocument(const std::string& in, const std::string& out, 
         } else {
             document.writeText(out);
         }
-    } catch (const GltfError& error) {
-        result.failure = error.what();
-    }
-    return result;
+    });
+}
+
+ConversionResult tryConversion(const std::string& in)
+{
+    ConversionSettings settings;
+    settings.prepare = preparationForGltf();
+    return convert(in, settings, [](GltfDocument& /*document*/) {});
 }
 
 } // namespace scenetool

@@ -35,4 +35,7 @@ bool namesGltf(const std::string& path);
 /// under its name when it is whole.
 ConversionResult convertDocument(const std::string& in, const std::string& out, const ConversionSettings& settings);
 
+/// Converts a document with default settings and writes nothing, for the notes.
+ConversionResult tryConversion(const std::string& in);
+
 } // namespace scenetool

@@ -145,7 +145,11 @@ Json convert(const Job& job, const FolderConversionSettings& settings)
             return result.failure.empty() ? EXIT_SUCCESS : EXIT_FAILURE;
         });
         const std::string said = channel.take();
-        failure = !ended.failure.empty() ? ended.failure : (ended.status != EXIT_SUCCESS ? said : std::string());
+        if (!ended.failure.empty()) {
+            failure = ended.failure;
+        } else if (ended.status != EXIT_SUCCESS) {
+            failure = said.empty() ? "failed without a reason" : said;
+        }
         if (failure.empty()) {
             line["lost"] = std::strtol(said.c_str(), nullptr, 10);
         }

@@ -1,5 +1,10 @@
 #include "ConvertedDocument.h"
 
+#include "support/ColladaBuilder.h"
+#include "support/Process.h"
+
+#include <libVideo/SceneGraph.h>
+
 #include <meshoptimizer.h>
 
 #include <gtest/gtest.h>
@@ -220,6 +225,95 @@ TEST(ConvertTest, StepsAreSteep)
     }
 }
 
+std::string numbersSource(const std::string& id, unsigned stride, const std::string& numbers, unsigned count)
+{
+    std::string params;
+    for (unsigned i = 0; i < stride; ++i) {
+        params += "<param name='P' type='float'/>";
+    }
+    return "<source id='" + id + "'><float_array id='" + id + "a' count='" + std::to_string(count * stride) + "'>" +
+           numbers + "</float_array><technique_common><accessor source='#" + id + "a' count='" + std::to_string(count) +
+           "' stride='" + std::to_string(stride) + "'>" + params + "</accessor></technique_common></source>";
+}
+
+// Two Bezier keys at second 0 and 2. Control points are pairs of time and value.
+std::string bezier(const std::string& id, const std::string& target, unsigned stride, const std::string& values,
+                   const std::string& inTangents, const std::string& outTangents)
+{
+    return "<animation id='" + id + "'>" + numbersSource(id + "i", 1, "0 2", 2) +
+           numbersSource(id + "o", stride, values, 2) + numbersSource(id + "t", 2 * stride, inTangents, 2) +
+           numbersSource(id + "u", 2 * stride, outTangents, 2) + "<source id='" + id + "k'><Name_array id='" + id +
+           "ka' count='2'>BEZIER BEZIER</Name_array><technique_common><accessor source='#" + id +
+           "ka' count='2' stride='1'><param name='INTERPOLATION' type='Name'/></accessor></technique_common></source>"
+           "<sampler id='" +
+           id + "s'><input semantic='INPUT' source='#" + id + "i'/><input semantic='OUTPUT' source='#" + id +
+           "o'/><input semantic='IN_TANGENT' source='#" + id + "t'/><input semantic='OUT_TANGENT' source='#" + id +
+           "u'/><input semantic='INTERPOLATION' source='#" + id + "k'/></sampler><channel source='#" + id +
+           "s' target='" + target + "'/></animation>";
+}
+
+const std::string glide =
+    bezier("g", "a/place", 3, "0 0 0 6 0 8", "0 0 0 0 0 0 0 5 0 0 0 8", "0 2 0 3 0 0 0 0 0 0 0 0");
+
+TEST(ConvertTest, BezierMotionIsACubicOfItsTwoKeys)
+{
+    // The slope at a key is three times the way to its control point, in 2 seconds: 3 (2 - 0) / 2 and 3 (3 - 0) / 2 at the
+    // first one, 3 (6 - 5) / 2 and 3 (8 - 8) / 2 at the second one.
+    const ConvertedDocument converted(
+        triangle + ("<library_animations>" + glide + "</library_animations>") +
+        scene("<node id='a'><translate sid='place'>0 0 0</translate><instance_geometry url='#plate'/></node>"));
+    const auto& sampler = converted.json["animations"][0]["samplers"][0];
+    EXPECT_EQ("CUBICSPLINE", sampler["interpolation"]);
+    const std::vector<double> times = converted.numbers(sampler["input"]);
+    const std::vector<double> values = converted.numbers(sampler["output"]);
+    ASSERT_EQ((std::vector<double>{0, 2}), times);
+    const std::vector<double> expected{0, 0, 0, 3, 4.5, 0, 1.5, 0, 0, 6, 0, 8};
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        EXPECT_NEAR(expected[i], values[3 + i], 2e-3) << "value " << i;
+    }
+}
+
+// The product of the library's matrices of a node and all above it at a time, row by row.
+libMath::Matrix<float, 4, 4> worldAt(libVideo::Node& node, double time)
+{
+    const libMath::Matrix<float, 4, 4> local = node.transform(time);
+    return node.parent() ? worldAt(*node.parent(), time) * local : local;
+}
+
+TEST(ConvertTest, WorldMatricesAreTheLibrarysAtAllTimes)
+{
+    const std::string body =
+        triangle +
+        ("<library_animations>" + glide + bezier("r", "b/turn", 1, "10 700", "0 0 0 690", "0 60 0 0") +
+         bezier("z", "c/size", 3, "1 1 1 2 0.5 3", "0 1 0 1 0 1 0 2 0 1 0 3", "0 1 0 2 0 1 0 1 0 1 0 1") +
+         "</library_animations>") +
+        scene("<node id='a'><translate sid='place'>0 0 0</translate><rotate>0 1 0 30</rotate>"
+              "<node id='b'><translate>0 3 0</translate><rotate sid='turn'>1 2 2 10</rotate><node id='c'>"
+              "<scale sid='size'>1 1 1</scale><instance_geometry url='#plate'/></node></node></node>");
+    const testSupport::TemporaryFile document(testSupport::ColladaBuilder(body).text());
+    libVideo::Scene loaded;
+    ASSERT_TRUE(loaded.createFromCollada(document.path().c_str()));
+    vesk::Array<libVideo::NodeLink> nodes = loaded.visualScene().root().children();
+    for (unsigned i = 0; i < nodes.size(); ++i) {
+        nodes.appendArray(nodes[i]->children());
+    }
+    ConvertedDocument converted(body);
+    ASSERT_EQ(3U, nodes.size());
+    ASSERT_EQ(3U, converted.json["nodes"].size());
+    for (unsigned step = 0; step < 100; ++step) {
+        const double time = 2.0 * step / 100;
+        converted.moveTo(time);
+        for (unsigned i = 0; i < nodes.size(); ++i) {
+            const libMath::Matrix<float, 4, 4> expected = worldAt(*nodes[i], time);
+            const std::vector<double> world = converted.world(i);
+            for (unsigned k = 0; k < 16; ++k) {
+                EXPECT_NEAR(double(expected[k]), world[k], 0.01)
+                    << "element " << k << " of node " << i << " at " << time;
+            }
+        }
+    }
+}
+
 TEST(ConvertTest, CameraHasItsAnglesAndPlanes)
 {
     // The cotangent of 45 degrees is 1: a vertical angle of 90 degrees, and twice the tangent across.
@@ -321,6 +415,32 @@ TEST(ConvertTest, ResultThatIsTooLargeIsNotWritten)
     EXPECT_EQ(1, converted.status);
     EXPECT_FALSE(converted.isWritten);
     EXPECT_NE(std::string::npos, converted.errors.find("1048576 bytes"));
+}
+
+TEST(ConvertTest, MaterialAsLoadedThatSaysNoTransparencyIsOpaque)
+{
+    const ConvertedDocument converted(triangle + material("<phong><diffuse><color>1 1 1 1</color></diffuse></phong>") +
+                                      scene(painted));
+    const auto& result = converted.json["materials"][0];
+    EXPECT_EQ(1.0, result["pbrMetallicRoughness"]["baseColorFactor"][3].get<double>());
+    EXPECT_FALSE(result.contains("alphaMode"));
+}
+
+TEST(ConvertTest, CheckSaysWhatGltfCannotHold)
+{
+    const testSupport::TemporaryFile document(
+        testSupport::ColladaBuilder(
+            triangle +
+            material(
+                "<phong><emission><color>0 0 0 1</color></emission><ambient><color>1 0 0 1</color></ambient><diffuse>"
+                "<color>1 1 1 1</color></diffuse><specular><color>0 0 0 1</color></specular></phong>") +
+            scene(painted))
+            .text());
+    const std::string plain = testSupport::runProcess({SCENETOOL_PROGRAM, "check", document.path()}).output;
+    const auto result = testSupport::runProcess({SCENETOOL_PROGRAM, "check", "--gltf", document.path()});
+    EXPECT_EQ(1, result.status);
+    EXPECT_EQ(std::string::npos, plain.find("glTF"));
+    EXPECT_NE(std::string::npos, result.output.find("In glTF: ")) << result.output;
 }
 
 TEST(ConvertTest, NameThatSaysNoFormatIsRefused)

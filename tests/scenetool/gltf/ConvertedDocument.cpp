@@ -7,10 +7,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <numeric>
 
 namespace testSupport {
 
@@ -155,6 +157,49 @@ std::vector<double> ConvertedDocument::world(std::size_t node) const
         }
     }
     return {result.begin(), result.end()};
+}
+
+void ConvertedDocument::moveTo(double time)
+{
+    const nlohmann::json& animation = json["animations"][0];
+    for (const nlohmann::json& channel : animation["channels"]) {
+        const nlohmann::json& sampler = animation["samplers"][channel["sampler"].get<std::size_t>()];
+        const std::vector<double> times = numbers(sampler["input"]);
+        const std::vector<double> values = numbers(sampler["output"]);
+        const std::string path = channel["target"]["path"].get<std::string>();
+        const bool isCubic = sampler["interpolation"] == "CUBICSPLINE";
+        const std::size_t size = path == "rotation" ? 4 : 3;
+        const std::size_t after = std::size_t(std::upper_bound(times.begin(), times.end(), time) - times.begin());
+        const std::size_t second = std::clamp<std::size_t>(after, 1, times.size() - 1);
+        const double length = times[second] - times[second - 1];
+        const double share = std::clamp((time - times[second - 1]) / length, 0.0, 1.0);
+        // Where a part of a key starts: of a cubic, each key has the slope before, the value and the slope after.
+        const auto part = [&](std::size_t key, std::size_t which) {
+            return values.data() + (isCubic ? 3 * key + which : key) * size;
+        };
+        const double* const a = part(second - 1, 1);
+        const double* const b = part(second, 1);
+        std::vector<double> result(size);
+        for (std::size_t i = 0; i < size; ++i) {
+            const double s = share;
+            result[i] = isCubic ? (2 * s * s * s - 3 * s * s + 1) * a[i] + (3 * s * s - 2 * s * s * s) * b[i] +
+                                      length * (s * s * s - 2 * s * s + s) * part(second - 1, 2)[i] +
+                                      length * (s * s * s - s * s) * part(second, 0)[i]
+                                : (1 - s) * a[i] + s * b[i];
+        }
+        if (path == "rotation") { // along the great circle, by the short way
+            const double cosine = std::inner_product(a, a + 4, b, 0.0);
+            const double angle = std::acos(std::min(1.0, std::fabs(cosine)));
+            if (angle > 1e-9) {
+                for (std::size_t i = 0; i < 4; ++i) {
+                    result[i] = (std::sin((1 - share) * angle) * a[i] +
+                                 std::copysign(1.0, cosine) * std::sin(share * angle) * b[i]) /
+                                std::sin(angle);
+                }
+            }
+        }
+        json["nodes"][channel["target"]["node"].get<std::size_t>()][path] = result;
+    }
 }
 
 std::string onePixelPng()

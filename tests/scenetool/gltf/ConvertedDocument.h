@@ -22,6 +22,8 @@ struct ConvertedDocument {
     std::string view(std::size_t index) const;
     /// The product of the transforms of a node and of all above it, row by row.
     std::vector<double> world(std::size_t node) const;
+    /// Gives all nodes the transforms that the first animation has at a time in seconds.
+    void moveTo(double time);
 
     int status = 0;
     bool isWritten = false;

@@ -10,6 +10,9 @@ namespace scenetool {
 /// What a conversion changes or leaves out, counted by kind.
 class ConversionNotes {
 public:
+    /// The kind that loses nothing: images in another format.
+    static constexpr const char* imageFormat = "image format";
+
     struct Note {
         std::string text;      ///< One sentence about the kind.
         std::size_t count = 0; ///< How often it was met.

@@ -4,7 +4,8 @@
 #include <array>
 #include <cmath>
 #include <functional>
-#include <limits>
+#include <iterator>
+#include <numeric>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -17,6 +18,7 @@ using Json = GltfDocument::Json;
 
 constexpr std::size_t mostSamples = 20000;     // of one node
 constexpr std::size_t mostFirstSamples = 5000; // before bends are looked for
+constexpr std::size_t mostSpan = 512;          // samples between two keys; bounds the time of long straight lines
 constexpr double shortestStep = 1.0 / 4096;    // seconds; a jump becomes a slope of this length
 
 struct Sample {
@@ -83,6 +85,31 @@ double errorOf(const Path& path, const Sample& a, const Sample& b, const Sample&
     return path.isRotation ? std::min(same, turned) : same;
 }
 
+// A key of a cubic: its value, and the slopes on both sides in units per second.
+struct CubicKey {
+    using Values = std::array<double, 3>;
+
+    double time = 0;
+    Values value{};
+    Values slopeBefore{};
+    Values slopeAfter{};
+};
+
+// The weights of both values and both slopes of a cubic at a share of the time between its keys.
+struct CubicWeights {
+    explicit CubicWeights(double share, double length)
+        : first((1 + 2 * share) * (1 - share) * (1 - share)),
+          firstSlope(share * (1 - share) * (1 - share) * length),
+          second(share * share * (3 - 2 * share)),
+          secondSlope(share * share * (share - 1) * length)
+    {}
+
+    double first;
+    double firstSlope;
+    double second;
+    double secondSlope;
+};
+
 // Samples one node.
 class NodeMotion {
 public:
@@ -121,13 +148,29 @@ public:
             return {};
         }
         std::vector<const Sample*> result{&m_samples.front()};
-        std::size_t from = 0;
-        while (from + 1 < m_samples.size()) {
-            std::size_t to = from + 1;
-            while (to + 1 < m_samples.size() && isStraight(path, from, to + 1, allowed)) {
-                ++to;
-            }
-            result.push_back(&m_samples[to]);
+        for (std::size_t from = 0; from + 1 < m_samples.size();) {
+            from = reach(from, [&](std::size_t to) { return isStraight(path, from, to, allowed); });
+            result.push_back(&m_samples[from]);
+        }
+        return result;
+    }
+
+    // As `keys`, of cubics between them; not for rotations, whose cubics players have to make to unit length again.
+    std::vector<CubicKey> cubicKeys(const Path& path) const
+    {
+        const double allowed = tolerance(path);
+        std::vector<CubicKey> result{keyAt(path, 0)};
+        for (std::size_t from = 0; from + 1 < m_samples.size();) {
+            CubicKey first = result.back();
+            CubicKey second;
+            const std::size_t to = reach(from, [&](std::size_t end) {
+                second = keyAt(path, end);
+                return fitCubic(path, from, end, allowed, first, second);
+            });
+            second = keyAt(path, to);
+            fitCubic(path, from, to, allowed, first, second);
+            result.back() = first;
+            result.push_back(second);
             from = to;
         }
         return result;
@@ -136,6 +179,94 @@ public:
     bool isSheared() const { return m_isSheared; }
 
 private:
+    // The last sample to which one piece of a curve reaches from a sample: steps double while they fit, then halve.
+    template <class Fits>
+    std::size_t reach(std::size_t from, Fits fits) const
+    {
+        const std::size_t last = std::min(m_samples.size() - 1, from + mostSpan);
+        std::size_t reached = from + 1;
+        std::size_t missed = last + 1;
+        for (std::size_t step = 2; reached < last && missed > last; step *= 2) {
+            const std::size_t to = std::min(last, from + step);
+            if (fits(to)) {
+                reached = to;
+            } else {
+                missed = to;
+            }
+        }
+        while (reached + 1 < missed) {
+            const std::size_t middle = (reached + missed) / 2;
+            if (fits(middle)) {
+                reached = middle;
+            } else {
+                missed = middle;
+            }
+        }
+        return reached;
+    }
+
+    CubicKey keyAt(const Path& path, std::size_t index) const
+    {
+        CubicKey key;
+        key.time = m_samples[index].time;
+        std::copy_n(path.values(m_samples[index].trs), path.components, key.value.begin());
+        return key;
+    }
+
+    // Gives two keys the slopes that fit the samples between them best. @return whether that is within the tolerance
+    bool fitCubic(const Path& path, std::size_t from, std::size_t to, double allowed, CubicKey& first,
+                  CubicKey& second) const
+    {
+        const double length = second.time - first.time;
+        double a = 0; // of the normal equations, which are the same for all components but for the right side
+        double b = 0;
+        double c = 0;
+        CubicKey::Values right{};
+        CubicKey::Values otherRight{};
+        for (std::size_t i = from + 1; i < to; ++i) {
+            const CubicWeights weights((m_samples[i].time - first.time) / length, length);
+            a += weights.firstSlope * weights.firstSlope;
+            b += weights.firstSlope * weights.secondSlope;
+            c += weights.secondSlope * weights.secondSlope;
+            for (std::size_t k = 0; k < path.components; ++k) {
+                const double rest = static_cast<double>(path.values(m_samples[i].trs)[k]) -
+                                    weights.first * first.value[k] - weights.second * second.value[k];
+                right[k] += weights.firstSlope * rest;
+                otherRight[k] += weights.secondSlope * rest;
+            }
+        }
+        const double determinant = a * c - b * b;
+        const bool isDetermined = to - from > 2 && determinant > 1e-12 * a * c;
+        for (std::size_t k = 0; k < path.components; ++k) {
+            if (isDetermined) {
+                first.slopeAfter[k] = (right[k] * c - otherRight[k] * b) / determinant;
+                second.slopeBefore[k] = (otherRight[k] * a - right[k] * b) / determinant;
+                continue;
+            }
+            // A straight line, or the parabola through one sample.
+            const double way = second.value[k] - first.value[k];
+            double bend = 0;
+            if (to - from == 2) {
+                const double share = (m_samples[from + 1].time - first.time) / length;
+                const double middle = static_cast<double>(path.values(m_samples[from + 1].trs)[k]);
+                bend = (way * share - (middle - first.value[k])) / (share - share * share);
+            }
+            first.slopeAfter[k] = (way - bend) / length;
+            second.slopeBefore[k] = (way + bend) / length;
+        }
+        for (std::size_t i = from + 1; i < to; ++i) {
+            const CubicWeights weights((m_samples[i].time - first.time) / length, length);
+            for (std::size_t k = 0; k < path.components; ++k) {
+                const double shown = weights.first * first.value[k] + weights.firstSlope * first.slopeAfter[k] +
+                                     weights.second * second.value[k] + weights.secondSlope * second.slopeBefore[k];
+                if (!(std::fabs(shown - static_cast<double>(path.values(m_samples[i].trs)[k])) <= allowed)) {
+                    return false;
+                }
+            }
+        }
+        return true;
+    }
+
     Sample at(double time)
     {
         const Matrix4& matrix = m_node->transform(time);
@@ -160,10 +291,6 @@ private:
 
     bool isStraight(const Path& path, std::size_t from, std::size_t to, double allowed) const
     {
-        constexpr std::size_t mostSpan = 512; // bounds the time of long straight lines
-        if (to - from > mostSpan) {
-            return false;
-        }
         for (std::size_t i = from + 1; i < to; ++i) {
             if (errorOf(path, m_samples[from], m_samples[to], m_samples[i]) > allowed) {
                 return false;
@@ -203,6 +330,56 @@ private:
     bool m_isSheared = false;
 };
 
+// The numbers of a sampler.
+struct Curve {
+    // @return whether the time is later than the last one in single precision
+    bool add(double time)
+    {
+        const float rounded = static_cast<float>(time);
+        const bool isLater = times.empty() || rounded > times.back();
+        if (isLater) {
+            times.push_back(rounded);
+        }
+        return isLater;
+    }
+
+    std::vector<float> times;
+    std::vector<float> values;
+};
+
+Curve curveOf(const Path& path, const std::vector<const Sample*>& keys)
+{
+    Curve curve;
+    for (const Sample* const key : keys) {
+        if (!curve.add(key->time)) {
+            continue;
+        }
+        const float* const part = path.values(key->trs);
+        float sign = 1.0f;
+        if (path.isRotation && !curve.values.empty()) { // the short way from the key before
+            const float cosine = std::inner_product(part, part + path.components,
+                                                    curve.values.end() - std::ptrdiff_t(path.components), 0.0f);
+            sign = cosine < 0.0f ? -1.0f : 1.0f;
+        }
+        std::transform(part, part + path.components, std::back_inserter(curve.values),
+                       [sign](float value) { return sign * value; });
+    }
+    return curve;
+}
+
+Curve curveOf(const Path& path, const std::vector<CubicKey>& keys)
+{
+    Curve curve;
+    for (const CubicKey& key : keys) {
+        if (curve.add(key.time)) {
+            for (const CubicKey::Values& values : {key.slopeBefore, key.value, key.slopeAfter}) {
+                std::copy_n(values.begin(), path.components, std::back_inserter(curve.values));
+            }
+        }
+    }
+    return curve;
+}
+
 } // namespace
 
 void addAnimations(LoadedScene& loaded, const GltfOptions& options, GltfDocument& document, const GltfNodes& nodes,
@@ -233,31 +410,16 @@ void addAnimations(LoadedScene& loaded, const GltfOptions& options, GltfDocument
             if (keys.empty()) {
                 continue;
             }
-            std::vector<float> times;
-            std::vector<float> values;
-            for (const Sample* const key : keys) {
-                const float time = static_cast<float>(key->time);
-                if (!times.empty() && !(time > times.back())) {
-                    continue; // too near for single precision
-                }
-                times.push_back(time);
-                const float* const part = path.values(key->trs);
-                float sign = 1.0f;
-                if (path.isRotation && values.size() >= 4) { // the short way from the key before
-                    float cosine = 0.0f;
-                    for (std::size_t c = 0; c < 4; ++c) {
-                        cosine += part[c] * values[values.size() - 4 + c];
-                    }
-                    sign = cosine < 0.0f ? -1.0f : 1.0f;
-                }
-                for (std::size_t c = 0; c < path.components; ++c) {
-                    values.push_back(sign * part[c]);
-                }
-            }
-            const std::size_t input = document.addNumbers(times, "SCALAR", 1, true);
-            const std::size_t output = document.addNumbers(values, path.type, path.components, false);
+            // A cubic key has two slopes beside its value, and there are two keys at least.
+            const bool mayBeCubic = !path.isRotation && keys.size() > 6;
+            const std::vector<CubicKey> cubics = mayBeCubic ? motion.cubicKeys(path) : std::vector<CubicKey>();
+            const bool isCubic = mayBeCubic && 3 * cubics.size() < keys.size();
+            const Curve curve = isCubic ? curveOf(path, cubics) : curveOf(path, keys);
+            const std::size_t input = document.addNumbers(curve.times, "SCALAR", 1, true);
+            const std::size_t output = document.addNumbers(curve.values, path.type, path.components, false);
             channels.push_back({{"sampler", samplers.size()}, {"target", {{"node", i}, {"path", path.name}}}});
-            samplers.push_back({{"input", input}, {"output", output}, {"interpolation", "LINEAR"}});
+            samplers.push_back(
+                {{"input", input}, {"output", output}, {"interpolation", isCubic ? "CUBICSPLINE" : "LINEAR"}});
         }
     }
     if (!channels.empty()) {

@@ -12,7 +12,7 @@ GltfDocument gltfOf(LoadedScene& loaded, const GltfOptions& options, ConversionN
 {
     GltfDocument document(options.mostBytes);
     GltfImages images(document, notes, options.documentFiles);
-    GltfMaterials materials(loaded, document, images, notes);
+    GltfMaterials materials(loaded, options.isPrepared, document, images, notes);
     GltfMeshes meshes(document, materials, notes);
     GltfNodes nodes(loaded, options, document, meshes, notes);
     nodes.add();

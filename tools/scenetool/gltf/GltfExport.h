@@ -17,9 +17,10 @@ struct GltfOptions {
     std::vector<std::string>
         documentFiles; ///< References to images count from the first of these beside which they lead to a file.
     std::vector<libPrepare::Approximation> approximations; ///< What stands for something that glTF has.
-    double sampleRate = 60.0;                              ///< Keys a second that an animation is looked at first.
-    double tolerance = 1e-4;                               ///< Largest error of an animation, relative to its size.
-    std::uint64_t mostBytes = std::uint64_t(1) << 30U;     ///< Of binary data.
+    bool isPrepared = true;   ///< Otherwise a transparency of 0 may as well be one that the document does not give.
+    double sampleRate = 60.0; ///< Keys a second that an animation is looked at first.
+    double tolerance = 1e-4;  ///< Largest error of an animation, relative to its size.
+    std::uint64_t mostBytes = std::uint64_t(1) << 30U; ///< Of binary data.
 };
 
 /// The scene as glTF 2.0: one node a node, one mesh a geometry, from what the library delivers and nothing else. The scene is

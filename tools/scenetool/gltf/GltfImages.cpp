@@ -111,7 +111,7 @@ std::optional<GltfImages::Entry> GltfImages::read(const std::string& file)
             return std::nullopt;
         }
         view = m_document->addView(bytes.data(), bytes.size(), GltfDocument::none);
-        m_notes->add("image format", "Images of other formats are turned into PNG.");
+        m_notes->add(ConversionNotes::imageFormat, "Images of other formats are turned into PNG.");
     }
     entry.image = m_document->add("images", {{"bufferView", view},
                                              {"mimeType", isJpeg ? "image/jpeg" : "image/png"},

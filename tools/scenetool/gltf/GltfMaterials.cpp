@@ -79,7 +79,8 @@ std::size_t GltfMaterials::material(const std::string& symbol)
 
 Json GltfMaterials::converted(const libVideo::BlinnMaterial::Component& values, const std::string& symbol)
 {
-    const float opacity = limited(values.transparency);
+    const bool isGiven = m_isPrepared || values.transparency != 0.0f;
+    const float opacity = isGiven ? limited(values.transparency) : 1.0f;
     const bool emitsOnly = isBlack(values.diffuse) && !values.diffuseTexture && isBlack(values.specular) &&
                            !values.specularTexture && (!isBlack(values.emission) || values.emissionTexture);
     Json base;

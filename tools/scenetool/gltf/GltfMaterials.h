@@ -18,8 +18,10 @@ float linearOf(float intensity);
 /// becomes an unlit one. Opacity below 1 blends; a diffuse image with alpha cuts out.
 class GltfMaterials {
 public:
-    GltfMaterials(const LoadedScene& loaded, GltfDocument& document, GltfImages& images, ConversionNotes& notes)
-        : m_loaded(&loaded), m_document(&document), m_images(&images), m_notes(&notes)
+    /// @param isPrepared whether a transparency of 0 is the document's, and not one that it does not give
+    GltfMaterials(const LoadedScene& loaded, bool isPrepared, GltfDocument& document, GltfImages& images,
+                  ConversionNotes& notes)
+        : m_loaded(&loaded), m_isPrepared(isPrepared), m_document(&document), m_images(&images), m_notes(&notes)
     {}
 
     /// The material for a symbol that primitives name; white for one that the scene does not bind. @return its index
@@ -30,6 +32,7 @@ private:
     GltfDocument::Json texture(const libVideo::SharedHandle<libVideo::Texture>& shown, bool* hasAlpha = nullptr);
 
     const LoadedScene* m_loaded;
+    bool m_isPrepared;
     GltfDocument* m_document;
     GltfImages* m_images;
     ConversionNotes* m_notes;
