@@ -739,6 +739,22 @@ TEST(RenderTest, DocumentThatLightsNothingGetsALightAndALine)
     expectPixel(studio.picture({"--lights", "document"}), 0.5, 0.5, {0, 0, 0}, 0, "dark if the document alone counts");
 }
 
+// An ambient light that no material reflects lights nothing.
+TEST(RenderTest, AmbientLightThatShowsNowhereLeavesAllToTheEye)
+{
+    const Material wall = {"wall", {0, 0.5, 0}};
+    ColladaBuilder builder(wall.xml() + square("square", "wall") + camera("eye") +
+                           "<library_lights><light id='all'><technique_common><ambient><color>1 1 1</color></ambient>"
+                           "</technique_common></light></library_lights>");
+    builder.addScene("<node id='a'><translate>0 0 0</translate>" + shown("square", {wall}) + "</node>" +
+                     cameraNode("eye", "0 0 2") +
+                     "<node id='l'><translate>0 0 0</translate><instance_light url='#all'/></node>");
+    const Studio studio(builder.text());
+    const ProcessResult result = scenetool({"render", studio.document(), "-o", studio.output(), "--size", "120x120"});
+    EXPECT_TRUE(contains(result.errors, "lights nothing")) << result.errors;
+    expectPixel(readPng(studio.output()), 0.5, 0.5, {0, 128, 0}, 2, "lit from the eye");
+}
+
 // A cube lit from above: its front is dark but for a light of the viewer.
 TEST(RenderTest, LightsAreThoseThatAreChosen)
 {

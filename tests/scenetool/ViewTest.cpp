@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -86,6 +87,58 @@ void expectSame(const Image& a, const Image& b, const std::string& what)
     EXPECT_LT(difference(a, b).mean, 0.5) << what;
     EXPECT_LT(difference(a, b).strayPart, 0.005) << what;
 }
+
+// A square that glows in one color and fills the view.
+std::string glowingSquare(const std::string& color)
+{
+    ColladaBuilder builder(
+        "<library_cameras><camera id='eye'><optics><technique_common><perspective><yfov>60</yfov><znear>0.1</znear>"
+        "<zfar>10</zfar></perspective></technique_common></optics></camera></library_cameras><library_effects>"
+        "<effect id='e'><profile_COMMON><technique sid='t'><constant><emission><color>" +
+        color +
+        " 1</color></emission></constant></technique></profile_COMMON></effect></library_effects><library_materials>"
+        "<material id='m'><instance_effect url='#e'/></material></library_materials><library_geometries>"
+        "<geometry id='g'><mesh><source id='p'><float_array id='pa' count='9'>-9 -9 0 9 -9 0 0 9 0</float_array>"
+        "<technique_common><accessor source='#pa' count='3' stride='3'><param name='X' type='float'/>"
+        "<param name='Y' type='float'/><param name='Z' type='float'/></accessor></technique_common></source>"
+        "<vertices id='v'><input semantic='POSITION' source='#p'/></vertices><triangles material='m' count='1'>"
+        "<input semantic='VERTEX' source='#v' offset='0'/><p>0 1 2</p></triangles></mesh></geometry>"
+        "</library_geometries>");
+    builder.addScene("<node id='n'><translate>0 0 -2</translate><instance_geometry url='#g'><bind_material>"
+                     "<technique_common><instance_material symbol='m' target='#m'/></technique_common></bind_material>"
+                     "</instance_geometry></node><node id='c'><translate>0 0 0</translate>"
+                     "<instance_camera url='#eye'/></node>");
+    return builder.text();
+}
+
+void write(const std::filesystem::path& path, const std::string& text)
+{
+    std::ofstream file(path, std::ios::binary);
+    file << text;
+    ASSERT_TRUE(file.flush());
+}
+
+// A folder of documents, and a window that begins with one of them.
+class FolderSession {
+public:
+    FolderSession() : m_place("", "note.txt") {}
+
+    std::filesystem::path path(const std::string& name) const { return m_place.folder() / name; }
+    void add(const std::string& name, const std::string& color) const { write(path(name), glowingSquare(color)); }
+    ProcessResult view(const std::string& document, const Words& actions) const
+    {
+        Words arguments = {"/usr/bin/env",         "-C", m_place.folder().string(), VIEW_SESSION, SCENETOOL_PROGRAM,
+                           path(document).string()};
+        arguments.insert(arguments.end(), actions.begin(), actions.end());
+        arguments.emplace_back("key q");
+        return run(arguments);
+    }
+    std::string waitFor(const std::string& picture) const { return "wait " + path(picture).string(); }
+    Pixel middleOf(const std::string& picture) const { return readPng(path(picture).string()).part(0.5, 0.5); }
+
+private:
+    TemporaryFile m_place;
+};
 
 int litPixels(const Image& image)
 {
@@ -190,6 +243,36 @@ TEST(ViewTest, NumbersLookThroughTheirCameras)
     EXPECT_GT(difference(session.picture(1), session.picture(2)).mean, 1.0);
     expectSame(session.picture(3), session.picture(1), "the first camera");
     expectSame(session.picture(4), session.picture(1), "there is no second");
+}
+
+TEST(ViewTest, NAndBGoThroughTheFolderAndAroundItsEnds)
+{
+    const FolderSession session;
+    session.add("a.dae", "1 0 0");
+    session.add("b.dae", "0 1 0");
+    session.add("c.dae", "0 0 1");
+    const ProcessResult result =
+        session.view("a.dae", {"key n", "key p", session.waitFor("b-1.png"), "key b", "key b", "key p",
+                               session.waitFor("c-1.png"), "key n", "key p", session.waitFor("a-1.png")});
+    EXPECT_EQ(result.status, succeeded) << result.errors;
+    EXPECT_EQ(session.middleOf("b-1.png"), (Pixel{0, 255, 0}));
+    EXPECT_EQ(session.middleOf("c-1.png"), (Pixel{0, 0, 255}));
+    EXPECT_EQ(session.middleOf("a-1.png"), (Pixel{255, 0, 0}));
+}
+
+// The viewer looks at the file twice a second, before it waits for the next key: the second picture comes after a look.
+TEST(ViewTest, DocumentThatChangesIsShownAnew)
+{
+    const FolderSession session;
+    session.add("a.dae", "1 0 0");
+    session.add("new.txt", "0 1 0");
+    const ProcessResult result =
+        session.view("a.dae", {"key p", session.waitFor("a-1.png"),
+                               "copy " + session.path("new.txt").string() + " " + session.path("a.dae").string(),
+                               "sleep 1.5", "key p", session.waitFor("a-2.png"), "key p", session.waitFor("a-3.png")});
+    EXPECT_EQ(result.status, succeeded) << result.errors;
+    EXPECT_EQ(session.middleOf("a-1.png"), (Pixel{255, 0, 0}));
+    EXPECT_EQ(session.middleOf("a-3.png"), (Pixel{0, 255, 0}));
 }
 
 TEST(ViewTest, WithoutADisplayItIsOneLine)

@@ -39,7 +39,9 @@ PrepareCommand::PrepareCommand(CLI::App& app)
     m_command->add_option("-o,--output", m_out, "Where the result goes, whole or not at all")->required();
     m_command->add_flag("--report", m_showsReport, "Print what changed and what is lost, with lines and remedies");
     m_command->add_flag("--json", m_showsJson, "Print the report as one JSON object");
-    m_command->add_option("--time", m_options.time, "Time in seconds at which skins and morphs take their pose")
+    m_command
+        ->add_option("--time", m_options.time,
+                     "Time in seconds at which skins and morphs take their pose, lights and materials their values")
         ->check(finite)
         ->type_name("");
     const std::map<std::string, libPrepare::UpAxis> axes = {

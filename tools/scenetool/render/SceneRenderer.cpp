@@ -151,10 +151,15 @@ bool SceneRenderer::Material::isTransparent() const
     return opacity < 1.0f || (image != nullptr && image->hasAlpha) || textures[opacityChannel].stored != nullptr;
 }
 
+bool SceneRenderer::Material::isTextured() const
+{
+    return std::any_of(std::begin(textures), std::end(textures),
+                       [](const UsedTexture& texture) { return texture.stored != nullptr; });
+}
+
 SceneRenderer::SceneRenderer(const PictureDocument& document, Shortfalls& shortfalls)
     : m_document(&document),
       m_shortfalls(&shortfalls),
-      m_program(sceneShaders::vertex, sceneShaders::fragment),
       m_sky(skyVertexShader, skyFragmentShader),
       m_skyArray(newVertexArray()),
       m_lightBuffer(newBuffer()),
@@ -216,8 +221,19 @@ bool SceneRenderer::addMesh(libVideo::Primitive& primitive)
                      indices.getData(), GL_STATIC_DRAW);
     }
     mesh.material = material(primitive.material().data());
+    useProgram(mesh.material.isTextured());
     m_meshes.push_back(std::move(mesh));
     return true;
+}
+
+void SceneRenderer::useProgram(bool isTextured)
+{
+    std::optional<ShaderProgram>& program = m_programs[isTextured ? 1 : 0];
+    if (!program) {
+        program.emplace(sceneShaders::vertex, sceneShaders::fragment(isTextured).c_str());
+    }
+    m_program = &*program;
+    m_program->use();
 }
 
 SceneRenderer::Material SceneRenderer::material(const std::string& symbol)
@@ -259,6 +275,11 @@ SceneRenderer::Material SceneRenderer::material(const std::string& symbol)
     }
     result.shininess = values.shininess;
     if (m_document->isPrepared()) {
+        const std::array<float, 3> ambient = m_document->ambientLight();
+        for (unsigned i = 0; i < 3; ++i) {
+            m_isAmbientSeen =
+                m_isAmbientSeen || (ambient[i] > 0.0f && (values.ambient[i] > 0.0f || values.ambientTexture));
+        }
         if (values.ambientTexture || values.emissionTexture) {
             result.ambientLight = m_document->ambientLight();
         }
@@ -292,14 +313,13 @@ void SceneRenderer::addOpacityTexture(const std::string& symbol, Material& mater
     }
 }
 
-void SceneRenderer::setLights(const ScenePose& pose, const Viewpoint& viewpoint, LightChoice choice)
+std::size_t SceneRenderer::loadLights(const ScenePose& pose, const Viewpoint& viewpoint, LightChoice choice)
 {
     std::vector<PlacedLight> lights;
     if (choice != LightChoice::head) {
         lights = pose.lights();
     }
-    const std::array<float, 3> ambient = m_document->ambientLight();
-    const bool isDark = lights.empty() && ambient == std::array<float, 3>{};
+    const bool isDark = lights.empty() && !m_isAmbientSeen;
     if (choice == LightChoice::head || choice == LightChoice::both || (choice == LightChoice::automatic && isDark)) {
         if (choice == LightChoice::automatic) {
             m_shortfalls->add("the document lights nothing, so a light goes with the eye (--lights document leaves it "
@@ -331,8 +351,35 @@ void SceneRenderer::setLights(const ScenePose& pose, const Viewpoint& viewpoint,
     glActiveTexture(GL_TEXTURE0 + lightUnit);
     glBindTexture(GL_TEXTURE_BUFFER, m_lightTexture.name());
     glTexBuffer(GL_TEXTURE_BUFFER, GL_RGBA32F, m_lightBuffer.name());
-    glUniform1i(m_program.uniform("lights"), lightUnit);
-    glUniform1i(m_program.uniform("lightCount"), static_cast<GLint>(lights.size()));
+    return lights.size();
+}
+
+void SceneRenderer::setPicture(const Viewpoint& viewpoint, std::size_t lightCount)
+{
+    const Vector3& from = viewpoint.isFar ? viewpoint.towards : viewpoint.eye;
+    for (std::optional<ShaderProgram>& program : m_programs) {
+        if (!program) {
+            continue;
+        }
+        program->use();
+        const GLint units[textureCount] = {0, 1, 2, 3, 4};
+        glUniform1iv(program->uniform("textures"), textureCount, units);
+        glUniform4f(program->uniform("eye"), from[0], from[1], from[2], viewpoint.isFar ? 0.0f : 1.0f);
+        // Row by row, which OpenGL transposes.
+        glUniformMatrix4fv(program->uniform("clipFromWorld"), 1, GL_TRUE, elementsOf(viewpoint.clipFromWorld).data());
+        glUniform1i(program->uniform("lights"), lightUnit);
+        glUniform1i(program->uniform("lightCount"), static_cast<GLint>(lightCount));
+    }
+}
+
+void SceneRenderer::setFlat(bool isFlat)
+{
+    for (std::optional<ShaderProgram>& program : m_programs) {
+        if (program) {
+            program->use();
+            glUniform1i(program->uniform("isFlat"), isFlat ? 1 : 0);
+        }
+    }
 }
 
 // Matrices and material of an item, and its vertices.
@@ -340,28 +387,29 @@ void SceneRenderer::setItem(const ScenePose& pose, const Item& item)
 {
     const Mesh& mesh = m_meshes[item.mesh];
     const Matrix4& world = pose.world(item.node);
-    glUniformMatrix4fv(m_program.uniform("worldFromModel"), 1, GL_TRUE, elementsOf(world).data());
-    glUniformMatrix3fv(m_program.uniform("normalMatrix"), 1, GL_TRUE, normalMatrixOf(world).data());
+    useProgram(mesh.material.isTextured());
+    glUniformMatrix4fv(m_program->uniform("worldFromModel"), 1, GL_TRUE, elementsOf(world).data());
+    glUniformMatrix3fv(m_program->uniform("normalMatrix"), 1, GL_TRUE, normalMatrixOf(world).data());
     const Material& material = mesh.material;
     GLint hasTexture[textureCount] = {};
     for (unsigned i = 0; i < textureCount; ++i) {
         hasTexture[i] = material.textures[i].stored != nullptr ? 1 : 0;
         material.textures[i].bind(i);
     }
-    glUniform1iv(m_program.uniform("hasTexture"), textureCount, hasTexture);
-    glUniform3fv(m_program.uniform("colors"), channelCount, &material.colors[0][0]);
-    glUniform1f(m_program.uniform("shininess"), material.shininess);
-    glUniform1f(m_program.uniform("opacity"), material.opacity);
-    glUniform1f(m_program.uniform("opacityFactor"), material.opacityFactor);
-    glUniform1i(m_program.uniform("isOpacityByColor"), material.isOpacityByColor ? 1 : 0);
-    glUniform1i(m_program.uniform("isOpacityInverted"), material.isOpacityInverted ? 1 : 0);
-    glUniform3fv(m_program.uniform("ambientLight"), 1, material.ambientLight.data());
-    glUniform1i(m_program.uniform("isAmbientDiffuse"), material.isAmbientDiffuse ? 1 : 0);
-    glUniform1i(m_program.uniform("hasNormal"), mesh.hasNormal ? 1 : 0);
-    glUniform1i(m_program.uniform("isTwoSided"), mesh.isTwoSided ? 1 : 0);
+    glUniform1iv(m_program->uniform("hasTexture"), textureCount, hasTexture);
+    glUniform3fv(m_program->uniform("colors"), channelCount, &material.colors[0][0]);
+    glUniform1f(m_program->uniform("shininess"), material.shininess);
+    glUniform1f(m_program->uniform("opacity"), material.opacity);
+    glUniform1f(m_program->uniform("opacityFactor"), material.opacityFactor);
+    glUniform1i(m_program->uniform("isOpacityByColor"), material.isOpacityByColor ? 1 : 0);
+    glUniform1i(m_program->uniform("isOpacityInverted"), material.isOpacityInverted ? 1 : 0);
+    glUniform3fv(m_program->uniform("ambientLight"), 1, material.ambientLight.data());
+    glUniform1i(m_program->uniform("isAmbientDiffuse"), material.isAmbientDiffuse ? 1 : 0);
+    glUniform1i(m_program->uniform("hasNormal"), mesh.hasNormal ? 1 : 0);
+    glUniform1i(m_program->uniform("isTwoSided"), mesh.isTwoSided ? 1 : 0);
     glFrontFace(determinantOf(world) < 0.0f ? GL_CW : GL_CCW); // a mirrored object has its faces the other way round
-    glUniform1i(m_program.uniform("isPoints"), mesh.isPoints ? 1 : 0);
-    glUniform1i(m_program.uniform("hasColor"), mesh.hasColor ? 1 : 0);
+    glUniform1i(m_program->uniform("isPoints"), mesh.isPoints ? 1 : 0);
+    glUniform1i(m_program->uniform("hasColor"), mesh.hasColor ? 1 : 0);
     glBindVertexArray(mesh.vertexArray.name());
 }
 
@@ -501,15 +549,8 @@ bool SceneRenderer::draw(const ScenePose& pose, const Viewpoint& viewpoint, cons
     glEnable(GL_DEPTH_TEST);
     glDepthFunc(GL_LEQUAL);
     glPointSize(pointSize);
-    m_program.use();
-    const GLint units[textureCount] = {0, 1, 2, 3, 4};
-    glUniform1iv(m_program.uniform("textures"), textureCount, units);
-    const Vector3& from = viewpoint.isFar ? viewpoint.towards : viewpoint.eye;
-    glUniform4f(m_program.uniform("eye"), from[0], from[1], from[2], viewpoint.isFar ? 0.0f : 1.0f);
-    glUniform1i(m_program.uniform("isFlat"), 0);
-    // Row by row, which OpenGL transposes.
-    glUniformMatrix4fv(m_program.uniform("clipFromWorld"), 1, GL_TRUE, elementsOf(viewpoint.clipFromWorld).data());
-    setLights(pose, viewpoint, options.lights);
+    setPicture(viewpoint, loadLights(pose, viewpoint, options.lights));
+    setFlat(false);
     const GlObject query = newQuery();
     glBeginQuery(GL_ANY_SAMPLES_PASSED, query.name());
     if (options.faces == Faces::wires) {
@@ -525,7 +566,7 @@ bool SceneRenderer::draw(const ScenePose& pose, const Viewpoint& viewpoint, cons
     }
     glEndQuery(GL_ANY_SAMPLES_PASSED);
     if (options.faces == Faces::outlined) {
-        glUniform1i(m_program.uniform("isFlat"), 1);
+        setFlat(true);
         drawWires(pose);
     }
     GLuint isSeen = 0;

@@ -9,6 +9,7 @@
 #include "Viewpoint.h"
 
 #include <array>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -72,6 +73,7 @@ private:
         std::array<float, 3> ambientLight{}; ///< as far as it is not in the emission
 
         bool isTransparent() const;
+        bool isTextured() const;
     };
     struct Mesh {
         GlObject vertexArray;
@@ -100,7 +102,12 @@ private:
     bool addMesh(libVideo::Primitive& primitive);
     Material material(const std::string& symbol);
     void addOpacityTexture(const std::string& symbol, Material& material);
-    void setLights(const ScenePose& pose, const Viewpoint& viewpoint, LightChoice choice);
+    void useProgram(bool isTextured);
+    /// Puts the lights into their buffer. @return how many there are
+    std::size_t loadLights(const ScenePose& pose, const Viewpoint& viewpoint, LightChoice choice);
+    /// Sets what all items of a picture share, in all programs.
+    void setPicture(const Viewpoint& viewpoint, std::size_t lightCount);
+    void setFlat(bool isFlat);
     void setItem(const ScenePose& pose, const Item& item);
     void drawFilled(const ScenePose& pose, const Viewpoint& viewpoint);
     void drawWires(const ScenePose& pose);
@@ -111,7 +118,9 @@ private:
 
     const PictureDocument* m_document;
     Shortfalls* m_shortfalls;
-    ShaderProgram m_program;
+    std::array<std::optional<ShaderProgram>, 2> m_programs; ///< without and with textures, as far as a mesh has such
+    ShaderProgram* m_program = nullptr;                     ///< the one in use
+    bool m_isAmbientSeen = false;                           ///< ambient lights show on a material
     ShaderProgram m_sky;
     GlObject m_skyArray; ///< of no vertices, which a core context wants all the same
     GlObject m_lightBuffer;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 /// The shaders that draw scenes, in GLSL 3.30.
 namespace scenetool::sceneShaders {
 
@@ -30,7 +32,7 @@ void main()
 }
 )";
 
-constexpr const char* fragment = R"(#version 330 core
+constexpr const char* fragmentBody = R"(
 const int pointLight = 0;
 const int spotLight = 1;
 const int directionalLight = 2;
@@ -44,8 +46,13 @@ uniform vec3 ambientLight;
 uniform int lightCount;
 uniform samplerBuffer lights;
 uniform vec3 colors[4]; // emission, ambient, diffuse, specular
+#if HAS_TEXTURES
 uniform bool hasTexture[5]; // of these and of the opacity
 uniform sampler2D textures[5];
+#define SHOWN(channel, plain) (hasTexture[channel] ? texture(textures[channel], vertexTexcoord) : plain)
+#else
+#define SHOWN(channel, plain) plain
+#endif
 uniform float shininess;
 uniform float opacity;
 uniform float opacityFactor; // of the opacity's texture
@@ -76,12 +83,16 @@ vec3 shownNormal(vec3 towardsEye)
 
 float shownOpacity(float alpha)
 {
+#if HAS_TEXTURES
     if (!hasTexture[4]) {
         return opacity * alpha;
     }
     vec4 image = texture(textures[4], vertexTexcoord);
     float share = opacityFactor * (isOpacityByColor ? dot(image.rgb, vec3(0.212671, 0.715160, 0.072169)) : image.a);
     return opacity * alpha * (isOpacityInverted ? 1.0 - share : share);
+#else
+    return opacity * alpha;
+#endif
 }
 
 float cone(float cosine, float inner, float outer, float exponent)
@@ -96,15 +107,15 @@ void main()
         result = vec4(0.05, 0.06, 0.08, 1.0);
         return;
     }
-    vec4 image = hasTexture[2] ? texture(textures[2], vertexTexcoord) : vec4(colors[2], 1.0);
+    vec4 image = SHOWN(2, vec4(colors[2], 1.0));
     float alpha = shownOpacity(image.a);
     if (alpha <= 0.0) {
         discard;
     }
-    vec3 emission = hasTexture[0] ? texture(textures[0], vertexTexcoord).rgb : colors[0];
-    vec3 ambient = hasTexture[1] ? texture(textures[1], vertexTexcoord).rgb : colors[1];
+    vec3 emission = SHOWN(0, vec4(colors[0], 1.0)).rgb;
+    vec3 ambient = SHOWN(1, vec4(colors[1], 1.0)).rgb;
     vec3 diffuse = hasColor ? image.rgb * vertexColor : image.rgb;
-    vec3 specular = hasTexture[3] ? texture(textures[3], vertexTexcoord).rgb : colors[3];
+    vec3 specular = SHOWN(3, vec4(colors[3], 1.0)).rgb;
     ambient = isAmbientDiffuse ? diffuse : ambient;
 
     vec3 towardsEye = normalize(eye.xyz - eye.w * worldPosition);
@@ -142,5 +153,11 @@ void main()
     result = vec4(clamp(sum, 0.0, 1.0), clamp(alpha, 0.0, 1.0));
 }
 )";
+
+/// Without textures none is asked for: a driver in software would ask for each of them at every pixel.
+inline std::string fragment(bool hasTextures)
+{
+    return std::string("#version 330 core\n#define HAS_TEXTURES ") + (hasTextures ? "1" : "0") + fragmentBody;
+}
 
 } // namespace scenetool::sceneShaders
