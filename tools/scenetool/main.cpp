@@ -8,7 +8,8 @@
 #include "SandboxOptions.h"
 #ifdef SCENETOOL_HAS_PICTURES
 #include "ConvertCommand.h"
-#include "PictureCommands.h"
+#include "RenderCommand.h"
+#include "ViewCommand.h"
 #endif
 #ifdef SCENETOOL_HAS_PAGE
 #include "PageCommand.h"
@@ -148,7 +149,8 @@ int run(int argc, char** argv)
 #ifdef SCENETOOL_HAS_PAGE
     const scenetool::PageCommand page(app);
 #endif
-    scenetool::PictureCommands pictures(app, sandbox);
+    scenetool::RenderCommand render(app, sandbox);
+    scenetool::ViewCommand view(app);
 #endif
 
     const std::string first = argc > 1 ? argv[1] : "";
@@ -174,8 +176,11 @@ int run(int argc, char** argv)
     if (convert.isParsed()) {
         return convert.run();
     }
-    if (pictures.isParsed()) {
-        return pictures.run();
+    if (render.isParsed()) {
+        return render.run();
+    }
+    if (view.isParsed()) {
+        return view.run();
     }
 #endif
     if (check.isParsed()) {

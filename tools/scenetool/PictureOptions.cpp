@@ -1,0 +1,118 @@
+#include "PictureOptions.h"
+
+#include <charconv>
+#include <cmath>
+#include <system_error>
+#include <utility>
+
+namespace scenetool {
+
+namespace {
+
+// The whole text as a number.
+bool parse(const std::string& text, int base, unsigned& value)
+{
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), value, base);
+    return result.ec == std::errc() && result.ptr == text.data() + text.size();
+}
+
+void readSize(const std::string& text, RenderOptions& options)
+{
+    const std::size_t cross = text.find('x');
+    const bool isRead = cross != std::string::npos && parse(text.substr(0, cross), 10, options.width) &&
+                        parse(text.substr(cross + 1), 10, options.height);
+    if (!isRead || options.width == 0 || options.height == 0 || options.width > mostPictureSize ||
+        options.height > mostPictureSize) {
+        const std::string most = std::to_string(mostPictureSize);
+        throw PictureUsageError("--size wants a width and a height such as 960x640, 1x1 to " + most + "x" + most +
+                                ", not " + text);
+    }
+}
+
+// "sky", "none", or a color such as 33383f with or without a #.
+void readBackground(const std::string& text, Background& background)
+{
+    if (text == "sky" || text == "none") {
+        background.kind = text == "sky" ? Background::Kind::sky : Background::Kind::none;
+        return;
+    }
+    const std::string digits = text.substr(text.rfind('#', 0) == 0 ? 1 : 0);
+    unsigned value = 0;
+    if (digits.size() != 6 || !parse(digits, 16, value)) {
+        throw PictureUsageError("--background wants sky, none or a color such as 33383f, not " + text);
+    }
+    background.kind = Background::Kind::color;
+    for (unsigned i = 0; i < 3; ++i) {
+        background.color[i] = static_cast<float>((value >> (16u - 8u * i)) & 255u) / 255.0f;
+    }
+}
+
+LightChoice lightChoice(const std::string& text)
+{
+    const std::pair<const char*, LightChoice> choices[] = {
+        {"document", LightChoice::document}, {"head", LightChoice::head}, {"both", LightChoice::both}};
+    for (const auto& [name, choice] : choices) {
+        if (text == name) {
+            return choice;
+        }
+    }
+    throw PictureUsageError("--lights wants document, head or both, not " + text);
+}
+
+} // namespace
+
+void PictureOptions::addTo(CLI::App& command)
+{
+    command.add_option("--time", m_options.time, "Show the scene at this time in seconds");
+    command.add_option("--camera", m_options.camera, "Look through this camera of the scene, counted from 0");
+    command.add_flag("--framed", m_options.isFramed, "Show all of the scene, whatever cameras it has");
+    command.add_option("--up", m_up, "The axis that points up where all of the scene is shown: x, y or z");
+    command.add_option("--lights", m_lights,
+                       "What lights the scene: document, head (a light goes with the eye) or both; the document if not "
+                       "said, and the head where it lights nothing");
+    command.add_flag("--as-loaded", m_isAsLoaded,
+                     "Show what the library delivers of the document as it is, which is not prepared then");
+    command.add_option("--size", m_size, "Width and height of the picture in pixels; 960x640 if not said");
+    command.add_option(
+        "--background", m_background,
+        "What is behind the scene: sky, none (a PNG with alpha) or a color such as 33383f; sky if not said");
+    command.add_flag("--identity-for-empty", m_options.isIdentityForEmpty,
+                     "Draw nodes without transforms, whose matrix is zero, as if they had the identity");
+}
+
+void PictureOptions::read()
+{
+    if (!m_size.empty()) {
+        readSize(m_size, m_options);
+    }
+    if (!m_background.empty()) {
+        readBackground(m_background, m_options.drawing.background);
+    }
+    if (!m_lights.empty()) {
+        m_options.drawing.lights = lightChoice(m_lights);
+    }
+    if (m_up != "x" && m_up != "y" && m_up != "z") {
+        throw PictureUsageError("--up wants x, y or z, not " + m_up);
+    }
+    m_options.up = m_up == "x" ? UpAxis::x : m_up == "y" ? UpAxis::y : UpAxis::z;
+    if (m_options.time && !std::isfinite(*m_options.time)) {
+        throw PictureUsageError("--time wants a number of seconds");
+    }
+}
+
+void PictureOptions::setSize(unsigned width, unsigned height)
+{
+    m_options.width = width;
+    m_options.height = height;
+}
+
+DocumentOptions PictureOptions::document() const
+{
+    DocumentOptions options;
+    options.isAsLoaded = m_isAsLoaded;
+    options.time = m_options.time;
+    options.aspect = static_cast<double>(m_options.width) / m_options.height;
+    return options;
+}
+
+} // namespace scenetool
