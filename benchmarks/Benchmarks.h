@@ -11,6 +11,10 @@ namespace benchmarks {
 /// memory of both, their ratios, the ratio of times in a process that goes on, and what these ratios are meant to be.
 void registerLoadBenchmarks(int rounds);
 
+/// Registers "prepare/DOCUMENT/SIZE": what it takes to prepare a document, beside a load of what is read and a save of what
+/// is written by pugixml alone, each in a process of its own: medians of the processor time, peaks of resident memory.
+void registerPreparationBenchmarks(int rounds);
+
 /// Registers "evaluate/WHAT/SIZE": curves by their number of keys, folding by the number of nodes.
 void registerEvaluationBenchmarks();
 

@@ -209,6 +209,31 @@ std::string smoothMesh(unsigned triangles)
     return oneMesh(grid(columns, squares / columns));
 }
 
+std::string quadMesh(unsigned quads)
+{
+    const auto columns = static_cast<unsigned>(std::sqrt(quads));
+    const unsigned rows = quads / columns;
+    MeshText mesh = grid(columns, rows);
+    mesh.indices.clear();
+    std::string counts;
+    for (unsigned y = 0; y < rows; ++y) {
+        for (unsigned x = 0; x < columns; ++x) {
+            const unsigned corner = y * (columns + 1) + x;
+            for (const unsigned index : {corner, corner + 1, corner + columns + 2, corner + columns + 1}) {
+                print(mesh.indices, "%u %u %u ", index, index, index);
+            }
+            counts += "4 ";
+        }
+    }
+    std::string text = oneMesh(mesh);
+    const std::size_t start = text.find("<triangles count=");
+    text.replace(start, text.find(" material", start) - start,
+                 "<polylist count=\"" + std::to_string(columns * rows) + '"');
+    text.insert(text.find("<p>", start), "<vcount>" + counts + "</vcount>");
+    text.replace(text.find("</triangles>", start), 12, "</polylist>");
+    return text;
+}
+
 std::string fan(unsigned triangles)
 {
     MeshText mesh;

@@ -28,6 +28,8 @@ std::string animatedNode(unsigned keys);
 /// A grid of an even number of triangles, each vertex shared by six of them, with separate indices of positions, normals
 /// and texture coordinates.
 std::string smoothMesh(unsigned triangles);
+/// A grid of quads in one `<polylist>`, otherwise like `smoothMesh`.
+std::string quadMesh(unsigned quads);
 /// Triangles round one vertex that all of them share.
 std::string fan(unsigned triangles);
 /// Meshes of 100 triangles, one on a node, with 100 materials.

@@ -1,5 +1,5 @@
-// What a load costs beside the document model's own open, what evaluating a scene costs, and the containers beside those
-// of the standard library.
+// What a load costs beside the document model's own open, what preparing a document costs beside reading and writing it,
+// what evaluating a scene costs, and the containers beside those of the standard library.
 
 #include "Benchmarks.h"
 
@@ -43,6 +43,7 @@ int main(int argc, char** argv)
         return 2;
     }
     benchmarks::registerLoadBenchmarks(rounds);
+    benchmarks::registerPreparationBenchmarks(rounds);
     benchmarks::registerEvaluationBenchmarks();
     benchmarks::registerContainerBenchmarks();
     benchmark::RunSpecifiedBenchmarks();

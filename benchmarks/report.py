@@ -68,6 +68,14 @@ def show_loads(rows):
           heads, [load_row(row, has_imports) for row in rows])
 
 
+def show_preparations(rows):
+    table("Preparing a document, and pugixml's load of it and save of the result: processor time and peak resident memory",
+          ["document", "size", "MB", "prepare ms", "load, save ms", "ratio", "prepare MiB", "load, save MiB", "ratio"],
+          [[row["kind"], f"{row['size']:,}", number(row["document_mb"]), number(row["prepare_ms"]),
+            number(row["rewrite_ms"]), f"{row['time_ratio']:.2f}", number(row["prepare_mib"]),
+            number(row["rewrite_mib"]), f"{row['memory_ratio']:.2f}"] for row in rows])
+
+
 def show_evaluations(rows):
     def cells(row):
         unit = "nodes" if row["kind"] == "fold" else "keys"
@@ -143,8 +151,9 @@ def main():
           f"load average {context['load_avg'][0]:.2f}")
     loads = [row for row in rows if row["family"] == "load"]
     show_loads(loads)
+    show_preparations([row for row in rows if row["family"] == "prepare"])
     show_evaluations([row for row in rows if row["family"] == "evaluate"])
-    show_containers([row for row in rows if row["family"] not in ("load", "evaluate")])
+    show_containers([row for row in rows if row["family"] not in ("load", "prepare", "evaluate")])
     draw(loads, results, picture)
     for failure in failures:
         print(f"failed: {failure}", file=sys.stderr)

@@ -4,7 +4,7 @@ build_packages="g++ cmake ninja-build pkg-config libcollada-dom-dev libxml2-dev 
 # What scenetool and an example draw with; the drivers serve a machine without a graphics card.
 build_packages="$build_packages libepoxy-dev libegl-dev libgl-dev libglfw3-dev libpng-dev libturbojpeg0-dev libstb-dev libmeshoptimizer-dev"
 build_packages="$build_packages libegl1 libegl-mesa0 libgl1-mesa-dri"
-test_packages="$build_packages libgtest-dev libassimp-dev xvfb xdotool"
+test_packages="$build_packages libgtest-dev libassimp-dev xvfb xdotool python3-jsonschema"
 benchmark_packages="$build_packages libbenchmark-dev python3 gnuplot-nox"
 assimp_packages="libassimp-dev"
 fuzz_packages="clang libclang-rt-dev"

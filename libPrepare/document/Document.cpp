@@ -2,9 +2,9 @@
 
 #include "Numbers.h"
 #include "Reference.h"
+#include "Tree.h"
 
 #include <algorithm>
-#include <cstring>
 #include <tuple>
 
 namespace libPrepare {
@@ -16,24 +16,7 @@ bool isText(pugi::xml_node node)
     return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
 }
 
-// The next element of a walk over a whole subtree in document order; null at its end.
-pugi::xml_node next(pugi::xml_node node, pugi::xml_node top)
-{
-    if (node.first_child()) {
-        return node.first_child();
-    }
-    while (node != top && !node.next_sibling()) {
-        node = node.parent();
-    }
-    return node == top ? pugi::xml_node() : node.next_sibling();
-}
-
 } // namespace
-
-bool is(pugi::xml_node element, const char* name)
-{
-    return std::strcmp(element.name(), name) == 0;
-}
 
 pugi::xml_node descend(pugi::xml_node element, std::string_view path)
 {
@@ -105,12 +88,33 @@ Document::Document(pugi::xml_document& xml, std::filesystem::path file, const Op
       m_bytes(m_lines.size())
 {}
 
+void Document::Bearers::add(pugi::xml_node element)
+{
+    if (first) {
+        others.push_back(element);
+    } else {
+        first = element;
+    }
+}
+
+void Document::Bearers::remove(pugi::xml_node element)
+{
+    if (first == element) {
+        first = others.empty() ? pugi::xml_node() : others.front();
+        others.erase(others.begin(), others.begin() + (others.empty() ? 0 : 1));
+        return;
+    }
+    others.erase(std::remove(others.begin(), others.end(), element), others.end());
+}
+
 void Document::indexIds()
 {
     if (m_areIdsKnown) {
         return;
     }
-    m_ids.clear();
+    for (auto& [id, bearers] : m_ids) {
+        bearers = {};
+    }
     m_areIdsKnown = true;
     registerIds(root());
 }
@@ -122,9 +126,7 @@ void Document::registerIds(pugi::xml_node subtree)
     }
     for (pugi::xml_node element = subtree; element; element = next(element, subtree)) {
         if (const pugi::xml_attribute id = element.attribute("id")) {
-            const std::string key(trimmed(id.value()));
-            m_takenIds.insert(key);
-            m_ids[key].push_back(element);
+            m_ids[std::string(trimmed(id.value()))].add(element);
         }
     }
 }
@@ -137,8 +139,12 @@ pugi::xml_node Document::find(std::string_view id, const IsFitting& isFitting)
     if (found == m_ids.end()) {
         return {};
     }
-    const auto element = std::find_if(found->second.begin(), found->second.end(), isFitting);
-    return element == found->second.end() ? pugi::xml_node() : *element;
+    const Bearers& bearers = found->second;
+    if (bearers.first && isFitting(bearers.first)) {
+        return bearers.first;
+    }
+    const auto element = std::find_if(bearers.others.begin(), bearers.others.end(), isFitting);
+    return element == bearers.others.end() ? pugi::xml_node() : *element;
 }
 
 pugi::xml_node Document::byId(std::string_view id, std::initializer_list<const char*> kinds)
@@ -189,13 +195,13 @@ std::string Document::freshId(std::string_view wish)
 {
     indexIds();
     std::string id(wish);
-    if (m_takenIds.insert(id).second) {
+    if (m_ids.try_emplace(id).second) {
         return id;
     }
     unsigned& number = m_nextNumbers.try_emplace(id, 2).first->second;
     do {
         id = std::string(wish) + '-' + std::to_string(number++);
-    } while (!m_takenIds.insert(id).second);
+    } while (!m_ids.try_emplace(id).second);
     return id;
 }
 
@@ -203,12 +209,10 @@ void Document::setId(pugi::xml_node element, const std::string& id)
 {
     indexIds();
     if (const pugi::xml_attribute old = element.attribute("id")) {
-        std::vector<pugi::xml_node>& bearers = m_ids[std::string(trimmed(old.value()))];
-        bearers.erase(std::remove(bearers.begin(), bearers.end(), element), bearers.end());
+        m_ids[std::string(trimmed(old.value()))].remove(element);
     }
     setAttribute(element, "id", id);
-    m_takenIds.insert(id);
-    m_ids[id].push_back(element);
+    m_ids[id].add(element);
 }
 
 void Document::setOrigin(pugi::xml_node made, pugi::xml_node origin)

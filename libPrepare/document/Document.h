@@ -6,6 +6,7 @@
 #include <pugixml.hpp>
 
 #include <array>
+#include <cstring>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -19,7 +20,11 @@ namespace libPrepare {
 using Kinds = std::array<const char*, 6>;
 
 /// Whether an element has this name. Namespaces prefixes are gone after the first passes.
-bool is(pugi::xml_node element, const char* name);
+inline bool is(pugi::xml_node element, const char* name)
+{
+    const char* const own = element.name();
+    return *own == *name && std::strcmp(own, name) == 0; // most differ at the first letter
+}
 /// The first child element on a path such as "technique_common/accessor"; null if there is none.
 pugi::xml_node descend(pugi::xml_node element, std::string_view path);
 /// The text of an element: of all its runs, character data sections included, joined as an XML reader does.
@@ -102,8 +107,15 @@ private:
     Lines m_lines;
     std::uint64_t m_bytes;
     bool m_areIdsKnown = false;
-    std::unordered_map<std::string, std::vector<pugi::xml_node>> m_ids;
-    std::unordered_set<std::string> m_takenIds;
+    // Elements with an id, in document order: most ids have one.
+    struct Bearers {
+        pugi::xml_node first;
+        std::vector<pugi::xml_node> others;
+
+        void add(pugi::xml_node element);
+        void remove(pugi::xml_node element);
+    };
+    std::unordered_map<std::string, Bearers> m_ids;          // of all ids that were ever taken
     std::unordered_map<std::string, unsigned> m_nextNumbers; // behind wishes for ids
     std::unordered_map<std::size_t, pugi::xml_node> m_origins;
     // Among the children of one name, from 1, and 0 for an only one: of parents for whose children it was asked.

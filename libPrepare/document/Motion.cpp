@@ -221,8 +221,8 @@ std::vector<double> Motion::values(pugi::xml_node element, std::optional<double>
 {
     std::vector<double> result = numbersOf(element);
     const std::size_t size = transformSize(element.name());
-    if (result.size() < size) {
-        result.resize(size);
+    if (size > 0) {
+        result.resize(size); // more of them have no meaning
     }
     if (time) {
         apply(element, *time, result);

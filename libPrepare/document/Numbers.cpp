@@ -31,11 +31,6 @@ void forEachWord(std::string_view list, const Use& use)
 
 } // namespace
 
-bool isBlank(char character)
-{
-    return character == ' ' || character == '\n' || character == '\t' || character == '\r';
-}
-
 std::string_view trimmed(std::string_view text)
 {
     while (!text.empty() && isBlank(text.front())) {

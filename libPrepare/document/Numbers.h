@@ -7,7 +7,10 @@
 namespace libPrepare {
 
 /// Characters that separate the entries of a list: blank, tab, line feed, carriage return.
-bool isBlank(char character);
+inline bool isBlank(char character)
+{
+    return character == ' ' || character == '\n' || character == '\t' || character == '\r';
+}
 /// The text without blanks at its ends.
 std::string_view trimmed(std::string_view text);
 /// The entries of a list, in order.

@@ -80,15 +80,24 @@ std::optional<Refusal> OutputFile::open(const std::filesystem::path& path)
 
 void OutputFile::write(std::string_view bytes)
 {
-    m_buffer.append(bytes);
-    if (m_buffer.size() >= bufferSize) {
+    if (m_buffer.size() + bytes.size() >= bufferSize) {
         flush();
+        if (bytes.size() >= bufferSize) { // without a copy
+            writeThrough(bytes);
+            return;
+        }
     }
+    m_buffer.append(bytes);
 }
 
 void OutputFile::flush()
 {
-    std::string_view rest = m_buffer;
+    writeThrough(m_buffer);
+    m_buffer.clear();
+}
+
+void OutputFile::writeThrough(std::string_view rest)
+{
     while (!rest.empty() && m_error == 0) {
         const ssize_t count = ::write(m_file, rest.data(), rest.size());
         if (count >= 0) {
@@ -97,7 +106,6 @@ void OutputFile::flush()
             m_error = errno;
         }
     }
-    m_buffer.clear();
 }
 
 std::optional<Refusal> OutputFile::commit()

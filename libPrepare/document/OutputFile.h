@@ -26,6 +26,7 @@ public:
 
 private:
     void flush();
+    void writeThrough(std::string_view bytes);
 
     std::filesystem::path m_path;
     std::string m_temporary; // empty for a device

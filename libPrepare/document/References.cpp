@@ -64,6 +64,9 @@ void useAttributes(pugi::xml_node element, const std::function<void(const Refere
 {
     for (const pugi::xml_attribute attribute : element.attributes()) {
         const char* const name = attribute.name();
+        if (*name != 'u' && *name != 's' && *name != 't') {
+            continue; // none of those below
+        }
         const Rule* found = nullptr;
         for (const Rule& rule : rules) {
             if (std::strcmp(rule.attribute, name) == 0 && is(element, rule.element)) {

@@ -6,19 +6,6 @@
 
 namespace libPrepare {
 
-pugi::xml_node next(pugi::xml_node node, pugi::xml_node top)
-{
-    return node.first_child() ? node.first_child() : nextBeside(node, top);
-}
-
-pugi::xml_node nextBeside(pugi::xml_node node, pugi::xml_node top)
-{
-    while (node != top && !node.next_sibling()) {
-        node = node.parent();
-    }
-    return node == top ? pugi::xml_node() : node.next_sibling();
-}
-
 pugi::xml_node shownScene(Document& document)
 {
     const pugi::xml_node link = descend(document.root(), "scene/instance_visual_scene");

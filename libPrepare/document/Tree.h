@@ -7,9 +7,24 @@
 namespace libPrepare {
 
 /// The next one of a walk over a whole subtree in document order, `top` being the first; null at its end.
-pugi::xml_node next(pugi::xml_node node, pugi::xml_node top);
+inline pugi::xml_node next(pugi::xml_node node, pugi::xml_node top);
 /// As `next`, without what lies in `node`.
-pugi::xml_node nextBeside(pugi::xml_node node, pugi::xml_node top);
+inline pugi::xml_node nextBeside(pugi::xml_node node, pugi::xml_node top)
+{
+    while (node != top) {
+        if (const pugi::xml_node sibling = node.next_sibling()) {
+            return sibling;
+        }
+        node = node.parent();
+    }
+    return {};
+}
+
+inline pugi::xml_node next(pugi::xml_node node, pugi::xml_node top)
+{
+    const pugi::xml_node child = node.first_child();
+    return child ? child : nextBeside(node, top);
+}
 
 /// The `<visual_scene>` that the document shows; null if it shows none.
 pugi::xml_node shownScene(Document& document);

@@ -2,16 +2,40 @@
 
 #include "OutputFile.h"
 
+#include <array>
 #include <string_view>
 
 namespace libPrepare {
 
 namespace {
 
+// Which of all characters have to be written in other words.
+class SpecialCharacters {
+public:
+    explicit SpecialCharacters(std::string_view characters)
+    {
+        for (const char character : characters) {
+            m_isIn[static_cast<unsigned char>(character)] = true;
+        }
+    }
+    // The end of the text if it has none.
+    std::size_t findFirst(std::string_view text) const
+    {
+        std::size_t at = 0;
+        while (at < text.size() && !m_isIn[static_cast<unsigned char>(text[at])]) {
+            ++at;
+        }
+        return at;
+    }
+
+private:
+    std::array<bool, 256> m_isIn{};
+};
+
 // Writes a text, with each of the characters that mean something there in other words.
-void writeEscaped(std::string_view text, const char* special, OutputFile& output)
+void writeEscaped(std::string_view text, const SpecialCharacters& special, OutputFile& output)
 {
-    for (std::size_t at = text.find_first_of(special); at != std::string_view::npos; at = text.find_first_of(special)) {
+    for (std::size_t at = special.findFirst(text); at < text.size(); at = special.findFirst(text)) {
         output.write(text.substr(0, at));
         switch (text[at]) {
         case '&':
@@ -43,13 +67,20 @@ void writeEscaped(std::string_view text, const char* special, OutputFile& output
 
 void writeAttributes(pugi::xml_node node, OutputFile& output)
 {
+    static const SpecialCharacters special("&<\"\t\n\r");
     for (const pugi::xml_attribute attribute : node.attributes()) {
         output.write(" ");
         output.write(attribute.name());
         output.write("=\"");
-        writeEscaped(attribute.value(), "&<\"\t\n\r", output);
+        writeEscaped(attribute.value(), special, output);
         output.write("\"");
     }
+}
+
+void writeText(pugi::xml_node text, OutputFile& output)
+{
+    static const SpecialCharacters special("&<>\r");
+    writeEscaped(text.value(), special, output);
 }
 
 // Writes a node up to its children.
@@ -63,7 +94,7 @@ void writeBegin(pugi::xml_node node, OutputFile& output)
         output.write(node.first_child() ? ">" : "/>");
         break;
     case pugi::node_pcdata:
-        writeEscaped(node.value(), "&<>\r", output);
+        writeText(node, output);
         break;
     case pugi::node_cdata:
         output.write("<![CDATA[");

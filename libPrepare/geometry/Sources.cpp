@@ -22,7 +22,8 @@ void forEachIndex(std::string_view text, const Use& use)
 {
     const char* at = text.data();
     const char* const end = at + text.size();
-    constexpr std::int64_t limit = std::int64_t(1) << 31;
+    constexpr std::uint64_t limit = std::uint64_t(1) << 31;
+    constexpr std::ptrdiff_t mostDigits = 18; // that never overflow
     while (true) {
         while (at != end && isBlank(*at)) {
             ++at;
@@ -30,10 +31,14 @@ void forEachIndex(std::string_view text, const Use& use)
         if (at == end) {
             return;
         }
-        std::int64_t value = 0;
-        while (at != end && isDigit(*at)) {
-            value = std::min(10 * value + (*at - '0'), limit);
-            ++at;
+        const char* const start = at;
+        std::uint64_t value = 0;
+        for (; at != end && isDigit(*at); ++at) {
+            value = 10 * value + static_cast<std::uint64_t>(*at - '0');
+        }
+        if (at - start > mostDigits) {
+            const char* const first = std::find_if(start, at, [](char digit) { return digit != '0'; });
+            value = at - first > mostDigits ? limit : value; // zeros before it do not count
         }
         const bool isWhole = at == end || isBlank(*at);
         while (at != end && !isBlank(*at)) {

@@ -254,6 +254,9 @@ private:
             const Vector3 reach{interest[3] - eye[3], interest[7] - eye[7], interest[11] - eye[11]};
             const double length = lengthOf(reach);
             const Vector3 wanted = directionOf(eye);
+            if (!std::isfinite(length + wanted[0] + wanted[1] + wanted[2])) {
+                return true; // no other place would be better
+            }
             return std::abs(reach[0] / length - wanted[0]) < mostTurn &&
                    std::abs(reach[1] / length - wanted[1]) < mostTurn &&
                    std::abs(reach[2] / length - wanted[2]) < mostTurn;

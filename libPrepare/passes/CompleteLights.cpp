@@ -261,7 +261,7 @@ private:
         }
         const Matrix4& world = pose.world(spot.node);
         const Vector3 direction = transformVector(world, ahead);
-        if (!(length(direction) > 0)) {
+        if (!(length(direction) > 0) || !std::isfinite(length(direction) + length(positionOf(world)))) {
             return true; // it points nowhere
         }
         return isSameDirection(difference(positionOf(pose.world(target)), positionOf(world)), direction) &&

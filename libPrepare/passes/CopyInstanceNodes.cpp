@@ -30,6 +30,9 @@ public:
                 }
             }
         }
+        if (m_targets.empty()) {
+            return;
+        }
         for (const pugi::xml_node node : nodesIn(shownScene(m_document))) {
             m_shown.insert(node.hash_value());
             for (const pugi::xml_node instance : node.children("instance_node")) {

@@ -128,9 +128,15 @@ private:
 void findImages(Document& document)
 {
     ImageFinder finder(document);
-    for (const pugi::xml_node image : elementsBelow(document.root(), "image")) {
-        if (const pugi::xml_node from = image.child("init_from")) {
-            finder.find(from);
+    for (const pugi::xml_node library : document.root().children()) {
+        if (is(library, "library_geometries") || is(library, "library_animations") ||
+            is(library, "library_visual_scenes")) {
+            continue; // large, and none of theirs are shown
+        }
+        for (const pugi::xml_node image : elementsBelow(library, "image")) {
+            if (const pugi::xml_node from = image.child("init_from")) {
+                finder.find(from);
+            }
         }
     }
     for (OpacityTexture& texture : document.report().opacityTextures) {

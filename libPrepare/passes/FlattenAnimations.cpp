@@ -72,6 +72,9 @@ public:
 
     void run()
     {
+        if (m_motion.channels().empty() && m_motion.brokenChannels().empty()) {
+            return;
+        }
         findShown();
         collect();
         for (Job& job : m_jobs) {
@@ -162,7 +165,7 @@ private:
     {
         std::vector<Component> all(declared.size());
         for (std::size_t c = 0; c < all.size(); ++c) {
-            all[c].constant = declared[c];
+            all[c].constant = std::isfinite(declared[c]) ? declared[c] : 0; // a key has to be finite
         }
         const bool isRotate = is(job.element, "rotate");
         for (const std::size_t index : job.channels) {

@@ -140,7 +140,7 @@ private:
                 continue;
             }
             const std::string simple = plainId(id);
-            if (!m_seen.insert(id).second) {
+            if (m_document.byId(id) != element) {
                 rename(element, m_document.freshId(simple), "doubled-id",
                        "The id " + id + " is borne by several elements.");
             } else if (simple != id) {
@@ -233,7 +233,6 @@ private:
     std::vector<std::pair<Reference, std::vector<pugi::xml_node>>> m_references;
     std::unordered_map<std::string, pugi::xml_node> m_found;
     std::unordered_map<pugi::xml_node, bool, Hash> m_isNamed; // with an empty id
-    std::unordered_set<std::string> m_seen;
     std::unordered_map<pugi::xml_node, std::string, Hash> m_renames;
     std::vector<pugi::xml_node> m_order; // of the renames
 };

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <initializer_list>
 #include <unordered_set>
 
 namespace libPrepare {
@@ -166,21 +167,67 @@ void repairNumbers(Document& document, pugi::xml_node element)
     }
 }
 
+void takeOut(Document& document, pugi::xml_node element)
+{
+    pugi::xml_node parent = element.parent();
+    document.lost(element, "stray-element",
+                  std::string("There can be no <") + element.name() + "> in a <" + parent.name() + ">.",
+                  "It was taken out.");
+    document.report().changed = true;
+    document.forgetIds();
+    parent.remove_child(element);
+}
+
 // What stands in a value is no part of it, and nothing can lead to it.
 void takeStrangersOut(Document& document, pugi::xml_node element)
 {
     for (pugi::xml_node child = element.first_child(); child;) {
         const pugi::xml_node after = child.next_sibling();
         if (child.type() == pugi::node_element) {
-            document.lost(child, "stray-element",
-                          std::string("There can be no <") + child.name() + "> in a <" + element.name() + ">.",
-                          "It was taken out.");
-            element.remove_child(child);
-            document.forgetIds();
-            document.report().changed = true;
+            takeOut(document, child);
         }
         child = after;
     }
+}
+
+using Names = std::initializer_list<const char*>;
+
+bool isOneOf(const char* name, Names names)
+{
+    return std::any_of(names.begin(), names.end(), [&](const char* each) { return std::strcmp(each, name) == 0; });
+}
+
+// Whether an element may stand in another one, of those that later passes take out or write anew. What references lead
+// to would go with it.
+bool canHold(const char* parent, const char* child)
+{
+    static constexpr Names instances = {"instance_geometry", "instance_controller", "instance_camera", "instance_light",
+                                        "instance_node"};
+    static constexpr Names channels = {
+        "emission",   "ambient",      "diffuse",     "specular",     "shininess",
+        "reflective", "reflectivity", "transparent", "transparency", "index_of_refraction"};
+    static constexpr Names primitives = {"triangles", "polylist",   "polygons", "tristrips",
+                                         "trifans",   "linestrips", "lines",    "vertices"};
+    if (std::strchr("adelprstiv", *parent) == nullptr) {
+        return true; // most elements are none of these
+    }
+    if (isOneOf(parent, instances)) {
+        return isOneOf(child, {"bind_material", "skeleton", "extra"});
+    }
+    if (isOneOf(parent, channels)) {
+        return isOneOf(child, {"color", "param", "texture", "float", "extra"});
+    }
+    return !isOneOf(parent, primitives) || isOneOf(child, {"input", "p", "ph", "vcount", "extra"});
+}
+
+bool holdsId(pugi::xml_node subtree)
+{
+    for (pugi::xml_node element = subtree; element; element = next(element, subtree)) {
+        if (element.attribute("id")) {
+            return true;
+        }
+    }
+    return false;
 }
 
 // Where other readers keep what they like.
@@ -198,6 +245,12 @@ void repairTexts(Document& document)
     for (pugi::xml_node node = root; node;) {
         if (node.type() != pugi::node_element || isForeign(node.name())) {
             node = nextBeside(node, root);
+            continue;
+        }
+        if (!canHold(node.parent().name(), node.name()) && holdsId(node)) {
+            const pugi::xml_node following = nextBeside(node, root);
+            takeOut(document, node);
+            node = following;
             continue;
         }
         if (holdsOnlyValue(node.name())) {

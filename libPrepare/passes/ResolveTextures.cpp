@@ -182,7 +182,11 @@ private:
         m_readByName.emplace(name, parameter);
         const pugi::xml_node body = original.child(kind);
         if (body) {
-            return parameter.append_copy(body);
+            const pugi::xml_node copy = parameter.append_copy(body);
+            for (pugi::xml_node element : elementsBelow(copy, nullptr)) {
+                element.remove_attribute("id"); // which the original keeps
+            }
+            return copy;
         }
         pugi::xml_node made = parameter.append_child(kind);
         if (std::strcmp(kind, "surface") == 0) {

@@ -145,6 +145,10 @@ private:
     // `<p>` of which the first counts alone, a count that is another, and faces that cannot be shown.
     void readTriangles()
     {
+        if (needsNothing()) {
+            m_isUntouched = true;
+            return;
+        }
         std::size_t lists = 0;
         for (const pugi::xml_node list : m_element.children("p")) {
             readTuples(list);
@@ -171,6 +175,22 @@ private:
                 ++m_rejects.outside;
             }
         }
+    }
+
+    // Most lists of triangles are right, which is seen without keeping their indices.
+    bool needsNothing() const
+    {
+        const pugi::xml_node list = m_element.child("p");
+        if (m_positions == nullptr || !m_positions->isFinite || !list || list.next_sibling("p")) {
+            return false;
+        }
+        std::string scratch;
+        const std::string_view text = textOf(list, scratch);
+        const std::size_t declared = wholeOr(trimmed(m_element.attribute("count").value()), text.size());
+        const ColumnCensus census = censusOf(text, m_stride, 3 * declared);
+        return census.tuples == 3 * declared && m_vertexOffset < census.greatest.size() &&
+               !census.hasInvalid[m_vertexOffset] &&
+               static_cast<std::size_t>(census.greatest[m_vertexOffset] + 1) <= m_positions->count;
     }
 
     bool areShown(std::size_t start, std::size_t count) const

@@ -25,6 +25,19 @@ TEST(RepairTextsTest, ElementsInAValueAreTakenOut)
     EXPECT_EQ("stray-element", result.report.findings.at(0).kind);
 }
 
+TEST(RepairTextsTest, ElementsWithIdsAreTakenOutOfThoseThatCannotHoldThem)
+{
+    const OnePass result(&libPrepare::repairTexts,
+                         "<instance_camera><source id='a'/><extra><b id='b'/></extra></instance_camera>"
+                         "<diffuse><x><geometry id='c'/></x><color id='d'/><odd/></diffuse>"
+                         "<triangles><geometry id='e'/><input id='f'/></triangles>");
+    EXPECT_EQ(0U, result.count("//*[@id='a' or @id='c' or @id='e']"));
+    EXPECT_EQ(3U, result.count("//*[@id='b' or @id='d' or @id='f']"));
+    EXPECT_EQ(1U, result.count("//odd"));
+    EXPECT_EQ(3U, result.report.findings.size());
+    EXPECT_TRUE(result.report.changed);
+}
+
 TEST(RepairTextsTest, DecimalCommasBecomePoints)
 {
     const OnePass result(

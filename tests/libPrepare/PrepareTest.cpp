@@ -1,0 +1,143 @@
+#include <libPrepare/Prepare.h>
+
+#include "TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <libxml/c14n.h>
+#include <libxml/parser.h>
+
+#include <string>
+
+// Whole documents from file to file.
+
+namespace {
+
+using test::contentOf;
+using test::TemporaryFolder;
+
+// A document that needs nothing, in words that a careless writer would change: numbers with zeros at their ends, quotes
+// of both kinds, references to characters, comments, processing instructions, blanks, vendor data.
+struct Words {
+    std::string node = "<matrix sid='m'>1.0 0 0 1e0\n 0 1 0 -0.0 0 0 01 0.500 0 0 0 1</matrix>";
+    std::string shader =
+        "<phong><emission><color>0 0 0 1.000</color></emission><ambient><color>0 0 0 1</color></ambient>"
+        "<diffuse><color sid='d'>0.50 .25 0 1</color></diffuse><specular><color>0 0 0 1</color></specular>"
+        "<shininess><float>20.0</float></shininess><reflective><color>0 0 0 1</color></reflective>"
+        "<transparent opaque='A_ONE'><color>1 1 1 "
+        "1</color></transparent><transparency><float>1.0</float></transparency>"
+        "</phong>";
+    std::string faces = "<triangles count='2' material='s'><input semantic='VERTEX' source='#v' offset='0'/>"
+                        "<p>0 1 2\n0 2 3</p></triangles>";
+};
+
+std::string document(const Words& words)
+{
+    return "<?xml version='1.0' encoding=\"utf-8\"?>\n<!-- first --><?go on?>\n"
+           "<COLLADA version='1.4.1' xmlns=\"http://www.collada.org/2005/11/COLLADASchema\" xmlns:own='urn:own'>\r\n"
+           "  <asset><contributor><comments>a &amp; b &#233; caf\xC3\xA9 ]]&gt;</comments></contributor>"
+           "<created/><modified/></asset>\n"
+           "<library_materials><material id='m' name='one&quot;\"'><instance_effect url='#f'/></material>"
+           "</library_materials>\n<library_effects><effect id='f'><profile_COMMON><technique sid='t'>" +
+           words.shader +
+           "</technique></profile_COMMON><extra><technique profile='X'><own:a own:b='1'>1,50 <![CDATA[<raw>&]]></own:a>"
+           "</technique></extra></effect></library_effects>\n"
+           "<library_geometries><geometry id='g'><mesh><source id='p'><float_array id='pa' count='12'>0 0.0 0 1.00 0 0 "
+           "1 1e0 0 0 1 0</float_array><technique_common><accessor source='#pa' count='4' stride='3'>"
+           "<param name='X' type='float'/><param name='Y' type='float'/><param name='Z' type='float'/></accessor>"
+           "</technique_common></source><vertices id='v'><input semantic='POSITION' source='#p'/></vertices>" +
+           words.faces +
+           "</mesh></geometry></library_geometries>\n<library_visual_scenes><visual_scene id='s'><node id='n'>" +
+           words.node +
+           "<instance_geometry url='#g'><bind_material><technique_common><instance_material symbol='s' target='#m'/>"
+           "</technique_common></bind_material></instance_geometry></node></visual_scene></library_visual_scenes>\n"
+           "<scene><instance_visual_scene url='#s'/></scene>\n</COLLADA>\n<!-- last -->";
+}
+
+std::string canonical(const std::string& text)
+{
+    xmlDocPtr const tree =
+        xmlReadMemory(text.data(), static_cast<int>(text.size()), "memory.dae", nullptr, XML_PARSE_NOERROR);
+    if (tree == nullptr) {
+        return "not well-formed";
+    }
+    xmlChar* dump = nullptr;
+    const int size = xmlC14NDocDumpMemory(tree, nullptr, XML_C14N_1_0, nullptr, 1, &dump);
+    std::string result(reinterpret_cast<const char*>(dump), static_cast<std::size_t>(size));
+    xmlFree(dump);
+    xmlFreeDoc(tree);
+    return result;
+}
+
+TEST(PrepareTest, WhatNeedsNothingIsCopiedByteForByte)
+{
+    const TemporaryFolder folder;
+    const std::string text = document({});
+    const std::filesystem::path out = folder.path() / "b.dae";
+    const libPrepare::Report report = libPrepare::prepare(folder.write("a.dae", text), out);
+    EXPECT_TRUE(report.done);
+    EXPECT_FALSE(report.changed);
+    EXPECT_TRUE(report.findings.empty());
+    EXPECT_EQ(text, contentOf(out));
+}
+
+struct Change {
+    const char* name;
+    const char* kind; // of the only finding
+    std::string Words::*place;
+    std::string before;
+    std::string after;
+};
+
+void PrintTo(const Change& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+std::string replaced(std::string text, const std::string& part, const std::string& by)
+{
+    return text.replace(text.find(part), part.size(), by);
+}
+
+class ChangedDocumentTest : public testing::TestWithParam<Change> {};
+
+TEST_P(ChangedDocumentTest, IsEqualInCanonicalXmlButForTheReportedChange)
+{
+    const TemporaryFolder folder;
+    Words words;
+    words.*GetParam().place = GetParam().before;
+    const std::filesystem::path once = folder.path() / "b.dae";
+    const std::filesystem::path twice = folder.path() / "c.dae";
+    const libPrepare::Report report = libPrepare::prepare(folder.write("a.dae", document(words)), once);
+    words.*GetParam().place = GetParam().after;
+    EXPECT_EQ(canonical(document(words)), canonical(contentOf(once)));
+    ASSERT_EQ(1U, report.findings.size());
+    EXPECT_EQ(GetParam().kind, report.findings.front().kind);
+    EXPECT_FALSE(libPrepare::prepare(once, twice).changed);
+    EXPECT_EQ(contentOf(once), contentOf(twice));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, ChangedDocumentTest,
+    testing::Values(
+        Change{"NodeWithoutATransform", "node without a transform", &Words::node, "",
+               "<matrix>1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1</matrix>"},
+        Change{"DecimalComma", "decimal-comma", &Words::node, "<translate sid='t'>0,50 1.0 02</translate>",
+               "<translate sid='t'>0.50 1.0 02</translate>"},
+        Change{"TextInTwoRuns", "divided-text", &Words::node, "<translate>1.0 <!-- x -->2 03</translate>",
+               "<translate>1.0 2 03</translate>"}, // canonical XML is without comments
+        Change{"AbsentChannel", "channel", &Words::shader,
+               replaced(Words().shader, "<specular><color>0 0 0 1</color></specular>", ""), Words().shader},
+        Change{"Quad", "polylist", &Words::faces,
+               "<polylist count='1' material='s'><input semantic='VERTEX' source='#v' offset='0'/><vcount>4</vcount>"
+               "<p>0 1 2 3</p></polylist>",
+               "<triangles count='2' material='s'><input semantic='VERTEX' source='#v' offset='0'/><p>0 1 2 0 2 3</p>"
+               "</triangles>"},
+        Change{"CountThatIsTooSmall", "count", &Words::faces,
+               "<triangles count='3' material='s'><input semantic='VERTEX' source='#v' offset='0'/>"
+               "<p>0 1  2\n0 2 3</p></triangles>",
+               "<triangles count='2' material='s'><input semantic='VERTEX' source='#v' offset='0'/>"
+               "<p>0 1  2\n0 2 3</p></triangles>"}),
+    [](const auto& row) { return row.param.name; });
+
+} // namespace
