@@ -165,7 +165,7 @@ private:
     {
         std::vector<Component> all(declared.size());
         for (std::size_t c = 0; c < all.size(); ++c) {
-            all[c].constant = std::isfinite(declared[c]) ? declared[c] : 0; // a key has to be finite
+            all[c].constant = declared[c];
         }
         const bool isRotate = is(job.element, "rotate");
         for (const std::size_t index : job.channels) {
@@ -300,7 +300,10 @@ private:
 
     void arrangeTransform(Job& job)
     {
-        const std::vector<double> declared = m_motion.values(job.element, {});
+        std::vector<double> declared = m_motion.values(job.element, {});
+        std::replace_if(
+            declared.begin(), declared.end(), [](double value) { return !std::isfinite(value); },
+            0.0); // keys are finite
         const bool isAngle = is(job.element, "rotate");
         std::vector<double> atStart = declared;
         m_motion.apply(job.element, 0, atStart);
