@@ -86,7 +86,7 @@ private:
     std::unordered_set<std::size_t> m_shown; // nodes and cameras
 };
 
-// Gives what is animated in materials and lights the values of the time that the document is prepared for.
+// Gives what is animated in materials, lights and, where nothing else drives it, cameras the values of the time that the document is prepared for.
 class Stills {
 public:
     Stills(Document& document, bool isNeeded) : m_document(document)
@@ -122,13 +122,13 @@ public:
     }
 
 private:
-    // Whether an element holds nothing but numbers, somewhere in a light, an effect or a material.
+    // Whether an element holds nothing but numbers, somewhere in a light, an effect, a material or a camera.
     static bool isInLook(pugi::xml_node target)
     {
         const pugi::xml_node child = target.first_child();
         const bool isText = child && !child.next_sibling() && child.type() == pugi::node_pcdata;
         for (pugi::xml_node above = target.parent(); isText && above; above = above.parent()) {
-            if (is(above, "light") || is(above, "effect") || is(above, "material")) {
+            if (is(above, "light") || is(above, "effect") || is(above, "material") || is(above, "camera")) {
                 return true;
             }
         }

@@ -310,6 +310,21 @@ TEST(FlattenAnimationsTest, ColorsOfLightsAndMaterialsHaveTheValueOfTheTime)
     EXPECT_NE(nullptr, declared.report.first(Outcome::lost));
 }
 
+TEST(FlattenAnimationsTest, HeightOfAParallelCameraHasTheValueOfTheTime)
+{
+    libPrepare::Options options;
+    options.time = 1;
+    const Prepared done(
+        library(flat("x", "c/m", "YMAG", "0 2", "10 30", "LINEAR LINEAR")) +
+            "<library_cameras><camera id='c'><optics><technique_common><orthographic><ymag sid='m'>5</ymag>"
+            "<znear>1</znear><zfar>100</zfar></orthographic></technique_common></optics></camera></library_cameras>" +
+            shown(node + "<node id='k'><instance_camera url='#c'/></node>"),
+        options);
+    ASSERT_EQ(1U, done.report.approximations.size());
+    EXPECT_NEAR(20, done.report.approximations[0].ymag, 1e-9);
+    EXPECT_EQ(nullptr, done.report.first(Outcome::lost));
+}
+
 TEST(FlattenAnimationsTest, ChannelsWithoutEffectAreLostThoughTheirTargetIsThere)
 {
     for (const std::string& broken : {flat("x", "a/t", "X Y Z W", "0 1", "0 0 0 0 1 1 1 1", "LINEAR LINEAR"),
