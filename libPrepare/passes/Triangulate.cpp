@@ -190,7 +190,8 @@ private:
         const ColumnCensus census = censusOf(text, m_stride, 3 * declared);
         return census.tuples == 3 * declared && m_vertexOffset < census.greatest.size() &&
                !census.hasInvalid[m_vertexOffset] &&
-               static_cast<std::size_t>(census.greatest[m_vertexOffset] + 1) <= m_positions->count;
+               static_cast<std::ptrdiff_t>(census.greatest[m_vertexOffset]) <
+                   static_cast<std::ptrdiff_t>(m_positions->count);
     }
 
     bool areShown(std::size_t start, std::size_t count) const
