@@ -26,7 +26,7 @@ public:
 
 private:
     void flush();
-    void writeThrough(std::string_view bytes);
+    void writeThrough(std::string_view rest);
 
     std::filesystem::path m_path;
     std::string m_temporary; // empty for a device
