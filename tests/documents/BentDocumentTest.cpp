@@ -2,6 +2,7 @@
 
 #include "support/CrashReport.h"
 #include "support/DocumentChange.h"
+#include "support/Rows.h"
 #include "support/SceneWalker.h"
 #include "support/TortureFolder.h"
 
@@ -24,6 +25,7 @@ using testSupport::ChangeableDocument;
 using testSupport::CrashReport;
 using testSupport::DocumentChange;
 using testSupport::LoadOutcome;
+using testSupport::rowName;
 using testSupport::TortureFolder;
 
 // Of a document as many variants as keep the tests short: bytes to load in all, and the fewest of large ones. With
@@ -38,26 +40,10 @@ constexpr std::size_t fewestVariants = 20 / slowness;
 constexpr std::size_t mostVariants = 600 / slowness;
 constexpr std::uint32_t mostSeeds = 1500 / slowness;
 
-std::string wordsOf(const DocumentChange& change)
-{
-    return "change of kind " + std::to_string(change.kind) + " at element " + std::to_string(change.element) +
-           ", part " + std::to_string(change.part) + ", value " + std::to_string(change.value);
-}
+std::string wordsOf(const DocumentChange& change);
 
 // Evenly spread over all changes.
-std::vector<DocumentChange> sampleOf(const std::vector<DocumentChange>& changes, std::size_t documentSize)
-{
-    const std::size_t wanted =
-        std::clamp(mostBytes / std::max<std::size_t>(documentSize, 1), fewestVariants, mostVariants);
-    if (changes.size() <= wanted || std::getenv("LIBVIDEO_EVERY_CHANGE") != nullptr) {
-        return changes;
-    }
-    std::vector<DocumentChange> sample;
-    for (std::size_t i = 0; i < wanted; ++i) {
-        sample.push_back(changes[i * changes.size() / wanted]);
-    }
-    return sample;
-}
+std::vector<DocumentChange> sampleOf(const std::vector<DocumentChange>& changes, std::size_t documentSize);
 
 class BentDocumentTest : public testing::TestWithParam<StoredDocument> {};
 
@@ -80,7 +66,7 @@ TEST_P(BentDocumentTest, EachVariantLoadsOrIsRefusedWithALine)
         report.begin(wordsOf(change) + " of " + GetParam().path + ", see " + path);
         libVideo::Scene scene;
         const LoadOutcome outcome = testSupport::loadAndWalk(scene, path);
-        EXPECT_EQ(outcome.fault, "") << wordsOf(change);
+        EXPECT_EQ("", outcome.fault) << wordsOf(change);
         loaded += outcome.isLoaded ? 1 : 0;
     }
     RecordProperty("variants", std::to_string(sample.size()));
@@ -92,8 +78,7 @@ TEST_P(BentDocumentTest, EachVariantLoadsOrIsRefusedWithALine)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Documents, BentDocumentTest, testing::ValuesIn(documents::allDocuments()),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Documents, BentDocumentTest, testing::ValuesIn(documents::allDocuments()), rowName);
 
 // Several changes at a time, by chance but the same in each run.
 TEST(BentDocumentTest, ManyChangesAtOnceLoadOrAreRefusedWithALine)
@@ -114,8 +99,30 @@ TEST(BentDocumentTest, ManyChangesAtOnceLoadOrAreRefusedWithALine)
         const std::string path = folder.write(text);
         report.begin("seed " + std::to_string(seed) + ", see " + path);
         libVideo::Scene scene;
-        EXPECT_EQ(testSupport::loadAndWalk(scene, path).fault, "") << "seed " << seed;
+        EXPECT_EQ("", testSupport::loadAndWalk(scene, path).fault) << "seed " << seed;
     }
+}
+
+// --- what the tests are written with ---
+
+std::string wordsOf(const DocumentChange& change)
+{
+    return "change of kind " + std::to_string(change.kind) + " at element " + std::to_string(change.element) +
+           ", part " + std::to_string(change.part) + ", value " + std::to_string(change.value);
+}
+
+std::vector<DocumentChange> sampleOf(const std::vector<DocumentChange>& changes, std::size_t documentSize)
+{
+    const std::size_t wanted =
+        std::clamp(mostBytes / std::max<std::size_t>(documentSize, 1), fewestVariants, mostVariants);
+    if (changes.size() <= wanted || std::getenv("LIBVIDEO_EVERY_CHANGE") != nullptr) {
+        return changes;
+    }
+    std::vector<DocumentChange> sample;
+    for (std::size_t i = 0; i < wanted; ++i) {
+        sample.push_back(changes[i * changes.size() / wanted]);
+    }
+    return sample;
 }
 
 } // namespace

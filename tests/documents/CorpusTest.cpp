@@ -2,6 +2,7 @@
 #include "PlainReader.h"
 
 #include "support/Process.h"
+#include "support/Rows.h"
 
 #include <nlohmann/json.hpp>
 
@@ -21,6 +22,7 @@ namespace {
 using documents::PlainDocument;
 using Json = nlohmann::json;
 using testSupport::ProcessResult;
+using testSupport::rowName;
 
 // A document and the name of its tests.
 struct Document {
@@ -33,63 +35,14 @@ void PrintTo(const Document& document, std::ostream* out)
     *out << document.name;
 }
 
-bool isDocument(const std::filesystem::path& path)
-{
-    std::string ending = path.extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return ending == ".dae";
-}
+bool isDocument(const std::filesystem::path& path);
 
 // All documents of a folder and of those below it, sorted by path.
-std::vector<std::filesystem::path> documentsBelow(const std::filesystem::path& folder)
-{
-    std::vector<std::filesystem::path> paths;
-    std::error_code error;
-    for (std::filesystem::recursive_directory_iterator entry(folder, error), end; !error && entry != end;
-         entry.increment(error)) {
-        if (entry->is_regular_file() && isDocument(entry->path())) {
-            paths.push_back(entry->path());
-        }
-    }
-    std::sort(paths.begin(), paths.end());
-    return paths;
-}
+std::vector<std::filesystem::path> documentsBelow(const std::filesystem::path& folder);
 
 // What names of tests may hold.
-std::string identifierOf(const std::string& text)
-{
-    std::string result = text;
-    for (char& c : result) {
-        c = std::isalnum(static_cast<unsigned char>(c)) != 0 ? c : '_';
-    }
-    return result;
-}
-
-std::vector<Document> allDocuments()
-{
-    struct Root {
-        const char* name;
-        const char* folder;
-    };
-    std::vector<Document> all;
-    std::set<std::string> names;
-    for (const Root& root : {Root{"data", DATA_FOLDER}, Root{"corpus", CORPUS_FOLDER}}) {
-        const std::filesystem::path folder = root.folder;
-        if (folder.empty()) {
-            continue;
-        }
-        for (const std::filesystem::path& path : documentsBelow(folder)) {
-            const std::filesystem::path shown = path.lexically_relative(folder).replace_extension();
-            std::string name = identifierOf(std::string(root.name) + "_" + shown.string());
-            while (!names.insert(name).second) {
-                name += "_";
-            }
-            all.push_back({name, path.string()});
-        }
-    }
-    return all;
-}
+std::string identifierOf(const std::string& text);
+std::vector<Document> allDocuments();
 
 TEST(CorpusFolderTest, HoldsDocuments)
 {
@@ -134,7 +87,7 @@ void expectStatus(const ProcessResult& result, bool loads)
 {
     EXPECT_EQ(result.status, loads ? 0 : 1);
     if (!loads) {
-        EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
+        EXPECT_EQ(1, std::count(result.errors.begin(), result.errors.end(), '\n')) << result.errors;
     }
 }
 
@@ -164,7 +117,64 @@ TEST_P(CorpusTest, IsDumpedAtATimeAndFolded)
 
 #endif
 
-INSTANTIATE_TEST_SUITE_P(Documents, CorpusTest, testing::ValuesIn(allDocuments()),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Documents, CorpusTest, testing::ValuesIn(allDocuments()), rowName);
+
+// --- what the tests are written with ---
+
+bool isDocument(const std::filesystem::path& path)
+{
+    std::string ending = path.extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return ending == ".dae";
+}
+
+std::vector<std::filesystem::path> documentsBelow(const std::filesystem::path& folder)
+{
+    std::vector<std::filesystem::path> paths;
+    std::error_code error;
+    for (std::filesystem::recursive_directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        if (entry->is_regular_file() && isDocument(entry->path())) {
+            paths.push_back(entry->path());
+        }
+    }
+    std::sort(paths.begin(), paths.end());
+    return paths;
+}
+
+std::string identifierOf(const std::string& text)
+{
+    std::string result = text;
+    for (char& c : result) {
+        c = std::isalnum(static_cast<unsigned char>(c)) != 0 ? c : '_';
+    }
+    return result;
+}
+
+std::vector<Document> allDocuments()
+{
+    struct Root {
+        const char* name;
+        const char* folder;
+    };
+    std::vector<Document> all;
+    std::set<std::string> names;
+    for (const Root& root : {Root{"data", DATA_FOLDER}, Root{"corpus", CORPUS_FOLDER}}) {
+        const std::filesystem::path folder = root.folder;
+        if (folder.empty()) {
+            continue;
+        }
+        for (const std::filesystem::path& path : documentsBelow(folder)) {
+            const std::filesystem::path shown = path.lexically_relative(folder).replace_extension();
+            std::string name = identifierOf(std::string(root.name) + "_" + shown.string());
+            while (!names.insert(name).second) {
+                name += "_";
+            }
+            all.push_back({name, path.string()});
+        }
+    }
+    return all;
+}
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "DocumentFolder.h"
 
 #include "support/CrashReport.h"
+#include "support/Rows.h"
 #include "support/SceneWalker.h"
 #include "support/TortureFolder.h"
 
@@ -20,6 +21,7 @@ namespace {
 using documents::StoredDocument;
 using testSupport::CrashReport;
 using testSupport::LoadOutcome;
+using testSupport::rowName;
 using testSupport::TortureFolder;
 
 constexpr std::size_t everyByteUpTo = 20000;
@@ -69,13 +71,13 @@ TEST_P(CutDocumentTest, IsRefusedWithALineUnlessTheRootIsWhole)
         const std::string path = folder.write(whole.substr(0, place));
         report.begin("the first " + std::to_string(place) + " bytes of " + GetParam().path + ", see " + path);
         const LoadOutcome outcome = testSupport::loadAndWalk(*scene, path);
-        EXPECT_EQ(outcome.fault, "") << place;
+        EXPECT_EQ("", outcome.fault) << place;
         if (isCompressed(whole)) {
             continue; // the last bytes are a checksum
         }
         if (!isWhole(whole, place)) {
             EXPECT_FALSE(outcome.isLoaded || outcome.hasThrown) << place;
-            EXPECT_EQ(outcome.lineCount, 1u) << place;
+            EXPECT_EQ(1u, outcome.lineCount) << place;
         } else {
             EXPECT_EQ(outcome.isLoaded, expected.isLoaded) << place;
             EXPECT_EQ(outcome.hasThrown, expected.hasThrown) << place;
@@ -84,7 +86,6 @@ TEST_P(CutDocumentTest, IsRefusedWithALineUnlessTheRootIsWhole)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Documents, CutDocumentTest, testing::ValuesIn(documents::allDocuments()),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Documents, CutDocumentTest, testing::ValuesIn(documents::allDocuments()), rowName);
 
 } // namespace

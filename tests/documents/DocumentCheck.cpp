@@ -58,7 +58,7 @@ double numberOf(const Json& value)
 
 void expectMatrix(const Json& actual, const PlainMatrix& expected, const std::string& what)
 {
-    ASSERT_EQ(actual.size(), 16u) << what;
+    ASSERT_EQ(16u, actual.size()) << what;
     for (std::size_t i = 0; i < 16; ++i) {
         EXPECT_TRUE(isNear(numberOf(actual[i]), expected.value[i], expected.magnitude[i]))
             << what << ", row " << i / 4 << ", column " << i % 4 << ": " << actual[i] << " instead of "
@@ -164,7 +164,7 @@ ShownPrimitive shown(libVideo::Primitive& primitive)
     result.totalByteSize = primitive.totalByteSize();
     for (const libVideo::VertexLayout& attribute : primitive.vertexLayout()) {
         result.layout.push_back({attribute.semantic, attribute.byteSize, attribute.byteOffset, attribute.dataType});
-        EXPECT_EQ(attribute.reserved, 0u);
+        EXPECT_EQ(0u, attribute.reserved);
     }
     for (const unsigned index : primitive.indexBuffer()) {
         result.indices.push_back(index);
@@ -212,7 +212,7 @@ std::string bytesOfBase64(const std::string& text)
             bytes += static_cast<char>(static_cast<unsigned char>((bits >> (6u - 2u * (place % 4))) & 0xFFu));
         }
     }
-    EXPECT_EQ(text.size() % 4, 0u);
+    EXPECT_EQ(0u, text.size() % 4);
     EXPECT_LE(text.size() - place, 2u);
     EXPECT_EQ(text.substr(place), std::string(text.size() - place, '='));
     return bytes;
@@ -297,7 +297,7 @@ void expectGeometries(const std::map<std::string, ShownGeometry>& actual, const 
             continue;
         }
         EXPECT_EQ(found->second.name, plain.name) << what;
-        EXPECT_EQ(found->second.nodes, std::vector<std::size_t>{plain.node}) << what;
+        EXPECT_EQ(std::vector<std::size_t>{plain.node}, found->second.nodes) << what;
         EXPECT_EQ(found->second.primitives.size(), plain.primitives.size()) << what;
         for (std::size_t i = 0; i < std::min(found->second.primitives.size(), plain.primitives.size()); ++i) {
             expectPrimitive(found->second.primitives[i], plain.primitives[i],
@@ -346,7 +346,7 @@ PlainColor shownColor(const Json& material, const std::string& channel)
 {
     PlainColor result;
     const Json& color = material.at(channel);
-    EXPECT_EQ(color.size(), 3u) << channel;
+    EXPECT_EQ(3u, color.size()) << channel;
     for (std::size_t i = 0; i < 3; ++i) {
         result.value[i] = floatOf(color.at(i));
     }
@@ -448,8 +448,8 @@ void expectLines(const testSupport::LogCapture& log, const PlainDocument& expect
     for (const testSupport::LogLine& line : log.lines()) {
         const std::string words = line.words();
         if (words.compare(0, missed.size(), missed) == 0) {
-            EXPECT_EQ(line.channel, "libVideo.visualScene");
-            EXPECT_EQ(line.priority, 3);
+            EXPECT_EQ("libVideo.visualScene", line.channel);
+            EXPECT_EQ(3, line.priority);
             lines.insert(words.substr(missed.size()));
         }
     }
@@ -503,7 +503,7 @@ void expectLoadAsRead(const std::string& path, const PlainDocument& expected)
     std::vector<Line> lines;
     for (const testSupport::LogLine& line : log.lines()) {
         lines.emplace_back(line.channel, line.words());
-        EXPECT_EQ(line.priority, 3);
+        EXPECT_EQ(3, line.priority);
     }
     expectGeometries(shown(visualScene.geometryTable(), Walk(visualScene.root())), expected);
     expectMaterials(shown(visualScene.blinnMaterialTable()), expected);

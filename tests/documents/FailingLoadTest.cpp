@@ -2,6 +2,7 @@
 
 #include "support/CrashReport.h"
 #include "support/FailingAllocator.h"
+#include "support/Rows.h"
 #include "support/SilentLog.h"
 
 #include <libVideo/SceneGraph.h>
@@ -32,6 +33,7 @@ namespace {
 using documents::StoredDocument;
 using testSupport::CrashReport;
 using testSupport::FailingAllocator;
+using testSupport::rowName;
 using testSupport::SilentLog;
 
 constexpr long mostFailures = 1500; // of one document; evenly spread if it asks more often
@@ -84,11 +86,11 @@ protected:
         resolvers.clear();
         resolvers.append(new LocalResolver(m_dae));
         m_root = daeSafeCast<domCOLLADA>(m_dae.open(GetParam().path));
-        ASSERT_NE(m_root, nullptr);
-        ASSERT_NE(m_root->getScene(), nullptr);
+        ASSERT_NE(nullptr, m_root);
+        ASSERT_NE(nullptr, m_root->getScene());
         m_visualScene =
             daeSafeCast<domVisual_scene>(m_root->getScene()->getInstance_visual_scene()->getUrl().getElement());
-        ASSERT_NE(m_visualScene, nullptr);
+        ASSERT_NE(nullptr, m_visualScene);
     }
 
     // Requests of one load. @return whether one failed
@@ -195,7 +197,6 @@ TEST_P(FailingLoadTest, AWholeLoadWithAFailureThrowsOrIsRefused)
     EXPECT_EQ(all, requests) << "a load after the failed ones is like the one before";
 }
 
-INSTANTIATE_TEST_SUITE_P(Documents, FailingLoadTest, testing::ValuesIn(documents::ownDocuments()),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Documents, FailingLoadTest, testing::ValuesIn(documents::ownDocuments()), rowName);
 
 } // namespace

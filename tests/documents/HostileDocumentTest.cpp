@@ -2,6 +2,7 @@
 
 #include "support/CrashReport.h"
 #include "support/LogCapture.h"
+#include "support/Rows.h"
 #include "support/SceneWalker.h"
 #include "support/TortureFolder.h"
 
@@ -10,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <ostream>
 #include <string>
 
 // Documents made to bring a reader down: each file is named after what it holds.
@@ -20,6 +20,8 @@ namespace {
 using documents::StoredDocument;
 using testSupport::CrashReport;
 using testSupport::LoadOutcome;
+using testSupport::Row;
+using testSupport::rowName;
 using testSupport::TortureFolder;
 
 class RefusedDocumentTest : public testing::TestWithParam<StoredDocument> {};
@@ -35,8 +37,7 @@ TEST_P(RefusedDocumentTest, IsRefusedWithOneLine)
 }
 
 INSTANTIATE_TEST_SUITE_P(Documents, RefusedDocumentTest,
-                         testing::ValuesIn(documents::documentsBelow("hostile", HOSTILE_FOLDER "/refused")),
-                         [](const auto& row) { return row.param.name; });
+                         testing::ValuesIn(documents::documentsBelow("hostile", HOSTILE_FOLDER "/refused")), rowName);
 
 class SurvivedDocumentTest : public testing::TestWithParam<StoredDocument> {};
 
@@ -46,26 +47,19 @@ TEST_P(SurvivedDocumentTest, LoadsOrThrowsAndIsWalked)
     report.begin(GetParam().path);
     libVideo::Scene scene;
     const LoadOutcome outcome = testSupport::loadAndWalk(scene, GetParam().path);
-    EXPECT_EQ(outcome.fault, "");
+    EXPECT_EQ("", outcome.fault);
     EXPECT_TRUE(outcome.isLoaded || outcome.hasThrown) << "it has a scene";
 }
 
 INSTANTIATE_TEST_SUITE_P(Documents, SurvivedDocumentTest,
-                         testing::ValuesIn(documents::documentsBelow("hostile", HOSTILE_FOLDER "/survived")),
-                         [](const auto& row) { return row.param.name; });
+                         testing::ValuesIn(documents::documentsBelow("hostile", HOSTILE_FOLDER "/survived")), rowName);
 
 // --- documents too large for a file
 
-struct LargeDocument {
-    const char* name;
+struct LargeDocument : Row {
     std::function<std::string()> text;
     bool loads;
 };
-
-void PrintTo(const LargeDocument& document, std::ostream* out)
-{
-    *out << document.name;
-}
 
 std::string repeated(const std::string& text, std::size_t count)
 {
@@ -106,7 +100,7 @@ TEST_P(LargeDocumentTest, LoadsOrIsRefused)
     const TortureFolder folder;
     libVideo::Scene scene;
     const LoadOutcome outcome = testSupport::loadAndWalk(scene, folder.write(GetParam().text()));
-    EXPECT_EQ(outcome.fault, "");
+    EXPECT_EQ("", outcome.fault);
     EXPECT_EQ(outcome.isLoaded, GetParam().loads);
 }
 
@@ -131,6 +125,6 @@ INSTANTIATE_TEST_SUITE_P(
         LargeDocument{"ManyNodes", [] { return withNodes(repeated("<node/>", 5000)); }, true},
         LargeDocument{"Zeros", [] { return std::string(1000000, '\0'); }, false},
         LargeDocument{"Blanks", [] { return std::string(1000000, ' '); }, false}),
-    [](const auto& row) { return std::string(row.param.name); });
+    rowName);
 
 } // namespace

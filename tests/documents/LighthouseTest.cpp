@@ -166,7 +166,7 @@ TEST_F(LighthouseTest, TreeIsThatOfTheDocument)
         const Expected& expected = harbour()[i];
         EXPECT_STREQ(nodes()[i]->id().data(), expected.id);
         EXPECT_STREQ(nodes()[i]->name().data(), expected.name);
-        EXPECT_STREQ(nodes()[i]->sid().data(), "");
+        EXPECT_STREQ("", nodes()[i]->sid().data());
         const Node* const parent =
             expected.parent < 0 ? &scene().root() : nodes()[static_cast<std::size_t>(expected.parent)];
         EXPECT_EQ(nodes()[i]->parent().get(), parent) << expected.id;
@@ -208,10 +208,10 @@ TEST_F(LighthouseTest, LampBuoyAndFlagAreAnimated)
 
 TEST_F(LighthouseTest, AnimationsAreAsLongAsTheirLastKey)
 {
-    EXPECT_EQ(node("lamp").animationLength(), 8.5);
-    EXPECT_EQ(node("buoy").animationLength(), 4.0);
-    EXPECT_EQ(node("flag").animationLength(), 2.0);
-    EXPECT_EQ(node("rock").animationLength(), 0.0);
+    EXPECT_EQ(8.5, node("lamp").animationLength());
+    EXPECT_EQ(4.0, node("buoy").animationLength());
+    EXPECT_EQ(2.0, node("flag").animationLength());
+    EXPECT_EQ(0.0, node("rock").animationLength());
 }
 
 // By 45 degrees in a second, from second 0.5 on; again from the start behind second 8.5.
@@ -329,13 +329,13 @@ auto* valueOf(const Table& table, const std::string& key)
 libVideo::Primitive& trianglesOf(const libVideo::VisualScene& scene, const std::string& id)
 {
     const auto& primitives = valueOf(scene.geometryTable(), id)->mesh().primitives();
-    EXPECT_EQ(primitives.size(), 1u) << id;
+    EXPECT_EQ(1u, primitives.size()) << id;
     return *primitives[0];
 }
 
 TEST_F(LighthouseTest, GeometriesStandOnTheirNodes)
 {
-    EXPECT_EQ(scene().geometryTable().size(), 8u);
+    EXPECT_EQ(8u, scene().geometryTable().size());
     for (const auto& [id, shownOn] :
          std::vector<std::pair<std::string, std::string>>{{"tower-body", "tower-block"},
                                                           {"buoy-body", "buoy"},
@@ -344,18 +344,18 @@ TEST_F(LighthouseTest, GeometriesStandOnTheirNodes)
                                                           {"rock-body", "rock-block"},
                                                           {"gallery-body", "gallery-block"}}) {
         const libVideo::Geometry* const geometry = valueOf(scene().geometryTable(), id);
-        ASSERT_EQ(geometry->nodes().size(), 1u) << id;
+        ASSERT_EQ(1u, geometry->nodes().size()) << id;
         EXPECT_EQ(geometry->nodes()[0].get(), &node(shownOn)) << id;
     }
     for (const Block& block : blocks) {
         const libVideo::Geometry* const geometry = valueOf(scene().geometryTable(), block.id);
         EXPECT_STREQ(geometry->id().data(), block.id);
-        ASSERT_EQ(geometry->nodes().size(), 1u) << block.id;
+        ASSERT_EQ(1u, geometry->nodes().size()) << block.id;
         EXPECT_EQ(geometry->nodes()[0].get(), &node(block.node)) << block.id;
     }
     // Up to their first blank.
-    EXPECT_STREQ(valueOf(scene().geometryTable(), "block-stone")->name().data(), "Stone");
-    EXPECT_STREQ(valueOf(scene().geometryTable(), "block-glass")->name().data(), "Glass");
+    EXPECT_STREQ("Stone", valueOf(scene().geometryTable(), "block-stone")->name().data());
+    EXPECT_STREQ("Glass", valueOf(scene().geometryTable(), "block-glass")->name().data());
 }
 
 TEST_F(LighthouseTest, BlockIsTwelveTrianglesOfTwentyFourVertices)
@@ -365,11 +365,11 @@ TEST_F(LighthouseTest, BlockIsTwelveTrianglesOfTwentyFourVertices)
         EXPECT_EQ(triangles.type(), libVideo::PRIMITIVE_TRIANGLE_LIST) << block.id;
         EXPECT_EQ(triangles.id().data(), std::string(block.id) + "-triangles");
         EXPECT_STREQ(triangles.material().data(), block.material);
-        EXPECT_EQ(triangles.count(), 12u) << block.id;
-        EXPECT_EQ(triangles.vertexPerPrimitive(), 3u) << block.id;
-        EXPECT_EQ(triangles.bytesPerVertex(), 24u) << block.id;
-        EXPECT_EQ(triangles.totalByteSize(), 24u * 24u) << block.id; // four corners on each of six sides
-        EXPECT_EQ(triangles.indexBuffer().size(), 36u) << block.id;
+        EXPECT_EQ(12u, triangles.count()) << block.id;
+        EXPECT_EQ(3u, triangles.vertexPerPrimitive()) << block.id;
+        EXPECT_EQ(24u, triangles.bytesPerVertex()) << block.id;
+        EXPECT_EQ(24u * 24u, triangles.totalByteSize()) << block.id; // four corners on each of six sides
+        EXPECT_EQ(36u, triangles.indexBuffer().size()) << block.id;
     }
 }
 
@@ -377,14 +377,14 @@ TEST_F(LighthouseTest, VertexIsAPositionAndANormal)
 {
     for (const Block& block : blocks) {
         const auto& layout = trianglesOf(scene(), block.id).vertexLayout();
-        ASSERT_EQ(layout.size(), 2u) << block.id;
+        ASSERT_EQ(2u, layout.size()) << block.id;
         EXPECT_EQ(layout[0].semantic, libVideo::SEMANTIC_POSITION) << block.id;
-        EXPECT_EQ(layout[0].byteSize, 12u) << block.id;
-        EXPECT_EQ(layout[0].byteOffset, 0u) << block.id;
+        EXPECT_EQ(12u, layout[0].byteSize) << block.id;
+        EXPECT_EQ(0u, layout[0].byteOffset) << block.id;
         EXPECT_EQ(layout[0].dataType, libVideo::DATA_TYPE_FLOAT3) << block.id;
         EXPECT_EQ(layout[1].semantic, libVideo::SEMANTIC_NORMAL) << block.id;
-        EXPECT_EQ(layout[1].byteSize, 12u) << block.id;
-        EXPECT_EQ(layout[1].byteOffset, 12u) << block.id;
+        EXPECT_EQ(12u, layout[1].byteSize) << block.id;
+        EXPECT_EQ(12u, layout[1].byteOffset) << block.id;
         EXPECT_EQ(layout[1].dataType, libVideo::DATA_TYPE_FLOAT3) << block.id;
     }
 }
@@ -425,7 +425,7 @@ TEST_F(LighthouseTest, VerticesStandInTheOrderOfTheirFirstUse)
                                        {3, 7, 6, 2}, {4, 0, 2, 6}, {1, 5, 7, 3}};
     for (const Block& block : blocks) {
         libVideo::Primitive& triangles = trianglesOf(scene(), block.id);
-        ASSERT_EQ(triangles.totalByteSize(), 576u);
+        ASSERT_EQ(576u, triangles.totalByteSize());
         for (std::size_t vertex = 0; vertex < 24; ++vertex) {
             std::array<float, 6> actual{};
             std::memcpy(actual.data(), triangles.vertexBuffer().get() + 24 * vertex, sizeof(actual));
@@ -443,7 +443,7 @@ TEST_F(LighthouseTest, CornerGivesItsVertex)
     libVideo::Primitive& triangles = trianglesOf(scene(), "block-stone");
     vesk::Buffer<unsigned char> bytes;
     ASSERT_TRUE(triangles.vertex(35, bytes)); // the last corner: position 3, seen from +Z
-    ASSERT_EQ(bytes.size(), 24u);
+    ASSERT_EQ(24u, bytes.size());
     std::array<float, 6> vertex{};
     std::memcpy(vertex.data(), bytes.data(), sizeof(vertex));
     EXPECT_EQ(vertex, (std::array<float, 6>{-0.5f, 1, 0.5f, 0, 0, 1}));
@@ -471,10 +471,10 @@ void expectUnitNormals(libVideo::Primitive& triangles, const std::string& what)
 TEST_F(LighthouseTest, TowerTapersAndWearsItsTextureOnceAround)
 {
     libVideo::Primitive& tower = trianglesOf(scene(), "tower-body");
-    EXPECT_STREQ(tower.material().data(), "stripes");
-    EXPECT_EQ(tower.count(), 32u);
-    ASSERT_EQ(tower.bytesPerVertex(), 32u);
-    ASSERT_EQ(tower.totalByteSize(), 34u * 32u);
+    EXPECT_STREQ("stripes", tower.material().data());
+    EXPECT_EQ(32u, tower.count());
+    ASSERT_EQ(32u, tower.bytesPerVertex());
+    ASSERT_EQ(34u * 32u, tower.totalByteSize());
     expectUnitNormals(tower, "tower");
     constexpr float circle = 6.2831853f;
     for (std::size_t i = 0; i < 34; ++i) {
@@ -490,12 +490,12 @@ TEST_F(LighthouseTest, TowerTapersAndWearsItsTextureOnceAround)
 TEST_F(LighthouseTest, BuoyHasAHullAndAMast)
 {
     const auto& primitives = valueOf(scene().geometryTable(), "buoy-body")->mesh().primitives();
-    ASSERT_EQ(primitives.size(), 2u);
-    EXPECT_STREQ(primitives[0]->material().data(), "red");
+    ASSERT_EQ(2u, primitives.size());
+    EXPECT_STREQ("red", primitives[0]->material().data());
     EXPECT_EQ(primitives[0]->count(), 12u + 24u + 24u + 12u);
-    EXPECT_STREQ(primitives[1]->material().data(), "stone");
-    EXPECT_EQ(primitives[1]->count(), 24u);
-    EXPECT_EQ(primitives[1]->totalByteSize(), 24u * 24u);
+    EXPECT_STREQ("stone", primitives[1]->material().data());
+    EXPECT_EQ(24u, primitives[1]->count());
+    EXPECT_EQ(24u * 24u, primitives[1]->totalByteSize());
     expectUnitNormals(*primitives[0], "hull");
     expectUnitNormals(*primitives[1], "mast");
 }
@@ -503,13 +503,13 @@ TEST_F(LighthouseTest, BuoyHasAHullAndAMast)
 TEST_F(LighthouseTest, FlagIsAClothOnAPole)
 {
     const auto& primitives = valueOf(scene().geometryTable(), "flag-cloth")->mesh().primitives();
-    ASSERT_EQ(primitives.size(), 2u);
-    EXPECT_STREQ(primitives[0]->material().data(), "cloth");
-    EXPECT_EQ(primitives[0]->count(), 16u);               // eight cells
-    EXPECT_EQ(primitives[0]->totalByteSize(), 18u * 32u); // nine places along the lower edge and nine above
-    EXPECT_STREQ(primitives[1]->material().data(), "stone");
-    EXPECT_EQ(primitives[1]->count(), 10u); // four sides and the top
-    EXPECT_EQ(primitives[1]->totalByteSize(), 20u * 24u);
+    ASSERT_EQ(2u, primitives.size());
+    EXPECT_STREQ("cloth", primitives[0]->material().data());
+    EXPECT_EQ(16u, primitives[0]->count());               // eight cells
+    EXPECT_EQ(18u * 32u, primitives[0]->totalByteSize()); // nine places along the lower edge and nine above
+    EXPECT_STREQ("stone", primitives[1]->material().data());
+    EXPECT_EQ(10u, primitives[1]->count()); // four sides and the top
+    EXPECT_EQ(20u * 24u, primitives[1]->totalByteSize());
     expectUnitNormals(*primitives[0], "cloth");
     expectUnitNormals(*primitives[1], "pole");
 }
@@ -518,16 +518,16 @@ TEST_F(LighthouseTest, FlagIsAClothOnAPole)
 TEST_F(LighthouseTest, SeaIsADiscToTheHorizon)
 {
     libVideo::Primitive& sea = trianglesOf(scene(), "sea-water");
-    EXPECT_STREQ(sea.material().data(), "water");
-    EXPECT_EQ(sea.count(), 32u);
-    ASSERT_EQ(sea.bytesPerVertex(), 32u);
-    ASSERT_EQ(sea.totalByteSize(), 33u * 32u); // the middle, and 32 places on the rim
+    EXPECT_STREQ("water", sea.material().data());
+    EXPECT_EQ(32u, sea.count());
+    ASSERT_EQ(32u, sea.bytesPerVertex());
+    ASSERT_EQ(33u * 32u, sea.totalByteSize()); // the middle, and 32 places on the rim
     for (std::size_t i = 0; i < 33; ++i) {
         const std::vector<float> vertex = vertexAt(sea, i);
         const float radius = std::hypot(vertex[0], vertex[2]);
         EXPECT_TRUE(radius == 0.0f || std::abs(radius - 1.0f) < 2e-4f) << i;
-        EXPECT_EQ(vertex[1], 0.0f) << i;
-        EXPECT_EQ(vertex[4], 1.0f) << i << ": upright";
+        EXPECT_EQ(0.0f, vertex[1]) << i;
+        EXPECT_EQ(1.0f, vertex[4]) << i << ": upright";
         EXPECT_NEAR(vertex[6], 500.0f * vertex[0], 0.05f) << i;
         EXPECT_NEAR(vertex[7], -500.0f * vertex[2], 0.05f) << i;
     }
@@ -537,9 +537,9 @@ TEST_F(LighthouseTest, SeaIsADiscToTheHorizon)
 TEST_F(LighthouseTest, RockIsRough)
 {
     libVideo::Primitive& rock = trianglesOf(scene(), "rock-body");
-    EXPECT_STREQ(rock.material().data(), "stone");
+    EXPECT_STREQ("stone", rock.material().data());
     EXPECT_EQ(rock.count(), 4u * 17u * 2u + 17u);
-    EXPECT_EQ(rock.bytesPerVertex(), 24u);
+    EXPECT_EQ(24u, rock.bytesPerVertex());
     expectUnitNormals(rock, "rock");
 }
 
@@ -549,13 +549,13 @@ TEST_F(LighthouseTest, RockIsRough)
 TEST_F(LighthouseTest, GalleryHasAWalkIronAndPanes)
 {
     const auto& primitives = valueOf(scene().geometryTable(), "gallery-body")->mesh().primitives();
-    ASSERT_EQ(primitives.size(), 3u);
-    EXPECT_STREQ(primitives[0]->material().data(), "red");
+    ASSERT_EQ(3u, primitives.size());
+    EXPECT_STREQ("red", primitives[0]->material().data());
     EXPECT_EQ(primitives[0]->count(), 24u * (2u + 2u + 1u));
-    EXPECT_STREQ(primitives[1]->material().data(), "iron");
+    EXPECT_STREQ("iron", primitives[1]->material().data());
     EXPECT_EQ(primitives[1]->count(), 24u * 4u * 2u + 24u * 4u * 2u + 12u * 2u * 2u + 12u * (5u * 2u + 1u));
-    EXPECT_STREQ(primitives[2]->material().data(), "panes");
-    EXPECT_EQ(primitives[2]->count(), 12u * 2u);
+    EXPECT_STREQ("panes", primitives[2]->material().data());
+    EXPECT_EQ(12u * 2u, primitives[2]->count());
     for (const auto& primitive : primitives) {
         expectUnitNormals(*primitive, primitive->material().data());
     }
@@ -585,7 +585,7 @@ TEST_F(LighthouseTest, MaterialsAreThoseOfTheirEffects)
         {"glass", 60, {0.6f, 0.5f, 0.2f}, {0.3f, 0.27f, 0.15f}, {1, 0.9f, 0.5f}, {1, 1, 1}},
         {"iron", 16, {0, 0, 0}, {0.03f, 0.03f, 0.04f}, {0.12f, 0.14f, 0.18f}, {0.35f, 0.35f, 0.4f}},
         {"panes", 40, {0, 0, 0}, {0.1f, 0.12f, 0.15f}, {0.55f, 0.7f, 0.8f}, {1, 1, 1}}};
-    EXPECT_EQ(scene().blinnMaterialTable().size(), 8u);
+    EXPECT_EQ(8u, scene().blinnMaterialTable().size());
     for (const Shading& shading : shadings) {
         const std::string symbol = shading.symbol;
         const auto& values = valueOf(scene().blinnMaterialTable(), symbol)->component();
@@ -621,7 +621,7 @@ TEST_F(LighthouseTest, TowerFlagAndSeaHaveTexturesBesideTheDocument)
 // From 14, 9, 32 the foot of the tower lies at 0, 1.5, 0 below the rock: the view takes nodes without their parents.
 TEST_F(LighthouseTest, CameraLooksAtTheTower)
 {
-    ASSERT_EQ(scene().cameraList().size(), 1u);
+    ASSERT_EQ(1u, scene().cameraList().size());
     const libVideo::CameraInstance& camera = *scene().cameraList()[0];
     EXPECT_EQ(camera.node().get(), &node("viewer"));
     EXPECT_EQ(camera.lookAtNode().get(), &node("tower"));
@@ -636,15 +636,15 @@ TEST_F(LighthouseTest, CameraLooksAtTheTower)
 
 TEST_F(LighthouseTest, SunHazeAndBeamShine)
 {
-    ASSERT_EQ(scene().pointLightList().size(), 2u);
+    ASSERT_EQ(2u, scene().pointLightList().size());
     EXPECT_EQ(scene().pointLightList()[0]->node().get(), &node("sun"));
     EXPECT_EQ(scene().pointLightList()[1]->node().get(), &node("haze"));
-    ASSERT_EQ(scene().spotLightList().size(), 1u);
+    ASSERT_EQ(1u, scene().spotLightList().size());
     const libVideo::SpotLightInstance& beam = *scene().spotLightList()[0];
     EXPECT_EQ(beam.node().get(), &node("beam-node"));
     EXPECT_EQ(beam.lookatNode().get(), &node("buoy"));
-    EXPECT_EQ(beam.spotLight()->innerConeAngle(), 25.0f);
-    EXPECT_EQ(beam.spotLight()->outerConeAngle(), 35.0f);
+    EXPECT_EQ(25.0f, beam.spotLight()->innerConeAngle());
+    EXPECT_EQ(35.0f, beam.spotLight()->outerConeAngle());
 }
 
 } // namespace

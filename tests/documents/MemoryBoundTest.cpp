@@ -1,4 +1,5 @@
 #include "support/ColladaBuilder.h"
+#include "support/Rows.h"
 
 #include <vesk/Exception.h>
 #include <vesk/Logging.h>
@@ -13,7 +14,6 @@
 #include <fstream>
 #include <functional>
 #include <optional>
-#include <ostream>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -26,104 +26,31 @@ namespace {
 
 using libVideo::Scene;
 using testSupport::ColladaBuilder;
+using testSupport::rowName;
 using testSupport::TemporaryFile;
 
-std::string repeated(const std::string& text, unsigned count)
-{
-    std::string all;
-    for (unsigned i = 0; i < count; ++i) {
-        all += text;
-    }
-    return all;
-}
+std::string repeated(const std::string& text, unsigned count);
 
 // The most memory of a process that loads a document, in bytes; nothing if it did not come to its end.
-std::optional<std::uint64_t> peakOfLoad(const std::string& path)
-{
-    int ends[2] = {};
-    if (pipe(ends) != 0) {
-        return std::nullopt;
-    }
-    const pid_t child = fork();
-    if (child == 0) {
-        vesk::LogFactory::setHandler(
-            [](const vesk::Logger&, vesk::LoggerPriority::LOGGER_PRIORITY, const vesk::String&) {});
-        const auto peak = [] {
-            rusage usage = {};
-            getrusage(RUSAGE_SELF, &usage);
-            return static_cast<std::uint64_t>(usage.ru_maxrss) * 1'024;
-        };
-        std::ofstream("/proc/self/clear_refs") << "5"; // forgets the peak of the tests before, where it can
-        const std::uint64_t before = peak();
-        try {
-            Scene scene;
-            static_cast<void>(scene.createFromCollada(path.c_str()));
-        } catch (const vesk::Exception&) {
-            // the document's own
-        }
-        const std::uint64_t taken = peak() - before;
-        const bool isTold = write(ends[1], &taken, sizeof taken) == sizeof taken;
-        _exit(isTold ? 0 : 1);
-    }
-    close(ends[1]);
-    std::uint64_t taken = 0;
-    const bool isHeard = read(ends[0], &taken, sizeof taken) == sizeof taken;
-    close(ends[0]);
-    int status = 0;
-    waitpid(child, &status, 0);
-    return isHeard && WIFEXITED(status) && WEXITSTATUS(status) == 0 ? std::optional(taken) : std::nullopt;
-}
+std::optional<std::uint64_t> peakOfLoad(const std::string& path);
 
-struct Row {
-    const char* name;
+struct Row : testSupport::Row {
     std::function<std::string()> libraries;
 };
 
-std::ostream& operator<<(std::ostream& stream, const Row& row)
-{
-    return stream << row.name;
-}
-
 const std::string array = "<float_array id='a' count='3'>1 2 3</float_array>";
 
-std::string source(const std::string& params, unsigned count = 1, unsigned stride = 3)
-{
-    return "<source id='s'>" + array + "<technique_common><accessor source='#a' count='" + std::to_string(count) +
-           "' stride='" + std::to_string(stride) + "'>" + params + "</accessor></technique_common></source>";
-}
+std::string source(const std::string& params, unsigned count = 1, unsigned stride = 3);
 
 std::string mesh(const std::string& content)
 {
     return "<library_geometries><geometry id='g'><mesh>" + content + "</mesh></geometry></library_geometries>";
 }
 
-std::string cloud(const std::string& sourceText, unsigned inputs)
-{
-    return mesh(sourceText + "<vertices id='v'>" + repeated("<input semantic='POSITION' source='#s'/>", inputs) +
-                "</vertices>");
-}
+std::string cloud(const std::string& sourceText, unsigned inputs);
+std::string triangles(const std::string& sourceText, unsigned inputs, unsigned corners);
 
-std::string triangles(const std::string& sourceText, unsigned inputs, unsigned corners)
-{
-    std::string indices;
-    for (unsigned i = 0; i < corners; ++i) {
-        indices += "0 " + std::to_string(i) + " ";
-    }
-    return mesh(sourceText + "<triangles count='" + std::to_string(corners / 3) + "'>" +
-                repeated("<input semantic='POSITION' source='#s' offset='0'/>", inputs) +
-                "<input semantic='NORMAL' source='#nothing' offset='1'/><p>" + indices + "</p></triangles>");
-}
-
-std::string animations(unsigned count, const std::string& inputs, const std::string& sources)
-{
-    std::string all;
-    for (unsigned i = 0; i < count; ++i) {
-        const std::string number = std::to_string(i);
-        all += "<animation><sampler id='m" + number + "'>" + inputs + "</sampler><channel source='#m" + number +
-               "' target='n/t'/></animation>";
-    }
-    return "<library_animations><animation>" + sources + "</animation>" + all + "</library_animations>";
-}
+std::string animations(unsigned count, const std::string& inputs, const std::string& sources);
 
 class MemoryBoundTest : public testing::TestWithParam<Row> {};
 
@@ -182,7 +109,88 @@ INSTANTIATE_TEST_SUITE_P(
                     300, "<input semantic='INPUT' source='#s'/>",
                     "<source id='s'><technique_common><accessor count='1048576'/></technique_common></source>");
             }}),
-    [](const auto& row) { return std::string(row.param.name); });
+    rowName);
+
+// --- what the tests are written with ---
+
+std::string repeated(const std::string& text, unsigned count)
+{
+    std::string all;
+    for (unsigned i = 0; i < count; ++i) {
+        all += text;
+    }
+    return all;
+}
+
+std::optional<std::uint64_t> peakOfLoad(const std::string& path)
+{
+    int ends[2] = {};
+    if (pipe(ends) != 0) {
+        return std::nullopt;
+    }
+    const pid_t child = fork();
+    if (child == 0) {
+        vesk::LogFactory::setHandler(
+            [](const vesk::Logger&, vesk::LoggerPriority::LOGGER_PRIORITY, const vesk::String&) {});
+        const auto peak = [] {
+            rusage usage = {};
+            getrusage(RUSAGE_SELF, &usage);
+            return static_cast<std::uint64_t>(usage.ru_maxrss) * 1'024;
+        };
+        std::ofstream("/proc/self/clear_refs") << "5"; // forgets the peak of the tests before, where it can
+        const std::uint64_t before = peak();
+        try {
+            Scene scene;
+            static_cast<void>(scene.createFromCollada(path.c_str()));
+        } catch (const vesk::Exception&) {
+            // the document's own
+        }
+        const std::uint64_t taken = peak() - before;
+        const bool isTold = write(ends[1], &taken, sizeof taken) == sizeof taken;
+        _exit(isTold ? 0 : 1);
+    }
+    close(ends[1]);
+    std::uint64_t taken = 0;
+    const bool isHeard = read(ends[0], &taken, sizeof taken) == sizeof taken;
+    close(ends[0]);
+    int status = 0;
+    waitpid(child, &status, 0);
+    return isHeard && WIFEXITED(status) && WEXITSTATUS(status) == 0 ? std::optional(taken) : std::nullopt;
+}
+
+std::string source(const std::string& params, unsigned count, unsigned stride)
+{
+    return "<source id='s'>" + array + "<technique_common><accessor source='#a' count='" + std::to_string(count) +
+           "' stride='" + std::to_string(stride) + "'>" + params + "</accessor></technique_common></source>";
+}
+
+std::string cloud(const std::string& sourceText, unsigned inputs)
+{
+    return mesh(sourceText + "<vertices id='v'>" + repeated("<input semantic='POSITION' source='#s'/>", inputs) +
+                "</vertices>");
+}
+
+std::string triangles(const std::string& sourceText, unsigned inputs, unsigned corners)
+{
+    std::string indices;
+    for (unsigned i = 0; i < corners; ++i) {
+        indices += "0 " + std::to_string(i) + " ";
+    }
+    return mesh(sourceText + "<triangles count='" + std::to_string(corners / 3) + "'>" +
+                repeated("<input semantic='POSITION' source='#s' offset='0'/>", inputs) +
+                "<input semantic='NORMAL' source='#nothing' offset='1'/><p>" + indices + "</p></triangles>");
+}
+
+std::string animations(unsigned count, const std::string& inputs, const std::string& sources)
+{
+    std::string all;
+    for (unsigned i = 0; i < count; ++i) {
+        const std::string number = std::to_string(i);
+        all += "<animation><sampler id='m" + number + "'>" + inputs + "</sampler><channel source='#m" + number +
+               "' target='n/t'/></animation>";
+    }
+    return "<library_animations><animation>" + sources + "</animation>" + all + "</library_animations>";
+}
 
 } // namespace
 

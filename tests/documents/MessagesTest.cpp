@@ -1,22 +1,8 @@
 #include "support/ColladaBuilder.h"
 #include "support/LogCapture.h"
+#include "support/Rows.h"
 
-#include <vesk/Array.h>
-#include <vesk/String.h>
-
-#include <libVideo/SceneGraph/Animation.h>
-#include <libVideo/SceneGraph/Camera.h>
-#include <libVideo/SceneGraph/Geometry.h>
-#include <libVideo/SceneGraph/Instance.h>
-#include <libVideo/SceneGraph/Light.h>
-#include <libVideo/SceneGraph/Material.h>
-#include <libVideo/SceneGraph/Primitive.h>
-#include <libVideo/SceneGraph/Scene.h>
-#include <libVideo/SceneGraph/Source.h>
-#include <libVideo/SceneGraph/Texture.h>
-#include <libVideo/SceneGraph/VisualScene.h>
-
-#include <libVideo/ColladaDom.h>
+#include <libVideo/SceneGraph.h>
 
 #include <algorithm>
 #include <cctype>
@@ -27,7 +13,6 @@
 #include <functional>
 #include <iterator>
 #include <map>
-#include <ostream>
 #include <regex>
 #include <set>
 #include <stdexcept>
@@ -44,18 +29,57 @@ namespace {
 
 using libVideo::Scene;
 using libVideo::VisualScene;
-using testSupport::ColladaBuilder;
-using testSupport::LogCapture;
-using testSupport::LogLine;
-using testSupport::TemporaryFile;
-
-// --- what causes a message ---
+using namespace testSupport;
 
 /// What came of a load or a call, as text, and the document if there was one.
 struct Outcome {
     std::string result;
     std::string path;
 };
+
+struct Message : Row {
+    const char* channel;               ///< without "libVideo."
+    const char* pattern;               ///< the words, with "{}" for each value
+    std::vector<std::string> values;   ///< "$FILE" stands for the path of the document
+    std::function<Outcome()> cause;    ///< none if nothing leads there
+    const char* result;                ///< of the cause; without one, why there is none
+    std::vector<std::string> others{}; ///< the words of further lines, in order
+};
+
+const std::vector<Message>& messages();
+/// Those that something leads to.
+std::vector<Message> reachable();
+std::string channelOf(const Message& row);
+/// The pattern with the values in their places.
+std::string wordsOf(const Message& row, const std::string& path);
+
+class MessagesTest : public testing::TestWithParam<Message> {};
+
+TEST_P(MessagesTest, IsLoggedOnceWithItsWordsOnItsChannel)
+{
+    const Message& row = GetParam();
+    const LogCapture log;
+    const Outcome outcome = row.cause();
+    EXPECT_EQ(row.result, outcome.result);
+
+    const std::string words = wordsOf(row, outcome.path);
+    std::vector<std::string> others;
+    unsigned found = 0;
+    for (const LogLine& line : log.lines()) {
+        EXPECT_EQ(3, line.priority) << line.text;
+        if (line.channel == channelOf(row) && line.words() == words) {
+            ++found;
+        } else {
+            others.push_back(line.words());
+        }
+    }
+    EXPECT_EQ(1u, found) << "'" << words << "' in\n" << log.text();
+    EXPECT_EQ(row.others, others);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, MessagesTest, testing::ValuesIn(reachable()), rowName);
+
+// --- what causes a message ---
 
 std::string number(double value)
 {
@@ -452,111 +476,54 @@ std::string imageShownOften()
 
 // --- the table ---
 
-struct Message {
-    const char* name;
-    const char* channel;               ///< without "libVideo."
-    const char* pattern;               ///< the words, with "{}" for each value
-    std::vector<std::string> values;   ///< "$FILE" stands for the path of the document
-    std::function<Outcome()> cause;    ///< none if nothing leads there
-    const char* result;                ///< of the cause; without one, why there is none
-    std::vector<std::string> others{}; ///< the words of further lines, in order
-};
-
-void PrintTo(const Message& row, std::ostream* out)
-{
-    *out << row.name;
-}
-
 std::vector<Message> animationMessages()
 {
     const std::string times = floatCurve("INPUT", 2, "1 2", "count='2'");
     return {
-        {"AnimationListWithoutADocument",
-         "animation",
-         "Cannot create an animation list from a NULL domCOLLADA pointer",
-         {},
-         host([] {
+        {"AnimationListWithoutADocument", "animation", "Cannot create an animation list from a NULL domCOLLADA pointer",
+         texts(), host([] {
              return withoutDocument<libVideo::AnimationHandle>([](auto& list) {
                  DAE dae(nullptr, nullptr, "1.4.1");
                  return libVideo::createAnimationListFromCollada(nullptr, dae, list);
              });
          }),
          "0, 1 kept"},
-        {"AnimationWithoutAChannel",
-         "animation",
-         "Cannot create an animation without a channel element.",
-         {},
-         document("<library_animations><animation/></library_animations>", bareNode),
-         "true"},
-        {"AnimationFromNothing",
-         "animation",
-         "Cannot create an animation without a channel that points to a valid sampler element.",
-         {},
+        {"AnimationWithoutAChannel", "animation", "Cannot create an animation without a channel element.", texts(),
+         document("<library_animations><animation/></library_animations>", bareNode), "true"},
+        {"AnimationFromNothing", "animation",
+         "Cannot create an animation without a channel that points to a valid sampler element.", texts(),
          document("<library_animations><animation><channel source='#nowhere' target='n/t'/></animation>"
                   "</library_animations>",
                   bareNode),
          "true"},
-        {"AnimationFromANode",
-         "animation",
-         "Cannot create an animation without a channel that points to a valid sampler element.",
-         {},
+        {"AnimationFromANode", "animation",
+         "Cannot create an animation without a channel that points to a valid sampler element.", texts(),
          document("<library_animations><animation><channel source='#n' target='n/t'/></animation>"
                   "</library_animations>",
                   bareNode + "<node id='n'/>"),
          "true"},
-        {"AnimationWithoutAnInput",
-         "animation",
-         "Cannot create an animation without any input.",
-         {},
-         document(animation("", ""), bareNode),
-         "true"},
-        {"AnimationOfDifferentCounts",
-         "animation",
-         "Cannot create an animation because the counts of all the inputs do not match.",
-         {},
+        {"AnimationWithoutAnInput", "animation", "Cannot create an animation without any input.", texts(),
+         document(animation("", ""), bareNode), "true"},
+        {"AnimationOfDifferentCounts", "animation",
+         "Cannot create an animation because the counts of all the inputs do not match.", texts(),
          document(animation(times + floatCurve("OUTPUT", 3, "1 2 3", "count='3'"), input("INPUT") + input("OUTPUT")),
                   bareNode),
          "true"},
-        {"AnimationBeyondItsArray",
-         "animation",
-         "Cannot create an animation because an array is shorter than its accessor says.",
-         {},
-         document(animation(floatCurve("INPUT", 2, "1 2", "count='3'"), input("INPUT")), bareNode),
-         "true"},
-        {"AnimationsOfMoreKeysThanTheDocumentAllows",
-         "animation",
-         tooMuch,
-         {},
-         document(unbackedCurves(15), bareNode),
-         "true"},
-        {"AnimationOfMoreValuesThanTheDocumentAllows",
-         "animation",
-         tooMuch,
-         {},
-         document(curveOfManyOutputs(260), bareNode),
-         "true"},
-        {"AnimationOfColors",
-         "animation",
-         "Cannot create a float evolution input from: {}",
-         {"3"},
-         document(animation(floatCurve("COLOR", 2, "1 2", "count='2'"), input("COLOR")), bareNode),
-         "true"},
-        {"AnimationOfUnknownFloats",
-         "animation",
-         "Cannot create a float evolution input from: {}",
-         {"15"},
-         document(animation(floatCurve("SPEED", 2, "1 2", "count='2'"), input("SPEED")), bareNode),
-         "true"},
-        {"AnimationOfNamesAsTimes",
-         "animation",
-         "Cannot create a name evolution input from: {}, with a stride of: {}",
-         {"10", "1"},
-         document(animation(nameCurve("INPUT", "count='2'"), input("INPUT")), bareNode),
-         "true"},
-        {"AnimationOfNamesInPairs",
-         "animation",
-         "Cannot create a name evolution input from: {}, with a stride of: {}",
-         {"12", "2"},
+        {"AnimationBeyondItsArray", "animation",
+         "Cannot create an animation because an array is shorter than its accessor says.", texts(),
+         document(animation(floatCurve("INPUT", 2, "1 2", "count='3'"), input("INPUT")), bareNode), "true"},
+        {"AnimationsOfMoreKeysThanTheDocumentAllows", "animation", tooMuch, texts(),
+         document(unbackedCurves(15), bareNode), "true"},
+        {"AnimationOfMoreValuesThanTheDocumentAllows", "animation", tooMuch, texts(),
+         document(curveOfManyOutputs(260), bareNode), "true"},
+        {"AnimationOfColors", "animation", "Cannot create a float evolution input from: {}", texts("3"),
+         document(animation(floatCurve("COLOR", 2, "1 2", "count='2'"), input("COLOR")), bareNode), "true"},
+        {"AnimationOfUnknownFloats", "animation", "Cannot create a float evolution input from: {}", texts("15"),
+         document(animation(floatCurve("SPEED", 2, "1 2", "count='2'"), input("SPEED")), bareNode), "true"},
+        {"AnimationOfNamesAsTimes", "animation", "Cannot create a name evolution input from: {}, with a stride of: {}",
+         texts("10", "1"), document(animation(nameCurve("INPUT", "count='2'"), input("INPUT")), bareNode), "true"},
+        {"AnimationOfNamesInPairs", "animation", "Cannot create a name evolution input from: {}, with a stride of: {}",
+         texts("12", "2"),
          document(animation(nameCurve("INTERPOLATION", "count='1' stride='2'"), input("INTERPOLATION")), bareNode),
          "true"},
     };
@@ -565,56 +532,27 @@ std::vector<Message> animationMessages()
 std::vector<Message> cameraAndLightMessages()
 {
     return {
-        {"CameraWithoutACommonTechnique",
-         "camera",
-         "Camera {} does not have a common technique",
-         {"Eye"},
-         loadCamera(camera("<optics/>")),
-         "false"},
-        {"CameraWithoutOptics",
-         "camera",
-         "Camera {} does not have a common technique",
-         {"Eye"},
-         loadCamera(camera("")),
-         "false"},
-        {"CameraWithoutPerspective",
-         "camera",
-         "Camera {} does not have perspective optics",
-         {"Eye"},
-         loadCamera(camera("<optics><technique_common/></optics>")),
-         "false"},
-        {"CameraWithoutNearPlane",
-         "camera",
-         "Camera {} does not have near plane data",
-         {"Eye"},
-         loadCamera(camera(perspective("<xfov>90</xfov><yfov>90</yfov><zfar>5</zfar>"))),
-         "false"},
-        {"CameraWithoutFarPlane",
-         "camera",
-         "Camera {} does not have far plane data",
-         {"Eye"},
-         loadCamera(camera(perspective("<xfov>90</xfov><yfov>90</yfov><znear>5</znear>"))),
-         "false"},
-        {"CameraOfOneAngle",
-         "camera",
-         "Camera :{} does not have required aspect ratio data",
-         {"Eye"},
+        {"CameraWithoutACommonTechnique", "camera", "Camera {} does not have a common technique", texts("Eye"),
+         loadCamera(camera("<optics/>")), "false"},
+        {"CameraWithoutOptics", "camera", "Camera {} does not have a common technique", texts("Eye"),
+         loadCamera(camera("")), "false"},
+        {"CameraWithoutPerspective", "camera", "Camera {} does not have perspective optics", texts("Eye"),
+         loadCamera(camera("<optics><technique_common/></optics>")), "false"},
+        {"CameraWithoutNearPlane", "camera", "Camera {} does not have near plane data", texts("Eye"),
+         loadCamera(camera(perspective("<xfov>90</xfov><yfov>90</yfov><zfar>5</zfar>"))), "false"},
+        {"CameraWithoutFarPlane", "camera", "Camera {} does not have far plane data", texts("Eye"),
+         loadCamera(camera(perspective("<xfov>90</xfov><yfov>90</yfov><znear>5</znear>"))), "false"},
+        {"CameraOfOneAngle", "camera", "Camera :{} does not have required aspect ratio data", texts("Eye"),
          document("<library_cameras>" + camera(perspective("<xfov>90</xfov><znear>1</znear><zfar>5</zfar>")) +
                       "</library_cameras>",
                   "<node/>"),
          "true"},
-        {"CameraOfNoAngle",
-         "camera",
-         "Camera :{} does not have required aspect ratio data",
-         {""},
+        {"CameraOfNoAngle", "camera", "Camera :{} does not have required aspect ratio data", texts(""),
          document("<library_cameras><camera id='bad'>" + perspective("<znear>1</znear><zfar>5</zfar>") +
                       "</camera></library_cameras>",
                   "<node/>"),
          "true"},
-        {"CameraListWithoutADocument",
-         "camera",
-         "Cannot create a camera list from a NULL domCOLLADA pointer",
-         {},
+        {"CameraListWithoutADocument", "camera", "Cannot create a camera list from a NULL domCOLLADA pointer", texts(),
          host([] {
              return withoutDocument<libVideo::CameraHandle>([](auto& list) {
                  DAE dae(nullptr, nullptr, "1.4.1");
@@ -622,50 +560,28 @@ std::vector<Message> cameraAndLightMessages()
              });
          }),
          "0, 1 kept"},
-        {"PointLightListWithoutADocument",
-         "light",
-         "Cannot create a camera list from a NULL domCOLLADA pointer",
-         {},
-         host([] {
+        {"PointLightListWithoutADocument", "light", "Cannot create a camera list from a NULL domCOLLADA pointer",
+         texts(), host([] {
              return withoutDocument<libVideo::PointLightHandle>(
                  [](auto& list) { return libVideo::createPointLightListFromCollada(nullptr, list); });
          }),
          "0, 1 kept"},
-        {"SpotLightListWithoutADocument",
-         "light",
-         "Cannot create a camera list from a NULL domCOLLADA pointer",
-         {},
-         host([] {
+        {"SpotLightListWithoutADocument", "light", "Cannot create a camera list from a NULL domCOLLADA pointer",
+         texts(), host([] {
              return withoutDocument<libVideo::SpotLightHandle>([](auto& list) {
                  DAE dae(nullptr, nullptr, "1.4.1");
                  return libVideo::createSpotLightListFromCollada(nullptr, dae, list);
              });
          }),
          "0, 1 kept"},
-        {"PointLightWithoutColor",
-         "light",
-         "PointLight has no color component",
-         {},
-         document(lightWith("<point/>"), litNode, pointColor),
-         "true, 1 1"},
-        {"SpotLightWithoutColor",
-         "light",
-         "SpotLight has no color component",
-         {},
-         document(lightWith("<spot/>"), litNode + "<node/>", spotColor),
-         "true, 1 1"},
-        {"PointLightOfTwoColors",
-         "light",
-         "Color has fewer than three values",
-         {},
-         document(lightWith("<point><color>0.5 0.25</color></point>"), litNode, pointColor),
-         "true, 1 1"},
-        {"SpotLightOfTwoColors",
-         "light",
-         "Color has fewer than three values",
-         {},
-         document(lightWith("<spot><color>0.5 0.25</color></spot>"), litNode + "<node/>", spotColor),
-         "true, 1 1"},
+        {"PointLightWithoutColor", "light", "PointLight has no color component", texts(),
+         document(lightWith("<point/>"), litNode, pointColor), "true, 1 1"},
+        {"SpotLightWithoutColor", "light", "SpotLight has no color component", texts(),
+         document(lightWith("<spot/>"), litNode + "<node/>", spotColor), "true, 1 1"},
+        {"PointLightOfTwoColors", "light", "Color has fewer than three values", texts(),
+         document(lightWith("<point><color>0.5 0.25</color></point>"), litNode, pointColor), "true, 1 1"},
+        {"SpotLightOfTwoColors", "light", "Color has fewer than three values", texts(),
+         document(lightWith("<spot><color>0.5 0.25</color></spot>"), litNode + "<node/>", spotColor), "true, 1 1"},
     };
 }
 
@@ -677,48 +593,25 @@ std::vector<Message> instanceMessages()
     };
     const std::string viewer = "<node id='n'><instance_camera url='#eye'/></node>";
     return {
-        {"CameraInstanceOfNothing",
-         "instance",
-         "domInstance_camera does not point to a camera element",
-         {},
+        {"CameraInstanceOfNothing", "instance", "domInstance_camera does not point to a camera element", texts(),
          document("", "<node id='n'><instance_camera url='#nowhere'/></node>", instancesOf),
          "true, 0 cameras, 0 points, 0 spots"},
-        {"CameraInstanceOfANode",
-         "instance",
-         "Cannot find camera source {} for this instance",
-         {"n"},
+        {"CameraInstanceOfANode", "instance", "Cannot find camera source {} for this instance", texts("n"),
          document("", "<node id='n'><instance_camera url='#n'/></node>", instancesOf),
          "true, 0 cameras, 0 points, 0 spots"},
-        {"CameraInstanceThatLooksAtNothing",
-         "instance",
-         "Cannot find lookat node {} from camera list",
-         {""},
-         document(library(""), viewer, instancesOf),
-         "true, 1 cameras, 0 points, 0 spots"},
-        {"CameraInstanceThatLooksAtAnotherCase",
-         "instance",
-         "Cannot find lookat node {} from camera list",
-         {"N"},
+        {"CameraInstanceThatLooksAtNothing", "instance", "Cannot find lookat node {} from camera list", texts(""),
+         document(library(""), viewer, instancesOf), "true, 1 cameras, 0 points, 0 spots"},
+        {"CameraInstanceThatLooksAtAnotherCase", "instance", "Cannot find lookat node {} from camera list", texts("N"),
          document(library("<extra><technique profile='FCOLLADA'><target>#N</target></technique></extra>"), viewer,
                   instancesOf),
          "true, 1 cameras, 0 points, 0 spots"},
-        {"SpotInstanceThatLooksAtNothing",
-         "instance",
-         "Cannot resolve lookAtNode with id {}",
-         {""},
+        {"SpotInstanceThatLooksAtNothing", "instance", "Cannot resolve lookAtNode with id {}", texts(""),
          document(lightWith("<spot><color>1 1 1</color></spot>"), litNode, instancesOf),
          "true, 0 cameras, 0 points, 1 spots"},
-        {"SpotInstanceThatLooksAtAnotherCase",
-         "instance",
-         "Cannot resolve lookAtNode with id {}",
-         {"N"},
-         document(spotTarget("N"), litNode, instancesOf),
-         "true, 0 cameras, 0 points, 1 spots"},
-        {"DirectionOfASpotInstanceWithoutNodes",
-         "instance",
-         "SpotLightInstace does not have valid internal nodes",
-         {},
-         host([] {
+        {"SpotInstanceThatLooksAtAnotherCase", "instance", "Cannot resolve lookAtNode with id {}", texts("N"),
+         document(spotTarget("N"), litNode, instancesOf), "true, 0 cameras, 0 points, 1 spots"},
+        {"DirectionOfASpotInstanceWithoutNodes", "instance", "SpotLightInstace does not have valid internal nodes",
+         texts(), host([] {
              const auto direction = libVideo::SpotLightInstance().lookAtVector();
              return number(double(direction[0])) + " " + number(double(direction[1])) + " " +
                     number(double(direction[2]));
@@ -731,75 +624,41 @@ std::vector<Message> sourceMessages()
 {
     const std::string noValues = array("float_array", "s-array", 0, "");
     return {
-        {"AccessorOfMoreParamsThanTheDocumentAllows",
-         "accessor",
-         tooMuch,
-         {},
-         [] { return loadText(sourceAskedForOften(), primitives); },
-         "true, 0 of 0 bytes"},
-        {"AccessorOfNothing",
-         "accessor",
-         "Data source is not a float array {}",
-         {"#nowhere"},
+        {"AccessorOfMoreParamsThanTheDocumentAllows", "accessor", tooMuch, texts(),
+         [] { return loadText(sourceAskedForOften(), primitives); }, "true, 0 of 0 bytes"},
+        {"AccessorOfNothing", "accessor", "Data source is not a float array {}", texts("#nowhere"),
          meshOf(source(place + accessor("source='#nowhere' count='1' stride='3'", xyz)) +
                 triangles(position, "<p/>", 0)),
          "true, 0 of 0 bytes"},
-        {"AccessorOfNames",
-         "accessor",
-         "Data source is not a float array {}",
-         {"Name_array"},
+        {"AccessorOfNames", "accessor", "Data source is not a float array {}", texts("Name_array"),
          meshOf(source(place + accessor("source='#names' count='1' stride='3'", xyz)) +
                 source(array("Name_array", "names", 1, "A"), "other") + triangles(position, "<p/>", 0)),
          "true, 0 of 0 bytes"},
-        {"AccessorBeyondItsArray",
-         "accessor",
-         "Accessor reaches beyond its float array",
-         {},
+        {"AccessorBeyondItsArray", "accessor", "Accessor reaches beyond its float array", texts(),
          meshOf(source(place + accessor("source='#s-array' count='2' stride='3'", xyz)) + triangles(position)),
          "true, 1 of 12 bytes"},
-        {"AccessorWithoutData",
-         "accessor",
-         "No data to read from the accessor",
-         {},
+        {"AccessorWithoutData", "accessor", "No data to read from the accessor", texts(),
          meshOf(source(place + accessor("source='#nowhere' count='1' stride='3'", xyz)) + triangles(position)),
-         "true, 1 of 0 bytes",
-         {"Data source is not a float array #nowhere"}},
-        {"SourceOfNothing", "source", "Element {} is not a source", {"#nowhere"}, makeSource("", "#nowhere"), "empty"},
-        {"SourceThatIsVertices", "source", "Element {} is not a source", {"v"}, makeSource("", "#v"), "empty"},
-        {"SourceWithoutAnArray", "source", "Source has no float array", {}, makeSource(source("")), "empty"},
-        {"SourceLoadedWithoutAnArray",
-         "source",
-         "Source has no float array",
-         {},
-         host([] {
+         "true, 1 of 0 bytes", texts("Data source is not a float array #nowhere")},
+        {"SourceOfNothing", "source", "Element {} is not a source", texts("#nowhere"), makeSource("", "#nowhere"),
+         "empty"},
+        {"SourceThatIsVertices", "source", "Element {} is not a source", texts("v"), makeSource("", "#v"), "empty"},
+        {"SourceWithoutAnArray", "source", "Source has no float array", texts(), makeSource(source("")), "empty"},
+        {"SourceLoadedWithoutAnArray", "source", "Source has no float array", texts(), host([] {
              ColladaBuilder builder(mesh(source("")));
              builder.open();
              libVideo::SourceFloat loaded;
              return answer(loaded.createFromCollada(builder.element<domSource>("s")));
          }),
          "false"},
-        {"SourceOfNoValuesWithoutATechnique",
-         "source",
-         "Not interested in <source> that has no data and accessors",
-         {},
-         makeSource(source(noValues)),
-         "empty"},
-        {"SourceOfNoValuesWithoutParams",
-         "source",
-         "Not interested in <accessor> that has no param",
-         {},
-         makeSource(source(noValues + accessor("source='#s-array' count='1'", ""))),
-         "empty"},
-        {"SourceOfNoValuesOfAnotherType",
-         "source",
-         "Cannot instantiate a Source object with type {}",
-         {"int"},
+        {"SourceOfNoValuesWithoutATechnique", "source", "Not interested in <source> that has no data and accessors",
+         texts(), makeSource(source(noValues)), "empty"},
+        {"SourceOfNoValuesWithoutParams", "source", "Not interested in <accessor> that has no param", texts(),
+         makeSource(source(noValues + accessor("source='#s-array' count='1'", ""))), "empty"},
+        {"SourceOfNoValuesOfAnotherType", "source", "Cannot instantiate a Source object with type {}", texts("int"),
          makeSource(source(noValues + accessor("source='#s-array' count='1'", "<param name='X' type='int'/>"))),
          "empty"},
-        {"SourceOfAnOddStride",
-         "source",
-         "Does not have a matching float data type for stride {}",
-         {"5"},
+        {"SourceOfAnOddStride", "source", "Does not have a matching float data type for stride {}", texts("5"),
          makeSource(source(array("float_array", "s-array", 5, "1 2 3 4 5") +
                            accessor("source='#s-array' count='1' stride='5'", xyz))),
          "a source"},
@@ -809,244 +668,119 @@ std::vector<Message> sourceMessages()
 std::vector<Message> geometryMessages()
 {
     return {
-        {"TrianglesOfMoreBytesThanTheDocumentAllows",
-         "primitive",
-         tooMuch,
-         {},
-         meshOf(heavyTriangles()),
+        {"TrianglesOfMoreBytesThanTheDocumentAllows", "primitive", tooMuch, texts(), meshOf(heavyTriangles()),
          "true, 0 of 0 bytes",
-         {"Accessor reaches beyond its float array", "Element #nothing is not a source",
-          "Does not have a class representation for source nothing"}},
-        {"CloudsOfMoreBytesThanTheDocumentAllows",
-         "primitive",
-         tooMuch,
-         {},
+         texts("Accessor reaches beyond its float array", "Element #nothing is not a source",
+               "Does not have a class representation for source nothing")},
+        {"CloudsOfMoreBytesThanTheDocumentAllows", "primitive", tooMuch, texts(),
          document("<library_geometries>" + unbackedCloud("g") + unbackedCloud("h") + "</library_geometries>",
                   "<node id='n'><instance_geometry url='#g'/><instance_geometry url='#h'/>"
                   "</node>",
                   primitives),
          "true, 1048576 of 67108864 bytes",
-         {"Accessor reaches beyond its float array", "Accessor reaches beyond its float array"}},
-        {"VerticesOfMoreSourcesThanTheDocumentAllows",
-         "input",
-         tooMuch,
-         {},
-         [] { return loadText(verticesAskedForOften(), primitives); },
-         "true, 0 of 0 bytes"},
-        {"GeometryThatIsNoMesh",
-         "geometry",
-         "Program does not handle geometry type other than meshes right now.",
-         {},
+         texts("Accessor reaches beyond its float array", "Accessor reaches beyond its float array")},
+        {"VerticesOfMoreSourcesThanTheDocumentAllows", "input", tooMuch, texts(),
+         [] { return loadText(verticesAskedForOften(), primitives); }, "true, 0 of 0 bytes"},
+        {"GeometryThatIsNoMesh", "geometry", "Program does not handle geometry type other than meshes right now.",
+         texts(),
          document(geometry("<spline><control_vertices><input semantic='POSITION' source='#s'/></control_vertices>"
                            "</spline>"),
                   shownNode, primitives),
          "true, no geometry"},
-        {"MeshThatFails",
-         "geometry",
-         "Mesh instantiation failed",
-         {},
-         nullptr,
+        {"MeshThatFails", "geometry", "Mesh instantiation failed", texts(), nullptr,
          "a mesh without <triangles> and <lines> counts one point cloud, whether that loads or not, so that no mesh "
          "comes out with nothing to show"},
-        {"VerticesOfAnUnknownSemantic",
-         "input",
-         "Does not recognize input semantic {}",
-         {"SPEED"},
+        {"VerticesOfAnUnknownSemantic", "input", "Does not recognize input semantic {}", texts("SPEED"),
          meshOf(goodSource + "<vertices id='v'>" + input("SPEED") +
                 "<input semantic='POSITION' source='#s'/></vertices>"),
          "true, 1 of 12 bytes"},
-        {"VerticesOfAnInvalidType",
-         "input",
-         "Cannot use an invalid type in a vertex layout",
-         {},
-         nullptr,
+        {"VerticesOfAnInvalidType", "input", "Cannot use an invalid type in a vertex layout", texts(), nullptr,
          "a source that is made from a document is of a float type from its start, also when its accessor fails or "
          "has an odd stride; only one made without an element is of the invalid type, and nothing takes such a one"},
-        {"VerticesWithoutASource",
-         "input",
-         "createFromCollada failed",
-         {},
-         meshOf("<vertices id='v'/>"),
+        {"VerticesWithoutASource", "input", "createFromCollada failed", texts(), meshOf("<vertices id='v'/>"),
          "true, 0 of 0 bytes"},
-        {"TrianglesOfAnUnknownSemantic",
-         "input",
-         "Does not recognize input semantic {}",
-         {"SPEED"},
-         meshOf(goodSource + triangles(position + pick("SPEED", "s"))),
-         "true, 1 of 12 bytes"},
-        {"TrianglesOfASourceThatIsNone",
-         "input",
-         "Does not have a class representation for source {}",
-         {"nowhere"},
-         meshOf(goodSource + triangles(position + pick("NORMAL", "nowhere"))),
-         "true, 1 of 12 bytes",
-         {"Element #nowhere is not a source"}},
-        {"TrianglesOfVerticesThatAreNone",
-         "input",
-         "Input is not a <vertices> element {}",
-         {"s"},
-         meshOf(goodSource + triangles(position + pick("VERTEX", "s"))),
-         "true, 1 of 12 bytes"},
-        {"TrianglesOfVerticesThatAreNowhere",
-         "input",
-         "Input is not a <vertices> element {}",
-         {"nowhere"},
-         meshOf(goodSource + triangles(position + pick("VERTEX", "nowhere"))),
-         "true, 1 of 12 bytes"},
-        {"TrianglesWithoutASource",
-         "input",
-         "createFromCollada failed",
-         {},
-         meshOf(goodSource + triangles(pick("SPEED", "s"))),
-         "true, 1 of 0 bytes",
-         {"Does not recognize input semantic SPEED"}},
-        {"TrianglesThatAreNull",
-         "primitive",
-         "NULL domTriangles passed in",
-         {},
-         host([] { return answer(libVideo::TriangleList().createFromCollada(nullptr)); }),
-         "false"},
-        {"TrianglesWithoutAnInput",
-         "primitive",
-         "Skipping <triangles> element with no vertex description",
-         {},
-         meshOf(goodSource + triangles("")),
-         "true, 0 of 0 bytes"},
-        {"TrianglesOfFewerIndices",
-         "primitive",
-         "Triangles have fewer indices than their count",
-         {},
-         meshOf(goodSource + triangles(position, "<p>0 0 0</p>", 2)),
-         "true, 1 of 12 bytes"},
-        {"TrianglesWithoutIndices",
-         "primitive",
-         "Triangles have fewer indices than their count",
-         {},
-         meshOf(goodSource + triangles(position, "")),
-         "true, 0 of 0 bytes"},
-        {"VerticesThatAreNull", "primitive", "NULL domVertices passed", {}, meshOf(""), "true, 0 of 0 bytes"},
+        {"TrianglesOfAnUnknownSemantic", "input", "Does not recognize input semantic {}", texts("SPEED"),
+         meshOf(goodSource + triangles(position + pick("SPEED", "s"))), "true, 1 of 12 bytes"},
+        {"TrianglesOfASourceThatIsNone", "input", "Does not have a class representation for source {}",
+         texts("nowhere"), meshOf(goodSource + triangles(position + pick("NORMAL", "nowhere"))), "true, 1 of 12 bytes",
+         texts("Element #nowhere is not a source")},
+        {"TrianglesOfVerticesThatAreNone", "input", "Input is not a <vertices> element {}", texts("s"),
+         meshOf(goodSource + triangles(position + pick("VERTEX", "s"))), "true, 1 of 12 bytes"},
+        {"TrianglesOfVerticesThatAreNowhere", "input", "Input is not a <vertices> element {}", texts("nowhere"),
+         meshOf(goodSource + triangles(position + pick("VERTEX", "nowhere"))), "true, 1 of 12 bytes"},
+        {"TrianglesWithoutASource", "input", "createFromCollada failed", texts(),
+         meshOf(goodSource + triangles(pick("SPEED", "s"))), "true, 1 of 0 bytes",
+         texts("Does not recognize input semantic SPEED")},
+        {"TrianglesThatAreNull", "primitive", "NULL domTriangles passed in", texts(),
+         host([] { return answer(libVideo::TriangleList().createFromCollada(nullptr)); }), "false"},
+        {"TrianglesWithoutAnInput", "primitive", "Skipping <triangles> element with no vertex description", texts(),
+         meshOf(goodSource + triangles("")), "true, 0 of 0 bytes"},
+        {"TrianglesOfFewerIndices", "primitive", "Triangles have fewer indices than their count", texts(),
+         meshOf(goodSource + triangles(position, "<p>0 0 0</p>", 2)), "true, 1 of 12 bytes"},
+        {"TrianglesWithoutIndices", "primitive", "Triangles have fewer indices than their count", texts(),
+         meshOf(goodSource + triangles(position, "")), "true, 0 of 0 bytes"},
+        {"VerticesThatAreNull", "primitive", "NULL domVertices passed", texts(), meshOf(""), "true, 0 of 0 bytes"},
     };
 }
 
 std::vector<Message> materialMessages()
 {
     return {
-        {"TexturesOfMoreLettersThanTheDocumentAllows",
-         "texture",
-         tooMuch,
-         {},
-         [] { return loadText(imageShownOften(), primitives); },
-         "true, 1 of 12 bytes"},
-        {"BlinnThatIsNull",
-         "material",
-         "Null domBlinnRef passed into function",
-         {},
-         host([] {
+        {"TexturesOfMoreLettersThanTheDocumentAllows", "texture", tooMuch, texts(),
+         [] { return loadText(imageShownOften(), primitives); }, "true, 1 of 12 bytes"},
+        {"BlinnThatIsNull", "material", "Null domBlinnRef passed into function", texts(), host([] {
              libVideo::BlinnMaterial made;
              made.createFromCollada(daeSmartRef<domProfile_COMMON::domTechnique::domBlinn>(), nullptr);
              return "diffuse " + number(double(made.component().diffuse[0]));
          }),
          "diffuse 1"},
-        {"PhongThatIsNull",
-         "material",
-         "Null domBlinnRef passed into function",
-         {},
-         host([] {
+        {"PhongThatIsNull", "material", "Null domBlinnRef passed into function", texts(), host([] {
              libVideo::BlinnMaterial made;
              made.createFromCollada(daeSmartRef<domProfile_COMMON::domTechnique::domPhong>(), nullptr);
              return "diffuse " + number(double(made.component().diffuse[0]));
          }),
          "diffuse 1"},
-        {"MaterialOfTwoColors",
-         "material",
-         "Color has fewer than three values",
-         {},
-         materialOf("", "<color>0.5 0.25</color>"),
-         "true, diffuse 1 1"},
-        {"MaterialOfATextureThatIsNone",
-         "material",
-         "Unable to initialize texture",
-         {},
-         materialOf("", texture),
+        {"MaterialOfTwoColors", "material", "Color has fewer than three values", texts(),
+         materialOf("", "<color>0.5 0.25</color>"), "true, diffuse 1 1"},
+        {"MaterialOfATextureThatIsNone", "material", "Unable to initialize texture", texts(), materialOf("", texture),
          "true, diffuse 1 1, texture ''"},
-        {"TextureWithoutAnInitializer",
-         "texture",
-         "Texture has no surface initiailzer",
-         {},
-         materialOf(samplerAnd(""), texture),
-         "true, diffuse 1 1, texture ''"},
-        {"TextureWithoutASurface",
-         "texture",
-         "Texture has no surface initiailzer",
-         {},
+        {"TextureWithoutAnInitializer", "texture", "Texture has no surface initiailzer", texts(),
+         materialOf(samplerAnd(""), texture), "true, diffuse 1 1, texture ''"},
+        {"TextureWithoutASurface", "texture", "Texture has no surface initiailzer", texts(),
          materialOf("<newparam sid='surface'><float>1</float></newparam>"
                     "<newparam sid='sampler'><sampler2D><source>surface</source></sampler2D></newparam>",
                     texture),
          "true, diffuse 1 1, texture ''"},
-        {"TextureOfAnImageThatIsNone",
-         "texture",
-         "Surface initializer has no <init_from> child",
-         {},
-         materialOf(samplerAnd("<init_from>nowhere</init_from>"), texture),
-         "true, diffuse 1 1, texture ''"},
+        {"TextureOfAnImageThatIsNone", "texture", "Surface initializer has no <init_from> child", texts(),
+         materialOf(samplerAnd("<init_from>nowhere</init_from>"), texture), "true, diffuse 1 1, texture ''"},
     };
 }
 
 std::vector<Message> sceneMessages()
 {
     return {
-        {"SceneOfNoFile",
-         "scene",
-         "Collada file does not exist {}",
-         {"/no such folder/a.dae"},
-         host([] { return answer(Scene().createFromCollada("/no such folder/a.dae")); }),
+        {"SceneOfNoFile", "scene", "Collada file does not exist {}", texts("/no such folder/a.dae"),
+         host([] { return answer(Scene().createFromCollada("/no such folder/a.dae")); }), "false"},
+        {"SceneOfNoDocument", "scene", "Collada file does not exist {}", texts("$FILE"),
+         [] { return loadText("text"); }, "false"},
+        {"SceneWithoutADefinition", "scene", "Collada file does not have a scene definition {}", texts("$FILE"),
+         sceneOf(""), "false"},
+        {"SceneWithoutAVisualScene", "scene", "Scene does not have a visual scene", texts(), sceneOf("<scene/>"),
          "false"},
-        {"SceneOfNoDocument",
-         "scene",
-         "Collada file does not exist {}",
-         {"$FILE"},
-         [] { return loadText("text"); },
-         "false"},
-        {"SceneWithoutADefinition",
-         "scene",
-         "Collada file does not have a scene definition {}",
-         {"$FILE"},
-         sceneOf(""),
-         "false"},
-        {"SceneWithoutAVisualScene", "scene", "Scene does not have a visual scene", {}, sceneOf("<scene/>"), "false"},
-        {"SceneOfNothing",
-         "scene",
-         "Url {} does not point to a collada element",
-         {"file:$FILE#nowhere"},
-         sceneOf("<scene><instance_visual_scene url='#nowhere'/></scene>"),
-         "false"},
-        {"SceneOfANode",
-         "scene",
-         "daeElement is not a domVisual_scene element",
-         {},
-         sceneOf("<scene><instance_visual_scene url='#n'/></scene>"),
-         "false"},
-        {"SceneThatIsLoaded",
-         "scene",
-         "Scene is already loaded",
-         {},
-         host([] {
+        {"SceneOfNothing", "scene", "Url {} does not point to a collada element", texts("file:$FILE#nowhere"),
+         sceneOf("<scene><instance_visual_scene url='#nowhere'/></scene>"), "false"},
+        {"SceneOfANode", "scene", "daeElement is not a domVisual_scene element", texts(),
+         sceneOf("<scene><instance_visual_scene url='#n'/></scene>"), "false"},
+        {"SceneThatIsLoaded", "scene", "Scene is already loaded", texts(), host([] {
              const TemporaryFile file(ColladaBuilder().addScene("<node id='n'/>").text());
              Scene scene;
              const bool first = scene.createFromCollada(file.path().c_str());
              return answer(first) + ", " + answer(scene.createFromCollada(file.path().c_str()));
          }),
          "true, false"},
-        {"VisualSceneWithoutNodes",
-         "visualScene",
-         "Visual scene has no visual nodes",
-         {},
-         sceneOf("<scene><instance_visual_scene url='#empty'/></scene>"),
-         "false"},
-        {"VisualSceneWithoutResources",
-         "visualScene",
-         "Cannot create using an empty scene resources",
-         {},
+        {"VisualSceneWithoutNodes", "visualScene", "Visual scene has no visual nodes", texts(),
+         sceneOf("<scene><instance_visual_scene url='#empty'/></scene>"), "false"},
+        {"VisualSceneWithoutResources", "visualScene", "Cannot create using an empty scene resources", texts(),
          host([] {
              ColladaBuilder builder;
              builder.addScene("<node id='n'/>").open();
@@ -1055,11 +789,7 @@ std::vector<Message> sceneMessages()
                  scene.createFromCollada(*builder.element<domVisual_scene>("scene"), libVideo::SceneResourcesLink()));
          }),
          "false"},
-        {"VisualSceneThatIsLoaded",
-         "visualScene",
-         "Visual scene is already loaded",
-         {},
-         host([] {
+        {"VisualSceneThatIsLoaded", "visualScene", "Visual scene is already loaded", texts(), host([] {
              ColladaBuilder builder;
              builder.addScene("<node id='n'/>").open();
              const domVisual_scene& element = *builder.element<domVisual_scene>("scene");
@@ -1070,53 +800,30 @@ std::vector<Message> sceneMessages()
              return answer(first) + ", " + answer(second);
          }),
          "true, false"},
-        {"LightInstanceOfNothing",
-         "visualScene",
-         "domInstance_light does not point to a light element",
-         {},
+        {"LightInstanceOfNothing", "visualScene", "domInstance_light does not point to a light element", texts(),
          document(lightWith("<point><color>1 1 1</color></point>"),
                   "<node id='n'><instance_light url='#nowhere'/><instance_light url='#l'/></node>", instancesOf),
          "true, 0 cameras, 0 points, 0 spots"},
-        {"LightInstanceOfANode",
-         "visualScene",
-         "Element is not a light",
-         {},
+        {"LightInstanceOfANode", "visualScene", "Element is not a light", texts(),
          document(lightWith("<point><color>1 1 1</color></point>"),
                   "<node id='n'><instance_light url='#n'/><instance_light url='#l'/></node>", instancesOf),
          "true, 0 cameras, 0 points, 0 spots"},
-        {"GeometryInstanceOfNothing",
-         "visualScene",
-         "Not a geometry element",
-         {},
+        {"GeometryInstanceOfNothing", "visualScene", "Not a geometry element", texts(),
          document(mesh(goodSource + triangles(position)),
                   "<node id='n'><instance_geometry url='#nowhere'/><instance_geometry url='#g'/></node>", primitives),
          "true, 1 of 12 bytes"},
-        {"GeometryInstanceOfANode",
-         "visualScene",
-         "Not a geometry element",
-         {},
-         document("", "<node id='n'><instance_geometry url='#n'/></node>", primitives),
-         "true, no geometry"},
-        {"GeometryThatIsShownTwice",
-         "visualScene",
-         "Unable to initialize geometry instance",
-         {},
+        {"GeometryInstanceOfANode", "visualScene", "Not a geometry element", texts(),
+         document("", "<node id='n'><instance_geometry url='#n'/></node>", primitives), "true, no geometry"},
+        {"GeometryThatIsShownTwice", "visualScene", "Unable to initialize geometry instance", texts(),
          document(mesh(goodSource + triangles(position)), shownNode + "<node><instance_geometry url='#g'/></node>",
                   primitives),
          "true, 1 of 12 bytes"},
-        {"AnimationWithoutItsTarget",
-         "visualScene",
-         "Unable to find the animation's target node with id: {}",
-         {"n"},
-         document(animation(floatCurve("INPUT", 2, "1 2", "count='2'"), input("INPUT")), "<node id='other'/>"),
-         "true"},
-        {"AnimationThatFailedWithoutABareNode",
-         "visualScene",
-         "Unable to find the animation's target node with id: {}",
-         {""},
-         document("<library_animations><animation/></library_animations>", "<node id='n'/>"),
-         "true",
-         {"Cannot create an animation without a channel element."}},
+        {"AnimationWithoutItsTarget", "visualScene", "Unable to find the animation's target node with id: {}",
+         texts("n"),
+         document(animation(floatCurve("INPUT", 2, "1 2", "count='2'"), input("INPUT")), "<node id='other'/>"), "true"},
+        {"AnimationThatFailedWithoutABareNode", "visualScene", "Unable to find the animation's target node with id: {}",
+         texts(""), document("<library_animations><animation/></library_animations>", "<node id='n'/>"), "true",
+         texts("Cannot create an animation without a channel element.")},
     };
 }
 
@@ -1145,7 +852,6 @@ std::string channelOf(const Message& row)
     return std::string("libVideo.") + row.channel;
 }
 
-// The pattern with the values in their places.
 std::string wordsOf(const Message& row, const std::string& path)
 {
     std::string words;
@@ -1159,30 +865,6 @@ std::string wordsOf(const Message& row, const std::string& path)
     return words + rest;
 }
 
-class MessagesTest : public testing::TestWithParam<Message> {};
-
-TEST_P(MessagesTest, IsLoggedOnceWithItsWordsOnItsChannel)
-{
-    const Message& row = GetParam();
-    const LogCapture log;
-    const Outcome outcome = row.cause();
-    EXPECT_EQ(row.result, outcome.result);
-
-    const std::string words = wordsOf(row, outcome.path);
-    std::vector<std::string> others;
-    unsigned found = 0;
-    for (const LogLine& line : log.lines()) {
-        EXPECT_EQ(3, line.priority) << line.text;
-        if (line.channel == channelOf(row) && line.words() == words) {
-            ++found;
-        } else {
-            others.push_back(line.words());
-        }
-    }
-    EXPECT_EQ(1u, found) << "'" << words << "' in\n" << log.text();
-    EXPECT_EQ(row.others, others);
-}
-
 std::vector<Message> reachable()
 {
     std::vector<Message> rows;
@@ -1190,9 +872,6 @@ std::vector<Message> reachable()
                  [](const Message& row) { return row.cause != nullptr; });
     return rows;
 }
-
-INSTANTIATE_TEST_SUITE_P(Table, MessagesTest, testing::ValuesIn(reachable()),
-                         [](const auto& row) { return std::string(row.param.name); });
 
 // --- whether the table is complete ---
 

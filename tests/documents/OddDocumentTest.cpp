@@ -2,10 +2,10 @@
 #include "PlainReader.h"
 
 #include "support/ColladaBuilder.h"
+#include "support/Rows.h"
 
 #include <gtest/gtest.h>
 
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -14,18 +14,35 @@
 namespace {
 
 using testSupport::ColladaBuilder;
+using testSupport::Row;
+using testSupport::rowName;
 using testSupport::TemporaryFile;
 
-struct OddDocument {
-    const char* name;
+struct OddDocument : Row {
     std::string text;
     bool loads = true;
 };
 
-void PrintTo(const OddDocument& document, std::ostream* out)
+std::vector<OddDocument> oddDocuments();
+std::vector<OddDocument> oddGeometries();
+std::vector<OddDocument> oddInstances();
+std::vector<OddDocument> oddMaterials();
+
+class OddDocumentTest : public testing::TestWithParam<OddDocument> {};
+
+TEST_P(OddDocumentTest, LoadsAsAPlainReaderReadsIt)
 {
-    *out << document.name;
+    const TemporaryFile file(GetParam().text);
+    const documents::PlainDocument expected = documents::readPlainly(file.path());
+    ASSERT_FALSE(expected.leadsElsewhere);
+    EXPECT_EQ(expected.outcome == documents::PlainDocument::Outcome::loads, GetParam().loads);
+    documents::expectLoadAsRead(file.path(), expected);
 }
+
+INSTANTIATE_TEST_SUITE_P(Documents, OddDocumentTest, testing::ValuesIn(oddDocuments()), rowName);
+INSTANTIATE_TEST_SUITE_P(Geometries, OddDocumentTest, testing::ValuesIn(oddGeometries()), rowName);
+INSTANTIATE_TEST_SUITE_P(Instances, OddDocumentTest, testing::ValuesIn(oddInstances()), rowName);
+INSTANTIATE_TEST_SUITE_P(Materials, OddDocumentTest, testing::ValuesIn(oddMaterials()), rowName);
 
 // An animation with one input, of two records.
 std::string animation(const std::string& id, const std::string& target, const std::string& accessor = "count='2'",
@@ -510,26 +527,5 @@ std::vector<OddDocument> oddDocuments()
         {"EmptyScene", replaced(plain, "<instance_visual_scene url='#scene'/>", ""), false},
     };
 }
-
-class OddDocumentTest : public testing::TestWithParam<OddDocument> {};
-
-TEST_P(OddDocumentTest, LoadsAsAPlainReaderReadsIt)
-{
-    const TemporaryFile file(GetParam().text);
-    const documents::PlainDocument expected = documents::readPlainly(file.path());
-    ASSERT_FALSE(expected.leadsElsewhere);
-    EXPECT_EQ(expected.outcome == documents::PlainDocument::Outcome::loads, GetParam().loads);
-    documents::expectLoadAsRead(file.path(), expected);
-}
-
-std::string nameOf(const testing::TestParamInfo<OddDocument>& row)
-{
-    return row.param.name;
-}
-
-INSTANTIATE_TEST_SUITE_P(Documents, OddDocumentTest, testing::ValuesIn(oddDocuments()), nameOf);
-INSTANTIATE_TEST_SUITE_P(Geometries, OddDocumentTest, testing::ValuesIn(oddGeometries()), nameOf);
-INSTANTIATE_TEST_SUITE_P(Instances, OddDocumentTest, testing::ValuesIn(oddInstances()), nameOf);
-INSTANTIATE_TEST_SUITE_P(Materials, OddDocumentTest, testing::ValuesIn(oddMaterials()), nameOf);
 
 } // namespace

@@ -31,7 +31,7 @@ PlainDocument readNodes(const std::string& nodes, const std::string& libraries =
 PlainMatrix localOf(const std::string& transforms)
 {
     const PlainDocument document = readNodes("<node>" + transforms + "</node>");
-    EXPECT_EQ(document.nodes.size(), 1u);
+    EXPECT_EQ(1u, document.nodes.size());
     return document.nodes.at(0).local;
 }
 
@@ -96,15 +96,15 @@ TEST(PlainReaderTest, NodesStandBreadthFirst)
     }
     EXPECT_FALSE(document.nodes[1].parent.has_value());
     EXPECT_EQ(document.nodes[5].parent, std::optional<std::size_t>(2));
-    EXPECT_EQ(document.nodes[0].children, (std::vector<std::size_t>{2, 3}));
+    EXPECT_EQ((std::vector<std::size_t>{2, 3}), document.nodes[0].children);
 }
 
 TEST(PlainReaderTest, NamesAreCutAtTheirFirstBlank)
 {
     const PlainDocument document = readNodes("<node id=' a b ' sid='s t' name='Big lamp'/>");
-    EXPECT_EQ(document.nodes.at(0).id, "a");
-    EXPECT_EQ(document.nodes.at(0).sid, "s");
-    EXPECT_EQ(document.nodes.at(0).name, "Big");
+    EXPECT_EQ("a", document.nodes.at(0).id);
+    EXPECT_EQ("s", document.nodes.at(0).sid);
+    EXPECT_EQ("Big", document.nodes.at(0).name);
 }
 
 TEST(PlainReaderTest, WorldIsTheParentTimesTheNode)
@@ -129,10 +129,10 @@ PlainDocument readWithAnimation(const std::string& target, const std::string& ti
 TEST(PlainReaderTest, TargetNamesANodeAndATransform)
 {
     const PlainDocument document = readWithAnimation("n/r.ANGLE");
-    ASSERT_EQ(document.animations.size(), 1u);
+    ASSERT_EQ(1u, document.animations.size());
     EXPECT_TRUE(document.animations[0].isComplete);
-    EXPECT_EQ(document.animations[0].targetNode, "n");
-    EXPECT_EQ(document.animations[0].targetTransform, "r");
+    EXPECT_EQ("n", document.animations[0].targetNode);
+    EXPECT_EQ("r", document.animations[0].targetTransform);
     EXPECT_EQ(document.animations[0].node, std::optional<std::size_t>(0));
     EXPECT_TRUE(document.nodes.at(0).isAnimated);
     EXPECT_FALSE(document.nodes.at(1).isAnimated);
@@ -202,7 +202,7 @@ PlainPrimitive primitiveOf(const PlainDocument& document)
 {
     EXPECT_EQ(document.outcome, PlainDocument::Outcome::loads) << document.reason;
     const PlainGeometry& geometry = document.geometries.at("g");
-    EXPECT_EQ(geometry.primitives.size(), 1u);
+    EXPECT_EQ(1u, geometry.primitives.size());
     return geometry.primitives.at(0);
 }
 
@@ -220,7 +220,7 @@ void expectThrow(const PlainDocument& document, const std::string& name, const s
     EXPECT_EQ(document.outcome, PlainDocument::Outcome::throws);
     EXPECT_EQ(document.reason, name);
     EXPECT_EQ(document.expression, expression);
-    EXPECT_EQ(document.nodes.size(), 1u);
+    EXPECT_EQ(1u, document.nodes.size());
     EXPECT_TRUE(document.geometries.empty());
 }
 
@@ -230,23 +230,23 @@ TEST(PlainReaderTest, CornersTakeAnIndexPerOffsetAndVerticesStandInTheOrderOfUse
         readMesh(others("count='4' stride='2'", twoParams),
                  triangles(std::string(vertexInput) + "<input semantic='TEXCOORD' source='#others' offset='1'/>",
                            "2 0 0 3 2 0")));
-    EXPECT_EQ(primitive.type, 4u);
-    EXPECT_EQ(primitive.id, "t");
-    EXPECT_EQ(primitive.material, "stone");
-    EXPECT_EQ(primitive.count, 1u);
-    EXPECT_EQ(primitive.vertexPerPrimitive, 3u);
-    EXPECT_EQ(primitive.bytesPerVertex, 20u);
-    EXPECT_EQ(primitive.indices, (Indices{0, 1, 0}));
-    EXPECT_EQ(floatsOf(primitive), (Floats{7, 8, 9, 0.5f, 1.5f, 1, 2, 3, 6.5f, 7.5f}));
-    ASSERT_EQ(primitive.layout.size(), 2u);
-    EXPECT_EQ(primitive.layout[0].semantic, 5u);
-    EXPECT_EQ(primitive.layout[0].byteSize, 12u);
-    EXPECT_EQ(primitive.layout[0].byteOffset, 0u);
-    EXPECT_EQ(primitive.layout[0].dataType, 3u);
-    EXPECT_EQ(primitive.layout[1].semantic, 9u);
-    EXPECT_EQ(primitive.layout[1].byteSize, 8u);
-    EXPECT_EQ(primitive.layout[1].byteOffset, 12u);
-    EXPECT_EQ(primitive.layout[1].dataType, 2u);
+    EXPECT_EQ(4u, primitive.type);
+    EXPECT_EQ("t", primitive.id);
+    EXPECT_EQ("stone", primitive.material);
+    EXPECT_EQ(1u, primitive.count);
+    EXPECT_EQ(3u, primitive.vertexPerPrimitive);
+    EXPECT_EQ(20u, primitive.bytesPerVertex);
+    EXPECT_EQ((Indices{0, 1, 0}), primitive.indices);
+    EXPECT_EQ((Floats{7, 8, 9, 0.5f, 1.5f, 1, 2, 3, 6.5f, 7.5f}), floatsOf(primitive));
+    ASSERT_EQ(2u, primitive.layout.size());
+    EXPECT_EQ(5u, primitive.layout[0].semantic);
+    EXPECT_EQ(12u, primitive.layout[0].byteSize);
+    EXPECT_EQ(0u, primitive.layout[0].byteOffset);
+    EXPECT_EQ(3u, primitive.layout[0].dataType);
+    EXPECT_EQ(9u, primitive.layout[1].semantic);
+    EXPECT_EQ(8u, primitive.layout[1].byteSize);
+    EXPECT_EQ(12u, primitive.layout[1].byteOffset);
+    EXPECT_EQ(2u, primitive.layout[1].dataType);
 }
 
 TEST(PlainReaderTest, InputThatIsSkippedLeavesItsOffsetToTheNext)
@@ -256,7 +256,7 @@ TEST(PlainReaderTest, InputThatIsSkippedLeavesItsOffsetToTheNext)
         readMesh("", triangles(std::string(vertexInput) + "<input semantic='UNHEARD' source='#places' offset='1'/>"
                                                           "<input semantic='NORMAL' source='#places' offset='2'/>",
                                "0 1 2 1 2 0 2 0 1")));
-    EXPECT_EQ(floatsOf(primitive), (Floats{1, 2, 3, 4, 5, 6, 4, 5, 6, 7, 8, 9, 7, 8, 9, 1, 2, 3}));
+    EXPECT_EQ((Floats{1, 2, 3, 4, 5, 6, 4, 5, 6, 7, 8, 9, 7, 8, 9, 1, 2, 3}), floatsOf(primitive));
 }
 
 TEST(PlainReaderTest, CornersThatDifferInAnIndexOfASkippedInputStayTwo)
@@ -264,15 +264,15 @@ TEST(PlainReaderTest, CornersThatDifferInAnIndexOfASkippedInputStayTwo)
     const PlainPrimitive primitive = primitiveOf(
         readMesh("", triangles(std::string(vertexInput) + "<input semantic='UNHEARD' source='#places' offset='1'/>",
                                "0 1 0 2 0 1")));
-    EXPECT_EQ(primitive.indices, (Indices{0, 1, 0}));
-    EXPECT_EQ(floatsOf(primitive), (Floats{1, 2, 3, 1, 2, 3}));
+    EXPECT_EQ((Indices{0, 1, 0}), primitive.indices);
+    EXPECT_EQ((Floats{1, 2, 3, 1, 2, 3}), floatsOf(primitive));
 }
 
 TEST(PlainReaderTest, OffsetOfAnAccessorCountsRecords)
 {
     const PlainPrimitive primitive = primitiveOf(readMesh(others("count='2' stride='2' offset='2'", twoParams), "",
                                                           "<input semantic='TEXCOORD' source='#others'/>"));
-    EXPECT_EQ(floatsOf(primitive), (Floats{4.5f, 5.5f, 6.5f, 7.5f}));
+    EXPECT_EQ((Floats{4.5f, 5.5f, 6.5f, 7.5f}), floatsOf(primitive));
 }
 
 TEST(PlainReaderTest, ParamWithoutNameKeepsItsPlaceAndParamsMakeTheStride)
@@ -280,25 +280,25 @@ TEST(PlainReaderTest, ParamWithoutNameKeepsItsPlaceAndParamsMakeTheStride)
     const PlainPrimitive primitive = primitiveOf(readMesh(
         others("count='2'", "<param name='A' type='float'/><param type='float'/><param name='C' type='float'/>"), "",
         "<input semantic='COLOR' source='#others'/>"));
-    EXPECT_EQ(primitive.bytesPerVertex, 8u);
-    EXPECT_EQ(primitive.layout.at(0).dataType, 3u);
-    EXPECT_EQ(floatsOf(primitive), (Floats{0.5f, 2.5f, 3.5f, 5.5f}));
+    EXPECT_EQ(8u, primitive.bytesPerVertex);
+    EXPECT_EQ(3u, primitive.layout.at(0).dataType);
+    EXPECT_EQ((Floats{0.5f, 2.5f, 3.5f, 5.5f}), floatsOf(primitive));
 }
 
 TEST(PlainReaderTest, StrideAboveOneWinsOverTheParams)
 {
     const PlainPrimitive primitive = primitiveOf(
         readMesh(others("count='2' stride='4'", twoParams), "", "<input semantic='TEXCOORD' source='#others'/>"));
-    EXPECT_EQ(primitive.layout.at(0).dataType, 4u);
-    EXPECT_EQ(floatsOf(primitive), (Floats{0.5f, 1.5f, 4.5f, 5.5f}));
+    EXPECT_EQ(4u, primitive.layout.at(0).dataType);
+    EXPECT_EQ((Floats{0.5f, 1.5f, 4.5f, 5.5f}), floatsOf(primitive));
 }
 
 TEST(PlainReaderTest, MatrixHasItsFloatsSixtyFourBytesApart)
 {
     const PlainPrimitive primitive = primitiveOf(readMesh(others("count='1'", "<param name='M' type='float4x4'/>"), "",
                                                           "<input semantic='COLOR' source='#others'/>"));
-    EXPECT_EQ(primitive.bytesPerVertex, 1024u);
-    ASSERT_EQ(primitive.vertices.size(), 256u);
+    EXPECT_EQ(1024u, primitive.bytesPerVertex);
+    ASSERT_EQ(256u, primitive.vertices.size());
     EXPECT_EQ(primitive.vertices[0], std::optional<float>(0.5f));
     EXPECT_EQ(primitive.vertices[1], std::nullopt);
     EXPECT_EQ(primitive.vertices[16], std::optional<float>(1.5f));
@@ -308,13 +308,13 @@ TEST(PlainReaderTest, MatrixHasItsFloatsSixtyFourBytesApart)
 TEST(PlainReaderTest, MeshWithoutTrianglesIsACloudOfPoints)
 {
     const PlainPrimitive primitive = primitiveOf(readMesh("", "<polylist count='1'/>"));
-    EXPECT_EQ(primitive.type, 7u);
-    EXPECT_EQ(primitive.id, "v");
-    EXPECT_EQ(primitive.material, "");
-    EXPECT_EQ(primitive.count, 3u);
-    EXPECT_EQ(primitive.vertexPerPrimitive, 1u);
+    EXPECT_EQ(7u, primitive.type);
+    EXPECT_EQ("v", primitive.id);
+    EXPECT_EQ("", primitive.material);
+    EXPECT_EQ(3u, primitive.count);
+    EXPECT_EQ(1u, primitive.vertexPerPrimitive);
     EXPECT_EQ(primitive.indices, Indices());
-    EXPECT_EQ(floatsOf(primitive), (Floats{1, 2, 3, 4, 5, 6, 7, 8, 9}));
+    EXPECT_EQ((Floats{1, 2, 3, 4, 5, 6, 7, 8, 9}), floatsOf(primitive));
 }
 
 TEST(PlainReaderTest, LinesKeepTheCloudAway)
@@ -327,7 +327,7 @@ TEST(PlainReaderTest, SeveralInputsOfVerticesRunOutOfOffsets)
     const std::string two = "<input semantic='POSITION' source='#places'/><input semantic='NORMAL' source='#places'/>";
     expectThrow(readMesh("", triangles(vertexInput, "0 1 2"), two), "IndexOutOfBounds", "");
     // As points they need none.
-    EXPECT_EQ(floatsOf(primitiveOf(readMesh("", "", two))).size(), 18u);
+    EXPECT_EQ(18u, floatsOf(primitiveOf(readMesh("", "", two))).size());
 }
 
 TEST(PlainReaderTest, IndexBeyondTheRecordsThrows)
@@ -348,9 +348,9 @@ TEST(PlainReaderTest, FirstInstanceHasTheGeometryAndTheSecondALine)
     const PlainDocument document = readMesh("", "", "",
                                             "<node id='a'><node id='b'><instance_geometry url='#g'/></node></node>"
                                             "<node id='c'><instance_geometry url='#g'/></node>");
-    ASSERT_EQ(document.geometries.size(), 1u);
-    EXPECT_EQ(document.geometries.at("g").name, "Big");
-    EXPECT_EQ(document.geometries.at("g").node, 1u); // "c" stands above "b"
+    ASSERT_EQ(1u, document.geometries.size());
+    EXPECT_EQ("Big", document.geometries.at("g").name);
+    EXPECT_EQ(1u, document.geometries.at("g").node); // "c" stands above "b"
     EXPECT_EQ(document.lines.back(), Line("libVideo.visualScene", "Unable to initialize geometry instance"));
 }
 
@@ -396,8 +396,8 @@ TEST(PlainReaderTest, MaterialHasColorsAndCoefficientsAndIsWhiteElsewhere)
     EXPECT_EQ(material.diffuse.value, (std::array<float, 3>{1.0f, 0.25f, 0.0f}));
     EXPECT_EQ(material.ambient.value, (std::array<float, 3>{1.0f, 1.0f, 1.0f}));
     EXPECT_EQ(material.diffuse.texture, std::nullopt);
-    EXPECT_EQ(material.shininess, 12.0f);
-    EXPECT_EQ(material.transparency, 0.0f);
+    EXPECT_EQ(12.0f, material.shininess);
+    EXPECT_EQ(0.0f, material.transparency);
 }
 
 TEST(PlainReaderTest, TextureHasTheFileAsWrittenOrNoneWhereTheChainBreaks)
@@ -407,7 +407,7 @@ TEST(PlainReaderTest, TextureHasTheFileAsWrittenOrNoneWhereTheChainBreaks)
     EXPECT_EQ(material.diffuse.texture, std::optional<std::string>("../my%20tex.png"));
     EXPECT_EQ(material.ambient.texture, std::optional<std::string>(""));
     EXPECT_EQ(material.specular.texture, std::nullopt);
-    EXPECT_EQ(material.transparency, 0.5f);
+    EXPECT_EQ(0.5f, material.transparency);
     EXPECT_EQ(document.lines.front(), Line("libVideo.material", "Unable to initialize texture"));
 }
 
@@ -415,9 +415,9 @@ TEST(PlainReaderTest, FirstMaterialOfASymbolStaysAndALambertIsNone)
 {
     const PlainDocument document =
         readMaterials(binding("a", "matt") + binding("b", "red"), binding("a", "red") + binding("b", "wood"));
-    ASSERT_EQ(document.materials.size(), 2u);
-    EXPECT_EQ(document.materials.at("a").shininess, 12.0f);
-    EXPECT_EQ(document.materials.at("b").shininess, 12.0f);
+    ASSERT_EQ(2u, document.materials.size());
+    EXPECT_EQ(12.0f, document.materials.at("a").shininess);
+    EXPECT_EQ(12.0f, document.materials.at("b").shininess);
 }
 
 TEST(PlainReaderTest, NewerSchemaIsRefused)

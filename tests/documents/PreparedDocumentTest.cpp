@@ -3,6 +3,7 @@
 #include "support/CrashReport.h"
 #include "support/DocumentChange.h"
 #include "support/PreparationCheck.h"
+#include "support/Rows.h"
 #include "support/TortureFolder.h"
 
 #include <gtest/gtest.h>
@@ -16,6 +17,7 @@ namespace {
 
 using documents::StoredDocument;
 using testSupport::CrashReport;
+using testSupport::rowName;
 using testSupport::TortureFolder;
 
 std::vector<StoredDocument> documentsToPrepare()
@@ -55,7 +57,6 @@ TEST_P(PreparedDocumentTest, CutOrBentAsWell)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Documents, PreparedDocumentTest, testing::ValuesIn(documentsToPrepare()),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Documents, PreparedDocumentTest, testing::ValuesIn(documentsToPrepare()), rowName);
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "DocumentFolder.h"
 
 #include "support/LogCapture.h"
+#include "support/Rows.h"
 #include "support/SceneWalker.h"
 #include "support/SilentLog.h"
 
@@ -35,6 +36,7 @@ namespace {
 using documents::StoredDocument;
 using libVideo::Scene;
 using testSupport::LogCapture;
+using testSupport::rowName;
 using testSupport::SilentLog;
 
 // Bytes that the process has asked for and not given back.
@@ -161,8 +163,8 @@ TEST(RepeatedLoadTest, TwoScenesAtOnceDoNotDisturbEachOther)
     first = std::make_unique<Scene>();
     ASSERT_TRUE(load(*first, richDocument()));
     EXPECT_EQ(fingerprint(*first, 1.5), richAlone);
-    EXPECT_EQ(testSupport::walkScene(third), "");
-    EXPECT_EQ(testSupport::walkScene(second), "");
+    EXPECT_EQ("", testSupport::walkScene(third));
+    EXPECT_EQ("", testSupport::walkScene(second));
 }
 
 // --- a handler that throws
@@ -220,12 +222,12 @@ TEST_P(ThrowingHandlerTest, WhatItThrowsAtEachLineLeavesTheLoad)
         {
             Scene scene;
             hasThrown = loadWithThrow(scene, GetParam().path, line);
-            EXPECT_EQ(testSupport::walkScene(scene), "") << "line " << line;
+            EXPECT_EQ("", testSupport::walkScene(scene)) << "line " << line;
         }
         Scene scene;
         loadWithThrow(scene, GetParam().path, line);
         const testSupport::LoadOutcome again = testSupport::loadAndWalk(scene, richDocument());
-        EXPECT_EQ(again.fault, "") << "line " << line;
+        EXPECT_EQ("", again.fault) << "line " << line;
     }
 }
 
@@ -255,8 +257,7 @@ TEST_P(ThrowingHandlerTest, NothingIsLeftBehind)
     EXPECT_LE(bytesInUse(), before + 8'192 + 16 * lines);
 }
 
-INSTANTIATE_TEST_SUITE_P(Documents, ThrowingHandlerTest, testing::ValuesIn(documents::ownDocuments()),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Documents, ThrowingHandlerTest, testing::ValuesIn(documents::ownDocuments()), rowName);
 
 TEST(ThrowingHandlerTest, TheFaultyDocumentHasManyLines)
 {

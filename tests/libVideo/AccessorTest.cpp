@@ -1,37 +1,12 @@
-#include "support/ColladaBuilder.h"
-#include "support/FailingAllocator.h"
-#include "support/LogCapture.h"
-#include "support/PrivateAccess.h"
+#include "support/VideoTest.h"
 
 #include <libVideo/SceneGraph/Accessor.h>
 
-#include <vesk/Exception.h>
-
-#include <cmath>
-#include <cstdint>
-#include <cstring>
-#include <limits>
-#include <memory>
-#include <new>
-#include <ostream>
-#include <sstream>
-#include <stdexcept>
-#include <string>
-#include <type_traits>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 namespace {
 
-using libVideo::Accessor;
-using libVideo::AccessorFloat;
-using libVideo::Data;
-using libVideo::DataType;
-using testSupport::ColladaBuilder;
-using testSupport::FailingAllocator;
-using testSupport::LogCapture;
+using namespace libVideo;
+using namespace testSupport;
+
 using ByteHandle = vesk::CopiedResource<vesk::PointerStorage<unsigned char, 3, 2>>;
 using DataList = vesk::Array<Data>;
 using AccessorRef = daeSmartRef<domAccessor>;
@@ -60,56 +35,51 @@ PRIVATE_MEMBER(AccessorCalculateStride, unsigned (Accessor::*)(const AccessorRef
 PRIVATE_MEMBER(AccessorFloatIsTypeValid, bool (AccessorFloat::*)(const vesk::String&) const,
                &AccessorFloat::isTypeValid)
 
-static_assert(std::is_same<ByteHandle, decltype(std::declval<Data&>()[0u])>::value, "a handle on a byte");
-static_assert(std::is_same<const ByteHandle, decltype(std::declval<const Data&>()[0u])>::value, "a handle on a byte");
-static_assert(!std::is_polymorphic<Data>::value && !std::is_default_constructible<Data>::value, "a plain value");
-static_assert(std::is_copy_constructible<Data>::value && std::is_copy_assignable<Data>::value, "a plain value");
-static_assert(std::is_same<unsigned, std::underlying_type_t<DataType>>::value && sizeof(DataType) == 4, "32 bits");
-static_assert(std::is_abstract<Accessor>::value && std::has_virtual_destructor<Accessor>::value, "a base");
-static_assert(std::is_convertible<AccessorFloat*, Accessor*>::value, "derives publicly");
-static_assert(!std::is_abstract<AccessorFloat>::value && std::is_default_constructible<AccessorFloat>::value,
-              "the concrete one");
-static_assert(std::is_copy_constructible<AccessorFloat>::value && std::is_copy_assignable<AccessorFloat>::value,
-              "copies answer for the same record");
-static_assert(std::is_same<const DataList&, decltype(std::declval<Accessor&>()[0u])>::value, "the list");
-static_assert(std::is_same<unsigned, decltype(std::declval<const Accessor&>().count())>::value &&
-                  std::is_same<unsigned, decltype(std::declval<const Accessor&>().stride())>::value &&
-                  std::is_same<unsigned, decltype(std::declval<const Accessor&>().bytePerAccess())>::value &&
-                  std::is_same<const vesk::String&, decltype(std::declval<const Accessor&>().name())>::value,
-              "readable when const");
+TEST(DataTypeTest, ValuesHaveTheirNumbers)
+{
+    EXPECT_EQ(1u, static_cast<unsigned>(libVideo::DATA_TYPE_FLOAT));
+    EXPECT_EQ(2u, static_cast<unsigned>(libVideo::DATA_TYPE_FLOAT2));
+    EXPECT_EQ(3u, static_cast<unsigned>(libVideo::DATA_TYPE_FLOAT3));
+    EXPECT_EQ(4u, static_cast<unsigned>(libVideo::DATA_TYPE_FLOAT4));
+    EXPECT_EQ(8u, static_cast<unsigned>(libVideo::DATA_TYPE_FLOAT4X4));
+    EXPECT_EQ(9u, static_cast<unsigned>(libVideo::DATA_TYPE_INVALID));
+}
 
-template <class T, class = void>
-struct HasConstRead : std::false_type {};
-template <class T>
-struct HasConstRead<T, std::void_t<decltype(std::declval<const T&>()[0u])>> : std::true_type {};
-static_assert(!HasConstRead<Accessor>::value && !HasConstRead<AccessorFloat>::value, "a read changes the accessor");
+TEST(DataTest, ConstructorSetsAllFields)
+{
+    const Data data("weight", 3, libVideo::DATA_TYPE_FLOAT4X4, 5, 8);
+    EXPECT_EQ(vesk::String("weight"), data.name());
+    EXPECT_EQ(3u, data.stride());
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT4X4, data.dataType());
+    EXPECT_EQ(5u, data.offset());
+    EXPECT_EQ(8u, data.tokenByteSize());
+}
+
+TEST(DataTest, FieldsStandInTheirOrder)
+{
+    const Data data("X", 1, libVideo::DATA_TYPE_FLOAT, 0, 4);
+    expectAscending({&(data.*privateMember(DataName())), &(data.*privateMember(DataStride())),
+                     &(data.*privateMember(DataDataType())), &(data.*privateMember(DataOffset())),
+                     &(data.*privateMember(DataTokenByteSize())), &(data.*privateMember(DataBuffer()))});
+}
 
 constexpr unsigned noIndex = 0xFFFFFFFFu;
 
 /// What an accessor with this source says of where to read.
 const std::string ofFloats = "source='#floats' ";
-const std::string xyz = "<param name='X' type='float'/><param name='Y' type='float'/><param name='Z' type='float'/>";
 
 /// A document with one `<source>`, its `<float_array>` "floats" and its `<accessor>`.
 class SourceDocument {
 public:
     SourceDocument(const std::string& floats, const std::string& attributes, const std::string& params)
     {
-        std::istringstream tokens(floats);
-        std::string token;
-        unsigned count = 0;
-        while (tokens >> token) {
-            ++count;
-        }
         m_builder.add(
             "<library_animations><animation><source id='names'><Name_array id='words' count='1'>a</Name_array>"
             "</source><source id='integers'><int_array id='ints' count='1'>1</int_array></source>"
-            "<source id='source'><float_array id='floats' count='" +
-            std::to_string(count) + "'>" + floats + "</float_array><technique_common><accessor " + attributes + ">" +
-            params + "</accessor></technique_common></source></animation></library_animations>");
-        if (m_builder.open() == nullptr) {
-            throw std::runtime_error("the document does not open");
-        }
+            "<source id='source'>" +
+            floatArray("floats", floats) + "<technique_common><accessor " + attributes + ">" + params +
+            "</accessor></technique_common></source></animation></library_animations>");
+        m_builder.open();
     }
 
     AccessorRef accessor() { return m_builder.element<domSource>("source")->getTechnique_common()->getAccessor(); }
@@ -133,16 +103,7 @@ void setFloat(Data& data, unsigned token, float value)
 }
 
 /// All values of a list, component by component.
-std::vector<float> floatsIn(const DataList& list)
-{
-    std::vector<float> values;
-    for (const Data& data : list) {
-        for (unsigned j = 0; j < data.stride(); ++j) {
-            values.push_back(floatIn(data, j));
-        }
-    }
-    return values;
-}
+std::vector<float> floatsIn(const DataList& list);
 
 std::vector<float> record(Accessor& accessor, unsigned index)
 {
@@ -150,21 +111,6 @@ std::vector<float> record(Accessor& accessor, unsigned index)
 }
 
 using Floats = std::vector<float>;
-
-/// The assertion that a call breaks, as "file: expression"; it may not log.
-template <class Call>
-std::string assertionOf(const Call& call)
-{
-    const LogCapture log;
-    try {
-        call();
-    } catch (const vesk::AssertionFailure& failure) {
-        EXPECT_GT(failure.line(), 0u);
-        EXPECT_TRUE(log.lines().empty());
-        return std::string(failure.file()) + ": " + failure.expression();
-    }
-    return "none";
-}
 
 const char* const indexAssertion = "libVideo/SceneGraph/Accessor: index < m_count";
 const char* const tokenAssertion = "libVideo/SceneGraph/Accessor: index < m_stride";
@@ -242,40 +188,7 @@ private:
 
 // --- DataType ---
 
-TEST(DataTypeTest, ValuesHaveTheirNumbers)
-{
-    EXPECT_EQ(1u, static_cast<unsigned>(libVideo::DATA_TYPE_FLOAT));
-    EXPECT_EQ(2u, static_cast<unsigned>(libVideo::DATA_TYPE_FLOAT2));
-    EXPECT_EQ(3u, static_cast<unsigned>(libVideo::DATA_TYPE_FLOAT3));
-    EXPECT_EQ(4u, static_cast<unsigned>(libVideo::DATA_TYPE_FLOAT4));
-    EXPECT_EQ(8u, static_cast<unsigned>(libVideo::DATA_TYPE_FLOAT4X4));
-    EXPECT_EQ(9u, static_cast<unsigned>(libVideo::DATA_TYPE_INVALID));
-}
-
 // --- Data ---
-
-TEST(DataTest, ConstructorSetsAllFields)
-{
-    const Data data("weight", 3, libVideo::DATA_TYPE_FLOAT4X4, 5, 8);
-    EXPECT_EQ(vesk::String("weight"), data.name());
-    EXPECT_EQ(3u, data.stride());
-    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT4X4, data.dataType());
-    EXPECT_EQ(5u, data.offset());
-    EXPECT_EQ(8u, data.tokenByteSize());
-}
-
-TEST(DataTest, FieldsStandInTheirOrder)
-{
-    const Data data("X", 1, libVideo::DATA_TYPE_FLOAT, 0, 4);
-    const std::vector<const void*> addresses = {
-        &(data.*privateMember(DataName())),          &(data.*privateMember(DataStride())),
-        &(data.*privateMember(DataDataType())),      &(data.*privateMember(DataOffset())),
-        &(data.*privateMember(DataTokenByteSize())), &(data.*privateMember(DataBuffer()))};
-    for (std::size_t i = 1; i < addresses.size(); ++i) {
-        EXPECT_LT(reinterpret_cast<std::uintptr_t>(addresses[i - 1]), reinterpret_cast<std::uintptr_t>(addresses[i]))
-            << i;
-    }
-}
 
 TEST(DataTest, BufferTakesStrideTimesTokenByteSize)
 {
@@ -376,7 +289,6 @@ TEST(DataTest, CopyHasAllFieldsAndBytesOfItsOwn)
     EXPECT_EQ(4u, copy.tokenByteSize());
     EXPECT_EQ(1.5f, floatIn(copy, 0));
     EXPECT_EQ(-2.0f, floatIn(copy, 1));
-
     setFloat(copy, 0, 9.0f);
     EXPECT_EQ(1.5f, floatIn(source, 0));
     setFloat(source, 1, 8.0f);
@@ -415,7 +327,6 @@ TEST(DataTest, AssignmentCopiesAllFieldsAndBytesOfAnotherSize)
     EXPECT_EQ(64u, target.tokenByteSize());
     EXPECT_EQ(1024u, (target.*privateMember(DataBuffer())).size());
     EXPECT_EQ(7.0f, floatIn(target, 15));
-
     setFloat(target, 15, 1.0f);
     EXPECT_EQ(7.0f, floatIn(source, 15));
     target = Data("Y", 1, libVideo::DATA_TYPE_FLOAT, 1, 4);
@@ -504,17 +415,11 @@ TEST(AccessorFloatTypeTest, NoOtherTextIsValid)
 
 // --- calculateStride ---
 
-struct StrideCase {
-    const char* name;
+struct StrideCase : Row {
     const char* attributes;
     const char* params;
     unsigned stride;
 };
-
-void PrintTo(const StrideCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class AccessorStrideTest : public testing::TestWithParam<StrideCase> {};
 
@@ -529,9 +434,6 @@ TEST_P(AccessorStrideTest, StrideIsCalculatedAndTakenByTheLoad)
     EXPECT_EQ(GetParam().stride, accessor.stride());
 }
 
-#define PARAM_X "<param name='X' type='float'/>"
-#define PARAM_UNNAMED "<param type='float'/>"
-#define PARAM_MATRIX "<param name='M' type='float4x4'/>"
 #define PARAM_UNNAMED_MATRIX "<param type='float4x4'/>"
 
 INSTANTIATE_TEST_SUITE_P(
@@ -556,7 +458,7 @@ INSTANTIATE_TEST_SUITE_P(
                     StrideCase{"LowHalfOfTheAttribute", "stride='4294967301'", PARAM_X, 5},
                     StrideCase{"LowHalfOneIsNotBelieved", "stride='4294967297'", PARAM_X PARAM_X, 2},
                     StrideCase{"LowHalfZeroIsNotBelieved", "stride='4294967296'", PARAM_X PARAM_X, 2}),
-    [](const auto& row) { return std::string(row.param.name); });
+    rowName);
 
 TEST(AccessorStrideTest, StrideAboveOneAsksForNoType)
 {
@@ -593,26 +495,13 @@ TEST(AccessorTest, FieldsStandInTheirOrder)
 {
     const AccessorFloat accessor;
     const Accessor& base = accessor;
-    const std::vector<const void*> addresses = {
-        &(base.*privateMember(AccessorStride())),        &(base.*privateMember(AccessorOffset())),
-        &(base.*privateMember(AccessorCount())),         &(base.*privateMember(AccessorCurrentIndex())),
-        &(base.*privateMember(AccessorBytePerAccess())), &(base.*privateMember(AccessorName())),
-        &(base.*privateMember(AccessorData())),          &(accessor.*privateMember(AccessorFloatArray()))};
-    for (std::size_t i = 1; i < addresses.size(); ++i) {
-        EXPECT_LT(reinterpret_cast<std::uintptr_t>(addresses[i - 1]), reinterpret_cast<std::uintptr_t>(addresses[i]))
-            << i;
-    }
+    expectAscending({&(base.*privateMember(AccessorStride())), &(base.*privateMember(AccessorOffset())),
+                     &(base.*privateMember(AccessorCount())), &(base.*privateMember(AccessorCurrentIndex())),
+                     &(base.*privateMember(AccessorBytePerAccess())), &(base.*privateMember(AccessorName())),
+                     &(base.*privateMember(AccessorData())), &(accessor.*privateMember(AccessorFloatArray()))});
 }
 
 #if defined(__x86_64__) && defined(__GNUC__)
-/// The place of a virtual operation among those of its class: a pointer to it starts with the place in bytes plus 1.
-template <class Operation>
-std::uintptr_t slotOf(Operation operation)
-{
-    std::uintptr_t word = 0;
-    std::memcpy(&word, &operation, sizeof(word));
-    return (word - 1) / sizeof(void*);
-}
 
 TEST(AccessorTest, VirtualOperationsStandInTheirOrder)
 {
@@ -628,7 +517,7 @@ TEST(AccessorTest, VirtualOperationsStandInTheirOrder)
 
 TEST(AccessorTest, ThreeFloatParamsGiveThreeComponents)
 {
-    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2' stride='3'", xyz);
+    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2' stride='3'", PARAMS_XYZ);
     const LogCapture log;
     AccessorFloat accessor;
     EXPECT_TRUE(accessor.createFromCollada(document.accessor()));
@@ -786,7 +675,7 @@ TEST(AccessorTest, ParamsWithoutNamesAloneGiveNoComponent)
 
 TEST(AccessorTest, AbsentAttributesAreZeroRecordsFromZero)
 {
-    SourceDocument document("1 2 3", ofFloats, xyz);
+    SourceDocument document("1 2 3", ofFloats, PARAMS_XYZ);
     AccessorFloat accessor;
     EXPECT_TRUE(accessor.createFromCollada(document.accessor()));
     EXPECT_EQ(0u, accessor.count());
@@ -796,7 +685,7 @@ TEST(AccessorTest, AbsentAttributesAreZeroRecordsFromZero)
 
 TEST(AccessorTest, CountAndOffsetAreTheLowHalvesOfTheirAttributes)
 {
-    SourceDocument document("1 2 3 4 5 6 7 8 9", ofFloats + "count='4294967298' offset='4294967297'", xyz);
+    SourceDocument document("1 2 3 4 5 6 7 8 9", ofFloats + "count='4294967298' offset='4294967297'", PARAMS_XYZ);
     AccessorFloat accessor;
     EXPECT_TRUE(accessor.createFromCollada(document.accessor()));
     EXPECT_EQ(2u, accessor.count());
@@ -806,7 +695,7 @@ TEST(AccessorTest, CountAndOffsetAreTheLowHalvesOfTheirAttributes)
 
 TEST(AccessorTest, LoadingAgainAppends)
 {
-    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2'", xyz);
+    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2'", PARAMS_XYZ);
     AccessorFloat accessor;
     EXPECT_TRUE(accessor.createFromCollada(document.accessor()));
     EXPECT_EQ((Floats{4, 5, 6}), record(accessor, 1));
@@ -869,22 +758,17 @@ TEST(AccessorTest, NullElementIsMisuseAndChangesNothing)
 
 // --- a source that is no float array ---
 
-struct WrongSourceCase {
-    const char* name;
+struct WrongSourceCase : Row {
     const char* source; ///< with the attribute's name
     const char* line;
 };
-
-void PrintTo(const WrongSourceCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class AccessorWrongSourceTest : public testing::TestWithParam<WrongSourceCase> {};
 
 TEST_P(AccessorWrongSourceTest, GivesOneLineAndOnlyTheCount)
 {
-    SourceDocument document("1 2 3 4 5 6", std::string("count='4' offset='1' stride='3' ") + GetParam().source, xyz);
+    SourceDocument document("1 2 3 4 5 6", std::string("count='4' offset='1' stride='3' ") + GetParam().source,
+                            PARAMS_XYZ);
     const LogCapture log;
     AccessorFloat accessor;
     EXPECT_FALSE(accessor.createFromCollada(document.accessor()));
@@ -904,7 +788,7 @@ TEST_P(AccessorWrongSourceTest, GivesOneLineAndOnlyTheCount)
 
 TEST_P(AccessorWrongSourceTest, ReadsGiveTheEmptyListAndALineEach)
 {
-    SourceDocument document("1 2 3", std::string("count='4' ") + GetParam().source, xyz);
+    SourceDocument document("1 2 3", std::string("count='4' ") + GetParam().source, PARAMS_XYZ);
     LogCapture log("libVideo.accessor");
     AccessorFloat accessor;
     EXPECT_FALSE(accessor.createFromCollada(document.accessor()));
@@ -933,7 +817,7 @@ INSTANTIATE_TEST_SUITE_P(
                     WrongSourceCase{"NoSuchElement", "source='#nowhere'", "Data source is not a float array #nowhere"},
                     WrongSourceCase{"EmptyAttribute", "source=''", "Data source is not a float array "},
                     WrongSourceCase{"NoAttribute", "", "Data source is not a float array "}),
-    [](const auto& row) { return std::string(row.param.name); });
+    rowName);
 
 // --- params of other types ---
 
@@ -983,7 +867,7 @@ TEST(AccessorTest, UnknownTypeInTheCalculatedStrideComesBeforeAnyComponent)
 
 TEST(AccessorReadTest, RecordsLieStrideFloatsApart)
 {
-    SourceDocument document("1 2 3 4 5 6 7 8", ofFloats + "count='2' stride='4'", xyz);
+    SourceDocument document("1 2 3 4 5 6 7 8", ofFloats + "count='2' stride='4'", PARAMS_XYZ);
     AccessorFloat accessor;
     ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
     EXPECT_EQ((Floats{1, 2, 3}), record(accessor, 0));
@@ -992,7 +876,7 @@ TEST(AccessorReadTest, RecordsLieStrideFloatsApart)
 
 TEST(AccessorReadTest, RecordsOverlapBelowAStrideThatIsTooSmall)
 {
-    SourceDocument document("1 2 3 4 5", ofFloats + "count='2' stride='2'", xyz);
+    SourceDocument document("1 2 3 4 5", ofFloats + "count='2' stride='2'", PARAMS_XYZ);
     AccessorFloat accessor;
     ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
     EXPECT_EQ((Floats{1, 2, 3}), record(accessor, 0));
@@ -1001,7 +885,7 @@ TEST(AccessorReadTest, RecordsOverlapBelowAStrideThatIsTooSmall)
 
 TEST(AccessorReadTest, OffsetCountsWholeRecords)
 {
-    SourceDocument document("0 1 2 3 4 5 6 7 8 9 10 11", ofFloats + "count='2' offset='2' stride='3'", xyz);
+    SourceDocument document("0 1 2 3 4 5 6 7 8 9 10 11", ofFloats + "count='2' offset='2' stride='3'", PARAMS_XYZ);
     const LogCapture log;
     AccessorFloat accessor;
     ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
@@ -1021,7 +905,7 @@ TEST(AccessorReadTest, OffsetCountsForNothingWithoutAStride)
 
 TEST(AccessorReadTest, RecordsCanBeReadInAnyOrder)
 {
-    SourceDocument document("1 2 3 4 5 6 7 8 9", ofFloats + "count='3'", xyz);
+    SourceDocument document("1 2 3 4 5 6 7 8 9", ofFloats + "count='3'", PARAMS_XYZ);
     AccessorFloat accessor;
     ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
     EXPECT_EQ((Floats{7, 8, 9}), record(accessor, 2));
@@ -1067,7 +951,7 @@ TEST(AccessorReadTest, TokenOfAMatrixFillsFourBytesAndTheOthersStayZero)
 
 TEST(AccessorReadTest, EveryReadReturnsTheOneList)
 {
-    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2'", xyz);
+    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2'", PARAMS_XYZ);
     AccessorFloat accessor;
     ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
     const DataList* const first = &accessor[0];
@@ -1144,7 +1028,7 @@ TEST(AccessorReadTest, DirectReadOfAnAccessorThatNeverLoadedGivesTheSameLine)
 
 TEST(AccessorReadTest, IndexHasToLieBelowTheCount)
 {
-    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2'", xyz);
+    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2'", PARAMS_XYZ);
     AccessorFloat accessor;
     ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
     EXPECT_EQ("none", assertionOf([&] { accessor[1]; }));
@@ -1163,7 +1047,7 @@ TEST(AccessorReadTest, AccessorThatNeverLoadedHasNoRecord)
 
 TEST(AccessorReadTest, AccessorWithoutRecordsHasNoIndex)
 {
-    SourceDocument document("1 2 3", ofFloats + "count='0'", xyz);
+    SourceDocument document("1 2 3", ofFloats + "count='0'", PARAMS_XYZ);
     AccessorFloat accessor;
     ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
     EXPECT_EQ(indexAssertion, assertionOf([&] { accessor[0]; }));
@@ -1171,7 +1055,7 @@ TEST(AccessorReadTest, AccessorWithoutRecordsHasNoIndex)
 
 TEST(AccessorReadTest, SumOfOffsetAndIndexWrapsAt32Bits)
 {
-    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='4' offset='4294967295'", xyz);
+    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='4' offset='4294967295'", PARAMS_XYZ);
     const LogCapture unread;
     AccessorFloat accessor;
     ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
@@ -1263,18 +1147,12 @@ TEST(AccessorTest, ListThatCannotGrowThrowsNullPointerAndKeepsWhatItHolds)
 
 // --- an array that is shorter than the accessor says ---
 
-struct ReachCase {
-    const char* name;
+struct ReachCase : Row {
     const char* floats;
     const char* attributes;
     const char* params;
     bool isBeyond;
 };
-
-void PrintTo(const ReachCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class AccessorReachTest : public testing::TestWithParam<ReachCase> {};
 
@@ -1293,8 +1171,6 @@ TEST_P(AccessorReachTest, ShortArrayGivesOneLineAndTrue)
     EXPECT_EQ(3, log.lines()[0].priority);
     EXPECT_EQ("Accessor reaches beyond its float array", log.lines()[0].words());
 }
-
-#define PARAMS_XYZ PARAM_X PARAM_X PARAM_X
 
 INSTANTIATE_TEST_SUITE_P(
     Documents, AccessorReachTest,
@@ -1318,11 +1194,11 @@ INSTANTIATE_TEST_SUITE_P(
                     ReachCase{"AllRecordsOf32Bits", "1 2 3",
                               "count='4294967295' offset='4294967295' stride='4294967295'", PARAM_X, true},
                     ReachCase{"MostThatAnAttributeHolds", "1 2 3", "count='18446744073709551615'", PARAM_X, true}),
-    [](const auto& row) { return std::string(row.param.name); });
+    rowName);
 
 TEST(AccessorReachTest, MissingValuesReadAsZero)
 {
-    SourceDocument document("1 2 3 4 5", ofFloats + "count='3'", xyz);
+    SourceDocument document("1 2 3 4 5", ofFloats + "count='3'", PARAMS_XYZ);
     const LogCapture unread;
     AccessorFloat accessor;
     ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
@@ -1336,7 +1212,7 @@ TEST(AccessorReachTest, MissingValuesReadAsZero)
 
 TEST(AccessorReachTest, ReadsBeyondTheArrayLogNothingMore)
 {
-    SourceDocument document("1", ofFloats + "count='3'", xyz);
+    SourceDocument document("1", ofFloats + "count='3'", PARAMS_XYZ);
     LogCapture log;
     AccessorFloat accessor;
     ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
@@ -1380,8 +1256,8 @@ TEST(AccessorReachTest, CountOfAllOnesGivesAllIndicesBelowIt)
 
 TEST(AccessorReachTest, SuppressedLineLeavesTheResult)
 {
-    SourceDocument document("1", ofFloats + "count='3'", xyz);
-    SourceDocument wrong("1", "source='#words' count='3'", xyz);
+    SourceDocument document("1", ofFloats + "count='3'", PARAMS_XYZ);
+    SourceDocument wrong("1", "source='#words' count='3'", PARAMS_XYZ);
     const LogCapture log;
     vesk::LogFactory::setPriority(vesk::LoggerPriority::PRIORITY_OFF);
     AccessorFloat accessor;
@@ -1396,7 +1272,7 @@ TEST(AccessorReachTest, SuppressedLineLeavesTheResult)
 
 TEST(AccessorCopyTest, CopyAnswersForTheSameCurrentRecord)
 {
-    SourceDocument document("1 2 3 4 5 6 7 8 9", ofFloats + "count='2' offset='1'", xyz);
+    SourceDocument document("1 2 3 4 5 6 7 8 9", ofFloats + "count='2' offset='1'", PARAMS_XYZ);
     AccessorFloat source;
     ASSERT_TRUE(source.createFromCollada(document.accessor()));
     source[1];
@@ -1415,7 +1291,7 @@ TEST(AccessorCopyTest, CopyAnswersForTheSameCurrentRecord)
 
 TEST(AccessorCopyTest, CopyAndSourceReadApart)
 {
-    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2'", xyz);
+    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2'", PARAMS_XYZ);
     AccessorFloat source;
     ASSERT_TRUE(source.createFromCollada(document.accessor()));
     source[0];
@@ -1431,7 +1307,7 @@ TEST(AccessorCopyTest, CopyAndSourceReadApart)
 
 TEST(AccessorCopyTest, AssignmentReplacesRecordListAndArray)
 {
-    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2'", xyz);
+    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2'", PARAMS_XYZ);
     SourceDocument other("9 8", ofFloats + "count='1'", PARAM_X);
     AccessorFloat source;
     ASSERT_TRUE(source.createFromCollada(document.accessor()));
@@ -1453,7 +1329,7 @@ TEST(AccessorCopyTest, AssignmentReplacesRecordListAndArray)
 
 TEST(AccessorCopyTest, AssignmentOfTheBaseCopiesNumbersAndList)
 {
-    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2' offset='0'", xyz);
+    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2' offset='0'", PARAMS_XYZ);
     AccessorFloat source;
     ASSERT_TRUE(source.createFromCollada(document.accessor()));
     source[1];
@@ -1468,7 +1344,7 @@ TEST(AccessorCopyTest, AssignmentOfTheBaseCopiesNumbersAndList)
 // The base knows the list and not the array, so another record cannot be had.
 TEST(AccessorCopyTest, ListWithoutItsArrayThrowsNullPointerAtAnotherRecord)
 {
-    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2' offset='0'", xyz);
+    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2' offset='0'", PARAMS_XYZ);
     AccessorFloat source;
     ASSERT_TRUE(source.createFromCollada(document.accessor()));
     source[1];
@@ -1480,7 +1356,7 @@ TEST(AccessorCopyTest, ListWithoutItsArrayThrowsNullPointerAtAnotherRecord)
 
 TEST(AccessorCopyTest, CopyOutlivesItsSource)
 {
-    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2'", xyz);
+    SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2'", PARAMS_XYZ);
     auto source = std::make_unique<AccessorFloat>();
     ASSERT_TRUE(source->createFromCollada(document.accessor()));
     (*source)[1];
@@ -1492,7 +1368,7 @@ TEST(AccessorCopyTest, CopyOutlivesItsSource)
 
 TEST(AccessorCopyTest, CopyOfAFailedAccessorHasItsCount)
 {
-    SourceDocument document("1", "source='#words' count='4'", xyz);
+    SourceDocument document("1", "source='#words' count='4'", PARAMS_XYZ);
     const LogCapture unread;
     AccessorFloat source;
     EXPECT_FALSE(source.createFromCollada(document.accessor()));
@@ -1504,13 +1380,49 @@ TEST(AccessorCopyTest, CopyOfAFailedAccessorHasItsCount)
 
 TEST(AccessorTest, DestructionThroughTheBaseLeavesTheDocumentAlone)
 {
-    SourceDocument document("1 2 3", ofFloats + "count='1'", xyz);
+    SourceDocument document("1 2 3", ofFloats + "count='1'", PARAMS_XYZ);
     for (unsigned run = 0; run < 2; ++run) {
         std::unique_ptr<Accessor> accessor = std::make_unique<AccessorFloat>();
         EXPECT_TRUE(accessor->createFromCollada(document.accessor()));
         EXPECT_EQ((Floats{1, 2, 3}), record(*accessor, 0));
     }
     EXPECT_EQ(3u, document.values().getCount());
+}
+
+// --- what the compiler can tell ---
+
+static_assert(std::is_same_v<ByteHandle, decltype(std::declval<Data&>()[0u])>);
+static_assert(std::is_same_v<const ByteHandle, decltype(std::declval<const Data&>()[0u])>);
+static_assert(!std::is_polymorphic_v<Data> && !std::is_default_constructible_v<Data>);
+static_assert(std::is_copy_constructible_v<Data> && std::is_copy_assignable_v<Data>);
+static_assert(std::is_same_v<unsigned, std::underlying_type_t<DataType>> && sizeof(DataType) == 4);
+static_assert(std::is_abstract_v<Accessor> && std::has_virtual_destructor_v<Accessor>);
+static_assert(std::is_convertible_v<AccessorFloat*, Accessor*>);
+static_assert(!std::is_abstract_v<AccessorFloat> && std::is_default_constructible_v<AccessorFloat>);
+static_assert(std::is_copy_constructible_v<AccessorFloat> && std::is_copy_assignable_v<AccessorFloat>);
+static_assert(std::is_same_v<const DataList&, decltype(std::declval<Accessor&>()[0u])>);
+static_assert(std::is_same_v<unsigned, decltype(std::declval<const Accessor&>().count())> &&
+              std::is_same_v<unsigned, decltype(std::declval<const Accessor&>().stride())> &&
+              std::is_same_v<unsigned, decltype(std::declval<const Accessor&>().bytePerAccess())> &&
+              std::is_same_v<const vesk::String&, decltype(std::declval<const Accessor&>().name())>);
+
+template <class T, class = void>
+struct HasConstRead : std::false_type {};
+template <class T>
+struct HasConstRead<T, std::void_t<decltype(std::declval<const T&>()[0u])>> : std::true_type {};
+static_assert(!HasConstRead<Accessor>::value && !HasConstRead<AccessorFloat>::value);
+
+// --- what the tests are written with ---
+
+std::vector<float> floatsIn(const DataList& list)
+{
+    std::vector<float> values;
+    for (const Data& data : list) {
+        for (unsigned j = 0; j < data.stride(); ++j) {
+            values.push_back(floatIn(data, j));
+        }
+    }
+    return values;
 }
 
 } // namespace

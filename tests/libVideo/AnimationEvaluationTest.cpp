@@ -1,42 +1,15 @@
-#include "support/ColladaBuilder.h"
-#include "support/FailingAllocator.h"
-#include "support/LogCapture.h"
-#include "support/PrivateAccess.h"
-
-#include <vesk/Array.h>
-#include <vesk/Exception.h>
-
-#include <libMath/Matrix.h>
-#include <libMath/Vector.h>
+#include "support/VideoTest.h"
 
 #include <libVideo/SceneGraph/Animation.h>
 
-#include <libVideo/ColladaDom.h>
-
-#include <cmath>
-#include <cstdint>
 #include <iomanip>
-#include <limits>
-#include <ostream>
 #include <random>
-#include <sstream>
-#include <string>
-#include <type_traits>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 namespace {
 
-using libVideo::Animation;
-using libVideo::Evolution;
-using testSupport::ColladaBuilder;
-using testSupport::FailingAllocator;
-using testSupport::LogCapture;
+using namespace libVideo;
+using namespace testSupport;
 
-using Matrix4 = libMath::Matrix<float, 4, 4>;
-using Vector3 = libMath::Vector<float, 3>;
 using Kinds = vesk::Buffer<unsigned char>;
 using Numbers = std::vector<double>;
 using ModulusFunction = double (Animation::*)(double);
@@ -51,42 +24,15 @@ PRIVATE_MEMBER(Indices, IndicesFunction, &Animation::getIndicesFromSeconds)
 PRIVATE_MEMBER(Linear, LinearFunction, &Animation::getLinearInterpolation)
 PRIVATE_MEMBER(Bezier, BezierFunction, &Animation::getBezierInterpolation)
 
-static_assert(std::is_same<double, decltype(std::declval<Animation&>().applyAnimation(1.0, 1.0))>::value, "scalar");
-static_assert(std::is_same<Vector3, decltype(std::declval<Animation&>().applyAnimation(Vector3(), 1.0))>::value,
-              "vector");
-static_assert(std::is_same<Matrix4, decltype(std::declval<Animation&>().applyAnimation(Matrix4(), 1.0))>::value,
-              "matrix");
-
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
 // ---- curves from documents
 
-std::string textOf(const Numbers& numbers)
-{
-    std::ostringstream text;
-    text << std::setprecision(17);
-    for (const double number : numbers) {
-        if (std::isnan(number)) {
-            text << "NaN ";
-        } else if (std::isinf(number)) {
-            text << (number > 0 ? "INF " : "-INF ");
-        } else {
-            text << number << ' ';
-        }
-    }
-    return text.str();
-}
+std::string textOf(const Numbers& numbers);
 
 /// One input and its source, which holds `records` records.
-std::string floatInput(const std::string& semantic, const Numbers& numbers, std::size_t records)
-{
-    const std::size_t stride = records == 0 ? 1 : numbers.size() / records;
-    return "<source id='" + semantic + "'><float_array id='" + semantic + "-array' count='" +
-           std::to_string(numbers.size()) + "'>" + textOf(numbers) +
-           "</float_array><technique_common><accessor source='#" + semantic + "-array' count='" +
-           std::to_string(records) + "' stride='" + std::to_string(stride) + "'/></technique_common></source>";
-}
+std::string floatInput(const std::string& semantic, const Numbers& numbers, std::size_t records);
 
 /// What a document says of a curve. Each array holds the same number of numbers for each time; an empty one makes no
 /// input.
@@ -98,123 +44,34 @@ struct CurveText {
     Numbers outTangents = Numbers();
 };
 
-Animation load(const CurveText& curve)
-{
-    const std::size_t count = curve.times.size();
-    std::string sources = floatInput("INPUT", curve.times, count);
-    std::string inputs = "<input semantic='INPUT' source='#INPUT'/>";
-    const auto add = [&](const char* semantic, const Numbers& numbers) {
-        if (!numbers.empty()) {
-            sources += floatInput(semantic, numbers, count);
-            inputs += std::string("<input semantic='") + semantic + "' source='#" + semantic + "'/>";
-        }
-    };
-    add("OUTPUT", curve.values);
-    add("IN_TANGENT", curve.inTangents);
-    add("OUT_TANGENT", curve.outTangents);
-    if (!curve.words.empty()) {
-        sources += "<source id='kind'><Name_array id='words' count='" + std::to_string(count) + "'>" + curve.words +
-                   "</Name_array><technique_common><accessor source='#words' count='" + std::to_string(count) +
-                   "'/></technique_common></source>";
-        inputs += "<input semantic='INTERPOLATION' source='#kind'/>";
-    }
-    ColladaBuilder builder(
-        "<library_animations><animation>" + sources + "<sampler id='sampler'>" + inputs +
-        "</sampler><channel source='#sampler' target='node/move'/></animation></library_animations>");
-    const domAnimationRef element = builder.open()->getLibrary_animations_array()[0]->getAnimation_array()[0];
-    LogCapture log;
-    Animation animation(element, builder.dae());
-    EXPECT_EQ("", log.text());
-    EXPECT_EQ(count, animation.getCount());
-    return animation;
-}
+Animation load(const CurveText& curve);
 
 // A kind that no document can ask for.
-void setFirstKind(Animation& animation, unsigned char kind)
-{
-    Kinds& kinds = animation.*privateMember(KindsField());
-    kinds.resize(animation.getCount(), true);
-    kinds[0] = kind;
-}
+void setFirstKind(Animation& animation, unsigned char kind);
 
 // ---- the same curve for all three overloads
 
-/// Component `c` of a curve is that of the scalar one times c + 1, so that each shows its own place.
-Numbers spread(const Numbers& scalars, unsigned size)
-{
-    Numbers all;
-    for (const double number : scalars) {
-        for (unsigned c = 0; c < size; ++c) {
-            all.push_back(number * (c + 1));
-        }
-    }
-    return all;
-}
-
-/// Pairs of X and Y with the scalars as Y. X is far from any result.
-Numbers spreadPairs(const Numbers& scalars, unsigned size)
-{
-    Numbers all;
-    for (const double number : spread(scalars, size)) {
-        all.push_back(-5000.0);
-        all.push_back(number);
-    }
-    return all;
-}
-
-Animation loadSpread(const CurveText& curve, unsigned size)
-{
-    return load({curve.times, spread(curve.values, size), curve.words, spreadPairs(curve.inTangents, size),
-                 spreadPairs(curve.outTangents, size)});
-}
+Animation loadSpread(const CurveText& curve, unsigned size);
 
 Vector3 staticVector()
 {
     return Vector3(99.0f, 199.0f, 299.0f);
 }
 
-Matrix4 staticMatrix()
-{
-    Matrix4 matrix;
-    for (unsigned i = 0; i < 16; ++i) {
-        matrix[i] = 99.0f + 100.0f * static_cast<float>(i);
-    }
-    return matrix;
-}
+Matrix4 staticMatrix();
 
 template <unsigned size, class Value>
-void expectStatic(const Value& result)
-{
-    for (unsigned c = 0; c < size; ++c) {
-        EXPECT_EQ(99.0f + 100.0f * static_cast<float>(c), result[c]) << "component " << c;
-    }
-}
+void expectStatic(const Value& result);
 
 template <unsigned size, class Value>
-void expectSpread(double scalar, const Value& result)
-{
-    for (unsigned c = 0; c < size; ++c) {
-        const float expected = static_cast<float>(scalar * (c + 1));
-        if (std::isnan(scalar)) {
-            EXPECT_TRUE(std::isnan(result[c])) << "component " << c;
-        } else {
-            EXPECT_FLOAT_EQ(expected, result[c]) << "component " << c;
-        }
-    }
-}
+void expectSpread(double scalar, const Value& result);
 
-struct EvaluationCase {
-    const char* name;
+struct EvaluationCase : Row {
     CurveText curve;
     double time;
     bool isStatic;   ///< the input comes back
     double expected; ///< else this, times c + 1 in component c
 };
-
-void PrintTo(const EvaluationCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class AnimationEvaluationTest : public testing::TestWithParam<EvaluationCase> {};
 
@@ -263,11 +120,6 @@ EvaluationCase input(const char* name, const CurveText& curve, double time)
     return {name, curve, time, true, 0.0};
 }
 
-std::string caseName(const testing::TestParamInfo<EvaluationCase>& row)
-{
-    return row.param.name;
-}
-
 /// Keys at 1, 2 and 3 seconds of values 10, 20 and 40.
 CurveText usual(const char* words)
 {
@@ -298,7 +150,7 @@ INSTANTIATE_TEST_SUITE_P(
                     input("MinusTwoAndAHalf", linear(), -2.5), input("NotANumber", linear(), notANumber),
                     input("Infinity", linear(), infinity), input("MinusInfinity", linear(), -infinity),
                     value("NoInterpolationInput", {{1, 2, 3}, {10, 20, 40}}, 2.5, 30)),
-    caseName);
+    rowName);
 
 INSTANTIATE_TEST_SUITE_P(Step, AnimationEvaluationTest,
                          testing::Values(value("FirstSpanHoldsTheFirstKey", step(), 1.5, 10),
@@ -307,7 +159,7 @@ INSTANTIATE_TEST_SUITE_P(Step, AnimationEvaluationTest,
                                          value("SecondKey", step(), 2, 20), value("FirstKey", step(), 1, 10),
                                          input("SecondZero", step(), 0), input("LengthWrapsToZero", step(), 3),
                                          input("BeforeTheFirstKey", step(), 0.5)),
-                         caseName);
+                         rowName);
 
 INSTANTIATE_TEST_SUITE_P(
     KindOfTheEarlierKey, AnimationEvaluationTest,
@@ -317,7 +169,7 @@ INSTANTIATE_TEST_SUITE_P(
                     value("LinearThenStepHoldsLater", usual("LINEAR STEP STEP"), 2.5, 20),
                     value("LinearThenHermiteGoesStraight", usual("LINEAR HERMITE LINEAR"), 1.5, 15),
                     value("LinearThenBezierNeedsNoTangents", usual("LINEAR BEZIER BEZIER"), 1.5, 15)),
-    caseName);
+    rowName);
 
 INSTANTIATE_TEST_SUITE_P(Unevaluated, AnimationEvaluationTest,
                          testing::Values(input("HermiteGivesTheInputBetweenKeys", usual("HERMITE LINEAR LINEAR"), 1.5),
@@ -329,7 +181,7 @@ INSTANTIATE_TEST_SUITE_P(Unevaluated, AnimationEvaluationTest,
                                          value("BsplineKeyIsHit", usual("BSPLINE BSPLINE BSPLINE"), 1, 10),
                                          input("HermiteOfTheSecondKey", usual("LINEAR HERMITE LINEAR"), 2.5),
                                          value("LinearBehindAHermiteSpan", usual("HERMITE LINEAR LINEAR"), 2.5, 30)),
-                         caseName);
+                         rowName);
 
 /// Control points as pairs of one number for each key: in, out.
 CurveText bezier(const Numbers& times, const Numbers& values, const Numbers& in, const Numbers& out)
@@ -357,7 +209,7 @@ INSTANTIATE_TEST_SUITE_P(
         value("SecondKeyWithoutTangents", usual("BEZIER BEZIER BEZIER"), 2, 20),
         input("SecondZeroWithoutTangents", usual("BEZIER BEZIER BEZIER"), 0),
         input("BeforeTheFirstKeyWithoutTangents", usual("BEZIER BEZIER BEZIER"), 0.5)),
-    caseName);
+    rowName);
 
 INSTANTIATE_TEST_SUITE_P(
     OddTimes, AnimationEvaluationTest,
@@ -420,22 +272,9 @@ INSTANTIATE_TEST_SUITE_P(
         value("QuotientOfTheSmallestInteger", {{-4, -1, 3}, {10, 40, 80}}, -6442450946.0, 30),
         // -6442450947.5 / 3 is -2147483649.17: t = -3.5, where an exact quotient would leave -0.5.
         value("QuotientBelow32Bits", {{-4, -1, 3}, {10, 40, 80}}, -6442450947.5, 15)),
-    caseName);
+    rowName);
 
 // ---- reading of the records by overload
-
-template <class Action>
-void expectIndexOutOfBounds(int high, int index, Action action)
-{
-    try {
-        action();
-        ADD_FAILURE() << "nothing thrown";
-    } catch (const vesk::IndexOutOfBounds& thrown) {
-        EXPECT_EQ(0, thrown.low());
-        EXPECT_EQ(high, thrown.high());
-        EXPECT_EQ(index, thrown.index());
-    }
-}
 
 /// Keys at 1, 2 and 3 with so many values each, all of them 5.
 Animation withValues(unsigned size, const char* words)
@@ -443,18 +282,12 @@ Animation withValues(unsigned size, const char* words)
     return load({{1, 2, 3}, Numbers(3 * size, 5.0), words});
 }
 
-struct KeySizeCase {
-    const char* name;
+struct KeySizeCase : Row {
     unsigned size;
     bool scalarReads;
     bool vectorReads;
     bool matrixReads;
 };
-
-void PrintTo(const KeySizeCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class AnimationKeySizeTest : public testing::TestWithParam<KeySizeCase> {
 public:
@@ -500,7 +333,7 @@ INSTANTIATE_TEST_SUITE_P(
                     KeySizeCase{"Two", 2, true, false, false}, KeySizeCase{"Three", 3, true, true, false},
                     KeySizeCase{"Four", 4, true, false, false}, KeySizeCase{"Fifteen", 15, true, false, false},
                     KeySizeCase{"Sixteen", 16, true, false, true}, KeySizeCase{"Seventeen", 17, true, false, false}),
-    [](const auto& row) { return row.param.name; });
+    rowName);
 
 TEST(AnimationOverloadTest, MatrixKeyFillsTheResultInFlatRowMajorOrder)
 {
@@ -686,17 +519,11 @@ double modulus(double length, double time)
     return (animation.*privateMember(ModulusTime()))(time);
 }
 
-struct ModulusCase {
-    const char* name;
+struct ModulusCase : Row {
     double length;
     double time;
     double expected;
 };
-
-void PrintTo(const ModulusCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class AnimationModulusTest : public testing::TestWithParam<ModulusCase> {};
 
@@ -736,7 +563,7 @@ INSTANTIATE_TEST_SUITE_P(
         ModulusCase{"TimeMinusInfinity", 3, -infinity, -infinity},
         ModulusCase{"TimeNotANumber", 3, notANumber, notANumber},
         ModulusCase{"TimeInfinityWithoutLength", 0, infinity, infinity}),
-    [](const auto& row) { return row.param.name; });
+    rowName);
 
 constexpr unsigned untouched = 77;
 
@@ -1169,6 +996,136 @@ TEST(AnimationStateTest, EvaluationAllocatesNothingAndLogsNothing)
     EXPECT_EQ(0, requests);
     EXPECT_EQ(1, control);
     EXPECT_EQ("", log.text());
+}
+
+// --- what the compiler can tell ---
+
+static_assert(std::is_same_v<double, decltype(std::declval<Animation&>().applyAnimation(1.0, 1.0))>);
+static_assert(std::is_same_v<Vector3, decltype(std::declval<Animation&>().applyAnimation(Vector3(), 1.0))>);
+static_assert(std::is_same_v<Matrix4, decltype(std::declval<Animation&>().applyAnimation(Matrix4(), 1.0))>);
+
+// --- what the tests are written with ---
+
+std::string textOf(const Numbers& numbers)
+{
+    std::ostringstream text;
+    text << std::setprecision(17);
+    for (const double number : numbers) {
+        if (std::isnan(number)) {
+            text << "NaN ";
+        } else if (std::isinf(number)) {
+            text << (number > 0 ? "INF " : "-INF ");
+        } else {
+            text << number << ' ';
+        }
+    }
+    return text.str();
+}
+
+std::string floatInput(const std::string& semantic, const Numbers& numbers, std::size_t records)
+{
+    const std::size_t stride = records == 0 ? 1 : numbers.size() / records;
+    return "<source id='" + semantic + "'><float_array id='" + semantic + "-array' count='" +
+           std::to_string(numbers.size()) + "'>" + textOf(numbers) +
+           "</float_array><technique_common><accessor source='#" + semantic + "-array' count='" +
+           std::to_string(records) + "' stride='" + std::to_string(stride) + "'/></technique_common></source>";
+}
+
+Animation load(const CurveText& curve)
+{
+    const std::size_t count = curve.times.size();
+    std::string sources = floatInput("INPUT", curve.times, count);
+    std::string inputs = "<input semantic='INPUT' source='#INPUT'/>";
+    const auto add = [&](const char* semantic, const Numbers& numbers) {
+        if (!numbers.empty()) {
+            sources += floatInput(semantic, numbers, count);
+            inputs += std::string("<input semantic='") + semantic + "' source='#" + semantic + "'/>";
+        }
+    };
+    add("OUTPUT", curve.values);
+    add("IN_TANGENT", curve.inTangents);
+    add("OUT_TANGENT", curve.outTangents);
+    if (!curve.words.empty()) {
+        sources += "<source id='kind'><Name_array id='words' count='" + std::to_string(count) + "'>" + curve.words +
+                   "</Name_array><technique_common><accessor source='#words' count='" + std::to_string(count) +
+                   "'/></technique_common></source>";
+        inputs += "<input semantic='INTERPOLATION' source='#kind'/>";
+    }
+    ColladaBuilder builder(
+        "<library_animations><animation>" + sources + "<sampler id='sampler'>" + inputs +
+        "</sampler><channel source='#sampler' target='node/move'/></animation></library_animations>");
+    const domAnimationRef element = builder.open()->getLibrary_animations_array()[0]->getAnimation_array()[0];
+    LogCapture log;
+    Animation animation(element, builder.dae());
+    EXPECT_EQ("", log.text());
+    EXPECT_EQ(count, animation.getCount());
+    return animation;
+}
+
+void setFirstKind(Animation& animation, unsigned char kind)
+{
+    Kinds& kinds = animation.*privateMember(KindsField());
+    kinds.resize(animation.getCount(), true);
+    kinds[0] = kind;
+}
+
+/// Component `c` of a curve is that of the scalar one times c + 1, so that each shows its own place.
+Numbers spread(const Numbers& scalars, unsigned size)
+{
+    Numbers all;
+    for (const double number : scalars) {
+        for (unsigned c = 0; c < size; ++c) {
+            all.push_back(number * (c + 1));
+        }
+    }
+    return all;
+}
+
+/// Pairs of X and Y with the scalars as Y. X is far from any result.
+Numbers spreadPairs(const Numbers& scalars, unsigned size)
+{
+    Numbers all;
+    for (const double number : spread(scalars, size)) {
+        all.push_back(-5000.0);
+        all.push_back(number);
+    }
+    return all;
+}
+
+Animation loadSpread(const CurveText& curve, unsigned size)
+{
+    return load({curve.times, spread(curve.values, size), curve.words, spreadPairs(curve.inTangents, size),
+                 spreadPairs(curve.outTangents, size)});
+}
+
+Matrix4 staticMatrix()
+{
+    Matrix4 matrix;
+    for (unsigned i = 0; i < 16; ++i) {
+        matrix[i] = 99.0f + 100.0f * static_cast<float>(i);
+    }
+    return matrix;
+}
+
+template <unsigned size, class Value>
+void expectStatic(const Value& result)
+{
+    for (unsigned c = 0; c < size; ++c) {
+        EXPECT_EQ(99.0f + 100.0f * static_cast<float>(c), result[c]) << "component " << c;
+    }
+}
+
+template <unsigned size, class Value>
+void expectSpread(double scalar, const Value& result)
+{
+    for (unsigned c = 0; c < size; ++c) {
+        const float expected = static_cast<float>(scalar * (c + 1));
+        if (std::isnan(scalar)) {
+            EXPECT_TRUE(std::isnan(result[c])) << "component " << c;
+        } else {
+            EXPECT_FLOAT_EQ(expected, result[c]) << "component " << c;
+        }
+    }
 }
 
 } // namespace

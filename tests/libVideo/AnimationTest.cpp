@@ -1,41 +1,12 @@
-#include "support/ColladaBuilder.h"
-#include "support/LogCapture.h"
-#include "support/PrivateAccess.h"
-
-#include <vesk/Array.h>
-#include <vesk/Exception.h>
-#include <vesk/Logging.h>
-#include <vesk/SharedResource.h>
-#include <vesk/String.h>
+#include "support/VideoTest.h"
 
 #include <libVideo/SceneGraph/Animation.h>
 #include <libVideo/SceneGraph/Scene.h>
 
-#include <libVideo/ColladaDom.h>
-
-#include <cmath>
-#include <cstddef>
-#include <cstdint>
-#include <limits>
-#include <ostream>
-#include <sstream>
-#include <string>
-#include <type_traits>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 namespace {
 
-using libVideo::Animation;
-using libVideo::AnimationHandle;
-using libVideo::Evolution;
-using libVideo::VertexSemantic;
-using testSupport::ColladaBuilder;
-using testSupport::LogCapture;
-using testSupport::LogLine;
-using testSupport::TemporaryFile;
+using namespace libVideo;
+using namespace testSupport;
 
 using Evolutions = vesk::Array<Evolution>;
 using CreateInputFunction = bool (Animation::*)(const daeSmartRef<domInputLocal>&);
@@ -52,24 +23,34 @@ PRIVATE_MEMBER(CreateFloat, CreateFloatFunction, &Animation::createFloatEvolutio
 PRIVATE_MEMBER(CreateName, CreateNameFunction, &Animation::createNameEvolution)
 PRIVATE_MEMBER(SetTarget, SetTargetFunction, &Animation::setTarget)
 
-static_assert(!std::is_polymorphic<Animation>::value, "no virtual operation, the destructor included");
-static_assert(std::is_copy_constructible<Animation>::value && std::is_copy_assignable<Animation>::value, "a value");
-static_assert(std::is_constructible<Animation, const daeSmartRef<domAnimation>&, DAE&>::value, "made from an element");
-static_assert(sizeof(libVideo::InterpolationType) == 4, "32 bits");
-static_assert(std::is_same<double, decltype(Evolution::time)>::value, "time");
-static_assert(std::is_same<libVideo::InterpolationType, decltype(Evolution::interpolation)>::value, "interpolation");
-static_assert(std::is_same<vesk::Array<double>, decltype(Evolution::values)>::value, "values");
-static_assert(std::is_same<vesk::Array<double>, decltype(Evolution::inTangent)>::value, "inTangent");
-static_assert(std::is_same<vesk::Array<double>, decltype(Evolution::outTangent)>::value, "outTangent");
-static_assert(std::is_same<vesk::String, decltype(std::declval<const Animation&>().getTargetNode())>::value, "a copy");
-static_assert(std::is_same<vesk::String, decltype(std::declval<const Animation&>().getTargetTransform())>::value,
-              "a copy");
-static_assert(std::is_same<unsigned, decltype(std::declval<Animation&>().getCount())>::value, "getCount");
-static_assert(std::is_same<double, decltype(std::declval<const Animation&>().animationLength())>::value, "length");
-static_assert(std::is_same<unsigned, decltype(libVideo::createAnimationListFromCollada(
-                                         static_cast<const domCOLLADA*>(nullptr), std::declval<DAE&>(),
-                                         std::declval<vesk::Array<AnimationHandle>&>()))>::value,
-              "size of the list");
+TEST(AnimationTest, InterpolationTypesHaveTheirNumbers)
+{
+    EXPECT_EQ(0u, static_cast<unsigned>(libVideo::STEP));
+    EXPECT_EQ(1u, static_cast<unsigned>(libVideo::LINEAR));
+    EXPECT_EQ(2u, static_cast<unsigned>(libVideo::BEZIER));
+    EXPECT_EQ(3u, static_cast<unsigned>(libVideo::HERMITE));
+    EXPECT_EQ(4u, static_cast<unsigned>(libVideo::CARDINAL));
+    EXPECT_EQ(5u, static_cast<unsigned>(libVideo::BSPLINE));
+}
+
+TEST(AnimationTest, FieldsOfARecordStandInOrder)
+{
+    const Evolution record;
+    EXPECT_LT(place(record.time), place(record.interpolation));
+    EXPECT_LT(place(record.interpolation), place(record.values));
+    EXPECT_LT(place(record.values), place(record.inTangent));
+    EXPECT_LT(place(record.inTangent), place(record.outTangent));
+}
+
+TEST(AnimationTest, NewRecordHoldsTimeZeroAndLinearAndNoNumbers)
+{
+    const Evolution record;
+    EXPECT_EQ(0.0, record.time);
+    EXPECT_EQ(libVideo::LINEAR, record.interpolation);
+    EXPECT_EQ(0u, record.values.size());
+    EXPECT_EQ(0u, record.inTangent.size());
+    EXPECT_EQ(0u, record.outTangent.size());
+}
 
 constexpr char noDocument[] = "Cannot create an animation list from a NULL domCOLLADA pointer";
 constexpr char noChannel[] = "Cannot create an animation without a channel element.";
@@ -83,23 +64,6 @@ constexpr char strideWords[] = ", with a stride of: ";
 
 constexpr char usualChannel[] = "<channel source='#sampler' target='node/transform.X'/>";
 
-std::string wordCount(const std::string& text)
-{
-    std::istringstream words(text);
-    std::string word;
-    unsigned count = 0;
-    while (words >> word) {
-        ++count;
-    }
-    return std::to_string(count);
-}
-
-/// A technique with an accessor of an array; attributes as text, so that any can be wrong.
-std::string accessorTo(const std::string& array, const std::string& attributes)
-{
-    return "<technique_common><accessor source='#" + array + "' " + attributes + "/></technique_common>";
-}
-
 std::string countAndStride(unsigned count, unsigned stride)
 {
     return "count='" + std::to_string(count) + "' stride='" + std::to_string(stride) + "'";
@@ -108,31 +72,6 @@ std::string countAndStride(unsigned count, unsigned stride)
 std::string source(const std::string& id, const std::string& content)
 {
     return "<source id='" + id + "'>" + content + "</source>";
-}
-
-std::string floatArray(const std::string& id, const std::string& numbers)
-{
-    return "<float_array id='" + id + "' count='" + wordCount(numbers) + "'>" + numbers + "</float_array>";
-}
-
-std::string nameArray(const std::string& id, const std::string& names)
-{
-    return "<Name_array id='" + id + "' count='" + wordCount(names) + "'>" + names + "</Name_array>";
-}
-
-std::string floats(const std::string& id, const std::string& numbers, unsigned count, unsigned stride = 1)
-{
-    return source(id, floatArray(id + "-array", numbers) + accessorTo(id + "-array", countAndStride(count, stride)));
-}
-
-std::string names(const std::string& id, const std::string& words, unsigned count, unsigned stride = 1)
-{
-    return source(id, nameArray(id + "-array", words) + accessorTo(id + "-array", countAndStride(count, stride)));
-}
-
-std::string input(const std::string& semantic, const std::string& id)
-{
-    return "<input semantic='" + semantic + "' source='#" + id + "'/>";
 }
 
 std::string sampler(const std::string& inputs, const std::string& id = "sampler")
@@ -149,7 +88,7 @@ std::string curve(const std::string& sources, const std::string& inputs)
 /// A curve with one input.
 std::string curveOf(const std::string& semantic, const std::string& oneSource)
 {
-    return curve(oneSource, input(semantic, "a"));
+    return curve(oneSource, inputXml(semantic, "a"));
 }
 
 /// A document with one animation of the test's, by its content.
@@ -199,14 +138,7 @@ std::string transformOf(const Animation& animation)
     return animation.getTargetTransform().data();
 }
 
-Evolutions recordsOf(Animation& animation)
-{
-    Evolutions records;
-    for (unsigned i = 0; i < animation.getCount(); ++i) {
-        records.append(animation.evolution(i));
-    }
-    return records;
-}
+Evolutions recordsOf(Animation& animation);
 
 std::vector<double> numbers(const vesk::Array<double>& array)
 {
@@ -232,65 +164,7 @@ struct Outcome {
     std::string text;
 };
 
-template <class Action>
-void expectIndexOutOfBounds(int high, int index, Action action)
-{
-    try {
-        action();
-        ADD_FAILURE() << "nothing thrown";
-    } catch (const vesk::IndexOutOfBounds& thrown) {
-        EXPECT_EQ(0, thrown.low());
-        EXPECT_EQ(high, thrown.high());
-        EXPECT_EQ(index, thrown.index());
-    }
-}
-
-template <class T>
-std::uintptr_t place(const T& object)
-{
-    return reinterpret_cast<std::uintptr_t>(&object);
-}
-
 // ---- the records and their fields
-
-TEST(AnimationTest, InterpolationTypesHaveTheirNumbers)
-{
-    EXPECT_EQ(0u, static_cast<unsigned>(libVideo::STEP));
-    EXPECT_EQ(1u, static_cast<unsigned>(libVideo::LINEAR));
-    EXPECT_EQ(2u, static_cast<unsigned>(libVideo::BEZIER));
-    EXPECT_EQ(3u, static_cast<unsigned>(libVideo::HERMITE));
-    EXPECT_EQ(4u, static_cast<unsigned>(libVideo::CARDINAL));
-    EXPECT_EQ(5u, static_cast<unsigned>(libVideo::BSPLINE));
-}
-
-TEST(AnimationTest, FieldsOfARecordStandInOrder)
-{
-    const Evolution record;
-    EXPECT_LT(place(record.time), place(record.interpolation));
-    EXPECT_LT(place(record.interpolation), place(record.values));
-    EXPECT_LT(place(record.values), place(record.inTangent));
-    EXPECT_LT(place(record.inTangent), place(record.outTangent));
-}
-
-TEST(AnimationTest, FieldsOfAnAnimationStandInOrder)
-{
-    AnimationDocument document("");
-    const Animation animation = document.blank();
-    EXPECT_LT(place(animation.*privateMember(NameField())), place(animation.*privateMember(TargetNodeField())));
-    EXPECT_LT(place(animation.*privateMember(TargetNodeField())),
-              place(animation.*privateMember(TargetTransformField())));
-    EXPECT_LT(place(animation.*privateMember(TargetTransformField())), place(animation.*privateMember(LengthField())));
-}
-
-TEST(AnimationTest, NewRecordHoldsTimeZeroAndLinearAndNoNumbers)
-{
-    const Evolution record;
-    EXPECT_EQ(0.0, record.time);
-    EXPECT_EQ(libVideo::LINEAR, record.interpolation);
-    EXPECT_EQ(0u, record.values.size());
-    EXPECT_EQ(0u, record.inTangent.size());
-    EXPECT_EQ(0u, record.outTangent.size());
-}
 
 // ---- a whole curve
 
@@ -328,6 +202,16 @@ void expectWholeCurve(Animation& animation)
     EXPECT_EQ((Numbers{61, 62, 63, 64}), numbers(records[2].outTangent));
 }
 
+TEST(AnimationTest, FieldsOfAnAnimationStandInOrder)
+{
+    AnimationDocument document("");
+    const Animation animation = document.blank();
+    EXPECT_LT(place(animation.*privateMember(NameField())), place(animation.*privateMember(TargetNodeField())));
+    EXPECT_LT(place(animation.*privateMember(TargetNodeField())),
+              place(animation.*privateMember(TargetTransformField())));
+    EXPECT_LT(place(animation.*privateMember(TargetTransformField())), place(animation.*privateMember(LengthField())));
+}
+
 TEST(AnimationTest, AllInputsFillTheRecords)
 {
     Outcome loaded(curve(allSources(), allInputs));
@@ -340,18 +224,18 @@ TEST(AnimationTest, AllInputsFillTheRecords)
 
 TEST(AnimationTest, InputsInReverseOrderFillTheRecordsAlike)
 {
-    Outcome loaded(curve(allSources(), input("OUT_TANGENT", "out") + input("IN_TANGENT", "in") +
-                                           input("INTERPOLATION", "kind") + input("OUTPUT", "value") +
-                                           input("INPUT", "time")));
+    Outcome loaded(curve(allSources(), inputXml("OUT_TANGENT", "out") + inputXml("IN_TANGENT", "in") +
+                                           inputXml("INTERPOLATION", "kind") + inputXml("OUTPUT", "value") +
+                                           inputXml("INPUT", "time")));
     EXPECT_TRUE(loaded.result);
     expectWholeCurve(loaded.animation);
 }
 
 TEST(AnimationTest, SemanticWordsMatchInAnyCase)
 {
-    Outcome loaded(curve(allSources(), input("input", "time") + input("Output", "value") +
-                                           input("interpolatioN", "kind") + input("in_tangent", "in") +
-                                           input("Out_Tangent", "out")));
+    Outcome loaded(curve(allSources(), inputXml("input", "time") + inputXml("Output", "value") +
+                                           inputXml("interpolatioN", "kind") + inputXml("in_tangent", "in") +
+                                           inputXml("Out_Tangent", "out")));
     EXPECT_TRUE(loaded.result);
     expectWholeCurve(loaded.animation);
 }
@@ -365,7 +249,6 @@ TEST(AnimationTest, ConstructorLoadsAndDropsTheResult)
     EXPECT_EQ("swing", nameOf(loaded));
     EXPECT_EQ("node", nodeOf(loaded));
     expectWholeCurve(loaded);
-
     Animation failed(good.blankElement(), good.dae());
     EXPECT_EQ(noChannel, log.text());
     EXPECT_EQ("", nameOf(failed));
@@ -456,7 +339,7 @@ TEST(AnimationTest, SamplerWithoutInterpolationIsLinear)
 TEST(AnimationTest, LastRecordWithoutATimeGivesLengthZero)
 {
     Outcome loaded(curve(floats("value", "5 6 7", 3) + floats("time", "1 2", 2),
-                         input("OUTPUT", "value") + input("INPUT", "time")));
+                         inputXml("OUTPUT", "value") + inputXml("INPUT", "time")));
     EXPECT_TRUE(loaded.result);
     ASSERT_EQ(3u, loaded.animation.getCount());
     EXPECT_EQ(2.0, recordsOf(loaded.animation)[1].time);
@@ -467,7 +350,7 @@ TEST(AnimationTest, LastRecordWithoutATimeGivesLengthZero)
 TEST(AnimationTest, SmallerCountLeavesTheRecordsBehindItWithoutValues)
 {
     Outcome loaded(curve(floats("time", "1 2 3", 3) + floats("value", "5 6", 2) + names("kind", "STEP", 1),
-                         input("INPUT", "time") + input("OUTPUT", "value") + input("INTERPOLATION", "kind")));
+                         inputXml("INPUT", "time") + inputXml("OUTPUT", "value") + inputXml("INTERPOLATION", "kind")));
     EXPECT_TRUE(loaded.result);
     EXPECT_EQ("", loaded.text);
     ASSERT_EQ(3u, loaded.animation.getCount());
@@ -485,7 +368,7 @@ TEST(AnimationTest, SmallerCountLeavesTheRecordsBehindItWithoutValues)
 TEST(AnimationTest, FirstInputWithACountFixesTheNumberOfRecords)
 {
     Outcome loaded(curve(floats("time", "1 2 3", 0) + floats("value", "5 6", 2),
-                         input("INPUT", "time") + input("OUTPUT", "value")));
+                         inputXml("INPUT", "time") + inputXml("OUTPUT", "value")));
     EXPECT_TRUE(loaded.result);
     EXPECT_EQ("", loaded.text);
     EXPECT_EQ(2u, loaded.animation.getCount());
@@ -494,7 +377,7 @@ TEST(AnimationTest, FirstInputWithACountFixesTheNumberOfRecords)
 TEST(AnimationTest, CountsOfZeroAloneMakeNoRecordsAndSucceed)
 {
     Outcome loaded(curve(floats("time", "1 2 3", 0) + names("kind", "STEP", 0),
-                         input("INPUT", "time") + input("INTERPOLATION", "kind")));
+                         inputXml("INPUT", "time") + inputXml("INTERPOLATION", "kind")));
     EXPECT_TRUE(loaded.result);
     EXPECT_EQ("", loaded.text);
     EXPECT_EQ(0u, loaded.animation.getCount());
@@ -505,9 +388,9 @@ TEST(AnimationTest, CountsOfZeroAloneMakeNoRecordsAndSucceed)
 TEST(AnimationTest, SameSemanticTwiceDoublesTheEntries)
 {
     Outcome loaded(curve(floats("value", "5 6 7 8", 2, 2) + floats("more", "1", 1),
-                         input("OUTPUT", "value") + input("OUTPUT", "value") + input("IN_TANGENT", "value") +
-                             input("IN_TANGENT", "more") + input("OUT_TANGENT", "more") +
-                             input("OUT_TANGENT", "value")));
+                         inputXml("OUTPUT", "value") + inputXml("OUTPUT", "value") + inputXml("IN_TANGENT", "value") +
+                             inputXml("IN_TANGENT", "more") + inputXml("OUT_TANGENT", "more") +
+                             inputXml("OUT_TANGENT", "value")));
     EXPECT_TRUE(loaded.result);
     ASSERT_EQ(2u, loaded.animation.getCount());
     const Evolutions records = recordsOf(loaded.animation);
@@ -521,8 +404,8 @@ TEST(AnimationTest, SameSemanticTwiceDoublesTheEntries)
 
 TEST(AnimationTest, SecondInputOfTimesReplacesTheFirst)
 {
-    Outcome loaded(
-        curve(floats("early", "1 2", 2) + floats("late", "5", 1), input("INPUT", "early") + input("INPUT", "late")));
+    Outcome loaded(curve(floats("early", "1 2", 2) + floats("late", "5", 1),
+                         inputXml("INPUT", "early") + inputXml("INPUT", "late")));
     EXPECT_TRUE(loaded.result);
     ASSERT_EQ(2u, loaded.animation.getCount());
     EXPECT_EQ(5.0, recordsOf(loaded.animation)[0].time);
@@ -570,7 +453,7 @@ TEST(AnimationTest, CountAttributeOfAnArrayBoundsNothing)
 TEST(AnimationTest, OnlyTheFirstChannelIsRead)
 {
     Outcome loaded(floats("first", "1 2", 2) + floats("second", "5 6 7", 3) +
-                   sampler(input("INPUT", "second"), "sampler2") + sampler(input("INPUT", "first"), "sampler1") +
+                   sampler(inputXml("INPUT", "second"), "sampler2") + sampler(inputXml("INPUT", "first"), "sampler1") +
                    "<channel source='#sampler1' target='node1/one.X'/>"
                    "<channel source='#sampler2' target='node2/two.X'/>");
     EXPECT_TRUE(loaded.result);
@@ -582,7 +465,7 @@ TEST(AnimationTest, OnlyTheFirstChannelIsRead)
 
 TEST(AnimationTest, SecondChannelDoesNotStandInForABrokenFirst)
 {
-    Outcome loaded(floats("a", "1 2", 2) + sampler(input("INPUT", "a")) +
+    Outcome loaded(floats("a", "1 2", 2) + sampler(inputXml("INPUT", "a")) +
                    "<channel source='#nothing' target='node/one.X'/>"
                    "<channel source='#sampler' target='node/two.X'/>");
     EXPECT_FALSE(loaded.result);
@@ -599,7 +482,8 @@ TEST(AnimationTest, NestedAnimationsAreNotRead)
     EXPECT_EQ("", nodeOf(nestedOnly.animation));
 
     Outcome both(curveOf("INPUT", floats("a", "1 2", 2)) + "<animation>" + floats("b", "1 2 3", 3) +
-                 sampler(input("INPUT", "b"), "inner") + "<channel source='#inner' target='inner/one'/></animation>");
+                 sampler(inputXml("INPUT", "b"), "inner") +
+                 "<channel source='#inner' target='inner/one'/></animation>");
     EXPECT_TRUE(both.result);
     EXPECT_EQ(2u, both.animation.getCount());
     EXPECT_EQ("node", nodeOf(both.animation));
@@ -620,18 +504,12 @@ TEST(AnimationTest, CurveOutlivesItsDocument)
 
 // ---- every way to fail
 
-struct LoadCase {
-    const char* name;
+struct LoadCase : Row {
     std::string content;
     bool result;
     std::string line; // empty: silent
     unsigned records;
 };
-
-void PrintTo(const LoadCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class AnimationLoadTest : public testing::TestWithParam<LoadCase> {};
 
@@ -651,11 +529,6 @@ TEST_P(AnimationLoadTest, AnswersAndLogsOnce)
     EXPECT_EQ(0.0, loaded.animation.animationLength()); // no row has a last record with a time and succeeds
 }
 
-std::string caseName(const testing::TestParamInfo<LoadCase>& row)
-{
-    return row.param.name;
-}
-
 std::string times3()
 {
     return floats("time", "1 2 3", 3);
@@ -663,54 +536,55 @@ std::string times3()
 
 std::string inputTimes()
 {
-    return input("INPUT", "time");
+    return inputXml("INPUT", "time");
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Channel, AnimationLoadTest,
     testing::Values(
-        LoadCase{"NoChannel", floats("a", "1", 1) + sampler(input("INPUT", "a")), false, noChannel, 0},
+        LoadCase{"NoChannel", floats("a", "1", 1) + sampler(inputXml("INPUT", "a")), false, noChannel, 0},
         LoadCase{"SourceOfTheChannelNamesNothing", "<channel source='#nothing' target='node/t'/>", false, noSampler, 0},
         LoadCase{"ChannelWithoutSource", "<channel target='node/t'/>", false, noSampler, 0},
         LoadCase{"SourceOfTheChannelIsASource", floats("a", "1", 1) + "<channel source='#a' target='node/t'/>", false,
                  noSampler, 0},
         LoadCase{"SourceOfTheChannelIsAnAnimation", "<channel source='#blank' target='node/t'/>", false, noSampler, 0},
         LoadCase{"SamplerWithoutInput", curve("", ""), false, noInput, 0}),
-    caseName);
+    rowName);
 
 INSTANTIATE_TEST_SUITE_P(
     Silent, AnimationLoadTest,
     testing::Values(
-        LoadCase{"InputOfNothing", curve("", input("INPUT", "nothing")), false, "", 0},
+        LoadCase{"InputOfNothing", curve("", inputXml("INPUT", "nothing")), false, "", 0},
         LoadCase{"InputWithoutSource", curve("", "<input semantic='INPUT'/>"), false, "", 0},
-        LoadCase{"InputOfTheSampler", curve("", input("INPUT", "sampler")), false, "", 0},
-        LoadCase{"InputOfTheArrayItself", curve(floats("a", "1 2", 2), input("INPUT", "a-array")), false, "", 0},
+        LoadCase{"InputOfTheSampler", curve("", inputXml("INPUT", "sampler")), false, "", 0},
+        LoadCase{"InputOfTheArrayItself", curve(floats("a", "1 2", 2), inputXml("INPUT", "a-array")), false, "", 0},
         LoadCase{"SourceWithoutCommonTechnique", curveOf("INPUT", source("a", floatArray("numbers", "1 2"))), false, "",
                  0},
         LoadCase{"CommonTechniqueWithoutAccessor",
                  curveOf("INPUT", source("a", floatArray("numbers", "1 2") + "<technique_common/>")), false, "", 0},
-        LoadCase{"SecondInputOfNothing", curve(times3(), inputTimes() + input("OUTPUT", "nothing")), false, "", 3},
-        LoadCase{"WrongSemanticOfNothing", curve("", input("COLOR", "nothing")), false, "", 0}),
-    caseName);
+        LoadCase{"SecondInputOfNothing", curve(times3(), inputTimes() + inputXml("OUTPUT", "nothing")), false, "", 3},
+        LoadCase{"WrongSemanticOfNothing", curve("", inputXml("COLOR", "nothing")), false, "", 0}),
+    rowName);
 
 INSTANTIATE_TEST_SUITE_P(
     Counts, AnimationLoadTest,
     testing::Values(LoadCase{"SecondInputHasMore",
-                             curve(times3() + floats("value", "1 2 3 4", 4), inputTimes() + input("OUTPUT", "value")),
+                             curve(times3() + floats("value", "1 2 3 4", 4),
+                                   inputTimes() + inputXml("OUTPUT", "value")),
                              false, countMismatch, 3},
                     LoadCase{"NamesHaveMore",
                              curve(times3() + names("kind", "STEP STEP STEP STEP", 4),
-                                   inputTimes() + input("INTERPOLATION", "kind")),
+                                   inputTimes() + inputXml("INTERPOLATION", "kind")),
                              false, countMismatch, 3},
                     LoadCase{"AccessorOfNoArrayHasMore",
                              curve(times3() + source("value", accessorTo("nothing", countAndStride(4, 1))),
-                                   inputTimes() + input("OUTPUT", "value")),
+                                   inputTimes() + inputXml("OUTPUT", "value")),
                              false, countMismatch, 3},
                     LoadCase{"ThirdInputComparesWithTheFirst",
                              curve(times3() + floats("value", "1 2", 2) + floats("in", "1 2 3 4", 4),
-                                   inputTimes() + input("OUTPUT", "value") + input("IN_TANGENT", "in")),
+                                   inputTimes() + inputXml("OUTPUT", "value") + inputXml("IN_TANGENT", "in")),
                              false, countMismatch, 3}),
-    caseName);
+    rowName);
 
 INSTANTIATE_TEST_SUITE_P(
     FloatSemantic, AnimationLoadTest,
@@ -729,7 +603,7 @@ INSTANTIATE_TEST_SUITE_P(
                  2},
         LoadCase{"CountOfZero", curveOf("COLOR", floats("a", "1 2", 0)), false, std::string(floatLine) + "3", 0},
         LoadCase{"StrideOfZero", curveOf("COLOR", floats("a", "1 2", 2, 0)), false, std::string(floatLine) + "3", 2}),
-    caseName);
+    rowName);
 
 std::string refusedName(const char* semantic, const char* stride)
 {
@@ -763,7 +637,7 @@ INSTANTIATE_TEST_SUITE_P(
         LoadCase{"InterpolationOfStrideOnePasses", curveOf("INTERPOLATION", names("a", "STEP STEP", 2)), true, "", 2},
         LoadCase{"InterpolationOfStrideZeroPasses", curveOf("INTERPOLATION", names("a", "STEP STEP", 2, 0)), true, "",
                  2}),
-    caseName);
+    rowName);
 
 INSTANTIATE_TEST_SUITE_P(
     NoArray, AnimationLoadTest,
@@ -800,7 +674,7 @@ INSTANTIATE_TEST_SUITE_P(
                  shortArray, 0},
         LoadCase{"EndlessCount", curveOf("OUTPUT", source("a", accessorTo("nothing", countAndStride(4294967295u, 1)))),
                  false, shortArray, 0}),
-    caseName);
+    rowName);
 
 INSTANTIATE_TEST_SUITE_P(
     ShortArray, AnimationLoadTest,
@@ -821,9 +695,9 @@ INSTANTIATE_TEST_SUITE_P(
                          source("a", "<Name_array id='words' count='5'/>" + accessorTo("words", countAndStride(5, 1)))),
                  false, shortArray, 0},
         LoadCase{"SecondInputKeepsTheRecordsOfTheFirst",
-                 curve(times3() + floats("value", "1 2", 3), inputTimes() + input("OUTPUT", "value")), false,
+                 curve(times3() + floats("value", "1 2", 3), inputTimes() + inputXml("OUTPUT", "value")), false,
                  shortArray, 3}),
-    caseName);
+    rowName);
 
 INSTANTIATE_TEST_SUITE_P(
     TwoFaults, AnimationLoadTest,
@@ -833,21 +707,22 @@ INSTANTIATE_TEST_SUITE_P(
         LoadCase{"ShortArrayBeforeStrideOfNames", curveOf("INTERPOLATION", names("a", "STEP", 3, 2)), false, shortArray,
                  0},
         LoadCase{"CountsBeforeShortArray",
-                 curve(times3() + floats("value", "1 2", 4), inputTimes() + input("OUTPUT", "value")), false,
+                 curve(times3() + floats("value", "1 2", 4), inputTimes() + inputXml("OUTPUT", "value")), false,
                  countMismatch, 3},
         LoadCase{"CountsBeforeWrongFloatSemantic",
-                 curve(times3() + floats("value", "1 2 3 4", 4), inputTimes() + input("COLOR", "value")), false,
+                 curve(times3() + floats("value", "1 2 3 4", 4), inputTimes() + inputXml("COLOR", "value")), false,
                  countMismatch, 3},
         LoadCase{"CountsBeforeWrongNameSemantic",
-                 curve(times3() + names("value", "a b c d", 4), inputTimes() + input("COLOR", "value")), false,
+                 curve(times3() + names("value", "a b c d", 4), inputTimes() + inputXml("COLOR", "value")), false,
                  countMismatch, 3},
-        LoadCase{"CountsBeforeBoth", curve(times3() + floats("value", "1", 4), inputTimes() + input("COLOR", "value")),
-                 false, countMismatch, 3},
+        LoadCase{"CountsBeforeBoth",
+                 curve(times3() + floats("value", "1", 4), inputTimes() + inputXml("COLOR", "value")), false,
+                 countMismatch, 3},
         LoadCase{"FirstBadInputEndsTheLoad",
                  curve(times3() + floats("value", "1 2 3", 3),
-                       input("COLOR", "value") + input("NORMAL", "value") + inputTimes()),
+                       inputXml("COLOR", "value") + inputXml("NORMAL", "value") + inputTimes()),
                  false, std::string(floatLine) + "3", 3}),
-    caseName);
+    rowName);
 
 TEST(AnimationTest, AsManyRecordsAsTheBoundNeedNoArray)
 {
@@ -880,7 +755,7 @@ TEST(AnimationTest, KeyThatIsNotThereThrows)
 
 TEST(AnimationTest, FailureKeepsWhatInputsBeforeItGave)
 {
-    Outcome loaded(curve(times3() + floats("value", "5 6 7 8", 4), inputTimes() + input("OUTPUT", "value")));
+    Outcome loaded(curve(times3() + floats("value", "5 6 7 8", 4), inputTimes() + inputXml("OUTPUT", "value")));
     EXPECT_FALSE(loaded.result);
     ASSERT_EQ(3u, loaded.animation.getCount());
     EXPECT_EQ(1.0, recordsOf(loaded.animation)[0].time);
@@ -912,7 +787,7 @@ TEST(AnimationTest, NullElementOfTheHostThrows)
 TEST(AnimationTest, LoadingAgainStartsTheRecordsAnew)
 {
     AnimationDocument wide(curveOf("INPUT", floats("a", "1 2 3 4 5 6 7 8 9", 9)), "name='wide'");
-    AnimationDocument narrow(sampler(input("INPUT", "b")) + floats("b", "7", 1) +
+    AnimationDocument narrow(sampler(inputXml("INPUT", "b")) + floats("b", "7", 1) +
                              "<channel source='#sampler' target='other/place'/>");
     Animation animation(wide.element(), wide.dae());
     EXPECT_EQ(9u, animation.getCount());
@@ -947,7 +822,7 @@ TEST(AnimationTest, FailedSecondLoadEmptiesTheRecordsButKeepsTheTarget)
 TEST(AnimationTest, SecondLoadWithoutASlashInItsTargetKeepsTheOldTarget)
 {
     Outcome loaded(curve(allSources(), allInputs));
-    AnimationDocument other(floats("a", "2", 1) + sampler(input("INPUT", "a")) +
+    AnimationDocument other(floats("a", "2", 1) + sampler(inputXml("INPUT", "a")) +
                             "<channel source='#sampler' target='lonely'/>");
     EXPECT_TRUE(loaded.animation.createFromCollada(other.element(), other.dae()));
     EXPECT_EQ("node", nodeOf(loaded.animation));
@@ -962,7 +837,7 @@ TEST(AnimationTest, CopyIsDeep)
     Animation copy(original);
     LogCapture log;
     AnimationDocument other(curve(floats("time", "7 8 9", 3) + floats("value", "1000 1000 1000", 3),
-                                  input("INPUT", "time") + input("OUTPUT", "value")));
+                                  inputXml("INPUT", "time") + inputXml("OUTPUT", "value")));
     original.createFromCollada(other.element(), other.dae());
     EXPECT_EQ(7.0, original.evolution(0).time);
     expectWholeCurve(copy);
@@ -980,7 +855,7 @@ TEST(AnimationTest, AssignmentIsDeep)
     Animation original(document.element(), document.dae());
     Animation copy = document.blank();
     copy = original;
-    AnimationDocument other(curve(floats("value", "1000", 1), input("OUT_TANGENT", "value")));
+    AnimationDocument other(curve(floats("value", "1000", 1), inputXml("OUT_TANGENT", "value")));
     original.createFromCollada(other.element(), other.dae());
     EXPECT_EQ(1u, original.getCount());
     expectWholeCurve(copy);
@@ -1005,16 +880,10 @@ TEST(AnimationTest, TargetsAreReturnedAsCopies)
 
 // ---- the two tables of words
 
-struct WordCase {
-    const char* name;
+struct WordCase : Row {
     const char* word;
     libVideo::InterpolationType type;
 };
-
-void PrintTo(const WordCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class AnimationWordTest : public testing::TestWithParam<WordCase> {};
 
@@ -1042,12 +911,12 @@ INSTANTIATE_TEST_SUITE_P(
         WordCase{"OtherWordIsLinear", "SPLINE", libVideo::LINEAR},
         WordCase{"LongerWordIsLinear", "STEPS", libVideo::LINEAR},
         WordCase{"ShorterWordIsLinear", "BEZ", libVideo::LINEAR}, WordCase{"NumberIsLinear", "2", libVideo::LINEAR}),
-    [](const auto& row) { return row.param.name; });
+    rowName);
 
 TEST(AnimationTest, OtherWordTurnsARecordBackToLinear)
 {
     Outcome loaded(curve(names("a", "STEP BEZIER", 2) + names("b", "SPLINE", 1),
-                         input("INTERPOLATION", "a") + input("INTERPOLATION", "b")));
+                         inputXml("INTERPOLATION", "a") + inputXml("INTERPOLATION", "b")));
     EXPECT_TRUE(loaded.result);
     ASSERT_EQ(2u, loaded.animation.getCount());
     EXPECT_EQ(libVideo::LINEAR, recordsOf(loaded.animation)[0].interpolation);
@@ -1064,18 +933,12 @@ TEST(AnimationTest, NameOfARecordIsFoundByItsIndexAlsoWithStrideZero)
     EXPECT_EQ(libVideo::CARDINAL, recordsOf(loaded.animation)[2].interpolation);
 }
 
-struct TargetCase {
-    const char* name;
+struct TargetCase : Row {
     const char* target;
     bool isRead;
     const char* node;
     const char* transform;
 };
-
-void PrintTo(const TargetCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class AnimationTargetTest : public testing::TestWithParam<TargetCase> {};
 
@@ -1093,7 +956,7 @@ TEST_P(AnimationTargetTest, SplitsAtSlashAndDot)
 
 TEST_P(AnimationTargetTest, ComesFromTheChannel)
 {
-    Outcome loaded(floats("a", "1", 1) + sampler(input("INPUT", "a")) + "<channel source='#sampler' target='" +
+    Outcome loaded(floats("a", "1", 1) + sampler(inputXml("INPUT", "a")) + "<channel source='#sampler' target='" +
                    GetParam().target + "'/>");
     EXPECT_TRUE(loaded.result);
     EXPECT_EQ("", loaded.text);
@@ -1116,11 +979,11 @@ INSTANTIATE_TEST_SUITE_P(
                     TargetCase{"DotRightBehindTheSlash", "node/.X", true, "node", ""},
                     TargetCase{"TwoDots", "node/scale.X.Y", true, "node", "scale"},
                     TargetCase{"DotAndNoSlash", "node.X", false, "", ""}, TargetCase{"Empty", "", false, "", ""}),
-    [](const auto& row) { return row.param.name; });
+    rowName);
 
 TEST(AnimationTest, ChannelWithoutTargetLeavesTheTargetUnset)
 {
-    Outcome loaded(floats("a", "1 2", 2) + sampler(input("INPUT", "a")) + "<channel source='#sampler'/>");
+    Outcome loaded(floats("a", "1 2", 2) + sampler(inputXml("INPUT", "a")) + "<channel source='#sampler'/>");
     EXPECT_TRUE(loaded.result);
     EXPECT_EQ("", loaded.text);
     EXPECT_EQ("", nodeOf(loaded.animation));
@@ -1182,7 +1045,7 @@ TEST(AnimationTest, MoreNamesThanRecordsThrow)
 std::string listed(const std::string& prefix)
 {
     return "<animation name='" + prefix + "'>" + floats(prefix + "-time", "1 2", 2) +
-           sampler(input("INPUT", prefix + "-time"), prefix + "-sampler") + "<channel source='#" + prefix +
+           sampler(inputXml("INPUT", prefix + "-time"), prefix + "-sampler") + "<channel source='#" + prefix +
            "-sampler' target='" + prefix + "/move.X'/></animation>";
 }
 
@@ -1269,7 +1132,7 @@ TEST(AnimationListTest, NestedAnimationsGetNoEntry)
 TEST(AnimationListTest, FailedAnimationsStayInTheList)
 {
     ColladaBuilder builder(library("<animation name='bad'/>" + listed("good") + "<animation>" +
-                                   floats("c", "1 2 3", 3) + sampler(input("COLOR", "c")) + usualChannel +
+                                   floats("c", "1 2 3", 3) + sampler(inputXml("COLOR", "c")) + usualChannel +
                                    "</animation>"));
     vesk::Array<AnimationHandle> list;
     LogCapture log;
@@ -1288,7 +1151,7 @@ TEST(AnimationListTest, FailedAnimationsStayInTheList)
 TEST(AnimationListTest, ThrownExceptionPassesAndKeepsTheEntriesBefore)
 {
     ColladaBuilder builder(library(listed("good") + "<animation>" + floats("c", "1", 1, 0) +
-                                   sampler(input("INPUT", "c")) + usualChannel + "</animation>" + listed("late")));
+                                   sampler(inputXml("INPUT", "c")) + usualChannel + "</animation>" + listed("late")));
     const domCOLLADA* const root = builder.open();
     vesk::Array<AnimationHandle> list;
     expectIndexOutOfBounds(-1, 0, [&] { libVideo::createAnimationListFromCollada(root, builder.dae(), list); });
@@ -1376,6 +1239,36 @@ TEST(AnimationBudgetTest, NumbersReadAnewAreCharged)
     }
     EXPECT_EQ(tooMuch, toldByLoad("<animation>" + sources + "<sampler id='m'>" + inputs +
                                   "</sampler><channel source='#m' target='n/t'/></animation>"));
+}
+
+// --- what the compiler can tell ---
+
+static_assert(!std::is_polymorphic_v<Animation>);
+static_assert(std::is_copy_constructible_v<Animation> && std::is_copy_assignable_v<Animation>);
+static_assert(std::is_constructible_v<Animation, const daeSmartRef<domAnimation>&, DAE&>);
+static_assert(sizeof(libVideo::InterpolationType) == 4);
+static_assert(std::is_same_v<double, decltype(Evolution::time)>);
+static_assert(std::is_same_v<libVideo::InterpolationType, decltype(Evolution::interpolation)>);
+static_assert(std::is_same_v<vesk::Array<double>, decltype(Evolution::values)>);
+static_assert(std::is_same_v<vesk::Array<double>, decltype(Evolution::inTangent)>);
+static_assert(std::is_same_v<vesk::Array<double>, decltype(Evolution::outTangent)>);
+static_assert(std::is_same_v<vesk::String, decltype(std::declval<const Animation&>().getTargetNode())>);
+static_assert(std::is_same_v<vesk::String, decltype(std::declval<const Animation&>().getTargetTransform())>);
+static_assert(std::is_same_v<unsigned, decltype(std::declval<Animation&>().getCount())>);
+static_assert(std::is_same_v<double, decltype(std::declval<const Animation&>().animationLength())>);
+static_assert(std::is_same_v<unsigned, decltype(libVideo::createAnimationListFromCollada(
+                                           static_cast<const domCOLLADA*>(nullptr), std::declval<DAE&>(),
+                                           std::declval<vesk::Array<AnimationHandle>&>()))>);
+
+// --- what the tests are written with ---
+
+Evolutions recordsOf(Animation& animation)
+{
+    Evolutions records;
+    for (unsigned i = 0; i < animation.getCount(); ++i) {
+        records.append(animation.evolution(i));
+    }
+    return records;
 }
 
 } // namespace

@@ -1,49 +1,13 @@
-#include "support/ColladaBuilder.h"
-#include "support/FailingAllocator.h"
-#include "support/LogCapture.h"
-#include "support/PrivateAccess.h"
-
-#include <vesk/Array.h>
-#include <vesk/Exception.h>
-#include <vesk/Logging.h>
-#include <vesk/String.h>
-
-#include <libMath/Matrix.h>
+#include "support/VideoTest.h"
 
 #include <libVideo/SceneGraph/Animation.h>
 #include <libVideo/SceneGraph/Camera.h>
 
-#include <libVideo/ColladaDom.h>
-
-#include <array>
-#include <cmath>
-#include <cstdint>
-#include <cstring>
-#include <limits>
-#include <new>
-#include <ostream>
-#include <stdexcept>
-#include <string>
-#include <type_traits>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 namespace {
 
-using libVideo::Animation;
-using libVideo::AnimationHandle;
-using libVideo::Camera;
-using libVideo::CameraHandle;
-using libVideo::PerspectiveCamera;
-using libVideo::PerspectiveParameter;
-using testSupport::ColladaBuilder;
-using testSupport::FailingAllocator;
-using testSupport::LogCapture;
-using testSupport::LogLine;
+using namespace libVideo;
+using namespace testSupport;
 
-using Matrix4 = libMath::Matrix<float, 4, 4>;
 using Parameter = libVideo::SharedHandle<PerspectiveParameter>;
 using AnimationList = vesk::Array<AnimationHandle>;
 using CameraList = vesk::Array<CameraHandle>;
@@ -65,42 +29,12 @@ PRIVATE_MEMBER(AspectRatioField, Parameter PerspectiveCamera::*, &PerspectiveCam
 PRIVATE_MEMBER(ReadExtraCameraData, ReadExtra, &PerspectiveCamera::readExtraCameraData)
 PRIVATE_MEMBER(UpdateProjectionMatrix, Update, &PerspectiveCamera::updateProjectionMatrix)
 
-static_assert(std::is_abstract<Camera>::value && std::has_virtual_destructor<Camera>::value, "a base");
-static_assert(std::is_convertible<PerspectiveCamera*, Camera*>::value, "derives publicly");
-static_assert(!std::is_abstract<PerspectiveCamera>::value && !std::is_default_constructible<PerspectiveCamera>::value,
-              "the concrete one");
-static_assert(std::is_constructible<PerspectiveCamera, const CameraRef&, DAE&>::value, "from an element");
-static_assert(std::is_copy_constructible<PerspectiveCamera>::value && std::is_copy_assignable<PerspectiveCamera>::value,
-              "copies");
-static_assert(!std::is_polymorphic<PerspectiveParameter>::value &&
-                  std::is_constructible<PerspectiveParameter, double, const vesk::String&>::value &&
-                  !std::is_default_constructible<PerspectiveParameter>::value,
-              "a plain record of value and sid");
-static_assert(std::is_same<double, decltype(PerspectiveParameter::value)>::value &&
-                  std::is_same<vesk::String, decltype(PerspectiveParameter::sid)>::value,
-              "a plain record of value and sid");
-static_assert(std::is_same<CameraHandle, decltype(std::declval<const Camera&>().clone())>::value, "by value");
-static_assert(std::is_same<const Matrix4&, decltype(std::declval<Camera&>().projectionMatrix(1.0))>::value,
-              "evaluation");
-static_assert(std::is_same<const Matrix4&, decltype(std::declval<const Camera&>().projectionMatrix())>::value,
-              "as it stands");
-static_assert(std::is_same<const Matrix4&, decltype(std::declval<Camera&>().transform(Matrix4()))>::value, "transform");
-static_assert(
-    std::is_same<const vesk::String&, decltype(std::declval<const Camera&>().name())>::value &&
-        std::is_same<const vesk::String&, decltype(std::declval<const Camera&>().id())>::value &&
-        std::is_same<const vesk::String&, decltype(std::declval<const Camera&>().lookAtNode())>::value &&
-        std::is_same<const vesk::String&, decltype(std::declval<const PerspectiveCamera&>().lookAtNodeURI())>::value,
-    "texts");
-static_assert(std::is_same<void, decltype(std::declval<Camera&>().setAspectRatio(1.0))>::value &&
-                  std::is_same<void, decltype(std::declval<Camera&>().addAnimation(AnimationHandle()))>::value,
-              "no answer");
-static_assert(std::is_same<bool, decltype(std::declval<PerspectiveCamera&>().createFromCollada(
-                                     std::declval<const CameraRef&>(), std::declval<DAE&>()))>::value,
-              "a loader");
-static_assert(std::is_same<unsigned, decltype(libVideo::createCameraListFromCollada(
-                                         std::declval<const domCOLLADA*>(), std::declval<DAE&>(),
-                                         std::declval<CameraList&>()))>::value,
-              "a list builder");
+TEST(PerspectiveParameterTest, HoldsValueAndSid)
+{
+    const PerspectiveParameter parameter(2.5, "angle");
+    EXPECT_EQ(2.5, parameter.value);
+    EXPECT_EQ("angle", textOf(parameter.sid));
+}
 
 constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
@@ -108,27 +42,12 @@ constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
 const char* const noDocument = "Cannot create a camera list from a NULL domCOLLADA pointer";
 const char* const noAspectRatio = "Camera :Eye does not have required aspect ratio data";
 
-std::string textOf(const vesk::String& text)
-{
-    return text.data();
-}
-
 // ---- documents
-
-std::string optics(const std::string& perspective)
-{
-    return "<optics><technique_common><perspective>" + perspective + "</perspective></technique_common></optics>";
-}
 
 /// Optics with planes at 1 and 101.
 std::string opticsWith(const std::string& angles)
 {
     return optics(angles + "<znear>1</znear><zfar>101</zfar>");
-}
-
-std::string vendorExtra(const std::string& content, const std::string& profile = "FCOLLADA")
-{
-    return "<extra><technique profile='" + profile + "'>" + content + "</technique></extra>";
 }
 
 /// A document with two cameras: one that holds nothing, and the one of the test.
@@ -138,9 +57,6 @@ public:
         : m_builder("<library_cameras><camera/><camera " + attributes + ">" + content + "</camera></library_cameras>")
     {
         m_root = m_builder.open();
-        if (m_root == nullptr) {
-            throw std::runtime_error("the document does not open");
-        }
     }
 
     CameraRef blank() { return m_root->getLibrary_cameras_array()[0]->getCamera_array()[0]; }
@@ -171,24 +87,7 @@ PerspectiveCamera load(const std::string& content)
 /// is the mean of the two.
 AnimationHandle curve(const std::string& sid, const std::string& values, const std::string& interpolation = "LINEAR")
 {
-    ColladaBuilder builder(
-        "<library_animations><animation>"
-        "<source id='in'><float_array id='times' count='2'>1 3</float_array><technique_common>"
-        "<accessor source='#times' count='2' stride='1'/></technique_common></source>"
-        "<source id='out'><float_array id='values' count='2'>" +
-        values +
-        "</float_array><technique_common><accessor source='#values' count='2' stride='1'/></technique_common></source>"
-        "<source id='kind'><Name_array id='words' count='2'>" +
-        interpolation + " " + interpolation +
-        "</Name_array><technique_common><accessor source='#words' count='2' stride='1'/></technique_common></source>"
-        "<sampler id='sampler'><input semantic='INPUT' source='#in'/><input semantic='OUTPUT' source='#out'/>"
-        "<input semantic='INTERPOLATION' source='#kind'/></sampler><channel source='#sampler' target='eye/" +
-        sid + "'/></animation></library_animations>");
-    const domAnimationRef element = builder.open()->getLibrary_animations_array()[0]->getAnimation_array()[0];
-    AnimationHandle animation(new Animation(element, builder.dae()));
-    EXPECT_EQ(2u, animation->getCount());
-    EXPECT_EQ(3.0, animation->animationLength());
-    return animation;
+    return loadedCurve("eye/" + sid, "1 3", values, interpolation + " " + interpolation);
 }
 
 /// An animation that failed to load: no target, no keys, and the value it is asked about is its answer.
@@ -204,7 +103,7 @@ constexpr double meanTime = 2.0;
 
 // ---- expected matrices
 
-using Floats = std::array<float, 16>;
+using Floats = Elements;
 
 Floats projection(float x, float y, float depthScale, float depthOffset)
 {
@@ -229,17 +128,7 @@ float narrowed(double value)
 }
 
 /// Bit for bit, but for which NaN it is.
-void expectFloats(const Floats& expected, const Matrix4& actual)
-{
-    for (unsigned i = 0; i < 16; ++i) {
-        if (std::isnan(expected[i])) {
-            EXPECT_TRUE(std::isnan(actual[i])) << "element " << i << " is " << actual[i];
-        } else {
-            EXPECT_EQ(expected[i], actual[i]) << "element " << i;
-            EXPECT_EQ(std::signbit(expected[i]), std::signbit(actual[i])) << "sign of element " << i;
-        }
-    }
-}
+void expectFloats(const Floats& expected, const Matrix4& actual);
 
 void expectParameter(double value, const std::string& sid, const Parameter& parameter)
 {
@@ -251,30 +140,10 @@ void expectParameter(double value, const std::string& sid, const Parameter& para
 /// One line in all, whole.
 void expectLine(const std::string& words, const LogCapture& log)
 {
-    const std::vector<LogLine> lines = log.lines();
-    ASSERT_EQ(1u, lines.size()) << log.text();
-    EXPECT_EQ("libVideo.camera", lines[0].channel);
-    EXPECT_EQ(3, lines[0].priority);
-    EXPECT_EQ(words, lines[0].words());
+    EXPECT_EQ(Texts{"libVideo.camera: " + words}, log.messages());
 }
 
-Matrix4 countingMatrix()
-{
-    Matrix4 matrix;
-    for (unsigned i = 0; i < 16; ++i) {
-        matrix[i] = static_cast<float>(i + 1);
-    }
-    return matrix;
-}
-
-Floats floatsOf(const Matrix4& matrix)
-{
-    Floats floats{};
-    for (unsigned i = 0; i < 16; ++i) {
-        floats[i] = matrix[i];
-    }
-    return floats;
-}
+Matrix4 countingMatrix();
 
 std::vector<const PerspectiveParameter*> parametersOf(const PerspectiveCamera& camera)
 {
@@ -284,13 +153,6 @@ std::vector<const PerspectiveParameter*> parametersOf(const PerspectiveCamera& c
 }
 
 // ---- data
-
-TEST(PerspectiveParameterTest, HoldsValueAndSid)
-{
-    const PerspectiveParameter parameter(2.5, "angle");
-    EXPECT_EQ(2.5, parameter.value);
-    EXPECT_EQ("angle", textOf(parameter.sid));
-}
 
 TEST(CameraTest, IsEmptyUntilRead)
 {
@@ -307,28 +169,15 @@ TEST(CameraTest, IsEmptyUntilRead)
 TEST(CameraTest, FieldsStandInTheirOrder)
 {
     const PerspectiveCamera camera = unreadCamera();
-    const std::vector<const void*> addresses = {
-        &(camera.*privateMember(AnimationsField())),    &(camera.*privateMember(ProjectionField())),
-        &(camera.*privateMember(NameField())),          &(camera.*privateMember(IdField())),
-        &(camera.*privateMember(LookAtNodeURIField())), &(camera.*privateMember(LookAtNodeField())),
-        &(camera.*privateMember(XfovField())),          &(camera.*privateMember(YfovField())),
-        &(camera.*privateMember(ZnearField())),         &(camera.*privateMember(ZfarField())),
-        &(camera.*privateMember(AspectRatioField()))};
-    for (std::size_t i = 1; i < addresses.size(); ++i) {
-        EXPECT_LT(reinterpret_cast<std::uintptr_t>(addresses[i - 1]), reinterpret_cast<std::uintptr_t>(addresses[i]))
-            << i;
-    }
+    expectAscending({&(camera.*privateMember(AnimationsField())), &(camera.*privateMember(ProjectionField())),
+                     &(camera.*privateMember(NameField())), &(camera.*privateMember(IdField())),
+                     &(camera.*privateMember(LookAtNodeURIField())), &(camera.*privateMember(LookAtNodeField())),
+                     &(camera.*privateMember(XfovField())), &(camera.*privateMember(YfovField())),
+                     &(camera.*privateMember(ZnearField())), &(camera.*privateMember(ZfarField())),
+                     &(camera.*privateMember(AspectRatioField()))});
 }
 
 #if defined(__x86_64__) && defined(__GNUC__)
-/// The place of a virtual operation among those of its class: a pointer to it starts with the place in bytes plus 1.
-template <class Operation>
-std::uintptr_t slotOf(Operation operation)
-{
-    std::uintptr_t word = 0;
-    std::memcpy(&word, &operation, sizeof(word));
-    return (word - 1) / sizeof(void*);
-}
 
 TEST(CameraTest, VirtualOperationsStandInTheirOrder)
 {
@@ -419,17 +268,11 @@ TEST(CameraTest, ConstructorDropsTheResultOfTheLoad)
     EXPECT_EQ("eye", textOf(camera.id()));
 }
 
-struct FailureCase {
-    const char* name;
+struct FailureCase : Row {
     std::string optics;
     const char* words;
     bool hasNear;
 };
-
-void PrintTo(const FailureCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class CameraFailureTest : public testing::TestWithParam<FailureCase> {};
 
@@ -475,18 +318,12 @@ INSTANTIATE_TEST_SUITE_P(
                     FailureCase{"EmptyPerspective", optics(""), noNear, false},
                     FailureCase{"NoNear", optics(std::string(angles) + "<zfar sid='f'>100</zfar>"), noNear, false},
                     FailureCase{"NoFar", optics(std::string(angles) + "<znear sid='n'>0.5</znear>"), noFar, true}),
-    [](const auto& row) { return row.param.name; });
+    rowName);
 
-struct NamelessCase {
-    const char* name;
+struct NamelessCase : Row {
     std::string optics;
     const char* words;
 };
-
-void PrintTo(const NamelessCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class NamelessCameraTest : public testing::TestWithParam<NamelessCase> {};
 
@@ -506,7 +343,7 @@ INSTANTIATE_TEST_SUITE_P(
                     NamelessCase{"NoNear", optics(""), "Camera  does not have near plane data"},
                     NamelessCase{"NoFar", optics("<znear>1</znear>"), "Camera  does not have far plane data"},
                     NamelessCase{"NoAspectRatio", opticsWith(""), "Camera : does not have required aspect ratio data"}),
-    [](const auto& row) { return row.param.name; });
+    rowName);
 
 TEST(CameraTest, SecondLoadKeepsWhatItsElementDoesNotHold)
 {
@@ -536,7 +373,7 @@ TEST(CameraTest, SecondLoadThatFailsAtTheFarPlaneReplacesTheNearOneOnly)
     CameraDocument first(opticsWith("<xfov>90</xfov><yfov>90</yfov>"));
     CameraDocument second(optics("<xfov>10</xfov><znear sid='n'>7</znear>"));
     PerspectiveCamera camera(first.camera(), first.dae());
-    const Floats before = floatsOf(camera.projectionMatrix());
+    const Floats before = elements(camera.projectionMatrix());
     const LogCapture log;
     EXPECT_FALSE(camera.createFromCollada(second.camera(), second.dae()));
     expectLine(noFar, log);
@@ -577,7 +414,7 @@ TEST(CameraTest, NullElementThrowsNullPointer)
     CameraDocument document("");
     EXPECT_THROW(PerspectiveCamera(CameraRef(), document.dae()), vesk::NullPointer);
     PerspectiveCamera camera = load(opticsWith("<xfov>90</xfov><yfov>80</yfov>"));
-    const Floats before = floatsOf(camera.projectionMatrix());
+    const Floats before = elements(camera.projectionMatrix());
     const LogCapture log;
     try {
         camera.createFromCollada(CameraRef(), document.dae());
@@ -590,16 +427,10 @@ TEST(CameraTest, NullElementThrowsNullPointer)
     expectFloats(before, camera.projectionMatrix());
 }
 
-struct AllocationCase {
-    const char* name;
+struct AllocationCase : Row {
     const char* angles;
     const char* order; ///< parameters by letter: near, far, x, y, aspect ratio
 };
-
-void PrintTo(const AllocationCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class CameraAllocationTest : public testing::TestWithParam<AllocationCase> {};
 
@@ -650,21 +481,15 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(AllocationCase{"Both", "<xfov>90</xfov><yfov>80</yfov>", "nfxy"},
                     AllocationCase{"Horizontal", "<xfov>90</xfov><aspect_ratio>2</aspect_ratio>", "nfxa"},
                     AllocationCase{"Vertical", "<yfov>90</yfov><aspect_ratio>2</aspect_ratio>", "nfya"}),
-    [](const auto& row) { return row.param.name; });
+    rowName);
 
 // ---- readExtraCameraData
 
-struct ExtraCase {
-    const char* name;
+struct ExtraCase : Row {
     std::string extras;
     const char* uri;
     const char* node;
 };
-
-void PrintTo(const ExtraCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class CameraExtraTest : public testing::TestWithParam<ExtraCase> {};
 
@@ -731,7 +556,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "Two"},
         ExtraCase{"FirstOfTwoExtras", vendorExtra(one) + vendorExtra(two), "#One", "One"},
         ExtraCase{"EmptyTextEndsTheSearch", vendorExtra("<nothing/>") + vendorExtra(two), "", ""}),
-    [](const auto& row) { return row.param.name; });
+    rowName);
 
 INSTANTIATE_TEST_SUITE_P(
     Texts, CameraExtraTest,
@@ -753,7 +578,7 @@ INSTANTIATE_TEST_SUITE_P(
         ExtraCase{"OnlyBlanksBehindTheMark", vendorExtra("<t># \n</t>"), "# \n", ""},
         ExtraCase{"BlanksWithoutAMark", vendorExtra("<t>my node</t>"), "my node", ""},
         ExtraCase{"NonAsciiWithoutAMark", vendorExtra("<t>N\xc5\x93ud</t>"), "N\xc5\x93ud", ""}),
-    [](const auto& row) { return row.param.name; });
+    rowName);
 
 TEST(CameraTest, TechniquesAndExtrasOfTheOpticsAreNotSearched)
 {
@@ -797,8 +622,7 @@ TEST(CameraTest, TextThatIsNoReferenceIsParsedByTheBaseURIAllTheSame)
 
 enum class Scale { zero, fromXfov, fromYfov, otherTimesAspectRatio, otherDividedByAspectRatio };
 
-struct PresenceCase {
-    const char* name;
+struct PresenceCase : Row {
     bool hasXfov;
     bool hasYfov;
     bool hasAspectRatio;
@@ -806,11 +630,6 @@ struct PresenceCase {
     Scale y;
     bool result;
 };
-
-void PrintTo(const PresenceCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 float expectedScale(Scale scale, double xfov, double yfov, double aspectRatio)
 {
@@ -900,7 +719,7 @@ INSTANTIATE_TEST_SUITE_P(
         PresenceCase{"XfovOnly", true, false, false, Scale::fromXfov, Scale::zero, false},
         PresenceCase{"YfovOnly", false, true, false, Scale::zero, Scale::fromYfov, false},
         PresenceCase{"Neither", false, false, false, Scale::zero, Scale::zero, false}),
-    [](const auto& row) { return row.param.name; });
+    rowName);
 
 TEST(CameraTest, RightAnglesAndPlanesAtOneAndAHundredAndOne)
 {
@@ -927,16 +746,10 @@ TEST(CameraTest, VerticalScaleIsTheHorizontalOneDividedByTheAspectRatio)
     EXPECT_EQ(0.5f * matrix[0], matrix[5]);
 }
 
-struct NumberCase {
-    const char* name;
+struct NumberCase : Row {
     std::string perspective;
     Floats expected;
 };
-
-void PrintTo(const NumberCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class CameraNumberTest : public testing::TestWithParam<NumberCase> {};
 
@@ -971,7 +784,7 @@ INSTANTIATE_TEST_SUITE_P(
         NumberCase{"Equal", perspectiveOf(aspectRatioOne, "5", "5"), projection(0.0f, 0.0f, infinity, -infinity)},
         NumberCase{"EqualAtTheEye", perspectiveOf(aspectRatioOne, "0", "0"),
                    projection(0.0f, 0.0f, notANumber, notANumber)}),
-    [](const auto& row) { return row.param.name; });
+    rowName);
 
 INSTANTIATE_TEST_SUITE_P(
     Angles, CameraNumberTest,
@@ -999,7 +812,7 @@ INSTANTIATE_TEST_SUITE_P(
                     NumberCase{"QuotientByAnAspectRatioOfZero",
                                perspectiveOf("<xfov>24</xfov><aspect_ratio>0</aspect_ratio>", "1", "2"),
                                projection(scaleOf(24.0), infinity, 1.0, 2.0)}),
-    [](const auto& row) { return row.param.name; });
+    rowName);
 
 // ---- animations
 
@@ -1048,7 +861,7 @@ TEST(CameraTest, WithoutAnimationsEachTimeGivesTheMatrixAsItStandsWithoutAnAlloc
 {
     PerspectiveCamera camera = load(opticsWith("<xfov>90</xfov><yfov>90</yfov>"));
     camera.transform(countingMatrix());
-    const Floats before = floatsOf(camera.projectionMatrix());
+    const Floats before = elements(camera.projectionMatrix());
     const LogCapture log;
     const Matrix4* result = nullptr;
     long requests = -1;
@@ -1129,16 +942,10 @@ TEST(CameraTest, EvaluationOverwritesATransform)
     expectFloats(projection(scaleOf(70.0), scaleOf(40.0), 0.5, 200.0), camera.projectionMatrix(0.0));
 }
 
-struct EvaluationCase {
-    const char* name;
+struct EvaluationCase : Row {
     std::vector<std::pair<const char*, const char*>> animations; ///< sid and values
     Floats expected;                                             ///< at the mean time
 };
-
-void PrintTo(const EvaluationCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class CameraEvaluationTest : public testing::TestWithParam<EvaluationCase> {};
 
@@ -1180,19 +987,13 @@ INSTANTIATE_TEST_SUITE_P(
         EvaluationCase{"LaterOfThreeWinsWithOthersBetween",
                        {{"x", "40 80"}, {"y", "40 80"}, {"x", "1 1"}, {"n", "2 6"}, {"f", "5 15"}, {"x", "20 40"}},
                        projection(scaleOf(30.0), scaleOf(60.0), 4.0, 10.0)}),
-    [](const auto& row) { return row.param.name; });
+    rowName);
 
-struct SidCase {
-    const char* name;
+struct SidCase : Row {
     std::array<const char*, 4> sids; ///< of xfov, yfov, znear and zfar; null for a parameter that is absent
     const char* target;
     Floats expected; ///< with the one that is hit at 8
 };
-
-void PrintTo(const SidCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class CameraSidTest : public testing::TestWithParam<SidCase> {};
 
@@ -1239,7 +1040,7 @@ INSTANTIATE_TEST_SUITE_P(
                 {"x", "", "", "f"},
                 "",
                 projection(infinity, scaleOf(8.0), notANumber, notANumber)}),
-    [](const auto& row) { return row.param.name; });
+    rowName);
 
 TEST(CameraTest, AnimationThatFailedHasAnEmptyTargetAndGivesTheStoredValue)
 {
@@ -1288,7 +1089,7 @@ TEST(CameraTest, ExceptionOfAnAnimationPassesAndLeavesTheMatrix)
     PerspectiveCamera camera = load(optics(namedOptics));
     camera.addAnimation(curve("x", "40 80"));
     camera.addAnimation(curve("y", "40 80", "BEZIER")); // has no tangents
-    const Floats before = floatsOf(camera.projectionMatrix());
+    const Floats before = elements(camera.projectionMatrix());
     EXPECT_THROW(camera.projectionMatrix(meanTime), vesk::IndexOutOfBounds);
     expectFloats(before, camera.projectionMatrix());
 }
@@ -1369,7 +1170,7 @@ TEST(CameraTest, ZeroOfTheOtherSignIsAnEqualAspectRatio)
 TEST(CameraTest, AspectRatioDoesNotRecomputeTheMatrix)
 {
     PerspectiveCamera camera = load(opticsWith("<xfov>90</xfov><aspect_ratio>2</aspect_ratio>"));
-    const Floats before = floatsOf(camera.projectionMatrix());
+    const Floats before = elements(camera.projectionMatrix());
     camera.setAspectRatio(3.0);
     expectFloats(before, camera.projectionMatrix());
     expectFloats(before, camera.projectionMatrix(1.0));
@@ -1382,7 +1183,7 @@ TEST(CameraTest, AspectRatioTakesEffectAtTheNextEvaluation)
     for (const char* sid : {"x", "n", "f"}) {
         camera.addAnimation(curve(sid, "1 2"));
     }
-    const Floats before = floatsOf(camera.projectionMatrix());
+    const Floats before = elements(camera.projectionMatrix());
     camera.setAspectRatio(3.0);
     expectFloats(before, camera.projectionMatrix());
     expectFloats(projection(scaleOf(90.0), narrowed(double(scaleOf(90.0)) / 3.0), 1.0, 101.0),
@@ -1423,7 +1224,7 @@ void expectCopy(const PerspectiveCamera& camera, const PerspectiveCamera& copy)
     EXPECT_EQ(textOf(camera.id()), textOf(copy.id()));
     EXPECT_EQ(textOf(camera.lookAtNodeURI()), textOf(copy.lookAtNodeURI()));
     EXPECT_EQ(textOf(camera.lookAtNode()), textOf(copy.lookAtNode()));
-    expectFloats(floatsOf(camera.projectionMatrix()), copy.projectionMatrix());
+    expectFloats(elements(camera.projectionMatrix()), copy.projectionMatrix());
     EXPECT_EQ(parametersOf(camera), parametersOf(copy));
     const AnimationList& animations = camera.*privateMember(AnimationsField());
     const AnimationList& copied = copy.*privateMember(AnimationsField());
@@ -1500,7 +1301,7 @@ TEST(CameraTest, CopyHasMatrixTextsAndListOfItsOwn)
     copy.transform(Matrix4());
     copy.addAnimation(curve("f", "1 2"));
     copy.*privateMember(NameField()) = "Other";
-    expectFloats(floatsOf(countingMatrix()), camera.projectionMatrix());
+    expectFloats(elements(countingMatrix()), camera.projectionMatrix());
     EXPECT_EQ(2u, (camera.*privateMember(AnimationsField())).size());
     EXPECT_EQ("Eye", textOf(camera.name()));
 }
@@ -1705,6 +1506,57 @@ TEST(CameraListTest, NullDocumentIsLoggedInsideTheTrace)
     expectTrace(log.lines());
     EXPECT_EQ(noDocument, log.lines()[1].words());
     EXPECT_EQ(3, log.lines()[1].priority);
+}
+
+// --- what the compiler can tell ---
+
+static_assert(std::is_abstract_v<Camera> && std::has_virtual_destructor_v<Camera>);
+static_assert(std::is_convertible_v<PerspectiveCamera*, Camera*>);
+static_assert(!std::is_abstract_v<PerspectiveCamera> && !std::is_default_constructible_v<PerspectiveCamera>);
+static_assert(std::is_constructible_v<PerspectiveCamera, const CameraRef&, DAE&>);
+static_assert(std::is_copy_constructible_v<PerspectiveCamera> && std::is_copy_assignable_v<PerspectiveCamera>);
+static_assert(!std::is_polymorphic_v<PerspectiveParameter> &&
+              std::is_constructible_v<PerspectiveParameter, double, const vesk::String&> &&
+              !std::is_default_constructible_v<PerspectiveParameter>);
+static_assert(std::is_same_v<double, decltype(PerspectiveParameter::value)> &&
+              std::is_same_v<vesk::String, decltype(PerspectiveParameter::sid)>);
+static_assert(std::is_same_v<CameraHandle, decltype(std::declval<const Camera&>().clone())>);
+static_assert(std::is_same_v<const Matrix4&, decltype(std::declval<Camera&>().projectionMatrix(1.0))>);
+static_assert(std::is_same_v<const Matrix4&, decltype(std::declval<const Camera&>().projectionMatrix())>);
+static_assert(std::is_same_v<const Matrix4&, decltype(std::declval<Camera&>().transform(Matrix4()))>);
+static_assert(std::is_same_v<const vesk::String&, decltype(std::declval<const Camera&>().name())> &&
+              std::is_same_v<const vesk::String&, decltype(std::declval<const Camera&>().id())> &&
+              std::is_same_v<const vesk::String&, decltype(std::declval<const Camera&>().lookAtNode())> &&
+              std::is_same_v<const vesk::String&, decltype(std::declval<const PerspectiveCamera&>().lookAtNodeURI())>);
+static_assert(std::is_same_v<void, decltype(std::declval<Camera&>().setAspectRatio(1.0))> &&
+              std::is_same_v<void, decltype(std::declval<Camera&>().addAnimation(AnimationHandle()))>);
+static_assert(std::is_same_v<bool, decltype(std::declval<PerspectiveCamera&>().createFromCollada(
+                                       std::declval<const CameraRef&>(), std::declval<DAE&>()))>);
+static_assert(std::is_same_v<unsigned, decltype(libVideo::createCameraListFromCollada(std::declval<const domCOLLADA*>(),
+                                                                                      std::declval<DAE&>(),
+                                                                                      std::declval<CameraList&>()))>);
+
+// --- what the tests are written with ---
+
+void expectFloats(const Floats& expected, const Matrix4& actual)
+{
+    for (unsigned i = 0; i < 16; ++i) {
+        if (std::isnan(expected[i])) {
+            EXPECT_TRUE(std::isnan(actual[i])) << "element " << i << " is " << actual[i];
+        } else {
+            EXPECT_EQ(expected[i], actual[i]) << "element " << i;
+            EXPECT_EQ(std::signbit(expected[i]), std::signbit(actual[i])) << "sign of element " << i;
+        }
+    }
+}
+
+Matrix4 countingMatrix()
+{
+    Matrix4 matrix;
+    for (unsigned i = 0; i < 16; ++i) {
+        matrix[i] = static_cast<float>(i + 1);
+    }
+    return matrix;
 }
 
 } // namespace

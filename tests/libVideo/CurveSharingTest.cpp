@@ -1,20 +1,12 @@
-#include "support/ColladaBuilder.h"
-#include "support/LogCapture.h"
-#include "support/PrivateAccess.h"
+#include "support/VideoTest.h"
 
 #include <libVideo/SceneGraph/Animation.h>
 #include <libVideo/SceneGraph/Scene.h>
 
-#include <string>
-
-#include <gtest/gtest.h>
-
 namespace {
 
-using libVideo::Scene;
-using libVideo::SceneResources;
-using testSupport::LogCapture;
-using testSupport::TemporaryFile;
+using namespace libVideo;
+using namespace testSupport;
 
 PRIVATE_MEMBER(SharingPool, SceneResources Scene::*, &Scene::m_resources)
 

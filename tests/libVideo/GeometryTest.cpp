@@ -1,42 +1,15 @@
-#include "support/ColladaBuilder.h"
-#include "support/FailingAllocator.h"
-#include "support/LogCapture.h"
-#include "support/PrivateAccess.h"
-
-#include <vesk/Array.h>
-#include <vesk/Exception.h>
-#include <vesk/SharedResource.h>
-#include <vesk/String.h>
+#include "support/VideoTest.h"
 
 #include <libVideo/SceneGraph/Geometry.h>
 #include <libVideo/SceneGraph/Node.h>
 #include <libVideo/SceneGraph/Primitive.h>
 
-#include <libVideo/ColladaDom.h>
-
-#include <memory>
-#include <ostream>
-#include <stdexcept>
-#include <string>
-#include <type_traits>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 namespace {
 
-using libVideo::Geometry;
-using libVideo::Mesh;
-using libVideo::Node;
-using libVideo::Primitive;
-using testSupport::ColladaBuilder;
-using testSupport::FailingAllocator;
-using testSupport::LogCapture;
-using testSupport::LogLine;
+using namespace libVideo;
+using namespace testSupport;
 
 using GeometryRef = daeSmartRef<domGeometry>;
-using NodeHandle = vesk::SharedResource<vesk::PointerStorage<Node, 0, 3>, 0>;
 using NodeList = vesk::Array<NodeHandle>;
 using PrimitiveHandle = vesk::SharedResource<vesk::PointerStorage<Primitive, 0, 3>, 0>;
 using PrimitiveList = vesk::Array<PrimitiveHandle>;
@@ -48,28 +21,21 @@ PRIVATE_MEMBER(GeometryName, vesk::String Geometry::*, &Geometry::m_name)
 PRIVATE_MEMBER(GeometryMesh, Mesh Geometry::*, &Geometry::m_mesh)
 PRIVATE_MEMBER(GeometryNodes, NodeList Geometry::*, &Geometry::m_nodes)
 
-static_assert(!std::is_polymorphic<Mesh>::value && !std::is_polymorphic<Geometry>::value, "no virtual operations");
-static_assert(std::is_default_constructible<Mesh>::value && std::is_copy_constructible<Mesh>::value &&
-                  std::is_copy_assignable<Mesh>::value && std::is_destructible<Mesh>::value,
-              "a value");
-static_assert(std::is_default_constructible<Geometry>::value && std::is_copy_constructible<Geometry>::value &&
-                  std::is_copy_assignable<Geometry>::value && std::is_destructible<Geometry>::value,
-              "a value");
-static_assert(std::is_same<bool (Mesh::*)(domMesh*), decltype(&Mesh::createFromCollada)>::value, "loads");
-static_assert(std::is_same<const vesk::String& (Mesh::*)() const, decltype(&Mesh::id)>::value, "readable when const");
-static_assert(std::is_same<const PrimitiveList& (Mesh::*)() const, decltype(&Mesh::primitives)>::value,
-              "readable when const");
-static_assert(std::is_same<bool (Geometry::*)(const GeometryRef&), decltype(&Geometry::createFromCollada)>::value,
-              "loads");
-static_assert(std::is_same<void (Geometry::*)(const NodeHandle&), decltype(&Geometry::addNode)>::value,
-              "takes a handle");
-static_assert(std::is_same<const NodeList& (Geometry::*)() const, decltype(&Geometry::nodes)>::value,
-              "readable when const");
-static_assert(std::is_same<const vesk::String& (Geometry::*)() const, decltype(&Geometry::id)>::value,
-              "readable when const");
-static_assert(std::is_same<const vesk::String& (Geometry::*)() const, decltype(&Geometry::name)>::value,
-              "readable when const");
-static_assert(std::is_same<const Mesh& (Geometry::*)() const, decltype(&Geometry::mesh)>::value, "readable when const");
+TEST(MeshTest, StartsEmpty)
+{
+    const Mesh mesh;
+    EXPECT_EQ(vesk::String(), mesh.id());
+    EXPECT_EQ(0u, mesh.primitives().size());
+}
+
+TEST(GeometryTest, StartsEmpty)
+{
+    const Geometry geometry;
+    EXPECT_EQ(vesk::String(), geometry.id());
+    EXPECT_EQ(vesk::String(), geometry.name());
+    EXPECT_EQ(0u, geometry.nodes().size());
+    EXPECT_EQ(0u, geometry.mesh().primitives().size());
+}
 
 /// What every mesh here starts with: four positions on the X axis, and the `<vertices>` over them.
 const std::string basics =
@@ -93,9 +59,7 @@ public:
     {
         m_builder.add("<library_geometries><geometry id='shape' " + attributes + ">" + content +
                       "</geometry></library_geometries>");
-        if (m_builder.open() == nullptr) {
-            throw std::runtime_error("the document does not open");
-        }
+        m_builder.open();
     }
 
     GeometryRef geometry() { return m_builder.element<domGeometry>("shape"); }
@@ -119,37 +83,13 @@ NodeHandle nodeOf(const std::string& attributes)
     return NodeHandle(new Node(*builder.element<domVisual_scene>("scene")->getNode_array()[0]));
 }
 
-/// All lines, each as its channel, its priority and its words.
-std::string told(const LogCapture& log)
-{
-    std::string all;
-    for (const LogLine& line : log.lines()) {
-        all += (all.empty() ? "" : "\n") + line.channel + " " + std::to_string(line.priority) + " " + line.words();
-    }
-    return all;
-}
+const std::string notAMesh = "libVideo.geometry: Program does not handle geometry type other than meshes right now.";
 
-const std::string notAMesh = "libVideo.geometry 3 Program does not handle geometry type other than meshes right now.";
-
-std::vector<std::string> ids(const NodeList& nodes)
-{
-    std::vector<std::string> all;
-    for (const NodeHandle& node : nodes) {
-        all.emplace_back(node->id().data());
-    }
-    return all;
-}
+std::vector<std::string> ids(const NodeList& nodes);
 
 using Ids = std::vector<std::string>;
 
 // --- Mesh ---
-
-TEST(MeshTest, StartsEmpty)
-{
-    const Mesh mesh;
-    EXPECT_EQ(vesk::String(), mesh.id());
-    EXPECT_EQ(0u, mesh.primitives().size());
-}
 
 TEST(MeshTest, HoldsThePrimitivesInTheirOrder)
 {
@@ -157,7 +97,7 @@ TEST(MeshTest, HoldsThePrimitivesInTheirOrder)
     const LogCapture log;
     Mesh mesh;
     EXPECT_TRUE(mesh.createFromCollada(document.mesh()));
-    EXPECT_EQ("", told(log));
+    EXPECT_EQ(Texts(), log.messages());
     ASSERT_EQ(2u, mesh.primitives().size());
     EXPECT_EQ(vesk::String("first"), mesh.primitives()[0]->id());
     EXPECT_EQ(vesk::String("second"), mesh.primitives()[1]->id());
@@ -178,16 +118,10 @@ TEST(MeshTest, IdHandsOutTheField)
     EXPECT_EQ(vesk::String("field"), mesh.id());
 }
 
-struct MeshKind {
-    const char* name;
+struct MeshKind : Row {
     std::string content; ///< all below `<mesh>`
     unsigned primitives;
 };
-
-std::ostream& operator<<(std::ostream& out, const MeshKind& kind)
-{
-    return out << kind.name;
-}
 
 class AnyMeshTest : public testing::TestWithParam<MeshKind> {};
 
@@ -206,7 +140,7 @@ TEST_P(AnyMeshTest, MakesItsGeometryLoadWithoutALineOfTheGeometry)
     const LogCapture log("libVideo.geometry");
     Geometry geometry;
     EXPECT_TRUE(geometry.createFromCollada(document.geometry()));
-    EXPECT_EQ("", told(log));
+    EXPECT_EQ(Texts(), log.messages());
     EXPECT_EQ(vesk::String("shape"), geometry.id());
     EXPECT_EQ(vesk::String("Shape"), geometry.name());
     EXPECT_EQ(GetParam().primitives, geometry.mesh().primitives().size());
@@ -219,7 +153,7 @@ INSTANTIATE_TEST_SUITE_P(
                     MeshKind{"WithPolygonsOnly", basics + polygonsOf("polygons", "", "0 1 2 3"), 1},
                     MeshKind{"WithVerticesOnly", basics, 1}, MeshKind{"WithNothing", "", 1},
                     MeshKind{"WithAFailedListOnly", basics + "<triangles count='1'><p>0 1 2</p></triangles>", 1}),
-    [](const auto& test) { return std::string(test.param.name); });
+    rowName);
 
 TEST(MeshTest, PolygonsAloneAreOnePointCloud)
 {
@@ -254,7 +188,7 @@ TEST(MeshTest, NullThrowsNullPointer)
     } catch (const vesk::NullPointer& failure) {
         EXPECT_STRNE("", failure.what());
     }
-    EXPECT_EQ("", told(log));
+    EXPECT_EQ(Texts(), log.messages());
     EXPECT_EQ(0u, mesh.primitives().size());
 }
 
@@ -303,15 +237,6 @@ TEST(MeshTest, PrimitivesHandsOutTheField)
 
 // --- Geometry: load ---
 
-TEST(GeometryTest, StartsEmpty)
-{
-    const Geometry geometry;
-    EXPECT_EQ(vesk::String(), geometry.id());
-    EXPECT_EQ(vesk::String(), geometry.name());
-    EXPECT_EQ(0u, geometry.nodes().size());
-    EXPECT_EQ(0u, geometry.mesh().primitives().size());
-}
-
 TEST(GeometryTest, AccessorsHandOutTheFields)
 {
     Geometry geometry;
@@ -327,7 +252,7 @@ TEST(GeometryTest, GoodLoadTakesIdNameAndMesh)
     const LogCapture log;
     Geometry geometry;
     EXPECT_TRUE(geometry.createFromCollada(document.geometry()));
-    EXPECT_EQ("", told(log));
+    EXPECT_EQ(Texts(), log.messages());
     EXPECT_EQ(vesk::String("shape"), geometry.id());
     EXPECT_EQ(vesk::String("Shape"), geometry.name());
     EXPECT_EQ(vesk::String(), geometry.mesh().id());
@@ -347,7 +272,7 @@ TEST(GeometryTest, AbsentIdIsEmpty)
 {
     ColladaBuilder builder("<library_geometries id='library'><geometry name='Shape'>" + meshOf(twoLists) +
                            "</geometry></library_geometries>");
-    ASSERT_NE(nullptr, builder.open());
+    builder.open();
     Geometry geometry;
     EXPECT_TRUE(geometry.createFromCollada(builder.element<domLibrary_geometries>("library")->getGeometry_array()[0]));
     EXPECT_EQ(vesk::String(), geometry.id());
@@ -360,7 +285,7 @@ TEST(GeometryTest, FailedPrimitivesDoNotFailTheGeometry)
     const LogCapture log;
     Geometry geometry;
     EXPECT_TRUE(geometry.createFromCollada(document.geometry()));
-    EXPECT_EQ("libVideo.primitive 3 Skipping <triangles> element with no vertex description", told(log));
+    EXPECT_EQ(Texts{"libVideo.primitive: Skipping <triangles> element with no vertex description"}, log.messages());
     EXPECT_EQ(vesk::String("shape"), geometry.id());
     EXPECT_EQ(1u, geometry.mesh().primitives().size());
 }
@@ -375,7 +300,7 @@ TEST(GeometryTest, NullThrowsNullPointer)
     } catch (const vesk::NullPointer& failure) {
         EXPECT_STRNE("", failure.what());
     }
-    EXPECT_EQ("", told(log));
+    EXPECT_EQ(Texts(), log.messages());
 }
 
 class GeometryWithoutMeshTest : public testing::TestWithParam<std::pair<const char*, const char*>> {};
@@ -386,7 +311,7 @@ TEST_P(GeometryWithoutMeshTest, IsLoggedOnceAndFails)
     const LogCapture log;
     Geometry geometry;
     EXPECT_FALSE(geometry.createFromCollada(document.geometry()));
-    EXPECT_EQ(notAMesh, told(log));
+    EXPECT_EQ(Texts{notAMesh}, log.messages());
     EXPECT_EQ(vesk::String(), geometry.id());
     EXPECT_EQ(vesk::String(), geometry.name());
     EXPECT_EQ(0u, geometry.mesh().primitives().size());
@@ -407,7 +332,7 @@ TEST(GeometryTest, ExceptionLeavesIdAndNameEmptyAndTheMeshAsFarAsItGot)
     const LogCapture log;
     Geometry geometry;
     EXPECT_THROW(geometry.createFromCollada(document.geometry()), vesk::AssertionFailure);
-    EXPECT_EQ("", told(log));
+    EXPECT_EQ(Texts(), log.messages());
     EXPECT_EQ(vesk::String(), geometry.id());
     EXPECT_EQ(vesk::String(), geometry.name());
     EXPECT_EQ(2u, geometry.mesh().primitives().size());
@@ -544,7 +469,7 @@ TEST(GeometryNodesTest, AdditionIsNotLogged)
     Geometry geometry;
     geometry.addNode(lamp);
     geometry.addNode(lamp);
-    EXPECT_EQ("", told(log));
+    EXPECT_EQ(Texts(), log.messages());
 }
 
 TEST(GeometryNodesTest, EmptyHandleThrowsNullPointerAndIsNotListed)
@@ -647,6 +572,34 @@ TEST_F(GeometryCopyTest, AssignmentToItselfChangesNothing)
     EXPECT_EQ((Ids{"lamp", "table"}), ids(m_geometry.nodes()));
     EXPECT_EQ(2u, m_lamp.useCount());
     EXPECT_EQ(2u, m_geometry.mesh().primitives().size());
+}
+
+// --- what the compiler can tell ---
+
+static_assert(!std::is_polymorphic_v<Mesh> && !std::is_polymorphic_v<Geometry>);
+static_assert(std::is_default_constructible_v<Mesh> && std::is_copy_constructible_v<Mesh> &&
+              std::is_copy_assignable_v<Mesh> && std::is_destructible_v<Mesh>);
+static_assert(std::is_default_constructible_v<Geometry> && std::is_copy_constructible_v<Geometry> &&
+              std::is_copy_assignable_v<Geometry> && std::is_destructible_v<Geometry>);
+static_assert(std::is_same_v<bool (Mesh::*)(domMesh*), decltype(&Mesh::createFromCollada)>);
+static_assert(std::is_same_v<const vesk::String& (Mesh::*)() const, decltype(&Mesh::id)>);
+static_assert(std::is_same_v<const PrimitiveList& (Mesh::*)() const, decltype(&Mesh::primitives)>);
+static_assert(std::is_same_v<bool (Geometry::*)(const GeometryRef&), decltype(&Geometry::createFromCollada)>);
+static_assert(std::is_same_v<void (Geometry::*)(const NodeHandle&), decltype(&Geometry::addNode)>);
+static_assert(std::is_same_v<const NodeList& (Geometry::*)() const, decltype(&Geometry::nodes)>);
+static_assert(std::is_same_v<const vesk::String& (Geometry::*)() const, decltype(&Geometry::id)>);
+static_assert(std::is_same_v<const vesk::String& (Geometry::*)() const, decltype(&Geometry::name)>);
+static_assert(std::is_same_v<const Mesh& (Geometry::*)() const, decltype(&Geometry::mesh)>);
+
+// --- what the tests are written with ---
+
+std::vector<std::string> ids(const NodeList& nodes)
+{
+    std::vector<std::string> all;
+    for (const NodeHandle& node : nodes) {
+        all.emplace_back(node->id().data());
+    }
+    return all;
 }
 
 } // namespace

@@ -1,39 +1,12 @@
-#include "support/ColladaBuilder.h"
-#include "support/FailingAllocator.h"
-#include "support/LogCapture.h"
-#include "support/PrivateAccess.h"
+#include "support/VideoTest.h"
 
 #include <libVideo/SceneGraph/Input.h>
 
-#include <vesk/Exception.h>
-#include <vesk/Logging.h>
-
-#include <cstdint>
-#include <cstring>
-#include <memory>
-#include <new>
-#include <ostream>
-#include <sstream>
-#include <stdexcept>
-#include <string>
-#include <type_traits>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 namespace {
 
-using libVideo::Data;
-using libVideo::Input;
-using libVideo::InputLocal;
-using libVideo::InputLocalOffset;
-using libVideo::Source;
-using libVideo::VertexLayout;
-using testSupport::ColladaBuilder;
-using testSupport::FailingAllocator;
-using testSupport::LogCapture;
-using testSupport::LogLine;
+using namespace libVideo;
+using namespace testSupport;
+
 using DataList = vesk::Array<Data>;
 using ByteArray = vesk::Array<unsigned char>;
 using IndexArray = vesk::Array<unsigned>;
@@ -46,7 +19,6 @@ using OffsetInputRef = daeSmartRef<domInputLocalOffset>;
 using Floats = std::vector<float>;
 using Bytes = std::vector<unsigned>;
 using Indices = std::vector<unsigned>;
-using Texts = std::vector<std::string>;
 
 PRIVATE_MEMBER(InputCachedIndex, unsigned Input::*, &Input::m_cachedIndex)
 PRIVATE_MEMBER(InputBytePerAccess, unsigned Input::*, &Input::m_bytePerAccess)
@@ -63,86 +35,33 @@ PRIVATE_MEMBER(OffsetAddOffset, void (InputLocalOffset::*)(unsigned), &InputLoca
 PRIVATE_MEMBER(OffsetCreateVertices, void (InputLocalOffset::*)(const OffsetInputRef&),
                &InputLocalOffset::createVertices)
 
-static_assert(std::is_abstract<Input>::value && std::has_virtual_destructor<Input>::value, "a base");
-static_assert(std::is_copy_assignable<Input>::value, "the base assigns as well");
-static_assert(std::is_convertible<InputLocal*, Input*>::value && std::is_convertible<InputLocalOffset*, Input*>::value,
-              "derive publicly");
-static_assert(std::is_constructible<InputLocal, const LocalInputs&>::value &&
-                  std::is_copy_constructible<InputLocal>::value && std::is_copy_assignable<InputLocal>::value,
-              "copies share the sources");
-static_assert(std::is_constructible<InputLocalOffset, const OffsetInputs&, domP* const>::value &&
-                  std::is_copy_constructible<InputLocalOffset>::value &&
-                  std::is_copy_assignable<InputLocalOffset>::value,
-              "copies share the sources");
-static_assert(std::is_same<const ByteArray&, decltype(std::declval<Input&>().data(0u))>::value &&
-                  std::is_same<bool, decltype(std::declval<const Input&>().hasData())>::value &&
-                  std::is_same<const LayoutArray&, decltype(std::declval<const Input&>().layout())>::value &&
-                  std::is_same<unsigned, decltype(std::declval<const Input&>().bytePerAccess())>::value &&
-                  std::is_same<unsigned, decltype(std::declval<const InputLocal&>().numVertices())>::value &&
-                  std::is_same<const IndexArray&, decltype(std::declval<InputLocalOffset&>().pIndex(0u))>::value,
-              "what the operations give");
+TEST(InputLocalTest, NullEntryOfAHostThrowsNullPointer)
+{
+    daeTArray<daeSmartRef<domInputLocal>> inputs;
+    inputs.append(nullptr);
+    EXPECT_THROW(libVideo::InputLocal input(inputs), vesk::NullPointer);
+}
+
+TEST(InputLocalOffsetTest, NullEntryOfAHostThrowsNullPointer)
+{
+    daeTArray<daeSmartRef<domInputLocalOffset>> inputs;
+    inputs.append(nullptr);
+    EXPECT_THROW(libVideo::InputLocalOffset input(inputs, nullptr), vesk::NullPointer);
+}
 
 constexpr unsigned noIndex = 0xFFFFFFFFu;
-
-#define PARAM_X "<param name='X' type='float'/>"
-#define PARAMS_ST "<param name='S' type='float'/><param name='T' type='float'/>"
-#define PARAMS_XYZ "<param name='X' type='float'/><param name='Y' type='float'/><param name='Z' type='float'/>"
-#define PARAM_MATRIX "<param name='M' type='float4x4'/>"
-
-/// Keeps the document model's own remarks on references that lead nowhere out of the output of the tests.
-class SilentDocumentModel : public daeErrorHandler {
-public:
-    SilentDocumentModel() : m_before(daeErrorHandler::get()) { daeErrorHandler::setErrorHandler(this); }
-    ~SilentDocumentModel() override { daeErrorHandler::setErrorHandler(m_before); }
-    SilentDocumentModel(const SilentDocumentModel&) = delete;
-    SilentDocumentModel& operator=(const SilentDocumentModel&) = delete;
-    void handleError(daeString /*text*/) override {}
-    void handleWarning(daeString /*text*/) override {}
-
-private:
-    daeErrorHandler* m_before;
-};
-
-/// A `<source>` of an array with as many values as its `count` says and, if there are attributes, an accessor over it.
-std::string source(const std::string& id, const std::string& values, const std::string& attributes = "",
-                   const std::string& params = "")
-{
-    std::istringstream tokens(values);
-    std::string token;
-    unsigned count = 0;
-    while (tokens >> token) {
-        ++count;
-    }
-    std::string xml = "<source id='" + id + "'><float_array id='" + id + "-array' count='" + std::to_string(count) +
-                      "'>" + values + "</float_array>";
-    if (!attributes.empty()) {
-        xml += "<technique_common><accessor source='#" + id + "-array' " + attributes + ">" + params +
-               "</accessor></technique_common>";
-    }
-    return xml + "</source>";
-}
 
 /// Record r of "positions" is 10r, 10r + 1, 10r + 2; of "normals" the same and 100; of "texcoords" 200 + 10r and 1
 /// more.
 const std::string ownSources =
-    source("positions", "0 1 2 10 11 12 20 21 22 30 31 32", "count='4' stride='3'", PARAMS_XYZ) +
-    source("normals", "100 101 102 110 111 112 120 121 122", "count='3' stride='3'", PARAMS_XYZ) +
-    source("texcoords", "200 201 210 211 220 221 230 231", "count='4' stride='2'", PARAMS_ST) +
-    source("bare", "300 310 320") +
+    sourceXml("positions", "0 1 2 10 11 12 20 21 22 30 31 32", "count='4' stride='3'", PARAMS_XYZ) +
+    sourceXml("normals", "100 101 102 110 111 112 120 121 122", "count='3' stride='3'", PARAMS_XYZ) +
+    sourceXml("texcoords", "200 201 210 211 220 221 230 231", "count='4' stride='2'", PARAMS_ST) +
+    sourceXml("bare", "300 310 320") +
     // Its accessor leads to names: each read of it gives a line and nothing else.
     "<source id='failed'><float_array id='failed-array' count='1'>1</float_array><technique_common><accessor "
     "source='#words' count='9'>" PARAM_X "</accessor></technique_common></source>"
     "<source id='names'><Name_array id='words' count='1'>a</Name_array></source>";
-
-std::string inputXml(const std::string& semantic, const std::string& reference)
-{
-    return "<input semantic='" + semantic + "' source='#" + reference + "'/>";
-}
-
-std::string inputXml(const std::string& semantic, const std::string& reference, const std::string& offset)
-{
-    return "<input semantic='" + semantic + "' source='#" + reference + "' offset='" + offset + "'/>";
-}
 
 const std::string position = inputXml("POSITION", "positions");
 const std::string normal = inputXml("NORMAL", "normals");
@@ -159,9 +78,7 @@ public:
                       "<vertices id='vertices'>" + vertices + "</vertices><triangles count='1'>" + triangles +
                       (p != nullptr ? "<p>" + std::string(p) + "</p>" : std::string()) +
                       "</triangles></mesh></geometry></library_geometries>");
-        if (m_builder.open() == nullptr) {
-            throw std::runtime_error("the document does not open");
-        }
+        m_builder.open();
     }
 
     const LocalInputs& vertices() { return m_builder.element<domVertices>("vertices")->getInput_array(); }
@@ -185,15 +102,7 @@ Bytes bytesOf(const ByteArray& stream)
 }
 
 /// A stream of floats without gaps.
-Floats floatsOf(const ByteArray& stream)
-{
-    EXPECT_EQ(0u, stream.size() % 4);
-    Floats floats(stream.size() / 4);
-    if (!floats.empty()) {
-        std::memcpy(floats.data(), stream.getData(), floats.size() * 4);
-    }
-    return floats;
-}
+Floats floatsOf(const ByteArray& stream);
 
 Indices indicesOf(const IndexArray& indices)
 {
@@ -201,27 +110,10 @@ Indices indicesOf(const IndexArray& indices)
 }
 
 /// "semantic byteSize byteOffset dataType reserved" of each entry.
-Texts layoutOf(const Input& input)
-{
-    Texts texts;
-    for (const VertexLayout& entry : input.layout()) {
-        std::ostringstream text;
-        text << static_cast<unsigned>(entry.semantic) << ' ' << entry.byteSize << ' ' << entry.byteOffset << ' '
-             << static_cast<unsigned>(entry.dataType) << ' ' << entry.reserved;
-        texts.push_back(text.str());
-    }
-    return texts;
-}
+Texts layoutOf(const Input& input);
 
 /// The ids of the sources.
-Texts sourcesOf(const Input& input)
-{
-    Texts texts;
-    for (const SourceHandle& handle : input.*privateMember(InputSources())) {
-        texts.push_back(handle->id().data());
-    }
-    return texts;
-}
+Texts sourcesOf(const Input& input);
 
 unsigned cachedIndexOf(const Input& input)
 {
@@ -253,67 +145,8 @@ Indices tupleOf(const InputLocalOffset& input)
     return indicesOf(input.*privateMember(OffsetPIndices()));
 }
 
-/// "channel: words" of each line; all have priority 3.
-Texts linesOf(const LogCapture& log)
-{
-    Texts texts;
-    for (const LogLine& line : log.lines()) {
-        EXPECT_EQ(3, line.priority) << line.text;
-        texts.push_back(line.channel + ": " + line.words());
-    }
-    return texts;
-}
-
 /// Traces on "libVideo.input" with "N" for their number, other lines as "channel: words".
-Texts tracesOf(const LogCapture& log)
-{
-    Texts texts;
-    for (const LogLine& line : log.lines()) {
-        if (line.priority != 1) {
-            texts.push_back(line.channel + ": " + line.words());
-            continue;
-        }
-        EXPECT_EQ("libVideo.input", line.channel);
-        std::string text = line.text;
-        const std::size_t colon = text.rfind(':');
-        if (text.compare(0, 2, "> ") == 0 && colon != std::string::npos) {
-            const std::size_t end = text.find_first_not_of("0123456789", colon + 1);
-            EXPECT_EQ(")", text.substr(end)) << text;
-            EXPECT_GT(end, colon + 1) << text;
-            text = text.substr(0, colon) + ":N)";
-        }
-        texts.push_back(text);
-    }
-    return texts;
-}
-
-/// The assertion that a call breaks, as "file: expression"; it may not log.
-template <class Call>
-std::string assertionOf(const Call& call)
-{
-    const LogCapture log;
-    try {
-        call();
-    } catch (const vesk::AssertionFailure& failure) {
-        EXPECT_GT(failure.line(), 0u);
-        EXPECT_TRUE(log.lines().empty());
-        return std::string(failure.file()) + ": " + failure.expression();
-    }
-    return "none";
-}
-
-/// "low high index" of the failure that a call ends in.
-template <class Call>
-std::string boundsOf(const Call& call)
-{
-    try {
-        call();
-    } catch (const vesk::IndexOutOfBounds& failure) {
-        return std::to_string(failure.low()) + " " + std::to_string(failure.high()) + " " +
-               std::to_string(failure.index());
-    }
-    return "none";
-}
+Texts tracesOf(const LogCapture& log);
 
 const char* const recordAssertion = "libVideo/SceneGraph/Accessor: index < m_count";
 const char* const bareAssertion = "libVideo/SceneGraph/Source: index < m_arrayCount";
@@ -346,30 +179,17 @@ TEST(InputTest, FieldsStartWithTheirDefaults)
     EXPECT_FALSE(input.hasData());
 }
 
-template <class Field>
-std::uintptr_t addressOf(const Field& field)
-{
-    return reinterpret_cast<std::uintptr_t>(&field);
-}
-
 TEST(InputTest, FieldsStandInTheirOrder)
 {
     MeshDocument document(position, inputXml("VERTEX", "vertices", "0"), "0");
     const InputLocal local(document.vertices());
     const InputLocalOffset offset(document.triangles(), document.p());
-    const auto expectAscending = [](const std::vector<std::uintptr_t>& addresses) {
-        for (std::size_t i = 1; i < addresses.size(); ++i) {
-            EXPECT_LT(addresses[i - 1], addresses[i]) << i;
-        }
-    };
-    expectAscending(
-        {addressOf(local.*privateMember(InputCachedIndex())), addressOf(local.*privateMember(InputBytePerAccess())),
-         addressOf(local.*privateMember(InputByteStream())), addressOf(local.*privateMember(InputLayout())),
-         addressOf(local.*privateMember(InputSources())), addressOf(local.*privateMember(LocalNumVertices()))});
-    expectAscending({addressOf(offset.*privateMember(InputSources())),
-                     addressOf(offset.*privateMember(OffsetOffsetCount())),
-                     addressOf(offset.*privateMember(OffsetOffsets())), addressOf(offset.*privateMember(OffsetP())),
-                     addressOf(offset.*privateMember(OffsetPIndices()))});
+    expectAscending({&(local.*privateMember(InputCachedIndex())), &(local.*privateMember(InputBytePerAccess())),
+                     &(local.*privateMember(InputByteStream())), &(local.*privateMember(InputLayout())),
+                     &(local.*privateMember(InputSources())), &(local.*privateMember(LocalNumVertices()))});
+    expectAscending({&(offset.*privateMember(InputSources())), &(offset.*privateMember(OffsetOffsetCount())),
+                     &(offset.*privateMember(OffsetOffsets())), &(offset.*privateMember(OffsetP())),
+                     &(offset.*privateMember(OffsetPIndices()))});
 }
 
 #if defined(__x86_64__) && defined(__GNUC__)
@@ -457,7 +277,7 @@ TEST(InputLocalTest, EachInputGivesASourceAndALayoutInDocumentOrder)
     EXPECT_EQ(32u, input.bytePerAccess());
     EXPECT_EQ(noIndex, cachedIndexOf(input));
     EXPECT_TRUE(input.createFromCollada(document.vertices()));
-    EXPECT_EQ(Texts(), linesOf(log));
+    EXPECT_EQ(Texts(), log.messages());
 }
 
 TEST(InputLocalTest, SourcesHandsOutTheList)
@@ -477,16 +297,10 @@ TEST(InputLocalTest, TwoInputsOfOneSourceReadTwoObjects)
     EXPECT_EQ((Floats{10, 11, 12, 10, 11, 12}), floatsOf(local.data(1)));
 }
 
-struct WordCase {
-    const char* name;
+struct WordCase : Row {
     const char* word;
     unsigned semantic;
 };
-
-void PrintTo(const WordCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class InputWordTest : public testing::TestWithParam<WordCase> {};
 
@@ -499,7 +313,7 @@ TEST_P(InputWordTest, WordGivesTheSemanticOfTheLayout)
     const Texts expected{std::to_string(GetParam().semantic) + " 12 0 3 0"};
     EXPECT_EQ(expected, layoutOf(local));
     EXPECT_EQ(expected, layoutOf(offset));
-    EXPECT_EQ(Texts(), linesOf(log));
+    EXPECT_EQ(Texts(), log.messages());
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -511,27 +325,21 @@ INSTANTIATE_TEST_SUITE_P(
                     WordCase{"Interpolation", "INTERPOLATION", 12}, WordCase{"InTangent", "IN_TANGENT", 13},
                     WordCase{"OutTangent", "OUT_TANGENT", 14}, WordCase{"SmallLetters", "position", 5},
                     WordCase{"MixedLetters", "TexCoord", 9}),
-    [](const auto& row) { return std::string(row.param.name); });
+    rowName);
 
-struct SkipCase {
-    const char* name;
+struct SkipCase : Row {
     const char* xml;
     Texts lines;
 };
-
-void PrintTo(const SkipCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class InputLocalSkipTest : public testing::TestWithParam<SkipCase> {};
 
 TEST_P(InputLocalSkipTest, InputIsSkippedAndTheOthersCloseUp)
 {
-    MeshDocument document(position + GetParam().xml + texcoord, "", nullptr, source("empty", ""));
+    MeshDocument document(position + GetParam().xml + texcoord, "", nullptr, sourceXml("empty", ""));
     const LogCapture log;
     InputLocal input(document.vertices());
-    EXPECT_EQ(GetParam().lines, linesOf(log));
+    EXPECT_EQ(GetParam().lines, log.messages());
     EXPECT_EQ((Texts{"positions", "texcoords"}), sourcesOf(input));
     EXPECT_EQ((Texts{"5 12 0 3 0", "9 8 12 2 0"}), layoutOf(input));
     EXPECT_EQ(20u, input.bytePerAccess());
@@ -540,12 +348,12 @@ TEST_P(InputLocalSkipTest, InputIsSkippedAndTheOthersCloseUp)
 
 TEST_P(InputLocalSkipTest, InputAloneFailsTheLoadWithOneLineMore)
 {
-    MeshDocument document(GetParam().xml, "", nullptr, source("empty", ""));
+    MeshDocument document(GetParam().xml, "", nullptr, sourceXml("empty", ""));
     const LogCapture log;
     InputLocal input(document.vertices());
     Texts lines = GetParam().lines;
     lines.push_back(loadFailedLine);
-    EXPECT_EQ(lines, linesOf(log));
+    EXPECT_EQ(lines, log.messages());
     EXPECT_FALSE(input.hasData());
     EXPECT_EQ(0u, input.layout().size());
     EXPECT_EQ(0u, input.bytePerAccess());
@@ -578,7 +386,7 @@ INSTANTIATE_TEST_SUITE_P(
         SkipCase{"EmptySource",
                  "<input semantic='NORMAL' source='#empty'/>",
                  {"libVideo.source: Not interested in <source> that has no data and accessors"}}),
-    [](const auto& row) { return std::string(row.param.name); });
+    rowName);
 
 TEST(InputLocalTest, LinesOfSkippedInputsStandInDocumentOrder)
 {
@@ -588,7 +396,7 @@ TEST(InputLocalTest, LinesOfSkippedInputsStandInDocumentOrder)
     const InputLocal local(document.vertices());
     EXPECT_EQ((Texts{unknownSemanticLine("UV"), "libVideo.source: Element #nothing is not a source",
                      unknownSemanticLine("VERTEX")}),
-              linesOf(log));
+              log.messages());
     EXPECT_TRUE(local.hasData());
 }
 
@@ -597,7 +405,7 @@ TEST(InputLocalTest, NoInputsFailWithOneLine)
     MeshDocument document("");
     const LogCapture log;
     InputLocal input(document.vertices());
-    EXPECT_EQ((Texts{loadFailedLine}), linesOf(log));
+    EXPECT_EQ((Texts{loadFailedLine}), log.messages());
     EXPECT_FALSE(input.hasData());
     EXPECT_FALSE(input.createFromCollada(LocalInputs()));
 }
@@ -640,7 +448,7 @@ TEST(InputLocalTest, BackedVerticesIsWhatTheLongestArrayReachesInto)
 TEST(InputLocalTest, UnknownParamTypePassesThroughTheLoad)
 {
     MeshDocument document(position + inputXml("NORMAL", "words") + inputXml("NORMAL", "odd") + texcoord, "", nullptr,
-                          source("odd", "1", "count='1'", "<param name='X' type='int'/>"));
+                          sourceXml("odd", "1", "count='1'", "<param name='X' type='int'/>"));
     EXPECT_THROW(
         {
             const LogCapture unread;
@@ -648,7 +456,7 @@ TEST(InputLocalTest, UnknownParamTypePassesThroughTheLoad)
         },
         vesk::AssertionFailure);
     MeshDocument silent(position + inputXml("NORMAL", "odd"), "", nullptr,
-                        source("odd", "1", "count='1'", "<param name='X' type='int'/>"));
+                        sourceXml("odd", "1", "count='1'", "<param name='X' type='int'/>"));
     EXPECT_EQ(typeAssertion, assertionOf([&] { InputLocal input(silent.vertices()); }));
 }
 
@@ -657,11 +465,11 @@ TEST(InputLocalTest, FailedAccessorSourceIsAnAttributeOfNoBytes)
     MeshDocument document(position + inputXml("NORMAL", "failed") + texcoord);
     LogCapture log;
     InputLocal input(document.vertices());
-    EXPECT_EQ((Texts{"libVideo.accessor: Data source is not a float array Name_array"}), linesOf(log));
+    EXPECT_EQ((Texts{"libVideo.accessor: Data source is not a float array Name_array"}), log.messages());
     EXPECT_EQ((Texts{"5 12 0 3 0", "4 0 12 1 0", "9 8 12 2 0"}), layoutOf(input));
     log.clear();
     EXPECT_EQ((Floats{20, 21, 22, 220, 221}), floatsOf(input.data(2)));
-    EXPECT_EQ((Texts{sourceReadLine}), linesOf(log));
+    EXPECT_EQ((Texts{sourceReadLine}), log.messages());
 }
 
 // --- a second load of InputLocal ---
@@ -723,9 +531,10 @@ TEST(InputLocalTest, OneIndexPicksARecordOfEverySource)
 
 TEST(InputLocalTest, UnnamedParamsAreNotInTheRecord)
 {
-    MeshDocument document(inputXml("POSITION", "gap") + texcoord, "", nullptr,
-                          source("gap", "1 2 3 4 5 6", "count='2'",
-                                 "<param name='X' type='float'/><param type='float'/><param name='Z' type='float'/>"));
+    MeshDocument document(
+        inputXml("POSITION", "gap") + texcoord, "", nullptr,
+        sourceXml("gap", "1 2 3 4 5 6", "count='2'",
+                  "<param name='X' type='float'/><param type='float'/><param name='Z' type='float'/>"));
     InputLocal input(document.vertices());
     EXPECT_EQ((Texts{"5 8 0 3 0", "9 8 8 2 0"}), layoutOf(input));
     EXPECT_EQ((Floats{4, 6, 210, 211}), floatsOf(input.data(1)));
@@ -734,10 +543,10 @@ TEST(InputLocalTest, UnnamedParamsAreNotInTheRecord)
 TEST(InputLocalTest, MatrixTakes1024BytesWithItsTokens64ApartAndZeroBetween)
 {
     MeshDocument document(inputXml("WEIGHT", "matrix") + texcoord, "", nullptr,
-                          source("matrix",
-                                 "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21 22 23 24 25 26 27 28 "
-                                 "29 30 31 32",
-                                 "count='2'", PARAM_MATRIX));
+                          sourceXml("matrix",
+                                    "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21 22 23 24 25 26 27 28 "
+                                    "29 30 31 32",
+                                    "count='2'", PARAM_MATRIX));
     InputLocal input(document.vertices());
     EXPECT_EQ((Texts{"2 1024 0 8 0", "9 8 1024 2 0"}), layoutOf(input));
     EXPECT_EQ(1032u, input.bytePerAccess());
@@ -770,7 +579,7 @@ TEST(InputLocalTest, BareSourceAloneLoadsWithoutVertices)
     EXPECT_EQ((Texts{"5 0 0 1 0"}), layoutOf(input));
     EXPECT_EQ((Floats{310}), floatsOf(input.data(1)));
     EXPECT_EQ(bareAssertion, assertionOf([&] { input.data(3); }));
-    EXPECT_EQ(Texts(), linesOf(log));
+    EXPECT_EQ(Texts(), log.messages());
 }
 
 TEST(InputLocalTest, BareSourceGivesFourBytesThatNoLayoutCounts)
@@ -787,7 +596,7 @@ TEST(InputLocalTest, BareSourceGivesFourBytesThatNoLayoutCounts)
 TEST(InputLocalTest, AccessorWithoutParamsGivesFourBytesThatNoLayoutCounts)
 {
     MeshDocument document(inputXml("POSITION", "implicit") + texcoord, "", nullptr,
-                          source("implicit", "1 2 3 4 5 6", "count='2' stride='3'"));
+                          sourceXml("implicit", "1 2 3 4 5 6", "count='2' stride='3'"));
     InputLocal input(document.vertices());
     EXPECT_EQ((Texts{"5 0 0 3 0", "9 8 0 2 0"}), layoutOf(input));
     EXPECT_EQ((Floats{4, 210, 211}), floatsOf(input.data(1)));
@@ -800,14 +609,14 @@ TEST(InputLocalTest, CurrentVertexIsNotReadAgain)
     InputLocal input(document.vertices());
     log.clear();
     const ByteArray& first = input.data(1);
-    EXPECT_EQ((Texts{sourceReadLine}), linesOf(log));
+    EXPECT_EQ((Texts{sourceReadLine}), log.messages());
     document.values("positions-array")[3] = 77.0;
     EXPECT_EQ(&first, &input.data(1));
     EXPECT_EQ((Floats{10, 11, 12}), floatsOf(input.data(1)));
-    EXPECT_EQ((Texts{sourceReadLine}), linesOf(log));
+    EXPECT_EQ((Texts{sourceReadLine}), log.messages());
     input.data(0);
     EXPECT_EQ((Floats{77, 11, 12}), floatsOf(input.data(1)));
-    EXPECT_EQ((Texts{sourceReadLine, sourceReadLine, sourceReadLine}), linesOf(log));
+    EXPECT_EQ((Texts{sourceReadLine, sourceReadLine, sourceReadLine}), log.messages());
 }
 
 TEST(InputLocalTest, StartIndexCountsAsCurrentAndReadsNothing)
@@ -988,7 +797,7 @@ TEST(InputLocalOffsetTest, VertexNormalAndTexcoordGiveThreeLayouts)
     EXPECT_EQ(document.p(), pOf(input));
     EXPECT_EQ(noIndex, cachedIndexOf(input));
     EXPECT_EQ(Indices(), tupleOf(input));
-    EXPECT_EQ(Texts(), linesOf(log));
+    EXPECT_EQ(Texts(), log.messages());
 }
 
 TEST(InputLocalOffsetTest, InputsWithoutVertexAreReadThemselves)
@@ -999,7 +808,7 @@ TEST(InputLocalOffsetTest, InputsWithoutVertexAreReadThemselves)
     EXPECT_EQ((Texts{"positions", "normals"}), sourcesOf(input));
     EXPECT_EQ((Texts{"5 12 0 3 0", "4 12 12 3 0"}), layoutOf(input));
     EXPECT_EQ((Floats{30, 31, 32, 120, 121, 122}), floatsOf(input.data(0)));
-    EXPECT_EQ(Texts(), linesOf(log));
+    EXPECT_EQ(Texts(), log.messages());
 }
 
 TEST(InputLocalOffsetTest, VertexIsKnownInAnyCase)
@@ -1010,7 +819,7 @@ TEST(InputLocalOffsetTest, VertexIsKnownInAnyCase)
         InputLocalOffset input(document.triangles(), document.p());
         EXPECT_EQ((Texts{"5 12 0 3 0"}), layoutOf(input)) << word;
         EXPECT_EQ((Floats{10, 11, 12}), floatsOf(input.data(0))) << word;
-        EXPECT_EQ(Texts(), linesOf(log)) << word;
+        EXPECT_EQ(Texts(), log.messages()) << word;
     }
 }
 
@@ -1041,23 +850,17 @@ TEST(InputLocalOffsetTest, SetIsNotReadSoTexcoordsDifferInTheirOrderOnly)
 TEST(InputLocalOffsetTest, UnknownParamTypePassesThroughTheLoad)
 {
     MeshDocument document("", inputXml("NORMAL", "odd", "0"), "0",
-                          source("odd", "1", "count='1'", "<param name='X' type='int'/>"));
+                          sourceXml("odd", "1", "count='1'", "<param name='X' type='int'/>"));
     EXPECT_EQ(typeAssertion, assertionOf([&] { InputLocalOffset input(document.triangles(), document.p()); }));
 }
 
 // --- offsets ---
 
-struct OffsetCase {
-    const char* name;
+struct OffsetCase : Row {
     std::vector<const char*> given;
     unsigned count;
     Indices offsets;
 };
-
-void PrintTo(const OffsetCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class InputOffsetTest : public testing::TestWithParam<OffsetCase> {};
 
@@ -1083,7 +886,7 @@ INSTANTIATE_TEST_SUITE_P(
                     OffsetCase{"Repeats", {"1", "1", "4", "4", "1"}, 2, {1, 1, 4, 4, 1}},
                     OffsetCase{"Largest", {"4294967295"}, 1, {4294967295u}},
                     OffsetCase{"LowHalf", {"0", "4294967296", "4294967297"}, 2, {0, 0, 1}}),
-    [](const auto& row) { return std::string(row.param.name); });
+    rowName);
 
 TEST(InputLocalOffsetTest, AbsentOffsetIsZero)
 {
@@ -1127,7 +930,7 @@ TEST(InputLocalOffsetTest, CreateVerticesAppendsSourcesAndShiftedLayouts)
 
     const LogCapture log;
     (input.*privateMember(OffsetCreateVertices()))(vertices.triangles()[0]); // a <vertices> without inputs
-    EXPECT_EQ((Texts{loadFailedLine}), linesOf(log));
+    EXPECT_EQ((Texts{loadFailedLine}), log.messages());
     EXPECT_EQ(3u, input.layout().size());
     EXPECT_EQ(32u, input.bytePerAccess());
 }
@@ -1148,10 +951,10 @@ class InputLocalOffsetSkipTest : public testing::TestWithParam<SkipCase> {};
 TEST_P(InputLocalOffsetSkipTest, InputIsSkippedAndItsOffsetStays)
 {
     MeshDocument document(inputXml("UV", "normals"), GetParam().xml + normalAt1 + texcoordAt2, "3 1 2 0 2 3",
-                          source("empty", ""));
+                          sourceXml("empty", ""));
     const LogCapture log;
     InputLocalOffset input(document.triangles(), document.p());
-    EXPECT_EQ(GetParam().lines, linesOf(log));
+    EXPECT_EQ(GetParam().lines, log.messages());
     EXPECT_TRUE(input.hasData());
     EXPECT_EQ((Texts{"normals", "texcoords"}), sourcesOf(input));
     EXPECT_EQ((Texts{"4 12 0 3 0", "9 8 12 2 0"}), layoutOf(input));
@@ -1166,12 +969,12 @@ TEST_P(InputLocalOffsetSkipTest, InputIsSkippedAndItsOffsetStays)
 
 TEST_P(InputLocalOffsetSkipTest, InputAloneFailsTheLoadWithOneLineMore)
 {
-    MeshDocument document(inputXml("UV", "normals"), GetParam().xml, "3 1 2", source("empty", ""));
+    MeshDocument document(inputXml("UV", "normals"), GetParam().xml, "3 1 2", sourceXml("empty", ""));
     const LogCapture log;
     InputLocalOffset input(document.triangles(), document.p());
     Texts lines = GetParam().lines;
     lines.push_back(loadFailedLine);
-    EXPECT_EQ(lines, linesOf(log));
+    EXPECT_EQ(lines, log.messages());
     EXPECT_FALSE(input.hasData());
     EXPECT_EQ(0u, input.layout().size());
     EXPECT_EQ(0u, input.bytePerAccess());
@@ -1224,14 +1027,14 @@ INSTANTIATE_TEST_SUITE_P(
                     SkipCase{"VerticesWithoutSource",
                              "<input semantic='VERTEX' source='#vertices' offset='0'/>",
                              {unknownSemanticLine("UV"), loadFailedLine}}),
-    [](const auto& row) { return std::string(row.param.name); });
+    rowName);
 
 TEST(InputLocalOffsetTest, NoInputsFailWithOneLine)
 {
     MeshDocument document("", "", "0 1 2");
     const LogCapture log;
     InputLocalOffset input(document.triangles(), document.p());
-    EXPECT_EQ((Texts{loadFailedLine}), linesOf(log));
+    EXPECT_EQ((Texts{loadFailedLine}), log.messages());
     EXPECT_FALSE(input.hasData());
     EXPECT_EQ(nullptr, pOf(input));
     EXPECT_EQ(0u, offsetCountOf(input));
@@ -1246,7 +1049,7 @@ TEST(InputLocalOffsetTest, LinesOfTheVerticesStandAtThePlaceOfTheirInput)
         inputXml("A", "normals", "0") + inputXml("VERTEX", "vertices", "1") + inputXml("B", "normals", "2"), "0 0 0");
     const LogCapture log;
     const InputLocalOffset input(document.triangles(), document.p());
-    EXPECT_EQ((Texts{unknownSemanticLine("A"), unknownSemanticLine("UV"), unknownSemanticLine("B")}), linesOf(log));
+    EXPECT_EQ((Texts{unknownSemanticLine("A"), unknownSemanticLine("UV"), unknownSemanticLine("B")}), log.messages());
     EXPECT_EQ((Texts{"positions"}), sourcesOf(input));
 }
 
@@ -1275,10 +1078,11 @@ TEST(InputLocalOffsetTest, FailedLoadGivesNoBytesAndTuplesOfZeros)
 
 TEST(InputLocalOffsetTest, VertexRecordIsPositionNormalAndTexcoordIn32Bytes)
 {
-    MeshDocument document(
-        inputXml("POSITION", "p"), vertexAt0 + inputXml("NORMAL", "n", "1") + inputXml("TEXCOORD", "t", "2"), "1 0 1",
-        source("p", "9 9 9 1 -2 0.5", "count='2'", PARAMS_XYZ) +
-            source("n", "0 0.1 -1 9 9 9", "count='2'", PARAMS_XYZ) + source("t", "9 9 0.25 3", "count='2'", PARAMS_ST));
+    MeshDocument document(inputXml("POSITION", "p"),
+                          vertexAt0 + inputXml("NORMAL", "n", "1") + inputXml("TEXCOORD", "t", "2"), "1 0 1",
+                          sourceXml("p", "9 9 9 1 -2 0.5", "count='2'", PARAMS_XYZ) +
+                              sourceXml("n", "0 0.1 -1 9 9 9", "count='2'", PARAMS_XYZ) +
+                              sourceXml("t", "9 9 0.25 3", "count='2'", PARAMS_ST));
     InputLocalOffset input(document.triangles(), document.p());
     EXPECT_EQ((Texts{"5 12 0 3 0", "4 12 12 3 0", "9 8 24 2 0"}), layoutOf(input));
     // 1, -2, 0.5; 0, 0.1, -1; 0.25, 3 as IEEE 754 singles.
@@ -1434,7 +1238,7 @@ TEST(InputPairingTest, VertexOverTwoInputsAloneLoadsAndThrowsAtTheFirstRead)
     EXPECT_EQ(noIndex, cachedIndexOf(input));
     EXPECT_EQ("0 0 1", boundsOf([&] { input.data(0); }));
     EXPECT_EQ((Indices{1}), indicesOf(input.pIndex(0)));
-    EXPECT_EQ(Texts(), linesOf(log));
+    EXPECT_EQ(Texts(), log.messages());
 }
 
 TEST(InputPairingTest, SecondSourceOfAVertexTakesTheOffsetOfTheNextInput)
@@ -1540,15 +1344,15 @@ TEST(InputTupleTest, CurrentVertexIsNotReadAgain)
     InputLocalOffset input(document.triangles(), document.p());
     log.clear();
     const ByteArray& first = input.data(0);
-    EXPECT_EQ((Texts{sourceReadLine}), linesOf(log));
+    EXPECT_EQ((Texts{sourceReadLine}), log.messages());
     document.values("positions-array")[3] = 77.0;
     document.p()->getValue()[0] = 3;
     EXPECT_EQ(&first, &input.data(0));
     EXPECT_EQ((Floats{10, 11, 12}), floatsOf(input.data(0)));
-    EXPECT_EQ((Texts{sourceReadLine}), linesOf(log));
+    EXPECT_EQ((Texts{sourceReadLine}), log.messages());
     input.data(1);
     EXPECT_EQ((Floats{30, 31, 32}), floatsOf(input.data(0)));
-    EXPECT_EQ((Texts{sourceReadLine, sourceReadLine, sourceReadLine}), linesOf(log));
+    EXPECT_EQ((Texts{sourceReadLine, sourceReadLine, sourceReadLine}), log.messages());
 }
 
 TEST(InputTupleTest, ReferencesStayTheSame)
@@ -1720,7 +1524,7 @@ TEST(InputSecondLoadTest, LoadWithoutASourceOfItsOwnIsTrueOverThoseOfTheFirst)
     InputLocalOffset input(document.triangles(), document.p());
     const LogCapture log;
     EXPECT_TRUE(input.createFromCollada(other.triangles(), other.p()));
-    EXPECT_EQ((Texts{unknownSemanticLine("UV")}), linesOf(log));
+    EXPECT_EQ((Texts{unknownSemanticLine("UV")}), log.messages());
     EXPECT_EQ(other.p(), pOf(input));
     EXPECT_EQ(0u, input.bytePerAccess());
     EXPECT_EQ((Texts{"5 12 0 3 0"}), layoutOf(input));
@@ -1869,7 +1673,7 @@ TEST(InputTraceTest, FailuresAreLoggedInsideOfTheirScopes)
 TEST(InputTraceTest, ScopesEndWhenAnExceptionPasses)
 {
     MeshDocument document(inputXml("POSITION", "odd"), vertexAt0, "0",
-                          source("odd", "1", "count='1'", "<param name='X' type='int'/>"));
+                          sourceXml("odd", "1", "count='1'", "<param name='X' type='int'/>"));
     const LogCapture log;
     vesk::LogFactory::setPriority(vesk::LoggerPriority::PRIORITY_TRACE);
     EXPECT_THROW(InputLocalOffset(document.triangles(), document.p()), vesk::AssertionFailure);
@@ -1900,18 +1704,75 @@ TEST(InputTraceTest, LoggerOfPriorityOneSilencesTracesOnly)
     EXPECT_EQ((Texts{unknownSemanticLine("UV")}), tracesOf(log));
 }
 
+// --- what the compiler can tell ---
+
+static_assert(std::is_abstract_v<Input> && std::has_virtual_destructor_v<Input>);
+static_assert(std::is_copy_assignable_v<Input>);
+static_assert(std::is_convertible_v<InputLocal*, Input*> && std::is_convertible_v<InputLocalOffset*, Input*>);
+static_assert(std::is_constructible_v<InputLocal, const LocalInputs&> && std::is_copy_constructible_v<InputLocal> &&
+              std::is_copy_assignable_v<InputLocal>);
+static_assert(std::is_constructible_v<InputLocalOffset, const OffsetInputs&, domP* const> &&
+              std::is_copy_constructible_v<InputLocalOffset> && std::is_copy_assignable_v<InputLocalOffset>);
+static_assert(std::is_same_v<const ByteArray&, decltype(std::declval<Input&>().data(0u))> &&
+              std::is_same_v<bool, decltype(std::declval<const Input&>().hasData())> &&
+              std::is_same_v<const LayoutArray&, decltype(std::declval<const Input&>().layout())> &&
+              std::is_same_v<unsigned, decltype(std::declval<const Input&>().bytePerAccess())> &&
+              std::is_same_v<unsigned, decltype(std::declval<const InputLocal&>().numVertices())> &&
+              std::is_same_v<const IndexArray&, decltype(std::declval<InputLocalOffset&>().pIndex(0u))>);
+
+// --- what the tests are written with ---
+
+Floats floatsOf(const ByteArray& stream)
+{
+    EXPECT_EQ(0u, stream.size() % 4);
+    Floats floats(stream.size() / 4);
+    if (!floats.empty()) {
+        std::memcpy(floats.data(), stream.getData(), floats.size() * 4);
+    }
+    return floats;
+}
+
+Texts layoutOf(const Input& input)
+{
+    Texts texts;
+    for (const VertexLayout& entry : input.layout()) {
+        std::ostringstream text;
+        text << static_cast<unsigned>(entry.semantic) << ' ' << entry.byteSize << ' ' << entry.byteOffset << ' '
+             << static_cast<unsigned>(entry.dataType) << ' ' << entry.reserved;
+        texts.push_back(text.str());
+    }
+    return texts;
+}
+
+Texts sourcesOf(const Input& input)
+{
+    Texts texts;
+    for (const SourceHandle& handle : input.*privateMember(InputSources())) {
+        texts.push_back(handle->id().data());
+    }
+    return texts;
+}
+
+Texts tracesOf(const LogCapture& log)
+{
+    Texts texts;
+    for (const LogLine& line : log.lines()) {
+        if (line.priority != 1) {
+            texts.push_back(line.channel + ": " + line.words());
+            continue;
+        }
+        EXPECT_EQ("libVideo.input", line.channel);
+        std::string text = line.text;
+        const std::size_t colon = text.rfind(':');
+        if (text.compare(0, 2, "> ") == 0 && colon != std::string::npos) {
+            const std::size_t end = text.find_first_not_of("0123456789", colon + 1);
+            EXPECT_EQ(")", text.substr(end)) << text;
+            EXPECT_GT(end, colon + 1) << text;
+            text = text.substr(0, colon) + ":N)";
+        }
+        texts.push_back(text);
+    }
+    return texts;
+}
+
 } // namespace
-
-TEST(InputLocalTest, NullEntryOfAHostThrowsNullPointer)
-{
-    daeTArray<daeSmartRef<domInputLocal>> inputs;
-    inputs.append(nullptr);
-    EXPECT_THROW(libVideo::InputLocal input(inputs), vesk::NullPointer);
-}
-
-TEST(InputLocalOffsetTest, NullEntryOfAHostThrowsNullPointer)
-{
-    daeTArray<daeSmartRef<domInputLocalOffset>> inputs;
-    inputs.append(nullptr);
-    EXPECT_THROW(libVideo::InputLocalOffset input(inputs, nullptr), vesk::NullPointer);
-}

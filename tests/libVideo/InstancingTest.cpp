@@ -1,12 +1,4 @@
-#include "support/ColladaBuilder.h"
-#include "support/LogCapture.h"
-#include "support/PrivateAccess.h"
-
-#include <vesk/Array.h>
-#include <vesk/String.h>
-
-#include <libMath/Matrix.h>
-#include <libMath/Vector.h>
+#include "support/VideoTest.h"
 
 #include <libVideo/SceneGraph/Animation.h>
 #include <libVideo/SceneGraph/Camera.h>
@@ -17,43 +9,16 @@
 #include <libVideo/SceneGraph/VisualScene.h>
 #include <libVideo/SceneGraph/detail/PoolIndex.h>
 
-#include <libVideo/ColladaDom.h>
-
-#include <array>
-#include <cmath>
-#include <ostream>
-#include <stdexcept>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 // How a load places cameras and lights on the nodes, and gives animations to what they target.
 
 namespace {
 
-using libVideo::AnimationHandle;
-using libVideo::Camera;
-using libVideo::CameraInstance;
-using libVideo::CameraInstanceHandle;
-using libVideo::Node;
-using libVideo::NodeHandle;
-using libVideo::NodeLink;
-using libVideo::PointLightInstanceHandle;
-using libVideo::Scene;
-using libVideo::SceneResources;
-using libVideo::SceneResourcesLink;
-using libVideo::SpotLightInstanceHandle;
-using libVideo::VisualScene;
-using libVideo::detail::PoolIndex;
-using testSupport::ColladaBuilder;
-using testSupport::LogCapture;
-using testSupport::LogLine;
-using testSupport::TemporaryFile;
+using namespace libVideo;
+using namespace testSupport;
 
-using Matrix = libMath::Matrix<float, 4, 4>;
-using Elements = std::array<float, 16>;
-using Vector3 = libMath::Vector<float, 3>;
+using libVideo::detail::PoolIndex;
+
+using Matrix = Matrix4;
 
 PRIVATE_MEMBER(ScenePool, SceneResources Scene::*, &Scene::m_resources)
 PRIVATE_MEMBER(SceneDae, DAE Scene::*, &Scene::m_dae)
@@ -80,40 +45,13 @@ const std::string noTarget = "Unable to find the animation's target node with id
 // --- documents ---
 
 // Looks at a node "aim", and has an angle and planes that an animation can target.
-std::string camera(const std::string& id, const std::string& lookAt = "aim")
-{
-    return "<camera id='" + id +
-           "'><optics><technique_common><perspective><xfov sid='x'>90</xfov><yfov sid='y'>90</yfov>"
-           "<znear sid='near'>1</znear><zfar sid='far'>5</zfar></perspective></technique_common></optics>"
-           "<extra><technique profile='FCOLLADA'><target>#" +
-           lookAt + "</target></technique></extra></camera>";
-}
+std::string camera(const std::string& id, const std::string& lookAt = "aim");
 
-std::string light(const std::string& id, const std::string& kind, const std::string& extra = std::string())
-{
-    return "<light id='" + id + "'><technique_common><" + kind + "><color>1 1 1</color></" + kind +
-           "></technique_common>" + extra + "</light>";
-}
+std::string light(const std::string& id, const std::string& kind, const std::string& extra = std::string());
 
 std::string spot(const std::string& id, const std::string& target = "aim")
 {
-    return light(id, "spot",
-                 "<extra><technique profile='FCOLLADA'><target>#" + target + "</target></technique></extra>");
-}
-
-std::string cameras(const std::string& all)
-{
-    return "<library_cameras>" + all + "</library_cameras>";
-}
-
-std::string lights(const std::string& all)
-{
-    return "<library_lights>" + all + "</library_lights>";
-}
-
-std::string animations(const std::string& all)
-{
-    return "<library_animations>" + all + "</library_animations>";
+    return light(id, "spot", vendorExtra("<target>#" + target + "</target>"));
 }
 
 std::string instanceCamera(const std::string& id)
@@ -126,25 +64,7 @@ std::string instanceLight(const std::string& id)
     return "<instance_light url='#" + id + "'/>";
 }
 
-std::string node(const std::string& id, const std::string& content)
-{
-    return "<node id='" + id + "'>" + content + "</node>";
-}
-
 const std::string aim = "<node id='aim'><translate sid='t'>0 0 0</translate></node>";
-
-// A straight curve with keys at seconds 1 and 3.
-std::string curve(const std::string& name, const std::string& target, unsigned stride, const std::string& values)
-{
-    const auto source = [&name](const std::string& part, unsigned size, const std::string& numbers) {
-        return "<source id='" + name + part + "'><float_array id='" + name + part + "-array' count='" +
-               std::to_string(2 * size) + "'>" + numbers + "</float_array><technique_common><accessor source='#" +
-               name + part + "-array' count='2' stride='" + std::to_string(size) + "'/></technique_common></source>";
-    };
-    return "<animation>" + source("-in", 1, "1 3") + source("-out", stride, values) + "<sampler id='" + name +
-           "'><input semantic='INPUT' source='#" + name + "-in'/><input semantic='OUTPUT' source='#" + name +
-           "-out'/></sampler><channel source='#" + name + "' target='" + target + "'/></animation>";
-}
 
 /// A document loaded from a file, and the lines that it gave. Takes all lines while it lives.
 class Loaded {
@@ -235,20 +155,13 @@ unsigned animationCount(const Camera& camera)
 }
 
 // All lines of a document, which are of one channel.
-void expectLines(const Loaded& document, const LogCapture& log, const char* channel, const std::string& words)
-{
-    EXPECT_EQ(words, document.lines());
-    for (const LogLine& line : log.lines()) {
-        EXPECT_EQ(channel, line.channel) << line.text;
-        EXPECT_EQ(3, line.priority) << line.text;
-    }
-}
+void expectLines(const Loaded& document, const LogCapture& log, const char* channel, const std::string& words);
 
 // --- cameras ---
 
 TEST(CameraInstancingTest, EntryRefersToItsNodeAndToThePooledCamera)
 {
-    Loaded document(cameras(camera("other") + camera("eye")),
+    Loaded document(library("library_cameras", camera("other") + camera("eye")),
                     node("n", "<translate>0 0 -5</translate>" + instanceCamera("eye")) + aim);
     ASSERT_EQ("eye@n", document.cameraList());
     const CameraInstanceHandle& instance = document.scene().cameraList()[0];
@@ -263,7 +176,7 @@ TEST(CameraInstancingTest, EntryRefersToItsNodeAndToThePooledCamera)
 
 TEST(CameraInstancingTest, TwoInstancesOnOneNodeAreTwoEntries)
 {
-    Loaded document(cameras(camera("a") + camera("b")),
+    Loaded document(library("library_cameras", camera("a") + camera("b")),
                     node("n", instanceCamera("b") + instanceCamera("a") + instanceCamera("a")) + aim);
     EXPECT_EQ("b@n a@n a@n", document.cameraList());
 }
@@ -271,7 +184,7 @@ TEST(CameraInstancingTest, TwoInstancesOnOneNodeAreTwoEntries)
 TEST(CameraInstancingTest, FailedInstanceIsDroppedAndTheNextIsRead)
 {
     Loaded document(
-        cameras(camera("a") + camera("b")),
+        library("library_cameras", camera("a") + camera("b")),
         node("n", instanceCamera("a") + instanceCamera("nowhere") + instanceCamera("n") + instanceCamera("b")) + aim);
     EXPECT_EQ("a@n b@n", document.cameraList());
     expectLines(document, document.log(), "libVideo.instance",
@@ -281,7 +194,7 @@ TEST(CameraInstancingTest, FailedInstanceIsDroppedAndTheNextIsRead)
 
 TEST(CameraInstancingTest, ResultIsTheSizeOfTheListOverAllNodes)
 {
-    Loaded document(cameras(camera("a") + camera("b")),
+    Loaded document(library("library_cameras", camera("a") + camera("b")),
                     node("n", instanceCamera("a") + instanceCamera("b")) + node("m", instanceCamera("b")) +
                         node("bad", instanceCamera("nowhere")) + node("empty", "") + aim);
     ASSERT_EQ("a@n b@n b@m", document.cameraList());
@@ -294,7 +207,7 @@ TEST(CameraInstancingTest, ResultIsTheSizeOfTheListOverAllNodes)
 
 TEST(CameraInstancingTest, IdsThatDifferInCaseBindToTheFirst)
 {
-    Loaded document(cameras(camera("Eye") + camera("eye") + camera("EYE")),
+    Loaded document(library("library_cameras", camera("Eye") + camera("eye") + camera("EYE")),
                     node("n", instanceCamera("eye") + instanceCamera("EYE") + instanceCamera("Eye")) + aim);
     EXPECT_EQ("Eye@n Eye@n Eye@n", document.cameraList());
     for (const CameraInstanceHandle& instance : document.scene().cameraList()) {
@@ -304,7 +217,7 @@ TEST(CameraInstancingTest, IdsThatDifferInCaseBindToTheFirst)
 
 TEST(CameraInstancingTest, LookAtNodeMayStandLaterAndDeeperInTheDocument)
 {
-    Loaded document(cameras(camera("eye", "deep")),
+    Loaded document(library("library_cameras", camera("eye", "deep")),
                     node("n", "<translate>0 0 -5</translate>" + instanceCamera("eye")) +
                         node("later", node("mid", node("deep", "<translate>0 0 3</translate>"))));
     const CameraInstance& instance = *document.scene().cameraList()[0];
@@ -316,14 +229,15 @@ TEST(CameraInstancingTest, LookAtNodeMayStandLaterAndDeeperInTheDocument)
 
 TEST(CameraInstancingTest, MissingLookAtNodeKeepsTheEntry)
 {
-    Loaded document(cameras(camera("eye", "AIM")), node("n", instanceCamera("eye")) + aim);
+    Loaded document(library("library_cameras", camera("eye", "AIM")), node("n", instanceCamera("eye")) + aim);
     EXPECT_EQ("eye@n", document.cameraList());
     expectLines(document, document.log(), "libVideo.instance", "Cannot find lookat node AIM from camera list");
 }
 
 TEST(CameraInstancingTest, CameraThatFailedToLoadIsPooledAndPlaced)
 {
-    Loaded document(cameras("<camera id='eye' name='Eye'><optics><technique_common><perspective><xfov>90</xfov>"
+    Loaded document(library("library_cameras",
+                            "<camera id='eye' name='Eye'><optics><technique_common><perspective><xfov>90</xfov>"
                             "<znear>1</znear></perspective></technique_common></optics></camera>"),
                     node("n", instanceCamera("eye")));
     EXPECT_EQ("eye@n", document.cameraList());
@@ -334,7 +248,7 @@ TEST(CameraInstancingTest, CameraThatFailedToLoadIsPooledAndPlaced)
 
 TEST(LightInstancingTest, EntriesReferToTheirNodeAndToThePooledLight)
 {
-    Loaded document(lights(light("bulb", "point") + spot("beam") + light("other", "point")),
+    Loaded document(library("library_lights", light("bulb", "point") + spot("beam") + light("other", "point")),
                     node("n", "<instance_light url='#beam' sid='s1' name='Beam'/>"
                               "<instance_light url='#other' sid='s2' name='Other'/>") +
                         node("m", instanceLight("bulb")) + aim);
@@ -360,7 +274,7 @@ TEST(LightInstancingTest, EntriesReferToTheirNodeAndToThePooledLight)
 
 TEST(LightInstancingTest, ResultIsTheSizeOfBothListsOverAllNodes)
 {
-    Loaded document(lights(light("bulb", "point") + spot("beam") + light("fog", "ambient")),
+    Loaded document(library("library_lights", light("bulb", "point") + spot("beam") + light("fog", "ambient")),
                     node("n", instanceLight("bulb") + instanceLight("beam")) +
                         node("m", instanceLight("beam") + instanceLight("fog")) + node("empty", "") + aim);
     EXPECT_EQ(4u, document.addLights("aim", "m")) << "one added to three";
@@ -371,22 +285,17 @@ TEST(LightInstancingTest, ResultIsTheSizeOfBothListsOverAllNodes)
 }
 
 // A url that leads to no light: the lights of the node behind it are skipped.
-struct StopCase {
-    const char* name;
+struct StopCase : Row {
     const char* instance;
     const char* words;
 };
-
-void PrintTo(const StopCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class LightInstancingStopTest : public testing::TestWithParam<StopCase> {};
 
 TEST_P(LightInstancingStopTest, SkipsTheRestOfTheNodeAndOtherNodesGoOn)
 {
-    Loaded document(cameras(camera("eye")) + lights(light("a", "point") + light("b", "point") + spot("c")),
+    Loaded document(library("library_cameras", camera("eye")) +
+                        library("library_lights", light("a", "point") + light("b", "point") + spot("c")),
                     node("before", instanceLight("b")) +
                         node("n", instanceLight("a") + GetParam().instance + instanceLight("b") + instanceLight("c") +
                                       instanceCamera("eye")) +
@@ -409,12 +318,13 @@ INSTANTIATE_TEST_SUITE_P(Urls, LightInstancingStopTest,
                                          StopCase{"Absent", "<instance_light/>", notALightElement},
                                          StopCase{"ToANode", "<instance_light url='#n'/>", notALight},
                                          StopCase{"ToACamera", "<instance_light url='#eye'/>", notALight}),
-                         [](const auto& row) { return std::string(row.param.name); });
+                         rowName);
 
 TEST(LightInstancingTest, BadInstanceInFrontLeavesTheNodeWithoutLights)
 {
-    Loaded document(lights(light("a", "point")), node("n", instanceLight("nowhere") + instanceLight("a")) +
-                                                     node("m", instanceLight("n") + instanceLight("nowhere")));
+    Loaded document(library("library_lights", light("a", "point")),
+                    node("n", instanceLight("nowhere") + instanceLight("a")) +
+                        node("m", instanceLight("n") + instanceLight("nowhere")));
     EXPECT_EQ("", document.pointLightList());
     EXPECT_EQ("", document.spotLightList());
     expectLines(document, document.log(), "libVideo.visualScene", std::string(notALightElement) + "\n" + notALight);
@@ -423,21 +333,21 @@ TEST(LightInstancingTest, BadInstanceInFrontLeavesTheNodeWithoutLights)
 
 TEST(LightInstancingTest, PointLightIdsThatDifferInCaseBindToTheFirst)
 {
-    Loaded document(lights(light("Lamp", "point") + light("lamp", "point")),
+    Loaded document(library("library_lights", light("Lamp", "point") + light("lamp", "point")),
                     node("n", instanceLight("lamp") + instanceLight("Lamp")));
     EXPECT_EQ("Lamp@n Lamp@n", document.pointLightList());
 }
 
 TEST(LightInstancingTest, SpotLightIdsThatDifferInCaseBindToTheFirst)
 {
-    Loaded document(lights(spot("lamp") + spot("LAMP")),
+    Loaded document(library("library_lights", spot("lamp") + spot("LAMP")),
                     node("n", instanceLight("LAMP") + instanceLight("lamp")) + aim);
     EXPECT_EQ("lamp@n lamp@n", document.spotLightList());
 }
 
 TEST(LightInstancingTest, IdInBothPoolsGoesToThePointListOnly)
 {
-    Loaded document(lights(spot("lamp") + light("LAMP", "point") + spot("beam")),
+    Loaded document(library("library_lights", spot("lamp") + light("LAMP", "point") + spot("beam")),
                     node("n", instanceLight("lamp") + instanceLight("LAMP") + instanceLight("beam")) + aim);
     EXPECT_EQ("LAMP@n LAMP@n", document.pointLightList()) << "although the first url names the spot";
     EXPECT_EQ("beam@n", document.spotLightList());
@@ -447,7 +357,8 @@ TEST(LightInstancingTest, IdInBothPoolsGoesToThePointListOnly)
 TEST(LightInstancingTest, LightOfAnotherKindIsDroppedSilentlyAndTheNextIsRead)
 {
     Loaded document(
-        lights(light("fog", "ambient") + light("sun", "directional") + "<light id='none'/>" + light("bulb", "point")),
+        library("library_lights",
+                light("fog", "ambient") + light("sun", "directional") + "<light id='none'/>" + light("bulb", "point")),
         node("n", instanceLight("fog") + instanceLight("sun") + instanceLight("none") + instanceLight("bulb")));
     EXPECT_EQ("bulb@n", document.pointLightList());
     EXPECT_EQ("", document.spotLightList());
@@ -457,13 +368,14 @@ TEST(LightInstancingTest, LightOfAnotherKindIsDroppedSilentlyAndTheNextIsRead)
 TEST(LightInstancingTest, AmbientLightWithTheIdOfAPooledOneBindsToThat)
 {
     // Only the id is searched for.
-    Loaded document(lights(light("lamp", "ambient") + light("Lamp", "point")), node("n", instanceLight("lamp")));
+    Loaded document(library("library_lights", light("lamp", "ambient") + light("Lamp", "point")),
+                    node("n", instanceLight("lamp")));
     EXPECT_EQ("Lamp@n", document.pointLightList());
 }
 
 TEST(LightInstancingTest, SpotThatFailedToLoadIsPooledAndPlaced)
 {
-    Loaded document(lights("<light id='beam'><technique_common><spot/></technique_common></light>"),
+    Loaded document(library("library_lights", "<light id='beam'><technique_common><spot/></technique_common></light>"),
                     node("n", instanceLight("beam")));
     EXPECT_EQ("beam@n", document.spotLightList());
     EXPECT_EQ("SpotLight has no color component\nCannot resolve lookAtNode with id ", document.lines());
@@ -471,7 +383,7 @@ TEST(LightInstancingTest, SpotThatFailedToLoadIsPooledAndPlaced)
 
 TEST(LightInstancingTest, LookAtNodeMayStandLaterInTheDocument)
 {
-    Loaded document(lights(spot("beam", "deep")),
+    Loaded document(library("library_lights", spot("beam", "deep")),
                     node("n", instanceLight("beam")) +
                         node("later", node("mid", node("deep", "<translate>0 0 3</translate>"))));
     EXPECT_EQ(document.node("deep").get(), document.scene().spotLightList()[0]->lookatNode().get());
@@ -482,10 +394,11 @@ TEST(LightInstancingTest, LightOfAnEmptyIdBindsToAPooledOneWithoutId)
 {
     // The document model alone lets an empty url lead to an element of an empty id.
     const LogCapture log;
-    ColladaBuilder builder(lights("<light id=''><technique_common><ambient><color>1 1 1</color></ambient>"
+    ColladaBuilder builder(
+        library("library_lights", "<light id=''><technique_common><ambient><color>1 1 1</color></ambient>"
                                   "</technique_common></light><light><technique_common><point><color>1 1 1</color>"
                                   "</point></technique_common></light>" +
-                                  light("other", "point")));
+                                      light("other", "point")));
     const domCOLLADA* const root = builder.addScene("<node id='n'><instance_light url=''/></node>").open();
     ASSERT_NE(nullptr, root);
     SceneResources pool;
@@ -500,9 +413,9 @@ TEST(LightInstancingTest, LightOfAnEmptyIdBindsToAPooledOneWithoutId)
 TEST(InstancingTest, ListsAreInBreadthFirstOrderOfTheNodes)
 {
     const std::string all = instanceCamera("eye") + instanceLight("bulb") + instanceLight("beam");
-    Loaded document(cameras(camera("eye")) + lights(light("bulb", "point") + spot("beam")),
-                    node("A", all + node("A1", all + node("C", all)) + node("A2", all)) +
-                        node("B", all + node("B1", all)) + aim);
+    Loaded document(
+        library("library_cameras", camera("eye")) + library("library_lights", light("bulb", "point") + spot("beam")),
+        node("A", all + node("A1", all + node("C", all)) + node("A2", all)) + node("B", all + node("B1", all)) + aim);
     EXPECT_EQ("eye@A eye@B eye@A1 eye@A2 eye@B1 eye@C", document.cameraList());
     EXPECT_EQ("bulb@A bulb@B bulb@A1 bulb@A2 bulb@B1 bulb@C", document.pointLightList());
     EXPECT_EQ("beam@A beam@B beam@A1 beam@A2 beam@B1 beam@C", document.spotLightList());
@@ -537,7 +450,8 @@ TEST(InstancingTest, FaultsOfInstancesDoNotFailTheLoad)
 
 TEST(AnimationInstancingTest, NodeIsAskedBeforeACameraOfTheSameId)
 {
-    Loaded document(animations(curve("c", "both/t", 3, "1 2 3  3 4 5")) + cameras(camera("both")),
+    Loaded document(library("library_animations", curve("c", "both/t", "1 3", "1 2 3  3 4 5")) +
+                        library("library_cameras", camera("both")),
                     "<node id='both'><translate sid='t'>0 0 0</translate>" + instanceCamera("both") + "</node>" + aim);
     ASSERT_EQ("both@both", document.cameraList());
     EXPECT_TRUE(document.node("both")->hasAnimation());
@@ -547,7 +461,8 @@ TEST(AnimationInstancingTest, NodeIsAskedBeforeACameraOfTheSameId)
 
 TEST(AnimationInstancingTest, NodeThatCannotUseAnAnimationKeepsItFromTheCamera)
 {
-    Loaded document(animations(curve("c", "both/y", 1, "60 120")) + cameras(camera("both")),
+    Loaded document(library("library_animations", curve("c", "both/y", "1 3", "60 120")) +
+                        library("library_cameras", camera("both")),
                     node("both", instanceCamera("both")) + aim);
     ASSERT_EQ("both@both", document.cameraList());
     EXPECT_FALSE(document.node("both")->hasAnimation());
@@ -557,9 +472,10 @@ TEST(AnimationInstancingTest, NodeThatCannotUseAnAnimationKeepsItFromTheCamera)
 
 TEST(AnimationInstancingTest, CameraIsReachedThroughAnInstanceOnly)
 {
-    Loaded document(animations(curve("c", "placed/y", 1, "60 120") + curve("d", "unused/y", 1, "60 120") +
-                               curve("e", "aim/t", 3, "1 2 3  3 4 5")) +
-                        cameras(camera("unused") + camera("placed")),
+    Loaded document(library("library_animations", curve("c", "placed/y", "1 3", "60 120") +
+                                                      curve("d", "unused/y", "1 3", "60 120") +
+                                                      curve("e", "aim/t", "1 3", "1 2 3  3 4 5")) +
+                        library("library_cameras", camera("unused") + camera("placed")),
                     node("n", instanceCamera("placed")) + aim);
     EXPECT_EQ(0u, animationCount(*document.pool().cameraList[0]));
     ASSERT_EQ(1u, animationCount(*document.pool().cameraList[1]));
@@ -571,7 +487,8 @@ TEST(AnimationInstancingTest, CameraIsReachedThroughAnInstanceOnly)
 
 TEST(AnimationInstancingTest, CameraOfSeveralInstancesTakesAnAnimationOnce)
 {
-    Loaded document(animations(curve("c", "eye/y", 1, "60 120")) + cameras(camera("eye")),
+    Loaded document(library("library_animations", curve("c", "eye/y", "1 3", "60 120")) +
+                        library("library_cameras", camera("eye")),
                     node("a", instanceCamera("eye") + instanceCamera("eye")) + node("b", instanceCamera("eye")) + aim);
     ASSERT_EQ("eye@a eye@a eye@b", document.cameraList());
     EXPECT_EQ(1u, animationCount(*document.pool().cameraList[0]));
@@ -584,9 +501,10 @@ TEST(AnimationInstancingTest, CameraOfSeveralInstancesTakesAnAnimationOnce)
 
 TEST(AnimationInstancingTest, SeveralAnimationsOfACameraKeepTheirOrder)
 {
-    Loaded document(animations(curve("c", "eye/y", 1, "60 120") + curve("d", "eye/near", 1, "1 1") +
-                               curve("e", "eye/y", 1, "90 90")) +
-                        cameras(camera("eye")),
+    Loaded document(library("library_animations", curve("c", "eye/y", "1 3", "60 120") +
+                                                      curve("d", "eye/near", "1 3", "1 1") +
+                                                      curve("e", "eye/y", "1 3", "90 90")) +
+                        library("library_cameras", camera("eye")),
                     node("n", instanceCamera("eye")) + aim);
     const vesk::Array<AnimationHandle>& taken = (*document.pool().cameraList[0]).*privateMember(CameraAnimations());
     ASSERT_EQ(3u, taken.size());
@@ -598,8 +516,9 @@ TEST(AnimationInstancingTest, SeveralAnimationsOfACameraKeepTheirOrder)
 
 TEST(AnimationInstancingTest, TargetsAreFoundInTheirExactCase)
 {
-    Loaded document(animations(curve("c", "EYE/y", 1, "60 120") + curve("d", "AIM/t", 3, "1 2 3  3 4 5")) +
-                        cameras(camera("eye")),
+    Loaded document(library("library_animations",
+                            curve("c", "EYE/y", "1 3", "60 120") + curve("d", "AIM/t", "1 3", "1 2 3  3 4 5")) +
+                        library("library_cameras", camera("eye")),
                     node("n", instanceCamera("eye")) + aim);
     EXPECT_EQ(0u, animationCount(*document.pool().cameraList[0]));
     EXPECT_FALSE(document.node("aim")->hasAnimation());
@@ -609,9 +528,10 @@ TEST(AnimationInstancingTest, TargetsAreFoundInTheirExactCase)
 TEST(AnimationInstancingTest, OnlyTheCameraThatAnInstanceIsBoundToCounts)
 {
     // The instance of "Eye" is bound to "eye", the first that matches without regard to case.
-    Loaded document(animations(curve("c", "Eye/y", 1, "60 120") + curve("d", "eye/y", 1, "60 120")) +
-                        cameras(camera("eye") + camera("Eye")),
-                    node("n", instanceCamera("Eye")) + aim);
+    Loaded document(
+        library("library_animations", curve("c", "Eye/y", "1 3", "60 120") + curve("d", "eye/y", "1 3", "60 120")) +
+            library("library_cameras", camera("eye") + camera("Eye")),
+        node("n", instanceCamera("Eye")) + aim);
     ASSERT_EQ("eye@n", document.cameraList());
     EXPECT_EQ(1u, animationCount(*document.pool().cameraList[0]));
     EXPECT_EQ(0u, animationCount(*document.pool().cameraList[1]));
@@ -620,10 +540,10 @@ TEST(AnimationInstancingTest, OnlyTheCameraThatAnInstanceIsBoundToCounts)
 
 TEST(AnimationInstancingTest, LightsAreNoTargets)
 {
-    Loaded document(
-        animations(curve("c", "bulb/color", 3, "1 1 1  0 0 0") + curve("d", "beam/color", 3, "1 1 1  0 0 0")) +
-            lights(light("bulb", "point") + spot("beam")),
-        node("n", instanceLight("bulb") + instanceLight("beam")) + aim);
+    Loaded document(library("library_animations", curve("c", "bulb/color", "1 3", "1 1 1  0 0 0") +
+                                                      curve("d", "beam/color", "1 3", "1 1 1  0 0 0")) +
+                        library("library_lights", light("bulb", "point") + spot("beam")),
+                    node("n", instanceLight("bulb") + instanceLight("beam")) + aim);
     expectLines(document, document.log(), "libVideo.visualScene", noTarget + "bulb\n" + noTarget + "beam");
 }
 
@@ -631,8 +551,9 @@ TEST(AnimationInstancingTest, LightsAreNoTargets)
 struct HandMade {
     explicit HandMade(const std::vector<const char*>& ids)
     {
-        builder.add(animations("<animation/>") +
-                    cameras("<camera><optics><technique_common><perspective><xfov>90</xfov><yfov>90</yfov>"
+        builder.add(library("library_animations", "<animation/>") +
+                    library("library_cameras",
+                            "<camera><optics><technique_common><perspective><xfov>90</xfov><yfov>90</yfov>"
                             "<znear>1</znear><zfar>5</zfar></perspective></technique_common></optics></camera>"));
         const domCOLLADA* const root = builder.open();
         libVideo::createAnimationListFromCollada(root, builder.dae(), pool.animationList);
@@ -684,12 +605,13 @@ TEST(AnimationInstancingTest, EmptyTargetIsLoggedWithNothingBehindTheWordsElse)
 
 TEST(AnimationInstancingTest, FailedAnimationOfADocumentGoesToANodeWithoutIdElseToTheLine)
 {
-    Loaded with(animations("<animation/>") + cameras(camera("eye")),
+    Loaded with(library("library_animations", "<animation/>") + library("library_cameras", camera("eye")),
                 node("n", instanceCamera("eye")) + "<node><translate>0 0 0</translate></node>" + aim);
     EXPECT_EQ("Cannot create an animation without a channel element.", with.lines());
     EXPECT_TRUE(with.node("")->hasAnimation()) << "empty target and empty sid meet";
 
-    Loaded without(animations("<animation/>") + cameras(camera("eye")), node("n", instanceCamera("eye")) + aim);
+    Loaded without(library("library_animations", "<animation/>") + library("library_cameras", camera("eye")),
+                   node("n", instanceCamera("eye")) + aim);
     EXPECT_EQ("Cannot create an animation without a channel element.\n" + noTarget, without.lines());
     EXPECT_EQ(0u, animationCount(*without.pool().cameraList[0]));
 }
@@ -699,11 +621,13 @@ TEST(AnimationInstancingTest, FailedAnimationOfADocumentGoesToANodeWithoutIdElse
 TEST(InstancingTest, PoolIsFilledInItsOrderAlsoWithoutAVisualSceneToShow)
 {
     const TemporaryFile file(
-        ColladaBuilder(lights("<light id='beam'><technique_common><spot/></technique_common></light>"
-                              "<light id='bulb'><technique_common><point/></technique_common></light>") +
-                       cameras("<camera id='eye' name='Eye'><optics><technique_common><perspective/></technique_common>"
+        ColladaBuilder(library("library_lights",
+                               "<light id='beam'><technique_common><spot/></technique_common></light>"
+                               "<light id='bulb'><technique_common><point/></technique_common></light>") +
+                       library("library_cameras",
+                               "<camera id='eye' name='Eye'><optics><technique_common><perspective/></technique_common>"
                                "</optics></camera>") +
-                       animations("<animation/>") + "<scene/>")
+                       library("library_animations", "<animation/>") + "<scene/>")
             .text());
     const LogCapture log;
     Scene scene;
@@ -728,8 +652,9 @@ TEST(InstancingTest, PoolIsFilledInItsOrderAlsoWithoutAVisualSceneToShow)
 
 TEST(InstancingTest, PoolStaysEmptyWithoutAScene)
 {
-    const TemporaryFile file(ColladaBuilder(animations("<animation/>") + cameras(camera("eye")) +
-                                            lights(light("bulb", "point") + spot("beam")))
+    const TemporaryFile file(ColladaBuilder(library("library_animations", "<animation/>") +
+                                            library("library_cameras", camera("eye")) +
+                                            library("library_lights", light("bulb", "point") + spot("beam")))
                                  .text());
     const LogCapture log;
     Scene scene;
@@ -742,8 +667,8 @@ TEST(InstancingTest, PoolStaysEmptyWithoutAScene)
 
 TEST(InstancingTest, PoolKeepsWhatTheSceneDoesNotUse)
 {
-    Loaded document(cameras(camera("a")) + cameras(camera("b")) +
-                        lights(light("bulb", "point") + spot("beam") + light("fog", "ambient")),
+    Loaded document(library("library_cameras", camera("a")) + library("library_cameras", camera("b")) +
+                        library("library_lights", light("bulb", "point") + spot("beam") + light("fog", "ambient")),
                     node("n", ""));
     EXPECT_EQ(2u, document.pool().cameraList.size());
     EXPECT_EQ(1u, document.pool().pointLightList.size());
@@ -757,23 +682,27 @@ TEST(InstancingTest, PoolKeepsWhatTheSceneDoesNotUse)
 // A camera that moves and widens on its way, a point to look at, and three lights.
 std::string stageLibraries()
 {
-    return animations(curve("way", "rig/move", 3, "0 0 -5  6 0 -3") + curve("zoom", "eye/fov", 1, "60 120") +
-                      curve("front", "eye/near", 1, "1 1") + curve("back", "eye/far", 1, "5 5")) +
-           cameras("<camera id='eye' name='Eye'><optics><technique_common><perspective>"
+    return library("library_animations",
+                   curve("way", "rig/move", "1 3", "0 0 -5  6 0 -3") + curve("zoom", "eye/fov", "1 3", "60 120") +
+                       curve("front", "eye/near", "1 3", "1 1") + curve("back", "eye/far", "1 3", "5 5")) +
+           library("library_cameras",
+                   "<camera id='eye' name='Eye'><optics><technique_common><perspective>"
                    // The cotangent of half of it is 2.
                    "<yfov sid='fov'>53.13010235415598</yfov><aspect_ratio>2</aspect_ratio>"
                    "<znear sid='near'>1</znear><zfar sid='far'>5</zfar></perspective></technique_common></optics>"
                    "<extra><technique profile='FCOLLADA'><user_target>stage.dae#aim</user_target></technique></extra>"
                    "</camera>") +
-           lights("<light id='bulb'><technique_common><point><color>1 0.5 0.25</color>"
-                  "<constant_attenuation>1</constant_attenuation><linear_attenuation>0.5</linear_attenuation>"
-                  "<quadratic_attenuation>0.125</quadratic_attenuation></point></technique_common></light>"
-                  "<light id='fog'><technique_common><ambient><color>1 1 1</color></ambient></technique_common></light>"
-                  "<light id='beam'><technique_common><spot><color>0 0 1</color><falloff_angle>30</falloff_angle>"
-                  "<falloff_exponent>2</falloff_exponent></spot></technique_common><extra>"
-                  "<technique profile='FCOLLADA'><outer_cone>45</outer_cone><target>#aim</target></technique></extra>"
-                  "</light>"
-                  "<light id='glow'><technique_common><point><color>2 2 2</color></point></technique_common></light>");
+           library(
+               "library_lights",
+               "<light id='bulb'><technique_common><point><color>1 0.5 0.25</color>"
+               "<constant_attenuation>1</constant_attenuation><linear_attenuation>0.5</linear_attenuation>"
+               "<quadratic_attenuation>0.125</quadratic_attenuation></point></technique_common></light>"
+               "<light id='fog'><technique_common><ambient><color>1 1 1</color></ambient></technique_common></light>"
+               "<light id='beam'><technique_common><spot><color>0 0 1</color><falloff_angle>30</falloff_angle>"
+               "<falloff_exponent>2</falloff_exponent></spot></technique_common><extra>"
+               "<technique profile='FCOLLADA'><outer_cone>45</outer_cone><target>#aim</target></technique></extra>"
+               "</light>"
+               "<light id='glow'><technique_common><point><color>2 2 2</color></point></technique_common></light>");
 }
 
 std::string stageNodes()
@@ -844,18 +773,12 @@ TEST(WholeStageTest, RestPose)
     EXPECT_FLOAT_EQ(-0.6f, direction[2]);
 }
 
-struct TimeCase {
-    const char* name;
+struct TimeCase : Row {
     double time;
     double x; ///< place of the camera
     double z;
     double cotangent; ///< of half its angle
 };
-
-void PrintTo(const TimeCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class WholeStageTimeTest : public testing::TestWithParam<TimeCase> {};
 
@@ -890,12 +813,13 @@ INSTANTIATE_TEST_SUITE_P(Times, WholeStageTimeTest,
                                          TimeCase{"FirstKeyAgain", 4.0, 0.0, -5.0, 1.7320508075688772},
                                          TimeCase{"HalfWayMuchLater", 302.0, 3.0, -4.0, 1.0},
                                          TimeCase{"BeforeTheStart", -1.0, 0.0, -10.0, 2.0}),
-                         [](const auto& row) { return std::string(row.param.name); });
+                         rowName);
 
 TEST(WholeStageTest, LensAloneLeavesThePlanesOut)
 {
     // What no animation sets enters as 0, and 0 / 0 is no number.
-    Loaded document(animations(curve("zoom", "eye/y", 1, "60 120")) + cameras(camera("eye")),
+    Loaded document(library("library_animations", curve("zoom", "eye/y", "1 3", "60 120")) +
+                        library("library_cameras", camera("eye")),
                     node("n", instanceCamera("eye")) + aim);
     CameraInstance& instance = *document.scene().cameraList()[0];
     EXPECT_NEAR(1.25f, instance.projection()[10], 1e-6f) << "until the first evaluation";
@@ -921,6 +845,32 @@ TEST(WholeStageTest, FoldedTreeMovesTheViewOnceItIsComputedAnew)
     EXPECT_NEAR(10 / 16.881943016134134, double(direction[0]), 1e-6);
     EXPECT_NEAR(-4 / 16.881943016134134, double(direction[1]), 1e-6);
     EXPECT_NEAR(-13 / 16.881943016134134, double(direction[2]), 1e-6);
+}
+
+// --- what the tests are written with ---
+
+std::string camera(const std::string& id, const std::string& lookAt)
+{
+    return "<camera id='" + id +
+           "'><optics><technique_common><perspective><xfov sid='x'>90</xfov><yfov sid='y'>90</yfov>"
+           "<znear sid='near'>1</znear><zfar sid='far'>5</zfar></perspective></technique_common></optics>"
+           "<extra><technique profile='FCOLLADA'><target>#" +
+           lookAt + "</target></technique></extra></camera>";
+}
+
+std::string light(const std::string& id, const std::string& kind, const std::string& extra)
+{
+    return "<light id='" + id + "'><technique_common><" + kind + "><color>1 1 1</color></" + kind +
+           "></technique_common>" + extra + "</light>";
+}
+
+void expectLines(const Loaded& document, const LogCapture& log, const char* channel, const std::string& words)
+{
+    EXPECT_EQ(words, document.lines());
+    for (const LogLine& line : log.lines()) {
+        EXPECT_EQ(channel, line.channel) << line.text;
+        EXPECT_EQ(3, line.priority) << line.text;
+    }
 }
 
 } // namespace

@@ -1,39 +1,12 @@
-#include "support/ColladaBuilder.h"
-#include "support/LogCapture.h"
-#include "support/PrivateAccess.h"
-
-#include <vesk/Array.h>
-#include <vesk/Logging.h>
-#include <vesk/String.h>
-
-#include <libMath/Vector.h>
+#include "support/VideoTest.h"
 
 #include <libVideo/SceneGraph/Light.h>
 
-#include <libVideo/ColladaDom.h>
-
-#include <array>
-#include <cstdint>
-#include <ostream>
-#include <stdexcept>
-#include <string>
-#include <type_traits>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 namespace {
 
-using libVideo::PointLight;
-using libVideo::PointLightHandle;
-using libVideo::SpotLight;
-using libVideo::SpotLightHandle;
-using testSupport::ColladaBuilder;
-using testSupport::LogCapture;
-using testSupport::LogLine;
+using namespace libVideo;
+using namespace testSupport;
 
-using Vector3 = libMath::Vector<float, 3>;
 using PointElement = domLight::domTechnique_common::domPoint;
 using SpotElement = domLight::domTechnique_common::domSpot;
 using PointList = vesk::Array<PointLightHandle>;
@@ -55,54 +28,28 @@ PRIVATE_MEMBER(SpotExponent, float SpotLight::*, &SpotLight::m_falloffExponent)
 PRIVATE_MEMBER(SpotLookAtNodeId, vesk::String SpotLight::*, &SpotLight::m_lookAtNodeId)
 PRIVATE_MEMBER(SpotId, vesk::String SpotLight::*, &SpotLight::m_id)
 
-static_assert(!std::is_polymorphic<PointLight>::value && !std::is_polymorphic<SpotLight>::value, "plain values");
-static_assert(std::is_constructible<PointLight, const vesk::String&>::value &&
-                  std::is_constructible<SpotLight, const vesk::String&>::value &&
-                  !std::is_default_constructible<PointLight>::value && !std::is_default_constructible<SpotLight>::value,
-              "made of an id");
-static_assert(std::is_copy_constructible<PointLight>::value && std::is_copy_assignable<PointLight>::value &&
-                  std::is_copy_constructible<SpotLight>::value && std::is_copy_assignable<SpotLight>::value,
-              "plain values");
-
-template <class Light>
-constexpr bool hasCommonAccessors()
+TEST(PointLightTest, FieldsStandInTheirOrder)
 {
-    using Const = const Light&;
-    return std::is_same<const Vector3&, decltype(std::declval<Const>().color())>::value &&
-           std::is_same<float, decltype(std::declval<Const>().constantAttenuation())>::value &&
-           std::is_same<float, decltype(std::declval<Const>().linearAttenuation())>::value &&
-           std::is_same<float, decltype(std::declval<Const>().quadraticAttenuation())>::value &&
-           std::is_same<const vesk::String&, decltype(std::declval<Const>().id())>::value;
+    const PointLight light("lamp");
+    expectAscending({&(light.*privateMember(PointColor())), &(light.*privateMember(PointConstant())),
+                     &(light.*privateMember(PointLinear())), &(light.*privateMember(PointQuadratic())),
+                     &(light.*privateMember(PointId()))});
 }
-static_assert(hasCommonAccessors<PointLight>() && hasCommonAccessors<SpotLight>(), "readable when const");
-static_assert(std::is_same<float, decltype(std::declval<const SpotLight&>().innerConeAngle())>::value &&
-                  std::is_same<float, decltype(std::declval<const SpotLight&>().outerConeAngle())>::value &&
-                  std::is_same<float, decltype(std::declval<const SpotLight&>().falloffExponent())>::value &&
-                  std::is_same<const vesk::String&, decltype(std::declval<const SpotLight&>().lookAtNodeId())>::value,
-              "readable when const");
-static_assert(
-    std::is_same<bool,
-                 decltype(std::declval<PointLight&>().createFromCollada(std::declval<const PointElement&>()))>::value &&
-        std::is_same<bool,
-                     decltype(std::declval<SpotLight&>().createFromCollada(std::declval<const SpotElement&>()))>::value,
-    "loaders");
-static_assert(
-    std::is_same<unsigned, decltype(libVideo::createPointLightListFromCollada(std::declval<const domCOLLADA*>(),
-                                                                              std::declval<PointList&>()))>::value &&
-        std::is_same<unsigned, decltype(libVideo::createSpotLightListFromCollada(std::declval<const domCOLLADA*>(),
-                                                                                 std::declval<DAE&>(),
-                                                                                 std::declval<SpotList&>()))>::value,
-    "list builders");
+
+TEST(SpotLightTest, FieldsStandInTheirOrder)
+{
+    const SpotLight light("lamp");
+    expectAscending({&(light.*privateMember(SpotColor())), &(light.*privateMember(SpotConstant())),
+                     &(light.*privateMember(SpotLinear())), &(light.*privateMember(SpotQuadratic())),
+                     &(light.*privateMember(SpotOuterCone())), &(light.*privateMember(SpotInnerCone())),
+                     &(light.*privateMember(SpotExponent())), &(light.*privateMember(SpotLookAtNodeId())),
+                     &(light.*privateMember(SpotId()))});
+}
 
 const char* const noDocument = "Cannot create a camera list from a NULL domCOLLADA pointer";
 const char* const noPointColor = "PointLight has no color component";
 const char* const noSpotColor = "SpotLight has no color component";
 const char* const shortColor = "Color has fewer than three values";
-
-std::string textOf(const vesk::String& text)
-{
-    return text.data();
-}
 
 /// A document with one light.
 class LightDocument {
@@ -111,9 +58,6 @@ public:
         : m_builder("<library_lights><light id='lamp'>" + content + "</light></library_lights>")
     {
         m_root = m_builder.open();
-        if (m_root == nullptr) {
-            throw std::runtime_error("the document does not open");
-        }
     }
 
     domLightRef light() { return m_root->getLibrary_lights_array()[0]->getLight_array()[0]; }
@@ -132,11 +76,6 @@ std::string pointWith(const std::string& content)
 std::string spotWith(const std::string& content)
 {
     return "<technique_common><spot>" + content + "</spot></technique_common>";
-}
-
-std::string vendorExtra(const std::string& content, const std::string& profile = "FCOLLADA")
-{
-    return "<extra><technique profile='" + profile + "'>" + content + "</technique></extra>";
 }
 
 bool load(PointLight& light, const std::string& content)
@@ -176,24 +115,7 @@ std::array<float, 3> attenuationsOf(const Light& light)
 /// No line for empty words, else that line in all, whole.
 void expectLog(const std::string& words, const LogCapture& log)
 {
-    const std::vector<LogLine> lines = log.lines();
-    if (words.empty()) {
-        EXPECT_EQ("", log.text());
-        return;
-    }
-    ASSERT_EQ(1u, lines.size()) << log.text();
-    EXPECT_EQ("libVideo.light", lines[0].channel);
-    EXPECT_EQ(3, lines[0].priority);
-    EXPECT_EQ(words, lines[0].words());
-}
-
-template <std::size_t Count>
-void expectAscending(const std::array<const void*, Count>& addresses)
-{
-    for (std::size_t i = 1; i < Count; ++i) {
-        EXPECT_LT(reinterpret_cast<std::uintptr_t>(addresses[i - 1]), reinterpret_cast<std::uintptr_t>(addresses[i]))
-            << i;
-    }
+    EXPECT_EQ(words.empty() ? Texts() : Texts{"libVideo.light: " + words}, log.messages());
 }
 
 // ---- data
@@ -216,24 +138,6 @@ TEST(SpotLightTest, IsWhiteAndBearsItsIdUntilRead)
     EXPECT_EQ(0.0f, light.falloffExponent());
     EXPECT_EQ("", textOf(light.lookAtNodeId()));
     EXPECT_EQ("lamp", textOf(light.id()));
-}
-
-TEST(PointLightTest, FieldsStandInTheirOrder)
-{
-    const PointLight light("lamp");
-    expectAscending<5>({&(light.*privateMember(PointColor())), &(light.*privateMember(PointConstant())),
-                        &(light.*privateMember(PointLinear())), &(light.*privateMember(PointQuadratic())),
-                        &(light.*privateMember(PointId()))});
-}
-
-TEST(SpotLightTest, FieldsStandInTheirOrder)
-{
-    const SpotLight light("lamp");
-    expectAscending<9>({&(light.*privateMember(SpotColor())), &(light.*privateMember(SpotConstant())),
-                        &(light.*privateMember(SpotLinear())), &(light.*privateMember(SpotQuadratic())),
-                        &(light.*privateMember(SpotOuterCone())), &(light.*privateMember(SpotInnerCone())),
-                        &(light.*privateMember(SpotExponent())), &(light.*privateMember(SpotLookAtNodeId())),
-                        &(light.*privateMember(SpotId()))});
 }
 
 TEST(PointLightTest, AccessorsShowTheFields)
@@ -271,18 +175,12 @@ TEST(SpotLightTest, AccessorsShowTheFields)
 
 // ---- color and attenuations
 
-struct PointCase {
-    const char* name;
+struct PointCase : Row {
     const char* xml;
     Color color;
     std::array<float, 3> attenuations;
     const char* words;
 };
-
-void PrintTo(const PointCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class PointLightLoadTest : public testing::TestWithParam<PointCase> {};
 
@@ -300,55 +198,35 @@ TEST_P(PointLightLoadTest, ReadsItsElement)
 INSTANTIATE_TEST_SUITE_P(
     Documents, PointLightLoadTest,
     testing::Values(
-        PointCase{"ColorOnly", "<color>1 0.5 0</color>", {1.0f, 0.5f, 0.0f}, {0.0f, 0.0f, 0.0f}, ""},
+        PointCase{"ColorOnly", "<color>1 0.5 0</color>", triple(1.0f, 0.5f, 0.0f), triple(0.0f, 0.0f, 0.0f), ""},
         PointCase{"All",
                   "<color>0.25 0.5 0.75</color><constant_attenuation>2</constant_attenuation>"
                   "<linear_attenuation>3</linear_attenuation><quadratic_attenuation>4</quadratic_attenuation>",
-                  {0.25f, 0.5f, 0.75f},
-                  {2.0f, 3.0f, 4.0f},
-                  ""},
-        PointCase{"ConstantOnly",
-                  "<color>0 0 0</color><constant_attenuation>2</constant_attenuation>",
-                  {0.0f, 0.0f, 0.0f},
-                  {2.0f, 0.0f, 0.0f},
-                  ""},
-        PointCase{"LinearOnly",
-                  "<color>0 0 0</color><linear_attenuation>3</linear_attenuation>",
-                  {0.0f, 0.0f, 0.0f},
-                  {0.0f, 3.0f, 0.0f},
-                  ""},
-        PointCase{"QuadraticOnly",
-                  "<color>0 0 0</color><quadratic_attenuation>4</quadratic_attenuation>",
-                  {0.0f, 0.0f, 0.0f},
-                  {0.0f, 0.0f, 4.0f},
-                  ""},
+                  triple(0.25f, 0.5f, 0.75f), triple(2.0f, 3.0f, 4.0f), ""},
+        PointCase{"ConstantOnly", "<color>0 0 0</color><constant_attenuation>2</constant_attenuation>",
+                  triple(0.0f, 0.0f, 0.0f), triple(2.0f, 0.0f, 0.0f), ""},
+        PointCase{"LinearOnly", "<color>0 0 0</color><linear_attenuation>3</linear_attenuation>",
+                  triple(0.0f, 0.0f, 0.0f), triple(0.0f, 3.0f, 0.0f), ""},
+        PointCase{"QuadraticOnly", "<color>0 0 0</color><quadratic_attenuation>4</quadratic_attenuation>",
+                  triple(0.0f, 0.0f, 0.0f), triple(0.0f, 0.0f, 4.0f), ""},
         // The values are those of the document: unclamped, and narrowed to the nearest float.
-        PointCase{"Unclamped",
-                  "<color>2.5 -1 100</color><constant_attenuation>-2</constant_attenuation>",
-                  {2.5f, -1.0f, 100.0f},
-                  {-2.0f, 0.0f, 0.0f},
-                  ""},
-        PointCase{"Narrowed",
-                  "<color>0.1 16777217 0.7</color><linear_attenuation>0.0123456789</linear_attenuation>",
-                  {0.1f, 16777216.0f, 0.7f},
-                  {0.0f, 0.0123456789f, 0.0f},
-                  ""},
-        PointCase{"FourValues", "<color>0.25 0.5 0.75 0.125</color>", {0.25f, 0.5f, 0.75f}, {0.0f, 0.0f, 0.0f}, ""},
+        PointCase{"Unclamped", "<color>2.5 -1 100</color><constant_attenuation>-2</constant_attenuation>",
+                  triple(2.5f, -1.0f, 100.0f), triple(-2.0f, 0.0f, 0.0f), ""},
+        PointCase{"Narrowed", "<color>0.1 16777217 0.7</color><linear_attenuation>0.0123456789</linear_attenuation>",
+                  triple(0.1f, 16777216.0f, 0.7f), triple(0.0f, 0.0123456789f, 0.0f), ""},
+        PointCase{"FourValues", "<color>0.25 0.5 0.75 0.125</color>", triple(0.25f, 0.5f, 0.75f),
+                  triple(0.0f, 0.0f, 0.0f), ""},
         PointCase{"NoColor",
                   "<constant_attenuation>2</constant_attenuation><linear_attenuation>3</linear_attenuation>"
                   "<quadratic_attenuation>4</quadratic_attenuation>",
-                  white,
-                  {2.0f, 3.0f, 4.0f},
-                  noPointColor},
-        PointCase{"NothingAtAll", "", white, {0.0f, 0.0f, 0.0f}, noPointColor},
+                  white, triple(2.0f, 3.0f, 4.0f), noPointColor},
+        PointCase{"NothingAtAll", "", white, triple(0.0f, 0.0f, 0.0f), noPointColor},
         PointCase{"TwoValues",
                   "<color>0.25 0.5</color><constant_attenuation>2</constant_attenuation>"
                   "<linear_attenuation>3</linear_attenuation><quadratic_attenuation>4</quadratic_attenuation>",
-                  white,
-                  {2.0f, 3.0f, 4.0f},
-                  shortColor},
-        PointCase{"NoValues", "<color/>", white, {0.0f, 0.0f, 0.0f}, shortColor}),
-    [](const auto& row) { return row.param.name; });
+                  white, triple(2.0f, 3.0f, 4.0f), shortColor},
+        PointCase{"NoValues", "<color/>", white, triple(0.0f, 0.0f, 0.0f), shortColor}),
+    rowName);
 
 TEST(PointLightTest, SecondLoadSetsAbsentAttenuationsToZero)
 {
@@ -361,8 +239,7 @@ TEST(PointLightTest, SecondLoadSetsAbsentAttenuationsToZero)
     EXPECT_EQ((std::array<float, 3>{0.0f, 0.0f, 0.0f}), attenuationsOf(light));
 }
 
-struct SpotCase {
-    const char* name;
+struct SpotCase : Row {
     const char* xml;
     bool result;
     Color color;
@@ -371,11 +248,6 @@ struct SpotCase {
     float exponent;
     const char* words;
 };
-
-void PrintTo(const SpotCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class SpotLightLoadTest : public testing::TestWithParam<SpotCase> {};
 
@@ -400,104 +272,42 @@ TEST_P(SpotLightLoadTest, ReadsOrRefusesItsElement)
 INSTANTIATE_TEST_SUITE_P(
     Documents, SpotLightLoadTest,
     testing::Values(
-        SpotCase{"ColorOnly", "<color>1 0.5 0</color>", true, {1.0f, 0.5f, 0.0f}, {0.0f, 0.0f, 0.0f}, 180.0f, 0.0f, ""},
+        SpotCase{"ColorOnly", "<color>1 0.5 0</color>", true, triple(1.0f, 0.5f, 0.0f), triple(0.0f, 0.0f, 0.0f),
+                 180.0f, 0.0f, ""},
         SpotCase{"All",
                  "<color>0.25 0.5 0.75</color><constant_attenuation>2</constant_attenuation>"
                  "<linear_attenuation>3</linear_attenuation><quadratic_attenuation>4</quadratic_attenuation>"
                  "<falloff_angle>45</falloff_angle><falloff_exponent>0.15</falloff_exponent>",
-                 true,
-                 {0.25f, 0.5f, 0.75f},
-                 {2.0f, 3.0f, 4.0f},
-                 45.0f,
-                 0.15f,
-                 ""},
-        SpotCase{"ConstantOnly",
-                 "<color>0 0 0</color><constant_attenuation>2</constant_attenuation>",
-                 true,
-                 {0.0f, 0.0f, 0.0f},
-                 {2.0f, 0.0f, 0.0f},
-                 180.0f,
-                 0.0f,
-                 ""},
-        SpotCase{"LinearOnly",
-                 "<color>0 0 0</color><linear_attenuation>3</linear_attenuation>",
-                 true,
-                 {0.0f, 0.0f, 0.0f},
-                 {0.0f, 3.0f, 0.0f},
-                 180.0f,
-                 0.0f,
-                 ""},
-        SpotCase{"QuadraticOnly",
-                 "<color>0 0 0</color><quadratic_attenuation>4</quadratic_attenuation>",
-                 true,
-                 {0.0f, 0.0f, 0.0f},
-                 {0.0f, 0.0f, 4.0f},
-                 180.0f,
-                 0.0f,
-                 ""},
-        SpotCase{"AngleOnly",
-                 "<color>0 0 0</color><falloff_angle>33.3</falloff_angle>",
-                 true,
-                 {0.0f, 0.0f, 0.0f},
-                 {0.0f, 0.0f, 0.0f},
-                 33.3f,
-                 0.0f,
-                 ""},
-        SpotCase{"ExponentOnly",
-                 "<color>0 0 0</color><falloff_exponent>2</falloff_exponent>",
-                 true,
-                 {0.0f, 0.0f, 0.0f},
-                 {0.0f, 0.0f, 0.0f},
-                 180.0f,
-                 2.0f,
-                 ""},
-        SpotCase{"AngleOfZero",
-                 "<color>0 0 0</color><falloff_angle>0</falloff_angle>",
-                 true,
-                 {0.0f, 0.0f, 0.0f},
-                 {0.0f, 0.0f, 0.0f},
-                 0.0f,
-                 0.0f,
-                 ""},
-        SpotCase{"UnclampedAndNarrowed",
-                 "<color>0.1 16777217 -3</color><falloff_angle>400</falloff_angle>",
-                 true,
-                 {0.1f, 16777216.0f, -3.0f},
-                 {0.0f, 0.0f, 0.0f},
-                 400.0f,
-                 0.0f,
-                 ""},
-        SpotCase{"FourValues",
-                 "<color>0.25 0.5 0.75 0.125</color>",
-                 true,
-                 {0.25f, 0.5f, 0.75f},
-                 {0.0f, 0.0f, 0.0f},
-                 180.0f,
-                 0.0f,
-                 ""},
+                 true, triple(0.25f, 0.5f, 0.75f), triple(2.0f, 3.0f, 4.0f), 45.0f, 0.15f, ""},
+        SpotCase{"ConstantOnly", "<color>0 0 0</color><constant_attenuation>2</constant_attenuation>", true,
+                 triple(0.0f, 0.0f, 0.0f), triple(2.0f, 0.0f, 0.0f), 180.0f, 0.0f, ""},
+        SpotCase{"LinearOnly", "<color>0 0 0</color><linear_attenuation>3</linear_attenuation>", true,
+                 triple(0.0f, 0.0f, 0.0f), triple(0.0f, 3.0f, 0.0f), 180.0f, 0.0f, ""},
+        SpotCase{"QuadraticOnly", "<color>0 0 0</color><quadratic_attenuation>4</quadratic_attenuation>", true,
+                 triple(0.0f, 0.0f, 0.0f), triple(0.0f, 0.0f, 4.0f), 180.0f, 0.0f, ""},
+        SpotCase{"AngleOnly", "<color>0 0 0</color><falloff_angle>33.3</falloff_angle>", true, triple(0.0f, 0.0f, 0.0f),
+                 triple(0.0f, 0.0f, 0.0f), 33.3f, 0.0f, ""},
+        SpotCase{"ExponentOnly", "<color>0 0 0</color><falloff_exponent>2</falloff_exponent>", true,
+                 triple(0.0f, 0.0f, 0.0f), triple(0.0f, 0.0f, 0.0f), 180.0f, 2.0f, ""},
+        SpotCase{"AngleOfZero", "<color>0 0 0</color><falloff_angle>0</falloff_angle>", true, triple(0.0f, 0.0f, 0.0f),
+                 triple(0.0f, 0.0f, 0.0f), 0.0f, 0.0f, ""},
+        SpotCase{"UnclampedAndNarrowed", "<color>0.1 16777217 -3</color><falloff_angle>400</falloff_angle>", true,
+                 triple(0.1f, 16777216.0f, -3.0f), triple(0.0f, 0.0f, 0.0f), 400.0f, 0.0f, ""},
+        SpotCase{"FourValues", "<color>0.25 0.5 0.75 0.125</color>", true, triple(0.25f, 0.5f, 0.75f),
+                 triple(0.0f, 0.0f, 0.0f), 180.0f, 0.0f, ""},
         SpotCase{"NoColor",
                  "<constant_attenuation>2</constant_attenuation><linear_attenuation>3</linear_attenuation>"
                  "<quadratic_attenuation>4</quadratic_attenuation><falloff_angle>45</falloff_angle>"
                  "<falloff_exponent>0.15</falloff_exponent>",
-                 false,
-                 white,
-                 {0.0f, 0.0f, 0.0f},
-                 0.0f,
-                 0.0f,
-                 noSpotColor},
-        SpotCase{"NothingAtAll", "", false, white, {0.0f, 0.0f, 0.0f}, 0.0f, 0.0f, noSpotColor},
+                 false, white, triple(0.0f, 0.0f, 0.0f), 0.0f, 0.0f, noSpotColor},
+        SpotCase{"NothingAtAll", "", false, white, triple(0.0f, 0.0f, 0.0f), 0.0f, 0.0f, noSpotColor},
         SpotCase{"TwoValues",
                  "<color>0.25 0.5</color><constant_attenuation>2</constant_attenuation>"
                  "<linear_attenuation>3</linear_attenuation><quadratic_attenuation>4</quadratic_attenuation>"
                  "<falloff_angle>45</falloff_angle><falloff_exponent>0.15</falloff_exponent>",
-                 true,
-                 white,
-                 {2.0f, 3.0f, 4.0f},
-                 45.0f,
-                 0.15f,
-                 shortColor},
-        SpotCase{"NoValues", "<color/>", true, white, {0.0f, 0.0f, 0.0f}, 180.0f, 0.0f, shortColor}),
-    [](const auto& row) { return row.param.name; });
+                 true, white, triple(2.0f, 3.0f, 4.0f), 45.0f, 0.15f, shortColor},
+        SpotCase{"NoValues", "<color/>", true, white, triple(0.0f, 0.0f, 0.0f), 180.0f, 0.0f, shortColor}),
+    rowName);
 
 const char* const fullSpot = "<color>0.25 0.5 0.75</color><constant_attenuation>2</constant_attenuation>"
                              "<linear_attenuation>3</linear_attenuation>"
@@ -548,17 +358,11 @@ TEST(SpotLightTest, SecondLoadSetsWhatIsAbsentToItsDefault)
 
 // ---- extra data
 
-struct ExtraCase {
-    const char* name;
+struct ExtraCase : Row {
     std::string extras;
     float outerCone;
     const char* target;
 };
-
-void PrintTo(const ExtraCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class SpotLightExtraTest : public testing::TestWithParam<ExtraCase> {};
 
@@ -620,7 +424,7 @@ INSTANTIATE_TEST_SUITE_P(
         ExtraCase{"LastOfTheProfile", vendorExtra(cone45 + one) + vendorExtra(cone50 + two, "OTHER"), 45.0f, "One"},
         ExtraCase{"ValuesOfSeveralPlaces", "<extra/>" + vendorExtra(cone50 + two) + vendorExtra(one), 50.0f, "One"},
         ExtraCase{"EmptyTargetIsAValue", vendorExtra(one + "<target/>"), 77.0f, ""}),
-    [](const auto& row) { return row.param.name; });
+    rowName);
 
 INSTANTIATE_TEST_SUITE_P(
     Cones, SpotLightExtraTest,
@@ -635,7 +439,7 @@ INSTANTIATE_TEST_SUITE_P(
                               "before"},
                     ExtraCase{"WordDoesNotEndTheSearch", vendorExtra("<outer_cone>wide</outer_cone>" + cone45 + one),
                               45.0f, "One"}),
-    [](const auto& row) { return row.param.name; });
+    rowName);
 
 INSTANTIATE_TEST_SUITE_P(
     Targets, SpotLightExtraTest,
@@ -652,7 +456,7 @@ INSTANTIATE_TEST_SUITE_P(
                     ExtraCase{"TwoMarks", vendorExtra("<target>a#b#c</target>"), 77.0f, "b#c"},
                     ExtraCase{"OnlyBlanksBehindTheMark", vendorExtra("<target># \n</target>"), 77.0f, ""},
                     ExtraCase{"BlanksWithoutAMark", vendorExtra("<target>my node</target>"), 77.0f, ""}),
-    [](const auto& row) { return row.param.name; });
+    rowName);
 
 TEST(SpotLightTest, TechniquesOutsideOfExtrasAreNotSearched)
 {
@@ -786,7 +590,7 @@ struct BuilderName {
     template <class Builder>
     static std::string GetName(int /*index*/)
     {
-        return std::is_same<Builder, PointBuilder>::value ? "Point" : "Spot";
+        return std::is_same_v<Builder, PointBuilder> ? "Point" : "Spot";
     }
 };
 
@@ -990,5 +794,38 @@ TEST(LightListsTest, ExtraDataOfAPointIsNotRead)
     EXPECT_EQ(0u, libVideo::createSpotLightListFromCollada(root, document.dae(), spots));
     EXPECT_EQ(before, document.dae().getBaseURI().originalStr());
 }
+
+// --- what the compiler can tell ---
+
+static_assert(!std::is_polymorphic_v<PointLight> && !std::is_polymorphic_v<SpotLight>);
+static_assert(std::is_constructible_v<PointLight, const vesk::String&> &&
+              std::is_constructible_v<SpotLight, const vesk::String&> && !std::is_default_constructible_v<PointLight> &&
+              !std::is_default_constructible_v<SpotLight>);
+static_assert(std::is_copy_constructible_v<PointLight> && std::is_copy_assignable_v<PointLight> &&
+              std::is_copy_constructible_v<SpotLight> && std::is_copy_assignable_v<SpotLight>);
+template <class Light>
+constexpr bool hasCommonAccessors()
+{
+    using Const = const Light&;
+    return std::is_same_v<const Vector3&, decltype(std::declval<Const>().color())> &&
+           std::is_same_v<float, decltype(std::declval<Const>().constantAttenuation())> &&
+           std::is_same_v<float, decltype(std::declval<Const>().linearAttenuation())> &&
+           std::is_same_v<float, decltype(std::declval<Const>().quadraticAttenuation())> &&
+           std::is_same_v<const vesk::String&, decltype(std::declval<Const>().id())>;
+}
+static_assert(hasCommonAccessors<PointLight>() && hasCommonAccessors<SpotLight>());
+static_assert(std::is_same_v<float, decltype(std::declval<const SpotLight&>().innerConeAngle())> &&
+              std::is_same_v<float, decltype(std::declval<const SpotLight&>().outerConeAngle())> &&
+              std::is_same_v<float, decltype(std::declval<const SpotLight&>().falloffExponent())> &&
+              std::is_same_v<const vesk::String&, decltype(std::declval<const SpotLight&>().lookAtNodeId())>);
+static_assert(
+    std::is_same_v<bool,
+                   decltype(std::declval<PointLight&>().createFromCollada(std::declval<const PointElement&>()))> &&
+    std::is_same_v<bool, decltype(std::declval<SpotLight&>().createFromCollada(std::declval<const SpotElement&>()))>);
+static_assert(
+    std::is_same_v<unsigned, decltype(libVideo::createPointLightListFromCollada(std::declval<const domCOLLADA*>(),
+                                                                                std::declval<PointList&>()))> &&
+    std::is_same_v<unsigned, decltype(libVideo::createSpotLightListFromCollada(
+                                 std::declval<const domCOLLADA*>(), std::declval<DAE&>(), std::declval<SpotList&>()))>);
 
 } // namespace

@@ -1,39 +1,12 @@
-#include "support/ColladaBuilder.h"
-#include "support/FailingAllocator.h"
-#include "support/LogCapture.h"
-#include "support/PrivateAccess.h"
-
-#include <vesk/Exception.h>
-#include <vesk/Logging.h>
-#include <vesk/SharedResource.h>
-#include <vesk/String.h>
+#include "support/VideoTest.h"
 
 #include <libVideo/SceneGraph/Material.h>
 #include <libVideo/SceneGraph/Texture.h>
 
-#include <libVideo/ColladaDom.h>
-
-#include <array>
-#include <functional>
-#include <memory>
-#include <new>
-#include <ostream>
-#include <stdexcept>
-#include <string>
-#include <type_traits>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 namespace {
 
-using libVideo::BlinnMaterial;
-using libVideo::Texture;
-using testSupport::ColladaBuilder;
-using testSupport::FailingAllocator;
-using testSupport::LogCapture;
-using testSupport::LogLine;
+using namespace libVideo;
+using namespace testSupport;
 
 using Component = BlinnMaterial::Component;
 using TextureHandle = vesk::SharedResource<vesk::PointerStorage<Texture, 0, 3>, 0>;
@@ -54,24 +27,27 @@ PRIVATE_MEMBER(MaterialWriteFloatCoeff, void (BlinnMaterial::*)(const NumberRef&
                &BlinnMaterial::writeFloatCoeff)
 PRIVATE_MEMBER(ChannelTexture, TextureElementRef ChannelType::*, &ChannelType::elemTexture)
 
-static_assert(std::is_default_constructible_v<BlinnMaterial> && std::is_copy_constructible_v<BlinnMaterial> &&
-              std::is_copy_assignable_v<BlinnMaterial>);
-static_assert(!std::is_polymorphic_v<BlinnMaterial> && !std::is_polymorphic_v<Component>);
-static_assert(std::is_default_constructible_v<Component> && std::is_copy_constructible_v<Component> &&
-              std::is_copy_assignable_v<Component>);
-static_assert(std::is_same_v<decltype(std::declval<const BlinnMaterial&>().component()), const Component&>);
-static_assert(std::is_same_v<decltype(Component::shininess), float>);
-static_assert(std::is_same_v<decltype(Component::transparency), float>);
-static_assert(std::is_same_v<decltype(Component::emission), float[3]>);
-static_assert(std::is_same_v<decltype(Component::emissionTexture), TextureHandle>);
-static_assert(std::is_same_v<decltype(Component::ambient), float[3]>);
-static_assert(std::is_same_v<decltype(Component::ambientTexture), TextureHandle>);
-static_assert(std::is_same_v<decltype(Component::diffuse), float[3]>);
-static_assert(std::is_same_v<decltype(Component::diffuseTexture), TextureHandle>);
-static_assert(std::is_same_v<decltype(Component::specular), float[3]>);
-static_assert(std::is_same_v<decltype(Component::specularTexture), TextureHandle>);
-static_assert(std::is_same_v<decltype(Component::reflective), float[3]>);
-static_assert(std::is_same_v<decltype(Component::reflectiveTexture), TextureHandle>);
+TEST(MaterialTest, FieldsOfTheRecordStandInTheirOrder)
+{
+    const Component component;
+    const std::vector<const void*> fields{
+        &component.shininess, &component.transparency,    &component.emission,   &component.emissionTexture,
+        &component.ambient,   &component.ambientTexture,  &component.diffuse,    &component.diffuseTexture,
+        &component.specular,  &component.specularTexture, &component.reflective, &component.reflectiveTexture};
+    EXPECT_EQ(static_cast<const void*>(&component), fields[0]);
+    for (std::size_t i = 1; i < fields.size(); ++i) {
+        EXPECT_TRUE(std::less<>()(fields[i - 1], fields[i])) << i;
+    }
+}
+
+TEST(MaterialTest, RecordStandsBeforeTheProfile)
+{
+    const BlinnMaterial material;
+    EXPECT_EQ(static_cast<const void*>(&material), &(material.*privateMember(MaterialComponent())));
+    EXPECT_TRUE(std::less<const void*>()(&(material.*privateMember(MaterialComponent())),
+                                         &(material.*privateMember(MaterialProfile()))));
+    EXPECT_EQ(&(material.*privateMember(MaterialComponent())), &material.component());
+}
 
 constexpr const char* channel = "libVideo.material";
 constexpr const char* nullReference = "Null domBlinnRef passed into function";
@@ -91,17 +67,7 @@ void PrintTo(const ColorChannel& one, std::ostream* out)
     *out << one.element;
 }
 
-const std::array<ColorChannel, 5>& colorChannels()
-{
-    static const std::array<ColorChannel, 5> all{{
-        {"emission", &Component::emission, &Component::emissionTexture},
-        {"ambient", &Component::ambient, &Component::ambientTexture},
-        {"diffuse", &Component::diffuse, &Component::diffuseTexture},
-        {"specular", &Component::specular, &Component::specularTexture},
-        {"reflective", &Component::reflective, &Component::reflectiveTexture},
-    }};
-    return all;
-}
+const std::array<ColorChannel, 5>& colorChannels();
 
 Color colorIn(const Component& component, const ColorChannel& of)
 {
@@ -146,9 +112,7 @@ public:
                        shaders[i] + "</technique></profile_COMMON></effect>";
         }
         m_builder.add("<library_effects>" + effects + "</library_effects>");
-        if (m_builder.open() == nullptr) {
-            throw std::runtime_error("the document does not open: " + m_builder.text());
-        }
+        m_builder.open();
     }
 
     /// Of one `<blinn>` with these children.
@@ -181,44 +145,16 @@ const char* fileOf(const TextureHandle& texture)
     return texture ? texture->textureFile().data() : nullptr;
 }
 
-void expectDefaults(const Component& component)
-{
-    EXPECT_EQ(0.0f, component.shininess);
-    EXPECT_EQ(0.0f, component.transparency);
-    for (const ColorChannel& one : colorChannels()) {
-        EXPECT_EQ(white, colorIn(component, one)) << one.element;
-        EXPECT_FALSE(component.*one.texture) << one.element;
-    }
-}
+void expectDefaults(const Component& component);
 
 // Lines of this module alone, with the priority of all lines.
-void expectLines(const LogCapture& log, const std::string& text)
-{
-    EXPECT_EQ(text, log.text());
-    for (const LogLine& line : log.lines()) {
-        EXPECT_EQ(channel, line.channel);
-        EXPECT_EQ(vesk::LoggerPriority::PRIORITY_ERROR, line.priority);
-    }
-}
+void expectLines(const LogCapture& log, const std::string& text);
 
 // The record.
 
 TEST(MaterialTest, NewRecordHasWhiteColorsAndZeroCoefficients)
 {
     expectDefaults(Component());
-}
-
-TEST(MaterialTest, FieldsOfTheRecordStandInTheirOrder)
-{
-    const Component component;
-    const std::vector<const void*> fields{
-        &component.shininess, &component.transparency,    &component.emission,   &component.emissionTexture,
-        &component.ambient,   &component.ambientTexture,  &component.diffuse,    &component.diffuseTexture,
-        &component.specular,  &component.specularTexture, &component.reflective, &component.reflectiveTexture};
-    EXPECT_EQ(static_cast<const void*>(&component), fields[0]);
-    for (std::size_t i = 1; i < fields.size(); ++i) {
-        EXPECT_TRUE(std::less<>()(fields[i - 1], fields[i])) << i;
-    }
 }
 
 TEST(MaterialTest, CopiesOfTheRecordShareTheTextures)
@@ -246,15 +182,6 @@ TEST(MaterialTest, CopiesOfTheRecordShareTheTextures)
             EXPECT_EQ(3u, (other->*one.texture).useCount()) << one.element;
         }
     }
-}
-
-TEST(MaterialTest, RecordStandsBeforeTheProfile)
-{
-    const BlinnMaterial material;
-    EXPECT_EQ(static_cast<const void*>(&material), &(material.*privateMember(MaterialComponent())));
-    EXPECT_TRUE(std::less<const void*>()(&(material.*privateMember(MaterialComponent())),
-                                         &(material.*privateMember(MaterialProfile()))));
-    EXPECT_EQ(&(material.*privateMember(MaterialComponent())), &material.component());
 }
 
 TEST(MaterialTest, NewMaterialHasTheDefaults)
@@ -420,17 +347,11 @@ TEST_P(MaterialChannelTest, EmptyElementLeavesTheDefaults)
 INSTANTIATE_TEST_SUITE_P(Channels, MaterialChannelTest, testing::ValuesIn(colorChannels()),
                          [](const auto& row) { return std::string(row.param.element); });
 
-struct ColorCase {
-    const char* name;
+struct ColorCase : Row {
     const char* numbers;
     Color color;
     const char* lines;
 };
-
-void PrintTo(const ColorCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class MaterialColorTest : public testing::TestWithParam<ColorCase> {};
 
@@ -457,18 +378,12 @@ INSTANTIATE_TEST_SUITE_P(
                     ColorCase{"NarrowedToFloat", "0.1 16777217 0.3 1", {0.1f, 16777216.0f, 0.3f}, ""},
                     ColorCase{"NoNumber", "", white, shortColor}, ColorCase{"OneNumber", "0.5", white, shortColor},
                     ColorCase{"TwoNumbers", "0.25 0.5", white, shortColor}),
-    [](const auto& row) { return row.param.name; });
+    rowName);
 
-struct NumberCase {
-    const char* name;
+struct NumberCase : Row {
     const char* content;
     float value;
 };
-
-void PrintTo(const NumberCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class MaterialCoefficientTest : public testing::TestWithParam<NumberCase> {};
 
@@ -507,7 +422,7 @@ INSTANTIATE_TEST_SUITE_P(Numbers, MaterialCoefficientTest,
                                          NumberCase{"FloatWithASid", "<float sid='s'>0.5</float>", 0.5f},
                                          NumberCase{"ParamIsNotFollowed", "<param ref='number'/>", 0.0f},
                                          NumberCase{"EmptyElement", "", 0.0f}),
-                         [](const auto& row) { return row.param.name; });
+                         rowName);
 
 TEST(MaterialTest, ParamIsNotFollowedAlsoIfItsNewparamHasTheNumber)
 {
@@ -515,7 +430,7 @@ TEST(MaterialTest, ParamIsNotFollowedAlsoIfItsNewparamHasTheNumber)
         "<library_effects><effect id='effect'><profile_COMMON id='profile'><newparam sid='number'><float>7</float>"
         "</newparam><technique sid='common'><phong><shininess><param ref='number'/></shininess></phong></technique>"
         "</profile_COMMON></effect></library_effects>");
-    ASSERT_NE(nullptr, document.open());
+    document.open();
     auto* const profile = document.element<domProfile_COMMON>("profile");
     BlinnMaterial material;
     material.createFromCollada(profile->getTechnique()->getPhong(), profile);
@@ -592,7 +507,7 @@ TEST(MaterialTest, UnresolvedTextureStaysAsFarAsItGot)
         "<library_effects><effect id='effect'><profile_COMMON id='profile'><newparam sid='sampler'><sampler2D>"
         "<source>none</source></sampler2D></newparam><technique sid='common'><blinn>" +
         tagged("diffuse", textured) + "</blinn></technique></profile_COMMON></effect></library_effects>");
-    ASSERT_NE(nullptr, document.open());
+    document.open();
     auto* const profile = document.element<domProfile_COMMON>("profile");
     BlinnMaterial material;
     material.createFromCollada(profile->getTechnique()->getBlinn(), profile);
@@ -950,6 +865,60 @@ TEST(MaterialTest, MaterialThatRanOutOfMemoryCanBeAskedAndReleased)
     }
     EXPECT_TRUE(isComplete);
     EXPECT_GE(failures, 4) << "two textures and their counts at least";
+}
+
+// --- what the compiler can tell ---
+
+static_assert(std::is_default_constructible_v<BlinnMaterial> && std::is_copy_constructible_v<BlinnMaterial> &&
+              std::is_copy_assignable_v<BlinnMaterial>);
+static_assert(!std::is_polymorphic_v<BlinnMaterial> && !std::is_polymorphic_v<Component>);
+static_assert(std::is_default_constructible_v<Component> && std::is_copy_constructible_v<Component> &&
+              std::is_copy_assignable_v<Component>);
+static_assert(std::is_same_v<decltype(std::declval<const BlinnMaterial&>().component()), const Component&>);
+static_assert(std::is_same_v<decltype(Component::shininess), float>);
+static_assert(std::is_same_v<decltype(Component::transparency), float>);
+static_assert(std::is_same_v<decltype(Component::emission), float[3]>);
+static_assert(std::is_same_v<decltype(Component::emissionTexture), TextureHandle>);
+static_assert(std::is_same_v<decltype(Component::ambient), float[3]>);
+static_assert(std::is_same_v<decltype(Component::ambientTexture), TextureHandle>);
+static_assert(std::is_same_v<decltype(Component::diffuse), float[3]>);
+static_assert(std::is_same_v<decltype(Component::diffuseTexture), TextureHandle>);
+static_assert(std::is_same_v<decltype(Component::specular), float[3]>);
+static_assert(std::is_same_v<decltype(Component::specularTexture), TextureHandle>);
+static_assert(std::is_same_v<decltype(Component::reflective), float[3]>);
+static_assert(std::is_same_v<decltype(Component::reflectiveTexture), TextureHandle>);
+
+// --- what the tests are written with ---
+
+const std::array<ColorChannel, 5>& colorChannels()
+{
+    static const std::array<ColorChannel, 5> all{{
+        {"emission", &Component::emission, &Component::emissionTexture},
+        {"ambient", &Component::ambient, &Component::ambientTexture},
+        {"diffuse", &Component::diffuse, &Component::diffuseTexture},
+        {"specular", &Component::specular, &Component::specularTexture},
+        {"reflective", &Component::reflective, &Component::reflectiveTexture},
+    }};
+    return all;
+}
+
+void expectDefaults(const Component& component)
+{
+    EXPECT_EQ(0.0f, component.shininess);
+    EXPECT_EQ(0.0f, component.transparency);
+    for (const ColorChannel& one : colorChannels()) {
+        EXPECT_EQ(white, colorIn(component, one)) << one.element;
+        EXPECT_FALSE(component.*one.texture) << one.element;
+    }
+}
+
+void expectLines(const LogCapture& log, const std::string& text)
+{
+    EXPECT_EQ(text, log.text());
+    for (const LogLine& line : log.lines()) {
+        EXPECT_EQ(channel, line.channel);
+        EXPECT_EQ(vesk::LoggerPriority::PRIORITY_ERROR, line.priority);
+    }
 }
 
 } // namespace

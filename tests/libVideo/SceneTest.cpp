@@ -1,52 +1,22 @@
-#include "support/ColladaBuilder.h"
-#include "support/LogCapture.h"
-#include "support/PrivateAccess.h"
-
-#include <vesk/Array.h>
-#include <vesk/HashTable.h>
-#include <vesk/Logging.h>
-#include <vesk/String.h>
-
-#include <libMath/Matrix.h>
+#include "support/VideoTest.h"
 
 #include <libVideo/SceneGraph/Animation.h>
 #include <libVideo/SceneGraph/Node.h>
 #include <libVideo/SceneGraph/Scene.h>
 #include <libVideo/SceneGraph/VisualScene.h>
 
-#include <libVideo/ColladaDom.h>
-
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <array>
 #include <clocale>
-#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <memory>
-#include <optional>
-#include <string>
-#include <type_traits>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
-using libVideo::Scene;
-using libVideo::SceneResources;
-using libVideo::VisualScene;
-using testSupport::ColladaBuilder;
-using testSupport::LogCapture;
-using testSupport::LogLine;
-using testSupport::TemporaryFile;
-
-using Matrix4 = libMath::Matrix<float, 4, 4>;
-using Elements = std::array<float, 16>;
+using namespace libVideo;
+using namespace testSupport;
 
 PRIVATE_MEMBER(SceneVisualScene, VisualScene Scene::*, &Scene::m_visualScene)
 PRIVATE_MEMBER(ScenePool, SceneResources Scene::*, &Scene::m_resources)
@@ -59,21 +29,20 @@ PRIVATE_MEMBER(VisualSceneResources, libVideo::SceneResourcesLink VisualScene::*
 PRIVATE_MEMBER(VisualSceneNodeList, vesk::Array<libVideo::NodeHandle> VisualScene::*, &VisualScene::m_nodeList)
 PRIVATE_MEMBER(VisualSceneNodeTable, libVideo::NodeTable VisualScene::*, &VisualScene::m_nodeTable)
 
-constexpr Elements identity{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
-constexpr Elements zero{};
-
-constexpr Elements translated(float x, float y, float z)
+// The order of their ends is the reverse: the document, the pool, the scene.
+TEST(SceneTest, MembersStandInTheirOrder)
 {
-    return {1, 0, 0, x, 0, 1, 0, y, 0, 0, 1, z, 0, 0, 0, 1};
+    const Scene scene;
+    expectAscending({&(scene.*privateMember(SceneVisualScene())), &(scene.*privateMember(ScenePool())),
+                     &(scene.*privateMember(SceneDae())), &(scene.*privateMember(SceneReservedWord())),
+                     &(scene.*privateMember(SceneUpTransform()))});
 }
 
-Elements elements(const Matrix4& matrix)
+TEST(SceneTest, BothAccessorsGiveTheSameScene)
 {
-    Elements all{};
-    for (unsigned i = 0; i < 16; ++i) {
-        all[i] = matrix[i];
-    }
-    return all;
+    Scene scene;
+    EXPECT_EQ(&(scene.*privateMember(SceneVisualScene())), &scene.visualScene());
+    EXPECT_EQ(&scene.visualScene(), &std::as_const(scene).visualScene());
 }
 
 // The texts of small documents.
@@ -127,63 +96,18 @@ int openDocuments(Scene& scene)
 }
 
 // That nothing can be reached in the scene, and all can be asked.
-void expectNothingToShow(const Scene& scene)
-{
-    const VisualScene& shown = scene.visualScene();
-    EXPECT_EQ(0u, shown.root().children().size());
-    EXPECT_EQ(identity, elements(shown.root().transform()));
-    EXPECT_EQ(0u, shown.cameraList().size());
-    EXPECT_EQ(0u, shown.pointLightList().size());
-    EXPECT_EQ(0u, shown.spotLightList().size());
-    EXPECT_EQ(0u, shown.geometryTable().size());
-    EXPECT_EQ(0u, shown.blinnMaterialTable().size());
-    EXPECT_EQ(0u, (shown.*privateMember(VisualSceneNodeList())).size());
-    EXPECT_EQ(0u, (shown.*privateMember(VisualSceneNodeTable())).size());
-    EXPECT_STREQ("", (shown.*privateMember(VisualSceneName())).data());
-    EXPECT_EQ(nullptr, shown.*privateMember(VisualSceneResources()));
-    EXPECT_EQ(0u, (scene.*privateMember(SceneReservedWord())));
-    EXPECT_EQ(zero, elements(scene.*privateMember(SceneUpTransform())));
-}
+void expectNothingToShow(const Scene& scene);
 
 // What the good document shows.
-void expectGood(Scene& scene)
-{
-    ASSERT_EQ(1u, scene.visualScene().root().children().size());
-    const libVideo::NodeLink a = scene.visualScene().root().children()[0];
-    EXPECT_STREQ("a", a->id().data());
-    EXPECT_EQ(translated(1.5f, 2.25f, -3.0f), elements(std::as_const(*a).transform()));
-    EXPECT_TRUE(a->hasAnimation());
-    ASSERT_EQ(1u, a->children().size());
-    EXPECT_STREQ("B", a->children()[0]->name().data());
-    EXPECT_EQ(2u, pooledAnimations(scene));
-    EXPECT_EQ(&(scene.*privateMember(ScenePool())), (scene.visualScene().*privateMember(VisualSceneResources())).get());
-}
+void expectGood(Scene& scene);
 
 void expectOneLine(const LogCapture& log, const std::string& channel, const std::string& words)
 {
-    const std::vector<LogLine> lines = log.lines();
-    ASSERT_EQ(1u, lines.size()) << log.text();
-    EXPECT_EQ(channel, lines[0].channel);
-    EXPECT_EQ(vesk::LoggerPriority::PRIORITY_ERROR, lines[0].priority);
-    EXPECT_EQ(words, lines[0].words());
+    EXPECT_EQ(Texts{channel + ": " + words}, log.messages());
 }
 
 // That a path is refused as one that does not open, and that nothing comes of it.
-void expectRefused(const std::string& path)
-{
-    const LogCapture log;
-    Scene scene;
-    testing::internal::CaptureStdout();
-    const bool isLoaded = load(scene, path);
-    const std::string output = testing::internal::GetCapturedStdout();
-
-    EXPECT_FALSE(isLoaded);
-    EXPECT_EQ("", output);
-    expectOneLine(log, "libVideo.scene", "Collada file does not exist " + path);
-    expectNothingToShow(scene);
-    EXPECT_EQ(0u, pooledAnimations(scene));
-    EXPECT_EQ(0, openDocuments(scene));
-}
+void expectRefused(const std::string& path);
 
 /// Puts the working directory back.
 class WorkingDirectory {
@@ -297,26 +221,6 @@ public:
     ErrorHandlerScope& operator=(const ErrorHandlerScope&) = delete;
 };
 
-static_assert(std::is_default_constructible_v<Scene>);
-static_assert(!std::is_copy_constructible_v<Scene> && !std::is_copy_assignable_v<Scene>);
-static_assert(!std::is_move_constructible_v<Scene> && !std::is_move_assignable_v<Scene>);
-static_assert(!std::is_polymorphic_v<Scene>);
-static_assert(std::is_same_v<decltype(std::declval<Scene&>().visualScene()), VisualScene&>);
-static_assert(std::is_same_v<decltype(std::declval<const Scene&>().visualScene()), const VisualScene&>);
-
-// The order of their ends is the reverse: the document, the pool, the scene.
-TEST(SceneTest, MembersStandInTheirOrder)
-{
-    const Scene scene;
-    const std::vector<const void*> members{&(scene.*privateMember(SceneVisualScene())),
-                                           &(scene.*privateMember(ScenePool())), &(scene.*privateMember(SceneDae())),
-                                           &(scene.*privateMember(SceneReservedWord())),
-                                           &(scene.*privateMember(SceneUpTransform()))};
-    for (std::size_t i = 1; i < members.size(); ++i) {
-        EXPECT_LT(members[i - 1], members[i]) << "member " << i;
-    }
-}
-
 TEST(SceneTest, NewSceneIsEmpty)
 {
     Scene scene;
@@ -331,20 +235,12 @@ TEST(SceneTest, NewSceneIsEmpty)
     EXPECT_EQ(8u, pool.animationList.capacity());
 }
 
-TEST(SceneTest, BothAccessorsGiveTheSameScene)
-{
-    Scene scene;
-    EXPECT_EQ(&(scene.*privateMember(SceneVisualScene())), &scene.visualScene());
-    EXPECT_EQ(&scene.visualScene(), &std::as_const(scene).visualScene());
-}
-
 TEST(SceneTest, GoodDocumentLoads)
 {
     const LogCapture log("libVideo.scene");
     const TemporaryFile file(good);
     Scene scene;
     EXPECT_TRUE(load(scene, file.path()));
-
     expectGood(scene);
     EXPECT_STREQ("Stage", (scene.visualScene().*privateMember(VisualSceneName())).data());
     EXPECT_EQ(1, openDocuments(scene));
@@ -422,18 +318,12 @@ TEST(SceneTest, TraceEndsAtARefusalToo)
 
 // A document that opens and leads to no scene: the channel and the words of its line, with FILE for the path, and
 // whether it got as far as the animations.
-struct FailureCase {
-    const char* name;
+struct FailureCase : Row {
     std::string body;
     const char* channel;
     std::string words;
     unsigned pooled;
 };
-
-void PrintTo(const FailureCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 std::string withPath(std::string text, const std::string& path)
 {
@@ -505,7 +395,7 @@ INSTANTIATE_TEST_SUITE_P(
                     "<library_visual_scenes><visual_scene id='scene' name='Stage'/></library_visual_scenes>" +
                         showsScene,
                     "libVideo.visualScene", "Visual scene has no visual nodes", 2}),
-    [](const auto& row) { return row.param.name; });
+    rowName);
 
 TEST(SceneTest, SceneOfTheUrlIsShownNotTheFirst)
 {
@@ -617,7 +507,6 @@ TEST_P(SceneAssetTest, HasNoEffectOnTheNumbers)
     Scene scene;
     EXPECT_EQ(zero, elements(scene.*privateMember(SceneUpTransform())));
     ASSERT_TRUE(load(scene, file.path()));
-
     EXPECT_EQ(zero, elements(scene.*privateMember(SceneUpTransform())));
     expectGood(scene);
     scene.visualScene().transform();
@@ -950,7 +839,6 @@ TEST(SceneTest, NumbersReadTheSameWhereACommaIsWritten)
     }
     Scene scene;
     ASSERT_TRUE(load(scene, file.path()));
-
     EXPECT_TRUE(CommaLocale::isPresent());
     EXPECT_EQ(LC_GLOBAL_LOCALE, uselocale(nullptr));
     expectGood(scene);
@@ -1058,7 +946,6 @@ TEST(SceneTest, ErrorHandlerOfTheHostIsKeptAndUsed)
     testing::internal::CaptureStdout();
     EXPECT_TRUE(load(scene, file.path()));
     EXPECT_EQ("", testing::internal::GetCapturedStdout());
-
     EXPECT_GT(handler.messages, 0u);
     EXPECT_EQ(&handler, daeErrorHandler::get());
     Scene refused;
@@ -1113,6 +1000,64 @@ TEST(SceneTest, ScenesComeAndGo)
         ASSERT_TRUE(load(scene, file.path())) << i;
         expectGood(scene);
     }
+}
+
+// --- what the compiler can tell ---
+
+static_assert(std::is_default_constructible_v<Scene>);
+static_assert(!std::is_copy_constructible_v<Scene> && !std::is_copy_assignable_v<Scene>);
+static_assert(!std::is_move_constructible_v<Scene> && !std::is_move_assignable_v<Scene>);
+static_assert(!std::is_polymorphic_v<Scene>);
+static_assert(std::is_same_v<decltype(std::declval<Scene&>().visualScene()), VisualScene&>);
+static_assert(std::is_same_v<decltype(std::declval<const Scene&>().visualScene()), const VisualScene&>);
+
+// --- what the tests are written with ---
+
+void expectNothingToShow(const Scene& scene)
+{
+    const VisualScene& shown = scene.visualScene();
+    EXPECT_EQ(0u, shown.root().children().size());
+    EXPECT_EQ(identity, elements(shown.root().transform()));
+    EXPECT_EQ(0u, shown.cameraList().size());
+    EXPECT_EQ(0u, shown.pointLightList().size());
+    EXPECT_EQ(0u, shown.spotLightList().size());
+    EXPECT_EQ(0u, shown.geometryTable().size());
+    EXPECT_EQ(0u, shown.blinnMaterialTable().size());
+    EXPECT_EQ(0u, (shown.*privateMember(VisualSceneNodeList())).size());
+    EXPECT_EQ(0u, (shown.*privateMember(VisualSceneNodeTable())).size());
+    EXPECT_STREQ("", (shown.*privateMember(VisualSceneName())).data());
+    EXPECT_EQ(nullptr, shown.*privateMember(VisualSceneResources()));
+    EXPECT_EQ(0u, (scene.*privateMember(SceneReservedWord())));
+    EXPECT_EQ(zero, elements(scene.*privateMember(SceneUpTransform())));
+}
+
+void expectGood(Scene& scene)
+{
+    ASSERT_EQ(1u, scene.visualScene().root().children().size());
+    const libVideo::NodeLink a = scene.visualScene().root().children()[0];
+    EXPECT_STREQ("a", a->id().data());
+    EXPECT_EQ(translated(1.5f, 2.25f, -3.0f), elements(std::as_const(*a).transform()));
+    EXPECT_TRUE(a->hasAnimation());
+    ASSERT_EQ(1u, a->children().size());
+    EXPECT_STREQ("B", a->children()[0]->name().data());
+    EXPECT_EQ(2u, pooledAnimations(scene));
+    EXPECT_EQ(&(scene.*privateMember(ScenePool())), (scene.visualScene().*privateMember(VisualSceneResources())).get());
+}
+
+void expectRefused(const std::string& path)
+{
+    const LogCapture log;
+    Scene scene;
+    testing::internal::CaptureStdout();
+    const bool isLoaded = load(scene, path);
+    const std::string output = testing::internal::GetCapturedStdout();
+
+    EXPECT_FALSE(isLoaded);
+    EXPECT_EQ("", output);
+    expectOneLine(log, "libVideo.scene", "Collada file does not exist " + path);
+    expectNothingToShow(scene);
+    EXPECT_EQ(0u, pooledAnimations(scene));
+    EXPECT_EQ(0, openDocuments(scene));
 }
 
 } // namespace

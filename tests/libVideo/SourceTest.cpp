@@ -1,43 +1,18 @@
-#include "support/ColladaBuilder.h"
-#include "support/FailingAllocator.h"
-#include "support/LogCapture.h"
-#include "support/PrivateAccess.h"
+#include "support/VideoTest.h"
 
 #include <libVideo/SceneGraph/Source.h>
 
-#include <vesk/Exception.h>
-
-#include <cstdint>
-#include <cstring>
-#include <memory>
-#include <ostream>
-#include <sstream>
-#include <stdexcept>
-#include <string>
-#include <type_traits>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 namespace {
 
-using libVideo::Accessor;
-using libVideo::Data;
-using libVideo::DataType;
-using libVideo::Source;
-using libVideo::SourceFloat;
-using testSupport::ColladaBuilder;
-using testSupport::FailingAllocator;
-using testSupport::LogCapture;
-using testSupport::LogLine;
+using namespace libVideo;
+using namespace testSupport;
+
 using DataList = vesk::Array<Data>;
 using SourceHandle = vesk::SharedResource<vesk::PointerStorage<Source, 0, 3>, 0>;
 using AccessorHandle = vesk::SharedResource<vesk::PointerStorage<Accessor, 0, 3>, 0>;
 using SourceRef = daeSmartRef<domSource>;
 using FloatArrayRef = daeSmartRef<domFloat_array>;
 using Floats = std::vector<float>;
-using Texts = std::vector<std::string>;
 
 PRIVATE_MEMBER(SourceDataType, DataType Source::*, &Source::m_dataType)
 PRIVATE_MEMBER(SourceArrayCount, unsigned Source::*, &Source::m_arrayCount)
@@ -48,83 +23,31 @@ PRIVATE_MEMBER(SourceSingleValue, DataList Source::*, &Source::m_singleValue)
 PRIVATE_MEMBER(SourceFloatArray, FloatArrayRef SourceFloat::*, &SourceFloat::m_floatArray)
 PRIVATE_MEMBER(ReferenceCount, daeInt daeRefCountedObj::*, &daeRefCountedObj::_refCount)
 
-static_assert(std::is_abstract<Source>::value && std::has_virtual_destructor<Source>::value, "a base");
-static_assert(!std::is_default_constructible<Source>::value, "only for what derives from it");
-static_assert(std::is_copy_assignable<Source>::value, "the base assigns as well");
-static_assert(std::is_convertible<SourceFloat*, Source*>::value, "derives publicly");
-static_assert(std::is_default_constructible<SourceFloat>::value &&
-                  std::is_constructible<SourceFloat, const SourceRef&>::value &&
-                  std::is_copy_constructible<SourceFloat>::value && std::is_copy_assignable<SourceFloat>::value,
-              "the concrete one");
-static_assert(std::is_same<const DataList&, decltype(std::declval<const Source&>()[0u])>::value &&
-                  std::is_same<const DataList&, decltype(std::declval<const Source&>().data(0u))>::value,
-              "readable when const");
-static_assert(std::is_same<const vesk::String&, decltype(std::declval<const Source&>().id())>::value &&
-                  std::is_same<DataType, decltype(std::declval<const Source&>().dataType())>::value &&
-                  std::is_same<bool, decltype(std::declval<const Source&>().isInitialized())>::value &&
-                  std::is_same<unsigned, decltype(std::declval<const Source&>().count())>::value &&
-                  std::is_same<unsigned, decltype(std::declval<const Source&>().stride())>::value &&
-                  std::is_same<unsigned, decltype(std::declval<const Source&>().bytePerAccess())>::value,
-              "answers when const");
-static_assert(
-    std::is_same<SourceHandle, decltype(libVideo::createSourceFromCollada(std::declval<const daeURI&>()))>::value,
-    "an owning handle");
+TEST(SourceTest, FieldsStandInTheirOrder)
+{
+    const SourceFloat source;
+    const Source& base = source;
+    expectAscending({&(base.*privateMember(SourceDataType())), &(base.*privateMember(SourceArrayCount())),
+                     &(base.*privateMember(SourceId())), &(base.*privateMember(SourceAccessor())),
+                     &(base.*privateMember(SourceElement())), &(base.*privateMember(SourceSingleValue())),
+                     &(source.*privateMember(SourceFloatArray()))});
+}
+
+#if defined(__x86_64__) && defined(__GNUC__)
+TEST(SourceTest, VirtualOperationsStandInTheirOrder)
+{
+    // The destructor takes the first two places.
+    EXPECT_EQ(2u, slotOf(&Source::createFromCollada));
+    EXPECT_EQ(3u, slotOf(&Source::operator[]));
+}
+#endif
 
 constexpr unsigned noIndex = 0xFFFFFFFFu;
-
-#define PARAM_X "<param name='X' type='float'/>"
-#define PARAMS_XYZ "<param name='X' type='float'/><param name='Y' type='float'/><param name='Z' type='float'/>"
-#define PARAM_MATRIX "<param name='M' type='float4x4'/>"
-
-/// Keeps the document model's own remarks on references that lead nowhere out of the output of the tests.
-class SilentDocumentModel : public daeErrorHandler {
-public:
-    SilentDocumentModel() : m_before(daeErrorHandler::get()) { daeErrorHandler::setErrorHandler(this); }
-    ~SilentDocumentModel() override { daeErrorHandler::setErrorHandler(m_before); }
-    SilentDocumentModel(const SilentDocumentModel&) = delete;
-    SilentDocumentModel& operator=(const SilentDocumentModel&) = delete;
-    void handleError(daeString /*text*/) override {}
-    void handleWarning(daeString /*text*/) override {}
-
-private:
-    daeErrorHandler* m_before;
-};
-
-/// A `<float_array>` with as many values as its `count` says.
-std::string floatArray(const std::string& id, const std::string& values)
-{
-    std::istringstream tokens(values);
-    std::string token;
-    unsigned count = 0;
-    while (tokens >> token) {
-        ++count;
-    }
-    return "<float_array id='" + id + "' count='" + std::to_string(count) + "'>" + values + "</float_array>";
-}
-
-/// A `<technique_common>` over an array.
-std::string technique(const std::string& array, const std::string& attributes, const std::string& params)
-{
-    return "<technique_common><accessor source='#" + array + "' " + attributes + ">" + params +
-           "</accessor></technique_common>";
-}
-
-std::string bareSource(const std::string& id, const std::string& values)
-{
-    return "<source id='" + id + "'>" + floatArray(id + "-array", values) + "</source>";
-}
-
-std::string accessorSource(const std::string& id, const std::string& values, const std::string& attributes,
-                           const std::string& params)
-{
-    return "<source id='" + id + "'>" + floatArray(id + "-array", values) +
-           technique(id + "-array", attributes, params) + "</source>";
-}
 
 /// A source whose accessor leads to names instead of floats.
 std::string failedSource(const std::string& id, const std::string& values, const std::string& attributes)
 {
-    return "<source id='" + id + "'>" + floatArray(id + "-array", values) + technique("words", attributes, PARAM_X) +
+    return "<source id='" + id + "'>" + floatArray(id + "-array", values) + accessorTo("words", attributes, PARAM_X) +
            "</source>";
 }
 
@@ -138,9 +61,7 @@ public:
                       "</int_array></source>" +
                       sources + "<vertices id='vertices'><input semantic='POSITION' source='" + reference +
                       "'/></vertices></mesh></geometry></library_geometries>");
-        if (m_builder.open() == nullptr) {
-            throw std::runtime_error("the document does not open");
-        }
+        m_builder.open();
     }
 
     SourceRef source(const char* id = "source") { return m_builder.element<domSource>(id); }
@@ -162,48 +83,13 @@ float floatIn(const Data& data, unsigned token = 0)
 }
 
 /// All values of a list, component by component.
-Floats floatsIn(const DataList& list)
-{
-    Floats values;
-    for (const Data& data : list) {
-        for (unsigned j = 0; j < data.stride(); ++j) {
-            values.push_back(floatIn(data, j));
-        }
-    }
-    return values;
-}
+Floats floatsIn(const DataList& list);
 
 std::uint32_t bitsIn(const Data& data)
 {
     std::uint32_t bits = 0;
     std::memcpy(&bits, data[0].get(), sizeof(bits));
     return bits;
-}
-
-/// "channel: words" of each line; all have priority 3.
-Texts linesOf(const LogCapture& log)
-{
-    Texts texts;
-    for (const LogLine& line : log.lines()) {
-        EXPECT_EQ(3, line.priority) << line.text;
-        texts.push_back(line.channel + ": " + line.words());
-    }
-    return texts;
-}
-
-/// The assertion that a call breaks, as "file: expression"; it may not log.
-template <class Call>
-std::string assertionOf(const Call& call)
-{
-    const LogCapture log;
-    try {
-        call();
-    } catch (const vesk::AssertionFailure& failure) {
-        EXPECT_GT(failure.line(), 0u);
-        EXPECT_TRUE(log.lines().empty());
-        return std::string(failure.file()) + ": " + failure.expression();
-    }
-    return "none";
 }
 
 const char* const bareAssertion = "libVideo/SceneGraph/Source: index < m_arrayCount";
@@ -278,7 +164,7 @@ TEST(SourceTest, FieldsStartWithTheirDefaults)
 
 TEST(SourceTest, ConstructorWithAnElementOnlyKeepsIt)
 {
-    SourceDocument document(bareSource("source", "1 2"));
+    SourceDocument document(sourceXml("source", "1 2"));
     const SourceRef element = document.source();
     const PlainSource source(libVideo::DATA_TYPE_FLOAT, element);
     EXPECT_TRUE(source.isInitialized());
@@ -288,39 +174,6 @@ TEST(SourceTest, ConstructorWithAnElementOnlyKeepsIt)
     EXPECT_EQ(nullptr, accessorOf(source).get());
     EXPECT_EQ(0u, singleValueOf(source).size());
 }
-
-TEST(SourceTest, FieldsStandInTheirOrder)
-{
-    const SourceFloat source;
-    const Source& base = source;
-    const std::vector<const void*> addresses = {
-        &(base.*privateMember(SourceDataType())),    &(base.*privateMember(SourceArrayCount())),
-        &(base.*privateMember(SourceId())),          &(base.*privateMember(SourceAccessor())),
-        &(base.*privateMember(SourceElement())),     &(base.*privateMember(SourceSingleValue())),
-        &(source.*privateMember(SourceFloatArray()))};
-    for (std::size_t i = 1; i < addresses.size(); ++i) {
-        EXPECT_LT(reinterpret_cast<std::uintptr_t>(addresses[i - 1]), reinterpret_cast<std::uintptr_t>(addresses[i]))
-            << i;
-    }
-}
-
-#if defined(__x86_64__) && defined(__GNUC__)
-/// The place of a virtual operation among those of its class: a pointer to it starts with the place in bytes plus 1.
-template <class Operation>
-std::uintptr_t slotOf(Operation operation)
-{
-    std::uintptr_t word = 0;
-    std::memcpy(&word, &operation, sizeof(word));
-    return (word - 1) / sizeof(void*);
-}
-
-TEST(SourceTest, VirtualOperationsStandInTheirOrder)
-{
-    // The destructor takes the first two places.
-    EXPECT_EQ(2u, slotOf(&Source::createFromCollada));
-    EXPECT_EQ(3u, slotOf(&Source::operator[]));
-}
-#endif
 
 TEST(SourceTest, DataForwardsToTheVirtualRead)
 {
@@ -332,8 +185,8 @@ TEST(SourceTest, DataForwardsToTheVirtualRead)
 
 TEST(SourceTest, OnlyAnAccessorGivesCountStrideAndSize)
 {
-    SourceDocument document(accessorSource("source", "1 2 3 4 5 6 7 8 9 10 11 12", "count='4' stride='3'", PARAMS_XYZ) +
-                            bareSource("bare", "1 2 3"));
+    SourceDocument document(sourceXml("source", "1 2 3 4 5 6 7 8 9 10 11 12", "count='4' stride='3'", PARAMS_XYZ) +
+                            sourceXml("bare", "1 2 3"));
     const SourceFloat source(document.source());
     EXPECT_EQ(4u, source.count());
     EXPECT_EQ(3u, source.stride());
@@ -347,9 +200,9 @@ TEST(SourceTest, OnlyAnAccessorGivesCountStrideAndSize)
 
 TEST(SourceTest, BackedCountIsHowManyRecordsBeginInTheArray)
 {
-    SourceDocument document(accessorSource("source", "1 2 3 4", "count='3'", PARAMS_XYZ) +
-                            accessorSource("whole", "1 2 3 4 5 6 7 8 9", "count='2'", PARAMS_XYZ) +
-                            bareSource("bare", "1 2 3") + failedSource("failed", "1 2", "count='2'"));
+    SourceDocument document(sourceXml("source", "1 2 3 4", "count='3'", PARAMS_XYZ) +
+                            sourceXml("whole", "1 2 3 4 5 6 7 8 9", "count='2'", PARAMS_XYZ) +
+                            sourceXml("bare", "1 2 3") + failedSource("failed", "1 2", "count='2'"));
     const LogCapture unread;
     EXPECT_EQ(2u, SourceFloat(document.source()).backedCount());
     EXPECT_EQ(2u, SourceFloat(document.source("whole")).backedCount());
@@ -382,7 +235,7 @@ TEST(SourceFloatTest, EmptySourceStopsEveryRead)
 
 TEST(SourceFloatTest, LoadOfAnEmptySourceLeavesItUninitialized)
 {
-    SourceDocument document(accessorSource("source", "1 2 3", "count='1'", PARAMS_XYZ) + bareSource("bare", "5 6"));
+    SourceDocument document(sourceXml("source", "1 2 3", "count='1'", PARAMS_XYZ) + sourceXml("bare", "5 6"));
     SourceFloat source;
     EXPECT_TRUE(source.createFromCollada(document.source()));
     EXPECT_FALSE(source.isInitialized());
@@ -408,18 +261,12 @@ TEST(SourceFloatTest, NullElementThrowsNullPointer)
 
 // --- through an accessor ---
 
-struct TypeCase {
-    const char* name;
+struct TypeCase : Row {
     const char* attributes;
     const char* params;
     DataType type;
     unsigned stride;
 };
-
-void PrintTo(const TypeCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 const char* const sixteenFloats = "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16";
 
@@ -427,7 +274,7 @@ class SourceTypeTest : public testing::TestWithParam<TypeCase> {};
 
 TEST_P(SourceTypeTest, StrideOfTheAccessorGivesTheType)
 {
-    SourceDocument document(accessorSource("source", sixteenFloats, GetParam().attributes, GetParam().params));
+    SourceDocument document(sourceXml("source", sixteenFloats, GetParam().attributes, GetParam().params));
     const LogCapture log;
     SourceFloat source;
     EXPECT_TRUE(source.createFromCollada(document.source()));
@@ -435,7 +282,7 @@ TEST_P(SourceTypeTest, StrideOfTheAccessorGivesTheType)
     EXPECT_EQ(GetParam().stride, source.stride());
     EXPECT_EQ(1u, source.count());
     EXPECT_EQ(GetParam().type, SourceFloat(document.source()).dataType());
-    EXPECT_EQ(Texts(), linesOf(log));
+    EXPECT_EQ(Texts(), log.messages());
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -451,30 +298,24 @@ INSTANTIATE_TEST_SUITE_P(
                              16},
                     TypeCase{"MatrixParamUnderAStrideOfThree", "count='1' stride='3'", PARAM_MATRIX,
                              libVideo::DATA_TYPE_FLOAT3, 3}),
-    [](const auto& row) { return std::string(row.param.name); });
+    rowName);
 
-struct OtherStrideCase {
-    const char* name;
+struct OtherStrideCase : Row {
     const char* attributes;
     const char* params;
     unsigned stride;
     const char* line;
 };
 
-void PrintTo(const OtherStrideCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
-
 class SourceOtherStrideTest : public testing::TestWithParam<OtherStrideCase> {};
 
 TEST_P(SourceOtherStrideTest, StrideOutsideTheTableLogsItAndKeepsTypeAndAccessor)
 {
-    SourceDocument document(accessorSource("source", sixteenFloats, GetParam().attributes, GetParam().params));
+    SourceDocument document(sourceXml("source", sixteenFloats, GetParam().attributes, GetParam().params));
     LogCapture log;
     SourceFloat source;
     EXPECT_FALSE(source.createFromCollada(document.source()));
-    EXPECT_EQ((Texts{std::string("libVideo.source: ") + GetParam().line}), linesOf(log));
+    EXPECT_EQ((Texts{std::string("libVideo.source: ") + GetParam().line}), log.messages());
     EXPECT_EQ(libVideo::DATA_TYPE_INVALID, source.dataType());
     EXPECT_EQ(GetParam().stride, source.stride());
     EXPECT_EQ(1u, source.count());
@@ -513,11 +354,11 @@ INSTANTIATE_TEST_SUITE_P(
                     OtherStrideCase{"Seventeen", "count='1' stride='17'", PARAM_X, 17, NO_TYPE "17"},
                     OtherStrideCase{"Most", "count='1' stride='4294967295'", PARAM_X, 4294967295u,
                                     NO_TYPE "4294967295"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    rowName);
 
 TEST(SourceFloatTest, TwelveValuesUnderAStrideOfThreeAreFourRecords)
 {
-    SourceDocument document(accessorSource("source", "1 2 3 4 5 6 7 8 9 10 11 12", "count='4' stride='3'", PARAMS_XYZ));
+    SourceDocument document(sourceXml("source", "1 2 3 4 5 6 7 8 9 10 11 12", "count='4' stride='3'", PARAMS_XYZ));
     const LogCapture log;
     const SourceFloat source(document.source());
     EXPECT_TRUE(source.isInitialized());
@@ -528,12 +369,12 @@ TEST(SourceFloatTest, TwelveValuesUnderAStrideOfThreeAreFourRecords)
     EXPECT_EQ((Floats{1, 2, 3}), floatsIn(source.data(0)));
     EXPECT_EQ((Floats{10, 11, 12}), floatsIn(source[3]));
     EXPECT_EQ((Floats{4, 5, 6}), floatsIn(source[1]));
-    EXPECT_EQ(Texts(), linesOf(log));
+    EXPECT_EQ(Texts(), log.messages());
 }
 
 TEST(SourceFloatTest, MatrixParamGivesSixteenTokens)
 {
-    SourceDocument document(accessorSource("source", sixteenFloats, "count='1' stride='16'", PARAM_MATRIX));
+    SourceDocument document(sourceXml("source", sixteenFloats, "count='1' stride='16'", PARAM_MATRIX));
     const SourceFloat source(document.source());
     EXPECT_EQ(8u, static_cast<unsigned>(source.dataType()));
     EXPECT_EQ(1024u, source.bytePerAccess());
@@ -542,7 +383,7 @@ TEST(SourceFloatTest, MatrixParamGivesSixteenTokens)
 
 TEST(SourceFloatTest, AccessorLoadLeavesTheBareFieldsAlone)
 {
-    SourceDocument document(accessorSource("source", "1 2 3", "count='1'", PARAMS_XYZ));
+    SourceDocument document(sourceXml("source", "1 2 3", "count='1'", PARAMS_XYZ));
     const SourceFloat source(document.source());
     EXPECT_EQ(0u, arrayCountOf(source));
     EXPECT_TRUE(floatArrayOf(source) == nullptr);
@@ -554,7 +395,7 @@ TEST(SourceFloatTest, AccessorLoadLeavesTheBareFieldsAlone)
 TEST(SourceFloatTest, AccessorHasItsOwnBound)
 {
     // The array has nine values, the accessor two records.
-    SourceDocument document(accessorSource("source", "1 2 3 4 5 6 7 8 9", "count='2'", PARAMS_XYZ));
+    SourceDocument document(sourceXml("source", "1 2 3 4 5 6 7 8 9", "count='2'", PARAMS_XYZ));
     const SourceFloat source(document.source());
     EXPECT_EQ("none", assertionOf([&] { source.data(1); }));
     EXPECT_EQ(accessorAssertion, assertionOf([&] { source.data(2); }));
@@ -564,7 +405,7 @@ TEST(SourceFloatTest, AccessorHasItsOwnBound)
 
 TEST(SourceFloatTest, AccessorHasItsOwnCache)
 {
-    SourceDocument document(accessorSource("source", "1 2 3 4", "count='2'", PARAM_X PARAM_X));
+    SourceDocument document(sourceXml("source", "1 2 3 4", "count='2'", PARAM_X PARAM_X));
     const SourceFloat source(document.source());
     const DataList& first = source.data(0);
     document.values()[0] = 50.0;
@@ -576,8 +417,8 @@ TEST(SourceFloatTest, AccessorHasItsOwnCache)
 
 TEST(SourceFloatTest, AccessorMayReadTheArrayOfAnotherSource)
 {
-    SourceDocument document(bareSource("other", "7 8 9") + "<source id='source'>" + floatArray("source-array", "1 2") +
-                            technique("other-array", "count='3'", PARAM_X) + "</source>");
+    SourceDocument document(sourceXml("other", "7 8 9") + "<source id='source'>" + floatArray("source-array", "1 2") +
+                            accessorTo("other-array", "count='3'", PARAM_X) + "</source>");
     const SourceFloat source(document.source());
     EXPECT_EQ(3u, source.count());
     EXPECT_EQ((Floats{9}), floatsIn(source.data(2)));
@@ -585,29 +426,29 @@ TEST(SourceFloatTest, AccessorMayReadTheArrayOfAnotherSource)
 
 TEST(SourceFloatTest, ShortArrayIsToldByTheAccessorBeforeTheStride)
 {
-    SourceDocument document(accessorSource("source", "1 2 3 4", "count='2' stride='5'", PARAM_X));
+    SourceDocument document(sourceXml("source", "1 2 3 4", "count='2' stride='5'", PARAM_X));
     const LogCapture log;
     SourceFloat source;
     EXPECT_FALSE(source.createFromCollada(document.source()));
-    EXPECT_EQ((Texts{accessorReachLine, "libVideo.source: " NO_TYPE "5"}), linesOf(log));
+    EXPECT_EQ((Texts{accessorReachLine, "libVideo.source: " NO_TYPE "5"}), log.messages());
 }
 
 TEST(SourceFloatTest, ShortArrayReadsItsMissingValuesAsZero)
 {
-    SourceDocument document(accessorSource("source", "1 2 3 4", "count='3'", PARAMS_XYZ));
+    SourceDocument document(sourceXml("source", "1 2 3 4", "count='3'", PARAMS_XYZ));
     LogCapture log;
     SourceFloat source;
     EXPECT_TRUE(source.createFromCollada(document.source()));
-    EXPECT_EQ((Texts{accessorReachLine}), linesOf(log));
+    EXPECT_EQ((Texts{accessorReachLine}), log.messages());
     log.clear();
     EXPECT_EQ((Floats{4, 0, 0}), floatsIn(source.data(1)));
     EXPECT_EQ((Floats{0, 0, 0}), floatsIn(source.data(2)));
-    EXPECT_EQ(Texts(), linesOf(log));
+    EXPECT_EQ(Texts(), log.messages());
 }
 
 TEST(SourceFloatTest, UnknownParamTypeThrowsAndLeavesTheAccessorInTheSource)
 {
-    SourceDocument document(accessorSource("source", "1 2 3", "count='3'", "<param name='X' type='int'/>"));
+    SourceDocument document(sourceXml("source", "1 2 3", "count='3'", "<param name='X' type='int'/>"));
     SourceFloat source;
     EXPECT_EQ(typeAssertion, assertionOf([&] { source.createFromCollada(document.source()); }));
     EXPECT_EQ(vesk::String("source"), source.id());
@@ -619,7 +460,7 @@ TEST(SourceFloatTest, UnknownParamTypeThrowsAndLeavesTheAccessorInTheSource)
 
 TEST(SourceFloatTest, ReadsThroughTheAccessorAllocateNothing)
 {
-    SourceDocument document(accessorSource("source", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ));
+    SourceDocument document(sourceXml("source", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ));
     const SourceFloat source(document.source());
     long requests = -1;
     {
@@ -638,7 +479,7 @@ TEST(SourceFloatTest, ReadsThroughTheAccessorAllocateNothing)
 
 TEST(SourceFloatTest, BareSourceIsReadFloatByFloat)
 {
-    SourceDocument document(bareSource("source", "1.5 -2 3.25"));
+    SourceDocument document(sourceXml("source", "1.5 -2 3.25"));
     const LogCapture log;
     SourceFloat source(document.source());
     EXPECT_TRUE(source.isInitialized());
@@ -650,12 +491,12 @@ TEST(SourceFloatTest, BareSourceIsReadFloatByFloat)
     EXPECT_EQ((Floats{3.25f}), floatsIn(source.data(2)));
     EXPECT_EQ((Floats{-2.0f}), floatsIn(source[1]));
     EXPECT_TRUE(source.createFromCollada(document.source()));
-    EXPECT_EQ(Texts(), linesOf(log));
+    EXPECT_EQ(Texts(), log.messages());
 }
 
 TEST(SourceFloatTest, BareSourceGivesOneComponentOfOneFloat)
 {
-    SourceDocument document(bareSource("source", "1 2"));
+    SourceDocument document(sourceXml("source", "1 2"));
     const SourceFloat source(document.source());
     const DataList& list = source.data(1);
     ASSERT_EQ(1u, list.size());
@@ -668,7 +509,7 @@ TEST(SourceFloatTest, BareSourceGivesOneComponentOfOneFloat)
 
 TEST(SourceFloatTest, LaterReadOfABareSourceShowsThroughTheListOfAnEarlierOne)
 {
-    SourceDocument document(bareSource("source", "1 2 3"));
+    SourceDocument document(sourceXml("source", "1 2 3"));
     const SourceFloat source(document.source());
     const DataList& kept = source.data(0);
     EXPECT_EQ(1.0f, floatIn(kept[0]));
@@ -679,7 +520,7 @@ TEST(SourceFloatTest, LaterReadOfABareSourceShowsThroughTheListOfAnEarlierOne)
 
 TEST(SourceFloatTest, BareSourceKeepsNoRecord)
 {
-    SourceDocument document(bareSource("source", "1 2"));
+    SourceDocument document(sourceXml("source", "1 2"));
     const SourceFloat source(document.source());
     EXPECT_EQ((Floats{1}), floatsIn(source.data(0)));
     document.values()[0] = 9.0;
@@ -688,7 +529,7 @@ TEST(SourceFloatTest, BareSourceKeepsNoRecord)
 
 TEST(SourceFloatTest, BareSourcesHaveListsOfTheirOwn)
 {
-    SourceDocument document(bareSource("source", "1 2") + bareSource("other", "7 8"));
+    SourceDocument document(sourceXml("source", "1 2") + sourceXml("other", "7 8"));
     const SourceFloat source(document.source());
     const SourceFloat same(document.source());
     const SourceFloat other(document.source("other"));
@@ -703,7 +544,7 @@ TEST(SourceFloatTest, BareSourcesHaveListsOfTheirOwn)
 
 TEST(SourceFloatTest, BareReadHasToLieBelowTheCountOfTheArray)
 {
-    SourceDocument document(bareSource("source", "1 2 3"));
+    SourceDocument document(sourceXml("source", "1 2 3"));
     const SourceFloat source(document.source());
     EXPECT_EQ("none", assertionOf([&] { source.data(2); }));
     EXPECT_EQ(bareAssertion, assertionOf([&] { source.data(3); }));
@@ -726,12 +567,12 @@ TEST(SourceFloatTest, CountOfABareSourceIsTheAttribute)
     SourceFloat none;
     EXPECT_FALSE(none.createFromCollada(document.source("none")));
     EXPECT_EQ(bareAssertion, assertionOf([&] { none.data(0); }));
-    EXPECT_EQ(Texts(), linesOf(log));
+    EXPECT_EQ(Texts(), log.messages());
 }
 
 TEST(SourceFloatTest, EmptyBareSourceIsFalseWithoutALine)
 {
-    SourceDocument document(bareSource("source", ""));
+    SourceDocument document(sourceXml("source", ""));
     const LogCapture log;
     SourceFloat source;
     EXPECT_FALSE(source.createFromCollada(document.source()));
@@ -739,13 +580,13 @@ TEST(SourceFloatTest, EmptyBareSourceIsFalseWithoutALine)
     EXPECT_TRUE(floatArrayOf(source) == document.array());
     EXPECT_EQ(1u, singleValueOf(source).size());
     EXPECT_EQ(bareAssertion, assertionOf([&] { source.data(0); }));
-    EXPECT_EQ(Texts(), linesOf(log));
+    EXPECT_EQ(Texts(), log.messages());
 }
 
 TEST(SourceFloatTest, BareValueIsNarrowedToTheNearestFloat)
 {
     // 0.1 lies nearest to 3DCCCCCD; 2^24 + 1 lies between two floats and goes to the even one.
-    SourceDocument document(bareSource("source", "0.1 16777217 -0.0"));
+    SourceDocument document(sourceXml("source", "0.1 16777217 -0.0"));
     const SourceFloat source(document.source());
     EXPECT_EQ(0x3DCCCCCDu, bitsIn(source.data(0)[0]));
     EXPECT_EQ(0x4B800000u, bitsIn(source.data(1)[0]));
@@ -754,7 +595,7 @@ TEST(SourceFloatTest, BareValueIsNarrowedToTheNearestFloat)
 
 TEST(SourceFloatTest, ReadsOfABareSourceAllocateNothing)
 {
-    SourceDocument document(bareSource("source", "1 2 3"));
+    SourceDocument document(sourceXml("source", "1 2 3"));
     const SourceFloat source(document.source());
     long requests = -1;
     {
@@ -777,7 +618,7 @@ TEST(SourceFloatTest, TechniqueWithoutAccessorIsABareSource)
     EXPECT_TRUE(source.createFromCollada(document.source()));
     EXPECT_EQ(nullptr, accessorOf(source).get());
     EXPECT_EQ((Floats{5}), floatsIn(source.data(1)));
-    EXPECT_EQ(Texts(), linesOf(log));
+    EXPECT_EQ(Texts(), log.messages());
 }
 
 // --- an accessor that failed ---
@@ -788,7 +629,7 @@ TEST(SourceFloatTest, FailedAccessorStaysAndTheArrayIsLoadedInVain)
     LogCapture log;
     SourceFloat source;
     EXPECT_TRUE(source.createFromCollada(document.source())); // the array has values
-    EXPECT_EQ((Texts{accessorFailedLine}), linesOf(log));
+    EXPECT_EQ((Texts{accessorFailedLine}), log.messages());
     EXPECT_EQ(libVideo::DATA_TYPE_INVALID, source.dataType());
     EXPECT_EQ(2u, source.count());
     EXPECT_EQ(0u, source.stride());
@@ -801,7 +642,7 @@ TEST(SourceFloatTest, FailedAccessorStaysAndTheArrayIsLoadedInVain)
     EXPECT_EQ(0u, source.data(0).size());
     EXPECT_EQ(0u, source.data(1).size());
     EXPECT_EQ(0u, source.data(1).size());
-    EXPECT_EQ((Texts{accessorEmptyLine, accessorEmptyLine, accessorEmptyLine}), linesOf(log));
+    EXPECT_EQ((Texts{accessorEmptyLine, accessorEmptyLine, accessorEmptyLine}), log.messages());
     // The array would have a third value.
     EXPECT_EQ(accessorAssertion, assertionOf([&] { source.data(2); }));
 }
@@ -812,7 +653,7 @@ TEST(SourceFloatTest, FailedAccessorOverAnEmptyArrayIsFalse)
     const LogCapture log;
     SourceFloat source;
     EXPECT_FALSE(source.createFromCollada(document.source()));
-    EXPECT_EQ((Texts{accessorFailedLine}), linesOf(log));
+    EXPECT_EQ((Texts{accessorFailedLine}), log.messages());
     EXPECT_EQ(2u, source.count());
 }
 
@@ -829,11 +670,11 @@ TEST(SourceFloatTest, FailedAccessorSourceIsInitializedAndAFloat)
 TEST(SourceFloatTest, AccessorThatLeadsNowhereShowsItsReference)
 {
     SourceDocument document("<source id='source'>" + floatArray("source-array", "1") +
-                            technique("nothing", "count='1'", PARAM_X) + "</source>");
+                            accessorTo("nothing", "count='1'", PARAM_X) + "</source>");
     const LogCapture log;
     SourceFloat source;
     EXPECT_TRUE(source.createFromCollada(document.source()));
-    EXPECT_EQ((Texts{"libVideo.accessor: Data source is not a float array #nothing"}), linesOf(log));
+    EXPECT_EQ((Texts{"libVideo.accessor: Data source is not a float array #nothing"}), log.messages());
 }
 
 // --- no float array ---
@@ -844,7 +685,7 @@ TEST(SourceFloatTest, SourceWithoutFloatArrayIsFalseWithALine)
     const LogCapture log;
     SourceFloat source;
     EXPECT_FALSE(source.createFromCollada(document.source("names")));
-    EXPECT_EQ((Texts{noArrayLine}), linesOf(log));
+    EXPECT_EQ((Texts{noArrayLine}), log.messages());
     EXPECT_EQ(vesk::String("names"), source.id());
     EXPECT_EQ(0u, arrayCountOf(source));
     EXPECT_TRUE(floatArrayOf(source) == nullptr);
@@ -855,23 +696,23 @@ TEST(SourceFloatTest, SourceWithoutFloatArrayIsFalseWithALine)
 TEST(SourceFloatTest, SourceWithoutFloatArrayTellsOfItsAccessorFirst)
 {
     SourceDocument document("<source id='source'><Name_array id='own' count='1'>a</Name_array>" +
-                            technique("own", "count='1'", PARAM_X) + "</source>");
+                            accessorTo("own", "count='1'", PARAM_X) + "</source>");
     const LogCapture log;
     SourceFloat source;
     EXPECT_FALSE(source.createFromCollada(document.source()));
-    EXPECT_EQ((Texts{accessorFailedLine, noArrayLine}), linesOf(log));
+    EXPECT_EQ((Texts{accessorFailedLine, noArrayLine}), log.messages());
     EXPECT_EQ(1u, source.count());
 }
 
 TEST(SourceFloatTest, SourceWithoutFloatArrayLoadsIfItsAccessorFindsOne)
 {
-    SourceDocument document(bareSource("other", "7 8") + "<source id='source'>" +
-                            technique("other-array", "count='2'", PARAM_X) + "</source>");
+    SourceDocument document(sourceXml("other", "7 8") + "<source id='source'>" +
+                            accessorTo("other-array", "count='2'", PARAM_X) + "</source>");
     const LogCapture log;
     SourceFloat source;
     EXPECT_TRUE(source.createFromCollada(document.source()));
     EXPECT_EQ((Floats{8}), floatsIn(source.data(1)));
-    EXPECT_EQ(Texts(), linesOf(log));
+    EXPECT_EQ(Texts(), log.messages());
 }
 
 TEST(SourceFloatTest, AbsentIdIsEmpty)
@@ -887,8 +728,8 @@ TEST(SourceFloatTest, AbsentIdIsEmpty)
 
 TEST(SourceFloatTest, SecondLoadReplacesAndReleasesTheAccessor)
 {
-    SourceDocument document(accessorSource("source", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ) +
-                            accessorSource("other", "7 8", "count='1'", PARAM_X PARAM_X));
+    SourceDocument document(sourceXml("source", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ) +
+                            sourceXml("other", "7 8", "count='1'", PARAM_X PARAM_X));
     SourceFloat source(document.source());
     source.data(1);
     const AccessorHandle held = accessorOf(source);
@@ -906,7 +747,7 @@ TEST(SourceFloatTest, SecondLoadReplacesAndReleasesTheAccessor)
 
 TEST(SourceFloatTest, SecondLoadOfABareArrayKeepsReadingThroughTheAccessorOfTheFirst)
 {
-    SourceDocument document(accessorSource("source", "1 2 3", "count='1'", PARAMS_XYZ) + bareSource("other", "7 8"));
+    SourceDocument document(sourceXml("source", "1 2 3", "count='1'", PARAMS_XYZ) + sourceXml("other", "7 8"));
     SourceFloat source(document.source());
     EXPECT_TRUE(source.createFromCollada(document.source("other")));
     EXPECT_EQ(vesk::String("other"), source.id());
@@ -919,7 +760,7 @@ TEST(SourceFloatTest, SecondLoadOfABareArrayKeepsReadingThroughTheAccessorOfTheF
 
 TEST(SourceFloatTest, SecondLoadWithAnAccessorWinsOverTheBareArray)
 {
-    SourceDocument document(bareSource("source", "7 8") + accessorSource("other", "1 2 3", "count='1'", PARAMS_XYZ));
+    SourceDocument document(sourceXml("source", "7 8") + sourceXml("other", "1 2 3", "count='1'", PARAMS_XYZ));
     SourceFloat source(document.source());
     source.data(1);
     EXPECT_TRUE(source.createFromCollada(document.source("other")));
@@ -930,7 +771,7 @@ TEST(SourceFloatTest, SecondLoadWithAnAccessorWinsOverTheBareArray)
 
 TEST(SourceFloatTest, SecondLoadOfABareArrayReplacesTheFirst)
 {
-    SourceDocument document(bareSource("source", "1 2 3") + bareSource("other", "7"));
+    SourceDocument document(sourceXml("source", "1 2 3") + sourceXml("other", "7"));
     const FloatArrayRef firstArray = document.array();
     const FloatArrayRef secondArray = document.array("other-array");
     const daeInt first = referencesOn(*firstArray);
@@ -947,8 +788,8 @@ TEST(SourceFloatTest, SecondLoadOfABareArrayReplacesTheFirst)
 
 TEST(SourceFloatTest, StrideOutsideTheTableKeepsTheTypeOfTheLoadBefore)
 {
-    SourceDocument document(accessorSource("source", "1 2 3", "count='1'", PARAMS_XYZ) +
-                            accessorSource("other", "7 8 9 10 11", "count='1' stride='5'", PARAM_X));
+    SourceDocument document(sourceXml("source", "1 2 3", "count='1'", PARAMS_XYZ) +
+                            sourceXml("other", "7 8 9 10 11", "count='1' stride='5'", PARAM_X));
     const LogCapture unread;
     SourceFloat source(document.source());
     EXPECT_FALSE(source.createFromCollada(document.source("other")));
@@ -961,7 +802,7 @@ TEST(SourceFloatTest, StrideOutsideTheTableKeepsTheTypeOfTheLoadBefore)
 
 TEST(SourceCopyTest, CopyHasAllFieldsAndSharesTheAccessor)
 {
-    SourceDocument document(accessorSource("source", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ));
+    SourceDocument document(sourceXml("source", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ));
     const SourceFloat source(document.source());
     source.data(0);
     const SourceFloat copy(source);
@@ -975,7 +816,7 @@ TEST(SourceCopyTest, CopyHasAllFieldsAndSharesTheAccessor)
 
 TEST(SourceCopyTest, CopiesShareOneCurrentRecord)
 {
-    SourceDocument document(accessorSource("source", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ));
+    SourceDocument document(sourceXml("source", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ));
     const SourceFloat source(document.source());
     const SourceFloat copy(source);
     const DataList& kept = source.data(0);
@@ -986,7 +827,7 @@ TEST(SourceCopyTest, CopiesShareOneCurrentRecord)
 
 TEST(SourceCopyTest, CopyOfABareSourceHasAListOfItsOwn)
 {
-    SourceDocument document(bareSource("source", "1 2 3"));
+    SourceDocument document(sourceXml("source", "1 2 3"));
     const SourceFloat source(document.source());
     source.data(1);
     const SourceFloat copy(source);
@@ -1000,8 +841,7 @@ TEST(SourceCopyTest, CopyOfABareSourceHasAListOfItsOwn)
 
 TEST(SourceCopyTest, AssignmentReplacesAllFields)
 {
-    SourceDocument document(bareSource("source", "1 2 3") +
-                            accessorSource("other", "7 8", "count='1'", PARAM_X PARAM_X));
+    SourceDocument document(sourceXml("source", "1 2 3") + sourceXml("other", "7 8", "count='1'", PARAM_X PARAM_X));
     const SourceFloat source(document.source());
     source.data(1);
     SourceFloat target(document.source("other"));
@@ -1019,7 +859,7 @@ TEST(SourceCopyTest, AssignmentReplacesAllFields)
 
 TEST(SourceCopyTest, AssignmentOfTheBaseSharesTheAccessor)
 {
-    SourceDocument document(accessorSource("source", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ));
+    SourceDocument document(sourceXml("source", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ));
     const SourceFloat source(document.source());
     SourceFloat target;
     static_cast<Source&>(target) = source;
@@ -1030,8 +870,7 @@ TEST(SourceCopyTest, AssignmentOfTheBaseSharesTheAccessor)
 
 TEST(SourceCopyTest, CopyOutlivesItsSource)
 {
-    SourceDocument document(accessorSource("source", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ) +
-                            bareSource("bare", "7 8"));
+    SourceDocument document(sourceXml("source", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ) + sourceXml("bare", "7 8"));
     auto source = std::make_unique<SourceFloat>(document.source());
     auto bare = std::make_unique<SourceFloat>(document.source("bare"));
     const SourceFloat copy(*source);
@@ -1044,7 +883,7 @@ TEST(SourceCopyTest, CopyOutlivesItsSource)
 
 TEST(SourceCopyTest, SourceAndItsCopiesHoldReferencesOnElementAndArray)
 {
-    SourceDocument document(bareSource("source", "1 2"));
+    SourceDocument document(sourceXml("source", "1 2"));
     const SourceRef element = document.source();
     const FloatArrayRef array = document.array();
     const daeInt onElement = referencesOn(*element);
@@ -1067,7 +906,7 @@ TEST(SourceCopyTest, SourceAndItsCopiesHoldReferencesOnElementAndArray)
 
 TEST(SourceCopyTest, DestructionThroughTheBaseReleasesElementAndArray)
 {
-    SourceDocument document(bareSource("source", "1 2"));
+    SourceDocument document(sourceXml("source", "1 2"));
     const FloatArrayRef array = document.array();
     const daeInt before = referencesOn(*array);
     std::unique_ptr<Source> source = std::make_unique<SourceFloat>(document.source());
@@ -1078,17 +917,11 @@ TEST(SourceCopyTest, DestructionThroughTheBaseReleasesElementAndArray)
 
 // --- createSourceFromCollada ---
 
-struct RefusalCase {
-    const char* name;
+struct RefusalCase : Row {
     const char* content; ///< of the source, or null without one
     const char* reference;
     const char* line;
 };
-
-void PrintTo(const RefusalCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class CreateSourceRefusalTest : public testing::TestWithParam<RefusalCase> {};
 
@@ -1102,7 +935,7 @@ TEST_P(CreateSourceRefusalTest, GivesAnEmptyHandleAndOneLine)
     const SourceHandle source = libVideo::createSourceFromCollada(document.reference());
     EXPECT_EQ(nullptr, source.get());
     EXPECT_FALSE(static_cast<bool>(source));
-    EXPECT_EQ((Texts{std::string("libVideo.source: ") + GetParam().line}), linesOf(log));
+    EXPECT_EQ((Texts{std::string("libVideo.source: ") + GetParam().line}), log.messages());
 
     log.clear();
     vesk::LogFactory::setPriority(vesk::LoggerPriority::PRIORITY_OFF);
@@ -1144,19 +977,19 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"ParamWithoutType", EMPTY_ARRAY TECHNIQUE("<param name='X'/>"), "#source", NO_CLASS},
         RefusalCase{"OnlyTheFirstParamCounts", EMPTY_ARRAY TECHNIQUE("<param name='X' type='int'/>" PARAM_X), "#source",
                     NO_CLASS "int"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    rowName);
 
 TEST(CreateSourceTest, ReferenceThatTheDocumentModelLostIsShownEmpty)
 {
-    SourceDocument document(bareSource("source", "1"), "#s[ource]");
+    SourceDocument document(sourceXml("source", "1"), "#s[ource]");
     const LogCapture log;
     EXPECT_EQ(nullptr, libVideo::createSourceFromCollada(document.reference()).get());
-    EXPECT_EQ((Texts{"libVideo.source: Element  is not a source"}), linesOf(log));
+    EXPECT_EQ((Texts{"libVideo.source: Element  is not a source"}), log.messages());
 }
 
 TEST(CreateSourceTest, SourceWithValuesIsMadeWhateverItsTechnique)
 {
-    SourceDocument document(accessorSource("source", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ));
+    SourceDocument document(sourceXml("source", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ));
     const LogCapture log;
     const SourceHandle source = libVideo::createSourceFromCollada(document.reference());
     ASSERT_NE(nullptr, source.get());
@@ -1166,36 +999,36 @@ TEST(CreateSourceTest, SourceWithValuesIsMadeWhateverItsTechnique)
     EXPECT_EQ(vesk::String("source"), source->id());
     EXPECT_EQ(libVideo::DATA_TYPE_FLOAT3, source->dataType());
     EXPECT_EQ((Floats{4, 5, 6}), floatsIn(source->data(1)));
-    EXPECT_EQ(Texts(), linesOf(log));
+    EXPECT_EQ(Texts(), log.messages());
 }
 
 TEST(CreateSourceTest, BareSourceWithValuesIsMade)
 {
-    SourceDocument document(bareSource("source", "1 2 3"));
+    SourceDocument document(sourceXml("source", "1 2 3"));
     const LogCapture log;
     const SourceHandle source = libVideo::createSourceFromCollada(document.reference());
     ASSERT_NE(nullptr, source.get());
     EXPECT_EQ(libVideo::DATA_TYPE_FLOAT, source->dataType());
     EXPECT_EQ(0u, source->count());
     EXPECT_EQ((Floats{2}), floatsIn(source->data(1)));
-    EXPECT_EQ(Texts(), linesOf(log));
+    EXPECT_EQ(Texts(), log.messages());
 }
 
 TEST(CreateSourceTest, AccessorWithoutParamsIsNoObstacleForAnArrayWithValues)
 {
-    SourceDocument document(accessorSource("source", "1 2 3 4 5 6", "count='2' stride='3'", ""));
+    SourceDocument document(sourceXml("source", "1 2 3 4 5 6", "count='2' stride='3'", ""));
     const LogCapture log;
     const SourceHandle source = libVideo::createSourceFromCollada(document.reference());
     ASSERT_NE(nullptr, source.get());
     EXPECT_EQ(libVideo::DATA_TYPE_FLOAT3, source->dataType());
     EXPECT_EQ(0u, source->bytePerAccess());
     EXPECT_EQ((Floats{4}), floatsIn(source->data(1)));
-    EXPECT_EQ(Texts(), linesOf(log));
+    EXPECT_EQ(Texts(), log.messages());
 }
 
 TEST(CreateSourceTest, ParamTypeOfAnArrayWithValuesMeetsTheAssertionOfTheAccessor)
 {
-    SourceDocument document(accessorSource("source", "1 2", "count='2'", "<param name='X' type='int'/>"));
+    SourceDocument document(sourceXml("source", "1 2", "count='2'", "<param name='X' type='int'/>"));
     EXPECT_EQ(typeAssertion, assertionOf([&] { libVideo::createSourceFromCollada(document.reference()); }));
 }
 
@@ -1212,7 +1045,7 @@ TEST(CreateSourceTest, SourceWhoseLoadFailedGoesOutAsFarAsItCame)
     LogCapture log;
     const SourceHandle source = libVideo::createSourceFromCollada(document.reference());
     ASSERT_NE(nullptr, source.get());
-    EXPECT_EQ((Texts{accessorFailedLine}), linesOf(log));
+    EXPECT_EQ((Texts{accessorFailedLine}), log.messages());
     EXPECT_EQ(2u, source->count());
     EXPECT_EQ(0u, source->data(1).size());
 }
@@ -1223,22 +1056,16 @@ TEST(CreateSourceTest, EmptyArrayWithAFailedAccessorGoesOutToo)
     LogCapture log;
     const SourceHandle source = libVideo::createSourceFromCollada(document.reference());
     ASSERT_NE(nullptr, source.get());
-    EXPECT_EQ((Texts{accessorFailedLine}), linesOf(log));
+    EXPECT_EQ((Texts{accessorFailedLine}), log.messages());
     EXPECT_EQ(libVideo::DATA_TYPE_FLOAT, source->dataType());
     EXPECT_EQ(2u, source->count());
 }
 
-struct EmptyArrayCase {
-    const char* name;
+struct EmptyArrayCase : Row {
     const char* params;
     DataType type;
     unsigned stride;
 };
-
-void PrintTo(const EmptyArrayCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class CreateSourceEmptyArrayTest : public testing::TestWithParam<EmptyArrayCase> {};
 
@@ -1254,7 +1081,7 @@ TEST_P(CreateSourceEmptyArrayTest, FirstParamOfAFloatTypeGivesASourceWithTheCoun
     EXPECT_EQ(GetParam().stride, source->stride());
     EXPECT_EQ(GetParam().type, source->dataType());
     EXPECT_EQ(Floats(GetParam().stride, 0.0f), floatsIn(source->data(1)));
-    EXPECT_EQ((Texts{accessorReachLine}), linesOf(log));
+    EXPECT_EQ((Texts{accessorReachLine}), log.messages());
 }
 
 INSTANTIATE_TEST_SUITE_P(Documents, CreateSourceEmptyArrayTest,
@@ -1265,17 +1092,17 @@ INSTANTIATE_TEST_SUITE_P(Documents, CreateSourceEmptyArrayTest,
                                          EmptyArrayCase{"Matrix", PARAM_MATRIX, libVideo::DATA_TYPE_FLOAT4X4, 16},
                                          EmptyArrayCase{"MatrixInCapitals", "<param name='M' type='Float4X4'/>",
                                                         libVideo::DATA_TYPE_FLOAT4X4, 16}),
-                         [](const auto& row) { return std::string(row.param.name); });
+                         rowName);
 
 TEST(CreateSourceTest, EmptyArrayWithoutRecordsLoadsInSilence)
 {
-    SourceDocument document(accessorSource("source", "", "count='0'", PARAMS_XYZ));
+    SourceDocument document(sourceXml("source", "", "count='0'", PARAMS_XYZ));
     const LogCapture log;
     const SourceHandle source = libVideo::createSourceFromCollada(document.reference());
     ASSERT_NE(nullptr, source.get());
     EXPECT_EQ(0u, source->count());
     EXPECT_EQ(libVideo::DATA_TYPE_FLOAT3, source->dataType());
-    EXPECT_EQ(Texts(), linesOf(log));
+    EXPECT_EQ(Texts(), log.messages());
 }
 
 TEST(CreateSourceTest, ArrayOfCountZeroIsReadByItsAccessorAllTheSame)
@@ -1286,12 +1113,12 @@ TEST(CreateSourceTest, ArrayOfCountZeroIsReadByItsAccessorAllTheSame)
     const SourceHandle source = libVideo::createSourceFromCollada(document.reference());
     ASSERT_NE(nullptr, source.get());
     EXPECT_EQ((Floats{2}), floatsIn(source->data(1)));
-    EXPECT_EQ(Texts(), linesOf(log));
+    EXPECT_EQ(Texts(), log.messages());
 }
 
 TEST(CreateSourceTest, EachCallMakesASourceOfItsOwn)
 {
-    SourceDocument document(accessorSource("source", "1 2", "count='2'", PARAM_X));
+    SourceDocument document(sourceXml("source", "1 2", "count='2'", PARAM_X));
     const SourceHandle first = libVideo::createSourceFromCollada(document.reference());
     const SourceHandle second = libVideo::createSourceFromCollada(document.reference());
     ASSERT_NE(nullptr, first.get());
@@ -1305,7 +1132,7 @@ TEST(CreateSourceTest, EachCallMakesASourceOfItsOwn)
 
 TEST(CreateSourceTest, SourceLivesAsLongAsItsLastHandle)
 {
-    SourceDocument document(bareSource("source", "1 2"));
+    SourceDocument document(sourceXml("source", "1 2"));
     const SourceRef element = document.source();
     const daeInt before = referencesOn(*element);
     SourceHandle last;
@@ -1318,6 +1145,37 @@ TEST(CreateSourceTest, SourceLivesAsLongAsItsLastHandle)
     EXPECT_EQ((Floats{2}), floatsIn(last->data(1)));
     last = SourceHandle();
     EXPECT_EQ(before, referencesOn(*element));
+}
+
+// --- what the compiler can tell ---
+
+static_assert(std::is_abstract_v<Source> && std::has_virtual_destructor_v<Source>);
+static_assert(!std::is_default_constructible_v<Source>);
+static_assert(std::is_copy_assignable_v<Source>);
+static_assert(std::is_convertible_v<SourceFloat*, Source*>);
+static_assert(std::is_default_constructible_v<SourceFloat> && std::is_constructible_v<SourceFloat, const SourceRef&> &&
+              std::is_copy_constructible_v<SourceFloat> && std::is_copy_assignable_v<SourceFloat>);
+static_assert(std::is_same_v<const DataList&, decltype(std::declval<const Source&>()[0u])> &&
+              std::is_same_v<const DataList&, decltype(std::declval<const Source&>().data(0u))>);
+static_assert(std::is_same_v<const vesk::String&, decltype(std::declval<const Source&>().id())> &&
+              std::is_same_v<DataType, decltype(std::declval<const Source&>().dataType())> &&
+              std::is_same_v<bool, decltype(std::declval<const Source&>().isInitialized())> &&
+              std::is_same_v<unsigned, decltype(std::declval<const Source&>().count())> &&
+              std::is_same_v<unsigned, decltype(std::declval<const Source&>().stride())> &&
+              std::is_same_v<unsigned, decltype(std::declval<const Source&>().bytePerAccess())>);
+static_assert(std::is_same_v<SourceHandle, decltype(libVideo::createSourceFromCollada(std::declval<const daeURI&>()))>);
+
+// --- what the tests are written with ---
+
+Floats floatsIn(const DataList& list)
+{
+    Floats values;
+    for (const Data& data : list) {
+        for (unsigned j = 0; j < data.stride(); ++j) {
+            values.push_back(floatIn(data, j));
+        }
+    }
+    return values;
 }
 
 } // namespace

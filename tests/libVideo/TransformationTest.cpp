@@ -1,50 +1,13 @@
-#include "support/ColladaBuilder.h"
-#include "support/FailingAllocator.h"
-#include "support/LogCapture.h"
-#include "support/PrivateAccess.h"
-
-#include <vesk/Exception.h>
-#include <vesk/SharedResource.h>
-#include <vesk/String.h>
-
-#include <libMath/Matrix.h>
-#include <libMath/Vector.h>
+#include "support/VideoTest.h"
 
 #include <libVideo/SceneGraph/Animation.h>
 #include <libVideo/SceneGraph/Transformation.h>
 
-#include <libVideo/ColladaDom.h>
-
-#include <cmath>
-#include <cstdint>
-#include <initializer_list>
-#include <limits>
-#include <ostream>
-#include <string>
-#include <type_traits>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 namespace {
 
-using libVideo::Animation;
-using libVideo::AnimationHandle;
-using libVideo::MatrixHandle;
-using libVideo::Rotation;
-using libVideo::Scale;
-using libVideo::Skew;
-using libVideo::Transformation;
-using libVideo::TransformationHandle;
-using libVideo::Translation;
-using libVideo::View;
-using testSupport::ColladaBuilder;
-using testSupport::FailingAllocator;
-using testSupport::LogCapture;
+using namespace libVideo;
+using namespace testSupport;
 
-using Matrix4 = libMath::Matrix<float, 4, 4>;
-using Vector3 = libMath::Vector<float, 3>;
 using Values = daeTArray<double>;
 using UpdateByMatrix = void (Transformation::*)(Matrix4);
 using UpdateByTranslation = void (Translation::*)(const Vector3&);
@@ -64,83 +27,37 @@ PRIVATE_MEMBER(UpdateTranslation, UpdateByTranslation, &Translation::updateTrans
 PRIVATE_MEMBER(UpdateRotation, UpdateByAngle, &Rotation::updateTransformation)
 PRIVATE_MEMBER(UpdateScale, UpdateByScale, &Scale::updateTransformation)
 
-static_assert(std::has_virtual_destructor<Transformation>::value, "deleted through the base");
-static_assert(std::is_base_of<Transformation, Translation>::value && std::is_base_of<Transformation, Rotation>::value &&
-                  std::is_base_of<Transformation, Scale>::value && std::is_base_of<Transformation, View>::value &&
-                  std::is_base_of<Transformation, Skew>::value,
-              "one family");
-static_assert(std::is_convertible<Translation*, Transformation*>::value &&
-                  std::is_convertible<Rotation*, Transformation*>::value &&
-                  std::is_convertible<Scale*, Transformation*>::value &&
-                  std::is_convertible<View*, Transformation*>::value &&
-                  std::is_convertible<Skew*, Transformation*>::value,
-              "bases are public");
-static_assert(sizeof(View) == sizeof(Transformation) && sizeof(Skew) == sizeof(Transformation), "no added field");
-static_assert(!std::is_constructible<Transformation, const vesk::String&>::value, "protected");
-static_assert(std::is_same<bool, decltype(std::declval<Transformation&>().setTransformation(
-                                     std::declval<const Values&>()))>::value,
-              "setTransformation");
-static_assert(
-    std::is_same<const MatrixHandle&, decltype(std::declval<Transformation&>().transformationAtTime(0.0))>::value,
-    "transformationAtTime");
-static_assert(std::is_same<const MatrixHandle&, decltype(std::declval<Transformation&>().transformation())>::value,
-              "transformation");
-static_assert(std::is_same<const vesk::String&, decltype(std::declval<const Transformation&>().sid())>::value, "sid");
-static_assert(std::is_same<const vesk::String&, decltype(std::declval<Transformation&>().setSid("x"))>::value,
-              "setSid");
-static_assert(
-    std::is_same<bool, decltype(std::declval<View&>().setTransformation(static_cast<const double*>(nullptr)))>::value,
-    "View");
-static_assert(
-    std::is_same<bool, decltype(std::declval<Skew&>().setTransformation(static_cast<const double*>(nullptr)))>::value,
-    "Skew");
-
-/// Whether `setTransformation` takes the values of a document by its plain name.
-template <class Type, class = void>
-struct TakesDocumentValues : std::false_type {};
-template <class Type>
-struct TakesDocumentValues<
-    Type, std::void_t<decltype(std::declval<Type&>().setTransformation(std::declval<const Values&>()))>>
-    : std::true_type {};
-static_assert(TakesDocumentValues<Scale>::value, "own operation");
-static_assert(!TakesDocumentValues<View>::value && !TakesDocumentValues<Skew>::value, "hidden");
-
-constexpr float zero[16] = {};
-constexpr float identity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
-
-Values valuesOf(std::initializer_list<double> numbers)
+TEST(TransformationTest, FieldsStandInOrder)
 {
-    Values values;
-    for (const double number : numbers) {
-        values.append(number);
-    }
-    return values;
+    const Transformation transformation;
+    EXPECT_LT(place(transformation.*privateMember(DeclaredMatrix())),
+              place(transformation.*privateMember(CurrentMatrix())));
+    EXPECT_LT(place(transformation.*privateMember(CurrentMatrix())), place(transformation.*privateMember(SidField())));
+    EXPECT_LT(place(transformation.*privateMember(SidField())), place(transformation.*privateMember(AnimationField())));
+    const Rotation rotation;
+    EXPECT_LT(place(rotation.*privateMember(AnimationField())), place(rotation.*privateMember(AxisField())));
+    EXPECT_LT(place(rotation.*privateMember(AxisField())), place(rotation.*privateMember(AngleField())));
 }
+
+Values valuesOf(std::initializer_list<double> numbers);
 
 /// `first`, `first` + 1 and on.
-Values counted(unsigned count, double first)
-{
-    Values values;
-    for (unsigned i = 0; i < count; ++i) {
-        values.append(first + i);
-    }
-    return values;
-}
+Values counted(unsigned count, double first);
 
-void expectElements(const Matrix4& matrix, const float (&expected)[16])
+void expectElements(const Matrix4& matrix, const Elements& expected)
 {
     for (unsigned i = 0; i < 16; ++i) {
         EXPECT_EQ(expected[i], matrix[i]) << "flat index " << i;
     }
 }
 
-void expectElements(const MatrixHandle& matrix, const float (&expected)[16])
+void expectElements(const MatrixHandle& matrix, const Elements& expected)
 {
     ASSERT_NE(nullptr, matrix.get());
     expectElements(*matrix, expected);
 }
 
-void expectNear(const MatrixHandle& matrix, const float (&expected)[16])
+void expectNear(const MatrixHandle& matrix, const Elements& expected)
 {
     ASSERT_NE(nullptr, matrix.get());
     for (unsigned i = 0; i < 16; ++i) {
@@ -158,20 +75,20 @@ void expectCounted(const Matrix4& matrix, float first)
 
 void expectTranslation(const MatrixHandle& matrix, float x, float y, float z)
 {
-    const float expected[16] = {1, 0, 0, x, 0, 1, 0, y, 0, 0, 1, z, 0, 0, 0, 1};
+    const Elements expected{1, 0, 0, x, 0, 1, 0, y, 0, 0, 1, z, 0, 0, 0, 1};
     expectElements(matrix, expected);
 }
 
 void expectScale(const MatrixHandle& matrix, float x, float y, float z)
 {
-    const float expected[16] = {x, 0, 0, 0, 0, y, 0, 0, 0, 0, z, 0, 0, 0, 0, 1};
+    const Elements expected{x, 0, 0, 0, 0, y, 0, 0, 0, 0, z, 0, 0, 0, 0, 1};
     expectElements(matrix, expected);
 }
 
 /// A right angle about Z turns X towards Y.
 void expectQuarterAboutZ(const MatrixHandle& matrix)
 {
-    const float expected[16] = {0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    const Elements expected{0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
     expectNear(matrix, expected);
 }
 
@@ -188,68 +105,25 @@ const Matrix4& declaredMatrix(const Transformation& transformation)
 }
 
 /// Keys at 1, 2 and 3 seconds; as many values for each.
-AnimationHandle animationOf(const std::string& values, unsigned stride, const std::string& member = "X")
+AnimationHandle animationOf(const std::string& values, const std::string& member = "X")
 {
-    const std::string width = std::to_string(stride);
-    ColladaBuilder builder(
-        "<library_animations><animation><source id='time'><float_array id='times' count='3'>1 2 3</float_array>"
-        "<technique_common><accessor source='#times' count='3' stride='1'/></technique_common></source>"
-        "<source id='value'><float_array id='values' count='" +
-        std::to_string(3 * stride) + "'>" + values +
-        "</float_array><technique_common><accessor source='#values' count='3' stride='" + width +
-        "'/></technique_common></source><sampler id='sampler'><input semantic='INPUT' source='#time'/>"
-        "<input semantic='OUTPUT' source='#value'/></sampler><channel source='#sampler' target='node/move." +
-        member + "'/></animation></library_animations>");
-    const domAnimationRef element = builder.open()->getLibrary_animations_array()[0]->getAnimation_array()[0];
-    LogCapture log;
-    const AnimationHandle handle(new Animation(element, builder.dae()));
-    EXPECT_EQ("", log.text());
-    EXPECT_EQ(3u, handle->getCount());
-    return handle;
+    return loadedCurve("node/move." + member, "1 2 3", values);
 }
 
 /// At 1.5 seconds 15, 150, 1500.
 AnimationHandle vectorAnimation()
 {
-    return animationOf("10 100 1000 20 200 2000 40 400 4000", 3);
+    return animationOf("10 100 1000 20 200 2000 40 400 4000");
 }
 
 /// At 1.5 seconds 90.
 AnimationHandle angleAnimation()
 {
-    return animationOf("0 180 360", 1, "ANGLE");
+    return animationOf("0 180 360", "ANGLE");
 }
 
 /// At 1 second 100, 101 and on, at 1.5 seconds 150, 151 and on, at 2 seconds 200, 201 and on.
-AnimationHandle matrixAnimation()
-{
-    std::string values;
-    for (int key = 1; key <= 3; ++key) {
-        for (int i = 0; i < 16; ++i) {
-            values += std::to_string(100 * key + i) + " ";
-        }
-    }
-    return animationOf(values, 16);
-}
-
-template <class Action>
-void expectIndexOutOfBounds(int high, int index, Action action)
-{
-    try {
-        action();
-        ADD_FAILURE() << "nothing thrown";
-    } catch (const vesk::IndexOutOfBounds& thrown) {
-        EXPECT_EQ(0, thrown.low());
-        EXPECT_EQ(high, thrown.high());
-        EXPECT_EQ(index, thrown.index());
-    }
-}
-
-template <class T>
-std::uintptr_t place(const T& object)
-{
-    return reinterpret_cast<std::uintptr_t>(&object);
-}
+AnimationHandle matrixAnimation();
 
 /// Shows the constructor that the family keeps for itself.
 class NamedTransformation : public Transformation {
@@ -439,18 +313,6 @@ TEST(TransformationTest, DeclarationAfterACopyIsItsOwn)
     expectTranslation(copy.transformation(), 7, 8, 9);
 }
 
-TEST(TransformationTest, FieldsStandInOrder)
-{
-    const Transformation transformation;
-    EXPECT_LT(place(transformation.*privateMember(DeclaredMatrix())),
-              place(transformation.*privateMember(CurrentMatrix())));
-    EXPECT_LT(place(transformation.*privateMember(CurrentMatrix())), place(transformation.*privateMember(SidField())));
-    EXPECT_LT(place(transformation.*privateMember(SidField())), place(transformation.*privateMember(AnimationField())));
-    const Rotation rotation;
-    EXPECT_LT(place(rotation.*privateMember(AnimationField())), place(rotation.*privateMember(AxisField())));
-    EXPECT_LT(place(rotation.*privateMember(AxisField())), place(rotation.*privateMember(AngleField())));
-}
-
 TEST(TransformationTest, DefaultVectorsAreZero)
 {
     expectVector(Translation().*privateMember(TranslationField()), 0, 0, 0);
@@ -517,7 +379,7 @@ TEST(TransformationTest, MatrixValuesNarrow)
 TEST(TransformationTest, MissingMatrixValuesAreZeroAndNotTheIdentity)
 {
     Transformation transformation(valuesOf({1, 2, 3}), "m");
-    const float expected[16] = {1, 2, 3};
+    const Elements expected{1, 2, 3};
     expectElements(transformation.transformation(), expected);
     expectElements(declaredMatrix(transformation), expected);
     EXPECT_TRUE(transformation.setTransformation(valuesOf({})));
@@ -581,19 +443,19 @@ TEST(TransformationTest, RotationNormalizesItsAxis)
 
 TEST(TransformationTest, RotationAboutXTurnsYTowardsZ)
 {
-    const float expected[16] = {1, 0, 0, 0, 0, 0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1};
+    const Elements expected{1, 0, 0, 0, 0, 0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1};
     expectNear(Rotation(valuesOf({1, 0, 0, 90}), "r").transformation(), expected);
 }
 
 TEST(TransformationTest, RotationAboutYTurnsZTowardsX)
 {
-    const float expected[16] = {0, 0, 1, 0, 0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 0, 1};
+    const Elements expected{0, 0, 1, 0, 0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 0, 1};
     expectNear(Rotation(valuesOf({0, 1, 0, 90}), "r").transformation(), expected);
 }
 
 TEST(TransformationTest, RotationAboutTheDiagonalMovesEachAxisToTheNext)
 {
-    const float expected[16] = {0, 0, 1, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1};
+    const Elements expected{0, 0, 1, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1};
     expectNear(Rotation(valuesOf({1, 1, 1, 120}), "r").transformation(), expected);
 }
 
@@ -635,7 +497,7 @@ TEST(TransformationTest, ViewFillsTheUpperLeftBlockByColumns)
 {
     const double values[9] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
     View view(values, "v");
-    const float expected[16] = {1, 4, 7, 0, 2, 5, 8, 0, 3, 6, 9, 0, 0, 0, 0, 0};
+    const Elements expected{1, 4, 7, 0, 2, 5, 8, 0, 3, 6, 9, 0, 0, 0, 0, 0};
     expectElements(view.transformation(), expected);
     expectElements(declaredMatrix(view), zero);
     const double narrow[9] = {0.1, 16777217};
@@ -877,7 +739,7 @@ TEST(TransformationTest, RotationAnimationDrivesTheAngleAlone)
     EXPECT_EQ(30.0, rotation.*privateMember(AngleField()));
     expectVector(rotation.*privateMember(AxisField()), 0, 0, 2);
     // A half turn, at the second key.
-    const float half[16] = {-1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    const Elements half{-1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
     expectNear(rotation.transformationAtTime(2), half);
     const Matrix4& again = *rotation.transformationAtTime(0);
     for (unsigned i = 0; i < 16; ++i) {
@@ -889,21 +751,21 @@ TEST(TransformationTest, RotationAnimationDrivesTheAngleAlone)
 TEST(TransformationTest, RotationAnimationDrivesTheAngleWhateverMemberItNamed)
 {
     Rotation rotation(valuesOf({0, 0, 1, 30}), "r");
-    rotation.setAnimation(animationOf("0 180 360", 1, "X"));
+    rotation.setAnimation(animationOf("0 180 360", "X"));
     expectQuarterAboutZ(rotation.transformationAtTime(1.5));
-    rotation.setAnimation(animationOf("0 7 7 7 180 7 7 7 360 7 7 7", 4, "ANGLE"));
+    rotation.setAnimation(animationOf("0 7 7 7 180 7 7 7 360 7 7 7", "ANGLE"));
     expectQuarterAboutZ(rotation.transformationAtTime(1.5)); // the first of four values
 }
 
 TEST(TransformationTest, OneValueForEachKeyDoesNotDriveOneComponent)
 {
     Translation translation(valuesOf({1, 2, 3}), "t");
-    translation.setAnimation(animationOf("10 20 40", 1, "X"));
+    translation.setAnimation(animationOf("10 20 40", "X"));
     expectTranslation(translation.transformationAtTime(1), 1, 2, 3);
     expectIndexOutOfBounds(0, 1, [&] { translation.transformationAtTime(1.5); });
     expectTranslation(translation.transformation(), 1, 2, 3);
     Scale scale(valuesOf({1, 2, 3}), "s");
-    scale.setAnimation(animationOf("10 20 40", 1, "X"));
+    scale.setAnimation(animationOf("10 20 40", "X"));
     expectScale(scale.transformationAtTime(2), 1, 2, 3);
     expectIndexOutOfBounds(0, 1, [&] { scale.transformationAtTime(1.5); });
 }
@@ -1043,6 +905,69 @@ TEST(TransformationTest, SharedAnimationServesSeveralTransformations)
     expectScale(scale.transformationAtTime(0), 4, 5, 6);
     expectScale(scale.transformationAtTime(2), 20, 200, 2000);
     expectTranslation(translation.transformation(), 15, 150, 1500);
+}
+
+// --- what the compiler can tell ---
+
+static_assert(std::has_virtual_destructor_v<Transformation>);
+static_assert(std::is_base_of_v<Transformation, Translation> && std::is_base_of_v<Transformation, Rotation> &&
+              std::is_base_of_v<Transformation, Scale> && std::is_base_of_v<Transformation, View> &&
+              std::is_base_of_v<Transformation, Skew>);
+static_assert(std::is_convertible_v<Translation*, Transformation*> &&
+              std::is_convertible_v<Rotation*, Transformation*> && std::is_convertible_v<Scale*, Transformation*> &&
+              std::is_convertible_v<View*, Transformation*> && std::is_convertible_v<Skew*, Transformation*>);
+static_assert(sizeof(View) == sizeof(Transformation) && sizeof(Skew) == sizeof(Transformation));
+static_assert(!std::is_constructible_v<Transformation, const vesk::String&>);
+static_assert(
+    std::is_same_v<bool, decltype(std::declval<Transformation&>().setTransformation(std::declval<const Values&>()))>);
+static_assert(std::is_same_v<const MatrixHandle&, decltype(std::declval<Transformation&>().transformationAtTime(0.0))>);
+static_assert(std::is_same_v<const MatrixHandle&, decltype(std::declval<Transformation&>().transformation())>);
+static_assert(std::is_same_v<const vesk::String&, decltype(std::declval<const Transformation&>().sid())>);
+static_assert(std::is_same_v<const vesk::String&, decltype(std::declval<Transformation&>().setSid("x"))>);
+static_assert(
+    std::is_same_v<bool, decltype(std::declval<View&>().setTransformation(static_cast<const double*>(nullptr)))>);
+static_assert(
+    std::is_same_v<bool, decltype(std::declval<Skew&>().setTransformation(static_cast<const double*>(nullptr)))>);
+
+/// Whether `setTransformation` takes the values of a document by its plain name.
+template <class Type, class = void>
+struct TakesDocumentValues : std::false_type {};
+template <class Type>
+struct TakesDocumentValues<
+    Type, std::void_t<decltype(std::declval<Type&>().setTransformation(std::declval<const Values&>()))>>
+    : std::true_type {};
+static_assert(TakesDocumentValues<Scale>::value);
+static_assert(!TakesDocumentValues<View>::value && !TakesDocumentValues<Skew>::value);
+
+// --- what the tests are written with ---
+
+Values valuesOf(std::initializer_list<double> numbers)
+{
+    Values values;
+    for (const double number : numbers) {
+        values.append(number);
+    }
+    return values;
+}
+
+Values counted(unsigned count, double first)
+{
+    Values values;
+    for (unsigned i = 0; i < count; ++i) {
+        values.append(first + i);
+    }
+    return values;
+}
+
+AnimationHandle matrixAnimation()
+{
+    std::string values;
+    for (int key = 1; key <= 3; ++key) {
+        for (int i = 0; i < 16; ++i) {
+            values += std::to_string(100 * key + i) + " ";
+        }
+    }
+    return animationOf(values);
 }
 
 } // namespace

@@ -1,75 +1,47 @@
+#include "support/VideoTest.h"
+
 #include <libVideo/SceneGraph/VertexLayout.h>
 
-#include <vesk/String.h>
-
 #include <cctype>
-#include <cstddef>
-#include <ostream>
-#include <string>
-#include <type_traits>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 namespace {
 
-using libVideo::VertexLayout;
-using libVideo::VertexSemantic;
+using namespace libVideo;
+using namespace testSupport;
 
-static_assert(sizeof(VertexSemantic) == 4 && sizeof(libVideo::DataType) == 4, "enumerations take 32 bits");
-static_assert(sizeof(VertexLayout) == 20, "five fields of 32 bits");
-static_assert(offsetof(VertexLayout, semantic) == 0 && offsetof(VertexLayout, byteSize) == 4 &&
-                  offsetof(VertexLayout, byteOffset) == 8 && offsetof(VertexLayout, dataType) == 12 &&
-                  offsetof(VertexLayout, reserved) == 16,
-              "order of the fields");
-static_assert(std::is_same<VertexSemantic, decltype(VertexLayout::semantic)>::value &&
-                  std::is_same<unsigned, decltype(VertexLayout::byteSize)>::value &&
-                  std::is_same<unsigned, decltype(VertexLayout::byteOffset)>::value &&
-                  std::is_same<libVideo::DataType, decltype(VertexLayout::dataType)>::value &&
-                  std::is_same<unsigned, decltype(VertexLayout::reserved)>::value,
-              "types of the fields");
-static_assert(std::is_trivially_destructible<VertexLayout>::value, "the destructor does nothing");
-static_assert(!std::is_polymorphic<VertexLayout>::value, "a plain struct");
-static_assert(std::is_convertible<VertexSemantic, VertexLayout>::value, "a semantic serves as a search key");
-static_assert(std::is_same<VertexSemantic (*)(const vesk::String&, VertexLayout&),
-                           decltype(&libVideo::inputSemanticToVertexSemantic)>::value,
-              "signature");
+TEST(VertexSemanticTest, UnknownIsFifteen)
+{
+    EXPECT_EQ(15u, static_cast<unsigned>(libVideo::SEMANTIC_UNKNOWN));
+}
+
+TEST(VertexLayoutTest, DefaultIsUnknownSemanticInvalidTypeAndZeros)
+{
+    const VertexLayout layout;
+    EXPECT_EQ(libVideo::SEMANTIC_UNKNOWN, layout.semantic);
+    EXPECT_EQ(0u, layout.byteSize);
+    EXPECT_EQ(0u, layout.byteOffset);
+    EXPECT_EQ(libVideo::DATA_TYPE_INVALID, layout.dataType);
+    EXPECT_EQ(0u, layout.reserved);
+}
+
+TEST(VertexLayoutTest, LayoutOfASemanticHasTheOtherDefaults)
+{
+    const VertexLayout layout(libVideo::SEMANTIC_NORMAL);
+    EXPECT_EQ(libVideo::SEMANTIC_NORMAL, layout.semantic);
+    EXPECT_EQ(0u, layout.byteSize);
+    EXPECT_EQ(0u, layout.byteOffset);
+    EXPECT_EQ(libVideo::DATA_TYPE_INVALID, layout.dataType);
+    EXPECT_EQ(0u, layout.reserved);
+}
 
 /// A layout whose fields all differ from the defaults.
-VertexLayout filledLayout()
-{
-    VertexLayout layout(libVideo::SEMANTIC_WEIGHT);
-    layout.byteSize = 12;
-    layout.byteOffset = 24;
-    layout.dataType = libVideo::DATA_TYPE_FLOAT3;
-    layout.reserved = 77;
-    return layout;
-}
+VertexLayout filledLayout();
+void expectOtherFieldsOfFilledLayout(const VertexLayout& layout);
 
-void expectOtherFieldsOfFilledLayout(const VertexLayout& layout)
-{
-    EXPECT_EQ(12u, layout.byteSize);
-    EXPECT_EQ(24u, layout.byteOffset);
-    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT3, layout.dataType);
-    EXPECT_EQ(77u, layout.reserved);
-}
-
-std::string lower(std::string word)
-{
-    for (char& c : word) {
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    }
-    return word;
-}
+std::string lower(std::string word);
 
 /// "pOsItIoN": every second letter in the other case.
-std::string mixed(std::string word)
-{
-    for (std::size_t i = 0; i < word.size(); i += 2) {
-        word[i] = static_cast<char>(std::tolower(static_cast<unsigned char>(word[i])));
-    }
-    return word;
-}
+std::string mixed(std::string word);
 
 struct WordCase {
     const char* word;
@@ -145,15 +117,9 @@ INSTANTIATE_TEST_SUITE_P(Words, VertexSemanticWordTest,
                                          WordCase{"OUT_TANGENT", libVideo::SEMANTIC_OUT_TANGENT, 14}),
                          [](const auto& row) { return std::string(row.param.word); });
 
-struct UnknownCase {
-    const char* name;
+struct UnknownCase : Row {
     const char* word;
 };
-
-void PrintTo(const UnknownCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class UnknownSemanticTest : public testing::TestWithParam<UnknownCase> {};
 
@@ -174,32 +140,7 @@ INSTANTIATE_TEST_SUITE_P(
                     UnknownCase{"Unknown", "UNKNOWN"}, UnknownCase{"Number", "5"},
                     UnknownCase{"TangentWithoutUnderscore", "INTANGENT"},
                     UnknownCase{"TangentWithHyphen", "OUT-TANGENT"}),
-    [](const auto& row) { return std::string(row.param.name); });
-
-TEST(VertexSemanticTest, UnknownIsFifteen)
-{
-    EXPECT_EQ(15u, static_cast<unsigned>(libVideo::SEMANTIC_UNKNOWN));
-}
-
-TEST(VertexLayoutTest, DefaultIsUnknownSemanticInvalidTypeAndZeros)
-{
-    const VertexLayout layout;
-    EXPECT_EQ(libVideo::SEMANTIC_UNKNOWN, layout.semantic);
-    EXPECT_EQ(0u, layout.byteSize);
-    EXPECT_EQ(0u, layout.byteOffset);
-    EXPECT_EQ(libVideo::DATA_TYPE_INVALID, layout.dataType);
-    EXPECT_EQ(0u, layout.reserved);
-}
-
-TEST(VertexLayoutTest, LayoutOfASemanticHasTheOtherDefaults)
-{
-    const VertexLayout layout(libVideo::SEMANTIC_NORMAL);
-    EXPECT_EQ(libVideo::SEMANTIC_NORMAL, layout.semantic);
-    EXPECT_EQ(0u, layout.byteSize);
-    EXPECT_EQ(0u, layout.byteOffset);
-    EXPECT_EQ(libVideo::DATA_TYPE_INVALID, layout.dataType);
-    EXPECT_EQ(0u, layout.reserved);
-}
+    rowName);
 
 TEST(VertexLayoutTest, AssignmentCopiesAllFiveFields)
 {
@@ -243,6 +184,60 @@ TEST(VertexLayoutTest, SemanticAloneIsASearchKey)
     const VertexLayout filled = filledLayout();
     EXPECT_TRUE(filled == libVideo::SEMANTIC_WEIGHT);
     EXPECT_FALSE(filled == libVideo::SEMANTIC_POSITION);
+}
+
+// --- what the compiler can tell ---
+
+static_assert(sizeof(VertexSemantic) == 4 && sizeof(libVideo::DataType) == 4);
+static_assert(sizeof(VertexLayout) == 20);
+static_assert(offsetof(VertexLayout, semantic) == 0 && offsetof(VertexLayout, byteSize) == 4 &&
+              offsetof(VertexLayout, byteOffset) == 8 && offsetof(VertexLayout, dataType) == 12 &&
+              offsetof(VertexLayout, reserved) == 16);
+static_assert(std::is_same_v<VertexSemantic, decltype(VertexLayout::semantic)> &&
+              std::is_same_v<unsigned, decltype(VertexLayout::byteSize)> &&
+              std::is_same_v<unsigned, decltype(VertexLayout::byteOffset)> &&
+              std::is_same_v<libVideo::DataType, decltype(VertexLayout::dataType)> &&
+              std::is_same_v<unsigned, decltype(VertexLayout::reserved)>);
+static_assert(std::is_trivially_destructible_v<VertexLayout>);
+static_assert(!std::is_polymorphic_v<VertexLayout>);
+static_assert(std::is_convertible_v<VertexSemantic, VertexLayout>);
+static_assert(std::is_same_v<VertexSemantic (*)(const vesk::String&, VertexLayout&),
+                             decltype(&libVideo::inputSemanticToVertexSemantic)>);
+
+// --- what the tests are written with ---
+
+VertexLayout filledLayout()
+{
+    VertexLayout layout(libVideo::SEMANTIC_WEIGHT);
+    layout.byteSize = 12;
+    layout.byteOffset = 24;
+    layout.dataType = libVideo::DATA_TYPE_FLOAT3;
+    layout.reserved = 77;
+    return layout;
+}
+
+void expectOtherFieldsOfFilledLayout(const VertexLayout& layout)
+{
+    EXPECT_EQ(12u, layout.byteSize);
+    EXPECT_EQ(24u, layout.byteOffset);
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT3, layout.dataType);
+    EXPECT_EQ(77u, layout.reserved);
+}
+
+std::string lower(std::string word)
+{
+    for (char& c : word) {
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    return word;
+}
+
+std::string mixed(std::string word)
+{
+    for (std::size_t i = 0; i < word.size(); i += 2) {
+        word[i] = static_cast<char>(std::tolower(static_cast<unsigned char>(word[i])));
+    }
+    return word;
 }
 
 } // namespace

@@ -29,7 +29,11 @@ std::string ColladaBuilder::text() const
 
 domCOLLADA* ColladaBuilder::open()
 {
-    return daeSafeCast<domCOLLADA>(m_dae.openFromMemory("memory.dae", text().c_str()));
+    auto* const root = daeSafeCast<domCOLLADA>(m_dae.openFromMemory("memory.dae", text().c_str()));
+    if (root == nullptr) {
+        throw std::runtime_error("the document does not open: " + text());
+    }
+    return root;
 }
 
 TemporaryFile::TemporaryFile(const std::string& content, const std::string& name)

@@ -23,7 +23,7 @@ public:
 
     /// The whole document.
     std::string text() const;
-    /// Opens what was added so far; null if the document model refuses it.
+    /// Opens what was added so far. @throw std::runtime_error if the document model refuses it
     domCOLLADA* open();
 
     DAE& dae() { return m_dae; }

@@ -52,4 +52,14 @@ std::string LogCapture::text() const
     return all;
 }
 
+Texts LogCapture::messages() const
+{
+    Texts all;
+    for (const LogLine& line : lines()) {
+        const bool isError = line.priority == vesk::LoggerPriority::PRIORITY_ERROR;
+        all.push_back((isError ? "" : std::to_string(line.priority) + " ") + line.channel + ": " + line.words());
+    }
+    return all;
+}
+
 } // namespace testSupport

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Texts.h"
+
 #include <vesk/Logging.h>
 
 #include <string>
@@ -29,6 +31,8 @@ public:
     std::vector<LogLine> lines() const;
     /// The words of the lines so far, one line each, without a line feed behind the last.
     std::string text() const;
+    /// "channel: words" of each line so far. Of a line that is no error, the number of its priority comes first.
+    Texts messages() const;
     void clear() { m_lines.clear(); }
 
 private:

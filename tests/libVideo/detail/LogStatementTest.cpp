@@ -1,25 +1,12 @@
-#include "support/ColladaBuilder.h"
-#include "support/FailingAllocator.h"
-#include "support/LogCapture.h"
+#include "support/VideoTest.h"
 
 #include <libVideo/SceneGraph/Animation.h>
 #include <libVideo/SceneGraph/Scene.h>
 #include <libVideo/SceneGraph/VisualScene.h>
 #include <libVideo/SceneGraph/detail/Log.h>
 
-#include <vesk/Exception.h>
-#include <vesk/Logging.h>
-
 #include <cctype>
 #include <cstdlib>
-#include <functional>
-#include <new>
-#include <ostream>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 // Modules of the test's own. Each stands for one source file of the library, and no other test uses its channel.
 
@@ -71,11 +58,9 @@ void check(unsigned index, unsigned m_count)
 
 namespace {
 
-using testSupport::ColladaBuilder;
-using testSupport::FailingAllocator;
-using testSupport::LogCapture;
-using testSupport::LogLine;
-using testSupport::TemporaryFile;
+using namespace libVideo;
+using namespace testSupport;
+
 using Priority = vesk::LoggerPriority::LOGGER_PRIORITY;
 
 Priority priorityOf(int number)
@@ -192,8 +177,6 @@ std::string withoutNumber(const std::string& text)
     }
     return text.substr(0, colon) + ":N)";
 }
-
-using Texts = std::vector<std::string>;
 
 /// Traces with "N" for their number, other lines by their words.
 Texts textsOf(const std::vector<LogLine>& lines)
@@ -921,16 +904,10 @@ TEST(LibraryLogTest, OneModuleTracesWhileTheOthersAreSilent)
 
 // --- every way out of a load closes its trace ---
 
-struct FailureCase {
-    const char* name;
+struct FailureCase : Row {
     std::string document; ///< empty: a missing file
     Texts inside;         ///< what stands between the entry and the exit of the load
 };
-
-void PrintTo(const FailureCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 std::vector<FailureCase> failureCases()
 {
@@ -1009,8 +986,7 @@ TEST_P(LoadFailureTest, ExceptionOutOfItsLineClosesTheTraces)
     EXPECT_EQ(expected, cutTo(expected, textsOf(linesOfTheLoad(lines))));
 }
 
-INSTANTIATE_TEST_SUITE_P(Documents, LoadFailureTest, testing::ValuesIn(failureCases()),
-                         [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(Documents, LoadFailureTest, testing::ValuesIn(failureCases()), rowName);
 
 TEST(LibraryLogTest, ExceptionWithinTheAnimationsClosesBothTraces)
 {
@@ -1102,7 +1078,7 @@ TEST(LibraryLogTest, VisualSceneWithoutResourcesClosesItsTrace)
 {
     ColladaBuilder document;
     document.addScene("<node id='lamp'/>");
-    ASSERT_NE(nullptr, document.open());
+    document.open();
     libVideo::VisualScene scene;
     const LogCapture log;
     setFactoryPriority(1);

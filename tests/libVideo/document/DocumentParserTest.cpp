@@ -1,25 +1,14 @@
-#include "support/ColladaBuilder.h"
-#include "support/LogCapture.h"
+#include "support/VideoTest.h"
 
-#include <libVideo/ColladaDom.h>
 #include <libVideo/SceneGraph/Scene.h>
 #include <libVideo/SceneGraph/document/ColladaReader.h>
 
 #include <fcntl.h>
+#include <filesystem>
+#include <fstream>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include <cstddef>
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <memory>
-#include <ostream>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #ifndef LIBVIDEO_CORPUS
 #define LIBVIDEO_CORPUS "" // a folder of further documents
@@ -27,10 +16,10 @@
 
 namespace {
 
-using libVideo::Scene;
+using namespace libVideo;
+using namespace testSupport;
+
 using libVideo::detail::ColladaReader;
-using testSupport::LogCapture;
-using testSupport::TemporaryFile;
 
 std::string repeated(const std::string& text, std::size_t count)
 {

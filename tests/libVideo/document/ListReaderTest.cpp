@@ -1,6 +1,5 @@
-#include "support/ColladaBuilder.h"
+#include "support/VideoTest.h"
 
-#include <libVideo/ColladaDom.h>
 #include <libVideo/SceneGraph/document/ColladaReader.h>
 #include <libVideo/SceneGraph/document/ListReader.h>
 
@@ -8,26 +7,12 @@
 #include <cctype>
 #include <cfloat>
 #include <clocale>
-#include <cmath>
-#include <cstddef>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
-#include <limits>
 #include <map>
-#include <memory>
-#include <optional>
-#include <ostream>
 #include <random>
-#include <string>
 #include <system_error>
-#include <tuple>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #ifndef LIBVIDEO_CORPUS
 #define LIBVIDEO_CORPUS "" // a folder of further documents
@@ -35,11 +20,12 @@
 
 namespace {
 
+using namespace libVideo;
+using namespace testSupport;
+
 using libVideo::detail::ColladaReader;
 using libVideo::detail::ElementType;
 using libVideo::detail::ListReader;
-using testSupport::ColladaBuilder;
-using testSupport::TemporaryFile;
 
 // The document model prints a warning for each NaN and INF that it reads. This counts them instead.
 class SilentHandler : public daeErrorHandler {
@@ -898,7 +884,7 @@ private:
     std::mt19937_64 m_engine;
 };
 
-static_assert(LDBL_MANT_DIG > DBL_MANT_DIG, "the point midway between two doubles is a long double");
+static_assert(LDBL_MANT_DIG > DBL_MANT_DIG);
 
 class ListReaderTokenTest : public ::testing::TestWithParam<std::tuple<Kind, unsigned>> {};
 

@@ -1,23 +1,15 @@
-#include "support/ColladaBuilder.h"
-#include "support/LogCapture.h"
-#include "support/PrivateAccess.h"
+#include "support/VideoTest.h"
 
-#include <libVideo/ColladaDom.h>
 #include <libVideo/SceneGraph/Node.h>
 #include <libVideo/SceneGraph/Scene.h>
 
 #include <filesystem>
 #include <fstream>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 namespace {
 
-using libVideo::Scene;
-using testSupport::LogCapture;
-using testSupport::TemporaryFile;
+using namespace libVideo;
+using namespace testSupport;
 
 PRIVATE_MEMBER(ResolvedDae, DAE Scene::*, &Scene::m_dae)
 

@@ -1,26 +1,20 @@
-#include "support/FailingAllocator.h"
+#include "support/VideoTest.h"
 
 #include <libVideo/SceneGraph/vertices/TupleTable.h>
 
-#include <cstddef>
 #include <map>
-#include <ostream>
 #include <random>
-#include <string>
-#include <type_traits>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 namespace {
 
+using namespace libVideo;
+using namespace testSupport;
+
 using libVideo::detail::TupleTable;
-using testSupport::FailingAllocator;
 using Tuple = std::vector<unsigned>;
 using Answer = std::pair<unsigned, bool>; ///< the number, and whether the tuple was new
 
-static_assert(std::is_same<TupleTable::Place, decltype(std::declval<TupleTable&>().insert(nullptr))>::value, "a place");
+static_assert(std::is_same_v<TupleTable::Place, decltype(std::declval<TupleTable&>().insert(nullptr))>);
 
 Answer insert(TupleTable& table, const Tuple& tuple)
 {
@@ -163,15 +157,9 @@ INSTANTIATE_TEST_SUITE_P(Lengths, TupleTableLengthTest, testing::Values(1u, 2u, 
 
 // --- Index lists as meshes have them ---
 
-struct Pattern {
-    const char* name;
+struct Pattern : Row {
     Tuple (*tuple)(unsigned i);
 };
-
-std::ostream& operator<<(std::ostream& out, const Pattern& pattern)
-{
-    return out << pattern.name;
-}
 
 class TupleTablePatternTest : public testing::TestWithParam<Pattern> {};
 
@@ -227,19 +215,13 @@ INSTANTIATE_TEST_SUITE_P(Patterns, TupleTablePatternTest,
                                                  [](unsigned i) {
                                                      return Tuple{i % 7, i / 7 % 7, i / 49 % 7};
                                                  }}),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         rowName);
 
 // --- Growth ---
 
-struct Hint {
-    const char* name;
+struct Hint : Row {
     unsigned corners;
 };
-
-std::ostream& operator<<(std::ostream& out, const Hint& hint)
-{
-    return out << hint.name;
-}
 
 class TupleTableHintTest : public testing::TestWithParam<Hint> {};
 
@@ -258,7 +240,7 @@ TEST_P(TupleTableHintTest, ManyTuplesOutgrowTheStart)
 INSTANTIATE_TEST_SUITE_P(Hints, TupleTableHintTest,
                          testing::Values(Hint{"NoCorners", 0}, Hint{"OneTriangle", 3}, Hint{"LessThanCome", 1000},
                                          Hint{"AsManyAsCome", 300000}, Hint{"MoreThanCome", 1000000}),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         rowName);
 
 TEST(TupleTableTest, EachDoublingKeepsTheNumbers)
 {

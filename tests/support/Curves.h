@@ -1,0 +1,13 @@
+#pragma once
+
+#include <libVideo/Handles.h>
+
+#include <string>
+
+namespace testSupport {
+
+/// The animation that a document's one curve gives, loaded without a line; see `curve` in Words.h.
+libVideo::AnimationHandle loadedCurve(const std::string& target, const std::string& seconds, const std::string& values,
+                                      const std::string& interpolation = std::string());
+
+} // namespace testSupport

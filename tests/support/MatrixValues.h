@@ -1,0 +1,87 @@
+#pragma once
+
+#include <libMath/Matrix.h>
+#include <libMath/Vector.h>
+
+#include <array>
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+namespace testSupport {
+
+using Matrix4 = libMath::Matrix<float, 4, 4>;
+using Vector3 = libMath::Vector<float, 3>;
+/// A matrix in its flat order.
+using Elements = std::array<float, 16>;
+using Triple = std::array<float, 3>;
+
+constexpr Triple triple(float x, float y, float z)
+{
+    return {x, y, z};
+}
+
+/// Of sixteen numbers, in their flat order; a row of a table of cases takes less room with it than with braces.
+template <class... Number>
+constexpr Elements elementsOf(Number... numbers)
+{
+    static_assert(sizeof...(Number) == 16);
+    return {static_cast<float>(numbers)...};
+}
+
+constexpr Elements zero{};
+constexpr Elements identity{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+
+constexpr Elements translated(float x, float y, float z)
+{
+    return {1, 0, 0, x, 0, 1, 0, y, 0, 0, 1, z, 0, 0, 0, 1};
+}
+
+constexpr Elements scaled(float x, float y, float z)
+{
+    return {x, 0, 0, 0, 0, y, 0, 0, 0, 0, z, 0, 0, 0, 0, 1};
+}
+
+inline Elements elements(const Matrix4& matrix)
+{
+    Elements all{};
+    for (unsigned i = 0; i < 16; ++i) {
+        all[i] = matrix[i];
+    }
+    return all;
+}
+
+inline Matrix4 matrixOf(const Elements& values)
+{
+    Matrix4 matrix;
+    for (unsigned i = 0; i < 16; ++i) {
+        matrix[i] = values[i];
+    }
+    return matrix;
+}
+
+inline Triple triple(const Vector3& vector)
+{
+    return {vector[0], vector[1], vector[2]};
+}
+
+/// The same numbers, to the last bit but for the sign of a zero; NaN where NaN is expected.
+inline void expectSame(const Elements& expected, const Elements& actual)
+{
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        if (std::isnan(expected[i])) {
+            EXPECT_TRUE(std::isnan(actual[i])) << "element " << i << ": " << actual[i];
+        } else {
+            EXPECT_EQ(expected[i], actual[i]) << "element " << i;
+        }
+    }
+}
+
+inline void expectNear(const Elements& expected, const Elements& actual)
+{
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        EXPECT_NEAR(expected[i], actual[i], 1e-6f) << "element " << i;
+    }
+}
+
+} // namespace testSupport

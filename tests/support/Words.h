@@ -1,0 +1,56 @@
+#pragma once
+
+#include <vesk/String.h>
+
+#include <string>
+
+/// @file
+/// What small documents are written with.
+
+#define PARAM_X "<param name='X' type='float'/>"
+#define PARAMS_ST "<param name='S' type='float'/><param name='T' type='float'/>"
+#define PARAMS_XYZ "<param name='X' type='float'/><param name='Y' type='float'/><param name='Z' type='float'/>"
+#define PARAM_MATRIX "<param name='M' type='float4x4'/>"
+#define PARAM_UNNAMED "<param type='float'/>"
+
+namespace testSupport {
+
+inline std::string textOf(const vesk::String& text)
+{
+    return text.data();
+}
+
+/// How many words there are between blanks.
+unsigned wordCount(const std::string& text);
+
+/// "<name>content</name>", or nothing for no content.
+std::string library(const std::string& name, const std::string& content);
+
+/// An array of as many numbers as its `count` says.
+std::string floatArray(const std::string& id, const std::string& numbers);
+/// An array of as many names as its `count` says.
+std::string nameArray(const std::string& id, const std::string& names);
+/// A `<technique_common>` with an accessor of an array.
+std::string accessorTo(const std::string& array, const std::string& attributes,
+                       const std::string& params = std::string());
+/// A `<source>` of a float array "ID-array" and, if there are attributes, an accessor of it.
+std::string sourceXml(const std::string& id, const std::string& numbers, const std::string& attributes = std::string(),
+                      const std::string& params = std::string());
+/// A `<source>` of that many records of numbers, whatever its array holds.
+std::string floats(const std::string& id, const std::string& numbers, unsigned count, unsigned stride = 1);
+/// A `<source>` of that many records of names, whatever its array holds.
+std::string names(const std::string& id, const std::string& words, unsigned count, unsigned stride = 1);
+std::string inputXml(const std::string& semantic, const std::string& source);
+std::string inputXml(const std::string& semantic, const std::string& source, const std::string& offset);
+/// An `<animation>` of a curve with keys at these seconds, and with as many values for each; straight without a word on
+/// interpolation. Its ids start with its name.
+std::string curve(const std::string& name, const std::string& target, const std::string& seconds,
+                  const std::string& values, const std::string& interpolation = std::string());
+
+std::string node(const std::string& id, const std::string& content);
+/// An `<extra>` with what a vendor adds.
+std::string vendorExtra(const std::string& content, const std::string& profile = "FCOLLADA");
+/// The `<optics>` of a camera in perspective.
+std::string optics(const std::string& perspective);
+
+} // namespace testSupport
