@@ -710,7 +710,7 @@ TEST(AccessorTest, LoadingAgainAppends)
 
 TEST(AccessorTest, FailedSecondLoadTakesTheCountAndLosesTheArrayAlone)
 {
-    SourceDocument first("1 2 3 4 5 6", ofFloats + "count='2' offset='0'", xyz);
+    SourceDocument first("1 2 3 4 5 6", ofFloats + "count='2' offset='0'", PARAMS_XYZ);
     SourceDocument second("7 8 9", "source='#words' count='5' offset='1' stride='4'", PARAM_X);
     AccessorFloat accessor;
     ASSERT_TRUE(accessor.createFromCollada(first.accessor()));
