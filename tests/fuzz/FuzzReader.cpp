@@ -67,6 +67,11 @@ void* operator new(std::size_t size)
     return memory;
 }
 
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
+{
+    return std::calloc(1, size == 0 ? 1 : size);
+}
+
 void operator delete(void* memory) noexcept
 {
     std::free(memory);
