@@ -1,16 +1,23 @@
-// Draws one moment of a document with plain OpenGL, without a window: draw FILE.dae OUT.ppm [SECONDS]
+// Draws a document with plain OpenGL, without a window: draw FILE.dae OUT.ppm [SECONDS [FRAMES]]
+//
+// With FRAMES it draws that many pictures, 25 for a second, with a number in front of the ending: OUT-0000.ppm and on.
 #include <libVideo/SceneGraph.h>
 
 #include <epoxy/egl.h>
 #include <epoxy/gl.h>
+#define STB_IMAGE_IMPLEMENTATION
+#define STBI_FAILURE_USERMSG
+#include <stb/stb_image.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <exception>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -20,6 +27,7 @@ using Matrix = libMath::Matrix<float, 4, 4>;
 using Vector3 = libMath::Vector<float, 3>;
 
 constexpr int height = 480;
+constexpr double framesPerSecond = 25.0;
 constexpr int cannotDraw = 77; // what a test takes for "skipped"
 
 bool makeContext()
@@ -50,10 +58,9 @@ void makePicture(int width)
     glViewport(0, 0, width, height);
     glEnable(GL_DEPTH_TEST);
     glClearColor(0.6f, 0.75f, 0.9f, 1.0f);
-    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
 }
 
-bool writePicture(const char* path, int width)
+bool writePicture(const std::string& path, int width)
 {
     std::vector<char> pixels(static_cast<std::size_t>(width) * height * 3);
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
@@ -71,14 +78,17 @@ bool writePicture(const char* path, int width)
 const char* const vertexShader = R"(#version 330
 layout(location = 0) in vec3 position;
 layout(location = 1) in vec3 normal;
+layout(location = 2) in vec2 texturePlace;
 uniform mat4 world, view, projection;
 out vec3 place, direction;
+out vec2 texel;
 void main()
 {
     vec4 point = world * vec4(position, 1.0);
     vec4 clip = projection * view * point;
     place = point.xyz;
     direction = transpose(inverse(mat3(world))) * normal;
+    texel = texturePlace;
     // The view is left-handed and the document right-handed, and depth runs from 0 to 1.
     gl_Position = vec4(-clip.x, clip.y, 2.0 * clip.z - clip.w, clip.w);
 }
@@ -86,20 +96,30 @@ void main()
 // [/vertex-shader]
 
 const char* const fragmentShader = R"(#version 330
-const int most = 8;
-uniform vec3 emission, diffuse, lightPlace[most], lightColor[most], lightAttenuation[most];
+const int maxLights = 8;
+uniform vec3 emission, diffuse, lightPlace[maxLights], lightColor[maxLights], lightAttenuation[maxLights];
+uniform vec3 lightDirection[maxLights];  // zero for a light that shines all round
+uniform vec2 lightCone[maxLights];       // cosine of half its angle, exponent
 uniform int lightCount;
+uniform sampler2D image;
+uniform bool hasImage;
 in vec3 place, direction;
+in vec2 texel;
 out vec4 color;
 void main()
 {
+    vec3 surface = hasImage ? texture(image, texel).rgb : diffuse;
     vec3 sum = emission;
     for (int i = 0; i < lightCount; ++i) {
         vec3 way = lightPlace[i] - place;
         float distance = length(way);
         float fall = dot(lightAttenuation[i], vec3(1.0, distance, distance * distance));
-        float facing = max(dot(normalize(direction), way / distance), 0.0);
-        sum += lightColor[i] / (fall > 0.0 ? fall : 1.0) * diffuse * facing;
+        float strength = max(dot(normalize(direction), way / distance), 0.0) / (fall > 0.0 ? fall : 1.0);
+        if (lightDirection[i] != vec3(0.0)) {
+            float cosine = dot(-way / distance, lightDirection[i]);
+            strength *= cosine < lightCone[i].x ? 0.0 : pow(max(cosine, 0.0), lightCone[i].y);
+        }
+        sum += lightColor[i] * surface * strength;
     }
     color = vec4(sum, 1.0);
 }
@@ -121,67 +141,144 @@ GLuint makeProgram()
     return program;
 }
 
-// [view]
-// The view of a camera that looks at no node: along -z of its own one, in the form that the library gives.
-Matrix viewFrom(const libVideo::Node& node)
+// [moment]
+// World matrices of all nodes at a time. They are computed here and not by VisualScene::transform(), which can be called once.
+using Worlds = std::map<const libVideo::Node*, Matrix>;
+
+Worlds worldsAt(const libVideo::VisualScene& scene, double time)
 {
+    Worlds worlds;
+    worlds[&scene.root()] = scene.root().transform(); // the identity
+    vesk::Array<libVideo::NodeLink> nodes = scene.root().children();
+    for (unsigned i = 0; i < nodes.size(); ++i) { // the list grows: parents come before their children
+        libVideo::Node& node = *nodes[i];
+        worlds[&node] = worlds[node.parent().get()] * node.transform(time);
+        nodes.appendArray(node.children());
+    }
+    return worlds;
+}
+
+// Column of a world matrix: 0 to 2 are the axes of the node, 3 is its position.
+Vector3 columnOf(const Matrix& world, unsigned column)
+{
+    return {world(0, column), world(1, column), world(2, column)};
+}
+// [/moment]
+
+// [view]
+// The view from a node towards a target, in the form of CameraInstance::view(); without a target, along -z of the node.
+Matrix viewFrom(const Matrix& world, const Matrix* target)
+{
+    const Vector3 eye = columnOf(world, 3);
+    const Vector3 back = target != nullptr ? eye - columnOf(*target, 3) : columnOf(world, 2);
+    const Vector3 z = (Vector3() - back).normalized();
+    const Vector3 x = columnOf(world, 1).cross(z).normalized();
+    const Vector3 axes[] = {x, z.cross(x), z};
     Matrix view;
-    const float sign[] = {-1.0f, 1.0f, -1.0f};
     for (unsigned axis = 0; axis < 3; ++axis) {
-        const libMath::Vector<float, 4> column = node.transform().column(axis);
-        const Vector3 unit = Vector3(column[0], column[1], column[2]).normalized();
         for (unsigned i = 0; i < 3; ++i) {
-            view(i, axis) = sign[axis] * unit[i];
+            view(i, axis) = axes[axis][i];
         }
-        view(3, axis) = -sign[axis] * unit.dot(node.position());
+        view(3, axis) = -axes[axis].dot(eye);
     }
     view(3, 3) = 1.0f;
     return view;
 }
 // [/view]
 
+// [texture]
+// A texture of an image file next to the document; 0 without one.
+GLuint loadTexture(const libVideo::SharedHandle<libVideo::Texture>& texture, const std::filesystem::path& folder)
+{
+    if (!texture || texture->textureFile().empty()) {
+        return 0;
+    }
+    const std::string file = (folder / texture->textureFile().data()).string();
+    int width = 0;
+    int height = 0;
+    stbi_set_flip_vertically_on_load(1); // the first row of OpenGL is the lowest
+    stbi_uc* const pixels = stbi_load(file.c_str(), &width, &height, nullptr, 4);
+    if (pixels == nullptr) {
+        std::cerr << file << ": " << stbi_failure_reason() << '\n';
+        return 0;
+    }
+    GLuint name = 0;
+    glGenTextures(1, &name);
+    glBindTexture(GL_TEXTURE_2D, name);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixels);
+    glGenerateMipmap(GL_TEXTURE_2D);
+    stbi_image_free(pixels);
+    return name;
+}
+// [/texture]
+
 class Drawing {
 public:
-    explicit Drawing(const libVideo::VisualScene& scene) : m_scene(scene), m_program(makeProgram()) {}
-
-    void draw()
+    // Uploads everything, once for all pictures.
+    Drawing(const libVideo::VisualScene& scene, const std::filesystem::path& folder)
+        : m_scene(scene), m_program(makeProgram())
     {
-        setLights();
         // [geometries]
         for (const libVideo::GeometryTable::Bucket& bucket : m_scene.geometryTable()) {
             const libVideo::Geometry& geometry = *bucket.value;
             for (const libVideo::SharedHandle<libVideo::Primitive>& primitive : geometry.mesh().primitives()) {
-                upload(*primitive);
-                setMaterial(primitive->material());
-                for (const libVideo::NodeHandle& node : geometry.nodes()) {
-                    const libVideo::Node& placed = *node;
-                    glUniformMatrix4fv(place("world"), 1, GL_TRUE, &placed.transform()[0]);
-                    drawPrimitive(*primitive);
-                }
+                m_meshes.push_back(
+                    {upload(*primitive), primitive, &geometry, materialOf(primitive->material(), folder)});
             }
         }
         // [/geometries]
     }
 
-    // [camera]
-    void setCamera(libVideo::CameraInstance& camera, double time)
+    void draw(const Worlds& worlds)
     {
-        // Once more, now that the nodes stand in the world.
-        const Matrix view = camera.lookAtNode() ? camera.setLookAtNode(camera.lookAtNode()) : viewFrom(*camera.node());
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        setLights(worlds);
+        // [draw]
+        for (const Mesh& mesh : m_meshes) {
+            glBindVertexArray(mesh.array);
+            glUniform3fv(place("emission"), 1, mesh.material.values.emission);
+            glUniform3fv(place("diffuse"), 1, mesh.material.values.diffuse);
+            glUniform1i(place("hasImage"), mesh.material.image != 0 ? 1 : 0);
+            glBindTexture(GL_TEXTURE_2D, mesh.material.image);
+            for (const libVideo::NodeHandle& node : mesh.geometry->nodes()) {
+                glUniformMatrix4fv(place("world"), 1, GL_TRUE, &worlds.at(node.get())[0]);
+                drawPrimitive(*mesh.primitive);
+            }
+        }
+        // [/draw]
+    }
+
+    // [camera]
+    void setCamera(libVideo::CameraInstance& camera, const Worlds& worlds, double time)
+    {
+        const Matrix& world = worlds.at(camera.node().get());
+        const Matrix view = viewFrom(world, camera.lookAtNode() ? &worlds.at(camera.lookAtNode().get()) : nullptr);
         // Both are for row vectors, row by row, which OpenGL takes for their transposes, for column vectors.
         glUniformMatrix4fv(place("view"), 1, GL_FALSE, &view[0]);
         glUniformMatrix4fv(place("projection"), 1, GL_FALSE, &camera.projection(time)[0]);
-        m_eye = camera.node()->position();
+        m_eye = columnOf(world, 3);
     }
     // [/camera]
 
 private:
+    struct Material {
+        libVideo::BlinnMaterial::Component values; // white
+        GLuint image = 0;                          // of the diffuse channel
+    };
+
+    struct Mesh {
+        GLuint array;
+        libVideo::SharedHandle<libVideo::Primitive> primitive;
+        const libVideo::Geometry* geometry;
+        Material material;
+    };
+
     GLint place(const std::string& name) const { return glGetUniformLocation(m_program, name.c_str()); }
 
     void setVector(const std::string& name, const Vector3& v) const { glUniform3f(place(name), v[0], v[1], v[2]); }
 
     // [upload]
-    void upload(libVideo::Primitive& primitive)
+    static GLuint upload(libVideo::Primitive& primitive)
     {
         GLuint buffers[3] = {}; // of vertices, of indices, and the array of both
         glGenVertexArrays(1, &buffers[2]);
@@ -200,13 +297,17 @@ private:
         if (primitive.normalLayout(layout)) {
             setAttribute(1, layout, primitive.bytesPerVertex());
         }
+        if (primitive.textureCoordLayout(layout)) {
+            setAttribute(2, layout, primitive.bytesPerVertex());
+        }
+        return buffers[2];
     }
 
     static void setAttribute(GLuint location, const libVideo::VertexLayout& layout, unsigned stride)
     {
         const auto components = static_cast<GLint>(std::clamp<std::size_t>(layout.byteSize / sizeof(float), 1, 4));
         glEnableVertexAttribArray(location);
-        // NOLINTNEXTLINE(performance-no-int-to-ptr): so OpenGL wants an offset
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): OpenGL takes an offset as a pointer
         const void* const offset = reinterpret_cast<const void*>(std::uintptr_t(layout.byteOffset));
         glVertexAttribPointer(location, components, GL_FLOAT, GL_FALSE, static_cast<GLsizei>(stride), offset);
     }
@@ -223,83 +324,99 @@ private:
     // [/upload]
 
     // [material]
-    void setMaterial(const vesk::String& symbol)
+    Material materialOf(const vesk::String& symbol, const std::filesystem::path& folder) const
     {
         const libVideo::BlinnMaterialTable::Bucket* const bucket = m_scene.blinnMaterialTable().lookup(symbol);
-        libVideo::BlinnMaterial::Component values; // white
-        std::fill_n(values.emission, 3, 0.0f);     // but not by itself, if nothing is bound to the symbol
-        if (bucket != nullptr) {
-            values = bucket->value->component();
+        Material material;
+        if (bucket == nullptr) {
+            std::fill_n(material.values.emission, 3, 0.0f); // white, but not by itself
+        } else {
+            material.values = bucket->value->component();
+            material.image = loadTexture(material.values.diffuseTexture, folder);
         }
-        glUniform3fv(place("emission"), 1, values.emission);
-        glUniform3fv(place("diffuse"), 1, values.diffuse);
+        return material;
     }
     // [/material]
 
-    void setLights()
+    // [lights]
+    void setLights(const Worlds& worlds)
     {
+        m_lightCount = 0;
         for (const libVideo::PointLightInstanceHandle& light : m_scene.pointLightList()) {
-            addLight(*light->pointLight(), light->node()->position());
+            addLight(*light->pointLight(), columnOf(worlds.at(light->node().get()), 3));
         }
         for (const libVideo::SpotLightInstanceHandle& light : m_scene.spotLightList()) {
-            addLight(*light->spotLight(), light->node()->position()); // as if it shone all round
+            const libVideo::SpotLight& spot = *light->spotLight();
+            const Vector3 position = columnOf(worlds.at(light->node().get()), 3);
+            if (light->lookatNode()) { // else it shines all round
+                const Vector3 target = columnOf(worlds.at(light->lookatNode().get()), 3);
+                setVector("lightDirection" + indexOfNextLight(), (target - position).normalized());
+                glUniform2f(place("lightCone" + indexOfNextLight()),
+                            std::cos(spot.innerConeAngle() / 2.0f * 3.14159265f / 180.0f), spot.falloffExponent());
+            }
+            addLight(spot, position);
         }
         if (m_lightCount == 0) {
             addLight(libVideo::PointLight("at the eye"), m_eye);
         }
-        glUniform1i(place("lightCount"), std::min(m_lightCount, 8)); // OpenGL passes over what has no place
+        glUniform1i(place("lightCount"), std::min(m_lightCount, 8)); // OpenGL skips what has no place
     }
+    // [/lights]
+
+    std::string indexOfNextLight() const { return "[" + std::to_string(m_lightCount) + "]"; }
 
     template <class Light>
     void addLight(const Light& light, const Vector3& position)
     {
-        const std::string index = "[" + std::to_string(m_lightCount++) + "]";
-        setVector("lightPlace" + index, position);
-        setVector("lightColor" + index, light.color());
-        setVector("lightAttenuation" + index,
+        setVector("lightPlace" + indexOfNextLight(), position);
+        setVector("lightColor" + indexOfNextLight(), light.color());
+        setVector("lightAttenuation" + indexOfNextLight(),
                   Vector3(light.constantAttenuation(), light.linearAttenuation(), light.quadraticAttenuation()));
+        ++m_lightCount;
     }
 
     const libVideo::VisualScene& m_scene;
     GLuint m_program;
+    std::vector<Mesh> m_meshes;
     Vector3 m_eye;
     int m_lightCount = 0;
 };
 
-// [moment]
-// Puts every node where it stands in the world at a time. Of one scene this can be done once.
-void moveTo(libVideo::VisualScene& scene, double time)
+// OUT.ppm for a single picture, else OUT-0007.ppm.
+std::string nameOf(const std::filesystem::path& out, unsigned long frame, unsigned long frameCount)
 {
-    vesk::Array<libVideo::NodeLink> nodes = scene.root().children();
-    for (unsigned i = 0; i < nodes.size(); ++i) {
-        libVideo::Node& node = *nodes[i];
-        node.transform(time);
-        nodes.appendArray(node.children());
+    if (frameCount <= 1) {
+        return out.string();
     }
-    scene.transform();
+    const std::string number = std::to_string(frame);
+    const std::string zeros(number.size() < 4 ? 4 - number.size() : 0, '0');
+    return (out.parent_path() / (out.stem().string() + '-' + zeros + number + out.extension().string())).string();
 }
-// [/moment]
 
 } // namespace
 
 int main(int argc, char** argv)
 try {
     // [load]
+    if (argc < 3) {
+        std::cerr << "usage: draw FILE.dae OUT.ppm [SECONDS [FRAMES]]\n";
+        return 2;
+    }
     libVideo::Scene scene;
-    if (argc < 3 || !scene.createFromCollada(argv[1])) {
+    if (!scene.createFromCollada(argv[1])) {
         return 1; // the reason went to standard error
     }
-    libVideo::VisualScene& world = scene.visualScene();
+    const libVideo::VisualScene& world = scene.visualScene();
     if (world.cameraList().size() == 0) {
         std::cerr << "the document has no camera\n";
         return 1;
     }
     // [/load]
-    const double time = argc > 3 ? std::strtod(argv[3], nullptr) : 0.0;
-    moveTo(world, time);
+    const double start = argc > 3 ? std::strtod(argv[3], nullptr) : 0.0;
+    const unsigned long frameCount = argc > 4 ? std::strtoul(argv[4], nullptr, 10) : 1;
     // [picture]
     libVideo::CameraInstance& camera = *world.cameraList()[0];
-    const Matrix& projection = camera.projection(time);
+    const Matrix& projection = camera.projection(start);
     const double aspectRatio = double(projection[5] / projection[0]); // width to height
     // [/picture]
     const bool fits = aspectRatio > 0.1 && aspectRatio < 10.0;
@@ -309,10 +426,19 @@ try {
         return cannotDraw;
     }
     makePicture(width);
-    Drawing drawing(world);
-    drawing.setCamera(camera, time);
-    drawing.draw();
-    return glGetError() == GL_NO_ERROR && writePicture(argv[2], width) ? 0 : 1;
+    // [loop]
+    Drawing drawing(world, std::filesystem::path(argv[1]).parent_path());
+    for (unsigned long frame = 0; frame < frameCount; ++frame) {
+        const double time = start + double(frame) / framesPerSecond;
+        const Worlds worlds = worldsAt(world, time);
+        drawing.setCamera(camera, worlds, time);
+        drawing.draw(worlds);
+        if (!writePicture(nameOf(argv[2], frame, frameCount), width)) {
+            return 1;
+        }
+    }
+    // [/loop]
+    return glGetError() == GL_NO_ERROR ? 0 : 1;
 } catch (const std::exception& exception) {
     std::cerr << exception.what() << '\n';
     return 1;

@@ -42,8 +42,6 @@ TEST(InstanceTest, MembersStandInTheirOrder)
     EXPECT_LT(spotLight, lookAt);
 }
 
-constexpr const char* channel = "libVideo.instance";
-
 // The view of an eye that looks along +Z with Y up: axes as they are, and the eye moved to the origin.
 constexpr Elements straightView(float x, float y, float z)
 {
