@@ -26,7 +26,7 @@ namespace {
 using Matrix = libMath::Matrix<float, 4, 4>;
 using Vector3 = libMath::Vector<float, 3>;
 
-constexpr int height = 480;
+constexpr int pictureHeight = 480;
 constexpr double framesPerSecond = 25.0;
 constexpr int cannotDraw = 77; // what a test takes for "skipped"
 
@@ -52,23 +52,23 @@ void makePicture(int width)
     const GLenum places[] = {GL_COLOR_ATTACHMENT0, GL_DEPTH_ATTACHMENT};
     for (int i = 0; i < 2; ++i) {
         glBindRenderbuffer(GL_RENDERBUFFER, buffers[i]);
-        glRenderbufferStorage(GL_RENDERBUFFER, formats[i], width, height);
+        glRenderbufferStorage(GL_RENDERBUFFER, formats[i], width, pictureHeight);
         glFramebufferRenderbuffer(GL_FRAMEBUFFER, places[i], GL_RENDERBUFFER, buffers[i]);
     }
-    glViewport(0, 0, width, height);
+    glViewport(0, 0, width, pictureHeight);
     glEnable(GL_DEPTH_TEST);
     glClearColor(0.6f, 0.75f, 0.9f, 1.0f);
 }
 
 bool writePicture(const std::string& path, int width)
 {
-    std::vector<char> pixels(static_cast<std::size_t>(width) * height * 3);
+    std::vector<char> pixels(static_cast<std::size_t>(width) * pictureHeight * 3);
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(0, 0, width, height, GL_RGB, GL_UNSIGNED_BYTE, pixels.data());
+    glReadPixels(0, 0, width, pictureHeight, GL_RGB, GL_UNSIGNED_BYTE, pixels.data());
     std::ofstream file(path, std::ios::binary);
-    file << "P6\n" << width << ' ' << height << "\n255\n";
+    file << "P6\n" << width << ' ' << pictureHeight << "\n255\n";
     const std::streamsize stride = std::streamsize(width) * 3;
-    for (int row = height; row-- > 0;) { // the first row of OpenGL is the lowest
+    for (int row = pictureHeight; row-- > 0;) { // the first row of OpenGL is the lowest
         file.write(pixels.data() + row * stride, stride);
     }
     return static_cast<bool>(file.flush());
@@ -109,12 +109,14 @@ out vec4 color;
 void main()
 {
     vec3 surface = hasImage ? texture(image, texel).rgb : diffuse;
+    // A mesh without normals is flat.
+    vec3 normal = normalize(direction == vec3(0.0) ? cross(dFdx(place), dFdy(place)) : direction);
     vec3 sum = emission;
     for (int i = 0; i < lightCount; ++i) {
         vec3 way = lightPlace[i] - place;
         float distance = length(way);
         float fall = dot(lightAttenuation[i], vec3(1.0, distance, distance * distance));
-        float strength = max(dot(normalize(direction), way / distance), 0.0) / (fall > 0.0 ? fall : 1.0);
+        float strength = max(dot(normal, way / distance), 0.0) / (fall > 0.0 ? fall : 1.0);
         if (lightDirection[i] != vec3(0.0)) {
             float cosine = dot(-way / distance, lightDirection[i]);
             strength *= cosine < lightCone[i].x ? 0.0 : pow(max(cosine, 0.0), lightCone[i].y);
@@ -420,7 +422,7 @@ try {
     const double aspectRatio = double(projection[5] / projection[0]); // width to height
     // [/picture]
     const bool fits = aspectRatio > 0.1 && aspectRatio < 10.0;
-    const int width = fits ? static_cast<int>(std::lround(height * aspectRatio)) : height;
+    const int width = fits ? static_cast<int>(std::lround(pictureHeight * aspectRatio)) : pictureHeight;
     if (!makeContext()) {
         std::cerr << "there is no OpenGL 3.3 without a window\n";
         return cannotDraw;

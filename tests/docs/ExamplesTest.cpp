@@ -1,5 +1,6 @@
 #include "support/ColladaBuilder.h"
 #include "support/Process.h"
+#include "support/Words.h"
 
 #include <array>
 #include <cstddef>
@@ -87,8 +88,8 @@ std::string corner(const std::string& name)
 
 std::string shown(const std::string& name, const std::string& place)
 {
-    return "<node id='" + name + "-node'><translate>" + place + "</translate><instance_geometry url='#" + name +
-           "'><bind_material><technique_common><instance_material symbol='" + name + "' target='#" + name +
+    return "<node id='" + name + "-node'><translate sid='place'>" + place + "</translate><instance_geometry url='#" +
+           name + "'><bind_material><technique_common><instance_material symbol='" + name + "' target='#" + name +
            "-material'/></technique_common></bind_material></instance_geometry></node>";
 }
 
@@ -117,11 +118,28 @@ std::string threeTriangles(const std::string& viewer, const std::string& extra)
         .text();
 }
 
-// Without the leak checker, since drivers keep what they have until the process ends.
-ProcessResult draw(const std::string& document, const std::string& picture)
+// What a camera sees from (0, 0, 5) along -z, with a picture 10 wide and 10 high at z = 0.
+std::string seenFromTheFront(const std::string& libraries, const std::string& nodes)
 {
-    return runProcess({DRAW_PROGRAM, document, picture},
-                      {false, {"EGL_LOG_LEVEL=fatal", "ASAN_OPTIONS=detect_leaks=0"}});
+    return ColladaBuilder("<library_cameras><camera id='eye'>" +
+                          testSupport::optics("<xfov>90</xfov><yfov>90</yfov><znear>1</znear><zfar>20</zfar>") +
+                          "</camera></library_cameras>" + libraries)
+        .addScene("<node id='viewer'><translate>0 0 5</translate><instance_camera url='#eye'/></node>" + nodes)
+        .text();
+}
+
+std::string materialAndMesh(const std::string& name, const std::string& effectLibrary)
+{
+    return effectLibrary + "<library_materials>" + material(name) + "</library_materials><library_geometries>" +
+           corner(name) + "</library_geometries>";
+}
+
+// Without the leak checker, since drivers keep what they have until the process ends.
+ProcessResult draw(const std::string& document, const std::string& picture, const std::vector<std::string>& times = {})
+{
+    std::vector<std::string> arguments = {DRAW_PROGRAM, document, picture};
+    arguments.insert(arguments.end(), times.begin(), times.end());
+    return runProcess(arguments, {false, {"EGL_LOG_LEVEL=fatal", "ASAN_OPTIONS=detect_leaks=0"}});
 }
 
 void expectColor(const std::array<int, 3>& expected, const Color& color, const char* what)
@@ -190,6 +208,55 @@ TEST(DrawExampleTest, SaysWhyThereIsNoPicture)
     const ProcessResult result = draw(document.path(), (document.folder() / "picture.ppm").string());
     EXPECT_EQ(1, result.status);
     EXPECT_EQ("the document has no camera\n", result.errors);
+}
+
+TEST(DrawExampleTest, SaysHowItIsCalled)
+{
+    const ProcessResult result = runProcess({DRAW_PROGRAM});
+    EXPECT_EQ(2, result.status);
+    EXPECT_EQ("usage: draw FILE.dae OUT.ppm [SECONDS [FRAMES]]\n", result.errors);
+}
+
+// Two units to the right and above in the first two pictures, two units to the left in the third.
+TEST(DrawExampleTest, DrawsAPictureForEachTwentyFifthOfASecond)
+{
+    const TemporaryFile document(seenFromTheFront(
+        "<library_animations>" +
+            testSupport::curve("move", "red-node/place", "0 0.05 0.07 0.2", "2 2 0 2 2 0 -2 2 0 -2 2 0") +
+            "</library_animations>" +
+            materialAndMesh("red", "<library_effects>" + glow("red", "1 0 0 1") + "</library_effects>"),
+        shown("red", "2 2 0")));
+    const ProcessResult result = draw(document.path(), (document.folder() / "picture.ppm").string(), {"0", "3"});
+    if (result.status == cannotDraw) {
+        GTEST_SKIP() << result.errors;
+    }
+    ASSERT_EQ(0, result.status) << result.errors;
+    for (const int frame : {0, 1, 2}) {
+        SCOPED_TRACE(frame);
+        const Picture picture((document.folder() / ("picture-000" + std::to_string(frame) + ".ppm")).string());
+        expectColor(frame < 2 ? red : nothing, picture.at(240 + 110, 240 - 110), "right");
+        expectColor(frame < 2 ? nothing : red, picture.at(240 - 84, 240 - 110), "left");
+    }
+}
+
+// The light at the eye shines straight on the middle of the picture.
+TEST(DrawExampleTest, TakesTheColorOfATexture)
+{
+    const std::string effect =
+        "<library_images><image id='i'><init_from>one.ppm</init_from></image></library_images><library_effects><effect "
+        "id='red-effect'><profile_COMMON><newparam sid='f'><surface type='2D'><init_from>i</init_from></surface>"
+        "</newparam><newparam sid='s'><sampler2D><source>f</source></sampler2D></newparam><technique sid='t'><phong>"
+        "<emission><color>0 0 0 1</color></emission><diffuse><texture texture='s' texcoord='UV'/></diffuse></phong>"
+        "</technique></profile_COMMON></effect></library_effects>";
+    const TemporaryFile document(seenFromTheFront(materialAndMesh("red", effect), shown("red", "-0.25 -0.25 0")));
+    std::ofstream(document.folder() / "one.ppm") << "P6\n1 1\n255\n@\x80\xC0";
+    const std::string file = (document.folder() / "picture.ppm").string();
+    const ProcessResult result = draw(document.path(), file);
+    if (result.status == cannotDraw) {
+        GTEST_SKIP() << result.errors;
+    }
+    ASSERT_EQ(0, result.status) << result.errors;
+    expectColor({0x40, 0x80, 0xC0}, Picture(file).at(240, 240), "in the middle");
 }
 
 #endif
