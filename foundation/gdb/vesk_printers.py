@@ -1,6 +1,6 @@
 """gdb pretty-printers for the containers and handles of vesk, and for the matrices and vectors of libMath.
 
-gdb loads them by itself with an installed libCommon.so; else: (gdb) source vesk_printers.py
+gdb loads them automatically with an installed libCommon.so. Otherwise: (gdb) source vesk_printers.py
 """
 
 import gdb
@@ -23,7 +23,7 @@ class StringPrinter:
         try:
             return self._text["_M_dataplus"]["_M_p"]
         except gdb.error:
-            # clang++ leaves out what the standard library has debug information for; the pointer comes first.
+            # clang++ omits the debug information of standard library types. The pointer is their first member.
             pointer = gdb.lookup_type("char").pointer()
             return self._text.address.cast(pointer.pointer()).dereference()
 
@@ -36,7 +36,7 @@ class StringPrinter:
 
 
 class ArrayPrinter:
-    """vesk::Array: its elements lie behind the counts in one block."""
+    """vesk::Array: one block with the counts, followed by the elements."""
 
     def __init__(self, value):
         self._block = value["m_block"]
@@ -76,7 +76,7 @@ class BufferPrinter:
 
 
 class HashTablePrinter:
-    """vesk::HashTable: keys with their values, chain by chain."""
+    """vesk::HashTable: keys and their values, chain by chain."""
 
     def __init__(self, value):
         self._rep = value["m_rep"]
@@ -89,8 +89,8 @@ class HashTablePrinter:
         try:
             return bucket["next"]
         except gdb.error:
-            # Without debug information of the library only the name of this type is known: the pointer follows the one
-            # to the virtual functions.
+            # Without debug information of the library only the name of this type is known. The pointer is its second
+            # one, after the pointer to the virtual functions.
             return bucket.cast(bucket.type.pointer())[1]
 
     def to_string(self):
@@ -112,7 +112,7 @@ class HashTablePrinter:
 
 
 class SharedResourcePrinter:
-    """vesk::SharedResource: what it owns, and with how many handles in all."""
+    """vesk::SharedResource: the number of its handles, and the object that it owns."""
 
     def __init__(self, value):
         self._value = value
@@ -130,7 +130,7 @@ class SharedResourcePrinter:
 
 
 class CopiedResourcePrinter:
-    """vesk::CopiedResource: what it refers to."""
+    """vesk::CopiedResource: the object that it refers to."""
 
     def __init__(self, value):
         self._pointer = value["m_storage"]["value"]
@@ -171,7 +171,7 @@ class MatrixPrinter:
 
 
 def printers():
-    """All of them, by the type that each is for."""
+    """All printers, each with the pattern of its type."""
     collection = gdb.printing.RegexpCollectionPrettyPrinter("vesk")
     for name, expression, printer in (
         ("String", "^vesk::(String|LoggerStream)$", StringPrinter),

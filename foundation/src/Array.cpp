@@ -43,8 +43,8 @@ void freeArray(ArrayHeader* block) noexcept
 
 void throwArraySize(unsigned size)
 {
-    // There may be no memory for a text either.
-    char message[40] = {}; // 25 characters, ten digits at most
+    // Out of memory, so the message is built on the stack.
+    char message[40] = {}; // 25 characters and at most ten digits
     static_cast<void>(std::snprintf(message, sizeof(message), "Asked for array of size: %u", size));
     throw NullPointer(message);
 }

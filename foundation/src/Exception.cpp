@@ -9,16 +9,16 @@ namespace vesk {
 
 namespace {
 
-// A copy of the text; its start, or nothing at all, where there is no memory for it.
+// A copy of the text. If out of memory, only the start of the text, or nothing at all.
 String keptText(const char* text) noexcept
 {
     try {
         return String(text);
     } catch (const std::bad_alloc&) {
-        static_cast<void>(0); // less will do
+        static_cast<void>(0); // tried again below with less
     }
     try {
-        constexpr std::size_t mostBytes = 15; // as many as standard libraries keep in a text itself
+        constexpr std::size_t mostBytes = 15; // standard libraries store that many without an allocation
         char start[mostBytes + 1] = {};
         std::strncpy(start, text, mostBytes);
         return String(start);
@@ -27,13 +27,13 @@ String keptText(const char* text) noexcept
     }
 }
 
-// Numbers on their way into the base.
+// Formats the message, so that it can be passed to the constructor of the base.
 struct OutOfBoundsText {
     OutOfBoundsText(int low, int high, int index)
     {
         static_cast<void>(std::snprintf(text, sizeof(text), "Index %d is out of bounds %d to %d", index, low, high));
     }
-    char text[80] = {}; // three numbers of eleven characters at most
+    char text[80] = {}; // 28 characters and three numbers of at most eleven
 };
 
 String assertionMessage(const char* file, unsigned long long line, const char* expression) noexcept

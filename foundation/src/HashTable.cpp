@@ -65,7 +65,7 @@ private:
     std::uint64_t m_v3;
 };
 
-// Up to eight bytes, the first one lowest whatever the machine.
+// A word of up to eight bytes, the first one lowest on every machine.
 std::uint64_t littleEndian(const char* bytes, std::size_t count)
 {
     std::uint64_t word = 0;
@@ -75,7 +75,7 @@ std::uint64_t littleEndian(const char* bytes, std::size_t count)
     return word;
 }
 
-// One of its own for each table that asks.
+// A new secret for each table.
 HashSecret newSecret(const void* table) noexcept
 {
     HashSecret secret;
@@ -85,7 +85,7 @@ HashSecret newSecret(const void* table) noexcept
             word = std::uint64_t{device()} << 32u | device();
         }
     } catch (const std::exception&) {
-        // No source of chance. The place of the table and the time are hard to guess as well.
+        // No source of random numbers. The address of the table and the time are hard to guess, too.
         secret.words[0] = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(table));
         secret.words[1] = static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
     }
@@ -96,7 +96,7 @@ HashSecret newSecret(const void* table) noexcept
 
 unsigned HashFunc<String>::hash(const String& key)
 {
-    // Eight bytes at a step, each mixed by a multiplication whose high bits are folded back.
+    // Takes eight bytes per step, mixes them by a multiplication, and folds the high bits back.
     constexpr std::uint64_t multiplier = 0x9E3779B97F4A7C15u;
     const char* bytes = key.data();
     std::size_t left = key.size();
@@ -133,7 +133,7 @@ namespace {
 
 constexpr unsigned mostHeads = 0x80000000u;
 
-// The null behind the last bucket of a chain.
+// The null pointer at the end of a chain.
 _BucketBase** chainEnd(_BucketBase** slot)
 {
     while (*slot != nullptr) {
@@ -161,7 +161,7 @@ _HashTableRep::_HashTableRep(const _HashTableRep& other)
 {
     m_secret = other.m_secret;
     m_isKeyed = other.m_isKeyed;
-    // The constructor above is through, so the destructor cleans up if a clone cannot be had.
+    // The delegated constructor has finished, so the destructor cleans up if `clone` throws.
     for (unsigned i = 0; i < m_headCount; ++i) {
         _BucketBase** slot = &m_heads[i];
         for (const _BucketBase* bucket = other.m_heads[i]; bucket != nullptr; bucket = bucket->next) {
@@ -247,7 +247,7 @@ unsigned _HashTableRep::bucketHash(const _BucketBase* bucket) const
     return m_isKeyed ? m_keyedHashOf(bucket, nullptr, m_secret) : m_hashOf(bucket);
 }
 
-// The slot is the null at the end of a chain of that length.
+// `slot` is the null pointer at the end of a chain of `chainLength` buckets.
 void _HashTableRep::put(_BucketBase** slot, unsigned chainLength, _BucketBase* bucket)
 {
     *slot = bucket;
@@ -262,7 +262,7 @@ void _HashTableRep::put(_BucketBase** slot, unsigned chainLength, _BucketBase* b
 
 void _HashTableRep::goKeyed() noexcept
 {
-    // All buckets into one list, in the order of a walk, so that equal keys stay in their order.
+    // Collects all buckets in one list, in the order of iteration, so that equal keys keep their order.
     _BucketBase* all = nullptr;
     _BucketBase** last = &all;
     for (unsigned i = 0; i < m_headCount; ++i) {
@@ -296,10 +296,10 @@ void _HashTableRep::growHeads(unsigned factor)
     const unsigned headCount = m_headCount * factor;
     _BucketBase** const heads = new (std::nothrow) _BucketBase*[headCount]();
     if (heads == nullptr) {
-        return; // longer chains do as well
+        return; // the table works with longer chains, too
     }
     for (unsigned i = 0; i < m_headCount; ++i) {
-        // What hung at head i spreads over heads that nothing else comes to, each bucket behind those before it.
+        // The buckets of head i move to new heads that no other head shares, and keep their order.
         _BucketBase* next = nullptr;
         for (_BucketBase* bucket = m_heads[i]; bucket != nullptr; bucket = next) {
             next = bucket->next;

@@ -17,7 +17,7 @@ struct Registry {
     std::vector<std::unique_ptr<Logger>> loggers;
 };
 
-// Never destroyed: modules keep addresses of loggers, and may log while the process ends.
+// Never destroyed: modules keep addresses of loggers, and may log while the process exits.
 Registry& registry()
 {
     static Registry* const instance = new Registry;
@@ -32,7 +32,7 @@ void writeToStandardError(const Logger& logger, const String& text)
 template <class Number>
 void appendDecimal(String& text, Number number)
 {
-    char digits[16] = {}; // a sign, ten digits and the zero behind them
+    char digits[16] = {}; // a sign, ten digits and the terminating zero
     std::to_chars(digits, digits + sizeof(digits) - 1, number);
     text.append(digits);
 }
@@ -120,7 +120,7 @@ TraceLogger::~TraceLogger()
         text.append("< ").append(m_function);
         m_logger->log(LoggerPriority::PRIORITY_TRACE, text);
     } catch (...) {
-        // The scope may be ending because of an exception; a second one would end the process.
+        // An exception may be leaving the scope; a second one would terminate the process.
         static_cast<void>(0);
     }
 }

@@ -14,19 +14,19 @@ namespace vesk {
 
 namespace {
 
-// An object that is between serializeBegin and getSerializedXML, and its element as far as it is written.
+// An object between serializeBegin and getSerializedXML, and what has been written of its element.
 struct Writing {
     const Serializable* object;
     std::string xml;
 };
 
-// An object that is between deserializeBegin and deserializeEnd.
+// An object between deserializeBegin and deserializeEnd, and its element.
 struct Reading {
     const Serializable* object;
     const XmlElement* element;
 };
 
-// Objects nest, so both are stacks, innermost last. They are kept beside the objects, which thus stay small.
+// Objects nest, so both are stacks, innermost last. They are kept outside the objects, which stay small that way.
 thread_local std::vector<Writing> writings;
 thread_local std::vector<Reading> readings;
 
@@ -41,7 +41,7 @@ Entry* innermost(std::vector<Entry>& entries, const Serializable* object)
     return nullptr;
 }
 
-// Cuts a stack back to where it was, whichever way a call ends.
+// Restores the size of a stack when a call returns or throws.
 template <class Entry>
 class StackScope {
 public:
@@ -60,7 +60,7 @@ private:
     std::size_t m_size;
 };
 
-// Number of bytes of the UTF-8 sequence at `text` that XML can hold as it is; 0 if the first byte has to be escaped.
+// Length of the UTF-8 sequence at `text` in bytes; 0 if XML cannot hold it, so that its first byte has to be escaped.
 std::size_t plainSequence(const char* text, std::size_t size)
 {
     const auto byte = [text, size](std::size_t i) { return i < size ? static_cast<unsigned char>(text[i]) : 0u; };
@@ -87,7 +87,7 @@ std::size_t plainSequence(const char* text, std::size_t size)
     return 0;
 }
 
-// Any bytes as the value of an attribute: what XML cannot hold becomes %XX, and so does the percent sign.
+// Turns any bytes into the value of an attribute. Bytes that XML cannot hold, and the percent sign, become %XX.
 std::string escaped(const String& text)
 {
     static constexpr char digits[] = "0123456789ABCDEF";
@@ -135,7 +135,7 @@ int hexadecimalDigit(char c)
     return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
 }
 
-// The way back; entities are resolved already.
+// The inverse of `escaped`, except for entities, which the parser has resolved.
 String unescaped(const char* text)
 {
     std::string result;
@@ -285,7 +285,7 @@ void Serializable::serialize(const String& name, Serializable& member)
     try {
         member.serializeMembers(name, xml);
     } catch (...) {
-        // Nobody will ask for the unfinished elements of the member and of this object any more.
+        // Drops the unfinished elements of the member and of this object.
         while (!writings.empty()) {
             const bool isOwn = writings.back().object == this;
             writings.pop_back();

@@ -94,10 +94,10 @@ bool String::strToReal32(const String& text, float& value)
     if (first != last && *first == '+') {
         ++first;
         if (first != last && *first == '-') {
-            return false; // from_chars would take the second sign
+            return false; // from_chars would accept the second sign
         }
     }
-    // from_chars would take words: "inf", "nan".
+    // from_chars would accept words: "inf", "nan".
     const char* const digits = first != last && *first == '-' ? first + 1 : first;
     if (digits == last || (*digits != '.' && (*digits < '0' || *digits > '9'))) {
         return false;
@@ -138,7 +138,7 @@ VeskValue::~VeskValue() = default;
 
 String VeskValue::toString(unsigned /*nil*/) const
 {
-    char digits[16] = {}; // ten digits at the most, and the zero behind them
+    char digits[16] = {}; // at most ten digits and the terminating zero
     std::to_chars(digits, digits + sizeof(digits) - 1, m_value);
     return String(digits);
 }

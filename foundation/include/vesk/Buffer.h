@@ -10,8 +10,8 @@ namespace vesk {
 ///
 /// Differs from `std::vector`: there is no capacity and no growth by appending; sizes are 64-bit; elements are copied
 /// bytewise; a resize leaves new elements uninitialized by default. Assigning fewer elements reuses the memory if they
-/// are more than half of the current size. An assignment or resize that allocates invalidates
-/// all pointers. A failed allocation throws `std::bad_alloc` and changes nothing.
+/// are more than half of the current size. An assignment or resize that allocates invalidates all pointers. A failed
+/// allocation throws `std::bad_alloc` and changes nothing.
 template <class T>
 class Buffer {
     static_assert(std::is_trivially_copyable<T>::value, "elements are copied bytewise");

@@ -149,15 +149,15 @@ private:
 /// Keyed table with chained buckets. Copies have buckets of their own; keys and values are copied.
 ///
 /// Differs from `std::unordered_map`: a lookup returns the bucket or null; a repeated key keeps its first value; no key
-/// can be removed; buckets never move. Lookup and insertion take constant time on
-/// average at any size. Walks have the same order in every run, unless keys were made to collide; if `Hash` has a
-/// `keyedHash` as `HashFunc<String>` has, these take constant time as well.
+/// can be removed; buckets never move. Lookup and insertion take constant time on average at any size. Iteration has
+/// the same order in every run, unless keys were made to collide; if `Hash` has a `keyedHash`, as `HashFunc<String>`
+/// has, even such keys take constant time.
 template <class K, class V, class Equal, class Hash>
 class VESK_API HashTable : public Serializable {
 public:
     using Bucket = _Bucket<K, V, Equal>; ///< What `lookup` and the iterators return.
 
-    /// Walks the buckets, in an unspecified order.
+    /// Visits the buckets, in an unspecified order.
     class Iterator {
     public:
         /// At the position of the cursor.

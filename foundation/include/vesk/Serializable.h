@@ -24,7 +24,7 @@ public:
     bool exists() const { return m_node != nullptr; }
     /// The first member of that name; one that does not exist if there is none.
     XmlElement member(const String& name) const;
-    /// The first plain value, or the one after `value`; one that does not exist at the end.
+    /// The first plain value; one that does not exist if there is none.
     XmlElement firstValue() const;
     XmlElement nextValue() const; ///< The next plain value of the same object; one that does not exist at the end.
     /// The text of a plain value, unescaped.
@@ -91,7 +91,7 @@ protected:
 
 namespace detail {
 
-/// The plain values that a container can hold in XML: which types these are, and how their text reads.
+/// The plain values that a container can hold in XML: their types, and their conversion from and to text.
 template <class T>
 struct SerializedValue {
     static constexpr bool isSupported = false;

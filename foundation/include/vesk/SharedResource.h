@@ -200,11 +200,11 @@ private:
         if (m_count == nullptr) {
             return;
         }
-        // The handle is emptied first: destroying the resource may lead back to this very handle.
+        // The handle is emptied first, because destroying the resource may lead back to this handle.
         unsigned* const count = m_count;
         m_storage.value = m_storage.nullValue;
         m_count = nullptr;
-        // The count ends with the destroyer around it, which the analyzer does not follow through several handles.
+        // The count is destroyed with the destroyer around it. The analyzer does not see this across several handles.
         if (--*count == 0) { // NOLINT(clang-analyzer-cplusplus.NewDelete)
             delete m_destroyer;
         }
