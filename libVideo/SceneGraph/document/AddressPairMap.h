@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// A table of values by pairs of addresses.
+/// A table whose keys are pairs of addresses.
 
 #include <cstddef>
 #include <cstdint>
@@ -9,12 +9,12 @@
 
 namespace libVideo::detail {
 
-/// Values by a pair of addresses, neither of them null: open addressing, nothing is ever taken out. The addresses come
-/// from pools, so a document cannot choose them.
+/// Maps pairs of addresses, neither of them null, to values, by open addressing; no entry can be removed. The addresses
+/// come from pools, so no document can choose keys that collide.
 template <class Value>
 class AddressPairMap {
 public:
-    /// @return the value, or null if there is none yet
+    /// @return the value, or null if there is none
     const Value* find(const void* first, const void* second) const
     {
         if (m_entries.empty()) {
@@ -31,7 +31,7 @@ public:
         }
     }
 
-    /// Adds a value that is not there yet.
+    /// Adds a value for a pair that is not in the table yet.
     void insert(const void* first, const void* second, const Value& value)
     {
         if ((m_count + 1) * 2 > m_entries.size()) {
@@ -56,7 +56,7 @@ private:
 
     std::size_t place(const void* first, const void* second) const
     {
-        const std::uint64_t mixed = (reinterpret_cast<std::uintptr_t>(first) * 31 + // any odd numbers
+        const std::uint64_t mixed = (reinterpret_cast<std::uintptr_t>(first) * 31 + // any odd number
                                      reinterpret_cast<std::uintptr_t>(second)) *
                                     0x9E3779B97F4A7C15u;
         return static_cast<std::size_t>(mixed >> 32u) & (m_entries.size() - 1);

@@ -25,7 +25,7 @@ bool isUnreserved(char c)
            c == '.' || c == '_' || c == '~';
 }
 
-// The document model takes a path as a reference, in which most characters would mean something or end it.
+// The document model takes a path as a URI reference, in which many characters would have a meaning of their own.
 std::string percentEncoded(const std::string& path)
 {
     constexpr char hexDigits[] = "0123456789ABCDEF";
@@ -47,10 +47,10 @@ struct InputDeleter {
     void operator()(xmlParserInputBuffer* input) const { xmlFreeParserInputBuffer(input); }
 };
 
-// Feeds a file to a parser. @return the number of its bytes, uncompressed; 0 if it cannot be read or is refused
+// Passes a file to a parser. @return its uncompressed size in bytes; 0 if it cannot be read or is refused
 std::uint64_t feedFile(const std::filesystem::path& file, DocumentParser& parser)
 {
-    // Opened as the document model does it, compression included.
+    // Opens the file as the document model would, compressed files included.
     const std::unique_ptr<xmlParserInputBuffer, InputDeleter> input(
         xmlParserInputBufferCreateFilename(file.c_str(), XML_CHAR_ENCODING_NONE));
     if (input == nullptr || input->readcallback == nullptr) {
@@ -81,7 +81,7 @@ std::uint64_t feedText(daeString text, DocumentParser& parser)
     return size;
 }
 
-// Tells the reader which file is meant, for as long as it is opened.
+// Sets the file that the reader opens; null again at the end of the scope.
 class FileScope {
 public:
     FileScope(const std::filesystem::path*& place, const std::filesystem::path& file) : m_place(place)
@@ -118,7 +118,7 @@ daeInt ColladaReader::read(const daeURI& uri, daeString text)
         return DAE_ERR_BACKEND_IO;
     }
     xmlInitParser();
-    auto document = std::make_unique<daeDocument>(m_dae); // outlives the elements if the document is refused
+    auto document = std::make_unique<daeDocument>(m_dae); // has to outlive the elements of a refused document
     document->getDocumentURI()->setURI(name.c_str());
     DocumentParser parser(m_dae, m_types, *document);
     const std::uint64_t size = text != nullptr ? feedText(text, parser) : feedFile(*m_file, parser);

@@ -111,7 +111,7 @@ daeBool DocumentDatabase::isDocumentLoaded(daeString name)
     return getDocument(name, false) != nullptr;
 }
 
-// Ids are looked for again when one is asked for.
+// The next search for an id collects the ids again.
 void DocumentDatabase::dropIds(const daeDocument* document)
 {
     for (Entry& entry : m_entries) {
@@ -170,14 +170,14 @@ const IdIndex& DocumentDatabase::idsOf(Entry& entry)
     return entry.ids;
 }
 
-// Elements of a document, or of all, each after its children.
+// Visits the elements of a document, or of all documents if it is null; each element after its children.
 void DocumentDatabase::walk(const daeDocument* document, const std::function<void(daeElement&)>& visit)
 {
     for (const Entry& entry : m_entries) {
         if (document != nullptr && entry.document.get() != document) {
             continue;
         }
-        // Parents before children and the last child first; backwards that is the order that is wanted.
+        // Collects parents before children and the last child first, then visits them in reverse.
         std::vector<daeElement*> waiting;
         std::vector<daeElement*> found;
         if (daeElement* const root = entry.document->getDomRoot()) {
@@ -214,7 +214,7 @@ void DocumentDatabase::typeLookup(daeInt type, std::vector<daeElement*>& element
     });
 }
 
-// The document model's own database answers no more.
+// Finds nothing, as the document model's own database does.
 void DocumentDatabase::sidLookup(const std::string& /*sid*/, std::vector<daeElement*>& elements,
                                  daeDocument* /*document*/)
 {

@@ -16,8 +16,8 @@
 
 namespace libVideo::detail {
 
-/// A database that keeps nothing of an element but its id. What else a database may be asked for, such as the elements of
-/// a type, it finds by a walk. Of several elements with one id in a document it finds the first alone, in the order of
+/// A database that indexes elements by their id only. All other queries, such as one for the elements of a type, visit
+/// every element. If several elements of a document have the same id, it finds only the first of them, in the order of
 /// the document model's own database: children before their parent.
 class DocumentDatabase : public daeDatabase {
 public:
@@ -26,10 +26,10 @@ public:
     DocumentDatabase(const DocumentDatabase&) = delete;
     DocumentDatabase& operator=(const DocumentDatabase&) = delete;
 
-    /// Takes a document that has been read.
-    /// @param ids of its elements; empty if they have to be looked for
+    /// Adds a document that has been read.
+    /// @param ids of its elements, used only if `areIdsKnown`; otherwise the first search for an id collects them
     void add(std::unique_ptr<daeDocument> document, IdIndex ids, bool areIdsKnown);
-    /// @return the first element of that id in a document, null if there is none
+    /// @return the first element with that id in a document, or null
     daeElement* find(const std::string& id, const daeDocument& document);
 
     daeInt setMeta(daeMetaElement* meta) override;

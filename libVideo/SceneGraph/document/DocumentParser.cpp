@@ -44,7 +44,7 @@ DocumentParser::DocumentParser(DAE& dae, ElementTypes& types, daeDocument& docum
     }
 }
 
-// The parser does not see a "]]>" that comes in two pieces, so the end of a piece that may begin one waits for the next.
+// The parser misses a "]]>" that is split between two pieces, so brackets at the end of a piece wait for the next one.
 bool DocumentParser::add(const char* bytes, std::size_t size)
 {
     if (size == 0 || isRefused()) {
@@ -58,7 +58,9 @@ bool DocumentParser::add(const char* bytes, std::size_t size)
         size = joined.size();
     }
     std::size_t end = size;
-    while (end > 0 && size - end < 4 && (bytes[end - 1] == ']' || bytes[end - 1] == '\0')) { // two, of two bytes each
+    while (end > 0 && size - end < 4 &&
+           (bytes[end - 1] == ']' ||
+            bytes[end - 1] == '\0')) { // at most two brackets, which have two bytes each in UTF-16
         --end;
     }
     m_waiting.assign(bytes + end, size - end);
@@ -86,13 +88,13 @@ void DocumentParser::feed(const char* bytes, std::size_t size)
     }
 }
 
-// The parser also halts where it cannot decode a document, without a word on its form.
+// The parser also stops if it cannot decode a document, but still calls it well-formed.
 bool DocumentParser::isRefused() const
 {
     return m_isRefused || m_parser == nullptr || m_parser->wellFormed == 0 || m_parser->disableSAX != 0;
 }
 
-// Whether the parser has seen all that it was given. It drops the end of a document in which a character is cut.
+// Whether the parser has decoded all bytes. It silently drops an incomplete character at the end of a document.
 bool DocumentParser::isDecoded() const
 {
     const xmlParserInput* const input = m_parser->input;
@@ -106,7 +108,8 @@ void DocumentParser::refuse()
     xmlStopParser(m_parser.get());
 }
 
-// No exception may cross the parser. The first one is thrown when the parser is back.
+// No exception may pass through the parser, which is C code. The first one is kept, and rethrown after the parser has
+// returned.
 template <class Action>
 void DocumentParser::orRefuse(const Action& action)
 {
@@ -142,7 +145,7 @@ void DocumentParser::startElement(void* self, const xmlChar* localName, const xm
         }
         parser.m_namespaces.push_back(inScope);
         const auto declarations = static_cast<std::size_t>(namespaceCount);
-        for (std::size_t i = 0; i < declarations; ++i) { // prefix and address
+        for (std::size_t i = 0; i < declarations; ++i) { // pairs of prefix and address
             const xmlChar* const declared = namespaces[2 * i];
             const xmlChar* const address = namespaces[2 * i + 1];
             const QualifiedName name =
@@ -204,7 +207,7 @@ void DocumentParser::documentType(void* self, const xmlChar* /*name*/, const xml
     static_cast<DocumentParser*>(self)->refuse();
 }
 
-// What the parser finds odd in a document that may still pass, in its namespaces.
+// Warnings of the parser, and errors that do not make a document ill-formed, such as those about namespaces.
 void DocumentParser::message(void* self, xmlError* error)
 {
     auto& parser = *static_cast<DocumentParser*>(self);
@@ -221,8 +224,8 @@ void DocumentParser::message(void* self, xmlError* error)
     });
 }
 
-// The parser waits for the whole of a start tag, and compares its attributes in pairs then. So a large one is looked
-// at while it grows.
+// The parser buffers a start tag until it is complete, and then compares its attributes in pairs. So the limits have to
+// be checked while the tag is still incomplete.
 bool DocumentParser::pendingTagPasses() const
 {
     if (m_parser->input == nullptr) {
@@ -244,8 +247,8 @@ bool DocumentParser::pendingTagPasses() const
     return values <= limit;
 }
 
-// In bytes as the parser sees them, from the angle bracket that begins the tag to the one that ends it. The parser
-// has read up to the last attribute, with the whole tag in one piece.
+// In decoded bytes, from one angle bracket to the other. The parser has read up to the last attribute, and its buffer
+// has the whole tag.
 std::size_t DocumentParser::startTagSize() const
 {
     const xmlParserInput& input = *m_parser->input;

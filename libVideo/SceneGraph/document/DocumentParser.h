@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// Reads the XML of a document, on guard.
+/// Parses the XML of a document, and refuses documents that would do harm.
 
 #include "ElementBuilder.h"
 
@@ -16,26 +16,26 @@
 
 namespace libVideo::detail {
 
-/// Parses a document that comes in pieces and has its elements made, or refuses it. To pass, a document has to be XML,
-/// well-formed to its last byte, with a root `COLLADA` of the right version and without a document type (which could
-/// declare entities that unfold without end), and have
-/// - no element named like the type of its parent where that type has no children: the document model would make the
-///   child by that name and place it nowhere;
-/// - no name of 128 bytes or more where the document model takes in elements that it does not know;
-/// - at most 10,000 levels of elements, for each costs stack;
-/// - at most 1 MiB in a start tag, 1,024 attributes in one, 1,024 namespaces at one place, and 256 steps to a parent
-///   folder in a reference: all of these cost time with their square.
+/// Parses a document that comes in pieces, and either makes its elements or refuses it. A document passes if it is
+/// well-formed XML to its last byte, its root is a `COLLADA` of the right version, and it has
+/// - no document type, which could declare entities that expand without limit;
+/// - no element with the name of its parent's type if that type has no children: the document model would create the
+///   element and then find no place for it;
+/// - no name of 128 bytes or more where the document model accepts unknown elements;
+/// - at most 10,000 levels of elements, because each level takes stack;
+/// - at most 1 MiB and 1,024 attributes in a start tag, 1,024 namespaces in scope, and 256 steps to a parent folder in
+///   a reference, because the time for each of these grows with its square.
 class DocumentParser {
 public:
     DocumentParser(DAE& dae, ElementTypes& types, daeDocument& document);
 
-    /// The next bytes of the file. @return false once the document is refused
-    /// @throws what a host's handler of warnings throws, or std::bad_alloc; the document is refused then, too
+    /// Parses the next bytes of the file. @return false once the document is refused
+    /// @throws what an error handler of the host throws, or std::bad_alloc; the document is refused then, too
     bool add(const char* bytes, std::size_t size);
-    /// The file is at its end. @return whether the document passes; throws as `add()`
+    /// Ends the file. @return whether the document passes; throws like `add()`
     bool finish();
 
-    /// After a document has passed.
+    /// Only for a document that has passed.
     ElementBuilder& builder() { return m_builder; }
 
 private:
@@ -66,8 +66,8 @@ private:
     };
 
     ElementBuilder m_builder;
-    std::vector<std::size_t> m_namespaces; // in scope, at each level
-    std::string m_waiting;                 // of the last piece
+    std::vector<std::size_t> m_namespaces; // how many are in scope, by level
+    std::string m_waiting;                 // the end of the last piece, not parsed yet
     bool m_isRefused = false;
     std::exception_ptr m_thrown;
     std::unique_ptr<xmlParserCtxt, ParserDeleter> m_parser;

@@ -12,24 +12,25 @@ namespace libVideo::detail {
 
 namespace {
 
-constexpr std::size_t unknownNameLimit = 127; // the document model has room for that much
+constexpr std::size_t unknownNameLimit = 127; // the document model has room for 127 bytes and a zero
 
 bool isBlank(std::string_view text)
 {
     return text.find_first_not_of(" \t\n\r") == std::string_view::npos;
 }
 
-// Room for exactly that many children in an array that is empty.
+// Makes room for exactly `count` children in an empty array.
 void reserveExactly(daeArray& array, std::size_t count)
 {
-    void* const block = std::malloc(count * sizeof(daeElementRef)); // NOLINT(cppcoreguidelines-no-malloc): as it frees
+    void* const block =
+        std::malloc(count * sizeof(daeElementRef)); // NOLINT(cppcoreguidelines-no-malloc): freed by free
     if (block == nullptr) {
         throw std::bad_alloc();
     }
     ArrayAccess::take(array, block, 0, count);
 }
 
-// Adds a child to an array that has room.
+// Adds a child to an array that has room for it.
 void append(daeArray& array, daeElement* child)
 {
     std::size_t& count = ArrayAccess::count(array);
@@ -37,7 +38,7 @@ void append(daeArray& array, daeElement* child)
     ++count;
 }
 
-// What the member of an element is that begins there.
+// The member of an element at an offset.
 template <class Member>
 Member& memberAt(daeElement& element, daeInt offset)
 {
@@ -49,7 +50,7 @@ daeURI& referenceOf(daeElement& element, daeMetaAttribute& attribute)
     return *reinterpret_cast<daeURI*>(attribute.get(&element));
 }
 
-// A reference that is absent, or that is no reference, is one to the document itself.
+// A reference that is absent or malformed refers to the document itself.
 void resolveAgain(daeURI& reference)
 {
     reference.setContainer(reference.getContainer());
@@ -97,7 +98,7 @@ bool ElementBuilder::start(const QualifiedName& name)
 
 const ChildType& ElementBuilder::childType(const ElementType& parent, const QualifiedName& name)
 {
-    if (name.prefix != nullptr) { // a type of its own for each prefix; they are rare
+    if (name.prefix != nullptr) { // rare, so not kept in the map
         m_childTypes.push_back(m_types.child(parent, name.local, true));
         return m_childTypes.back();
     }
@@ -149,7 +150,7 @@ bool ElementBuilder::setAttribute(const QualifiedName& name, std::string_view va
              ".\nProbably a schema violation.\n");
         return true;
     }
-    // Without the database, which learns of ids when elements end.
+    // Bypasses the element's own setter, which would pass each id to the database at once.
     daeAtomicType& type = *attribute.meta->getType();
     char* const memory = attribute.meta->get(level.element);
     if (attribute.meta->isArrayAttribute()) {
@@ -241,7 +242,7 @@ bool ElementBuilder::addText(std::string_view text)
     return true;
 }
 
-// A run of blanks says nothing; of several runs the last one counts.
+// A run of nothing but blanks has no effect. The last of several runs becomes the value.
 void ElementBuilder::endText()
 {
     if (m_hasCharacters) {
@@ -380,7 +381,7 @@ void ElementBuilder::placeAtPlaces(daeElement& parent, const ElementType& type, 
     fillContents(parent);
 }
 
-// Lists the children by their ranks, if the element has such a list.
+// Fills the element's list of all children, ordered by rank, if it has one.
 void ElementBuilder::fillContents(daeElement& parent)
 {
     daeMetaElementArrayAttribute* const attribute = parent.getMeta()->getContents();

@@ -21,8 +21,8 @@
 
 namespace libVideo::detail {
 
-/// A name in a document, by its parts. Both stay where they are until the document has been read, and equal parts have
-/// one address.
+/// A name in a document, in two parts. The parts keep their addresses until the document has been read, and equal parts
+/// have the same address.
 struct QualifiedName {
     const char* local = nullptr;
     const char* prefix = nullptr; ///< Null if it has none.
@@ -30,50 +30,51 @@ struct QualifiedName {
     std::string whole() const { return prefix == nullptr ? local : std::string(prefix) + ':' + local; }
 };
 
-/// Makes the elements of one document while it is read, as the document model's own reader would: the same elements with
-/// the same values, at the same places, and the same warnings. What only a change of a document needs is left out: the
-/// ranks of the children of an element, and what it has chosen.
+/// Makes the elements of a document while it is parsed, just as the document model's own reader does: the same elements
+/// with the same values in the same places, and the same warnings. It omits what is needed only to modify a document:
+/// the ranks of an element's children, and the choices made in its content model.
 ///
-/// An element belongs to its document from the start. Its children find their places at its end, when it is known how
-/// many there are.
+/// An element belongs to its document from the start. Its children are placed when it ends, because only then their
+/// number is known.
 class ElementBuilder {
 public:
-    /// @param document is given a root by `finish()`, and has to stay until all elements are gone
-    /// @param line the line that the parser has reached, for warnings
+    /// @param document gets its root from `finish()`; has to outlive the elements
+    /// @param line returns the line that the parser has reached, for warnings
     ElementBuilder(DAE& dae, ElementTypes& types, daeDocument& document, std::function<int()> line);
 
-    /// An element begins. Its namespaces and attributes follow.
-    /// @return false if the document model would not survive it
+    /// Starts an element. Its namespaces and attributes follow.
+    /// @return false if the element would crash the document model
     bool start(const QualifiedName& name);
-    /// An attribute of the element that began last. @return false if it costs too much to resolve
+    /// Sets an attribute of the current element. @return false if the attribute would take too long to resolve
     bool setAttribute(const QualifiedName& name, std::string_view value);
-    /// All attributes have been set. @return false if the element is a root of another version
+    /// Ends the attributes. @return false if the element is the root and has another version
     bool finishStart();
-    /// Text in the current element, a piece of it. @return false if it costs too much to resolve
+    /// Adds a piece of the current element's text. @return false if the text would take too long to resolve
     bool addText(std::string_view text);
-    /// Something that is neither text nor an element parts the text.
+    /// Ends a run of text at something that is neither text nor an element, such as a comment.
     void partText() { endText(); }
-    /// The current element ends.
+    /// Ends the current element.
     void end();
 
-    /// Whether the root has begun and ended.
+    /// Whether the root has started and ended.
     bool isWhole() const { return m_root != nullptr && m_levels.empty(); }
-    /// Gives the document its root. @return the ids of its elements
+    /// Sets the root of the document. @return the ids of its elements
     IdIndex finish();
-    /// Whether `finish()` gives all ids; otherwise a walk has to tell which of several comes first.
+    /// Whether the result of `finish()` is right. False if an id repeats or an element found no place, because then
+    /// only a walk through the whole tree finds the first element of each id.
     bool areIdsKnown() const { return m_areIdsKnown; }
 
 private:
     struct Level {
-        daeElementRef element; // null if it is skipped
+        daeElementRef element; // null if skipped
         const ElementType* type;
-        std::size_t firstChild; // among those that wait
+        std::size_t firstChild; // in `m_children`
         bool hasAttributes;
-        bool hasReference; // in its text
+        bool hasReference; // its text is a reference that has been set
     };
     struct Child {
         daeElementRef element;
-        const ChildType* type; // null for the root
+        const ChildType* type;
     };
     struct Attribute {
         daeMetaAttribute* meta = nullptr; // null if the type has none of that name
@@ -94,15 +95,15 @@ private:
     daeDocument& m_document;
     std::function<int()> m_line;
     std::vector<Level> m_levels;
-    std::vector<Child> m_children; // that wait for the ends of their parents
+    std::vector<Child> m_children; // of unfinished elements, not placed yet
     daeElementRef m_root;
     std::deque<ChildType> m_childTypes;
     AddressPairMap<const ChildType*> m_childTypesByName;
     AddressPairMap<Attribute> m_attributes;
 
-    // The current run of text, up to the next thing that is no text.
+    // The current run of text.
     std::string m_text;
-    bool m_hasCharacters = false; // other than blanks
+    bool m_hasCharacters = false; // besides blanks
     ListReader m_list;
     ParentSteps m_steps;
 
@@ -110,7 +111,7 @@ private:
     bool m_areIdsKnown = true;
     std::string m_value; // of an attribute
 
-    // Of the children that are being placed.
+    // Scratch memory for placing children.
     std::vector<int> m_targets;
     std::vector<daeInt> m_counts;
     std::vector<int> m_chosen;

@@ -15,8 +15,8 @@ bool takesAny(const ElementType& type)
     return type.kind == ElementType::Kind::any || (type.meta != nullptr && type.meta->getAllowsAny());
 }
 
-/// Follows a content model that is a sequence of places and of choices among places. That is what most types have; the
-/// others are left to the document model.
+/// Translates a content model into a list of places, if it is a sequence of places and of choices among places. Most
+/// types have such a model; children of the others are placed by the document model.
 class ModelFollower {
 public:
     explicit ModelFollower(ElementType& type) : m_type(type) {}
@@ -67,8 +67,8 @@ private:
         return true;
     }
 
-    // A choice that may be made any number of times takes every child that it knows. One that is made once settles for
-    // the first, and then takes more of the same alone.
+    // A choice without a limit accepts each of its children any number of times. A choice that is made once is decided
+    // by the first child, and then accepts only more children of that name.
     bool addChoice(daeMetaCMPolicy* part, daeUInt ordinal)
     {
         auto* const choice = dynamic_cast<daeMetaChoice*>(part);
@@ -162,7 +162,7 @@ const ElementType& ElementTypes::known(daeMetaElement& meta)
     return *type;
 }
 
-// The order of the questions is that of the document model: an element named like its parent's type comes first.
+// Tests in the order of the document model, which first compares the name with that of the parent's type.
 ChildType ElementTypes::child(const ElementType& parent, const char* name, bool hasPrefix)
 {
     ChildType child;
@@ -217,7 +217,7 @@ daeMetaElement* ElementTypes::topLevel(const char* name)
 
 void ElementTypes::appendChildren(daeElement& element, std::vector<daeElement*>& children)
 {
-    // Of references to elements of any one type.
+    // The array may hold references to elements of any type.
     const auto append = [&](const daeArray& array) {
         for (std::size_t i = 0; i < array.getCount(); ++i) {
             children.push_back(*reinterpret_cast<const daeElementRef*>(array.getRaw(i)));

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// What the schema makes of the names in a document.
+/// The types that the schema gives to the elements of a document.
 
 #include <libVideo/ColladaDom.h>
 
@@ -14,59 +14,59 @@
 
 namespace libVideo::detail {
 
-/// A place that the content model of a type has for children.
+/// A place for children in the content model of a type.
 struct ChildPlace {
-    std::string name;               ///< Of the children.
-    daeMetaElement* meta = nullptr; ///< Of the children.
-    daeInt offset = 0;              ///< Of the member of the element that holds them.
-    std::size_t member = 0;         ///< The first place with that offset: names may share a member.
-    bool isArray = false;           ///< The member is an array, not a single reference.
-    daeInt maximum = 1;             ///< How many it takes; -1 for any number.
-    daeUInt ordinal = 0;            ///< The rank of these children among all of the element.
-    int choice = -1;                ///< Which of the either-or choices of the type it belongs to; -1 for none.
+    std::string name;               ///< Name of the children.
+    daeMetaElement* meta = nullptr; ///< Type of the children.
+    daeInt offset = 0;              ///< Offset of the member that holds them in the element.
+    std::size_t member = 0;         ///< Index of the first place with that offset: several names may share a member.
+    bool isArray = false;           ///< Whether the member is an array or a single reference.
+    daeInt maximum = 1;             ///< Maximum number of children; -1 for no limit.
+    daeUInt ordinal = 0;            ///< Rank of these children among all children of the element.
+    int choice = -1;                ///< Index of the either-or choice that it belongs to; -1 for none.
 };
 
-/// How the document model types an element.
+/// What the document model knows about the elements of one type.
 struct ElementType {
     enum class Kind {
         known,
-        any,     ///< taken in although it is not known
-        skipped, ///< passed over, with everything below
+        any,     ///< accepted although the schema does not know it
+        skipped, ///< ignored, with all elements in it
     };
     enum class Content {
-        places,   ///< children go to the places that are listed
-        anything, ///< every child is taken, in the order of the document
-        asked,    ///< only the document model knows where a child goes
+        places,   ///< children go to the listed places
+        anything, ///< every child is accepted, in document order
+        asked,    ///< the document model places the children
     };
     enum class Value {
         none,
-        text,    ///< anything but the following
-        doubles, ///< a list, as the following
+        text,    ///< a value of any other type
+        doubles, ///< a list, like those below
         unsigneds,
         signeds,
         names,
     };
 
     Kind kind = Kind::skipped;
-    daeMetaElement* meta = nullptr; ///< Of a known one.
+    daeMetaElement* meta = nullptr; ///< Null unless known.
     Content content = Content::anything;
     std::vector<ChildPlace> places; ///< In the order of the content model.
     unsigned choiceCount = 0;
     Value value = Value::none;
-    bool holdsReference = false;         ///< Its text is one.
-    std::vector<std::size_t> references; ///< The attributes that are references.
+    bool holdsReference = false;         ///< Whether its text is a reference.
+    std::vector<std::size_t> references; ///< Indices of the attributes that are references.
 };
 
-/// What a child of an element becomes.
+/// How the document model treats a child of an element.
 struct ChildType {
-    const ElementType* type = nullptr; ///< Null if the document model does not survive such a child.
-    bool isRenamed = false;            ///< Its name is not that of its type.
-    bool isAbstract = false;           ///< It is made, and finds no place.
-    std::vector<unsigned> places;      ///< Of the parent: where it may go, the first one with room.
+    const ElementType* type = nullptr; ///< Null if such a child would crash the document model.
+    bool isRenamed = false;            ///< Whether its name differs from that of its type.
+    bool isAbstract = false;           ///< Whether it is made without being placed.
+    std::vector<unsigned> places;      ///< Indices of places of the parent. It goes to the first one with room.
 };
 
-/// The types of elements of one `DAE`, by the type of their parent and their name. All of it is worked out from the
-/// tables of the document model, when it is asked for.
+/// Finds the types of the elements of one `DAE`, by their name and the type of their parent. They are derived from the
+/// tables of the document model on first use.
 class ElementTypes {
 public:
     explicit ElementTypes(DAE& dae);
@@ -78,11 +78,11 @@ public:
     const ElementType& any() const { return m_any; }
     const ElementType& skipped() const { return m_skipped; }
 
-    /// @param hasPrefix whether the name has one; no name of the schema does
-    /// @return what becomes of a child of that name
+    /// @param name without its prefix
+    /// @param hasPrefix whether the name has a prefix, which no name of the schema has
     ChildType child(const ElementType& parent, const char* name, bool hasPrefix);
 
-    /// The children of an element, in the order of the document model, without its search for doubles.
+    /// Appends the children of an element in the order of the document model, without its search for duplicates.
     void appendChildren(daeElement& element, std::vector<daeElement*>& children);
 
 private:

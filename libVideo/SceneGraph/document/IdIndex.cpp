@@ -12,7 +12,7 @@ void IdIndex::add(daeString id, daeElement& element)
     m_entries.push_back({id, &element, hashOf(id)});
 }
 
-// In one go, since a slot here and there, each time that an element ends, would be out of the processor's reach.
+// Fills all slots at once: filling one whenever an element ends would miss the processor's cache each time.
 bool IdIndex::build()
 {
     std::size_t size = 16;
@@ -58,7 +58,7 @@ std::uint32_t IdIndex::hashOf(std::string_view id)
     return static_cast<std::uint32_t>(hashMix(hash, id.size()));
 }
 
-// The slot of an id, or the empty one that it would take. Texts are compared only where the hashes are equal.
+// The slot of an id, or the empty slot where it belongs. Texts are compared only if their hashes are equal.
 std::size_t IdIndex::place(std::string_view id, std::uint32_t hash) const
 {
     const std::size_t mask = m_slots.size() - 1;

@@ -12,15 +12,15 @@
 
 namespace libVideo::detail {
 
-/// The first element of each id of a document. Ids are kept by their address: the document model never frees one
-/// while there is a `DAE`.
+/// Maps each id of a document to the first element that has it. Ids are kept by address, because the document model
+/// does not free them as long as there is a `DAE`.
 class IdIndex {
 public:
-    /// Lists an element, which is not found before the next `build()`.
+    /// Adds an element, which is found only after the next `build()`.
     void add(daeString id, daeElement& element);
-    /// Lets all that was listed be found. @return false if an id is there several times; the first of its elements counts
+    /// Makes all added elements available to `find()`. @return false if an id repeats; its first element is found
     bool build();
-    /// @return null if there is none
+    /// @return the element, or null
     daeElement* find(std::string_view id) const;
     void clear();
 
@@ -31,7 +31,7 @@ private:
         std::uint32_t hash;
     };
     struct Slot {
-        std::uint32_t number = 0; // of an entry, counted from 1
+        std::uint32_t number = 0; // index of the entry plus 1; 0 if empty
         std::uint32_t hash = 0;
     };
 
@@ -39,7 +39,7 @@ private:
     std::size_t place(std::string_view id, std::uint32_t hash) const;
 
     std::vector<Entry> m_entries;
-    std::vector<Slot> m_slots; // open addressing; of a power of two, or none
+    std::vector<Slot> m_slots; // open addressing; empty, or a power of two
 };
 
 } // namespace libVideo::detail

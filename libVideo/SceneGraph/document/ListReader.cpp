@@ -16,7 +16,7 @@ namespace libVideo::detail {
 
 namespace {
 
-// What separates tokens for the document model.
+// Whether the document model takes a character as a separator of tokens.
 bool isBlank(char c)
 {
     return (c == ' ') | (c == '\t') | (c == '\n') | (c == '\r');
@@ -27,10 +27,10 @@ bool isDigit(char c)
     return c >= '0' && c <= '9';
 }
 
-// The common kinds of a token, read without a call; what is read is exact. Each stops at the first blank, which there is, or
-// gives null for whatever is not plainly of its kind.
+// Fast readers of the common forms of a token, which must be followed by a blank. They return the address of that
+// blank, or null for a token of any other form. The values are exact.
 
-// Up to 19 digits, which always fit.
+// At most 19 digits, which always fit.
 const char* readPlain(const char* token, daeULong& number)
 {
     const char* at = token;
@@ -57,8 +57,8 @@ const char* readPlain(const char* token, daeLong& number)
     return end;
 }
 
-// A decimal of up to 15 digits and without an exponent. Its digits and the power of ten below them are both exact as a
-// double, so that their quotient is rounded once: to what the number is.
+// A decimal of at most 15 digits without an exponent. Its digits as an integer and the power of ten that divides them
+// are both exact as doubles, so the quotient is rounded only once, and correctly.
 const char* readPlain(const char* token, daeDouble& number)
 {
     static constexpr double powersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
@@ -88,8 +88,8 @@ const char* readPlain(const char* token, daeDouble& number)
     return at;
 }
 
-// Whether a token may be left to std::from_chars, which knows other words and other signs than the C library: it starts
-// with a digit after at most a point and a minus.
+// Whether a token starts with a digit, after at most a minus and a point. Only such tokens are passed to
+// std::from_chars, which accepts other words and signs than the C library.
 template <class Number>
 bool startsPlainly(const char* token)
 {
@@ -106,7 +106,7 @@ bool startsPlainly(const char* token)
 
 void ListReader::Free::operator()(Cell* block) const
 {
-    std::free(block); // NOLINT(cppcoreguidelines-no-malloc): arrays of the document model are made by malloc
+    std::free(block); // NOLINT(cppcoreguidelines-no-malloc): the document model allocates its arrays by malloc
 }
 
 void ListReader::begin(ElementType::Value kind, daeAtomicType& stock)
@@ -121,7 +121,7 @@ void ListReader::begin(ElementType::Value kind, daeAtomicType& stock)
     m_name = nullptr;
 }
 
-// The last token of a piece may go on in the next.
+// The last token of a piece may continue in the next piece.
 void ListReader::add(const char* text, std::size_t size)
 {
     const char* const end = text + size;
@@ -172,7 +172,7 @@ void ListReader::finish(daeArray& list)
     ArrayAccess::take(list, m_block.release(), m_count, m_count);
 }
 
-// A cell for the next entry, which is not counted yet.
+// The cell for the next entry. The caller counts the entry.
 ListReader::Cell* ListReader::nextCell()
 {
     if (m_count == m_capacity) {
@@ -192,7 +192,7 @@ ListReader::Cell* ListReader::nextCell()
     return m_cells + m_count;
 }
 
-// @param end past a blank, unless there is no text
+// @param end the character before it has to be a blank, unless the text is empty
 void ListReader::addTokens(const char* text, const char* end)
 {
     switch (m_kind) {
@@ -257,8 +257,8 @@ void ListReader::readToken(const char* text, const char* end, Number& number)
     m_stock->stringToMemory(copy.data(), reinterpret_cast<daeChar*>(&number));
 }
 
-// Lists of names are mostly one word over and over, the interpolation of the keys of a curve for instance. The document
-// model makes a copy of each; here a repeated word is the one before.
+// Lists of names usually repeat one word, such as the interpolation of the keys of a curve. The document model would
+// store a copy of each; here a repeated word shares the copy of the previous one.
 void ListReader::addNames(const char* text, const char* end)
 {
     static_assert(sizeof(daeString) == sizeof(Cell));

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// Lists of numbers and of names, read faster than the document model does it.
+/// Reads lists of numbers and of names, faster than the document model does.
 
 #include "ElementTypes.h"
 
@@ -15,22 +15,21 @@
 
 namespace libVideo::detail {
 
-/// Reads the list in an element (`<float_array>`, `<p>`, `<matrix>`, `<Name_array>` and their kin) from text that comes
-/// in pieces, into memory of just the right size, and independently of the locale. The values are those of the document
-/// model's own types, bit for bit: whatever is not plainly a number goes to these. A repeated name is kept once.
+/// Reads the list in an element (`<float_array>`, `<p>`, `<matrix>`, `<Name_array>` and similar ones) from text that
+/// comes in pieces, into memory of exactly the right size, in any locale. The values are bit for bit those of the
+/// document model's own types, which read every token that is not a plain number. A repeated name is stored once.
 class ListReader {
 public:
-    /// A list begins.
+    /// Starts a list.
     /// @param stock the document model's type of its entries
     void begin(ElementType::Value kind, daeAtomicType& stock);
-    /// The next piece of its text.
-    /// @throws std::bad_alloc if memory runs out, as the next does
+    /// Reads the next piece of its text. @throws std::bad_alloc
     void add(const char* text, std::size_t size);
-    /// The list has ended. @param list is given what was read, in place of what it held
+    /// Ends the list. @param list its content is replaced @throws std::bad_alloc
     void finish(daeArray& list);
 
 private:
-    // All entries take as much: numbers of 8 bytes, and addresses of names.
+    // All entries have one size: numbers have 8 bytes, and so have addresses of names.
     using Cell = std::uint64_t;
 
     struct Free {
@@ -47,14 +46,14 @@ private:
 
     ElementType::Value m_kind = ElementType::Value::none;
     daeAtomicType* m_stock = nullptr;
-    std::array<Cell, 64> m_first = {};   // most lists are short
-    std::unique_ptr<Cell, Free> m_block; // of a long one
-    Cell* m_cells = nullptr;             // of either
+    std::array<Cell, 64> m_first = {};   // entries of a short list, as most are
+    std::unique_ptr<Cell, Free> m_block; // entries of a long list
+    Cell* m_cells = nullptr;             // the one of both that is used
     std::size_t m_count = 0;
     std::size_t m_capacity = 0;
-    std::string m_token; // that the last piece ended in
-    std::string m_word;  // the last name
-    daeString m_name = nullptr;
+    std::string m_token;        // incomplete token at the end of the last piece
+    std::string m_word;         // the last name
+    daeString m_name = nullptr; // the document model's copy of it
 };
 
 } // namespace libVideo::detail

@@ -15,7 +15,8 @@ public:
     void handleWarning(daeString /*message*/) override {}
 };
 
-void dropParserMessage(void* /*context*/, const char* /*format*/, ...) {} // NOLINT(cert-dcl50-cpp): as the parser calls
+void dropParserMessage(void* /*context*/, const char* /*format*/, ...) {
+} // NOLINT(cert-dcl50-cpp): the parser's signature
 
 daeErrorHandler* silentErrorHandler()
 {
@@ -48,7 +49,7 @@ SilenceScope::SilenceScope()
 {
     xmlSetStructuredErrorFunc(nullptr, nullptr);
     xmlSetGenericErrorFunc(nullptr, dropParserMessage);
-    // Only the default can be told from a handler of the host's, by asking for it.
+    // A handler of the host can only be recognized by comparing it with the default one.
     daeErrorHandler* const before = daeErrorHandler::get();
     daeErrorHandler::setErrorHandler(nullptr);
     m_isSilent = daeErrorHandler::get() == before;
@@ -67,7 +68,7 @@ SilenceScope::~SilenceScope()
 ReferenceScope::ReferenceScope(DAE& dae, ColladaReader& reader)
     : m_list(dae.getURIResolvers().list()), m_before(m_list), m_resolver(dae, reader)
 {
-    m_list.clear(); // it would delete its entries only at its own end
+    m_list.clear(); // does not delete the entries
     m_list.append(&m_resolver);
 }
 
@@ -79,7 +80,7 @@ ReferenceScope::~ReferenceScope()
 domCOLLADA* LoadScope::open(const vesk::String& path)
 {
     try {
-        // Absolute, since the document model counts relative paths from where it was constructed.
+        // Absolute, because the document model resolves relative paths against the folder in which it was constructed.
         const std::filesystem::path file = std::filesystem::absolute(path.data());
         return daeSafeCast<domCOLLADA>(m_references.resolver().openFirst(file));
     } catch (const vesk::Exception&) {

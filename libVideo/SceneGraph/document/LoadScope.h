@@ -1,9 +1,8 @@
 #pragma once
 
 /// @file
-/// The guard of a load. The document model takes documents on trust, lets their references reach for any file and the
-/// network, reads numbers in the host's locale and writes its messages to standard output; what stands here keeps that
-/// away from the host.
+/// Protects the host during a load. The document model itself trusts documents, lets their references reach any file
+/// and the network, reads numbers in the host's locale, and writes messages to standard output.
 
 #include "../detail/MemoryBudget.h"
 #include "ReferenceResolver.h"
@@ -18,7 +17,7 @@
 
 namespace libVideo::detail {
 
-/// Numbers are read in the C locale.
+/// While it exists, this thread reads numbers in the C locale.
 class NumericLocaleScope {
 public:
     NumericLocaleScope();
@@ -31,8 +30,8 @@ private:
     locale_t m_before = nullptr;
 };
 
-/// The document model is silent, unless the host has given it an error handler of its own; the parser below it always
-/// is.
+/// While it exists, the XML parser is silent, and so is the document model, unless the host has set an error handler of
+/// its own.
 class SilenceScope {
 public:
     SilenceScope();
@@ -48,7 +47,7 @@ private:
     void* m_parserErrorContext;
 };
 
-/// References are followed by a `ReferenceResolver` alone.
+/// While it exists, only a `ReferenceResolver` resolves references.
 class ReferenceScope {
 public:
     ReferenceScope(DAE& dae, ColladaReader& reader);
@@ -64,14 +63,14 @@ private:
     ReferenceResolver m_resolver;
 };
 
-/// Stands around a load; all is as it was before at the end.
+/// All protections of one load. The destructor restores the previous state.
 class LoadScope {
 public:
     LoadScope(DAE& dae, ColladaReader& reader) : m_references(dae, reader) {}
 
-    /// Opens the file that `path` names, whatever characters the path holds.
-    /// @return the root, or null for whatever is no regular file or is refused;
-    ///     exceptions of the document model count as that, those of `vesk` pass
+    /// Opens the file at `path`, which may have any characters.
+    /// @return the root, or null if it is not a regular file, the document is refused, or the document model throws;
+    ///     exceptions of `vesk` propagate
     domCOLLADA* open(const vesk::String& path);
 
 private:

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// What the document model lets derived classes alone reach: members that a reader has to set while it makes elements.
+/// Access to protected members of the document model that a reader has to set while it makes elements.
 
 #pragma GCC system_header
 
@@ -17,7 +17,7 @@
 
 namespace libVideo::detail {
 
-/// A member pointer may be named by a derived class, and then applies to every object of the base.
+/// A derived class may form a pointer to a protected member, and the pointer then works with every object of the base.
 struct ElementAccess : daeElement {
     static void setDocument(daeElement& element, daeDocument& document)
     {
@@ -27,7 +27,7 @@ struct ElementAccess : daeElement {
 };
 
 struct ArrayAccess : daeArray {
-    /// Gives an array a block that malloc has made.
+    /// Replaces the elements of an array by a block allocated by malloc.
     static void take(daeArray& array, void* block, std::size_t count, std::size_t capacity)
     {
         array.clear();

@@ -1,17 +1,18 @@
 #pragma once
 
 /// @file
-/// Counts the steps to a parent folder in a reference.
+/// Counts the "../" steps of a reference.
 
 #include <cstddef>
 #include <string_view>
 
 namespace libVideo::detail {
 
-/// Counts steps to a parent folder, in text that comes in pieces. Resolving a reference costs time with their square.
+/// Counts the steps to a parent folder in a text that comes in pieces. The time to resolve a reference grows with their
+/// square.
 class ParentSteps {
 public:
-    static constexpr std::size_t limit = 256; ///< What a reference may have.
+    static constexpr std::size_t limit = 256; ///< Maximum number of steps in a reference.
 
     void restart() { *this = ParentSteps(); }
     bool areTooMany() const { return m_count > limit; }
@@ -32,8 +33,8 @@ public:
 
 private:
     std::size_t m_count = 0;
-    bool m_isOfDots = true; // the current name of the path
-    std::size_t m_length = 0;
+    bool m_isOfDots = true;   // whether the current name of the path has only dots
+    std::size_t m_length = 0; // of the current name
 };
 
 } // namespace libVideo::detail

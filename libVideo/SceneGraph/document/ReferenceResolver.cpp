@@ -14,7 +14,7 @@ namespace libVideo::detail {
 
 namespace {
 
-// @return nothing if the text hides the end of a path in it
+// @return nothing if the result has a zero byte, which would end a path early
 std::optional<std::string> percentDecoded(const std::string& text)
 {
     std::string decoded;
@@ -58,11 +58,11 @@ daeElement* ReferenceResolver::openFirst(const std::filesystem::path& file)
 
 daeElement* ReferenceResolver::resolveElement(const daeURI& reference)
 {
-    // "#" is written for an element with an empty id; any other reference without a fragment leads nowhere.
+    // "#" refers to an element with an empty id. Any other reference without a fragment refers to nothing.
     if (reference.fragment().empty() && reference.originalStr() != "#") {
         return nullptr;
     }
-    // "#id" leads into the document of its own element, which needs no second look at the whole reference.
+    // "#id" refers to the document of the element itself, which needs no search by URI.
     daeElement* const container = reference.getContainer();
     const bool isLocal = container != nullptr && reference.originalStr().compare(0, 1, "#") == 0;
     daeDocument* document = isLocal ? container->getDocument() : nullptr;
@@ -94,10 +94,10 @@ daeDocument* ReferenceResolver::openReferenced(const daeURI& reference)
     if (error || !isBelow(place, m_folder) || !isColladaFile(file) || !isColladaFile(place)) {
         return nullptr;
     }
-    // Once for each file, under whatever names it is asked for, and whether it opens or not.
+    // Opens each file only once, whatever names refer to it, and even if it could not be opened before.
     const auto [entry, isNew] = m_documents.try_emplace(place.string(), nullptr);
     if (isNew) {
-        const std::string name = entry->first; // opening may ask for further files
+        const std::string name = entry->first; // a copy, because opening may add entries
         if (daeElement* const root = m_reader.open(file)) {
             m_documents[name] = root->getDocument();
         }

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// What the references of a document may reach.
+/// Resolves the references of a document within its folder.
 
 #include <libVideo/ColladaDom.h>
 
@@ -13,16 +13,16 @@ namespace libVideo::detail {
 
 class ColladaReader;
 
-/// Finds the elements of open documents by their id. Opens further `.dae` files where a reference asks for one, if they
-/// lie in the folder of the first document or below it; never anything else, and never the network.
+/// Finds the elements of open documents by id. Opens further `.dae` files that references name, but only in the folder
+/// of the first document or below it. Opens no other files, and never uses the network.
 class ReferenceResolver : public daeURIResolver {
 public:
     ReferenceResolver(DAE& owner, ColladaReader& reader) : daeURIResolver(owner), m_reader(reader) {}
 
-    /// Opens the document whose folder is the limit from now on. @return its root, or null
+    /// Opens the first document, whose folder limits all references from now on. @return its root, or null
     daeElement* openFirst(const std::filesystem::path& file);
 
-    /// @return null if a reference has no fragment, or leads to nothing or out of the folder
+    /// @return the element; null if the reference has no fragment, or refers to nothing or out of the folder
     daeElement* resolveElement(const daeURI& reference) override;
     daeString getName() override { return "libVideo"; }
 
@@ -30,8 +30,8 @@ private:
     daeDocument* openReferenced(const daeURI& reference);
 
     ColladaReader& m_reader;
-    std::filesystem::path m_folder;                            // without links
-    std::unordered_map<std::string, daeDocument*> m_documents; // by their path without links; null if refused before
+    std::filesystem::path m_folder;                            // canonical
+    std::unordered_map<std::string, daeDocument*> m_documents; // by canonical path; null if refused
 };
 
 } // namespace libVideo::detail
