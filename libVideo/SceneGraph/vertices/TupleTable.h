@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// Numbers index tuples by first use.
+/// Numbers index tuples in the order of their first use.
 
 #include "../detail/HashMix.h"
 
@@ -11,20 +11,20 @@
 
 namespace libVideo::detail {
 
-/// Tuples of one length, each once, in the order in which they came. A tuple is found in constant time on average, and
-/// none costs an allocation of its own.
+/// Distinct tuples of one length, in the order of insertion. Finding a tuple takes constant time on average, and no
+/// tuple has an allocation of its own.
 ///
-/// Slots are probed one behind the other, and double when half of them are taken; they start with room for a mesh whose
-/// corners share their vertices as those of a smooth one do.
+/// Open addressing with linear probing; the slots double when half of them are taken. Their first number suits a smooth
+/// mesh, in which several corners share a vertex.
 class TupleTable {
 public:
     struct Place {
-        unsigned index; ///< how many distinct tuples came before this one
+        unsigned index; ///< number of distinct tuples inserted before this one
         bool isNew;
     };
 
     /// @param length of each tuple
-    /// @param corners how many tuples will come at the most, repeats counted
+    /// @param corners how many tuples will be inserted at most, including repeated ones
     TupleTable(unsigned length, unsigned corners) : m_length(length)
     {
         std::uint32_t size = 16;
@@ -35,7 +35,7 @@ public:
         m_mask = size - 1;
     }
 
-    /// Finds a tuple, or takes it in.
+    /// Finds a tuple, or inserts it.
     Place insert(const unsigned* tuple)
     {
         std::uint32_t slot = hash(tuple) & m_mask;
@@ -100,8 +100,8 @@ private:
     unsigned m_length;
     unsigned m_count = 0;
     std::uint32_t m_mask = 0;
-    vesk::Array<unsigned> m_slots;   // numbers of tuples
-    vesk::Array<unsigned> m_entries; // the tuples, one behind the other
+    vesk::Array<unsigned> m_slots;   // indices of tuples
+    vesk::Array<unsigned> m_entries; // the tuples, one after the other
 };
 
 } // namespace libVideo::detail

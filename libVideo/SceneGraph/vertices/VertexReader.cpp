@@ -18,7 +18,7 @@ VertexReader::VertexReader(InputLocalOffset& input)
         m_entries = dataOf(input.m_p->getValue());
         m_entryCount = input.m_p->getValue().getCount();
     }
-    // A class of a host's may read in its own way. With more sources than inputs some have no offset, which `data` tells at
+    // A class derived by the host may read in its own way. If there are more sources than offsets, `data` reports it at
     // the first vertex.
     m_isDirect = typeid(input) == typeid(InputLocalOffset) && input.m_sources.size() <= input.m_offsets.size();
     for (unsigned i = 0; m_isDirect && i < input.m_sources.size(); ++i) {
@@ -34,7 +34,7 @@ VertexReader::VertexReader(InputLocal& input) : m_input(input), m_indexed(nullpt
     }
 }
 
-// @return false if the source has to be asked for each record
+// @return false if the records have to be read by the source itself
 bool VertexReader::addSource(const Source& source, unsigned entry)
 {
     if (typeid(source) != typeid(SourceFloat)) {
@@ -90,7 +90,7 @@ void VertexReader::append(unsigned corner, vesk::Array<unsigned char>& stream)
     }
 }
 
-// @return false if an index or an array does not reach, which the sources have their own answers to
+// @return false if an index is missing or beyond the array; the sources handle such cases themselves
 bool VertexReader::readRecords(unsigned corner)
 {
     const std::size_t start = std::size_t{m_length} * corner;
