@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// Reading from the elements of a document, with the tests that a broken one calls for.
+/// Reads values of the elements of a document, with checks for broken documents.
 
 #include <libVideo/ColladaDom.h>
 
@@ -14,21 +14,21 @@
 
 namespace libVideo::detail {
 
-/// What a reference leads to, if that is an element of type `Element`; else null.
+/// The element that a reference refers to, if its type is `Element`; otherwise null.
 template <class Element>
 daeSmartRef<Element> resolve(const daeURI& reference)
 {
     return daeSmartRef<Element>(daeSafeCast<Element>(reference.getElement()));
 }
 
-/// The values of a value array, one behind the other.
+/// The values of a value array, as a plain array.
 template <class Value>
 const Value* dataOf(const daeTArray<Value>& values)
 {
     return reinterpret_cast<const Value*>(values.getRawData());
 }
 
-/// The value at a place of a value array. Arrays have the length that the document gave them; what is missing is 0.
+/// A value of a value array, or 0 if `index` is beyond its end, since documents may give arrays any length.
 inline double valueAt(const daeTArray<double>& values, std::size_t index)
 {
     return index < values.getCount() ? values[index] : 0.0;
@@ -39,19 +39,19 @@ inline float floatAt(const daeTArray<double>& values, std::size_t index)
     return static_cast<float>(valueAt(values, index));
 }
 
-/// The first three values.
+/// The first three values of a value array.
 inline libMath::Vector<float, 3> vectorOf(const daeTArray<double>& values)
 {
     return {floatAt(values, 0), floatAt(values, 1), floatAt(values, 2)};
 }
 
-/// The low 32 bits of a number that the document model keeps in 64.
+/// The low 32 bits of a 64-bit number of the document model.
 inline unsigned low32(domUint number)
 {
     return static_cast<unsigned>(number);
 }
 
-/// A host may hand over a null reference where an element is needed. @throws vesk::NullPointer
+/// Checks an element passed by the host. @throws vesk::NullPointer if it is null
 template <class Element>
 void expectElement(const daeSmartRef<Element>& element, const char* loader)
 {

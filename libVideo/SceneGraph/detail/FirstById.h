@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// Finds the cameras and lights of a pool by id, without a walk through the pool for each instance.
+/// Finds the cameras and lights of a pool by id in constant time.
 
 #include <libVideo/Handles.h>
 
@@ -11,13 +11,13 @@
 
 namespace libVideo::detail {
 
-/// Equality and hash of text in which the case of ASCII letters plays no part.
+/// Equality and hash of texts that ignore the case of ASCII letters.
 struct NoCase {
     static bool equal(const vesk::String& a, const vesk::String& b) { return vesk::String::compareNoCase(a, b) == 0; }
     static unsigned hash(const vesk::String& text);
 };
 
-/// The first object of each id in a list, whatever the case of the id.
+/// The first object with each id in a list. Ids that differ only in case are equal.
 template <class Object>
 class FirstById {
 public:
@@ -25,11 +25,11 @@ public:
     {
         m_objects.reserve(list.size());
         for (const SharedHandle<Object>& object : list) {
-            m_objects.insert(object->id(), object); // keeps the first
+            m_objects.insert(object->id(), object); // keeps the first of equal ids
         }
     }
 
-    /// @return empty if there is none
+    /// @return the object, or an empty handle
     SharedHandle<Object> find(const vesk::String& id) const
     {
         const auto* const bucket = m_objects.lookup(id);

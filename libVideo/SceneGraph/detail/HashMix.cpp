@@ -12,7 +12,7 @@ std::uint64_t hashSeed()
             std::random_device device;
             return std::uint64_t{device()} << 32u | device();
         } catch (const std::exception&) {
-            // No source of chance. Where the system has put this function is hard to guess as well.
+            // No source of random numbers. The address of this function is hard to guess, too.
             return static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(&hashSeed));
         }
     }();

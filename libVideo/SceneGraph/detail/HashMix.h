@@ -1,18 +1,18 @@
 #pragma once
 
 /// @file
-/// Hashes of what a document holds, for tables whose order nobody sees. They differ from process to process, so that no
-/// document can be written whose keys all share one: all 128 bits of each product come back into the state, so a
-/// difference of two keys spreads in a way that depends on the start.
+/// Hashes for tables whose keys come from a document, and whose order is never visible. They start with a random seed,
+/// so that no document can choose keys that collide: all 128 bits of each product return to the state, so how a
+/// difference between two keys spreads depends on the seed.
 
 #include <cstdint>
 
 namespace libVideo::detail {
 
-/// Where a hash starts; the same for the life of the process.
+/// The initial state of a hash: random, and the same for the whole process.
 std::uint64_t hashSeed();
 
-/// Takes the next word into a hash.
+/// The state of a hash after the next word.
 inline std::uint64_t hashMix(std::uint64_t state, std::uint64_t word)
 {
     __extension__ using Product = unsigned __int128;

@@ -7,7 +7,7 @@
 ///     VIDEO_LOG_CHANNEL("libVideo.light")
 ///     VIDEO_SOURCE_PATH("libVideo/SceneGraph/Light")
 ///
-/// A statement stands on one source line, because compilers number a split one differently.
+/// Each log statement is on one source line, because compilers number the lines of a split one differently.
 
 #include <vesk/Exception.h>
 #include <vesk/Logging.h>
@@ -15,8 +15,8 @@
 
 namespace libVideo::detail {
 
-/// Whether a message passes both thresholds: that of the factory, which may equal its priority, and that of the
-/// module's logger, which has to lie below. The logger comes into being behind the first test.
+/// Whether a message passes both thresholds: that of the factory, which must not be above its priority, and that of the
+/// module's logger, which must be below it. The logger is created only after the first test passes.
 inline bool passesThresholds(vesk::Logger*& logger, const char* channel, vesk::LoggerPriority::LOGGER_PRIORITY priority)
 {
     if (vesk::LogFactory::getPriority() > priority) {
@@ -59,21 +59,21 @@ void appendPieces(vesk::LoggerStream& line, const Pieces&... pieces)
 #define VIDEO_TEXT_OF(value) #value
 #define VIDEO_LITERAL(value) VIDEO_TEXT_OF(value)
 
-/// The one logger of a module, null until a message has passed the factory's threshold.
+/// Declares the logger of a module, which is null until a message passes the factory's threshold.
 #define VIDEO_LOG_CHANNEL(channel)                                                                                     \
     namespace {                                                                                                        \
     vesk::Logger* moduleLogger = nullptr;                                                                              \
     constexpr const char* moduleChannel = channel;                                                                     \
     }
 
-/// What assertions and traces of a module show as their file.
+/// Declares the path that assertions and traces of a module show as their file.
 #define VIDEO_SOURCE_PATH(path)                                                                                        \
     namespace {                                                                                                        \
     constexpr const char* modulePath = path;                                                                           \
     }
 
-/// Logs the source line, a blank and the pieces: literals, `String`s, `int`s and `unsigned`s. The pieces are evaluated
-/// only if the message passes.
+/// Logs the line number, a blank and the pieces: literals, `String`s, `int`s and `unsigned`s. The pieces are evaluated
+/// only if the message passes the thresholds.
 #define VIDEO_LOG(...)                                                                                                 \
     do {                                                                                                               \
         constexpr auto videoLogPriority = vesk::LoggerPriority::PRIORITY_ERROR;                                        \
@@ -85,7 +85,7 @@ void appendPieces(vesk::LoggerStream& line, const Pieces&... pieces)
         }                                                                                                              \
     } while (false)
 
-/// Traces the scope from here to its end, under the name of a function.
+/// Traces the rest of the scope, under the name of a function.
 #define VIDEO_TRACE(function)                                                                                          \
     const vesk::TraceLogger videoTraceScope(                                                                           \
         libVideo::detail::passesThresholds(moduleLogger, moduleChannel, vesk::LoggerPriority::PRIORITY_TRACE)          \
@@ -93,7 +93,7 @@ void appendPieces(vesk::LoggerStream& line, const Pieces&... pieces)
             : nullptr,                                                                                                 \
         function, modulePath, __LINE__)
 
-/// Tests an invariant in every build. @throws vesk::AssertionFailure with the text of the expression
+/// Checks an invariant in every build. @throws vesk::AssertionFailure with the text of the expression
 #define VIDEO_ASSERT(expression)                                                                                       \
     do {                                                                                                               \
         if (!(expression)) {                                                                                           \

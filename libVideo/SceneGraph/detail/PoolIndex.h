@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// The pool by id, for as long as a load places instances.
+/// Finds the objects of the pool by id while a load creates instances.
 
 #include "FirstById.h"
 
@@ -13,20 +13,20 @@
 
 namespace libVideo::detail {
 
-/// Finds the objects of a pool by id. The index of a kind is made when the first instance asks for it.
+/// Finds the objects of a pool by id. Each list is indexed on first use.
 class PoolIndex {
 public:
-    /// @param pool must not change, and has to live as long as the index
+    /// @param pool must not change, and has to outlive the index
     explicit PoolIndex(const SceneResources& pool) : m_pool(pool) {}
 
-    /// @return empty if there is none
+    /// @return the camera, or an empty handle
     CameraHandle camera(const vesk::String& id) { return indexed(m_cameras, m_pool.cameraList).find(id); }
-    /// @return empty if there is none
+    /// @return the light, or an empty handle
     PointLightHandle pointLight(const vesk::String& id)
     {
         return indexed(m_pointLights, m_pool.pointLightList).find(id);
     }
-    /// @return empty if there is none
+    /// @return the light, or an empty handle
     SpotLightHandle spotLight(const vesk::String& id) { return indexed(m_spotLights, m_pool.spotLightList).find(id); }
 
 private:

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// The word of an input's `semantic` as a number.
+/// Converts the `semantic` of an input.
 
 #include <libVideo/SceneGraph/Semantic.h>
 
@@ -9,7 +9,7 @@
 
 namespace libVideo::detail {
 
-/// What a word means, whatever its case. @return `SEMANTIC_UNKNOWN` for a word that has no meaning
+/// The semantic that a word names, in any case. @return `SEMANTIC_UNKNOWN` for any other word
 VertexSemantic semanticOf(const vesk::String& word);
 
 } // namespace libVideo::detail

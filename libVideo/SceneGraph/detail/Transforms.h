@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// The matrices of the transform elements, from their values.
+/// Builds the matrices of the transform elements.
 
 #include <libMath/Matrix.h>
 #include <libMath/MatrixBuilders.h>

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// The vendor data that cameras and lights carry, such as what they look at.
+/// Reads the vendor data of cameras and lights, such as the node that they look at.
 
 #include "Dom.h"
 
@@ -10,9 +10,9 @@
 
 namespace libVideo::detail {
 
-/// Asks about each element of the one vendor profile that is read, in document order, until the answer is true.
-/// @param isFound is called with a `daeElement&`
-/// @return the element with that answer, or null
+/// Visits the elements of the one vendor profile that is read, in document order, until `isFound` returns true.
+/// @param isFound called with a `daeElement&`
+/// @return the element for which it returned true, or null
 template <class Predicate>
 daeElement* findVendorChild(const domExtra_Array& extras, const Predicate& isFound)
 {
@@ -33,8 +33,8 @@ daeElement* findVendorChild(const domExtra_Array& extras, const Predicate& isFou
     return nullptr;
 }
 
-/// Id of the node that a look-at reference names. The base URI of the `DAE` parses it and keeps it. Of a text that is no
-/// URI to it, what stands behind the first "#" counts, without the blanks around it.
+/// Id of the node that a look-at reference names. The reference is parsed by the base URI of the `DAE`, which keeps it.
+/// If the text is not a valid URI, the id is the rest after the first "#", without surrounding blanks.
 inline vesk::String lookAtId(const std::string& text, DAE& dae)
 {
     daeURI& parser = dae.getBaseURI();
