@@ -26,10 +26,10 @@ const vesk::String& float4x4Word()
     return word;
 }
 
-// Each of the sixteen tokens has room for all of them.
+// Each of the sixteen tokens of a matrix has room for the whole matrix.
 constexpr std::uint64_t bytesPerMatrix = std::uint64_t{16} * 16 * sizeof(float);
 
-// The type of what a reference leads to; of one into nothing its text, as the document has it.
+// The type of the element that a reference refers to, or the text of the reference if it refers to nothing.
 const char* typeNameOr(const daeElementRef& element, const daeURI& reference)
 {
     return element != nullptr ? element->getTypeName() : reference.getOriginalURI();
@@ -40,7 +40,7 @@ const char* typeNameOr(const daeElementRef& element, const daeURI& reference)
 Data::Data(const vesk::String& name, unsigned stride, DataType dataType, unsigned offset, unsigned tokenByteSize)
     : m_name(name), m_stride(stride), m_dataType(dataType), m_offset(offset), m_tokenByteSize(tokenByteSize)
 {
-    // Zeroed, because a token may fill only the first of its bytes, and all of them reach the vertex stream.
+    // Zeroed, because all bytes of a token reach the vertex stream, but a value may fill only the first of them.
     m_buffer.resize(std::uint64_t(stride) * tokenByteSize, true);
 }
 
@@ -53,7 +53,7 @@ Link<unsigned char> Data::operator[](unsigned index)
 const Link<unsigned char> Data::operator[](unsigned index) const
 {
     VIDEO_ASSERT(index < m_stride);
-    // The handle knows no const bytes; whoever has a const component only reads them.
+    // There is no handle to const bytes. Users of a const component only read them.
     return Link<unsigned char>(const_cast<unsigned char*>(m_buffer.data()) + std::size_t(index) * m_tokenByteSize);
 }
 
@@ -98,7 +98,7 @@ bool AccessorFloat::createFromCollada(const daeSmartRef<domAccessor>& accessor)
     return true;
 }
 
-// Every accessor has components of its own, however many share one element.
+// Charged for every accessor, because each has its own components, even if several read the same element.
 bool AccessorFloat::isAllowed(const domAccessor& accessor) const
 {
     const domParam_Array& params = accessor.getParam_array();
@@ -142,7 +142,7 @@ bool AccessorFloat::reachesBeyondArray() const
     if (m_count == 0 || recordEnd == 0) {
         return false;
     }
-    // Divided instead of multiplied: the position of the last record may not fit 64 bits.
+    // Divides instead of multiplying, because the position of the last record may overflow 64 bits.
     const std::uint64_t lastRecord = std::uint64_t(m_offset) + m_count - 1;
     const std::uint64_t length = m_floatArray->getValue().getCount();
     return recordEnd > length || (m_stride != 0 && lastRecord > (length - recordEnd) / m_stride);
@@ -152,7 +152,7 @@ unsigned AccessorFloat::backedCount() const
 {
     const std::uint64_t length = m_floatArray != nullptr ? m_floatArray->getValue().getCount() : 0;
     const std::uint64_t step = m_stride == 0 ? 1 : m_stride;
-    const std::uint64_t records = (length + step - 1) / step; // the last one may be cut
+    const std::uint64_t records = (length + step - 1) / step; // the last one may be incomplete
     const std::uint64_t behindOffset = records > m_offset ? records - m_offset : 0;
     return behindOffset < m_count ? static_cast<unsigned>(behindOffset) : m_count;
 }
@@ -185,7 +185,7 @@ unsigned AccessorFloat::calculateStride(const daeSmartRef<domAccessor>& accessor
     if (stride > 1) {
         return stride;
     }
-    // 1 is also what an accessor without the attribute says, so the params decide.
+    // An accessor without the attribute has a stride of 1, too, so the params decide.
     const domParam_Array& params = accessor->getParam_array();
     unsigned sum = 0;
     for (std::size_t i = 0; i < params.getCount(); ++i) {

@@ -18,11 +18,11 @@ VIDEO_SOURCE_PATH("libVideo/SceneGraph/Animation")
 
 namespace {
 
-// How many records an accessor may ask for that no array backs.
+// Maximum number of records of an accessor without an array.
 constexpr unsigned mostUnbackedRecords = 1048576;
-// What a key takes besides its numbers: its time and its kind.
+// Memory charged per key, besides its numbers: its time and its kind.
 constexpr std::uint64_t bytesPerKey = sizeof(double) + 1;
-// Numbers of the arrays that the curves of one list are made of: many curves may be made of one array.
+// The numbers of the arrays that the curves of one list use. Several curves may share an array.
 class CurveNumbers {
 public:
     using Numbers = SharedHandle<vesk::Buffer<double>>;
@@ -32,7 +32,7 @@ public:
     CurveNumbers(const CurveNumbers&) = delete;
     CurveNumbers& operator=(const CurveNumbers&) = delete;
 
-    /// The first numbers of an array; what lies past its end is 0. @return empty if the load may not take so much memory
+    /// The first `count` numbers of an array; those past its end are 0. @return empty if the memory budget is too small
     static Numbers of(const domFloat_array& array, std::uint64_t count)
     {
         Numbers own;
@@ -77,7 +77,7 @@ InterpolationType interpolationOf(const char* text)
     return LINEAR;
 }
 
-// The records that the array of an input can fill.
+// Number of records that the array of an input can fill.
 std::uint64_t backedRecords(const domFloat_array* floats, const domName_array* names, unsigned stride)
 {
     if (floats != nullptr && floats->getCount() > 0) {
@@ -222,7 +222,7 @@ bool Animation::createFloatEvolution(const domFloat_array* array, const VertexSe
 // The first number of each record is its time.
 void Animation::setTimes(const Numbers& numbers, unsigned count, unsigned stride)
 {
-    m_latestTimes.clear(); // of other times
+    m_latestTimes.clear(); // belongs to the previous times
     m_isAscending = false;
     if (count == m_count && stride == 1) {
         m_times = numbers;
@@ -257,7 +257,7 @@ bool Animation::createNameEvolution(const domName_array* array, const VertexSema
             throw vesk::IndexOutOfBounds(0, static_cast<int>(m_count) - 1, static_cast<int>(m_count));
         }
         const char* const name = i < names.getCount() ? names[i] : nullptr;
-        if (name != lastName) { // one word may be many names
+        if (name != lastName) { // repeated names have the same address
             lastName = name;
             lastType = interpolationOf(name);
         }
@@ -281,14 +281,14 @@ void Animation::setTarget(vesk::String target)
 unsigned createAnimationListFromCollada(const domCOLLADA* const collada, DAE& dae,
                                         vesk::Array<AnimationHandle>& animations)
 {
-    // sic: of cameras; the words are an interface
+    // sic: the name of the camera class; the words are an interface
     VIDEO_TRACE("Camera::createAnimationListFromCollada");
     if (collada == nullptr) {
         VIDEO_LOG("Cannot create an animation list from a NULL domCOLLADA pointer");
         return 0;
     }
     animations.clear();
-    const CurveNumbers numbers; // that the curves share
+    const CurveNumbers numbers; // shared by the curves
     const domLibrary_animations_Array& libraries = collada->getLibrary_animations_array();
     for (std::size_t i = 0; i < libraries.getCount(); ++i) {
         const domAnimation_Array& elements = libraries[i]->getAnimation_array();

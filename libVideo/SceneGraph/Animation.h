@@ -46,8 +46,7 @@ public:
     /// Loads as `createFromCollada` does, and drops its result: a curve that failed has no target.
     Animation(const daeSmartRef<domAnimation>& animation, DAE& dae);
 
-    /// Reads the first `<channel>` and its `<sampler>`; nested animations are not read. Another call
-    /// replaces all keys.
+    /// Reads the first `<channel>` and its `<sampler>`; nested animations are not read. Another call replaces all keys.
     /// @return false if the curve cannot be used. Logs one message on "libVideo.animation", except if an input does not
     ///     lead to a `<source>` with a `<technique_common>` and an `<accessor>`. Keys read before the failure are kept
     bool createFromCollada(const daeSmartRef<domAnimation>& animation, DAE& dae);
@@ -131,16 +130,16 @@ private:
     vesk::String m_targetNode;
     vesk::String m_targetTransform;
     double m_animationLength = 0.0;
-    // The keys in document order, as columns: a record per key would take several times the memory.
+    // The keys in document order, as columns, because a record per key would take several times the memory.
     unsigned m_count = 0;
     Numbers m_times;                     // null: all times are 0
     vesk::Buffer<unsigned char> m_kinds; // empty: all keys are linear
     Column m_values;
     Column m_inTangents;
     Column m_outTangents;
-    bool m_isAscending = false; // whether the times ascend, and so need no index
-    // The latest time up to each record. It ascends whatever the order of the records, so that bisection finds the
-    // first record that is not before a time. Empty if the times ascend, or before `indexTimes()`.
+    bool m_isAscending = false; // the times ascend, so they need no index
+    // The latest time up to each record. It ascends even if the times do not, so bisection finds the first record that
+    // is not before a time. Empty if the times ascend, or before `indexTimes()`.
     vesk::Array<double> m_latestTimes;
 };
 

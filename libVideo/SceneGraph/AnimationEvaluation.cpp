@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <limits>
 
-// The value of a curve at a time. Animation.cpp reads curves.
+// Evaluates curves. Animation.cpp reads them.
 
 namespace libVideo {
 
@@ -22,7 +22,7 @@ bool isUnevaluated(InterpolationType type)
     return type == HERMITE || type == CARDINAL || type == BSPLINE;
 }
 
-// Cut to a signed 32-bit integer. What does not fit gives the smallest one, as the processor's own conversion does.
+// Truncates to a signed 32-bit integer. A number out of range gives the smallest one, as x86 processors do.
 double truncated(double number)
 {
     constexpr std::int32_t smallest = std::numeric_limits<std::int32_t>::min();
@@ -32,12 +32,12 @@ double truncated(double number)
 
 } // namespace
 
-// Where a time falls: between two records, or on one of them, which then stands in both places.
+// Position of a time: between two records, or at a single record, which is both `first` and `second` then.
 struct Animation::Span {
     unsigned first = 0;
     unsigned second = 0;
-    InterpolationType kind = LINEAR; // of the first
-    double time = 0.0;               // reduced to the length of the animation
+    InterpolationType kind = LINEAR; // of the first record
+    double time = 0.0;               // wrapped to the length of the animation
 
     bool isBetween() const { return first != second && kind != STEP; }
 };
@@ -88,7 +88,7 @@ void Animation::indexTimes()
     m_latestTimes.clear();
     m_isAscending = true;
     for (unsigned i = 1; i < m_count; ++i) {
-        m_isAscending = m_isAscending && timeAt(i - 1) <= timeAt(i); // which no time is that is not a number
+        m_isAscending = m_isAscending && timeAt(i - 1) <= timeAt(i); // false if one is NaN
     }
     if (m_isAscending && (m_count == 0 || !std::isnan(timeAt(0)))) {
         return;
@@ -97,7 +97,7 @@ void Animation::indexTimes()
     m_latestTimes.grow(m_count, 0.0);
     double latest = -std::numeric_limits<double>::infinity();
     for (unsigned i = 0; i < m_count; ++i) {
-        // No time lies behind a record whose time is not a number, so the search ends there.
+        // No time is after a record whose time is NaN, so the search stops there.
         const double time = timeAt(i);
         latest = std::isnan(time) ? std::numeric_limits<double>::infinity() : std::fmax(latest, time);
         m_latestTimes[i] = latest;
@@ -179,7 +179,7 @@ unsigned Animation::firstRecordNotBefore(double seconds) const
     return first;
 }
 
-// False where the curve says nothing about a time.
+// @return false if the curve has no value at that time
 bool Animation::findSpan(double time, Span& span)
 {
     span.time = getModulusTime(time);
@@ -199,15 +199,15 @@ double Animation::interpolate(const Span& span, unsigned component)
     if (span.kind == LINEAR) {
         return getLinearInterpolation(value0, value1, time0, time1, span.time);
     }
-    // Of a control point only the value counts, the second of its pair.
-    // They are read one after the other, so that the same array is named wherever both are too short.
+    // A control point is a pair of time and value, of which only the value is used.
+    // Read in separate statements, so that an exception always names the same array if both are too short.
     const unsigned control = 2 * component + 1;
     const double inControl = m_inTangents.at(span.second, control);
     const double outControl = m_outTangents.at(span.first, control);
     return getBezierInterpolation(value0, value1, time0, time1, span.time, inControl, outControl);
 }
 
-// A vector or matrix as the curve has it at a time; `value` where the curve says nothing.
+// The vector or matrix of the curve at a time, or `value` if the curve has none.
 template <unsigned size, class Value>
 Value Animation::evaluate(const Value& value, double time)
 {

@@ -105,7 +105,7 @@ bool PerspectiveCamera::createFromCollada(const daeSmartRef<domCamera>& camera, 
     return updateProjectionMatrix(m_znear->value, m_zfar->value, xfov, yfov, aspectRatio);
 }
 
-// The first text in the technique, whatever its element is called.
+// Reads the first element of the technique that has text, whatever its name.
 void PerspectiveCamera::readExtraCameraData(const daeSmartRef<domCamera>& camera, DAE& dae)
 {
     const auto hasText = [](daeElement& child) { return child.hasCharData(); };
@@ -155,7 +155,7 @@ const Matrix& PerspectiveCamera::projectionMatrix(double time)
     if (animations().size() == 0) {
         return m_projection;
     }
-    // sic: what no animation targets is 0, not what the document says.
+    // sic: a parameter without an animation is 0 here, not the value in the document.
     struct {
         double xfov = 0.0;
         double yfov = 0.0;
@@ -189,7 +189,7 @@ const Matrix& PerspectiveCamera::transform(const Matrix& matrix)
 
 void PerspectiveCamera::setAspectRatio(double aspectRatio)
 {
-    if (m_aspectRatio && m_aspectRatio->value != aspectRatio) { // a zero of the other sign is the same
+    if (m_aspectRatio && m_aspectRatio->value != aspectRatio) { // 0 and -0 are equal
         m_aspectRatio->value = aspectRatio;
     }
 }

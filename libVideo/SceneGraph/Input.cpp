@@ -16,7 +16,7 @@ namespace {
 
 using SourceHandle = SharedHandle<Source>;
 
-// What a source takes before its components, with all that refers to it.
+// Memory charged per source, without its components: the objects and the handles to them.
 constexpr std::uint64_t bytesPerSource = 512;
 
 const char* fragmentOf(const domInputLocalOffset& input)
@@ -24,7 +24,7 @@ const char* fragmentOf(const domInputLocalOffset& input)
     return input.getSource().fragment().c_str();
 }
 
-// The low 32 bits of an entry of an index list; 0 behind its end.
+// The low 32 bits of an entry of an index list; 0 past its end.
 unsigned entryAt(const domP* p, std::size_t place)
 {
     if (p == nullptr || place >= p->getValue().getCount()) {

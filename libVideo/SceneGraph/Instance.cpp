@@ -19,7 +19,7 @@ namespace {
 using Matrix = libMath::Matrix<float, 4, 4>;
 using Vector3 = libMath::Vector<float, 3>;
 
-// For row vectors, and towards the target: the transforms of nodes know no such matrix.
+// For row vectors, with Z towards the target, unlike the look-at matrix of nodes.
 Matrix viewMatrix(const Vector3& eye, const Vector3& target, const Vector3& up)
 {
     const Vector3 z = (target - eye).normalized();
@@ -73,8 +73,8 @@ bool CameraInstance::createFromCollada(const domInstance_camera& instance, const
     return bind(target, found == nullptr ? CameraHandle() : *found, nodes);
 }
 
-// @param target of the instance, null if it has none
-// @param camera of the same id, empty if there is none
+// @param target element that the instance refers to, or null
+// @param camera camera with the id of the target, or empty
 bool CameraInstance::bind(daeElement* target, const CameraHandle& camera, const NodeTable& nodes)
 {
     if (target == nullptr) {

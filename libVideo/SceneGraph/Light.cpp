@@ -27,7 +27,7 @@ void readColor(const domTargetableFloat3& element, libMath::Vector<float, 3>& co
     color = detail::vectorOf(element.getValue());
 }
 
-// Calls `visit` with every light that has a common technique, and with that technique.
+// Calls `visit` with each light that has a common technique, and with that technique.
 template <class Visit>
 void visitLights(const domCOLLADA& collada, const Visit& visit)
 {
@@ -83,7 +83,7 @@ void SpotLight::readExtraData(const domLight& light, DAE& dae)
         } else if (vesk::String::compareNoCase(name, "target") == 0) {
             m_lookAtNodeId = detail::lookAtId(child.getCharData(), dae);
         }
-        return false; // the last of each counts
+        return false; // goes on, because the last element of each name counts
     });
 }
 

@@ -14,7 +14,7 @@ namespace {
 using Matrix = libMath::Matrix<float, 4, 4>;
 using Vector3 = libMath::Vector<float, 3>;
 
-// How many elements place a node, those that take no part in its matrix included.
+// Number of transform elements of a node, including those that have no effect on its matrix.
 std::size_t transformCount(const domNode& node)
 {
     return node.getLookat_array().getCount() + node.getMatrix_array().getCount() + node.getRotate_array().getCount() +
@@ -50,7 +50,7 @@ bool Node::createFromCollada(const domNode& node)
         return true;
     }
     m_transform.setIdentity();
-    // All children in document order, as getChildren() would copy them. Those after the last transform are not looked at.
+    // All children in document order, like getChildren() but without a copy. Stops after the last transform.
     const daeElementRefArray& children = node.getContents();
     for (std::size_t i = 0; i < children.getCount() && left > 0; ++i) {
         if (children[i] != nullptr && accumulateTransform(*children[i])) {
@@ -149,7 +149,7 @@ void Node::accumulateTransform(const daeTArray<daeSmartRef<daeElement>>& childre
     }
 }
 
-// @return whether the element is one of those that place a node
+// @return whether the element is a transform
 bool Node::accumulateTransform(daeElement& child)
 {
     const daeInt type = child.typeID();
@@ -180,7 +180,7 @@ void Node::accumulate(Element& element)
 
 void Node::lookat(daeTArray<double>& values)
 {
-    // sic: the first three numbers are eye and interest, and up stays zero, so no element of the result is a number
+    // sic: the first three numbers are both eye and interest, and up is zero, so every element of the result is NaN
     const Vector3 eye = detail::vectorOf(values);
     const Vector3 interest = detail::vectorOf(values);
     const Vector3 up;

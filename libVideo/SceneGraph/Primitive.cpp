@@ -17,7 +17,7 @@ VIDEO_SOURCE_PATH("libVideo/SceneGraph/Primitive")
 
 namespace {
 
-// How many points sources may claim that no array backs, and how many bytes these may take.
+// Maximum number of points that sources may have without an array, and of the bytes of these points.
 constexpr unsigned mostUnbackedPoints = 1048576;
 constexpr unsigned mostUnbackedBytes = 67108864;
 
@@ -29,7 +29,7 @@ std::uint64_t vertexCost(unsigned bytes, unsigned sources)
     return bytes + costOfARead * sources;
 }
 
-// Takes vertices from the memory budget in portions that double, so that most of them cost nothing.
+// Charges vertices to the memory budget in portions that double in size, so that few vertices cost a call.
 class VertexBudget {
 public:
     explicit VertexBudget(std::uint64_t costOfAVertex) : m_cost(costOfAVertex) {}
@@ -49,7 +49,7 @@ public:
 
 private:
     std::uint64_t m_cost;
-    unsigned m_taken = 0; // from the memory budget
+    unsigned m_taken = 0; // charged so far
     unsigned m_used = 0;
 };
 
@@ -201,7 +201,7 @@ unsigned createPrimitive(const domMesh& mesh, vesk::Array<SharedHandle<Primitive
 {
     using PrimitiveHandle = SharedHandle<Primitive>;
     primitives.clear();
-    // sic: lines are counted and nothing more; their count alone keeps a point cloud away
+    // sic: lines are counted but not read, and a mesh with lines gets no point cloud
     auto result = static_cast<unsigned>(mesh.getLines_array().getCount());
     const domTriangles_Array& triangles = mesh.getTriangles_array();
     for (std::size_t i = 0; i < triangles.getCount(); ++i) {

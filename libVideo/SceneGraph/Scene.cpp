@@ -14,8 +14,8 @@ namespace libVideo {
 VIDEO_LOG_CHANNEL("libVideo.scene")
 VIDEO_SOURCE_PATH("libVideo/SceneGraph/Scene")
 
-// Without the version the document model would open documents of its newest schema alone. The reader is told of its
-// `DAE` before that is there.
+// Without a version, the document model would open only documents of its newest schema. The reader gets the address of
+// its `DAE` before that is constructed.
 Scene::Scene()
     : m_reader(std::make_unique<detail::ColladaReader>(m_dae)), m_dae(&m_reader->database(), m_reader.get(), "1.4.1")
 {}
@@ -39,7 +39,7 @@ bool Scene::createFromCollada(const vesk::String& path)
         return false;
     }
 
-    // The pool fills before it is known whether there is a scene to show.
+    // The pool is filled even if the checks below find no visual scene.
     createAnimationListFromCollada(root, m_dae, m_resources.animationList);
     createCameraListFromCollada(root, m_dae, m_resources.cameraList);
     createPointLightListFromCollada(root, m_resources.pointLightList);
@@ -65,7 +65,7 @@ bool Scene::createFromCollada(const vesk::String& path)
 
 Scene::~Scene()
 {
-    m_dae.clear(); // while the types of its elements are there
+    m_dae.clear(); // as long as the types of its elements exist
 }
 
 void Scene::transformToYUP(domUpAxisType upAxis)

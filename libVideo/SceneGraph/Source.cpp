@@ -26,7 +26,7 @@ domAccessorRef accessorOf(const domSource& source)
     return technique != nullptr ? technique->getAccessor() : domAccessorRef();
 }
 
-// The id of what a reference leads to; of one into nothing its text, as the document has it.
+// The id of the element that a reference refers to, or the text of the reference if it refers to nothing.
 const char* idOr(const daeElementRef& element, const daeURI& reference)
 {
     return element != nullptr ? element->getID() : reference.getOriginalURI();

@@ -15,7 +15,7 @@ VIDEO_SOURCE_PATH("libVideo/SceneGraph/Texture")
 
 namespace {
 
-// The first element below another, breadth first, that has a `sid`; null if there is none.
+// The first descendant with that `sid`, breadth first, or null.
 daeElementRef findBySid(const daeElementRef& container, const std::string& sid)
 {
     if (sid.empty()) {
@@ -34,9 +34,9 @@ daeElementRef findBySid(const daeElementRef& container, const std::string& sid)
     return daeElementRef();
 }
 
-// The newparam that a name, or a path of names, leads to from a profile. Most names are those of the profile's own
-// newparams. The resolver of the document model would find the others too, but it does not survive all names: it takes
-// some of them apart, and follows what it meets.
+// Finds a newparam by its name, or by a path of names, starting at a profile. Most names are those of the profile's own
+// newparams. The document model has a resolver for the others, too, but some names crash it, because it looks for
+// member selections in them.
 domCommon_newparam_typeRef findNewparam(daeElement* profile, const char* name)
 {
     if (name == nullptr) {
@@ -51,7 +51,7 @@ domCommon_newparam_typeRef findNewparam(daeElement* profile, const char* name)
             }
         }
     }
-    // A path starts at an element below the profile, at one of that id, or with a dot at the profile.
+    // A path starts at the profile if its first name is ".", otherwise at a descendant or at the element with that id.
     const std::string path(name);
     std::size_t end = path.find('/');
     const std::string start = path.substr(0, end);

@@ -14,18 +14,18 @@ Transformation::Transformation(const daeTArray<double>& values, const vesk::Stri
     Transformation::setTransformation(values);
 }
 
-// The copy shares a matrix that is made before.
+// Makes the declared matrix first, so that original and copy share it.
 Transformation::Transformation(const Transformation& other)
     : m_matrix(other.m_matrix), m_sid(other.m_sid), m_animation(other.m_animation)
 {
-    other.makeDeclared(); // NOLINT(cert-oop58-cpp): nobody can tell that it was not made before
+    other.makeDeclared(); // NOLINT(cert-oop58-cpp): not visible from outside
     m_transformation = other.m_transformation;
 }
 
 Transformation& Transformation::operator=(const Transformation& other)
 {
     if (this != &other) {
-        other.makeDeclared(); // NOLINT(cert-oop58-cpp): nobody can tell that it was not made before
+        other.makeDeclared(); // NOLINT(cert-oop58-cpp): not visible from outside
         m_matrix = other.m_matrix;
         m_transformation = other.m_transformation;
         m_sid = other.m_sid;
@@ -82,7 +82,7 @@ void Transformation::declareTransformation()
     m_isDeclared = true;
 }
 
-// In place, so that whoever shares the matrix sees the change.
+// Changes the matrix in place, so that the change is visible through all handles to it.
 void Transformation::updateTransformation(Matrix matrix)
 {
     makeDeclared();

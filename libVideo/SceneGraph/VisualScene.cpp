@@ -16,13 +16,13 @@ namespace libVideo {
 VIDEO_LOG_CHANNEL("libVideo.visualScene")
 VIDEO_SOURCE_PATH("libVideo/SceneGraph/VisualScene")
 
-/// One `<node>` while the tree is turned into a list.
+/// A `<node>` while the tree is converted to a list.
 struct VisualScene::TreePrototype {
     static constexpr unsigned noParent = 0xFFFFFFFFu;
 
     daeSmartRef<domNode> node;
-    vesk::Array<unsigned> children; // slots, in document order
-    unsigned parent = noParent;     // slot
+    vesk::Array<unsigned> children; // indices in the list, in document order
+    unsigned parent = noParent;     // index in the list
 };
 
 VisualScene::~VisualScene() = default;
@@ -30,7 +30,7 @@ VisualScene::~VisualScene() = default;
 bool VisualScene::createFromCollada(const domVisual_scene& scene, const SceneResourcesLink& resources)
 {
     VIDEO_TRACE("VisualScene::createFromCollada");
-    if (m_root.children().size() > 0) { // a load that failed before the first node is forgotten
+    if (m_root.children().size() > 0) { // a load that failed before the first node may be repeated
         VIDEO_LOG("Visual scene is already loaded");
         return false;
     }
@@ -52,7 +52,7 @@ bool VisualScene::createFromCollada(const domVisual_scene& scene, const SceneRes
 
     const vesk::Array<TreePrototype> tree = flatten(scene);
     createNodes(tree);
-    // All nodes are in the table now, so an instance may name any of them.
+    // Only now, because an instance may name any node, and all are in the table.
     detail::PoolIndex pool(*m_resources);
     for (unsigned i = 0; i < tree.size(); ++i) {
         processNodeInstances(m_nodeList[i], tree[i].node, pool);
@@ -61,8 +61,8 @@ bool VisualScene::createFromCollada(const domVisual_scene& scene, const SceneRes
     return true;
 }
 
-// Breadth first and without recursion, so the depth of a document costs no stack. The order is found with plain entries,
-// which are cheap to move while the list grows, and only then turned into records, each of them made once.
+// Breadth first and without recursion, so the depth of a document costs no stack. Finds the order with plain entries,
+// which are cheap to copy while the array grows, and then makes each record once.
 vesk::Array<VisualScene::TreePrototype> VisualScene::flatten(const domVisual_scene& scene)
 {
     struct Entry {
@@ -152,7 +152,7 @@ unsigned VisualScene::addLightInstance(const NodeHandle& node,
             VIDEO_LOG("Element is not a light");
             return 0;
         }
-        // An id of both kinds is that of a point light.
+        // If both kinds have a light with this id, the point light is used.
         const vesk::String id(light->getId());
         if (const PointLightHandle point = pool.pointLight(id)) {
             const auto instance = PointLightInstanceHandle::make(NodeLink(node), Link<PointLight>(point));
@@ -186,10 +186,10 @@ unsigned VisualScene::addGeometryInstance(const NodeHandle& node,
         }
         geometry->addNode(node);
     }
-    return 0; // sic: not their number
+    return 0; // sic: not the number of instances
 }
 
-// Also for a geometry that will fail to build.
+// Materials are registered even if building the geometry fails later.
 void VisualScene::registerMaterials(const domInstance_geometry& instance)
 {
     const domBind_materialRef binding = instance.getBind_material();
@@ -207,8 +207,8 @@ void VisualScene::registerMaterials(const domInstance_geometry& instance)
     }
 }
 
-// A geometry that stands in the table is not given out again: it shows on its first node alone. One that fails to build
-// is given out, and ends with the handle.
+// Returns an empty handle for a geometry that is in the table already, so it shows at its first node only. A geometry
+// that fails to build is returned without being stored, and is destroyed with the handle.
 GeometryHandle VisualScene::createAndRegisterGeometry(domGeometry* const geometry)
 {
     if (m_geometryTable.lookup(geometry->getId()) != nullptr) {
@@ -254,7 +254,7 @@ void VisualScene::addAnimationsToNodes()
     if (m_resources->animationList.size() == 0) {
         return;
     }
-    // The cameras by id: the first instance of each, exactly.
+    // The camera of the first instance of each id; the case of ids matters here.
     TableByName<Link<Camera>> cameras(32);
     cameras.reserve(m_cameraList.size());
     for (const CameraInstanceHandle& instance : m_cameraList) {
@@ -277,7 +277,7 @@ void VisualScene::addAnimationsToNodes()
 void VisualScene::transform()
 {
     for (const NodeHandle& node : m_nodeList) {
-        if (node) { // a load may have run out of memory before
+        if (node) { // empty if a load ran out of memory
             node->updateTransform();
         }
     }
