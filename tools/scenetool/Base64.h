@@ -5,7 +5,7 @@
 
 namespace scenetool {
 
-/// Bytes as text: four characters for each three bytes, filled up with "=".
+/// Encodes bytes as Base64 text: four characters for each three bytes, padded with "=".
 std::string base64(const unsigned char* bytes, std::size_t size);
 
 } // namespace scenetool

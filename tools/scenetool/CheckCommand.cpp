@@ -17,7 +17,7 @@ namespace scenetool {
 
 namespace {
 
-// What the library itself says of a document comes after what is known of it.
+// Adds the library's own messages about a document to the findings.
 void addMessages(const std::string& file, libPrepare::Report& report)
 {
     const LoadedScene loaded(file);
@@ -44,7 +44,7 @@ void addGltfNotes(const std::string& file, libPrepare::Report& report)
     const ConversionResult result = tryConversion(file);
     for (const auto& [kind, note] : result.notes.all()) {
         if (kind == ConversionNotes::imageFormat) {
-            continue; // whose pictures are the same
+            continue; // loses nothing
         }
         const std::string count = note.count > 1 ? " (" + std::to_string(note.count) + " times)" : "";
         report.findings.push_back({libPrepare::Outcome::lost,

@@ -9,7 +9,7 @@
 
 namespace scenetool {
 
-/// `scenetool check FILE...`: what a host will not get from a document.
+/// `scenetool check FILE...`: lists what a host will not get from a document.
 class CheckCommand {
 public:
     static constexpr int somethingLost = 1;
@@ -20,7 +20,8 @@ public:
     CheckCommand(CLI::App& app, SandboxOptions& sandbox);
 
     bool isParsed() const { return m_command->parsed(); }
-    /// @return 0 if nothing is lost, 1 if something is, 2 if a document cannot be read: the worst of all documents
+    /// @return 0 if nothing is lost, 1 if something is lost, 2 if a document cannot be read; of several documents the
+    ///     largest
     int run() const;
 
 private:

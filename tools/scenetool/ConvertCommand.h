@@ -10,7 +10,7 @@
 
 namespace scenetool {
 
-/// `scenetool convert IN -o OUT`: writes glTF from what the library delivers, of one document or of a folder of them.
+/// `scenetool convert IN -o OUT`: converts a document, or all documents in a folder, to glTF.
 class ConvertCommand {
 public:
     /// Adds the command and its options.

@@ -18,7 +18,7 @@ bool hasEnding(const std::string& path, const char* ending)
     return std::filesystem::path(path).extension() == ending;
 }
 
-// Prepares and loads a document, makes a glTF document of it and gives that to `use`.
+// Prepares, loads and converts a document, and passes the glTF document to `use`.
 ConversionResult convert(const std::string& in, const ConversionSettings& settings,
                          const std::function<void(GltfDocument&)>& use)
 {

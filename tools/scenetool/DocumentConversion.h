@@ -11,31 +11,31 @@ namespace scenetool {
 
 /// How documents are converted.
 struct ConversionSettings {
-    bool isAsLoaded = false;                           ///< Without libPrepare.
-    bool isCompressed = false;                         ///< By EXT_meshopt_compression.
-    double tolerance = 1e-4;                           ///< Of animations, relative to their size.
-    std::uint64_t mostBytes = std::uint64_t(1) << 30U; ///< Of the result's data.
-    libPrepare::Options prepare;                       ///< For libPrepare.
+    bool isAsLoaded = false;                           ///< Does not prepare the document first.
+    bool isCompressed = false;                         ///< Uses EXT_meshopt_compression.
+    double tolerance = 1e-4;                           ///< Largest error of an animation, relative to its size.
+    std::uint64_t mostBytes = std::uint64_t(1) << 30U; ///< Maximum size of the result's binary data.
+    libPrepare::Options prepare;                       ///< How the document is prepared.
 };
 
-/// What became of one document.
+/// Result of converting one document.
 struct ConversionResult {
-    std::string failure; ///< Why there is no result, in one line; empty if there is one.
+    std::string failure; ///< Why the conversion failed, in one line; empty on success.
     libPrepare::Report prepared;
     ConversionNotes notes;
 };
 
-/// What glTF asks of a document: Y up, meters, and normals.
+/// Prepares a document as glTF needs it: Y up, in meters, and with normals.
 libPrepare::Options preparationForGltf();
 
-/// Whether a file name says which form of glTF is wanted: it ends in .glb or .gltf.
+/// Whether a file name ends in .glb or .gltf.
 bool namesGltf(const std::string& path);
 
-/// Writes a document as glTF: one binary file, or JSON with its data beside it, by the ending of `out`. The result appears
-/// under its name when it is whole.
+/// Converts a document to glTF: to one binary file, or to JSON with a file of binary data, depending on the extension
+/// of `out`. An incomplete result never appears under its name.
 ConversionResult convertDocument(const std::string& in, const std::string& out, const ConversionSettings& settings);
 
-/// Converts a document with default settings and writes nothing, for the notes.
+/// Converts a document with default settings for its notes, without writing a file.
 ConversionResult tryConversion(const std::string& in);
 
 } // namespace scenetool

@@ -13,7 +13,7 @@ namespace scenetool {
 
 namespace {
 
-// Members in the order in which they are written; floats, so that their shortest text is printed.
+// Members keep the order in which they are added. Numbers are floats, so that their shortest text is written.
 using Json =
     nlohmann::basic_json<nlohmann::ordered_map, std::vector, std::string, bool, std::int64_t, std::uint64_t, float>;
 
@@ -116,7 +116,7 @@ Json cameras(const LoadedScene& loaded)
     return all;
 }
 
-// What both kinds of light have.
+// The values that both kinds of light have.
 template <class Light>
 Json light(const Light& shown)
 {
@@ -251,7 +251,7 @@ Json nodes(const LoadedScene& loaded)
 
 void writeDump(const LoadedScene& loaded, std::ostream& out)
 {
-    // Asking the scene may log as well, so the log is taken last.
+    // Queries to the scene may log messages, so the log is read last.
     Json nodeList = nodes(loaded);
     Json cameraList = cameras(loaded);
     Json pointLightList = pointLights(loaded);
@@ -271,7 +271,7 @@ void writeDump(const LoadedScene& loaded, std::ostream& out)
     dump["spotLights"] = std::move(spotLightList);
     dump["geometries"] = std::move(geometryList);
     dump["materials"] = std::move(materialList);
-    // Text of a document is UTF-8, a path need not be.
+    // Text of a document is valid UTF-8, but a path may have any bytes.
     out << dump.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
 }
 

@@ -32,7 +32,7 @@ struct Job {
     fs::path out;
 };
 
-// The way of a short text from a child process to its parent.
+// Passes a short text from a child process to its parent.
 class Channel {
 public:
     Channel()
@@ -49,12 +49,12 @@ public:
     Channel(const Channel&) = delete;
     Channel& operator=(const Channel&) = delete;
 
-    // In the child; what a pipe does not take at once is cut.
+    // Called by the child. Truncates a text that does not fit into the pipe at once.
     void put(const std::string& text) const
     {
         static_cast<void>(!write(m_ends[1], text.data(), std::min(text.size(), mostBytes)));
     }
-    // In the parent, when the child is done.
+    // Called by the parent after the child has exited.
     std::string take() const
     {
         std::string text(mostBytes, '\0');
@@ -87,7 +87,7 @@ std::vector<Job> jobsOf(const fs::path& in, const fs::path& out)
         }
     }
     std::sort(jobs.begin(), jobs.end(), [](const Job& a, const Job& b) { return a.in < b.in; });
-    // Two documents may differ in the case of their endings alone.
+    // The names of two documents may differ only in the case of their extension.
     std::vector<fs::path> taken;
     for (Job& job : jobs) {
         fs::path wish = fs::path(job.out).replace_extension(".glb");
@@ -100,7 +100,7 @@ std::vector<Job> jobsOf(const fs::path& in, const fs::path& out)
     return jobs;
 }
 
-// What an interrupted run left half-written beside a result.
+// Removes the temporary files that interrupted runs have left beside a result.
 void removeRemains(const fs::path& out)
 {
     std::error_code ignored;

@@ -10,16 +10,17 @@ namespace scenetool {
 /// How a folder of documents is converted.
 struct FolderConversionSettings {
     ConversionSettings conversion;
-    SandboxLimits limits;    ///< Of each document.
-    unsigned jobs = 1;       ///< Documents at a time.
-    bool isRepeated = false; ///< Converts those again whose result is newer than the document.
+    SandboxLimits limits;    ///< For each document.
+    unsigned jobs = 1;       ///< Number of documents converted at a time.
+    bool isRepeated = false; ///< Converts a document again even if its result is newer.
     bool showsProgress = false;
 };
 
-/// Converts all `.dae` files below a folder to binary glTF files of the same names below another, each in a process of its own.
-/// Prints one JSON object a line and document to standard output: `file`, `result`, `status` ("converted", "up to date",
-/// "failed"), `reason`, `seconds`, `lost`. A run that is interrupted goes on where it was when it is started again.
-/// @return whether none failed
+/// Converts all `.dae` files in a folder and its subfolders to binary glTF files at the same relative paths in another
+/// folder, each in a process of its own. Prints one line of JSON per document to standard output: `file`, `result`,
+/// `status` ("converted", "up to date", "failed"), `reason`, `seconds`, `lost`. An interrupted run continues where it
+/// stopped when it is started again.
+/// @return whether no document failed
 bool convertFolder(const std::string& in, const std::string& out, const FolderConversionSettings& settings);
 
 } // namespace scenetool

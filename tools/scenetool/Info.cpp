@@ -36,11 +36,11 @@ private:
 std::string numberText(double value)
 {
     std::ostringstream text;
-    text << std::setprecision(4) << (value == 0.0 ? 0.0 : value); // no minus in front of zero
+    text << std::setprecision(4) << (value == 0.0 ? 0.0 : value); // 0 instead of -0
     return text.str();
 }
 
-// The shortest true description of a matrix.
+// The shortest exact description of a matrix.
 std::string matrixText(const libMath::Matrix<float, 4, 4>& matrix)
 {
     bool isZero = true;
@@ -191,7 +191,7 @@ const char* semanticWord(libVideo::VertexSemantic semantic)
     return "unknown";
 }
 
-// Attributes in their order, each with its number of floats.
+// The attributes in their order, each with its number of floats.
 std::string layoutText(const libVideo::Primitive& primitive)
 {
     std::string text;
@@ -202,7 +202,7 @@ std::string layoutText(const libVideo::Primitive& primitive)
     return text.empty() ? "nothing" : text;
 }
 
-// The smallest box around all positions, empty without any.
+// The bounding box of all positions; empty text without any.
 std::string boxText(libVideo::Primitive& primitive)
 {
     libVideo::VertexLayout layout;
@@ -310,7 +310,7 @@ std::string targetText(const libVideo::NodeLink& node)
     return node ? ", looks at " + nodeTitle(*node) : std::string();
 }
 
-// Back from the matrix, which is what a renderer gets.
+// Derives the optics from the projection matrix, which is what a renderer gets.
 std::string projectionText(const libMath::Matrix<float, 4, 4>& projection)
 {
     constexpr double degrees = 180.0 / 3.141592653589793;

@@ -11,7 +11,7 @@
 
 namespace scenetool {
 
-// Runs something of the library; what it throws becomes the failure.
+// Runs an action of the library, and stores what it throws in `m_failure`.
 template <class Action>
 bool LoadedScene::run(const Action& action)
 {
@@ -65,7 +65,7 @@ std::string LoadedScene::faultLine() const
     return m_refusal ? refusalText(m_file, *m_refusal) : m_failure ? file + ": " + printable(fault()) : "";
 }
 
-// The library has one message for all that it refuses.
+// Asks libPrepare for the reason, because the library logs the same message for all documents that it refuses.
 void LoadedScene::findRefusal(const std::string& path)
 {
     const libPrepare::Report report = libPrepare::inspect(path);

@@ -13,7 +13,7 @@
 
 namespace scenetool {
 
-/// One line of the library's log.
+/// One log message of the library.
 struct LogLine {
     std::string channel;
     int priority;
@@ -26,11 +26,11 @@ struct Failure {
     std::string message;
 };
 
-/// A document as the library loads it, with everything that was logged since, and its nodes in breadth-first order.
+/// A loaded document, with its nodes in breadth-first order and all messages logged since the start of the load.
 class LoadedScene {
 public:
-    /// Loads the document; neither a failure nor an exception of the library leaves the constructor.
-    /// @param source is loaded in its place, such as what was prepared from it
+    /// Loads the document. Exceptions of the library do not leave the constructor.
+    /// @param source the file that is loaded instead, such as the prepared document; empty for none
     explicit LoadedScene(std::string file, const std::string& source = {});
     ~LoadedScene();
     LoadedScene(const LoadedScene&) = delete;
@@ -38,26 +38,26 @@ public:
 
     const std::string& file() const { return m_file; }
     bool isLoaded() const { return m_isLoaded; }
-    /// What ended the load or the evaluation, if anything did.
+    /// The exception that ended the load or the evaluation, if any.
     const std::optional<Failure>& failure() const { return m_failure; }
-    /// Why the library refuses the document; `Outcome::refused`.
+    /// Why the library refused the document, with `Outcome::refused`.
     const std::optional<libPrepare::Finding>& refusal() const { return m_refusal; }
     /// Why the load or the evaluation failed, in one line; empty if neither did.
     std::string fault() const;
-    /// The same with the file before it, and the line if there is one: "X is a directory", "X:7:2: ...".
+    /// The same, preceded by the file and, if known, the line: "X is a directory", "X:7:2: ...".
     std::string faultLine() const;
     const std::vector<LogLine>& log() const { return m_log; }
     const libVideo::VisualScene& scene() const { return m_scene.visualScene(); }
 
-    /// From the root's children down.
+    /// All nodes below the root, breadth-first.
     const std::vector<libVideo::Node*>& nodes() const { return m_nodes; }
-    /// Place in `nodes()`; nothing for the root and for no node.
+    /// Index in `nodes()`; nothing for the root and for null.
     std::optional<std::size_t> indexOf(const libVideo::Node* node) const;
 
-    /// Asks every node, then every camera, for its state at a time in seconds. @return false, with `failure()` set, if
-    /// one throws; those behind it keep their state then
+    /// Evaluates every node, then every camera, at a time in seconds. @return false, with `failure()` set, if one of
+    /// them throws; those after it keep their state
     bool evaluate(double time);
-    /// Folds the parents into the nodes.
+    /// Multiplies the parents into the nodes, so that local matrices become world matrices.
     void fold();
 
 private:
@@ -77,7 +77,7 @@ private:
     std::unordered_map<const libVideo::Node*, std::size_t> m_indices;
 };
 
-/// The buckets of a table, in the order of their keys.
+/// The buckets of a table, sorted by key.
 template <class Table>
 std::map<std::string, const typename Table::Bucket*> sorted(const Table& table)
 {

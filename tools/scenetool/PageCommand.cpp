@@ -22,7 +22,7 @@ int fail(const std::string& file, const std::string& why)
     return EXIT_FAILURE;
 }
 
-// Text as it has to be written between tags.
+// Escapes text for use between tags.
 std::string escaped(const std::string& text)
 {
     std::string result;

@@ -8,7 +8,7 @@
 
 namespace scenetool {
 
-/// `scenetool page IN -o OUT.html`: one file with the model and a viewer in it, which a browser opens without a network.
+/// `scenetool page IN -o OUT.html`: writes one HTML file with the model and a viewer, which a browser can open offline.
 class PageCommand {
 public:
     /// Adds the command and its options.

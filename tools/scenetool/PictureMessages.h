@@ -5,11 +5,12 @@
 
 namespace scenetool {
 
-/// Prints a line about a document on standard error; about none if `file` is empty.
-/// @param isOverBar takes the line that a bar is drawn on, which is drawn again after it
+/// Prints a message about a document to standard error. `file` may be empty.
+/// @param isOverBar replaces the progress bar on the current line; the next update of the bar draws it again
 void complain(const std::string& file, const std::string& line, bool isOverBar = false);
 
-/// Runs a command that draws. @return its status; of what it throws a line and 1, or 2 for options that do not fit
+/// Runs a command that draws, and prints the message of an exception.
+/// @return the status of the command; after an exception 1, or 2 if the options are wrong
 int statusOf(const std::string& file, const std::function<int()>& command, bool isOverBar = false);
 
 } // namespace scenetool

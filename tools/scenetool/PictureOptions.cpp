@@ -9,7 +9,7 @@ namespace scenetool {
 
 namespace {
 
-// The whole text as a number.
+// Parses the whole text as a number.
 bool parse(const std::string& text, int base, unsigned& value)
 {
     const auto result = std::from_chars(text.data(), text.data() + text.size(), value, base);
@@ -29,7 +29,7 @@ void readSize(const std::string& text, RenderOptions& options)
     }
 }
 
-// "sky", "none", or a color such as 33383f with or without a #.
+// "sky", "none", or a color such as 33383f, with or without a "#".
 void readBackground(const std::string& text, Background& background)
 {
     if (text == "sky" || text == "none") {

@@ -8,15 +8,15 @@
 
 namespace scenetool {
 
-/// The options of the command line that say what a picture shows.
+/// The command-line options that control what a picture shows.
 class PictureOptions {
 public:
-    /// Adds them to a command, which they have to outlive.
+    /// Adds the options to a command. This object has to outlive the command.
     void addTo(CLI::App& command);
-    /// Reads what was given in words. @throws PictureUsageError for words that say nothing
+    /// Parses the values given as text. @throws PictureUsageError if one is invalid
     void read();
 
-    /// Whether the size of the picture is given.
+    /// Whether the command line sets the size of the picture.
     bool hasSize() const { return !m_size.empty(); }
     void setSize(unsigned width, unsigned height);
     /// Whether the picture has no background.

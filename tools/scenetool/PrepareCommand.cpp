@@ -21,7 +21,7 @@ std::optional<double> numberOf(const std::string& text)
     return isNumber ? std::optional(value) : std::nullopt;
 }
 
-// Not-a-number passes the ranges of CLI11.
+// The range checks of CLI11 accept NaN.
 const CLI::Validator
     finite([](const std::string& text) { return numberOf(text) ? std::string() : '"' + text + "\" is no number"; }, "");
 const CLI::Validator positive(
@@ -61,7 +61,7 @@ PrepareCommand::PrepareCommand(CLI::App& app)
         ->add_option_function<std::string>(
             "--normals",
             [this](const std::string& text) {
-                // CLI11 has a word of its own for an option without a value.
+                // CLI11 passes "true" for an option without a value.
                 const std::optional<double> angle = text.empty() || text == "true" ? 60.0 : numberOf(text);
                 if (!angle || *angle < 0 || *angle > 180) {
                     throw CLI::ValidationError("--normals", '"' + text + "\" is no angle from 0 to 180");

@@ -8,18 +8,18 @@
 
 namespace scenetool {
 
-/// A document that was prepared into a temporary file, which is removed with this object.
+/// Prepares a document into a temporary file, which the destructor removes.
 class PreparedFile {
 public:
-    /// Prepares a document; `report()` says how that went.
-    /// @throws std::system_error if there can be no temporary file
+    /// Prepares a document; `report()` has the result.
+    /// @throws std::system_error if no temporary folder can be created
     PreparedFile(const std::string& file, const libPrepare::Options& options);
 
     /// Whether there is a prepared document.
     bool isPrepared() const { return m_report.done; }
-    /// The temporary file; the document itself if it could not be prepared.
+    /// Path of the prepared document; of the original document if it could not be prepared.
     const std::string& path() const { return m_report.done ? m_path : m_original; }
-    /// The document that was prepared.
+    /// Path of the original document.
     const std::string& original() const { return m_original; }
     const libPrepare::Report& report() const { return m_report; }
 

@@ -4,7 +4,7 @@
 
 namespace scenetool {
 
-/// Document text without what would act on a terminal.
+/// Replaces control characters, which could control a terminal, by question marks.
 std::string printable(const std::string& text);
 
 } // namespace scenetool

@@ -107,7 +107,7 @@ int RenderCommand::sheet()
         return failed;
     }
     std::optional<OffscreenContext> context;
-    if (isBoxed) { // a context belongs to one thread, so without processes there is one document at a time
+    if (isBoxed) { // a context belongs to one thread, so several documents at a time need several processes
         layout.workers = std::max(1u, std::thread::hardware_concurrency());
     } else {
         context.emplace();
@@ -150,7 +150,7 @@ SheetCell RenderCommand::drawCell(const std::string& file, const std::filesystem
 SheetCell RenderCommand::drawCellInSandbox(const std::string& file) const
 {
     SharedCell shared(m_options.picture().width, m_options.picture().height);
-    const TemporaryFolder folder; // of this process, which removes it however the other ends
+    const TemporaryFolder folder; // removed by this process, even if the child crashes
     const SandboxResult result = runInSandbox(m_sandbox.limits(), [&] {
         const OffscreenContext context;
         shared.put(drawCell(file, folder.path()));
@@ -165,7 +165,8 @@ SheetCell RenderCommand::drawCellInSandbox(const std::string& file) const
     return cell;
 }
 
-// Tried before the first document. In a child as well, since a driver does not survive being forked.
+// Tests drawing before the first document. Does so in a child process, because a driver that is in use before a fork
+// does not work after it.
 bool RenderCommand::canDrawInSandbox() const
 {
     const SandboxResult result = runInSandbox(m_sandbox.limits(), [this] {
@@ -192,7 +193,7 @@ int RenderCommand::run()
         if (!m_folder.empty()) {
             return sheet();
         }
-        const TemporaryFolder folder; // of this process, which removes it however a sandbox ends
+        const TemporaryFolder folder; // removed by this process, even if a sandbox crashes
         return m_sandbox.run(
             m_file, 1, [this, &status, &folder] { return status([this, &folder] { return render(folder.path()); }); });
     });

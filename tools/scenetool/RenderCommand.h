@@ -12,18 +12,17 @@
 
 namespace scenetool {
 
-/// The command that draws pictures into files.
+/// `scenetool render FILE -o OUT.png`: draws pictures into files.
 class RenderCommand {
 public:
-    /// Adds it to a command line, which has to live as long.
-    /// @param sandbox the options that it shares with other commands
+    /// Adds the command and its options. `app` has to outlive this object.
+    /// @param sandbox options shared with other commands
     RenderCommand(CLI::App& app, SandboxOptions& sandbox);
     RenderCommand(const RenderCommand&) = delete;
     RenderCommand& operator=(const RenderCommand&) = delete;
 
-    /// Whether the command line that was read asks for it.
     bool isParsed() const { return m_command->parsed(); }
-    /// @return the status for the shell: 0, 1 if a document or the drawing fails, 2 for options that do not fit
+    /// @return the exit status: 0, 1 if a document or the drawing fails, 2 if the options are wrong
     int run();
 
 private:
@@ -37,7 +36,7 @@ private:
     const SandboxOptions& m_sandbox;
     CLI::App* m_command;
     std::string m_file;
-    std::string m_folder; ///< of a sheet
+    std::string m_folder; ///< of --sheet
     std::string m_output;
     unsigned m_frames = 0;
     bool m_hasBar = false;

@@ -38,7 +38,7 @@ const char* word(libPrepare::Approximation::Kind kind)
     return "";
 }
 
-// "line 7", "lines 7, 12, 30 and 4 more"; empty if none is known.
+// "line 7", "lines 7, 12, 30 and 4 more"; empty if no line is known.
 std::string linesText(const std::vector<const libPrepare::Finding*>& findings)
 {
     constexpr std::size_t mostShown = 8;
@@ -76,7 +76,7 @@ std::string refusalText(const std::string& file, const libPrepare::Finding& refu
 
 void writeReport(const libPrepare::Report& report, std::ostream& out)
 {
-    // In the order in which a kind comes first.
+    // Groups appear in the order of their first finding.
     std::map<std::pair<libPrepare::Outcome, std::string>, std::size_t> places;
     std::vector<std::vector<const libPrepare::Finding*>> groups;
     for (const libPrepare::Finding& finding : report.findings) {

@@ -10,19 +10,19 @@
 
 namespace scenetool {
 
-/// The options of the command line that say where documents are loaded: each in a sandbox, if there are several or if that
-/// is asked for.
+/// The command-line options for the sandbox. Each document is loaded in a sandbox if there are several, or if an option
+/// requests it.
 class SandboxOptions {
 public:
-    /// Adds them to a command. Several commands may share them.
+    /// Adds the options to a command. Several commands may share them.
     void addTo(CLI::App& command);
 
-    /// Whether a document of that many is loaded in a sandbox.
+    /// Whether each of `documents` documents is loaded in a sandbox.
     bool applyTo(std::size_t documents) const { return !m_isUnwanted && (documents > 1 || m_isWanted); }
     SandboxLimits limits() const;
 
-    /// Runs an action that loads one document of that many, in a sandbox or not. @return its status, or 1 with one line
-    /// on standard error if it did not come to its end
+    /// Runs an action that loads one of `documents` documents, in a sandbox if needed. @return its status, or 1, with a
+    /// message on standard error, if it did not finish
     int run(const std::string& file, std::size_t documents, const std::function<int()>& action) const;
 
 private:

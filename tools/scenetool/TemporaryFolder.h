@@ -4,10 +4,10 @@
 
 namespace scenetool {
 
-/// A new folder that only this user may enter, removed with all that it holds.
+/// A new folder that only this user can access. The destructor removes it with its contents.
 class TemporaryFolder {
 public:
-    /// @throws std::system_error where there can be none
+    /// @throws std::system_error if it cannot be created
     TemporaryFolder();
     ~TemporaryFolder();
     TemporaryFolder(const TemporaryFolder&) = delete;

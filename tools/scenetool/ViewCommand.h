@@ -8,17 +8,16 @@
 
 namespace scenetool {
 
-/// The command that shows a document in a window.
+/// `scenetool view FILE`: shows a document in a window.
 class ViewCommand {
 public:
-    /// Adds it to a command line, which has to live as long.
+    /// Adds the command and its options. `app` has to outlive this object.
     explicit ViewCommand(CLI::App& app);
     ViewCommand(const ViewCommand&) = delete;
     ViewCommand& operator=(const ViewCommand&) = delete;
 
-    /// Whether the command line that was read asks for it.
     bool isParsed() const { return m_command->parsed(); }
-    /// @return the status for the shell: 0, 1 if a document or the drawing fails, 2 for options that do not fit
+    /// @return the exit status: 0, 1 if a document or the drawing fails, 2 if the options are wrong
     int run();
 
 private:

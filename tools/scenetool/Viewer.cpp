@@ -30,12 +30,12 @@ const char* const viewerHelp =
 
 namespace {
 
-constexpr double timeStep = 0.1;         // seconds for a key
+constexpr double timeStep = 0.1;         // seconds per key press
 constexpr int timelineHeight = 10;       // pixels
-constexpr float radiansPerPixel = 0.01f; // of a turn
-constexpr float mostPitch = 1.55f;       // a little less than upright
+constexpr float radiansPerPixel = 0.01f; // for dragging
+constexpr float mostPitch = 1.55f;       // slightly less than a right angle
 constexpr float zoomPerNotch = 0.88f;
-constexpr double secondsBetweenLooks = 0.5; // at the time of the file, for changes
+constexpr double secondsBetweenLooks = 0.5; // between checks whether the file has changed
 
 std::string windowError()
 {
@@ -44,13 +44,13 @@ std::string windowError()
     return text == nullptr ? "no reason is given" : printable(text);
 }
 
-// The window system, as long as it lives.
+// Initializes GLFW for the lifetime of the object.
 class WindowSystem {
 public:
     WindowSystem()
     {
 #if defined(GLFW_PLATFORM) // 3.4
-        // Wayland needs the folder of a login session, and complains of its own where it is missing.
+        // Without the folder of a login session, Wayland does not work and prints messages of its own.
         if (std::getenv("XDG_RUNTIME_DIR") == nullptr && glfwPlatformSupported(GLFW_PLATFORM_X11) == GLFW_TRUE) {
             glfwInitHint(GLFW_PLATFORM, GLFW_PLATFORM_X11);
         }
@@ -90,7 +90,7 @@ Window openWindow(const RenderOptions& options)
     return window;
 }
 
-// What H shows.
+// Shown by the key H.
 const std::vector<std::string> helpLines = {
     "Space       play, halt",
     "Left, Right step in time",
@@ -163,11 +163,11 @@ private:
 
     static Viewer& of(GLFWwindow* window) { return *static_cast<Viewer*>(glfwGetWindowUserPointer(window)); }
 
-    // Makes a document the one that is shown. One that cannot be leaves the window without any.
+    // Replaces the document. The window is empty if the new document cannot be shown.
     void show(const std::string& file)
     {
         m_show.reset();
-        m_document.reset(); // the log goes to one document at a time
+        m_document.reset(); // only one document at a time may receive the log
         m_file = file;
         m_changed = changeOf(file);
         m_document = m_open(file);
@@ -180,7 +180,7 @@ private:
         m_orbit = m_show->framedOrbit(aspect());
     }
 
-    // As `show`, with a line for what cannot be shown; the window stays.
+    // Like `show`, but reports a document that cannot be shown instead of throwing.
     void tryToShow(const std::string& file)
     {
         try {
@@ -191,7 +191,7 @@ private:
         }
     }
 
-    // Another document starts where its own options put it.
+    // A new document starts with the time and camera of the options.
     void goToFile(const std::string& file)
     {
         m_options.camera.reset();
@@ -208,7 +208,7 @@ private:
         return error ? std::filesystem::file_time_type::min() : changed;
     }
 
-    // A file that is gone for a moment is being written anew.
+    // A file that is missing for a moment is probably being rewritten.
     void reloadIfChanged(double now)
     {
         if (now - m_lookedAt < secondsBetweenLooks) {
@@ -229,7 +229,7 @@ private:
         }
     }
 
-    // Through the folder, around its ends.
+    // Goes to the next or previous document of the folder, and wraps around.
     void goToNeighbor(bool isForward)
     {
         try {
@@ -242,7 +242,7 @@ private:
             }
             const auto place = static_cast<std::size_t>(found - files.begin());
             goToFile(files[(place + (isForward ? 1 : files.size() - 1)) % files.size()]);
-        } catch (const std::exception& error) { // the folder may be gone
+        } catch (const std::exception& error) { // the folder may have been removed
             m_sink(m_file, error.what());
         }
     }
@@ -258,7 +258,7 @@ private:
 
     double length() const { return m_show == nullptr ? 0.0 : m_show->length(); }
 
-    // The scene and what lies over it, into the bound framebuffer.
+    // Draws the scene and its overlay into the bound framebuffer.
     void drawAll()
     {
         if (m_show == nullptr) {
@@ -293,12 +293,12 @@ private:
         const std::string camera = m_camera ? ", camera " + std::to_string(*m_camera) : "";
         char time[32] = "";
         if (length() > 0.0) {
-            std::snprintf(time, sizeof(time), ", %.2f s", m_time); // NOLINT(cert-err33-c): long enough, or cut
+            std::snprintf(time, sizeof(time), ", %.2f s", m_time); // NOLINT(cert-err33-c): a long text is cut
         }
         glfwSetWindowTitle(m_window, (printable(m_file) + camera + time).c_str());
     }
 
-    // A bar along the lower edge, bright as far as the time has come.
+    // A bar along the lower edge, bright up to the current time.
     void drawTimeline()
     {
         if (!(length() > 0.0)) {
@@ -390,14 +390,14 @@ private:
         }
     }
 
-    // After the last camera all is shown.
+    // A number past the last camera shows the whole scene.
     void look(unsigned camera)
     {
         m_camera = camera < m_show->cameraCount() ? std::optional<unsigned>(camera) : std::nullopt;
         m_isNewCamera = true;
     }
 
-    // Under the first free name in the present folder.
+    // Writes the picture under the first free name in the current folder.
     void writeView()
     {
         const std::string stem = std::filesystem::path(m_file).stem().string();
@@ -479,20 +479,20 @@ private:
     Overlay m_overlay;
     std::string m_file;
     std::filesystem::file_time_type m_changed;
-    double m_lookedAt = 0.0; ///< when the file was looked at
+    double m_lookedAt = 0.0; ///< time of the last check for changes
     std::unique_ptr<PictureDocument> m_document;
-    std::unique_ptr<SceneShow> m_show; ///< null where the document cannot be shown
-    std::optional<unsigned> m_camera;  ///< without one the orbit is shown
-    bool m_isNewCamera = true;         ///< not drawn so far
+    std::unique_ptr<SceneShow> m_show; ///< null if the document cannot be shown
+    std::optional<unsigned> m_camera;  ///< nothing for the orbit
+    bool m_isNewCamera = true;         ///< whether the camera has not been drawn yet
     Orbit m_orbit;
     double m_time;
     bool m_isPlaying = false;
     bool m_hasGrid = false;
     bool m_hasHelp = false;
     Drag m_drag = Drag::none;
-    double m_x = 0.0; ///< of the mouse
+    double m_x = 0.0; ///< mouse position
     double m_y = 0.0;
-    int m_width = 1; ///< of the framebuffer
+    int m_width = 1; ///< framebuffer size
     int m_height = 1;
 };
 

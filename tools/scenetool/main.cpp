@@ -34,7 +34,7 @@ namespace {
 constexpr int loadFailed = 1;
 constexpr int usageError = 2;
 
-// Reports what failed, if anything did, in one line on standard error.
+// Prints the failure of a load or an evaluation, if any, to standard error.
 void reportFault(const scenetool::LoadedScene& loaded)
 {
     const std::string fault = loaded.faultLine();
@@ -43,7 +43,7 @@ void reportFault(const scenetool::LoadedScene& loaded)
     }
 }
 
-// What was prepared from a document, if that is asked for.
+// The prepared document, or null if the document is loaded as it is.
 std::unique_ptr<scenetool::PreparedFile> prepared(const std::string& file, bool isWanted)
 {
     return isWanted ? std::make_unique<scenetool::PreparedFile>(file, libPrepare::Options()) : nullptr;
@@ -78,7 +78,7 @@ int dump(const std::string& file, const std::optional<double>& time, bool folds,
     return loaded.isLoaded() && !loaded.failure() ? EXIT_SUCCESS : loadFailed;
 }
 
-// How many characters have to be put in, taken out or replaced to make one word the other.
+// Edit distance of two words: the number of characters to insert, delete or replace.
 std::size_t distance(const std::string& one, const std::string& other)
 {
     std::vector<std::size_t> row(other.size() + 1);
@@ -95,7 +95,7 @@ std::size_t distance(const std::string& one, const std::string& other)
     return row.back();
 }
 
-// One line if the first word is no command; empty if it is one, or an option.
+// A message if the first word is not a command; empty if it is a command or an option.
 std::string unknownCommand(const CLI::App& app, const std::string& word)
 {
     std::string nearest;

@@ -1,4 +1,4 @@
-# fish completion for scenetool. Commands and options are those that its help shows.
+# fish completion for scenetool. Takes commands and options from its help.
 
 function __scenetool_commands
     scenetool --help 2>/dev/null | sed -n '/^Subcommands:/,$s/^  \([a-z][a-z-]*\)  *\(.*\)/\1\t\2/p'

@@ -7,15 +7,15 @@
 
 namespace scenetool {
 
-/// What a conversion changes or leaves out, counted by kind.
+/// Counts what a conversion changes or leaves out, by kind.
 class ConversionNotes {
 public:
-    /// The kind that loses nothing: images in another format.
+    /// The only kind that loses nothing: images that are converted to another format.
     static constexpr const char* imageFormat = "image format";
 
     struct Note {
-        std::string text;      ///< One sentence about the kind.
-        std::size_t count = 0; ///< How often it was met.
+        std::string text;      ///< A sentence that explains the kind.
+        std::size_t count = 0; ///< Number of occurrences.
     };
 
     /// @param kind a fixed word, such as "tangents"
@@ -25,7 +25,7 @@ public:
         note.text = note.count == 0 ? text : note.text;
         note.count += count;
     }
-    /// By kind.
+    /// The notes by kind.
     const std::map<std::string, Note>& all() const { return m_notes; }
 
 private:

@@ -16,9 +16,9 @@ namespace {
 
 using Json = GltfDocument::Json;
 
-constexpr std::size_t mostSamples = 20000;     // of one node
-constexpr std::size_t mostFirstSamples = 5000; // before bends are looked for
-constexpr std::size_t mostSpan = 512;          // samples between two keys; bounds the time of long straight lines
+constexpr std::size_t mostSamples = 20000;     // per node
+constexpr std::size_t mostFirstSamples = 5000; // per node, before refinement
+constexpr std::size_t mostSpan = 512;          // samples between two keys; limits the time for long straight lines
 constexpr double shortestStep = 1.0 / 4096;    // seconds; a jump becomes a slope of this length
 
 struct Sample {
@@ -26,7 +26,7 @@ struct Sample {
     Trs trs;
 };
 
-// The parts of a transform that are animated one by one.
+// A part of a transform, which is animated on its own.
 struct Path {
     const char* name;
     const char* type;
@@ -44,7 +44,7 @@ const std::array<Path, 3>& paths()
     return all;
 }
 
-// What a player makes of a time between two keys: spherical for rotations, straight for the others.
+// What a player shows at a time between two keys: spherical interpolation for rotations, linear for the others.
 std::array<double, 4> between(const Path& path, const Sample& a, const Sample& b, double time)
 {
     const double share = (time - a.time) / (b.time - a.time);
@@ -71,13 +71,13 @@ std::array<double, 4> between(const Path& path, const Sample& a, const Sample& b
     return result;
 }
 
-// How far a sample is from what a player would show in its place.
+// Difference between a sample and what a player would show at its time.
 double errorOf(const Path& path, const Sample& a, const Sample& b, const Sample& sample)
 {
     const std::array<double, 4> shown = between(path, a, b, sample.time);
     const float* const wanted = path.values(sample.trs);
     double same = 0;
-    double turned = 0; // a quaternion and its opposite are one rotation
+    double turned = 0; // a quaternion and its negative are the same rotation
     for (std::size_t i = 0; i < path.components; ++i) {
         same = std::max(same, std::fabs(shown[i] - static_cast<double>(wanted[i])));
         turned = std::max(turned, std::fabs(shown[i] + static_cast<double>(wanted[i])));
@@ -85,7 +85,7 @@ double errorOf(const Path& path, const Sample& a, const Sample& b, const Sample&
     return path.isRotation ? std::min(same, turned) : same;
 }
 
-// A key of a cubic: its value, and the slopes on both sides in units per second.
+// A key of a cubic curve: its value, and the slopes on both sides per second.
 struct CubicKey {
     using Values = std::array<double, 3>;
 
@@ -95,7 +95,7 @@ struct CubicKey {
     Values slopeAfter{};
 };
 
-// The weights of both values and both slopes of a cubic at a share of the time between its keys.
+// The weights of the values and slopes of both keys at a share of the time between them.
 struct CubicWeights {
     explicit CubicWeights(double share, double length)
         : first((1 + 2 * share) * (1 - share) * (1 - share)),
@@ -115,7 +115,7 @@ class NodeMotion {
 public:
     NodeMotion(libVideo::Node& node, const GltfOptions& options) : m_node(&node), m_options(&options) {}
 
-    // Whether the node has a motion that can be written.
+    // Samples the motion. @return whether the node has one that can be written
     bool sample()
     {
         const double length = m_node->animationLength();
@@ -125,7 +125,7 @@ public:
         const double wanted = std::ceil(length * m_options->sampleRate);
         const std::size_t steps = static_cast<std::size_t>(std::clamp(wanted, 1.0, double(mostFirstSamples)));
         for (std::size_t i = 0; i <= steps; ++i) {
-            // Time wraps at the very end, where the curve has to show its last value.
+            // Time wraps at the end, so the last value is taken just before it.
             const double time = i < steps ? length * double(i) / double(steps) : std::nextafter(length, 0.0);
             m_samples.push_back(at(time));
         }
@@ -136,7 +136,7 @@ public:
         return true;
     }
 
-    // The fewest samples that keep within the tolerance; empty if the part does not move.
+    // Samples to keep so that linear interpolation stays within the tolerance; empty if the part does not move.
     std::vector<const Sample*> keys(const Path& path) const
     {
         const double allowed = tolerance(path);
@@ -155,7 +155,7 @@ public:
         return result;
     }
 
-    // As `keys`, of cubics between them; not for rotations, whose cubics players have to make to unit length again.
+    // Like `keys`, for cubic interpolation. Not for rotations, because players have to normalize their cubics.
     std::vector<CubicKey> cubicKeys(const Path& path) const
     {
         const double allowed = tolerance(path);
@@ -179,7 +179,8 @@ public:
     bool isSheared() const { return m_isSheared; }
 
 private:
-    // The last sample to which one piece of a curve reaches from a sample: steps double while they fit, then halve.
+    // The last sample that a single piece of a curve from `from` can reach. Doubles the step while the piece fits, and
+    // then halves it.
     template <class Fits>
     std::size_t reach(std::size_t from, Fits fits) const
     {
@@ -213,12 +214,12 @@ private:
         return key;
     }
 
-    // Gives two keys the slopes that fit the samples between them best. @return whether that is within the tolerance
+    // Sets the slopes of two keys so that they fit the samples between them best. @return whether the error is allowed
     bool fitCubic(const Path& path, std::size_t from, std::size_t to, double allowed, CubicKey& first,
                   CubicKey& second) const
     {
         const double length = second.time - first.time;
-        double a = 0; // of the normal equations, which are the same for all components but for the right side
+        double a = 0; // coefficients of the normal equations; components differ only in the right side
         double b = 0;
         double c = 0;
         CubicKey::Values right{};
@@ -243,7 +244,7 @@ private:
                 second.slopeBefore[k] = (otherRight[k] * a - right[k] * b) / determinant;
                 continue;
             }
-            // A straight line, or the parabola through one sample.
+            // Too few samples to fit: a straight line, or the parabola through the one sample.
             const double way = second.value[k] - first.value[k];
             double bend = 0;
             if (to - from == 2) {
@@ -299,7 +300,7 @@ private:
         return true;
     }
 
-    // Halves the steps whose middle a straight line misses, so that jumps and sharp bends are found.
+    // Adds a sample in the middle of each step where linear interpolation fails, to find jumps and sharp bends.
     void refine(const Path& path)
     {
         const double allowed = tolerance(path);
@@ -330,9 +331,9 @@ private:
     bool m_isSheared = false;
 };
 
-// The numbers of a sampler.
+// The times and values of a sampler.
 struct Curve {
-    // @return whether the time is later than the last one in single precision
+    // Adds a time. @return false, without adding it, unless it is later than the last one in single precision
     bool add(double time)
     {
         const float rounded = static_cast<float>(time);
@@ -356,7 +357,7 @@ Curve curveOf(const Path& path, const std::vector<const Sample*>& keys)
         }
         const float* const part = path.values(key->trs);
         float sign = 1.0f;
-        if (path.isRotation && !curve.values.empty()) { // the short way from the key before
+        if (path.isRotation && !curve.values.empty()) { // the shorter way from the previous key
             const float cosine = std::inner_product(part, part + path.components,
                                                     curve.values.end() - std::ptrdiff_t(path.components), 0.0f);
             sign = cosine < 0.0f ? -1.0f : 1.0f;
@@ -410,7 +411,7 @@ void addAnimations(LoadedScene& loaded, const GltfOptions& options, GltfDocument
             if (keys.empty()) {
                 continue;
             }
-            // A cubic key has two slopes beside its value, and there are two keys at least.
+            // A cubic key has three times the numbers of a linear one, and a curve needs at least two.
             const bool mayBeCubic = !path.isRotation && keys.size() > 6;
             const std::vector<CubicKey> cubics = mayBeCubic ? motion.cubicKeys(path) : std::vector<CubicKey>();
             const bool isCubic = mayBeCubic && 3 * cubics.size() < keys.size();

@@ -4,8 +4,8 @@
 
 namespace scenetool {
 
-/// The motion of the scene's nodes as one animation: translations, rotations and scales, sampled so densely that straight lines
-/// between the keys stay within the tolerance, and no denser.
+/// Adds the motion of the scene's nodes as one animation of translations, rotations and scales, with as few keys as the
+/// tolerance allows.
 void addAnimations(LoadedScene& loaded, const GltfOptions& options, GltfDocument& document, const GltfNodes& nodes,
                    ConversionNotes& notes);
 

@@ -141,7 +141,7 @@ void GltfDocument::compress()
             stride = componentOf(i) == unsignedShort ? sizeof(std::uint16_t) : sizeof(std::uint32_t);
             std::vector<unsigned> corners(size / stride);
             for (std::size_t corner = 0; corner < corners.size(); ++corner) {
-                std::memcpy(&corners[corner], data + corner * stride, stride); // little-endian, as the format is
+                std::memcpy(&corners[corner], data + corner * stride, stride); // little-endian, like the format
             }
             if (!corners.empty() && corners.size() % cornersOfTriangle == 0) {
                 const std::size_t count = std::size_t(*std::max_element(corners.begin(), corners.end())) + 1;
@@ -183,7 +183,7 @@ GltfDocument::Json GltfDocument::finished(const std::string& binaryName) const
             buffer["uri"] = binaryName;
         }
         result["buffers"] = Json::array({buffer});
-        if (m_uncompressedBytes != 0) { // has no data: it is where the views would be without compression
+        if (m_uncompressedBytes != 0) { // a buffer without data, to which the uncompressed views refer
             result["buffers"].push_back(
                 {{"byteLength", m_uncompressedBytes}, {"extensions", {{compressionExtension, {{"fallback", true}}}}}});
         }
@@ -231,7 +231,7 @@ void GltfDocument::writeText(const std::string& path) const
     if (!m_binary.empty()) {
         writeWholeFile(binary.string(), {{m_binary.data(), m_binary.size()}});
     }
-    // The name is a URI reference, in which only some characters stand for themselves.
+    // The name is written as a URI reference, so most characters have to be escaped.
     std::string name;
     for (const char character : binary.filename().string()) {
         const bool isPlain =

@@ -12,20 +12,20 @@
 
 namespace scenetool {
 
-/// How a scene becomes a glTF document.
+/// How a scene is converted to a glTF document.
 struct GltfOptions {
     std::vector<std::string>
-        documentFiles; ///< References to images count from the first of these beside which they lead to a file.
-    std::vector<libPrepare::Approximation> approximations; ///< What stands for something that glTF has.
-    bool isPrepared = true;   ///< Otherwise a transparency of 0 may as well be one that the document does not give.
-    double sampleRate = 60.0; ///< Keys a second that an animation is looked at first.
+        documentFiles; ///< Image references are relative to the first of these for which the image exists.
+    std::vector<libPrepare::Approximation> approximations; ///< Objects that glTF can express as the document has them.
+    bool isPrepared = true;   ///< If false, a transparency of 0 may also mean that the document has none.
+    double sampleRate = 60.0; ///< Samples per second of an animation before refinement.
     double tolerance = 1e-4;  ///< Largest error of an animation, relative to its size.
-    std::uint64_t mostBytes = std::uint64_t(1) << 30U; ///< Of binary data.
+    std::uint64_t mostBytes = std::uint64_t(1) << 30U; ///< Maximum size of the binary data.
 };
 
-/// The scene as glTF 2.0: one node a node, one mesh a geometry, from what the library delivers and nothing else. The scene is
-/// evaluated at many times if it is animated, and stays at the last of them.
-/// @throws GltfError if the result grows too large
+/// Converts a scene to glTF 2.0: each node to a node, each geometry to a mesh. Uses only what the library delivers. An
+/// animated scene is evaluated at many times, and keeps the state of the last one.
+/// @throws GltfError if the result gets too large
 GltfDocument gltfOf(LoadedScene& loaded, const GltfOptions& options, ConversionNotes& notes);
 
 } // namespace scenetool

@@ -37,7 +37,7 @@ bool startsWith(const std::string& content, const char* start, std::size_t size)
     return content.size() >= size && std::memcmp(content.data(), start, size) == 0;
 }
 
-// With alpha, unlike the pictures that are drawn.
+// Keeps alpha, unlike `writePicture` by default.
 std::vector<unsigned char> pngOf(const Picture& picture)
 {
     png_image image{};
@@ -92,7 +92,7 @@ std::optional<GltfImages::Entry> GltfImages::read(const std::string& file)
     const std::string content = contentOf(file);
     Picture picture;
     try {
-        picture = readPicture(file); // also says whether what looks like an image is one
+        picture = readPicture(file); // also checks that the file is a valid image
     } catch (const PictureError&) {
         return std::nullopt;
     }

@@ -12,21 +12,21 @@
 
 namespace scenetool {
 
-/// The images of a glTF document: PNG and JPEG as they are, other formats turned into PNG, all in buffer views.
+/// Embeds images in a glTF document, in buffer views: PNG and JPEG files unchanged, other formats converted to PNG.
 class GltfImages {
 public:
-    /// One image in the document.
+    /// An embedded image.
     struct Entry {
-        std::size_t image = 0;
-        bool hasAlpha = false; ///< Whether a texel is not opaque.
+        std::size_t image = 0; ///< Index in "images".
+        bool hasAlpha = false; ///< Whether any pixel is not opaque.
     };
 
-    /// @param documentFiles that references may count from; the first beside which they lead to a file is the one
+    /// @param documentFiles references are relative to the first of these for which the image exists
     GltfImages(GltfDocument& document, ConversionNotes& notes, std::vector<std::string> documentFiles)
         : m_document(&document), m_notes(&notes), m_documentFiles(std::move(documentFiles))
     {}
 
-    /// The image of a file that a material names, as the document writes it. @return nothing if it cannot be read
+    /// Embeds an image on first use. @param reference as written in the document @return nothing if it cannot be read
     std::optional<Entry> image(const std::string& reference);
 
 private:

@@ -24,14 +24,14 @@ Json linear(const float* color)
     return Json::array({linearOf(color[0]), linearOf(color[1]), linearOf(color[2])});
 }
 
-// An exponent of a highlight as a roughness: the microfacet distribution of the same width.
+// The roughness for the exponent of a highlight: that of the microfacet distribution with the same width.
 float roughnessOf(float shininess)
 {
     const float exponent = std::isfinite(shininess) ? std::max(0.0f, shininess) : 0.0f;
     return limited(std::pow(2.0f / (exponent + 2.0f), 0.25f));
 }
 
-// Wrapping as the sampler of the document says; the numbers of the format.
+// The wrapping of a sampler, as a number of the format.
 unsigned wrapOf(domFx_sampler_wrap_common wrap)
 {
     constexpr unsigned clampToEdge = 33071;
@@ -43,7 +43,7 @@ unsigned wrapOf(domFx_sampler_wrap_common wrap)
     case FX_SAMPLER_WRAP_COMMON_CLAMP:
     case FX_SAMPLER_WRAP_COMMON_BORDER:
         return clampToEdge;
-    default: // of another library's enum
+    default: // the enum belongs to another library
         return repeat;
     }
 }
@@ -130,7 +130,7 @@ Json GltfMaterials::converted(const libVideo::BlinnMaterial::Component& values, 
     } else if (isCutOut) {
         result["alphaMode"] = "MASK";
     }
-    result["doubleSided"] = true; // a document has no word for culling
+    result["doubleSided"] = true; // COLLADA cannot ask for culling
     if (values.ambientTexture || (!isBlack(values.ambient) && !isBlack(values.diffuse))) {
         m_notes->add("ambient", "glTF has no ambient color; the light of a viewer's surroundings takes its place.");
     }

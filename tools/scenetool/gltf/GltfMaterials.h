@@ -8,23 +8,25 @@
 
 namespace scenetool {
 
-/// One intensity of a color as displays take it (sRGB) as the linear one that glTF wants; limited to 0 ... 1.
+/// Converts an intensity of a color from sRGB to the linear one that glTF uses, limited to 0 ... 1.
 float linearOf(float intensity);
 
-/// Metallic-roughness materials from the shading values of the scene.
+/// Converts the materials of the scene to metallic-roughness materials.
 ///
-/// Diffuse color and texture become the base color of a rough dielectric; the specular color goes into
-/// KHR_materials_specular, the roughness follows from the exponent: (2 / (shininess + 2)) ^ 1/4. A material that only emits
-/// becomes an unlit one. Opacity below 1 blends; a diffuse image with alpha cuts out.
+/// Diffuse color and texture become the base color of a dielectric, the specular color goes to KHR_materials_specular,
+/// and the roughness is (2 / (shininess + 2)) ^ 1/4. A material with nothing but an emission becomes unlit. An opacity
+/// below 1 blends; a diffuse image with alpha cuts out.
 class GltfMaterials {
 public:
-    /// @param isPrepared whether a transparency of 0 is the document's, and not one that it does not give
+    /// @param isPrepared if false, a transparency of 0 may also mean that the document has none
     GltfMaterials(const LoadedScene& loaded, bool isPrepared, GltfDocument& document, GltfImages& images,
                   ConversionNotes& notes)
         : m_loaded(&loaded), m_isPrepared(isPrepared), m_document(&document), m_images(&images), m_notes(&notes)
     {}
 
-    /// The material for a symbol that primitives name; white for one that the scene does not bind. @return its index
+    /// Converts a material on first use. @param symbol as primitives name it; a white material if the scene does not
+    /// bind it
+    /// @return the index of the material
     std::size_t material(const std::string& symbol);
 
 private:

@@ -13,15 +13,15 @@ namespace {
 
 using Json = GltfDocument::Json;
 
-constexpr std::size_t mostStride = 252; // that a view may have
+constexpr std::size_t mostStride = 252; // limit of the format
 
-// One attribute in the stream that is written.
+// An attribute of the written vertex stream.
 struct Attribute {
     std::string name;
     libVideo::VertexSemantic semantic;
     std::size_t from;       // bytes from the start of a vertex in the library's stream
-    std::size_t to;         // and in the written one
-    std::size_t components; // that are written
+    std::size_t to;         // bytes from the start of a written vertex
+    std::size_t components; // written ones
 };
 
 float read(const unsigned char* bytes)
@@ -36,7 +36,7 @@ void write(unsigned char* bytes, float value)
     std::memcpy(bytes, &value, sizeof value);
 }
 
-// Normals have length 1 in glTF. @return false for one without a direction
+// Normalizes a normal, as glTF requires. @return false if it has no direction
 bool normalize(unsigned char* bytes)
 {
     double values[3];
@@ -53,7 +53,7 @@ bool normalize(unsigned char* bytes)
     return hasDirection;
 }
 
-// The attributes that glTF has a place for, in the order of the stream.
+// The attributes that glTF supports, in the order of the stream.
 std::vector<Attribute> attributesOf(const libVideo::Primitive& shown, ConversionNotes& notes)
 {
     std::vector<Attribute> result;
@@ -144,7 +144,7 @@ std::optional<Json> GltfMeshes::primitive(libVideo::Primitive& shown)
                 } else if (attribute.semantic == libVideo::SEMANTIC_COLOR) {
                     write(to + 4 * i, i < 3 ? linearOf(value) : std::clamp(value, 0.0f, 1.0f));
                 } else if (attribute.semantic == libVideo::SEMANTIC_TEXCOORD && i == 1) {
-                    write(to + 4 * i, 1.0f - value); // images start at the top
+                    write(to + 4 * i, 1.0f - value); // glTF counts from the top of an image
                 }
             }
             if (attribute.semantic == libVideo::SEMANTIC_NORMAL && !normalize(to)) {
@@ -187,7 +187,7 @@ std::optional<Json> GltfMeshes::primitive(libVideo::Primitive& shown)
     }
     std::size_t indexView = 0;
     GltfDocument::Component component = GltfDocument::unsignedInt;
-    if (count <= std::numeric_limits<std::uint16_t>::max()) { // the last number means a restart
+    if (count <= std::numeric_limits<std::uint16_t>::max()) { // the largest number is reserved for a restart
         component = GltfDocument::unsignedShort;
         const std::vector<std::uint16_t> narrow(corners.begin(), corners.begin() + cornerCount);
         indexView = m_document->addView(narrow.data(), narrow.size() * sizeof narrow[0], GltfDocument::indices);

@@ -8,15 +8,15 @@
 
 namespace scenetool {
 
-/// Meshes from the geometries of the scene: their vertex streams as interleaved views, rewritten only where glTF wants other
-/// numbers, and their index buffers in 16 or 32 bits.
+/// Converts the geometries of the scene to meshes. Vertex streams become interleaved views, changed only where glTF
+/// needs other numbers; index buffers get 16 or 32 bits.
 class GltfMeshes {
 public:
     GltfMeshes(GltfDocument& document, GltfMaterials& materials, ConversionNotes& notes)
         : m_document(&document), m_materials(&materials), m_notes(&notes)
     {}
 
-    /// @return the index of the mesh; nothing if the geometry has nothing to show
+    /// Converts a geometry on first use. @return the index of the mesh; nothing if the geometry has nothing to show
     std::optional<std::size_t> mesh(const libVideo::Geometry& geometry);
 
 private:

@@ -12,9 +12,9 @@ using Json = GltfDocument::Json;
 
 constexpr float pi = 3.14159265358979f;
 constexpr float degree = pi / 180.0f;
-constexpr float mostConeAngle = 1.5707962f; // below a right angle in double precision, too
+constexpr float mostConeAngle = 1.5707962f; // less than a right angle, even in double precision
 constexpr const char* lightsExtension = "KHR_lights_punctual";
-// A surface gives back 1 / pi of the light in glTF, and all of it in COLLADA.
+// A diffuse surface reflects 1 / pi of the light in glTF, and all of it in COLLADA.
 constexpr float lightFactor = pi;
 
 Json array(const float* values, std::size_t count)
@@ -26,7 +26,7 @@ Json array(const float* values, std::size_t count)
     return result;
 }
 
-// A world matrix with these axes, of length 1, at right angles.
+// The world matrix with these axes, which have to be orthonormal.
 Matrix4 frame(const Vector3& right, const Vector3& up, const Vector3& back, const Vector3& position)
 {
     Matrix4 result = identity();
@@ -44,7 +44,7 @@ Vector3 crossed(const Vector3& a, const Vector3& b)
     return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
-// Something that looks along a direction of length 1, upright if it can be.
+// A frame that looks along a unit vector, upright if possible.
 Matrix4 lookingAlong(const Vector3& direction, const Vector3& position)
 {
     const Vector3 back = scaled(direction, -1.0f);
@@ -53,7 +53,7 @@ Matrix4 lookingAlong(const Vector3& direction, const Vector3& position)
     return frame(right, crossed(back, right), back, position);
 }
 
-// Where the library's view looks from, turned back to the right-handed frame of the document.
+// The frame of a view matrix of the library, converted back to the right-handed frame of the document.
 Matrix4 worldOfView(const Matrix4& view, const Vector3& position)
 {
     const Vector3 left(view[0], view[4], view[8]);
@@ -211,7 +211,7 @@ void GltfNodes::addCameras()
             continue;
         }
         const Matrix4& projection = shown->projection();
-        // The projection scales by the cotangents of half the angles, and maps depth from 0 to 1.
+        // The projection scales by the cotangents of half the angles, and maps depth to 0 ... 1.
         const double x = static_cast<double>(projection[0]);
         const double y = static_cast<double>(projection[5]);
         const double a = static_cast<double>(projection[10]);
@@ -271,8 +271,8 @@ void GltfNodes::addLight(const Light& light, const libVideo::Instance& instance,
     for (unsigned i = 0; i < 3; ++i) {
         color[i] = std::max(0.0f, light.color()[i] / strength);
     }
-    // Punctual lights of glTF fall off with the square of the distance: they are as strong as the document's at the center of the
-    // scene. One in the center counts at half the size of the scene.
+    // Punctual lights in glTF fade with the square of the distance. The intensity is chosen so that it equals the
+    // document's at the center of the scene. Lights near the center use half the radius of the scene as their distance.
     const float distance = std::max(length(toScene), 0.5f * box.radius());
     float intensity = lightFactor * strength;
     if (!isDirectional) {
@@ -309,7 +309,7 @@ void GltfNodes::addLights()
     }
     for (const libVideo::SpotLightInstanceHandle& shown : m_loaded->scene().spotLightList()) {
         const libVideo::SpotLight& spot = *shown->spotLight();
-        // The angles of the document are those across the whole cone; glTF counts from the axis, to at most 90 degrees.
+        // Angles in the document are across the whole cone. In glTF they are from the axis, and at most 90 degrees.
         const float inner = std::clamp(spot.innerConeAngle() * 0.5f * degree, 0.0f, mostConeAngle);
         const float outer =
             std::clamp(std::max(spot.innerConeAngle(), spot.outerConeAngle()) * 0.5f * degree, 0.001f, mostConeAngle);

@@ -10,11 +10,12 @@
 
 namespace scenetool {
 
-/// The nodes of the scene, with what is shown at them.
+/// Converts the nodes of the scene, with their meshes, cameras and lights.
 ///
-/// A node keeps its index in the breadth-first order of the library. A matrix that shears is no transform of glTF: such a node
-/// gets a second one below it that holds a rotation, and what it shows, and its children, are below that. Cameras and lights
-/// look along -Z of their node in glTF; where the library looks elsewhere, a node of their own turns them.
+/// A node keeps its index in the breadth-first order of the library. A glTF transform cannot shear, so a node with a
+/// shearing matrix gets a second node below it, which has a rotation and takes the instances and the children. Cameras
+/// and lights in glTF look along -Z of their node; if they look elsewhere in the library, they get a turned node of
+/// their own.
 class GltfNodes {
 public:
     GltfNodes(const LoadedScene& loaded, const GltfOptions& options, GltfDocument& document, GltfMeshes& meshes,
@@ -27,10 +28,10 @@ public:
           m_pose(loaded, false)
     {}
 
-    /// Adds all of them, and the scene.
+    /// Adds all nodes and the scene.
     void add();
 
-    /// Whether a node needs a second one for its matrix at rest.
+    /// Whether a node has a second one, because its matrix at rest shears.
     bool isPair(std::size_t node) const { return m_lower[node] != node; }
 
 private:
@@ -40,9 +41,10 @@ private:
     void addMeshes();
     void addCameras();
     void addLights();
-    /// Something that is shown at a node: in the node itself if nothing of its kind is there yet, else in a child.
+    /// The node for an instance at a node of the scene: that node if it does not have the member yet, otherwise a new
+    /// child.
     Json& place(std::size_t node, const char* member);
-    /// A child of a node of the scene with this world matrix, or the node itself if it has the directions already.
+    /// Like `place`, but turned as in a world matrix: the node itself if it has these axes, otherwise a new child.
     Json& turned(std::size_t node, const Matrix4& world, const char* member);
     Json& child(std::size_t node, const Trs& trs);
     template <class Light>
@@ -55,10 +57,10 @@ private:
     GltfMeshes* m_meshes;
     ConversionNotes* m_notes;
     ScenePose m_pose;
-    std::vector<std::size_t> m_lower; // by node: the glTF node that children and instances are put below
+    std::vector<std::size_t> m_lower; // by node: the glTF node that takes its children and instances
 };
 
-/// The members of a glTF node for a transform; none for the identity.
+/// Sets the members of a glTF node for a transform; none for the identity.
 void putTrs(GltfDocument::Json& node, const Trs& trs);
 
 } // namespace scenetool

@@ -7,9 +7,9 @@ namespace scenetool {
 namespace {
 
 using Column = std::array<double, 3>;
-using Columns = std::array<Column, 3>; // of a 3 by 3 matrix
+using Columns = std::array<Column, 3>; // of a 3 × 3 matrix
 
-// Cosine between two columns above which they count as sheared.
+// A matrix shears if the cosine between two columns is larger.
 constexpr double mostCosine = 1e-5;
 
 double dot(const Column& a, const Column& b)
@@ -38,7 +38,7 @@ Columns columnsOf(const Matrix4& matrix)
     return result;
 }
 
-// A direction of length 1 at right angles to a given one.
+// A unit vector perpendicular to a unit vector.
 Column anyNormalTo(const Column& unit)
 {
     const Column axis = std::fabs(unit[0]) < 0.6 ? Column{1, 0, 0} : Column{0, 1, 0};
@@ -46,7 +46,7 @@ Column anyNormalTo(const Column& unit)
     return times(result, 1 / std::sqrt(dot(result, result)));
 }
 
-// Gives columns without a length a direction, so that all three are at right angles and turn right-handed.
+// Replaces unknown columns so that all three are a right-handed orthonormal basis.
 void completeBasis(Columns& basis, const std::array<bool, 3>& isKnown)
 {
     const int known = int(isKnown[0]) + int(isKnown[1]) + int(isKnown[2]);
@@ -89,7 +89,7 @@ std::array<float, 4> quaternionOf(const Columns& r)
     return result;
 }
 
-// Of columns at right angles: their lengths, and the rotation of their directions. A mirror goes into the X of the scale.
+// Decomposes orthogonal columns into their lengths and a rotation. A reflection makes the X of the scale negative.
 Trs trsOfOrthogonal(const Columns& columns)
 {
     Columns basis{};

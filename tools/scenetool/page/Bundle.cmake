@@ -1,4 +1,4 @@
-# Makes one script of the viewer and the library that it stands on, with the licence of that at its top.
+# Bundles the viewer and its library into one script that starts with the licence of the library.
 #   cmake -DNPM=... -DSOURCE=tools/scenetool/page -DWORK=... -P Bundle.cmake: WORK/viewer.js, or no file and a message
 cmake_minimum_required(VERSION 3.24)
 

@@ -1,6 +1,6 @@
 #include "PageViewer.h"
 
-// The build makes the script, see Bundle.cmake; the assembler takes it in as it is.
+// The build makes the script (see Bundle.cmake), and the assembler embeds it unchanged.
 asm(".section .rodata\n"
     "scenetoolPageViewer:\n"
     ".incbin \"" SCENETOOL_PAGE_VIEWER "\"\n"

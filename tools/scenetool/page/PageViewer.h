@@ -4,7 +4,7 @@
 
 namespace scenetool {
 
-/// The script of the viewer in a page: one file that needs no other, with the licence of what it is made from at its top.
+/// The script of the viewer: self-contained, starting with the licence of the library that it includes.
 std::string_view pageViewer();
 
 } // namespace scenetool

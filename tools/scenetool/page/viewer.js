@@ -1,4 +1,4 @@
-// Shows the model that the page holds: turn with the pointer, zoom with the wheel.
+// Shows the model embedded in the page. Drag to turn it, use the wheel to zoom.
 import * as THREE from "three";
 import { OrbitControls } from "three/addons/controls/OrbitControls.js";
 import { MeshoptDecoder } from "three/addons/libs/meshopt_decoder.module.js";
@@ -6,7 +6,7 @@ import { GLTFLoader } from "three/addons/loaders/GLTFLoader.js";
 
 const message = document.getElementById("message");
 
-// The bytes of the binary glTF file in the page.
+// The bytes of the embedded binary glTF file.
 function modelBytes() {
     const text = atob(document.getElementById("model").textContent.trim());
     const bytes = new Uint8Array(text.length);
@@ -16,7 +16,7 @@ function modelBytes() {
     return bytes.buffer;
 }
 
-// A camera that looks as the first one of the model does, or at all of it if there is none.
+// A camera like the first one of the model, or one that shows the whole model if it has none.
 function viewpoint(model) {
     const box = new THREE.Box3().setFromObject(model.scene);
     const center = box.isEmpty() ? new THREE.Vector3() : box.getCenter(new THREE.Vector3());

@@ -6,7 +6,7 @@
 
 namespace scenetool {
 
-/// The name of something of OpenGL, which ends with it. Its context has to be current then.
+/// Owns one OpenGL object name. The context of the object has to be current when it is destroyed.
 class GlObject {
 public:
     using Delete = void (*)(GLuint name);

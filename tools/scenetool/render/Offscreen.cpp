@@ -13,13 +13,13 @@ namespace scenetool {
 namespace {
 
 constexpr GLsizei mostSamples = 4;
-constexpr std::size_t mostSampledPixels = 16777216; // beyond it a sample would cost gigabytes
+constexpr std::size_t mostSampledPixels = 16777216; // samples of more pixels would take gigabytes
 
-// The dispatch library ends the process where it misses a library, so they are looked for before.
+// The dispatch library aborts the process if it does not find a library, so this is checked first.
 bool hasLibrary(const char* name)
 {
     void* const library = dlopen(name, RTLD_LAZY | RTLD_LOCAL);
-    return library != nullptr; // stays open: it is needed in a moment
+    return library != nullptr; // stays open, because it is needed soon
 }
 
 void requireLibraries()
@@ -73,7 +73,7 @@ void requireGl33()
 OffscreenContext::OffscreenContext()
 {
     requireLibraries();
-    setenv("EGL_LOG_LEVEL", "fatal", 0); // what goes wrong is said below, in one line
+    setenv("EGL_LOG_LEVEL", "fatal", 0); // errors are reported below, in one line
     EGLint major = 0;
     EGLint minor = 0;
     m_display = surfacelessDisplay();
@@ -160,7 +160,7 @@ Picture Canvas::picture() const
     if (const GLenum error = glGetError(); error != GL_NO_ERROR) {
         throw PictureError("cannot draw: OpenGL reports error " + std::to_string(error));
     }
-    // OpenGL starts at the bottom.
+    // OpenGL counts rows from the bottom.
     for (unsigned y = 0; y < m_height / 2; ++y) {
         std::swap_ranges(picture.row(y), picture.row(y) + 4 * std::size_t(m_width), picture.row(m_height - 1 - y));
     }

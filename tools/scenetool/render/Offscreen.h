@@ -5,10 +5,10 @@
 
 namespace scenetool {
 
-/// An OpenGL 3.3 core context of this thread without window or display, current as long as it lives.
+/// An OpenGL 3.3 core context without a window or display, current in this thread until it is destroyed.
 class OffscreenContext {
 public:
-    /// @throws PictureError where the machine has no EGL or no such OpenGL
+    /// @throws PictureError if the machine has no EGL or no OpenGL 3.3
     OffscreenContext();
     ~OffscreenContext();
     OffscreenContext(const OffscreenContext&) = delete;
@@ -19,15 +19,15 @@ private:
     void* m_context = nullptr;
 };
 
-/// Pixels to draw into, smoothed by several samples each where that is to be had.
+/// A framebuffer, with several samples per pixel if the driver supports that.
 class Canvas {
 public:
-    /// @throws PictureError if there is no memory for it
+    /// @throws PictureError if it is too large for the driver, or if out of memory
     Canvas(unsigned width, unsigned height);
 
-    /// Makes it the target of what is drawn from now on.
+    /// Makes it the target of all drawing.
     void bind() const;
-    /// What was drawn so far. @throws PictureError if the drawing failed
+    /// Reads the picture. @throws PictureError if OpenGL reports an error
     Picture picture() const;
 
 private:

@@ -11,7 +11,7 @@ namespace scenetool {
 namespace {
 
 constexpr int gridSteps = 10;     // to each side of the origin
-constexpr float textScale = 1.5f; // pixels for one of the font
+constexpr float textScale = 1.5f; // pixels per unit of the font
 constexpr float lineHeight = 12.0f;
 constexpr float margin = 8.0f;
 
@@ -32,7 +32,7 @@ void addLine(std::vector<float>& points, const Vector3& from, const Vector3& to)
     points.insert(points.end(), {from[0], from[1], from[2], to[0], to[1], to[2]});
 }
 
-// Two triangles.
+// Adds a box as two triangles.
 void addBox(std::vector<float>& points, float left, float top, float right, float bottom)
 {
     for (const auto& [x, y] : {std::array<float, 2>{left, top},
@@ -99,7 +99,7 @@ void Overlay::drawGrid(const Viewpoint& viewpoint, float radius)
 
 void Overlay::drawText(const std::vector<std::string>& lines, int width, int height)
 {
-    // From pixels, counted from the upper left corner.
+    // Pixels are counted from the upper left corner.
     Matrix4 clipFromPixel = identity();
     clipFromPixel(0, 0) = 2.0f / static_cast<float>(std::max(width, 1));
     clipFromPixel(1, 1) = -2.0f / static_cast<float>(std::max(height, 1));
@@ -113,7 +113,7 @@ void Overlay::drawText(const std::vector<std::string>& lines, int width, int hei
             float x, y, z;
             unsigned char color[4];
         };
-        std::vector<Corner> corners(320 * line.size() + 4); // four for a stroke, of which a letter has fewer than 80
+        std::vector<Corner> corners(320 * line.size() + 4); // four per stroke; letters have fewer than 80 strokes
         const int strokes = stb_easy_font_print(0, 0, line.data(), nullptr, corners.data(),
                                                 static_cast<int>(corners.size() * sizeof(Corner)));
         for (int i = 0; i < strokes; ++i) {

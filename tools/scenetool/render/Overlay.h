@@ -11,17 +11,17 @@
 
 namespace scenetool {
 
-/// What a window draws over a scene: a grid with the axes, and text. Needs a current context of OpenGL 3.3.
+/// Draws over a scene: a grid with the axes, and text. Needs a current OpenGL 3.3 context.
 class Overlay {
 public:
     /// @throws PictureError if the driver refuses the shader
     Overlay();
 
-    /// A grid around the origin on the ground, which is square to Y, with steps of a power of ten; X red, Y green, Z
-    /// blue. What stands in front of it hides it.
+    /// Draws a grid around the origin in the plane of X and Z, with steps of a power of ten, and the axes: X red, Y
+    /// green, Z blue. The scene hides what is behind it.
     /// @param radius of the scene
     void drawGrid(const Viewpoint& viewpoint, float radius);
-    /// Lines of text in the upper left corner, on a dark ground.
+    /// Draws lines of text in the upper left corner, on a dark background.
     void drawText(const std::vector<std::string>& lines, int width, int height);
 
 private:

@@ -90,7 +90,7 @@ Picture readJpeg(const std::vector<unsigned char>& bytes)
     }
     checkSize(static_cast<unsigned>(std::max(width, 0)), static_cast<unsigned>(std::max(height, 0)));
     Picture picture(static_cast<unsigned>(width), static_cast<unsigned>(height));
-    // A warning leaves the image with a flaw, which is better than none.
+    // A warning means a damaged image, which is better than none.
     if (tjDecompress2(decoder.get(), bytes.data(), size, picture.bytes.data(), width, 0, height, TJPF_RGBA, 0) != 0 &&
         tjGetErrorCode(decoder.get()) == TJERR_FATAL) {
         fail();
@@ -98,10 +98,10 @@ Picture readJpeg(const std::vector<unsigned char>& bytes)
     return picture;
 }
 
-// The kinds that need no library of their own.
+// Reads the formats that need no library of their own.
 Picture readOther(const std::vector<unsigned char>& bytes)
 {
-    const auto size = static_cast<int>(bytes.size()); // fits, by the most that is read
+    const auto size = static_cast<int>(bytes.size()); // fits, because files are limited to `mostFileSize`
     int width = 0;
     int height = 0;
     int channels = 0;
@@ -119,7 +119,7 @@ Picture readOther(const std::vector<unsigned char>& bytes)
     return picture;
 }
 
-// A new file beside the one that it becomes, gone again unless it is kept.
+// A temporary file next to its final path. It is removed unless it is kept.
 class NewFile {
 public:
     explicit NewFile(const std::string& path) : m_path(path), m_name(path + ".XXXXXX")
@@ -139,7 +139,7 @@ public:
     ~NewFile()
     {
         if (m_file != nullptr) {
-            std::fclose(m_file); // NOLINT(cert-err33-c): nobody wants the file any more
+            std::fclose(m_file); // NOLINT(cert-err33-c): the file is removed
         }
         if (!m_isKept) {
             unlink(m_name.c_str());
@@ -178,7 +178,7 @@ std::vector<unsigned char> withoutAlpha(const Picture& picture)
     return colors;
 }
 
-// PNG wants the colors as they are before alpha.
+// PNG stores colors that are not multiplied by alpha.
 std::vector<unsigned char> withStraightAlpha(const Picture& picture)
 {
     std::vector<unsigned char> bytes = picture.bytes;

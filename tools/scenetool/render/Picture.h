@@ -7,13 +7,13 @@
 
 namespace scenetool {
 
-/// What keeps a picture from being drawn, read or written, in one line.
+/// Thrown if a picture cannot be drawn, read or written. The message is one line.
 class PictureError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// Red, green, blue and alpha, a byte each, row by row from the top.
+/// Pixels of one byte each for red, green, blue and alpha, row by row from the top.
 struct Picture {
     Picture() = default;
     /// All black and transparent.
@@ -29,20 +29,20 @@ struct Picture {
     std::vector<unsigned char> bytes;
 };
 
-/// Largest width and height that is drawn or read.
+/// Maximum width and height of a picture that is drawn or read.
 constexpr unsigned mostPictureSize = 8192;
 
-/// Reads a PNG, JPEG, TGA, BMP, GIF or PSD file, told by what is in it. Of moving ones it is the first picture.
+/// Reads a PNG, JPEG, TGA, BMP, GIF or PSD file, whatever its extension. Of an animated one it reads the first picture.
 /// @throws PictureError
 Picture readPicture(const std::string& path);
 
-/// Writes to standard output in place of a file.
+/// The path that stands for standard output.
 constexpr const char* standardOutput = "-";
 
-/// Writes a PNG file. It appears, or replaces the one before, when it is whole.
+/// Writes a PNG file completely or not at all. An existing file is replaced.
 /// @param path of the file, or `standardOutput`
-/// @param hasAlpha keeps the alpha, by which the colors of the picture are multiplied already; else all is opaque
-/// @throws PictureError, also for a path that names something else than a file
+/// @param hasAlpha keeps the alpha, by which the colors of the picture have been multiplied; otherwise all is opaque
+/// @throws PictureError, also if the path names something other than a file
 void writePicture(const Picture& picture, const std::string& path, bool hasAlpha = false);
 
 } // namespace scenetool

@@ -11,9 +11,9 @@ namespace scenetool {
 
 namespace {
 
-constexpr double creaseAngle = 60.0; // degrees, below which faces of a mesh without normals are smooth
+constexpr double creaseAngle = 60.0; // degrees; flatter edges of a mesh without normals are smoothed
 
-// How often each text occurs, in the order of their first.
+// Counts texts, in the order of their first occurrence.
 class Counts {
 public:
     void add(const std::string& text)
@@ -40,7 +40,7 @@ std::string replaced(std::string text, const std::string& what, const std::strin
     return text;
 }
 
-// A camera or a spot that names no node to look at is an ordinary one, though the library says that it finds none.
+// The library logs a message for each camera or spot light without a node to look at, although these are common.
 bool isOrdinary(const LogLine& line)
 {
     const auto endsWith = [&line](const std::string& end) {
@@ -161,7 +161,7 @@ std::vector<std::string> PictureDocument::notes() const
     }
     Counts kinds;
     for (const libPrepare::Finding& finding : m_report.findings) {
-        // Ambient lights on textures are drawn all the same, and so are textures of the opacity.
+        // Reported as lost, but drawn here: ambient lights on textures, and opacity textures.
         const bool isDrawn = m_isPrepared && (finding.kind == "ambient" || finding.kind == "transparent-texture");
         if (finding.outcome == libPrepare::Outcome::lost && !isDrawn) {
             kinds.add(finding.kind);

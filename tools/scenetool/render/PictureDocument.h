@@ -13,44 +13,44 @@
 
 namespace scenetool {
 
-/// How a document is made ready for pictures.
+/// How a document is loaded for pictures.
 struct DocumentOptions {
-    bool isAsLoaded = false;    ///< shows what the library delivers without preparing the document
-    std::optional<double> time; ///< seconds, at which skins and morphs take their pose
-    double aspect = 1.5;        ///< width over height of the picture
+    bool isAsLoaded = false;    ///< does not prepare the document first
+    std::optional<double> time; ///< time in seconds for the pose of skins and morphs
+    double aspect = 1.5;        ///< width of the picture divided by its height
 };
 
-/// A document as pictures show it: prepared, so that all of it arrives, and loaded.
+/// A document for pictures: prepared, so that the library delivers all of it, and loaded.
 class PictureDocument {
 public:
-    /// @param folder takes the prepared document for as long as the load lasts; the owner removes it
+    /// @param folder for the prepared document during the load; the caller removes the folder
     PictureDocument(std::string file, const std::filesystem::path& folder, const DocumentOptions& options);
 
-    /// The document as it was named, not the prepared one.
+    /// The path as given, not that of the prepared document.
     const std::string& file() const { return m_file; }
     bool isLoaded() const { return m_loaded && m_loaded->isLoaded(); }
-    /// Why it is not loaded, in one line.
+    /// Why the document is not loaded, in one line.
     std::string fault() const;
-    /// Only for a document that is loaded.
+    /// Only for a loaded document.
     LoadedScene& scene() { return *m_loaded; }
     const LoadedScene& scene() const { return *m_loaded; }
-    /// Whether materials and lights say all that they mean. What the library stands in for a value that the document
-    /// leaves out is not told from one that is written there otherwise.
+    /// Whether the document was prepared. If not, default values of materials and lights cannot be distinguished from
+    /// values in the document.
     bool isPrepared() const { return m_isPrepared; }
     const libPrepare::Report& report() const { return m_report; }
-    /// The record of a light or a camera of this kind that was approximated; null if it was not.
+    /// The approximation that replaces a light or a camera of this kind, or null.
     const libPrepare::Approximation* approximation(libPrepare::Approximation::Kind kind, const std::string& id,
                                                    const std::string& node) const;
-    /// The texture that makes faces of a material symbol transparent, which the record has no place for; else null.
+    /// The opacity texture for a material symbol, for which the library's material has no member; null without one.
     const libPrepare::OpacityTexture* opacityTexture(const std::string& symbol) const;
-    /// Whether triangles of a geometry have normals that the document does not give, so that both sides are alike.
+    /// Whether a geometry has computed normals, so that both sides of its triangles are lit alike.
     bool hasMadeNormals(const std::string& geometry) const;
-    /// The sum of the ambient lights. Prepare adds it to the emission of what they light, where that is no texture.
+    /// Sum of the ambient lights. Preparing adds it to emissions that are colors, but not to emission textures.
     std::array<float, 3> ambientLight() const;
-    /// The file of a texture. References count from the folder of the document, or from that of the prepared one.
+    /// The file of a texture. References are relative to the document, or to the prepared document.
     std::string textureFile(const std::string& reference) const;
-    /// What somebody who looks at the picture has to know of the document: one line for each message of the library,
-    /// and one for each kind of thing that is passed over.
+    /// Notes for the person who looks at the picture: one line for each message of the library, and one for what the
+    /// picture leaves out.
     std::vector<std::string> notes() const;
 
 private:

@@ -11,7 +11,7 @@
 
 namespace scenetool {
 
-/// As the library has them: row-major, points are columns on the right, p' = M · p.
+/// Matrices as the library has them: row-major, points are columns on the right, p' = M · p.
 using Matrix4 = libMath::Matrix<float, 4, 4>;
 using Vector3 = libMath::Vector<float, 3>;
 
@@ -53,10 +53,10 @@ inline Matrix4 transposed(const Matrix4& matrix)
     return result;
 }
 
-/// Nothing for a singular matrix, or for one that is not finite.
+/// @return nothing for a matrix that is singular or not finite
 inline std::optional<Matrix4> inverse(const Matrix4& matrix)
 {
-    // Gauss and Jordan, with the largest element of a column as its pivot.
+    // Gauss-Jordan elimination with partial pivoting.
     std::array<std::array<double, 8>, 4> rows{};
     for (unsigned row = 0; row < 4; ++row) {
         for (unsigned column = 0; column < 4; ++column) {
@@ -113,7 +113,7 @@ inline Vector3 columnOf(const Matrix4& matrix, unsigned column)
     return {matrix[column], matrix[4 + column], matrix[8 + column]};
 }
 
-/// Of an affine matrix.
+/// Transforms a point by an affine matrix.
 inline Vector3 transformedPoint(const Matrix4& matrix, const Vector3& point)
 {
     Vector3 result;
@@ -124,22 +124,22 @@ inline Vector3 transformedPoint(const Matrix4& matrix, const Vector3& point)
     return result;
 }
 
-/// The smallest box along the axes around points.
+/// The axis-aligned bounding box of points.
 class Box {
 public:
     bool isEmpty() const { return m_low[0] > m_high[0]; }
     Vector3 center() const { return scaled(sum(m_low, m_high), 0.5f); }
-    /// Of the eight corners number 0 to 7, as seen from the center.
+    /// Offset of a corner from the center. @param number 0 to 7
     Vector3 corner(unsigned number) const
     {
         const Vector3 half = scaled(m_high - m_low, 0.5f);
         return {(number & 1u) != 0 ? half[0] : -half[0], (number & 2u) != 0 ? half[1] : -half[1],
                 (number & 4u) != 0 ? half[2] : -half[2]};
     }
-    /// Half of the diagonal, with which a sphere around the center holds the box.
+    /// Half of the diagonal: the radius of the smallest sphere around the box.
     float radius() const { return isEmpty() ? 0.0f : 0.5f * length(m_high - m_low); }
 
-    /// A point that is not finite is passed over.
+    /// Ignores a point that is not finite.
     void add(const Vector3& point)
     {
         if (!std::isfinite(point[0]) || !std::isfinite(point[1]) || !std::isfinite(point[2])) {

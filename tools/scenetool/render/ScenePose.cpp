@@ -8,7 +8,7 @@ namespace {
 
 constexpr double radians = 3.141592653589793 / 180.0;
 
-// Colors and attenuations, which both kinds have.
+// Sets what both kinds of light have: color, attenuation and placement.
 template <class Light>
 PlacedLight placed(const Light& light, const Matrix4& world)
 {
@@ -16,11 +16,11 @@ PlacedLight placed(const Light& light, const Matrix4& world)
     result.position = columnOf(world, 3);
     result.color = light.color();
     const Vector3 attenuation(light.constantAttenuation(), light.linearAttenuation(), light.quadraticAttenuation());
-    // A document that gives no factor at all means a light that does not fade.
+    // A light for which all factors are 0 does not fade.
     if (attenuation[0] != 0.0f || attenuation[1] != 0.0f || attenuation[2] != 0.0f) {
         result.attenuation = attenuation;
     }
-    // As a camera, a light looks along -Z of its node.
+    // Like a camera, a light points along -Z of its node.
     const Vector3 backward = columnOf(world, 2);
     if (length(backward) > 0.0f) {
         result.direction = scaled(backward.normalized(), -1.0f);
@@ -28,7 +28,7 @@ PlacedLight placed(const Light& light, const Matrix4& world)
     return result;
 }
 
-// The angles are those across the whole cone.
+// @param degrees angle across the whole cone
 float cosineOfHalf(float degrees)
 {
     return degrees >= 360.0f ? -2.0f : static_cast<float>(std::cos(static_cast<double>(degrees) * 0.5 * radians));
@@ -77,7 +77,7 @@ void ScenePose::placeLights()
     for (const libVideo::PointLightInstanceHandle& shown : m_loaded->scene().pointLightList()) {
         const libVideo::Node* const node = shown->node().get();
         PlacedLight light = placed(*shown->pointLight(), world(node));
-        // Prepare puts a light without a place far away on a node that still looks the same way.
+        // Preparing replaces a directional light by a point light far away, and keeps its node's direction.
         if (node != nullptr && m_document != nullptr &&
             m_document->approximation(libPrepare::Approximation::Kind::directionalLight,
                                       shown->pointLight()->id().data(), node->id().data())) {

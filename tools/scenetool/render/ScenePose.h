@@ -8,36 +8,36 @@
 
 namespace scenetool {
 
-/// A light where it stands in the world.
+/// A light in world coordinates.
 struct PlacedLight {
-    enum class Kind { point, spot, directional, head }; ///< as the shader numbers them; the last goes with the eye
+    enum class Kind { point, spot, directional, head }; ///< in the order of the shader; a head light follows the eye
     Kind kind = Kind::point;
     Vector3 position;
     Vector3 color;
-    /// Factors of 1, of the distance and of its square; 1, 0, 0 for a light that has none.
+    /// Factors of 1, of the distance and of its square; 1, 0, 0 for a light that does not fade.
     Vector3 attenuation{1.0f, 0.0f, 0.0f};
-    Vector3 direction{0.0f, 0.0f, -1.0f}; ///< into which a spot or a directional light shines
-    /// Cosines between the direction and the edges of a spot's cone: bright up to the inner one, dark from the outer
-    /// one on. Below -1 for a cone of all directions.
+    Vector3 direction{0.0f, 0.0f, -1.0f}; ///< in which a spot or a directional light shines
+    /// Cosines of the angles between the direction and the cones of a spot: full light within the inner cone, none
+    /// outside the outer one. Below -1 for light in all directions.
     float innerCosine = -2.0f;
     float outerCosine = -2.0f;
-    float exponent = 0.0f; ///< of the cosine, by which a spot falls off towards its edge
+    float exponent = 0.0f; ///< of the cosine, for the falloff of a spot towards its edge
 };
 
-/// The scene in the world as its nodes stand now.
+/// The world matrices of the current state of a scene, and its lights.
 class ScenePose {
 public:
-    /// Composes the local matrices of all nodes down the tree.
-    /// @param isIdentityForEmpty takes the identity for a zero matrix, which a node without transforms has
+    /// Multiplies the local matrices of all nodes down the tree.
+    /// @param isIdentityForEmpty replaces a zero matrix, which nodes without transforms have, by the identity
     ScenePose(const LoadedScene& loaded, bool isIdentityForEmpty) : ScenePose(loaded, nullptr, isIdentityForEmpty) {}
-    /// As the other one, with directional lights where prepare has put stand-ins.
+    /// The same, but with directional lights in place of their approximations.
     ScenePose(const PictureDocument& document, bool isIdentityForEmpty)
         : ScenePose(document.scene(), &document, isIdentityForEmpty)
     {}
 
-    /// The identity for the root and for no node.
+    /// World matrix of a node; the identity for the root and for null.
     const Matrix4& world(const libVideo::Node* node) const;
-    /// Of the node above, the identity for one directly below the root.
+    /// World matrix of the parent; the identity for a node directly below the root.
     const Matrix4& worldOfParent(const libVideo::Node& node) const { return world(node.parent().get()); }
     /// Point lights, then spot lights, in the scene's order.
     const std::vector<PlacedLight>& lights() const { return m_lights; }
@@ -53,10 +53,10 @@ private:
     Matrix4 m_rootWorld = identity();
 };
 
-/// All points that the scene shows, in the world. Geometry that is collapsed to nothing has none.
+/// All visible points of a scene in world coordinates, without those of geometry that a zero matrix collapses.
 std::vector<Vector3> pointsOf(const LoadedScene& loaded, const ScenePose& pose);
 
-/// The box around them.
+/// The bounding box of these points.
 Box boxOf(const LoadedScene& loaded, const ScenePose& pose);
 
 } // namespace scenetool

@@ -14,12 +14,12 @@ namespace scenetool {
 
 namespace {
 
-constexpr unsigned mostLights = 4096;      // beyond it a picture would take hours
-constexpr unsigned mostVertexBytes = 2048; // what every driver takes as the distance of two vertices
+constexpr unsigned mostLights = 4096;      // a picture with more would take hours
+constexpr unsigned mostVertexBytes = 2048; // the largest stride that every driver supports
 constexpr float ambientFloor = 0.2f;       // for documents as loaded, whose ambient lights are not read
-constexpr float besideOthers = 0.4f;       // strength of a head light where there are lights
+constexpr float besideOthers = 0.4f;       // strength of a head light besides other lights
 constexpr float pointSize = 3.0f;          // pixels
-constexpr unsigned lightUnit = 5;          // after those of the textures
+constexpr unsigned lightUnit = 5;          // texture unit after those of the material
 
 enum Channel { emissionChannel, ambientChannel, diffuseChannel, specularChannel, opacityChannel };
 
@@ -44,7 +44,7 @@ void main()
 }
 )";
 
-// Where an attribute goes in, and how many of its floats are of use there; of a kind that is not drawn nothing.
+// The shader location of an attribute, and how many of its floats are used there.
 struct Slot {
     GLuint location;
     unsigned mostFloats;
@@ -75,7 +75,7 @@ std::optional<Slot> slotOf(libVideo::VertexSemantic semantic)
     return std::nullopt;
 }
 
-// Into the bound vertex array, from the bound buffer. Of several attributes of a kind the first is drawn.
+// Describes the bound buffer in the bound vertex array. Uses the first of several attributes of one kind.
 void setPointers(const libVideo::Primitive& primitive)
 {
     bool isTaken[4] = {};
@@ -88,9 +88,10 @@ void setPointers(const libVideo::Primitive& primitive)
         isTaken[slot->location] = true;
         const std::size_t offset = attribute.byteOffset;
         glEnableVertexAttribArray(slot->location);
-        glVertexAttribPointer(slot->location, static_cast<GLint>(std::min(floats, slot->mostFloats)), GL_FLOAT,
-                              GL_FALSE, static_cast<GLsizei>(primitive.bytesPerVertex()),
-                              reinterpret_cast<const void*>(offset)); // NOLINT(performance-no-int-to-ptr): OpenGL's way
+        glVertexAttribPointer(
+            slot->location, static_cast<GLint>(std::min(floats, slot->mostFloats)), GL_FLOAT, GL_FALSE,
+            static_cast<GLsizei>(primitive.bytesPerVertex()),
+            reinterpret_cast<const void*>(offset)); // NOLINT(performance-no-int-to-ptr): required by OpenGL
     }
 }
 
@@ -109,14 +110,14 @@ float determinantOf(const Matrix4& matrix)
     return columnOf(matrix, 0).dot(columnOf(matrix, 1).cross(columnOf(matrix, 2)));
 }
 
-// Rows of the transposed inverse but for a factor above 0, which exists for a flattened object as well.
+// Rows of the transposed inverse times a factor above 0. Unlike the inverse, they also exist for a flattened object.
 std::array<float, 9> normalMatrixOf(const Matrix4& world)
 {
     const Vector3 x = columnOf(world, 0);
     const Vector3 y = columnOf(world, 1);
     const Vector3 z = columnOf(world, 2);
     const Vector3 columns[] = {y.cross(z), z.cross(x), x.cross(y)};
-    // Without huge or tiny factors, since the length does not matter.
+    // Removes huge and tiny factors; the length does not matter.
     float longest = 0.0f;
     for (const Vector3& column : columns) {
         longest = std::max(longest, length(column));
@@ -252,7 +253,7 @@ SceneRenderer::Material SceneRenderer::material(const std::string& symbol)
         return result;
     }
     const libVideo::BlinnMaterial::Component& values = bucket->value->component();
-    // An image that cannot be had is reported for the first of them.
+    // An image that cannot be loaded is reported for the first channel that uses it.
     const struct {
         Channel channel;
         const char* name;
@@ -287,8 +288,8 @@ SceneRenderer::Material SceneRenderer::material(const std::string& symbol)
         addOpacityTexture(symbol, result);
         return result;
     }
-    // White is what the library gives where the document says nothing. An object that glows all white would show no
-    // shape, so an emission of white is taken for none, and such an ambient color for the diffuse one.
+    // White is the library's default for a color that the document does not have. An object that emits white would show
+    // no shape, so a white emission counts as none, and a white ambient color as the diffuse one.
     if (isWhite(result.colors[emissionChannel]) && !values.emissionTexture) {
         std::fill_n(result.colors[emissionChannel], 3, 0.0f);
     }
@@ -296,7 +297,7 @@ SceneRenderer::Material SceneRenderer::material(const std::string& symbol)
     return result;
 }
 
-// Prepare makes such a material opaque, or as opaque as it is where the texture is.
+// Preparing makes a material with an opacity texture opaque, or gives it the opacity without the texture.
 void SceneRenderer::addOpacityTexture(const std::string& symbol, Material& material)
 {
     const libPrepare::OpacityTexture* const shown = m_document->opacityTexture(symbol);
@@ -344,7 +345,7 @@ std::size_t SceneRenderer::loadLights(const ScenePose& pose, const Viewpoint& vi
         append(texels, light.attenuation, light.outerCosine);
         append(texels, light.direction, light.exponent);
     }
-    texels.resize(std::max<std::size_t>(texels.size(), 4)); // a buffer is never empty
+    texels.resize(std::max<std::size_t>(texels.size(), 4)); // the buffer must not be empty
     glBindBuffer(GL_TEXTURE_BUFFER, m_lightBuffer.name());
     glBufferData(GL_TEXTURE_BUFFER, static_cast<GLsizeiptr>(texels.size() * sizeof(float)), texels.data(),
                  GL_STREAM_DRAW);
@@ -365,7 +366,7 @@ void SceneRenderer::setPicture(const Viewpoint& viewpoint, std::size_t lightCoun
         const GLint units[textureCount] = {0, 1, 2, 3, 4};
         glUniform1iv(program->uniform("textures"), textureCount, units);
         glUniform4f(program->uniform("eye"), from[0], from[1], from[2], viewpoint.isFar ? 0.0f : 1.0f);
-        // Row by row, which OpenGL transposes.
+        // The matrix is row-major, so OpenGL has to transpose it.
         glUniformMatrix4fv(program->uniform("clipFromWorld"), 1, GL_TRUE, elementsOf(viewpoint.clipFromWorld).data());
         glUniform1i(program->uniform("lights"), lightUnit);
         glUniform1i(program->uniform("lightCount"), static_cast<GLint>(lightCount));
@@ -382,7 +383,7 @@ void SceneRenderer::setFlat(bool isFlat)
     }
 }
 
-// Matrices and material of an item, and its vertices.
+// Sets the matrices and the material of an item, and binds its vertices.
 void SceneRenderer::setItem(const ScenePose& pose, const Item& item)
 {
     const Mesh& mesh = m_meshes[item.mesh];
@@ -407,7 +408,7 @@ void SceneRenderer::setItem(const ScenePose& pose, const Item& item)
     glUniform1i(m_program->uniform("isAmbientDiffuse"), material.isAmbientDiffuse ? 1 : 0);
     glUniform1i(m_program->uniform("hasNormal"), mesh.hasNormal ? 1 : 0);
     glUniform1i(m_program->uniform("isTwoSided"), mesh.isTwoSided ? 1 : 0);
-    glFrontFace(determinantOf(world) < 0.0f ? GL_CW : GL_CCW); // a mirrored object has its faces the other way round
+    glFrontFace(determinantOf(world) < 0.0f ? GL_CW : GL_CCW); // a reflection reverses the winding
     glUniform1i(m_program->uniform("isPoints"), mesh.isPoints ? 1 : 0);
     glUniform1i(m_program->uniform("hasColor"), mesh.hasColor ? 1 : 0);
     glBindVertexArray(mesh.vertexArray.name());
@@ -422,7 +423,7 @@ void SceneRenderer::drawWhole(const Mesh& mesh) const
     }
 }
 
-// Far ones first.
+// The transparent triangles, the farthest first.
 std::vector<SceneRenderer::Face> SceneRenderer::sortedFaces(const ScenePose& pose, const Viewpoint& viewpoint) const
 {
     std::vector<Face> faces;
@@ -456,7 +457,7 @@ std::vector<SceneRenderer::Face> SceneRenderer::sortedFaces(const ScenePose& pos
     return faces;
 }
 
-// Far faces shine through near ones, so they come first and hide nothing.
+// Far faces are visible through near ones, so they are drawn first, without writing depth.
 void SceneRenderer::drawTransparent(const ScenePose& pose, const Viewpoint& viewpoint)
 {
     const std::vector<Face> faces = sortedFaces(pose, viewpoint);
@@ -557,7 +558,7 @@ bool SceneRenderer::draw(const ScenePose& pose, const Viewpoint& viewpoint, cons
         drawWires(pose);
     } else {
         const bool isOutlined = options.faces == Faces::outlined;
-        if (isOutlined) { // so that the edges win
+        if (isOutlined) { // keeps the faces from hiding their edges
             glEnable(GL_POLYGON_OFFSET_FILL);
             glPolygonOffset(1.0f, 1.0f);
         }

@@ -17,20 +17,20 @@ namespace scenetool {
 
 /// Which lights shine on a scene.
 enum class LightChoice {
-    automatic, ///< those of the document, or where it has none a light that goes with the eye
+    automatic, ///< the document's lights, or a head light if it has none
     document,
     head,
     both,
 };
 
-/// What is behind the scene.
+/// The background of a picture.
 struct Background {
     enum class Kind { sky, color, none };
     Kind kind = Kind::sky;
-    std::array<float, 3> color{0.0f, 0.0f, 0.0f}; ///< of one that has a color
+    std::array<float, 3> color{0.0f, 0.0f, 0.0f}; ///< for `Kind::color`
 };
 
-/// Faces, their edges, or both.
+/// How triangles are drawn: as faces, as faces with their edges, or as edges.
 enum class Faces { filled, outlined, wires };
 
 /// How a scene is drawn.
@@ -40,21 +40,21 @@ struct DrawOptions {
     Faces faces = Faces::filled;
 };
 
-/// The geometries and materials of a scene as buffers, textures and a shader of OpenGL.
+/// Draws the geometries and materials of a scene with OpenGL.
 ///
-/// Vertex streams and index buffers go over as they are; a vertex layout becomes the pointers into them. Each pixel is
-/// emission, plus for each light its color times diffuse times the cosine, plus specular times the lobe of Phong;
-/// colors are as the document writes them, cut off at 1 at the end.
+/// Vertex streams and index buffers are uploaded unchanged, and described by the vertex layouts. A pixel is the sum of
+/// the emission and, for each light, of its color times diffuse times cosine and of specular times the Phong lobe.
+/// Colors are used as the document has them, and limited to 1 at the end.
 class SceneRenderer {
 public:
-    /// Needs a current context of OpenGL 3.3, which has to stay as long as the renderer does.
-    /// @throws PictureError if the driver refuses the shader
+    /// Needs a current OpenGL 3.3 context, which has to outlive the renderer.
+    /// @throws PictureError if the driver refuses a shader
     SceneRenderer(const PictureDocument& document, Shortfalls& shortfalls);
 
-    /// Whether there is anything to draw at all.
+    /// Whether there is nothing to draw.
     bool isEmpty() const { return m_items.empty(); }
     /// Clears the bound framebuffer and draws the scene into it.
-    /// @return whether anything of the scene is in the picture
+    /// @return whether any part of the scene is visible
     bool draw(const ScenePose& pose, const Viewpoint& viewpoint, const DrawOptions& options);
 
 private:
@@ -63,14 +63,14 @@ private:
 
     struct Material {
         float colors[channelCount][3] = {}; ///< emission, ambient, diffuse, specular
-        UsedTexture textures[textureCount]; ///< of these and of the opacity
+        UsedTexture textures[textureCount]; ///< for these and for the opacity
         float shininess = 0.0f;
         float opacity = 1.0f;
-        float opacityFactor = 1.0f; ///< of the opacity's texture
+        float opacityFactor = 1.0f; ///< for the opacity texture
         bool isOpacityByColor = false;
         bool isOpacityInverted = false;
-        bool isAmbientDiffuse = false;       ///< the document gives no ambient color
-        std::array<float, 3> ambientLight{}; ///< as far as it is not in the emission
+        bool isAmbientDiffuse = false;       ///< the document has no ambient color
+        std::array<float, 3> ambientLight{}; ///< the part that is not in the emission
 
         bool isTransparent() const;
         bool isTextured() const;
@@ -82,7 +82,7 @@ private:
         GLsizei count = 0;
         bool isPoints = false;
         bool hasNormal = false;
-        bool isTwoSided = false; ///< the document does not say which side is the outer one
+        bool isTwoSided = false; ///< computed normals do not tell the sides apart
         bool hasColor = false;
         libVideo::Primitive* primitive = nullptr;
         Material material;
@@ -103,9 +103,9 @@ private:
     Material material(const std::string& symbol);
     void addOpacityTexture(const std::string& symbol, Material& material);
     void useProgram(bool isTextured);
-    /// Puts the lights into their buffer. @return how many there are
+    /// Uploads the lights. @return their number
     std::size_t loadLights(const ScenePose& pose, const Viewpoint& viewpoint, LightChoice choice);
-    /// Sets what all items of a picture share, in all programs.
+    /// Sets the uniforms that all items of a picture share, in all programs.
     void setPicture(const Viewpoint& viewpoint, std::size_t lightCount);
     void setFlat(bool isFlat);
     void setItem(const ScenePose& pose, const Item& item);
@@ -118,11 +118,11 @@ private:
 
     const PictureDocument* m_document;
     Shortfalls* m_shortfalls;
-    std::array<std::optional<ShaderProgram>, 2> m_programs; ///< without and with textures, as far as a mesh has such
-    ShaderProgram* m_program = nullptr;                     ///< the one in use
-    bool m_isAmbientSeen = false;                           ///< ambient lights show on a material
+    std::array<std::optional<ShaderProgram>, 2> m_programs; ///< without and with textures, made on first use
+    ShaderProgram* m_program = nullptr;                     ///< the current one
+    bool m_isAmbientSeen = false;                           ///< a material shows the ambient lights
     ShaderProgram m_sky;
-    GlObject m_skyArray; ///< of no vertices, which a core context wants all the same
+    GlObject m_skyArray; ///< empty, but a core context requires one
     GlObject m_lightBuffer;
     GlObject m_lightTexture;
     GlObject m_sortedIndices;

@@ -5,8 +5,8 @@
 /// The shaders that draw scenes, in GLSL 3.30.
 namespace scenetool::sceneShaders {
 
-/// Texels that a light takes in the buffer of lights: place and kind; color and inner cosine; attenuation and outer
-/// cosine; direction and exponent.
+/// Texels per light in the light buffer: position and kind; color and inner cosine; attenuation and outer cosine;
+/// direction and exponent.
 constexpr unsigned texelsPerLight = 4;
 
 constexpr const char* vertex = R"(#version 330 core
@@ -154,7 +154,8 @@ void main()
 }
 )";
 
-/// Without textures none is asked for: a driver in software would ask for each of them at every pixel.
+/// The fragment shader. The one without textures samples none, because a software driver would evaluate all of them at
+/// every pixel.
 inline std::string fragment(bool hasTextures)
 {
     return std::string("#version 330 core\n#define HAS_TEXTURES ") + (hasTextures ? "1" : "0") + fragmentBody;

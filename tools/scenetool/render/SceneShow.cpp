@@ -24,7 +24,7 @@ std::string frameFile(const std::string& output, unsigned frame)
     return output.substr(0, end) + "-" + number + output.substr(end);
 }
 
-// Places of geometry that are on or below nodes with a zero matrix, so that nothing is seen of them.
+// Number of geometry instances that are invisible because they are on or below a node with a zero matrix.
 std::size_t collapsedPlaces(const LoadedScene& loaded, const ScenePose& pose)
 {
     std::size_t count = 0;
@@ -109,7 +109,7 @@ unsigned SceneShow::cameraCount() const
     return m_loaded->scene().cameraList().size();
 }
 
-// What a camera stands in for, if it is an orthographic one of the document.
+// The orthographic camera that a camera approximates, or null.
 const libPrepare::Approximation* SceneShow::orthographic(const libVideo::CameraInstance& camera) const
 {
     if (!camera.node() || !camera.camera()) {

@@ -11,46 +11,46 @@
 
 namespace scenetool {
 
-/// What is asked of a picture that cannot be, by the options alone or by them and the document.
+/// Thrown if options are invalid, or do not fit the document.
 class PictureUsageError : public PictureError {
 public:
     using PictureError::PictureError;
 };
 
-/// What a picture of a document shows, and how large it is.
+/// What a picture of a document shows, and its size.
 struct RenderOptions {
     unsigned width = 960;
     unsigned height = 640;
-    std::optional<double> time;      ///< seconds; without it the scene stands as the document has it
-    std::optional<unsigned> camera;  ///< of the scene's list; without it the first, or a view of all
-    bool isFramed = false;           ///< a view of all, whatever cameras there are
-    bool isIdentityForEmpty = false; ///< nodes without transforms stand as with the identity
-    UpAxis up = UpAxis::y;           ///< in a view of all
+    std::optional<double> time;      ///< seconds; by default the scene is not evaluated
+    std::optional<unsigned> camera;  ///< index in the scene; by default the first camera, or a view of the whole scene
+    bool isFramed = false;           ///< always shows the whole scene
+    bool isIdentityForEmpty = false; ///< nodes without transforms have the identity
+    UpAxis up = UpAxis::y;           ///< for a view of the whole scene
     DrawOptions drawing;
 };
 
-/// The pictures of one document. Needs a current context of OpenGL 3.3 for as long as it lives.
+/// Draws pictures of one document. Needs a current OpenGL 3.3 context as long as it exists.
 class SceneShow {
 public:
-    /// @throws PictureUsageError for a camera that the scene does not have, PictureError without anything to show
+    /// @throws PictureUsageError if the scene does not have the camera, PictureError if there is nothing to show
     SceneShow(PictureDocument& document, const RenderOptions& options, Shortfalls::Sink sink);
     SceneShow(const SceneShow&) = delete;
     SceneShow& operator=(const SceneShow&) = delete;
 
-    /// Puts the scene to a time in seconds.
+    /// Evaluates the scene at a time in seconds.
     void setTime(double time);
-    /// Draws into the bound framebuffer. @return whether anything of the scene is in the picture
+    /// Draws into the bound framebuffer. @return whether any part of the scene is visible
     bool draw(const Viewpoint& viewpoint, const DrawOptions& options);
-    /// Draws what the options ask for, or all of the scene where their camera sees nothing, which stays so then.
+    /// Draws what the options select. If their camera sees nothing, this and all later calls draw the whole scene.
     void drawAsAsked(float aspect);
-    /// What a camera of the scene sees now; a view of all if it can show nothing.
+    /// The current view of a camera; a view of the whole scene if the camera cannot show anything.
     Viewpoint cameraView(unsigned camera, float aspect);
-    /// The camera that the options ask for, else the first; nothing in a scene without any, or for a view of all.
+    /// The selected camera, or the first; nothing if the scene has none, or for a view of the whole scene.
     std::optional<unsigned> camera() const { return m_camera; }
     unsigned cameraCount() const;
-    /// All of the scene, as it was at first.
+    /// A view of the whole scene in its first pose.
     Orbit framedOrbit(float aspect) const;
-    /// Seconds after which the longest animation repeats; 0 without any.
+    /// Length of the longest animation in seconds; 0 without any.
     double length() const;
 
 private:
@@ -62,27 +62,27 @@ private:
     Shortfalls m_shortfalls;
     SceneRenderer m_renderer;
     ScenePose m_pose;
-    std::vector<Vector3> m_points; ///< as the scene was at first
+    std::vector<Vector3> m_points; ///< of the first pose
     std::vector<Matrix4> m_restProjections;
     std::optional<unsigned> m_camera;
 };
 
-/// One picture of a document. Needs a current context of OpenGL 3.3.
-/// @throws PictureError if there is nothing to show, or the drawing fails
+/// Draws one picture of a document. Needs a current OpenGL 3.3 context.
+/// @throws PictureError if there is nothing to show, or drawing fails
 Picture renderPicture(PictureDocument& document, const RenderOptions& options, Shortfalls::Sink sink);
 
-/// A row of pictures in time.
+/// A sequence of pictures over time.
 struct SequenceOptions {
     unsigned frames = 1;
     double framesPerSecond = 25.0;
-    bool hasBar = false; ///< on standard output
+    bool hasBar = false; ///< shows a progress bar on standard output
 };
 
-/// Redraws a line on standard output, which is a terminal, that says how much of something is done.
+/// Draws a progress bar on standard output, which has to be a terminal.
 void showBar(unsigned done, unsigned all);
 
-/// Writes "name-0000.png", "name-0001.png" and so on for an output of "name.png". Needs a current context.
-/// @throws PictureError; the pictures before stay
+/// Writes "name-0000.png", "name-0001.png" and so on for the output "name.png". Needs a current OpenGL 3.3 context.
+/// @throws PictureError; earlier pictures are kept
 void renderSequence(PictureDocument& document, const RenderOptions& options, const SequenceOptions& sequence,
                     const std::string& output, Shortfalls::Sink sink);
 

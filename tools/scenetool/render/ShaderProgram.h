@@ -7,14 +7,14 @@
 
 namespace scenetool {
 
-/// A vertex and a fragment shader of OpenGL with the places of their uniforms.
+/// An OpenGL program of a vertex and a fragment shader, with the locations of its uniforms.
 class ShaderProgram {
 public:
-    /// @throws PictureError if the driver refuses one
+    /// @throws PictureError if the driver refuses a shader
     ShaderProgram(const char* vertexShader, const char* fragmentShader);
 
     void use() const { glUseProgram(m_program.name()); }
-    /// -1, which OpenGL passes over, for one that there is not.
+    /// Location of a uniform; -1, which OpenGL ignores, if there is none with that name.
     GLint uniform(const char* name);
 
 private:

@@ -19,8 +19,8 @@ namespace {
 
 constexpr unsigned gap = 8;
 constexpr unsigned labelHeight = 20;
-constexpr unsigned textTop = 5;   // of a label
-constexpr unsigned textStep = 13; // from one line to the next
+constexpr unsigned textTop = 5;   // space above a label
+constexpr unsigned textStep = 13; // height of a line
 constexpr std::size_t mostSheetPixels = 134217728;
 
 using Color = std::array<unsigned char, 3>;
@@ -45,7 +45,7 @@ void fill(Picture& picture, Place from, unsigned width, unsigned height, const C
     }
 }
 
-// The font has ASCII alone.
+// Replaces characters that are not ASCII, because the font does not have them.
 std::string plain(std::string text)
 {
     for (char& c : text) {
@@ -65,7 +65,7 @@ void write(Picture& picture, Place at, std::string text)
         float x, y, z;
         unsigned char color[4];
     };
-    std::vector<Corner> corners(320 * text.size() + 4); // four for a stroke, of which a letter has fewer than 80
+    std::vector<Corner> corners(320 * text.size() + 4); // four per stroke; letters have fewer than 80 strokes
     const int strokes = stb_easy_font_print(0, 0, text.data(), nullptr, corners.data(),
                                             static_cast<int>(corners.size() * sizeof(Corner)));
     for (int i = 0; i < strokes; ++i) {
@@ -76,7 +76,7 @@ void write(Picture& picture, Place at, std::string text)
     }
 }
 
-// A name that is too long keeps its end, which tells files apart.
+// Shortens a long name at its start, because the end distinguishes files better.
 std::string fitted(const std::string& text, unsigned width)
 {
     std::string result = text;
@@ -86,7 +86,7 @@ std::string fitted(const std::string& text, unsigned width)
     return result;
 }
 
-// Cut into lines at blanks, or anywhere in a word that is too long for one.
+// Breaks text into lines at blanks, or within a word that is longer than a line.
 std::vector<std::string> wrapped(const std::string& text, unsigned width)
 {
     std::vector<std::string> lines(1);
@@ -132,7 +132,7 @@ bool isDocument(const std::filesystem::directory_entry& entry)
     return ending == ".dae" && entry.is_regular_file(error);
 }
 
-// All cells, in the order of the files.
+// Draws all cells. @return them in the order of the files
 std::vector<SheetCell> drawnCells(const std::vector<std::string>& files, unsigned workers, const SheetWorker& worker,
                                   const SheetProgress& progress)
 {

@@ -7,7 +7,7 @@
 
 namespace scenetool {
 
-/// Takes what falls short of a whole picture: one line of text each, none twice.
+/// Collects what is missing in a picture: one line of text each, and each line once.
 class Shortfalls {
 public:
     using Sink = std::function<void(const std::string& line)>;

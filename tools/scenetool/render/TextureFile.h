@@ -4,11 +4,11 @@
 
 namespace scenetool {
 
-/// The path of a texture, from the reference to it as the document writes it.
+/// Path of the texture that a reference names.
 ///
-/// A relative reference counts from the folder of the document. A file that is not where the reference says is looked
-/// for beside the document by its name alone, since references often hold the paths of another machine.
-/// @return the place that the reference names if there is a file in neither
+/// A relative reference starts at the folder of the document. If there is no such file, a file with the same name in
+/// the folder of the document is used, because references often have paths of another machine.
+/// @return the path in the reference if neither file exists
 std::string textureFile(const std::string& documentFile, const std::string& reference);
 
 } // namespace scenetool

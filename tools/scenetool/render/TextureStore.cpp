@@ -21,7 +21,7 @@ bool hasAlpha(const Picture& picture)
 
 GlObject uploaded(Picture& picture)
 {
-    // Texture coordinates start at the lower left corner.
+    // The origin of texture coordinates is the lower left corner.
     for (unsigned y = 0; y < picture.height / 2; ++y) {
         std::swap_ranges(picture.row(y), picture.row(y) + 4 * std::size_t(picture.width),
                          picture.row(picture.height - 1 - y));
@@ -64,7 +64,7 @@ GLint wrapping(const Wrap& element)
     return GL_REPEAT;
 }
 
-// The words of a document.
+// The OpenGL constant for a wrapping as written in the document.
 GLint wrapping(const std::string& word)
 {
     return word == "MIRROR"                     ? GL_MIRRORED_REPEAT

@@ -10,33 +10,33 @@
 
 namespace scenetool {
 
-/// An image in the driver.
+/// An uploaded image.
 struct StoredTexture {
-    GlObject texture; ///< without a name where the image cannot be had
+    GlObject texture; ///< has no name if the image cannot be loaded
     bool hasAlpha = false;
 };
 
-/// A use of an image, with what happens outside of it.
+/// A use of an image, with its wrapping.
 struct UsedTexture {
-    const StoredTexture* stored = nullptr; ///< null where there is none to draw
+    const StoredTexture* stored = nullptr; ///< null if there is no image
     GLint wrapAcross = GL_REPEAT;
     GLint wrapUp = GL_REPEAT;
 
-    /// To a unit of the driver. Without an image there is none in the unit.
+    /// Binds the texture to a texture unit, or nothing if there is no image.
     void bind(unsigned unit) const;
 };
 
-/// The images of a document as textures of OpenGL, each read once.
+/// Loads the images of a document as OpenGL textures, each only once.
 class TextureStore {
 public:
     TextureStore(const PictureDocument& document, Shortfalls& shortfalls)
         : m_document(&document), m_shortfalls(&shortfalls)
     {}
 
-    /// @param channel what shows it, for the line on one that cannot be had
+    /// @param channel what uses the texture, for the message if it cannot be loaded
     UsedTexture use(const libVideo::Texture& shown, const std::string& channel);
-    /// @param reference as the document writes it
-    /// @param wrapS the document's word for what happens outside of the image, such as `MIRROR`; empty for none
+    /// @param reference as written in the document
+    /// @param wrapS the wrapping as written in the document, such as `MIRROR`; empty for none
     UsedTexture use(const std::string& reference, const std::string& wrapS, const std::string& wrapT,
                     const std::string& channel);
 
@@ -46,7 +46,7 @@ private:
 
     const PictureDocument* m_document;
     Shortfalls* m_shortfalls;
-    std::map<std::string, StoredTexture> m_textures; ///< by the file
+    std::map<std::string, StoredTexture> m_textures; ///< by file
 };
 
 } // namespace scenetool

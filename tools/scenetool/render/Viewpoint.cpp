@@ -4,10 +4,10 @@ namespace scenetool {
 
 namespace {
 
-constexpr float air = 1.06f;                // around what is shown whole
+constexpr float air = 1.06f;                // margin around the scene
 constexpr float verticalScale = 2.4142135f; // cotangent of half of 45 degrees
 
-// Between the space of the viewer, x to the right, y up, z forward and depth from 0 to w, and that of OpenGL.
+// Converts from the viewer's space, with x to the right, y up, z forward and depth from 0 to w, to that of OpenGL.
 Matrix4 glDepth()
 {
     Matrix4 result = identity();
@@ -27,7 +27,7 @@ Matrix4 projection(float xScale, float yScale, float near, float far)
     return result;
 }
 
-// Rows are the axes of the viewer.
+// The view matrix, whose rows are the axes of the viewer.
 Matrix4 viewAlong(const Vector3& right, const Vector3& above, const Vector3& forward, const Vector3& eye)
 {
     const Vector3* const axes[] = {&right, &above, &forward};
@@ -47,7 +47,7 @@ struct UpFrame {
     Vector3 up;
 };
 
-// The axes that the document format gives to each choice of up.
+// The axes that COLLADA defines for each up axis.
 UpFrame frameOf(UpAxis up)
 {
     switch (up) {
@@ -71,7 +71,7 @@ bool isUsable(const Matrix4& projection)
     return isFinite(projection) && (projection[0] != 0.0f || projection[5] != 0.0f) && projection[14] != 0.0f;
 }
 
-// Widens the projection to the ratio of the picture. A scale that the document does not determine follows the other.
+// Widens the projection to the aspect ratio of the picture. If one scale is unknown, it follows from the other.
 void fit(Matrix4& projection, float aspect)
 {
     const float xScale = projection[0] != 0.0f ? projection[0] : projection[5] / aspect;
@@ -81,8 +81,8 @@ void fit(Matrix4& projection, float aspect)
     projection(1, 1) = isPictureWider ? yScale : std::copysign(xScale * aspect, yScale);
 }
 
-// The projection without perspective, between the same planes. Half of the height or the width is known from the document;
-// what the picture shows beyond that it shows in proportion.
+// The orthographic projection between the same planes. The document gives half of the width or height; the picture
+// shows as much more as the widened projection does.
 Matrix4 parallel(const Matrix4& fitted, const Matrix4& own, const libPrepare::Approximation& orthographic)
 {
     const bool isByHeight = orthographic.ymag > 0.0;
@@ -101,7 +101,7 @@ Matrix4 parallel(const Matrix4& fitted, const Matrix4& own, const libPrepare::Ap
     return isFinite(result) ? result : fitted;
 }
 
-// To the viewer's space from the world; not finite where the nodes leave no direction.
+// Transforms from the world to the viewer's space. Not finite if the nodes have no direction.
 Matrix4 viewOf(const libVideo::CameraInstance& camera, const ScenePose& pose)
 {
     const libVideo::Node& node = *camera.node();
@@ -119,8 +119,7 @@ Matrix4 viewOf(const libVideo::CameraInstance& camera, const ScenePose& pose)
         mirror(0, 0) = -1.0f;
         return mirror * transposed(camera.view());
     }
-    // The library takes both nodes as they stand, without their parents: where there are any, the same is done in the
-    // world.
+    // The library's view ignores the parents of both nodes, so it is computed again in world coordinates.
     const Vector3 eye = columnOf(world, 3);
     const Vector3 forward = (columnOf(pose.world(&target), 3) - eye).normalized();
     const Vector3 right = forward.cross(columnOf(world, 1)).normalized();
@@ -162,9 +161,9 @@ Orbit framed(const std::vector<Vector3>& points, UpAxis up, float aspect)
     }
     orbit.center = box.center();
     orbit.radius = box.radius() > 0.0f ? box.radius() : 1.0f;
-    // Seen from the center, a point is between the sides of the picture where its place across, less that of the eye, is
-    // at most its distance from the eye times the tangent. So each side is a plane that the farthest point pushes out,
-    // and the eye is where the planes meet.
+    // A point is visible if its lateral distance from the line of sight is at most its depth times the tangent of half
+    // the angle of view. So each side of the picture is a plane that has to be moved out to the outermost point, and
+    // the eye is where the planes meet.
     const double tangents[2] = {aspect / verticalScale / air, 1.0f / verticalScale / air};
     const Vector3 axes[2] = {orbit.right(), orbit.above()};
     constexpr double least = std::numeric_limits<double>::lowest();
@@ -193,7 +192,7 @@ Viewpoint viewpointOf(const Orbit& orbit, float aspect)
     Viewpoint result;
     const Vector3 towards = orbit.towards();
     result.eye = sum(orbit.target, scaled(towards, orbit.distance));
-    // The planes stand before and behind the sphere, however far it was moved off.
+    // The planes are in front of and behind the sphere, whatever its distance.
     const float depth = (result.eye - orbit.center).dot(towards);
     const float far = std::max(depth + 2.0f * orbit.radius, 0.1f * orbit.radius);
     const float near = std::max(depth - 2.0f * orbit.radius, 0.001f * far);
@@ -210,7 +209,7 @@ std::optional<Viewpoint> viewpointOf(const libVideo::CameraInstance& camera, con
         reason = "it stands on no node";
         return std::nullopt;
     }
-    // The library's is for points as rows.
+    // The library's projection is for points as rows.
     Matrix4 projection = transposed(isUsable(camera.projection()) ? camera.projection() : spareProjection);
     if (!isUsable(transposed(projection))) {
         reason = "its projection is not usable";

@@ -12,7 +12,7 @@
 #include <iostream>
 #include <system_error>
 
-// The sanitizers reserve far more address space than any limit would leave them.
+// Sanitizers reserve more address space than any sensible limit allows.
 #if defined(__SANITIZE_ADDRESS__)
 #define SCENETOOL_HAS_ADDRESS_SANITIZER 1
 #elif defined(__has_feature)
@@ -33,7 +33,7 @@ constexpr int uncaughtException = 125;
 void limit(int resource, rlim_t value, rlim_t grace = 0)
 {
     const rlimit softAndHard{value, value + grace};
-    static_cast<void>(setrlimit(static_cast<__rlimit_resource>(resource), &softAndHard)); // if not, there is none
+    static_cast<void>(setrlimit(static_cast<__rlimit_resource>(resource), &softAndHard)); // without a limit if it fails
 }
 
 [[noreturn]] void runChild(const SandboxLimits& limits, const std::function<int()>& action)
@@ -43,7 +43,7 @@ void limit(int resource, rlim_t value, rlim_t grace = 0)
     if (limits.memory != 0 && SCENETOOL_HAS_ADDRESS_SANITIZER == 0) {
         limit(RLIMIT_AS, limits.memory);
     }
-    // Ends what waits without working, a read that never returns for instance.
+    // Stops a process that waits without using the processor, such as in a read that never returns.
     static_cast<void>(std::signal(SIGALRM, SIG_DFL));
     alarm(static_cast<unsigned>(limits.time.count()) * 2);
 
@@ -56,7 +56,7 @@ void limit(int resource, rlim_t value, rlim_t grace = 0)
         std::cerr << "scenetool: " << exception.what() << std::endl;
     }
     static_cast<void>(std::fflush(nullptr));
-    _exit(status); // what the parent has to do at its end is not done twice
+    _exit(status); // skips exit handlers, which the parent will run
 }
 
 std::string reasonOf(int signal, const SandboxLimits& limits)
@@ -65,7 +65,7 @@ std::string reasonOf(int signal, const SandboxLimits& limits)
     case SIGXCPU:
     case SIGALRM:
         return "did not come to its end in " + std::to_string(limits.time.count()) + " s";
-    case SIGKILL: // by the system, when the whole machine is out of memory for instance
+    case SIGKILL: // such as from the kernel if the machine runs out of memory
         return "was killed";
     default:
         return std::string("was ended by a fault (") + strsignal(signal) + ")";
@@ -76,7 +76,7 @@ std::string reasonOf(int signal, const SandboxLimits& limits)
 
 SandboxResult runInSandbox(const SandboxLimits& limits, const std::function<int()>& action)
 {
-    std::cout.flush(); // or the child would write it again
+    std::cout.flush(); // otherwise the child would write it again
     std::cerr.flush();
     const pid_t child = fork();
     if (child < 0) {

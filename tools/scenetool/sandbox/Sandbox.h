@@ -7,21 +7,21 @@
 
 namespace scenetool {
 
-/// What a document may take of the machine.
+/// The time and memory that a document may use.
 struct SandboxLimits {
-    std::chrono::seconds time{60};                      ///< processor time; twice as much on the clock
-    std::size_t memory = std::size_t{4096} * 1'048'576; ///< address space in bytes; 0 sets no limit
+    std::chrono::seconds time{60};                      ///< processor time; the limit in real time is twice as long
+    std::size_t memory = std::size_t{4096} * 1'048'576; ///< address space in bytes; 0 for no limit
 };
 
-/// How an action in a sandbox ended.
+/// Result of an action in a sandbox.
 struct SandboxResult {
-    int status = 0;      ///< what the action returned; undefined if it did not come to its end
-    std::string failure; ///< why it did not; empty if it did
+    int status = 0;      ///< what the action returned; meaningless if it did not finish
+    std::string failure; ///< why it did not finish; empty if it did
 };
 
-/// Runs an action in a child process, so that a crash, a hang or a hunger for memory ends there. What the action writes
-/// arrives as usual; what it changes in memory does not.
-/// @throws std::system_error if there can be no child process
+/// Runs an action in a child process, so that a crash, a hang or excessive memory use affects only that process. Output
+/// of the action appears as usual; its changes to memory are lost.
+/// @throws std::system_error if no child process can be started
 SandboxResult runInSandbox(const SandboxLimits& limits, const std::function<int()>& action);
 
 } // namespace scenetool

@@ -11,7 +11,7 @@ namespace scenetool {
 
 struct SharedCell::Content {
     bool hasPicture;
-    char fault[255]; // ends with a zero
+    char fault[255]; // zero-terminated
     unsigned char pixels[1];
 };
 

@@ -6,18 +6,18 @@
 
 namespace scenetool {
 
-/// The way of a cell from a child process to its parent: memory that both have.
+/// Passes a cell from a child process to its parent, in shared memory.
 class SharedCell {
 public:
-    /// Room for a picture of that size. @throws std::system_error
+    /// Makes room for a picture of that size. @throws std::system_error
     SharedCell(unsigned width, unsigned height);
     ~SharedCell();
     SharedCell(const SharedCell&) = delete;
     SharedCell& operator=(const SharedCell&) = delete;
 
-    /// In the child; a longer fault is cut.
+    /// Called by the child. Truncates a long fault.
     void put(const SheetCell& cell);
-    /// In the parent, when the child is done.
+    /// Called by the parent after the child has exited.
     SheetCell take() const;
 
 private:
