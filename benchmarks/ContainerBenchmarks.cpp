@@ -25,7 +25,7 @@ using vesk::String;
 using VeskTable = vesk::HashTable<String, unsigned, vesk::EqualFunc<String>, vesk::HashFunc<String>>;
 using StdTable = std::unordered_map<std::string, unsigned>;
 
-// One operation under two names.
+// Operations that have different names in both libraries.
 
 template <class T>
 void append(vesk::Array<T>& array, const T& value)
@@ -145,7 +145,7 @@ void indexNumbers(benchmark::State& state)
     const Container container = filled<Container>(sizeOf(state));
     for ([[maybe_unused]] auto _ : state) {
         unsigned sum = 0;
-        const auto size = container.size(); // in the container's own type
+        const auto size = container.size(); // of the container's own size type
         for (std::remove_const_t<decltype(size)> i = 0; i < size; ++i) {
             sum += container[i];
         }

@@ -13,7 +13,7 @@ namespace benchmarks {
 
 namespace {
 
-// Documents are made before anything is measured.
+// Speed does not matter here, because documents are made before anything is measured.
 // NOLINTBEGIN(performance-inefficient-string-concatenation)
 
 template <class... Values>
@@ -34,7 +34,7 @@ std::string document(const std::string& libraries, const std::string& nodes)
            "<scene><instance_visual_scene url=\"#scene\"/></scene>\n</COLLADA>\n";
 }
 
-// A source of `count` records of `stride` values each, which stand in an array element of that name.
+// A source of `count` records of `stride` values each. `array` is the name of its array element.
 std::string source(const std::string& id, const std::string& array, unsigned count, unsigned stride,
                    const std::string& params, const std::string& values)
 {
@@ -45,7 +45,7 @@ std::string source(const std::string& id, const std::string& array, unsigned cou
            "</accessor></technique_common></source>\n";
 }
 
-// One index list over positions, normals and texture coordinates; values as they stand in their arrays.
+// The texts of the arrays of a mesh, and of its index list over positions, normals and texture coordinates.
 struct MeshText {
     std::string positions;
     std::string normals;
@@ -120,7 +120,7 @@ std::string oneMesh(const MeshText& mesh)
                     "<node id=\"holder\"><instance_geometry url=\"#mesh\"/></node>\n");
 }
 
-// One curve: its channel's target, and the values of its keys as they stand in their array.
+// A curve: the target of its channel, and the text of the array with its values.
 struct Curve {
     std::string id;
     std::string target;
@@ -129,7 +129,7 @@ struct Curve {
     std::string values;
 };
 
-// The curves' times: twenty-four keys in a second, the first one at a twenty-fourth.
+// The times of all curves, the first one a step after second 0.
 std::string keyTimes(unsigned keys)
 {
     std::string times;
@@ -183,7 +183,7 @@ std::string angles(unsigned keys, unsigned phase)
     return values;
 }
 
-// Turns about the Y axis on a line along the X axis.
+// Rotations about the Y axis that move along the X axis.
 std::string matrices(unsigned keys, unsigned phase)
 {
     std::string values;
@@ -200,7 +200,7 @@ std::string matrices(unsigned keys, unsigned phase)
 
 std::string smoothMesh(unsigned triangles)
 {
-    // As near to a square as the number allows.
+    // As close to a square as the number allows.
     const unsigned squares = triangles / 2;
     auto columns = static_cast<unsigned>(std::sqrt(squares));
     while (squares % columns != 0) {
@@ -312,7 +312,7 @@ std::string camerasAndLights(unsigned nodes)
 std::string balancedTree(unsigned nodes, Ids ids)
 {
     constexpr unsigned branches = 8;
-    // Node i has the children 8 i + 1 to 8 i + 8. Written depth first.
+    // Node i has the children 8 i + 1 to 8 i + 8. The nodes are written depth first.
     struct Entry {
         unsigned node;
         bool isStarted;

@@ -8,36 +8,36 @@ namespace benchmarks {
 /// Whether the nodes of a generated document have an `id`.
 enum class Ids { Distinct, None };
 
-/// Eight children below each node, `nodes` in all, each with a `<translate>` and a `<rotate>`.
+/// A tree of `nodes` nodes with eight children each. Every node has a `<translate>` and a `<rotate>`.
 std::string balancedTree(unsigned nodes, Ids ids);
 /// All nodes directly below the scene, each with a `<translate>`.
 std::string flatTree(unsigned nodes);
-/// One node below the other, each with a `<translate>`.
+/// A chain of nested nodes, each with a `<translate>`.
 std::string chain(unsigned depth);
-/// Keys of a generated curve in one second, counted from second 0, where there is none.
+/// Keys per second of a generated curve. The first key is one step after second 0.
 constexpr double keysPerSecond = 24.0;
 
-/// Linear curves of a `<rotate>`'s angle, each on a node of its own: INPUT, OUTPUT and INTERPOLATION with sources of
-/// their own, as exporters write them.
+/// Linear curves of angles of `<rotate>`s, each on a node of its own, with separate sources for INPUT, OUTPUT and
+/// INTERPOLATION, as exporters write them.
 std::string angleCurves(unsigned animations, unsigned keys);
-/// Likewise, of a `<matrix>`: sixteen values a key.
+/// The same for `<matrix>`es: sixteen values per key.
 std::string matrixCurves(unsigned animations, unsigned keys);
-/// One node whose `<translate>` is animated by one linear curve.
+/// One node with a linear curve for its `<translate>`.
 std::string animatedNode(unsigned keys);
 
-/// A grid of an even number of triangles, each vertex shared by six of them, with separate indices of positions, normals
-/// and texture coordinates.
+/// A grid of an even number of triangles. Six triangles share each vertex, and positions, normals and texture
+/// coordinates have separate indices.
 std::string smoothMesh(unsigned triangles);
 /// A grid of quads in one `<polylist>`, otherwise like `smoothMesh`.
 std::string quadMesh(unsigned quads);
-/// Triangles round one vertex that all of them share.
+/// Triangles around one vertex that all of them share.
 std::string fan(unsigned triangles);
-/// Meshes of 100 triangles, one on a node, with 100 materials.
+/// Meshes of 100 triangles, each on a node of its own, with 100 materials in all.
 std::string manyGeometries(unsigned geometries);
-/// Nodes with one camera and one light each, of a tenth as many cameras and point lights.
+/// Nodes with one camera and one light each; there are a tenth as many cameras and point lights as nodes.
 std::string camerasAndLights(unsigned nodes);
 
-/// A document as a file of its own, removed at the end.
+/// Writes a document to a temporary file, which the destructor removes.
 class DocumentFile {
 public:
     explicit DocumentFile(const std::string& content);

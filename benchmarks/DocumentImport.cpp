@@ -1,4 +1,4 @@
-// documentImport FILE: what it takes Assimp to import a document.
+// documentImport FILE: measures how Assimp imports a document.
 
 #include "Measurement.h"
 
@@ -10,7 +10,8 @@
 
 namespace {
 
-// They bring what a load brings: one index list of shared vertices, and triangles apart from points and lines.
+// These give the same result as a load: one index list of shared vertices, and triangles separate from points and
+// lines.
 constexpr unsigned flags = aiProcess_JoinIdenticalVertices | aiProcess_SortByPType | aiProcess_Triangulate;
 
 } // namespace
@@ -19,10 +20,10 @@ int main(int argc, char** argv)
 {
     const benchmarks::Measurement measurement;
     Assimp::Importer importer;
-    importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true); // else it makes a mesh for each node of a tree
+    importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true); // otherwise it makes a mesh for each node
     if (argc != 2 || importer.ReadFile(argv[1], flags) == nullptr) {
         return EXIT_FAILURE;
     }
-    measurement.print(); // without freeing what was read
+    measurement.print(); // does not include freeing the result
     return EXIT_SUCCESS;
 }

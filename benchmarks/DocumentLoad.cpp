@@ -1,4 +1,4 @@
-// documentLoad FILE: what it takes to load a document into a new scene.
+// documentLoad FILE: measures loading a document into a new scene.
 
 #include "Measurement.h"
 
@@ -13,6 +13,6 @@ int main(int argc, char** argv)
     if (argc != 2 || !scene.createFromCollada(argv[1])) {
         return EXIT_FAILURE;
     }
-    measurement.print(); // without freeing what was read
+    measurement.print(); // does not include freeing the scene
     return EXIT_SUCCESS;
 }

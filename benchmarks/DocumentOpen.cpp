@@ -1,4 +1,4 @@
-// documentOpen FILE: what the document model's own open takes, with nothing of this library.
+// documentOpen FILE: measures how the document model opens a document by itself, without this library.
 
 #include "Measurement.h"
 
@@ -13,6 +13,6 @@ int main(int argc, char** argv)
     if (argc != 2 || dae.open(argv[1]) == nullptr) {
         return EXIT_FAILURE;
     }
-    measurement.print(); // without freeing what was read
+    measurement.print(); // does not include freeing the document
     return EXIT_SUCCESS;
 }

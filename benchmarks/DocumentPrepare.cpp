@@ -1,4 +1,4 @@
-// documentPrepare IN OUT: what it takes to prepare a document.
+// documentPrepare IN OUT: measures preparing a document.
 
 #include "Measurement.h"
 

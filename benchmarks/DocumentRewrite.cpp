@@ -1,5 +1,5 @@
-// documentRewrite load IN: what it takes to read a document into a tree. documentRewrite save IN OUT: and to write it
-// again, without reading it.
+// documentRewrite load IN: measures parsing a document into a tree. documentRewrite save IN OUT: measures writing the
+// tree, without parsing it.
 
 #include "Measurement.h"
 

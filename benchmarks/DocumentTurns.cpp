@@ -1,6 +1,6 @@
-// documentTurns load|build FILE ROUNDS: works on a document over and over in one process, and prints a line for each
-// round: the seconds of the document model's own open, and of a whole load of its own or of building a scene from what
-// was opened.
+// documentTurns load|build FILE ROUNDS: repeats two measurements in one process, and prints their seconds, one line per
+// round: opening a document by the document model alone, and then either loading it, or building a scene from the
+// opened document.
 
 #include "Measurement.h"
 
@@ -14,7 +14,7 @@
 
 namespace {
 
-// In all, the clock is read before what was made is freed.
+// All functions stop the clock before they free the result.
 
 void expect(bool holds)
 {
@@ -23,7 +23,7 @@ void expect(bool holds)
     }
 }
 
-// Does what a load does once the document is open.
+// Does the same as a load after the document is open.
 double secondsOfBuild(DAE& dae, daeElement* opened)
 {
     const benchmarks::Measurement measurement;

@@ -12,7 +12,7 @@ namespace benchmarks {
 
 namespace {
 
-// Times spread over all keys of a curve, in an order that no cache foresees.
+// Times spread over all keys of a curve, in an order that defeats caches.
 class ScatteredTimes {
 public:
     explicit ScatteredTimes(unsigned keys) : m_span((keys - 1) / keysPerSecond) {}
@@ -28,7 +28,7 @@ private:
     unsigned m_step = 0;
 };
 
-// The first curve of a document, as something that rests at `value` is driven by it.
+// Evaluates the first curve of a document for a rest value.
 template <class Value>
 void evaluateCurve(benchmark::State& state, const std::string& content, const Value& value)
 {
@@ -75,7 +75,7 @@ void evaluateNode(benchmark::State& state)
     }
 }
 
-// Folding again makes other matrices, but costs the same.
+// Folding repeatedly changes the matrices, but costs the same each time.
 void foldNodes(benchmark::State& state)
 {
     const auto nodes = static_cast<unsigned>(state.range(0));

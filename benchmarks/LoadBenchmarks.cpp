@@ -23,11 +23,11 @@ namespace benchmarks {
 
 namespace {
 
-// What a load has to bring, so that no figure stands for a document that was not read.
+// What a loaded scene has to hold. Checked, so that documents that fail to load give no figures.
 struct SceneCounts {
     unsigned nodes = 0;
     unsigned animatedNodes = 0;
-    double animationLength = 0.0; // in seconds, of every animated node
+    double animationLength = 0.0; // of every animated node, in seconds
     unsigned geometries = 0;
     unsigned triangles = 0;
     unsigned cameras = 0;
@@ -89,7 +89,7 @@ SceneCounts countsOf(const std::string& path)
     return counts;
 }
 
-// A kind of documents by one size, and what a document of that size holds.
+// A kind of document: generates it in any size, and knows what the scene has to hold.
 struct DocumentKind {
     const char* name;
     std::string (*document)(unsigned size);
@@ -135,7 +135,7 @@ const DocumentKind flatTreeKind = {"flatTree", flatTree, treeKind.counts};
 const DocumentKind chainKind = {"chain", chain, treeKind.counts};
 const DocumentKind camerasAndLightsKind = {"camerasAndLights", camerasAndLights, [](unsigned nodes) {
                                                SceneCounts counts;
-                                               counts.nodes = nodes + (nodes + 99) / 100; // with the groups
+                                               counts.nodes = nodes + (nodes + 99) / 100; // including the groups
                                                counts.cameras = nodes;
                                                counts.lights = nodes;
                                                return counts;
@@ -144,7 +144,7 @@ const DocumentKind camerasAndLightsKind = {"camerasAndLights", camerasAndLights,
 struct LoadCase {
     const DocumentKind& kind;
     unsigned size;
-    bool isDrawn; // among the ratios of the picture
+    bool isDrawn; // appears among the ratios in the picture
 };
 
 const std::vector<LoadCase>& loadCases()
@@ -181,7 +181,7 @@ const std::vector<LoadCase>& loadCases()
     return cases;
 }
 
-// The value below which that share of all values lies.
+// The value that a share of all values does not exceed.
 double quantile(std::vector<double> values, double share)
 {
     const auto place = std::lround(share * static_cast<double>(values.size() - 1));
@@ -194,7 +194,7 @@ double median(const std::vector<double>& values)
     return quantile(values, 0.5);
 }
 
-// What a program prints about a document.
+// Runs a program. @return its output
 std::istringstream outputOf(const std::vector<std::string>& command)
 {
     const testSupport::ProcessResult result = testSupport::runProcess(command);
@@ -204,7 +204,7 @@ std::istringstream outputOf(const std::vector<std::string>& command)
     return std::istringstream(result.output);
 }
 
-// What one work on a document takes in a process of its own, in several rounds.
+// Measures a program in several rounds, each in a new process.
 class Costs {
 public:
     explicit Costs(const char* program) : m_program(program) {}
@@ -222,7 +222,7 @@ public:
     }
 
     double seconds() const { return median(m_seconds); }
-    double mebibytes() const { return median(m_mebibytes); } // resident at most
+    double mebibytes() const { return median(m_mebibytes); } // peak resident memory
     void report(benchmark::State& state, const std::string& name) const
     {
         state.counters[name + "_ms"] = 1e3 * seconds();
@@ -235,8 +235,8 @@ private:
     std::vector<double> m_mebibytes;
 };
 
-// Open and load by turns, so that whatever else the machine does meets both alike. In a process that has done other
-// works before, the time would depend on how much memory these left behind, and the peak would be theirs.
+// Opens and loads alternately, so that other load on the machine affects both alike. Uses new processes, because time
+// and peak memory would depend on what a process did before.
 void measureCosts(benchmark::State& state, const std::string& path)
 {
     Costs open(DOCUMENT_OPEN_PROGRAM);
@@ -256,7 +256,7 @@ void measureCosts(benchmark::State& state, const std::string& path)
     state.counters["memory_ratio"] = load.mebibytes() / open.mebibytes();
 }
 
-// What one process takes that goes on, and so has the pages that its rounds before have freed.
+// Measurements in a process that keeps running, and so can reuse the memory that earlier rounds have freed.
 struct Turns {
     std::vector<double> opens;
     std::vector<double> others;
@@ -268,7 +268,7 @@ Turns turnsOf(const std::string& kind, const std::string& path, benchmark::Itera
     Turns turns;
     double open = 0.0;
     double other = 0.0;
-    lines >> open >> other; // the first round is as in a process of its own
+    lines >> open >> other; // skips the first round, which is like one in a new process
     while (lines >> open >> other) {
         turns.opens.push_back(open);
         turns.others.push_back(other);
@@ -285,7 +285,7 @@ void measureTurns(benchmark::State& state, const std::string& path)
 }
 
 #ifdef DOCUMENT_IMPORT_PROGRAM
-// Without figures of a document that Assimp does not import.
+// Reports nothing for a document that Assimp cannot import.
 void measureImports(benchmark::State& state, const std::string& path)
 {
     Costs import(DOCUMENT_IMPORT_PROGRAM);

@@ -16,7 +16,7 @@ std::timespec processorTime()
     return now;
 }
 
-// Of this program alone: `ru_maxrss` begins with the peak of the process that started it.
+// Peak resident memory of this program alone, unlike `ru_maxrss`, which starts with the peak of the parent process.
 unsigned long peakKibibytes()
 {
     std::ifstream status("/proc/self/status");

@@ -4,14 +4,14 @@
 
 namespace benchmarks {
 
-/// What a process has used since a start.
+/// Measures the processor time of this process since the construction, and its peak memory.
 class Measurement {
 public:
-    /// Starts the clock: the processor time of the process.
+    /// Starts the clock.
     Measurement();
 
     double seconds() const;
-    /// Writes the seconds, and the most memory in KiB that was ever resident, in one line on standard output.
+    /// Writes the seconds and the peak resident memory in KiB as one line to standard output.
     void print() const;
 
 private:

@@ -52,7 +52,7 @@ const std::vector<PreparationCase>& preparationCases()
 
 struct Cost {
     double seconds = 0;
-    double mebibytes = 0; // resident at most
+    double mebibytes = 0; // peak resident memory
 };
 
 Cost costOf(const std::vector<std::string>& command)
@@ -75,7 +75,7 @@ double medianOf(std::vector<double> values)
     return *middle;
 }
 
-// Beside a load of what is read and a save of what is written by the library of the tree alone.
+// Compares preparing a document with loading the original and saving the result by pugixml alone.
 void measurePreparation(benchmark::State& state, const PreparationCase& row)
 {
     try {

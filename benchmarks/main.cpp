@@ -1,5 +1,5 @@
-// What a load costs beside the document model's own open, what preparing a document costs beside reading and writing it,
-// what evaluating a scene costs, and the containers beside those of the standard library.
+// Compares loading with the document model's own open, preparing with reading and writing, and the containers with
+// those of the standard library; measures the evaluation of scenes.
 
 #include "Benchmarks.h"
 
@@ -13,7 +13,7 @@ namespace {
 
 constexpr int usualRounds = 7;
 
-// Takes "--rounds=N" from the arguments: how often a document is opened and loaded. 0 if N is no such number.
+// Removes "--rounds=N" from the arguments. @return N, the number of measurements per document; 0 if it is invalid
 int takeRounds(int& argc, char** argv)
 {
     constexpr char option[] = "--rounds=";

@@ -1,4 +1,4 @@
-# Draws what report.py wrote into `folder` as the file `picture`.
+# Draws the data that report.py wrote to `folder` into the file `picture`.
 
 set terminal svg size 1000,900 dynamic font "sans-serif,13" background "#ffffff"
 set output picture
@@ -11,7 +11,7 @@ ratios = folder . "/ratios.dat"
 set border 3 linecolor "#404040"
 set tics nomirror
 
-# Times over the size of the document.
+# Times as a function of the document's size.
 set title "Processor time of opening a document and of loading it as a whole"
 set origin 0, 0.5
 set size 1, 0.5
@@ -33,7 +33,7 @@ unset format
 unset ylabel
 unset grid
 
-# Ratios, with those of Assimp where it was measured, and a line where a load costs as much as an open.
+# Ratios, with those of Assimp if it was measured, and a line where a load costs as much as an open.
 stats ratios using 2 nooutput
 count = STATS_records
 set grid xtics linecolor "#d8d8d8"

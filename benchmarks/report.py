@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""report.py RESULTS.json PICTURE.svg: prints the figures of sceneBenchmarks as tables, and draws those of the loads."""
+"""report.py RESULTS.json PICTURE.svg: prints the results of sceneBenchmarks as tables, and draws those of the loads."""
 
 import json
 import pathlib
 import subprocess
 import sys
 
-# Kinds of documents: what a table calls them, and what their size counts.
+# Kinds of documents: the name in tables, and the unit of the size.
 DOCUMENTS = {
     "mesh": ("smooth mesh", "triangles"),
     "fan": ("fan", "triangles"),
@@ -19,12 +19,12 @@ DOCUMENTS = {
     "chain": ("chain", "nodes"),
     "camerasAndLights": ("cameras, lights", "nodes"),
 }
-# Those whose times the picture shows over the size of the document.
+# Kinds whose times the picture shows as a function of the size.
 LINES = ["mesh", "geometries", "angleCurves", "matrixCurves", "tree"]
 
 
 def table(title, heads, rows):
-    """Prints rows of texts, the first column to the left, the others to the right."""
+    """Prints rows of texts. The first column is aligned left, the others right."""
     if not rows:
         return
     widths = [max(len(row[i]) for row in [heads] + rows) for i in range(len(heads))]
@@ -35,7 +35,7 @@ def table(title, heads, rows):
 
 
 def number(value):
-    """Three digits that count, without an exponent."""
+    """About three significant digits, without an exponent."""
     if value >= 100:
         return f"{value:,.0f}"
     return f"{value:.1f}" if value >= 10 else f"{value:.2f}"
@@ -93,7 +93,7 @@ def show_containers(rows):
 
 
 def read(path):
-    """The context of a run, its figures with their names taken apart, and the names of those that failed."""
+    """Returns the context of a run, its results with their names split, and the failures."""
     with open(path, encoding="utf-8") as file:
         run = json.load(file)
     rows = []
@@ -113,8 +113,8 @@ def read(path):
 
 
 def write_plot_data(rows, folder):
-    """lines.dat: a block of document size, open and load for each kind. ratios.dat: a line for each document that
-    is drawn: time and memory of a load and of Assimp's import, over those of an open."""
+    """Writes lines.dat, a block per kind with document size, open and load, and ratios.dat, a line per drawn document
+    with the ratios of time and memory of a load, and of Assimp's import, to those of an open."""
     folder.mkdir(parents=True, exist_ok=True)
     blocks = []
     for kind in LINES:
@@ -138,7 +138,7 @@ def write_plot_data(rows, folder):
 def draw(rows, results, picture):
     folder = results.parent / "plot"
     if not write_plot_data(rows, folder):
-        return  # a part of the documents has nothing to show
+        return  # the filter excludes all documents of the picture
     script = pathlib.Path(__file__).with_name("plot.gp")
     subprocess.run(["gnuplot", "-e", f"folder='{folder}'; picture='{picture}'", str(script)], check=True)
     print(f"\npicture: {picture}")
