@@ -1,5 +1,5 @@
-# cmake --install, in three components: the libraries (runtime), all that a program needs which is built against them
-# (development), and scenetool (tools). What depends on the place of installation is found from where the file lies.
+# Installs three components: the libraries (runtime), what is needed to build programs with them (development), and
+# scenetool (tools). The installed files find each other relative to their own location.
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/libVideo)
@@ -21,7 +21,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/libVideoConfigVersion.cma
 install(FILES ${PROJECT_BINARY_DIR}/libVideoConfig.cmake ${PROJECT_BINARY_DIR}/libVideoConfigVersion.cmake
     DESTINATION ${package_dir} COMPONENT development)
 
-# pkgconfig_file(NAME DESCRIPTION REQUIRES CFLAGS LIBS): a file for pkg-config that finds its prefix itself.
+# pkgconfig_file(NAME DESCRIPTION REQUIRES CFLAGS LIBS): a relocatable file for pkg-config.
 file(RELATIVE_PATH pc_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" pc_prefix "${pc_prefix}")
 function(pkgconfig_file pc_name pc_description pc_requires pc_cflags pc_libs)
@@ -35,14 +35,14 @@ pkgconfig_file(libVideo "${PROJECT_DESCRIPTION}" "libMath, vesk-common, collada-
 
 pkgconfig_file(libPrepare "Rewrites COLLADA documents so that libVideo delivers them whole" "" "" "-lPrepare")
 
-# gdb finds the printers by the path of the library that it loads, or is told to source them.
+# gdb finds the printers by the path of the library, or a user sources them.
 set(printers foundation/gdb/vesk_printers.py)
 install(FILES ${printers} DESTINATION ${CMAKE_INSTALL_DATADIR}/libVideo/gdb COMPONENT development)
 string(REGEX REPLACE "^/" "" library_folder ${CMAKE_INSTALL_FULL_LIBDIR})
 install(FILES ${printers} DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load/${library_folder}
     RENAME libCommon.so.${PROJECT_VERSION}-gdb.py COMPONENT development)
 
-# Debian wants them below the name of the package, whose copyright and changelog are files of their own.
+# Debian requires documentation in a folder named after the package, with a copyright and a changelog of its own.
 set(documentation_dir ${CMAKE_INSTALL_DOCDIR})
 if(LIBVIDEO_DEBIAN_PACKAGES)
     set(documentation_dir ${CMAKE_INSTALL_DATADIR}/doc/libvideo-dev)

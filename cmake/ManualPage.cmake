@@ -1,10 +1,10 @@
-# Writes the manual page of scenetool, compressed. Commands and options are those that the program itself explains.
+# Writes the compressed manual page of scenetool. Takes commands and options from the help of the program.
 #   cmake -DPROGRAM=... -DTEMPLATE=scenetool.1.in -DVERSION=... -DPAGE=scenetool.1.gz -P ManualPage.cmake
 cmake_minimum_required(VERSION 3.24)
 
-string(ASCII 31 semicolon) # stands for one in a list, which cannot hold it
+string(ASCII 31 semicolon) # replaces semicolons, which would separate the elements of a list
 
-# help(VAR ARGUMENT...): the lines of what the program explains.
+# help(VAR ARGUMENT...): the lines of the program's help.
 function(help var)
     execute_process(COMMAND ${PROGRAM} ${ARGN} --help OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
     string(REPLACE ";" "${semicolon}" text "${text}")
@@ -12,7 +12,7 @@ function(help var)
     set(${var} "${lines}" PARENT_SCOPE)
 endfunction()
 
-# troff(VAR TEXT): the text with what means something to troff taken as it stands.
+# troff(VAR TEXT): the text, with characters escaped that have a meaning in troff.
 function(troff var text)
     string(REPLACE "${semicolon}" ";" text "${text}")
     string(REPLACE "\\" "\\e" text "${text}")
@@ -47,7 +47,7 @@ foreach(command IN LISTS commands)
             troff(usage "${CMAKE_MATCH_1}")
             string(APPEND SYNOPSIS ".B scenetool ${command}\n${usage}\n.br\n")
         elseif(line MATCHES "^  [^ ]")
-            # A name, and behind two blanks its explanation, which may start on the next line.
+            # A name, and after at least two blanks its explanation, which may start on the next line.
             string(REGEX REPLACE "^  ([^ ]+( [^ ]+)*).*$" "\\1" name "${line}")
             string(REGEX REPLACE "^  [^ ]+( [^ ]+)* *" "" explanation "${line}")
             troff(explanation "${explanation}")

@@ -1,10 +1,10 @@
-# cpack: three Debian packages, one of each component. Configured with the preset "package", since paths in a package are
-# those below /usr.
+# Settings for cpack, which makes one Debian package from each component. The preset "package" sets the paths below /usr
+# that a package needs.
 if(NOT LIBVIDEO_DEBIAN_PACKAGES)
     return()
 endif()
 
-# Without them cpack fails, or makes packages that depend on nothing.
+# Without these programs, cpack fails or makes packages without dependencies.
 find_program(LIBVIDEO_FILE_PROGRAM file)
 find_program(LIBVIDEO_SHLIBDEPS_PROGRAM dpkg-shlibdeps)
 mark_as_advanced(LIBVIDEO_FILE_PROGRAM LIBVIDEO_SHLIBDEPS_PROGRAM)
@@ -16,7 +16,7 @@ set(runtime_package libvideo${PROJECT_VERSION_MAJOR})
 set(development_package libvideo-dev)
 set(tools_package scenetool)
 
-# The changes of the project as well as those of its packages.
+# The changelogs of the packages and of the project.
 set(debian ${PROJECT_SOURCE_DIR}/cmake/debian)
 file(STRINGS ${debian}/changelog newest LIMIT_COUNT 1)
 if(NOT newest MATCHES "^libvideo \\(${PROJECT_VERSION}-1\\)")
@@ -35,7 +35,7 @@ foreach(component runtime development tools)
     set(CPACK_DEBIAN_${upper}_FILE_NAME DEB-DEFAULT)
 endforeach()
 
-# What others depend on that link the libraries, and the news for the dynamic linker.
+# Tells Debian which package programs need that link the libraries, and makes the dynamic linker update its cache.
 file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/debian/shlibs CONTENT
     "libCommon @PROJECT_VERSION_MAJOR@ @runtime_package@ (>= @PROJECT_VERSION@)
 libVideo @PROJECT_VERSION_MAJOR@ @runtime_package@ (>= @PROJECT_VERSION@)
@@ -63,7 +63,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/foundation
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON) # of the same version
 
-# With any other summary, cpack puts it in front of all three descriptions.
+# cpack would put any other summary in front of all three descriptions.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${CMAKE_PROJECT_NAME} built using CMake")
 set(what_it_does "Turns a COLLADA 1.4.1 document into an object graph that is ready to
 draw: nodes with transforms and animations, meshes as packed vertex

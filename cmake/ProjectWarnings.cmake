@@ -1,4 +1,4 @@
-# What every target of this project is compiled with, beside its own needs. Users of the libraries see none of it.
+# Compiler options for every target of this project. They do not affect users of the libraries.
 add_library(libVideo_warnings INTERFACE)
 target_compile_options(libVideo_warnings INTERFACE
     -Wall
@@ -7,7 +7,7 @@ target_compile_options(libVideo_warnings INTERFACE
     -Wshadow
     -Wconversion
     -Wnon-virtual-dtor
-    # The evaluation order of float arithmetic is part of the interface: no fused operations.
+    # Fused operations would change results, which are part of the interface to the bit.
     -ffp-contract=off)
 if(LIBVIDEO_WARNINGS_AS_ERRORS)
     target_compile_options(libVideo_warnings INTERFACE -Werror)

@@ -1,7 +1,7 @@
-# Debian packages that the project needs, and their installation. Sourced by the scripts at the top.
+# Lists the Debian packages that the project needs, and installs them. Sourced by the scripts.
 
 build_packages="g++ cmake ninja-build pkg-config libcollada-dom-dev libxml2-dev libpugixml-dev libglu1-mesa-dev zlib1g-dev libcli11-dev nlohmann-json3-dev"
-# What scenetool and an example draw with; the drivers serve a machine without a graphics card.
+# For drawing in scenetool and in an example; the drivers are for machines without a graphics card.
 build_packages="$build_packages libepoxy-dev libegl-dev libgl-dev libglfw3-dev libpng-dev libturbojpeg0-dev libstb-dev libmeshoptimizer-dev"
 build_packages="$build_packages libegl1 libegl-mesa0 libgl1-mesa-dri"
 test_packages="$build_packages libgtest-dev libassimp-dev xvfb xdotool python3-jsonschema"
@@ -13,10 +13,10 @@ package_packages="$build_packages clang file dpkg-dev lintian man-db bash-comple
 ci_packages="$test_packages $benchmark_packages $fuzz_packages $documentation_packages $package_packages
     clang-format clang-tidy gdb snakemake"
 
-# need_packages NAME...: installs those that are missing, with one line that names them; what apt-get says is shown if it
-# fails. Who may not install them gets the line to run as root.
+# need_packages NAME...: installs missing packages, and prints one line with their names. Shows the output of apt-get
+# only if it fails. A user who must not install packages gets the command to run as root.
 need_packages() {
-    command -v dpkg-query >/dev/null || return 0 # no Debian: the configuration tells what is missing
+    command -v dpkg-query >/dev/null || return 0 # not Debian; CMake reports what is missing
     local missing=()
     local name
     for name in "$@"; do

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Makes the round bodies of lighthouse.dae, and the picture of its sea.
+"""Generates the round bodies of lighthouse.dae, and the texture of its sea.
 
-lighthouse-bodies.py: writes lighthouse-sea.png, and the geometries "sea-water", "rock-body" and "gallery-body" into
-lighthouse.dae beside this file, in place of those of the same ids. All else in the document is written by hand.
+Writes lighthouse-sea.png, and replaces the geometries "sea-water", "rock-body" and "gallery-body" in lighthouse.dae,
+both in the folder of this script. Everything else in the document is written by hand.
 """
 import math
 import pathlib
@@ -28,7 +28,7 @@ def cross(a, b):
 
 
 class Body:
-    """A mesh whose triangles share positions, normals and places on a texture."""
+    """A mesh whose triangles share positions, normals and texture coordinates."""
 
     def __init__(self, identifier, name):
         self.identifier = identifier
@@ -44,7 +44,7 @@ class Body:
         return known.setdefault(' '.join(text(x) for x in values), len(known))
 
     def triangle(self, corners):
-        """Corners are pairs of position and normal, or triples with a place on the texture."""
+        """Adds a triangle. A corner is a position and a normal, optionally followed by texture coordinates."""
         for corner in corners:
             indices = [self.index('position', corner[0]), self.index('normal', corner[1])]
             if len(corner) > 2:
@@ -60,7 +60,7 @@ class Body:
         self.triangle([(a, normal), (b, normal), (c, normal)])
 
     def ring(self, profile, sides):
-        """Turns a profile of radii and heights, listed upwards on the outside, around the Y axis."""
+        """Revolves a profile around the Y axis. It lists radii and heights, on the outside from the bottom up."""
         for (low, bottom), (high, top) in zip(profile, profile[1:]):
             outward = unit((top - bottom, low - high))
             for side in range(sides):
@@ -77,7 +77,7 @@ class Body:
                     self.triangle([corners[0], corners[3], corners[1]])
 
     def bar(self, angle, radius, width, bottom, top):
-        """An upright bar of four sides at an angle around the Y axis."""
+        """Adds an upright square bar at an angle around the Y axis."""
         out = (math.cos(angle), 0, -math.sin(angle))
         aside = (-out[2], 0, out[0])
         feet = []
@@ -133,7 +133,7 @@ class Body:
 
 
 def sea():
-    """A disc of radius 1, with the picture many times across."""
+    """A disc of radius 1, on which the texture repeats many times."""
     body = Body('sea-water', 'Sea water')
     body.part('sea-water-triangles', 'water')
     sides, repeats, up = 32, 500, (0, 1, 0)
@@ -147,7 +147,7 @@ def sea():
 
 
 def rock():
-    """A hump of rough rings, each facet with a normal of its own."""
+    """A hump of irregular rings. Each facet has its own normal."""
     body = Body('rock-body', 'Rock body')
     body.part('rock-body-triangles', 'stone')
     sides, state = 17, [7]
@@ -175,7 +175,7 @@ def rock():
 
 
 def gallery():
-    """The round walk with its railing, and the glazed house of the lamp with a roof."""
+    """The round gallery with its railing, and the lantern room with its roof."""
     body = Body('gallery-body', 'Gallery body')
     body.part('gallery-body-walk', 'red')
     body.ring([(1.0, -0.5), (2.1, 0.15), (2.1, 0.5), (0, 0.5)], 24)
@@ -193,7 +193,7 @@ def gallery():
 
 
 def sea_picture():
-    """Ripples that go on at the edges, in few colors."""
+    """A tileable image of ripples in a few colors."""
     size, colors = 96, 12
     waves = [(1, 2, 0.3, 1.0), (3, -1, 1.7, 0.8), (-2, 5, 4.1, 0.7), (6, 3, 2.2, 0.5), (-7, 4, 5.3, 0.4), (4, 9, 0.9, 0.35)]
     rows = b''

@@ -1,4 +1,4 @@
-# Writes the page of all messages from their list.
+# Generates the page of all log messages from their list.
 #   cmake -DLIST=messages.json -DPAGE=messages.md -P MessagesPage.cmake
 cmake_minimum_required(VERSION 3.24)
 file(READ ${LIST} list)

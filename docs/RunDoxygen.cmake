@@ -1,4 +1,4 @@
-# Runs Doxygen, which fails on a warning, and shows what it had to say.
+# Runs Doxygen. Fails if there are warnings, and shows them.
 #   cmake -DDOXYGEN=... -DFOLDER=... -P RunDoxygen.cmake
 if(NOT DOXYGEN)
     message(FATAL_ERROR "There is no Doxygen: install the package doxygen, then configure again.")

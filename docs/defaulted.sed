@@ -1,4 +1,4 @@
-# Doxygen reads headers through this: copies that the compiler makes, and those that are forbidden, all say the same.
+# Filter for Doxygen: adds the same comments to all defaulted and deleted members.
 /^ *[A-Za-z_]+\(const [A-Za-z_]+&( other)?\) = default;$/s/$/ \/\/\/< Copies each member; see the class for what copies share./
 /^ *[A-Za-z_]+& operator=\(const [A-Za-z_]+&( other)?\) = default;$/s/$/ \/\/\/< Copies each member, as the constructor does./
 /^ *[A-Za-z_]+\((const [A-Za-z_]+&)?\) = delete;$/s/$/ \/\/\/< There is none./

@@ -1,4 +1,4 @@
-// A host with a log of its own, which takes the lines of the library as well.
+// A host with a log of its own, which also receives the messages of the library.
 #include <libVideo/SceneGraph.h>
 
 #include <vesk/Logging.h>
@@ -8,7 +8,7 @@
 
 namespace {
 
-// What the host logs with.
+// The host's own logging function.
 enum class Level { info, warning };
 
 void hostLog(Level level, const std::string& topic, const std::string& text)
