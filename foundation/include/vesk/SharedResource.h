@@ -71,12 +71,7 @@ public:
     template <class Object = T, class... Arguments>
     static SharedResource make(Arguments&&... arguments)
     {
-        auto* const block = new ObjectBlock<Object>(std::forward<Arguments>(arguments)...);
-        SharedResource result;
-        result.m_storage.value = block->object();
-        result.m_count = &block->count;
-        result.m_destroyer = block;
-        return result;
+        return SharedResource(*new ObjectBlock<Object>(std::forward<Arguments>(arguments)...));
     }
 
     /// Shares the resource of the other handle.
@@ -180,6 +175,12 @@ private:
         bool m_isArmed = true;
         alignas(Object) unsigned char m_memory[sizeof(Object)];
     };
+
+    template <class Object>
+    explicit SharedResource(ObjectBlock<Object>& block) : m_count(&block.count), m_destroyer(&block)
+    {
+        m_storage.value = block.object();
+    }
 
     void adopt(T* resource)
     {
