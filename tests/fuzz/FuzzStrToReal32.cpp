@@ -4,7 +4,6 @@
 
 #include <vesk/String.h>
 
-#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -47,9 +46,9 @@ bool isDecimal(const std::string& number)
     std::size_t digits = digitsAt(number, at);
     at += digits;
     if (number.compare(at, 1, ".") == 0) {
-        const std::size_t behind = digitsAt(number, at + 1);
-        digits += behind;
-        at += 1 + behind;
+        const std::size_t fraction = digitsAt(number, at + 1);
+        digits += fraction;
+        at += 1 + fraction;
     }
     if (digits == 0) {
         return false;
@@ -64,19 +63,6 @@ bool isDecimal(const std::string& number)
         at += exponent;
     }
     return at == number.size();
-}
-
-// An infinity or a not-a-number, in any case.
-bool isSpecial(const std::string& number)
-{
-    std::string word = number.compare(0, 1, "-") == 0 ? number.substr(1) : number;
-    std::transform(word.begin(), word.end(), word.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    if (word == "inf" || word == "infinity" || word == "nan") {
-        return true;
-    }
-    return word.compare(0, 4, "nan(") == 0 && word.back() == ')' &&
-           word.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789_", 4) == word.size() - 1;
 }
 
 bool hasSameBits(float a, float b)
@@ -99,16 +85,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     std::string number;
     const bool isFound = findNumber(text, number);
-    if (!isFound || (!isDecimal(number) && !isSpecial(number))) {
-        fuzz::check(!isRead, "a text that is no number was read");
+    if (!isFound || !isDecimal(number)) { // words such as "inf" and "nan" too
+        fuzz::check(!isRead, "a text that is no decimal number was read");
         return 0;
     }
     const float expected = std::strtof(number.c_str(), nullptr); // in the locale "C"
-    if (isSpecial(number)) {
-        fuzz::check(isRead, "a special value was not read");
-        fuzz::check(std::isnan(expected) ? std::isnan(value) : hasSameBits(value, expected), "a wrong special value");
-        return 0;
-    }
     if (std::isinf(expected)) {
         fuzz::check(!isRead, "a number beyond the range of float was read");
         return 0;
