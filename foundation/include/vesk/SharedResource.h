@@ -79,7 +79,7 @@ public:
         : m_storage(other.m_storage), m_count(other.m_count), m_destroyer(other.m_destroyer)
     {
         if (m_count != nullptr) {
-            ++*m_count;
+            ++*m_count; // NOLINT(clang-analyzer-cplusplus.NewDelete): see release()
         }
     }
 

@@ -15,8 +15,8 @@ public:
     void handleWarning(daeString /*message*/) override {}
 };
 
-void dropParserMessage(void* /*context*/, const char* /*format*/, ...) {
-} // NOLINT(cert-dcl50-cpp): the parser's signature
+// NOLINTNEXTLINE(cert-dcl50-cpp): the parser's signature
+void dropParserMessage(void* /*context*/, const char* /*format*/, ...) {}
 
 daeErrorHandler* silentErrorHandler()
 {
