@@ -1,7 +1,7 @@
 #include "ConvertCommand.h"
 
 #include "FolderConversion.h"
-#include "Printable.h"
+#include "common/Printable.h"
 
 #include <unistd.h>
 

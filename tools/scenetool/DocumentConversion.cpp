@@ -1,7 +1,7 @@
 #include "DocumentConversion.h"
 
-#include "LoadedScene.h"
-#include "PreparedFile.h"
+#include "common/LoadedScene.h"
+#include "common/PreparedFile.h"
 #include "gltf/GltfExport.h"
 
 #include <filesystem>

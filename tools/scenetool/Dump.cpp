@@ -1,6 +1,6 @@
 #include "Dump.h"
 
-#include "Base64.h"
+#include "common/Base64.h"
 
 #include <nlohmann/json.hpp>
 

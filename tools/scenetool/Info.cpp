@@ -1,6 +1,6 @@
 #include "Info.h"
 
-#include "Printable.h"
+#include "common/Printable.h"
 
 #include <algorithm>
 #include <cmath>

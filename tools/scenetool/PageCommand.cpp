@@ -1,8 +1,8 @@
 #include "PageCommand.h"
 
-#include "Base64.h"
-#include "Printable.h"
-#include "TemporaryFolder.h"
+#include "common/Base64.h"
+#include "common/Printable.h"
+#include "common/TemporaryFolder.h"
 #include "gltf/GltfDocument.h"
 #include "page/PageViewer.h"
 

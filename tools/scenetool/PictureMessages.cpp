@@ -1,6 +1,6 @@
 #include "PictureMessages.h"
 
-#include "Printable.h"
+#include "common/Printable.h"
 #include "render/SceneShow.h"
 
 #include <iostream>

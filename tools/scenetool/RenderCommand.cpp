@@ -1,7 +1,7 @@
 #include "RenderCommand.h"
 
 #include "PictureMessages.h"
-#include "TemporaryFolder.h"
+#include "common/TemporaryFolder.h"
 #include "render/Offscreen.h"
 #include "sandbox/Sandbox.h"
 #include "sandbox/SharedCell.h"

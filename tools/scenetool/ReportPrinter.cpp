@@ -1,6 +1,6 @@
 #include "ReportPrinter.h"
 
-#include "Printable.h"
+#include "common/Printable.h"
 
 #include <map>
 #include <utility>

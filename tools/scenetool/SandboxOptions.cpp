@@ -1,6 +1,6 @@
 #include "SandboxOptions.h"
 
-#include "Printable.h"
+#include "common/Printable.h"
 
 #include <chrono>
 #include <cstdlib>

@@ -1,8 +1,8 @@
 #include "ViewCommand.h"
 
 #include "PictureMessages.h"
-#include "TemporaryFolder.h"
 #include "Viewer.h"
+#include "common/TemporaryFolder.h"
 
 #include <cstdlib>
 #include <memory>

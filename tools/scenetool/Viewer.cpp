@@ -1,6 +1,6 @@
 #include "Viewer.h"
 
-#include "Printable.h"
+#include "common/Printable.h"
 #include "render/Offscreen.h"
 #include "render/Overlay.h"
 #include "render/Sheet.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "../LoadedScene.h"
+#include "../common/LoadedScene.h"
 #include "ConversionNotes.h"
 #include "GltfDocument.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "../LoadedScene.h"
+#include "../common/LoadedScene.h"
 #include "GltfMaterials.h"
 
 #include <map>

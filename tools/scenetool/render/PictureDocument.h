@@ -1,6 +1,6 @@
 #pragma once
 
-#include "../LoadedScene.h"
+#include "../common/LoadedScene.h"
 
 #include <libPrepare/Prepare.h>
 

@@ -1,6 +1,6 @@
 #include "SceneRenderer.h"
 
-#include "../Printable.h"
+#include "../common/Printable.h"
 #include "Picture.h"
 #include "SceneShaders.h"
 

@@ -1,6 +1,6 @@
 #include "SceneShow.h"
 
-#include "../Printable.h"
+#include "../common/Printable.h"
 #include "Offscreen.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "ShaderProgram.h"
 
-#include "../Printable.h"
+#include "../common/Printable.h"
 #include "Picture.h"
 
 #include <array>

@@ -1,6 +1,6 @@
 #include "TextureStore.h"
 
-#include "../Printable.h"
+#include "../common/Printable.h"
 
 #include <algorithm>
 #include <utility>
