@@ -3,9 +3,9 @@
 #ifdef SCENETOOL_HAS_PICTURES
 #include "DocumentConversion.h"
 #endif
-#include "ReportPrinter.h"
 #include "common/LoadedScene.h"
 #include "common/Printable.h"
+#include "common/ReportPrinter.h"
 
 #include <libPrepare/Prepare.h>
 

@@ -1,6 +1,6 @@
 #include "PrepareCommand.h"
 
-#include "ReportPrinter.h"
+#include "common/ReportPrinter.h"
 
 #include <charconv>
 #include <cmath>

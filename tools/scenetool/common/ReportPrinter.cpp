@@ -1,6 +1,6 @@
 #include "ReportPrinter.h"
 
-#include "common/Printable.h"
+#include "Printable.h"
 
 #include <map>
 #include <utility>
