@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <new>
+#include <set>
 #include <string>
 
 namespace {
@@ -24,11 +25,41 @@ public:
     void handleWarning(daeString /*message*/) override {}
 };
 
-// The tree of a text; empty if the text is refused.
+// What the database of a document model says of its one document, type by type.
+std::string databaseOf(DAE& dae)
+{
+    daeDatabase& database = *dae.getDatabase();
+    const std::string name = database.getDocumentName(0);
+    std::string said = std::to_string(database.getDocumentCount()) + ' ' + name + ' ' +
+                       std::to_string(database.isDocumentLoaded(name.c_str())) +
+                       std::to_string(database.isDocumentLoaded("file:/other.dae")) + '\n';
+    std::set<std::string> types;
+    for (daeUInt i = 0; i < database.getTypeCount(); ++i) {
+        types.insert(database.getTypeName(i));
+    }
+    for (const std::string& type : types) {
+        const daeUInt count = database.getElementCount(nullptr, type.c_str(), name.c_str());
+        said += type + ' ' + std::to_string(count) + ':';
+        for (daeUInt i = 0; i <= count; ++i) {
+            daeElement* element = nullptr;
+            said += ' ' + std::to_string(database.getElement(&element, static_cast<daeInt>(i), nullptr, type.c_str()));
+            const daeString id = element != nullptr ? element->getID() : nullptr;
+            said += id != nullptr ? ' ' + std::string(id) + ' ' + std::to_string(database.getElementCount(id)) : "";
+        }
+        said += '\n';
+    }
+    return said;
+}
+
+// The tree of a text, and what is said of it; empty if the text is refused.
 std::string treeOf(DAE& dae, const std::string& text)
 {
+    constexpr std::size_t longText = 2048; // all questions about a longer one take too long
     auto* const root = daeSafeCast<domCOLLADA>(dae.openFromMemory("file:/fuzz/document.dae", text.c_str()));
     std::string tree = root != nullptr ? testSupport::documentTree(dae, *root) : "";
+    if (root != nullptr && text.size() < longText) {
+        tree += databaseOf(dae);
+    }
     dae.clear();
     return tree;
 }
