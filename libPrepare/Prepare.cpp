@@ -96,7 +96,7 @@ Report prepare(const std::filesystem::path& in, const std::filesystem::path& out
         refuse(report, *refusal);
         return report;
     }
-    Document document(source.xml(), in, options, report, source.lines());
+    Document document(source.xml(), in, options, report, source.lines(), source.isPlain());
     document.setTarget(out);
     reportRepairs(source.encoding(), document);
     run(document);
@@ -120,7 +120,7 @@ Report inspect(const std::filesystem::path& file)
     }
     Report repairs;
     {
-        Document document(source.xml(), file, options, repairs, source.lines());
+        Document document(source.xml(), file, options, repairs, source.lines(), source.isPlain());
         reportRepairs(source.encoding(), document);
         run(document);
     }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
+#include <cstdint>
 #include <numeric>
 
 namespace libPrepare {
@@ -114,7 +115,26 @@ double parameterAt(double c0, double c1, double wanted)
 {
     double low = 0;
     double high = 1;
-    for (unsigned step = 0; step < 54; ++step) {
+    unsigned step = 0;
+    if (c0 >= 0 && c0 <= 1 && c1 >= 0 && c1 <= 1) { // it ascends: Newton's method finds where halving would get
+        double near = wanted;
+        for (unsigned i = 0; i < 4; ++i) {
+            const double r = 1 - near;
+            const double slope = 3 * c0 * r * r + 6 * (c1 - c0) * near * r + 3 * (1 - c1) * near * near;
+            near = std::clamp(slope > 0 ? near - (bezier(0, c0, c1, 1, near) - wanted) / slope : near, 0.0, 1.0);
+        }
+        constexpr unsigned steps = 36;
+        constexpr double cells = std::uint64_t(1) << steps;
+        const double cell = std::floor(near * cells);
+        const double first = std::max(cell, 0.0) / cells;
+        const double last = (cell + 1) / cells;
+        if (last <= 1 && bezier(0, c0, c1, 1, first) < wanted && !(bezier(0, c0, c1, 1, last) < wanted)) {
+            low = first;
+            high = last;
+            step = steps;
+        }
+    }
+    for (; step < 54; ++step) {
         const double middle = (low + high) / 2;
         (bezier(0, c0, c1, 1, middle) < wanted ? low : high) = middle;
     }
@@ -237,7 +257,8 @@ bool Curve::hasPlainInputs(Document& document, pugi::xml_node sampler) const
             }
         }
         std::string scratch;
-        for (const std::string_view word : isWord ? words(textOf(array, scratch)) : std::vector<std::string_view>()) {
+        std::string_view list = isWord ? textOf(array, scratch) : std::string_view();
+        for (std::string_view word = takeWord(list); !word.empty(); word = takeWord(list)) {
             if (word != "LINEAR" && word != "STEP" && word != "BEZIER") {
                 return false;
             }
@@ -307,39 +328,46 @@ std::optional<Curve::Controls> Curve::controls(std::size_t key, std::size_t comp
 
 std::size_t Curve::keyBefore(double time) const
 {
+    const std::size_t key = m_lastKey; // curves are mostly asked in the order of time
+    for (std::size_t near = key; near < std::min(key + 2, count()); ++near) {
+        if (m_times[near] <= time && (near + 1 == count() || time < m_times[near + 1])) {
+            return m_lastKey = near;
+        }
+    }
     const auto after = std::upper_bound(m_times.begin(), m_times.end(), time);
-    return after == m_times.begin() ? 0 : static_cast<std::size_t>(after - m_times.begin()) - 1;
+    return m_lastKey = after == m_times.begin() ? 0 : static_cast<std::size_t>(after - m_times.begin()) - 1;
 }
 
 void Curve::evaluate(double time, double* result) const
 {
     const std::size_t key = keyBefore(time);
-    const double* const from = m_values[key];
-    if (!(time > m_times[key]) || key + 1 == count() || m_kinds[key] == Interpolation::step) {
-        std::copy_n(from, width(), result);
-        return;
-    }
-    const double* const to = m_values[key + 1];
-    const double span = m_times[key + 1] - m_times[key];
-    const double part = (time - m_times[key]) / span;
     for (std::size_t c = 0; c < width(); ++c) {
-        const std::optional<Controls> way = controls(key, c);
-        if (!way) {
-            result[c] = from[c] + (to[c] - from[c]) * part;
-            continue;
-        }
-        const double parameter = way->areTimed ? parameterAt((way->time[0] - m_times[key]) / span,
-                                                             (way->time[1] - m_times[key]) / span, part)
-                                               : part;
-        result[c] = bezier(from[c], way->value[0], way->value[1], to[c], parameter);
+        result[c] = evaluate(key, time, c);
     }
 }
 
-std::vector<double> Curve::at(double time) const
+double Curve::evaluate(double time, std::size_t component) const
 {
-    std::vector<double> result(width());
-    evaluate(time, result.data());
-    return result;
+    return evaluate(keyBefore(time), time, component);
+}
+
+double Curve::evaluate(std::size_t key, double time, std::size_t component) const
+{
+    const double from = m_values[key][component];
+    if (!(time > m_times[key]) || key + 1 == count() || m_kinds[key] == Interpolation::step) {
+        return from;
+    }
+    const double to = m_values[key + 1][component];
+    const double span = m_times[key + 1] - m_times[key];
+    const double part = (time - m_times[key]) / span;
+    const std::optional<Controls> way = controls(key, component);
+    if (!way) {
+        return from + (to - from) * part;
+    }
+    const double parameter =
+        way->areTimed ? parameterAt((way->time[0] - m_times[key]) / span, (way->time[1] - m_times[key]) / span, part)
+                      : part;
+    return bezier(from, way->value[0], way->value[1], to, parameter);
 }
 
 } // namespace libPrepare

@@ -57,11 +57,13 @@ public:
     /// The values at a time: those of the first key before it, those of the last key after it.
     /// @param result `width` numbers
     void evaluate(double time, double* result) const;
-    std::vector<double> at(double time) const;
+    /// One of the values at a time.
+    double evaluate(double time, std::size_t component) const;
 
 private:
     bool hasPlainInputs(Document& document, pugi::xml_node sampler) const;
     void sort();
+    double evaluate(std::size_t key, double time, std::size_t component) const;
 
     std::vector<double> m_times;
     Records m_values;
@@ -69,6 +71,7 @@ private:
     Records m_outTangents; // as many as keys, or none
     Records m_inTangents;
     bool m_isPlain = false;
+    mutable std::size_t m_lastKey = 0; // that `keyBefore` returned
 };
 
 } // namespace libPrepare

@@ -4,6 +4,8 @@
 #include "Reference.h"
 #include "Tree.h"
 
+#include <libPrepare/geometry/Sources.h>
+
 #include <algorithm>
 #include <tuple>
 
@@ -78,15 +80,36 @@ void setAttribute(pugi::xml_node element, const char* name, const std::string& v
 }
 
 Document::Document(pugi::xml_document& xml, std::filesystem::path file, const Options& options, Report& report,
-                   Lines lines)
+                   Lines lines, bool isPlain)
     : m_xml(xml),
       m_file(std::move(file)),
       m_target(m_file),
       m_options(options),
       m_report(report),
       m_lines(std::move(lines)),
-      m_bytes(m_lines.size())
+      m_bytes(m_lines.size()),
+      m_sources(std::make_unique<Sources>(*this)),
+      m_isPlain(isPlain)
 {}
+
+Document::~Document() = default;
+
+const Census& Document::census()
+{
+    if (!m_census) {
+        m_census = Census::of(root());
+    }
+    return *m_census;
+}
+
+void Document::closeCensus()
+{
+    if (m_census) {
+        m_census->references = {};
+        m_census->bearers = {};
+        m_census->isOpen = false;
+    }
+}
 
 void Document::Bearers::add(pugi::xml_node element)
 {
@@ -116,7 +139,48 @@ void Document::indexIds()
         bearers = {};
     }
     m_areIdsKnown = true;
-    registerIds(root());
+    m_areIdsUnique = true;
+    if (!m_census || !m_census->isOpen) {
+        registerIds(root());
+        return;
+    }
+    m_ids.reserve(m_census->bearers.size());
+    for (const pugi::xml_node element : m_census->bearers) {
+        registerId(element, element.attribute("id"));
+    }
+}
+
+void Document::registerId(pugi::xml_node element, pugi::xml_attribute id)
+{
+    Bearers& bearers = bearersOf(trimmed(id.value()));
+    m_areIdsUnique = m_areIdsUnique && !bearers.first;
+    bearers.add(element);
+}
+
+bool Document::takeId(std::string_view id)
+{
+    if (m_ids.find(id) != m_ids.end()) {
+        return false;
+    }
+    bearersOf(id);
+    return true;
+}
+
+Document::Bearers& Document::bearersOf(std::string_view id)
+{
+    const auto found = m_ids.find(id);
+    if (found != m_ids.end()) {
+        return found->second;
+    }
+    auto* const kept = static_cast<char*>(m_arena.allocate(id.size() + 1, 1));
+    std::copy(id.begin(), id.end(), kept);
+    return m_ids[std::string_view(kept, id.size())];
+}
+
+bool Document::areIdsUnique()
+{
+    indexIds();
+    return m_areIdsUnique;
 }
 
 void Document::registerIds(pugi::xml_node subtree)
@@ -126,7 +190,7 @@ void Document::registerIds(pugi::xml_node subtree)
     }
     for (pugi::xml_node element = subtree; element; element = next(element, subtree)) {
         if (const pugi::xml_attribute id = element.attribute("id")) {
-            m_ids[std::string(trimmed(id.value()))].add(element);
+            registerId(element, id);
         }
     }
 }
@@ -135,7 +199,7 @@ template <class IsFitting>
 pugi::xml_node Document::find(std::string_view id, const IsFitting& isFitting)
 {
     indexIds();
-    const auto found = m_ids.find(std::string(id));
+    const auto found = m_ids.find(id);
     if (found == m_ids.end()) {
         return {};
     }
@@ -195,13 +259,13 @@ std::string Document::freshId(std::string_view wish)
 {
     indexIds();
     std::string id(wish);
-    if (m_ids.try_emplace(id).second) {
+    if (takeId(id)) {
         return id;
     }
     unsigned& number = m_nextNumbers.try_emplace(id, 2).first->second;
     do {
         id = std::string(wish) + '-' + std::to_string(number++);
-    } while (!m_ids.try_emplace(id).second);
+    } while (!takeId(id));
     return id;
 }
 
@@ -209,10 +273,10 @@ void Document::setId(pugi::xml_node element, const std::string& id)
 {
     indexIds();
     if (const pugi::xml_attribute old = element.attribute("id")) {
-        m_ids[std::string(trimmed(old.value()))].remove(element);
+        bearersOf(trimmed(old.value())).remove(element);
     }
     setAttribute(element, "id", id);
-    m_ids[id].add(element);
+    bearersOf(id).add(element);
 }
 
 void Document::setOrigin(pugi::xml_node made, pugi::xml_node origin)

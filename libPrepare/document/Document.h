@@ -1,13 +1,16 @@
 #pragma once
 
 #include <libPrepare/Prepare.h>
+#include <libPrepare/document/Census.h>
 #include <libPrepare/document/Lines.h>
 
 #include <pugixml.hpp>
 
-#include <array>
 #include <cstring>
 #include <initializer_list>
+#include <memory>
+#include <memory_resource>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -15,9 +18,6 @@
 #include <vector>
 
 namespace libPrepare {
-
-/// Names of elements, ended by a null; any element if there is none.
-using Kinds = std::array<const char*, 6>;
 
 /// Whether an element has this name. Namespaces prefixes are gone after the first passes.
 inline bool is(pugi::xml_node element, const char* name)
@@ -38,12 +38,16 @@ std::vector<double> numbersOf(pugi::xml_node element);
 /// Sets an attribute, which is made if it is missing.
 void setAttribute(pugi::xml_node element, const char* name, const std::string& value);
 
+class Sources;
+
 /// The document that the passes work on: its tree, what its ids lead to, where each element comes from, and the report.
 class Document {
 public:
     /// @param lines those of the text that the tree was parsed from; may be empty
+    /// @param isPlain whether no name in the document has a prefix for certain
     Document(pugi::xml_document& xml, std::filesystem::path file, const Options& options, Report& report,
-             Lines lines = {});
+             Lines lines = {}, bool isPlain = false);
+    ~Document();
     Document(const Document&) = delete;
     Document& operator=(const Document&) = delete;
 
@@ -56,6 +60,18 @@ public:
     const std::filesystem::path& target() const { return m_target; }
     void setTarget(std::filesystem::path target) { m_target = std::move(target); }
     Report& report() { return m_report; }
+    bool canHavePrefixes() const { return !m_isPlain; }
+
+    /// What occurs in the document. Its lists are those of the last walk; see `forgetCensus`.
+    const Census& census();
+    /// Has to be called by the first passes when they have changed something.
+    void forgetCensus() { m_census.reset(); }
+    /// Frees the lists of the census, which are of no use to later passes. What it says about names stays true: passes
+    /// only make elements of kinds that there are.
+    void closeCensus();
+
+    /// The sources of its meshes, as far as passes have asked for them.
+    Sources& sources() { return *m_sources; }
 
     /// The first element with an id among those of these kinds, in document order; of any kind if none is named.
     pugi::xml_node byId(std::string_view id, std::initializer_list<const char*> kinds = {});
@@ -71,6 +87,8 @@ public:
     void setId(pugi::xml_node element, const std::string& id);
     /// Registers what lies in a subtree that was copied or moved in.
     void registerIds(pugi::xml_node subtree);
+    /// Whether no id has ever had two bearers since the ids were read.
+    bool areIdsUnique();
     /// Has to be called after elements with ids were removed, before the next look-up.
     void forgetIds() { m_areIdsKnown = false; }
 
@@ -115,8 +133,17 @@ private:
         void add(pugi::xml_node element);
         void remove(pugi::xml_node element);
     };
-    std::unordered_map<std::string, Bearers> m_ids;          // of all ids that were ever taken
-    std::unordered_map<std::string, unsigned> m_nextNumbers; // behind wishes for ids
+    void registerId(pugi::xml_node element, pugi::xml_attribute id);
+    Bearers& bearersOf(std::string_view id);
+    bool takeId(std::string_view id);
+
+    std::pmr::monotonic_buffer_resource m_arena;                        // of the ids, which are never given back
+    std::pmr::unordered_map<std::string_view, Bearers> m_ids{&m_arena}; // of all ids that were ever taken
+    std::unordered_map<std::string, unsigned> m_nextNumbers;            // after wishes for ids
+    std::optional<Census> m_census;
+    std::unique_ptr<Sources> m_sources;
+    bool m_isPlain;
+    bool m_areIdsUnique = true;
     std::unordered_map<std::size_t, pugi::xml_node> m_origins;
     // Among the children of one name, from 1, and 0 for an only one: of parents for whose children it was asked.
     mutable std::unordered_map<std::size_t, std::unordered_map<std::size_t, unsigned>> m_numbers;

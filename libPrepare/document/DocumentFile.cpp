@@ -2,6 +2,7 @@
 
 #include "FormCheck.h"
 #include "OutputFile.h"
+#include "PlainForm.h"
 #include "TreeWriter.h"
 
 #include <algorithm>
@@ -57,7 +58,11 @@ std::optional<Refusal> DocumentFile::read(const std::filesystem::path& file, std
     if (!refusal) {
         refusal = decode(m_text, most, m_encoding);
     }
-    if (!refusal) {
+    if (refusal) {
+        return refusal;
+    }
+    m_isPlain = isPlainlyFormed(m_text);
+    if (!m_isPlain) {
         refusal = checkForm(m_text);
     }
     if (refusal) {

@@ -28,6 +28,8 @@ public:
 
     pugi::xml_document& xml() { return m_xml; }
     const Lines& lines() const { return m_lines; }
+    /// Whether no name has a prefix for certain.
+    bool isPlain() const { return m_isPlain; }
     const Encoding& encoding() const { return m_encoding; }
 
 private:
@@ -36,6 +38,7 @@ private:
     pugi::xml_document m_xml;
     Lines m_lines;
     Encoding m_encoding;
+    bool m_isPlain = false;
 };
 
 } // namespace libPrepare

@@ -145,7 +145,7 @@ void writeSource(Document& document, pugi::xml_node animation, const std::string
 
 double Component::at(double time) const
 {
-    return curve == nullptr ? constant : curve->at(time)[index];
+    return curve == nullptr ? constant : curve->evaluate(time, index);
 }
 
 Sampling::Sampling(const Options& options)

@@ -233,7 +233,7 @@ void Checker::open(std::string_view name, bool hasPrefix, std::size_t namespaces
     // The document model would make these by the type of the parent, and place them nowhere.
     const bool isOfParentsType =
         name == parent.name || name.rfind("Targetable", 0) == 0 || name.rfind("InputLocal", 0) == 0;
-    if ((isOfParentsType && holdsOnlyValue(parent.name)) || (parent.isInTechnique && name == "any")) {
+    if ((isOfParentsType && traitsOf(parent.name).holdsOnlyValue) || (parent.isInTechnique && name == "any")) {
         refuse(begin, "stray-element", "an element " + tag + " where there can be none", "take it out");
         return;
     }

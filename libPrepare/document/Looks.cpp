@@ -125,6 +125,9 @@ pugi::xml_node effectOf(Document& document, pugi::xml_node material)
 std::vector<pugi::xml_node> shownMaterials(Document& document)
 {
     std::vector<pugi::xml_node> result;
+    if (!document.census().hasGeometryInstances) {
+        return result;
+    }
     std::unordered_set<std::size_t> known;
     for (const pugi::xml_node instance : elementsBelow(shownScene(document), "instance_geometry")) {
         for (const pugi::xml_node binding :

@@ -240,7 +240,7 @@ void Motion::apply(pugi::xml_node element, double time, std::vector<double>& val
         } else if (!channel.slot && width == 1 && is(element, "rotate")) {
             channel.curve->evaluate(time, &values[3]);
         } else if (channel.slot && *channel.slot < values.size()) {
-            values[*channel.slot] = channel.curve->at(time)[0];
+            values[*channel.slot] = channel.curve->evaluate(time, std::size_t(0));
         }
     }
 }

@@ -1,16 +1,51 @@
 #include "Numbers.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
 namespace libPrepare {
 
 namespace {
 
-// Calls `use` with each word of a list.
+// Reads a number of few digits without an exponent, as nearly all are: it is the quotient of two numbers that have no
+// rounding error, so it is rounded once, as it has to be.
+// @return the character after it, or null if the number is not of this form
+const char* readShortNumber(const char* at, const char* end, double& value)
+{
+    constexpr std::ptrdiff_t maxDigits = 15;
+    static constexpr double powers[maxDigits + 1] = {1,   1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                     1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    const bool isNegative = *at == '-';
+    at += isNegative ? 1 : 0;
+    std::uint64_t digits = 0;
+    const char* const whole = at;
+    for (; at != end && *at >= '0' && *at <= '9'; ++at) {
+        digits = 10 * digits + static_cast<std::uint64_t>(*at - '0'); // wraps around only where it is not used
+    }
+    std::ptrdiff_t count = at - whole;
+    std::ptrdiff_t places = 0;
+    if (at != end && *at == '.') {
+        const char* const fraction = ++at;
+        for (; at != end && *at >= '0' && *at <= '9'; ++at) {
+            digits = 10 * digits + static_cast<std::uint64_t>(*at - '0');
+        }
+        places = at - fraction;
+        count += places;
+    }
+    if (count == 0 || count > maxDigits || (at != end && !isBlank(*at))) {
+        return nullptr;
+    }
+    const double size = static_cast<double>(digits) / powers[places];
+    value = isNegative ? -size : size;
+    return at;
+}
+
+// Calls `use` with each number of a list until it returns false.
 template <class Use>
-void forEachWord(std::string_view list, const Use& use)
+void forEachNumber(std::string_view list, const Use& use)
 {
     const char* at = list.data();
     const char* const end = at + list.size();
@@ -21,11 +56,16 @@ void forEachWord(std::string_view list, const Use& use)
         if (at == end) {
             return;
         }
-        const char* const start = at;
-        while (at != end && !isBlank(*at)) {
-            ++at;
+        double value = 0;
+        const char* after = readShortNumber(at, end, value);
+        if (after == nullptr) {
+            after = std::find_if(at, end, isBlank);
+            value = number(std::string_view(at, static_cast<std::size_t>(after - at)));
         }
-        use(std::string_view(start, static_cast<std::size_t>(at - start)));
+        if (!use(value)) {
+            return;
+        }
+        at = after;
     }
 }
 
@@ -42,10 +82,22 @@ std::string_view trimmed(std::string_view text)
     return text;
 }
 
+std::string_view takeWord(std::string_view& list)
+{
+    const auto start = std::find_if_not(list.begin(), list.end(), isBlank);
+    const auto end = std::find_if(start, list.end(), isBlank);
+    const std::string_view word(start, static_cast<std::size_t>(end - start));
+    list.remove_prefix(static_cast<std::size_t>(end - list.begin()));
+    return word;
+}
+
 std::vector<std::string_view> words(std::string_view text)
 {
     std::vector<std::string_view> result;
-    forEachWord(text, [&](std::string_view word) { result.push_back(word); });
+    result.reserve(text.size() / 8);
+    for (std::string_view word = takeWord(text); !word.empty(); word = takeWord(text)) {
+        result.push_back(word);
+    }
     return result;
 }
 
@@ -85,19 +137,35 @@ double numberOr(std::string_view text, double otherwise)
 std::vector<double> numbers(std::string_view text)
 {
     std::vector<double> result;
-    forEachWord(text, [&](std::string_view word) { result.push_back(number(word)); });
+    result.reserve(text.size() / 8);
+    forEachNumber(text, [&](double value) {
+        result.push_back(value);
+        return true;
+    });
     return result;
+}
+
+std::size_t readNumbers(std::string_view text, double* values, std::size_t count)
+{
+    std::size_t read = 0;
+    if (count > 0) {
+        forEachNumber(text, [&](double value) {
+            values[read++] = value;
+            return read < count;
+        });
+    }
+    return read;
 }
 
 std::vector<long long> integers(std::string_view text)
 {
     std::vector<long long> result;
-    forEachWord(text, [&](std::string_view word) {
+    for (std::string_view word = takeWord(text); !word.empty(); word = takeWord(text)) {
         long long value = -1;
         const char* const end = word.data() + word.size();
         const std::from_chars_result read = std::from_chars(word.data(), end, value);
         result.push_back(read.ptr == end && read.ec == std::errc() ? value : -1);
-    });
+    }
     return result;
 }
 

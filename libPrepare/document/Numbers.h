@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,6 +14,8 @@ inline bool isBlank(char character)
 }
 /// The text without blanks at its ends.
 std::string_view trimmed(std::string_view text);
+/// Takes the first entry off a list. @return nothing once the list is empty
+std::string_view takeWord(std::string_view& list);
 /// The entries of a list, in order.
 std::vector<std::string_view> words(std::string_view text);
 
@@ -22,6 +25,8 @@ double number(std::string_view word);
 double numberOr(std::string_view text, double otherwise);
 /// All numbers of a list; NaN in the place of what is no number.
 std::vector<double> numbers(std::string_view text);
+/// Reads the first numbers of a list. @return how many there are, at most `count`
+std::size_t readNumbers(std::string_view text, double* values, std::size_t count);
 /// All whole numbers of a list; -1 in the place of what is none. Numbers beyond 63 bits count as -1.
 std::vector<long long> integers(std::string_view text);
 

@@ -1,5 +1,6 @@
 #include "References.h"
 
+#include "Document.h"
 #include "Numbers.h"
 #include "Tree.h"
 
@@ -62,7 +63,7 @@ Kinds kindsOf(pugi::xml_node element, const char* attribute)
 
 void useAttributes(pugi::xml_node element, const std::function<void(const Reference&)>& use)
 {
-    for (const pugi::xml_attribute attribute : element.attributes()) {
+    for (pugi::xml_attribute attribute = element.first_attribute(); attribute; attribute = attribute.next_attribute()) {
         const char* const name = attribute.name();
         if (*name != 'u' && *name != 's' && *name != 't') {
             continue; // none of those below
@@ -120,18 +121,22 @@ void Reference::setText(const std::string& text) const
     }
 }
 
-void forEachReference(pugi::xml_node subtree, const std::function<void(const Reference&)>& use)
+void forEachReference(pugi::xml_node subtree, const std::function<void(const Reference&)>& use,
+                      const std::function<void(pugi::xml_node)>& visit)
 {
     unsigned extras = 0; // that are open
     pugi::xml_node node = subtree;
     while (node) {
         if (node.type() == pugi::node_element) {
+            if (visit) {
+                visit(node);
+            }
             useAttributes(node, use);
             useText(node, extras, use);
         }
-        if (node.first_child()) {
+        if (const pugi::xml_node child = node.first_child()) {
             extras += is(node, "extra") ? 1 : 0;
-            node = node.first_child();
+            node = child;
             continue;
         }
         while (node != subtree && !node.next_sibling()) {

@@ -1,11 +1,15 @@
 #pragma once
 
-#include <libPrepare/document/Document.h>
+#include <pugixml.hpp>
 
 #include <array>
 #include <functional>
+#include <string>
 
 namespace libPrepare {
+
+/// Names of elements, ended by a null; any element if there is none.
+using Kinds = std::array<const char*, 6>;
 
 /// A place of a document that names an element of it or of another document.
 struct Reference {
@@ -25,6 +29,8 @@ struct Reference {
 };
 
 /// Calls `use` for each reference in a subtree, in document order. Sids are none.
-void forEachReference(pugi::xml_node subtree, const std::function<void(const Reference&)>& use);
+/// @param visit called for each element, before its references; may be empty
+void forEachReference(pugi::xml_node subtree, const std::function<void(const Reference&)>& use,
+                      const std::function<void(pugi::xml_node)>& visit = {});
 
 } // namespace libPrepare

@@ -1,44 +1,60 @@
 #include "ValueElements.h"
 
-#include <unordered_set>
+#include <unordered_map>
 
 namespace libPrepare {
 
-bool holdsOnlyValue(std::string_view name)
+ElementTraits traitsOf(std::string_view name)
 {
-    static const std::unordered_set<std::string_view> names = {"IDREF_array",
-                                                               "Name_array",
-                                                               "aspect_ratio",
-                                                               "bind_shape_matrix",
-                                                               "bool_array",
-                                                               "color",
-                                                               "constant_attenuation",
-                                                               "falloff_angle",
-                                                               "falloff_exponent",
-                                                               "float",
-                                                               "float_array",
-                                                               "input",
-                                                               "int_array",
-                                                               "linear_attenuation",
-                                                               "lookat",
-                                                               "matrix",
-                                                               "p",
-                                                               "param",
-                                                               "quadratic_attenuation",
-                                                               "rotate",
-                                                               "scale",
-                                                               "skeleton",
-                                                               "skew",
-                                                               "translate",
-                                                               "v",
-                                                               "vcount",
-                                                               "xfov",
-                                                               "xmag",
-                                                               "yfov",
-                                                               "ymag",
-                                                               "zfar",
-                                                               "znear"};
-    return names.count(name) != 0;
+    struct Hash { // there are few names, and each element is looked up
+        std::size_t operator()(std::string_view text) const
+        {
+            return text.size() + 32 * static_cast<unsigned char>(text.front()) +
+                   8192 * static_cast<unsigned char>(text.back());
+        }
+    };
+    static const std::unordered_map<std::string_view, ElementTraits, Hash> traits = {
+        {"IDREF_array", {true, false}},
+        {"Name_array", {true, false}},
+        {"aspect_ratio", {true, true}},
+        {"bind_shape_matrix", {true, true}},
+        {"bool_array", {true, false}},
+        {"color", {true, true}},
+        {"constant_attenuation", {true, true}},
+        {"falloff_angle", {true, true}},
+        {"falloff_exponent", {true, true}},
+        {"float", {true, true}},
+        {"float2", {false, true}},
+        {"float2x2", {false, true}},
+        {"float3", {false, true}},
+        {"float3x3", {false, true}},
+        {"float4", {false, true}},
+        {"float4x4", {false, true}},
+        {"float_array", {true, true}},
+        {"input", {true, false}},
+        {"int_array", {true, false}},
+        {"linear_attenuation", {true, true}},
+        {"lookat", {true, true}},
+        {"matrix", {true, true}},
+        {"p", {true, false}},
+        {"param", {true, false}},
+        {"quadratic_attenuation", {true, true}},
+        {"rotate", {true, true}},
+        {"scale", {true, true}},
+        {"skeleton", {true, false}},
+        {"skew", {true, true}},
+        {"translate", {true, true}},
+        {"v", {true, false}},
+        {"vcount", {true, false}},
+        {"xfov", {true, true}},
+        {"xmag", {true, true}},
+        {"yfov", {true, true}},
+        {"ymag", {true, true}},
+        {"zfar", {true, true}},
+        {"znear", {true, true}},
+    };
+    const auto found = name.empty() ? traits.end() : traits.find(name);
+    return found == traits.end() ? ElementTraits() : found->second;
 }
 
 } // namespace libPrepare

@@ -4,8 +4,12 @@
 
 namespace libPrepare {
 
-/// Whether the schema has nothing but a value, or nothing at all, in elements of this name. What stands in them all the
-/// same is passed over by readers.
-bool holdsOnlyValue(std::string_view name);
+/// What an element holds by its name.
+struct ElementTraits {
+    bool holdsOnlyValue = false; ///< A value and no elements.
+    bool holdsNumbers = false;   ///< Numbers, which may have a fraction.
+};
+
+ElementTraits traitsOf(std::string_view name);
 
 } // namespace libPrepare

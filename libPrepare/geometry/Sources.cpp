@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 namespace libPrepare {
@@ -14,6 +15,33 @@ namespace {
 bool isDigit(char character)
 {
     return character >= '0' && character <= '9';
+}
+
+// Reads up to seven digits at once.
+// @return the character after them, or null if there are none, more, or not eight characters
+const char* readFewDigits(const char* at, const char* end, std::uint64_t& value)
+{
+#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+    std::uint64_t word = 0;
+    if (end - at < static_cast<std::ptrdiff_t>(sizeof word)) {
+        return nullptr;
+    }
+    std::memcpy(&word, at, sizeof word);
+    word ^= 0x3030303030303030U; // digits become their values
+    const std::uint64_t others = (word | (word + 0x7676767676767676U)) & 0x8080808080808080U;
+    const int bits = others == 0 ? 64 : __builtin_ctzll(others) & ~7; // of the digits
+    if (bits == 0 || bits == 64) {
+        return nullptr;
+    }
+    word <<= 64 - bits; // zeros before them
+    word = (word * 10 + (word >> 8)) & 0x00FF00FF00FF00FFU;
+    word = (word * 100 + (word >> 16)) & 0x0000FFFF0000FFFFU;
+    value = (word * 10'000 + (word >> 32)) & 0xFFFFFFFFU;
+    return at + bits / 8;
+#else
+    static_cast<void>(at), static_cast<void>(end), static_cast<void>(value);
+    return nullptr;
+#endif
 }
 
 // Calls `use` with each entry of an index list until it says that it has enough.
@@ -33,6 +61,14 @@ void forEachIndex(std::string_view text, const Use& use)
         }
         const char* const start = at;
         std::uint64_t value = 0;
+        if (const char* const after = readFewDigits(at, end, value); after != nullptr && isBlank(*after)) {
+            if (!use(static_cast<std::int32_t>(value))) {
+                return;
+            }
+            at = after;
+            continue;
+        }
+        value = 0;
         for (; at != end && isDigit(*at); ++at) {
             value = 10 * value + static_cast<std::uint64_t>(*at - '0');
         }
@@ -50,16 +86,16 @@ void forEachIndex(std::string_view text, const Use& use)
     }
 }
 
-struct Census {
+struct NumberCensus {
     std::size_t words = 0;
     bool isFinite = true;
 };
 
 // Counts the entries of a list of numbers, without working out their values where their form alone says that they are
 // finite: big meshes are checked this way.
-Census takeCensus(std::string_view list)
+NumberCensus takeCensus(std::string_view list)
 {
-    Census result;
+    NumberCensus result;
     const char* at = list.data();
     const char* const end = at + list.size();
     while (true) {
@@ -171,7 +207,7 @@ std::optional<SourceLayout> Sources::read(pugi::xml_node source)
         layout.columns.push_back(i);
     }
     std::string scratch;
-    const Census census = takeCensus(textOf(layout.array, scratch));
+    const NumberCensus census = takeCensus(textOf(layout.array, scratch));
     layout.isFinite = census.isFinite;
     const std::size_t first = layout.offset + (layout.columns.empty() ? 0 : layout.columns.back());
     if (!layout.columns.empty() && census.words > first) {
@@ -199,10 +235,32 @@ const std::vector<double>& Sources::values(const SourceLayout& layout)
     return m_values;
 }
 
+void Sources::freeValues()
+{
+    m_valuesOf = {};
+    m_values = {};
+}
+
 void Sources::forget()
 {
     m_layouts.clear();
-    m_valuesOf = {};
+    freeValues();
+    m_censuses.clear();
+}
+
+ColumnCensus Sources::census(pugi::xml_node list, std::size_t stride, std::size_t tuples)
+{
+    const auto known = m_censuses.find(list.hash_value());
+    if (known != m_censuses.end() && known->second.stride == stride && known->second.limit == tuples) {
+        return known->second.census;
+    }
+    std::string scratch;
+    return censusOf(textOf(list, scratch), stride, tuples);
+}
+
+void Sources::keepCensus(pugi::xml_node list, std::size_t stride, std::size_t tuples, ColumnCensus census)
+{
+    m_censuses[list.hash_value()] = {stride, tuples, std::move(census)};
 }
 
 std::vector<Input> inputsOf(pugi::xml_node element)
@@ -311,10 +369,10 @@ ColumnCensus censusOf(std::string_view text, std::size_t stride, std::size_t tup
 
 void appendEntry(std::string& list, long long value)
 {
-    if (!list.empty()) {
-        list += ' ';
-    }
-    append(list, value);
+    char buffer[24] = {' '};
+    const std::to_chars_result result = std::to_chars(buffer + 1, buffer + sizeof buffer, value);
+    const char* const start = list.empty() ? buffer + 1 : buffer;
+    list.append(start, static_cast<std::size_t>(result.ptr - start));
 }
 
 } // namespace libPrepare

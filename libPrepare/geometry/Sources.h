@@ -25,7 +25,14 @@ struct SourceLayout {
     std::size_t width() const { return columns.size(); }
 };
 
-/// The records of the sources of a document. Knows each source after it was asked for, until `forget`.
+/// What the first `tuples` whole tuples of an index list name, column by column.
+struct ColumnCensus {
+    std::vector<std::int32_t> greatest; ///< -1 if a column names nothing.
+    std::vector<bool> hasInvalid;       ///< Whether a column has an entry that `indices` reads as -1.
+    std::size_t tuples = 0;             ///< Whole tuples that are there.
+};
+
+/// The records of the sources of a document, which passes share. Knows each source after it was asked for, until `forget`.
 class Sources {
 public:
     explicit Sources(Document& document) : m_document(document) {}
@@ -35,6 +42,12 @@ public:
     /// All records, `width()` numbers each; NaN in the place of what is no number. Valid until the next call: the
     /// primitives of a mesh ask for the same source one after the other.
     const std::vector<double>& values(const SourceLayout& layout);
+    /// As `censusOf`, of the text of a `<p>`.
+    ColumnCensus census(pugi::xml_node list, std::size_t stride, std::size_t tuples);
+    /// Keeps a census of a `<p>` that does not change until `forget`.
+    void keepCensus(pugi::xml_node list, std::size_t stride, std::size_t tuples, ColumnCensus census);
+    /// Frees the memory of `values`.
+    void freeValues();
     /// Has to be called after sources were changed.
     void forget();
 
@@ -45,6 +58,12 @@ private:
     std::unordered_map<std::size_t, std::optional<SourceLayout>> m_layouts;
     pugi::xml_node m_valuesOf;
     std::vector<double> m_values;
+    struct KnownCensus {
+        std::size_t stride;
+        std::size_t limit;
+        ColumnCensus census;
+    };
+    std::unordered_map<std::size_t, KnownCensus> m_censuses;
 };
 
 /// One `<input>` of a primitive or of `<vertices>`.
@@ -73,12 +92,7 @@ void fillVectorSource(Document& document, pugi::xml_node source, const std::vect
 std::size_t wholeOr(std::string_view text, std::size_t otherwise);
 /// All entries of an index list; -1 in the place of what is no whole number from 0 below 2^31.
 std::vector<std::int32_t> indices(std::string_view text);
-/// What the first `tuples` whole tuples of an index list name, column by column.
-struct ColumnCensus {
-    std::vector<std::int32_t> greatest; ///< -1 if a column names nothing.
-    std::vector<bool> hasInvalid;       ///< Whether a column has an entry that `indices` reads as -1.
-    std::size_t tuples = 0;             ///< Whole tuples that are there.
-};
+/// Of the first `tuples` whole tuples of an index list.
 ColumnCensus censusOf(std::string_view text, std::size_t stride, std::size_t tuples);
 
 /// Appends an entry, with a blank before it if there is one already.

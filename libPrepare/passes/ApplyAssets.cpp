@@ -137,7 +137,9 @@ private:
 
 void applyAssets(Document& document)
 {
-    Assets(document).run();
+    if (document.census().hasInnerAssets) {
+        Assets(document).run();
+    }
 }
 
 } // namespace libPrepare

@@ -70,7 +70,7 @@ struct PlannedInput {
 
 class InputArranger {
 public:
-    explicit InputArranger(Document& document) : m_document(document), m_sources(document) {}
+    explicit InputArranger(Document& document) : m_document(document), m_sources(document.sources()) {}
 
     void run()
     {
@@ -88,13 +88,15 @@ public:
             reduceVertices(vertices.second);
         }
         rewriteSources();
+        m_sources.forget();
     }
 
 private:
     // The instance that shows each geometry: it says which coordinates a texture takes.
     void findInstances()
     {
-        for (pugi::xml_node node = m_document.root(); node; node = nextElement(node)) {
+        const bool hasInstances = m_document.census().hasGeometryInstances;
+        for (pugi::xml_node node = m_document.root(); hasInstances && node; node = nextElement(node)) {
             if (is(node, "instance_geometry") && is(node.parent(), "node")) {
                 const pugi::xml_node geometry = m_document.resolve(node.attribute("url").value(), {"geometry"});
                 m_instances.emplace(geometry.hash_value(), node);
@@ -355,7 +357,7 @@ private:
         const pugi::xml_node list = element.child("p");
         std::string scratch;
         const std::string_view text = textOf(list, scratch);
-        const ColumnCensus census = censusOf(text, stride, corners);
+        const ColumnCensus census = m_sources.census(list, stride, corners);
 
         std::map<std::size_t, std::size_t> limits; // by offset: records that the longest of its sources has
         for (const PlannedInput& input : plan) {
@@ -625,7 +627,7 @@ private:
     }
 
     Document& m_document;
-    Sources m_sources;
+    Sources& m_sources;
     std::unordered_map<std::size_t, pugi::xml_node> m_instances; // by geometry
     std::unordered_map<std::size_t, pugi::xml_node> m_vertices;  // that primitives name
     std::unordered_set<std::size_t> m_reported;                  // inputs that several primitives share

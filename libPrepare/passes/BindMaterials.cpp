@@ -215,7 +215,9 @@ private:
 
 void bindMaterials(Document& document)
 {
-    Binder(document).run();
+    if (document.census().hasGeometryInstances) {
+        Binder(document).run();
+    }
 }
 
 } // namespace libPrepare

@@ -153,6 +153,9 @@ public:
                 }
             }
         }
+        if (!document.census().hasCameraInstances) {
+            return;
+        }
         for (const pugi::xml_node node : nodesIn(m_scene)) {
             for (const pugi::xml_node instance : node.children("instance_camera")) {
                 m_instances.push_back(instance);

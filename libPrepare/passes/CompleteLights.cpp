@@ -140,7 +140,8 @@ public:
 
     void run()
     {
-        const std::vector<pugi::xml_node> nodes = nodesIn(m_scene);
+        const std::vector<pugi::xml_node> nodes =
+            m_document.census().hasLightInstances ? nodesIn(m_scene) : std::vector<pugi::xml_node>();
         for (const pugi::xml_node node : nodes) {
             readInstances(node);
         }

@@ -5,6 +5,7 @@
 #include <libPrepare/document/Tree.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace libPrepare {
@@ -26,15 +27,18 @@ void replaceByMatrix(Document& document, pugi::xml_node transform)
 // The scene graph divides an axis by its length in single precision.
 void repairAxis(Document& document, pugi::xml_node rotate)
 {
-    const std::vector<double> values = numbersOf(rotate);
-    if (values.size() < 4) {
-        return;
-    }
-    const auto x = static_cast<float>(values[0]);
-    const auto y = static_cast<float>(values[1]);
-    const auto z = static_cast<float>(values[2]);
+    std::string scratch;
+    const std::string_view numbers = textOf(rotate, scratch);
+    std::array<double, 3> axis{};
+    const auto x = readNumbers(numbers, axis.data(), axis.size()) == axis.size() ? static_cast<float>(axis[0]) : 0.0F;
+    const auto y = static_cast<float>(axis[1]);
+    const auto z = static_cast<float>(axis[2]);
     const float square = x * x + y * y + z * z;
     if (square > 1e-30F && square < 1e30F) {
+        return;
+    }
+    const std::vector<double> values = numbersOf(rotate);
+    if (values.size() < 4) {
         return;
     }
     const double length = std::hypot(values[0], values[1], values[2]);

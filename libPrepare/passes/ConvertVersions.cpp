@@ -109,7 +109,7 @@ void repairNamespaces(Document& document)
 {
     const pugi::xml_node root = document.root();
     const std::string before = root.attribute("xmlns").value();
-    if (const unsigned count = Prefixes(document).takeOff()) {
+    if (const unsigned count = document.canHavePrefixes() ? Prefixes(document).takeOff() : 0) {
         document.rewritten(root, "namespace", "Names of elements have a prefix: " + std::to_string(count) + ".",
                            "taken off");
     }

@@ -70,11 +70,14 @@ public:
 
     void run()
     {
-        forEachReference(m_document.root(), [this](const Reference& reference) {
-            if (reference.form == Reference::Form::uri && !fileOf(reference.text()).empty()) {
+        for (const Reference& reference : m_document.census().references) {
+            if (reference.form == Reference::Form::uri && !isInside(reference) && !fileOf(reference.text()).empty()) {
                 m_open.push_back({reference, nullptr});
             }
-        });
+        }
+        if (!m_open.empty()) {
+            m_document.forgetCensus();
+        }
         while (!m_open.empty()) {
             const auto [reference, external] = m_open.front();
             m_open.pop_front();
@@ -87,6 +90,12 @@ private:
         Reference reference; // in this document
         External* external;  // where it comes from; null if it always was here
     };
+
+    // Whether a reference has no document before the id for certain, as most have none.
+    static bool isInside(const Reference& reference)
+    {
+        return reference.attribute && *reference.attribute.value() == '#';
+    }
 
     // What stands before the id, if that is not this document itself.
     std::string fileOf(const std::string& text) const

@@ -229,7 +229,9 @@ private:
 
 void copyInstanceNodes(Document& document)
 {
-    Copying(document).run();
+    if (document.census().hasNodeInstances) {
+        Copying(document).run();
+    }
 }
 
 } // namespace libPrepare

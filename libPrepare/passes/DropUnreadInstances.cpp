@@ -32,6 +32,9 @@ const char* reasonAgainst(pugi::xml_node geometry)
 
 void dropUnreadInstances(Document& document)
 {
+    if (!document.census().hasGeometryInstances) {
+        return;
+    }
     for (const pugi::xml_node node : nodesIn(shownScene(document))) {
         for (pugi::xml_node instance = node.child("instance_geometry"); instance;) {
             const pugi::xml_node following = instance.next_sibling("instance_geometry");

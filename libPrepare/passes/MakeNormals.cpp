@@ -272,7 +272,8 @@ private:
 
 void makeNormals(Document& document)
 {
-    if (!document.options().normals || std::isnan(*document.options().normals)) {
+    if (!document.options().normals || std::isnan(*document.options().normals) ||
+        !document.census().hasGeometryInstances) {
         return;
     }
     NormalMaker maker(document, *document.options().normals);

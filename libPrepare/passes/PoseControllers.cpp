@@ -71,6 +71,7 @@ public:
         for (const pugi::xml_node instance : instances) {
             poseInstance(scene, instance);
         }
+        m_document.sources().forget();
     }
 
 private:
@@ -608,7 +609,9 @@ private:
 
 void poseControllers(Document& document)
 {
-    Poser(document).run();
+    if (document.census().hasControllerInstances) {
+        Poser(document).run();
+    }
 }
 
 } // namespace libPrepare

@@ -5,6 +5,7 @@
 #include "../document/References.h"
 #include "../document/Tree.h"
 
+#include <algorithm>
 #include <cstring>
 #include <unordered_map>
 
@@ -15,8 +16,9 @@ namespace {
 // Whether a reference can hold a character as it is.
 bool isPlain(char c)
 {
-    const bool isWord = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-    return isWord || (c != '\0' && std::strchr("-._~!$&'()*+,;=:@/?", c) != nullptr);
+    const bool isWord =
+        (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '_';
+    return isWord || (c != '\0' && std::strchr(".~!$&'()*+,;=:@/?", c) != nullptr);
 }
 
 int isHexDigit(char c)
@@ -41,12 +43,41 @@ std::string plainId(std::string_view id)
     return result;
 }
 
+bool isPlainText(std::string_view text)
+{
+    return !text.empty() && std::all_of(text.begin(), text.end(), isPlain);
+}
+
+bool hasPlainId(pugi::xml_node element)
+{
+    return isPlainText(element.attribute("id").value());
+}
+
+// Whether a reference changes only if the id does that it names: as all do but for URIs of a form other than "#id".
+bool isPlainReference(const Reference& reference)
+{
+    if (reference.form != Reference::Form::uri) {
+        return true;
+    }
+    std::string scratch;
+    const std::string_view text =
+        reference.attribute ? std::string_view(reference.attribute.value()) : textOf(reference.element, scratch);
+    return text.size() > 1 && text.front() == '#' && isPlainText(text.substr(1));
+}
+
 class IdRepair {
 public:
     explicit IdRepair(Document& document) : m_document(document) {}
 
     void run()
     {
+        const Census& census = m_document.census();
+        const bool isFine = m_document.areIdsUnique() &&
+                            std::all_of(census.bearers.begin(), census.bearers.end(), hasPlainId) &&
+                            std::all_of(census.references.begin(), census.references.end(), isPlainReference);
+        if (isFine) {
+            return; // as most documents
+        }
         listReferences();
         listRenames();
         for (const auto& [reference, targets] : m_references) {
@@ -67,7 +98,7 @@ private:
 
     void listReferences()
     {
-        forEachReference(m_document.root(), [this](const Reference& reference) {
+        for (const Reference& reference : m_document.census().references) {
             std::vector<pugi::xml_node> targets;
             const std::string text = reference.text();
             switch (reference.form) {
@@ -92,7 +123,7 @@ private:
                 }
             }
             m_references.emplace_back(reference, std::move(targets));
-        });
+        }
     }
 
     // Equal questions are asked once: many elements may have the same id.
@@ -126,11 +157,8 @@ private:
 
     void listRenames()
     {
-        for (pugi::xml_node element = m_document.root(); element; element = next(element, m_document.root())) {
+        for (const pugi::xml_node element : m_document.census().bearers) {
             const pugi::xml_attribute attribute = element.attribute("id");
-            if (!attribute) {
-                continue;
-            }
             const std::string id(trimmed(attribute.value()));
             if (id.empty()) {
                 if (m_isNamed.count(element) != 0) {
@@ -242,6 +270,7 @@ private:
 void repairIds(Document& document)
 {
     IdRepair(document).run();
+    document.closeCensus();
 }
 
 } // namespace libPrepare

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cstring>
 #include <initializer_list>
-#include <unordered_set>
 
 namespace libPrepare {
 
@@ -35,6 +34,13 @@ bool isDivided(pugi::xml_node element)
     return runs > 1 || hasCharacterData;
 }
 
+// Whether all that an element holds is a text in one run.
+bool hasOneText(pugi::xml_node element)
+{
+    const pugi::xml_node child = element.first_child();
+    return child.type() == pugi::node_pcdata && !child.next_sibling();
+}
+
 // Comments and processing instructions stay, after the text.
 void join(pugi::xml_node element)
 {
@@ -47,39 +53,6 @@ void join(pugi::xml_node element)
         child = after;
     }
     element.prepend_child(pugi::node_pcdata).set_value(text.c_str());
-}
-
-bool holdsNumbers(const char* name)
-{
-    static const std::unordered_set<std::string_view> names = {"float_array",
-                                                               "translate",
-                                                               "rotate",
-                                                               "scale",
-                                                               "matrix",
-                                                               "lookat",
-                                                               "skew",
-                                                               "color",
-                                                               "float",
-                                                               "float2",
-                                                               "float3",
-                                                               "float4",
-                                                               "float2x2",
-                                                               "float3x3",
-                                                               "float4x4",
-                                                               "xfov",
-                                                               "yfov",
-                                                               "xmag",
-                                                               "ymag",
-                                                               "aspect_ratio",
-                                                               "znear",
-                                                               "zfar",
-                                                               "falloff_angle",
-                                                               "falloff_exponent",
-                                                               "bind_shape_matrix",
-                                                               "constant_attenuation",
-                                                               "linear_attenuation",
-                                                               "quadratic_attenuation"};
-    return names.count(name) != 0;
 }
 
 bool isDigit(char c)
@@ -242,18 +215,28 @@ bool isForeign(const char* name)
 void repairTexts(Document& document)
 {
     const pugi::xml_node root = document.root();
+    const std::size_t findings = document.report().findings.size();
     for (pugi::xml_node node = root; node;) {
-        if (node.type() != pugi::node_element || isForeign(node.name())) {
+        const char* const name = node.name(); // empty if it is no element
+        if (*name == '\0' || isForeign(name) || node.type() != pugi::node_element) {
             node = nextBeside(node, root);
             continue;
         }
-        if (!canHold(node.parent().name(), node.name()) && holdsId(node)) {
+        if (!canHold(node.parent().name(), name) && holdsId(node)) {
             const pugi::xml_node following = nextBeside(node, root);
             takeOut(document, node);
             node = following;
             continue;
         }
-        if (holdsOnlyValue(node.name())) {
+        const ElementTraits traits = traitsOf(name);
+        if (hasOneText(node) && !is(node, "unit")) {
+            if (traits.holdsNumbers) {
+                repairNumbers(document, node);
+            }
+            node = nextBeside(node, root);
+            continue;
+        }
+        if (traits.holdsOnlyValue) {
             takeStrangersOut(document, node);
         }
         if (isDivided(node)) {
@@ -261,7 +244,7 @@ void repairTexts(Document& document)
                                "joined");
             join(node);
         }
-        if (holdsNumbers(node.name())) {
+        if (traits.holdsNumbers) {
             repairNumbers(document, node);
         } else if (is(node, "unit")) {
             std::string meter = node.attribute("meter").value();
@@ -272,6 +255,9 @@ void repairTexts(Document& document)
             }
         }
         node = next(node, root);
+    }
+    if (document.report().findings.size() != findings) {
+        document.forgetCensus();
     }
 }
 

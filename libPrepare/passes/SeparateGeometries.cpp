@@ -211,7 +211,9 @@ private:
 
 void separateGeometries(Document& document)
 {
-    Separator(document).run();
+    if (document.census().hasGeometryInstances) {
+        Separator(document).run();
+    }
 }
 
 } // namespace libPrepare

@@ -58,6 +58,8 @@ public:
         const std::vector<Input> inputs = inputsOf(element);
         m_positions = positionsOf(document, sources, inputs);
         m_stride = strideOf(inputs);
+        m_greatest.assign(m_kind == Kind::none ? 0 : m_stride, -1);
+        m_hasInvalid.assign(m_greatest.size(), false);
         if (const Input* const vertex = firstInput(inputs, "VERTEX")) {
             m_vertexOffset = vertex->offset;
         }
@@ -137,6 +139,8 @@ private:
             const std::int32_t* const entries = corner(index);
             for (std::size_t i = 0; i < m_stride; ++i) {
                 appendEntry(m_text, entries[i]);
+                m_greatest[i] = std::max(m_greatest[i], entries[i]);
+                m_hasInvalid[i] = m_hasInvalid[i] || entries[i] < 0;
             }
         }
         ++m_count;
@@ -187,11 +191,15 @@ private:
         std::string scratch;
         const std::string_view text = textOf(list, scratch);
         const std::size_t declared = wholeOr(trimmed(m_element.attribute("count").value()), text.size());
-        const ColumnCensus census = censusOf(text, m_stride, 3 * declared);
-        return census.tuples == 3 * declared && m_vertexOffset < census.greatest.size() &&
-               !census.hasInvalid[m_vertexOffset] &&
-               static_cast<std::ptrdiff_t>(census.greatest[m_vertexOffset]) <
-                   static_cast<std::ptrdiff_t>(m_positions->count);
+        ColumnCensus census = censusOf(text, m_stride, 3 * declared);
+        const bool isFine = census.tuples == 3 * declared && m_vertexOffset < census.greatest.size() &&
+                            !census.hasInvalid[m_vertexOffset] &&
+                            static_cast<std::ptrdiff_t>(census.greatest[m_vertexOffset]) <
+                                static_cast<std::ptrdiff_t>(m_positions->count);
+        if (isFine) {
+            m_sources.keepCensus(list, m_stride, 3 * declared, std::move(census));
+        }
+        return isFine;
     }
 
     bool areShown(std::size_t start, std::size_t count) const
@@ -350,6 +358,7 @@ private:
                 if (!list) {
                     list = m_element.insert_child_before("p", child);
                     setText(list, m_text);
+                    m_sources.keepCensus(list, m_stride, 3 * m_count, {m_greatest, m_hasInvalid, 3 * m_count});
                 } else if (const pugi::xml_node before = child.previous_sibling(); isBlankText(before)) {
                     m_element.remove_child(before);
                 }
@@ -413,6 +422,8 @@ private:
     std::size_t m_faces = 0;
     std::size_t m_count = 0; // triangles written
     std::string m_text;
+    std::vector<std::int32_t> m_greatest; // of each column of m_text
+    std::vector<bool> m_hasInvalid;
     Rejects m_rejects;
 };
 
@@ -420,7 +431,7 @@ private:
 
 void triangulate(Document& document)
 {
-    Sources sources(document);
+    Sources& sources = document.sources();
     Tessellator tessellator;
     for (const pugi::xml_node library : document.root().children("library_geometries")) {
         for (const pugi::xml_node geometry : library.children("geometry")) {
@@ -434,6 +445,7 @@ void triangulate(Document& document)
             }
         }
     }
+    sources.freeValues();
 }
 
 } // namespace libPrepare

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <libPrepare/document/References.h>
+
+#include <vector>
+
+namespace libPrepare {
+
+/// What one walk over a document finds, so that no pass has to walk over it in search of what it does not hold.
+struct Census {
+    static Census of(pugi::xml_node root);
+
+    std::vector<Reference> references;   ///< As `forEachReference` gives them.
+    std::vector<pugi::xml_node> bearers; ///< Elements with an id, in document order.
+    bool isOpen = true;                  ///< Whether the lists are there.
+
+    bool hasCameraInstances = false;
+    bool hasControllerInstances = false;
+    bool hasGeometryInstances = false; ///< Or controllers, which passes make geometries.
+    bool hasLightInstances = false;
+    bool hasNodeInstances = false;
+    bool hasInnerAssets = false; ///< An `<asset>` besides that of the document.
+
+private:
+    void add(pugi::xml_node element);
+};
+
+} // namespace libPrepare

@@ -1,0 +1,119 @@
+#include <libPrepare/document/FormCheck.h>
+#include <libPrepare/document/PlainForm.h>
+
+#include "support/Rows.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using libPrepare::checkForm;
+using libPrepare::isPlainlyFormed;
+using testSupport::Row;
+using testSupport::rowName;
+
+std::string inRoot(const std::string& body)
+{
+    return "<COLLADA>" + body + "</COLLADA>";
+}
+
+struct PlainCase : Row {
+    std::string text;
+};
+
+class PlainTest : public testing::TestWithParam<PlainCase> {};
+
+TEST_P(PlainTest, NeedsNoParser)
+{
+    EXPECT_TRUE(isPlainlyFormed(GetParam().text));
+    EXPECT_FALSE(checkForm(GetParam().text));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, PlainTest,
+    testing::Values(
+        PlainCase{"Root", "<COLLADA/>"},
+        PlainCase{"Declaration", "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\" ?>\r\n<COLLADA />\n"},
+        PlainCase{"Comments",
+                  "<?xml version=\"1.0\"?><!-- a<b&c -->\n" + inRoot("<!----><a>1<!-- ] -->2</a>") + "<!-- end -->\n"},
+        PlainCase{"Attributes",
+                  "<COLLADA xmlns=\"http://a\"\n\tversion='1.4.1' a=\"it's &lt; 'b' > c\" b='\"'></COLLADA >"},
+        PlainCase{"Entities", inRoot("&amp;&lt;&gt;&quot;&apos; > ' \" ]] ]>")},
+        PlainCase{"LongText", inRoot("<p>" + std::string(10'000, '7') + "</p>")},
+        PlainCase{"NodeInNode", inRoot("<node><node/><node></node></node>")}),
+    rowName);
+
+class OddTest : public testing::TestWithParam<PlainCase> {};
+
+TEST_P(OddTest, IsLeftToTheParser)
+{
+    EXPECT_FALSE(isPlainlyFormed(GetParam().text));
+}
+
+std::string times(std::size_t count, const std::string& text)
+{
+    std::string result;
+    for (std::size_t i = 0; i < count; ++i) {
+        result += text;
+    }
+    return result;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, OddTest,
+    testing::Values(PlainCase{"Empty", ""}, PlainCase{"OtherRoot", "<a/>"},
+                    PlainCase{"TwoRoots", "<COLLADA/><COLLADA/>"}, PlainCase{"NoEnd", "<COLLADA>"},
+                    PlainCase{"TextAfterTheEnd", "<COLLADA/>x"}, PlainCase{"TextBeforeTheRoot", "x<COLLADA/>"},
+                    PlainCase{"OtherEncoding", "<?xml version=\"1.0\" encoding=\"latin1\"?><COLLADA/>"},
+                    PlainCase{"Version11", "<?xml version=\"1.1\"?><COLLADA/>"},
+                    PlainCase{"DocumentType", "<!DOCTYPE COLLADA><COLLADA/>"},
+                    PlainCase{"Instruction", inRoot("<?a b?>")}, PlainCase{"CharacterData", inRoot("<![CDATA[a]]>")},
+                    PlainCase{"EndOfCharacterData", inRoot("a]]>")}, PlainCase{"OtherEntity", inRoot("&a;")},
+                    PlainCase{"Prefix", inRoot("<a:b/>")}, PlainCase{"PrefixOfAnAttribute", inRoot("<a b:c=''/>")},
+                    PlainCase{"SameAttributeTwice", inRoot("<a b='' c='' b=''/>")},
+                    PlainCase{"NoBlankBetweenAttributes", inRoot("<a b=''c=''/>")},
+                    PlainCase{"NoQuotes", inRoot("<a b=c/>")}, PlainCase{"AngleBracketInAValue", inRoot("<a b='<'/>")},
+                    PlainCase{"WrongEndTag", inRoot("<a></b>")}, PlainCase{"LongerEndTag", inRoot("<a></ab>")},
+                    PlainCase{"DashesInAComment", inRoot("<!-- -- -->")},
+                    PlainCase{"CommentEndsInDashes", inRoot("<!-- --->")}, PlainCase{"BeyondAscii", inRoot("\xC3\xA4")},
+                    PlainCase{"Zero", inRoot(std::string(1, '\0'))}, PlainCase{"ListInAList", inRoot("<p><p/></p>")},
+                    PlainCase{"AnyInATechnique", inRoot("<technique><any/></technique>")},
+                    PlainCase{"ManySteps", inRoot("<a b='" + times(300, "../") + "'/>")},
+                    PlainCase{"ManyStepsInAText", inRoot("<init_from>" + times(300, "../") + "</init_from>")},
+                    PlainCase{"CommentInAReference", inRoot("<init_from>a<!-- -->b</init_from>")},
+                    PlainCase{"Deep", inRoot(times(6'000, "<a>") + times(6'000, "</a>"))},
+                    PlainCase{"LongName", inRoot("<" + times(200, "a") + "/>")}),
+    rowName);
+
+// Each byte of a document is left out, doubled, and replaced by all that means something somewhere.
+TEST(PlainFormTest, WhatNeedsNoParserIsFineForTheParser)
+{
+    const std::string document =
+        "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<COLLADA xmlns=\"h:/a\" version='1.4.1'>\n"
+        "<!-- a --><a b=\"c &amp; d\" e='f'><p>0 1 ]2</p><technique/><init_from>../a.png</init_from>"
+        "</a >&lt;</COLLADA>\n";
+    ASSERT_TRUE(isPlainlyFormed(document));
+    std::size_t accepted = 0;
+    const auto check = [&](const std::string& text) {
+        if (isPlainlyFormed(text)) {
+            ++accepted;
+            EXPECT_FALSE(checkForm(text)) << text;
+        }
+    };
+    for (std::size_t at = 0; at < document.size(); ++at) {
+        std::string text = document;
+        check(text.erase(at, 1));
+        text = document;
+        check(text.insert(at, 1, document[at]));
+        for (const char character : std::string("<>/?!-&;]\"'= \n:a1\x01\x7F\xC3\0", 21)) {
+            text = document;
+            text[at] = character;
+            check(text);
+        }
+    }
+    EXPECT_LT(500U, accepted);
+}
+
+} // namespace
