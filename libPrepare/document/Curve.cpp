@@ -40,8 +40,9 @@ std::size_t wholeNumber(pugi::xml_attribute attribute, std::size_t otherwise)
 }
 
 // Picks what an accessor says from a list of anything.
-template <class T, class Use>
-std::size_t pick(pugi::xml_node accessor, const std::vector<T>& list, const Use& use)
+// @return how many entries a record has
+template <class T>
+std::size_t pick(pugi::xml_node accessor, std::vector<T>& list)
 {
     const std::size_t stride = std::max<std::size_t>(wholeNumber(accessor.attribute("stride"), 1), 1);
     const std::size_t offset = wholeNumber(accessor.attribute("offset"), 0);
@@ -67,15 +68,18 @@ std::size_t pick(pugi::xml_node accessor, const std::vector<T>& list, const Use&
         std::iota(columns.begin(), columns.end(), std::size_t(0));
     }
     if (columns.empty() || offset >= list.size() || columns.back() >= list.size() - offset) {
+        list.clear();
         return columns.size();
     }
     const std::size_t available = (list.size() - offset - columns.back() - 1) / stride + 1;
     const std::size_t count = std::min(available, wholeNumber(accessor.attribute("count"), 0));
-    for (std::size_t record = 0; record < count; ++record) {
+    std::size_t end = 0;
+    for (std::size_t record = 0; record < count; ++record) { // what is read comes never before what is written
         for (const std::size_t column : columns) {
-            use(list[offset + record * stride + column]);
+            list[end++] = list[offset + record * stride + column];
         }
     }
+    list.resize(end);
     return columns.size();
 }
 
@@ -98,8 +102,11 @@ std::vector<Interpolation> readKinds(Document& document, pugi::xml_node source)
                                                   {"Name_array", "IDREF_array", "float_array", "int_array"});
     if (is(array, "Name_array") || is(array, "IDREF_array")) {
         std::string scratch;
-        pick(accessor, words(textOf(array, scratch)),
-             [&](std::string_view word) { result.push_back(interpolation(word)); });
+        std::string_view list = textOf(array, scratch);
+        for (std::string_view word = takeWord(list); !word.empty(); word = takeWord(list)) {
+            result.push_back(interpolation(word));
+        }
+        pick(accessor, result);
     }
     return result;
 }
@@ -118,12 +125,12 @@ double parameterAt(double c0, double c1, double wanted)
     unsigned step = 0;
     if (c0 >= 0 && c0 <= 1 && c1 >= 0 && c1 <= 1) { // it ascends: Newton's method finds where halving would get
         double near = wanted;
-        for (unsigned i = 0; i < 4; ++i) {
+        for (unsigned i = 0; i < 5; ++i) {
             const double r = 1 - near;
             const double slope = 3 * c0 * r * r + 6 * (c1 - c0) * near * r + 3 * (1 - c1) * near * near;
             near = std::clamp(slope > 0 ? near - (bezier(0, c0, c1, 1, near) - wanted) / slope : near, 0.0, 1.0);
         }
-        constexpr unsigned steps = 36;
+        constexpr unsigned steps = 44;
         constexpr double cells = std::uint64_t(1) << steps;
         const double cell = std::floor(near * cells);
         const double first = std::max(cell, 0.0) / cells;
@@ -185,7 +192,8 @@ Records Records::read(Document& document, pugi::xml_node source)
     const pugi::xml_node array = document.resolve(
         accessor.attribute("source").value(), {"float_array", "Name_array", "IDREF_array", "int_array", "bool_array"});
     if (is(array, "float_array") || is(array, "int_array")) {
-        result.width = pick(accessor, numbersOf(array), [&](double value) { result.values.push_back(value); });
+        result.values = numbersOf(array);
+        result.width = pick(accessor, result.values);
     }
     return result;
 }

@@ -18,6 +18,13 @@ bool isText(pugi::xml_node node)
     return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
 }
 
+std::string_view copyTo(std::pmr::memory_resource& memory, std::string_view text)
+{
+    auto* const copy = static_cast<char*>(memory.allocate(text.size() + 1, 1));
+    std::copy(text.begin(), text.end(), copy);
+    return {copy, text.size()};
+}
+
 } // namespace
 
 pugi::xml_node descend(pugi::xml_node element, std::string_view path)
@@ -152,7 +159,7 @@ void Document::indexIds()
 
 void Document::registerId(pugi::xml_node element, pugi::xml_attribute id)
 {
-    Bearers& bearers = bearersOf(trimmed(id.value()));
+    Bearers& bearers = m_ids[copyTo(m_arena, trimmed(id.value()))]; // nearly all are new
     m_areIdsUnique = m_areIdsUnique && !bearers.first;
     bearers.add(element);
 }
@@ -172,9 +179,7 @@ Document::Bearers& Document::bearersOf(std::string_view id)
     if (found != m_ids.end()) {
         return found->second;
     }
-    auto* const kept = static_cast<char*>(m_arena.allocate(id.size() + 1, 1));
-    std::copy(id.begin(), id.end(), kept);
-    return m_ids[std::string_view(kept, id.size())];
+    return m_ids[copyTo(m_arena, id)];
 }
 
 bool Document::areIdsUnique()

@@ -137,7 +137,7 @@ double numberOr(std::string_view text, double otherwise)
 std::vector<double> numbers(std::string_view text)
 {
     std::vector<double> result;
-    result.reserve(text.size() / 8);
+    result.reserve(text.size() / 6);
     forEachNumber(text, [&](double value) {
         result.push_back(value);
         return true;

@@ -266,11 +266,9 @@ private:
             unsigned char isOdd = 0;
             for (std::ptrdiff_t i = 0; i < blockSize; ++i) {
                 const auto c = static_cast<unsigned char>(m_at[i]);
-                const bool isBlankHere = (c == '\n') | (c == '\t') | (c == '\r');
-                const bool isMarkup = (c == '<') | (c == '&') | (c == ']');
-                isOdd |=
-                    static_cast<unsigned char>((static_cast<unsigned char>(c - ' ') >= 0x7F - ' ') & !isBlankHere) |
-                    static_cast<unsigned char>(isMarkup);
+                const bool isOfNumber =
+                    (static_cast<unsigned char>(c - '\'') <= ';' - '\'') | (c == 'e'); // '()*+,-./0-9:;
+                isOdd |= static_cast<unsigned char>(!(isOfNumber | (c == ' ') | (c == '\n')));
             }
             if (isOdd != 0) {
                 return;

@@ -65,7 +65,10 @@ void useAttributes(pugi::xml_node element, const std::function<void(const Refere
 {
     for (pugi::xml_attribute attribute = element.first_attribute(); attribute; attribute = attribute.next_attribute()) {
         const char* const name = attribute.name();
-        if (*name != 'u' && *name != 's' && *name != 't') {
+        const bool isTexture = std::strcmp(name, "texture") == 0;
+        const bool isPlain =
+            std::strcmp(name, "url") == 0 || std::strcmp(name, "source") == 0 || std::strcmp(name, "target") == 0;
+        if (!isTexture && !isPlain) {
             continue; // none of those below
         }
         const Rule* found = nullptr;
@@ -76,9 +79,7 @@ void useAttributes(pugi::xml_node element, const std::function<void(const Refere
         }
         if (found != nullptr) {
             use({element, attribute, found->form, found->kinds});
-        } else if ((std::strcmp(name, "url") == 0 || std::strcmp(name, "source") == 0 ||
-                    std::strcmp(name, "target") == 0) &&
-                   std::strchr(attribute.value(), '#') != nullptr) {
+        } else if (isPlain && std::strchr(attribute.value(), '#') != nullptr) {
             use({element, attribute, Reference::Form::uri, kindsOf(element, name)});
         }
     }
