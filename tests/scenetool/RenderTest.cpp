@@ -1309,6 +1309,9 @@ TEST(RenderTest, SequenceIsOnePictureForEachStepInTime)
 
 TEST(RenderTest, SequenceShowsABarOnATerminal)
 {
+    if (!testSupport::hasTerminals()) {
+        GTEST_SKIP() << "no pseudo-terminals here";
+    }
     const Studio studio(movingCube());
     ProcessOptions options;
     options.hasTerminal = true;

@@ -1307,6 +1307,9 @@ TEST(ScenetoolColorTest, PipeGetsNoColor)
 
 TEST(ScenetoolColorTest, TerminalGetsColor)
 {
+    if (!testSupport::hasTerminals()) {
+        GTEST_SKIP() << "no pseudo-terminals here";
+    }
     const TemporaryFile file(documentOf(parentAndChild));
     const ProcessResult result = scenetool({"info", file.path()}, onTerminal({"NO_COLOR"}));
     EXPECT_EQ(result.status, succeeded);
@@ -1315,6 +1318,9 @@ TEST(ScenetoolColorTest, TerminalGetsColor)
 
 TEST(ScenetoolColorTest, NoColorVariableTurnsColorOff)
 {
+    if (!testSupport::hasTerminals()) {
+        GTEST_SKIP() << "no pseudo-terminals here";
+    }
     const TemporaryFile file(documentOf(parentAndChild));
     const ProcessResult result = scenetool({"info", file.path()}, onTerminal({"NO_COLOR=1"}));
     EXPECT_EQ(result.status, succeeded);

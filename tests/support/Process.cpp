@@ -196,6 +196,11 @@ void take(Descriptor& stream, std::string& text)
 
 } // namespace
 
+bool hasTerminals()
+{
+    return Descriptor(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)).isOpen();
+}
+
 ProcessResult runProcess(const std::vector<std::string>& arguments, const ProcessOptions& options)
 {
     std::vector<std::string> argumentTexts = arguments;

@@ -23,6 +23,9 @@ struct ProcessResult {
     std::string errors; ///< all of standard error
 };
 
+/// Whether a pseudo-terminal can be opened: a bare system may have none.
+bool hasTerminals();
+
 /// Runs a program to its end, with an empty standard input. No shell stands between, so every argument arrives as it
 /// is written here.
 /// @param arguments the path of the program, and what it is given
