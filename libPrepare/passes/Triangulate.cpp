@@ -58,8 +58,6 @@ public:
         const std::vector<Input> inputs = inputsOf(element);
         m_positions = positionsOf(document, sources, inputs);
         m_stride = strideOf(inputs);
-        m_greatest.assign(m_kind == Kind::none ? 0 : m_stride, -1);
-        m_hasInvalid.assign(m_greatest.size(), false);
         if (const Input* const vertex = firstInput(inputs, "VERTEX")) {
             m_vertexOffset = vertex->offset;
         }
@@ -135,6 +133,10 @@ private:
 
     void appendTriangle(std::size_t a, std::size_t b, std::size_t c)
     {
+        if (m_count == 0) { // no earlier, since an offset may be huge, but not that of a corner
+            m_greatest.assign(m_stride, -1);
+            m_hasInvalid.assign(m_stride, false);
+        }
         for (const std::size_t index : {a, b, c}) {
             const std::int32_t* const entries = corner(index);
             for (std::size_t i = 0; i < m_stride; ++i) {
