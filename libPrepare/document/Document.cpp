@@ -290,7 +290,7 @@ void Document::setOrigin(pugi::xml_node made, pugi::xml_node origin)
     m_origins[made.hash_value()] = known == m_origins.end() ? origin : known->second;
 }
 
-// An element's name with what tells it from its siblings.
+// An element's name, with its id or number among its siblings.
 std::string Document::step(pugi::xml_node element) const
 {
     std::string result = element.name();
@@ -335,9 +335,9 @@ Place Document::placeOf(pugi::xml_node element) const
         const auto nameOffset = static_cast<std::size_t>(element.offset_debug());
         std::tie(place.line, place.column) = m_lines.at(nameOffset - 1); // of the angle bracket
     }
-    constexpr std::size_t mostSteps = 40; // the innermost
+    constexpr std::size_t maxSteps = 40; // the innermost
     std::vector<std::string> steps;
-    for (; element && element.type() == pugi::node_element && steps.size() < mostSteps; element = element.parent()) {
+    for (; element && element.type() == pugi::node_element && steps.size() < maxSteps; element = element.parent()) {
         steps.push_back(step(element));
     }
     place.path = element.type() == pugi::node_element ? "..." : "";

@@ -85,7 +85,7 @@ public:
     std::string freshId(std::string_view wish);
     /// Gives an element an id and registers it.
     void setId(pugi::xml_node element, const std::string& id);
-    /// Registers what lies in a subtree that was copied or moved in.
+    /// Registers the ids of a subtree that was copied or moved in.
     void registerIds(pugi::xml_node subtree);
     /// Whether no id has ever had two bearers since the ids were read.
     bool areIdsUnique();

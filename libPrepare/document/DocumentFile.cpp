@@ -17,7 +17,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// What else people give by mistake.
+// Formats that people pass by mistake.
 std::optional<Refusal> refuseOtherFormats(std::string_view text)
 {
     struct Format {

@@ -14,7 +14,7 @@
 
 namespace libPrepare {
 
-/// A document as it lies in a file: decoded, found to be well-formed, and made a tree.
+/// A document in a file: decoded, checked for well-formedness, and parsed into a tree.
 class DocumentFile {
 public:
     DocumentFile() = default;

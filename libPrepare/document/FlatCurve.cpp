@@ -11,9 +11,9 @@ namespace libPrepare {
 
 namespace {
 
-constexpr unsigned mostPieces = 4096; // at first, between two keys; more where the tolerance asks for them
+constexpr unsigned maxPieces = 4096; // at first, between two keys; more where the tolerance asks for them
 constexpr unsigned fewPieces = 4;
-constexpr unsigned mostHalvings = 30;
+constexpr unsigned maxHalvings = 30;
 
 // How a component runs through a stretch between two neighboring key times.
 struct Way {
@@ -179,7 +179,7 @@ void FlatCurve::add(double time, const double* values, Interpolation kind)
     std::fill(m_nextIn.begin(), m_nextIn.end(), 0.0);
 }
 
-// Ends a stretch whose value is another one before than after a time: without this the curve would run to the latter.
+// Ends a stretch at a jump. Without this the curve would run to the value after the jump.
 void FlatCurve::addJump(double time, const double* before, const double* after, bool isConstant)
 {
     bool isJump = false;
@@ -216,8 +216,8 @@ void FlatCurve::addStretch(double from, double to, const Function& function, Sam
         }
         return false;
     };
-    const double before = std::nextafter(to, from); // where what steps at the end has not done so yet
-    const unsigned most = sampling.left > mostPieces ? mostPieces : fewPieces;
+    const double before = std::nextafter(to, from); // before any step at the end
+    const unsigned most = sampling.left > maxPieces ? maxPieces : fewPieces;
     const unsigned pieces =
         static_cast<unsigned>(std::min(std::max(1.0, std::ceil((to - from) * sampling.rate)), double(most)));
     std::vector<Sample> samples{sampleAt(from, 0)};
@@ -228,7 +228,7 @@ void FlatCurve::addStretch(double from, double to, const Function& function, Sam
             const Sample& b = ahead.back();
             const unsigned halvings = std::max(a.halvings, b.halvings);
             const double middle = a.time + (b.time - a.time) / 2;
-            bool isFine = halvings >= mostHalvings || sampling.left == 0 || !(middle > a.time && middle < b.time);
+            bool isFine = halvings >= maxHalvings || sampling.left == 0 || !(middle > a.time && middle < b.time);
             Sample half;
             if (!isFine) {
                 half = sampleAt(middle, b.halvings + 1);

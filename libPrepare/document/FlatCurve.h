@@ -19,7 +19,7 @@ struct Component {
 enum class Measure {
     degrees, ///< `Options::tolerance` is the largest error.
     length,  ///< It is relative to the largest number.
-    matrix,  ///< As `length`, the translation by itself, and what comes after the matrix as the translation.
+    matrix,  ///< As `length`, separately for the translation; what follows the matrix counts as translation.
 };
 
 /// How curves are sampled that cannot be written exactly.
@@ -58,7 +58,7 @@ public:
     std::vector<double> first() const;
     /// The largest error of a number.
     double toleranceOf(std::size_t component) const { return m_tolerances[component]; }
-    /// Bytes that it takes in a document, about.
+    /// Approximate number of bytes that it takes in a document.
     std::uint64_t size() const;
 
     /// Fills an empty `<animation>` with sources, sampler and channel.
@@ -77,9 +77,9 @@ private:
     std::vector<double> m_times;
     std::vector<double> m_values;
     std::vector<Interpolation> m_kinds;
-    std::vector<double> m_out; // control points, a number for each value, of use where there is a BEZIER
+    std::vector<double> m_out; // control points, one number per value; used only where a key is BEZIER
     std::vector<double> m_in;
-    std::vector<double> m_nextIn; // of the key that comes next
+    std::vector<double> m_nextIn; // of the next key
 };
 
 /// Whether the scene graph reads a curve as it is and gives the same, within a tolerance, between all of its keys.

@@ -98,8 +98,8 @@ private:
     };
 
     std::string_view m_text;
-    std::size_t m_fed = 0;    // how much of the text the parser has seen or was spared
-    std::size_t m_spared = 0; // bytes that it was spared
+    std::size_t m_fed = 0;    // bytes that the parser has seen or skipped
+    std::size_t m_spared = 0; // bytes that it skipped
     std::vector<Level> m_levels;
     std::string m_reference; // the text of an element that holds one
     bool m_hasRoot = false;
@@ -124,7 +124,7 @@ Checker::Checker(std::string_view text) : m_text(text)
     xmlCtxtUseOptions(m_parser.get(), XML_PARSE_HUGE | XML_PARSE_NONET | XML_PARSE_IGNORE_ENC);
 }
 
-// Where the parser stands in the text.
+// The parser's position in the text.
 std::size_t Checker::position() const
 {
     const xmlParserInput* const input = m_parser->input;
@@ -134,7 +134,7 @@ std::size_t Checker::position() const
     return std::min(m_fed, input->consumed + static_cast<std::size_t>(input->cur - input->base) + m_spared);
 }
 
-// Of the tag that the parser stands in.
+// The start of the tag that the parser is in.
 std::size_t Checker::tagBegin() const
 {
     const std::size_t begin = m_text.substr(0, position()).rfind('<');
@@ -154,7 +154,7 @@ void Checker::fault(void* self, xmlErrorPtr error)
 {
     auto& checker = *static_cast<Checker*>(self);
     if (error == nullptr || error->level != XML_ERR_FATAL || checker.m_refusal) {
-        return; // what is odd about namespaces does not make a document malformed
+        return; // faults of namespaces do not make a document malformed
     }
     std::string message = error->message == nullptr ? "unknown fault" : error->message;
     message.erase(message.find_last_not_of(" \n") + 1);
@@ -167,7 +167,7 @@ void Checker::fault(void* self, xmlErrorPtr error)
     }
 }
 
-// The parser miscounts the lines of what it was spared, and does not say what is open at the end.
+// The parser does not count the lines that it skipped, and does not say what is open at the end.
 void Checker::mendMessage(std::string& message) const
 {
     if (m_levels.empty()) {

@@ -44,7 +44,7 @@ std::optional<Refusal> InputFile::open(const std::filesystem::path& path)
         }
         return unreadable(std::strerror(errno));
     }
-    // What is no regular file is not even opened: that alone can have effects.
+    // Only regular files are opened, because opening anything else can have side effects.
     const auto refuse = [](const char* what) {
         return Refusal{"special-file", std::string("is a ") + what, "give the path of a document", 0, 0};
     };
@@ -64,7 +64,7 @@ std::optional<Refusal> InputFile::open(const std::filesystem::path& path)
     if (m_file < 0) {
         return unreadable(std::strerror(errno));
     }
-    if (::fstat(m_file, &state) != 0 || !S_ISREG(state.st_mode)) { // another one bears the name by now
+    if (::fstat(m_file, &state) != 0 || !S_ISREG(state.st_mode)) { // the name belongs to another file by now
         return unreadable("it changed");
     }
     return std::nullopt;

@@ -11,7 +11,7 @@ namespace libPrepare {
 
 class OutputFile;
 
-/// A regular file that is read whole. Whatever else bears the name, such as a directory or a pipe, is refused without
+/// A regular file that is read whole. Anything else of that name, such as a directory or a pipe, is refused without
 /// waiting for it.
 class InputFile {
 public:
@@ -21,11 +21,11 @@ public:
     InputFile& operator=(const InputFile&) = delete;
 
     std::optional<Refusal> open(const std::filesystem::path& path);
-    /// All bytes; what gzip compressed is taken apart.
+    /// All bytes, decompressed if gzip compressed them.
     /// @param most bytes of the result
     std::optional<Refusal> read(std::uint64_t most, std::string& bytes) const;
-    /// Writes the file as it lies there, compressed or not.
-    /// @return false if it could not be read; faults of the other file stay in that
+    /// Copies the file as it is, compressed or not.
+    /// @return false if it could not be read; `output` keeps its own errors
     bool copyTo(OutputFile& output) const;
 
 private:

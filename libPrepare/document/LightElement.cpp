@@ -11,7 +11,7 @@ namespace libPrepare {
 
 namespace {
 
-// What is in a <point> or <spot>, in the order of the schema, and its value where it isn't said.
+// Children of <point> and <spot> in schema order, with their default values.
 struct Value {
     const char* name;
     const char* byDefault;

@@ -40,7 +40,7 @@ class Parameters {
 public:
     Parameters(pugi::xml_node effect, const Shading& shading);
 
-    /// Lets a `<setparam>` of a material stand for the parameter that it names, if it holds numbers and there is one.
+    /// Lets a `<setparam>` of a material replace the parameter that it names, if that exists and the new value is numeric.
     void set(pugi::xml_node setparam);
     /// The `<newparam>` or `<setparam>`; null if there is none.
     pugi::xml_node find(std::string_view name) const;

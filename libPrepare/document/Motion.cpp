@@ -11,7 +11,7 @@ namespace libPrepare {
 
 namespace {
 
-// Finds elements by sid below others: the one that is the fewest levels down, of these the first.
+// Finds descendants by sid: the one with the fewest levels in between, and of several the first.
 class Sids {
 public:
     explicit Sids(pugi::xml_node root) : m_root(root) {}
@@ -19,7 +19,7 @@ public:
     pugi::xml_node find(pugi::xml_node above, const std::string& sid)
     {
         unsigned tries = 0;
-        for (pugi::xml_node child = above.first_child(); child && tries < mostTries; child = child.next_sibling()) {
+        for (pugi::xml_node child = above.first_child(); child && tries < maxTries; child = child.next_sibling()) {
             if (sid == child.attribute("sid").value() && child.attribute("sid")) {
                 return child;
             }
@@ -51,7 +51,7 @@ private:
         std::size_t depth;
         pugi::xml_node element;
     };
-    static constexpr unsigned mostTries = 64; // the usual way: a child, and one of the first
+    static constexpr unsigned maxTries = 64; // usually it is one of the first children
 
     void index()
     {
@@ -83,7 +83,7 @@ private:
 
     pugi::xml_node m_root;
     std::unordered_map<std::size_t, std::pair<std::size_t, std::size_t>>
-        m_ranges;                                                   // places of an element and its inside
+        m_ranges;                                                   // places of an element and its descendants
     std::unordered_map<std::string, std::vector<Bearer>> m_bearers; // in document order
     std::map<std::pair<std::size_t, std::string>, pugi::xml_node> m_found;
 };
@@ -113,7 +113,7 @@ std::optional<std::size_t> memberSlot(std::string_view word)
     return {};
 }
 
-// The whole first, since ids and sids may hold dots and brackets, then without brackets, then without what follows a dot.
+// First the whole word, since ids and sids may hold dots and brackets; then without brackets; then without the last dot.
 std::vector<Aim> aims(std::string_view last)
 {
     std::vector<Aim> result{{last, {}}};
@@ -222,7 +222,7 @@ std::vector<double> Motion::values(pugi::xml_node element, std::optional<double>
     std::vector<double> result = numbersOf(element);
     const std::size_t size = transformSize(element.name());
     if (size > 0) {
-        result.resize(size); // more of them have no meaning
+        result.resize(size); // further numbers have no meaning
     }
     if (time) {
         apply(element, *time, result);

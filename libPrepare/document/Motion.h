@@ -13,7 +13,7 @@ struct Channel {
     std::shared_ptr<const Curve> curve; ///< Never null.
 };
 
-/// The animations of a document: which value an element has at a time. It is made from the document as it stands and
+/// The animations of a document: which value an element has at a time. It is made from the document as it is and
 /// knows nothing of changes after that, but for the texts of the elements, which it reads when asked.
 class Motion {
 public:

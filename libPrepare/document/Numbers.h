@@ -12,7 +12,7 @@ inline bool isBlank(char character)
 {
     return character == ' ' || character == '\n' || character == '\t' || character == '\r';
 }
-/// The text without blanks at its ends.
+/// The text without leading and trailing blanks.
 std::string_view trimmed(std::string_view text);
 /// Takes the first entry off a list. @return nothing once the list is empty
 std::string_view takeWord(std::string_view& list);

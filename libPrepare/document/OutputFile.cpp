@@ -21,7 +21,7 @@ Refusal unwritable(const std::string& why)
     return {"unwritable", "cannot be written: " + why, "give another place", 0, 0};
 }
 
-// A new file of a name that nothing else has.
+// A new file with an unused name.
 int openBeside(const std::filesystem::path& path, std::string& name)
 {
     static std::atomic<unsigned> next = 0;

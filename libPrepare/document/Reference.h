@@ -5,7 +5,7 @@
 
 namespace libPrepare {
 
-/// A text with its percent encoding taken off. What is no encoding stays.
+/// A text with its percent encoding decoded. Anything that is not an encoding stays.
 std::string percentDecoded(std::string_view text);
 /// A path as the path of a reference: all but letters, digits and `/-._~!$&'()*+,;=:@` is encoded.
 std::string percentEncoded(std::string_view path);

@@ -7,7 +7,7 @@ namespace libPrepare {
 class Document;
 class Pose;
 
-/// About how far from the origin the meshes of a scene reach: their positions are not all read. Above 0 and finite.
+/// Estimate of how far the meshes of a scene reach from the origin, from some of their positions. Above 0 and finite.
 double sizeOfScene(Document& document, pugi::xml_node scene, Pose& pose);
 
 } // namespace libPrepare

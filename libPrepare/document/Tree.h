@@ -8,7 +8,7 @@ namespace libPrepare {
 
 /// The next one of a walk over a whole subtree in document order, `top` being the first; null at its end.
 inline pugi::xml_node next(pugi::xml_node node, pugi::xml_node top);
-/// As `next`, without what lies in `node`.
+/// As `next`, but skips the descendants of `node`.
 inline pugi::xml_node nextBeside(pugi::xml_node node, pugi::xml_node top)
 {
     while (node != top) {
@@ -37,7 +37,7 @@ std::uint64_t sizeOf(pugi::xml_node element);
 /// @return what became of each id
 std::unordered_map<std::string, std::string> renewIds(Document& document, pugi::xml_node subtree);
 
-/// Takes an element out with the blanks before it.
+/// Removes an element and the blanks before it.
 void removeElement(pugi::xml_node element);
 /// Makes an element where the schema has the transforms of a `<node>`: before all others.
 pugi::xml_node prependTransform(pugi::xml_node node, const char* name, const std::string& text);

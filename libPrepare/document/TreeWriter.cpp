@@ -9,7 +9,7 @@ namespace libPrepare {
 
 namespace {
 
-// Which of all characters have to be written in other words.
+// The characters that have to be escaped.
 class SpecialCharacters {
 public:
     explicit SpecialCharacters(std::string_view characters)
@@ -47,7 +47,7 @@ private:
     std::array<bool, 256> m_isIn{};
 };
 
-// Writes a text, with each of the characters that mean something there in other words.
+// Writes a text with its special characters escaped.
 void writeEscaped(std::string_view text, const SpecialCharacters& special, OutputFile& output)
 {
     for (std::size_t at = special.findFirst(text); at < text.size(); at = special.findFirst(text)) {

@@ -106,12 +106,12 @@ std::vector<std::string> jointNames(Document& document, Joints& joints, pugi::xm
         return plain;
     }
     std::vector<std::string> result;
-    constexpr std::size_t mostWords = 8;
+    constexpr std::size_t maxWords = 8;
     for (std::size_t at = 0; at < all.size();) {
         std::string joined;
         std::string best(all[at]);
         std::size_t taken = 1;
-        for (std::size_t i = 0; i < mostWords && at + i < all.size(); ++i) {
+        for (std::size_t i = 0; i < maxWords && at + i < all.size(); ++i) {
             joined += i == 0 ? "" : " ";
             joined += all[at + i];
             if (joints.isKnown(joined)) {

@@ -8,7 +8,7 @@
 
 namespace libPrepare {
 
-/// The words that a source's accessor gives, one a record.
+/// The words that a source's accessor gives, one per record.
 std::vector<std::string> wordRecords(Document& document, pugi::xml_node source);
 
 /// Finds the joints of skins.

@@ -51,7 +51,7 @@ void forEachIndex(std::string_view text, const Use& use)
     const char* at = text.data();
     const char* const end = at + text.size();
     constexpr std::uint64_t limit = std::uint64_t(1) << 31;
-    constexpr std::ptrdiff_t mostDigits = 18; // that never overflow
+    constexpr std::ptrdiff_t maxDigits = 18; // of a number that cannot overflow
     while (true) {
         while (at != end && isBlank(*at)) {
             ++at;
@@ -72,9 +72,9 @@ void forEachIndex(std::string_view text, const Use& use)
         for (; at != end && isDigit(*at); ++at) {
             value = 10 * value + static_cast<std::uint64_t>(*at - '0');
         }
-        if (at - start > mostDigits) {
+        if (at - start > maxDigits) {
             const char* const first = std::find_if(start, at, [](char digit) { return digit != '0'; });
-            value = at - first > mostDigits ? limit : value; // zeros before it do not count
+            value = at - first > maxDigits ? limit : value; // leading zeros do not count
         }
         const bool isWhole = at == end || isBlank(*at);
         while (at != end && !isBlank(*at)) {
@@ -202,7 +202,7 @@ std::optional<SourceLayout> Sources::read(pugi::xml_node source)
         at += width;
         hasParams = true;
     }
-    constexpr std::size_t widest = 64; // no attribute of a vertex has as many
+    constexpr std::size_t widest = 64; // more than any vertex attribute has
     for (std::size_t i = 0; !hasParams && i < std::min(layout.stride, widest); ++i) {
         layout.columns.push_back(i);
     }
@@ -346,7 +346,7 @@ std::vector<std::int32_t> indices(std::string_view text)
 ColumnCensus censusOf(std::string_view text, std::size_t stride, std::size_t tuples)
 {
     ColumnCensus result;
-    stride = std::min(stride, text.size() + 1); // a longer tuple has no room in it
+    stride = std::min(stride, text.size() + 1); // a longer tuple does not fit in it
     result.greatest.assign(stride, -1);
     result.hasInvalid.assign(stride, false);
     std::size_t column = 0;

@@ -12,13 +12,13 @@ namespace libPrepare {
 
 namespace {
 
-// Below this share of the square of its size a polygon has no area.
+// A polygon counts as flat if its area is below this fraction of the square of its size.
 constexpr double noArea = 1e-13;
 // How far a fan's triangle may be turned over, as a share of the polygon's area squared: rounding of collinear corners.
 constexpr double turnedSlack = 1e-9;
 // Looks at corners that each corner brings for the polygons that need ears; keeps the time linear in the document.
 constexpr std::uint64_t stepsPerCorner = 512;
-// Polygons of no more corners are not worth counting.
+// Smaller polygons are not counted against the limit.
 constexpr std::size_t fewCorners = 256;
 
 Vector3 cross(const Vector3& a, const Vector3& b)
@@ -74,7 +74,7 @@ void onError(GLenum, void* collected)
 template <class Function>
 _GLUfuncptr callback(Function* function)
 {
-    return reinterpret_cast<_GLUfuncptr>(function); // the interface of GLU wants it so
+    return reinterpret_cast<_GLUfuncptr>(function); // GLU's interface expects this type
 }
 
 } // namespace
@@ -500,7 +500,7 @@ private:
         if (areEqual(at(best), hit)) {
             return twinThatSees(hole, best);
         }
-        // Corners within the triangle of eye, hit and the edge's end stand in the way; the one closest to the ray does not.
+        // Corners within the triangle of eye, hit and the edge's end are in the way; the one closest to the ray does not.
         const Point2 end = at(best);
         double steepest = HUGE_VAL;
         double closest = HUGE_VAL;

@@ -84,7 +84,7 @@ private:
                                  to.up + " up and the unit around it.");
     }
 
-    // A geometry of another frame gets a node of its own, which turns and scales it.
+    // A geometry with another frame gets its own node, which turns and scales it.
     void showGeometry(pugi::xml_node instance, const Frame& around)
     {
         const pugi::xml_node geometry = m_document.resolve(instance.attribute("url").value(), {"geometry"});

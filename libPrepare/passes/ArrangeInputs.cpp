@@ -13,7 +13,7 @@ namespace libPrepare {
 
 namespace {
 
-constexpr std::size_t mostInputs = 256; // of a primitive that are looked at
+constexpr std::size_t maxInputs = 256;  // of a primitive; the rest is dropped
 constexpr std::size_t widestRecord = 4; // values of an attribute that have a type
 
 bool isKnown(std::string_view semantic)
@@ -41,7 +41,7 @@ const char* valueName(std::string_view semantic, std::size_t column)
     return "X";
 }
 
-// What stands where a corner names a record that is not there: black would hide a color, and no normal all light.
+// Replaces a record that is missing. Black would hide a color, and a zero normal all light.
 const char* neutralValue(std::string_view semantic, std::size_t column)
 {
     return semantic == "COLOR" || (semantic == "NORMAL" && column == 2) ? "1" : "0";
@@ -190,7 +190,7 @@ private:
             PlannedInput planned{input.element, input.semantic, input.element.attribute("source").value(),
                                  positions,     input.offset,   input.set};
             const bool isVertex = &input == vertex;
-            const bool isBeyond = static_cast<std::size_t>(&input - inputs.data()) >= mostInputs;
+            const bool isBeyond = static_cast<std::size_t>(&input - inputs.data()) >= maxInputs;
             if (!isVertex && (isBeyond || !isReadable(input.element, planned))) {
                 continue;
             }
@@ -202,7 +202,7 @@ private:
         bool hasPosition = false;
         std::size_t place = 0;
         for (const Input& input : inputsOf(vertices)) {
-            if (place++ >= mostInputs) {
+            if (place++ >= maxInputs) {
                 break;
             }
             if (input.semantic == "POSITION" && !hasPosition) {
@@ -215,9 +215,9 @@ private:
                 return other.semantic == planned.semantic;
             });
             if (isThere && planned.semantic != "TEXCOORD" && planned.semantic != "COLOR") {
-                continue; // what the primitive itself says goes before
+                continue; // the primitive's own input takes precedence
             }
-            if (plan.size() >= mostInputs || !isReadable(input.element, planned)) {
+            if (plan.size() >= maxInputs || !isReadable(input.element, planned)) {
                 continue;
             }
             for (const PlannedInput& other : plan) {
@@ -483,7 +483,7 @@ private:
         return next == node;
     }
 
-    // All but the positions lies with the primitives now.
+    // Only the positions stay; the primitives have all other inputs now.
     void reduceVertices(pugi::xml_node vertices)
     {
         bool hasPosition = false;

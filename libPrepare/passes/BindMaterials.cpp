@@ -62,7 +62,7 @@ public:
     }
 
 private:
-    // Follows what is bound already, and mends references.
+    // Reads the existing bindings, and corrects their references.
     void readBindings(pugi::xml_node instance)
     {
         for (const pugi::xml_node binding :
@@ -147,7 +147,7 @@ private:
             return {};
         }
         pugi::xml_node bind = instance.child("bind_material");
-        if (!bind) { // the schema wants it in front of <extra>
+        if (!bind) { // the schema expects it before <extra>
             bind = instance.prepend_child("bind_material");
         }
         pugi::xml_node common = bind.child("technique_common");

@@ -19,7 +19,7 @@ constexpr double radiansPerDegree = 3.14159265358979323846 / 180.0;
 // How far an orthographic camera moves back, in halves of its picture: what is ten times as far away as the picture is
 // wide then looks smaller by one percent.
 constexpr double orthographicDistance = 1000;
-constexpr double mostTurn = 1e-5; // between the direction to a target and that of the node
+constexpr double maxTurn = 1e-5; // between the direction to a target and that of the node
 
 Vector3 columnOf(const Matrix4& matrix, unsigned column)
 {
@@ -79,7 +79,7 @@ void setTarget(pugi::xml_node camera, const std::string& id)
     setText(isTarget ? place.text : place.technique.prepend_child("target"), '#' + id);
 }
 
-// The world matrix of a node over time: what stands still is multiplied once.
+// The world matrix of a node over time. Transforms that do not move are multiplied only once.
 class Way {
 public:
     Way(const Motion& motion, pugi::xml_node node) : m_motion(motion)
@@ -131,7 +131,7 @@ public:
 private:
     struct Step {
         Matrix4 still = identity();
-        pugi::xml_node moving; // comes after what stands still
+        pugi::xml_node moving; // follows `still`
         std::vector<double> declared;
     };
 
@@ -260,9 +260,9 @@ private:
             if (!std::isfinite(length + wanted[0] + wanted[1] + wanted[2])) {
                 return true; // no other place would be better
             }
-            return std::abs(reach[0] / length - wanted[0]) < mostTurn &&
-                   std::abs(reach[1] / length - wanted[1]) < mostTurn &&
-                   std::abs(reach[2] / length - wanted[2]) < mostTurn;
+            return std::abs(reach[0] / length - wanted[0]) < maxTurn &&
+                   std::abs(reach[1] / length - wanted[1]) < maxTurn &&
+                   std::abs(reach[2] / length - wanted[2]) < maxTurn;
         };
         std::vector<const Curve*> curves = way.curves();
         curves.insert(curves.end(), goal.curves().begin(), goal.curves().end());
@@ -307,7 +307,7 @@ private:
         m_approximations.emplace(camera.attribute("id").value(), numbers);
     }
 
-    // A camera has one target, so that each node needs a camera of its own.
+    // A camera has one target, so each node needs its own camera.
     bool copyCamera(pugi::xml_node& camera)
     {
         const std::string id = camera.attribute("id").value();

@@ -99,7 +99,7 @@ private:
     void separate(pugi::xml_node material, pugi::xml_node effect, const std::string& changes)
     {
         if (m_users[effect.hash_value()] <= 1) {
-            return; // the effect is the material's own
+            return; // no other material uses the effect
         }
         std::string& id = m_copies[std::to_string(effect.hash_value()) + '\n' + changes];
         if (id.empty()) {
@@ -232,7 +232,7 @@ private:
         return isPlainColor(channel) && std::all_of(color.begin(), color.begin() + 3, [](double v) { return v == 0; });
     }
 
-    // Of several ways to say a color the texture goes first.
+    // A texture takes precedence over other forms of color.
     void keepOnly(pugi::xml_node channel, pugi::xml_node texture)
     {
         m_document.rewritten(channel, "channel", "A channel has a texture and a color.", "the texture stays");

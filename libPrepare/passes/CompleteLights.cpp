@@ -90,7 +90,7 @@ std::string foldCase(std::string text)
 void separateCases(Document& document, const char* library, const char* kind, const char* instance)
 {
     std::unordered_set<std::string> ids;
-    std::unordered_set<std::string> known; // without case
+    std::unordered_set<std::string> known; // in lower case
     std::unordered_map<std::string, std::string> newIds;
     std::vector<pugi::xml_node> clashing;
     for (const pugi::xml_node each : document.root().children(library)) {
@@ -197,7 +197,7 @@ private:
         }
     }
 
-    // Whether it is shown or not: all are read.
+    // All lights are read, whether they are shown or not.
     void completeValues(pugi::xml_node light)
     {
         const pugi::xml_node shape = shapeOf(light);

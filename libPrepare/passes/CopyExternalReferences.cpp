@@ -19,7 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The library that holds elements of a kind; null for what lies in none.
+// The library that holds elements of a kind; null if there is none.
 const char* libraryOf(const char* kind)
 {
     static constexpr struct {
@@ -97,7 +97,7 @@ private:
         return reference.attribute && *reference.attribute.value() == '#';
     }
 
-    // What stands before the id, if that is not this document itself.
+    // The document before the `#`; empty if there is none.
     std::string fileOf(const std::string& text) const
     {
         const std::string_view uri = trimmed(text);

@@ -12,7 +12,7 @@ namespace libPrepare {
 namespace {
 
 // Nodes that all copies together may have, since instances of instances double with each step.
-constexpr std::size_t mostCopies = 1000000;
+constexpr std::size_t maxCopies = 1000000;
 
 class Copying {
 public:
@@ -131,7 +131,7 @@ private:
         }
         const auto kept = m_kept.find(target.hash_value());
         const pugi::xml_node source = kept == m_kept.end() ? target : kept->second;
-        if (m_copies >= mostCopies || !m_document.takeBytes(sizeOf(source))) {
+        if (m_copies >= maxCopies || !m_document.takeBytes(sizeOf(source))) {
             return false;
         }
         const pugi::xml_node copy = parent.insert_copy_before(source, instance);

@@ -7,7 +7,7 @@ namespace libPrepare {
 
 namespace {
 
-// Why a geometry gives nothing that can be shown; null if it gives something.
+// Why a geometry shows nothing; null if it shows something.
 const char* reasonAgainst(pugi::xml_node geometry)
 {
     const pugi::xml_node mesh = geometry.child("mesh");
@@ -23,7 +23,7 @@ const char* reasonAgainst(pugi::xml_node geometry)
         return nullptr;
     }
     if (mesh.child("linestrips")) {
-        return "A mesh of line strips alone has no expression in the result."; // it would be read as points
+        return "A mesh of line strips alone has no expression in the result."; // they would be read as points
     }
     return mesh.child("vertices").child("input") ? nullptr : "A mesh has no positions that can be read.";
 }

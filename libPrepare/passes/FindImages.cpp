@@ -31,7 +31,7 @@ fs::path wholePath(const fs::path& path)
     return (error ? path : whole).lexically_normal();
 }
 
-// Finds the files of images from where the document comes from, and names them from where it goes to.
+// Finds image files relative to the source document, and names them relative to the result.
 class ImageFinder {
 public:
     explicit ImageFinder(Document& document)
@@ -97,7 +97,7 @@ private:
         return {};
     }
 
-    // Whether a reference leads to a file from where the document goes to, for any reader.
+    // Whether every reader finds the file of a reference from the folder of the result.
     bool leadsTo(const std::string& reference, const fs::path& file) const
     {
         if (!isReadableReference(reference)) {
@@ -131,7 +131,7 @@ void findImages(Document& document)
     for (const pugi::xml_node library : document.root().children()) {
         if (is(library, "library_geometries") || is(library, "library_animations") ||
             is(library, "library_visual_scenes")) {
-            continue; // large, and none of theirs are shown
+            continue; // large, and their images are never shown
         }
         for (const pugi::xml_node image : elementsBelow(library, "image")) {
             if (const pugi::xml_node from = image.child("init_from")) {

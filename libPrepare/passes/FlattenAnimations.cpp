@@ -27,7 +27,7 @@ pugi::xml_node topAnimationOf(pugi::xml_node element)
     return element;
 }
 
-// Puts numbers into a list, so that all words whose number does not change stay as they are.
+// Replaces the numbers of a list; words whose number does not change stay as they are.
 // @return whether one has changed
 bool replaceNumbers(pugi::xml_node element, const std::vector<double>& numbers, const std::vector<double>& tolerances)
 {
@@ -532,7 +532,7 @@ private:
         for (const pugi::xml_node place : tops) {
             write(m_tops[place.hash_value()], place);
         }
-        for (const Job& job : m_jobs) { // besides animations that stay, for the other numbers of a camera
+        for (const Job& job : m_jobs) { // next to animations that stay: the other numbers of a camera
             Top& top = m_tops[job.top.hash_value()];
             if (!top.isSeen && !top.jobs.empty()) {
                 top.isSeen = true;

@@ -18,7 +18,7 @@ namespace {
 constexpr double degree = 3.14159265358979323846 / 180.0;
 constexpr double sameNormal = 1e-12; // of two normals of length 1: how far they are apart, squared
 // Vertices of more directions than this have them sorted into cells first, so that the time stays linear.
-constexpr std::size_t mostDirections = 64;
+constexpr std::size_t maxDirections = 64;
 
 double dot(const Vector3& a, const Vector3& b)
 {
@@ -151,7 +151,7 @@ private:
     {
         m_directions.clear();
         m_directionOf.assign(count, 0);
-        const bool isCrowded = count > mostDirections;
+        const bool isCrowded = count > maxDirections;
         if (isCrowded) {
             m_cells.fill(0);
         }

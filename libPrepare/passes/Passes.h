@@ -9,9 +9,9 @@ namespace libPrepare {
 
 // The document as a whole.
 void convertVersions(Document& document);        ///< 1.4.0 and 1.5, foreign and missing namespaces: to 1.4.1.
-void copyExternalReferences(Document& document); ///< What lies in other documents comes into this one.
+void copyExternalReferences(Document& document); ///< Copies in what references in other documents name.
 void repairTexts(Document& document);            ///< Texts in several runs, decimal commas, character data sections.
-void repairIds(Document& document);              ///< Ids borne twice, beyond ASCII, or that differ only in case.
+void repairIds(Document& document);              ///< Doubled ids, and ids beyond ASCII.
 void chooseVisualScene(Document& document);      ///< The one that `<scene>` names; the others are reported.
 void applyAssets(Document& document);            ///< Units and up axes of geometries, nodes and scenes.
 

@@ -20,8 +20,8 @@ namespace {
 
 using Values = std::vector<double>; // three numbers a record
 
-constexpr std::size_t longestChain = 64;  // of skins and morphs that take each other for their source
-constexpr std::size_t mostSkeletons = 64; // that an instance names
+constexpr std::size_t longestChain = 64; // of skins and morphs that take each other for their source
+constexpr std::size_t maxSkeletons = 64; // that an instance names
 
 // What a primitive's corners have of one semantic, and where.
 struct Attribute {
@@ -299,7 +299,7 @@ private:
         }
     }
 
-    // The matrix that takes each vertex of the source to the world. The node of the instance plays no part.
+    // The matrix that takes each vertex of the source to the world. The node of the instance does not matter.
     std::vector<Matrix4> skinMatrices(pugi::xml_node skin, pugi::xml_node instance, std::size_t count)
     {
         const pugi::xml_node shapeElement = skin.child("bind_shape_matrix");
@@ -323,7 +323,7 @@ private:
         std::vector<pugi::xml_node> skeletons;
         for (const pugi::xml_node skeleton : instance.children("skeleton")) {
             const pugi::xml_node root = m_document.resolve(textOf(skeleton), {"node"});
-            if (root && skeletons.size() < mostSkeletons) {
+            if (root && skeletons.size() < maxSkeletons) {
                 skeletons.push_back(root);
             }
         }
@@ -457,7 +457,7 @@ private:
                 own = own.next_sibling("vertices");
             }
         } else {
-            own = {}; // it is that of another mesh
+            own = {}; // it belongs to another mesh
         }
         if (!own) {
             own = mesh.prepend_child("vertices");

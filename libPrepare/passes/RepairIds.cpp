@@ -76,7 +76,7 @@ public:
                             std::all_of(census.bearers.begin(), census.bearers.end(), hasPlainId) &&
                             std::all_of(census.references.begin(), census.references.end(), isPlainReference);
         if (isFine) {
-            return; // as most documents
+            return; // as in most documents
         }
         listReferences();
         listRenames();
@@ -141,7 +141,7 @@ private:
         return place->second;
     }
 
-    // What a channel drives lies in the first element of that id that is no scene, since scenes have nothing to drive.
+    // A channel drives something in the first element with that id that is not a scene, since scenes have nothing to drive.
     pugi::xml_node findTargeted(std::string_view target)
     {
         const std::string id(trimmed(target.substr(0, target.find('/'))));

@@ -151,7 +151,7 @@ void takeOut(Document& document, pugi::xml_node element)
     parent.remove_child(element);
 }
 
-// What stands in a value is no part of it, and nothing can lead to it.
+// Elements inside a value are not part of it, and nothing can refer to them.
 void takeStrangersOut(Document& document, pugi::xml_node element)
 {
     for (pugi::xml_node child = element.first_child(); child;) {
@@ -170,7 +170,7 @@ bool isOneOf(const char* name, Names names)
     return std::any_of(names.begin(), names.end(), [&](const char* each) { return std::strcmp(each, name) == 0; });
 }
 
-// Whether an element may stand in another one, of those that later passes take out or write anew. What references lead
+// Whether an element may be in another one, of those that later passes take out or write anew. What references lead
 // to would go with it.
 bool canHold(const char* parent, const char* child)
 {
@@ -182,7 +182,7 @@ bool canHold(const char* parent, const char* child)
     static constexpr Names primitives = {"triangles", "polylist",   "polygons", "tristrips",
                                          "trifans",   "linestrips", "lines",    "vertices"};
     if (std::strchr("adelprstiv", *parent) == nullptr) {
-        return true; // most elements are none of these
+        return true; // most elements are not among these
     }
     if (isOneOf(parent, instances)) {
         return isOneOf(child, {"bind_material", "skeleton", "extra"});
@@ -203,7 +203,7 @@ bool holdsId(pugi::xml_node subtree)
     return false;
 }
 
-// Where other readers keep what they like.
+// Whether an element holds data of other programs.
 bool isForeign(const char* name)
 {
     return std::strcmp(name, "extra") == 0 ||

@@ -158,7 +158,7 @@ private:
         return known;
     }
 
-    // The name of old where it is free among the profile's own parameters.
+    // The old name if no parameter of the profile has it.
     std::string nameFor(pugi::xml_node parameter, const std::string& wish)
     {
         std::string old = parameter.attribute("sid").value();

@@ -94,7 +94,7 @@ TEST(MakeNormalsTest, FacesBeyondTheAngleKeepTheirOwn)
 
 TEST(MakeNormalsTest, FlatFaceCountsOnceHoweverItIsCut)
 {
-    // A square of two triangles in the plane, both at the corner 0, and a triangle that stands at 40 degrees.
+    // A square of two triangles in the plane, both at the corner 0, and a triangle at 40 degrees to them.
     const double radians = 40 * 3.14159265358979323846 / 180;
     const Prepared result(
         document("0 0 0 -1 0 0 -1 -1 0 0 -1 0 " +

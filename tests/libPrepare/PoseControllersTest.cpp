@@ -57,7 +57,7 @@ std::string skin(const std::string& weights, const std::string& of = "g", const 
            weights + "</vertex_weights></skin></controller>";
 }
 
-// Joint A turns by 90 degrees about Z and stands at 0 0 5, joint B at 10 0 0.
+// Joint A turns by 90 degrees about Z and is at 0 0 5, joint B at 10 0 0.
 std::string scene(const std::string& controllers, const std::string& geometries = base)
 {
     return "<library_geometries>" + geometries + "</library_geometries><library_controllers>" + controllers +

@@ -16,7 +16,7 @@ struct Prepared {
     /// The first node that an XPath finds.
     pugi::xml_node node(const char* path) const { return document.select_node(path).node(); }
     std::size_t count(const char* path) const { return document.select_nodes(path).size(); }
-    /// The text of the first node that an XPath finds, blanks at its ends taken off.
+    /// The text of the first node that an XPath finds, without leading and trailing blanks.
     std::string text(const char* path) const;
     /// The findings of a kind.
     std::size_t findings(const char* kind) const;
