@@ -18,9 +18,9 @@ String keptText(const char* text) noexcept
         static_cast<void>(0); // tried again below with less
     }
     try {
-        constexpr std::size_t mostBytes = 15; // standard libraries store that many without an allocation
-        char start[mostBytes + 1] = {};
-        std::strncpy(start, text, mostBytes);
+        constexpr std::size_t maxBytes = 15; // standard libraries store that many without an allocation
+        char start[maxBytes + 1] = {};
+        std::strncpy(start, text, maxBytes);
         return String(start);
     } catch (const std::bad_alloc&) {
         return String();

@@ -131,7 +131,7 @@ _BucketBase::~_BucketBase() = default;
 
 namespace {
 
-constexpr unsigned mostHeads = 0x80000000u;
+constexpr unsigned maxHeads = 0x80000000u;
 
 // The null pointer at the end of a chain.
 _BucketBase** chainEnd(_BucketBase** slot)
@@ -255,7 +255,7 @@ void _HashTableRep::put(_BucketBase** slot, unsigned chainLength, _BucketBase* b
     if (chainLength >= maxChain && m_keyedHashOf != nullptr && !m_isKeyed) {
         goKeyed();
     }
-    if (m_size > m_headCount && m_hashOf != nullptr && m_headCount <= mostHeads / 2) {
+    if (m_size > m_headCount && m_hashOf != nullptr && m_headCount <= maxHeads / 2) {
         growHeads(2);
     }
 }
@@ -283,7 +283,7 @@ void _HashTableRep::goKeyed() noexcept
 void _HashTableRep::reserve(unsigned size)
 {
     unsigned factor = 1;
-    while (m_headCount * factor < size && m_headCount * factor <= mostHeads / 2) {
+    while (m_headCount * factor < size && m_headCount * factor <= maxHeads / 2) {
         factor *= 2;
     }
     if (factor > 1 && m_hashOf != nullptr) {

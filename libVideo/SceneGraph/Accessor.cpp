@@ -153,8 +153,8 @@ unsigned AccessorFloat::backedCount() const
     const std::uint64_t length = m_floatArray != nullptr ? m_floatArray->getValue().getCount() : 0;
     const std::uint64_t step = m_stride == 0 ? 1 : m_stride;
     const std::uint64_t records = (length + step - 1) / step; // the last one may be incomplete
-    const std::uint64_t behindOffset = records > m_offset ? records - m_offset : 0;
-    return behindOffset < m_count ? static_cast<unsigned>(behindOffset) : m_count;
+    const std::uint64_t afterOffset = records > m_offset ? records - m_offset : 0;
+    return afterOffset < m_count ? static_cast<unsigned>(afterOffset) : m_count;
 }
 
 const vesk::Array<Data>& AccessorFloat::readDataFromArray(unsigned index)

@@ -19,7 +19,7 @@ VIDEO_SOURCE_PATH("libVideo/SceneGraph/Animation")
 namespace {
 
 // Maximum number of records of an accessor without an array.
-constexpr unsigned mostUnbackedRecords = 1048576;
+constexpr unsigned maxUnbackedRecords = 1048576;
 // Memory charged per key, besides its numbers: its time and its kind.
 constexpr std::uint64_t bytesPerKey = sizeof(double) + 1;
 // The numbers of the arrays that the curves of one list use. Several curves may share an array.
@@ -81,12 +81,12 @@ InterpolationType interpolationOf(const char* text)
 std::uint64_t backedRecords(const domFloat_array* floats, const domName_array* names, unsigned stride)
 {
     if (floats != nullptr && floats->getCount() > 0) {
-        return stride == 0 ? mostUnbackedRecords : floats->getValue().getCount() / stride;
+        return stride == 0 ? maxUnbackedRecords : floats->getValue().getCount() / stride;
     }
     if (names != nullptr && names->getCount() > 0) {
         return names->getValue().getCount();
     }
-    return mostUnbackedRecords;
+    return maxUnbackedRecords;
 }
 
 } // namespace

@@ -18,8 +18,8 @@ VIDEO_SOURCE_PATH("libVideo/SceneGraph/Primitive")
 namespace {
 
 // Maximum number of points that sources may have without an array, and of the bytes of these points.
-constexpr unsigned mostUnbackedPoints = 1048576;
-constexpr unsigned mostUnbackedBytes = 67108864;
+constexpr unsigned maxUnbackedPoints = 1048576;
+constexpr unsigned maxUnbackedBytes = 67108864;
 
 // Memory charged for a vertex: its bytes plus 32 for each source, because a source without an accessor adds bytes that
 // its layout does not count.
@@ -53,10 +53,10 @@ private:
     unsigned m_used = 0;
 };
 
-unsigned mostPoints(unsigned backed, unsigned recordBytes)
+unsigned maxPoints(unsigned backed, unsigned recordBytes)
 {
-    const unsigned inBytes = recordBytes == 0 ? mostUnbackedPoints : mostUnbackedBytes / recordBytes;
-    const unsigned unbacked = inBytes < mostUnbackedPoints ? inBytes : mostUnbackedPoints;
+    const unsigned inBytes = recordBytes == 0 ? maxUnbackedPoints : maxUnbackedBytes / recordBytes;
+    const unsigned unbacked = inBytes < maxUnbackedPoints ? inBytes : maxUnbackedPoints;
     return backed > unbacked ? backed : unbacked;
 }
 
@@ -183,8 +183,8 @@ bool PointCloud::createFromCollada(domVertices* const vertices)
     m_vertexStream.clear();
     m_count = input.numVertices();
     m_vertexPerPrimitive = 1;
-    const unsigned most = mostPoints(input.backedVertices(), m_bytesPerVertex);
-    m_count = m_count < most ? m_count : most;
+    const unsigned limit = maxPoints(input.backedVertices(), m_bytesPerVertex);
+    m_count = m_count < limit ? m_count : limit;
     if (!detail::MemoryBudget::take(m_count, vertexCost(m_bytesPerVertex, m_vertexLayout.size()))) {
         VIDEO_LOG(detail::MemoryBudget::exceeded);
         m_count = 0;

@@ -69,7 +69,7 @@ ConvertCommand::ConvertCommand(CLI::App& app, SandboxOptions& sandbox)
 int ConvertCommand::run() const
 {
     ConversionSettings settings = m_settings;
-    settings.mostBytes = m_mebibytes << 20U;
+    settings.maxBytes = m_mebibytes << 20U;
     std::error_code ignored;
     return std::filesystem::is_directory(m_in, ignored) ? convertAll(settings) : convertFile(settings);
 }

@@ -42,7 +42,7 @@ ConversionResult convert(const std::string& in, const ConversionSettings& settin
     options.documentFiles = prepared ? std::vector<std::string>{prepared->path(), in} : std::vector<std::string>{in};
     options.isPrepared = prepared != nullptr;
     options.tolerance = settings.tolerance;
-    options.mostBytes = settings.mostBytes;
+    options.maxBytes = settings.maxBytes;
     options.approximations = result.prepared.approximations;
     try {
         GltfDocument document = gltfOf(loaded, options, result.notes);

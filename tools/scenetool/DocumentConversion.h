@@ -11,11 +11,11 @@ namespace scenetool {
 
 /// How documents are converted.
 struct ConversionSettings {
-    bool isAsLoaded = false;                           ///< Does not prepare the document first.
-    bool isCompressed = false;                         ///< Uses EXT_meshopt_compression.
-    double tolerance = 1e-4;                           ///< Largest error of an animation, relative to its size.
-    std::uint64_t mostBytes = std::uint64_t(1) << 30U; ///< Maximum size of the result's binary data.
-    libPrepare::Options prepare;                       ///< How the document is prepared.
+    bool isAsLoaded = false;                          ///< Does not prepare the document first.
+    bool isCompressed = false;                        ///< Uses EXT_meshopt_compression.
+    double tolerance = 1e-4;                          ///< Largest error of an animation, relative to its size.
+    std::uint64_t maxBytes = std::uint64_t(1) << 30U; ///< Maximum size of the result's binary data.
+    libPrepare::Options prepare;                      ///< How the document is prepared.
 };
 
 /// Result of converting one document.

@@ -52,19 +52,19 @@ public:
     // Called by the child. Truncates a text that does not fit into the pipe at once.
     void put(const std::string& text) const
     {
-        static_cast<void>(!write(m_ends[1], text.data(), std::min(text.size(), mostBytes)));
+        static_cast<void>(!write(m_ends[1], text.data(), std::min(text.size(), maxBytes)));
     }
     // Called by the parent after the child has exited.
     std::string take() const
     {
-        std::string text(mostBytes, '\0');
+        std::string text(maxBytes, '\0');
         const ssize_t size = read(m_ends[0], text.data(), text.size());
         text.resize(size > 0 ? static_cast<std::size_t>(size) : 0);
         return text;
     }
 
 private:
-    static constexpr std::size_t mostBytes = 4096;
+    static constexpr std::size_t maxBytes = 4096;
 
     std::array<int, 2> m_ends{};
 };

@@ -13,8 +13,8 @@ namespace scenetool {
 
 namespace {
 
-constexpr std::size_t mostNodes = 200;
-constexpr std::size_t mostIndented = 24; // levels
+constexpr std::size_t maxNodes = 200;
+constexpr std::size_t maxIndented = 24; // levels
 
 class Painter {
 public:
@@ -92,7 +92,7 @@ struct TreeLine {
 };
 
 // Depth first, children in document order, without recursion: documents can be deep.
-std::vector<TreeLine> treeLines(const LoadedScene& loaded, std::size_t most, std::size_t& deepest)
+std::vector<TreeLine> treeLines(const LoadedScene& loaded, std::size_t maxLines, std::size_t& deepest)
 {
     std::vector<TreeLine> lines;
     std::vector<TreeLine> open;
@@ -107,7 +107,7 @@ std::vector<TreeLine> treeLines(const LoadedScene& loaded, std::size_t most, std
         const TreeLine line = open.back();
         open.pop_back();
         deepest = std::max(deepest, line.depth);
-        if (lines.size() < most) {
+        if (lines.size() < maxLines) {
             lines.push_back(line);
         }
         push(*line.node, line.depth + 1);
@@ -142,9 +142,9 @@ void writeTree(const LoadedScene& loaded, const std::vector<TreeLine>& lines, co
 {
     out << paint.bold("Tree") << '\n';
     for (const TreeLine& line : lines) {
-        const std::size_t indented = std::min(line.depth, mostIndented);
+        const std::size_t indented = std::min(line.depth, maxIndented);
         out << std::string(2 * indented, ' ');
-        if (line.depth > mostIndented) {
+        if (line.depth > maxIndented) {
             out << paint.faint("(level " + std::to_string(line.depth) + ") ");
         }
         out << nodeTitle(*line.node) << "  " << paint.faint(matrixText(line.node->transform()));
@@ -374,7 +374,7 @@ void writeInfo(const LoadedScene& loaded, const InfoOptions& options, std::ostre
     out << paint.bold(printable(loaded.file())) << '\n';
     std::size_t deepest = 0;
     const std::vector<TreeLine> lines =
-        treeLines(loaded, options.showsAllNodes ? loaded.nodes().size() : mostNodes, deepest);
+        treeLines(loaded, options.showsAllNodes ? loaded.nodes().size() : maxNodes, deepest);
     writeCounts(loaded, deepest, paint, out);
     if (!lines.empty()) {
         writeTree(loaded, lines, paint, out);

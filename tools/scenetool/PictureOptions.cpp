@@ -21,10 +21,10 @@ void readSize(const std::string& text, RenderOptions& options)
     const std::size_t cross = text.find('x');
     const bool isRead = cross != std::string::npos && parse(text.substr(0, cross), 10, options.width) &&
                         parse(text.substr(cross + 1), 10, options.height);
-    if (!isRead || options.width == 0 || options.height == 0 || options.width > mostPictureSize ||
-        options.height > mostPictureSize) {
-        const std::string most = std::to_string(mostPictureSize);
-        throw PictureUsageError("--size wants a width and a height such as 960x640, 1x1 to " + most + "x" + most +
+    if (!isRead || options.width == 0 || options.height == 0 || options.width > maxPictureSize ||
+        options.height > maxPictureSize) {
+        const std::string maximum = std::to_string(maxPictureSize);
+        throw PictureUsageError("--size wants a width and a height such as 960x640, 1x1 to " + maximum + "x" + maximum +
                                 ", not " + text);
     }
 }

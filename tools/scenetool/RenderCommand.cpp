@@ -22,7 +22,7 @@ namespace scenetool {
 namespace {
 
 constexpr int failed = 1;
-constexpr unsigned mostFrames = 100000;
+constexpr unsigned maxFrames = 100000;
 
 bool isPngName(const std::string& path)
 {
@@ -63,8 +63,8 @@ void RenderCommand::checkOptions()
     if (m_output != standardOutput && !isPngName(m_output)) {
         throw PictureUsageError("--output wants a name that ends in .png, not " + m_output);
     }
-    if (m_command->count("--frames") > 0 && (m_frames == 0 || m_frames > mostFrames)) {
-        throw PictureUsageError("--frames wants a number from 1 to " + std::to_string(mostFrames));
+    if (m_command->count("--frames") > 0 && (m_frames == 0 || m_frames > maxFrames)) {
+        throw PictureUsageError("--frames wants a number from 1 to " + std::to_string(maxFrames));
     }
     if (m_command->count("--fps") > 0 && m_frames == 0) {
         throw PictureUsageError("--fps needs --frames");

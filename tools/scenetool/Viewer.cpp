@@ -33,7 +33,7 @@ namespace {
 constexpr double timeStep = 0.1;         // seconds per key press
 constexpr int timelineHeight = 10;       // pixels
 constexpr float radiansPerPixel = 0.01f; // for dragging
-constexpr float mostPitch = 1.55f;       // slightly less than a right angle
+constexpr float maxPitch = 1.55f;        // slightly less than a right angle
 constexpr float zoomPerNotch = 0.88f;
 constexpr double secondsBetweenLooks = 0.5; // between checks whether the file has changed
 
@@ -456,7 +456,7 @@ private:
             return;
         case Drag::turn:
             m_orbit.yaw -= right * radiansPerPixel;
-            m_orbit.pitch = std::clamp(m_orbit.pitch + down * radiansPerPixel, -mostPitch, mostPitch);
+            m_orbit.pitch = std::clamp(m_orbit.pitch + down * radiansPerPixel, -maxPitch, maxPitch);
             break;
         case Drag::move: {
             const float step = m_orbit.spanAtTarget() / static_cast<float>(std::max(height, 1));

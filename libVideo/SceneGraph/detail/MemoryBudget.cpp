@@ -13,8 +13,8 @@ thread_local MemoryBudget* currentBudget = nullptr;
 
 std::uint64_t product(std::uint64_t a, std::uint64_t b)
 {
-    constexpr std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
-    return b != 0 && a > most / b ? most : a * b;
+    constexpr std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
+    return b != 0 && a > largest / b ? largest : a * b;
 }
 
 } // namespace

@@ -33,8 +33,6 @@ public:
     daeInt read(const daeURI& uri, daeString text) override;
 
 private:
-    class Source;
-
     DAE& m_dae;
     ElementTypes m_types;
     DocumentDatabase m_database;

@@ -41,7 +41,7 @@ const char* word(libPrepare::Approximation::Kind kind)
 // "line 7", "lines 7, 12, 30 and 4 more"; empty if no line is known.
 std::string linesText(const std::vector<const libPrepare::Finding*>& findings)
 {
-    constexpr std::size_t mostShown = 8;
+    constexpr std::size_t maxShown = 8;
     std::vector<unsigned> lines;
     for (const libPrepare::Finding* const finding : findings) {
         if (finding->place.line > 0 && (lines.empty() || lines.back() != finding->place.line)) {
@@ -49,10 +49,10 @@ std::string linesText(const std::vector<const libPrepare::Finding*>& findings)
         }
     }
     std::string text;
-    for (std::size_t i = 0; i < lines.size() && i < mostShown; ++i) {
+    for (std::size_t i = 0; i < lines.size() && i < maxShown; ++i) {
         text += (i == 0 ? (lines.size() == 1 ? "line " : "lines ") : ", ") + std::to_string(lines[i]);
     }
-    return lines.size() > mostShown ? text + " and " + std::to_string(lines.size() - mostShown) + " more" : text;
+    return lines.size() > maxShown ? text + " and " + std::to_string(lines.size() - maxShown) + " more" : text;
 }
 
 std::string padded(std::string text, std::size_t width)

@@ -16,10 +16,10 @@ namespace {
 
 using Json = GltfDocument::Json;
 
-constexpr std::size_t mostSamples = 20000;     // per node
-constexpr std::size_t mostFirstSamples = 5000; // per node, before refinement
-constexpr std::size_t mostSpan = 512;          // samples between two keys; limits the time for long straight lines
-constexpr double shortestStep = 1.0 / 4096;    // seconds; a jump becomes a slope of this length
+constexpr std::size_t maxSamples = 20000;     // per node
+constexpr std::size_t maxFirstSamples = 5000; // per node, before refinement
+constexpr std::size_t maxSpan = 512;          // samples between two keys; limits the time for long straight lines
+constexpr double shortestStep = 1.0 / 4096;   // seconds; a jump becomes a slope of this length
 
 struct Sample {
     double time;
@@ -123,7 +123,7 @@ public:
             return false;
         }
         const double wanted = std::ceil(length * m_options->sampleRate);
-        const std::size_t steps = static_cast<std::size_t>(std::clamp(wanted, 1.0, double(mostFirstSamples)));
+        const std::size_t steps = static_cast<std::size_t>(std::clamp(wanted, 1.0, double(maxFirstSamples)));
         for (std::size_t i = 0; i <= steps; ++i) {
             // Time wraps at the end, so the last value is taken just before it.
             const double time = i < steps ? length * double(i) / double(steps) : std::nextafter(length, 0.0);
@@ -184,7 +184,7 @@ private:
     template <class Fits>
     std::size_t reach(std::size_t from, Fits fits) const
     {
-        const std::size_t last = std::min(m_samples.size() - 1, from + mostSpan);
+        const std::size_t last = std::min(m_samples.size() - 1, from + maxSpan);
         std::size_t reached = from + 1;
         std::size_t missed = last + 1;
         for (std::size_t step = 2; reached < last && missed > last; step *= 2) {
@@ -312,7 +312,7 @@ private:
             const Sample& a = all.back();
             const Sample& b = waiting.back();
             const double middle = (a.time + b.time) / 2;
-            if (b.time - a.time > shortestStep && all.size() + waiting.size() < mostSamples) {
+            if (b.time - a.time > shortestStep && all.size() + waiting.size() < maxSamples) {
                 const Sample sample = at(middle);
                 if (errorOf(path, a, b, sample) > allowed) {
                     waiting.push_back(sample);

@@ -33,7 +33,7 @@ void appendWord(std::string& target, std::uint32_t word)
 
 } // namespace
 
-GltfDocument::GltfDocument(std::uint64_t mostBytes) : m_mostBytes(mostBytes)
+GltfDocument::GltfDocument(std::uint64_t maxBytes) : m_maxBytes(maxBytes)
 {
     m_json["asset"] = {{"version", "2.0"}, {"generator", "scenetool " SCENETOOL_VERSION}};
 }
@@ -62,8 +62,8 @@ void GltfDocument::useExtension(const char* name, bool isRequired)
 std::size_t GltfDocument::addView(const void* data, std::size_t size, Target target, std::size_t stride)
 {
     m_binary.append(padding(m_binary.size()), '\0');
-    if (size > m_mostBytes || m_binary.size() > m_mostBytes - size) {
-        throw GltfError("the result would have more than " + std::to_string(m_mostBytes) + " bytes of data");
+    if (size > m_maxBytes || m_binary.size() > m_maxBytes - size) {
+        throw GltfError("the result would have more than " + std::to_string(m_maxBytes) + " bytes of data");
     }
     Json view = {{"buffer", 0}, {"byteOffset", m_binary.size()}, {"byteLength", size}};
     if (stride != 0) {
@@ -88,14 +88,14 @@ std::size_t GltfDocument::addNumbers(const std::vector<float>& values, const cha
         Json low = Json::array();
         Json high = Json::array();
         for (std::size_t component = 0; component < components; ++component) {
-            float least = values[component];
-            float most = values[component];
+            float smallest = values[component];
+            float largest = values[component];
             for (std::size_t i = component; i < values.size(); i += components) {
-                least = std::min(least, values[i]);
-                most = std::max(most, values[i]);
+                smallest = std::min(smallest, values[i]);
+                largest = std::max(largest, values[i]);
             }
-            low.push_back(least);
-            high.push_back(most);
+            low.push_back(smallest);
+            high.push_back(largest);
         }
         accessor["min"] = std::move(low);
         accessor["max"] = std::move(high);

@@ -29,8 +29,8 @@ public:
     /// Types of components, with the numbers of the format.
     enum Component : unsigned { unsignedShort = 5123, unsignedInt = 5125, real = 5126 };
 
-    /// @param mostBytes maximum size of the binary data
-    explicit GltfDocument(std::uint64_t mostBytes);
+    /// @param maxBytes maximum size of the binary data
+    explicit GltfDocument(std::uint64_t maxBytes);
 
     /// Appends an object to one of the lists of the document, such as "nodes". @return its index
     std::size_t add(const char* list, Json object);
@@ -67,7 +67,7 @@ private:
 
     Json m_json;
     std::string m_binary;
-    std::uint64_t m_mostBytes;
+    std::uint64_t m_maxBytes;
     std::size_t m_uncompressedBytes = 0; // size of the compressed views before compression; 0 without any
 };
 

@@ -10,7 +10,7 @@ namespace scenetool {
 
 GltfDocument gltfOf(LoadedScene& loaded, const GltfOptions& options, ConversionNotes& notes)
 {
-    GltfDocument document(options.mostBytes);
+    GltfDocument document(options.maxBytes);
     GltfImages images(document, notes, options.documentFiles);
     GltfMaterials materials(loaded, options.isPrepared, document, images, notes);
     GltfMeshes meshes(document, materials, notes);

@@ -20,7 +20,7 @@ struct GltfOptions {
     bool isPrepared = true;   ///< If false, a transparency of 0 may also mean that the document has none.
     double sampleRate = 60.0; ///< Samples per second of an animation before refinement.
     double tolerance = 1e-4;  ///< Largest error of an animation, relative to its size.
-    std::uint64_t mostBytes = std::uint64_t(1) << 30U; ///< Maximum size of the binary data.
+    std::uint64_t maxBytes = std::uint64_t(1) << 30U; ///< Maximum size of the binary data.
 };
 
 /// Converts a scene to glTF 2.0: each node to a node, each geometry to a mesh. Uses only what the library delivers. An

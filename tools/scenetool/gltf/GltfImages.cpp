@@ -16,14 +16,14 @@ namespace scenetool {
 
 namespace {
 
-constexpr std::uintmax_t mostFileBytes = std::uintmax_t(256) << 20U;
+constexpr std::uintmax_t maxFileBytes = std::uintmax_t(256) << 20U;
 
 std::string contentOf(const std::string& file)
 {
     std::error_code error;
     const std::uintmax_t size =
         std::filesystem::is_regular_file(file, error) ? std::filesystem::file_size(file, error) : 0;
-    if (error || size == 0 || size > mostFileBytes) {
+    if (error || size == 0 || size > maxFileBytes) {
         return {};
     }
     std::ifstream in(file, std::ios::binary);

@@ -12,7 +12,7 @@ using Json = GltfDocument::Json;
 
 constexpr float pi = 3.14159265358979f;
 constexpr float degree = pi / 180.0f;
-constexpr float mostConeAngle = 1.5707962f; // less than a right angle, even in double precision
+constexpr float maxConeAngle = 1.5707962f; // less than a right angle, even in double precision
 constexpr const char* lightsExtension = "KHR_lights_punctual";
 // A diffuse surface reflects 1 / pi of the light in glTF, and all of it in COLLADA.
 constexpr float lightFactor = pi;
@@ -310,9 +310,9 @@ void GltfNodes::addLights()
     for (const libVideo::SpotLightInstanceHandle& shown : m_loaded->scene().spotLightList()) {
         const libVideo::SpotLight& spot = *shown->spotLight();
         // Angles in the document are across the whole cone. In glTF they are from the axis, and at most 90 degrees.
-        const float inner = std::clamp(spot.innerConeAngle() * 0.5f * degree, 0.0f, mostConeAngle);
+        const float inner = std::clamp(spot.innerConeAngle() * 0.5f * degree, 0.0f, maxConeAngle);
         const float outer =
-            std::clamp(std::max(spot.innerConeAngle(), spot.outerConeAngle()) * 0.5f * degree, 0.001f, mostConeAngle);
+            std::clamp(std::max(spot.innerConeAngle(), spot.outerConeAngle()) * 0.5f * degree, 0.001f, maxConeAngle);
         const float edge = outer * (1.0f - 1e-4f);
         Json json = {{"type", "spot"},
                      {"spot",

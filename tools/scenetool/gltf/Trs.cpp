@@ -10,7 +10,7 @@ using Column = std::array<double, 3>;
 using Columns = std::array<Column, 3>; // of a 3 × 3 matrix
 
 // A matrix shears if the cosine between two columns is larger.
-constexpr double mostCosine = 1e-5;
+constexpr double maxCosine = 1e-5;
 
 double dot(const Column& a, const Column& b)
 {
@@ -129,7 +129,7 @@ std::optional<Trs> trsOf(const Matrix4& matrix)
     for (unsigned i = 0; i < 3; ++i) {
         const Column& a = columns[i];
         const Column& b = columns[(i + 1) % 3];
-        if (std::fabs(dot(a, b)) > mostCosine * std::sqrt(dot(a, a) * dot(b, b))) {
+        if (std::fabs(dot(a, b)) > maxCosine * std::sqrt(dot(a, a) * dot(b, b))) {
             return std::nullopt;
         }
     }

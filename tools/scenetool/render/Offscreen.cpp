@@ -12,8 +12,8 @@ namespace scenetool {
 
 namespace {
 
-constexpr GLsizei mostSamples = 4;
-constexpr std::size_t mostSampledPixels = 16777216; // samples of more pixels would take gigabytes
+constexpr GLsizei maxSamples = 4;
+constexpr std::size_t maxSampledPixels = 16777216; // samples of more pixels would take gigabytes
 
 // The dispatch library aborts the process if it does not find a library, so this is checked first.
 bool hasLibrary(const char* name)
@@ -104,15 +104,15 @@ OffscreenContext::~OffscreenContext()
 
 Canvas::Canvas(unsigned width, unsigned height) : m_width(width), m_height(height)
 {
-    GLint most = 0;
+    GLint maxSide = 0;
     GLint samples = 0;
-    glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &most);
+    glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &maxSide);
     glGetIntegerv(GL_MAX_SAMPLES, &samples);
-    if (std::max(width, height) > static_cast<unsigned>(most)) {
-        throw PictureError("cannot draw: the driver's pictures have at most " + std::to_string(most) +
+    if (std::max(width, height) > static_cast<unsigned>(maxSide)) {
+        throw PictureError("cannot draw: the driver's pictures have at most " + std::to_string(maxSide) +
                            " pixels a side");
     }
-    samples = std::size_t(width) * height > mostSampledPixels ? 0 : std::min(samples, mostSamples);
+    samples = std::size_t(width) * height > maxSampledPixels ? 0 : std::min(samples, maxSamples);
     const auto columns = static_cast<GLsizei>(width);
     const auto rows = static_cast<GLsizei>(height);
     m_sampledColor = newRenderbuffer();

@@ -22,7 +22,7 @@ namespace scenetool {
 
 namespace {
 
-constexpr std::uintmax_t mostFileSize = 268435456;
+constexpr std::uintmax_t maxFileSize = 268435456;
 
 std::string lastError()
 {
@@ -35,7 +35,7 @@ std::vector<unsigned char> readFile(const std::string& path)
     if (!std::filesystem::is_regular_file(path, error)) {
         throw PictureError(std::filesystem::exists(path, error) ? "is no file" : "does not exist");
     }
-    if (std::filesystem::file_size(path, error) > mostFileSize || error) {
+    if (std::filesystem::file_size(path, error) > maxFileSize || error) {
         throw PictureError("is too large");
     }
     std::ifstream file(path, std::ios::binary);
@@ -48,9 +48,9 @@ std::vector<unsigned char> readFile(const std::string& path)
 
 void checkSize(unsigned width, unsigned height)
 {
-    if (width == 0 || height == 0 || width > mostPictureSize || height > mostPictureSize) {
+    if (width == 0 || height == 0 || width > maxPictureSize || height > maxPictureSize) {
         throw PictureError("is " + std::to_string(width) + " by " + std::to_string(height) + " pixels, where " +
-                           std::to_string(mostPictureSize) + " are the most");
+                           std::to_string(maxPictureSize) + " are the most");
     }
 }
 
@@ -101,7 +101,7 @@ Picture readJpeg(const std::vector<unsigned char>& bytes)
 // Reads the formats that need no library of their own.
 Picture readOther(const std::vector<unsigned char>& bytes)
 {
-    const auto size = static_cast<int>(bytes.size()); // fits, because files are limited to `mostFileSize`
+    const auto size = static_cast<int>(bytes.size()); // fits, because files are limited to `maxFileSize`
     int width = 0;
     int height = 0;
     int channels = 0;

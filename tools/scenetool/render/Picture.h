@@ -30,7 +30,7 @@ struct Picture {
 };
 
 /// Maximum width and height of a picture that is drawn or read.
-constexpr unsigned mostPictureSize = 8192;
+constexpr unsigned maxPictureSize = 8192;
 
 /// Reads a PNG, JPEG, TGA, BMP, GIF or PSD file, whatever its extension. Of an animated one it reads the first picture.
 /// @throws PictureError

@@ -152,10 +152,10 @@ public:
     }
 
 private:
-    static constexpr float most = std::numeric_limits<float>::infinity();
+    static constexpr float infinity = std::numeric_limits<float>::infinity();
 
-    Vector3 m_low{most, most, most};
-    Vector3 m_high{-most, -most, -most};
+    Vector3 m_low{infinity, infinity, infinity};
+    Vector3 m_high{-infinity, -infinity, -infinity};
 };
 
 } // namespace scenetool

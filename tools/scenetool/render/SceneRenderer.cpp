@@ -14,12 +14,12 @@ namespace scenetool {
 
 namespace {
 
-constexpr unsigned mostLights = 4096;      // a picture with more would take hours
-constexpr unsigned mostVertexBytes = 2048; // the largest stride that every driver supports
-constexpr float ambientFloor = 0.2f;       // for documents as loaded, whose ambient lights are not read
-constexpr float besideOthers = 0.4f;       // strength of a head light besides other lights
-constexpr float pointSize = 3.0f;          // pixels
-constexpr unsigned lightUnit = 5;          // texture unit after those of the material
+constexpr unsigned maxLights = 4096;      // a picture with more would take hours
+constexpr unsigned maxVertexBytes = 2048; // the largest stride that every driver supports
+constexpr float ambientFloor = 0.2f;      // for documents as loaded, whose ambient lights are not read
+constexpr float besideOthers = 0.4f;      // strength of a head light besides other lights
+constexpr float pointSize = 3.0f;         // pixels
+constexpr unsigned lightUnit = 5;         // texture unit after those of the material
 
 enum Channel { emissionChannel, ambientChannel, diffuseChannel, specularChannel, opacityChannel };
 
@@ -47,7 +47,7 @@ void main()
 // The shader location of an attribute, and how many of its floats are used there.
 struct Slot {
     GLuint location;
-    unsigned mostFloats;
+    unsigned maxFloats;
 };
 
 std::optional<Slot> slotOf(libVideo::VertexSemantic semantic)
@@ -89,7 +89,7 @@ void setPointers(const libVideo::Primitive& primitive)
         const std::size_t offset = attribute.byteOffset;
         glEnableVertexAttribArray(slot->location);
         glVertexAttribPointer(
-            slot->location, static_cast<GLint>(std::min(floats, slot->mostFloats)), GL_FLOAT, GL_FALSE,
+            slot->location, static_cast<GLint>(std::min(floats, slot->maxFloats)), GL_FLOAT, GL_FALSE,
             static_cast<GLsizei>(primitive.bytesPerVertex()),
             reinterpret_cast<const void*>(offset)); // NOLINT(performance-no-int-to-ptr): required by OpenGL
     }
@@ -194,7 +194,7 @@ bool SceneRenderer::addMesh(libVideo::Primitive& primitive)
         return false;
     }
     const std::string name = printable(primitive.id().data());
-    if (stride > mostVertexBytes) {
+    if (stride > maxVertexBytes) {
         m_shortfalls->add("a primitive " + name + " has vertices of " + std::to_string(stride) +
                           " bytes, which is more than drivers take");
         return false;
@@ -333,10 +333,10 @@ std::size_t SceneRenderer::loadLights(const ScenePose& pose, const Viewpoint& vi
         headLight.color = {strength, strength, strength};
         lights.insert(lights.begin(), headLight);
     }
-    if (lights.size() > mostLights) {
-        m_shortfalls->add("of " + std::to_string(lights.size()) + " lights the first " + std::to_string(mostLights) +
+    if (lights.size() > maxLights) {
+        m_shortfalls->add("of " + std::to_string(lights.size()) + " lights the first " + std::to_string(maxLights) +
                           " are drawn");
-        lights.resize(mostLights);
+        lights.resize(maxLights);
     }
     std::vector<float> texels;
     for (const PlacedLight& light : lights) {

@@ -21,7 +21,7 @@ constexpr unsigned gap = 8;
 constexpr unsigned labelHeight = 20;
 constexpr unsigned textTop = 5;   // space above a label
 constexpr unsigned textStep = 13; // height of a line
-constexpr std::size_t mostSheetPixels = 134217728;
+constexpr std::size_t maxSheetPixels = 134217728;
 
 using Color = std::array<unsigned char, 3>;
 
@@ -219,7 +219,7 @@ Picture renderSheet(const std::vector<std::string>& files, const std::string& fo
     const unsigned rows = (count + columns - 1) / columns;
     const std::size_t width = gap + std::size_t(columns) * (options.cellWidth + gap);
     const std::size_t height = gap + std::size_t(rows) * (options.cellHeight + labelHeight + gap);
-    if (width * height > mostSheetPixels) {
+    if (width * height > maxSheetPixels) {
         throw PictureError(std::to_string(count) + " documents do not fit one picture, a smaller --size helps");
     }
     Picture sheet(static_cast<unsigned>(width), static_cast<unsigned>(height));

@@ -26,9 +26,9 @@ GlObject uploaded(Picture& picture)
         std::swap_ranges(picture.row(y), picture.row(y) + 4 * std::size_t(picture.width),
                          picture.row(picture.height - 1 - y));
     }
-    GLint most = 0;
-    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &most);
-    if (std::max(picture.width, picture.height) > static_cast<unsigned>(most)) {
+    GLint maxSide = 0;
+    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &maxSide);
+    if (std::max(picture.width, picture.height) > static_cast<unsigned>(maxSide)) {
         throw PictureError("is too large for the driver");
     }
     GlObject texture = newTexture();
