@@ -925,7 +925,7 @@ TEST(ScenetoolCommandTest, UnknownOneIsNamedWithTheNearest)
 {
     const ProcessResult near = scenetool({"dmup", "x.dae"});
     EXPECT_EQ(near.status, usageError);
-    EXPECT_EQ("scenetool: there is no command \"dmup\"; do you mean dump? (see scenetool --help)\n", near.errors);
+    EXPECT_EQ("scenetool: there is no command \"dmup\"; did you mean dump? (see scenetool --help)\n", near.errors);
     const ProcessResult far = scenetool({"lighthouse"});
     EXPECT_EQ(far.status, usageError);
     EXPECT_EQ("scenetool: there is no command \"lighthouse\" (see scenetool --help)\n", far.errors);

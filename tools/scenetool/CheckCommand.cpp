@@ -24,7 +24,7 @@ void addMessages(const std::string& file, libPrepare::Report& report)
     if (loaded.failure()) {
         report.findings.push_back({libPrepare::Outcome::lost,
                                    "exception",
-                                   "The load ends with " + loaded.failure()->type + ": " + loaded.failure()->message,
+                                   "The load fails with " + loaded.failure()->type + ": " + loaded.failure()->message,
                                    "prepare the document",
                                    {}});
     } else if (loaded.refusal()) {
@@ -34,7 +34,7 @@ void addMessages(const std::string& file, libPrepare::Report& report)
     }
     for (const LogLine& line : loaded.log()) {
         report.findings.push_back(
-            {libPrepare::Outcome::lost, "message", "The library says: " + line.text, "prepare the document", {}});
+            {libPrepare::Outcome::lost, "message", "The library reports: " + line.text, "prepare the document", {}});
     }
 }
 
@@ -50,12 +50,12 @@ void addGltfNotes(const std::string& file, libPrepare::Report& report)
         report.findings.push_back({libPrepare::Outcome::lost,
                                    "gltf",
                                    "In glTF: " + note.text + count,
-                                   "none: the format has no such thing",
+                                   "none: the format cannot express it",
                                    {}});
     }
     if (!result.failure.empty()) {
         report.findings.push_back(
-            {libPrepare::Outcome::lost, "gltf", "In glTF: everything, since it " + result.failure, "none", {}});
+            {libPrepare::Outcome::lost, "gltf", "In glTF: everything (" + result.failure + ")", "none", {}});
     }
 }
 #else
@@ -91,13 +91,13 @@ int check(const std::string& file, bool showsGltf, bool showsJson)
 } // namespace
 
 CheckCommand::CheckCommand(CLI::App& app, SandboxOptions& sandbox)
-    : m_command(app.add_subcommand("check", "Lists what a host will not get from documents, where, and what helps.")),
+    : m_command(app.add_subcommand("check", "Lists what a host will not get from documents, with lines and remedies.")),
       m_sandbox(sandbox)
 {
     m_command->add_option("FILE", m_files, "The documents")->required();
-    m_command->add_flag("--json", m_showsJson, "Print a JSON array with one report a document");
+    m_command->add_flag("--json", m_showsJson, "Print a JSON array with one report per document");
 #ifdef SCENETOOL_HAS_PICTURES
-    m_command->add_flag("--gltf", m_showsGltf, "List what a glTF file of the document cannot hold as well");
+    m_command->add_flag("--gltf", m_showsGltf, "Also list what a glTF file of the document cannot hold");
 #endif
     m_sandbox.addTo(*m_command);
 }
@@ -129,7 +129,7 @@ int CheckCommand::run() const
         if (!hasEnded) {
             libPrepare::Report report;
             report.findings.push_back(
-                {libPrepare::Outcome::refused, "limit", "takes more than it may", "allow more time or memory", {}});
+                {libPrepare::Outcome::refused, "limit", "exceeds the limits", "allow more time or memory", {}});
             result = notReadable;
             if (m_showsJson) {
                 std::cout << reportJson(file, report).dump();

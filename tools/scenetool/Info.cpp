@@ -128,7 +128,7 @@ void writeCounts(const LoadedScene& loaded, std::size_t deepest, const Painter& 
     out << paint.bold("Nodes") << "       " << loaded.nodes().size() << " on " << counted(deepest, "level") << '\n';
     if (collapsed > 0) {
         out << paint.bold("Collapsed") << "   " << counted(collapsed, "node")
-            << " with a zero matrix, as nodes without transforms have; what is below them collapses as well\n";
+            << " with a zero matrix, as nodes without transforms have; everything below them collapses, too\n";
     }
     out << paint.bold("Animations") << "  ";
     if (animated == 0) {

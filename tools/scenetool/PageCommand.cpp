@@ -51,10 +51,10 @@ PageCommand::PageCommand(CLI::App& app)
 {
     m_settings.prepare = preparationForGltf();
     m_command->add_option("IN", m_in, "The document")->required();
-    m_command->add_option("-o,--output", m_out, "The page, which any browser opens without a network")->required();
+    m_command->add_option("-o,--output", m_out, "The page, which any browser can open offline")->required();
     m_command->add_option("--title", m_title, "The title of the page (default: the name of the document)");
     m_command->add_flag("--as-loaded", m_settings.isAsLoaded,
-                        "Show what the library delivers of the document as it is");
+                        "Show what the library delivers of the unprepared document");
 }
 
 int PageCommand::run() const
@@ -74,7 +74,7 @@ int PageCommand::run() const
         escaped(title) +
         "</title>\n<style>body { margin: 0; overflow: hidden; background: #9fb8cc; font-family: sans-serif } "
         "canvas { display: block } #message { padding: 1em }</style>\n</head>\n<body>\n"
-        "<div id=\"message\">The model is being read ...</div>\n"
+        "<div id=\"message\">Loading the model ...</div>\n"
         "<script type=\"text/plain\" id=\"model\">" +
         base64(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()) + "</script>\n<script>\n";
     const std::string tail = "\n</script>\n</body>\n</html>\n";

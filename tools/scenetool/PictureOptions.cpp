@@ -24,8 +24,8 @@ void readSize(const std::string& text, RenderOptions& options)
     if (!isRead || options.width == 0 || options.height == 0 || options.width > maxPictureSize ||
         options.height > maxPictureSize) {
         const std::string maximum = std::to_string(maxPictureSize);
-        throw PictureUsageError("--size wants a width and a height such as 960x640, 1x1 to " + maximum + "x" + maximum +
-                                ", not " + text);
+        throw PictureUsageError("--size expects a width and a height such as 960x640, from 1x1 to " + maximum + "x" +
+                                maximum + ", not " + text);
     }
 }
 
@@ -39,7 +39,7 @@ void readBackground(const std::string& text, Background& background)
     const std::string digits = text.substr(text.rfind('#', 0) == 0 ? 1 : 0);
     unsigned value = 0;
     if (digits.size() != 6 || !parse(digits, 16, value)) {
-        throw PictureUsageError("--background wants sky, none or a color such as 33383f, not " + text);
+        throw PictureUsageError("--background expects sky, none or a color such as 33383f, not " + text);
     }
     background.kind = Background::Kind::color;
     for (unsigned i = 0; i < 3; ++i) {
@@ -56,7 +56,7 @@ LightChoice lightChoice(const std::string& text)
             return choice;
         }
     }
-    throw PictureUsageError("--lights wants document, head or both, not " + text);
+    throw PictureUsageError("--lights expects document, head or both, not " + text);
 }
 
 } // namespace
@@ -64,18 +64,16 @@ LightChoice lightChoice(const std::string& text)
 void PictureOptions::addTo(CLI::App& command)
 {
     command.add_option("--time", m_options.time, "Show the scene at this time in seconds");
-    command.add_option("--camera", m_options.camera, "Look through this camera of the scene, counted from 0");
-    command.add_flag("--framed", m_options.isFramed, "Show all of the scene, whatever cameras it has");
-    command.add_option("--up", m_up, "The axis that points up where all of the scene is shown: x, y or z");
+    command.add_option("--camera", m_options.camera, "Look through this camera of the scene; the first one is 0");
+    command.add_flag("--framed", m_options.isFramed, "Show the whole scene, even if it has cameras");
+    command.add_option("--up", m_up, "Axis that points up in a view of the whole scene: x, y or z (default: y)");
     command.add_option("--lights", m_lights,
-                       "What lights the scene: document, head (a light goes with the eye) or both; the document if not "
-                       "said, and the head where it lights nothing");
-    command.add_flag("--as-loaded", m_isAsLoaded,
-                     "Show what the library delivers of the document as it is, which is not prepared then");
-    command.add_option("--size", m_size, "Width and height of the picture in pixels; 960x640 if not said");
-    command.add_option(
-        "--background", m_background,
-        "What is behind the scene: sky, none (a PNG with alpha) or a color such as 33383f; sky if not said");
+                       "Lights: document, head (a light that moves with the eye) or both (default: document, or head "
+                       "if the document lights nothing)");
+    command.add_flag("--as-loaded", m_isAsLoaded, "Show what the library delivers of the unprepared document");
+    command.add_option("--size", m_size, "Width and height of the picture in pixels (default: 960x640)");
+    command.add_option("--background", m_background,
+                       "Background: sky, none (a PNG with alpha) or a color such as 33383f (default: sky)");
     command.add_flag("--identity-for-empty", m_options.isIdentityForEmpty,
                      "Draw nodes without transforms, whose matrix is zero, as if they had the identity");
 }
@@ -92,11 +90,11 @@ void PictureOptions::read()
         m_options.drawing.lights = lightChoice(m_lights);
     }
     if (m_up != "x" && m_up != "y" && m_up != "z") {
-        throw PictureUsageError("--up wants x, y or z, not " + m_up);
+        throw PictureUsageError("--up expects x, y or z, not " + m_up);
     }
     m_options.up = m_up == "x" ? UpAxis::x : m_up == "y" ? UpAxis::y : UpAxis::z;
     if (m_options.time && !std::isfinite(*m_options.time)) {
-        throw PictureUsageError("--time wants a number of seconds");
+        throw PictureUsageError("--time expects a number of seconds");
     }
 }
 

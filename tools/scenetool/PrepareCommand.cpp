@@ -23,10 +23,11 @@ std::optional<double> numberOf(const std::string& text)
 
 // The range checks of CLI11 accept NaN.
 const CLI::Validator
-    finite([](const std::string& text) { return numberOf(text) ? std::string() : '"' + text + "\" is no number"; }, "");
+    finite([](const std::string& text) { return numberOf(text) ? std::string() : '"' + text + "\" is not a number"; },
+           "");
 const CLI::Validator positive(
     [](const std::string& text) {
-        return numberOf(text).value_or(0) > 0 ? std::string() : '"' + text + "\" is no number above 0";
+        return numberOf(text).value_or(0) > 0 ? std::string() : '"' + text + "\" is not a number above 0";
     },
     "");
 
@@ -36,12 +37,12 @@ PrepareCommand::PrepareCommand(CLI::App& app)
     : m_command(app.add_subcommand("prepare", "Rewrites a document so that the library delivers it whole."))
 {
     m_command->add_option("IN", m_in, "The document")->required();
-    m_command->add_option("-o,--output", m_out, "Where the result goes, whole or not at all")->required();
+    m_command->add_option("-o,--output", m_out, "The result, which is written completely or not at all")->required();
     m_command->add_flag("--report", m_showsReport, "Print what changed and what is lost, with lines and remedies");
     m_command->add_flag("--json", m_showsJson, "Print the report as one JSON object");
     m_command
         ->add_option("--time", m_options.time,
-                     "Time in seconds at which skins and morphs take their pose, lights and materials their values")
+                     "Time in seconds for the pose of skins and morphs, and for animated lights and materials")
         ->check(finite)
         ->type_name("");
     const std::map<std::string, libPrepare::UpAxis> axes = {
@@ -50,11 +51,10 @@ PrepareCommand::PrepareCommand(CLI::App& app)
         ->transform(CLI::CheckedTransformer(axes, CLI::ignore_case).description(""))
         ->type_name("")
         ->default_str("keep");
-    m_command->add_option("--unit", m_options.unit, "Meters for a unit of the result; the document's own by default")
+    m_command->add_option("--unit", m_options.unit, "Meters per unit of the result (default: the document's unit)")
         ->check(positive)
         ->type_name("");
-    m_command
-        ->add_option("--aspect", m_options.aspect, "Width over height that cameras without a whole field of view get")
+    m_command->add_option("--aspect", m_options.aspect, "Width over height for cameras that do not determine it")
         ->check(positive)
         ->type_name("");
     m_command
@@ -64,26 +64,26 @@ PrepareCommand::PrepareCommand(CLI::App& app)
                 // CLI11 passes "true" for an option without a value.
                 const std::optional<double> angle = text.empty() || text == "true" ? 60.0 : numberOf(text);
                 if (!angle || *angle < 0 || *angle > 180) {
-                    throw CLI::ValidationError("--normals", '"' + text + "\" is no angle from 0 to 180");
+                    throw CLI::ValidationError("--normals", '"' + text + "\" is not an angle from 0 to 180");
                 }
                 m_options.normals = angle;
             },
-            "Make missing normals, with this crease angle in degrees; 60 if none is given")
+            "Compute missing normals, with this crease angle in degrees (60 if none is given)")
         ->expected(0, 1)
         ->type_name("");
     m_command
-        ->add_option("--sample-rate", m_options.sampleRate, "Keys a second of curves that cannot be written exactly")
+        ->add_option("--sample-rate", m_options.sampleRate, "Keys per second of curves that cannot be written exactly")
         ->check(positive)
         ->type_name("")
         ->default_str("60");
-    m_command->add_option("--tolerance", m_options.tolerance, "Largest error of such a curve, relative or in degrees")
+    m_command->add_option("--tolerance", m_options.tolerance, "Largest error of such curves, relative or in degrees")
         ->check(positive)
         ->type_name("")
         ->default_str("0.0001");
     m_command->add_flag(
         "--no-approximations", m_leavesApproximationsOut,
         "Leave out what can only be approximated: directional and ambient lights, orthographic cameras");
-    m_command->add_option("--max-size", m_options.maxSize, "Bytes that the result may reach, such as 500MB")
+    m_command->add_option("--max-size", m_options.maxSize, "Largest size of the result, such as 500MB")
         ->transform(CLI::AsSizeValue(false).description(""))
         ->type_name("")
         ->default_str("1GB");

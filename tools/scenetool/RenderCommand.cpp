@@ -35,42 +35,43 @@ bool isPngName(const std::string& path)
 
 RenderCommand::RenderCommand(CLI::App& app, SandboxOptions& sandbox) : m_sandbox(sandbox)
 {
-    m_command = app.add_subcommand("render", "Draws the scene into a PNG file, or a row of them.");
+    m_command = app.add_subcommand("render", "Draws the scene into a PNG file, or a sequence of them.");
     m_command->add_option("FILE", m_file, "The document");
     m_command->add_option("--sheet", m_folder,
-                          "Draw all documents below this folder on one picture instead; --size is then that of each");
-    m_command
-        ->add_option("-o,--output", m_output, "The picture, with a name that ends in .png, or - for standard output")
+                          "Draw all documents in this folder and its subfolders in one picture instead; --size is "
+                          "the size of each (default: 320x240)");
+    m_command->add_option("-o,--output", m_output, "The picture: a name that ends in .png, or - for standard output")
         ->required();
     m_options.addTo(*m_command);
-    m_command->add_option("--frames", m_frames, "Draw so many pictures, OUT-0000.png and on, from --time or 0");
+    m_command->add_option("--frames", m_frames,
+                          "Draw this many pictures, OUT-0000.png and so on, starting at --time or 0");
     sandbox.addTo(*m_command);
-    m_command->add_option("--fps", m_sequence.framesPerSecond, "How many of them make a second; 25 if not said");
+    m_command->add_option("--fps", m_sequence.framesPerSecond, "Pictures per second with --frames (default: 25)");
 }
 
 void RenderCommand::checkOptions()
 {
     m_options.read();
     if (m_file.empty() == m_folder.empty()) {
-        throw PictureUsageError("render wants either FILE or --sheet (see scenetool render --help)");
+        throw PictureUsageError("render expects either FILE or --sheet (see scenetool render --help)");
     }
     if (!m_folder.empty() && m_frames > 0) {
-        throw PictureUsageError("--frames goes with a single FILE");
+        throw PictureUsageError("--frames needs a single FILE");
     }
     if (m_output == standardOutput && m_frames > 0) {
-        throw PictureUsageError("--frames wants a name that ends in .png for --output");
+        throw PictureUsageError("--frames needs an --output that ends in .png");
     }
     if (m_output != standardOutput && !isPngName(m_output)) {
-        throw PictureUsageError("--output wants a name that ends in .png, not " + m_output);
+        throw PictureUsageError("--output expects a name that ends in .png, not " + m_output);
     }
     if (m_command->count("--frames") > 0 && (m_frames == 0 || m_frames > maxFrames)) {
-        throw PictureUsageError("--frames wants a number from 1 to " + std::to_string(maxFrames));
+        throw PictureUsageError("--frames expects a number from 1 to " + std::to_string(maxFrames));
     }
     if (m_command->count("--fps") > 0 && m_frames == 0) {
         throw PictureUsageError("--fps needs --frames");
     }
     if (!std::isfinite(m_sequence.framesPerSecond) || !(m_sequence.framesPerSecond > 0.0)) {
-        throw PictureUsageError("--fps wants a number above 0");
+        throw PictureUsageError("--fps expects a number above 0");
     }
 }
 

@@ -11,12 +11,12 @@ namespace scenetool {
 void SandboxOptions::addTo(CLI::App& command)
 {
     CLI::Option* const wanted = command.add_flag(
-        "--sandbox", m_isWanted, "Load in a process of its own, with limits; always so for more than one document");
-    command.add_flag("--no-sandbox", m_isUnwanted, "Load in this process, however many documents")->excludes(wanted);
-    command.add_option("--time-limit", m_seconds, "Processor seconds for a document in the sandbox")
+        "--sandbox", m_isWanted, "Load the document in a separate process with limits (default for several documents)");
+    command.add_flag("--no-sandbox", m_isUnwanted, "Load all documents in this process")->excludes(wanted);
+    command.add_option("--time-limit", m_seconds, "Processor seconds per document in the sandbox")
         ->check(CLI::Range(1u, 86'400u))
         ->capture_default_str();
-    command.add_option("--memory-limit", m_mebibytes, "Mebibytes for a document in the sandbox; 0 sets no limit")
+    command.add_option("--memory-limit", m_mebibytes, "Memory in MiB per document in the sandbox; 0 for no limit")
         ->capture_default_str();
 }
 

@@ -22,11 +22,13 @@
 namespace scenetool {
 
 const char* const viewerHelp =
-    "Mouse: drag turns, with shift or the right button it moves, the wheel zooms, and a drag "
-    "along the lower edge goes through time. A document that is dropped on the window is shown.\n"
-    "Keys: space plays and halts, left and right step in time, C takes the next camera and 1 to 9 that number, "
-    "F shows all, W goes from faces to edges over them and to wires, G shows a grid with the axes, N and B go to the "
-    "next document of the folder and back, P writes a picture, H shows the keys, Q ends.";
+    "Mouse: drag to turn, with Shift or the right button to move; use the wheel to zoom; drag along the lower edge to "
+    "go "
+    "through time. Drop a document on the window to show it.\n"
+    "Keys: Space plays and pauses, Left and Right step in time, C goes to the next camera and 1 to 9 to that camera, "
+    "F shows the whole scene, W switches between faces, faces with edges, and wires, G shows a grid and the axes, N "
+    "and B "
+    "go to the next and the previous document of the folder, P saves a picture, H shows the keys, Q quits.";
 
 namespace {
 
@@ -92,18 +94,18 @@ Window openWindow(const RenderOptions& options)
 
 // Shown by the key H.
 const std::vector<std::string> helpLines = {
-    "Space       play, halt",
+    "Space       play, pause",
     "Left, Right step in time",
-    "C           next camera, then all",
+    "C           next camera, then the whole scene",
     "1 to 9      that camera",
-    "F           all of the scene",
-    "W           faces, edges over them, wires",
+    "F           the whole scene",
+    "W           faces, faces and edges, wires",
     "G           grid and axes",
-    "N, B        next document of the folder, back",
-    "P           write a picture",
-    "H           these lines",
-    "Q           end",
-    "Mouse       turn; shift or right: move; wheel: zoom",
+    "N, B        next, previous document of the folder",
+    "P           save a picture",
+    "H           this help",
+    "Q           quit",
+    "Mouse       turn; Shift or right button: move; wheel: zoom",
 };
 
 class Viewer {
@@ -264,13 +266,13 @@ private:
         if (m_show == nullptr) {
             glClearColor(0.2f, 0.2f, 0.22f, 1.0f);
             glClear(GL_COLOR_BUFFER_BIT);
-            m_overlay.drawText({"This document cannot be shown, the terminal says why.", "N, B: other documents"},
-                               m_width, m_height);
+            m_overlay.drawText({"This document cannot be shown; see the terminal.", "N, B: other documents"}, m_width,
+                               m_height);
             return;
         }
         Viewpoint viewpoint = m_camera ? m_show->cameraView(*m_camera, aspect()) : viewpointOf(m_orbit, aspect());
         if (!m_show->draw(viewpoint, m_drawing) && m_isNewCamera && m_camera) {
-            m_sink(m_file, "camera " + std::to_string(*m_camera) + " sees nothing of the scene, so all is shown");
+            m_sink(m_file, "camera " + std::to_string(*m_camera) + " sees nothing, so the whole scene is shown");
             m_camera.reset();
             viewpoint = viewpointOf(m_orbit, aspect());
             m_show->draw(viewpoint, m_drawing);

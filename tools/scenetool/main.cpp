@@ -111,7 +111,7 @@ std::string unknownCommand(const CLI::App& app, const std::string& word)
         return "";
     }
     const bool isNear = distance(word, nearest) <= std::max<std::size_t>(2, word.size() / 2);
-    return "there is no command \"" + word.substr(0, 60) + '"' + (isNear ? "; do you mean " + nearest + '?' : "");
+    return "there is no command \"" + word.substr(0, 60) + '"' + (isNear ? "; did you mean " + nearest + '?' : "");
 }
 
 int run(int argc, char** argv)
@@ -125,9 +125,9 @@ int run(int argc, char** argv)
     bool showsAllNodes = false;
     bool prepares = false;
     CLI::App* const infoCommand = app.add_subcommand(
-        "info", "Prints counts, the node tree with its transforms and animations, and messages, for people.");
+        "info", "Prints a summary: counts, the node tree with its transforms and animations, and messages.");
     infoCommand->add_option("FILE", files, "The documents")->required();
-    infoCommand->add_flag("--all", showsAllNodes, "Show all nodes of the tree, not only the first two hundred");
+    infoCommand->add_flag("--all", showsAllNodes, "Show all nodes of the tree, not only the first 200");
     infoCommand->add_flag("--prepare", prepares, "Prepare the documents first");
     sandbox.addTo(*infoCommand);
 
@@ -136,8 +136,8 @@ int run(int argc, char** argv)
     CLI::App* const dumpCommand = app.add_subcommand("dump", "Prints the whole scene as one JSON object.");
     std::string file;
     dumpCommand->add_option("FILE", file, "The document")->required();
-    dumpCommand->add_option("--time", time, "Ask every node for its state at this time in seconds first");
-    dumpCommand->add_flag("--fold", folds, "Fold parents into the nodes, so that matrices are world matrices");
+    dumpCommand->add_option("--time", time, "Evaluate the scene at this time in seconds first");
+    dumpCommand->add_flag("--fold", folds, "Fold the parents into the nodes, so that matrices are world matrices");
     dumpCommand->add_flag("--prepare", prepares, "Prepare the document first");
     sandbox.addTo(*dumpCommand);
 

@@ -60,14 +60,14 @@ TEST(SandboxTest, FaultsEndThere)
         std::raise(SIGABRT);
         return 0;
     });
-    EXPECT_EQ("was ended by a fault (Aborted)", result.failure);
+    EXPECT_EQ("crashed (Aborted)", result.failure);
 }
 
 TEST(SandboxTest, ExceptionsEndThere)
 {
     testing::internal::CaptureStderr();
     const SandboxResult result = runInSandbox(SandboxLimits(), []() -> int { throw std::runtime_error("no way"); });
-    EXPECT_EQ("was ended by an exception", result.failure);
+    EXPECT_EQ("failed with an exception", result.failure);
     EXPECT_EQ("scenetool: no way\n", testing::internal::GetCapturedStderr());
 }
 
@@ -80,7 +80,7 @@ TEST(SandboxTest, EndlessWorkEnds)
         }
         return 0;
     });
-    EXPECT_EQ("did not come to its end in 1 s", result.failure);
+    EXPECT_EQ("did not finish within 1 s", result.failure);
 }
 
 TEST(SandboxTest, EndlessWaitEnds)
@@ -91,7 +91,7 @@ TEST(SandboxTest, EndlessWaitEnds)
         pause();
         return 0;
     });
-    EXPECT_EQ("did not come to its end in 1 s", result.failure);
+    EXPECT_EQ("did not finish within 1 s", result.failure);
 }
 
 #if !defined(__SANITIZE_ADDRESS__)
@@ -164,7 +164,7 @@ TEST(SandboxTest, SlowDocumentIsGivenUp)
     const TemporaryFile file(slowDocument());
     const ProcessResult result = scenetool({"info", "--sandbox", "--time-limit", "1", file.path()});
     EXPECT_EQ(1, result.status);
-    EXPECT_EQ("scenetool: " + file.path() + ": the load did not come to its end in 1 s\n", result.errors);
+    EXPECT_EQ("scenetool: " + file.path() + ": the load did not finish within 1 s\n", result.errors);
     EXPECT_EQ("", result.output);
 }
 
@@ -174,7 +174,7 @@ TEST(SandboxTest, ManyDocumentsAreInASandboxByThemselves)
     const TemporaryFile slow(slowDocument());
     const ProcessResult result = scenetool({"info", "--time-limit", "1", good.path(), slow.path(), good.path()});
     EXPECT_EQ(1, result.status);
-    EXPECT_EQ("scenetool: " + slow.path() + ": the load did not come to its end in 1 s\n", result.errors);
+    EXPECT_EQ("scenetool: " + slow.path() + ": the load did not finish within 1 s\n", result.errors);
     const std::string one = scenetool({"info", good.path()}).output;
     EXPECT_EQ(one + "\n\n" + one, result.output) << "the rest is shown";
 }

@@ -54,7 +54,7 @@ std::string LoadedScene::fault() const
 {
     if (m_failure) {
         const std::string what = m_isLoaded ? "the evaluation" : "the load";
-        return what + " ended with " + m_failure->type + ": " + m_failure->message;
+        return what + " failed with " + m_failure->type + ": " + m_failure->message;
     }
     return m_refusal ? m_refusal->text : "";
 }
@@ -77,7 +77,7 @@ void LoadedScene::findRefusal(const std::string& path)
     refusal.outcome = libPrepare::Outcome::refused;
     refusal.kind = "refused";
     refusal.text = m_log.empty() ? "does not load" : "does not load: " + m_log.back().text;
-    refusal.remedy = "give it what the message names, or prepare it";
+    refusal.remedy = "fix what the message names, or prepare the document";
 }
 
 void LoadedScene::listNodes()

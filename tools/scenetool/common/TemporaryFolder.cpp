@@ -11,7 +11,7 @@ TemporaryFolder::TemporaryFolder()
 {
     std::string name = (std::filesystem::temp_directory_path() / "scenetool-XXXXXX").string();
     if (mkdtemp(name.data()) == nullptr) {
-        throw std::system_error(errno, std::generic_category(), "there is no folder for temporary files");
+        throw std::system_error(errno, std::generic_category(), "cannot create a temporary folder");
     }
     m_path = name;
 }

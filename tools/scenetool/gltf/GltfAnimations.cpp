@@ -400,7 +400,7 @@ void addAnimations(LoadedScene& loaded, const GltfOptions& options, GltfDocument
             }
         } catch (const vesk::Exception& exception) {
             notes.add("motion",
-                      std::string("A curve cannot be evaluated, and its node stays still: ") + exception.what());
+                      std::string("A curve cannot be evaluated, so its node does not move: ") + exception.what());
             continue;
         }
         if (motion.isSheared() || nodes.isPair(i)) {

@@ -81,7 +81,7 @@ std::optional<GltfImages::Entry> GltfImages::image(const std::string& reference)
     }
     std::optional<Entry> entry = read(file);
     if (!entry) {
-        m_notes->add("image", "An image cannot be read, and its texture is left out: " + reference);
+        m_notes->add("image", "An image cannot be read, so its texture is left out: " + reference);
     }
     m_entries.emplace(file, entry);
     return entry;
@@ -111,7 +111,7 @@ std::optional<GltfImages::Entry> GltfImages::read(const std::string& file)
             return std::nullopt;
         }
         view = m_document->addView(bytes.data(), bytes.size(), GltfDocument::none);
-        m_notes->add(ConversionNotes::imageFormat, "Images of other formats are turned into PNG.");
+        m_notes->add(ConversionNotes::imageFormat, "Images in other formats are converted to PNG.");
     }
     entry.image = m_document->add("images", {{"bufferView", view},
                                              {"mimeType", isJpeg ? "image/jpeg" : "image/png"},

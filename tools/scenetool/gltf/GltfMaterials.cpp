@@ -132,10 +132,10 @@ Json GltfMaterials::converted(const libVideo::BlinnMaterial::Component& values, 
     }
     result["doubleSided"] = true; // COLLADA cannot ask for culling
     if (values.ambientTexture || (!isBlack(values.ambient) && !isBlack(values.diffuse))) {
-        m_notes->add("ambient", "glTF has no ambient color; the light of a viewer's surroundings takes its place.");
+        m_notes->add("ambient", "glTF has no ambient color; viewers use the light of the environment instead.");
     }
     if (!isBlack(values.reflective) || values.reflectiveTexture) {
-        m_notes->add("reflective", "glTF has no color of reflections.");
+        m_notes->add("reflective", "glTF has no reflective color.");
     }
     return result;
 }

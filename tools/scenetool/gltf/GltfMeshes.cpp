@@ -76,8 +76,9 @@ std::vector<Attribute> attributesOf(const libVideo::Primitive& shown, Conversion
             attribute.name = "COLOR_" + std::to_string(colors++);
             attribute.components = std::min<std::size_t>(components, 4);
         } else {
-            notes.add("attribute",
-                      "Tangents, binormals, weights and attributes of other sizes have no place in glTF as they are.");
+            notes.add(
+                "attribute",
+                "Tangents, binormals, weights and attributes of other sizes cannot be written to glTF as they are.");
             continue;
         }
         to += 4 * attribute.components;
@@ -153,7 +154,7 @@ std::optional<Json> GltfMeshes::primitive(libVideo::Primitive& shown)
         }
     }
     if (unreal > 0) {
-        m_notes->add("number", "Numbers that are infinite or none are written as 0.", unreal);
+        m_notes->add("number", "Numbers that are infinite or NaN are written as 0.", unreal);
     }
     if (directionless > 0) {
         m_notes->add("normal", "Normals without a direction are written as Z.", directionless);

@@ -175,7 +175,7 @@ Json& GltfNodes::turned(std::size_t node, const Matrix4& world, const char* memb
     const std::optional<Trs> trs = back ? trsOf(*back * world) : std::nullopt;
     if (!trs) {
         m_notes->add("direction",
-                     "A camera or light below a node that shears or has no size looks along that node's -Z.");
+                     "A camera or light below a node that shears or has a scale of 0 looks along that node's -Z.");
         return place(node, member);
     }
     return child(node, *trs);
@@ -264,7 +264,7 @@ void GltfNodes::addLight(const Light& light, const libVideo::Instance& instance,
         strength = std::max(strength, light.color()[i]);
     }
     if (!(strength > 0.0f) || !std::isfinite(strength)) {
-        m_notes->add("dark light", "Lights that take light away, or give none, are left out.");
+        m_notes->add("dark light", "Lights that are black, or have negative colors, are left out.");
         return;
     }
     float color[3];

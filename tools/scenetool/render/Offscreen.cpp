@@ -90,7 +90,7 @@ OffscreenContext::OffscreenContext()
     if (m_context == EGL_NO_CONTEXT ||
         eglMakeCurrent(m_display, EGL_NO_SURFACE, EGL_NO_SURFACE, m_context) != EGL_TRUE) {
         eglTerminate(m_display);
-        throw PictureError("cannot draw: EGL gives no context of OpenGL 3.3 without a window");
+        throw PictureError("cannot draw: EGL has no OpenGL 3.3 context without a window");
     }
     requireGl33();
 }
@@ -109,8 +109,7 @@ Canvas::Canvas(unsigned width, unsigned height) : m_width(width), m_height(heigh
     glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &maxSide);
     glGetIntegerv(GL_MAX_SAMPLES, &samples);
     if (std::max(width, height) > static_cast<unsigned>(maxSide)) {
-        throw PictureError("cannot draw: the driver's pictures have at most " + std::to_string(maxSide) +
-                           " pixels a side");
+        throw PictureError("cannot draw: the driver supports at most " + std::to_string(maxSide) + " pixels per side");
     }
     samples = std::size_t(width) * height > maxSampledPixels ? 0 : std::min(samples, maxSamples);
     const auto columns = static_cast<GLsizei>(width);

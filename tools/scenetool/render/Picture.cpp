@@ -33,7 +33,7 @@ std::vector<unsigned char> readFile(const std::string& path)
 {
     std::error_code error;
     if (!std::filesystem::is_regular_file(path, error)) {
-        throw PictureError(std::filesystem::exists(path, error) ? "is no file" : "does not exist");
+        throw PictureError(std::filesystem::exists(path, error) ? "is not a file" : "does not exist");
     }
     if (std::filesystem::file_size(path, error) > maxFileSize || error) {
         throw PictureError("is too large");
@@ -49,8 +49,8 @@ std::vector<unsigned char> readFile(const std::string& path)
 void checkSize(unsigned width, unsigned height)
 {
     if (width == 0 || height == 0 || width > maxPictureSize || height > maxPictureSize) {
-        throw PictureError("is " + std::to_string(width) + " by " + std::to_string(height) + " pixels, where " +
-                           std::to_string(maxPictureSize) + " are the most");
+        throw PictureError("is " + std::to_string(width) + " by " + std::to_string(height) + " pixels, more than " +
+                           std::to_string(maxPictureSize) + " per side");
     }
 }
 
@@ -83,7 +83,7 @@ Picture readJpeg(const std::vector<unsigned char>& bytes)
     int sampling = 0;
     int colors = 0;
     const auto fail = [&decoder] {
-        throw PictureError(std::string("is no JPEG image that can be read: ") + tjGetErrorStr2(decoder.get()));
+        throw PictureError(std::string("is not a readable JPEG image: ") + tjGetErrorStr2(decoder.get()));
     };
     if (tjDecompressHeader3(decoder.get(), bytes.data(), size, &width, &height, &sampling, &colors) != 0) {
         fail();
@@ -106,13 +106,13 @@ Picture readOther(const std::vector<unsigned char>& bytes)
     int height = 0;
     int channels = 0;
     if (stbi_info_from_memory(bytes.data(), size, &width, &height, &channels) == 0) {
-        throw PictureError("is no image of a kind that is read (PNG, JPEG, TGA, BMP, GIF, PSD)");
+        throw PictureError("is not an image in a supported format (PNG, JPEG, TGA, BMP, GIF, PSD)");
     }
     checkSize(static_cast<unsigned>(std::max(width, 0)), static_cast<unsigned>(std::max(height, 0)));
     const std::unique_ptr<stbi_uc, void (*)(void*)> pixels(
         stbi_load_from_memory(bytes.data(), size, &width, &height, &channels, STBI_rgb_alpha), stbi_image_free);
     if (pixels == nullptr) {
-        throw PictureError(std::string("is no image that can be read: ") + stbi_failure_reason());
+        throw PictureError(std::string("is not a readable image: ") + stbi_failure_reason());
     }
     Picture picture(static_cast<unsigned>(width), static_cast<unsigned>(height));
     std::copy_n(pixels.get(), picture.bytes.size(), picture.bytes.data());
@@ -214,7 +214,7 @@ void writePicture(const Picture& picture, const std::string& path, bool hasAlpha
     std::error_code error;
     const bool isFile = path != standardOutput;
     if (isFile && std::filesystem::exists(path, error) && !std::filesystem::is_regular_file(path, error)) {
-        throw PictureError("cannot write " + path + ": it is no file");
+        throw PictureError("cannot write " + path + ": it is not a file");
     }
     const std::vector<unsigned char> bytes = hasAlpha ? withStraightAlpha(picture) : withoutAlpha(picture);
     png_image image{};

@@ -88,7 +88,7 @@ std::string PictureDocument::fault() const
         return place + why->text;
     }
     if (m_loaded->failure()) {
-        return "the load ended with " + m_loaded->failure()->type + ": " + m_loaded->failure()->message;
+        return "the load failed with " + m_loaded->failure()->type + ": " + m_loaded->failure()->message;
     }
     return m_loaded->log().empty() ? "does not load" : replaced(m_loaded->log().back().text, m_preparedFile, m_file);
 }
@@ -172,7 +172,7 @@ std::vector<std::string> PictureDocument::notes() const
         summary += (summary.empty() ? "" : ", ") + std::to_string(count) + " " + kind;
     }
     if (!summary.empty()) {
-        lines.push_back("not in the picture: " + summary + " (scenetool check says where)");
+        lines.push_back("not in the picture: " + summary + " (see scenetool check)");
     }
     return lines;
 }

@@ -196,7 +196,7 @@ bool SceneRenderer::addMesh(libVideo::Primitive& primitive)
     const std::string name = printable(primitive.id().data());
     if (stride > maxVertexBytes) {
         m_shortfalls->add("a primitive " + name + " has vertices of " + std::to_string(stride) +
-                          " bytes, which is more than drivers take");
+                          " bytes, more than drivers support");
         return false;
     }
     Mesh mesh;
@@ -246,7 +246,7 @@ SceneRenderer::Material SceneRenderer::material(const std::string& symbol)
     const auto* const bucket = m_document->scene().scene().blinnMaterialTable().lookup(symbol.c_str());
     if (bucket == nullptr) {
         if (!symbol.empty()) {
-            m_shortfalls->add("the material " + printable(symbol) + " has no values, white is drawn");
+            m_shortfalls->add("the material " + printable(symbol) + " has no values, so it is drawn white");
         }
         std::fill_n(result.colors[diffuseChannel], 3, 1.0f);
         result.isAmbientDiffuse = !m_document->isPrepared();
@@ -323,7 +323,7 @@ std::size_t SceneRenderer::loadLights(const ScenePose& pose, const Viewpoint& vi
     const bool isDark = lights.empty() && !m_isAmbientSeen;
     if (choice == LightChoice::head || choice == LightChoice::both || (choice == LightChoice::automatic && isDark)) {
         if (choice == LightChoice::automatic) {
-            m_shortfalls->add("the document lights nothing, so a light goes with the eye (--lights document leaves it "
+            m_shortfalls->add("the document lights nothing, so a light moves with the eye (--lights document leaves it "
                               "dark)");
         }
         PlacedLight headLight;
@@ -334,8 +334,8 @@ std::size_t SceneRenderer::loadLights(const ScenePose& pose, const Viewpoint& vi
         lights.insert(lights.begin(), headLight);
     }
     if (lights.size() > maxLights) {
-        m_shortfalls->add("of " + std::to_string(lights.size()) + " lights the first " + std::to_string(maxLights) +
-                          " are drawn");
+        m_shortfalls->add("only the first " + std::to_string(maxLights) + " of " + std::to_string(lights.size()) +
+                          " lights are used");
         lights.resize(maxLights);
     }
     std::vector<float> texels;

@@ -41,13 +41,13 @@ in vec3 worldPosition;
 in vec3 worldNormal;
 in vec2 vertexTexcoord;
 in vec3 vertexColor;
-uniform vec4 eye; // a place, or with 0 at the end the direction towards a viewer far away
+uniform vec4 eye; // w = 1: position; w = 0: direction towards the eye of an orthographic view
 uniform vec3 ambientLight;
 uniform int lightCount;
 uniform samplerBuffer lights;
 uniform vec3 colors[4]; // emission, ambient, diffuse, specular
 #if HAS_TEXTURES
-uniform bool hasTexture[5]; // of these and of the opacity
+uniform bool hasTexture[5]; // for these and for the opacity
 uniform sampler2D textures[5];
 #define SHOWN(channel, plain) (hasTexture[channel] ? texture(textures[channel], vertexTexcoord) : plain)
 #else
@@ -55,7 +55,7 @@ uniform sampler2D textures[5];
 #endif
 uniform float shininess;
 uniform float opacity;
-uniform float opacityFactor; // of the opacity's texture
+uniform float opacityFactor; // for the opacity texture
 uniform bool isOpacityByColor;
 uniform bool isOpacityInverted;
 uniform bool isAmbientDiffuse;
@@ -63,7 +63,7 @@ uniform bool hasNormal;
 uniform bool isTwoSided;
 uniform bool isPoints;
 uniform bool hasColor;
-uniform bool isFlat; // one color without light, for wires
+uniform bool isFlat; // one unlit color, for wires
 out vec4 result;
 
 vec3 shownNormal(vec3 towardsEye)
@@ -131,7 +131,7 @@ void main()
         float far = length(way);
         vec3 towardsLight = kind == directionalLight ? -direction.xyz : far > 0.0 ? way / far : normal;
         float facing = dot(normal, towardsLight);
-        // What the document lights is dark on the other side. The viewer's own light shows both.
+        // Lights of the document light one side. The head light lights both.
         vec3 lit = kind == headLight && facing < 0.0 ? -normal : normal;
         facing = kind == headLight ? abs(facing) : facing;
         if (facing <= 0.0) {

@@ -68,20 +68,20 @@ SceneShow::SceneShow(PictureDocument& document, const RenderOptions& options, Sh
     m_points = pointsOf(*m_loaded, m_pose);
     const std::size_t collapsed = collapsedPlaces(*m_loaded, m_pose);
     if (m_points.empty()) {
-        throw PictureError(collapsed == 0 ? "nothing to draw: no geometry stands at a finite place"
+        throw PictureError(collapsed == 0 ? "nothing to draw: no geometry is at a finite position"
                                           : "nothing to draw: all geometry is on or below nodes without transforms, "
                                             "whose matrix is zero (--identity-for-empty draws it)");
     }
     if (collapsed > 0) {
-        m_shortfalls.add("geometry on or below nodes without transforms, in " + std::to_string(collapsed) +
-                         (collapsed == 1 ? " place" : " places") + ", collapses (--identity-for-empty draws it)");
+        m_shortfalls.add("geometry on or below nodes without transforms collapses in " + std::to_string(collapsed) +
+                         (collapsed == 1 ? " place" : " places") + " (--identity-for-empty draws it)");
     }
 }
 
 void SceneShow::setTime(double time)
 {
     if (!m_loaded->evaluate(time) && m_loaded->failure()) {
-        m_shortfalls.add("the evaluation ended with " + m_loaded->failure()->type + ": " +
+        m_shortfalls.add("the evaluation failed with " + m_loaded->failure()->type + ": " +
                          printable(m_loaded->failure()->message));
     }
     m_pose = ScenePose(*m_document, m_options.isIdentityForEmpty);
@@ -98,7 +98,7 @@ void SceneShow::drawAsAsked(float aspect)
         if (draw(cameraView(*m_camera, aspect), m_options.drawing)) {
             return;
         }
-        m_shortfalls.add("camera " + std::to_string(*m_camera) + " sees nothing of the scene, so all is shown");
+        m_shortfalls.add("camera " + std::to_string(*m_camera) + " sees nothing, so the whole scene is shown");
         m_camera.reset();
     }
     draw(viewpointOf(framedOrbit(aspect), aspect), m_options.drawing);
@@ -126,7 +126,8 @@ Viewpoint SceneShow::cameraView(unsigned camera, float aspect)
     const std::optional<Viewpoint> viewpoint =
         viewpointOf(shown, m_pose, m_restProjections[camera], aspect, orthographic(shown), reason);
     if (!viewpoint) {
-        m_shortfalls.add("camera " + std::to_string(camera) + " shows nothing, so all is shown: " + reason);
+        m_shortfalls.add("camera " + std::to_string(camera) +
+                         " cannot be used, so the whole scene is shown: " + reason);
     }
     return viewpoint ? *viewpoint : viewpointOf(framedOrbit(aspect), aspect);
 }

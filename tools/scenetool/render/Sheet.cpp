@@ -220,7 +220,7 @@ Picture renderSheet(const std::vector<std::string>& files, const std::string& fo
     const std::size_t width = gap + std::size_t(columns) * (options.cellWidth + gap);
     const std::size_t height = gap + std::size_t(rows) * (options.cellHeight + labelHeight + gap);
     if (width * height > maxSheetPixels) {
-        throw PictureError(std::to_string(count) + " documents do not fit one picture, a smaller --size helps");
+        throw PictureError(std::to_string(count) + " documents do not fit into one picture; use a smaller --size");
     }
     Picture sheet(static_cast<unsigned>(width), static_cast<unsigned>(height));
     fill(sheet, {0, 0}, sheet.width, sheet.height, paper);

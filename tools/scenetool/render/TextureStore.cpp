@@ -98,7 +98,7 @@ UsedTexture TextureStore::use(const std::string& reference, const std::string& c
 {
     UsedTexture result;
     if (reference.empty()) {
-        m_shortfalls->add("the texture for " + channel + " leads to no file");
+        m_shortfalls->add("the texture for " + channel + " names no file");
         return result;
     }
     const StoredTexture& texture = stored(reference, channel);

@@ -206,7 +206,7 @@ std::optional<Viewpoint> viewpointOf(const libVideo::CameraInstance& camera, con
                                      const libPrepare::Approximation* orthographic, std::string& reason)
 {
     if (!camera.node() || !camera.camera()) {
-        reason = "it stands on no node";
+        reason = "it is on no node";
         return std::nullopt;
     }
     // The library's projection is for points as rows.
@@ -223,7 +223,7 @@ std::optional<Viewpoint> viewpointOf(const libVideo::CameraInstance& camera, con
     const Matrix4 view = viewOf(camera, pose);
     const std::optional<Matrix4> back = inverse(view);
     if (!back) {
-        reason = "its node gives it no direction";
+        reason = "its node has no direction";
         return std::nullopt;
     }
     Viewpoint result;

@@ -64,11 +64,11 @@ std::string reasonOf(int signal, const SandboxLimits& limits)
     switch (signal) {
     case SIGXCPU:
     case SIGALRM:
-        return "did not come to its end in " + std::to_string(limits.time.count()) + " s";
+        return "did not finish within " + std::to_string(limits.time.count()) + " s";
     case SIGKILL: // such as from the kernel if the machine runs out of memory
         return "was killed";
     default:
-        return std::string("was ended by a fault (") + strsignal(signal) + ")";
+        return std::string("crashed (") + strsignal(signal) + ")";
     }
 }
 
@@ -95,7 +95,7 @@ SandboxResult runInSandbox(const SandboxLimits& limits, const std::function<int(
         return {0, reasonOf(WTERMSIG(status), limits)};
     }
     if (WEXITSTATUS(status) == uncaughtException) {
-        return {0, "was ended by an exception"};
+        return {0, "failed with an exception"};
     }
     return {WEXITSTATUS(status), std::string()};
 }
