@@ -6,8 +6,8 @@ string(JSON count LENGTH "${list}" messages)
 math(EXPR last "${count} - 1")
 
 set(text "# Messages {#messages}\n
-Every line that the library logs. A line is the number of its source line, a blank, and the words; what stands in braces\n\
-is filled in. All have the priority `PRIORITY_ERROR`. A fault is one line, and the load goes on where it can.\n")
+All messages of the library. A message is the number of its source line, a space, and the words; texts in braces are\n\
+placeholders. All have the priority `PRIORITY_ERROR`. Each fault logs one message, and the load continues if it can.\n")
 set(channel "")
 foreach(i RANGE ${last})
     foreach(field channel words when then)
@@ -19,7 +19,7 @@ foreach(i RANGE ${last})
         string(APPEND text "\n## ${channel}\n\n| words | when | then |\n|---|---|---|\n")
     endif()
     if(isReached STREQUAL NOTFOUND)
-        string(APPEND when_here "; no document leads there: ${unreached}")
+        string(APPEND when_here "; no document causes it: ${unreached}")
     endif()
     string(APPEND text "| `${words_here}` | ${when_here}. | ${then_here} |\n")
 endforeach()

@@ -2,7 +2,7 @@
 
 #include <iostream>
 
-// Prints where the nodes of a document stand in the world after 1.5 seconds.
+// Prints the world positions of the nodes of a document after 1.5 seconds.
 int main(int argc, char** argv)
 {
     if (argc != 2) {

@@ -17,7 +17,7 @@ void hostLog(Level level, const std::string& topic, const std::string& text)
 }
 
 // [handler]
-// Sends what the library logs to the host's log, for as long as it lives.
+// Sends the library's messages to the host's log as long as the object exists.
 class LibraryLog {
 public:
     LibraryLog() : m_before(vesk::LogFactory::setHandler(&LibraryLog::take)) {}
@@ -45,7 +45,7 @@ int main(int argc, char** argv)
     // [silence]
     vesk::Logger* lights = nullptr;
     vesk::LogFactory::createLogger("libVideo.light", lights);
-    lights->priority = vesk::LoggerPriority::PRIORITY_OFF; // this channel says nothing any more
+    lights->priority = vesk::LoggerPriority::PRIORITY_OFF; // silences this channel
     // [/silence]
     for (int i = 1; i < argc; ++i) {
         libVideo::Scene scene;

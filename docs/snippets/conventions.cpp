@@ -1,4 +1,4 @@
-// What "Conventions" shows.
+// The code in the guide "Conventions".
 #include <libVideo/SceneGraph.h>
 
 #include <libMath/MatrixBuilders.h>
@@ -13,7 +13,7 @@ using Matrix = libMath::Matrix<float, 4, 4>;
 using Vector = libMath::Vector<float, 4>;
 
 // [column-vector]
-// M · p, the point as a column: what the matrices of nodes and transformations are for.
+// M · p with the point as a column, for the matrices of nodes and transformations.
 Vector transformed(const Matrix& m, const Vector& p)
 {
     Vector result;
@@ -27,7 +27,7 @@ Vector transformed(const Matrix& m, const Vector& p)
 // [/column-vector]
 
 // [row-vector]
-// p · M, the point as a row: what the view and the projection of a camera are for.
+// p · M with the point as a row, for the view and the projection of a camera.
 Vector projected(const Vector& p, const Matrix& m)
 {
     Vector result;
@@ -51,7 +51,7 @@ Vector point(float x, float y, float z)
 }
 
 // [corner]
-// The position of a corner of a triangle list, out of its bytes.
+// Reads the position of a corner of a triangle list from the vertex stream.
 libMath::Vector<float, 3> cornerPosition(libVideo::Primitive& primitive, unsigned corner)
 {
     libMath::Vector<float, 3> position;
@@ -78,7 +78,7 @@ int main(int argc, char** argv) // NOLINT(bugprone-exception-escape): ends it, w
     // [order]
     Matrix move;
     move.setIdentity();
-    move(0, 3) = 5.0f; // a translation stands in the fourth column
+    move(0, 3) = 5.0f;                                                          // a translation is in the fourth column
     const Vector moved = transformed(move * quarter, point(0.0f, -1.0f, 0.0f)); // turned first
     std::cout << "x becomes " << moved[0] << '\n';
     // [/order]
@@ -91,7 +91,7 @@ int main(int argc, char** argv) // NOLINT(bugprone-exception-escape): ends it, w
     // [camera]
     world.transform(); // now positions are those in the world
     libVideo::CameraInstance& camera = *world.cameraList()[0];
-    const Matrix view = camera.setLookAtNode(camera.lookAtNode()); // the same node, where it stands now
+    const Matrix view = camera.setLookAtNode(camera.lookAtNode()); // the same node at its new position
     const Matrix viewProjection = view * camera.projection();
     const libMath::Vector<float, 3> seen = camera.lookAtNode()->position();
     const Vector clip = projected(point(seen[0], seen[1], seen[2]), viewProjection);

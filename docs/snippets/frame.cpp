@@ -1,4 +1,4 @@
-// What "From a file to a drawn frame" shows of a host that draws nothing yet: what there is to draw.
+// Code in the guide "From a file to a drawn frame": a host that lists what there is to draw.
 #include <libVideo/SceneGraph.h>
 
 #include <iostream>

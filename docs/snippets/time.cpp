@@ -1,4 +1,4 @@
-// What "Time and animation" shows.
+// The code in the guide "Time and animation".
 #include <libVideo/SceneGraph.h>
 
 #include <iostream>
@@ -9,7 +9,7 @@ namespace {
 using Matrix = libMath::Matrix<float, 4, 4>;
 
 // [world]
-// Where every node stands in the world at a time: its own matrix, with that of its parent on the left.
+// The world matrices of all nodes at a time: the world matrix of the parent times the node's own matrix.
 std::map<const libVideo::Node*, Matrix> worldMatrices(const libVideo::VisualScene& scene, double time)
 {
     std::map<const libVideo::Node*, Matrix> world;
