@@ -63,7 +63,7 @@ def show_loads(rows):
     if has_imports:
         heads += ["Assimp ms", "ratio", "Assimp MiB", "ratio"]
     table("The document model's own open, and a whole load: processor time and peak resident memory\n"
-          "Medians of processes that do one of both and end; warm: the ratio in one process that does both by turns.\n"
+          "Medians of processes that do only one of the two; warm: the ratio in one process that alternates.\n"
           "build: the load without opening the document.",
           heads, [load_row(row, has_imports) for row in rows])
 
@@ -87,7 +87,7 @@ def show_containers(rows):
     twins = {}
     for row in rows:
         twins.setdefault((row["family"], row["kind"], row["size"]), {})[row["twin"]] = row["seconds_per_item"] * 1e9
-    table("Containers beside their twins of the standard library, for one item", ["operation", "ns", "std ns", "ratio"],
+    table("Containers and those of the standard library, time per item", ["operation", "ns", "std ns", "ratio"],
           [[f"{family} {kind}, {size:,}", f"{pair['vesk']:.2f}", f"{pair['std']:.2f}", f"{pair['vesk'] / pair['std']:.2f}"]
            for (family, kind, size), pair in twins.items() if len(pair) == 2])
 

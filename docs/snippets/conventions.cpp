@@ -67,7 +67,7 @@ libMath::Vector<float, 3> cornerPosition(libVideo::Primitive& primitive, unsigne
 
 } // namespace
 
-int main(int argc, char** argv) // NOLINT(bugprone-exception-escape): ends it, which is all there is to do
+int main(int argc, char** argv) // NOLINT(bugprone-exception-escape): an exception may end the program
 {
     // [rotation]
     const libMath::Vector<float, 3> axis(0.0f, 0.0f, 1.0f);
