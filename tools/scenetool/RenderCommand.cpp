@@ -45,8 +45,8 @@ RenderCommand::RenderCommand(CLI::App& app, SandboxOptions& sandbox) : m_sandbox
     m_options.addTo(*m_command);
     m_command->add_option("--frames", m_frames,
                           "Draw this many pictures, OUT-0000.png and so on, starting at --time or 0");
-    sandbox.addTo(*m_command);
     m_command->add_option("--fps", m_sequence.framesPerSecond, "Pictures per second with --frames (default: 25)");
+    sandbox.addTo(*m_command);
 }
 
 void RenderCommand::checkOptions()
