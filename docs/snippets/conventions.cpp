@@ -78,7 +78,7 @@ int main(int argc, char** argv) // NOLINT(bugprone-exception-escape): an excepti
     // [order]
     Matrix move;
     move.setIdentity();
-    move(0, 3) = 5.0f;                                                          // a translation is in the fourth column
+    move(0, 3) = 5.0f; // a translation belongs in the fourth column
     const Vector moved = transformed(move * quarter, point(0.0f, -1.0f, 0.0f)); // turned first
     std::cout << "x becomes " << moved[0] << '\n';
     // [/order]
