@@ -58,9 +58,7 @@ bool DocumentParser::add(const char* bytes, std::size_t size)
         size = joined.size();
     }
     std::size_t end = size;
-    while (end > 0 && size - end < 4 &&
-           (bytes[end - 1] == ']' ||
-            bytes[end - 1] == '\0')) { // at most two brackets, which have two bytes each in UTF-16
+    while (end > 0 && size - end < 4 && (bytes[end - 1] == ']' || bytes[end - 1] == '\0')) { // 4: two in UTF-16
         --end;
     }
     m_waiting.assign(bytes + end, size - end);

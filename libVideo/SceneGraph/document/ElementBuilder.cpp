@@ -19,11 +19,10 @@ bool isBlank(std::string_view text)
     return text.find_first_not_of(" \t\n\r") == std::string_view::npos;
 }
 
-// Makes room for exactly `count` children in an empty array.
+// Makes room for exactly `count` children in an empty array, by malloc as the document model does.
 void reserveExactly(daeArray& array, std::size_t count)
 {
-    void* const block =
-        std::malloc(count * sizeof(daeElementRef)); // NOLINT(cppcoreguidelines-no-malloc): freed by free
+    void* const block = std::malloc(count * sizeof(daeElementRef)); // NOLINT(cppcoreguidelines-no-malloc)
     if (block == nullptr) {
         throw std::bad_alloc();
     }

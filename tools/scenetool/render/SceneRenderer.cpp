@@ -88,10 +88,9 @@ void setPointers(const libVideo::Primitive& primitive)
         isTaken[slot->location] = true;
         const std::size_t offset = attribute.byteOffset;
         glEnableVertexAttribArray(slot->location);
-        glVertexAttribPointer(
-            slot->location, static_cast<GLint>(std::min(floats, slot->maxFloats)), GL_FLOAT, GL_FALSE,
-            static_cast<GLsizei>(primitive.bytesPerVertex()),
-            reinterpret_cast<const void*>(offset)); // NOLINT(performance-no-int-to-ptr): required by OpenGL
+        glVertexAttribPointer(slot->location, static_cast<GLint>(std::min(floats, slot->maxFloats)), GL_FLOAT, GL_FALSE,
+                              static_cast<GLsizei>(primitive.bytesPerVertex()),
+                              reinterpret_cast<const void*>(offset)); // NOLINT(performance-no-int-to-ptr): OpenGL's way
     }
 }
 
