@@ -22,13 +22,11 @@
 namespace scenetool {
 
 const char* const viewerHelp =
-    "Mouse: drag to turn, with Shift or the right button to move; use the wheel to zoom; drag along the lower edge to "
-    "go "
-    "through time. Drop a document on the window to show it.\n"
+    "Mouse: drag to turn, with Shift or the right button to move; use the wheel to zoom; drag along the lower edge "
+    "to go through time. Drop a document on the window to show it.\n"
     "Keys: Space plays and pauses, Left and Right step in time, C goes to the next camera and 1 to 9 to that camera, "
-    "F shows the whole scene, W switches between faces, faces with edges, and wires, G shows a grid and the axes, N "
-    "and B "
-    "go to the next and the previous document of the folder, P saves a picture, H shows the keys, Q quits.";
+    "F shows the whole scene, W switches between faces, faces with edges, and wires, G shows a grid and the axes, "
+    "N and B go to the next and the previous document of the folder, P saves a picture, H shows the keys, Q quits.";
 
 namespace {
 
