@@ -85,7 +85,7 @@ public:
     InputLocalOffset& operator=(const InputLocalOffset&) = default;
     ~InputLocalOffset() override;
 
-    /// Skips inputs that cannot be used, as `InputLocal` does. Sources of an earlier call stay.
+    /// Skips inputs that cannot be used, as `InputLocal` does. Sources of an earlier call are kept.
     /// @param p the index list, not owned; null reads as an empty one
     /// @return true if there is at least one source; else false, with a further message
     bool createFromCollada(const daeTArray<daeSmartRef<domInputLocalOffset>>& inputs, domP* const p);

@@ -10,7 +10,7 @@
 /// | a `<visual_scene>` without a `<node>` | returns false, one message on "libVideo.visualScene" | likewise |
 /// | a scene is loaded already | returns false, one message on "libVideo.scene" | the loaded scene, unchanged |
 /// | an element below the scene cannot be used | returns true, a message of the module that reads it | everything else |
-/// | an element asks for more memory than the budget of the load has | returns true, a message of the module that reads it | everything else |
+/// | an element needs more memory than the budget of the load has | returns true, a message of the module that reads it | everything else |
 /// | the document breaks a rule that reading depends on | throws `vesk::AssertionFailure` or `vesk::IndexOutOfBounds` | what was read before; safe to query and to destroy |
 /// | out of memory | throws `vesk::NullPointer` or `std::bad_alloc` | likewise |
 ///

@@ -12,7 +12,7 @@
 namespace libVideo {
 
 /// One transform child of a `<node>`: what the document declared, the matrix that follows from it, the `sid` by which
-/// an animation finds it, and the animation if one was attached. This class itself stands for a `<matrix>`.
+/// an animation finds it, and the animation if one was attached. This class itself represents a `<matrix>`.
 ///
 /// Matrices are row-major, with points as column vectors on the right and a translation in the fourth column. Values
 /// that the document has not given are 0. Copies share the current matrix and the animation.
@@ -58,7 +58,7 @@ protected:
 
     /// Makes a new matrix the current one.
     void replaceTransformation(const libMath::Matrix<float, 4, 4>& matrix);
-    /// Lets the declared matrix be the current one, from the next time on that anything asks for it.
+    /// Makes the declared matrix the current one. It is computed on first use.
     void declareTransformation();
     /// The matrix that follows from what the document declared.
     virtual libMath::Matrix<float, 4, 4> declaredMatrix() const;

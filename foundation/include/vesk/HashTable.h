@@ -32,7 +32,7 @@ template <>
 struct VESK_API HashFunc<String> {
     /// @return the same number for the same bytes in every run
     static unsigned hash(const String& key);
-    /// SipHash-2-4, of which nobody finds keys that collide without knowing the secret.
+    /// SipHash-2-4: without the secret, nobody can find keys that collide.
     static unsigned keyedHash(const String& key, const HashSecret& secret);
 };
 

@@ -46,7 +46,7 @@ public:
     unsigned find(char c) const { return find(0, c); }
     /// @return the byte position of the first `c` at or after `start`, or `npos`
     unsigned find(unsigned start, char c) const;
-    /// @return `length` bytes from `start`, fewer where the text ends before; `npos` takes all to the end
+    /// @return `length` bytes from `start`, fewer if the text is shorter; `npos` takes all to the end
     String subString(unsigned start, unsigned length) const;
 
     /// Byte for byte.

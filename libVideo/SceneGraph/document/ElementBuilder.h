@@ -34,8 +34,8 @@ struct QualifiedName {
 /// with the same values in the same places, and the same warnings. It omits what is needed only to modify a document:
 /// the ranks of an element's children, and the choices made in its content model.
 ///
-/// An element belongs to its document from the start. Its children are placed when it ends, because only then their
-/// number is known.
+/// An element belongs to its document from the start. Its children are placed when it ends, because only then is
+/// their number known.
 class ElementBuilder {
 public:
     /// @param document gets its root from `finish()`; has to outlive the elements

@@ -12,7 +12,7 @@ void IdIndex::add(daeString id, daeElement& element)
     m_entries.push_back({id, &element, hashOf(id)});
 }
 
-// Fills all slots at once: filling one whenever an element ends would miss the processor's cache each time.
+// Fills all slots at once: filling one whenever an element ends would often miss the processor's cache.
 bool IdIndex::build()
 {
     std::size_t size = 16;

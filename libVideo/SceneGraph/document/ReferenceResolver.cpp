@@ -94,7 +94,7 @@ daeDocument* ReferenceResolver::openReferenced(const daeURI& reference)
     if (error || !isBelow(place, m_folder) || !isColladaFile(file) || !isColladaFile(place)) {
         return nullptr;
     }
-    // Opens each file only once, whatever names refer to it, and even if it could not be opened before.
+    // Tries to open each file only once, whatever names refer to it, and even if that fails.
     const auto [entry, isNew] = m_documents.try_emplace(place.string(), nullptr);
     if (isNew) {
         const std::string name = entry->first; // a copy, because opening may add entries
