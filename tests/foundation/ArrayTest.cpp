@@ -1,5 +1,6 @@
 #include "support/CountingElement.h"
 #include "support/FailingAllocator.h"
+#include "support/Rows.h"
 
 #include <vesk/Array.h>
 #include <vesk/CopiedResource.h>
@@ -17,6 +18,8 @@
 
 using testSupport::CountingElement;
 using testSupport::FailingAllocator;
+using testSupport::Row;
+using testSupport::rowName;
 using vesk::Array;
 using vesk::CopiedResource;
 using vesk::IndexOutOfBounds;
@@ -140,7 +143,7 @@ void expectOutOfBounds(Container& array, unsigned index, int high, int shownInde
         static_cast<void>(array[index]);
         ADD_FAILURE() << "nothing thrown at " << index;
     } catch (const IndexOutOfBounds& exception) {
-        EXPECT_EQ(exception.low(), 0);
+        EXPECT_EQ(0, exception.low());
         EXPECT_EQ(exception.high(), high);
         EXPECT_EQ(exception.index(), shownIndex);
     }
@@ -177,7 +180,7 @@ int failAtEachPoint(const std::function<void()>& operation, const std::function<
 class ArrayTest : public testing::Test {
 public:
     ArrayTest() { CountingElement::reset(); }
-    ~ArrayTest() override { EXPECT_EQ(CountingElement::counts().alive, 0) << "elements leaked"; }
+    ~ArrayTest() override { EXPECT_EQ(0, CountingElement::counts().alive) << "elements leaked"; }
 };
 
 } // namespace
@@ -206,8 +209,8 @@ TEST_F(ArrayTest, BlockIsCountAndCapacityFollowedByElements)
     fill(array, 9);
     unsigned header[2];
     std::memcpy(header, reinterpret_cast<const unsigned char*>(array.getData()) - sizeof(header), sizeof(header));
-    EXPECT_EQ(header[0], 9u);
-    EXPECT_EQ(header[1], 16u);
+    EXPECT_EQ(9u, header[0]);
+    EXPECT_EQ(16u, header[1]);
 }
 
 TEST_F(ArrayTest, ElementNeedsOnlyCopyConstructorAndDestructor)
@@ -219,8 +222,8 @@ TEST_F(ArrayTest, ElementNeedsOnlyCopyConstructorAndDestructor)
     const Array<Meagre> copy(array);
     array.clear();
     array = copy;
-    EXPECT_EQ(array.size(), 20u);
-    EXPECT_EQ(array[19].number(), 19);
+    EXPECT_EQ(20u, array.size());
+    EXPECT_EQ(19, array[19].number());
 }
 
 // Construction and capacity
@@ -228,10 +231,10 @@ TEST_F(ArrayTest, ElementNeedsOnlyCopyConstructorAndDestructor)
 TEST_F(ArrayTest, NewArrayHasSizeZeroAndCapacityEight)
 {
     const Array<CountingElement> array;
-    EXPECT_EQ(array.size(), 0u);
-    EXPECT_EQ(array.capacity(), 8u);
-    EXPECT_NE(array.getData(), nullptr);
-    EXPECT_EQ(CountingElement::counts().defaultConstructed, 0);
+    EXPECT_EQ(0u, array.size());
+    EXPECT_EQ(8u, array.capacity());
+    EXPECT_NE(nullptr, array.getData());
+    EXPECT_EQ(0, CountingElement::counts().defaultConstructed);
 }
 
 TEST_F(ArrayTest, ElementsTakeOneBlock)
@@ -241,7 +244,7 @@ TEST_F(ArrayTest, ElementsTakeOneBlock)
     Array<double> filled;
     filled.append(1.0);
     const long requests = allocator.requests();
-    EXPECT_EQ(requests, 2);
+    EXPECT_EQ(2, requests);
 }
 
 namespace {
@@ -264,9 +267,9 @@ TEST_P(ArrayCapacityTest, OfSizedConstructor)
         EXPECT_EQ(array.size(), GetParam().size);
         EXPECT_EQ(array.capacity(), GetParam().capacity);
         EXPECT_EQ(CountingElement::counts().defaultConstructed, static_cast<int>(GetParam().size));
-        EXPECT_EQ(CountingElement::counts().copied, 0);
+        EXPECT_EQ(0, CountingElement::counts().copied);
     }
-    EXPECT_EQ(CountingElement::counts().alive, 0);
+    EXPECT_EQ(0, CountingElement::counts().alive);
 }
 
 TEST_P(ArrayCapacityTest, OfAppendedElements)
@@ -335,12 +338,10 @@ TEST_F(ArrayTest, AppendWithinTheCapacityKeepsTheBlock)
 
 namespace {
 
-struct BoundRow {
-    const char* name;
+struct BoundRow : Row {
     std::size_t elementSize;
     unsigned size;
     unsigned capacity; // 0: refused
-    friend void PrintTo(const BoundRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class ArrayBoundTest : public testing::TestWithParam<BoundRow> {};
@@ -376,7 +377,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, ArrayBoundTest,
                                          BoundRow{"TooWideForEight", 0x1FFFFFFFu, 0, 0},
                                          BoundRow{"TwelveBytesLastPowerBelow", 12, 0x10000000u, 0x10000000u},
                                          BoundRow{"TwelveBytesRoundedPastTheBound", 12, 0x10000001u, 0}),
-                         [](const auto& row) { return std::string(row.param.name); });
+                         rowName);
 
 TEST_F(ArrayTest, SizedConstructorPastTheBoundThrowsNamingTheRequest)
 {
@@ -400,8 +401,8 @@ TEST_F(ArrayTest, GrowPastTheBoundThrowsAndLeavesTheArray)
     EXPECT_EQ(nullPointerMessage([&array] { array.grow(0x20000001u, 1u); }), sizeMessage(0x20000001u));
     EXPECT_EQ(nullPointerMessage([&array] { array.grow(0xFFFFFFFFu, 1u); }), sizeMessage(0xFFFFFFFFu));
     EXPECT_EQ(array.getData(), data);
-    EXPECT_EQ(array.capacity(), 8u);
-    EXPECT_EQ(elements(array), (std::vector<unsigned>{1, 2, 3}));
+    EXPECT_EQ(8u, array.capacity());
+    EXPECT_EQ((std::vector<unsigned>{1, 2, 3}), elements(array));
 }
 
 TEST_F(ArrayTest, AppendOfManyPastTheBoundThrowsAndLeavesTheArray)
@@ -411,7 +412,7 @@ TEST_F(ArrayTest, AppendOfManyPastTheBoundThrowsAndLeavesTheArray)
     const unsigned* const none = array.getData(); // must not be read
     EXPECT_EQ(nullPointerMessage([&] { array.append(none, 0x20000000u); }), sizeMessage(0x20000003u));
     EXPECT_THROW(array.append(none, 0xFFFFFFFFu), NullPointer); // the sum passes 32 bits
-    EXPECT_EQ(elements(array), (std::vector<unsigned>{1, 2, 3}));
+    EXPECT_EQ((std::vector<unsigned>{1, 2, 3}), elements(array));
 }
 
 // Access
@@ -422,9 +423,9 @@ TEST_F(ArrayTest, IndexReachesEachElementForReadingAndWriting)
     fill(array, 3);
     array[1] = 20;
     const Array<unsigned>& constant = array;
-    EXPECT_EQ(constant[0], 1u);
-    EXPECT_EQ(constant[1], 20u);
-    EXPECT_EQ(constant[2], 3u);
+    EXPECT_EQ(1u, constant[0]);
+    EXPECT_EQ(20u, constant[1]);
+    EXPECT_EQ(3u, constant[2]);
     EXPECT_EQ(&array[2], array.getData() + 2);
     EXPECT_EQ(&constant[2], constant.getData() + 2);
 }
@@ -448,17 +449,17 @@ TEST_F(ArrayTest, IndexAtOrPastCountThrowsAlsoWithinTheCapacity)
     expectOutOfBounds(array, 7, 2, 7);
     expectOutOfBounds(constant, 0x7FFFFFFFu, 2, 2147483647);
     expectOutOfBounds(array, 0xFFFFFFFFu, 2, -1); // the index is shown as a signed number
-    EXPECT_EQ(elements(array), (std::vector<unsigned>{1, 2, 3}));
+    EXPECT_EQ((std::vector<unsigned>{1, 2, 3}), elements(array));
 }
 
 TEST_F(ArrayTest, GetDataIsNotCheckedAndFollowsTheBlock)
 {
     Array<unsigned> array;
-    EXPECT_NE(array.getData(), nullptr);
+    EXPECT_NE(nullptr, array.getData());
     fill(array, 9);
-    EXPECT_EQ(array.getData()[8], 9u);
+    EXPECT_EQ(9u, array.getData()[8]);
     array.getData()[8] = 90;
-    EXPECT_EQ(array[8], 90u);
+    EXPECT_EQ(90u, array[8]);
 }
 
 TEST_F(ArrayTest, RangeForWalksElementsInOrder)
@@ -477,7 +478,7 @@ TEST_F(ArrayTest, RangeForWalksElementsInOrder)
     for (const unsigned& element : constant) {
         seen.push_back(element);
     }
-    EXPECT_EQ(seen, (std::vector<unsigned>{2, 4, 6, 8, 10, 12, 14, 16, 18, 20}));
+    EXPECT_EQ((std::vector<unsigned>{2, 4, 6, 8, 10, 12, 14, 16, 18, 20}), seen);
 }
 
 // Growth
@@ -487,11 +488,11 @@ TEST_F(ArrayTest, AppendCopiesTheValueOnceIntoItsSlot)
     Array<CountingElement> array;
     const CountingElement value(7);
     array.append(value);
-    EXPECT_EQ(CountingElement::counts().copied, 1);
-    EXPECT_EQ(CountingElement::counts().defaultConstructed, 0);
-    EXPECT_EQ(CountingElement::counts().assigned, 0);
-    EXPECT_EQ(CountingElement::counts().destroyed, 0);
-    EXPECT_EQ(values(array), std::vector<int>{7});
+    EXPECT_EQ(1, CountingElement::counts().copied);
+    EXPECT_EQ(0, CountingElement::counts().defaultConstructed);
+    EXPECT_EQ(0, CountingElement::counts().assigned);
+    EXPECT_EQ(0, CountingElement::counts().destroyed);
+    EXPECT_EQ(std::vector<int>{7}, values(array));
 }
 
 TEST_F(ArrayTest, ReservationCopiesAscendingAndThenDestroysAscending)
@@ -511,7 +512,7 @@ TEST_F(ArrayTest, ReservationCopiesAscendingAndThenDestroysAscending)
     for (std::size_t i = 0; i < 8; ++i) {
         EXPECT_EQ(history[i], "copy " + std::to_string(i + 1));
     }
-    EXPECT_EQ(CountingElement::counts().assigned, 0);
+    EXPECT_EQ(0, CountingElement::counts().assigned);
 }
 
 TEST_F(ArrayTest, AppendOfOwnElementWhenFullAppendsThatElement)
@@ -521,13 +522,13 @@ TEST_F(ArrayTest, AppendOfOwnElementWhenFullAppendsThatElement)
         array.append(i);
     }
     array.append(array[0]);
-    EXPECT_EQ(values(array), (std::vector<int>{1, 2, 3, 4, 5, 6, 7, 8, 1}));
+    EXPECT_EQ((std::vector<int>{1, 2, 3, 4, 5, 6, 7, 8, 1}), values(array));
     Array<String> texts;
     for (unsigned i = 0; i < 16; ++i) {
         texts.append(longText(i));
     }
     texts.append(texts[15]);
-    EXPECT_EQ(texts.size(), 17u);
+    EXPECT_EQ(17u, texts.size());
     EXPECT_EQ(texts[16], longText(15));
     EXPECT_EQ(texts[15], longText(15));
 }
@@ -551,7 +552,7 @@ TEST_F(ArrayTest, AppendOfManyFromTheArrayItselfAppendsThese)
     }
     array.append(array.getData() + 1, 2); // fits
     array.append(array.getData(), 3);     // does not
-    EXPECT_EQ(values(array), (std::vector<int>{1, 2, 3, 4, 5, 6, 2, 3, 1, 2, 3}));
+    EXPECT_EQ((std::vector<int>{1, 2, 3, 4, 5, 6, 2, 3, 1, 2, 3}), values(array));
 }
 
 TEST_F(ArrayTest, AppendArrayAppendsAllElementsInOrder)
@@ -564,10 +565,10 @@ TEST_F(ArrayTest, AppendArrayAppendsAllElementsInOrder)
     }
     array.appendArray(other);
     EXPECT_EQ(values(array), upTo(10));
-    EXPECT_EQ(array.capacity(), 16u);
-    EXPECT_EQ(values(other), (std::vector<int>{6, 7, 8, 9, 10}));
+    EXPECT_EQ(16u, array.capacity());
+    EXPECT_EQ((std::vector<int>{6, 7, 8, 9, 10}), values(other));
     array.appendArray(Array<CountingElement>());
-    EXPECT_EQ(array.size(), 10u);
+    EXPECT_EQ(10u, array.size());
 }
 
 TEST_F(ArrayTest, AppendArrayOfItselfDoublesIt)
@@ -576,10 +577,10 @@ TEST_F(ArrayTest, AppendArrayOfItselfDoublesIt)
     array.append(1);
     array.append(2);
     array.appendArray(array); // fits
-    EXPECT_EQ(values(array), (std::vector<int>{1, 2, 1, 2}));
+    EXPECT_EQ((std::vector<int>{1, 2, 1, 2}), values(array));
     array.appendArray(array);
     array.appendArray(array); // does not
-    EXPECT_EQ(values(array), (std::vector<int>{1, 2, 1, 2, 1, 2, 1, 2, 1, 2, 1, 2, 1, 2, 1, 2}));
+    EXPECT_EQ((std::vector<int>{1, 2, 1, 2, 1, 2, 1, 2, 1, 2, 1, 2, 1, 2, 1, 2}), values(array));
 }
 
 TEST_F(ArrayTest, GrowExtendsWithCopiesOfTheValue)
@@ -587,10 +588,10 @@ TEST_F(ArrayTest, GrowExtendsWithCopiesOfTheValue)
     Array<CountingElement> array;
     array.append(1);
     array.grow(3, 7);
-    EXPECT_EQ(values(array), (std::vector<int>{1, 7, 7}));
+    EXPECT_EQ((std::vector<int>{1, 7, 7}), values(array));
     array.grow(9, 8);
-    EXPECT_EQ(values(array), (std::vector<int>{1, 7, 7, 8, 8, 8, 8, 8, 8}));
-    EXPECT_EQ(array.capacity(), 16u);
+    EXPECT_EQ((std::vector<int>{1, 7, 7, 8, 8, 8, 8, 8, 8}), values(array));
+    EXPECT_EQ(16u, array.capacity());
 }
 
 TEST_F(ArrayTest, GrowToTheCountOrBelowChangesNothing)
@@ -600,8 +601,8 @@ TEST_F(ArrayTest, GrowToTheCountOrBelowChangesNothing)
     array.grow(9, 77u);
     array.grow(3, 77u);
     array.grow(0, 77u);
-    EXPECT_EQ(elements(array), (std::vector<unsigned>{1, 2, 3, 4, 5, 6, 7, 8, 9}));
-    EXPECT_EQ(array.capacity(), 16u);
+    EXPECT_EQ((std::vector<unsigned>{1, 2, 3, 4, 5, 6, 7, 8, 9}), elements(array));
+    EXPECT_EQ(16u, array.capacity());
 }
 
 TEST_F(ArrayTest, GrowWithOwnElementCopiesThatElement)
@@ -610,10 +611,10 @@ TEST_F(ArrayTest, GrowWithOwnElementCopiesThatElement)
     array.append(1);
     array.append(2);
     array.grow(20, array[1]);
-    EXPECT_EQ(array.size(), 20u);
-    EXPECT_EQ(array[0].value, 1);
+    EXPECT_EQ(20u, array.size());
+    EXPECT_EQ(1, array[0].value);
     for (unsigned i = 1; i < 20; ++i) {
-        EXPECT_EQ(array[i].value, 2) << i;
+        EXPECT_EQ(2, array[i].value) << i;
     }
 }
 
@@ -624,7 +625,7 @@ TEST_F(ArrayTest, GrowOnClearedArrayFillsIt)
     array.clear();
     array.grow(12, 0);
     EXPECT_EQ(elements(array), std::vector<unsigned char>(12, 0));
-    EXPECT_EQ(array.capacity(), 16u);
+    EXPECT_EQ(16u, array.capacity());
 }
 
 TEST_F(ArrayTest, RunOfAppendsAllocatesOnlyAtEachDoubling)
@@ -633,7 +634,7 @@ TEST_F(ArrayTest, RunOfAppendsAllocatesOnlyAtEachDoubling)
     FailingAllocator allocator(-1);
     fill(array, 8192);
     const long requests = allocator.requests();
-    EXPECT_EQ(requests, 11); // 8, 16 and on to 8192
+    EXPECT_EQ(11, requests); // 8, 16 and on to 8192
 }
 
 // Copies
@@ -645,14 +646,14 @@ TEST_F(ArrayTest, CopyHasTheCapacityOfItsSourceAndElementsOfItsOwn)
         source.append(i);
     }
     Array<CountingElement> copy(source);
-    EXPECT_EQ(copy.size(), 9u);
-    EXPECT_EQ(copy.capacity(), 16u);
+    EXPECT_EQ(9u, copy.size());
+    EXPECT_EQ(16u, copy.capacity());
     EXPECT_NE(copy.getData(), source.getData());
     copy[0].value = 100;
     source[1].value = 200;
     source.append(10);
-    EXPECT_EQ(values(copy), (std::vector<int>{100, 2, 3, 4, 5, 6, 7, 8, 9}));
-    EXPECT_EQ(values(source), (std::vector<int>{1, 200, 3, 4, 5, 6, 7, 8, 9, 10}));
+    EXPECT_EQ((std::vector<int>{100, 2, 3, 4, 5, 6, 7, 8, 9}), values(copy));
+    EXPECT_EQ((std::vector<int>{1, 200, 3, 4, 5, 6, 7, 8, 9, 10}), values(source));
 }
 
 TEST_F(ArrayTest, CopyCopiesAscendingAndNothingElse)
@@ -665,17 +666,17 @@ TEST_F(ArrayTest, CopyCopiesAscendingAndNothingElse)
     const Array<CountingElement> copy(source);
     EXPECT_EQ(events("copy"), upTo(5));
     EXPECT_TRUE(events("destroy").empty());
-    EXPECT_EQ(CountingElement::counts().defaultConstructed, 0);
+    EXPECT_EQ(0, CountingElement::counts().defaultConstructed);
 }
 
 TEST_F(ArrayTest, CopyOfAnEmptyArrayHasABlock)
 {
     const Array<CountingElement> source;
     Array<CountingElement> copy(source);
-    EXPECT_EQ(copy.size(), 0u);
-    EXPECT_EQ(copy.capacity(), 8u);
+    EXPECT_EQ(0u, copy.size());
+    EXPECT_EQ(8u, copy.capacity());
     copy.append(1);
-    EXPECT_EQ(values(copy), std::vector<int>{1});
+    EXPECT_EQ(std::vector<int>{1}, values(copy));
 }
 
 TEST_F(ArrayTest, CopySharesResourcesOfOwningHandles)
@@ -683,15 +684,15 @@ TEST_F(ArrayTest, CopySharesResourcesOfOwningHandles)
     Array<Handle> source;
     source.append(Handle(new Resource));
     source.append(Handle(new Resource));
-    EXPECT_EQ(source[0].useCount(), 1u);
+    EXPECT_EQ(1u, source[0].useCount());
     {
         const Array<Handle> copy(source);
         EXPECT_EQ(copy[0].get(), source[0].get());
-        EXPECT_EQ(source[0].useCount(), 2u);
-        EXPECT_EQ(source[1].useCount(), 2u);
+        EXPECT_EQ(2u, source[0].useCount());
+        EXPECT_EQ(2u, source[1].useCount());
     }
-    EXPECT_EQ(source[0].useCount(), 1u);
-    EXPECT_EQ(source[1].useCount(), 1u);
+    EXPECT_EQ(1u, source[0].useCount());
+    EXPECT_EQ(1u, source[1].useCount());
 }
 
 TEST_F(ArrayTest, AssignmentDestroysTheOldAndCopiesTheNewInAscendingOrder)
@@ -707,9 +708,9 @@ TEST_F(ArrayTest, AssignmentDestroysTheOldAndCopiesTheNewInAscendingOrder)
     CountingElement::counts().history.clear();
     EXPECT_EQ(&(target = source), &target);
     EXPECT_EQ(events("destroy"), upTo(3));
-    EXPECT_EQ(events("copy"), (std::vector<int>{11, 12, 13, 14, 15, 16, 17, 18, 19}));
-    EXPECT_EQ(CountingElement::counts().assigned, 0); // no element is reused
-    EXPECT_EQ(target.capacity(), 16u);
+    EXPECT_EQ((std::vector<int>{11, 12, 13, 14, 15, 16, 17, 18, 19}), events("copy"));
+    EXPECT_EQ(0, CountingElement::counts().assigned); // no element is reused
+    EXPECT_EQ(16u, target.capacity());
     EXPECT_EQ(values(target), values(source));
     EXPECT_NE(target.getData(), source.getData());
 }
@@ -720,8 +721,8 @@ TEST_F(ArrayTest, AssignmentTakesTheCapacityOfItsSource)
     fill(large, 100);
     const Array<unsigned> small;
     large = small;
-    EXPECT_EQ(large.size(), 0u);
-    EXPECT_EQ(large.capacity(), 8u);
+    EXPECT_EQ(0u, large.size());
+    EXPECT_EQ(8u, large.capacity());
 }
 
 TEST_F(ArrayTest, SelfAssignmentDoesNothing)
@@ -752,8 +753,8 @@ TEST_F(ArrayTest, SwapExchangesElementsWithoutCopies)
     EXPECT_TRUE(CountingElement::counts().history.empty());
     EXPECT_EQ(values(a), upTo(9));
     EXPECT_EQ(values(b), upTo(1));
-    EXPECT_EQ(a.capacity(), 16u);
-    EXPECT_EQ(b.capacity(), 8u);
+    EXPECT_EQ(16u, a.capacity());
+    EXPECT_EQ(8u, b.capacity());
 }
 
 // Clear and destruction
@@ -771,11 +772,11 @@ TEST_F(ArrayTest, ClearDestroysAscendingAndFallsBackToCapacityEight)
         array.clear();
         EXPECT_EQ(events("destroy"), upTo(count));
         EXPECT_TRUE(events("copy").empty());
-        EXPECT_EQ(CountingElement::counts().alive, 0);
-        EXPECT_EQ(array.size(), 0u);
-        EXPECT_EQ(array.capacity(), 8u);
+        EXPECT_EQ(0, CountingElement::counts().alive);
+        EXPECT_EQ(0u, array.size());
+        EXPECT_EQ(8u, array.capacity());
         array.append(5); // usable at once
-        EXPECT_EQ(values(array), std::vector<int>{5});
+        EXPECT_EQ(std::vector<int>{5}, values(array));
     }
 }
 
@@ -816,9 +817,9 @@ TEST_F(ArrayTest, ClearOnlyLowersTheCapacity)
 {
     Array<unsigned> array;
     fill(array, 100);
-    EXPECT_EQ(array.capacity(), 128u);
+    EXPECT_EQ(128u, array.capacity());
     array.clear();
-    EXPECT_EQ(array.capacity(), 8u);
+    EXPECT_EQ(8u, array.capacity());
     expectOutOfBounds(array, 0, -1, 0);
 }
 
@@ -832,7 +833,7 @@ TEST_F(ArrayTest, DestructionDestroysEachElementOnceAscending)
         CountingElement::counts().history.clear();
     }
     EXPECT_EQ(events("destroy"), upTo(10));
-    EXPECT_EQ(CountingElement::counts().alive, 0);
+    EXPECT_EQ(0, CountingElement::counts().alive);
 }
 
 TEST_F(ArrayTest, ContainsComparesWithEachElement)
@@ -854,7 +855,7 @@ TEST_F(ArrayTest, ContainsComparesWithEachElement)
 
 TEST_F(ArrayTest, ArrayWithoutElementsTakesNoMemory)
 {
-    EXPECT_EQ(messageWithoutMemory([] {
+    EXPECT_EQ("nothing thrown", messageWithoutMemory([] {
                   Array<double> array;
                   const Array<double> sized(0);
                   const Array<double> copy(array);
@@ -864,14 +865,13 @@ TEST_F(ArrayTest, ArrayWithoutElementsTakesNoMemory)
                   array.grow(0, 1.0);
                   EXPECT_EQ(8u, array.capacity());
                   EXPECT_EQ(0u, array.size());
-              }),
-              "nothing thrown");
+              }));
 }
 
 TEST_F(ArrayTest, FailedAllocationOfTheFirstElementNamesItAndLeavesTheArray)
 {
     Array<CountingElement> array;
-    EXPECT_EQ(messageWithoutMemory([&array] { array.append(1); }), "Asked for array of size: 1");
+    EXPECT_EQ("Asked for array of size: 1", messageWithoutMemory([&array] { array.append(1); }));
     EXPECT_EQ(0u, array.size());
     EXPECT_EQ(8u, array.capacity());
     array.append(1);
@@ -893,7 +893,7 @@ TEST_F(ArrayTest, ArraysWithoutElementsAreIndependent)
 
 TEST_F(ArrayTest, FailedAllocationOfSizedConstructorNamesTheSizeAskedFor)
 {
-    EXPECT_EQ(messageWithoutMemory([] { const Array<CountingElement> array(9); }), "Asked for array of size: 9");
+    EXPECT_EQ("Asked for array of size: 9", messageWithoutMemory([] { const Array<CountingElement> array(9); }));
 }
 
 TEST_F(ArrayTest, FailedAllocationOfAWrappedRequestNamesIt)
@@ -908,8 +908,8 @@ TEST_F(ArrayTest, FailedAllocationOfACopyNamesTheCapacityOfItsSource)
     for (int i = 1; i <= 9; ++i) {
         source.append(i);
     }
-    EXPECT_EQ(messageWithoutMemory([&source] { const Array<CountingElement> copy(source); }),
-              "Asked for array of size: 16");
+    EXPECT_EQ("Asked for array of size: 16",
+              messageWithoutMemory([&source] { const Array<CountingElement> copy(source); }));
 }
 
 TEST_F(ArrayTest, FailedAllocationOfAssignmentNamesTheCapacityAndLeavesTheArray)
@@ -920,8 +920,8 @@ TEST_F(ArrayTest, FailedAllocationOfAssignmentNamesTheCapacityAndLeavesTheArray)
     for (int i = 1; i <= 17; ++i) {
         source.append(i);
     }
-    EXPECT_EQ(messageWithoutMemory([&] { target = source; }), "Asked for array of size: 32");
-    EXPECT_EQ(values(target), std::vector<int>{1});
+    EXPECT_EQ("Asked for array of size: 32", messageWithoutMemory([&] { target = source; }));
+    EXPECT_EQ(std::vector<int>{1}, values(target));
 }
 
 TEST_F(ArrayTest, FailedAllocationOfAppendNamesCountPlusOneAndLeavesTheArray)
@@ -931,9 +931,9 @@ TEST_F(ArrayTest, FailedAllocationOfAppendNamesCountPlusOneAndLeavesTheArray)
         array.append(i);
     }
     const CountingElement* const data = array.getData();
-    EXPECT_EQ(messageWithoutMemory([&array] { array.append(9); }), "Asked for array of size: 9");
+    EXPECT_EQ("Asked for array of size: 9", messageWithoutMemory([&array] { array.append(9); }));
     EXPECT_EQ(values(array), upTo(8));
-    EXPECT_EQ(array.capacity(), 8u);
+    EXPECT_EQ(8u, array.capacity());
     EXPECT_EQ(array.getData(), data);
 }
 
@@ -942,11 +942,11 @@ TEST_F(ArrayTest, FailedAllocationOfOtherGrowthNamesTheNewCountAndLeavesTheArray
     Array<unsigned> array;
     fill(array, 5);
     const unsigned numbers[4] = {6, 7, 8, 9};
-    EXPECT_EQ(messageWithoutMemory([&] { array.append(numbers, 4); }), "Asked for array of size: 9");
-    EXPECT_EQ(messageWithoutMemory([&] { array.appendArray(array); }), "Asked for array of size: 10");
-    EXPECT_EQ(messageWithoutMemory([&] { array.grow(100, 1u); }), "Asked for array of size: 100");
-    EXPECT_EQ(elements(array), (std::vector<unsigned>{1, 2, 3, 4, 5}));
-    EXPECT_EQ(array.capacity(), 8u);
+    EXPECT_EQ("Asked for array of size: 9", messageWithoutMemory([&] { array.append(numbers, 4); }));
+    EXPECT_EQ("Asked for array of size: 10", messageWithoutMemory([&] { array.appendArray(array); }));
+    EXPECT_EQ("Asked for array of size: 100", messageWithoutMemory([&] { array.grow(100, 1u); }));
+    EXPECT_EQ((std::vector<unsigned>{1, 2, 3, 4, 5}), elements(array));
+    EXPECT_EQ(8u, array.capacity());
 }
 
 TEST_F(ArrayTest, ClearNeedsNoMemory)
@@ -955,7 +955,7 @@ TEST_F(ArrayTest, ClearNeedsNoMemory)
     for (int i = 1; i <= 9; ++i) {
         array.append(i);
     }
-    EXPECT_EQ(messageWithoutMemory([&array] { array.clear(); }), "nothing thrown");
+    EXPECT_EQ("nothing thrown", messageWithoutMemory([&array] { array.clear(); }));
     EXPECT_EQ(0u, array.size());
     EXPECT_EQ(8u, array.capacity());
 }
@@ -976,7 +976,7 @@ TEST_F(ArrayTest, MemoryFailingAtEachPointOfTextArraysLeavesThemAsTheyWere)
     const auto unchanged = [&](bool wasThrown) {
         EXPECT_TRUE(wasThrown);
         EXPECT_EQ(elements(array), before);
-        EXPECT_EQ(array.capacity(), 8u);
+        EXPECT_EQ(8u, array.capacity());
     };
     EXPECT_GE(failAtEachPoint([&] { const Array<String> copy(other); }, unchanged), 10);
     // Where the operation succeeds in the end, the array goes back to its first state.
@@ -999,11 +999,11 @@ TEST_F(ArrayTest, MemoryFailingWithinTheCapacityLeavesTheArrayAsItWas)
     const String values[3] = {longText(2), longText(3), longText(4)};
     const auto unchanged = [&](bool wasThrown) {
         EXPECT_TRUE(wasThrown);
-        ASSERT_EQ(array.size(), 1u);
+        ASSERT_EQ(1u, array.size());
         EXPECT_EQ(array[0], longText(1));
     };
-    EXPECT_EQ(failAtEachPoint([&] { array.append(values, 3); }, unchanged), 3);
-    EXPECT_EQ(array.size(), 4u);
+    EXPECT_EQ(3, failAtEachPoint([&] { array.append(values, 3); }, unchanged));
+    EXPECT_EQ(4u, array.size());
 }
 
 // Memory that has run out for good: not even a message can be had
@@ -1034,16 +1034,16 @@ TEST_F(ArrayTest, LastingExhaustionThrowsThePromisedTypes)
     fill(array, 8);
     const unsigned numbers[4] = {6, 7, 8, 9};
     const Array<unsigned> other(100);
-    EXPECT_STREQ(thrownWithoutMemory([&] { array.append(9); }), "NullPointer");
-    EXPECT_STREQ(thrownWithoutMemory([&] { array.append(numbers, 4); }), "NullPointer");
-    EXPECT_STREQ(thrownWithoutMemory([&] { array.appendArray(array); }), "NullPointer");
-    EXPECT_STREQ(thrownWithoutMemory([&] { array.grow(100, 1u); }), "NullPointer");
-    EXPECT_STREQ(thrownWithoutMemory([&] { array = other; }), "NullPointer");
-    EXPECT_STREQ(thrownWithoutMemory([&] { const Array<unsigned> copy(other); }), "NullPointer");
-    EXPECT_STREQ(thrownWithoutMemory([] { const Array<unsigned> sized(8); }), "NullPointer");
-    EXPECT_STREQ(thrownWithoutMemory([] { const Array<double> huge(0x80000000u); }), "NullPointer");
-    EXPECT_STREQ(thrownWithoutMemory([&] { static_cast<void>(array[8]); }), "IndexOutOfBounds");
-    EXPECT_EQ(elements(array), (std::vector<unsigned>{1, 2, 3, 4, 5, 6, 7, 8}));
+    EXPECT_STREQ("NullPointer", thrownWithoutMemory([&] { array.append(9); }));
+    EXPECT_STREQ("NullPointer", thrownWithoutMemory([&] { array.append(numbers, 4); }));
+    EXPECT_STREQ("NullPointer", thrownWithoutMemory([&] { array.appendArray(array); }));
+    EXPECT_STREQ("NullPointer", thrownWithoutMemory([&] { array.grow(100, 1u); }));
+    EXPECT_STREQ("NullPointer", thrownWithoutMemory([&] { array = other; }));
+    EXPECT_STREQ("NullPointer", thrownWithoutMemory([&] { const Array<unsigned> copy(other); }));
+    EXPECT_STREQ("NullPointer", thrownWithoutMemory([] { const Array<unsigned> sized(8); }));
+    EXPECT_STREQ("NullPointer", thrownWithoutMemory([] { const Array<double> huge(0x80000000u); }));
+    EXPECT_STREQ("IndexOutOfBounds", thrownWithoutMemory([&] { static_cast<void>(array[8]); }));
+    EXPECT_EQ((std::vector<unsigned>{1, 2, 3, 4, 5, 6, 7, 8}), elements(array));
 }
 
 // Elements that are not complete where the array is declared
@@ -1066,8 +1066,8 @@ TEST_F(ArrayTest, HoldsElementsOfTheTypeThatItIsAMemberOf)
     tree.children.append(leaf);
     tree.children.appendArray(tree.children);
     leaf.children.append(tree);
-    EXPECT_EQ(leaf.children[0].children[1].number, 2);
-    EXPECT_EQ(leaf.children[0].children.size(), 2u);
+    EXPECT_EQ(2, leaf.children[0].children[1].number);
+    EXPECT_EQ(2u, leaf.children[0].children.size());
 }
 
 // Elements that refuse to be copied
@@ -1104,7 +1104,7 @@ TEST_F(ArrayTest, RefusedCopyLeavesTheArrayAsItWas)
     const CountingElement* const data = array.getData();
     const auto verify = [&] {
         EXPECT_EQ(values(array), upTo(8));
-        EXPECT_EQ(array.capacity(), 8u);
+        EXPECT_EQ(8u, array.capacity());
         EXPECT_EQ(array.getData(), data);
         EXPECT_EQ(values(other), upTo(3));
     };
@@ -1176,10 +1176,10 @@ TEST_F(ArrayTest, SerializationOfOthersIsRefusedWithTheName)
         array.serializeMembers("m_list", xml);
         ADD_FAILURE() << "nothing thrown";
     } catch (const SerializationFailed& exception) {
-        EXPECT_STREQ(exception.what(), "Serialization is not supported for: m_list");
+        EXPECT_STREQ("Serialization is not supported for: m_list", exception.what());
     }
     EXPECT_EQ(xml, String("before"));
-    EXPECT_EQ(array.size(), 1u);
+    EXPECT_EQ(1u, array.size());
     EXPECT_THROW(array.doSerialization("m_list", xml), SerializationFailed);
     EXPECT_EQ(xml, String("before"));
 }
@@ -1191,9 +1191,9 @@ TEST_F(ArrayTest, DeserializationOfOthersWritesTheNoticeAndLeavesTheArray)
     testing::internal::CaptureStderr();
     testing::internal::CaptureStdout();
     EXPECT_NO_THROW(array.deserializeMembers(nullptr));
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Serialization isn't support for this class!!!\n");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_EQ(elements(array), (std::vector<Record>{{1.0, 2}}));
+    EXPECT_EQ("Serialization isn't support for this class!!!\n", testing::internal::GetCapturedStdout());
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
+    EXPECT_EQ((std::vector<Record>{{1.0, 2}}), elements(array));
 }
 
 TEST_F(ArrayTest, InsertedValueOfOthersDoesNothing)
@@ -1206,7 +1206,7 @@ TEST_F(ArrayTest, InsertedValueOfOthersDoesNothing)
     String text("5");
     testing::internal::CaptureStdout();
     array.insert(text);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ("", testing::internal::GetCapturedStdout());
     EXPECT_EQ(text, String("5"));
-    EXPECT_EQ(elements(array), (std::vector<Record>{{1.0, 2}}));
+    EXPECT_EQ((std::vector<Record>{{1.0, 2}}), elements(array));
 }

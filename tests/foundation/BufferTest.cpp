@@ -1,4 +1,5 @@
 #include "support/FailingAllocator.h"
+#include "support/Rows.h"
 
 #include <vesk/Buffer.h>
 
@@ -6,13 +7,14 @@
 #include <cstring>
 #include <limits>
 #include <new>
-#include <ostream>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 using testSupport::FailingAllocator;
+using testSupport::Row;
+using testSupport::rowName;
 using vesk::Buffer;
 
 namespace {
@@ -74,23 +76,23 @@ TYPED_TEST(BufferTest, DefaultConstructedIsEmptyWithoutMemory)
     const FailingAllocator allocator(-1);
     const Buffer<TypeParam> buffer;
     const long requests = allocator.requests();
-    EXPECT_EQ(requests, 0);
-    EXPECT_EQ(buffer.size(), 0u);
-    EXPECT_EQ(buffer.data(), nullptr);
+    EXPECT_EQ(0, requests);
+    EXPECT_EQ(0u, buffer.size());
+    EXPECT_EQ(nullptr, buffer.data());
 }
 
 TYPED_TEST(BufferTest, HoldsDataStorageAndSizeInThisOrder)
 {
-    ASSERT_EQ(sizeof(Buffer<TypeParam>), 24u);
+    ASSERT_EQ(24u, sizeof(Buffer<TypeParam>));
     const Buffer<TypeParam> empty;
-    EXPECT_EQ(Fields<TypeParam>(empty).words[0], 0u);
-    EXPECT_EQ(Fields<TypeParam>(empty).words[1], 0u);
-    EXPECT_EQ(Fields<TypeParam>(empty).words[2], 0u);
+    EXPECT_EQ(0u, Fields<TypeParam>(empty).words[0]);
+    EXPECT_EQ(0u, Fields<TypeParam>(empty).words[1]);
+    EXPECT_EQ(0u, Fields<TypeParam>(empty).words[2]);
     const Buffer<TypeParam> buffer = bufferOf(counted<TypeParam>(5));
     const Fields<TypeParam> fields(buffer);
     EXPECT_EQ(fields.words[0], reinterpret_cast<std::uintptr_t>(buffer.data()));
     EXPECT_EQ(fields.words[1], reinterpret_cast<std::uintptr_t>(buffer.data()));
-    EXPECT_EQ(fields.words[2], 5u);
+    EXPECT_EQ(5u, fields.words[2]);
 }
 
 TYPED_TEST(BufferTest, CopyHasMemoryAndElementsOfItsOwn)
@@ -106,8 +108,8 @@ TYPED_TEST(BufferTest, CopyOfAnEmptyBufferIsEmpty)
 {
     const Buffer<TypeParam> source;
     const Buffer<TypeParam> copy(source);
-    EXPECT_EQ(copy.size(), 0u);
-    EXPECT_EQ(copy.data(), nullptr);
+    EXPECT_EQ(0u, copy.size());
+    EXPECT_EQ(nullptr, copy.data());
 }
 
 TYPED_TEST(BufferTest, CopyTakesOnlyTheElementsInUse)
@@ -133,32 +135,30 @@ TYPED_TEST(BufferTest, AssignmentOfAnEmptyBufferFreesTheMemory)
     Buffer<TypeParam> buffer = bufferOf(counted<TypeParam>(5));
     buffer = Buffer<TypeParam>();
     const Fields<TypeParam> fields(buffer);
-    EXPECT_EQ(fields.words[0], 0u);
-    EXPECT_EQ(fields.words[1], 0u);
-    EXPECT_EQ(fields.words[2], 0u);
+    EXPECT_EQ(0u, fields.words[0]);
+    EXPECT_EQ(0u, fields.words[1]);
+    EXPECT_EQ(0u, fields.words[2]);
 }
 
 TYPED_TEST(BufferTest, AssignmentOfNoElementsFreesTheMemory)
 {
     Buffer<TypeParam> buffer = bufferOf(counted<TypeParam>(5));
     buffer.assign(nullptr, 0);
-    EXPECT_EQ(buffer.data(), nullptr);
-    EXPECT_EQ(buffer.size(), 0u);
+    EXPECT_EQ(nullptr, buffer.data());
+    EXPECT_EQ(0u, buffer.size());
     buffer = bufferOf(counted<TypeParam>(5));
     const TypeParam one = 1;
     buffer.assign(&one, 0);
-    EXPECT_EQ(buffer.data(), nullptr);
-    EXPECT_EQ(buffer.size(), 0u);
+    EXPECT_EQ(nullptr, buffer.data());
+    EXPECT_EQ(0u, buffer.size());
 }
 
 namespace {
 
-struct AssignRow {
-    const char* name;
+struct AssignRow : Row {
     std::uint64_t before;
     std::uint64_t after;
     bool isReused;
-    friend void PrintTo(const AssignRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class BufferAssignTest : public testing::TestWithParam<AssignRow> {};
@@ -213,7 +213,7 @@ INSTANTIATE_TEST_SUITE_P(
                     AssignRow{"HalfOfOddSizeIsRoundedDown", 101, 51, true},
                     AssignRow{"RoundedHalfOfOddSizeAllocates", 101, 50, false}, AssignRow{"OneToOneReuses", 1, 1, true},
                     AssignRow{"OneToTwoAllocates", 2, 1, false}, AssignRow{"ToEmptyAllocates", 0, 3, false}),
-    [](const auto& row) { return std::string(row.param.name); });
+    rowName);
 
 TYPED_TEST(BufferTest, ReuseGoesByThePresentSizeNotByTheAllocation)
 {
@@ -229,7 +229,7 @@ TYPED_TEST(BufferTest, ReuseGoesByThePresentSizeNotByTheAllocation)
         buffer = back; // more than 31, though the memory would hold it
         requests = allocator.requests();
     }
-    EXPECT_EQ(requests, 1);
+    EXPECT_EQ(1, requests);
     EXPECT_EQ(elements(buffer), counted<TypeParam>(60));
 }
 
@@ -250,11 +250,11 @@ TYPED_TEST(BufferTest, ResizeToZeroFreesTheMemory)
 {
     Buffer<TypeParam> buffer = bufferOf(counted<TypeParam>(5));
     buffer.resize(0, true);
-    EXPECT_EQ(buffer.data(), nullptr);
-    EXPECT_EQ(buffer.size(), 0u);
-    EXPECT_EQ(Fields<TypeParam>(buffer).words[1], 0u);
+    EXPECT_EQ(nullptr, buffer.data());
+    EXPECT_EQ(0u, buffer.size());
+    EXPECT_EQ(0u, Fields<TypeParam>(buffer).words[1]);
     buffer.resize(0, false);
-    EXPECT_EQ(buffer.data(), nullptr);
+    EXPECT_EQ(nullptr, buffer.data());
 }
 
 TYPED_TEST(BufferTest, ResizeToTheCurrentSizeDoesNothing)
@@ -268,7 +268,7 @@ TYPED_TEST(BufferTest, ResizeToTheCurrentSizeDoesNothing)
         buffer.resize(5, false);
         requests = allocator.requests();
     }
-    EXPECT_EQ(requests, 0);
+    EXPECT_EQ(0, requests);
     EXPECT_EQ(buffer.data(), data);
     EXPECT_EQ(elements(buffer), counted<TypeParam>(5));
 }
@@ -277,26 +277,26 @@ TYPED_TEST(BufferTest, ResizeToMoreKeepsTheElementsAndFillsWithZeros)
 {
     Buffer<TypeParam> buffer = bufferOf(counted<TypeParam>(3));
     buffer.resize(6, true);
-    EXPECT_EQ(elements(buffer), (std::vector<TypeParam>{1, 2, 3, 0, 0, 0}));
+    EXPECT_EQ((std::vector<TypeParam>{1, 2, 3, 0, 0, 0}), elements(buffer));
 }
 
 TYPED_TEST(BufferTest, ResizeToMoreWithoutFillKeepsTheElements)
 {
     Buffer<TypeParam> buffer = bufferOf(counted<TypeParam>(3));
     buffer.resize(6, false);
-    EXPECT_EQ(buffer.size(), 6u);
-    EXPECT_EQ(buffer[0], 1);
-    EXPECT_EQ(buffer[1], 2);
-    EXPECT_EQ(buffer[2], 3);
+    EXPECT_EQ(6u, buffer.size());
+    EXPECT_EQ(1, buffer[0]);
+    EXPECT_EQ(2, buffer[1]);
+    EXPECT_EQ(3, buffer[2]);
     buffer[5] = 9; // the memory is there
-    EXPECT_EQ(buffer[5], 9);
+    EXPECT_EQ(9, buffer[5]);
 }
 
 TYPED_TEST(BufferTest, ResizeOfAnEmptyBufferFillsAllWithZeros)
 {
     Buffer<TypeParam> buffer;
     buffer.resize(4, true);
-    EXPECT_EQ(elements(buffer), (std::vector<TypeParam>{0, 0, 0, 0}));
+    EXPECT_EQ((std::vector<TypeParam>{0, 0, 0, 0}), elements(buffer));
 }
 
 TYPED_TEST(BufferTest, ResizeToLessKeepsTheFirstElementsInNewMemory)
@@ -309,7 +309,7 @@ TYPED_TEST(BufferTest, ResizeToLessKeepsTheFirstElementsInNewMemory)
             buffer.resize(60, zeroFill); // unlike an assignment it never reuses
             requests = allocator.requests();
         }
-        EXPECT_EQ(requests, 1);
+        EXPECT_EQ(1, requests);
         EXPECT_EQ(elements(buffer), counted<TypeParam>(60));
     }
 }
@@ -319,8 +319,8 @@ TYPED_TEST(BufferTest, ElementsAreReadAndWrittenByIndex)
     Buffer<TypeParam> buffer = bufferOf(counted<TypeParam>(3));
     buffer[1] = 20;
     const Buffer<TypeParam>& constant = buffer;
-    EXPECT_EQ(constant[1], 20);
-    EXPECT_EQ(constant.data()[1], 20);
+    EXPECT_EQ(20, constant[1]);
+    EXPECT_EQ(20, constant.data()[1]);
     EXPECT_EQ(&buffer[2], buffer.data() + 2);
 }
 
@@ -362,7 +362,7 @@ TYPED_TEST(BufferTest, FailedAllocationPassesAndChangesNothing)
         const Buffer<TypeParam> copy(buffer);
         shown = copy.data();
     }));
-    EXPECT_EQ(shown, nullptr);
+    EXPECT_EQ(nullptr, shown);
     EXPECT_EQ(elements(buffer), counted<TypeParam>(5));
 }
 

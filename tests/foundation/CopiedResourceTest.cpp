@@ -55,8 +55,8 @@ TEST_F(CopiedResourceTest, DefaultConstructedHoldsTheNullValue)
 {
     const Link link;
     EXPECT_EQ(link.get(), (PointerStorage<Target, 3, 2>::nullValue));
-    EXPECT_EQ(link.get(), nullptr);
-    EXPECT_EQ(link.operator->(), nullptr);
+    EXPECT_EQ(nullptr, link.get());
+    EXPECT_EQ(nullptr, link.operator->());
     EXPECT_FALSE(link);
 }
 
@@ -66,7 +66,7 @@ TEST_F(CopiedResourceTest, ConstructionAndAssignmentTakeAPointer)
     Target second(2);
     Link link(&first);
     EXPECT_EQ(link.get(), &first);
-    EXPECT_EQ(link->number, 1);
+    EXPECT_EQ(1, link->number);
     EXPECT_EQ(&*link, &first);
     EXPECT_TRUE(link);
     link = &second;
@@ -80,7 +80,7 @@ TEST_F(CopiedResourceTest, ConstructionFromOwningHandleDoesNotRaiseTheCount)
     const Handle handle(new Target(3));
     const Link link(handle);
     EXPECT_EQ(link.get(), handle.get());
-    EXPECT_EQ(handle.useCount(), 1u);
+    EXPECT_EQ(1u, handle.useCount());
 }
 
 TEST_F(CopiedResourceTest, AssignmentFromOwningHandleDoesNotRaiseTheCount)
@@ -89,10 +89,10 @@ TEST_F(CopiedResourceTest, AssignmentFromOwningHandleDoesNotRaiseTheCount)
     Link link;
     link = handle;
     EXPECT_EQ(link.get(), handle.get());
-    EXPECT_EQ(handle.useCount(), 1u);
+    EXPECT_EQ(1u, handle.useCount());
     link = Handle();
     EXPECT_FALSE(link);
-    EXPECT_EQ(handle.useCount(), 1u);
+    EXPECT_EQ(1u, handle.useCount());
 }
 
 TEST_F(CopiedResourceTest, DoesNotKeepTheResourceAlive)
@@ -100,8 +100,8 @@ TEST_F(CopiedResourceTest, DoesNotKeepTheResourceAlive)
     Handle handle(new Target);
     const Link link(handle);
     handle = Handle();
-    EXPECT_EQ(Target::alive, 0);
-    EXPECT_NE(link.get(), nullptr); // it knows nothing of the end
+    EXPECT_EQ(0, Target::alive);
+    EXPECT_NE(nullptr, link.get()); // it knows nothing of the end
 }
 
 TEST_F(CopiedResourceTest, CopyCopiesThePointer)
@@ -113,7 +113,7 @@ TEST_F(CopiedResourceTest, CopyCopiesThePointer)
     Link assigned;
     EXPECT_EQ(&(assigned = link), &assigned);
     EXPECT_EQ(assigned.get(), &target);
-    EXPECT_EQ(Target::alive, 1);
+    EXPECT_EQ(1, Target::alive);
 }
 
 TEST_F(CopiedResourceTest, SelfAssignmentKeepsThePointer)
@@ -141,8 +141,8 @@ TEST_F(CopiedResourceTest, DestructionLeavesTheTargetUntouched)
     {
         const Link link(&target);
     }
-    EXPECT_EQ(Target::alive, 1);
-    EXPECT_EQ(target.number, 9);
+    EXPECT_EQ(1, Target::alive);
+    EXPECT_EQ(9, target.number);
 }
 
 TEST_F(CopiedResourceTest, ChangesTheTargetThroughTheHandle)
@@ -151,7 +151,7 @@ TEST_F(CopiedResourceTest, ChangesTheTargetThroughTheHandle)
     const Link link(&target);
     link->number = 2;
     (*link).number += 1;
-    EXPECT_EQ(target.number, 3);
+    EXPECT_EQ(3, target.number);
 }
 
 TEST_F(CopiedResourceTest, ViewsBytesThatSomethingElseOwns)
@@ -159,8 +159,8 @@ TEST_F(CopiedResourceTest, ViewsBytesThatSomethingElseOwns)
     unsigned char bytes[] = {1, 2, 3};
     const ByteLink link(bytes);
     EXPECT_EQ(link.get(), bytes);
-    EXPECT_EQ(*link, 1);
-    EXPECT_EQ(link.get()[2], 3);
+    EXPECT_EQ(1, *link);
+    EXPECT_EQ(3, link.get()[2]);
 }
 
 TEST_F(CopiedResourceTest, NamesAClassThatIsNotCompleteYet)

@@ -73,7 +73,7 @@ TYPED_TEST(ExceptionFamilyTest, DerivesFromExceptionDirectly)
 {
     // A class with one public base that is not virtual tells this base in its type information.
     const auto* const type = dynamic_cast<const abi::__si_class_type_info*>(&typeid(TypeParam));
-    ASSERT_NE(type, nullptr);
+    ASSERT_NE(nullptr, type);
     EXPECT_EQ(*type->__base_type, typeid(Exception));
     EXPECT_TRUE((std::is_convertible<TypeParam*, Exception*>::value));
     EXPECT_TRUE((std::is_convertible<TypeParam*, std::exception*>::value));
@@ -130,58 +130,58 @@ TEST(ExceptionTest, NullPointerCarriesItsMessage)
 {
     const NullPointer exception("Asked for array of size: 8");
     EXPECT_EQ(exception.message(), String("Asked for array of size: 8"));
-    EXPECT_STREQ(exception.what(), "Asked for array of size: 8");
+    EXPECT_STREQ("Asked for array of size: 8", exception.what());
 }
 
 TEST(ExceptionTest, SerializationFailedCarriesItsMessage)
 {
     const SerializationFailed exception("Serialization is not supported for: n\xC3\xA4me");
-    EXPECT_STREQ(exception.what(), "Serialization is not supported for: n\xC3\xA4me");
+    EXPECT_STREQ("Serialization is not supported for: n\xC3\xA4me", exception.what());
 }
 
 TEST(ExceptionTest, IndexOutOfBoundsCarriesBoundsAndIndex)
 {
     const IndexOutOfBounds exception(0, 4, 9);
-    EXPECT_EQ(exception.low(), 0);
-    EXPECT_EQ(exception.high(), 4);
-    EXPECT_EQ(exception.index(), 9);
+    EXPECT_EQ(0, exception.low());
+    EXPECT_EQ(4, exception.high());
+    EXPECT_EQ(9, exception.index());
     const IndexOutOfBounds copy(exception);
-    EXPECT_EQ(copy.low(), 0);
-    EXPECT_EQ(copy.high(), 4);
-    EXPECT_EQ(copy.index(), 9);
+    EXPECT_EQ(0, copy.low());
+    EXPECT_EQ(4, copy.high());
+    EXPECT_EQ(9, copy.index());
 }
 
 TEST(ExceptionTest, IndexOutOfBoundsOfAnEmptyContainerHasHighMinusOne)
 {
     const IndexOutOfBounds exception(0, -1, 0);
-    EXPECT_EQ(exception.low(), 0);
-    EXPECT_EQ(exception.high(), -1);
-    EXPECT_EQ(exception.index(), 0);
+    EXPECT_EQ(0, exception.low());
+    EXPECT_EQ(-1, exception.high());
+    EXPECT_EQ(0, exception.index());
 }
 
 TEST(ExceptionTest, IndexOutOfBoundsNamesItsNumbersInTheMessage)
 {
     const std::string words = IndexOutOfBounds(0, 41, 973).what();
-    EXPECT_NE(words.find("41"), std::string::npos);
-    EXPECT_NE(words.find("973"), std::string::npos);
+    EXPECT_NE(std::string::npos, words.find("41"));
+    EXPECT_NE(std::string::npos, words.find("973"));
 }
 
 TEST(ExceptionTest, AssertionFailureCarriesFileLineAndExpression)
 {
     const AssertionFailure exception("libVideo/SceneGraph/Source", 0x1FFFFFFFFull, "index < m_arrayCount");
-    EXPECT_STREQ(exception.file(), "libVideo/SceneGraph/Source");
-    EXPECT_EQ(exception.line(), 0x1FFFFFFFFull);
-    EXPECT_STREQ(exception.expression(), "index < m_arrayCount");
+    EXPECT_STREQ("libVideo/SceneGraph/Source", exception.file());
+    EXPECT_EQ(0x1FFFFFFFFull, exception.line());
+    EXPECT_STREQ("index < m_arrayCount", exception.expression());
     const AssertionFailure copy(exception);
-    EXPECT_STREQ(copy.file(), "libVideo/SceneGraph/Source");
-    EXPECT_EQ(copy.line(), 0x1FFFFFFFFull);
-    EXPECT_STREQ(copy.expression(), "index < m_arrayCount");
+    EXPECT_STREQ("libVideo/SceneGraph/Source", copy.file());
+    EXPECT_EQ(0x1FFFFFFFFull, copy.line());
+    EXPECT_STREQ("index < m_arrayCount", copy.expression());
 }
 
 TEST(ExceptionTest, AssertionFailureNamesFileLineAndExpressionInTheMessage)
 {
     const std::string words = AssertionFailure("libMath/include/libMath/Matrix", 321, "x < col").what();
-    EXPECT_NE(words.find("libMath/include/libMath/Matrix"), std::string::npos);
-    EXPECT_NE(words.find("321"), std::string::npos);
-    EXPECT_NE(words.find("x < col"), std::string::npos);
+    EXPECT_NE(std::string::npos, words.find("libMath/include/libMath/Matrix"));
+    EXPECT_NE(std::string::npos, words.find("321"));
+    EXPECT_NE(std::string::npos, words.find("x < col"));
 }

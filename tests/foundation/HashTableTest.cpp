@@ -2,6 +2,7 @@
 #include "support/CountingElement.h"
 #include "support/FailingAllocator.h"
 #include "support/PrivateAccess.h"
+#include "support/Rows.h"
 
 #include <vesk/CopiedResource.h>
 #include <vesk/Exception.h>
@@ -19,7 +20,6 @@
 #include <memory>
 #include <new>
 #include <numeric>
-#include <ostream>
 #include <set>
 #include <string>
 #include <type_traits>
@@ -29,6 +29,8 @@
 
 using testSupport::CountingElement;
 using testSupport::FailingAllocator;
+using testSupport::Row;
+using testSupport::rowName;
 using vesk::_Bucket;
 using vesk::_BucketBase;
 using vesk::_HashTableIteratorBase;
@@ -189,9 +191,9 @@ TEST(HashTableBucketTest, NewBucketHasNoNextAndCopiesOfKeyAndValue)
     String key("lamp");
     const NumberBucket bucket(key, 4);
     key.append("2");
-    EXPECT_EQ(bucket.next, nullptr);
+    EXPECT_EQ(nullptr, bucket.next);
     EXPECT_EQ(bucket.key, String("lamp"));
-    EXPECT_EQ(bucket.value, 4u);
+    EXPECT_EQ(4u, bucket.value);
 }
 
 TEST(HashTableBucketTest, HoldsNextKeyAndValueAndNothingMore)
@@ -213,8 +215,8 @@ TEST(HashTableBucketTest, VirtualOperationsStandInTheirOrder)
 {
     EXPECT_TRUE(std::is_abstract<_BucketBase>::value);
     EXPECT_TRUE(std::has_virtual_destructor<_BucketBase>::value);
-    EXPECT_EQ(slot(&_BucketBase::equals), 1);
-    EXPECT_EQ(slot(&_BucketBase::clone), 2);
+    EXPECT_EQ(1, slot(&_BucketBase::equals));
+    EXPECT_EQ(2, slot(&_BucketBase::clone));
 }
 
 TEST(HashTableBucketTest, EqualsComparesTheKeyExactly)
@@ -239,13 +241,13 @@ TEST(HashTableBucketTest, CloneHasCopiesAndNoNext)
     {
         const std::unique_ptr<_BucketBase> clone(bucket.clone());
         const auto* const copy = static_cast<const Bucket*>(clone.get());
-        EXPECT_EQ(copy->next, nullptr);
+        EXPECT_EQ(nullptr, copy->next);
         EXPECT_EQ(copy->key, String("lamp"));
         EXPECT_NE(&copy->key, &bucket.key);
         EXPECT_EQ(copy->value.get(), bucket.value.get());
-        EXPECT_EQ(bucket.value.useCount(), 2u);
+        EXPECT_EQ(2u, bucket.value.useCount());
     }
-    EXPECT_EQ(bucket.value.useCount(), 1u);
+    EXPECT_EQ(1u, bucket.value.useCount());
 }
 
 TEST(HashTableBucketTest, DestructionEndsTheValueThenTheKey)
@@ -257,8 +259,8 @@ TEST(HashTableBucketTest, DestructionEndsTheValueThenTheKey)
         events().clear();
     }
     ASSERT_GE(events().size(), 2u);
-    EXPECT_EQ(events()[0], "destroy value");
-    EXPECT_EQ(events()[1], "destroy key");
+    EXPECT_EQ("destroy value", events()[0]);
+    EXPECT_EQ("destroy key", events()[1]);
 }
 
 // The chains
@@ -268,9 +270,9 @@ TEST(HashTableRepTest, NewTableIsEmptyWithThatManyHeads)
     for (const unsigned heads : {1u, 7u, 32u, 1000u}) {
         const _HashTableRep rep(heads);
         EXPECT_EQ(rep.headCount(), heads);
-        EXPECT_EQ(rep.size(), 0u);
+        EXPECT_EQ(0u, rep.size());
         for (unsigned i = 0; i < heads; ++i) {
-            EXPECT_EQ(rep.heads()[i], nullptr);
+            EXPECT_EQ(nullptr, rep.heads()[i]);
         }
     }
 }
@@ -279,9 +281,9 @@ TEST(HashTableRepTest, TableOfNoHeadsIsUsable)
 {
     _HashTableRep rep(0);
     const String key("a");
-    EXPECT_EQ(rep.lookup(5, &key), nullptr);
+    EXPECT_EQ(nullptr, rep.lookup(5, &key));
     EXPECT_TRUE(rep.insert(5, newBucket("a", 1), &key));
-    EXPECT_NE(rep.lookup(5, &key), nullptr);
+    EXPECT_NE(nullptr, rep.lookup(5, &key));
 }
 
 TEST(HashTableRepTest, CountOfHeadsStandsBeforeTheHeads)
@@ -293,7 +295,7 @@ TEST(HashTableRepTest, CountOfHeadsStandsBeforeTheHeads)
     const auto* const heads = reinterpret_cast<const unsigned char*>(&(rep.*privateMember(RepHeads())));
     EXPECT_GT(count, start);
     EXPECT_GT(heads, count);
-    EXPECT_EQ(rep.*privateMember(RepHeadCount()), 32u);
+    EXPECT_EQ(32u, rep.*privateMember(RepHeadCount()));
     EXPECT_EQ(rep.*privateMember(RepHeads()), rep.heads());
 }
 
@@ -310,9 +312,9 @@ TEST(HashTableRepTest, LookupFindsTheEqualKeyInTheChainOfItsHash)
         EXPECT_EQ(rep.lookup(9, &keys[i]), buckets[i]);
     }
     const String absent("d");
-    EXPECT_EQ(rep.lookup(9, &absent), nullptr);
-    EXPECT_EQ(rep.lookup(8, &keys[0]), nullptr); // another chain
-    EXPECT_EQ(rep.size(), 3u);
+    EXPECT_EQ(nullptr, rep.lookup(9, &absent));
+    EXPECT_EQ(nullptr, rep.lookup(8, &keys[0])); // another chain
+    EXPECT_EQ(3u, rep.size());
 }
 
 TEST(HashTableRepTest, InsertOfAnEqualKeyDeletesTheNewBucketAndSaysSo)
@@ -322,13 +324,13 @@ TEST(HashTableRepTest, InsertOfAnEqualKeyDeletesTheNewBucketAndSaysSo)
         _HashTableRep rep(4);
         const String key("a");
         EXPECT_TRUE(rep.insert(1, new CountingBucket(key, 1), &key));
-        EXPECT_EQ(CountingElement::counts().alive, 1);
+        EXPECT_EQ(1, CountingElement::counts().alive);
         EXPECT_FALSE(rep.insert(1, new CountingBucket(key, 2), &key));
-        EXPECT_EQ(CountingElement::counts().alive, 1); // the refused one has gone
-        EXPECT_EQ(rep.size(), 1u);
-        EXPECT_EQ(static_cast<const CountingBucket*>(rep.lookup(1, &key))->value.value, 1);
+        EXPECT_EQ(1, CountingElement::counts().alive); // the refused one has gone
+        EXPECT_EQ(1u, rep.size());
+        EXPECT_EQ(1, static_cast<const CountingBucket*>(rep.lookup(1, &key))->value.value);
     }
-    EXPECT_EQ(CountingElement::counts().alive, 0);
+    EXPECT_EQ(0, CountingElement::counts().alive);
 }
 
 TEST(HashTableRepTest, InsertWithoutCheckKeepsBothAndLookupGivesTheFirst)
@@ -338,9 +340,9 @@ TEST(HashTableRepTest, InsertWithoutCheckKeepsBothAndLookupGivesTheFirst)
     _BucketBase* const first = newBucket("a", 1);
     rep.insertWithoutCheck(1, first, &key);
     rep.insertWithoutCheck(1, newBucket("a", 2), &key);
-    EXPECT_EQ(rep.size(), 2u);
+    EXPECT_EQ(2u, rep.size());
     EXPECT_EQ(rep.lookup(1, &key), first);
-    EXPECT_EQ(chain(rep, 1).size(), 2u);
+    EXPECT_EQ(2u, chain(rep, 1).size());
 }
 
 TEST(HashTableRepTest, ClearDeletesAllBucketsAndKeepsTheTableUsable)
@@ -351,17 +353,17 @@ TEST(HashTableRepTest, ClearDeletesAllBucketsAndKeepsTheTableUsable)
         const String key = numbered("k", i);
         rep.insert(i, new CountingBucket(key, static_cast<int>(i)), &key);
     }
-    EXPECT_EQ(CountingElement::counts().alive, 20);
+    EXPECT_EQ(20, CountingElement::counts().alive);
     rep.clear();
-    EXPECT_EQ(CountingElement::counts().alive, 0);
-    EXPECT_EQ(rep.size(), 0u);
+    EXPECT_EQ(0, CountingElement::counts().alive);
+    EXPECT_EQ(0u, rep.size());
     const String key("k3");
-    EXPECT_EQ(rep.lookup(3, &key), nullptr);
+    EXPECT_EQ(nullptr, rep.lookup(3, &key));
     EXPECT_TRUE(rep.insert(3, new CountingBucket(key, 3), &key));
-    EXPECT_NE(rep.lookup(3, &key), nullptr);
+    EXPECT_NE(nullptr, rep.lookup(3, &key));
     rep.clear();
     rep.clear();
-    EXPECT_EQ(CountingElement::counts().alive, 0);
+    EXPECT_EQ(0, CountingElement::counts().alive);
 }
 
 TEST(HashTableRepTest, DestructionDeletesAllBuckets)
@@ -373,9 +375,9 @@ TEST(HashTableRepTest, DestructionDeletesAllBuckets)
             const String key = numbered("k", i);
             rep.insert(i, new CountingBucket(key, 0), &key);
         }
-        EXPECT_EQ(CountingElement::counts().alive, 9);
+        EXPECT_EQ(9, CountingElement::counts().alive);
     }
-    EXPECT_EQ(CountingElement::counts().alive, 0);
+    EXPECT_EQ(0, CountingElement::counts().alive);
 }
 
 TEST(HashTableRepTest, CopyHasClonesInTheSameChains)
@@ -391,9 +393,9 @@ TEST(HashTableRepTest, CopyHasClonesInTheSameChains)
     assigned.insert(0, newBucket("old", 0), &old);
     EXPECT_EQ(&(assigned = rep), &assigned);
     for (const _HashTableRep* other : {&copy, const_cast<const _HashTableRep*>(&assigned)}) {
-        EXPECT_EQ(other->headCount(), 3u);
-        EXPECT_EQ(other->size(), 7u);
-        EXPECT_EQ(other->lookup(0, &old), nullptr);
+        EXPECT_EQ(3u, other->headCount());
+        EXPECT_EQ(7u, other->size());
+        EXPECT_EQ(nullptr, other->lookup(0, &old));
         for (unsigned head = 0; head < 3; ++head) {
             const auto mine = chain(rep, head);
             const auto theirs = chain(*other, head);
@@ -406,7 +408,7 @@ TEST(HashTableRepTest, CopyHasClonesInTheSameChains)
         }
     }
     rep.clear();
-    EXPECT_EQ(copy.size(), 7u);
+    EXPECT_EQ(7u, copy.size());
 }
 
 TEST(HashTableRepTest, SelfAssignmentKeepsTheBuckets)
@@ -418,7 +420,7 @@ TEST(HashTableRepTest, SelfAssignmentKeepsTheBuckets)
     const _HashTableRep& self = rep;
     rep = self;
     EXPECT_EQ(rep.lookup(5, &key), bucket);
-    EXPECT_EQ(rep.size(), 1u);
+    EXPECT_EQ(1u, rep.size());
 }
 
 TEST(HashTableRepTest, ChainKeepsTheOrderOfInsertion)
@@ -429,7 +431,7 @@ TEST(HashTableRepTest, ChainKeepsTheOrderOfInsertion)
         rep.insert(2, newBucket(key.data(), i), &key);
     }
     const auto buckets = chain(rep, 2);
-    ASSERT_EQ(buckets.size(), 6u);
+    ASSERT_EQ(6u, buckets.size());
     for (unsigned i = 0; i < 6; ++i) {
         EXPECT_EQ(buckets[i]->value, i);
     }
@@ -441,11 +443,11 @@ TEST(HashTableIteratorTest, EmptyTableHasNoBucket)
 {
     const _HashTableRep rep(32);
     _HashTableIteratorBase cursor(rep.heads(), rep.heads() + rep.headCount());
-    EXPECT_EQ(cursor.current(), nullptr);
+    EXPECT_EQ(nullptr, cursor.current());
     ++cursor;
-    EXPECT_EQ(cursor.current(), nullptr);
+    EXPECT_EQ(nullptr, cursor.current());
     const _HashTableIteratorBase none(rep.heads(), rep.heads());
-    EXPECT_EQ(none.current(), nullptr);
+    EXPECT_EQ(nullptr, none.current());
 }
 
 TEST(HashTableIteratorTest, WalksAlongEachChainFromTheFirstHeadToTheLast)
@@ -462,8 +464,8 @@ TEST(HashTableIteratorTest, WalksAlongEachChainFromTheFirstHeadToTheLast)
     EXPECT_EQ((++cursor).current(), &b);
     EXPECT_EQ((++cursor).current(), &c);
     EXPECT_EQ((++cursor).current(), &d);
-    EXPECT_EQ((++cursor).current(), nullptr);
-    EXPECT_EQ((++cursor).current(), nullptr);
+    EXPECT_EQ(nullptr, (++cursor).current());
+    EXPECT_EQ(nullptr, (++cursor).current());
 }
 
 TEST(HashTableIteratorTest, ReachesTheFirstAndTheLastHead)
@@ -474,7 +476,7 @@ TEST(HashTableIteratorTest, ReachesTheFirstAndTheLastHead)
     _HashTableIteratorBase cursor(heads, heads + 3);
     EXPECT_EQ(cursor.current(), &a);
     EXPECT_EQ((++cursor).current(), &b);
-    EXPECT_EQ((++cursor).current(), nullptr);
+    EXPECT_EQ(nullptr, (++cursor).current());
 }
 
 // The table
@@ -488,15 +490,15 @@ TEST(HashTableTest, IsASerializableThatHoldsItsChainsByValue)
 TEST(HashTableTest, LookupInAnEmptyTableIsNull)
 {
     const HandleTable table(32);
-    EXPECT_EQ(table.lookup("lamp"), nullptr);
-    EXPECT_EQ(table.lookup(""), nullptr);
-    EXPECT_EQ(table.size(), 0u);
+    EXPECT_EQ(nullptr, table.lookup("lamp"));
+    EXPECT_EQ(nullptr, table.lookup(""));
+    EXPECT_EQ(0u, table.size());
 }
 
 TEST(HashTableTest, StartsWithTheHeadsItIsGiven)
 {
     const NumberTable table(32);
-    EXPECT_EQ((table.*privateMember(NumberTableRep())).headCount(), 32u);
+    EXPECT_EQ(32u, (table.*privateMember(NumberTableRep())).headCount());
 }
 
 TEST(HashTableTest, LookupFindsAnEqualKeyWithItsValue)
@@ -505,14 +507,14 @@ TEST(HashTableTest, LookupFindsAnEqualKeyWithItsValue)
     EXPECT_TRUE(table.insert("lamp", 3));
     EXPECT_TRUE(table.insert("", 4));
     const NumberTable::Bucket* const bucket = table.lookup("lamp");
-    ASSERT_NE(bucket, nullptr);
+    ASSERT_NE(nullptr, bucket);
     EXPECT_EQ(bucket->key, String("lamp"));
-    EXPECT_EQ(bucket->value, 3u);
-    ASSERT_NE(table.lookup(""), nullptr);
-    EXPECT_EQ(table.lookup("")->value, 4u);
-    EXPECT_EQ(table.lookup("lam"), nullptr);
-    EXPECT_EQ(table.lookup("lamps"), nullptr);
-    EXPECT_EQ(table.size(), 2u);
+    EXPECT_EQ(3u, bucket->value);
+    ASSERT_NE(nullptr, table.lookup(""));
+    EXPECT_EQ(4u, table.lookup("")->value);
+    EXPECT_EQ(nullptr, table.lookup("lam"));
+    EXPECT_EQ(nullptr, table.lookup("lamps"));
+    EXPECT_EQ(2u, table.size());
 }
 
 TEST(HashTableTest, KeyInTheTableIsIndependentOfTheCallers)
@@ -523,9 +525,9 @@ TEST(HashTableTest, KeyInTheTableIsIndependentOfTheCallers)
     table.insert(key, value);
     key.append("2");
     value = "other";
-    ASSERT_NE(table.lookup("lamp"), nullptr);
+    ASSERT_NE(nullptr, table.lookup("lamp"));
     EXPECT_EQ(table.lookup("lamp")->value, String("value"));
-    EXPECT_EQ(table.lookup("lamp2"), nullptr);
+    EXPECT_EQ(nullptr, table.lookup("lamp2"));
 }
 
 TEST(HashTableTest, KeysThatDifferByCaseAreDifferent)
@@ -534,10 +536,10 @@ TEST(HashTableTest, KeysThatDifferByCaseAreDifferent)
     EXPECT_TRUE(table.insert("Lamp", 1));
     EXPECT_TRUE(table.insert("lamp", 2));
     EXPECT_TRUE(table.insert("LAMP", 3));
-    EXPECT_EQ(table.lookup("Lamp")->value, 1u);
-    EXPECT_EQ(table.lookup("lamp")->value, 2u);
-    EXPECT_EQ(table.lookup("LAMP")->value, 3u);
-    EXPECT_EQ(table.lookup("lAMP"), nullptr);
+    EXPECT_EQ(1u, table.lookup("Lamp")->value);
+    EXPECT_EQ(2u, table.lookup("lamp")->value);
+    EXPECT_EQ(3u, table.lookup("LAMP")->value);
+    EXPECT_EQ(nullptr, table.lookup("lAMP"));
 }
 
 TEST(HashTableTest, RepeatedKeyKeepsItsFirstValueAndInsertAnswersFalse)
@@ -548,12 +550,12 @@ TEST(HashTableTest, RepeatedKeyKeepsItsFirstValueAndInsertAnswersFalse)
         EXPECT_TRUE(table.insert("lamp", 1));
         const CountingTable::Bucket* const bucket = table.lookup("lamp");
         EXPECT_FALSE(table.insert("lamp", 2));
-        EXPECT_EQ(table.size(), 1u);
+        EXPECT_EQ(1u, table.size());
         EXPECT_EQ(table.lookup("lamp"), bucket);
-        EXPECT_EQ(bucket->value.value, 1);
-        EXPECT_EQ(CountingElement::counts().alive, 1);
+        EXPECT_EQ(1, bucket->value.value);
+        EXPECT_EQ(1, CountingElement::counts().alive);
     }
-    EXPECT_EQ(CountingElement::counts().alive, 0);
+    EXPECT_EQ(0, CountingElement::counts().alive);
 }
 
 TEST(HashTableTest, RefusedOwningHandleIsLetGo)
@@ -563,8 +565,8 @@ TEST(HashTableTest, RefusedOwningHandleIsLetGo)
     const Handle second(new Resource(2));
     table.insert("a", first);
     table.insert("a", second);
-    EXPECT_EQ(first.useCount(), 2u);
-    EXPECT_EQ(second.useCount(), 1u);
+    EXPECT_EQ(2u, first.useCount());
+    EXPECT_EQ(1u, second.useCount());
 }
 
 TEST(HashTableTest, InsertionTakesAShareOfAnOwningHandleAndThePointerOfAnother)
@@ -572,10 +574,10 @@ TEST(HashTableTest, InsertionTakesAShareOfAnOwningHandleAndThePointerOfAnother)
     const Handle handle(new Resource(1));
     HandleTable owning(32);
     owning.insert("a", handle);
-    EXPECT_EQ(handle.useCount(), 2u);
+    EXPECT_EQ(2u, handle.useCount());
     LinkTable links(32);
     links.insert("a", Link(handle));
-    EXPECT_EQ(handle.useCount(), 2u);
+    EXPECT_EQ(2u, handle.useCount());
     EXPECT_EQ(links.lookup("a")->value.get(), handle.get());
 }
 
@@ -586,19 +588,19 @@ TEST(HashTableTest, InsertionCopiesThenHashesThenAsksWithTheCallersKey)
     const Traced value("v");
     events().clear();
     table.insert(first, value);
-    EXPECT_EQ(events(), (std::vector<std::string>{"copy key", "copy v", "hash key"}));
+    EXPECT_EQ((std::vector<std::string>{"copy key", "copy v", "hash key"}), events());
     const Traced second("yek"); // of the same hash
     events().clear();
     table.insert(second, value);
-    EXPECT_EQ(events(), (std::vector<std::string>{"copy yek", "copy v", "hash yek", "equal key yek"}));
+    EXPECT_EQ((std::vector<std::string>{"copy yek", "copy v", "hash yek", "equal key yek"}), events());
     EXPECT_EQ(TracedEqual::lastGiven, &second);
     events().clear();
     table.insert(first, value);
-    EXPECT_EQ(events(), (std::vector<std::string>{"copy key", "copy v", "hash key", "equal key key", "destroy v",
-                                                  "destroy key"}));
+    EXPECT_EQ((std::vector<std::string>{"copy key", "copy v", "hash key", "equal key key", "destroy v", "destroy key"}),
+              events());
     events().clear();
-    EXPECT_NE(table.lookup(second), nullptr);
-    EXPECT_EQ(events(), (std::vector<std::string>{"hash yek", "equal key yek", "equal yek yek"}));
+    EXPECT_NE(nullptr, table.lookup(second));
+    EXPECT_EQ((std::vector<std::string>{"hash yek", "equal key yek", "equal yek yek"}), events());
     EXPECT_EQ(TracedEqual::lastGiven, &second);
 }
 
@@ -627,14 +629,14 @@ TEST(HashTableTest, CopyHasBucketsOfItsOwn)
     EXPECT_EQ(content(copy), content(table));
     EXPECT_NE(copy.lookup("k7"), table.lookup("k7"));
     copy.insert("new", 1);
-    EXPECT_EQ(table.lookup("new"), nullptr);
+    EXPECT_EQ(nullptr, table.lookup("new"));
     table.insert("other", 1);
-    EXPECT_EQ(copy.lookup("other"), nullptr);
+    EXPECT_EQ(nullptr, copy.lookup("other"));
     for (unsigned i = 100; i < 1000; ++i) {
         copy.insert(numbered("k", i), i); // a copy grows on its own
     }
-    EXPECT_EQ(copy.lookup("k999")->value, 999u);
-    EXPECT_EQ(table.size(), 101u);
+    EXPECT_EQ(999u, copy.lookup("k999")->value);
+    EXPECT_EQ(101u, table.size());
 }
 
 TEST(HashTableTest, EachCopyOfTheTableSharesItsResources)
@@ -642,16 +644,16 @@ TEST(HashTableTest, EachCopyOfTheTableSharesItsResources)
     const Handle handle(new Resource(1));
     HandleTable table(32);
     table.insert("a", handle);
-    EXPECT_EQ(handle.useCount(), 2u);
+    EXPECT_EQ(2u, handle.useCount());
     {
         const HandleTable first(table);
-        EXPECT_EQ(handle.useCount(), 3u);
+        EXPECT_EQ(3u, handle.useCount());
         HandleTable second(1);
         second = table;
-        EXPECT_EQ(handle.useCount(), 4u);
+        EXPECT_EQ(4u, handle.useCount());
         EXPECT_EQ(second.lookup("a")->value.get(), handle.get());
     }
-    EXPECT_EQ(handle.useCount(), 2u);
+    EXPECT_EQ(2u, handle.useCount());
 }
 
 TEST(HashTableTest, AssignmentReplacesTheContent)
@@ -664,13 +666,13 @@ TEST(HashTableTest, AssignmentReplacesTheContent)
         other.insert("a", 2);
         other.insert("b", 3);
         EXPECT_EQ(&(table = other), &table);
-        EXPECT_EQ(CountingElement::counts().alive, 4);
-        EXPECT_EQ(table.lookup("old"), nullptr);
-        EXPECT_EQ(table.lookup("a")->value.value, 2);
+        EXPECT_EQ(4, CountingElement::counts().alive);
+        EXPECT_EQ(nullptr, table.lookup("old"));
+        EXPECT_EQ(2, table.lookup("a")->value.value);
         EXPECT_NE(table.lookup("a"), other.lookup("a"));
-        EXPECT_EQ(table.size(), 2u);
+        EXPECT_EQ(2u, table.size());
     }
-    EXPECT_EQ(CountingElement::counts().alive, 0);
+    EXPECT_EQ(0, CountingElement::counts().alive);
 }
 
 TEST(HashTableTest, SelfAssignmentKeepsTheContent)
@@ -681,7 +683,7 @@ TEST(HashTableTest, SelfAssignmentKeepsTheContent)
     const NumberTable& self = table;
     table = self;
     EXPECT_EQ(table.lookup("a"), bucket);
-    EXPECT_EQ(table.size(), 1u);
+    EXPECT_EQ(1u, table.size());
 }
 
 TEST(HashTableTest, RefusedCopyOfAValueLeavesBothTables)
@@ -700,19 +702,19 @@ TEST(HashTableTest, RefusedCopyOfAValueLeavesBothTables)
             CountingElement::counts().copiesUntilThrow = i;
             EXPECT_THROW(const CountingTable copy(source), CountingElement::CopyRefused);
             CountingElement::counts().copiesUntilThrow = -1;
-            EXPECT_EQ(table.size(), 1u);
-            EXPECT_NE(table.lookup("old"), nullptr);
-            EXPECT_EQ(source.size(), 5u);
-            EXPECT_EQ(CountingElement::counts().alive, 6);
+            EXPECT_EQ(1u, table.size());
+            EXPECT_NE(nullptr, table.lookup("old"));
+            EXPECT_EQ(5u, source.size());
+            EXPECT_EQ(6, CountingElement::counts().alive);
         }
         CountingElement::counts().copiesUntilThrow = 0;
         const CountingElement value(9);
         EXPECT_THROW(table.insert("new", value), CountingElement::CopyRefused);
         CountingElement::counts().copiesUntilThrow = -1;
-        EXPECT_EQ(table.size(), 1u);
-        EXPECT_EQ(table.lookup("new"), nullptr);
+        EXPECT_EQ(1u, table.size());
+        EXPECT_EQ(nullptr, table.lookup("new"));
     }
-    EXPECT_EQ(CountingElement::counts().alive, 0);
+    EXPECT_EQ(0, CountingElement::counts().alive);
 }
 
 TEST(HashTableTest, MemoryFailingAtEachPointOfAnInsertionLosesNothing)
@@ -736,10 +738,10 @@ TEST(HashTableTest, MemoryFailingAtEachPointOfAnInsertionLosesNothing)
         EXPECT_EQ(table.size(), wasThrown ? 4u : 5u);
         EXPECT_EQ(table.lookup(key) == nullptr, wasThrown);
         for (unsigned i = 0; i < 4; ++i) {
-            EXPECT_NE(table.lookup(longText(i)), nullptr);
+            EXPECT_NE(nullptr, table.lookup(longText(i)));
         }
         EXPECT_EQ(table.insert(key, value), wasThrown);
-        EXPECT_EQ(table.size(), 5u);
+        EXPECT_EQ(5u, table.size());
     }
 }
 
@@ -765,22 +767,20 @@ TEST(HashTableTest, MemoryFailingAtEachPointOfACopyLosesNothing)
         }
         if (hasFailed) {
             EXPECT_TRUE(wasThrown);
-            EXPECT_EQ(table.size(), 1u);
-            EXPECT_NE(table.lookup("old"), nullptr);
+            EXPECT_EQ(1u, table.size());
+            EXPECT_NE(nullptr, table.lookup("old"));
         }
     }
-    EXPECT_EQ(points, 32); // the heads, ten times bucket, key and value, and the run without failure
-    EXPECT_EQ(table.size(), 10u);
+    EXPECT_EQ(32, points); // the heads, ten times bucket, key and value, and the run without failure
+    EXPECT_EQ(10u, table.size());
 }
 
 // Size
 
 namespace {
 
-struct KeyRow {
-    const char* name;
+struct KeyRow : Row {
     std::string (*key)(unsigned number);
-    friend void PrintTo(const KeyRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class HashTableSizeTest : public testing::TestWithParam<KeyRow> {};
@@ -820,10 +820,10 @@ TEST_P(HashTableSizeTest, ChainsOfManyKeysStayShort)
     EXPECT_LE(steps / count, 2.0);
     for (unsigned i = 0; i < count; i += 997) {
         const NumberTable::Bucket* const bucket = table.lookup(GetParam().key(i).c_str());
-        ASSERT_NE(bucket, nullptr) << i;
+        ASSERT_NE(nullptr, bucket) << i;
         EXPECT_EQ(bucket->value, i);
     }
-    EXPECT_EQ(table.lookup("absent"), nullptr);
+    EXPECT_EQ(nullptr, table.lookup("absent"));
     EXPECT_FALSE(table.insert(GetParam().key(count / 2).c_str(), 0u));
 }
 
@@ -847,7 +847,7 @@ INSTANTIATE_TEST_SUITE_P(
                                                     static_cast<char>(1 + i / 4096), '\0'};
                                return std::string(text);
                            }}),
-    [](const auto& row) { return std::string(row.param.name); });
+    rowName);
 
 TEST(HashTableTest, HashOfATextIsTheSameForEqualTexts)
 {
@@ -860,7 +860,7 @@ TEST(HashTableTest, HashOfATextIsTheSameForEqualTexts)
     for (unsigned length = 0; length < 40; ++length) {
         hashes.insert(HashFunc<String>::hash(std::string(length, 'a').c_str()));
     }
-    EXPECT_EQ(hashes.size(), 40u);
+    EXPECT_EQ(40u, hashes.size());
 }
 
 TEST(HashTableTest, HeadsGrowButBucketsStayWhereTheyAre)
@@ -872,7 +872,7 @@ TEST(HashTableTest, HeadsGrowButBucketsStayWhereTheyAre)
         buckets.push_back(table.lookup(numbered("k", i)));
     }
     const _HashTableRep& rep = table.*privateMember(NumberTableRep());
-    EXPECT_EQ(rep.headCount(), 32u);
+    EXPECT_EQ(32u, rep.headCount());
     for (unsigned i = 32; i < 5000; ++i) {
         table.insert(numbered("k", i), i);
     }
@@ -1255,12 +1255,13 @@ TEST(HashTableTest, SerializationCallsInItsOrder)
     events().clear();
     String xml("before");
     table.serializeMembers("t", xml);
-    EXPECT_EQ(calls(), (std::vector<std::string>{"serializeBegin t", "write a", "write bb", "write 1", "write 2",
-                                                 "serializeEnd", "getSerializedXML"}));
+    EXPECT_EQ((std::vector<std::string>{"serializeBegin t", "write a", "write bb", "write 1", "write 2", "serializeEnd",
+                                        "getSerializedXML"}),
+              calls());
     EXPECT_EQ(xml.subString(0, 6), String("before"));
     const std::string all = xml.data();
     EXPECT_LT(all.find("m_arrKey"), all.find("m_arrValue"));
-    EXPECT_NE(all.find("m_arrValue"), std::string::npos);
+    EXPECT_NE(std::string::npos, all.find("m_arrValue"));
 }
 
 TEST(HashTableTest, DeserializationCallsInItsOrderAndClearsOnlyBehindTheReading)
@@ -1274,11 +1275,12 @@ TEST(HashTableTest, DeserializationCallsInItsOrderAndClearsOnlyBehindTheReading)
     read.insert("old", "0");
     events().clear();
     EXPECT_TRUE(read.deserialize(xml));
-    EXPECT_EQ(calls(), (std::vector<std::string>{"deserializeBegin 1", "read a", "read bb", "read 1", "read 2",
-                                                 "hash a", "hash bb", "deserializeEnd 2"}));
-    EXPECT_EQ(read.lookup("old"), nullptr);
-    EXPECT_EQ(read.lookup("a")->value.text, "1");
-    EXPECT_EQ(read.lookup("bb")->value.text, "2");
+    EXPECT_EQ((std::vector<std::string>{"deserializeBegin 1", "read a", "read bb", "read 1", "read 2", "hash a",
+                                        "hash bb", "deserializeEnd 2"}),
+              calls());
+    EXPECT_EQ(nullptr, read.lookup("old"));
+    EXPECT_EQ("1", read.lookup("a")->value.text);
+    EXPECT_EQ("2", read.lookup("bb")->value.text);
 }
 
 TEST(HashTableTest, SerializationOfHandlesIsRefusedAtTheValuesBehindTheKeys)
@@ -1292,12 +1294,12 @@ TEST(HashTableTest, SerializationOfHandlesIsRefusedAtTheValuesBehindTheKeys)
         table.serializeMembers("t", xml);
         ADD_FAILURE() << "nothing thrown";
     } catch (const SerializationFailed& exception) {
-        EXPECT_STREQ(exception.what(), "Serialization is not supported for: m_arrValue");
+        EXPECT_STREQ("Serialization is not supported for: m_arrValue", exception.what());
     }
-    EXPECT_EQ(calls(), (std::vector<std::string>{"write a", "write bb"})); // the keys have gone out
+    EXPECT_EQ((std::vector<std::string>{"write a", "write bb"}), calls()); // the keys have gone out
     EXPECT_EQ(xml, String("before"));
-    EXPECT_EQ(table.size(), 2u);
-    EXPECT_EQ(table.lookup("a")->value.useCount(), 1u);
+    EXPECT_EQ(2u, table.size());
+    EXPECT_EQ(1u, table.lookup("a")->value.useCount());
 }
 
 TEST(HashTableTest, SerializationOfEveryTableOfHandlesIsRefusedAlsoWhenEmpty)
@@ -1310,7 +1312,7 @@ TEST(HashTableTest, SerializationOfEveryTableOfHandlesIsRefusedAlsoWhenEmpty)
             table->doSerialization("t", xml);
             ADD_FAILURE() << "nothing thrown";
         } catch (const SerializationFailed& exception) {
-            EXPECT_STREQ(exception.what(), "Serialization is not supported for: m_arrValue");
+            EXPECT_STREQ("Serialization is not supported for: m_arrValue", exception.what());
         }
         EXPECT_EQ(xml, String("before"));
     }
@@ -1334,8 +1336,8 @@ TEST(HashTableTest, TableOfTextsRoundTrips)
     read.insert("old", "old");
     EXPECT_TRUE(read.deserialize(xml));
     EXPECT_EQ(content(read), content(table));
-    EXPECT_EQ(read.size(), 200u);
-    EXPECT_EQ(read.lookup("old"), nullptr);
+    EXPECT_EQ(200u, read.size());
+    EXPECT_EQ(nullptr, read.lookup("old"));
 }
 
 TEST(HashTableTest, EmptyTableRoundTripsAndClears)
@@ -1346,7 +1348,7 @@ TEST(HashTableTest, EmptyTableRoundTripsAndClears)
     TextTable read(32);
     read.insert("old", "old");
     EXPECT_TRUE(read.deserialize(xml));
-    EXPECT_EQ(read.size(), 0u);
+    EXPECT_EQ(0u, read.size());
 }
 
 TEST(HashTableTest, DeserializationOfFewerValuesThanKeysThrowsWithTheEarlierPairsInserted)
@@ -1361,9 +1363,9 @@ TEST(HashTableTest, DeserializationOfFewerValuesThanKeysThrowsWithTheEarlierPair
         static_cast<void>(table.deserialize(xml));
         ADD_FAILURE() << "nothing thrown";
     } catch (const IndexOutOfBounds& exception) {
-        EXPECT_EQ(exception.low(), 0);
-        EXPECT_EQ(exception.high(), 1);
-        EXPECT_EQ(exception.index(), 2);
+        EXPECT_EQ(0, exception.low());
+        EXPECT_EQ(1, exception.high());
+        EXPECT_EQ(2, exception.index());
     }
     EXPECT_EQ(content(table), (std::map<std::string, String>{{"a", "1"}, {"b", "2"}}));
     table.insert("c", "3"); // still usable
@@ -1381,11 +1383,11 @@ TEST(HashTableTest, DeserializationOfKeysWithoutValuesThrowsWithHighMinusOne)
         static_cast<void>(table.deserialize(xml));
         ADD_FAILURE() << "nothing thrown";
     } catch (const IndexOutOfBounds& exception) {
-        EXPECT_EQ(exception.low(), 0);
-        EXPECT_EQ(exception.high(), -1);
-        EXPECT_EQ(exception.index(), 0);
+        EXPECT_EQ(0, exception.low());
+        EXPECT_EQ(-1, exception.high());
+        EXPECT_EQ(0, exception.index());
     }
-    EXPECT_EQ(table.size(), 0u);
+    EXPECT_EQ(0u, table.size());
 }
 
 TEST(HashTableTest, DeserializationIgnoresValuesBehindTheLastKey)
@@ -1405,7 +1407,7 @@ TEST(HashTableTest, DeserializationInsertsRepeatedKeysWithoutCheck)
     fill(written.values, {"1", "2"});
     TextTable table(32);
     EXPECT_TRUE(table.deserialize(written.xml()));
-    EXPECT_EQ(table.size(), 2u);
+    EXPECT_EQ(2u, table.size());
     EXPECT_EQ(table.lookup("a")->value, String("1"));
 }
 
@@ -1437,7 +1439,7 @@ TEST(HashTableTest, FailedAllocationOfEitherArrayLeavesTheTable)
     };
     for (const long point : {0L, 1L}) { // the keys, the values; their texts share what the table holds
         SCOPED_TRACE(point);
-        EXPECT_EQ(message(point, [&] { table.serializeMembers("t", xml); }), "Asked for array of size: 1");
+        EXPECT_EQ("Asked for array of size: 1", message(point, [&] { table.serializeMembers("t", xml); }));
         EXPECT_EQ(xml, String("before"));
         EXPECT_EQ(content(table), (std::map<std::string, String>{{"kept", "1"}}));
     }
@@ -1453,5 +1455,5 @@ TEST(HashTableTest, InsertedValueIsInheritedAndDoesNothing)
     String text("v");
     table.insertText(text);
     EXPECT_EQ(text, String("v"));
-    EXPECT_EQ(table.size(), 0u);
+    EXPECT_EQ(0u, table.size());
 }

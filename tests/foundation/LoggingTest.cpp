@@ -54,13 +54,13 @@ private:
 
 TEST_F(LoggingTest, PrioritiesHaveTheirNumbers)
 {
-    EXPECT_EQ(static_cast<int>(LoggerPriority::PRIORITY_ALL), 0);
-    EXPECT_EQ(static_cast<int>(LoggerPriority::PRIORITY_TRACE), 1);
-    EXPECT_EQ(static_cast<int>(LoggerPriority::PRIORITY_INFO), 2);
-    EXPECT_EQ(static_cast<int>(LoggerPriority::PRIORITY_ERROR), 3);
-    EXPECT_EQ(static_cast<int>(LoggerPriority::PRIORITY_OFF), 4);
+    EXPECT_EQ(0, static_cast<int>(LoggerPriority::PRIORITY_ALL));
+    EXPECT_EQ(1, static_cast<int>(LoggerPriority::PRIORITY_TRACE));
+    EXPECT_EQ(2, static_cast<int>(LoggerPriority::PRIORITY_INFO));
+    EXPECT_EQ(3, static_cast<int>(LoggerPriority::PRIORITY_ERROR));
+    EXPECT_EQ(4, static_cast<int>(LoggerPriority::PRIORITY_OFF));
     EXPECT_TRUE((std::is_same<std::underlying_type<LoggerPriority::LOGGER_PRIORITY>::type, int>::value));
-    EXPECT_EQ(sizeof(Logger::priority), 4u);
+    EXPECT_EQ(4u, sizeof(Logger::priority));
 }
 
 TEST_F(LoggingTest, ProcessStartsWithPriorityOfErrors)
@@ -79,10 +79,10 @@ TEST_F(LoggingTest, FactoryPriorityIsReadAnew)
 
 TEST_F(LoggingTest, CreateLoggerMakesChannelOfThatName)
 {
-    EXPECT_EQ(LogFactory::findLogger("test.made"), nullptr);
+    EXPECT_EQ(nullptr, LogFactory::findLogger("test.made"));
     Logger* logger = nullptr;
     LogFactory::createLogger("test.made", logger);
-    ASSERT_NE(logger, nullptr);
+    ASSERT_NE(nullptr, logger);
     EXPECT_EQ(logger->channel(), String("test.made"));
     EXPECT_EQ(LogFactory::findLogger("test.made"), logger);
 }
@@ -110,7 +110,7 @@ TEST_F(LoggingTest, ChannelNamesAreExact)
 {
     EXPECT_NE(channel("test.exact"), channel("test.Exact"));
     EXPECT_NE(channel("test.exact"), channel("test.exac"));
-    EXPECT_EQ(LogFactory::findLogger("TEST.EXACT"), nullptr);
+    EXPECT_EQ(nullptr, LogFactory::findLogger("TEST.EXACT"));
 }
 
 TEST_F(LoggingTest, ChannelKeepsItsAddressWhenOthersAreMade)
@@ -157,13 +157,13 @@ TEST_F(LoggingTest, LogHandsChannelPriorityAndTextToTheHandler)
     Logger* const second = channel("test.handler.second");
     first->log(LoggerPriority::PRIORITY_ERROR, line("68 words"));
     second->log(LoggerPriority::PRIORITY_TRACE, line(""));
-    ASSERT_EQ(seen.size(), 2u);
+    ASSERT_EQ(2u, seen.size());
     EXPECT_EQ(seen[0].logger, first);
-    EXPECT_EQ(seen[0].priority, 3);
-    EXPECT_EQ(seen[0].text, "68 words");
+    EXPECT_EQ(3, seen[0].priority);
+    EXPECT_EQ("68 words", seen[0].text);
     EXPECT_EQ(seen[1].logger, second);
-    EXPECT_EQ(seen[1].priority, 1);
-    EXPECT_EQ(seen[1].text, "");
+    EXPECT_EQ(1, seen[1].priority);
+    EXPECT_EQ("", seen[1].text);
 }
 
 TEST_F(LoggingTest, LogItselfTestsNoThreshold)
@@ -173,7 +173,7 @@ TEST_F(LoggingTest, LogItselfTestsNoThreshold)
     Logger* const logger = channel("test.noThreshold");
     logger->priority = LoggerPriority::PRIORITY_OFF;
     logger->log(LoggerPriority::PRIORITY_TRACE, line("1 shown"));
-    EXPECT_EQ(capture.text(), "shown");
+    EXPECT_EQ("shown", capture.text());
 }
 
 TEST_F(LoggingTest, DefaultHandlerWritesChannelAndTextToStandardError)
@@ -183,9 +183,9 @@ TEST_F(LoggingTest, DefaultHandlerWritesChannelAndTextToStandardError)
     testing::internal::CaptureStderr();
     logger->log(LoggerPriority::PRIORITY_ERROR, line("68 100% sure %s"));
     logger->log(LoggerPriority::PRIORITY_TRACE, line("second"));
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "[test.standardError] 68 100% sure %s\n[test.standardError] second\n");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ("[test.standardError] 68 100% sure %s\n[test.standardError] second\n",
+              testing::internal::GetCapturedStderr());
+    EXPECT_EQ("", testing::internal::GetCapturedStdout());
 }
 
 TEST_F(LoggingTest, SetHandlerGivesTheHandlerOfBefore)
@@ -200,12 +200,12 @@ TEST_F(LoggingTest, SetHandlerGivesTheHandlerOfBefore)
     ASSERT_TRUE(before);
     Logger* const logger = channel("test.setHandler");
     logger->log(LoggerPriority::PRIORITY_ERROR, line("x"));
-    EXPECT_EQ(first, 0);
-    EXPECT_EQ(second, 1);
+    EXPECT_EQ(0, first);
+    EXPECT_EQ(1, second);
     LogFactory::setHandler(before);
     logger->log(LoggerPriority::PRIORITY_ERROR, line("x"));
-    EXPECT_EQ(first, 1);
-    EXPECT_EQ(second, 1);
+    EXPECT_EQ(1, first);
+    EXPECT_EQ(1, second);
 }
 
 TEST_F(LoggingTest, EmptyHandlerRestoresTheDefault)
@@ -215,8 +215,8 @@ TEST_F(LoggingTest, EmptyHandlerRestoresTheDefault)
     LogFactory::setHandler(LogHandler());
     testing::internal::CaptureStderr();
     channel("test.restored")->log(LoggerPriority::PRIORITY_ERROR, line("back"));
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "[test.restored] back\n");
-    EXPECT_EQ(count, 0);
+    EXPECT_EQ("[test.restored] back\n", testing::internal::GetCapturedStderr());
+    EXPECT_EQ(0, count);
 }
 
 TEST_F(LoggingTest, WhatTheHandlerThrowsPassesThroughLog)
@@ -240,7 +240,7 @@ TEST_F(LoggingTest, HandlerMayReplaceItselfWhileItRuns)
     Logger* const logger = channel("test.replaces");
     logger->log(LoggerPriority::PRIORITY_ERROR, line("a"));
     logger->log(LoggerPriority::PRIORITY_ERROR, line("b"));
-    EXPECT_EQ(seen, (std::vector<std::string>{"first a 200", "second b"}));
+    EXPECT_EQ((std::vector<std::string>{"first a 200", "second b"}), seen);
 }
 
 TEST(LoggerStreamTest, IsATextWithoutVirtualDestructor)
@@ -260,7 +260,7 @@ TEST(LoggerStreamTest, AppendsSignedNumbersAsDecimalText)
     stream + INT_MAX;
     stream.append(" ");
     stream + INT_MIN;
-    EXPECT_STREQ(stream.data(), "0 -17 2147483647 -2147483648");
+    EXPECT_STREQ("0 -17 2147483647 -2147483648", stream.data());
 }
 
 TEST(LoggerStreamTest, AppendsUnsignedNumbersAsDecimalText)
@@ -271,7 +271,7 @@ TEST(LoggerStreamTest, AppendsUnsignedNumbersAsDecimalText)
     stream + 3000000000u + 1u;
     stream.append(" ");
     stream + UINT_MAX;
-    EXPECT_STREQ(stream.data(), "0 30000000001 4294967295");
+    EXPECT_STREQ("0 30000000001 4294967295", stream.data());
 }
 
 TEST(LoggerStreamTest, TakesPiecesInOrder)
@@ -282,7 +282,7 @@ TEST(LoggerStreamTest, TakesPiecesInOrder)
     stream.append(String("lamp"));
     stream.append(", number ");
     stream + 3u;
-    EXPECT_STREQ(stream.data(), "68 Wrong id: lamp, number 3");
+    EXPECT_STREQ("68 Wrong id: lamp, number 3", stream.data());
 }
 
 TEST(TraceLoggerTest, NullLoggerIsSilent)
@@ -294,8 +294,8 @@ TEST(TraceLoggerTest, NullLoggerIsSilent)
     {
         const TraceLogger trace(nullptr, "Scene::createFromCollada", "libVideo/SceneGraph/Scene", 12);
     }
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
+    EXPECT_EQ("", testing::internal::GetCapturedStdout());
     EXPECT_TRUE(capture.lines().empty());
 }
 
@@ -304,13 +304,13 @@ TEST(TraceLoggerTest, TellsStartAndEndOfItsScopeWithPriorityOne)
     const LogCapture capture("test.trace");
     {
         const TraceLogger trace(channel("test.trace"), "Scene::createFromCollada", "libVideo/SceneGraph/Scene", 12);
-        ASSERT_EQ(capture.lines().size(), 1u);
-        EXPECT_EQ(capture.lines()[0].text, "> Scene::createFromCollada (libVideo/SceneGraph/Scene:12)");
-        EXPECT_EQ(capture.lines()[0].priority, 1);
+        ASSERT_EQ(1u, capture.lines().size());
+        EXPECT_EQ("> Scene::createFromCollada (libVideo/SceneGraph/Scene:12)", capture.lines()[0].text);
+        EXPECT_EQ(1, capture.lines()[0].priority);
     }
-    ASSERT_EQ(capture.lines().size(), 2u);
-    EXPECT_EQ(capture.lines()[1].text, "< Scene::createFromCollada");
-    EXPECT_EQ(capture.lines()[1].priority, 1);
+    ASSERT_EQ(2u, capture.lines().size());
+    EXPECT_EQ("< Scene::createFromCollada", capture.lines()[1].text);
+    EXPECT_EQ(1, capture.lines()[1].priority);
 }
 
 TEST(TraceLoggerTest, TellsTheEndOfAScopeThatAnExceptionLeaves)
@@ -321,9 +321,9 @@ TEST(TraceLoggerTest, TellsTheEndOfAScopeThatAnExceptionLeaves)
         throw std::runtime_error("stop");
     };
     EXPECT_THROW(function(), std::runtime_error);
-    ASSERT_EQ(capture.lines().size(), 2u);
-    EXPECT_EQ(capture.lines()[0].text, "> f (file:1)");
-    EXPECT_EQ(capture.lines()[1].text, "< f");
+    ASSERT_EQ(2u, capture.lines().size());
+    EXPECT_EQ("> f (file:1)", capture.lines()[0].text);
+    EXPECT_EQ("< f", capture.lines()[1].text);
 }
 
 TEST(TraceLoggerTest, NestedScopesEndInnermostFirst)
@@ -337,7 +337,7 @@ TEST(TraceLoggerTest, NestedScopesEndInnermostFirst)
     for (const testSupport::LogLine& shown : capture.lines()) {
         texts.push_back(shown.text);
     }
-    EXPECT_EQ(texts, (std::vector<std::string>{"> outer (a:1)", "> inner (b:2)", "< inner", "< outer"}));
+    EXPECT_EQ((std::vector<std::string>{"> outer (a:1)", "> inner (b:2)", "< inner", "< outer"}), texts);
 }
 
 TEST(TraceLoggerTest, EndOfAScopeLetsTheFirstExceptionPassThoughTheHandlerThrows)

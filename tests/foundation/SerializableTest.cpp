@@ -1,4 +1,5 @@
 #include "support/FailingAllocator.h"
+#include "support/Rows.h"
 
 #include <vesk/Array.h>
 #include <vesk/Exception.h>
@@ -14,7 +15,6 @@
 #include <limits>
 #include <memory>
 #include <new>
-#include <ostream>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -22,6 +22,8 @@
 #include <gtest/gtest.h>
 
 using testSupport::FailingAllocator;
+using testSupport::Row;
+using testSupport::rowName;
 using vesk::Array;
 using vesk::Serializable;
 using vesk::SerializationFailed;
@@ -78,7 +80,7 @@ void expectWellFormed(const String& xml)
     for (const pugi::xml_node child : document.children()) {
         roots += child.type() == pugi::node_element ? 1 : 0;
     }
-    EXPECT_EQ(roots, 1) << xml;
+    EXPECT_EQ(1, roots) << xml;
 }
 
 template <class T>
@@ -234,7 +236,7 @@ struct Slots : Serializable {
 
 TEST(SerializableTest, VirtualOperationsStandInTheirOrder)
 {
-    EXPECT_EQ(Slots::all(), (std::vector<std::ptrdiff_t>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}));
+    EXPECT_EQ((std::vector<std::ptrdiff_t>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}), Slots::all());
     EXPECT_TRUE(std::has_virtual_destructor<Serializable>::value);
 }
 
@@ -250,10 +252,8 @@ TEST(SerializableTest, IsMadeCopiedAndAssignedOnlyAsABase)
 
 namespace {
 
-struct TextRow {
-    const char* name;
+struct TextRow : Row {
     const char* text;
-    friend void PrintTo(const TextRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class SerializableTextTest : public testing::TestWithParam<TextRow> {};
@@ -274,14 +274,14 @@ TEST_P(SerializableTextTest, RoundTripsAsOnlyElement)
 {
     Array<String> array;
     array.append(GetParam().text);
-    EXPECT_EQ(roundTrip(array), std::vector<String>{GetParam().text});
+    EXPECT_EQ(std::vector<String>{GetParam().text}, roundTrip(array));
 }
 
 TEST_P(SerializableTextTest, RoundTripsAsName)
 {
     Array<String> array;
     array.append("value");
-    EXPECT_EQ(roundTrip(array, GetParam().text), std::vector<String>{"value"});
+    EXPECT_EQ(std::vector<String>{"value"}, roundTrip(array, GetParam().text));
     String xml;
     array.doSerialization(GetParam().text, xml);
     Reader reader;
@@ -322,7 +322,7 @@ INSTANTIATE_TEST_SUITE_P(
         TextRow{"OverlongFourBytes", "\xF0\x80\x80\x80"}, TextRow{"Surrogates", "\xED\xA0\x80\xED\xBF\xBF"},
         TextRow{"AboveUnicode", "\xF4\x90\x80\x80\xF7\xBF\xBF\xBF"}, TextRow{"NeverUsedBytes", "\xF5\xF8\xFC\xFE\xFF"},
         TextRow{"AllOnes", "\xFF\xFF\xFF\xFF"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    rowName);
 
 TEST(SerializableTest, EverySingleByteRoundTrips)
 {
@@ -397,7 +397,7 @@ TEST(SerializableTest, DoublesRoundTripToTheSameBits)
     const std::vector<double> read = roundTrip(array);
     ASSERT_EQ(read.size(), array.size());
     for (unsigned i = 0; i < array.size(); ++i) {
-        EXPECT_EQ(std::memcmp(&read[i], &array[i], sizeof(double)), 0) << array[i] << " became " << read[i];
+        EXPECT_EQ(0, std::memcmp(&read[i], &array[i], sizeof(double))) << array[i] << " became " << read[i];
     }
 }
 
@@ -408,10 +408,10 @@ TEST(SerializableTest, NotANumberRoundTrips)
     array.append(-std::numeric_limits<double>::quiet_NaN());
     array.append(2.0);
     const std::vector<double> read = roundTrip(array);
-    ASSERT_EQ(read.size(), 3u);
+    ASSERT_EQ(3u, read.size());
     EXPECT_TRUE(std::isnan(read[0]));
     EXPECT_TRUE(std::isnan(read[1]));
-    EXPECT_EQ(read[2], 2.0);
+    EXPECT_EQ(2.0, read[2]);
 }
 
 TEST(SerializableTest, ObjectWithMembersRoundTrips)
@@ -428,11 +428,11 @@ TEST(SerializableTest, ObjectWithMembersRoundTrips)
     Record read(2);
     read.child().numbers.append(8.0);
     EXPECT_TRUE(read.deserialize(xml));
-    EXPECT_EQ(elements(read.names), (std::vector<String>{"a", "<b>"}));
-    EXPECT_EQ(elements(read.numbers), std::vector<double>{0.25});
-    EXPECT_EQ(elements(read.child().names), std::vector<String>{"of the child"});
+    EXPECT_EQ((std::vector<String>{"a", "<b>"}), elements(read.names));
+    EXPECT_EQ(std::vector<double>{0.25}, elements(read.numbers));
+    EXPECT_EQ(std::vector<String>{"of the child"}, elements(read.child().names));
     EXPECT_TRUE(elements(read.child().numbers).empty());
-    EXPECT_EQ(elements(read.child().child().numbers), std::vector<double>{-3.0});
+    EXPECT_EQ(std::vector<double>{-3.0}, elements(read.child().child().numbers));
 }
 
 TEST(SerializableTest, MemberThatIsNotThereStaysAsItIs)
@@ -444,8 +444,8 @@ TEST(SerializableTest, MemberThatIsNotThereStaysAsItIs)
     Record with(1);
     with.child().names.append("kept");
     EXPECT_TRUE(with.deserialize(xml));
-    EXPECT_EQ(elements(with.names), std::vector<String>{"new"});
-    EXPECT_EQ(elements(with.child().names), std::vector<String>{"kept"});
+    EXPECT_EQ(std::vector<String>{"new"}, elements(with.names));
+    EXPECT_EQ(std::vector<String>{"kept"}, elements(with.child().names));
 }
 
 TEST(SerializableTest, DoSerializationReplacesTheTextAndSerializeMembersAppends)
@@ -487,7 +487,7 @@ TEST_P(SerializableBadXmlTest, IsRefusedAndChangesNothing)
     Array<String> array;
     array.append("kept");
     EXPECT_FALSE(array.deserialize(GetParam().text));
-    EXPECT_EQ(elements(array), std::vector<String>{"kept"});
+    EXPECT_EQ(std::vector<String>{"kept"}, elements(array));
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, SerializableBadXmlTest,
@@ -499,7 +499,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, SerializableBadXmlTest,
                                          TextRow{"OtherElement", "<thing name=\"n\" class=\"ArrayOfString\"/>"},
                                          TextRow{"NoClass", "<object name=\"n\"/>"},
                                          TextRow{"OtherClass", "<object name=\"n\" class=\"ArrayOfDouble\"/>"}),
-                         [](const auto& row) { return std::string(row.param.name); });
+                         rowName);
 
 TEST(SerializableTest, EachCutOfADocumentIsRefused)
 {
@@ -513,7 +513,7 @@ TEST(SerializableTest, EachCutOfADocumentIsRefused)
     for (unsigned length = 0; length < xml.size(); ++length) {
         EXPECT_FALSE(read.deserialize(xml.subString(0, length))) << length;
     }
-    EXPECT_EQ(elements(read), std::vector<String>{"kept"});
+    EXPECT_EQ(std::vector<String>{"kept"}, elements(read));
     EXPECT_TRUE(read.deserialize(xml));
 }
 
@@ -526,7 +526,7 @@ TEST(SerializableTest, ObjectOfAnotherClassIsRefused)
     Array<double> others;
     others.append(1.0);
     EXPECT_FALSE(others.deserialize(xml));
-    EXPECT_EQ(elements(others), std::vector<double>{1.0});
+    EXPECT_EQ(std::vector<double>{1.0}, elements(others));
 }
 
 TEST(SerializableTest, ElementTellsNameClassAndValues)
@@ -556,7 +556,7 @@ TEST(SerializableTest, ElementTellsNameClassAndValues)
         EXPECT_EQ(end.text(), String());
     };
     EXPECT_TRUE(reader.deserialize(xml));
-    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(1, calls);
 }
 
 TEST(SerializableTest, RefusalOfAMemberNamesTheMemberAndLeavesTheText)
@@ -568,7 +568,7 @@ TEST(SerializableTest, RefusalOfAMemberNamesTheMemberAndLeavesTheText)
         object.doSerialization("object", xml);
         ADD_FAILURE() << "nothing thrown";
     } catch (const SerializationFailed& exception) {
-        EXPECT_STREQ(exception.what(), "Serialization is not supported for: m_bad");
+        EXPECT_STREQ("Serialization is not supported for: m_bad", exception.what());
     }
     EXPECT_EQ(xml, String("before"));
 }
@@ -621,9 +621,9 @@ TEST(SerializableTest, ReadingAMemberThatRefusesWritesTheNoticeOnce)
     read.bad.append(1.0f);
     testing::internal::CaptureStdout();
     EXPECT_TRUE(read.deserialize(xml));
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Serialization isn't support for this class!!!\n");
-    EXPECT_EQ(elements(read.good), std::vector<String>{"g"});
-    EXPECT_EQ(elements(read.bad), std::vector<float>{1.0f});
+    EXPECT_EQ("Serialization isn't support for this class!!!\n", testing::internal::GetCapturedStdout());
+    EXPECT_EQ(std::vector<String>{"g"}, elements(read.good));
+    EXPECT_EQ(std::vector<float>{1.0f}, elements(read.bad));
 }
 
 TEST(SerializableTest, SupportedArraysWriteNoNotice)
@@ -637,7 +637,7 @@ TEST(SerializableTest, SupportedArraysWriteNoNotice)
     roundTrip(numbers);
     roundTrip(reals);
     roundTrip(bytes);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ("", testing::internal::GetCapturedStdout());
 }
 
 TEST(SerializableTest, MemoryFailingAtEachPointOfWritingLeavesTheText)
@@ -689,7 +689,7 @@ TEST(SerializableTest, MemoryFailingAtEachPointOfReadingLeavesAnArray)
             hasFailed = allocator.hasFailed();
         }
         if (hasFailed) {
-            EXPECT_EQ(elements(read), std::vector<String>{"kept"}) << points;
+            EXPECT_EQ(std::vector<String>{"kept"}, elements(read)) << points;
         }
     }
     EXPECT_GT(points, 5);

@@ -92,23 +92,23 @@ template class vesk::SharedResourceDestroyer<PointerStorage<Resource, 0, 3>>;
 
 TEST_F(SharedResourceTest, StorageHasANullPointerAsNullValue)
 {
-    EXPECT_EQ((PointerStorage<Resource, 0, 3>::nullValue), nullptr);
-    EXPECT_EQ((PointerStorage<Resource, 3, 2>::nullValue), nullptr);
-    EXPECT_EQ((PointerStorage<Resource, 0, 3>().value), nullptr);
+    EXPECT_EQ(nullptr, (PointerStorage<Resource, 0, 3>::nullValue));
+    EXPECT_EQ(nullptr, (PointerStorage<Resource, 3, 2>::nullValue));
+    EXPECT_EQ(nullptr, (PointerStorage<Resource, 0, 3>().value));
     EXPECT_EQ(sizeof(PointerStorage<Resource, 0, 3>), sizeof(void*));
 }
 
 TEST_F(SharedResourceTest, DefaultConstructedIsEmpty)
 {
     const Handle handle;
-    EXPECT_EQ(handle.get(), nullptr);
-    EXPECT_EQ(handle.operator->(), nullptr);
+    EXPECT_EQ(nullptr, handle.get());
+    EXPECT_EQ(nullptr, handle.operator->());
     EXPECT_FALSE(handle);
-    EXPECT_EQ(handle.useCount(), 0u);
+    EXPECT_EQ(0u, handle.useCount());
     const Fields fields(handle);
-    EXPECT_EQ(fields.words[0], 0u);
-    EXPECT_EQ(fields.words[1], 0u);
-    EXPECT_EQ(fields.words[2], 0u);
+    EXPECT_EQ(0u, fields.words[0]);
+    EXPECT_EQ(0u, fields.words[1]);
+    EXPECT_EQ(0u, fields.words[2]);
 }
 
 TEST_F(SharedResourceTest, HoldsValueCountAndDestroyerInThisOrder)
@@ -121,8 +121,8 @@ TEST_F(SharedResourceTest, HoldsValueCountAndDestroyerInThisOrder)
     EXPECT_EQ(fields.words[0], reinterpret_cast<std::uintptr_t>(resource));
     unsigned count = 0;
     std::memcpy(&count, reinterpret_cast<const void*>(fields.words[1]), sizeof(count));
-    EXPECT_EQ(count, 2u);
-    EXPECT_NE(fields.words[2], 0u);
+    EXPECT_EQ(2u, count);
+    EXPECT_NE(0u, fields.words[2]);
 }
 
 TEST_F(SharedResourceTest, CopiesShareOneCountAndOneDestroyer)
@@ -142,14 +142,14 @@ TEST_F(SharedResourceTest, AdoptionByConstructionHoldsTheResourceOnce)
     {
         const Handle handle(resource);
         EXPECT_EQ(handle.get(), resource);
-        EXPECT_EQ(handle->number, 7);
+        EXPECT_EQ(7, handle->number);
         EXPECT_EQ(&*handle, resource);
         EXPECT_TRUE(handle);
-        EXPECT_EQ(handle.useCount(), 1u);
-        EXPECT_EQ(Resource::alive, 1);
+        EXPECT_EQ(1u, handle.useCount());
+        EXPECT_EQ(1, Resource::alive);
     }
-    EXPECT_EQ(Resource::alive, 0);
-    EXPECT_EQ(Resource::died, 1);
+    EXPECT_EQ(0, Resource::alive);
+    EXPECT_EQ(1, Resource::died);
 }
 
 TEST_F(SharedResourceTest, AdoptionByAssignmentReleasesWhatWasHeld)
@@ -159,13 +159,13 @@ TEST_F(SharedResourceTest, AdoptionByAssignmentReleasesWhatWasHeld)
     auto* const second = new Resource(2);
     EXPECT_EQ(&(handle = second), &handle);
     EXPECT_EQ(handle.get(), second);
-    EXPECT_EQ(handle.useCount(), 1u);
-    EXPECT_EQ(other.useCount(), 1u);
-    EXPECT_EQ(Resource::died, 0);
+    EXPECT_EQ(1u, handle.useCount());
+    EXPECT_EQ(1u, other.useCount());
+    EXPECT_EQ(0, Resource::died);
     handle = new Resource(3);
-    EXPECT_EQ(Resource::died, 1);
-    EXPECT_EQ(handle->number, 3);
-    EXPECT_EQ(other->number, 1);
+    EXPECT_EQ(1, Resource::died);
+    EXPECT_EQ(3, handle->number);
+    EXPECT_EQ(1, other->number);
 }
 
 TEST_F(SharedResourceTest, AdoptionAllocatesOneBlockForCountAndDestroyerAndCopyingNone)
@@ -178,41 +178,41 @@ TEST_F(SharedResourceTest, AdoptionAllocatesOneBlockForCountAndDestroyerAndCopyi
     Handle assigned;
     assigned = handle;
     const long ofAll = allocator.requests();
-    EXPECT_EQ(ofAdoption, 1);
-    EXPECT_EQ(ofAll, 1);
+    EXPECT_EQ(1, ofAdoption);
+    EXPECT_EQ(1, ofAll);
 }
 
 TEST_F(SharedResourceTest, HandleThatAdoptsNullCountsAsNotEmpty)
 {
     Handle handle(static_cast<Resource*>(nullptr));
-    EXPECT_EQ(handle.get(), nullptr);
+    EXPECT_EQ(nullptr, handle.get());
     EXPECT_FALSE(handle); // asked by its value
-    EXPECT_EQ(handle.useCount(), 1u);
+    EXPECT_EQ(1u, handle.useCount());
     {
         const Handle copy(handle);
-        EXPECT_EQ(handle.useCount(), 2u);
+        EXPECT_EQ(2u, handle.useCount());
     }
-    EXPECT_EQ(handle.useCount(), 1u);
+    EXPECT_EQ(1u, handle.useCount());
     handle = Handle();
-    EXPECT_EQ(handle.useCount(), 0u);
+    EXPECT_EQ(0u, handle.useCount());
     handle = static_cast<Resource*>(nullptr);
-    EXPECT_EQ(handle.useCount(), 1u);
-    EXPECT_EQ(Resource::died, 0);
+    EXPECT_EQ(1u, handle.useCount());
+    EXPECT_EQ(0, Resource::died);
 }
 
 TEST_F(SharedResourceTest, TwoHandlesDeleteTheResourceOnceAtTheLast)
 {
     auto first = std::make_unique<Handle>(new Resource);
     auto second = std::make_unique<Handle>(*first);
-    EXPECT_EQ(first->useCount(), 2u);
-    EXPECT_EQ(second->useCount(), 2u);
+    EXPECT_EQ(2u, first->useCount());
+    EXPECT_EQ(2u, second->useCount());
     EXPECT_EQ(first->get(), second->get());
     first.reset();
-    EXPECT_EQ(Resource::died, 0);
-    EXPECT_EQ(second->useCount(), 1u);
+    EXPECT_EQ(0, Resource::died);
+    EXPECT_EQ(1u, second->useCount());
     second.reset();
-    EXPECT_EQ(Resource::died, 1);
-    EXPECT_EQ(Resource::alive, 0);
+    EXPECT_EQ(1, Resource::died);
+    EXPECT_EQ(0, Resource::alive);
 }
 
 TEST_F(SharedResourceTest, CopyOfAnEmptyHandleIsEmpty)
@@ -220,7 +220,7 @@ TEST_F(SharedResourceTest, CopyOfAnEmptyHandleIsEmpty)
     const Handle empty;
     const Handle copy(empty);
     EXPECT_FALSE(copy);
-    EXPECT_EQ(copy.useCount(), 0u);
+    EXPECT_EQ(0u, copy.useCount());
 }
 
 TEST_F(SharedResourceTest, CopyOfAnEmptiedHandleIsEmpty)
@@ -230,10 +230,10 @@ TEST_F(SharedResourceTest, CopyOfAnEmptiedHandleIsEmpty)
     const Handle copy(emptied);
     Handle assigned(new Resource);
     assigned = emptied;
-    EXPECT_EQ(copy.get(), nullptr);
-    EXPECT_EQ(copy.useCount(), 0u);
-    EXPECT_EQ(assigned.useCount(), 0u);
-    EXPECT_EQ(Resource::died, 2);
+    EXPECT_EQ(nullptr, copy.get());
+    EXPECT_EQ(0u, copy.useCount());
+    EXPECT_EQ(0u, assigned.useCount());
+    EXPECT_EQ(2, Resource::died);
 }
 
 TEST_F(SharedResourceTest, AssignmentSharesAndReleases)
@@ -241,10 +241,10 @@ TEST_F(SharedResourceTest, AssignmentSharesAndReleases)
     Handle first(new Resource(1));
     const Handle second(new Resource(2));
     EXPECT_EQ(&(first = second), &first);
-    EXPECT_EQ(Resource::died, 1);
+    EXPECT_EQ(1, Resource::died);
     EXPECT_EQ(first.get(), second.get());
-    EXPECT_EQ(first.useCount(), 2u);
-    EXPECT_EQ(second.useCount(), 2u);
+    EXPECT_EQ(2u, first.useCount());
+    EXPECT_EQ(2u, second.useCount());
 }
 
 TEST_F(SharedResourceTest, AssignmentToAnEmptyHandleShares)
@@ -253,7 +253,7 @@ TEST_F(SharedResourceTest, AssignmentToAnEmptyHandleShares)
     Handle empty;
     empty = full;
     EXPECT_EQ(empty.get(), full.get());
-    EXPECT_EQ(full.useCount(), 2u);
+    EXPECT_EQ(2u, full.useCount());
 }
 
 TEST_F(SharedResourceTest, AssignmentOfAnotherHandleOfTheSameResourceKeepsTheCount)
@@ -261,8 +261,8 @@ TEST_F(SharedResourceTest, AssignmentOfAnotherHandleOfTheSameResourceKeepsTheCou
     Handle first(new Resource);
     const Handle second(first);
     first = second;
-    EXPECT_EQ(first.useCount(), 2u);
-    EXPECT_EQ(Resource::died, 0);
+    EXPECT_EQ(2u, first.useCount());
+    EXPECT_EQ(0, Resource::died);
 }
 
 TEST_F(SharedResourceTest, SelfAssignmentChangesNothingAlsoOfTheOnlyHandle)
@@ -272,15 +272,15 @@ TEST_F(SharedResourceTest, SelfAssignmentChangesNothingAlsoOfTheOnlyHandle)
     const Handle& self = handle;
     handle = self;
     EXPECT_EQ(handle.get(), resource);
-    EXPECT_EQ(handle.useCount(), 1u);
-    EXPECT_EQ(Resource::died, 0);
+    EXPECT_EQ(1u, handle.useCount());
+    EXPECT_EQ(0, Resource::died);
     const Handle copy(handle);
     handle = self;
-    EXPECT_EQ(handle.useCount(), 2u);
+    EXPECT_EQ(2u, handle.useCount());
     Handle empty;
     const Handle& emptySelf = empty;
     empty = emptySelf;
-    EXPECT_EQ(empty.useCount(), 0u);
+    EXPECT_EQ(0u, empty.useCount());
 }
 
 TEST_F(SharedResourceTest, AssignmentOfAnEmptyHandleReleasesAndEmpties)
@@ -288,9 +288,9 @@ TEST_F(SharedResourceTest, AssignmentOfAnEmptyHandleReleasesAndEmpties)
     Handle full(new Resource);
     const Handle empty;
     full = empty;
-    EXPECT_EQ(Resource::died, 1);
-    EXPECT_EQ(full.get(), nullptr);
-    EXPECT_EQ(full.useCount(), 0u);
+    EXPECT_EQ(1, Resource::died);
+    EXPECT_EQ(nullptr, full.get());
+    EXPECT_EQ(0u, full.useCount());
 }
 
 TEST_F(SharedResourceTest, AssignmentOfAnEmptyHandleOnlyLowersASharedCount)
@@ -298,9 +298,9 @@ TEST_F(SharedResourceTest, AssignmentOfAnEmptyHandleOnlyLowersASharedCount)
     Handle full(new Resource);
     const Handle other(full);
     full = Handle();
-    EXPECT_EQ(Resource::died, 0);
-    EXPECT_EQ(full.useCount(), 0u);
-    EXPECT_EQ(other.useCount(), 1u);
+    EXPECT_EQ(0, Resource::died);
+    EXPECT_EQ(0u, full.useCount());
+    EXPECT_EQ(1u, other.useCount());
 }
 
 TEST_F(SharedResourceTest, HandleIsUsableAgainAfterItWasEmptied)
@@ -308,8 +308,8 @@ TEST_F(SharedResourceTest, HandleIsUsableAgainAfterItWasEmptied)
     Handle handle(new Resource(1));
     handle = Handle();
     handle = new Resource(2);
-    EXPECT_EQ(handle->number, 2);
-    EXPECT_EQ(handle.useCount(), 1u);
+    EXPECT_EQ(2, handle->number);
+    EXPECT_EQ(1u, handle.useCount());
 }
 
 namespace {
@@ -329,8 +329,8 @@ TEST_F(SharedResourceTest, SourceInsideOfTheReleasedObjectIsSafe)
     head->next = new Link1;
     head->next->number = 2;
     head = head->next;
-    EXPECT_EQ(head->number, 2);
-    EXPECT_EQ(head.useCount(), 1u);
+    EXPECT_EQ(2, head->number);
+    EXPECT_EQ(1u, head.useCount());
 }
 
 TEST_F(SharedResourceTest, ResourceIsDeletedByItsVirtualDestructor)
@@ -338,9 +338,9 @@ TEST_F(SharedResourceTest, ResourceIsDeletedByItsVirtualDestructor)
     int died = 0;
     {
         const BaseHandle handle(new Derived(died));
-        EXPECT_EQ(died, 0);
+        EXPECT_EQ(0, died);
     }
-    EXPECT_EQ(died, 1);
+    EXPECT_EQ(1, died);
 }
 
 TEST_F(SharedResourceTest, MakeTakesOneBlockForObjectCountAndDestroyer)
@@ -407,8 +407,8 @@ TEST_F(SharedResourceTest, EachFailedAllocationOfAdoptionPassesAndNothingLeaks)
         } catch (const std::bad_alloc&) {
             isThrown = true;
         }
-        EXPECT_EQ(Resource::alive, 0);
-        EXPECT_EQ(Resource::died, 1);
+        EXPECT_EQ(0, Resource::alive);
+        EXPECT_EQ(1, Resource::died);
     }
     EXPECT_GT(point, 1);
 }
@@ -485,7 +485,7 @@ TEST(SharedResourceDestroyerTest, HasVirtualDestructorAndPureDisarmInThisOrder)
     EXPECT_TRUE(std::has_virtual_destructor<SharedResourceDestroyerBase>::value);
     EXPECT_TRUE(std::is_abstract<SharedResourceDestroyerBase>::value);
     EXPECT_TRUE((std::is_base_of<SharedResourceDestroyerBase, Destroyer>::value));
-    EXPECT_EQ(slot(&SharedResourceDestroyerBase::disarm), 2); // a destructor has two entries
+    EXPECT_EQ(2, slot(&SharedResourceDestroyerBase::disarm)); // a destructor has two entries
     EXPECT_EQ(sizeof(Destroyer), 2 * sizeof(void*));
 }
 
@@ -493,9 +493,9 @@ TEST(SharedResourceDestroyerTest, DeletesItsResourceThroughTheBase)
 {
     Resource::reset();
     SharedResourceDestroyerBase* const destroyer = new Destroyer(new Resource);
-    EXPECT_EQ(Resource::died, 0);
+    EXPECT_EQ(0, Resource::died);
     delete destroyer;
-    EXPECT_EQ(Resource::died, 1);
+    EXPECT_EQ(1, Resource::died);
 }
 
 TEST(SharedResourceDestroyerTest, DisarmedDeletesNothing)
@@ -505,12 +505,12 @@ TEST(SharedResourceDestroyerTest, DisarmedDeletesNothing)
     SharedResourceDestroyerBase* const destroyer = new Destroyer(&resource);
     destroyer->disarm();
     delete destroyer;
-    EXPECT_EQ(Resource::died, 0);
+    EXPECT_EQ(0, Resource::died);
 }
 
 TEST(SharedResourceDestroyerTest, NullResourceIsNotDeleted)
 {
     Resource::reset();
     delete static_cast<SharedResourceDestroyerBase*>(new Destroyer(nullptr));
-    EXPECT_EQ(Resource::died, 0);
+    EXPECT_EQ(0, Resource::died);
 }

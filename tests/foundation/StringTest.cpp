@@ -1,4 +1,5 @@
 #include "support/FailingAllocator.h"
+#include "support/Rows.h"
 
 #include <vesk/String.h>
 
@@ -8,7 +9,6 @@
 #include <limits>
 #include <locale>
 #include <memory>
-#include <ostream>
 #include <sstream>
 #include <string>
 #include <type_traits>
@@ -17,6 +17,8 @@
 #include <gtest/gtest.h>
 
 using testSupport::FailingAllocator;
+using testSupport::Row;
+using testSupport::rowName;
 using vesk::CString;
 using vesk::String;
 using vesk::VeskValue;
@@ -41,9 +43,9 @@ TEST(StringTest, IsPlainValueWithoutVirtualOperations)
 TEST(StringTest, DefaultConstructedIsEmpty)
 {
     const String text;
-    EXPECT_EQ(text.size(), 0u);
+    EXPECT_EQ(0u, text.size());
     EXPECT_TRUE(text.empty());
-    EXPECT_STREQ(text.data(), "");
+    EXPECT_STREQ("", text.data());
 }
 
 TEST(StringTest, ConstructionCopiesNarrowText)
@@ -51,7 +53,7 @@ TEST(StringTest, ConstructionCopiesNarrowText)
     char source[] = "lamp";
     const String text(source);
     source[0] = 'X';
-    EXPECT_EQ(bytes(text), "lamp");
+    EXPECT_EQ("lamp", bytes(text));
     EXPECT_FALSE(text.empty());
 }
 
@@ -64,8 +66,8 @@ TEST(StringTest, NullNarrowTextIsEmptyText)
     EXPECT_TRUE(text.empty());
     String appended("a");
     appended.append(none);
-    EXPECT_EQ(bytes(appended), "a");
-    EXPECT_EQ(bytes(none + String("right")), "right");
+    EXPECT_EQ("a", bytes(appended));
+    EXPECT_EQ("right", bytes(none + String("right")));
 }
 
 TEST(StringTest, CopyIsIndependentOfItsSource)
@@ -75,9 +77,9 @@ TEST(StringTest, CopyIsIndependentOfItsSource)
     String assigned;
     assigned = source;
     source.append("two");
-    EXPECT_EQ(bytes(copy), "one");
-    EXPECT_EQ(bytes(assigned), "one");
-    EXPECT_EQ(bytes(source), "onetwo");
+    EXPECT_EQ("one", bytes(copy));
+    EXPECT_EQ("one", bytes(assigned));
+    EXPECT_EQ("onetwo", bytes(source));
 }
 
 TEST(StringTest, MoveTakesTheBytesWithoutACopy)
@@ -89,7 +91,7 @@ TEST(StringTest, MoveTakesTheBytesWithoutACopy)
     String assigned("before");
     assigned = std::move(moved);
     EXPECT_EQ(assigned.data(), start);
-    EXPECT_EQ(bytes(assigned), "a text that is too long to stand in the object itself");
+    EXPECT_EQ("a text that is too long to stand in the object itself", bytes(assigned));
     EXPECT_TRUE(std::is_nothrow_move_constructible<String>::value);
     EXPECT_TRUE(std::is_nothrow_move_assignable<String>::value);
 }
@@ -99,7 +101,7 @@ TEST(StringTest, TextThatWasMovedFromIsOfUse)
     String source("a text that is too long to stand in the object itself");
     const String moved(std::move(source));
     source = "new"; // NOLINT(bugprone-use-after-move): this is what it is for
-    EXPECT_EQ(bytes(source), "new");
+    EXPECT_EQ("new", bytes(source));
 }
 
 TEST(StringTest, BuiltTextTakesOneBlock)
@@ -111,8 +113,8 @@ TEST(StringTest, BuiltTextTakesOneBlock)
     const long assigned = allocator.requests();
     target = text.subString(2, String::npos);
     const long cut = allocator.requests() - assigned;
-    EXPECT_EQ(assigned, 1);
-    EXPECT_EQ(cut, 1);
+    EXPECT_EQ(1, assigned);
+    EXPECT_EQ(1, cut);
 }
 
 TEST(StringTest, AssignmentReturnsTheObjectItself)
@@ -121,7 +123,7 @@ TEST(StringTest, AssignmentReturnsTheObjectItself)
     const String other("x");
     EXPECT_EQ(&(text = other), &text);
     EXPECT_EQ(&(text = "y"), &text);
-    EXPECT_EQ(bytes(text), "y");
+    EXPECT_EQ("y", bytes(text));
 }
 
 TEST(StringTest, SelfAssignmentKeepsTheText)
@@ -129,14 +131,14 @@ TEST(StringTest, SelfAssignmentKeepsTheText)
     String text("a text that is too long for any storage within the object itself");
     const String& self = text;
     text = self;
-    EXPECT_EQ(bytes(text), "a text that is too long for any storage within the object itself");
+    EXPECT_EQ("a text that is too long for any storage within the object itself", bytes(text));
 }
 
 TEST(StringTest, AssignmentFromPartOfOwnTextTakesThatPart)
 {
     String text("0123456789012345678901234567890123456789tail");
     text = text.data() + 40;
-    EXPECT_EQ(bytes(text), "tail");
+    EXPECT_EQ("tail", bytes(text));
 }
 
 TEST(StringTest, AppendsTextsAndReturnsTheObjectItself)
@@ -145,85 +147,85 @@ TEST(StringTest, AppendsTextsAndReturnsTheObjectItself)
     EXPECT_EQ(&text.append(String("b")), &text);
     EXPECT_EQ(&text.append("c"), &text);
     EXPECT_EQ(&(text += String("d")), &text);
-    EXPECT_EQ(bytes(text), "abcd");
-    EXPECT_EQ(text.size(), 4u);
+    EXPECT_EQ("abcd", bytes(text));
+    EXPECT_EQ(4u, text.size());
 }
 
 TEST(StringTest, AppendOfOwnTextDoublesIt)
 {
     String text("0123456789abcdef");
     text.append(text);
-    EXPECT_EQ(bytes(text), "0123456789abcdef0123456789abcdef");
+    EXPECT_EQ("0123456789abcdef0123456789abcdef", bytes(text));
     text = "0123456789abcdef";
     text += text;
-    EXPECT_EQ(bytes(text), "0123456789abcdef0123456789abcdef");
+    EXPECT_EQ("0123456789abcdef0123456789abcdef", bytes(text));
     text = "0123456789abcdef";
     text.append(text.data() + 10);
-    EXPECT_EQ(bytes(text), "0123456789abcdefabcdef");
+    EXPECT_EQ("0123456789abcdefabcdef", bytes(text));
 }
 
 TEST(StringTest, SizeCountsBytes)
 {
-    EXPECT_EQ(String("\xC3\xA4").size(), 2u);
-    EXPECT_EQ(String("\xF0\x9F\x98\x80").size(), 4u);
+    EXPECT_EQ(2u, String("\xC3\xA4").size());
+    EXPECT_EQ(4u, String("\xF0\x9F\x98\x80").size());
 }
 
 TEST(StringTest, FindGivesFirstPosition)
 {
     const String text("a#b#c");
-    EXPECT_EQ(text.find('a'), 0u);
-    EXPECT_EQ(text.find('#'), 1u);
-    EXPECT_EQ(text.find('c'), 4u);
+    EXPECT_EQ(0u, text.find('a'));
+    EXPECT_EQ(1u, text.find('#'));
+    EXPECT_EQ(4u, text.find('c'));
 }
 
 TEST(StringTest, FindOfAbsentCharacterGivesAllOnes)
 {
-    EXPECT_EQ(String("abc").find('x'), notFound);
-    EXPECT_EQ(String().find('x'), notFound);
-    EXPECT_EQ(String("abc").find(1, 'a'), notFound);
-    EXPECT_EQ(String::npos, notFound);
+    EXPECT_EQ(notFound, String("abc").find('x'));
+    EXPECT_EQ(notFound, String().find('x'));
+    EXPECT_EQ(notFound, String("abc").find(1, 'a'));
+    EXPECT_EQ(notFound, String::npos);
 }
 
 TEST(StringTest, FindFromStartLooksAtAndBehindIt)
 {
     const String text("a#b#c");
-    EXPECT_EQ(text.find(0, '#'), 1u);
-    EXPECT_EQ(text.find(1, '#'), 1u);
-    EXPECT_EQ(text.find(2, '#'), 3u);
-    EXPECT_EQ(text.find(4, '#'), notFound);
+    EXPECT_EQ(1u, text.find(0, '#'));
+    EXPECT_EQ(1u, text.find(1, '#'));
+    EXPECT_EQ(3u, text.find(2, '#'));
+    EXPECT_EQ(notFound, text.find(4, '#'));
 }
 
 TEST(StringTest, FindFromBehindTheEndFindsNothing)
 {
     const String text("abc");
-    EXPECT_EQ(text.find(3, 'c'), notFound);
-    EXPECT_EQ(text.find(4, 'c'), notFound);
-    EXPECT_EQ(text.find(notFound, 'c'), notFound);
+    EXPECT_EQ(notFound, text.find(3, 'c'));
+    EXPECT_EQ(notFound, text.find(4, 'c'));
+    EXPECT_EQ(notFound, text.find(notFound, 'c'));
 }
 
 TEST(StringTest, SubStringTakesLengthFromStart)
 {
     const String text("ArrayOfOthers");
-    EXPECT_EQ(bytes(text.subString(2, 10)), "rayOfOther");
-    EXPECT_EQ(bytes(text.subString(0, 5)), "Array");
-    EXPECT_EQ(bytes(text.subString(3, 0)), "");
+    EXPECT_EQ("rayOfOther", bytes(text.subString(2, 10)));
+    EXPECT_EQ("Array", bytes(text.subString(0, 5)));
+    EXPECT_EQ("", bytes(text.subString(3, 0)));
 }
 
 TEST(StringTest, SubStringWithAllOnesTakesAllToTheEnd)
 {
     const String text("#lamp");
-    EXPECT_EQ(bytes(text.subString(1, notFound)), "lamp");
-    EXPECT_EQ(bytes(text.subString(0, notFound)), "#lamp");
-    EXPECT_EQ(bytes(text.subString(5, notFound)), "");
+    EXPECT_EQ("lamp", bytes(text.subString(1, notFound)));
+    EXPECT_EQ("#lamp", bytes(text.subString(0, notFound)));
+    EXPECT_EQ("", bytes(text.subString(5, notFound)));
 }
 
 TEST(StringTest, SubStringStopsAtTheEndOfTheText)
 {
     const String text("abc");
-    EXPECT_EQ(bytes(text.subString(1, 100)), "bc");
-    EXPECT_EQ(bytes(text.subString(3, 1)), "");
-    EXPECT_EQ(bytes(text.subString(100, 1)), "");
-    EXPECT_EQ(bytes(text.subString(notFound, notFound)), "");
+    EXPECT_EQ("bc", bytes(text.subString(1, 100)));
+    EXPECT_EQ("", bytes(text.subString(3, 1)));
+    EXPECT_EQ("", bytes(text.subString(100, 1)));
+    EXPECT_EQ("", bytes(text.subString(notFound, notFound)));
 }
 
 TEST(StringTest, EqualityIsExact)
@@ -239,12 +241,10 @@ TEST(StringTest, EqualityIsExact)
 
 namespace {
 
-struct NoCaseRow {
-    const char* name;
+struct NoCaseRow : Row {
     const char* a;
     const char* b;
     int sign; // of the result
-    friend void PrintTo(const NoCaseRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class StringNoCaseTest : public testing::TestWithParam<NoCaseRow> {};
@@ -285,19 +285,15 @@ INSTANTIATE_TEST_SUITE_P(
 
 namespace {
 
-struct RealRow {
-    const char* name;
+struct RealRow : Row {
     const char* text;
     float value;
-    friend void PrintTo(const RealRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class StringRealTest : public testing::TestWithParam<RealRow> {};
 
-struct BadRealRow {
-    const char* name;
+struct BadRealRow : Row {
     const char* text;
-    friend void PrintTo(const BadRealRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class StringBadRealTest : public testing::TestWithParam<BadRealRow> {};
@@ -331,7 +327,7 @@ TEST_P(StringBadRealTest, IsRefusedAndLeavesTheValueAlone)
 {
     float value = 77.0f;
     EXPECT_FALSE(String::strToReal32(GetParam().text, value));
-    EXPECT_EQ(value, 77.0f);
+    EXPECT_EQ(77.0f, value);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -363,9 +359,9 @@ TEST(StringTest, NumberIsParsedAlikeInEveryLocale)
     }
     float value = 0.0f;
     EXPECT_TRUE(String::strToReal32("1234.5", value));
-    EXPECT_EQ(value, 1234.5f);
+    EXPECT_EQ(1234.5f, value);
     EXPECT_FALSE(String::strToReal32("1,5", value));
-    EXPECT_EQ(bytes(VeskValue(1234567).toString(VeskValue::nilValue)), "1234567");
+    EXPECT_EQ("1234567", bytes(VeskValue(1234567).toString(VeskValue::nilValue)));
     std::setlocale(LC_ALL, cBefore.c_str());
     std::locale::global(before);
 }
@@ -375,9 +371,10 @@ TEST(StringTest, Utf8FormHasTheBytesOfTheText)
     const String text("m\xC3\xB6"
                       "del \xE2\x82\xAC");
     const CString narrow = text.getUTF8String();
-    EXPECT_STREQ(static_cast<const char*>(narrow), "m\xC3\xB6"
-                                                   "del \xE2\x82\xAC");
-    EXPECT_STREQ(static_cast<const char*>(String().getUTF8String()), "");
+    EXPECT_STREQ("m\xC3\xB6"
+                 "del \xE2\x82\xAC",
+                 static_cast<const char*>(narrow));
+    EXPECT_STREQ("", static_cast<const char*>(String().getUTF8String()));
 }
 
 TEST(StringTest, Utf8FormOutlivesTheText)
@@ -385,7 +382,7 @@ TEST(StringTest, Utf8FormOutlivesTheText)
     auto text = std::make_unique<String>("a path that is long enough to stand in memory of its own.dae");
     const CString narrow = text->getUTF8String();
     text.reset();
-    EXPECT_STREQ(static_cast<const char*>(narrow), "a path that is long enough to stand in memory of its own.dae");
+    EXPECT_STREQ("a path that is long enough to stand in memory of its own.dae", static_cast<const char*>(narrow));
 }
 
 TEST(StringTest, Utf8FormDoesNotFollowLaterChangesOfTheText)
@@ -393,7 +390,7 @@ TEST(StringTest, Utf8FormDoesNotFollowLaterChangesOfTheText)
     String text("before");
     const CString narrow = text.getUTF8String();
     text.append("after");
-    EXPECT_STREQ(static_cast<const char*>(narrow), "before");
+    EXPECT_STREQ("before", static_cast<const char*>(narrow));
 }
 
 TEST(StringTest, EmptyIsOneSharedEmptyText)
@@ -406,16 +403,16 @@ TEST(StringTest, PlusPutsNarrowTextBeforeText)
 {
     const String right("8");
     const String result = "Asked for array of size: " + right;
-    EXPECT_EQ(bytes(result), "Asked for array of size: 8");
-    EXPECT_EQ(bytes(right), "8");
-    EXPECT_EQ(bytes("" + String()), "");
+    EXPECT_EQ("Asked for array of size: 8", bytes(result));
+    EXPECT_EQ("8", bytes(right));
+    EXPECT_EQ("", bytes("" + String()));
 }
 
 TEST(StringTest, IsStreamable)
 {
     std::ostringstream out;
     out << String("a b") << String() << String("c");
-    EXPECT_EQ(out.str(), "a bc");
+    EXPECT_EQ("a bc", out.str());
 }
 
 TEST(VeskValueTest, HasVirtualDestructor)
@@ -426,7 +423,7 @@ TEST(VeskValueTest, HasVirtualDestructor)
 TEST(VeskValueTest, NilValueIsAnUnsignedConstant)
 {
     EXPECT_TRUE((std::is_same<decltype(VeskValue::nilValue), const unsigned>::value));
-    EXPECT_EQ(unsigned(VeskValue::nilValue), 0xFFFFFFFFu);
+    EXPECT_EQ(0xFFFFFFFFu, unsigned(VeskValue::nilValue));
 }
 
 TEST(VeskValueTest, PrintsPlainDecimalText)
@@ -447,6 +444,6 @@ TEST(VeskValueTest, PrintsPlainDecimalText)
 
 TEST(VeskValueTest, PrintsTheValueAlsoWhenItIsNil)
 {
-    EXPECT_EQ(bytes(VeskValue(VeskValue::nilValue).toString(VeskValue::nilValue)), "4294967295");
-    EXPECT_EQ(bytes(VeskValue(5).toString(5)), "5");
+    EXPECT_EQ("4294967295", bytes(VeskValue(VeskValue::nilValue).toString(VeskValue::nilValue)));
+    EXPECT_EQ("5", bytes(VeskValue(5).toString(5)));
 }

@@ -18,6 +18,31 @@ struct Sample {
     const char* shown; ///< a regular expression
 };
 
+const std::vector<Sample>& samples();
+
+// Each expression with what gdb prints for it, of one run; nothing where programs may not be traced.
+std::optional<std::map<std::string, std::string>> shown();
+
+// One test, since each would start gdb anew.
+TEST(PrintersTest, ShowWhatIsInside)
+{
+    if (std::string(GDB_PROGRAM).empty()) {
+        GTEST_SKIP() << "gdb is not installed";
+    }
+    const auto values = shown();
+    if (!values) {
+        GTEST_SKIP() << "this machine lets no program be traced";
+    }
+    for (const Sample& sample : samples()) {
+        const auto found = values->find(sample.expression);
+        ASSERT_NE(values->end(), found) << "gdb printed nothing for " << sample.expression;
+        EXPECT_TRUE(std::regex_match(found->second, std::regex(sample.shown)))
+            << sample.expression << " = " << found->second;
+    }
+}
+
+// --- what the tests are written with ---
+
 const std::vector<Sample>& samples()
 {
     static const std::vector<Sample> all = {
@@ -41,7 +66,6 @@ const std::vector<Sample>& samples()
     return all;
 }
 
-// Each expression with what gdb prints for it, of one run; nothing where programs may not be traced.
 std::optional<std::map<std::string, std::string>> shown()
 {
     std::vector<std::string> command = {GDB_PROGRAM, "-batch", "-nx"};
@@ -80,24 +104,6 @@ std::optional<std::map<std::string, std::string>> shown()
         ADD_FAILURE() << result.output << result.errors;
     }
     return values;
-}
-
-// One test, since each would start gdb anew.
-TEST(PrintersTest, ShowWhatIsInside)
-{
-    if (std::string(GDB_PROGRAM).empty()) {
-        GTEST_SKIP() << "gdb is not installed";
-    }
-    const auto values = shown();
-    if (!values) {
-        GTEST_SKIP() << "this machine lets no program be traced";
-    }
-    for (const Sample& sample : samples()) {
-        const auto found = values->find(sample.expression);
-        ASSERT_NE(values->end(), found) << "gdb printed nothing for " << sample.expression;
-        EXPECT_TRUE(std::regex_match(found->second, std::regex(sample.shown)))
-            << sample.expression << " = " << found->second;
-    }
 }
 
 } // namespace

@@ -1,3 +1,5 @@
+#include "support/Rows.h"
+
 #include <libMath/MatrixBuilders.h>
 
 #include <cmath>
@@ -10,58 +12,23 @@
 
 namespace {
 
+using testSupport::rowName;
+
 using libMath::axisAngleRotationMatrix;
 using libMath::lookAtTransformMatrix;
 using Matrix4 = libMath::Matrix<float, 4, 4>;
 using Vector3 = libMath::Vector<float, 3>;
 
-static_assert(std::is_same<Matrix4, decltype(axisAngleRotationMatrix(std::declval<const Vector3&>(), 0.0))>::value,
-              "rotation");
-static_assert(
-    std::is_same<Matrix4, decltype(lookAtTransformMatrix(std::declval<const Vector3&>(), std::declval<const Vector3&>(),
-                                                         std::declval<const Vector3&>()))>::value,
-    "look at");
-
 constexpr double pi = 3.141592653589793;
 
-void expectElements(const Matrix4& m, const float (&expected)[16])
-{
-    for (unsigned i = 0; i < 16; ++i) {
-        EXPECT_EQ(expected[i], m[i]) << "flat index " << i;
-    }
-}
-
-void expectNear(const Matrix4& m, const float (&expected)[16], float tolerance)
-{
-    for (unsigned i = 0; i < 16; ++i) {
-        EXPECT_NEAR(expected[i], m[i], tolerance) << "flat index " << i;
-    }
-}
+void expectElements(const Matrix4& m, const float (&expected)[16]);
+void expectNear(const Matrix4& m, const float (&expected)[16], float tolerance);
 
 /// p' = M · p, of a point.
-Vector3 transformed(const Matrix4& m, const Vector3& p)
-{
-    Vector3 result;
-    for (unsigned r = 0; r < 3; ++r) {
-        result[r] = m[4 * r] * p[0] + m[4 * r + 1] * p[1] + m[4 * r + 2] * p[2] + m[4 * r + 3];
-    }
-    return result;
-}
+Vector3 transformed(const Matrix4& m, const Vector3& p);
+void expectNear(const Vector3& v, float x, float y, float z);
 
-void expectNear(const Vector3& v, float x, float y, float z)
-{
-    EXPECT_NEAR(x, v[0], 1e-6f);
-    EXPECT_NEAR(y, v[1], 1e-6f);
-    EXPECT_NEAR(z, v[2], 1e-6f);
-}
-
-void expectLastRowOfATransform(const Matrix4& m)
-{
-    EXPECT_EQ(0.0f, m[12]);
-    EXPECT_EQ(0.0f, m[13]);
-    EXPECT_EQ(0.0f, m[14]);
-    EXPECT_EQ(1.0f, m[15]);
-}
+void expectLastRowOfATransform(const Matrix4& m);
 
 // Rotation
 
@@ -245,7 +212,7 @@ INSTANTIATE_TEST_SUITE_P(Rotations, AxisAngleStepsTest,
                                          RotationCase{"CancelsAtRow2Column0", {2.0f, 5.0f, 5.0f}, 2.6101343972079234},
                                          RotationCase{"CancelsAtRow2Column1", {6.0f, 2.0f, 3.0f}, -2.8577985318644883},
                                          RotationCase{"CancelsAtRow2Column2", {4.0f, 7.0f, 5.0f}, 1.9655875474809306}),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         rowName);
 
 // Look at
 
@@ -393,7 +360,7 @@ INSTANTIATE_TEST_SUITE_P(
                     LookAtCase{"Sideways", {2.8f, 1.8f, -3.6f}, {3.4f, 2.8f, -6.2f}, {0.3f, 1.1f, -0.2f}},
                     LookAtCase{"Upwards", {-8.3f, -3.9f, 5.9f}, {9.2f, 3.4f, -2.6f}, {0.3f, 1.1f, -0.2f}},
                     LookAtCase{"Far", {5.6f, 2.8f, 9.6f}, {1.7f, 2.5f, -6.7f}, {0.3f, 1.1f, -0.2f}}),
-    [](const auto& test) { return std::string(test.param.name); });
+    rowName);
 
 TEST(LookAtTransformMatrixTest, EyeAtInterestGivesNan)
 {
@@ -434,6 +401,55 @@ TEST_P(LookAtParallelTest, UpWithoutADirectionOfItsOwnGivesNan)
 INSTANTIATE_TEST_SUITE_P(Ups, LookAtParallelTest,
                          testing::Values(ParallelCase{"Parallel", 1.0f}, ParallelCase{"ParallelAndLong", 40.0f},
                                          ParallelCase{"Opposite", -1.0f}, ParallelCase{"Zero", 0.0f}),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         rowName);
+
+// --- what the compiler can tell ---
+
+static_assert(std::is_same<Matrix4, decltype(axisAngleRotationMatrix(std::declval<const Vector3&>(), 0.0))>::value,
+              "rotation");
+static_assert(
+    std::is_same<Matrix4, decltype(lookAtTransformMatrix(std::declval<const Vector3&>(), std::declval<const Vector3&>(),
+                                                         std::declval<const Vector3&>()))>::value,
+    "look at");
+
+// --- what the tests are written with ---
+
+void expectElements(const Matrix4& m, const float (&expected)[16])
+{
+    for (unsigned i = 0; i < 16; ++i) {
+        EXPECT_EQ(expected[i], m[i]) << "flat index " << i;
+    }
+}
+
+void expectNear(const Matrix4& m, const float (&expected)[16], float tolerance)
+{
+    for (unsigned i = 0; i < 16; ++i) {
+        EXPECT_NEAR(expected[i], m[i], tolerance) << "flat index " << i;
+    }
+}
+
+Vector3 transformed(const Matrix4& m, const Vector3& p)
+{
+    Vector3 result;
+    for (unsigned r = 0; r < 3; ++r) {
+        result[r] = m[4 * r] * p[0] + m[4 * r + 1] * p[1] + m[4 * r + 2] * p[2] + m[4 * r + 3];
+    }
+    return result;
+}
+
+void expectNear(const Vector3& v, float x, float y, float z)
+{
+    EXPECT_NEAR(x, v[0], 1e-6f);
+    EXPECT_NEAR(y, v[1], 1e-6f);
+    EXPECT_NEAR(z, v[2], 1e-6f);
+}
+
+void expectLastRowOfATransform(const Matrix4& m)
+{
+    EXPECT_EQ(0.0f, m[12]);
+    EXPECT_EQ(0.0f, m[13]);
+    EXPECT_EQ(0.0f, m[14]);
+    EXPECT_EQ(1.0f, m[15]);
+}
 
 } // namespace

@@ -1,3 +1,5 @@
+#include "support/Rows.h"
+
 #include <libMath/Matrix.h>
 #include <libMath/Vector.h>
 
@@ -19,6 +21,9 @@
 template class libMath::Matrix<float, 4, 4>;
 
 namespace {
+
+using testSupport::Row;
+using testSupport::rowName;
 
 using Matrix4 = libMath::Matrix<float, 4, 4>;
 using Vector4 = libMath::Vector<float, 4>;
@@ -267,18 +272,12 @@ TEST(MatrixTest, DiagonalOfOnesIsTheIdentity)
 
 enum class Access { Flat, ConstFlat, RowAndColumn, ConstRowAndColumn, Column, SetColumn };
 
-struct AssertionCase {
-    const char* name;
+struct AssertionCase : Row {
     Access access;
     unsigned x;
     unsigned y; ///< of row and column access alone
     const char* expression;
 };
-void PrintTo(const AssertionCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
-
 /// Makes the access of the row. @return what was read, which no caller gets if the assertion holds the access back
 float access(Matrix4& m, const AssertionCase& row)
 {
@@ -356,7 +355,7 @@ INSTANTIATE_TEST_SUITE_P(
                     AssertionCase{"WholeColumnLargest", Access::Column, unsignedMax, 0, columnExpression},
                     AssertionCase{"SetColumnFour", Access::SetColumn, 4, 0, columnExpression},
                     AssertionCase{"SetColumnLargest", Access::SetColumn, unsignedMax, 0, columnExpression}),
-    [](const auto& test) { return std::string(test.param.name); });
+    rowName);
 
 TEST(MatrixTest, FailedAssertionIsThrownByValue)
 {
@@ -483,7 +482,7 @@ INSTANTIATE_TEST_SUITE_P(Terms, MatrixProductOrderTest,
                          testing::Values(SumCase{"BothOnesLost", {limit, 1.0f, 1.0f, -limit}},
                                          SumCase{"FirstOneLost", {limit, 1.0f, -limit, 1.0f}},
                                          SumCase{"FirstTermLost", {1.0f, limit, -limit, 1.0f}}),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         rowName);
 
 TEST(MatrixTest, ProductRoundsEachTermToFloat)
 {

@@ -1,3 +1,5 @@
+#include "support/Rows.h"
+
 #include <libMath/Vector.h>
 
 #include <cmath>
@@ -15,6 +17,8 @@
 template class libMath::Vector<float, 3>;
 
 namespace {
+
+using testSupport::rowName;
 
 using Vector3 = libMath::Vector<float, 3>;
 using Vector4 = libMath::Vector<float, 4>;
@@ -243,7 +247,7 @@ INSTANTIATE_TEST_SUITE_P(Operands, VectorNormalizedTest,
                                          NormalizedCase{"Rising", 1.4f, 2.5f, 4.1f},
                                          NormalizedCase{"Falling", 6.2f, 4.2f, 2.1f},
                                          NormalizedCase{"LargeY", 3.2f, 9.9f, 6.9f}),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         rowName);
 
 TEST(VectorTest, NormalizedZeroVectorIsNan)
 {

@@ -3,6 +3,7 @@
 
 #include "support/ColladaBuilder.h"
 #include "support/Process.h"
+#include "support/Rows.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +14,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -27,6 +27,8 @@ using testSupport::ProcessOptions;
 using testSupport::ProcessResult;
 using testSupport::RayTracer;
 using testSupport::readPng;
+using testSupport::Row;
+using testSupport::rowName;
 using testSupport::TemporaryFile;
 
 namespace {
@@ -265,11 +267,11 @@ public:
     Image picture(const Words& options = {}) const
     {
         const Drawn drawn = draw(options);
-        EXPECT_EQ(drawn.result.status, succeeded);
+        EXPECT_EQ(succeeded, drawn.result.status);
         if (std::find(options.begin(), options.end(), "--as-loaded") == options.end()) {
-            EXPECT_EQ(drawn.result.errors, "");
+            EXPECT_EQ("", drawn.result.errors);
         }
-        EXPECT_EQ(drawn.result.output, "");
+        EXPECT_EQ("", drawn.result.output);
         EXPECT_TRUE(drawn.hasPicture);
         return drawn.hasPicture ? drawn.image : Image(120, 120);
     }
@@ -337,8 +339,8 @@ TEST(RenderTest, CubeIsInTheMiddle)
     builder.addScene("<node id='a'><translate>0 0 0</translate>" + shown("cube", {colors()[0]}) + "</node>" +
                      cameraNode("eye", "0 0 4"));
     const Image image = Studio(builder.text()).picture();
-    ASSERT_EQ(image.width(), 120);
-    ASSERT_EQ(image.height(), 120);
+    ASSERT_EQ(120, image.width());
+    ASSERT_EQ(120, image.height());
     // The front is 3 away and reaches a third of the way from the middle to each side.
     expectPixel(image, 0.5, 0.5, {255, 0, 0}, 3, "middle, lit from the eye");
     for (const double low : {0.36, 0.64}) {
@@ -346,8 +348,8 @@ TEST(RenderTest, CubeIsInTheMiddle)
         expectMostly(image, 0.5, low, redChannel, "inside");
     }
     for (const double out : {0.31, 0.69}) {
-        EXPECT_EQ(image.part(out, 0.5), (Pixel{0, 0, 0}));
-        EXPECT_EQ(image.part(0.5, out), (Pixel{0, 0, 0}));
+        EXPECT_EQ((Pixel{0, 0, 0}), image.part(out, 0.5));
+        EXPECT_EQ((Pixel{0, 0, 0}), image.part(0.5, out));
     }
 }
 
@@ -382,7 +384,7 @@ TEST(RenderTest, EvaluationThatThrowsIsOneLineAndTheRestIsDrawn)
                      "</node><node id='a'><translate sid='place'>-2 0 0</translate>" + shown("one", {colors()[0]}) +
                      "</node>" + cameraNode("eye", "0 0 5"));
     const Drawn drawn = Studio(builder.text()).draw({"--as-loaded", "--time", "1"});
-    EXPECT_EQ(drawn.result.status, succeeded);
+    EXPECT_EQ(succeeded, drawn.result.status);
     EXPECT_TRUE(contains(drawn.result.errors, "IndexOutOfBounds")) << drawn.result.errors;
     ASSERT_TRUE(drawn.hasPicture);
     expectMostly(drawn.image, 0.75, 0.5, redChannel, "the other node");
@@ -400,7 +402,7 @@ TEST(RenderTest, ChildrenMoveWithTheirAnimatedParent)
     builder.addScene("<node id='a'><translate sid='place'>0 0 0</translate><node id='b'><scale>0.5 0.5 0.5</scale>" +
                      shown("cube", {colors()[0]}) + "</node></node>" + cameraNode("eye", "0 0 4"));
     const Image image = Studio(builder.text()).picture({"--time", "1"});
-    EXPECT_EQ(image.part(0.5, 0.5), (Pixel{0, 0, 0}));
+    EXPECT_EQ((Pixel{0, 0, 0}), image.part(0.5, 0.5));
     // Its front is 3.5 away, and 2 to the right: 2 / 3.5 of the way to the side.
     expectMostly(image, 0.5 + 0.5 * 2.0 / 3.5, 0.5, redChannel, "moved by 2");
 }
@@ -464,7 +466,7 @@ TEST(RenderTest, PictureOfAnotherRatioIsNotStretched)
 {
     const Studio studio(threeCubes(cameraNode("plain", "0 0 7")));
     const Image image = studio.picture({"--size", "240x120"});
-    ASSERT_EQ(image.width(), 240);
+    ASSERT_EQ(240, image.width());
     expectMostly(image, 0.5 + 0.125, 0.5, redChannel, "half as far in parts of the width");
     expectMostly(image, 0.5, 0.25, blueChannel, "above");
 }
@@ -482,7 +484,7 @@ TEST(RenderTest, AllOfTheSceneIsShownWithoutACamera)
                     isFound[channel] = isFound[channel] || isMostly(image.at(x, y), channel);
                 }
                 if (isAtEdge) {
-                    EXPECT_EQ(image.at(x, y), (Pixel{0, 0, 0})) << size << ": cut off at " << x << ", " << y;
+                    EXPECT_EQ((Pixel{0, 0, 0}), image.at(x, y)) << size << ": cut off at " << x << ", " << y;
                 }
             }
         }
@@ -508,7 +510,7 @@ TEST(RenderTest, CameraThatSeesNothingCostsALineAndAllIsShown)
 {
     const Studio studio(threeCubes(cameraNode("plain", "0 0 -70")));
     const Drawn drawn = studio.draw();
-    EXPECT_EQ(drawn.result.status, succeeded);
+    EXPECT_EQ(succeeded, drawn.result.status);
     EXPECT_TRUE(isOneLine(drawn.result.errors)) << drawn.result.errors;
     EXPECT_TRUE(contains(drawn.result.errors, "camera 0 sees nothing")) << drawn.result.errors;
     ASSERT_TRUE(drawn.hasPicture);
@@ -554,7 +556,7 @@ TEST(RenderTest, UpAxisIsTheOneThatIsAsked)
             }
         }
     }
-    EXPECT_EQ(difference(studio.picture(), studio.picture({"--up", "y"})).mean, 0.0);
+    EXPECT_EQ(0.0, difference(studio.picture(), studio.picture({"--up", "y"})).mean);
 }
 
 // --- shading, against what the formulas say
@@ -650,7 +652,7 @@ TEST(RenderTest, SpotShowsItsCone)
     expectLikeReference(image, tracer.picture(120, 120), "wall");
     // -1, 0 lies an eighth of the picture to the left of the middle.
     EXPECT_GT(image.part(0.375, 0.5)[0], 130) << "where the spot aims";
-    EXPECT_EQ(image.part(0.95, 0.1)[0], 0) << "outside there is no light, not even a little";
+    EXPECT_EQ(0, image.part(0.95, 0.1)[0]) << "outside there is no light, not even a little";
 }
 
 // A spot without a target shines along -Z of its node, and has a sharp edge without an outer cone.
@@ -668,9 +670,9 @@ TEST(RenderTest, SpotWithoutTargetShinesAlongItsNode)
     // The circle around 1, 0 has a radius of 4 tan 22.5 = 1.657, of which 4 go to half of the picture.
     expectPixel(image, 0.5 + 1.0 / 8, 0.5, {255, 255, 255}, 3, "straight ahead");
     EXPECT_GT(image.part(0.5 + 2.5 / 8, 0.5)[0], 200) << "inside";
-    EXPECT_EQ(image.part(0.5 + 2.8 / 8, 0.5), (Pixel{0, 0, 0})) << "outside";
+    EXPECT_EQ((Pixel{0, 0, 0}), image.part(0.5 + 2.8 / 8, 0.5)) << "outside";
     EXPECT_GT(image.part(0.5 - 0.5 / 8, 0.5)[0], 200) << "inside";
-    EXPECT_EQ(image.part(0.5 - 0.8 / 8, 0.5), (Pixel{0, 0, 0})) << "outside";
+    EXPECT_EQ((Pixel{0, 0, 0}), image.part(0.5 - 0.8 / 8, 0.5)) << "outside";
 }
 
 TEST(RenderTest, FortyLightsAllShine)
@@ -732,7 +734,7 @@ TEST(RenderTest, DocumentThatLightsNothingGetsALightAndALine)
 {
     const Studio studio(greenPhongCube());
     const ProcessResult result = scenetool({"render", studio.document(), "-o", studio.output(), "--size", "120x120"});
-    EXPECT_EQ(result.status, succeeded);
+    EXPECT_EQ(succeeded, result.status);
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     EXPECT_TRUE(contains(result.errors, "lights nothing")) << result.errors;
     expectPixel(readPng(studio.output()), 0.5, 0.5, {0, 128, 0}, 2, "lit from the eye");
@@ -770,7 +772,7 @@ TEST(RenderTest, LightsAreThoseThatAreChosen)
         expectPixel(studio.picture({"--lights", choice}), 0.5, 0.5, {expected, 0, 0}, 1, choice);
     }
     const ProcessResult result = scenetool({"render", studio.document(), "-o", studio.output(), "--size", "120x120"});
-    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ("", result.errors);
     expectPixel(readPng(studio.output()), 0.5, 0.5, {0, 0, 0}, 0, "those of the document if nothing is said");
 }
 
@@ -862,8 +864,8 @@ TEST(RenderTest, OrthographicCameraHasNoPerspective)
     for (const auto& [x, channel] : {std::make_pair(0.02, blueChannel), std::make_pair(0.98, redChannel)}) {
         expectMostly(image, x, 0.27, channel, "a unit above the middle is a quarter of the height");
         expectMostly(image, x, 0.73, channel, "and as much below");
-        EXPECT_EQ(image.part(x, 0.23), (Pixel{0, 0, 0})) << x;
-        EXPECT_EQ(image.part(x, 0.77), (Pixel{0, 0, 0})) << x;
+        EXPECT_EQ((Pixel{0, 0, 0}), image.part(x, 0.23)) << x;
+        EXPECT_EQ((Pixel{0, 0, 0}), image.part(x, 0.77)) << x;
     }
 }
 
@@ -938,7 +940,7 @@ TEST(RenderTest, WhatIsWhollyTransparentIsNotDrawn)
 TEST(RenderTest, BackgroundIsASkyUnlessAColorIsAsked)
 {
     const Studio studio(greenPhongCube());
-    ASSERT_EQ(scenetool({"render", studio.document(), "-o", studio.output(), "--lights", "head"}).status, succeeded);
+    ASSERT_EQ(succeeded, scenetool({"render", studio.document(), "-o", studio.output(), "--lights", "head"}).status);
     const Image sky = readPng(studio.output());
     const Pixel above = sky.part(0.02, 0.02);
     const Pixel below = sky.part(0.02, 0.98);
@@ -957,12 +959,12 @@ TEST(RenderTest, PictureWithoutBackgroundHasAlpha)
     const Studio studio(builder.text());
     studio.picture({"--background", "none"});
     const std::vector<std::array<int, 4>> pixels = testSupport::readPngWithAlpha(studio.output());
-    ASSERT_EQ(pixels.size(), 120u * 120u);
+    ASSERT_EQ(120u * 120u, pixels.size());
     EXPECT_EQ(pixels[0], (std::array<int, 4>{0, 0, 0, 0})) << "the corner";
     const std::array<int, 4>& middle = pixels[60 * 120 + 60];
     EXPECT_NEAR(middle[3], 128, 1);
     EXPECT_NEAR(middle[2], 255, 2);
-    EXPECT_EQ(middle[0], 0);
+    EXPECT_EQ(0, middle[0]);
 }
 
 TEST(RenderTest, PictureGoesToStandardOutput)
@@ -970,12 +972,12 @@ TEST(RenderTest, PictureGoesToStandardOutput)
     const Studio studio(greenPhongCube());
     const ProcessResult result = scenetool(
         {"render", studio.document(), "-o", "-", "--size", "40x30", "--background", "000000", "--lights", "head"});
-    EXPECT_EQ(result.status, succeeded);
-    EXPECT_EQ(result.errors, "");
-    EXPECT_EQ(entriesOf(studio.folder()), 1u) << "the document alone";
+    EXPECT_EQ(succeeded, result.status);
+    EXPECT_EQ("", result.errors);
+    EXPECT_EQ(1u, entriesOf(studio.folder())) << "the document alone";
     writeFile(studio.output(), result.output);
     const Image image = readPng(studio.output());
-    EXPECT_EQ(image.width(), 40);
+    EXPECT_EQ(40, image.width());
     expectMostly(image, 0.5, 0.5, greenChannel, "middle");
 }
 
@@ -1084,7 +1086,7 @@ TEST(RenderTest, MissingTextureIsOneLineAndTheRestIsDrawn)
 {
     const Studio studio(texturedSquare("lost.png"));
     const Drawn drawn = studio.draw();
-    EXPECT_EQ(drawn.result.status, succeeded);
+    EXPECT_EQ(succeeded, drawn.result.status);
     EXPECT_TRUE(isOneLine(drawn.result.errors)) << drawn.result.errors;
     EXPECT_TRUE(contains(drawn.result.errors, "lost.png") && contains(drawn.result.errors, "does not exist"));
     ASSERT_TRUE(drawn.hasPicture);
@@ -1100,7 +1102,7 @@ TEST(RenderTest, TextureThatIsNoImageIsOneLine)
         const Studio studio(texturedSquare("odd.png"));
         writeFile(studio.folder() / "odd.png", bytes);
         const Drawn drawn = studio.draw();
-        EXPECT_EQ(drawn.result.status, succeeded);
+        EXPECT_EQ(succeeded, drawn.result.status);
         EXPECT_TRUE(isOneLine(drawn.result.errors)) << drawn.result.errors;
         EXPECT_TRUE(drawn.hasPicture);
     }
@@ -1108,7 +1110,7 @@ TEST(RenderTest, TextureThatIsNoImageIsOneLine)
     std::filesystem::create_directory(studio.folder() / "odd.png");
     EXPECT_TRUE(isOneLine(studio.draw().result.errors));
     const Studio pipe(texturedSquare("odd.png"));
-    ASSERT_EQ(mkfifo((pipe.folder() / "odd.png").c_str(), 0600), 0);
+    ASSERT_EQ(0, mkfifo((pipe.folder() / "odd.png").c_str(), 0600));
     EXPECT_TRUE(isOneLine(pipe.draw().result.errors)) << "a pipe that nobody writes to must not be waited for";
 }
 
@@ -1126,8 +1128,8 @@ TEST(RenderTest, PointCloudShowsItsPoints)
     EXPECT_GT(image.part(0.5, 0.5)[1], 100);
     EXPECT_GT(image.part(0.75, 0.5)[1], 100);
     EXPECT_GT(image.part(0.5, 0.25)[1], 100);
-    EXPECT_EQ(image.part(0.6, 0.5), (Pixel{0, 0, 0})) << "between the points";
-    EXPECT_EQ(image.part(0.25, 0.5), (Pixel{0, 0, 0})) << "where there is none";
+    EXPECT_EQ((Pixel{0, 0, 0}), image.part(0.6, 0.5)) << "between the points";
+    EXPECT_EQ((Pixel{0, 0, 0}), image.part(0.25, 0.5)) << "where there is none";
 }
 
 // --- nodes without transforms
@@ -1143,7 +1145,7 @@ TEST(RenderTest, NodeWithoutTransformCollapsesUnlessToldOtherwise)
 {
     const Studio studio(bareCube());
     const Drawn drawn = studio.draw({"--as-loaded"});
-    EXPECT_EQ(drawn.result.status, failed);
+    EXPECT_EQ(failed, drawn.result.status);
     EXPECT_TRUE(contains(drawn.result.errors, "1 node without a transform")) << drawn.result.errors;
     EXPECT_TRUE(contains(drawn.result.errors, "--identity-for-empty"));
     EXPECT_FALSE(drawn.hasPicture);
@@ -1160,12 +1162,12 @@ TEST(RenderTest, RestIsDrawnBesideNodesThatCollapse)
                      shown("two", {colors()[1]}) + "</node></node>" + cameraNode("eye", "0 0 5"));
     const Studio studio(builder.text());
     const Drawn drawn = studio.draw({"--as-loaded"});
-    EXPECT_EQ(drawn.result.status, succeeded);
+    EXPECT_EQ(succeeded, drawn.result.status);
     EXPECT_TRUE(contains(drawn.result.errors, "1 node without a transform")) << drawn.result.errors;
     EXPECT_TRUE(contains(drawn.result.errors, "collapses in 1 place")) << drawn.result.errors;
     ASSERT_TRUE(drawn.hasPicture);
     expectMostly(drawn.image, 0.75, 0.5, redChannel, "stands");
-    EXPECT_EQ(drawn.image.part(0.25, 0.5), (Pixel{0, 0, 0})) << "collapsed with the node above";
+    EXPECT_EQ((Pixel{0, 0, 0}), drawn.image.part(0.25, 0.5)) << "collapsed with the node above";
     const Image whole = studio.picture({"--as-loaded", "--identity-for-empty"});
     expectMostly(whole, 0.75, 0.5, redChannel, "stands");
     expectMostly(whole, 0.25, 0.5, greenChannel, "stands as well");
@@ -1177,24 +1179,18 @@ TEST(RenderTest, PictureIsAsLargeAsAsked)
 {
     const Studio studio(threeCubes(""));
     const Image small = studio.picture({"--size", "1x1"});
-    EXPECT_EQ(small.width(), 1);
-    EXPECT_EQ(small.height(), 1);
-    ASSERT_EQ(scenetool({"render", studio.document(), "-o", studio.output()}).status, succeeded);
+    EXPECT_EQ(1, small.width());
+    EXPECT_EQ(1, small.height());
+    ASSERT_EQ(succeeded, scenetool({"render", studio.document(), "-o", studio.output()}).status);
     const Image usual = readPng(studio.output());
-    EXPECT_EQ(usual.width(), 960);
-    EXPECT_EQ(usual.height(), 640);
+    EXPECT_EQ(960, usual.width());
+    EXPECT_EQ(640, usual.height());
 }
 
-struct BadUse {
-    const char* name;
+struct BadUse : Row {
     Words options;
     const char* word; ///< that the line has to hold
 };
-
-void PrintTo(const BadUse& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class RenderUsageTest : public testing::TestWithParam<BadUse> {};
 
@@ -1207,10 +1203,10 @@ TEST_P(RenderUsageTest, IsOneLineAndNoPicture)
     }
     arguments.insert(arguments.end(), GetParam().options.begin(), GetParam().options.end());
     const ProcessResult result = scenetool(arguments);
-    EXPECT_EQ(result.status, usageError);
+    EXPECT_EQ(usageError, result.status);
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     EXPECT_TRUE(contains(result.errors, GetParam().word)) << result.errors;
-    EXPECT_EQ(entriesOf(studio.folder()), 1u) << "the document alone";
+    EXPECT_EQ(1u, entriesOf(studio.folder())) << "the document alone";
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -1228,7 +1224,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadUse{"NoFrames", {"--frames", "0"}, "--frames"}, BadUse{"TooManyFrames", {"--frames", "1000000"}, "--frames"},
         BadUse{"NoRate", {"--frames", "2", "--fps", "0"}, "--fps"}, BadUse{"RateAlone", {"--fps", "5"}, "--frames"},
         BadUse{"FileAndSheet", {"--sheet", "."}, "--sheet"}, BadUse{"NoPngName", {"-o", "picture.jpg"}, ".png"}),
-    [](const auto& row) { return row.param.name; });
+    rowName);
 
 TEST(RenderTest, NothingToDrawIsOneLineAndNoPicture)
 {
@@ -1238,9 +1234,9 @@ TEST(RenderTest, NothingToDrawIsOneLineAndNoPicture)
     for (const std::string& document : documents) {
         const Studio studio(document);
         const Drawn drawn = studio.draw();
-        EXPECT_EQ(drawn.result.status, failed);
+        EXPECT_EQ(failed, drawn.result.status);
         EXPECT_TRUE(isOneLine(drawn.result.errors)) << drawn.result.errors;
-        EXPECT_EQ(entriesOf(studio.folder()), 1u) << "the document alone";
+        EXPECT_EQ(1u, entriesOf(studio.folder())) << "the document alone";
     }
 }
 
@@ -1251,11 +1247,11 @@ TEST(RenderTest, MachineWithoutDriverGetsOneLineAndNoPicture)
     ProcessOptions options;
     options.environment = {"__EGL_VENDOR_LIBRARY_FILENAMES=/nowhere/driver.json", "DISPLAY", "WAYLAND_DISPLAY"};
     const ProcessResult result = scenetool({"render", studio.document(), "-o", studio.output()}, options);
-    EXPECT_EQ(result.status, failed);
+    EXPECT_EQ(failed, result.status);
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     EXPECT_TRUE(contains(result.errors, "EGL")) << result.errors;
-    EXPECT_EQ(contentOf(studio.output()), "the picture before");
-    EXPECT_EQ(entriesOf(studio.folder()), 2u) << "no half a picture";
+    EXPECT_EQ("the picture before", contentOf(studio.output()));
+    EXPECT_EQ(2u, entriesOf(studio.folder())) << "no half a picture";
 }
 
 TEST(RenderTest, OutputThatCannotBeWrittenIsOneLine)
@@ -1266,11 +1262,11 @@ TEST(RenderTest, OutputThatCannotBeWrittenIsOneLine)
          {(studio.folder() / "nowhere" / "picture.png").string(), (studio.folder() / "folder.png").string()}) {
         const ProcessResult result =
             scenetool({"render", studio.document(), "-o", output, "--size", "16x16", "--lights", "head"});
-        EXPECT_EQ(result.status, failed);
+        EXPECT_EQ(failed, result.status);
         EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     }
-    EXPECT_EQ(entriesOf(studio.folder()), 2u);
-    EXPECT_EQ(entriesOf(studio.folder() / "folder.png"), 0u);
+    EXPECT_EQ(2u, entriesOf(studio.folder()));
+    EXPECT_EQ(0u, entriesOf(studio.folder() / "folder.png"));
 }
 
 // --- sequences
@@ -1292,11 +1288,11 @@ TEST(RenderTest, SequenceIsOnePictureForEachStepInTime)
 {
     const Studio studio(movingCube());
     const Drawn drawn = studio.draw({"--frames", "3", "--fps", "1"});
-    EXPECT_EQ(drawn.result.status, succeeded);
-    EXPECT_EQ(drawn.result.errors, "");
-    EXPECT_EQ(drawn.result.output, "") << "no bar into a pipe";
+    EXPECT_EQ(succeeded, drawn.result.status);
+    EXPECT_EQ("", drawn.result.errors);
+    EXPECT_EQ("", drawn.result.output) << "no bar into a pipe";
     EXPECT_FALSE(drawn.hasPicture) << "the pictures are numbered";
-    EXPECT_EQ(entriesOf(studio.folder()), 4u);
+    EXPECT_EQ(4u, entriesOf(studio.folder()));
     // At -2, 0 and 2, with the front 4 away: at a quarter of the width, in the middle and at three quarters.
     for (int frame = 0; frame < 3; ++frame) {
         const Image image = readPng((studio.folder() / ("picture-000" + std::to_string(frame) + ".png")).string());
@@ -1317,7 +1313,7 @@ TEST(RenderTest, SequenceShowsABarOnATerminal)
     options.hasTerminal = true;
     const ProcessResult result =
         scenetool({"render", studio.document(), "-o", studio.output(), "--size", "16x16", "--frames", "2"}, options);
-    EXPECT_EQ(result.status, succeeded);
+    EXPECT_EQ(succeeded, result.status);
     EXPECT_TRUE(contains(result.output, "\r[####################....................] 1 of 2 pictures"))
         << result.output;
     EXPECT_TRUE(contains(result.output, "\r[########################################] 2 of 2 pictures\r\n"))
@@ -1336,13 +1332,13 @@ TEST(RenderTest, SheetHoldsAllDocumentsBelowAFolder)
     const std::string sheet = (studio.folder() / "sheet.png").string();
     const ProcessResult result = scenetool({"render", "--sheet", studio.folder().string(), "-o", sheet, "--size",
                                             "100x100", "--background", "000000", "--lights", "head"});
-    EXPECT_EQ(result.status, failed) << "one has no picture";
+    EXPECT_EQ(failed, result.status) << "one has no picture";
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     EXPECT_TRUE(contains(result.errors, "a.DAE"));
     const Image image = readPng(sheet);
     // Two columns and two rows of 100 by 100, with 8 between and 20 below each for its name.
-    ASSERT_EQ(image.width(), 8 + 2 * 108);
-    ASSERT_EQ(image.height(), 8 + 2 * 128);
+    ASSERT_EQ(8 + 2 * 108, image.width());
+    ASSERT_EQ(8 + 2 * 128, image.height());
     EXPECT_TRUE(isMostly(image.at(8 + 25, 8 + 50), redChannel)) << "document.dae";
     const Pixel fault = image.at(8 + 108 + 50, 8 + 90);
     EXPECT_TRUE(fault[0] > 40 && fault[0] < 120 && fault[1] < fault[0]) << "more/a.DAE";
@@ -1363,10 +1359,10 @@ TEST(RenderTest, SheetOfAFolderWithoutDocumentsIsOneLine)
     const std::string sheet = (file.folder() / "sheet.png").string();
     for (const std::string& folder : {file.folder().string(), (file.folder() / "nowhere").string()}) {
         const ProcessResult result = scenetool({"render", "--sheet", folder, "-o", sheet});
-        EXPECT_EQ(result.status, failed);
+        EXPECT_EQ(failed, result.status);
         EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     }
-    EXPECT_EQ(entriesOf(file.folder()), 1u);
+    EXPECT_EQ(1u, entriesOf(file.folder()));
 }
 
 // --- the bundled document
@@ -1378,8 +1374,8 @@ TEST(RenderTest, LighthouseLooksAsItIsShown)
     const std::string output = (file.folder() / "lighthouse.png").string();
     const ProcessResult result =
         scenetool({"render", SOURCE_FOLDER "/data/lighthouse.dae", "-o", output, "--time", "1.7"});
-    EXPECT_EQ(result.status, succeeded);
-    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(succeeded, result.status);
+    EXPECT_EQ("", result.errors);
     const Image image = readPng(output);
     const ImageDifference found = difference(image, readPng(SOURCE_FOLDER "/docs/lighthouse.png"));
     EXPECT_LT(found.mean, 2.0);

@@ -1,5 +1,6 @@
 #include "support/ColladaBuilder.h"
 #include "support/Process.h"
+#include "support/Rows.h"
 
 #include <nlohmann/json.hpp>
 
@@ -20,6 +21,8 @@
 using testSupport::ColladaBuilder;
 using testSupport::ProcessOptions;
 using testSupport::ProcessResult;
+using testSupport::Row;
+using testSupport::rowName;
 using testSupport::TemporaryFile;
 
 namespace {
@@ -172,8 +175,8 @@ Json dumpDocument(const std::string& document, const Words& options = {})
 {
     const TemporaryFile file(document);
     const Dump dump(file.path(), options);
-    EXPECT_EQ(dump.result.status, succeeded);
-    EXPECT_EQ(dump.result.errors, "");
+    EXPECT_EQ(succeeded, dump.result.status);
+    EXPECT_EQ("", dump.result.errors);
     return dump.json;
 }
 
@@ -183,8 +186,8 @@ std::string infoOf(const std::string& document, const Words& options = {})
     Words arguments = {"info", file.path()};
     arguments.insert(arguments.end(), options.begin(), options.end());
     const ProcessResult result = scenetool(arguments);
-    EXPECT_EQ(result.status, succeeded);
-    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(succeeded, result.status);
+    EXPECT_EQ("", result.errors);
     return result.output;
 }
 
@@ -212,7 +215,7 @@ TEST(ScenetoolDumpTest, ObjectHasFileLoadedErrorLogAndNodes)
     const TemporaryFile file(documentOf(parentAndChild));
     const Json json = Dump(file.path()).json;
     EXPECT_EQ(json.at("file"), file.path());
-    EXPECT_EQ(json.at("loaded"), true);
+    EXPECT_EQ(true, json.at("loaded"));
     EXPECT_TRUE(json.at("error").is_null());
     EXPECT_EQ(json.at("log"), Json::array());
     EXPECT_TRUE(json.at("nodes").is_array());
@@ -230,7 +233,7 @@ TEST(ScenetoolDumpTest, ObjectHasNoKeyBeyondTheFormat)
 TEST(ScenetoolDumpTest, NodeHasExactlyNineKeys)
 {
     const Json json = dumpDocument(documentOf(parentAndChild));
-    ASSERT_EQ(json.at("nodes").size(), 2u);
+    ASSERT_EQ(2u, json.at("nodes").size());
     const Words keys = {"children", "hasAnimation", "id", "name", "parent", "position", "sid", "transform", "up"};
     EXPECT_EQ(keysOf(json["nodes"][0]), keys);
     EXPECT_EQ(keysOf(json["nodes"][1]), keys);
@@ -239,7 +242,7 @@ TEST(ScenetoolDumpTest, NodeHasExactlyNineKeys)
 TEST(ScenetoolDumpTest, ValuesOfANodeHaveTheirTypes)
 {
     const Json json = dumpDocument(documentOf(parentAndChild));
-    ASSERT_EQ(json.at("nodes").size(), 2u);
+    ASSERT_EQ(2u, json.at("nodes").size());
     for (const Json& node : json["nodes"]) {
         EXPECT_TRUE(node.at("id").is_string());
         EXPECT_TRUE(node.at("sid").is_string());
@@ -262,13 +265,13 @@ TEST(ScenetoolDumpTest, ValuesOfANodeHaveTheirTypes)
 TEST(ScenetoolDumpTest, TextsOfANodeAreItsAttributes)
 {
     const Json nodes = dumpDocument(documentOf("<node id='lamp-1' sid='lamp' name='Lämp'/><node/>")).at("nodes");
-    ASSERT_EQ(nodes.size(), 2u);
-    EXPECT_EQ(nodes[0]["id"], "lamp-1");
-    EXPECT_EQ(nodes[0]["sid"], "lamp");
-    EXPECT_EQ(nodes[0]["name"], "Lämp");
-    EXPECT_EQ(nodes[1]["id"], "");
-    EXPECT_EQ(nodes[1]["sid"], "");
-    EXPECT_EQ(nodes[1]["name"], "");
+    ASSERT_EQ(2u, nodes.size());
+    EXPECT_EQ("lamp-1", nodes[0]["id"]);
+    EXPECT_EQ("lamp", nodes[0]["sid"]);
+    EXPECT_EQ("Lämp", nodes[0]["name"]);
+    EXPECT_EQ("", nodes[1]["id"]);
+    EXPECT_EQ("", nodes[1]["sid"]);
+    EXPECT_EQ("", nodes[1]["name"]);
 }
 
 TEST(ScenetoolDumpTest, NodesStandBreadthFirstAndReferToEachOtherByIndex)
@@ -276,7 +279,7 @@ TEST(ScenetoolDumpTest, NodesStandBreadthFirstAndReferToEachOtherByIndex)
     const Json nodes = dumpDocument(documentOf("<node id='A'><node id='A1'><node id='C'/></node><node id='A2'/></node>"
                                                "<node id='B'><node id='B1'/></node>"))
                            .at("nodes");
-    ASSERT_EQ(nodes.size(), 6u);
+    ASSERT_EQ(6u, nodes.size());
     const Words order = {"A", "B", "A1", "A2", "B1", "C"};
     const std::vector<Json> parents = {nullptr, nullptr, 0, 0, 1, 2};
     const std::vector<Json> children = {{2, 3},        Json::array({4}), Json::array({5}),
@@ -291,24 +294,24 @@ TEST(ScenetoolDumpTest, NodesStandBreadthFirstAndReferToEachOtherByIndex)
 TEST(ScenetoolDumpTest, NodesOfOneIdAreToldApartByTheirIndices)
 {
     const Json nodes = dumpDocument(documentOf("<node id='x'><node id='x'/></node><node id='x'/>")).at("nodes");
-    ASSERT_EQ(nodes.size(), 3u);
+    ASSERT_EQ(3u, nodes.size());
     EXPECT_EQ(nodes[0]["children"], Json::array({2}));
-    EXPECT_EQ(nodes[2]["parent"], 0);
+    EXPECT_EQ(0, nodes[2]["parent"]);
 }
 
 TEST(ScenetoolDumpTest, HasAnimationShowsWhichNodesHaveOne)
 {
     const Json nodes = dumpDocument(documentOf(parentAndChild, {rising("child/t")})).at("nodes");
-    ASSERT_EQ(nodes.size(), 2u);
-    EXPECT_EQ(nodes[0]["hasAnimation"], false);
-    EXPECT_EQ(nodes[1]["hasAnimation"], true);
+    ASSERT_EQ(2u, nodes.size());
+    EXPECT_EQ(false, nodes[0]["hasAnimation"]);
+    EXPECT_EQ(true, nodes[1]["hasAnimation"]);
 }
 
 TEST(ScenetoolDumpTest, MatrixIsRowMajorAndPositionAndUpAreItsColumns)
 {
     const Json nodes =
         dumpDocument(documentOf("<node><matrix>1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16</matrix></node>")).at("nodes");
-    ASSERT_EQ(nodes.size(), 1u);
+    ASSERT_EQ(1u, nodes.size());
     EXPECT_EQ(nodes[0]["transform"], Json::array({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}));
     EXPECT_EQ(nodes[0]["position"], Json::array({4, 8, 12}));
     EXPECT_EQ(nodes[0]["up"], Json::array({2, 6, 10}));
@@ -417,31 +420,32 @@ TEST(ScenetoolGeometryTest, ObjectsAreEmptyWithoutGeometriesAndMaterials)
 TEST(ScenetoolGeometryTest, EveryObjectHasExactlyTheKeysOfTheFormat)
 {
     const Json geometries = dumpDocument(squareDocument()).at("geometries");
-    EXPECT_EQ(keysOf(geometries), Words{"g"});
+    EXPECT_EQ(Words{"g"}, keysOf(geometries));
     const Json& geometry = geometries.at("g");
-    EXPECT_EQ(keysOf(geometry), (Words{"name", "nodes", "primitives"}));
-    ASSERT_EQ(geometry["primitives"].size(), 1u);
+    EXPECT_EQ((Words{"name", "nodes", "primitives"}), keysOf(geometry));
+    ASSERT_EQ(1u, geometry["primitives"].size());
     const Json& primitive = geometry["primitives"][0];
-    EXPECT_EQ(keysOf(primitive), (Words{"bytesPerVertex", "count", "id", "indices", "layout", "material",
-                                        "totalByteSize", "type", "vertexPerPrimitive", "vertices"}));
-    ASSERT_EQ(primitive["layout"].size(), 3u);
+    EXPECT_EQ((Words{"bytesPerVertex", "count", "id", "indices", "layout", "material", "totalByteSize", "type",
+                     "vertexPerPrimitive", "vertices"}),
+              keysOf(primitive));
+    ASSERT_EQ(3u, primitive["layout"].size());
     for (const Json& attribute : primitive["layout"]) {
-        EXPECT_EQ(keysOf(attribute), (Words{"byteOffset", "byteSize", "dataType", "semantic"}));
+        EXPECT_EQ((Words{"byteOffset", "byteSize", "dataType", "semantic"}), keysOf(attribute));
     }
 }
 
 TEST(ScenetoolGeometryTest, TrianglesHaveTheirNumbers)
 {
     const Json geometry = dumpDocument(squareDocument()).at("geometries").at("g");
-    EXPECT_EQ(geometry.at("name"), "Square");
+    EXPECT_EQ("Square", geometry.at("name"));
     const Json& primitive = geometry.at("primitives").at(0);
-    EXPECT_EQ(primitive.at("type"), 4);
-    EXPECT_EQ(primitive.at("id"), "square");
-    EXPECT_EQ(primitive.at("material"), "stone");
-    EXPECT_EQ(primitive.at("count"), 2);
-    EXPECT_EQ(primitive.at("vertexPerPrimitive"), 3);
-    EXPECT_EQ(primitive.at("bytesPerVertex"), 32);
-    EXPECT_EQ(primitive.at("totalByteSize"), 4 * 32);
+    EXPECT_EQ(4, primitive.at("type"));
+    EXPECT_EQ("square", primitive.at("id"));
+    EXPECT_EQ("stone", primitive.at("material"));
+    EXPECT_EQ(2, primitive.at("count"));
+    EXPECT_EQ(3, primitive.at("vertexPerPrimitive"));
+    EXPECT_EQ(32, primitive.at("bytesPerVertex"));
+    EXPECT_EQ(4 * 32, primitive.at("totalByteSize"));
     EXPECT_EQ(primitive.at("indices"), Json::array({0, 1, 2, 2, 3, 0}));
     EXPECT_EQ(primitive.at("layout"),
               Json::array({{{"semantic", 5}, {"byteSize", 12}, {"byteOffset", 0}, {"dataType", 3}},
@@ -465,18 +469,18 @@ TEST(ScenetoolGeometryTest, GeometryOfTwoNodesIsListedOnTheFirst)
         dumpDocument(withGeometries(geometryXml("g", squareMesh(squareTriangles)),
                                     "<node/><node>" + showing("g") + "</node><node>" + showing("g") + "</node>"));
     EXPECT_EQ(json.at("geometries").at("g").at("nodes"), Json::array({1}));
-    ASSERT_EQ(json.at("log").size(), 1u);
+    ASSERT_EQ(1u, json.at("log").size());
     EXPECT_TRUE(contains(json["log"][0].at("text"), "Unable to initialize geometry instance"));
 }
 
 TEST(ScenetoolGeometryTest, PointsHaveNeitherIndicesNorMaterial)
 {
     const Json primitive = dumpDocument(pointDocument("1 2 3", "XYZ")).at("geometries").at("g").at("primitives").at(0);
-    EXPECT_EQ(primitive.at("type"), 7);
-    EXPECT_EQ(primitive.at("id"), "points");
-    EXPECT_EQ(primitive.at("material"), "");
-    EXPECT_EQ(primitive.at("count"), 1);
-    EXPECT_EQ(primitive.at("vertexPerPrimitive"), 1);
+    EXPECT_EQ(7, primitive.at("type"));
+    EXPECT_EQ("points", primitive.at("id"));
+    EXPECT_EQ("", primitive.at("material"));
+    EXPECT_EQ(1, primitive.at("count"));
+    EXPECT_EQ(1, primitive.at("vertexPerPrimitive"));
     EXPECT_EQ(primitive.at("indices"), Json::array());
 }
 
@@ -485,12 +489,12 @@ TEST(ScenetoolGeometryTest, TrianglesWithoutInputsAreShownAsNotLoaded)
     const std::string document = withGeometries(geometryXml("g", squareMesh("<triangles material='m' count='1'/>")),
                                                 "<node>" + showing("g") + "</node>");
     const Json primitive = dumpDocument(document).at("geometries").at("g").at("primitives").at(0);
-    EXPECT_EQ(primitive.at("type"), 8);
-    EXPECT_EQ(primitive.at("material"), "m");
-    EXPECT_EQ(primitive.at("count"), 0);
-    EXPECT_EQ(primitive.at("bytesPerVertex"), 0);
+    EXPECT_EQ(8, primitive.at("type"));
+    EXPECT_EQ("m", primitive.at("material"));
+    EXPECT_EQ(0, primitive.at("count"));
+    EXPECT_EQ(0, primitive.at("bytesPerVertex"));
     EXPECT_EQ(primitive.at("layout"), Json::array());
-    EXPECT_EQ(primitive.at("vertices"), "");
+    EXPECT_EQ("", primitive.at("vertices"));
     EXPECT_TRUE(contains(infoOf(document), "\n    not loaded\n"));
 }
 
@@ -499,9 +503,9 @@ TEST(ScenetoolGeometryTest, GeometriesStandUnderTheirIdWhateverItHolds)
     const Json json = dumpDocument(
         withGeometries(geometryXml("a$b", squareMesh("")) + geometryXml("a.b", "<mesh><lines count='1'/></mesh>"),
                        "<node>" + showing("a$b") + showing("a.b") + "</node>"));
-    EXPECT_EQ(keysOf(json.at("geometries")), (Words{"a$b", "a.b"}));
+    EXPECT_EQ((Words{"a$b", "a.b"}), keysOf(json.at("geometries")));
     EXPECT_EQ(json["geometries"]["a.b"].at("primitives"), Json::array());
-    EXPECT_EQ(json["geometries"]["a.b"].at("name"), "");
+    EXPECT_EQ("", json["geometries"]["a.b"].at("name"));
 }
 
 struct Base64Case {
@@ -539,16 +543,17 @@ INSTANTIATE_TEST_SUITE_P(Points, ScenetoolBase64Test,
                                          // FF FF 7F 3F and FB EF BE 3F.
                                          Base64Case{"LastDigit", "0.999999940395355224609375", "X", "//9/Pw=="},
                                          Base64Case{"LastDigitButOne", "1.4916986227035522", "X", "++++Pw=="}),
-                         [](const auto& row) { return std::string(row.param.name); });
+                         rowName);
 
 TEST(ScenetoolMaterialTest, MaterialHasExactlyTwelveKeys)
 {
     const Json materials = dumpDocument(materialDocument()).at("materials");
-    EXPECT_EQ(keysOf(materials), (Words{"plain", "wood"}));
+    EXPECT_EQ((Words{"plain", "wood"}), keysOf(materials));
     for (const char* const symbol : {"plain", "wood"}) {
-        EXPECT_EQ(keysOf(materials.at(symbol)), (Words{"ambient", "ambientTexture", "diffuse", "diffuseTexture",
-                                                       "emission", "emissionTexture", "reflective", "reflectiveTexture",
-                                                       "shininess", "specular", "specularTexture", "transparency"}));
+        EXPECT_EQ(
+            (Words{"ambient", "ambientTexture", "diffuse", "diffuseTexture", "emission", "emissionTexture",
+                   "reflective", "reflectiveTexture", "shininess", "specular", "specularTexture", "transparency"}),
+            keysOf(materials.at(symbol)));
     }
 }
 
@@ -556,8 +561,8 @@ TEST(ScenetoolMaterialTest, MaterialHasItsNumbersAndIsWhiteElsewhere)
 {
     const Json material =
         dumpDocument(materialDocument("<diffuse><color>0.25 0.5 0.75 1</color></diffuse>")).at("materials").at("plain");
-    EXPECT_EQ(material.at("shininess"), 12.5);
-    EXPECT_EQ(material.at("transparency"), 0);
+    EXPECT_EQ(12.5, material.at("shininess"));
+    EXPECT_EQ(0, material.at("transparency"));
     EXPECT_EQ(material.at("diffuse"), Json::array({0.25, 0.5, 0.75}));
     for (const char* const channel : {"emission", "ambient", "specular", "reflective"}) {
         EXPECT_EQ(material.at(channel), Json::array({1, 1, 1})) << channel;
@@ -569,9 +574,9 @@ TEST(ScenetoolMaterialTest, NumbersReadBackToTheSameFloat)
     const TemporaryFile file(materialDocument());
     const FloatJson json = FloatJson::parse(scenetool({"dump", file.path()}).output);
     const FloatJson& color = json.at("materials").at("wood").at("emission");
-    EXPECT_EQ(color.at(0).get<float>(), 0.1f);
-    EXPECT_EQ(color.at(1).get<float>(), 0.2f);
-    EXPECT_EQ(color.at(2).get<float>(), 0.3f);
+    EXPECT_EQ(0.1f, color.at(0).get<float>());
+    EXPECT_EQ(0.2f, color.at(1).get<float>());
+    EXPECT_EQ(0.3f, color.at(2).get<float>());
 }
 
 TEST(ScenetoolMaterialTest, ColorThatIsNoNumberInJsonIsText)
@@ -585,8 +590,8 @@ TEST(ScenetoolMaterialTest, TextureIsItsFileEmptyIfItLeadsNowhereAndNullWithoutO
 {
     const Json materials = dumpDocument(materialDocument()).at("materials");
     const Json& wood = materials.at("wood");
-    EXPECT_EQ(wood.at("diffuseTexture"), "./wood%20grain.png");
-    EXPECT_EQ(wood.at("specularTexture"), "");
+    EXPECT_EQ("./wood%20grain.png", wood.at("diffuseTexture"));
+    EXPECT_EQ("", wood.at("specularTexture"));
     for (const char* const texture : {"emissionTexture", "ambientTexture", "reflectiveTexture"}) {
         EXPECT_TRUE(wood.at(texture).is_null()) << texture;
     }
@@ -607,11 +612,11 @@ TEST(ScenetoolGeometryTest, LoadThatThrowsShowsWhatStandsBeforeIt)
     EXPECT_EQ(dump.result.status, loadFailed);
     EXPECT_TRUE(isOneLine(dump.result.errors)) << dump.result.errors;
     ASSERT_TRUE(dump.json.is_object()) << dump.result.output;
-    EXPECT_EQ(dump.json.at("loaded"), false);
-    EXPECT_EQ(dump.json.at("error").at("type"), "AssertionFailure");
+    EXPECT_EQ(false, dump.json.at("loaded"));
+    EXPECT_EQ("AssertionFailure", dump.json.at("error").at("type"));
     EXPECT_TRUE(contains(dump.json["error"].at("message"), "index < m_count")) << dump.json["error"];
-    EXPECT_EQ(keysOf(dump.json.at("geometries")), (Words{"behind", "good"})); // "b" stands behind "c"
-    ASSERT_EQ(dump.json.at("nodes").size(), 3u);
+    EXPECT_EQ((Words{"behind", "good"}), keysOf(dump.json.at("geometries"))); // "b" stands behind "c"
+    ASSERT_EQ(3u, dump.json.at("nodes").size());
     EXPECT_EQ(dump.json["nodes"][2].at("transform"), translation(0, 1, 0)); // not folded
 }
 
@@ -622,7 +627,7 @@ TEST(ScenetoolDumpTest, WhatIsNoNumberInJsonIsText)
     // Identity times this: where an infinity meets a zero of the identity, the sum is not a number.
     const Json nodes =
         dumpDocument(documentOf("<node><matrix>1e39 0 0 1  0 -1e39 0 2  0 0 1 3  0 0 0 1</matrix></node>")).at("nodes");
-    ASSERT_EQ(nodes.size(), 1u);
+    ASSERT_EQ(1u, nodes.size());
     EXPECT_EQ(nodes[0]["transform"],
               Json::array({"Infinity", "NaN", 0, 1, "NaN", "-Infinity", 0, 2, "NaN", "NaN", 1, 3, "NaN", "NaN", 0, 1}));
     EXPECT_EQ(nodes[0]["position"], Json::array({1, 2, 3}));
@@ -647,12 +652,12 @@ TEST_P(ScenetoolNumberTest, ReadsBackToTheSameFloat)
     const TemporaryFile file(
         documentOf("<node><translate>" + std::string(GetParam().text) + " 0 0</translate></node>"));
     const ProcessResult result = scenetool({"dump", file.path()});
-    ASSERT_EQ(result.status, succeeded);
+    ASSERT_EQ(succeeded, result.status);
     const FloatJson json = FloatJson::parse(result.output);
     const auto number = json.at("nodes").at(0).at("transform").at(3).get<float>();
-    EXPECT_EQ(std::memcmp(&number, &GetParam().value, sizeof(number)), 0) << number;
+    EXPECT_EQ(0, std::memcmp(&number, &GetParam().value, sizeof(number))) << number;
     const auto position = json.at("nodes").at(0).at("position").at(0).get<float>();
-    EXPECT_EQ(std::memcmp(&position, &GetParam().value, sizeof(position)), 0) << position;
+    EXPECT_EQ(0, std::memcmp(&position, &GetParam().value, sizeof(position))) << position;
 }
 
 INSTANTIATE_TEST_SUITE_P(Values, ScenetoolNumberTest,
@@ -667,14 +672,14 @@ INSTANTIATE_TEST_SUITE_P(Values, ScenetoolNumberTest,
                                          FloatCase{"Subnormal", "1.40129846432481707092e-45", 0x1p-149f},
                                          FloatCase{"OddInteger", "16777215", 16777215.0f},
                                          FloatCase{"LargeInteger", "123456789", 123456792.0f}),
-                         [](const auto& row) { return std::string(row.param.name); });
+                         rowName);
 
 // --- dump: --time and --fold
 
 TEST(ScenetoolDumpTest, StateIsThatBehindTheLoadWithoutOptions)
 {
     const Json nodes = dumpDocument(documentOf(parentAndChild, {rising("child/t")})).at("nodes");
-    ASSERT_EQ(nodes.size(), 2u);
+    ASSERT_EQ(2u, nodes.size());
     EXPECT_EQ(nodes[0]["transform"], translation(1, 0, 0));
     EXPECT_EQ(nodes[1]["transform"], translation(0, 1, 0));
 }
@@ -682,7 +687,7 @@ TEST(ScenetoolDumpTest, StateIsThatBehindTheLoadWithoutOptions)
 TEST(ScenetoolDumpTest, FoldGivesWorldMatrices)
 {
     const Json nodes = dumpDocument(documentOf(parentAndChild, {rising("child/t")}), {"--fold"}).at("nodes");
-    ASSERT_EQ(nodes.size(), 2u);
+    ASSERT_EQ(2u, nodes.size());
     EXPECT_EQ(nodes[0]["transform"], translation(1, 0, 0));
     EXPECT_EQ(nodes[1]["transform"], translation(1, 1, 0));
     EXPECT_EQ(nodes[1]["position"], Json::array({1, 1, 0}));
@@ -691,7 +696,7 @@ TEST(ScenetoolDumpTest, FoldGivesWorldMatrices)
 TEST(ScenetoolDumpTest, TimeAsksEveryNode)
 {
     const Json nodes = dumpDocument(documentOf(parentAndChild, {rising("child/t")}), {"--time", "2"}).at("nodes");
-    ASSERT_EQ(nodes.size(), 2u);
+    ASSERT_EQ(2u, nodes.size());
     EXPECT_EQ(nodes[0]["transform"], translation(1, 0, 0));
     EXPECT_EQ(nodes[1]["transform"], translation(0, 20, 0));
 }
@@ -700,7 +705,7 @@ TEST(ScenetoolDumpTest, WithBothFoldingComesLast)
 {
     const std::string document = documentOf(parentAndChild, {rising("child/t")});
     const Json nodes = dumpDocument(document, {"--time", "2", "--fold"}).at("nodes");
-    ASSERT_EQ(nodes.size(), 2u);
+    ASSERT_EQ(2u, nodes.size());
     EXPECT_EQ(nodes[1]["transform"], translation(1, 20, 0)); // evaluated behind the folding it would be (0, 20, 0)
     EXPECT_EQ(dumpDocument(document, {"--fold", "--time", "2"}).at("nodes"), nodes);
 }
@@ -709,14 +714,14 @@ TEST(ScenetoolDumpTest, OptionsMayStandBeforeTheFile)
 {
     const TemporaryFile file(documentOf(parentAndChild, {rising("child/t")}));
     const ProcessResult result = scenetool({"dump", "--fold", "--time", "2", file.path()});
-    EXPECT_EQ(result.status, succeeded);
+    EXPECT_EQ(succeeded, result.status);
     EXPECT_EQ(result.output, Dump(file.path(), {"--time", "2", "--fold"}).result.output);
 }
 
 TEST(ScenetoolDumpTest, TimeIsANumberOfSecondsWithFraction)
 {
     const Json nodes = dumpDocument(documentOf(parentAndChild, {rising("child/t")}), {"--time", "1.25"}).at("nodes");
-    ASSERT_EQ(nodes.size(), 2u);
+    ASSERT_EQ(2u, nodes.size());
     EXPECT_EQ(nodes[1]["transform"], translation(0, 12.5, 0));
 }
 
@@ -724,7 +729,7 @@ TEST(ScenetoolDumpTest, TimeMayBeNegative)
 {
     // Before the first key, where a curve says nothing.
     const Json nodes = dumpDocument(documentOf(parentAndChild, {rising("child/t")}), {"--time", "-1.5"}).at("nodes");
-    ASSERT_EQ(nodes.size(), 2u);
+    ASSERT_EQ(2u, nodes.size());
     EXPECT_EQ(nodes[1]["transform"], translation(0, 1, 0));
 }
 
@@ -736,7 +741,7 @@ TEST(ScenetoolDumpTest, TimeZeroIsATimeToo)
                                                {rising("n/t")}),
                                     {"--time", "0"})
                            .at("nodes");
-    ASSERT_EQ(nodes.size(), 1u);
+    ASSERT_EQ(1u, nodes.size());
     EXPECT_EQ(nodes[0]["transform"], translation(0, 1, 0));
 }
 
@@ -757,12 +762,12 @@ TEST(ScenetoolDumpTest, EvaluationThatThrowsEndsThereWithTheStateAsReached)
     const TemporaryFile file(documentThatThrowsOnEvaluation());
     const Dump dump(file.path(), {"--time", "2", "--fold"});
     ASSERT_TRUE(dump.json.is_object()) << dump.result.output;
-    EXPECT_EQ(dump.json.at("loaded"), true);
-    EXPECT_EQ(keysOf(dump.json.at("error")), (Words{"message", "type"}));
-    EXPECT_EQ(dump.json["error"]["type"], "IndexOutOfBounds");
-    EXPECT_NE(dump.json["error"]["message"], "");
+    EXPECT_EQ(true, dump.json.at("loaded"));
+    EXPECT_EQ((Words{"message", "type"}), keysOf(dump.json.at("error")));
+    EXPECT_EQ("IndexOutOfBounds", dump.json["error"]["type"]);
+    EXPECT_NE("", dump.json["error"]["message"]);
     const Json& nodes = dump.json.at("nodes");
-    ASSERT_EQ(nodes.size(), 4u);
+    ASSERT_EQ(4u, nodes.size());
     EXPECT_EQ(nodes[0]["transform"], translation(0, 20, 0));
     EXPECT_EQ(nodes[1]["transform"], translation(0, 0, 0)); // an evaluation starts from the identity
     EXPECT_EQ(nodes[2]["transform"], translation(0, 3, 0));
@@ -781,7 +786,7 @@ TEST(ScenetoolDumpTest, EvaluationThatThrowsGivesOneLineOnStandardError)
 TEST(ScenetoolDumpTest, CurveThatWouldThrowDoesNotAtItsKeys)
 {
     const Json nodes = dumpDocument(documentThatThrowsOnEvaluation(), {"--time", "1", "--fold"}).at("nodes");
-    ASSERT_EQ(nodes.size(), 4u);
+    ASSERT_EQ(4u, nodes.size());
     EXPECT_EQ(nodes[0]["transform"], translation(0, 10, 0));
     EXPECT_EQ(nodes[1]["transform"], translation(0, 2, 0));
     EXPECT_EQ(nodes[3]["transform"], translation(0, 14, 0));
@@ -794,9 +799,9 @@ TEST(ScenetoolDumpTest, LoadThatThrowsShowsTheErrorAndWhatStands)
     EXPECT_EQ(dump.result.status, loadFailed);
     EXPECT_TRUE(isOneLine(dump.result.errors)) << dump.result.errors;
     ASSERT_TRUE(dump.json.is_object()) << dump.result.output;
-    EXPECT_EQ(dump.json.at("loaded"), false);
-    EXPECT_EQ(keysOf(dump.json.at("error")), (Words{"message", "type"}));
-    EXPECT_EQ(dump.json["error"]["type"], "IndexOutOfBounds");
+    EXPECT_EQ(false, dump.json.at("loaded"));
+    EXPECT_EQ((Words{"message", "type"}), keysOf(dump.json.at("error")));
+    EXPECT_EQ("IndexOutOfBounds", dump.json["error"]["type"]);
     EXPECT_EQ(dump.json.at("nodes"), Json::array()); // animations are read before the tree
 }
 
@@ -815,7 +820,7 @@ TEST(ScenetoolInfoTest, LoadThatThrowsGivesOneLineAndNothingElse)
     const TemporaryFile file(documentOf(parentAndChild, {withoutTimes("child/t")}));
     const ProcessResult result = scenetool({"info", file.path()});
     EXPECT_EQ(result.status, loadFailed);
-    EXPECT_EQ(result.output, "");
+    EXPECT_EQ("", result.output);
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     EXPECT_TRUE(contains(result.errors, "IndexOutOfBounds")) << result.errors;
 }
@@ -870,13 +875,13 @@ TEST_P(ScenetoolFailureTest, DumpIsAnObjectWithTheLine)
     EXPECT_TRUE(isOneLine(dump.result.errors)) << dump.result.errors;
     ASSERT_TRUE(dump.json.is_object()) << dump.result.output;
     EXPECT_EQ(dump.json.at("file"), file.path());
-    EXPECT_EQ(dump.json.at("loaded"), false);
+    EXPECT_EQ(false, dump.json.at("loaded"));
     EXPECT_TRUE(dump.json.at("error").is_null());
     EXPECT_EQ(dump.json.at("nodes"), Json::array());
-    ASSERT_EQ(dump.json.at("log").size(), 1u);
+    ASSERT_EQ(1u, dump.json.at("log").size());
     const Json& line = dump.json["log"][0];
     EXPECT_EQ(line.at("channel"), GetParam().channel);
-    EXPECT_EQ(line.at("priority"), 3);
+    EXPECT_EQ(3, line.at("priority"));
     const std::string text = line.at("text");
     EXPECT_TRUE(std::regex_search(text, std::regex("^[0-9]+ " + GetParam().words))) << text;
     EXPECT_TRUE(contains(dump.result.errors, file.path() + GetParam().reason)) << dump.result.errors;
@@ -892,7 +897,7 @@ TEST_P(ScenetoolFailureTest, InfoPrintsOneLineOnStandardErrorAlone)
     const TemporaryFile file(GetParam().document);
     const ProcessResult result = scenetool({"info", file.path()});
     EXPECT_EQ(result.status, loadFailed);
-    EXPECT_EQ(result.output, "");
+    EXPECT_EQ("", result.output);
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     EXPECT_TRUE(contains(result.errors, file.path() + GetParam().reason)) << result.errors;
 }
@@ -901,12 +906,11 @@ TEST_P(ScenetoolFailureTest, CheckSaysTheSame)
 {
     const TemporaryFile file(GetParam().document);
     const ProcessResult result = scenetool({"check", file.path()});
-    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(2, result.status);
     EXPECT_TRUE(contains(result.output, file.path() + GetParam().reason)) << result.output;
 }
 
-INSTANTIATE_TEST_SUITE_P(Documents, ScenetoolFailureTest, testing::ValuesIn(failureCases()),
-                         [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(Documents, ScenetoolFailureTest, testing::ValuesIn(failureCases()), rowName);
 
 TEST(ScenetoolFileTest, UnknownFileGivesOneLineThatNamesIt)
 {
@@ -918,16 +922,16 @@ TEST(ScenetoolFileTest, UnknownFileGivesOneLineThatNamesIt)
         EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
         EXPECT_EQ("scenetool: " + path + " does not exist\n", result.errors);
     }
-    EXPECT_EQ(Dump(path).json.at("loaded"), false);
+    EXPECT_EQ(false, Dump(path).json.at("loaded"));
 }
 
 TEST(ScenetoolCommandTest, UnknownOneIsNamedWithTheNearest)
 {
     const ProcessResult near = scenetool({"dmup", "x.dae"});
-    EXPECT_EQ(near.status, usageError);
-    EXPECT_EQ("scenetool: there is no command \"dmup\"; did you mean dump? (see scenetool --help)\n", near.errors);
+    EXPECT_EQ(usageError, near.status);
+    EXPECT_EQ("scenetool: there is no command \"dmup\"; do you mean dump? (see scenetool --help)\n", near.errors);
     const ProcessResult far = scenetool({"lighthouse"});
-    EXPECT_EQ(far.status, usageError);
+    EXPECT_EQ(usageError, far.status);
     EXPECT_EQ("scenetool: there is no command \"lighthouse\" (see scenetool --help)\n", far.errors);
 }
 
@@ -937,7 +941,7 @@ TEST(ScenetoolCheckTest, ListsWhatIsLostWithLineAndRemedy)
 {
     const TemporaryFile file(documentOf("<node id='whole'>" + emptyMatrices + "</node>\n<node id='bare'/>"));
     const ProcessResult result = scenetool({"check", file.path()});
-    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(1, result.status);
     EXPECT_TRUE(contains(result.output, "line 2: ")) << result.output;
     EXPECT_TRUE(contains(result.output, "node[@id='bare']")) << result.output;
     EXPECT_FALSE(contains(result.output, "node[@id='whole']")) << result.output;
@@ -1004,7 +1008,7 @@ TEST(ScenetoolFileTest, FolderIsNoDocument)
     const Dump dump(file.folder().string());
     EXPECT_EQ(dump.result.status, loadFailed);
     EXPECT_TRUE(isOneLine(dump.result.errors)) << dump.result.errors;
-    EXPECT_EQ(dump.json.at("loaded"), false);
+    EXPECT_EQ(false, dump.json.at("loaded"));
 }
 
 TEST(ScenetoolFileTest, EmptyPathIsNoDocument)
@@ -1013,7 +1017,7 @@ TEST(ScenetoolFileTest, EmptyPathIsNoDocument)
     EXPECT_EQ(dump.result.status, loadFailed);
     EXPECT_TRUE(isOneLine(dump.result.errors)) << dump.result.errors;
     ASSERT_TRUE(dump.json.is_object()) << dump.result.output;
-    EXPECT_EQ(dump.json.at("loaded"), false);
+    EXPECT_EQ(false, dump.json.at("loaded"));
 }
 
 class ScenetoolNameTest : public testing::TestWithParam<std::pair<const char*, const char*>> {};
@@ -1022,9 +1026,9 @@ TEST_P(ScenetoolNameTest, FileOfThatNameIsShown)
 {
     const TemporaryFile file(documentOf(parentAndChild), GetParam().second);
     const Dump dump(file.path());
-    EXPECT_EQ(dump.result.status, succeeded) << dump.result.errors;
+    EXPECT_EQ(succeeded, dump.result.status) << dump.result.errors;
     EXPECT_EQ(dump.json.at("file"), file.path());
-    EXPECT_EQ(scenetool({"info", file.path()}).status, succeeded);
+    EXPECT_EQ(succeeded, scenetool({"info", file.path()}).status);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -1039,7 +1043,7 @@ TEST(ScenetoolFileTest, NameThatIsNoUtf8StillGivesJson)
 {
     const TemporaryFile file(documentOf(parentAndChild), "caf\xE9.dae");
     const Dump dump(file.path());
-    EXPECT_EQ(dump.result.status, succeeded) << dump.result.errors;
+    EXPECT_EQ(succeeded, dump.result.status) << dump.result.errors;
     ASSERT_TRUE(dump.json.is_object()) << dump.result.output;
     EXPECT_EQ(dump.json.at("file"), (file.folder() / "caf\xEF\xBF\xBD.dae").string()); // the replacement character
 }
@@ -1050,14 +1054,14 @@ TEST(ScenetoolLogTest, LineHasChannelPriorityAndText)
 {
     const TemporaryFile file(documentOf(parentAndChild, {rising("nowhere/t")}));
     const Dump dump(file.path());
-    EXPECT_EQ(dump.result.status, succeeded);
-    EXPECT_EQ(dump.result.errors, ""); // the object holds it
-    ASSERT_EQ(dump.json.at("log").size(), 1u);
+    EXPECT_EQ(succeeded, dump.result.status);
+    EXPECT_EQ("", dump.result.errors); // the object holds it
+    ASSERT_EQ(1u, dump.json.at("log").size());
     const Json& line = dump.json["log"][0];
-    EXPECT_EQ(keysOf(line), (Words{"channel", "priority", "text"}));
-    EXPECT_EQ(line["channel"], "libVideo.visualScene");
+    EXPECT_EQ((Words{"channel", "priority", "text"}), keysOf(line));
+    EXPECT_EQ("libVideo.visualScene", line["channel"]);
     EXPECT_TRUE(line["priority"].is_number_integer());
-    EXPECT_EQ(line["priority"], 3);
+    EXPECT_EQ(3, line["priority"]);
     const std::string text = line["text"];
     EXPECT_TRUE(
         std::regex_match(text, std::regex("[0-9]+ Unable to find the animation's target node with id: nowhere")))
@@ -1073,13 +1077,13 @@ TEST(ScenetoolLogTest, LinesStandInTheOrderInWhichTheyCame)
     document.insert(document.find(library) + library.size(), "<animation id='empty'/>");
     const TemporaryFile file(document);
     const Json log = Dump(file.path()).json.at("log");
-    ASSERT_EQ(log.size(), 4u);
-    EXPECT_EQ(log[0]["channel"], "libVideo.animation");
+    ASSERT_EQ(4u, log.size());
+    EXPECT_EQ("libVideo.animation", log[0]["channel"]);
     EXPECT_TRUE(contains(log[0]["text"], "Cannot create an animation without a channel element."));
     const Words targets = {"", "first", "second"};
     for (std::size_t i = 0; i < targets.size(); ++i) {
         const std::string text = log[i + 1]["text"];
-        EXPECT_EQ(log[i + 1]["channel"], "libVideo.visualScene");
+        EXPECT_EQ("libVideo.visualScene", log[i + 1]["channel"]);
         EXPECT_EQ(text.substr(text.find(": ") + 2), targets[i]);
     }
 }
@@ -1098,9 +1102,9 @@ TEST(ScenetoolLogTest, DocumentModelPrintsNothingOfItsOwn)
     const TemporaryFile file(documentOf("<node><translate>1 x 0</translate><unknown/><instance_light url='#no'/>"
                                         "<instance_geometry url='#no'/></node>"));
     const Dump dump(file.path());
-    EXPECT_EQ(dump.result.status, succeeded);
+    EXPECT_EQ(succeeded, dump.result.status);
     EXPECT_TRUE(dump.json.is_object()) << dump.result.output;
-    EXPECT_EQ(dump.result.errors, "");
+    EXPECT_EQ("", dump.result.errors);
 }
 
 // --- info
@@ -1140,7 +1144,7 @@ TEST(ScenetoolInfoTest, TreeIsDepthFirstAndIndentedByLevel)
             indent[match[2]] = static_cast<std::size_t>(match[1].length());
         }
     }
-    EXPECT_EQ(order, (Words{"A", "A1", "C", "A2", "B", "B1"}));
+    EXPECT_EQ((Words{"A", "A1", "C", "A2", "B", "B1"}), order);
     EXPECT_EQ(indent["A"], indent["B"]);
     EXPECT_EQ(indent["A1"], indent["A2"]);
     EXPECT_EQ(indent["A1"], indent["B1"]);
@@ -1264,7 +1268,7 @@ std::size_t leavesIn(const std::string& text)
 TEST(ScenetoolInfoTest, TreeIsCutAtTwoHundredNodes)
 {
     const std::string text = infoOf(flatDocument(205));
-    EXPECT_EQ(leavesIn(text), 200u);
+    EXPECT_EQ(200u, leavesIn(text));
     EXPECT_TRUE(contains(text, "#leaf199 "));
     EXPECT_FALSE(contains(text, "#leaf200 "));
     EXPECT_TRUE(std::regex_search(text, std::regex("\\b5 more .*--all"))) << text;
@@ -1274,14 +1278,14 @@ TEST(ScenetoolInfoTest, TreeIsCutAtTwoHundredNodes)
 TEST(ScenetoolInfoTest, TwoHundredNodesAreNotCut)
 {
     const std::string text = infoOf(flatDocument(200));
-    EXPECT_EQ(leavesIn(text), 200u);
+    EXPECT_EQ(200u, leavesIn(text));
     EXPECT_FALSE(contains(text, "--all")) << text;
 }
 
 TEST(ScenetoolInfoTest, AllShowsEveryNode)
 {
     const std::string text = infoOf(flatDocument(205), {"--all"});
-    EXPECT_EQ(leavesIn(text), 205u);
+    EXPECT_EQ(205u, leavesIn(text));
     EXPECT_FALSE(contains(text, "--all")) << text;
 }
 
@@ -1301,7 +1305,7 @@ TEST(ScenetoolColorTest, PipeGetsNoColor)
     ProcessOptions options;
     options.environment = {"NO_COLOR", "TERM=xterm-256color", "CLICOLOR_FORCE=1"};
     const ProcessResult result = scenetool({"info", file.path()}, options);
-    EXPECT_EQ(result.status, succeeded);
+    EXPECT_EQ(succeeded, result.status);
     EXPECT_FALSE(contains(result.output, "\033"));
 }
 
@@ -1312,7 +1316,7 @@ TEST(ScenetoolColorTest, TerminalGetsColor)
     }
     const TemporaryFile file(documentOf(parentAndChild));
     const ProcessResult result = scenetool({"info", file.path()}, onTerminal({"NO_COLOR"}));
-    EXPECT_EQ(result.status, succeeded);
+    EXPECT_EQ(succeeded, result.status);
     EXPECT_TRUE(contains(result.output, "\033[")) << result.output;
 }
 
@@ -1323,20 +1327,14 @@ TEST(ScenetoolColorTest, NoColorVariableTurnsColorOff)
     }
     const TemporaryFile file(documentOf(parentAndChild));
     const ProcessResult result = scenetool({"info", file.path()}, onTerminal({"NO_COLOR=1"}));
-    EXPECT_EQ(result.status, succeeded);
+    EXPECT_EQ(succeeded, result.status);
     EXPECT_TRUE(contains(result.output, "#parent")) << result.output;
     EXPECT_FALSE(contains(result.output, "\033")) << result.output;
 }
 
-struct ControlCase {
-    const char* name;
+struct ControlCase : Row {
     const char* reference; ///< to the character in the document, or the character
 };
-
-void PrintTo(const ControlCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class ScenetoolControlTest : public testing::TestWithParam<ControlCase> {};
 
@@ -1346,7 +1344,7 @@ TEST_P(ScenetoolControlTest, CharacterOfADocumentStaysOutOfInfo)
     const TemporaryFile file(
         documentOf("<node id='" + evil + "1' sid='" + evil + "' name='" + evil + "2'/>", {rising(evil + "/t")}));
     const ProcessResult result = scenetool({"info", file.path()});
-    ASSERT_EQ(result.status, succeeded) << result.errors;
+    ASSERT_EQ(succeeded, result.status) << result.errors;
     EXPECT_TRUE(contains(result.output, "31m")) << result.output; // the names are there
     EXPECT_FALSE(hasControlCharacter(result.output)) << ::testing::PrintToString(result.output);
     EXPECT_FALSE(hasControlCharacter(result.errors));
@@ -1376,7 +1374,7 @@ TEST_P(ScenetoolControlTest, CharacterOfAGeometryStaysOutOfInfo)
 INSTANTIATE_TEST_SUITE_P(Characters, ScenetoolControlTest,
                          testing::Values(ControlCase{"Delete", "&#x7F;"}, ControlCase{"SequenceIntroducer", "&#x9B;"},
                                          ControlCase{"NextLine", "&#x85;"}, ControlCase{"FirstOfC1", "&#x80;"}),
-                         [](const auto& row) { return std::string(row.param.name); });
+                         rowName);
 
 class ScenetoolPathTest : public testing::TestWithParam<ControlCase> {};
 
@@ -1384,7 +1382,7 @@ TEST_P(ScenetoolPathTest, CharacterOfAPathStaysOutOfInfoAndErrors)
 {
     const TemporaryFile file(documentOf(parentAndChild), "red" + std::string(GetParam().reference) + "bell.dae");
     const ProcessResult shown = scenetool({"info", file.path()});
-    EXPECT_EQ(shown.status, succeeded) << shown.errors;
+    EXPECT_EQ(succeeded, shown.status) << shown.errors;
     EXPECT_FALSE(hasControlCharacter(shown.output)) << ::testing::PrintToString(shown.output);
     EXPECT_TRUE(contains(linesOf(shown.output).at(0), "bell.dae"));
     const ProcessResult failed = scenetool({"info", file.path() + ".old"});
@@ -1397,7 +1395,7 @@ INSTANTIATE_TEST_SUITE_P(Characters, ScenetoolPathTest,
                          testing::Values(ControlCase{"Escape", "\033[31m"}, ControlCase{"Bell", "\a"},
                                          ControlCase{"LineFeed", "\n"}, ControlCase{"CarriageReturn", "\r"},
                                          ControlCase{"Delete", "\x7F"}, ControlCase{"SequenceIntroducer", "\xC2\x9B"}),
-                         [](const auto& row) { return std::string(row.param.name); });
+                         rowName);
 
 // --- usage
 
@@ -1418,8 +1416,8 @@ class ScenetoolUsageTest : public testing::TestWithParam<UsageCase> {};
 TEST_P(ScenetoolUsageTest, GivesOneLineAndStatusTwo)
 {
     const ProcessResult result = scenetool(GetParam().arguments);
-    EXPECT_EQ(result.status, usageError);
-    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(usageError, result.status);
+    EXPECT_EQ("", result.output);
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     EXPECT_FALSE(hasControlCharacter(result.errors)) << ::testing::PrintToString(result.errors);
 }
@@ -1443,20 +1441,14 @@ INSTANTIATE_TEST_SUITE_P(Lines, ScenetoolUsageTest,
                                          UsageCase{"EmptyTime", {"dump", "x.dae", "--time="}},
                                          UsageCase{"TimeTwice", {"dump", "x.dae", "--time", "1", "--time", "2"}},
                                          UsageCase{"ControlCharacters", {"dump", "x.dae", "\033[31m\nred"}}),
-                         [](const auto& row) { return std::string(row.param.name); });
+                         rowName);
 
 // --- help
 
-struct HelpCase {
-    const char* name;
+struct HelpCase : Row {
     Words command;
     Words words; ///< each of which has an explanation on its line
 };
-
-void PrintTo(const HelpCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class ScenetoolHelpTest : public testing::TestWithParam<HelpCase> {};
 
@@ -1465,8 +1457,8 @@ TEST_P(ScenetoolHelpTest, ExplainsEveryWord)
     Words arguments = GetParam().command;
     arguments.emplace_back("--help");
     const ProcessResult result = scenetool(arguments);
-    EXPECT_EQ(result.status, succeeded);
-    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(succeeded, result.status);
+    EXPECT_EQ("", result.errors);
     for (const std::string& word : GetParam().words) {
         // The word, what kind of value it takes, its default and what it excludes, blanks or a line of its own, and at
         // least two words of explanation.
@@ -1488,27 +1480,27 @@ INSTANTIATE_TEST_SUITE_P(Commands, ScenetoolHelpTest,
                                                   {"dump"},
                                                   {"FILE", "--help", "--time", "--fold", "--sandbox", "--no-sandbox",
                                                    "--time-limit", "--memory-limit"}}),
-                         [](const auto& row) { return std::string(row.param.name); });
+                         rowName);
 
 TEST(ScenetoolHelpTest, ShortFormIsTheSame)
 {
     EXPECT_EQ(scenetool({"-h"}).output, scenetool({"--help"}).output);
-    EXPECT_EQ(scenetool({"-h"}).status, succeeded);
+    EXPECT_EQ(succeeded, scenetool({"-h"}).status);
 }
 
 TEST(ScenetoolHelpTest, NeedsNoFile)
 {
     const ProcessResult result = scenetool({"dump", "/nowhere.dae", "--help"});
-    EXPECT_EQ(result.status, succeeded);
+    EXPECT_EQ(succeeded, result.status);
     EXPECT_EQ(result.output, scenetool({"dump", "--help"}).output);
 }
 
 TEST(ScenetoolHelpTest, VersionIsPrinted)
 {
     const ProcessResult result = scenetool({"--version"});
-    EXPECT_EQ(result.status, succeeded);
+    EXPECT_EQ(succeeded, result.status);
     EXPECT_TRUE(std::regex_match(result.output, std::regex("scenetool [0-9]+\\.[0-9]+\\.[0-9]+\n"))) << result.output;
-    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ("", result.errors);
 }
 
 } // namespace

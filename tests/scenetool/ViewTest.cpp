@@ -78,7 +78,7 @@ Image rendered(const Words& options)
     Words arguments = {SCENETOOL_PROGRAM, "render",  lighthouse,     "-o",    output,
                        "--size",          "400x300", "--background", "000000"};
     arguments.insert(arguments.end(), options.begin(), options.end());
-    EXPECT_EQ(run(arguments).status, succeeded);
+    EXPECT_EQ(succeeded, run(arguments).status);
     return readPng(output);
 }
 
@@ -154,10 +154,10 @@ int litPixels(const Image& image)
 TEST(ViewTest, ShowsTheCamerasThenAllAndStarts)
 {
     const Session session({"picture", "key c", "picture", "key c", "picture"});
-    EXPECT_EQ(session.result().status, succeeded) << session.result().errors;
-    EXPECT_NE(session.result().output.find("lighthouse-3.png"), std::string::npos) << session.result().output;
-    ASSERT_EQ(session.picture(1).width(), 400);
-    ASSERT_EQ(session.picture(1).height(), 300);
+    EXPECT_EQ(succeeded, session.result().status) << session.result().errors;
+    EXPECT_NE(std::string::npos, session.result().output.find("lighthouse-3.png")) << session.result().output;
+    ASSERT_EQ(400, session.picture(1).width());
+    ASSERT_EQ(300, session.picture(1).height());
     expectSame(session.picture(1), rendered({}), "the camera");
     expectSame(session.picture(2), rendered({"--framed"}), "behind the last camera all is shown");
     expectSame(session.picture(3), session.picture(1), "and then the first again");
@@ -169,7 +169,7 @@ TEST(ViewTest, KeysAndTheLowerEdgeGoThroughTime)
     Words actions(10, "key Right");
     actions.insert(actions.end(), {"picture", "mousemove --sync 200 297", "click 1", "picture"});
     const Session session(actions);
-    EXPECT_EQ(session.result().status, succeeded) << session.result().errors;
+    EXPECT_EQ(succeeded, session.result().status) << session.result().errors;
     expectSame(session.picture(1), rendered({"--time", "1"}), "a second");
     expectSame(session.picture(2), rendered({"--time", "4.25"}), "half of the time");
     EXPECT_GT(difference(session.picture(1), session.picture(2)).mean, 0.1) << "the two are not the same anyway";
@@ -180,7 +180,7 @@ TEST(ViewTest, SpacePlaysAndHalts)
     // The picture after each key tells that the key has arrived, however busy the machine is.
     const Session session(
         {"picture", "key space", "picture", "sleep 1.5", "picture", "key space", "picture", "sleep 0.5", "picture"});
-    EXPECT_EQ(session.result().status, succeeded) << session.result().errors;
+    EXPECT_EQ(succeeded, session.result().status) << session.result().errors;
     EXPECT_GT(difference(session.picture(2), session.picture(3)).mean, 0.02) << "time went on";
     expectSame(session.picture(4), session.picture(5), "halted");
 }
@@ -190,7 +190,7 @@ TEST(ViewTest, MouseTurnsMovesAndZooms)
     const Session session({"key f", "picture", "mousedown 1", "mousemove_relative --sync 50 0", "mouseup 1", "picture",
                            "key f", "mousedown 3", "mousemove_relative --sync -- -50 0", "mouseup 3", "picture",
                            "key f", "click 4", "click 4", "picture", "key f", "picture"});
-    EXPECT_EQ(session.result().status, succeeded) << session.result().errors;
+    EXPECT_EQ(succeeded, session.result().status) << session.result().errors;
     const Image all = session.picture(1);
     expectSame(all, rendered({"--framed"}), "all");
     EXPECT_GT(difference(all, session.picture(2)).mean, 1.0) << "turned"; // much of the sea looks alike
@@ -212,7 +212,7 @@ TEST(ViewTest, MouseTurnsMovesAndZooms)
 TEST(ViewTest, WiresComeOverFacesAndThenAlone)
 {
     const Session session({"picture", "key w", "picture", "key w", "picture", "key w", "picture"});
-    EXPECT_EQ(session.result().status, succeeded) << session.result().errors;
+    EXPECT_EQ(succeeded, session.result().status) << session.result().errors;
     EXPECT_GT(difference(session.picture(1), session.picture(2)).mean, 0.5) << "edges";
     EXPECT_GT(litPixels(session.picture(2)), litPixels(session.picture(1)) * 9 / 10) << "over faces";
     EXPECT_LT(litPixels(session.picture(3)), litPixels(session.picture(1)) / 2) << "alone";
@@ -223,7 +223,7 @@ TEST(ViewTest, WiresComeOverFacesAndThenAlone)
 TEST(ViewTest, KeysAreShownAndHidden)
 {
     const Session session({"picture", "key h", "picture", "key h", "picture"});
-    EXPECT_EQ(session.result().status, succeeded) << session.result().errors;
+    EXPECT_EQ(succeeded, session.result().status) << session.result().errors;
     EXPECT_GT(difference(session.picture(1), session.picture(2)).strayPart, 0.1) << "text on a dark ground";
     expectSame(session.picture(3), session.picture(1), "hidden again");
 }
@@ -231,7 +231,7 @@ TEST(ViewTest, KeysAreShownAndHidden)
 TEST(ViewTest, GridIsShownAndHidden)
 {
     const Session session({"key f", "picture", "key g", "picture", "key g", "picture"});
-    EXPECT_EQ(session.result().status, succeeded) << session.result().errors;
+    EXPECT_EQ(succeeded, session.result().status) << session.result().errors;
     EXPECT_GT(difference(session.picture(1), session.picture(2)).mean, 0.02) << "lines";
     expectSame(session.picture(3), session.picture(1), "hidden again");
 }
@@ -239,7 +239,7 @@ TEST(ViewTest, GridIsShownAndHidden)
 TEST(ViewTest, NumbersLookThroughTheirCameras)
 {
     const Session session({"picture", "key f", "picture", "key 1", "picture", "key 2", "picture"});
-    EXPECT_EQ(session.result().status, succeeded) << session.result().errors;
+    EXPECT_EQ(succeeded, session.result().status) << session.result().errors;
     EXPECT_GT(difference(session.picture(1), session.picture(2)).mean, 1.0);
     expectSame(session.picture(3), session.picture(1), "the first camera");
     expectSame(session.picture(4), session.picture(1), "there is no second");
@@ -282,20 +282,20 @@ TEST(ViewTest, WithoutADisplayItIsOneLine)
         ProcessOptions options;
         options.environment = {"DISPLAY", "WAYLAND_DISPLAY", runtimeFolder};
         const ProcessResult result = run({SCENETOOL_PROGRAM, "view", lighthouse}, options);
-        EXPECT_EQ(result.status, failed);
-        EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
-        EXPECT_NE(result.errors.find("window"), std::string::npos) << result.errors;
-        EXPECT_EQ(result.output, "");
+        EXPECT_EQ(failed, result.status);
+        EXPECT_EQ(1, std::count(result.errors.begin(), result.errors.end(), '\n')) << result.errors;
+        EXPECT_NE(std::string::npos, result.errors.find("window")) << result.errors;
+        EXPECT_EQ("", result.output);
     }
 }
 
 TEST(ViewTest, WithoutADocumentItIsOneLine)
 {
     const ProcessResult result = run({SCENETOOL_PROGRAM, "view", "/nowhere/scene.dae"});
-    EXPECT_EQ(result.status, failed);
-    EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
-    EXPECT_EQ(run({SCENETOOL_PROGRAM, "view"}).status, usageError);
-    EXPECT_EQ(run({SCENETOOL_PROGRAM, "view", lighthouse, "--size", "0x0"}).status, usageError);
+    EXPECT_EQ(failed, result.status);
+    EXPECT_EQ(1, std::count(result.errors.begin(), result.errors.end(), '\n')) << result.errors;
+    EXPECT_EQ(usageError, run({SCENETOOL_PROGRAM, "view"}).status);
+    EXPECT_EQ(usageError, run({SCENETOOL_PROGRAM, "view", lighthouse, "--size", "0x0"}).status);
 }
 
 } // namespace
