@@ -156,10 +156,10 @@ struct TracedHash {
 
 } // namespace
 
-PRIVATE_MEMBER(HandleTableRep, _HashTableRep HandleTable::*, &HandleTable::m_rep)
-PRIVATE_MEMBER(NumberTableRep, _HashTableRep NumberTable::*, &NumberTable::m_rep)
-PRIVATE_MEMBER(RepHeadCount, unsigned _HashTableRep::*, &_HashTableRep::m_headCount)
-PRIVATE_MEMBER(RepHeads, _BucketBase** _HashTableRep::*, &_HashTableRep::m_heads)
+PRIVATE_MEMBER(handleTableRep, _HashTableRep HandleTable::*, &HandleTable::m_rep)
+PRIVATE_MEMBER(numberTableRep, _HashTableRep NumberTable::*, &NumberTable::m_rep)
+PRIVATE_MEMBER(repHeadCount, unsigned _HashTableRep::*, &_HashTableRep::m_headCount)
+PRIVATE_MEMBER(repHeads, _BucketBase** _HashTableRep::*, &_HashTableRep::m_heads)
 
 /// Values that are written and read as text, and tell of it.
 template <>
@@ -291,12 +291,12 @@ TEST(HashTableRepTest, CountOfHeadsStandsBeforeTheHeads)
     // The two fields follow a first word of the table's own.
     const _HashTableRep rep(32);
     const auto* const start = reinterpret_cast<const unsigned char*>(&rep);
-    const auto* const count = reinterpret_cast<const unsigned char*>(&(rep.*privateMember(RepHeadCount())));
-    const auto* const heads = reinterpret_cast<const unsigned char*>(&(rep.*privateMember(RepHeads())));
+    const auto* const count = reinterpret_cast<const unsigned char*>(&repHeadCount(rep));
+    const auto* const heads = reinterpret_cast<const unsigned char*>(&repHeads(rep));
     EXPECT_GT(count, start);
     EXPECT_GT(heads, count);
-    EXPECT_EQ(32u, rep.*privateMember(RepHeadCount()));
-    EXPECT_EQ(rep.*privateMember(RepHeads()), rep.heads());
+    EXPECT_EQ(32u, repHeadCount(rep));
+    EXPECT_EQ(repHeads(rep), rep.heads());
 }
 
 TEST(HashTableRepTest, LookupFindsTheEqualKeyInTheChainOfItsHash)
@@ -498,7 +498,7 @@ TEST(HashTableTest, LookupInAnEmptyTableIsNull)
 TEST(HashTableTest, StartsWithTheHeadsItIsGiven)
 {
     const NumberTable table(32);
-    EXPECT_EQ(32u, (table.*privateMember(NumberTableRep())).headCount());
+    EXPECT_EQ(32u, numberTableRep(table).headCount());
 }
 
 TEST(HashTableTest, LookupFindsAnEqualKeyWithItsValue)
@@ -802,7 +802,7 @@ TEST_P(HashTableSizeTest, ChainsOfManyKeysStayShort)
         ASSERT_TRUE(table.insert(GetParam().key(i).c_str(), i));
     }
     EXPECT_EQ(table.size(), count);
-    const _HashTableRep& rep = table.*privateMember(NumberTableRep());
+    const _HashTableRep& rep = numberTableRep(table);
     EXPECT_GE(rep.headCount(), count); // one bucket for each head on average
     EXPECT_LE(rep.headCount(), 4 * count);
     std::size_t longest = 0;
@@ -871,7 +871,7 @@ TEST(HashTableTest, HeadsGrowButBucketsStayWhereTheyAre)
         table.insert(numbered("k", i), i);
         buckets.push_back(table.lookup(numbered("k", i)));
     }
-    const _HashTableRep& rep = table.*privateMember(NumberTableRep());
+    const _HashTableRep& rep = numberTableRep(table);
     EXPECT_EQ(32u, rep.headCount());
     for (unsigned i = 32; i < 5000; ++i) {
         table.insert(numbered("k", i), i);
@@ -888,7 +888,7 @@ TEST(HashTableTest, ChainsKeepTheOrderOfInsertionWhenTheHeadsGrow)
     for (unsigned i = 0; i < 3000; ++i) {
         table.insert(numbered("k", i), i);
     }
-    const _HashTableRep& rep = table.*privateMember(NumberTableRep());
+    const _HashTableRep& rep = numberTableRep(table);
     for (unsigned head = 0; head < rep.headCount(); ++head) {
         const auto buckets = chain(rep, head);
         for (std::size_t i = 1; i < buckets.size(); ++i) {
@@ -952,7 +952,7 @@ std::vector<unsigned> walk(const Table& table)
 
 bool isKeyed(const NumberTable& table)
 {
-    return (table.*privateMember(NumberTableRep())).isKeyed();
+    return numberTableRep(table).isKeyed();
 }
 
 } // namespace
@@ -1044,7 +1044,7 @@ TEST(CollidingKeysTest, LeaveNothingBehindInAClearedTable)
     const std::vector<std::string> keys = testSupport::collidingTexts(200);
     NumberTable table(32);
     insertAll(table, keys);
-    _HashTableRep& rep = table.*privateMember(NumberTableRep());
+    _HashTableRep& rep = numberTableRep(table);
     EXPECT_TRUE(rep.isKeyed());
     rep.clear();
     EXPECT_FALSE(rep.isKeyed());

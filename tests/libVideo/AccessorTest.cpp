@@ -11,29 +11,28 @@ using ByteHandle = vesk::CopiedResource<vesk::PointerStorage<unsigned char, 3, 2
 using DataList = vesk::Array<Data>;
 using AccessorRef = daeSmartRef<domAccessor>;
 
-PRIVATE_MEMBER(DataName, vesk::String Data::*, &Data::m_name)
-PRIVATE_MEMBER(DataStride, unsigned Data::*, &Data::m_stride)
-PRIVATE_MEMBER(DataDataType, DataType Data::*, &Data::m_dataType)
-PRIVATE_MEMBER(DataOffset, unsigned Data::*, &Data::m_offset)
-PRIVATE_MEMBER(DataTokenByteSize, unsigned Data::*, &Data::m_tokenByteSize)
-PRIVATE_MEMBER(DataBuffer, vesk::Buffer<unsigned char> Data::*, &Data::m_buffer)
+PRIVATE_MEMBER(dataName, vesk::String Data::*, &Data::m_name)
+PRIVATE_MEMBER(dataStride, unsigned Data::*, &Data::m_stride)
+PRIVATE_MEMBER(dataDataType, DataType Data::*, &Data::m_dataType)
+PRIVATE_MEMBER(dataOffset, unsigned Data::*, &Data::m_offset)
+PRIVATE_MEMBER(dataTokenByteSize, unsigned Data::*, &Data::m_tokenByteSize)
+PRIVATE_MEMBER(dataBuffer, vesk::Buffer<unsigned char> Data::*, &Data::m_buffer)
 
-PRIVATE_MEMBER(AccessorStride, unsigned Accessor::*, &Accessor::m_stride)
-PRIVATE_MEMBER(AccessorOffset, unsigned Accessor::*, &Accessor::m_offset)
-PRIVATE_MEMBER(AccessorCount, unsigned Accessor::*, &Accessor::m_count)
-PRIVATE_MEMBER(AccessorCurrentIndex, unsigned Accessor::*, &Accessor::m_currentIndex)
-PRIVATE_MEMBER(AccessorBytePerAccess, unsigned Accessor::*, &Accessor::m_bytePerAccess)
-PRIVATE_MEMBER(AccessorName, vesk::String Accessor::*, &Accessor::m_name)
-PRIVATE_MEMBER(AccessorData, DataList Accessor::*, &Accessor::m_data)
-PRIVATE_MEMBER(AccessorFloatArray, domFloat_array* AccessorFloat::*, &AccessorFloat::m_floatArray)
+PRIVATE_MEMBER(accessorStride, unsigned Accessor::*, &Accessor::m_stride)
+PRIVATE_MEMBER(offsetOf, unsigned Accessor::*, &Accessor::m_offset)
+PRIVATE_MEMBER(accessorCount, unsigned Accessor::*, &Accessor::m_count)
+PRIVATE_MEMBER(currentIndexOf, unsigned Accessor::*, &Accessor::m_currentIndex)
+PRIVATE_MEMBER(accessorBytePerAccess, unsigned Accessor::*, &Accessor::m_bytePerAccess)
+PRIVATE_MEMBER(accessorName, vesk::String Accessor::*, &Accessor::m_name)
+PRIVATE_MEMBER(listOf, DataList Accessor::*, &Accessor::m_data)
+PRIVATE_MEMBER(accessorFloatArray, domFloat_array* AccessorFloat::*, &AccessorFloat::m_floatArray)
 
-PRIVATE_MEMBER(AccessorRead, const DataList& (Accessor::*)(unsigned), &Accessor::readDataFromArray)
-PRIVATE_MEMBER(AccessorTypeStride, unsigned (Accessor::*)(DataType) const, &Accessor::typeStride)
-PRIVATE_MEMBER(AccessorTypeByteSize, unsigned (Accessor::*)(DataType) const, &Accessor::typeByteSize)
-PRIVATE_MEMBER(AccessorStringToType, DataType (Accessor::*)(const vesk::String&) const, &Accessor::stringToType)
-PRIVATE_MEMBER(AccessorCalculateStride, unsigned (Accessor::*)(const AccessorRef&) const, &Accessor::calculateStride)
-PRIVATE_MEMBER(AccessorFloatIsTypeValid, bool (AccessorFloat::*)(const vesk::String&) const,
-               &AccessorFloat::isTypeValid)
+PRIVATE_MEMBER(readDataFromArray, const DataList& (Accessor::*)(unsigned), &Accessor::readDataFromArray)
+PRIVATE_MEMBER(typeStride, unsigned (Accessor::*)(DataType) const, &Accessor::typeStride)
+PRIVATE_MEMBER(typeByteSize, unsigned (Accessor::*)(DataType) const, &Accessor::typeByteSize)
+PRIVATE_MEMBER(stringToType, DataType (Accessor::*)(const vesk::String&) const, &Accessor::stringToType)
+PRIVATE_MEMBER(calculateStride, unsigned (Accessor::*)(const AccessorRef&) const, &Accessor::calculateStride)
+PRIVATE_MEMBER(isTypeValid, bool (AccessorFloat::*)(const vesk::String&) const, &AccessorFloat::isTypeValid)
 
 TEST(DataTypeTest, ValuesHaveTheirNumbers)
 {
@@ -58,9 +57,8 @@ TEST(DataTest, ConstructorSetsAllFields)
 TEST(DataTest, FieldsStandInTheirOrder)
 {
     const Data data("X", 1, libVideo::DATA_TYPE_FLOAT, 0, 4);
-    expectAscending({&(data.*privateMember(DataName())), &(data.*privateMember(DataStride())),
-                     &(data.*privateMember(DataDataType())), &(data.*privateMember(DataOffset())),
-                     &(data.*privateMember(DataTokenByteSize())), &(data.*privateMember(DataBuffer()))});
+    expectAscending({&dataName(data), &dataStride(data), &dataDataType(data), &dataOffset(data),
+                     &dataTokenByteSize(data), &dataBuffer(data)});
 }
 
 constexpr unsigned noIndex = 0xFFFFFFFFu;
@@ -116,51 +114,6 @@ const char* const indexAssertion = "libVideo/SceneGraph/Accessor: index < m_coun
 const char* const tokenAssertion = "libVideo/SceneGraph/Accessor: index < m_stride";
 const char* const unreachableAssertion = "libVideo/SceneGraph/Accessor: false";
 
-unsigned typeStride(const Accessor& accessor, DataType type)
-{
-    return (accessor.*privateMember(AccessorTypeStride()))(type);
-}
-
-unsigned typeByteSize(const Accessor& accessor, DataType type)
-{
-    return (accessor.*privateMember(AccessorTypeByteSize()))(type);
-}
-
-DataType stringToType(const Accessor& accessor, const char* text)
-{
-    return (accessor.*privateMember(AccessorStringToType()))(text);
-}
-
-bool isTypeValid(const AccessorFloat& accessor, const char* text)
-{
-    return (accessor.*privateMember(AccessorFloatIsTypeValid()))(text);
-}
-
-unsigned calculateStride(const Accessor& accessor, const AccessorRef& element)
-{
-    return (accessor.*privateMember(AccessorCalculateStride()))(element);
-}
-
-const DataList& readDataFromArray(Accessor& accessor, unsigned index)
-{
-    return (accessor.*privateMember(AccessorRead()))(index);
-}
-
-const DataList& listOf(const Accessor& accessor)
-{
-    return accessor.*privateMember(AccessorData());
-}
-
-unsigned offsetOf(const Accessor& accessor)
-{
-    return accessor.*privateMember(AccessorOffset());
-}
-
-unsigned currentIndexOf(const Accessor& accessor)
-{
-    return accessor.*privateMember(AccessorCurrentIndex());
-}
-
 /// An accessor that tells how often it read its array.
 class CountingAccessor : public AccessorFloat {
 public:
@@ -195,9 +148,9 @@ TEST(DataTest, BufferTakesStrideTimesTokenByteSize)
     const Data one("X", 1, libVideo::DATA_TYPE_FLOAT, 0, 4);
     const Data matrix("M", 16, libVideo::DATA_TYPE_FLOAT4X4, 0, 64);
     const Data odd("O", 3, libVideo::DATA_TYPE_FLOAT, 0, 5);
-    EXPECT_EQ(4u, (one.*privateMember(DataBuffer())).size());
-    EXPECT_EQ(1024u, (matrix.*privateMember(DataBuffer())).size());
-    EXPECT_EQ(15u, (odd.*privateMember(DataBuffer())).size());
+    EXPECT_EQ(4u, dataBuffer(one).size());
+    EXPECT_EQ(1024u, dataBuffer(matrix).size());
+    EXPECT_EQ(15u, dataBuffer(odd).size());
 }
 
 TEST(DataTest, ProductOfZeroAllocatesNothing)
@@ -229,7 +182,7 @@ TEST(DataTest, TokensLieTokenByteSizeApartFromTheStartOfTheBuffer)
 {
     Data data("M", 16, libVideo::DATA_TYPE_FLOAT4X4, 0, 64);
     const Data& constData = data;
-    const unsigned char* const first = (data.*privateMember(DataBuffer())).data();
+    const unsigned char* const first = dataBuffer(data).data();
     for (unsigned i = 0; i < 16; ++i) {
         EXPECT_EQ(first + std::size_t(64) * i, data[i].get()) << i;
         EXPECT_EQ(first + std::size_t(64) * i, constData[i].get()) << i;
@@ -251,7 +204,7 @@ TEST(DataTest, HandleDoesNotOwnItsByte)
 TEST(DataTest, BytesThatNoTokenFillsAreZero)
 {
     const Data data("M", 16, libVideo::DATA_TYPE_FLOAT4X4, 0, 64);
-    const vesk::Buffer<unsigned char>& buffer = data.*privateMember(DataBuffer());
+    const vesk::Buffer<unsigned char>& buffer = dataBuffer(data);
     for (std::uint64_t i = 0; i < buffer.size(); ++i) {
         ASSERT_EQ(0, buffer[i]) << i;
     }
@@ -325,12 +278,12 @@ TEST(DataTest, AssignmentCopiesAllFieldsAndBytesOfAnotherSize)
     EXPECT_EQ(libVideo::DATA_TYPE_FLOAT4X4, target.dataType());
     EXPECT_EQ(3u, target.offset());
     EXPECT_EQ(64u, target.tokenByteSize());
-    EXPECT_EQ(1024u, (target.*privateMember(DataBuffer())).size());
+    EXPECT_EQ(1024u, dataBuffer(target).size());
     EXPECT_EQ(7.0f, floatIn(target, 15));
     setFloat(target, 15, 1.0f);
     EXPECT_EQ(7.0f, floatIn(source, 15));
     target = Data("Y", 1, libVideo::DATA_TYPE_FLOAT, 1, 4);
-    EXPECT_EQ(4u, (target.*privateMember(DataBuffer())).size());
+    EXPECT_EQ(4u, dataBuffer(target).size());
     EXPECT_EQ(1u, target.stride());
 }
 
@@ -495,21 +448,19 @@ TEST(AccessorTest, FieldsStandInTheirOrder)
 {
     const AccessorFloat accessor;
     const Accessor& base = accessor;
-    expectAscending({&(base.*privateMember(AccessorStride())), &(base.*privateMember(AccessorOffset())),
-                     &(base.*privateMember(AccessorCount())), &(base.*privateMember(AccessorCurrentIndex())),
-                     &(base.*privateMember(AccessorBytePerAccess())), &(base.*privateMember(AccessorName())),
-                     &(base.*privateMember(AccessorData())), &(accessor.*privateMember(AccessorFloatArray()))});
+    expectAscending({&accessorStride(base), &offsetOf(base), &accessorCount(base), &currentIndexOf(base),
+                     &accessorBytePerAccess(base), &accessorName(base), &listOf(base), &accessorFloatArray(accessor)});
 }
 
 #if defined(__x86_64__) && defined(__GNUC__)
 
 TEST(AccessorTest, VirtualOperationsStandInTheirOrder)
 {
-    EXPECT_EQ(0u, slotOf(privateMember(AccessorRead())));
-    EXPECT_EQ(1u, slotOf(privateMember(AccessorTypeStride())));
-    EXPECT_EQ(2u, slotOf(privateMember(AccessorTypeByteSize())));
-    EXPECT_EQ(3u, slotOf(privateMember(AccessorStringToType())));
-    EXPECT_EQ(4u, slotOf(privateMember(AccessorCalculateStride())));
+    EXPECT_EQ(0u, slotOf(readDataFromArray.pointer()));
+    EXPECT_EQ(1u, slotOf(typeStride.pointer()));
+    EXPECT_EQ(2u, slotOf(typeByteSize.pointer()));
+    EXPECT_EQ(3u, slotOf(stringToType.pointer()));
+    EXPECT_EQ(4u, slotOf(calculateStride.pointer()));
     // The destructor takes two places.
     EXPECT_EQ(7u, slotOf(&Accessor::createFromCollada));
 }
@@ -526,7 +477,7 @@ TEST(AccessorTest, ThreeFloatParamsGiveThreeComponents)
     EXPECT_EQ(12u, accessor.bytePerAccess());
     EXPECT_TRUE(accessor.name().empty());
     EXPECT_EQ(noIndex, currentIndexOf(accessor));
-    EXPECT_EQ(document.array(), accessor.*privateMember(AccessorFloatArray()));
+    EXPECT_EQ(document.array(), accessorFloatArray(accessor));
     const DataList& list = listOf(accessor);
     ASSERT_EQ(3u, list.size());
     const char* const names[] = {"X", "Y", "Z"};
@@ -595,7 +546,7 @@ TEST(AccessorTest, MatrixParamGivesOneComponentOfSixteenTokens)
     EXPECT_EQ(libVideo::DATA_TYPE_FLOAT4X4, list[0].dataType());
     EXPECT_EQ(0u, list[0].offset());
     EXPECT_EQ(64u, list[0].tokenByteSize());
-    EXPECT_EQ(1024u, (list[0].*privateMember(DataBuffer())).size());
+    EXPECT_EQ(1024u, dataBuffer(list[0]).size());
 }
 
 TEST(AccessorTest, ComponentsStandInTheOrderOfTheParams)
@@ -783,7 +734,7 @@ TEST_P(AccessorWrongSourceTest, GivesOneLineAndOnlyTheCount)
     EXPECT_EQ(noIndex, currentIndexOf(accessor));
     EXPECT_TRUE(accessor.name().empty());
     EXPECT_EQ(0u, listOf(accessor).size());
-    EXPECT_EQ(nullptr, accessor.*privateMember(AccessorFloatArray()));
+    EXPECT_EQ(nullptr, accessorFloatArray(accessor));
 }
 
 TEST_P(AccessorWrongSourceTest, ReadsGiveTheEmptyListAndALineEach)
@@ -1282,7 +1233,7 @@ TEST(AccessorCopyTest, CopyAnswersForTheSameCurrentRecord)
     EXPECT_EQ(3u, copy.stride());
     EXPECT_EQ(12u, copy.bytePerAccess());
     EXPECT_EQ(1u, currentIndexOf(copy));
-    EXPECT_EQ(document.array(), copy.*privateMember(AccessorFloatArray()));
+    EXPECT_EQ(document.array(), accessorFloatArray(copy));
     document.values()[6] = 70.0;
     EXPECT_EQ((Floats{7, 8, 9}), record(copy, 1));
     EXPECT_EQ((Floats{4, 5, 6}), record(copy, 0));
@@ -1321,7 +1272,7 @@ TEST(AccessorCopyTest, AssignmentReplacesRecordListAndArray)
     EXPECT_EQ(3u, target.stride());
     EXPECT_EQ(12u, target.bytePerAccess());
     EXPECT_EQ(1u, currentIndexOf(target));
-    EXPECT_EQ(document.array(), target.*privateMember(AccessorFloatArray()));
+    EXPECT_EQ(document.array(), accessorFloatArray(target));
     EXPECT_EQ((Floats{4, 5, 6}), floatsIn(listOf(target)));
     EXPECT_EQ((Floats{1, 2, 3}), record(target, 0));
     EXPECT_EQ((Floats{4, 5, 6}), floatsIn(listOf(source)));
@@ -1375,7 +1326,7 @@ TEST(AccessorCopyTest, CopyOfAFailedAccessorHasItsCount)
     const AccessorFloat copy(source);
     EXPECT_EQ(4u, copy.count());
     EXPECT_EQ(0u, listOf(copy).size());
-    EXPECT_EQ(nullptr, copy.*privateMember(AccessorFloatArray()));
+    EXPECT_EQ(nullptr, accessorFloatArray(copy));
 }
 
 TEST(AccessorTest, DestructionThroughTheBaseLeavesTheDocumentAlone)

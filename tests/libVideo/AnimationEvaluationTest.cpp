@@ -17,12 +17,12 @@ using IndicesFunction = bool (Animation::*)(double, unsigned*, unsigned*);
 using LinearFunction = double (Animation::*)(double, double, double, double, double);
 using BezierFunction = double (Animation::*)(double, double, double, double, double, double, double);
 
-PRIVATE_MEMBER(KindsField, Kinds Animation::*, &Animation::m_kinds)
-PRIVATE_MEMBER(LengthField, double Animation::*, &Animation::m_animationLength)
-PRIVATE_MEMBER(ModulusTime, ModulusFunction, &Animation::getModulusTime)
-PRIVATE_MEMBER(Indices, IndicesFunction, &Animation::getIndicesFromSeconds)
-PRIVATE_MEMBER(Linear, LinearFunction, &Animation::getLinearInterpolation)
-PRIVATE_MEMBER(Bezier, BezierFunction, &Animation::getBezierInterpolation)
+PRIVATE_MEMBER(kindsField, Kinds Animation::*, &Animation::m_kinds)
+PRIVATE_MEMBER(lengthField, double Animation::*, &Animation::m_animationLength)
+PRIVATE_MEMBER(modulusTime, ModulusFunction, &Animation::getModulusTime)
+PRIVATE_MEMBER(indices, IndicesFunction, &Animation::getIndicesFromSeconds)
+PRIVATE_MEMBER(linearBy, LinearFunction, &Animation::getLinearInterpolation)
+PRIVATE_MEMBER(bezierBy, BezierFunction, &Animation::getBezierInterpolation)
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
@@ -509,14 +509,14 @@ TEST(AnimationOverloadTest, NumberOutsideTheKindsStillHasItsKey)
 Animation ofLength(double length)
 {
     Animation animation = load({{}, {}});
-    animation.*privateMember(LengthField()) = length;
+    lengthField(animation) = length;
     return animation;
 }
 
 double modulus(double length, double time)
 {
     Animation animation = ofLength(length);
-    return (animation.*privateMember(ModulusTime()))(time);
+    return modulusTime(animation, time);
 }
 
 struct ModulusCase : Row {
@@ -586,7 +586,7 @@ std::ostream& operator<<(std::ostream& out, const SearchResult& result)
 SearchResult search(Animation& animation, double seconds)
 {
     SearchResult result;
-    result.isFound = (animation.*privateMember(Indices()))(seconds, &result.first, &result.second);
+    result.isFound = indices(animation, seconds, &result.first, &result.second);
     return result;
 }
 
@@ -844,7 +844,7 @@ TEST(AnimationSearchTest, HundredThousandKeysAnswerLikeAWalk)
 double straight(double value0, double value1, double time0, double time1, double time)
 {
     Animation animation = load({{}, {}});
-    return (animation.*privateMember(Linear()))(value0, value1, time0, time1, time);
+    return linearBy(animation, value0, value1, time0, time1, time);
 }
 
 TEST(AnimationInterpolationTest, LinearGoesStraight)
@@ -872,7 +872,7 @@ TEST(AnimationInterpolationTest, LinearOverNoSpanGivesWhatTheDivisionGives)
 double curved(double value0, double value1, double time0, double time1, double time, double in, double out)
 {
     Animation animation = load({{}, {}});
-    return (animation.*privateMember(Bezier()))(value0, value1, time0, time1, time, in, out);
+    return bezierBy(animation, value0, value1, time0, time1, time, in, out);
 }
 
 TEST(AnimationInterpolationTest, BezierAddsItsFourTerms)
@@ -1064,7 +1064,7 @@ Animation load(const CurveText& curve)
 
 void setFirstKind(Animation& animation, unsigned char kind)
 {
-    Kinds& kinds = animation.*privateMember(KindsField());
+    Kinds& kinds = kindsField(animation);
     kinds.resize(animation.getCount(), true);
     kinds[0] = kind;
 }

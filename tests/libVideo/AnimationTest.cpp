@@ -14,14 +14,14 @@ using CreateFloatFunction = bool (Animation::*)(const domFloat_array*, const Ver
 using CreateNameFunction = bool (Animation::*)(const domName_array*, const VertexSemantic&, unsigned, unsigned);
 using SetTargetFunction = void (Animation::*)(vesk::String);
 
-PRIVATE_MEMBER(NameField, vesk::String Animation::*, &Animation::m_name)
-PRIVATE_MEMBER(TargetNodeField, vesk::String Animation::*, &Animation::m_targetNode)
-PRIVATE_MEMBER(TargetTransformField, vesk::String Animation::*, &Animation::m_targetTransform)
-PRIVATE_MEMBER(LengthField, double Animation::*, &Animation::m_animationLength)
-PRIVATE_MEMBER(CreateInput, CreateInputFunction, &Animation::createInputFromCollada)
-PRIVATE_MEMBER(CreateFloat, CreateFloatFunction, &Animation::createFloatEvolution)
-PRIVATE_MEMBER(CreateName, CreateNameFunction, &Animation::createNameEvolution)
-PRIVATE_MEMBER(SetTarget, SetTargetFunction, &Animation::setTarget)
+PRIVATE_MEMBER(nameField, vesk::String Animation::*, &Animation::m_name)
+PRIVATE_MEMBER(targetNodeField, vesk::String Animation::*, &Animation::m_targetNode)
+PRIVATE_MEMBER(targetTransformField, vesk::String Animation::*, &Animation::m_targetTransform)
+PRIVATE_MEMBER(lengthField, double Animation::*, &Animation::m_animationLength)
+PRIVATE_MEMBER(createInput, CreateInputFunction, &Animation::createInputFromCollada)
+PRIVATE_MEMBER(createFloat, CreateFloatFunction, &Animation::createFloatEvolution)
+PRIVATE_MEMBER(createName, CreateNameFunction, &Animation::createNameEvolution)
+PRIVATE_MEMBER(setTarget, SetTargetFunction, &Animation::setTarget)
 
 TEST(AnimationTest, InterpolationTypesHaveTheirNumbers)
 {
@@ -125,7 +125,7 @@ private:
 
 std::string nameOf(const Animation& animation)
 {
-    return (animation.*privateMember(NameField())).data();
+    return nameField(animation).data();
 }
 
 std::string nodeOf(const Animation& animation)
@@ -206,10 +206,9 @@ TEST(AnimationTest, FieldsOfAnAnimationStandInOrder)
 {
     AnimationDocument document("");
     const Animation animation = document.blank();
-    EXPECT_LT(place(animation.*privateMember(NameField())), place(animation.*privateMember(TargetNodeField())));
-    EXPECT_LT(place(animation.*privateMember(TargetNodeField())),
-              place(animation.*privateMember(TargetTransformField())));
-    EXPECT_LT(place(animation.*privateMember(TargetTransformField())), place(animation.*privateMember(LengthField())));
+    EXPECT_LT(place(nameField(animation)), place(targetNodeField(animation)));
+    EXPECT_LT(place(targetNodeField(animation)), place(targetTransformField(animation)));
+    EXPECT_LT(place(targetTransformField(animation)), place(lengthField(animation)));
 }
 
 TEST(AnimationTest, AllInputsFillTheRecords)
@@ -772,7 +771,7 @@ TEST(AnimationTest, NullElementOfTheHostThrows)
     Animation animation(document.element(), document.dae());
     EXPECT_THROW(Animation(domAnimationRef(), document.dae()), vesk::NullPointer);
     EXPECT_THROW(animation.createFromCollada(domAnimationRef(), document.dae()), vesk::NullPointer);
-    EXPECT_THROW((animation.*privateMember(CreateInput()))(domInputLocalRef()), vesk::NullPointer);
+    EXPECT_THROW(createInput(animation, domInputLocalRef()), vesk::NullPointer);
     EXPECT_EQ("", log.text());
     expectWholeCurve(animation);
     try {
@@ -946,10 +945,10 @@ TEST_P(AnimationTargetTest, SplitsAtSlashAndDot)
 {
     AnimationDocument document("");
     Animation animation = document.blank();
-    (animation.*privateMember(SetTarget()))("old/kept.X");
+    setTarget(animation, "old/kept.X");
     ASSERT_EQ("old", nodeOf(animation));
     ASSERT_EQ("kept", transformOf(animation));
-    (animation.*privateMember(SetTarget()))(GetParam().target);
+    setTarget(animation, GetParam().target);
     EXPECT_EQ(GetParam().isRead ? GetParam().node : "old", nodeOf(animation));
     EXPECT_EQ(GetParam().isRead ? GetParam().transform : "kept", transformOf(animation));
 }
@@ -998,13 +997,13 @@ TEST(AnimationTest, OneInputIsReadByItself)
     AnimationDocument document(curve(allSources(), allInputs));
     Animation animation = document.blank();
     const domInputLocal_Array& inputs = document.samplerElement()->getInput_array();
-    EXPECT_TRUE((animation.*privateMember(CreateInput()))(inputs[0]));
+    EXPECT_TRUE(createInput(animation, inputs[0]));
     ASSERT_EQ(3u, animation.getCount());
     EXPECT_EQ(1.5, recordsOf(animation)[1].time);
     EXPECT_EQ(0u, recordsOf(animation)[1].values.size());
     EXPECT_EQ(0.0, animation.animationLength());
     EXPECT_EQ("", nodeOf(animation));
-    EXPECT_TRUE((animation.*privateMember(CreateInput()))(inputs[1]));
+    EXPECT_TRUE(createInput(animation, inputs[1]));
     EXPECT_EQ((Numbers{3, 4}), numbers(recordsOf(animation)[1].values));
 }
 
@@ -1013,7 +1012,7 @@ TEST(AnimationTest, FloatsOfNoRecordNeedNoArray)
     AnimationDocument document("");
     Animation animation = document.blank();
     LogCapture log;
-    const auto create = privateMember(CreateFloat());
+    const auto create = createFloat.pointer();
     EXPECT_TRUE((animation.*create)(nullptr, libVideo::SEMANTIC_OUTPUT, 0, 1));
     EXPECT_EQ("", log.text());
     EXPECT_FALSE((animation.*create)(nullptr, libVideo::SEMANTIC_COLOR, 0, 1));
@@ -1025,8 +1024,7 @@ TEST(AnimationTest, MoreFloatsThanRecordsThrow)
     AnimationDocument document(curveOf("INPUT", floats("a", "1 2 3", 2)));
     Animation animation(document.element(), document.dae());
     const domFloat_array* array = document.named<domFloat_array>("a-array");
-    expectIndexOutOfBounds(1, 2,
-                           [&] { (animation.*privateMember(CreateFloat()))(array, libVideo::SEMANTIC_OUTPUT, 3, 1); });
+    expectIndexOutOfBounds(1, 2, [&] { createFloat(animation, array, libVideo::SEMANTIC_OUTPUT, 3, 1); });
     EXPECT_EQ((Numbers{1}), numbers(recordsOf(animation)[0].values));
     EXPECT_EQ((Numbers{2}), numbers(recordsOf(animation)[1].values));
 }
@@ -1036,8 +1034,7 @@ TEST(AnimationTest, MoreNamesThanRecordsThrow)
     AnimationDocument document(curveOf("INTERPOLATION", names("a", "STEP BEZIER STEP", 1)));
     Animation animation(document.element(), document.dae());
     const domName_array* array = document.named<domName_array>("a-array");
-    expectIndexOutOfBounds(
-        0, 1, [&] { (animation.*privateMember(CreateName()))(array, libVideo::SEMANTIC_INTERPOLATION, 2, 1); });
+    expectIndexOutOfBounds(0, 1, [&] { createName(animation, array, libVideo::SEMANTIC_INTERPOLATION, 2, 1); });
 }
 
 // ---- the list

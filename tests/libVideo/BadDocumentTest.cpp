@@ -21,10 +21,10 @@
 // What is wrong in a document costs a line and the least that can be skipped: whole documents, each with one fault, from
 // the file to what a renderer gets.
 
-PRIVATE_MEMBER(BadRotationAngle, double libVideo::Rotation::*, &libVideo::Rotation::m_angle)
-PRIVATE_MEMBER(BadMaterialProfile, domProfile_COMMON* libVideo::BlinnMaterial::*, &libVideo::BlinnMaterial::m_profile)
-PRIVATE_MEMBER(BadSceneReserved, std::uint64_t libVideo::Scene::*, &libVideo::Scene::m_reserved)
-PRIVATE_MEMBER(BadVisualSceneReserved, unsigned libVideo::VisualScene::*, &libVideo::VisualScene::m_reserved)
+PRIVATE_MEMBER(badRotationAngle, double libVideo::Rotation::*, &libVideo::Rotation::m_angle)
+PRIVATE_MEMBER(badMaterialProfile, domProfile_COMMON* libVideo::BlinnMaterial::*, &libVideo::BlinnMaterial::m_profile)
+PRIVATE_MEMBER(badSceneReserved, std::uint64_t libVideo::Scene::*, &libVideo::Scene::m_reserved)
+PRIVATE_MEMBER(badVisualSceneReserved, unsigned libVideo::VisualScene::*, &libVideo::VisualScene::m_reserved)
 
 namespace {
 
@@ -722,13 +722,13 @@ struct SpotLamp : libVideo::SpotLight {
 TEST(UnsetFieldTest, StartsAtZero)
 {
     const MadeInUsedMemory<libVideo::Rotation> rotation;
-    EXPECT_EQ(0.0, (*rotation).*privateMember(BadRotationAngle()));
+    EXPECT_EQ(0.0, badRotationAngle(*rotation));
     const MadeInUsedMemory<libVideo::BlinnMaterial> blinn;
-    EXPECT_EQ(nullptr, (*blinn).*privateMember(BadMaterialProfile()));
+    EXPECT_EQ(nullptr, badMaterialProfile(*blinn));
     const MadeInUsedMemory<Scene> scene;
-    EXPECT_EQ(0u, (*scene).*privateMember(BadSceneReserved()));
+    EXPECT_EQ(0u, badSceneReserved(*scene));
     const MadeInUsedMemory<VisualScene> visualScene;
-    EXPECT_EQ(0u, (*visualScene).*privateMember(BadVisualSceneReserved()));
+    EXPECT_EQ(0u, badVisualSceneReserved(*visualScene));
 }
 
 TEST(UnsetFieldTest, LightsAreWhiteAndNothingElse)

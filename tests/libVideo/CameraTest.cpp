@@ -15,19 +15,19 @@ using CameraRef = daeSmartRef<domCamera>;
 using ReadExtra = void (PerspectiveCamera::*)(const CameraRef&, DAE&);
 using Update = bool (PerspectiveCamera::*)(double, double, double, double, double);
 
-PRIVATE_MEMBER(AnimationsField, AnimationList Camera::*, &Camera::m_animations)
-PRIVATE_MEMBER(ProjectionField, Matrix4 PerspectiveCamera::*, &PerspectiveCamera::m_projection)
-PRIVATE_MEMBER(NameField, vesk::String PerspectiveCamera::*, &PerspectiveCamera::m_name)
-PRIVATE_MEMBER(IdField, vesk::String PerspectiveCamera::*, &PerspectiveCamera::m_id)
-PRIVATE_MEMBER(LookAtNodeURIField, vesk::String PerspectiveCamera::*, &PerspectiveCamera::m_lookAtNodeURI)
-PRIVATE_MEMBER(LookAtNodeField, vesk::String PerspectiveCamera::*, &PerspectiveCamera::m_lookAtNode)
-PRIVATE_MEMBER(XfovField, Parameter PerspectiveCamera::*, &PerspectiveCamera::m_xfov)
-PRIVATE_MEMBER(YfovField, Parameter PerspectiveCamera::*, &PerspectiveCamera::m_yfov)
-PRIVATE_MEMBER(ZnearField, Parameter PerspectiveCamera::*, &PerspectiveCamera::m_znear)
-PRIVATE_MEMBER(ZfarField, Parameter PerspectiveCamera::*, &PerspectiveCamera::m_zfar)
-PRIVATE_MEMBER(AspectRatioField, Parameter PerspectiveCamera::*, &PerspectiveCamera::m_aspectRatio)
-PRIVATE_MEMBER(ReadExtraCameraData, ReadExtra, &PerspectiveCamera::readExtraCameraData)
-PRIVATE_MEMBER(UpdateProjectionMatrix, Update, &PerspectiveCamera::updateProjectionMatrix)
+PRIVATE_MEMBER(animationsField, AnimationList Camera::*, &Camera::m_animations)
+PRIVATE_MEMBER(projectionField, Matrix4 PerspectiveCamera::*, &PerspectiveCamera::m_projection)
+PRIVATE_MEMBER(nameField, vesk::String PerspectiveCamera::*, &PerspectiveCamera::m_name)
+PRIVATE_MEMBER(idField, vesk::String PerspectiveCamera::*, &PerspectiveCamera::m_id)
+PRIVATE_MEMBER(lookAtNodeURIField, vesk::String PerspectiveCamera::*, &PerspectiveCamera::m_lookAtNodeURI)
+PRIVATE_MEMBER(lookAtNodeField, vesk::String PerspectiveCamera::*, &PerspectiveCamera::m_lookAtNode)
+PRIVATE_MEMBER(xfovField, Parameter PerspectiveCamera::*, &PerspectiveCamera::m_xfov)
+PRIVATE_MEMBER(yfovField, Parameter PerspectiveCamera::*, &PerspectiveCamera::m_yfov)
+PRIVATE_MEMBER(znearField, Parameter PerspectiveCamera::*, &PerspectiveCamera::m_znear)
+PRIVATE_MEMBER(zfarField, Parameter PerspectiveCamera::*, &PerspectiveCamera::m_zfar)
+PRIVATE_MEMBER(aspectRatioField, Parameter PerspectiveCamera::*, &PerspectiveCamera::m_aspectRatio)
+PRIVATE_MEMBER(readExtraCameraDataOf, ReadExtra, &PerspectiveCamera::readExtraCameraData)
+PRIVATE_MEMBER(updateProjectionMatrixOf, Update, &PerspectiveCamera::updateProjectionMatrix)
 
 TEST(PerspectiveParameterTest, HoldsValueAndSid)
 {
@@ -147,9 +147,8 @@ Matrix4 countingMatrix();
 
 std::vector<const PerspectiveParameter*> parametersOf(const PerspectiveCamera& camera)
 {
-    return {(camera.*privateMember(XfovField())).get(), (camera.*privateMember(YfovField())).get(),
-            (camera.*privateMember(ZnearField())).get(), (camera.*privateMember(ZfarField())).get(),
-            (camera.*privateMember(AspectRatioField())).get()};
+    return {xfovField(camera).get(), yfovField(camera).get(), znearField(camera).get(), zfarField(camera).get(),
+            aspectRatioField(camera).get()};
 }
 
 // ---- data
@@ -157,24 +156,21 @@ std::vector<const PerspectiveParameter*> parametersOf(const PerspectiveCamera& c
 TEST(CameraTest, IsEmptyUntilRead)
 {
     const PerspectiveCamera camera = unreadCamera();
-    EXPECT_EQ(0u, (camera.*privateMember(AnimationsField())).size());
-    expectFloats(Floats{}, camera.*privateMember(ProjectionField()));
-    EXPECT_EQ("", textOf(camera.*privateMember(NameField())));
-    EXPECT_EQ("", textOf(camera.*privateMember(IdField())));
-    EXPECT_EQ("", textOf(camera.*privateMember(LookAtNodeURIField())));
-    EXPECT_EQ("", textOf(camera.*privateMember(LookAtNodeField())));
+    EXPECT_EQ(0u, animationsField(camera).size());
+    expectFloats(Floats{}, projectionField(camera));
+    EXPECT_EQ("", textOf(nameField(camera)));
+    EXPECT_EQ("", textOf(idField(camera)));
+    EXPECT_EQ("", textOf(lookAtNodeURIField(camera)));
+    EXPECT_EQ("", textOf(lookAtNodeField(camera)));
     EXPECT_EQ(std::vector<const PerspectiveParameter*>(5, nullptr), parametersOf(camera));
 }
 
 TEST(CameraTest, FieldsStandInTheirOrder)
 {
     const PerspectiveCamera camera = unreadCamera();
-    expectAscending({&(camera.*privateMember(AnimationsField())), &(camera.*privateMember(ProjectionField())),
-                     &(camera.*privateMember(NameField())), &(camera.*privateMember(IdField())),
-                     &(camera.*privateMember(LookAtNodeURIField())), &(camera.*privateMember(LookAtNodeField())),
-                     &(camera.*privateMember(XfovField())), &(camera.*privateMember(YfovField())),
-                     &(camera.*privateMember(ZnearField())), &(camera.*privateMember(ZfarField())),
-                     &(camera.*privateMember(AspectRatioField()))});
+    expectAscending({&animationsField(camera), &projectionField(camera), &nameField(camera), &idField(camera),
+                     &lookAtNodeURIField(camera), &lookAtNodeField(camera), &xfovField(camera), &yfovField(camera),
+                     &znearField(camera), &zfarField(camera), &aspectRatioField(camera)});
 }
 
 #if defined(__x86_64__) && defined(__GNUC__)
@@ -198,11 +194,11 @@ TEST(CameraTest, AccessorsShowTheFields)
     const PerspectiveCamera camera =
         load(opticsWith("<xfov>90</xfov><yfov>90</yfov>") + vendorExtra("<target>scene.dae#Target</target>"));
     const Camera& base = camera;
-    EXPECT_EQ(&(camera.*privateMember(NameField())), &base.name());
-    EXPECT_EQ(&(camera.*privateMember(IdField())), &base.id());
-    EXPECT_EQ(&(camera.*privateMember(LookAtNodeField())), &base.lookAtNode());
-    EXPECT_EQ(&(camera.*privateMember(LookAtNodeURIField())), &camera.lookAtNodeURI());
-    EXPECT_EQ(&(camera.*privateMember(ProjectionField())), &base.projectionMatrix());
+    EXPECT_EQ(&nameField(camera), &base.name());
+    EXPECT_EQ(&idField(camera), &base.id());
+    EXPECT_EQ(&lookAtNodeField(camera), &base.lookAtNode());
+    EXPECT_EQ(&lookAtNodeURIField(camera), &camera.lookAtNodeURI());
+    EXPECT_EQ(&projectionField(camera), &base.projectionMatrix());
     EXPECT_EQ("Eye", textOf(base.name()));
     EXPECT_EQ("eye", textOf(base.id()));
     EXPECT_EQ("Target", textOf(base.lookAtNode()));
@@ -219,11 +215,11 @@ TEST(CameraTest, LoadTakesEachValueWithItsSid)
     const LogCapture log;
     EXPECT_TRUE(camera.createFromCollada(document.camera(), document.dae()));
     EXPECT_EQ("", log.text());
-    expectParameter(70.5, "x", camera.*privateMember(XfovField()));
-    expectParameter(50.25, "y", camera.*privateMember(YfovField()));
-    expectParameter(0.5, "n", camera.*privateMember(ZnearField()));
-    expectParameter(200.0, "f", camera.*privateMember(ZfarField()));
-    EXPECT_FALSE(camera.*privateMember(AspectRatioField()));
+    expectParameter(70.5, "x", xfovField(camera));
+    expectParameter(50.25, "y", yfovField(camera));
+    expectParameter(0.5, "n", znearField(camera));
+    expectParameter(200.0, "f", zfarField(camera));
+    EXPECT_FALSE(aspectRatioField(camera));
 }
 
 TEST(CameraTest, LoadTakesTheAspectRatioWithItsSid)
@@ -234,21 +230,21 @@ TEST(CameraTest, LoadTakesTheAspectRatioWithItsSid)
     const LogCapture log;
     EXPECT_TRUE(camera.createFromCollada(document.camera(), document.dae()));
     EXPECT_EQ("", log.text());
-    EXPECT_FALSE(camera.*privateMember(XfovField()));
-    expectParameter(50.25, "y", camera.*privateMember(YfovField()));
-    expectParameter(1.25, "a", camera.*privateMember(AspectRatioField()));
+    EXPECT_FALSE(xfovField(camera));
+    expectParameter(50.25, "y", yfovField(camera));
+    expectParameter(1.25, "a", aspectRatioField(camera));
     // An absent sid is empty.
-    expectParameter(0.5, "", camera.*privateMember(ZnearField()));
-    expectParameter(200.0, "", camera.*privateMember(ZfarField()));
+    expectParameter(0.5, "", znearField(camera));
+    expectParameter(200.0, "", zfarField(camera));
 }
 
 TEST(CameraTest, EachParameterIsAnObjectOfItsOwn)
 {
     const PerspectiveCamera camera = load(opticsWith("<xfov>1</xfov><yfov>1</yfov>"));
-    EXPECT_EQ(1u, (camera.*privateMember(XfovField())).useCount());
-    EXPECT_EQ(1u, (camera.*privateMember(YfovField())).useCount());
-    EXPECT_EQ(1u, (camera.*privateMember(ZnearField())).useCount());
-    EXPECT_EQ(1u, (camera.*privateMember(ZfarField())).useCount());
+    EXPECT_EQ(1u, xfovField(camera).useCount());
+    EXPECT_EQ(1u, yfovField(camera).useCount());
+    EXPECT_EQ(1u, znearField(camera).useCount());
+    EXPECT_EQ(1u, zfarField(camera).useCount());
 }
 
 TEST(CameraTest, AbsentIdAndNameAreEmpty)
@@ -288,14 +284,14 @@ TEST_P(CameraFailureTest, LogsItsLineAndKeepsWhatWasRead)
     EXPECT_EQ("scene.dae#Target", textOf(camera.lookAtNodeURI()));
     EXPECT_EQ("Target", textOf(camera.lookAtNode()));
     if (GetParam().hasNear) {
-        expectParameter(0.5, "n", camera.*privateMember(ZnearField()));
+        expectParameter(0.5, "n", znearField(camera));
     } else {
-        EXPECT_FALSE(camera.*privateMember(ZnearField()));
+        EXPECT_FALSE(znearField(camera));
     }
-    EXPECT_FALSE(camera.*privateMember(ZfarField()));
-    EXPECT_FALSE(camera.*privateMember(XfovField()));
-    EXPECT_FALSE(camera.*privateMember(YfovField()));
-    EXPECT_FALSE(camera.*privateMember(AspectRatioField()));
+    EXPECT_FALSE(zfarField(camera));
+    EXPECT_FALSE(xfovField(camera));
+    EXPECT_FALSE(yfovField(camera));
+    EXPECT_FALSE(aspectRatioField(camera));
     expectFloats(Floats{}, camera.projectionMatrix());
 }
 
@@ -359,11 +355,11 @@ TEST(CameraTest, SecondLoadKeepsWhatItsElementDoesNotHold)
     EXPECT_EQ("", textOf(camera.name()));
     EXPECT_EQ("#First", textOf(camera.lookAtNodeURI()));
     EXPECT_EQ("First", textOf(camera.lookAtNode()));
-    expectParameter(60.0, "x", camera.*privateMember(XfovField()));
-    expectParameter(90.0, "y", camera.*privateMember(YfovField()));
-    expectParameter(2.0, "n", camera.*privateMember(ZnearField()));
-    expectParameter(4.0, "f", camera.*privateMember(ZfarField()));
-    expectParameter(2.0, "a", camera.*privateMember(AspectRatioField()));
+    expectParameter(60.0, "x", xfovField(camera));
+    expectParameter(90.0, "y", yfovField(camera));
+    expectParameter(2.0, "n", znearField(camera));
+    expectParameter(4.0, "f", zfarField(camera));
+    expectParameter(2.0, "a", aspectRatioField(camera));
     // The horizontal angle is present as a parameter, but this element passes on 0 for it.
     expectFloats(projection(infinity, scaleOf(90.0), 2.0, 4.0), camera.projectionMatrix());
 }
@@ -377,9 +373,9 @@ TEST(CameraTest, SecondLoadThatFailsAtTheFarPlaneReplacesTheNearOneOnly)
     const LogCapture log;
     EXPECT_FALSE(camera.createFromCollada(second.camera(), second.dae()));
     expectLine(noFar, log);
-    expectParameter(7.0, "n", camera.*privateMember(ZnearField()));
-    expectParameter(101.0, "", camera.*privateMember(ZfarField()));
-    expectParameter(90.0, "", camera.*privateMember(XfovField()));
+    expectParameter(7.0, "n", znearField(camera));
+    expectParameter(101.0, "", zfarField(camera));
+    expectParameter(90.0, "", xfovField(camera));
     expectFloats(before, camera.projectionMatrix());
 }
 
@@ -390,14 +386,14 @@ TEST(CameraTest, SecondLoadAdoptsNewParametersAndCopiesKeepTheOld)
     PerspectiveCamera camera(first.camera(), first.dae());
     const PerspectiveCamera copy(camera);
     EXPECT_TRUE(camera.createFromCollada(second.camera(), second.dae()));
-    expectParameter(90.0, "", copy.*privateMember(XfovField()));
-    expectParameter(80.0, "", copy.*privateMember(YfovField()));
-    expectParameter(1.0, "", copy.*privateMember(ZnearField()));
-    expectParameter(101.0, "", copy.*privateMember(ZfarField()));
-    expectParameter(10.0, "", camera.*privateMember(XfovField()));
-    expectParameter(20.0, "", camera.*privateMember(YfovField()));
-    expectParameter(3.0, "", camera.*privateMember(ZnearField()));
-    expectParameter(4.0, "", camera.*privateMember(ZfarField()));
+    expectParameter(90.0, "", xfovField(copy));
+    expectParameter(80.0, "", yfovField(copy));
+    expectParameter(1.0, "", znearField(copy));
+    expectParameter(101.0, "", zfarField(copy));
+    expectParameter(10.0, "", xfovField(camera));
+    expectParameter(20.0, "", yfovField(camera));
+    expectParameter(3.0, "", znearField(camera));
+    expectParameter(4.0, "", zfarField(camera));
 }
 
 TEST(CameraTest, SecondLoadKeepsTheAnimations)
@@ -406,7 +402,7 @@ TEST(CameraTest, SecondLoadKeepsTheAnimations)
     PerspectiveCamera camera(document.camera(), document.dae());
     camera.addAnimation(curve("x", "1 2"));
     EXPECT_TRUE(camera.createFromCollada(document.camera(), document.dae()));
-    EXPECT_EQ(1u, (camera.*privateMember(AnimationsField())).size());
+    EXPECT_EQ(1u, animationsField(camera).size());
 }
 
 TEST(CameraTest, NullElementThrowsNullPointer)
@@ -451,11 +447,11 @@ TEST_P(CameraAllocationTest, LoadThatRunsOutOfMemoryHasMadeTheParametersInTheirO
                 hasFailed = true;
             }
         }
-        const std::pair<char, bool> presence[] = {{'n', bool(camera.*privateMember(ZnearField()))},
-                                                  {'f', bool(camera.*privateMember(ZfarField()))},
-                                                  {'x', bool(camera.*privateMember(XfovField()))},
-                                                  {'y', bool(camera.*privateMember(YfovField()))},
-                                                  {'a', bool(camera.*privateMember(AspectRatioField()))}};
+        const std::pair<char, bool> presence[] = {{'n', bool(znearField(camera))},
+                                                  {'f', bool(zfarField(camera))},
+                                                  {'x', bool(xfovField(camera))},
+                                                  {'y', bool(yfovField(camera))},
+                                                  {'a', bool(aspectRatioField(camera))}};
         std::string made;
         for (const auto& parameter : presence) {
             if (parameter.second) {
@@ -509,7 +505,7 @@ TEST_P(CameraExtraTest, ReadsWithoutAnyOptics)
     CameraDocument document(GetParam().extras);
     PerspectiveCamera camera = unreadCamera();
     const LogCapture log;
-    (camera.*privateMember(ReadExtraCameraData()))(document.camera(), document.dae());
+    readExtraCameraDataOf(camera, document.camera(), document.dae());
     EXPECT_EQ("", log.text());
     EXPECT_EQ(GetParam().uri, textOf(camera.lookAtNodeURI()));
     EXPECT_EQ(GetParam().node, textOf(camera.lookAtNode()));
@@ -667,29 +663,29 @@ TEST_P(CameraProjectionTest, LoadGivesTheScalesOfItsRow)
     } else {
         expectLine(noAspectRatio, log);
     }
-    expectParameter(0.3, "", camera.*privateMember(ZnearField()));
-    expectParameter(1000.7, "", camera.*privateMember(ZfarField()));
-    EXPECT_EQ(row.hasXfov, bool(camera.*privateMember(XfovField())));
-    EXPECT_EQ(row.hasYfov, bool(camera.*privateMember(YfovField())));
+    expectParameter(0.3, "", znearField(camera));
+    expectParameter(1000.7, "", zfarField(camera));
+    EXPECT_EQ(row.hasXfov, bool(xfovField(camera)));
+    EXPECT_EQ(row.hasYfov, bool(yfovField(camera)));
 }
 
 TEST_P(CameraProjectionTest, UpdateTakesPresenceFromTheParametersAndNumbersFromItsArguments)
 {
     const PresenceCase& row = GetParam();
     PerspectiveCamera camera = unreadCamera();
-    camera.*privateMember(NameField()) = "Eye";
+    nameField(camera) = "Eye";
     if (row.hasXfov) {
-        camera.*privateMember(XfovField()) = new PerspectiveParameter(1.0, "x");
+        xfovField(camera) = new PerspectiveParameter(1.0, "x");
     }
     if (row.hasYfov) {
-        camera.*privateMember(YfovField()) = new PerspectiveParameter(2.0, "y");
+        yfovField(camera) = new PerspectiveParameter(2.0, "y");
     }
     if (row.hasAspectRatio) {
-        camera.*privateMember(AspectRatioField()) = new PerspectiveParameter(3.0, "a");
+        aspectRatioField(camera) = new PerspectiveParameter(3.0, "a");
     }
-    camera.*privateMember(ProjectionField()) = countingMatrix(); // nothing of it may be left
+    projectionField(camera) = countingMatrix(); // nothing of it may be left
     const LogCapture log;
-    EXPECT_EQ(row.result, (camera.*privateMember(UpdateProjectionMatrix()))(2.0, 50.0, 65.0, 35.0, 0.7));
+    EXPECT_EQ(row.result, updateProjectionMatrixOf(camera, 2.0, 50.0, 65.0, 35.0, 0.7));
     expectFloats(projection(expectedScale(row.x, 65.0, 35.0, 0.7), expectedScale(row.y, 65.0, 35.0, 0.7), 2.0, 50.0),
                  camera.projectionMatrix());
     if (row.result) {
@@ -698,13 +694,13 @@ TEST_P(CameraProjectionTest, UpdateTakesPresenceFromTheParametersAndNumbersFromI
         expectLine(noAspectRatio, log);
     }
     if (row.hasXfov) {
-        expectParameter(1.0, "x", camera.*privateMember(XfovField()));
+        expectParameter(1.0, "x", xfovField(camera));
     }
     if (row.hasYfov) {
-        expectParameter(2.0, "y", camera.*privateMember(YfovField()));
+        expectParameter(2.0, "y", yfovField(camera));
     }
     if (row.hasAspectRatio) {
-        expectParameter(3.0, "a", camera.*privateMember(AspectRatioField()));
+        expectParameter(3.0, "a", aspectRatioField(camera));
     }
 }
 
@@ -824,7 +820,7 @@ TEST(CameraTest, AddedAnimationsStandInTheirOrderAndAreShared)
     camera.addAnimation(first);
     camera.addAnimation(second);
     camera.addAnimation(first);
-    const AnimationList& list = camera.*privateMember(AnimationsField());
+    const AnimationList& list = animationsField(camera);
     ASSERT_EQ(3u, list.size());
     EXPECT_EQ(first, list[0]);
     EXPECT_EQ(second, list[1]);
@@ -843,7 +839,7 @@ TEST(CameraTest, EmptyAnimationHandleThrowsNullPointer)
         EXPECT_FALSE(exception.message().empty());
     }
     EXPECT_EQ("", log.text());
-    EXPECT_EQ(0u, (camera.*privateMember(AnimationsField())).size());
+    EXPECT_EQ(0u, animationsField(camera).size());
 }
 
 TEST(CameraTest, AnimationLengthIsThatOfTheLongest)
@@ -913,10 +909,10 @@ TEST(CameraTest, EvaluationLeavesTheParameters)
         camera.addAnimation(curve(sid, "10 20"));
     }
     camera.projectionMatrix(meanTime);
-    expectParameter(70.0, "x", camera.*privateMember(XfovField()));
-    expectParameter(40.0, "y", camera.*privateMember(YfovField()));
-    expectParameter(0.5, "n", camera.*privateMember(ZnearField()));
-    expectParameter(200.0, "f", camera.*privateMember(ZfarField()));
+    expectParameter(70.0, "x", xfovField(camera));
+    expectParameter(40.0, "y", yfovField(camera));
+    expectParameter(0.5, "n", znearField(camera));
+    expectParameter(200.0, "f", zfarField(camera));
 }
 
 TEST(CameraTest, EachEvaluationStartsAnew)
@@ -1000,15 +996,14 @@ class CameraSidTest : public testing::TestWithParam<SidCase> {};
 TEST_P(CameraSidTest, AnimationSetsTheFirstPresentParameterWithItsSid)
 {
     PerspectiveCamera camera = unreadCamera();
-    const std::array<Parameter*, 4> parameters = {
-        &(camera.*privateMember(XfovField())), &(camera.*privateMember(YfovField())),
-        &(camera.*privateMember(ZnearField())), &(camera.*privateMember(ZfarField()))};
+    const std::array<Parameter*, 4> parameters = {&xfovField(camera), &yfovField(camera), &znearField(camera),
+                                                  &zfarField(camera)};
     for (std::size_t i = 0; i < parameters.size(); ++i) {
         if (GetParam().sids[i] != nullptr) {
             *parameters[i] = new PerspectiveParameter(100.0 + static_cast<double>(i), GetParam().sids[i]);
         }
     }
-    camera.*privateMember(AspectRatioField()) = new PerspectiveParameter(2.0, "v");
+    aspectRatioField(camera) = new PerspectiveParameter(2.0, "v");
     camera.addAnimation(curve(GetParam().target, "8 8"));
     const LogCapture log;
     expectFloats(GetParam().expected, camera.projectionMatrix(meanTime));
@@ -1104,7 +1099,7 @@ TEST(CameraTest, TransformMultipliesOnTheRight)
     left(1, 0) = 1.0f;
     left(2, 2) = 3.0f;
     left(3, 3) = 1.0f;
-    camera.*privateMember(ProjectionField()) = left;
+    projectionField(camera) = left;
     const Matrix4& result = camera.transform(countingMatrix());
     EXPECT_EQ(&camera.projectionMatrix(), &result);
     // Twice the second row, the first, three times the third, the fourth.
@@ -1114,7 +1109,7 @@ TEST(CameraTest, TransformMultipliesOnTheRight)
 TEST(CameraTest, TransformByTheProjectionItselfSquaresIt)
 {
     PerspectiveCamera camera = unreadCamera();
-    camera.*privateMember(ProjectionField()) = countingMatrix();
+    projectionField(camera) = countingMatrix();
     camera.transform(camera.projectionMatrix());
     expectFloats({90, 100, 110, 120, 202, 228, 254, 280, 314, 356, 398, 440, 426, 484, 542, 600},
                  camera.projectionMatrix());
@@ -1127,7 +1122,7 @@ TEST(CameraTest, TransformsAddUp)
     for (unsigned i = 0; i < 4; ++i) {
         doubled(i, i) = 2.0f;
     }
-    camera.*privateMember(ProjectionField()) = countingMatrix();
+    projectionField(camera) = countingMatrix();
     camera.transform(doubled);
     camera.transform(doubled);
     expectFloats({4, 8, 12, 16, 20, 24, 28, 32, 36, 40, 44, 48, 52, 56, 60, 64}, camera.projectionMatrix());
@@ -1140,31 +1135,31 @@ TEST(CameraTest, AspectRatioOfACameraWithoutOneIsNotSet)
     PerspectiveCamera camera = load(opticsWith("<xfov>90</xfov><yfov>90</yfov>"));
     const LogCapture log;
     camera.setAspectRatio(3.0);
-    EXPECT_FALSE(camera.*privateMember(AspectRatioField()));
+    EXPECT_FALSE(aspectRatioField(camera));
     EXPECT_EQ("", log.text());
 }
 
 TEST(CameraTest, AspectRatioIsWrittenIntoTheSharedParameter)
 {
     PerspectiveCamera camera = load(opticsWith("<xfov>90</xfov><aspect_ratio sid='a'>2</aspect_ratio>"));
-    const PerspectiveParameter* const before = (camera.*privateMember(AspectRatioField())).get();
+    const PerspectiveParameter* const before = aspectRatioField(camera).get();
     camera.setAspectRatio(3.0);
-    expectParameter(3.0, "a", camera.*privateMember(AspectRatioField()));
-    EXPECT_EQ(before, (camera.*privateMember(AspectRatioField())).get());
+    expectParameter(3.0, "a", aspectRatioField(camera));
+    EXPECT_EQ(before, aspectRatioField(camera).get());
 }
 
 TEST(CameraTest, EqualAspectRatioChangesNothing)
 {
     PerspectiveCamera camera = load(opticsWith("<xfov>90</xfov><aspect_ratio>2</aspect_ratio>"));
     camera.setAspectRatio(2.0);
-    expectParameter(2.0, "", camera.*privateMember(AspectRatioField()));
+    expectParameter(2.0, "", aspectRatioField(camera));
 }
 
 TEST(CameraTest, ZeroOfTheOtherSignIsAnEqualAspectRatio)
 {
     PerspectiveCamera camera = load(opticsWith("<xfov>90</xfov><aspect_ratio>0</aspect_ratio>"));
     camera.setAspectRatio(-0.0);
-    EXPECT_FALSE(std::signbit((camera.*privateMember(AspectRatioField()))->value));
+    EXPECT_FALSE(std::signbit(aspectRatioField(camera)->value));
 }
 
 TEST(CameraTest, AspectRatioDoesNotRecomputeTheMatrix)
@@ -1196,12 +1191,12 @@ TEST(CameraTest, ClonesAndCopiesShareTheAspectRatioInBothDirections)
     const CameraHandle clone = camera.clone();
     PerspectiveCamera copy(camera);
     clone->setAspectRatio(3.0);
-    expectParameter(3.0, "", camera.*privateMember(AspectRatioField()));
-    expectParameter(3.0, "", copy.*privateMember(AspectRatioField()));
+    expectParameter(3.0, "", aspectRatioField(camera));
+    expectParameter(3.0, "", aspectRatioField(copy));
     camera.setAspectRatio(4.0);
-    expectParameter(4.0, "", copy.*privateMember(AspectRatioField()));
+    expectParameter(4.0, "", aspectRatioField(copy));
     const auto& other = dynamic_cast<const PerspectiveCamera&>(*clone);
-    expectParameter(4.0, "", other.*privateMember(AspectRatioField()));
+    expectParameter(4.0, "", aspectRatioField(other));
 }
 
 // ---- copies
@@ -1210,8 +1205,8 @@ TEST(CameraTest, ClonesAndCopiesShareTheAspectRatioInBothDirections)
 PerspectiveCamera fullCamera()
 {
     PerspectiveCamera camera = load(optics(namedOptics) + vendorExtra("<t>scene.dae#Target</t>"));
-    camera.*privateMember(AspectRatioField()) = new PerspectiveParameter(1.5, "a");
-    camera.*privateMember(ProjectionField()) = countingMatrix();
+    aspectRatioField(camera) = new PerspectiveParameter(1.5, "a");
+    projectionField(camera) = countingMatrix();
     camera.addAnimation(curve("x", "40 80"));
     camera.addAnimation(curve("y", "40 80"));
     return camera;
@@ -1226,8 +1221,8 @@ void expectCopy(const PerspectiveCamera& camera, const PerspectiveCamera& copy)
     EXPECT_EQ(textOf(camera.lookAtNode()), textOf(copy.lookAtNode()));
     expectFloats(elements(camera.projectionMatrix()), copy.projectionMatrix());
     EXPECT_EQ(parametersOf(camera), parametersOf(copy));
-    const AnimationList& animations = camera.*privateMember(AnimationsField());
-    const AnimationList& copied = copy.*privateMember(AnimationsField());
+    const AnimationList& animations = animationsField(camera);
+    const AnimationList& copied = animationsField(copy);
     ASSERT_EQ(animations.size(), copied.size());
     for (unsigned i = 0; i < animations.size(); ++i) {
         EXPECT_EQ(animations[i], copied[i]) << i;
@@ -1243,7 +1238,7 @@ TEST(CameraTest, CopySharesParametersAndAnimations)
     for (const PerspectiveParameter* parameter : parametersOf(copy)) {
         EXPECT_NE(nullptr, parameter);
     }
-    EXPECT_EQ(2u, (camera.*privateMember(AnimationsField())).size());
+    EXPECT_EQ(2u, animationsField(camera).size());
 }
 
 TEST(CameraTest, AssignmentSharesParametersAndAnimations)
@@ -1256,16 +1251,16 @@ TEST(CameraTest, AssignmentSharesParametersAndAnimations)
     PerspectiveCamera& result = (target = camera);
     EXPECT_EQ(&target, &result);
     expectCopy(camera, target);
-    EXPECT_EQ(2u, (camera.*privateMember(XfovField())).useCount());
+    EXPECT_EQ(2u, xfovField(camera).useCount());
 }
 
 TEST(CameraTest, AssignmentOfAnUnreadCameraEmptiesTheHandles)
 {
     PerspectiveCamera camera = fullCamera();
-    const Parameter kept = camera.*privateMember(XfovField());
+    const Parameter kept = xfovField(camera);
     camera = unreadCamera();
     EXPECT_EQ(std::vector<const PerspectiveParameter*>(5, nullptr), parametersOf(camera));
-    EXPECT_EQ(0u, (camera.*privateMember(AnimationsField())).size());
+    EXPECT_EQ(0u, animationsField(camera).size());
     EXPECT_EQ("", textOf(camera.id()));
     expectFloats(Floats{}, camera.projectionMatrix());
     EXPECT_EQ(1u, kept.useCount());
@@ -1278,7 +1273,7 @@ TEST(CameraTest, AssignmentToItselfChangesNothing)
     PerspectiveCamera& alias = camera;
     camera = alias;
     expectCopy(copy, camera);
-    EXPECT_EQ(2u, (camera.*privateMember(ZfarField())).useCount());
+    EXPECT_EQ(2u, zfarField(camera).useCount());
 }
 
 TEST(CameraTest, AssignmentThroughTheBaseCopiesTheAnimationsOnly)
@@ -1286,12 +1281,12 @@ TEST(CameraTest, AssignmentThroughTheBaseCopiesTheAnimationsOnly)
     const PerspectiveCamera camera = fullCamera();
     PerspectiveCamera target = load(opticsWith("<xfov>1</xfov><yfov>2</yfov>") + vendorExtra("<t>#Own</t>"));
     static_cast<Camera&>(target) = camera;
-    const AnimationList& animations = target.*privateMember(AnimationsField());
+    const AnimationList& animations = animationsField(target);
     ASSERT_EQ(2u, animations.size());
-    EXPECT_EQ((camera.*privateMember(AnimationsField()))[0], animations[0]);
-    EXPECT_EQ((camera.*privateMember(AnimationsField()))[1], animations[1]);
+    EXPECT_EQ(animationsField(camera)[0], animations[0]);
+    EXPECT_EQ(animationsField(camera)[1], animations[1]);
     EXPECT_EQ("Own", textOf(target.lookAtNode()));
-    expectParameter(1.0, "", target.*privateMember(XfovField()));
+    expectParameter(1.0, "", xfovField(target));
 }
 
 TEST(CameraTest, CopyHasMatrixTextsAndListOfItsOwn)
@@ -1300,9 +1295,9 @@ TEST(CameraTest, CopyHasMatrixTextsAndListOfItsOwn)
     PerspectiveCamera copy(camera);
     copy.transform(Matrix4());
     copy.addAnimation(curve("f", "1 2"));
-    copy.*privateMember(NameField()) = "Other";
+    nameField(copy) = "Other";
     expectFloats(elements(countingMatrix()), camera.projectionMatrix());
-    EXPECT_EQ(2u, (camera.*privateMember(AnimationsField())).size());
+    EXPECT_EQ(2u, animationsField(camera).size());
     EXPECT_EQ("Eye", textOf(camera.name()));
 }
 
@@ -1317,7 +1312,7 @@ TEST(CameraTest, CloneIsAPerspectiveCameraInAFreshHandle)
     const auto* const copy = dynamic_cast<const PerspectiveCamera*>(clone.get());
     ASSERT_NE(nullptr, copy);
     expectCopy(camera, *copy);
-    EXPECT_EQ(2u, (camera.*privateMember(AspectRatioField())).useCount());
+    EXPECT_EQ(2u, aspectRatioField(camera).useCount());
 }
 
 TEST(CameraTest, CloneOutlivesItsSource)
@@ -1329,7 +1324,7 @@ TEST(CameraTest, CloneOutlivesItsSource)
     }
     const auto& copy = dynamic_cast<const PerspectiveCamera&>(*clone);
     EXPECT_EQ("eye", textOf(clone->id()));
-    EXPECT_EQ(1u, (copy.*privateMember(XfovField())).useCount());
+    EXPECT_EQ(1u, xfovField(copy).useCount());
     expectFloats(projection(scaleOf(60.0), scaleOf(60.0), notANumber, notANumber), clone->projectionMatrix(meanTime));
 }
 

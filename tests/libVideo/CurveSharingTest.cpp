@@ -8,7 +8,7 @@ namespace {
 using namespace libVideo;
 using namespace testSupport;
 
-PRIVATE_MEMBER(SharingPool, SceneResources Scene::*, &Scene::m_resources)
+PRIVATE_MEMBER(sharingPool, SceneResources Scene::*, &Scene::m_resources)
 
 std::string source(const std::string& id, unsigned keys, unsigned step)
 {
@@ -43,7 +43,7 @@ TEST(CurveSharingTest, AnyNumberOfCurvesMayUseOneArray)
     Scene scene;
     EXPECT_TRUE(scene.createFromCollada(file.path().c_str()));
     EXPECT_EQ("", log.text());
-    auto& animations = (scene.*privateMember(SharingPool())).animationList;
+    auto& animations = sharingPool(scene).animationList;
     ASSERT_EQ(curves, animations.size());
     for (unsigned i = 0; i < curves; ++i) {
         ASSERT_EQ(keys, animations[i]->getCount());

@@ -22,14 +22,14 @@ using Instances = daeTArray<daeSmartRef<domInstance_geometry>>;
 using Technique = domProfile_COMMON::domTechnique;
 using PhongRef = daeSmartRef<Technique::domPhong>;
 
-PRIVATE_MEMBER(SceneNodeList, vesk::Array<NodeHandle> VisualScene::*, &VisualScene::m_nodeList)
-PRIVATE_MEMBER(SceneAddGeometryInstance, unsigned (VisualScene::*)(const NodeHandle&, const Instances&),
+PRIVATE_MEMBER(nodeListOf, vesk::Array<NodeHandle> VisualScene::*, &VisualScene::m_nodeList)
+PRIVATE_MEMBER(sceneAddGeometryInstance, unsigned (VisualScene::*)(const NodeHandle&, const Instances&),
                &VisualScene::addGeometryInstance)
-PRIVATE_MEMBER(SceneCreateAndRegisterGeometry, GeometryHandle (VisualScene::*)(domGeometry*),
+PRIVATE_MEMBER(sceneCreateAndRegisterGeometry, GeometryHandle (VisualScene::*)(domGeometry*),
                &VisualScene::createAndRegisterGeometry)
-PRIVATE_MEMBER(SceneRegisterMaterialAttributes, void (VisualScene::*)(const vesk::String&, domMaterial*),
+PRIVATE_MEMBER(sceneRegisterMaterialAttributes, void (VisualScene::*)(const vesk::String&, domMaterial*),
                &VisualScene::registerMaterialAttributes)
-PRIVATE_MEMBER(TechniquePhong, PhongRef Technique::*, &Technique::elemPhong)
+PRIVATE_MEMBER(techniquePhong, PhongRef Technique::*, &Technique::elemPhong)
 
 const std::string notAGeometry = "libVideo.visualScene: Not a geometry element";
 const std::string notInitialized = "libVideo.visualScene: Unable to initialize geometry instance";
@@ -123,17 +123,14 @@ public:
 
     unsigned addGeometryInstance(const NodeHandle& to, const Instances& instances)
     {
-        return (scene.*privateMember(SceneAddGeometryInstance()))(to, instances);
+        return sceneAddGeometryInstance(scene, to, instances);
     }
 
-    GeometryHandle createAndRegisterGeometry(domGeometry* of)
-    {
-        return (scene.*privateMember(SceneCreateAndRegisterGeometry()))(of);
-    }
+    GeometryHandle createAndRegisterGeometry(domGeometry* of) { return sceneCreateAndRegisterGeometry(scene, of); }
 
     void registerMaterialAttributes(const char* symbol, domMaterial* of)
     {
-        (scene.*privateMember(SceneRegisterMaterialAttributes()))(symbol, of);
+        sceneRegisterMaterialAttributes(scene, symbol, of);
     }
 
 private:
@@ -146,11 +143,6 @@ public:
 };
 
 // What a scene holds.
-
-const vesk::Array<NodeHandle>& nodeListOf(const VisualScene& scene)
-{
-    return scene.*privateMember(SceneNodeList());
-}
 
 const NodeHandle& nodeOf(const VisualScene& scene, const std::string& id);
 
@@ -682,7 +674,7 @@ TEST(GeometryInstancingTest, BlinnWinsOverAPhongInTheSameTechnique)
         const domFx_profile_abstractRef profile = world.element<domEffect>(id)->getFx_profile_abstract_array()[0];
         return daeSafeCast<domProfile_COMMON>(profile)->getTechnique();
     };
-    (*techniqueOf("blinn-effect")).*privateMember(TechniquePhong()) = techniqueOf("phong-effect")->getPhong();
+    techniquePhong(*techniqueOf("blinn-effect")) = techniqueOf("phong-effect")->getPhong();
     ASSERT_NE(nullptr, techniqueOf("blinn-effect")->getPhong());
     ASSERT_NE(nullptr, techniqueOf("blinn-effect")->getBlinn());
     ASSERT_TRUE(world.load());

@@ -14,12 +14,12 @@ using NodeList = vesk::Array<NodeHandle>;
 using PrimitiveHandle = vesk::SharedResource<vesk::PointerStorage<Primitive, 0, 3>, 0>;
 using PrimitiveList = vesk::Array<PrimitiveHandle>;
 
-PRIVATE_MEMBER(MeshId, vesk::String Mesh::*, &Mesh::m_id)
-PRIVATE_MEMBER(MeshPrimitives, PrimitiveList Mesh::*, &Mesh::m_primitives)
-PRIVATE_MEMBER(GeometryId, vesk::String Geometry::*, &Geometry::m_id)
-PRIVATE_MEMBER(GeometryName, vesk::String Geometry::*, &Geometry::m_name)
-PRIVATE_MEMBER(GeometryMesh, Mesh Geometry::*, &Geometry::m_mesh)
-PRIVATE_MEMBER(GeometryNodes, NodeList Geometry::*, &Geometry::m_nodes)
+PRIVATE_MEMBER(meshId, vesk::String Mesh::*, &Mesh::m_id)
+PRIVATE_MEMBER(meshPrimitives, PrimitiveList Mesh::*, &Mesh::m_primitives)
+PRIVATE_MEMBER(geometryId, vesk::String Geometry::*, &Geometry::m_id)
+PRIVATE_MEMBER(geometryName, vesk::String Geometry::*, &Geometry::m_name)
+PRIVATE_MEMBER(geometryMesh, Mesh Geometry::*, &Geometry::m_mesh)
+PRIVATE_MEMBER(geometryNodes, NodeList Geometry::*, &Geometry::m_nodes)
 
 TEST(MeshTest, StartsEmpty)
 {
@@ -114,7 +114,7 @@ TEST(MeshTest, IdIsEmptyAfterAGoodLoad)
 TEST(MeshTest, IdHandsOutTheField)
 {
     Mesh mesh;
-    mesh.*privateMember(MeshId()) = "field";
+    meshId(mesh) = "field";
     EXPECT_EQ(vesk::String("field"), mesh.id());
 }
 
@@ -217,7 +217,7 @@ TEST(MeshTest, CopyAndAssignmentShareThePrimitives)
     GeometryDocument document(meshOf(twoLists));
     Mesh mesh;
     mesh.createFromCollada(document.mesh());
-    mesh.*privateMember(MeshId()) = "field";
+    meshId(mesh) = "field";
     {
         const Mesh copy(mesh);
         EXPECT_EQ(vesk::String("field"), copy.id());
@@ -232,7 +232,7 @@ TEST(MeshTest, CopyAndAssignmentShareThePrimitives)
 TEST(MeshTest, PrimitivesHandsOutTheField)
 {
     Mesh mesh;
-    EXPECT_EQ(&(mesh.*privateMember(MeshPrimitives())), &mesh.primitives());
+    EXPECT_EQ(&meshPrimitives(mesh), &mesh.primitives());
 }
 
 // --- Geometry: load ---
@@ -240,10 +240,10 @@ TEST(MeshTest, PrimitivesHandsOutTheField)
 TEST(GeometryTest, AccessorsHandOutTheFields)
 {
     Geometry geometry;
-    EXPECT_EQ(&(geometry.*privateMember(GeometryId())), &geometry.id());
-    EXPECT_EQ(&(geometry.*privateMember(GeometryName())), &geometry.name());
-    EXPECT_EQ(&(geometry.*privateMember(GeometryMesh())), &geometry.mesh());
-    EXPECT_EQ(&(geometry.*privateMember(GeometryNodes())), &geometry.nodes());
+    EXPECT_EQ(&geometryId(geometry), &geometry.id());
+    EXPECT_EQ(&geometryName(geometry), &geometry.name());
+    EXPECT_EQ(&geometryMesh(geometry), &geometry.mesh());
+    EXPECT_EQ(&geometryNodes(geometry), &geometry.nodes());
 }
 
 TEST(GeometryTest, GoodLoadTakesIdNameAndMesh)

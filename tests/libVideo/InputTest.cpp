@@ -20,19 +20,19 @@ using Floats = std::vector<float>;
 using Bytes = std::vector<unsigned>;
 using Indices = std::vector<unsigned>;
 
-PRIVATE_MEMBER(InputCachedIndex, unsigned Input::*, &Input::m_cachedIndex)
-PRIVATE_MEMBER(InputBytePerAccess, unsigned Input::*, &Input::m_bytePerAccess)
-PRIVATE_MEMBER(InputByteStream, ByteArray Input::*, &Input::m_byteStream)
-PRIVATE_MEMBER(InputLayout, LayoutArray Input::*, &Input::m_layout)
-PRIVATE_MEMBER(InputSources, SourceArray Input::*, &Input::m_sources)
-PRIVATE_MEMBER(LocalNumVertices, unsigned InputLocal::*, &InputLocal::m_numVertices)
-PRIVATE_MEMBER(LocalSources, const SourceArray& (InputLocal::*)() const, &InputLocal::sources)
-PRIVATE_MEMBER(OffsetOffsetCount, unsigned InputLocalOffset::*, &InputLocalOffset::m_offsetCount)
-PRIVATE_MEMBER(OffsetOffsets, IndexArray InputLocalOffset::*, &InputLocalOffset::m_offsets)
-PRIVATE_MEMBER(OffsetP, domP* InputLocalOffset::*, &InputLocalOffset::m_p)
-PRIVATE_MEMBER(OffsetPIndices, IndexArray InputLocalOffset::*, &InputLocalOffset::m_pIndices)
-PRIVATE_MEMBER(OffsetAddOffset, void (InputLocalOffset::*)(unsigned), &InputLocalOffset::addOffset)
-PRIVATE_MEMBER(OffsetCreateVertices, void (InputLocalOffset::*)(const OffsetInputRef&),
+PRIVATE_MEMBER(cachedIndexOf, unsigned Input::*, &Input::m_cachedIndex)
+PRIVATE_MEMBER(inputBytePerAccess, unsigned Input::*, &Input::m_bytePerAccess)
+PRIVATE_MEMBER(streamOf, ByteArray Input::*, &Input::m_byteStream)
+PRIVATE_MEMBER(inputLayout, LayoutArray Input::*, &Input::m_layout)
+PRIVATE_MEMBER(inputSources, SourceArray Input::*, &Input::m_sources)
+PRIVATE_MEMBER(localNumVertices, unsigned InputLocal::*, &InputLocal::m_numVertices)
+PRIVATE_MEMBER(localSources, const SourceArray& (InputLocal::*)() const, &InputLocal::sources)
+PRIVATE_MEMBER(offsetCountOf, unsigned InputLocalOffset::*, &InputLocalOffset::m_offsetCount)
+PRIVATE_MEMBER(offsetOffsets, IndexArray InputLocalOffset::*, &InputLocalOffset::m_offsets)
+PRIVATE_MEMBER(pOf, domP* InputLocalOffset::*, &InputLocalOffset::m_p)
+PRIVATE_MEMBER(offsetPIndices, IndexArray InputLocalOffset::*, &InputLocalOffset::m_pIndices)
+PRIVATE_MEMBER(offsetAddOffset, void (InputLocalOffset::*)(unsigned), &InputLocalOffset::addOffset)
+PRIVATE_MEMBER(offsetCreateVertices, void (InputLocalOffset::*)(const OffsetInputRef&),
                &InputLocalOffset::createVertices)
 
 TEST(InputLocalTest, NullEntryOfAHostThrowsNullPointer)
@@ -115,34 +115,14 @@ Texts layoutOf(const Input& input);
 /// The ids of the sources.
 Texts sourcesOf(const Input& input);
 
-unsigned cachedIndexOf(const Input& input)
-{
-    return input.*privateMember(InputCachedIndex());
-}
-
-const ByteArray& streamOf(const Input& input)
-{
-    return input.*privateMember(InputByteStream());
-}
-
 Indices offsetsOf(const InputLocalOffset& input)
 {
-    return indicesOf(input.*privateMember(OffsetOffsets()));
-}
-
-unsigned offsetCountOf(const InputLocalOffset& input)
-{
-    return input.*privateMember(OffsetOffsetCount());
-}
-
-domP* pOf(const InputLocalOffset& input)
-{
-    return input.*privateMember(OffsetP());
+    return indicesOf(offsetOffsets(input));
 }
 
 Indices tupleOf(const InputLocalOffset& input)
 {
-    return indicesOf(input.*privateMember(OffsetPIndices()));
+    return indicesOf(offsetPIndices(input));
 }
 
 /// Traces on "libVideo.input" with "N" for their number, other lines as "channel: words".
@@ -175,7 +155,7 @@ TEST(InputTest, FieldsStartWithTheirDefaults)
     EXPECT_EQ(0u, input.bytePerAccess());
     EXPECT_EQ(0u, streamOf(input).size());
     EXPECT_EQ(0u, input.layout().size());
-    EXPECT_EQ(0u, (input.*privateMember(InputSources())).size());
+    EXPECT_EQ(0u, inputSources(input).size());
     EXPECT_FALSE(input.hasData());
 }
 
@@ -184,12 +164,10 @@ TEST(InputTest, FieldsStandInTheirOrder)
     MeshDocument document(position, inputXml("VERTEX", "vertices", "0"), "0");
     const InputLocal local(document.vertices());
     const InputLocalOffset offset(document.triangles(), document.p());
-    expectAscending({&(local.*privateMember(InputCachedIndex())), &(local.*privateMember(InputBytePerAccess())),
-                     &(local.*privateMember(InputByteStream())), &(local.*privateMember(InputLayout())),
-                     &(local.*privateMember(InputSources())), &(local.*privateMember(LocalNumVertices()))});
-    expectAscending({&(offset.*privateMember(InputSources())), &(offset.*privateMember(OffsetOffsetCount())),
-                     &(offset.*privateMember(OffsetOffsets())), &(offset.*privateMember(OffsetP())),
-                     &(offset.*privateMember(OffsetPIndices()))});
+    expectAscending({&cachedIndexOf(local), &inputBytePerAccess(local), &streamOf(local), &inputLayout(local),
+                     &inputSources(local), &localNumVertices(local)});
+    expectAscending(
+        {&inputSources(offset), &offsetCountOf(offset), &offsetOffsets(offset), &pOf(offset), &offsetPIndices(offset)});
 }
 
 #if defined(__x86_64__) && defined(__GNUC__)
@@ -284,14 +262,14 @@ TEST(InputLocalTest, SourcesHandsOutTheList)
 {
     MeshDocument document(position + normal);
     const InputLocal input(document.vertices());
-    EXPECT_EQ(&(input.*privateMember(InputSources())), &(input.*privateMember(LocalSources()))());
+    EXPECT_EQ(&inputSources(input), &localSources(input));
 }
 
 TEST(InputLocalTest, TwoInputsOfOneSourceReadTwoObjects)
 {
     MeshDocument document(position + inputXml("NORMAL", "positions"));
     InputLocal local(document.vertices());
-    const SourceArray& sources = (local.*privateMember(LocalSources()))();
+    const SourceArray& sources = localSources(local);
     ASSERT_EQ(2u, sources.size());
     EXPECT_NE(sources[0].get(), sources[1].get());
     EXPECT_EQ((Floats{10, 11, 12, 10, 11, 12}), floatsOf(local.data(1)));
@@ -512,7 +490,7 @@ TEST(InputLocalTest, SecondLoadReleasesTheSourcesOfTheFirst)
 {
     MeshDocument document(position);
     InputLocal input(document.vertices());
-    const SourceHandle held = (input.*privateMember(LocalSources()))()[0];
+    const SourceHandle held = localSources(input)[0];
     EXPECT_EQ(2u, held.useCount());
     input.createFromCollada(document.vertices());
     EXPECT_EQ(1u, held.useCount());
@@ -729,10 +707,10 @@ TEST(InputLocalCopyTest, CopyHasAllFieldsAndSharesTheSources)
     EXPECT_EQ(20u, copy.bytePerAccess());
     EXPECT_EQ(4u, copy.numVertices());
     EXPECT_EQ(1u, cachedIndexOf(copy));
-    const SourceArray& sources = (copy.*privateMember(LocalSources()))();
+    const SourceArray& sources = localSources(copy);
     ASSERT_EQ(2u, sources.size());
     for (unsigned i = 0; i < 2; ++i) {
-        EXPECT_EQ((input.*privateMember(LocalSources()))()[i].get(), sources[i].get());
+        EXPECT_EQ(localSources(input)[i].get(), sources[i].get());
         EXPECT_EQ(2u, sources[i].useCount());
     }
     // The current vertex came along.
@@ -899,7 +877,7 @@ TEST(InputLocalOffsetTest, AddOffsetCountsAnOffsetOnceAndAppendsItAlways)
 {
     const LogCapture unread;
     InputLocalOffset input(OffsetInputs(), nullptr);
-    const auto add = [&input](unsigned offset) { (input.*privateMember(OffsetAddOffset()))(offset); };
+    const auto add = [&input](unsigned offset) { offsetAddOffset(input, offset); };
     add(3);
     EXPECT_EQ(1u, offsetCountOf(input));
     add(3);
@@ -920,7 +898,7 @@ TEST(InputLocalOffsetTest, CreateVerticesAppendsSourcesAndShiftedLayouts)
     MeshDocument vertices("", vertexAt0, "0");
     MeshDocument other(position + texcoord, vertexAt0, "0");
     InputLocalOffset input(document.triangles(), document.p());
-    (input.*privateMember(OffsetCreateVertices()))(other.triangles()[0]);
+    offsetCreateVertices(input, other.triangles()[0]);
     EXPECT_EQ((Texts{"normals", "positions", "texcoords"}), sourcesOf(input));
     EXPECT_EQ((Texts{"4 12 0 3 0", "5 12 12 3 0", "9 8 24 2 0"}), layoutOf(input));
     EXPECT_EQ(32u, input.bytePerAccess());
@@ -929,7 +907,7 @@ TEST(InputLocalOffsetTest, CreateVerticesAppendsSourcesAndShiftedLayouts)
     EXPECT_EQ(1u, offsetCountOf(input));
 
     const LogCapture log;
-    (input.*privateMember(OffsetCreateVertices()))(vertices.triangles()[0]); // a <vertices> without inputs
+    offsetCreateVertices(input, vertices.triangles()[0]); // a <vertices> without inputs
     EXPECT_EQ((Texts{loadFailedLine}), log.messages());
     EXPECT_EQ(3u, input.layout().size());
     EXPECT_EQ(32u, input.bytePerAccess());
@@ -1560,10 +1538,10 @@ TEST(InputLocalOffsetCopyTest, CopyHasAllFieldsAndSharesTheSources)
     EXPECT_EQ((Indices{0, 1}), offsetsOf(copy));
     EXPECT_EQ(document.p(), pOf(copy));
     EXPECT_EQ((Indices{0, 1}), tupleOf(copy));
-    const SourceArray& sources = copy.*privateMember(InputSources());
+    const SourceArray& sources = inputSources(copy);
     ASSERT_EQ(2u, sources.size());
     for (unsigned i = 0; i < 2; ++i) {
-        EXPECT_EQ((input.*privateMember(InputSources()))[i].get(), sources[i].get());
+        EXPECT_EQ(inputSources(input)[i].get(), sources[i].get());
         EXPECT_EQ(2u, sources[i].useCount());
     }
     document.values("positions-array")[6] = 77.0;
@@ -1617,8 +1595,8 @@ TEST(InputTest, DestructionThroughTheBaseReleasesTheSources)
     MeshDocument document(position, vertexAt0, "1");
     std::unique_ptr<Input> local = std::make_unique<InputLocal>(document.vertices());
     std::unique_ptr<Input> offset = std::make_unique<InputLocalOffset>(document.triangles(), document.p());
-    const SourceHandle ofLocal = (*local.*privateMember(InputSources()))[0];
-    const SourceHandle ofOffset = (*offset.*privateMember(InputSources()))[0];
+    const SourceHandle ofLocal = inputSources(*local)[0];
+    const SourceHandle ofOffset = inputSources(*offset)[0];
     EXPECT_EQ((Floats{10, 11, 12}), floatsOf(local->data(1)));
     EXPECT_EQ((Floats{10, 11, 12}), floatsOf(offset->data(0)));
     local.reset();
@@ -1747,7 +1725,7 @@ Texts layoutOf(const Input& input)
 Texts sourcesOf(const Input& input)
 {
     Texts texts;
-    for (const SourceHandle& handle : input.*privateMember(InputSources())) {
+    for (const SourceHandle& handle : inputSources(input)) {
         texts.push_back(handle->id().data());
     }
     return texts;

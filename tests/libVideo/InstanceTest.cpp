@@ -14,30 +14,29 @@ using namespace testSupport;
 
 using Matrix = Matrix4;
 
-PRIVATE_MEMBER(InstanceNode, NodeLink Instance::*, &Instance::m_node)
-PRIVATE_MEMBER(InstanceSid, vesk::String Instance::*, &Instance::m_sid)
-PRIVATE_MEMBER(InstanceName, vesk::String Instance::*, &Instance::m_name)
-PRIVATE_MEMBER(InstanceCamera, Link<Camera> CameraInstance::*, &CameraInstance::m_camera)
-PRIVATE_MEMBER(InstanceLookAtNode, NodeLink CameraInstance::*, &CameraInstance::m_lookAtNode)
-PRIVATE_MEMBER(InstanceView, Matrix CameraInstance::*, &CameraInstance::m_view)
-PRIVATE_MEMBER(InstancePointLight, Link<PointLight> PointLightInstance::*, &PointLightInstance::m_pointLight)
-PRIVATE_MEMBER(InstanceSpotLight, Link<SpotLight> SpotLightInstance::*, &SpotLightInstance::m_spotLight)
-PRIVATE_MEMBER(SpotLookAtNode, NodeLink SpotLightInstance::*, &SpotLightInstance::m_lookAtNode)
-PRIVATE_MEMBER(NodeName, vesk::String Node::*, &Node::m_name)
-PRIVATE_MEMBER(NodeMatrix, Matrix Node::*, &Node::m_transform)
-PRIVATE_MEMBER(NodeHasAnimation, bool Node::*, &Node::m_hasAnimation)
-PRIVATE_MEMBER(NodeTransformations, vesk::Array<TransformationHandle> Node::*, &Node::m_transformations)
+PRIVATE_MEMBER(instanceNode, NodeLink Instance::*, &Instance::m_node)
+PRIVATE_MEMBER(instanceSid, vesk::String Instance::*, &Instance::m_sid)
+PRIVATE_MEMBER(instanceName, vesk::String Instance::*, &Instance::m_name)
+PRIVATE_MEMBER(instanceCamera, Link<Camera> CameraInstance::*, &CameraInstance::m_camera)
+PRIVATE_MEMBER(instanceLookAtNode, NodeLink CameraInstance::*, &CameraInstance::m_lookAtNode)
+PRIVATE_MEMBER(instanceView, Matrix CameraInstance::*, &CameraInstance::m_view)
+PRIVATE_MEMBER(instancePointLight, Link<PointLight> PointLightInstance::*, &PointLightInstance::m_pointLight)
+PRIVATE_MEMBER(instanceSpotLight, Link<SpotLight> SpotLightInstance::*, &SpotLightInstance::m_spotLight)
+PRIVATE_MEMBER(spotLookAtNode, NodeLink SpotLightInstance::*, &SpotLightInstance::m_lookAtNode)
+PRIVATE_MEMBER(nodeName, vesk::String Node::*, &Node::m_name)
+PRIVATE_MEMBER(nodeMatrix, Matrix Node::*, &Node::m_transform)
+PRIVATE_MEMBER(nodeHasAnimation, bool Node::*, &Node::m_hasAnimation)
+PRIVATE_MEMBER(nodeTransformations, vesk::Array<TransformationHandle> Node::*, &Node::m_transformations)
 
 TEST(InstanceTest, MembersStandInTheirOrder)
 {
     const CameraInstance camera;
-    expectAscending({&(camera.*privateMember(InstanceNode())), &(camera.*privateMember(InstanceSid())),
-                     &(camera.*privateMember(InstanceName())), &(camera.*privateMember(InstanceCamera())),
-                     &(camera.*privateMember(InstanceLookAtNode())), &(camera.*privateMember(InstanceView()))});
+    expectAscending({&instanceNode(camera), &instanceSid(camera), &instanceName(camera), &instanceCamera(camera),
+                     &instanceLookAtNode(camera), &instanceView(camera)});
     const SpotLightInstance light;
-    const void* const name = &(light.*privateMember(InstanceName()));
-    const void* const spotLight = &(light.*privateMember(InstanceSpotLight()));
-    const void* const lookAt = &(light.*privateMember(SpotLookAtNode()));
+    const void* const name = &instanceName(light);
+    const void* const spotLight = &instanceSpotLight(light);
+    const void* const lookAt = &spotLookAtNode(light);
     EXPECT_LT(name, spotLight);
     EXPECT_LT(spotLight, lookAt);
 }
@@ -189,8 +188,8 @@ TEST(InstanceTest, InstanceOfANodeHasEmptyTextsOfItsOwn)
     const Stage stage(node("n", "0 0 0"));
     const Instance instance(stage.link("n"));
     EXPECT_EQ(stage.link("n"), instance.node());
-    EXPECT_STREQ("", (instance.*privateMember(InstanceSid())).data());
-    EXPECT_STREQ("", (instance.*privateMember(InstanceName())).data());
+    EXPECT_STREQ("", instanceSid(instance).data());
+    EXPECT_STREQ("", instanceName(instance).data());
     EXPECT_EQ(&instance.node()->id(), &instance.nodeId());
     EXPECT_STREQ("n", instance.nodeId().data());
 }
@@ -202,12 +201,12 @@ TEST(InstanceTest, NameIsTheOwnOneElseThatOfTheNodeElseEmpty)
     EXPECT_STREQ("n-name", instance.name().data());
     EXPECT_EQ(&instance.node()->name(), &instance.name());
 
-    instance.*privateMember(InstanceName()) = "own";
+    instanceName(instance) = "own";
     EXPECT_STREQ("own", instance.name().data());
 
     Instance without;
     EXPECT_STREQ("", without.name().data());
-    without.*privateMember(InstanceName()) = "own";
+    instanceName(without) = "own";
     EXPECT_STREQ("own", without.name().data());
 }
 
@@ -216,7 +215,7 @@ TEST(InstanceTest, NameOfANodeWithoutNameIsEmpty)
     Node nameless;
     const Instance instance{NodeLink(&nameless)};
     EXPECT_STREQ("", instance.name().data());
-    nameless.*privateMember(NodeName()) = "later";
+    nodeName(nameless) = "later";
     EXPECT_STREQ("later", instance.name().data());
 }
 
@@ -225,7 +224,7 @@ TEST(InstanceTest, SidIsNotTakenFromTheNode)
     const Stage stage("<node id='n' sid='place'/>");
     Instance instance(stage.link("n"));
     EXPECT_STREQ("", instance.sid().data());
-    instance.*privateMember(InstanceSid()) = "own";
+    instanceSid(instance) = "own";
     EXPECT_STREQ("own", instance.sid().data());
 }
 
@@ -247,13 +246,13 @@ TEST(InstanceTest, CopiesShareTheNodeAndHaveTextsOfTheirOwn)
 {
     const Stage stage(node("n", "0 0 0"));
     Instance source(stage.link("n"));
-    source.*privateMember(InstanceSid()) = "sid";
-    source.*privateMember(InstanceName()) = "name";
+    instanceSid(source) = "sid";
+    instanceName(source) = "name";
     const Instance copy(source);
     Instance assigned;
     assigned = source;
-    source.*privateMember(InstanceSid()) = "changed";
-    source.*privateMember(InstanceName()) = "changed";
+    instanceSid(source) = "changed";
+    instanceName(source) = "changed";
 
     for (const Instance* const instance : {&copy, static_cast<const Instance*>(&assigned)}) {
         EXPECT_EQ(stage.link("n"), instance->node());
@@ -303,7 +302,7 @@ TEST(CameraInstanceTest, SidAndNameOfTheElementAreNotRead)
     CameraInstance instance(stage.link("n"));
     ASSERT_TRUE(stage.load(instance, "n"));
     EXPECT_STREQ("", instance.sid().data());
-    EXPECT_STREQ("", (instance.*privateMember(InstanceName())).data());
+    EXPECT_STREQ("", instanceName(instance).data());
     EXPECT_STREQ("n-name", instance.name().data());
 }
 
@@ -311,11 +310,11 @@ TEST(CameraInstanceTest, SidAndNameOfTheElementAreNotRead)
 CameraInstance boundElsewhere(const Stage& stage)
 {
     CameraInstance instance(stage.link("n"));
-    instance.*privateMember(InstanceCamera()) = stage.cameraList[0];
-    instance.*privateMember(InstanceLookAtNode()) = stage.link("n");
-    instance.*privateMember(InstanceView()) = matrixOf(translated(7, 8, 9));
-    instance.*privateMember(InstanceSid()) = "sid";
-    instance.*privateMember(InstanceName()) = "name";
+    instanceCamera(instance) = stage.cameraList[0];
+    instanceLookAtNode(instance) = stage.link("n");
+    instanceView(instance) = matrixOf(translated(7, 8, 9));
+    instanceSid(instance) = "sid";
+    instanceName(instance) = "name";
     return instance;
 }
 
@@ -453,8 +452,8 @@ TEST(CameraInstanceTest, NullInTheNodeTableIsTakenAndKeepsTheView)
     Stage stage(nodeWithCamera, library("library_cameras", camera("eye", "aim")));
     stage.nodeTable.insert("aim", NodeLink());
     CameraInstance instance(stage.link("n"));
-    instance.*privateMember(InstanceLookAtNode()) = stage.link("n");
-    instance.*privateMember(InstanceView()) = matrixOf(translated(7, 8, 9));
+    instanceLookAtNode(instance) = stage.link("n");
+    instanceView(instance) = matrixOf(translated(7, 8, 9));
     const LogCapture log;
     EXPECT_TRUE(stage.load(instance, "n"));
     EXPECT_EQ(nullptr, instance.lookAtNode());
@@ -490,7 +489,7 @@ Node placed(const Triple& position, const Triple& up)
         values[4 * i + 1] = up[i];
         values[4 * i + 3] = position[i];
     }
-    node.*privateMember(NodeMatrix()) = matrixOf(values);
+    nodeMatrix(node) = matrixOf(values);
     return node;
 }
 
@@ -628,7 +627,7 @@ TEST(CameraInstanceTest, ViewOfStillNodesStaysAsItStands)
     const Stage stage(movingNodes);
     CameraInstance instance(stage.link("n"));
     instance.setLookAtNode(stage.link("aim"));
-    instance.*privateMember(InstanceView()) = matrixOf(arbitrary);
+    instanceView(instance) = matrixOf(arbitrary);
     EXPECT_EQ(&instance.view(), &instance.view(2.0));
     EXPECT_EQ(arbitrary, elements(instance.view()));
 }
@@ -688,7 +687,7 @@ TEST(CameraInstanceTest, ViewThatWasComputedForATimeStaysOnceTheNodesAreStill)
     CameraInstance instance(stage.link("n"));
     instance.setLookAtNode(stage.link("aim"));
     ASSERT_EQ(straightView(0, 0, -7), elements(instance.view(2.0)));
-    (*stage.link("n")).*privateMember(NodeHasAnimation()) = false;
+    nodeHasAnimation(*stage.link("n")) = false;
     EXPECT_EQ(straightView(0, 0, -7), elements(instance.view(1.0)));
 }
 
@@ -697,7 +696,7 @@ TEST(CameraInstanceTest, ViewWithoutALookAtNodeStaysAsItStands)
     const Stage stage(movingNodes, "", movesEye);
     CameraInstance instance(stage.link("n"));
     EXPECT_EQ(zero, elements(instance.view(2.0)));
-    instance.*privateMember(InstanceView()) = matrixOf(arbitrary);
+    instanceView(instance) = matrixOf(arbitrary);
     EXPECT_EQ(&instance.view(), &instance.view(2.0));
     EXPECT_EQ(arbitrary, elements(instance.view()));
     CameraInstance empty;
@@ -728,8 +727,8 @@ private:
 
 void record(Node& node, std::string& calls, const char* name, const std::vector<Elements>& matrices)
 {
-    node.*privateMember(NodeHasAnimation()) = true;
-    (node.*privateMember(NodeTransformations())).append(TransformationHandle(new Recorder(calls, name, matrices)));
+    nodeHasAnimation(node) = true;
+    nodeTransformations(node).append(TransformationHandle(new Recorder(calls, name, matrices)));
 }
 
 TEST(CameraInstanceTest, ViewAsksForUpThenTargetThenEye)
@@ -743,7 +742,7 @@ TEST(CameraInstanceTest, ViewAsksForUpThenTargetThenEye)
     record(from, calls, "node", {first, second});
     record(to, calls, "target", {translated(0, 0, 4)});
     CameraInstance instance{NodeLink(&from)};
-    instance.*privateMember(InstanceLookAtNode()) = NodeLink(&to);
+    instanceLookAtNode(instance) = NodeLink(&to);
     // z = (0, 0, 1), x = (1, 0, 0) × z = (0, -1, 0), y = z × x = (1, 0, 0)
     EXPECT_EQ((Elements{0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 5, 1}), elements(instance.view(2.0)));
     EXPECT_EQ("node@2 target@2 node@2 ", calls);
@@ -755,7 +754,7 @@ TEST(CameraInstanceTest, NodeThatLooksAtItselfIsAskedThreeTimes)
     Node node;
     record(node, calls, "node", {translated(0, 0, 0), translated(0, 0, 4), translated(0, 0, -5)});
     CameraInstance instance{NodeLink(&node)};
-    instance.*privateMember(InstanceLookAtNode()) = NodeLink(&node);
+    instanceLookAtNode(instance) = NodeLink(&node);
     EXPECT_EQ(straightView(0, 0, -5), elements(instance.view(2.0))) << "target of the second answer, eye of the third";
 }
 
@@ -817,8 +816,8 @@ TEST(CameraInstanceTest, CopiesShareWhatTheyReferToAndHaveAViewOfTheirOwn)
                 library("library_cameras", camera("eye", "aim")));
     CameraInstance source(stage.link("n"));
     ASSERT_TRUE(stage.load(source, "n"));
-    source.*privateMember(InstanceSid()) = "sid";
-    source.*privateMember(InstanceName()) = "name";
+    instanceSid(source) = "sid";
+    instanceName(source) = "name";
     const CameraInstance copy(source);
     CameraInstance assigned(stage.link("b"));
     assigned = source;
@@ -854,7 +853,7 @@ TEST(PointLightInstanceTest, NewInstanceIsEmptyAndOneOfALightHasIt)
     const PointLightInstance instance(stage.link("n"), Link<PointLight>(&light));
     EXPECT_EQ(stage.link("n"), instance.node());
     EXPECT_EQ(&light, instance.pointLight().get());
-    EXPECT_EQ(&(instance.*privateMember(InstancePointLight())), &instance.pointLight());
+    EXPECT_EQ(&instancePointLight(instance), &instance.pointLight());
     EXPECT_STREQ("", instance.sid().data());
     EXPECT_STREQ("n-name", instance.name().data());
 }
@@ -877,8 +876,8 @@ TEST(PointLightInstanceTest, AbsentNameAndSidBecomeEmpty)
 {
     Stage stage(node("n", "0 0 0", "<instance_light url='#lamp'/>"));
     PointLightInstance instance(stage.link("n"), Link<PointLight>());
-    instance.*privateMember(InstanceName()) = "before";
-    instance.*privateMember(InstanceSid()) = "before";
+    instanceName(instance) = "before";
+    instanceSid(instance) = "before";
     EXPECT_TRUE(instance.createFromCollada(stage.lightElement("n"))) << "also without a light";
     EXPECT_STREQ("", instance.sid().data());
     EXPECT_STREQ("n-name", instance.name().data());
@@ -935,8 +934,8 @@ TEST(SpotLightInstanceTest, WithoutALightNothingChanges)
 {
     Stage stage(lightOfBothNames);
     SpotLightInstance instance(stage.link("n"), Link<SpotLight>());
-    instance.*privateMember(InstanceName()) = "before";
-    instance.*privateMember(InstanceSid()) = "was";
+    instanceName(instance) = "before";
+    instanceSid(instance) = "was";
     instance.setLookatNode(stage.link("m"));
     const LogCapture log;
     EXPECT_FALSE(instance.createFromCollada(stage.lightElement("n"), stage.nodeTable));
@@ -972,8 +971,8 @@ TEST(SpotLightInstanceTest, AbsentNameAndSidBecomeEmpty)
 {
     Stage stage(node("n", "0 0 0", "<instance_light url='#lamp'/>"), library("library_lights", spot("lamp", "n")));
     SpotLightInstance instance(stage.link("n"), stage.spotLightList[0]);
-    instance.*privateMember(InstanceName()) = "before";
-    instance.*privateMember(InstanceSid()) = "before";
+    instanceName(instance) = "before";
+    instanceSid(instance) = "before";
     EXPECT_TRUE(instance.createFromCollada(stage.lightElement("n"), stage.nodeTable));
     EXPECT_STREQ("", instance.sid().data());
     EXPECT_STREQ("n-name", instance.name().data());

@@ -20,23 +20,23 @@ using libVideo::detail::PoolIndex;
 
 using Matrix = Matrix4;
 
-PRIVATE_MEMBER(ScenePool, SceneResources Scene::*, &Scene::m_resources)
-PRIVATE_MEMBER(SceneDae, DAE Scene::*, &Scene::m_dae)
-PRIVATE_MEMBER(VisualNodeList, vesk::Array<NodeHandle> VisualScene::*, &VisualScene::m_nodeList)
-PRIVATE_MEMBER(VisualNodeTable, libVideo::NodeTable VisualScene::*, &VisualScene::m_nodeTable)
-PRIVATE_MEMBER(VisualCameraList, vesk::Array<CameraInstanceHandle> VisualScene::*, &VisualScene::m_cameraList)
-PRIVATE_MEMBER(VisualResources, SceneResourcesLink VisualScene::*, &VisualScene::m_resources)
-PRIVATE_MEMBER(AddCameraInstance,
+PRIVATE_MEMBER(scenePool, SceneResources Scene::*, &Scene::m_resources)
+PRIVATE_MEMBER(sceneDae, DAE Scene::*, &Scene::m_dae)
+PRIVATE_MEMBER(visualNodeList, vesk::Array<NodeHandle> VisualScene::*, &VisualScene::m_nodeList)
+PRIVATE_MEMBER(visualNodeTable, libVideo::NodeTable VisualScene::*, &VisualScene::m_nodeTable)
+PRIVATE_MEMBER(visualCameraList, vesk::Array<CameraInstanceHandle> VisualScene::*, &VisualScene::m_cameraList)
+PRIVATE_MEMBER(visualResources, SceneResourcesLink VisualScene::*, &VisualScene::m_resources)
+PRIVATE_MEMBER(addCameraInstance,
                unsigned (VisualScene::*)(const NodeHandle&, const daeTArray<daeSmartRef<domInstance_camera>>&,
                                          PoolIndex&),
                &VisualScene::addCameraInstance)
-PRIVATE_MEMBER(AddLightInstance,
+PRIVATE_MEMBER(addLightInstance,
                unsigned (VisualScene::*)(const NodeHandle&, const daeTArray<daeSmartRef<domInstance_light>>&,
                                          PoolIndex&),
                &VisualScene::addLightInstance)
-PRIVATE_MEMBER(AddAnimationsToNodes, void (VisualScene::*)(), &VisualScene::addAnimationsToNodes)
-PRIVATE_MEMBER(CameraAnimations, vesk::Array<AnimationHandle> Camera::*, &Camera::m_animations)
-PRIVATE_MEMBER(InstanceCamera, libVideo::Link<Camera> CameraInstance::*, &CameraInstance::m_camera)
+PRIVATE_MEMBER(addAnimationsToNodes, void (VisualScene::*)(), &VisualScene::addAnimationsToNodes)
+PRIVATE_MEMBER(cameraAnimations, vesk::Array<AnimationHandle> Camera::*, &Camera::m_animations)
+PRIVATE_MEMBER(instanceCameraOf, libVideo::Link<Camera> CameraInstance::*, &CameraInstance::m_camera)
 
 constexpr const char* notALightElement = "domInstance_light does not point to a light element";
 constexpr const char* notALight = "Element is not a light";
@@ -78,13 +78,13 @@ public:
     }
 
     VisualScene& scene() { return m_scene.visualScene(); }
-    SceneResources& pool() { return m_scene.*privateMember(ScenePool()); }
+    SceneResources& pool() { return scenePool(m_scene); }
     LogCapture& log() { return m_log; }
     std::string lines() const { return m_log.text(); }
 
     const NodeHandle& node(const std::string& id)
     {
-        for (const NodeHandle& each : scene().*privateMember(VisualNodeList())) {
+        for (const NodeHandle& each : visualNodeList(scene())) {
             if (id == each->id().data()) {
                 return each;
             }
@@ -94,7 +94,7 @@ public:
 
     const domNode& element(const char* id)
     {
-        DAE& dae = m_scene.*privateMember(SceneDae());
+        DAE& dae = sceneDae(m_scene);
         return *daeSafeCast<domNode>(dae.getDatabase()->idLookup(id, dae.getDoc(0)));
     }
 
@@ -102,14 +102,12 @@ public:
     unsigned addCameras(const char* nodeId, const char* elementId)
     {
         PoolIndex index(pool());
-        return (scene().*privateMember(AddCameraInstance()))(node(nodeId),
-                                                             element(elementId).getInstance_camera_array(), index);
+        return addCameraInstance(scene(), node(nodeId), element(elementId).getInstance_camera_array(), index);
     }
     unsigned addLights(const char* nodeId, const char* elementId)
     {
         PoolIndex index(pool());
-        return (scene().*privateMember(AddLightInstance()))(node(nodeId), element(elementId).getInstance_light_array(),
-                                                            index);
+        return addLightInstance(scene(), node(nodeId), element(elementId).getInstance_light_array(), index);
     }
 
     /// "camera@node" of each entry of the list, and likewise of the lights.
@@ -151,7 +149,7 @@ private:
 
 unsigned animationCount(const Camera& camera)
 {
-    return (camera.*privateMember(CameraAnimations())).size();
+    return cameraAnimations(camera).size();
 }
 
 // All lines of a document, which are of one channel.
@@ -506,7 +504,7 @@ TEST(AnimationInstancingTest, SeveralAnimationsOfACameraKeepTheirOrder)
                                                       curve("e", "eye/y", "1 3", "90 90")) +
                         library("library_cameras", camera("eye")),
                     node("n", instanceCamera("eye")) + aim);
-    const vesk::Array<AnimationHandle>& taken = (*document.pool().cameraList[0]).*privateMember(CameraAnimations());
+    const vesk::Array<AnimationHandle>& taken = cameraAnimations(*document.pool().cameraList[0]);
     ASSERT_EQ(3u, taken.size());
     for (unsigned i = 0; i < 3; ++i) {
         EXPECT_EQ(document.pool().animationList[i].get(), taken[i].get()) << i;
@@ -559,17 +557,17 @@ struct HandMade {
         libVideo::createAnimationListFromCollada(root, builder.dae(), pool.animationList);
         libVideo::createCameraListFromCollada(root, builder.dae(), pool.cameraList);
         log.clear();
-        scene.*privateMember(VisualResources()) = SceneResourcesLink(&pool);
+        visualResources(scene) = SceneResourcesLink(&pool);
         for (const char* const id : ids) {
             nodes.append(NodeHandle(new Node));
-            (scene.*privateMember(VisualNodeTable())).insert(id, NodeLink(nodes[nodes.size() - 1]));
+            visualNodeTable(scene).insert(id, NodeLink(nodes[nodes.size() - 1]));
         }
         const CameraInstanceHandle instance(new CameraInstance);
-        (*instance).*privateMember(InstanceCamera()) = libVideo::Link<Camera>(pool.cameraList[0]);
-        (scene.*privateMember(VisualCameraList())).append(instance);
+        instanceCameraOf(*instance) = libVideo::Link<Camera>(pool.cameraList[0]);
+        visualCameraList(scene).append(instance);
     }
 
-    void attach() { (scene.*privateMember(AddAnimationsToNodes()))(); }
+    void attach() { addAnimationsToNodes(scene); }
 
     LogCapture log;
     ColladaBuilder builder;
@@ -597,7 +595,7 @@ TEST(AnimationInstancingTest, EmptyTargetGoesToACameraWithoutIdElse)
 TEST(AnimationInstancingTest, EmptyTargetIsLoggedWithNothingBehindTheWordsElse)
 {
     HandMade stage({"a"});
-    (stage.scene.*privateMember(VisualCameraList())).clear();
+    visualCameraList(stage.scene).clear();
     stage.attach();
     EXPECT_EQ(0u, animationCount(*stage.pool.cameraList[0]));
     EXPECT_EQ(noTarget, stage.log.text());
@@ -638,7 +636,7 @@ TEST(InstancingTest, PoolIsFilledInItsOrderAlsoWithoutAVisualSceneToShow)
               "SpotLight has no color component\n"
               "Scene does not have a visual scene",
               log.text());
-    const SceneResources& pool = scene.*privateMember(ScenePool());
+    const SceneResources& pool = scenePool(scene);
     EXPECT_EQ(1u, pool.animationList.size());
     ASSERT_EQ(1u, pool.cameraList.size());
     ASSERT_EQ(1u, pool.pointLightList.size());
@@ -647,7 +645,7 @@ TEST(InstancingTest, PoolIsFilledInItsOrderAlsoWithoutAVisualSceneToShow)
     EXPECT_STREQ("bulb", pool.pointLightList[0]->id().data());
     EXPECT_STREQ("beam", pool.spotLightList[0]->id().data());
     EXPECT_EQ(0u, scene.visualScene().cameraList().size());
-    EXPECT_EQ(nullptr, (scene.visualScene().*privateMember(VisualResources())).get());
+    EXPECT_EQ(nullptr, visualResources(scene.visualScene()).get());
 }
 
 TEST(InstancingTest, PoolStaysEmptyWithoutAScene)
@@ -660,7 +658,7 @@ TEST(InstancingTest, PoolStaysEmptyWithoutAScene)
     Scene scene;
     EXPECT_FALSE(scene.createFromCollada(file.path().c_str()));
     EXPECT_EQ("Collada file does not have a scene definition " + file.path(), log.text());
-    const SceneResources& pool = scene.*privateMember(ScenePool());
+    const SceneResources& pool = scenePool(scene);
     EXPECT_EQ(0u, pool.animationList.size() + pool.cameraList.size() + pool.pointLightList.size() +
                       pool.spotLightList.size());
 }

@@ -12,38 +12,35 @@ using SpotElement = domLight::domTechnique_common::domSpot;
 using PointList = vesk::Array<PointLightHandle>;
 using SpotList = vesk::Array<SpotLightHandle>;
 
-PRIVATE_MEMBER(PointColor, Vector3 PointLight::*, &PointLight::m_color)
-PRIVATE_MEMBER(PointConstant, float PointLight::*, &PointLight::m_constantAttenuation)
-PRIVATE_MEMBER(PointLinear, float PointLight::*, &PointLight::m_linearAttenuation)
-PRIVATE_MEMBER(PointQuadratic, float PointLight::*, &PointLight::m_quadraticAttenuation)
-PRIVATE_MEMBER(PointId, vesk::String PointLight::*, &PointLight::m_id)
+PRIVATE_MEMBER(pointColor, Vector3 PointLight::*, &PointLight::m_color)
+PRIVATE_MEMBER(pointConstant, float PointLight::*, &PointLight::m_constantAttenuation)
+PRIVATE_MEMBER(pointLinear, float PointLight::*, &PointLight::m_linearAttenuation)
+PRIVATE_MEMBER(pointQuadratic, float PointLight::*, &PointLight::m_quadraticAttenuation)
+PRIVATE_MEMBER(pointId, vesk::String PointLight::*, &PointLight::m_id)
 
-PRIVATE_MEMBER(SpotColor, Vector3 SpotLight::*, &SpotLight::m_color)
-PRIVATE_MEMBER(SpotConstant, float SpotLight::*, &SpotLight::m_constantAttenuation)
-PRIVATE_MEMBER(SpotLinear, float SpotLight::*, &SpotLight::m_linearAttenuation)
-PRIVATE_MEMBER(SpotQuadratic, float SpotLight::*, &SpotLight::m_quadraticAttenuation)
-PRIVATE_MEMBER(SpotOuterCone, float SpotLight::*, &SpotLight::m_outerConeAngle)
-PRIVATE_MEMBER(SpotInnerCone, float SpotLight::*, &SpotLight::m_innerConeAngle)
-PRIVATE_MEMBER(SpotExponent, float SpotLight::*, &SpotLight::m_falloffExponent)
-PRIVATE_MEMBER(SpotLookAtNodeId, vesk::String SpotLight::*, &SpotLight::m_lookAtNodeId)
-PRIVATE_MEMBER(SpotId, vesk::String SpotLight::*, &SpotLight::m_id)
+PRIVATE_MEMBER(spotColor, Vector3 SpotLight::*, &SpotLight::m_color)
+PRIVATE_MEMBER(spotConstant, float SpotLight::*, &SpotLight::m_constantAttenuation)
+PRIVATE_MEMBER(spotLinear, float SpotLight::*, &SpotLight::m_linearAttenuation)
+PRIVATE_MEMBER(spotQuadratic, float SpotLight::*, &SpotLight::m_quadraticAttenuation)
+PRIVATE_MEMBER(spotOuterCone, float SpotLight::*, &SpotLight::m_outerConeAngle)
+PRIVATE_MEMBER(spotInnerCone, float SpotLight::*, &SpotLight::m_innerConeAngle)
+PRIVATE_MEMBER(spotExponent, float SpotLight::*, &SpotLight::m_falloffExponent)
+PRIVATE_MEMBER(spotLookAtNodeId, vesk::String SpotLight::*, &SpotLight::m_lookAtNodeId)
+PRIVATE_MEMBER(spotId, vesk::String SpotLight::*, &SpotLight::m_id)
 
 TEST(PointLightTest, FieldsStandInTheirOrder)
 {
     const PointLight light("lamp");
-    expectAscending({&(light.*privateMember(PointColor())), &(light.*privateMember(PointConstant())),
-                     &(light.*privateMember(PointLinear())), &(light.*privateMember(PointQuadratic())),
-                     &(light.*privateMember(PointId()))});
+    expectAscending(
+        {&pointColor(light), &pointConstant(light), &pointLinear(light), &pointQuadratic(light), &pointId(light)});
 }
 
 TEST(SpotLightTest, FieldsStandInTheirOrder)
 {
     const SpotLight light("lamp");
-    expectAscending({&(light.*privateMember(SpotColor())), &(light.*privateMember(SpotConstant())),
-                     &(light.*privateMember(SpotLinear())), &(light.*privateMember(SpotQuadratic())),
-                     &(light.*privateMember(SpotOuterCone())), &(light.*privateMember(SpotInnerCone())),
-                     &(light.*privateMember(SpotExponent())), &(light.*privateMember(SpotLookAtNodeId())),
-                     &(light.*privateMember(SpotId()))});
+    expectAscending({&spotColor(light), &spotConstant(light), &spotLinear(light), &spotQuadratic(light),
+                     &spotOuterCone(light), &spotInnerCone(light), &spotExponent(light), &spotLookAtNodeId(light),
+                     &spotId(light)});
 }
 
 const char* const noDocument = "Cannot create a camera list from a NULL domCOLLADA pointer";
@@ -143,34 +140,34 @@ TEST(SpotLightTest, IsWhiteAndBearsItsIdUntilRead)
 TEST(PointLightTest, AccessorsShowTheFields)
 {
     PointLight light("lamp");
-    light.*privateMember(PointConstant()) = 1.0f;
-    light.*privateMember(PointLinear()) = 2.0f;
-    light.*privateMember(PointQuadratic()) = 3.0f;
-    EXPECT_EQ(&(light.*privateMember(PointColor())), &light.color());
+    pointConstant(light) = 1.0f;
+    pointLinear(light) = 2.0f;
+    pointQuadratic(light) = 3.0f;
+    EXPECT_EQ(&pointColor(light), &light.color());
     EXPECT_EQ(1.0f, light.constantAttenuation());
     EXPECT_EQ(2.0f, light.linearAttenuation());
     EXPECT_EQ(3.0f, light.quadraticAttenuation());
-    EXPECT_EQ(&(light.*privateMember(PointId())), &light.id());
+    EXPECT_EQ(&pointId(light), &light.id());
 }
 
 TEST(SpotLightTest, AccessorsShowTheFields)
 {
     SpotLight light("lamp");
-    light.*privateMember(SpotConstant()) = 1.0f;
-    light.*privateMember(SpotLinear()) = 2.0f;
-    light.*privateMember(SpotQuadratic()) = 3.0f;
-    light.*privateMember(SpotOuterCone()) = 4.0f;
-    light.*privateMember(SpotInnerCone()) = 5.0f;
-    light.*privateMember(SpotExponent()) = 6.0f;
-    EXPECT_EQ(&(light.*privateMember(SpotColor())), &light.color());
+    spotConstant(light) = 1.0f;
+    spotLinear(light) = 2.0f;
+    spotQuadratic(light) = 3.0f;
+    spotOuterCone(light) = 4.0f;
+    spotInnerCone(light) = 5.0f;
+    spotExponent(light) = 6.0f;
+    EXPECT_EQ(&spotColor(light), &light.color());
     EXPECT_EQ(1.0f, light.constantAttenuation());
     EXPECT_EQ(2.0f, light.linearAttenuation());
     EXPECT_EQ(3.0f, light.quadraticAttenuation());
     EXPECT_EQ(4.0f, light.outerConeAngle());
     EXPECT_EQ(5.0f, light.innerConeAngle());
     EXPECT_EQ(6.0f, light.falloffExponent());
-    EXPECT_EQ(&(light.*privateMember(SpotLookAtNodeId())), &light.lookAtNodeId());
-    EXPECT_EQ(&(light.*privateMember(SpotId())), &light.id());
+    EXPECT_EQ(&spotLookAtNodeId(light), &light.lookAtNodeId());
+    EXPECT_EQ(&spotId(light), &light.id());
 }
 
 // ---- color and attenuations
@@ -254,8 +251,8 @@ class SpotLightLoadTest : public testing::TestWithParam<SpotCase> {};
 TEST_P(SpotLightLoadTest, ReadsOrRefusesItsElement)
 {
     SpotLight light("lamp");
-    light.*privateMember(SpotOuterCone()) = 77.0f;
-    light.*privateMember(SpotLookAtNodeId()) = "before";
+    spotOuterCone(light) = 77.0f;
+    spotLookAtNodeId(light) = "before";
     const LogCapture log;
     EXPECT_EQ(GetParam().result, load(light, GetParam().xml));
     EXPECT_EQ(GetParam().color, colorOf(light));
@@ -369,8 +366,8 @@ class SpotLightExtraTest : public testing::TestWithParam<ExtraCase> {};
 TEST_P(SpotLightExtraTest, LastValueOfEachNameCounts)
 {
     SpotLight light("lamp");
-    light.*privateMember(SpotOuterCone()) = 77.0f;
-    light.*privateMember(SpotLookAtNodeId()) = "before";
+    spotOuterCone(light) = 77.0f;
+    spotLookAtNodeId(light) = "before";
     const LogCapture log;
     readExtra(light, GetParam().extras);
     EXPECT_EQ(GetParam().outerCone, light.outerConeAngle());
@@ -511,7 +508,7 @@ TEST(PointLightTest, CopiesAreIndependent)
     light = alias; // keeps its text
     EXPECT_EQ("lamp", textOf(light.id()));
     EXPECT_TRUE(load(light, "<color>0 0 0</color>"));
-    light.*privateMember(PointId()) = "changed";
+    pointId(light) = "changed";
     for (const PointLight* kept : {&copy, static_cast<const PointLight*>(&assigned)}) {
         EXPECT_EQ((Color{0.25f, 0.5f, 0.75f}), colorOf(*kept));
         EXPECT_EQ((std::array<float, 3>{2.0f, 3.0f, 4.0f}), attenuationsOf(*kept));
@@ -525,7 +522,7 @@ TEST(SpotLightTest, CopyIsIndependent)
     const SpotLight copy(light);
     EXPECT_TRUE(load(light, "<color>0 0 0</color>"));
     readExtra(light, vendorExtra(cone45 + one));
-    light.*privateMember(SpotId()) = "changed";
+    spotId(light) = "changed";
     expectFullSpot(copy);
 }
 

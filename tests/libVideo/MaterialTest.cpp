@@ -19,13 +19,13 @@ using ChannelType = domCommon_color_or_texture_type_complexType;
 using TextureElementRef = daeSmartRef<ChannelType::domTexture>;
 using Color = std::array<float, 3>;
 
-PRIVATE_MEMBER(MaterialComponent, Component BlinnMaterial::*, &BlinnMaterial::m_component)
-PRIVATE_MEMBER(MaterialProfile, domProfile_COMMON* BlinnMaterial::*, &BlinnMaterial::m_profile)
-PRIVATE_MEMBER(MaterialWriteColor, void (BlinnMaterial::*)(const ChannelRef&, float*, TextureHandle&),
+PRIVATE_MEMBER(materialComponent, Component BlinnMaterial::*, &BlinnMaterial::m_component)
+PRIVATE_MEMBER(materialProfile, domProfile_COMMON* BlinnMaterial::*, &BlinnMaterial::m_profile)
+PRIVATE_MEMBER(materialWriteColor, void (BlinnMaterial::*)(const ChannelRef&, float*, TextureHandle&),
                &BlinnMaterial::writeColor)
-PRIVATE_MEMBER(MaterialWriteFloatCoeff, void (BlinnMaterial::*)(const NumberRef&, float&),
+PRIVATE_MEMBER(materialWriteFloatCoeff, void (BlinnMaterial::*)(const NumberRef&, float&),
                &BlinnMaterial::writeFloatCoeff)
-PRIVATE_MEMBER(ChannelTexture, TextureElementRef ChannelType::*, &ChannelType::elemTexture)
+PRIVATE_MEMBER(channelTexture, TextureElementRef ChannelType::*, &ChannelType::elemTexture)
 
 TEST(MaterialTest, FieldsOfTheRecordStandInTheirOrder)
 {
@@ -43,10 +43,9 @@ TEST(MaterialTest, FieldsOfTheRecordStandInTheirOrder)
 TEST(MaterialTest, RecordStandsBeforeTheProfile)
 {
     const BlinnMaterial material;
-    EXPECT_EQ(static_cast<const void*>(&material), &(material.*privateMember(MaterialComponent())));
-    EXPECT_TRUE(std::less<const void*>()(&(material.*privateMember(MaterialComponent())),
-                                         &(material.*privateMember(MaterialProfile()))));
-    EXPECT_EQ(&(material.*privateMember(MaterialComponent())), &material.component());
+    EXPECT_EQ(static_cast<const void*>(&material), &materialComponent(material));
+    EXPECT_TRUE(std::less<const void*>()(&materialComponent(material), &materialProfile(material)));
+    EXPECT_EQ(&materialComponent(material), &material.component());
 }
 
 constexpr const char* channel = "libVideo.material";
@@ -261,7 +260,7 @@ TEST(MaterialTest, EmptyShaderLeavesTheDefaults)
         BlinnMaterial material;
         document.loadInto(material, of);
         expectDefaults(material.component());
-        EXPECT_EQ(document.profile(of), material.*privateMember(MaterialProfile()));
+        EXPECT_EQ(document.profile(of), materialProfile(material));
     }
     EXPECT_TRUE(log.lines().empty());
 }
@@ -448,7 +447,7 @@ TEST(MaterialTest, NullBlinnIsLoggedAndChangesNothing)
     material.createFromCollada(BlinnRef(), document.profile(1));
     expectLines(log, nullReference);
     expectFullRecord(material);
-    EXPECT_EQ(document.profile(0), material.*privateMember(MaterialProfile()));
+    EXPECT_EQ(document.profile(0), materialProfile(material));
 }
 
 TEST(MaterialTest, NullPhongIsLoggedWithTheWordsOfBlinnAndChangesNothing)
@@ -460,7 +459,7 @@ TEST(MaterialTest, NullPhongIsLoggedWithTheWordsOfBlinnAndChangesNothing)
     material.createFromCollada(PhongRef(), document.profile(1));
     expectLines(log, nullReference);
     expectFullRecord(material);
-    EXPECT_EQ(document.profile(0), material.*privateMember(MaterialProfile()));
+    EXPECT_EQ(document.profile(0), materialProfile(material));
 }
 
 TEST(MaterialTest, ChannelsAreReadInTheirOrderWhateverFails)
@@ -542,7 +541,7 @@ TEST(MaterialTest, TexturesAreLookedUpInTheProfileThatIsGiven)
     BlinnMaterial material;
     material.createFromCollada(document.blinn(), other.profile());
     EXPECT_STREQ("other.png", fileOf(material.component().diffuseTexture));
-    EXPECT_EQ(other.profile(), material.*privateMember(MaterialProfile()));
+    EXPECT_EQ(other.profile(), materialProfile(material));
 }
 
 TEST(MaterialTest, ProfileIsNotNeededWithoutTextures)
@@ -553,7 +552,7 @@ TEST(MaterialTest, ProfileIsNotNeededWithoutTextures)
     material.createFromCollada(document.blinn(), nullptr);
     EXPECT_EQ((Color{0.0f, 0.5f, 0.0f}), diffuseOf(material));
     EXPECT_EQ(2.0f, material.component().shininess);
-    EXPECT_EQ(nullptr, material.*privateMember(MaterialProfile()));
+    EXPECT_EQ(nullptr, materialProfile(material));
     EXPECT_TRUE(log.lines().empty());
 }
 
@@ -585,7 +584,7 @@ TEST(MaterialTest, SecondLoadOverwritesWhatTheDocumentHasAndKeepsTheRest)
     EXPECT_EQ((Color{-1.0f, 0.0f, 2.0f}), colorIn(component, colorChannels()[3]));
     EXPECT_EQ((Color{0.75f, 0.5f, 0.625f}), colorIn(component, colorChannels()[4]));
     EXPECT_STREQ("./a.png", fileOf(component.diffuseTexture));
-    EXPECT_EQ(document.profile(1), material.*privateMember(MaterialProfile()));
+    EXPECT_EQ(document.profile(1), materialProfile(material));
 }
 
 TEST(MaterialTest, ColorOfASecondLoadLeavesTheTexture)
@@ -646,7 +645,7 @@ TEST(MaterialTest, ShortColorAndParamOfASecondLoadKeepTheValues)
 
 void writeColor(BlinnMaterial& material, const ChannelRef& source, Color& into, TextureHandle& texture)
 {
-    (material.*privateMember(MaterialWriteColor()))(source, into.data(), texture);
+    materialWriteColor(material, source, into.data(), texture);
 }
 
 TEST(MaterialTest, WriteColorOfNoChannelChangesNothing)
@@ -668,7 +667,7 @@ TEST(MaterialTest, WriteColorWritesWhereItIsToldAndNotIntoTheRecord)
     BlinnMaterial material;
     std::array<float, 4> into{9.0f, 9.0f, 9.0f, 9.0f};
     TextureHandle texture;
-    (material.*privateMember(MaterialWriteColor()))(document.blinn()->getDiffuse(), into.data(), texture);
+    materialWriteColor(material, document.blinn()->getDiffuse(), into.data(), texture);
     EXPECT_EQ((std::array<float, 4>{0.25f, 0.5f, 0.75f, 9.0f}), into);
     EXPECT_FALSE(texture);
     expectDefaults(material.component());
@@ -695,7 +694,7 @@ TEST(MaterialTest, ColorAndTextureOfOneChannelAreBothTaken)
     const LogCapture log;
     Document document(tagged("ambient", textured) + tagged("diffuse", color("0.25 0.5 0.75 1")));
     const ChannelRef diffuse = document.blinn()->getDiffuse();
-    (*diffuse).*privateMember(ChannelTexture()) = document.blinn()->getAmbient()->getTexture();
+    channelTexture(*diffuse) = document.blinn()->getAmbient()->getTexture();
     BlinnMaterial material;
     document.loadInto(material);
     EXPECT_EQ((Color{0.25f, 0.5f, 0.75f}), diffuseOf(material));
@@ -708,9 +707,9 @@ TEST(MaterialTest, ShortColorDoesNotKeepTheTextureOfItsChannelAway)
     const LogCapture log;
     Document document(tagged("ambient", lost) + tagged("diffuse", color("0.25 0.5")));
     const ChannelRef diffuse = document.blinn()->getDiffuse();
-    (*diffuse).*privateMember(ChannelTexture()) = document.blinn()->getAmbient()->getTexture();
+    channelTexture(*diffuse) = document.blinn()->getAmbient()->getTexture();
     BlinnMaterial material;
-    (material.*privateMember(MaterialProfile())) = document.profile();
+    materialProfile(material) = document.profile();
     Color into{2.0f, 3.0f, 4.0f};
     TextureHandle texture;
     writeColor(material, diffuse, into, texture);
@@ -726,7 +725,7 @@ TEST(MaterialTest, WriteFloatCoeffTakesAFloatAlone)
     BlinnMaterial material;
     float value = 4.0f;
     const auto write = [&material, &value](const NumberRef& source) {
-        (material.*privateMember(MaterialWriteFloatCoeff()))(source, value);
+        materialWriteFloatCoeff(material, source, value);
         return value;
     };
     EXPECT_EQ(4.0f, write(NumberRef()));
@@ -749,7 +748,7 @@ TEST(MaterialTest, CopyAndAssignmentShareTexturesAndProfile)
     for (const BlinnMaterial* const other : {&copy, &std::as_const(assigned)}) {
         expectFullRecord(*other);
         EXPECT_EQ(material.component().diffuseTexture, other->component().diffuseTexture);
-        EXPECT_EQ(document.profile(), other->*privateMember(MaterialProfile()));
+        EXPECT_EQ(document.profile(), materialProfile(other));
     }
     EXPECT_EQ(3u, material.component().diffuseTexture.useCount());
 }
@@ -763,7 +762,7 @@ TEST(MaterialTest, LoadOfACopyLeavesItsSource)
     BlinnMaterial copy(material);
     document.loadInto(copy, 1);
     expectFullRecord(material);
-    EXPECT_EQ(document.profile(0), material.*privateMember(MaterialProfile()));
+    EXPECT_EQ(document.profile(0), materialProfile(material));
     EXPECT_STREQ("", fileOf(copy.component().diffuseTexture));
     EXPECT_EQ(1u, material.component().diffuseTexture.useCount());
 }

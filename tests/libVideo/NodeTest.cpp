@@ -14,32 +14,30 @@ using namespace testSupport;
 using Values = daeTArray<double>;
 using TransformationList = vesk::Array<TransformationHandle>;
 
-PRIVATE_MEMBER(NodeMatrix, Matrix4 Node::*, &Node::m_transform)
-PRIVATE_MEMBER(NodeParent, NodeLink Node::*, &Node::m_parent)
-PRIVATE_MEMBER(NodeChildren, vesk::Array<NodeLink> Node::*, &Node::m_children)
-PRIVATE_MEMBER(NodeId, vesk::String Node::*, &Node::m_id)
-PRIVATE_MEMBER(NodeSid, vesk::String Node::*, &Node::m_sid)
-PRIVATE_MEMBER(NodeName, vesk::String Node::*, &Node::m_name)
-PRIVATE_MEMBER(NodeHasAnimation, bool Node::*, &Node::m_hasAnimation)
-PRIVATE_MEMBER(NodeTransformations, TransformationList Node::*, &Node::m_transformations)
-PRIVATE_MEMBER(NodeSetId, void (Node::*)(const vesk::String&), &Node::setId)
-PRIVATE_MEMBER(NodeSetSid, void (Node::*)(const vesk::String&), &Node::setSid)
-PRIVATE_MEMBER(NodeSetName, void (Node::*)(const vesk::String&), &Node::setName)
-PRIVATE_MEMBER(NodeAccumulateTransform, void (Node::*)(const daeTArray<daeSmartRef<daeElement>>&),
+PRIVATE_MEMBER(nodeMatrix, Matrix4 Node::*, &Node::m_transform)
+PRIVATE_MEMBER(nodeParent, NodeLink Node::*, &Node::m_parent)
+PRIVATE_MEMBER(nodeChildren, vesk::Array<NodeLink> Node::*, &Node::m_children)
+PRIVATE_MEMBER(nodeId, vesk::String Node::*, &Node::m_id)
+PRIVATE_MEMBER(nodeSid, vesk::String Node::*, &Node::m_sid)
+PRIVATE_MEMBER(nodeName, vesk::String Node::*, &Node::m_name)
+PRIVATE_MEMBER(nodeHasAnimation, bool Node::*, &Node::m_hasAnimation)
+PRIVATE_MEMBER(transformationsOf, TransformationList Node::*, &Node::m_transformations)
+PRIVATE_MEMBER(nodeSetId, void (Node::*)(const vesk::String&), &Node::setId)
+PRIVATE_MEMBER(nodeSetSid, void (Node::*)(const vesk::String&), &Node::setSid)
+PRIVATE_MEMBER(nodeSetName, void (Node::*)(const vesk::String&), &Node::setName)
+PRIVATE_MEMBER(nodeAccumulateTransform, void (Node::*)(const daeTArray<daeSmartRef<daeElement>>&),
                &Node::accumulateTransform)
-PRIVATE_MEMBER(NodeLookat, void (Node::*)(Values&), &Node::lookat)
-PRIVATE_MEMBER(NodeTranslate, void (Node::*)(const Values&), &Node::translate)
-PRIVATE_MEMBER(NodeRotate, void (Node::*)(const Values&), &Node::rotate)
-PRIVATE_MEMBER(NodeScale, void (Node::*)(const Values&), &Node::scale)
-PRIVATE_MEMBER(NodeTransformValues, void (Node::*)(const Values&), &Node::transform)
+PRIVATE_MEMBER(nodeLookat, void (Node::*)(Values&), &Node::lookat)
+PRIVATE_MEMBER(nodeTranslate, void (Node::*)(const Values&), &Node::translate)
+PRIVATE_MEMBER(nodeRotate, void (Node::*)(const Values&), &Node::rotate)
+PRIVATE_MEMBER(nodeScale, void (Node::*)(const Values&), &Node::scale)
+PRIVATE_MEMBER(nodeTransformValues, void (Node::*)(const Values&), &Node::transform)
 
 TEST(NodeTest, FieldsStandInTheirOrder)
 {
     const Node node;
-    expectAscending({&(node.*privateMember(NodeMatrix())), &(node.*privateMember(NodeParent())),
-                     &(node.*privateMember(NodeChildren())), &(node.*privateMember(NodeId())),
-                     &(node.*privateMember(NodeSid())), &(node.*privateMember(NodeName())),
-                     &(node.*privateMember(NodeHasAnimation())), &(node.*privateMember(NodeTransformations()))});
+    expectAscending({&nodeMatrix(node), &nodeParent(node), &nodeChildren(node), &nodeId(node), &nodeSid(node),
+                     &nodeName(node), &nodeHasAnimation(node), &transformationsOf(node)});
 }
 
 constexpr float rounding = 1e-6f;
@@ -49,11 +47,6 @@ testing::AssertionResult isNear(const Elements& expected, const Matrix4& matrix)
 testing::AssertionResult isNotANumberThroughout(const Matrix4& matrix);
 
 Values valuesOf(const std::vector<double>& numbers);
-
-const TransformationList& transformationsOf(const Node& node)
-{
-    return node.*privateMember(NodeTransformations());
-}
 
 // Whether an entry is of that class, and not of one derived from it.
 template <class Kind>
@@ -359,12 +352,12 @@ TEST(NodeTest, LookatAddsNoObjectThatAnAnimationCouldReach)
 TEST(NodeTest, SettersOfTheNamesSetTheirFieldAlone)
 {
     Node node;
-    (node.*privateMember(NodeSetId()))("lamp");
+    nodeSetId(node, "lamp");
     EXPECT_STREQ("lamp", node.id().data());
     EXPECT_STREQ("", node.sid().data());
     EXPECT_STREQ("", node.name().data());
-    (node.*privateMember(NodeSetSid()))("place");
-    (node.*privateMember(NodeSetName()))("Lamp");
+    nodeSetSid(node, "place");
+    nodeSetName(node, "Lamp");
     EXPECT_STREQ("lamp", node.id().data());
     EXPECT_STREQ("place", node.sid().data());
     EXPECT_STREQ("Lamp", node.name().data());
@@ -374,8 +367,8 @@ TEST(NodeTest, AccumulateTransformMultipliesIntoTheMatrixAsItStands)
 {
     Document document(node("<scale sid='s'>2 2 2</scale><node id='child'/><translate sid='t'>1 2 3</translate>"));
     Node built;
-    (built.*privateMember(NodeTranslate()))(valuesOf({10, 20, 30}));
-    (built.*privateMember(NodeAccumulateTransform()))(document.element().getChildren());
+    nodeTranslate(built, valuesOf({10, 20, 30}));
+    nodeAccumulateTransform(built, document.element().getChildren());
 
     // T(10, 20, 30) · S(2) · T(1, 2, 3)
     EXPECT_EQ((Elements{2, 0, 0, 12, 0, 2, 0, 24, 0, 0, 2, 36, 0, 0, 0, 1}), elements(built.transform()));
@@ -388,9 +381,9 @@ TEST(NodeTest, AccumulateTransformPassesOverNothing)
 {
     Node built;
     daeTArray<daeSmartRef<daeElement>> children;
-    (built.*privateMember(NodeAccumulateTransform()))(children);
+    nodeAccumulateTransform(built, children);
     children.append(daeSmartRef<daeElement>());
-    (built.*privateMember(NodeAccumulateTransform()))(children);
+    nodeAccumulateTransform(built, children);
 
     EXPECT_EQ(identity, elements(built.transform()));
     EXPECT_EQ(0u, transformationsOf(built).size());
@@ -408,7 +401,7 @@ class NodeValuesTest : public testing::TestWithParam<ValuesCase> {};
 TEST_P(NodeValuesTest, MultipliesOnTheRightAndAddsNoTransformation)
 {
     Node built;
-    (built.*privateMember(NodeTranslate()))(valuesOf({1, 2, 3}));
+    nodeTranslate(built, valuesOf({1, 2, 3}));
     (built.*GetParam().operation)(valuesOf(GetParam().values));
 
     EXPECT_TRUE(isNear(GetParam().matrix, built.transform()));
@@ -419,26 +412,23 @@ TEST_P(NodeValuesTest, MultipliesOnTheRightAndAddsNoTransformation)
 INSTANTIATE_TEST_SUITE_P(
     Values, NodeValuesTest,
     testing::Values(
-        ValuesCase{"Translate", privateMember(NodeTranslate()), {10, 20, 30}, translated(11, 22, 33)},
-        ValuesCase{"TranslateOfTwo", privateMember(NodeTranslate()), {10, 20}, translated(11, 22, 3)},
-        ValuesCase{"TranslateOfNone", privateMember(NodeTranslate()), {}, translated(1, 2, 3)},
-        ValuesCase{"TranslateOfFour", privateMember(NodeTranslate()), {10, 20, 30, 40}, translated(11, 22, 33)},
+        ValuesCase{"Translate", nodeTranslate.pointer(), {10, 20, 30}, translated(11, 22, 33)},
+        ValuesCase{"TranslateOfTwo", nodeTranslate.pointer(), {10, 20}, translated(11, 22, 3)},
+        ValuesCase{"TranslateOfNone", nodeTranslate.pointer(), {}, translated(1, 2, 3)},
+        ValuesCase{"TranslateOfFour", nodeTranslate.pointer(), {10, 20, 30, 40}, translated(11, 22, 33)},
+        ValuesCase{"Rotate", nodeRotate.pointer(), {0, 0, 2, 90}, {0, -1, 0, 1, 1, 0, 0, 2, 0, 0, 1, 3, 0, 0, 0, 1}},
         ValuesCase{
-            "Rotate", privateMember(NodeRotate()), {0, 0, 2, 90}, {0, -1, 0, 1, 1, 0, 0, 2, 0, 0, 1, 3, 0, 0, 0, 1}},
-        ValuesCase{"RotateBack",
-                   privateMember(NodeRotate()),
-                   {0, 0, 1, -90},
-                   {0, 1, 0, 1, -1, 0, 0, 2, 0, 0, 1, 3, 0, 0, 0, 1}},
-        ValuesCase{"RotateWithoutAngle", privateMember(NodeRotate()), {0, 0, 1}, translated(1, 2, 3)},
-        ValuesCase{"Scale", privateMember(NodeScale()), {2, 3, 4}, {2, 0, 0, 1, 0, 3, 0, 2, 0, 0, 4, 3, 0, 0, 0, 1}},
-        ValuesCase{"ScaleOfOne", privateMember(NodeScale()), {2}, {2, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0, 3, 0, 0, 0, 1}},
+            "RotateBack", nodeRotate.pointer(), {0, 0, 1, -90}, {0, 1, 0, 1, -1, 0, 0, 2, 0, 0, 1, 3, 0, 0, 0, 1}},
+        ValuesCase{"RotateWithoutAngle", nodeRotate.pointer(), {0, 0, 1}, translated(1, 2, 3)},
+        ValuesCase{"Scale", nodeScale.pointer(), {2, 3, 4}, {2, 0, 0, 1, 0, 3, 0, 2, 0, 0, 4, 3, 0, 0, 0, 1}},
+        ValuesCase{"ScaleOfOne", nodeScale.pointer(), {2}, {2, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0, 3, 0, 0, 0, 1}},
         // Row i of the product is row i of M plus (i + 1) times its last row.
         ValuesCase{"Matrix",
-                   privateMember(NodeTransformValues()),
+                   nodeTransformValues.pointer(),
                    {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 1, 0, 0, 1},
                    {2, 2, 3, 5, 7, 6, 7, 10, 12, 10, 11, 15, 1, 0, 0, 1}},
         ValuesCase{"MatrixOfFour",
-                   privateMember(NodeTransformValues()),
+                   nodeTransformValues.pointer(),
                    {1, 2, 3, 4},
                    {1, 2, 3, 4, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}}),
     rowName);
@@ -448,7 +438,7 @@ TEST(NodeTest, LookatOfValuesGivesNaNWhateverTheInterest)
     for (const Values& values : {valuesOf({0, 0, 5, 0, 0, 0, 0, 1, 0}), valuesOf({1, 2}), valuesOf({})}) {
         Node node;
         Values numbers = values;
-        (node.*privateMember(NodeLookat()))(numbers);
+        nodeLookat(node, numbers);
         EXPECT_TRUE(isNotANumberThroughout(node.transform()));
         EXPECT_EQ(0u, transformationsOf(node).size());
     }
@@ -909,8 +899,8 @@ TEST(NodeTest, CopyHasItsOwnMatrixNamesAndLists)
     Node child;
     Node source = read(node("<translate>1 2 3</translate>"));
     Node copy(source);
-    (copy.*privateMember(NodeScale()))(valuesOf({2, 2, 2}));
-    (copy.*privateMember(NodeSetId()))("copy");
+    nodeScale(copy, valuesOf({2, 2, 2}));
+    nodeSetId(copy, "copy");
     copy.addChild(NodeLink(&child));
 
     EXPECT_EQ(translated(1, 2, 3), elements(source.transform()));

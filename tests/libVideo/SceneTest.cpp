@@ -18,30 +18,29 @@ namespace {
 using namespace libVideo;
 using namespace testSupport;
 
-PRIVATE_MEMBER(SceneVisualScene, VisualScene Scene::*, &Scene::m_visualScene)
-PRIVATE_MEMBER(ScenePool, SceneResources Scene::*, &Scene::m_resources)
-PRIVATE_MEMBER(SceneDae, DAE Scene::*, &Scene::m_dae)
-PRIVATE_MEMBER(SceneReservedWord, std::uint64_t Scene::*, &Scene::m_reserved)
-PRIVATE_MEMBER(SceneUpTransform, Matrix4 Scene::*, &Scene::m_upTransform)
-PRIVATE_MEMBER(SceneTransformToYUP, void (Scene::*)(domUpAxisType), &Scene::transformToYUP)
-PRIVATE_MEMBER(VisualSceneName, vesk::String VisualScene::*, &VisualScene::m_name)
-PRIVATE_MEMBER(VisualSceneResources, libVideo::SceneResourcesLink VisualScene::*, &VisualScene::m_resources)
-PRIVATE_MEMBER(VisualSceneNodeList, vesk::Array<libVideo::NodeHandle> VisualScene::*, &VisualScene::m_nodeList)
-PRIVATE_MEMBER(VisualSceneNodeTable, libVideo::NodeTable VisualScene::*, &VisualScene::m_nodeTable)
+PRIVATE_MEMBER(sceneVisualScene, VisualScene Scene::*, &Scene::m_visualScene)
+PRIVATE_MEMBER(scenePool, SceneResources Scene::*, &Scene::m_resources)
+PRIVATE_MEMBER(sceneDae, DAE Scene::*, &Scene::m_dae)
+PRIVATE_MEMBER(sceneReservedWord, std::uint64_t Scene::*, &Scene::m_reserved)
+PRIVATE_MEMBER(sceneUpTransform, Matrix4 Scene::*, &Scene::m_upTransform)
+PRIVATE_MEMBER(sceneTransformToYUP, void (Scene::*)(domUpAxisType), &Scene::transformToYUP)
+PRIVATE_MEMBER(visualSceneName, vesk::String VisualScene::*, &VisualScene::m_name)
+PRIVATE_MEMBER(visualSceneResources, libVideo::SceneResourcesLink VisualScene::*, &VisualScene::m_resources)
+PRIVATE_MEMBER(visualSceneNodeList, vesk::Array<libVideo::NodeHandle> VisualScene::*, &VisualScene::m_nodeList)
+PRIVATE_MEMBER(visualSceneNodeTable, libVideo::NodeTable VisualScene::*, &VisualScene::m_nodeTable)
 
 // The order of their ends is the reverse: the document, the pool, the scene.
 TEST(SceneTest, MembersStandInTheirOrder)
 {
     const Scene scene;
-    expectAscending({&(scene.*privateMember(SceneVisualScene())), &(scene.*privateMember(ScenePool())),
-                     &(scene.*privateMember(SceneDae())), &(scene.*privateMember(SceneReservedWord())),
-                     &(scene.*privateMember(SceneUpTransform()))});
+    expectAscending({&sceneVisualScene(scene), &scenePool(scene), &sceneDae(scene), &sceneReservedWord(scene),
+                     &sceneUpTransform(scene)});
 }
 
 TEST(SceneTest, BothAccessorsGiveTheSameScene)
 {
     Scene scene;
-    EXPECT_EQ(&(scene.*privateMember(SceneVisualScene())), &scene.visualScene());
+    EXPECT_EQ(&sceneVisualScene(scene), &scene.visualScene());
     EXPECT_EQ(&scene.visualScene(), &std::as_const(scene).visualScene());
 }
 
@@ -87,12 +86,12 @@ bool load(Scene& scene, const std::string& path)
 
 unsigned pooledAnimations(const Scene& scene)
 {
-    return (scene.*privateMember(ScenePool())).animationList.size();
+    return scenePool(scene).animationList.size();
 }
 
 int openDocuments(Scene& scene)
 {
-    return (scene.*privateMember(SceneDae())).getDocCount();
+    return sceneDae(scene).getDocCount();
 }
 
 // That nothing can be reached in the scene, and all can be asked.
@@ -226,7 +225,7 @@ TEST(SceneTest, NewSceneIsEmpty)
     Scene scene;
     expectNothingToShow(scene);
     EXPECT_EQ(0, openDocuments(scene));
-    const SceneResources& pool = scene.*privateMember(ScenePool());
+    const SceneResources& pool = scenePool(scene);
     EXPECT_EQ(0u, pool.cameraList.size() + pool.pointLightList.size() + pool.spotLightList.size());
     EXPECT_EQ(0u, pool.animationList.size());
     EXPECT_EQ(8u, pool.cameraList.capacity());
@@ -242,10 +241,10 @@ TEST(SceneTest, GoodDocumentLoads)
     Scene scene;
     EXPECT_TRUE(load(scene, file.path()));
     expectGood(scene);
-    EXPECT_STREQ("Stage", (scene.visualScene().*privateMember(VisualSceneName())).data());
+    EXPECT_STREQ("Stage", visualSceneName(scene.visualScene()).data());
     EXPECT_EQ(1, openDocuments(scene));
-    EXPECT_EQ(0u, (scene.*privateMember(SceneReservedWord())));
-    EXPECT_EQ(zero, elements(scene.*privateMember(SceneUpTransform())));
+    EXPECT_EQ(0u, sceneReservedWord(scene));
+    EXPECT_EQ(zero, elements(sceneUpTransform(scene)));
     EXPECT_EQ("", log.text());
 }
 
@@ -419,15 +418,15 @@ TEST(SceneTest, SecondLoadIsRefusedAndChangesNothing)
         ASSERT_TRUE(load(scene, file.path()));
     }
     const libVideo::Node* const a = &firstNode(scene);
-    const libVideo::Animation* const curve = (scene.*privateMember(ScenePool())).animationList[1].get();
+    const libVideo::Animation* const curve = scenePool(scene).animationList[1].get();
     for (const std::string& path : {other.path(), file.path(), std::string("/missing.dae"), std::string()}) {
         const LogCapture log;
         EXPECT_FALSE(load(scene, path));
         expectOneLine(log, "libVideo.scene", "Scene is already loaded");
         EXPECT_EQ(1, openDocuments(scene));
         EXPECT_EQ(a, &firstNode(scene));
-        EXPECT_EQ(curve, (scene.*privateMember(ScenePool())).animationList[1].get());
-        EXPECT_STREQ("Stage", (scene.visualScene().*privateMember(VisualSceneName())).data());
+        EXPECT_EQ(curve, scenePool(scene).animationList[1].get());
+        EXPECT_STREQ("Stage", visualSceneName(scene.visualScene()).data());
         expectGood(scene);
     }
     EXPECT_EQ(translated(20.0f, 30.0f, 40.25f), elements(scene.visualScene().root().children()[0]->transform(2.0)));
@@ -447,17 +446,15 @@ TEST(SceneTest, RefusedPathMayBeFollowedByAnother)
 TEST(SceneTest, UpTransformIsPatchedByXUp)
 {
     Scene scene;
-    (scene.*privateMember(SceneTransformToYUP()))(UPAXISTYPE_X_UP);
-    EXPECT_EQ((Elements{0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}),
-              elements(scene.*privateMember(SceneUpTransform())));
+    sceneTransformToYUP(scene, UPAXISTYPE_X_UP);
+    EXPECT_EQ((Elements{0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}), elements(sceneUpTransform(scene)));
 }
 
 TEST(SceneTest, UpTransformIsPatchedByZUp)
 {
     Scene scene;
-    (scene.*privateMember(SceneTransformToYUP()))(UPAXISTYPE_Z_UP);
-    EXPECT_EQ((Elements{0, 0, 0, 0, 0, 0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 0}),
-              elements(scene.*privateMember(SceneUpTransform())));
+    sceneTransformToYUP(scene, UPAXISTYPE_Z_UP);
+    EXPECT_EQ((Elements{0, 0, 0, 0, 0, 0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 0}), elements(sceneUpTransform(scene)));
 }
 
 TEST(SceneTest, UpTransformIsTheIdentityForAllOtherAxes)
@@ -465,37 +462,35 @@ TEST(SceneTest, UpTransformIsTheIdentityForAllOtherAxes)
     static_assert(UPAXISTYPE_X_UP == 0 && UPAXISTYPE_Y_UP == 1 && UPAXISTYPE_Z_UP == 2);
     for (const domUpAxisType axis : {UPAXISTYPE_Y_UP, static_cast<domUpAxisType>(3)}) {
         Scene scene;
-        (scene.*privateMember(SceneUpTransform()))[12] = 7.0f;
-        (scene.*privateMember(SceneTransformToYUP()))(axis);
-        EXPECT_EQ(identity, elements(scene.*privateMember(SceneUpTransform()))) << axis;
+        sceneUpTransform(scene)[12] = 7.0f;
+        sceneTransformToYUP(scene, axis);
+        EXPECT_EQ(identity, elements(sceneUpTransform(scene))) << axis;
     }
 }
 
 TEST(SceneTest, UpTransformPatchesLeaveTheOtherTwelveElements)
 {
     Scene scene;
-    Matrix4& matrix = scene.*privateMember(SceneUpTransform());
+    Matrix4& matrix = sceneUpTransform(scene);
     for (unsigned i = 0; i < 16; ++i) {
         matrix[i] = static_cast<float>(100 + i);
     }
-    (scene.*privateMember(SceneTransformToYUP()))(UPAXISTYPE_X_UP);
+    sceneTransformToYUP(scene, UPAXISTYPE_X_UP);
     EXPECT_EQ((Elements{0, -1, 102, 103, 1, 0, 106, 107, 108, 109, 110, 111, 112, 113, 114, 115}), elements(matrix));
-    (scene.*privateMember(SceneTransformToYUP()))(UPAXISTYPE_Z_UP);
+    sceneTransformToYUP(scene, UPAXISTYPE_Z_UP);
     EXPECT_EQ((Elements{0, -1, 102, 103, 1, 0, -1, 107, 108, 1, 0, 111, 112, 113, 114, 115}), elements(matrix));
 }
 
 TEST(SceneTest, UpTransformOverTheIdentityTurnsXToYAndZToMinusY)
 {
     Scene first;
-    (first.*privateMember(SceneTransformToYUP()))(UPAXISTYPE_Y_UP);
-    (first.*privateMember(SceneTransformToYUP()))(UPAXISTYPE_X_UP);
-    EXPECT_EQ((Elements{0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}),
-              elements(first.*privateMember(SceneUpTransform())));
+    sceneTransformToYUP(first, UPAXISTYPE_Y_UP);
+    sceneTransformToYUP(first, UPAXISTYPE_X_UP);
+    EXPECT_EQ((Elements{0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}), elements(sceneUpTransform(first)));
     Scene second;
-    (second.*privateMember(SceneTransformToYUP()))(UPAXISTYPE_Y_UP);
-    (second.*privateMember(SceneTransformToYUP()))(UPAXISTYPE_Z_UP);
-    EXPECT_EQ((Elements{1, 0, 0, 0, 0, 0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1}),
-              elements(second.*privateMember(SceneUpTransform())));
+    sceneTransformToYUP(second, UPAXISTYPE_Y_UP);
+    sceneTransformToYUP(second, UPAXISTYPE_Z_UP);
+    EXPECT_EQ((Elements{1, 0, 0, 0, 0, 0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1}), elements(sceneUpTransform(second)));
 }
 
 class SceneAssetTest : public testing::TestWithParam<std::pair<const char*, const char*>> {};
@@ -505,9 +500,9 @@ TEST_P(SceneAssetTest, HasNoEffectOnTheNumbers)
     const TemporaryFile file(whole(animations + nodes + showsScene, GetParam().second));
     const LogCapture quiet;
     Scene scene;
-    EXPECT_EQ(zero, elements(scene.*privateMember(SceneUpTransform())));
+    EXPECT_EQ(zero, elements(sceneUpTransform(scene)));
     ASSERT_TRUE(load(scene, file.path()));
-    EXPECT_EQ(zero, elements(scene.*privateMember(SceneUpTransform())));
+    EXPECT_EQ(zero, elements(sceneUpTransform(scene)));
     expectGood(scene);
     scene.visualScene().transform();
     EXPECT_EQ(identity, elements(scene.visualScene().root().transform()));
@@ -1023,12 +1018,12 @@ void expectNothingToShow(const Scene& scene)
     EXPECT_EQ(0u, shown.spotLightList().size());
     EXPECT_EQ(0u, shown.geometryTable().size());
     EXPECT_EQ(0u, shown.blinnMaterialTable().size());
-    EXPECT_EQ(0u, (shown.*privateMember(VisualSceneNodeList())).size());
-    EXPECT_EQ(0u, (shown.*privateMember(VisualSceneNodeTable())).size());
-    EXPECT_STREQ("", (shown.*privateMember(VisualSceneName())).data());
-    EXPECT_EQ(nullptr, shown.*privateMember(VisualSceneResources()));
-    EXPECT_EQ(0u, (scene.*privateMember(SceneReservedWord())));
-    EXPECT_EQ(zero, elements(scene.*privateMember(SceneUpTransform())));
+    EXPECT_EQ(0u, visualSceneNodeList(shown).size());
+    EXPECT_EQ(0u, visualSceneNodeTable(shown).size());
+    EXPECT_STREQ("", visualSceneName(shown).data());
+    EXPECT_EQ(nullptr, visualSceneResources(shown));
+    EXPECT_EQ(0u, sceneReservedWord(scene));
+    EXPECT_EQ(zero, elements(sceneUpTransform(scene)));
 }
 
 void expectGood(Scene& scene)
@@ -1041,7 +1036,7 @@ void expectGood(Scene& scene)
     ASSERT_EQ(1u, a->children().size());
     EXPECT_STREQ("B", a->children()[0]->name().data());
     EXPECT_EQ(2u, pooledAnimations(scene));
-    EXPECT_EQ(&(scene.*privateMember(ScenePool())), (scene.visualScene().*privateMember(VisualSceneResources())).get());
+    EXPECT_EQ(&scenePool(scene), visualSceneResources(scene.visualScene()).get());
 }
 
 void expectRefused(const std::string& path)

@@ -14,23 +14,21 @@ using SourceRef = daeSmartRef<domSource>;
 using FloatArrayRef = daeSmartRef<domFloat_array>;
 using Floats = std::vector<float>;
 
-PRIVATE_MEMBER(SourceDataType, DataType Source::*, &Source::m_dataType)
-PRIVATE_MEMBER(SourceArrayCount, unsigned Source::*, &Source::m_arrayCount)
-PRIVATE_MEMBER(SourceId, vesk::String Source::*, &Source::m_id)
-PRIVATE_MEMBER(SourceAccessor, AccessorHandle Source::*, &Source::m_accessor)
-PRIVATE_MEMBER(SourceElement, SourceRef Source::*, &Source::m_element)
-PRIVATE_MEMBER(SourceSingleValue, DataList Source::*, &Source::m_singleValue)
-PRIVATE_MEMBER(SourceFloatArray, FloatArrayRef SourceFloat::*, &SourceFloat::m_floatArray)
-PRIVATE_MEMBER(ReferenceCount, daeInt daeRefCountedObj::*, &daeRefCountedObj::_refCount)
+PRIVATE_MEMBER(sourceDataType, DataType Source::*, &Source::m_dataType)
+PRIVATE_MEMBER(arrayCountOf, unsigned Source::*, &Source::m_arrayCount)
+PRIVATE_MEMBER(sourceId, vesk::String Source::*, &Source::m_id)
+PRIVATE_MEMBER(accessorOf, AccessorHandle Source::*, &Source::m_accessor)
+PRIVATE_MEMBER(elementOf, SourceRef Source::*, &Source::m_element)
+PRIVATE_MEMBER(singleValueOf, DataList Source::*, &Source::m_singleValue)
+PRIVATE_MEMBER(floatArrayOf, FloatArrayRef SourceFloat::*, &SourceFloat::m_floatArray)
+PRIVATE_MEMBER(referencesOn, daeInt daeRefCountedObj::*, &daeRefCountedObj::_refCount)
 
 TEST(SourceTest, FieldsStandInTheirOrder)
 {
     const SourceFloat source;
     const Source& base = source;
-    expectAscending({&(base.*privateMember(SourceDataType())), &(base.*privateMember(SourceArrayCount())),
-                     &(base.*privateMember(SourceId())), &(base.*privateMember(SourceAccessor())),
-                     &(base.*privateMember(SourceElement())), &(base.*privateMember(SourceSingleValue())),
-                     &(source.*privateMember(SourceFloatArray()))});
+    expectAscending({&sourceDataType(base), &arrayCountOf(base), &sourceId(base), &accessorOf(base), &elementOf(base),
+                     &singleValueOf(base), &floatArrayOf(source)});
 }
 
 #if defined(__x86_64__) && defined(__GNUC__)
@@ -99,36 +97,6 @@ const char* const accessorFailedLine = "libVideo.accessor: Data source is not a 
 const char* const accessorReachLine = "libVideo.accessor: Accessor reaches beyond its float array";
 const char* const accessorEmptyLine = "libVideo.accessor: No data to read from the accessor";
 const char* const noArrayLine = "libVideo.source: Source has no float array";
-
-const AccessorHandle& accessorOf(const Source& source)
-{
-    return source.*privateMember(SourceAccessor());
-}
-
-unsigned arrayCountOf(const Source& source)
-{
-    return source.*privateMember(SourceArrayCount());
-}
-
-const DataList& singleValueOf(const Source& source)
-{
-    return source.*privateMember(SourceSingleValue());
-}
-
-const FloatArrayRef& floatArrayOf(const SourceFloat& source)
-{
-    return source.*privateMember(SourceFloatArray());
-}
-
-const SourceRef& elementOf(const Source& source)
-{
-    return source.*privateMember(SourceElement());
-}
-
-daeInt referencesOn(const daeRefCountedObj& object)
-{
-    return object.*privateMember(ReferenceCount());
-}
 
 /// A source of the test's own: keeps what it was asked for.
 class PlainSource : public Source {

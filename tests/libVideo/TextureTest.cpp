@@ -13,17 +13,17 @@ using Channel = daeSmartRef<domCommon_color_or_texture_type>;
 using SamplerRef = daeSmartRef<domFx_sampler2D_common>;
 using SurfaceRef = daeSmartRef<domFx_surface_common>;
 
-PRIVATE_MEMBER(TextureSampler, SamplerRef Texture::*, &Texture::m_sampler)
-PRIVATE_MEMBER(TextureSurface, SurfaceRef Texture::*, &Texture::m_texture)
-PRIVATE_MEMBER(TextureFile, vesk::String Texture::*, &Texture::m_textureFile)
-PRIVATE_MEMBER(TextureGetTextureFileName, void (Texture::*)(), &Texture::getTextureFileName)
+PRIVATE_MEMBER(textureSampler, SamplerRef Texture::*, &Texture::m_sampler)
+PRIVATE_MEMBER(textureSurface, SurfaceRef Texture::*, &Texture::m_texture)
+PRIVATE_MEMBER(textureFile, vesk::String Texture::*, &Texture::m_textureFile)
+PRIVATE_MEMBER(textureGetTextureFileName, void (Texture::*)(), &Texture::getTextureFileName)
 
 TEST(TextureTest, MembersStandInTheirOrder)
 {
     const Texture texture;
-    const void* const sampler = &(texture.*privateMember(TextureSampler()));
-    const void* const surface = &(texture.*privateMember(TextureSurface()));
-    const void* const file = &(texture.*privateMember(TextureFile()));
+    const void* const sampler = &textureSampler(texture);
+    const void* const surface = &textureSurface(texture);
+    const void* const file = &textureFile(texture);
     EXPECT_EQ(static_cast<const void*>(&texture), sampler);
     EXPECT_TRUE(std::less<>()(sampler, surface));
     EXPECT_TRUE(std::less<>()(surface, file));
@@ -32,9 +32,9 @@ TEST(TextureTest, MembersStandInTheirOrder)
 TEST(TextureTest, AccessorsGiveTheirMembers)
 {
     const Texture texture;
-    EXPECT_EQ(&(texture.*privateMember(TextureSampler())), &texture.sampler());
-    EXPECT_EQ(&(texture.*privateMember(TextureSurface())), &texture.texture());
-    EXPECT_EQ(&(texture.*privateMember(TextureFile())), &texture.textureFile());
+    EXPECT_EQ(&textureSampler(texture), &texture.sampler());
+    EXPECT_EQ(&textureSurface(texture), &texture.texture());
+    EXPECT_EQ(&textureFile(texture), &texture.textureFile());
 }
 
 constexpr const char* channel = "libVideo.texture";
@@ -523,7 +523,7 @@ TEST(TextureTest, FileSearchWithoutASurfaceLogsThatThereIsNoInitializer)
 {
     const LogCapture log;
     Texture texture;
-    (texture.*privateMember(TextureGetTextureFileName()))();
+    textureGetTextureFileName(texture);
     EXPECT_STREQ("", fileOf(texture));
     ASSERT_EQ(1u, log.lines().size());
     EXPECT_EQ(channel, log.lines()[0].channel);
@@ -534,8 +534,8 @@ TEST(TextureTest, FileSearchReadsTheSurfaceThatIsHeld)
 {
     Document document;
     Texture texture;
-    texture.*privateMember(TextureSurface()) = document.newparam(0)->getSurface();
-    (texture.*privateMember(TextureGetTextureFileName()))();
+    textureSurface(texture) = document.newparam(0)->getSurface();
+    textureGetTextureFileName(texture);
     EXPECT_STREQ("./a.png", fileOf(texture));
 }
 
@@ -544,9 +544,9 @@ TEST(TextureTest, FileSearchWithoutAFindLeavesTheFileAsItWas)
     Document document(Document::withImages(emptyAndB, "<init_from>none</init_from><init_from>empty</init_from>"));
     const LogCapture log;
     Texture texture;
-    texture.*privateMember(TextureSurface()) = document.newparam(0)->getSurface();
-    texture.*privateMember(TextureFile()) = "before.png";
-    (texture.*privateMember(TextureGetTextureFileName()))();
+    textureSurface(texture) = document.newparam(0)->getSurface();
+    textureFile(texture) = "before.png";
+    textureGetTextureFileName(texture);
     EXPECT_STREQ("before.png", fileOf(texture));
     EXPECT_EQ(noImage, log.text());
 }

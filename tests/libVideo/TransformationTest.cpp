@@ -14,29 +14,28 @@ using UpdateByTranslation = void (Translation::*)(const Vector3&);
 using UpdateByAngle = void (Rotation::*)(double);
 using UpdateByScale = void (Scale::*)(const Vector3&);
 
-PRIVATE_MEMBER(DeclaredMatrix, Matrix4 Transformation::*, &Transformation::m_matrix)
-PRIVATE_MEMBER(CurrentMatrix, MatrixHandle Transformation::*, &Transformation::m_transformation)
-PRIVATE_MEMBER(SidField, vesk::String Transformation::*, &Transformation::m_sid)
-PRIVATE_MEMBER(AnimationField, AnimationHandle Transformation::*, &Transformation::m_animation)
-PRIVATE_MEMBER(TranslationField, Vector3 Translation::*, &Translation::m_translation)
-PRIVATE_MEMBER(AxisField, Vector3 Rotation::*, &Rotation::m_axis)
-PRIVATE_MEMBER(AngleField, double Rotation::*, &Rotation::m_angle)
-PRIVATE_MEMBER(ScaleField, Vector3 Scale::*, &Scale::m_scale)
-PRIVATE_MEMBER(UpdateTransformation, UpdateByMatrix, &Transformation::updateTransformation)
-PRIVATE_MEMBER(UpdateTranslation, UpdateByTranslation, &Translation::updateTransformation)
-PRIVATE_MEMBER(UpdateRotation, UpdateByAngle, &Rotation::updateTransformation)
-PRIVATE_MEMBER(UpdateScale, UpdateByScale, &Scale::updateTransformation)
+PRIVATE_MEMBER(declaredMatrix, Matrix4 Transformation::*, &Transformation::m_matrix)
+PRIVATE_MEMBER(currentMatrix, MatrixHandle Transformation::*, &Transformation::m_transformation)
+PRIVATE_MEMBER(sidField, vesk::String Transformation::*, &Transformation::m_sid)
+PRIVATE_MEMBER(animationField, AnimationHandle Transformation::*, &Transformation::m_animation)
+PRIVATE_MEMBER(translationField, Vector3 Translation::*, &Translation::m_translation)
+PRIVATE_MEMBER(axisField, Vector3 Rotation::*, &Rotation::m_axis)
+PRIVATE_MEMBER(angleField, double Rotation::*, &Rotation::m_angle)
+PRIVATE_MEMBER(scaleField, Vector3 Scale::*, &Scale::m_scale)
+PRIVATE_MEMBER(updateTransformation, UpdateByMatrix, &Transformation::updateTransformation)
+PRIVATE_MEMBER(updateTranslation, UpdateByTranslation, &Translation::updateTransformation)
+PRIVATE_MEMBER(updateRotation, UpdateByAngle, &Rotation::updateTransformation)
+PRIVATE_MEMBER(updateScale, UpdateByScale, &Scale::updateTransformation)
 
 TEST(TransformationTest, FieldsStandInOrder)
 {
     const Transformation transformation;
-    EXPECT_LT(place(transformation.*privateMember(DeclaredMatrix())),
-              place(transformation.*privateMember(CurrentMatrix())));
-    EXPECT_LT(place(transformation.*privateMember(CurrentMatrix())), place(transformation.*privateMember(SidField())));
-    EXPECT_LT(place(transformation.*privateMember(SidField())), place(transformation.*privateMember(AnimationField())));
+    EXPECT_LT(place(declaredMatrix(transformation)), place(currentMatrix(transformation)));
+    EXPECT_LT(place(currentMatrix(transformation)), place(sidField(transformation)));
+    EXPECT_LT(place(sidField(transformation)), place(animationField(transformation)));
     const Rotation rotation;
-    EXPECT_LT(place(rotation.*privateMember(AnimationField())), place(rotation.*privateMember(AxisField())));
-    EXPECT_LT(place(rotation.*privateMember(AxisField())), place(rotation.*privateMember(AngleField())));
+    EXPECT_LT(place(animationField(rotation)), place(axisField(rotation)));
+    EXPECT_LT(place(axisField(rotation)), place(angleField(rotation)));
 }
 
 Values valuesOf(std::initializer_list<double> numbers);
@@ -99,11 +98,6 @@ void expectVector(const Vector3& vector, float x, float y, float z)
     EXPECT_EQ(z, vector[2]);
 }
 
-const Matrix4& declaredMatrix(const Transformation& transformation)
-{
-    return transformation.*privateMember(DeclaredMatrix());
-}
-
 /// Keys at 1, 2 and 3 seconds; as many values for each.
 AnimationHandle animationOf(const std::string& values, const std::string& member = "X")
 {
@@ -154,7 +148,7 @@ TYPED_TEST(TransformationFamilyTest, DefaultHasAZeroMatrixDeclaredAndNoHandles)
     expectElements(declaredMatrix(transformation), zero);
     EXPECT_EQ(nullptr, transformation.transformation());
     EXPECT_EQ(0u, transformation.transformation().useCount());
-    EXPECT_EQ(nullptr, transformation.*privateMember(AnimationField()));
+    EXPECT_EQ(nullptr, animationField(transformation));
     EXPECT_TRUE(transformation.sid().empty());
     EXPECT_EQ(nullptr, transformation.transformationAtTime(1.5));
 }
@@ -165,7 +159,7 @@ TYPED_TEST(TransformationFamilyTest, SidIsAssignedAndReturned)
     const vesk::String& result = transformation.setSid("turn");
     EXPECT_EQ(&transformation.sid(), &result);
     EXPECT_STREQ("turn", transformation.sid().data());
-    EXPECT_EQ(&(transformation.*privateMember(SidField())), &transformation.sid());
+    EXPECT_EQ(&sidField(transformation), &transformation.sid());
     transformation.setSid("");
     EXPECT_TRUE(transformation.sid().empty());
 }
@@ -173,8 +167,8 @@ TYPED_TEST(TransformationFamilyTest, SidIsAssignedAndReturned)
 TYPED_TEST(TransformationFamilyTest, TransformationIsTheFieldItself)
 {
     TypeParam transformation;
-    EXPECT_EQ(&(transformation.*privateMember(CurrentMatrix())), &transformation.transformation());
-    EXPECT_EQ(&(transformation.*privateMember(CurrentMatrix())), &transformation.transformationAtTime(2.0));
+    EXPECT_EQ(&currentMatrix(transformation), &transformation.transformation());
+    EXPECT_EQ(&currentMatrix(transformation), &transformation.transformationAtTime(2.0));
 }
 
 TYPED_TEST(TransformationFamilyTest, SecondAnimationReleasesTheFirst)
@@ -185,16 +179,16 @@ TYPED_TEST(TransformationFamilyTest, SecondAnimationReleasesTheFirst)
         TypeParam transformation;
         transformation.setAnimation(first);
         EXPECT_EQ(2u, first.useCount());
-        EXPECT_EQ(first, transformation.*privateMember(AnimationField()));
+        EXPECT_EQ(first, animationField(transformation));
         transformation.setAnimation(second);
         EXPECT_EQ(1u, first.useCount());
         EXPECT_EQ(2u, second.useCount());
-        EXPECT_EQ(second, transformation.*privateMember(AnimationField()));
+        EXPECT_EQ(second, animationField(transformation));
         transformation.setAnimation(second);
         EXPECT_EQ(2u, second.useCount());
         transformation.setAnimation(AnimationHandle());
         EXPECT_EQ(1u, second.useCount());
-        EXPECT_EQ(nullptr, transformation.*privateMember(AnimationField()));
+        EXPECT_EQ(nullptr, animationField(transformation));
         transformation.setAnimation(first);
     }
     EXPECT_EQ(1u, first.useCount());
@@ -232,7 +226,7 @@ TYPED_TEST(TransformationFamilyTest, CopyAndAssignmentShareBothHandles)
     EXPECT_EQ(1u, old.useCount());
     for (TypeParam* const other : {&copy, &assigned}) {
         EXPECT_EQ(source.transformation(), other->transformation());
-        EXPECT_EQ(animation, *other.*privateMember(AnimationField()));
+        EXPECT_EQ(animation, animationField(*other));
         EXPECT_STREQ("source", other->sid().data());
         for (unsigned i = 0; i < 16; ++i) {
             EXPECT_EQ(declaredMatrix(source)[i], declaredMatrix(*other)[i]);
@@ -315,9 +309,9 @@ TEST(TransformationTest, DeclarationAfterACopyIsItsOwn)
 
 TEST(TransformationTest, DefaultVectorsAreZero)
 {
-    expectVector(Translation().*privateMember(TranslationField()), 0, 0, 0);
-    expectVector(Scale().*privateMember(ScaleField()), 0, 0, 0);
-    expectVector(Rotation().*privateMember(AxisField()), 0, 0, 0);
+    expectVector(translationField(Translation()), 0, 0, 0);
+    expectVector(scaleField(Scale()), 0, 0, 0);
+    expectVector(axisField(Rotation()), 0, 0, 0);
 }
 
 TEST(TransformationTest, SidAloneMakesNoMatrix)
@@ -326,7 +320,7 @@ TEST(TransformationTest, SidAloneMakesNoMatrix)
     EXPECT_STREQ("turn", transformation.sid().data());
     EXPECT_EQ(nullptr, transformation.transformation());
     expectElements(declaredMatrix(transformation), zero);
-    EXPECT_EQ(nullptr, transformation.*privateMember(AnimationField()));
+    EXPECT_EQ(nullptr, animationField(transformation));
 }
 
 TEST(TransformationTest, ConstructorsStoreTheSid)
@@ -400,7 +394,7 @@ TEST(TransformationTest, TranslationStandsInTheFourthColumn)
 {
     Translation translation(valuesOf({1, 2, 3}), "t");
     expectTranslation(translation.transformation(), 1, 2, 3);
-    expectVector(translation.*privateMember(TranslationField()), 1, 2, 3);
+    expectVector(translationField(translation), 1, 2, 3);
     expectElements(declaredMatrix(translation), zero);
 }
 
@@ -414,7 +408,7 @@ TEST(TransformationTest, ScaleStandsOnTheDiagonal)
 {
     Scale scale(valuesOf({2, 3, 4}), "s");
     expectScale(scale.transformation(), 2, 3, 4);
-    expectVector(scale.*privateMember(ScaleField()), 2, 3, 4);
+    expectVector(scaleField(scale), 2, 3, 4);
     expectElements(declaredMatrix(scale), zero);
 }
 
@@ -436,8 +430,8 @@ TEST(TransformationTest, RotationNormalizesItsAxis)
     expectQuarterAboutZ(rotation.transformation());
     EXPECT_FLOAT_EQ(-1.0f, (*rotation.transformation())(0, 1));
     EXPECT_FLOAT_EQ(1.0f, (*rotation.transformation())(1, 0));
-    expectVector(rotation.*privateMember(AxisField()), 0, 0, 2);
-    EXPECT_EQ(90.0, rotation.*privateMember(AngleField()));
+    expectVector(axisField(rotation), 0, 0, 2);
+    EXPECT_EQ(90.0, angleField(rotation));
     expectElements(declaredMatrix(rotation), zero);
 }
 
@@ -463,7 +457,7 @@ TEST(TransformationTest, AngleBecomesRadiansInDouble)
 {
     Rotation rotation(valuesOf({0, 0, 1, 33.3}), "r");
     const double radians = 33.3 * 3.141592653589793 / 180.0;
-    EXPECT_EQ(33.3, rotation.*privateMember(AngleField()));
+    EXPECT_EQ(33.3, angleField(rotation));
     EXPECT_EQ(static_cast<float>(std::cos(radians)), (*rotation.transformation())(0, 0));
     EXPECT_EQ(static_cast<float>(-std::sin(radians)), (*rotation.transformation())(0, 1));
     EXPECT_EQ(static_cast<float>(std::sin(radians)), (*rotation.transformation())(1, 0));
@@ -488,7 +482,7 @@ TEST(TransformationTest, MissingRotationValuesAreZero)
 {
     Rotation rotation(valuesOf({0, 0, 1}), "r");
     expectElements(rotation.transformation(), identity);
-    EXPECT_EQ(0.0, rotation.*privateMember(AngleField()));
+    EXPECT_EQ(0.0, angleField(rotation));
     Rotation empty(valuesOf({}), "r");
     EXPECT_TRUE(std::isnan((*empty.transformation())[0]));
 }
@@ -604,7 +598,7 @@ TEST(TransformationTest, UpdateOfTheBaseWritesInPlace)
     for (unsigned i = 0; i < 16; ++i) {
         other[i] = 30.0f + static_cast<float>(i);
     }
-    (transformation.*privateMember(UpdateTransformation()))(other);
+    updateTransformation(transformation, other);
     EXPECT_EQ(shared, transformation.transformation());
     expectCounted(*shared, 30);
     expectCounted(declaredMatrix(transformation), 1);
@@ -614,27 +608,27 @@ TEST(TransformationTest, UpdatesOfSubclassesMakeANewMatrixAndStoreNothing)
 {
     Translation translation(valuesOf({1, 2, 3}), "t");
     const MatrixHandle oldTranslation = translation.transformation();
-    (translation.*privateMember(UpdateTranslation()))(Vector3(7, 8, 9));
+    updateTranslation(translation, Vector3(7, 8, 9));
     expectTranslation(translation.transformation(), 7, 8, 9);
     expectTranslation(oldTranslation, 1, 2, 3);
     EXPECT_EQ(1u, oldTranslation.useCount());
-    expectVector(translation.*privateMember(TranslationField()), 1, 2, 3);
+    expectVector(translationField(translation), 1, 2, 3);
 
     Scale scale(valuesOf({1, 2, 3}), "s");
     const MatrixHandle oldScale = scale.transformation();
-    (scale.*privateMember(UpdateScale()))(Vector3(7, 8, 9));
+    updateScale(scale, Vector3(7, 8, 9));
     expectScale(scale.transformation(), 7, 8, 9);
     expectScale(oldScale, 1, 2, 3);
     EXPECT_EQ(1u, oldScale.useCount());
-    expectVector(scale.*privateMember(ScaleField()), 1, 2, 3);
+    expectVector(scaleField(scale), 1, 2, 3);
 
     Rotation rotation(valuesOf({0, 0, 1, 0}), "r");
     const MatrixHandle oldRotation = rotation.transformation();
-    (rotation.*privateMember(UpdateRotation()))(90.0);
+    updateRotation(rotation, 90.0);
     expectQuarterAboutZ(rotation.transformation());
     expectElements(oldRotation, identity);
     EXPECT_EQ(1u, oldRotation.useCount());
-    EXPECT_EQ(0.0, rotation.*privateMember(AngleField()));
+    EXPECT_EQ(0.0, angleField(rotation));
 }
 
 // ---- animated
@@ -704,7 +698,7 @@ TEST(TransformationTest, TranslationAnimationMakesANewMatrix)
     expectTranslation(before, 1, 2, 3);
     EXPECT_NE(before, result);
     EXPECT_EQ(1u, before.useCount());
-    expectVector(translation.*privateMember(TranslationField()), 1, 2, 3);
+    expectVector(translationField(translation), 1, 2, 3);
     expectTranslation(translation.transformationAtTime(0), 1, 2, 3);
     expectElements(declaredMatrix(translation), zero);
 }
@@ -720,7 +714,7 @@ TEST(TransformationTest, ScaleAnimationMakesANewMatrix)
     expectScale(before, 1, 2, 3);
     EXPECT_NE(before, result);
     EXPECT_EQ(1u, before.useCount());
-    expectVector(scale.*privateMember(ScaleField()), 1, 2, 3);
+    expectVector(scaleField(scale), 1, 2, 3);
     expectScale(scale.transformationAtTime(0), 1, 2, 3);
     expectElements(declaredMatrix(scale), zero);
 }
@@ -736,8 +730,8 @@ TEST(TransformationTest, RotationAnimationDrivesTheAngleAlone)
     expectQuarterAboutZ(result);
     EXPECT_NE(before, result);
     EXPECT_EQ(1u, before.useCount());
-    EXPECT_EQ(30.0, rotation.*privateMember(AngleField()));
-    expectVector(rotation.*privateMember(AxisField()), 0, 0, 2);
+    EXPECT_EQ(30.0, angleField(rotation));
+    expectVector(axisField(rotation), 0, 0, 2);
     // A half turn, at the second key.
     const Elements half{-1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
     expectNear(rotation.transformationAtTime(2), half);
@@ -828,15 +822,15 @@ TEST(TransformationTest, CopiesOfSubclassesKeepTheirMatrix)
     Scale scaleCopy(scale);
     scale.transformationAtTime(1.5);
     expectScale(scaleCopy.transformation(), 1, 2, 3);
-    expectVector(scaleCopy.*privateMember(ScaleField()), 1, 2, 3);
+    expectVector(scaleField(scaleCopy), 1, 2, 3);
 
     Rotation rotation(valuesOf({0, 0, 1, 0}), "r");
     rotation.setAnimation(angleAnimation());
     Rotation rotationCopy(rotation);
     rotation.transformationAtTime(1.5);
     expectElements(rotationCopy.transformation(), identity);
-    expectVector(rotationCopy.*privateMember(AxisField()), 0, 0, 1);
-    EXPECT_EQ(0.0, rotationCopy.*privateMember(AngleField()));
+    expectVector(axisField(rotationCopy), 0, 0, 1);
+    EXPECT_EQ(0.0, angleField(rotationCopy));
 }
 
 TEST(TransformationTest, AnimationWithoutAMatrixThrows)

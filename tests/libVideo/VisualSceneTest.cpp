@@ -19,33 +19,31 @@ using CameraInstanceList = vesk::Array<libVideo::CameraInstanceHandle>;
 using PointLightInstanceList = vesk::Array<libVideo::PointLightInstanceHandle>;
 using SpotLightInstanceList = vesk::Array<libVideo::SpotLightInstanceHandle>;
 
-PRIVATE_MEMBER(SceneName, vesk::String VisualScene::*, &VisualScene::m_name)
-PRIVATE_MEMBER(SceneId, vesk::String VisualScene::*, &VisualScene::m_id)
-PRIVATE_MEMBER(SceneRoot, Node VisualScene::*, &VisualScene::m_root)
-PRIVATE_MEMBER(SceneNodeTable, libVideo::NodeTable VisualScene::*, &VisualScene::m_nodeTable)
-PRIVATE_MEMBER(NodeTableRep, vesk::_HashTableRep libVideo::NodeTable::*, &libVideo::NodeTable::m_rep)
-PRIVATE_MEMBER(SceneNodeList, vesk::Array<NodeHandle> VisualScene::*, &VisualScene::m_nodeList)
-PRIVATE_MEMBER(SceneCameraList, CameraInstanceList VisualScene::*, &VisualScene::m_cameraList)
-PRIVATE_MEMBER(ScenePointLightList, PointLightInstanceList VisualScene::*, &VisualScene::m_pointLightList)
-PRIVATE_MEMBER(SceneSpotLightList, SpotLightInstanceList VisualScene::*, &VisualScene::m_spotLightList)
-PRIVATE_MEMBER(SceneResourcesMember, SceneResourcesLink VisualScene::*, &VisualScene::m_resources)
-PRIVATE_MEMBER(SceneGeometryTable, libVideo::GeometryTable VisualScene::*, &VisualScene::m_geometryTable)
-PRIVATE_MEMBER(SceneMaterialTable, libVideo::BlinnMaterialTable VisualScene::*, &VisualScene::m_blinnMaterialTable)
-PRIVATE_MEMBER(SceneReserved, unsigned VisualScene::*, &VisualScene::m_reserved)
-PRIVATE_MEMBER(SceneProcessNodeInstances,
+PRIVATE_MEMBER(sceneName, vesk::String VisualScene::*, &VisualScene::m_name)
+PRIVATE_MEMBER(sceneId, vesk::String VisualScene::*, &VisualScene::m_id)
+PRIVATE_MEMBER(sceneRoot, Node VisualScene::*, &VisualScene::m_root)
+PRIVATE_MEMBER(nodeTableOf, libVideo::NodeTable VisualScene::*, &VisualScene::m_nodeTable)
+PRIVATE_MEMBER(nodeTableRep, vesk::_HashTableRep libVideo::NodeTable::*, &libVideo::NodeTable::m_rep)
+PRIVATE_MEMBER(nodeListOf, vesk::Array<NodeHandle> VisualScene::*, &VisualScene::m_nodeList)
+PRIVATE_MEMBER(sceneCameraList, CameraInstanceList VisualScene::*, &VisualScene::m_cameraList)
+PRIVATE_MEMBER(scenePointLightList, PointLightInstanceList VisualScene::*, &VisualScene::m_pointLightList)
+PRIVATE_MEMBER(sceneSpotLightList, SpotLightInstanceList VisualScene::*, &VisualScene::m_spotLightList)
+PRIVATE_MEMBER(sceneResourcesMember, SceneResourcesLink VisualScene::*, &VisualScene::m_resources)
+PRIVATE_MEMBER(sceneGeometryTable, libVideo::GeometryTable VisualScene::*, &VisualScene::m_geometryTable)
+PRIVATE_MEMBER(sceneMaterialTable, libVideo::BlinnMaterialTable VisualScene::*, &VisualScene::m_blinnMaterialTable)
+PRIVATE_MEMBER(sceneReserved, unsigned VisualScene::*, &VisualScene::m_reserved)
+PRIVATE_MEMBER(sceneProcessNodeInstances,
                void (VisualScene::*)(const NodeHandle&, const daeSmartRef<libVideo::domNode>&, PoolIndex&),
                &VisualScene::processNodeInstances)
-PRIVATE_MEMBER(SceneAddAnimationsToNodes, void (VisualScene::*)(), &VisualScene::addAnimationsToNodes)
+PRIVATE_MEMBER(sceneAddAnimationsToNodes, void (VisualScene::*)(), &VisualScene::addAnimationsToNodes)
 
 TEST(VisualSceneTest, MembersStandInTheirOrder)
 {
     const VisualScene scene;
-    expectAscending({&(scene.*privateMember(SceneName())), &(scene.*privateMember(SceneId())),
-                     &(scene.*privateMember(SceneRoot())), &(scene.*privateMember(SceneNodeTable())),
-                     &(scene.*privateMember(SceneNodeList())), &(scene.*privateMember(SceneCameraList())),
-                     &(scene.*privateMember(ScenePointLightList())), &(scene.*privateMember(SceneSpotLightList())),
-                     &(scene.*privateMember(SceneResourcesMember())), &(scene.*privateMember(SceneGeometryTable())),
-                     &(scene.*privateMember(SceneMaterialTable())), &(scene.*privateMember(SceneReserved()))});
+    expectAscending({&sceneName(scene), &sceneId(scene), &sceneRoot(scene), &nodeTableOf(scene), &nodeListOf(scene),
+                     &sceneCameraList(scene), &scenePointLightList(scene), &sceneSpotLightList(scene),
+                     &sceneResourcesMember(scene), &sceneGeometryTable(scene), &sceneMaterialTable(scene),
+                     &sceneReserved(scene)});
 }
 
 TEST(VisualSceneTest, PoolsStandInTheirOrderAndStartEmpty)
@@ -66,12 +64,12 @@ TEST(VisualSceneTest, PoolsStandInTheirOrderAndStartEmpty)
 TEST(VisualSceneTest, AccessorsGiveTheirMembers)
 {
     const VisualScene scene;
-    EXPECT_EQ(&(scene.*privateMember(SceneRoot())), &scene.root());
-    EXPECT_EQ(&(scene.*privateMember(SceneCameraList())), &scene.cameraList());
-    EXPECT_EQ(&(scene.*privateMember(ScenePointLightList())), &scene.pointLightList());
-    EXPECT_EQ(&(scene.*privateMember(SceneSpotLightList())), &scene.spotLightList());
-    EXPECT_EQ(&(scene.*privateMember(SceneGeometryTable())), &scene.geometryTable());
-    EXPECT_EQ(&(scene.*privateMember(SceneMaterialTable())), &scene.blinnMaterialTable());
+    EXPECT_EQ(&sceneRoot(scene), &scene.root());
+    EXPECT_EQ(&sceneCameraList(scene), &scene.cameraList());
+    EXPECT_EQ(&scenePointLightList(scene), &scene.pointLightList());
+    EXPECT_EQ(&sceneSpotLightList(scene), &scene.spotLightList());
+    EXPECT_EQ(&sceneGeometryTable(scene), &scene.geometryTable());
+    EXPECT_EQ(&sceneMaterialTable(scene), &scene.blinnMaterialTable());
 }
 
 constexpr const char* channel = "libVideo.visualScene";
@@ -79,27 +77,17 @@ constexpr const char* channel = "libVideo.visualScene";
 // What a scene holds, by the names of its members.
 const char* nameOf(const VisualScene& scene)
 {
-    return (scene.*privateMember(SceneName())).data();
+    return sceneName(scene).data();
 }
 
 const char* idOf(const VisualScene& scene)
 {
-    return (scene.*privateMember(SceneId())).data();
-}
-
-const vesk::Array<NodeHandle>& nodeListOf(const VisualScene& scene)
-{
-    return scene.*privateMember(SceneNodeList());
-}
-
-const libVideo::NodeTable& nodeTableOf(const VisualScene& scene)
-{
-    return scene.*privateMember(SceneNodeTable());
+    return sceneId(scene).data();
 }
 
 const SceneResources* resourcesOf(const VisualScene& scene)
 {
-    return (scene.*privateMember(SceneResourcesMember())).get();
+    return sceneResourcesMember(scene).get();
 }
 
 // The node that the table gives for an id, null if it gives none.
@@ -275,7 +263,7 @@ TEST(VisualSceneTest, IdsThatWereMadeToCollideCostNoMoreThanOthers)
         ASSERT_NE(nullptr, found(scene, id.c_str())) << id;
         EXPECT_EQ(id, found(scene, id.c_str())->id().data());
     }
-    EXPECT_TRUE((nodeTableOf(scene).*privateMember(NodeTableRep())).isKeyed());
+    EXPECT_TRUE(nodeTableRep(nodeTableOf(scene)).isKeyed());
 }
 
 TEST(VisualSceneTest, RootStandsForNoElement)
@@ -315,8 +303,8 @@ TEST(VisualSceneTest, AbsentAttributesLeaveTheMembersAsTheyAre)
 {
     const auto document = Document::ofScene("<visual_scene><node id='a'/></visual_scene>");
     VisualScene scene;
-    scene.*privateMember(SceneName()) = "Before";
-    scene.*privateMember(SceneId()) = "before";
+    sceneName(scene) = "Before";
+    sceneId(scene) = "before";
     ASSERT_TRUE(document->loadInto(scene));
     EXPECT_STREQ("Before", nameOf(scene));
     EXPECT_STREQ("before", idOf(scene));
@@ -630,7 +618,7 @@ void expectCopyOf(const VisualScene& source, const VisualScene& copy)
     EXPECT_STREQ(nameOf(source), nameOf(copy));
     EXPECT_STREQ(idOf(source), idOf(copy));
     EXPECT_EQ(resourcesOf(source), resourcesOf(copy));
-    EXPECT_EQ(source.*privateMember(SceneReserved()), copy.*privateMember(SceneReserved()));
+    EXPECT_EQ(sceneReserved(source), sceneReserved(copy));
     EXPECT_NE(&source.root(), &copy.root());
     EXPECT_EQ(elements(source.root().transform()), elements(copy.root().transform()));
     ASSERT_EQ(source.root().children().size(), copy.root().children().size());
@@ -661,7 +649,7 @@ TEST(VisualSceneTest, CopiesAreSecondViewsOfTheSameNodes)
                           "</visual_scene>");
     VisualScene source;
     ASSERT_TRUE(document->loadInto(source));
-    source.*privateMember(SceneReserved()) = 7;
+    sceneReserved(source) = 7;
     {
         const VisualScene copy(source);
         expectCopyOf(source, copy);
@@ -669,7 +657,7 @@ TEST(VisualSceneTest, CopiesAreSecondViewsOfTheSameNodes)
         EXPECT_STREQ("scene", idOf(copy));
         EXPECT_EQ("a c b", listedIds(copy));
         EXPECT_EQ("a c", childIds(copy.root()));
-        EXPECT_EQ(7u, copy.*privateMember(SceneReserved()));
+        EXPECT_EQ(7u, sceneReserved(copy));
     }
     EXPECT_EQ(1u, nodeListOf(source)[0].useCount());
     VisualScene assigned;
@@ -754,8 +742,7 @@ TEST(VisualSceneTest, InstancesOfANodeWithoutAnyAreNone)
     ASSERT_TRUE(document.loadInto(scene));
     const libVideo::SceneResources pool;
     PoolIndex index(pool);
-    (scene.*privateMember(SceneProcessNodeInstances()))(nodeListOf(scene)[0], document.element().getNode_array()[0],
-                                                        index);
+    sceneProcessNodeInstances(scene, nodeListOf(scene)[0], document.element().getNode_array()[0], index);
 
     EXPECT_EQ(0u, scene.cameraList().size() + scene.pointLightList().size() + scene.spotLightList().size());
     EXPECT_EQ(0u, scene.geometryTable().size() + scene.blinnMaterialTable().size());
@@ -990,7 +977,7 @@ TEST(VisualSceneTest, AttachingAgainFindsAndMissesTheSame)
     LogCapture log;
     ASSERT_TRUE(document.loadInto(scene));
     log.clear();
-    (scene.*privateMember(SceneAddAnimationsToNodes()))();
+    sceneAddAnimationsToNodes(scene);
 
     expectRefusal(log, "Unable to find the animation's target node with id: x");
     EXPECT_EQ(2u, document.resources().animationList[0].useCount());

@@ -4,22 +4,42 @@
 /// Reaches private members for tests: naming them in an explicit instantiation is allowed, and a friend function that
 /// this instantiation defines hands the pointer out.
 ///
-///     PRIVATE_MEMBER(NodeMatrix, Matrix4 libVideo::Node::*, &libVideo::Node::m_transform)
-///     PRIVATE_MEMBER(NodeSetId, void (libVideo::Node::*)(const vesk::String&), &libVideo::Node::setId)
+///     PRIVATE_MEMBER(matrixOf, Matrix4 libVideo::Node::*, &libVideo::Node::m_transform)
+///     PRIVATE_MEMBER(setId, void (libVideo::Node::*)(const vesk::String&), &libVideo::Node::setId)
 ///
-///     node.*privateMember(NodeMatrix())
-///     (node.*privateMember(NodeSetId()))("lamp")
+///     matrixOf(node) = matrix;
+///     setId(node, "lamp");
 ///
 /// The type picks one of several overloads. A type with a comma in it needs an alias.
 
-/// Declares `tag`, and lets `privateMember(tag())` give the pointer to the member. Stands outside of any function.
-#define PRIVATE_MEMBER(tag, type, pointer)                                                                             \
-    struct tag {                                                                                                       \
+#include <functional>
+#include <utility>
+
+namespace testSupport {
+
+/// Gives the private field of an object, or calls the private operation.
+template <class Tag>
+struct PrivateMember {
+    template <class... Arguments>
+    constexpr decltype(auto) operator()(Arguments&&... arguments) const
+    {
+        return std::invoke(pointer(), std::forward<Arguments>(arguments)...);
+    }
+    /// The pointer to the member.
+    constexpr auto pointer() const { return privateMember(Tag()); }
+};
+
+} // namespace testSupport
+
+/// Defines `name`, which reaches the member by its pointer, of that type. Used outside of any function.
+#define PRIVATE_MEMBER(name, type, pointerToMember)                                                                    \
+    struct name##Tag {                                                                                                 \
         using Type = type;                                                                                             \
-        friend Type privateMember(tag);                                                                                \
+        friend constexpr Type privateMember(name##Tag);                                                                \
     };                                                                                                                 \
-    template <tag::Type Member>                                                                                        \
-    struct tag##Access {                                                                                               \
-        friend tag::Type privateMember(tag) { return Member; }                                                         \
+    template <name##Tag::Type Member>                                                                                  \
+    struct name##Access {                                                                                              \
+        friend constexpr name##Tag::Type privateMember(name##Tag) { return Member; }                                   \
     };                                                                                                                 \
-    template struct tag##Access<pointer>;
+    template struct name##Access<pointerToMember>;                                                                     \
+    constexpr testSupport::PrivateMember<name##Tag> name{};

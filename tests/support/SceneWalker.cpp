@@ -30,15 +30,15 @@ using libVideo::TransformationHandle;
 using Matrix4 = libMath::Matrix<float, 4, 4>;
 using Vector3 = libMath::Vector<float, 3>;
 
-PRIVATE_MEMBER(SceneResourcesField, SceneResources Scene::*, &Scene::m_resources)
-PRIVATE_MEMBER(NodeTransformationsField, vesk::Array<TransformationHandle> Node::*, &Node::m_transformations)
+PRIVATE_MEMBER(sceneResourcesField, SceneResources Scene::*, &Scene::m_resources)
+PRIVATE_MEMBER(nodeTransformationsField, vesk::Array<TransformationHandle> Node::*, &Node::m_transformations)
 
 constexpr std::size_t mostTimes = 16;
 
 // One walk over one scene. Everything that is read ends in one sum, so that no read is left out.
 class Walker {
 public:
-    explicit Walker(Scene& scene) : m_scene(scene), m_resources(scene.*privateMember(SceneResourcesField())) {}
+    explicit Walker(Scene& scene) : m_scene(scene), m_resources(sceneResourcesField(scene)) {}
 
     std::string run()
     {
@@ -231,7 +231,7 @@ private:
         read(node.position());
         read(node.up());
         read(node.animationLength() + (node.hasAnimation() ? 1.0 : 0.0));
-        for (const TransformationHandle& transformation : node.*privateMember(NodeTransformationsField())) {
+        for (const TransformationHandle& transformation : nodeTransformationsField(node)) {
             read(transformation->sid());
             if (transformation->transformation()) {
                 read(*transformation->transformation());
@@ -382,7 +382,7 @@ private:
     {
         for (const Node* const constant : m_nodes) {
             Node& node = const_cast<Node&>(*constant); // the scene gives its nodes out as they are
-            for (const TransformationHandle& transformation : node.*privateMember(NodeTransformationsField())) {
+            for (const TransformationHandle& transformation : nodeTransformationsField(node)) {
                 attempt([&] { read(*transformation->transformationAtTime(time)); });
             }
             attempt([&] { read(node.transform(time)); });

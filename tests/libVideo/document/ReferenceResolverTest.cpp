@@ -11,7 +11,7 @@ namespace {
 using namespace libVideo;
 using namespace testSupport;
 
-PRIVATE_MEMBER(ResolvedDae, DAE Scene::*, &Scene::m_dae)
+PRIVATE_MEMBER(resolvedDae, DAE Scene::*, &Scene::m_dae)
 
 std::string whole(const std::string& body)
 {
@@ -58,7 +58,7 @@ protected:
         Scene scene;
         const bool isLoaded = scene.createFromCollada(file.c_str());
         m_lines = log.text();
-        m_documents = (scene.*privateMember(ResolvedDae())).getDocCount();
+        m_documents = resolvedDae(scene).getDocCount();
         return isLoaded ? scene.visualScene().root().children()[0]->id().data() : std::string();
     }
 
@@ -234,7 +234,7 @@ TEST_F(ReferenceResolverTest, ResolversOfBeforeAreBackAfterALoad)
 {
     write(home() / "main.dae", shows("other.dae#there"));
     Scene scene;
-    DAE& dae = scene.*privateMember(ResolvedDae());
+    DAE& dae = resolvedDae(scene);
     const auto names = [&] {
         std::vector<daeURIResolver*> all;
         for (std::size_t i = 0; i < dae.getURIResolvers().list().getCount(); ++i) {
