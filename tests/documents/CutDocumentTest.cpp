@@ -24,21 +24,8 @@ using testSupport::LoadOutcome;
 using testSupport::rowName;
 using testSupport::TortureFolder;
 
-constexpr std::size_t everyByteUpTo = 20000;
-constexpr std::size_t placesOfLargeOnes = 200;
-
 // Where a document is cut: behind each number of bytes, or evenly spread and close together at its end.
-std::vector<std::size_t> placesOf(std::size_t size)
-{
-    constexpr std::size_t closeEnd = 20;
-    const std::size_t step = size <= everyByteUpTo ? 1 : size / placesOfLargeOnes;
-    std::vector<std::size_t> places;
-    for (std::size_t place = 0; place < size;
-         place += size - place <= closeEnd ? 1 : std::min(step, size - place - closeEnd)) {
-        places.push_back(place);
-    }
-    return places;
-}
+std::vector<std::size_t> placesOf(std::size_t size);
 
 bool isUtf16(const std::string& text)
 {
@@ -84,6 +71,21 @@ TEST_P(CutDocumentTest, IsRefusedWithALineUnlessTheRootIsWhole)
             scene = std::make_unique<libVideo::Scene>();
         }
     }
+}
+
+constexpr std::size_t everyByteUpTo = 20000;
+constexpr std::size_t placesOfLargeOnes = 200;
+
+std::vector<std::size_t> placesOf(std::size_t size)
+{
+    constexpr std::size_t closeEnd = 20;
+    const std::size_t step = size <= everyByteUpTo ? 1 : size / placesOfLargeOnes;
+    std::vector<std::size_t> places;
+    for (std::size_t place = 0; place < size;
+         place += size - place <= closeEnd ? 1 : std::min(step, size - place - closeEnd)) {
+        places.push_back(place);
+    }
+    return places;
 }
 
 INSTANTIATE_TEST_SUITE_P(Documents, CutDocumentTest, testing::ValuesIn(documents::allDocuments()), rowName);

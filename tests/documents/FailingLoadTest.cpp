@@ -3,6 +3,7 @@
 #include "support/CrashReport.h"
 #include "support/FailingAllocator.h"
 #include "support/Rows.h"
+#include "support/SilentDocumentModel.h"
 #include "support/SilentLog.h"
 
 #include <libVideo/SceneGraph.h>
@@ -39,82 +40,14 @@ using testSupport::SilentLog;
 constexpr long mostFailures = 1500; // of one document; evenly spread if it asks more often
 constexpr long mostWholeFailures = 60;
 
-// The pool and the scene of one load.
-struct Loaded {
-    libVideo::SceneResources resources;
-    libVideo::VisualScene scene;
-
-    void load(DAE& dae, const domCOLLADA& root, const domVisual_scene& visualScene)
-    {
-        libVideo::createAnimationListFromCollada(&root, dae, resources.animationList);
-        libVideo::createCameraListFromCollada(&root, dae, resources.cameraList);
-        libVideo::createPointLightListFromCollada(&root, resources.pointLightList);
-        libVideo::createSpotLightListFromCollada(&root, dae, resources.spotLightList);
-        static_cast<void>(scene.createFromCollada(visualScene, libVideo::SceneResourcesLink(&resources)));
-    }
-};
-
-class SilentErrorHandler : public daeErrorHandler {
-public:
-    SilentErrorHandler() { setErrorHandler(this); }
-    ~SilentErrorHandler() override { setErrorHandler(nullptr); }
-    void handleError(daeString /*message*/) override {}
-    void handleWarning(daeString /*message*/) override {}
-};
-
-// Finds elements of the open document alone, without a word of its own: that of the document model writes messages, and a
-// stream swallows what it cannot have.
-class LocalResolver : public daeURIResolver {
-public:
-    explicit LocalResolver(DAE& owner) : daeURIResolver(owner) {}
-    daeElement* resolveElement(const daeURI& reference) override
-    {
-        daeDocument* const document = reference.getReferencedDocument();
-        return document != nullptr ? dae->getDatabase()->idLookup(reference.fragment(), document) : nullptr;
-    }
-    daeString getName() override { return "local"; }
-};
-
 class FailingLoadTest : public testing::TestWithParam<StoredDocument> {
 protected:
-    void SetUp() override
-    {
-        daeTArray<daeURIResolver*>& resolvers = m_dae.getURIResolvers().list(); // owns its entries
-        for (std::size_t i = 0; i < resolvers.getCount(); ++i) {
-            delete resolvers[i];
-        }
-        resolvers.clear();
-        resolvers.append(new LocalResolver(m_dae));
-        m_root = daeSafeCast<domCOLLADA>(m_dae.open(GetParam().path));
-        ASSERT_NE(nullptr, m_root);
-        ASSERT_NE(nullptr, m_root->getScene());
-        m_visualScene =
-            daeSafeCast<domVisual_scene>(m_root->getScene()->getInstance_visual_scene()->getUrl().getElement());
-        ASSERT_NE(nullptr, m_visualScene);
-    }
-
+    void SetUp() override;
     // Requests of one load. @return whether one failed
-    bool loadWithFailure(long successes, long& requests)
-    {
-        const auto loaded = std::make_unique<Loaded>();
-        const FailingAllocator allocator(successes);
-        bool hasThrown = false;
-        try {
-            loaded->load(m_dae, *m_root, *m_visualScene);
-        } catch (const vesk::NullPointer&) {
-            hasThrown = true;
-        } catch (const std::bad_alloc&) {
-            hasThrown = true;
-        } catch (const vesk::Exception&) {
-            hasThrown = allocator.hasFailed(); // the document's own, which needs no memory
-        }
-        requests = allocator.requests();
-        EXPECT_EQ(hasThrown, allocator.hasFailed()) << "request " << successes;
-        return allocator.hasFailed();
-    }
+    bool loadWithFailure(long successes, long& requests);
 
 private:
-    const SilentErrorHandler m_handler;
+    const testSupport::SilentDocumentModel m_silence;
     const SilentLog m_log;
     DAE m_dae{nullptr, nullptr, "1.4.1"};
     domCOLLADA* m_root = nullptr;
@@ -140,6 +73,68 @@ TEST_P(FailingLoadTest, EachFailureThrowsAndLeavesNothingBehind)
     long again = 0;
     EXPECT_FALSE(loadWithFailure(-1, again));
     EXPECT_EQ(again, requests) << "a load after the failed ones is like the one before";
+}
+
+// The pool and the scene of one load.
+struct Loaded {
+    libVideo::SceneResources resources;
+    libVideo::VisualScene scene;
+
+    void load(DAE& dae, const domCOLLADA& root, const domVisual_scene& visualScene)
+    {
+        libVideo::createAnimationListFromCollada(&root, dae, resources.animationList);
+        libVideo::createCameraListFromCollada(&root, dae, resources.cameraList);
+        libVideo::createPointLightListFromCollada(&root, resources.pointLightList);
+        libVideo::createSpotLightListFromCollada(&root, dae, resources.spotLightList);
+        static_cast<void>(scene.createFromCollada(visualScene, libVideo::SceneResourcesLink(&resources)));
+    }
+};
+
+// Finds elements of the open document alone, without a word of its own: that of the document model writes messages, and a
+// stream swallows what it cannot have.
+class LocalResolver : public daeURIResolver {
+public:
+    explicit LocalResolver(DAE& owner) : daeURIResolver(owner) {}
+    daeElement* resolveElement(const daeURI& reference) override
+    {
+        daeDocument* const document = reference.getReferencedDocument();
+        return document != nullptr ? dae->getDatabase()->idLookup(reference.fragment(), document) : nullptr;
+    }
+    daeString getName() override { return "local"; }
+};
+
+void FailingLoadTest::SetUp()
+{
+    daeTArray<daeURIResolver*>& resolvers = m_dae.getURIResolvers().list(); // owns its entries
+    for (std::size_t i = 0; i < resolvers.getCount(); ++i) {
+        delete resolvers[i];
+    }
+    resolvers.clear();
+    resolvers.append(new LocalResolver(m_dae));
+    m_root = daeSafeCast<domCOLLADA>(m_dae.open(GetParam().path));
+    ASSERT_NE(nullptr, m_root);
+    ASSERT_NE(nullptr, m_root->getScene());
+    m_visualScene = daeSafeCast<domVisual_scene>(m_root->getScene()->getInstance_visual_scene()->getUrl().getElement());
+    ASSERT_NE(nullptr, m_visualScene);
+}
+
+bool FailingLoadTest::loadWithFailure(long successes, long& requests)
+{
+    const auto loaded = std::make_unique<Loaded>();
+    const FailingAllocator allocator(successes);
+    bool hasThrown = false;
+    try {
+        loaded->load(m_dae, *m_root, *m_visualScene);
+    } catch (const vesk::NullPointer&) {
+        hasThrown = true;
+    } catch (const std::bad_alloc&) {
+        hasThrown = true;
+    } catch (const vesk::Exception&) {
+        hasThrown = allocator.hasFailed(); // the document's own, which needs no memory
+    }
+    requests = allocator.requests();
+    EXPECT_EQ(hasThrown, allocator.hasFailed()) << "request " << successes;
+    return allocator.hasFailed();
 }
 
 // While it lives, what is allocated may leak.

@@ -25,6 +25,48 @@ using libVideo::Node;
 using libVideo::NodeLink;
 using libVideo::Scene;
 
+struct Expected {
+    const char* id;
+    const char* name; ///< up to its first blank
+    int parent;
+    Rows local;
+    Rows world;
+};
+
+// Breadth first.
+const std::vector<Expected>& harbour();
+
+class LighthouseTest : public testing::Test {
+protected:
+    void SetUp() override;
+
+    const std::vector<Node*>& nodes() const { return m_nodes; }
+    libVideo::VisualScene& scene() { return m_scene.visualScene(); }
+    const testSupport::LogCapture& log() const { return m_log; }
+    Node& node(const std::string& id);
+    void evaluateAll(double time);
+
+private:
+    void append(const Node& parent);
+
+    testSupport::LogCapture m_log;
+    Scene m_scene;
+    std::vector<Node*> m_nodes;
+};
+
+TEST_F(LighthouseTest, TreeIsThatOfTheDocument)
+{
+    for (std::size_t i = 0; i < harbour().size(); ++i) {
+        const Expected& expected = harbour()[i];
+        EXPECT_STREQ(nodes()[i]->id().data(), expected.id);
+        EXPECT_STREQ(nodes()[i]->name().data(), expected.name);
+        EXPECT_STREQ("", nodes()[i]->sid().data());
+        const Node* const parent =
+            expected.parent < 0 ? &scene().root() : nodes()[static_cast<std::size_t>(expected.parent)];
+        EXPECT_EQ(nodes()[i]->parent().get(), parent) << expected.id;
+    }
+}
+
 // Some products of numbers of the size of 60, in float.
 constexpr double tolerance = 1e-5;
 
@@ -82,15 +124,7 @@ Rows viewerRows()
     return {cosine, -sine * down, sine * up, 14, 0, up, down, 9, -sine, -cosine * down, cosine * up, 32, 0, 0, 0, 1};
 }
 
-struct Expected {
-    const char* id;
-    const char* name; ///< up to its first blank
-    int parent;
-    Rows local;
-    Rows world;
-};
-
-// Breadth first. The tower stands on the rock, half a unit below zero, the gallery nine units above its foot.
+// The tower stands on the rock, half a unit below zero, the gallery nine units above its foot.
 const std::vector<Expected>& harbour()
 {
     static const std::vector<Expected> nodes = {
@@ -114,62 +148,37 @@ const std::vector<Expected>& harbour()
     return nodes;
 }
 
-class LighthouseTest : public testing::Test {
-protected:
-    void SetUp() override
-    {
-        ASSERT_TRUE(m_scene.createFromCollada(DATA_FOLDER "/lighthouse.dae")) << m_log.text();
-        append(m_scene.visualScene().root());
-        for (std::size_t i = 0; i < m_nodes.size(); ++i) {
-            append(*m_nodes[i]);
-        }
-        ASSERT_EQ(m_nodes.size(), harbour().size());
-    }
-
-    const std::vector<Node*>& nodes() const { return m_nodes; }
-    libVideo::VisualScene& scene() { return m_scene.visualScene(); }
-    const testSupport::LogCapture& log() const { return m_log; }
-
-    Node& node(const std::string& id)
-    {
-        for (std::size_t i = 0; i < m_nodes.size(); ++i) {
-            if (id == harbour()[i].id) {
-                return *m_nodes[i];
-            }
-        }
-        throw std::out_of_range(id);
-    }
-
-    void evaluateAll(double time)
-    {
-        for (Node* const each : m_nodes) {
-            each->transform(time);
-        }
-    }
-
-private:
-    void append(const Node& parent)
-    {
-        for (const NodeLink& child : parent.children()) {
-            m_nodes.push_back(child.get());
-        }
-    }
-
-    testSupport::LogCapture m_log;
-    Scene m_scene;
-    std::vector<Node*> m_nodes;
-};
-
-TEST_F(LighthouseTest, TreeIsThatOfTheDocument)
+void LighthouseTest::SetUp()
 {
-    for (std::size_t i = 0; i < harbour().size(); ++i) {
-        const Expected& expected = harbour()[i];
-        EXPECT_STREQ(nodes()[i]->id().data(), expected.id);
-        EXPECT_STREQ(nodes()[i]->name().data(), expected.name);
-        EXPECT_STREQ("", nodes()[i]->sid().data());
-        const Node* const parent =
-            expected.parent < 0 ? &scene().root() : nodes()[static_cast<std::size_t>(expected.parent)];
-        EXPECT_EQ(nodes()[i]->parent().get(), parent) << expected.id;
+    ASSERT_TRUE(m_scene.createFromCollada(DATA_FOLDER "/lighthouse.dae")) << m_log.text();
+    append(m_scene.visualScene().root());
+    for (std::size_t i = 0; i < m_nodes.size(); ++i) {
+        append(*m_nodes[i]);
+    }
+    ASSERT_EQ(m_nodes.size(), harbour().size());
+}
+
+Node& LighthouseTest::node(const std::string& id)
+{
+    for (std::size_t i = 0; i < m_nodes.size(); ++i) {
+        if (id == harbour()[i].id) {
+            return *m_nodes[i];
+        }
+    }
+    throw std::out_of_range(id);
+}
+
+void LighthouseTest::evaluateAll(double time)
+{
+    for (Node* const each : m_nodes) {
+        each->transform(time);
+    }
+}
+
+void LighthouseTest::append(const Node& parent)
+{
+    for (const NodeLink& child : parent.children()) {
+        m_nodes.push_back(child.get());
     }
 }
 

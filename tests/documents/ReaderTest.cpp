@@ -14,7 +14,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
-#include <map>
+#include <memory>
 #include <new>
 #include <set>
 #include <string>
@@ -34,6 +34,33 @@ using testSupport::CrashReport;
 using testSupport::DocumentMutator;
 using testSupport::documentTree;
 using testSupport::TortureFolder;
+
+class Readers;
+
+class ReaderTest : public testing::Test {
+protected:
+    ReaderTest();
+    ~ReaderTest() override;
+    // @return whether the library's reader opens the text
+    bool expectSame(const std::string& text, const std::string& words);
+
+private:
+    CrashReport m_report{600};
+    TortureFolder m_folder;
+    std::unique_ptr<Readers> m_readers;
+};
+
+std::string collada(const std::string& body)
+{
+    return "<COLLADA xmlns='http://www.collada.org/2005/11/COLLADASchema' version='1.4.1'>" + body + "</COLLADA>";
+}
+
+class ReaderRowTest : public ReaderTest, public testing::WithParamInterface<std::pair<const char*, const char*>> {};
+
+TEST_P(ReaderRowTest, MakesTheTreeOfTheDocumentModel)
+{
+    EXPECT_TRUE(expectSame(collada(GetParam().second), GetParam().second));
+}
 
 // Keeps the warnings, without the lines: how far the parser has read by then is its own affair.
 class WarningCapture : public daeErrorHandler {
@@ -115,30 +142,14 @@ private:
     DAE m_stockDae{nullptr, nullptr, "1.4.1"};
 };
 
-std::string collada(const std::string& body)
+ReaderTest::ReaderTest() : m_readers(std::make_unique<Readers>()) {}
+
+ReaderTest::~ReaderTest() = default;
+
+bool ReaderTest::expectSame(const std::string& text, const std::string& words)
 {
-    return "<COLLADA xmlns='http://www.collada.org/2005/11/COLLADASchema' version='1.4.1'>" + body + "</COLLADA>";
-}
-
-class ReaderTest : public testing::Test {
-protected:
-    bool expectSame(const std::string& text, const std::string& words)
-    {
-        m_report.begin(words);
-        return m_readers.expectSame(m_folder.write(text), words);
-    }
-
-private:
-    CrashReport m_report{600};
-    TortureFolder m_folder;
-    Readers m_readers;
-};
-
-class ReaderRowTest : public ReaderTest, public testing::WithParamInterface<std::pair<const char*, const char*>> {};
-
-TEST_P(ReaderRowTest, MakesTheTreeOfTheDocumentModel)
-{
-    EXPECT_TRUE(expectSame(collada(GetParam().second), GetParam().second));
+    m_report.begin(words);
+    return m_readers->expectSame(m_folder.write(text), words);
 }
 
 using Row = std::pair<const char*, const char*>;

@@ -40,15 +40,7 @@ using testSupport::rowName;
 using testSupport::SilentLog;
 
 // Bytes that the process has asked for and not given back.
-std::size_t bytesInUse()
-{
-#ifdef __SANITIZE_ADDRESS__
-    return __sanitizer_get_current_allocated_bytes();
-#else
-    const struct mallinfo2 info = mallinfo2();
-    return info.uordblks + info.hblkhd;
-#endif
-}
+std::size_t bytesInUse();
 
 // The document on which most modules have something to say, and the one that has something for most modules.
 std::string faultyDocument()
@@ -59,6 +51,38 @@ std::string faultyDocument()
 std::string richDocument()
 {
     return DATA_FOLDER "/lighthouse.dae";
+}
+
+TEST(RepeatedLoadTest, AThousandScenesLeaveNothingBehind)
+{
+    const auto cycle = [](unsigned i) {
+        Scene scene;
+        static_cast<void>(testSupport::loadAndWalk(scene, i % 4 == 0 ? faultyDocument() : richDocument()));
+    };
+    constexpr unsigned warmUp = 100;
+    constexpr unsigned cycles = 1000;
+    // In threads of their own, since the C library counts the blocks that it keeps for a thread while that lives.
+    const auto run = [&](unsigned count) {
+        std::thread([&] {
+            for (unsigned i = 0; i < count; ++i) {
+                cycle(i);
+            }
+        }).join();
+    };
+    run(warmUp);
+    const std::size_t before = bytesInUse();
+    run(cycles);
+    EXPECT_LE(bytesInUse(), before + 16 * cycles) << "a block that each cycle lost would take more";
+}
+
+std::size_t bytesInUse()
+{
+#ifdef __SANITIZE_ADDRESS__
+    return __sanitizer_get_current_allocated_bytes();
+#else
+    const struct mallinfo2 info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+#endif
 }
 
 // What a scene shows at a time, as text: nodes with their places, primitives with their sizes, lists with their lengths.
@@ -84,28 +108,6 @@ std::string fingerprint(Scene& scene, double time)
 bool load(Scene& scene, const std::string& path)
 {
     return scene.createFromCollada(vesk::String(path.c_str()));
-}
-
-TEST(RepeatedLoadTest, AThousandScenesLeaveNothingBehind)
-{
-    const auto cycle = [](unsigned i) {
-        Scene scene;
-        static_cast<void>(testSupport::loadAndWalk(scene, i % 4 == 0 ? faultyDocument() : richDocument()));
-    };
-    constexpr unsigned warmUp = 100;
-    constexpr unsigned cycles = 1000;
-    // In threads of their own, since the C library counts the blocks that it keeps for a thread while that lives.
-    const auto run = [&](unsigned count) {
-        std::thread([&] {
-            for (unsigned i = 0; i < count; ++i) {
-                cycle(i);
-            }
-        }).join();
-    };
-    run(warmUp);
-    const std::size_t before = bytesInUse();
-    run(cycles);
-    EXPECT_LE(bytesInUse(), before + 16 * cycles) << "a block that each cycle lost would take more";
 }
 
 TEST(RepeatedLoadTest, ARefusedDocumentLeavesNothingBehind)

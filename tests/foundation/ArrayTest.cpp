@@ -1,33 +1,7 @@
-#include "support/CountingElement.h"
-#include "support/FailingAllocator.h"
-#include "support/Rows.h"
+#include "support/FoundationTest.h"
 
-#include <vesk/Array.h>
-#include <vesk/CopiedResource.h>
-#include <vesk/SharedResource.h>
-
-#include <cstdint>
-#include <cstring>
-#include <functional>
-#include <new>
-#include <ostream>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-using testSupport::CountingElement;
-using testSupport::FailingAllocator;
-using testSupport::Row;
-using testSupport::rowName;
-using vesk::Array;
-using vesk::CopiedResource;
-using vesk::IndexOutOfBounds;
-using vesk::NullPointer;
-using vesk::PointerStorage;
-using vesk::SerializationFailed;
-using vesk::SharedResource;
-using vesk::String;
+using namespace testSupport;
+using namespace vesk;
 
 namespace {
 
@@ -45,6 +19,34 @@ struct Record {
     bool operator==(const Record& other) const { return time == other.time && id == other.id; }
 };
 
+class ArrayTest : public testing::Test {
+public:
+    ArrayTest() { CountingElement::reset(); }
+    ~ArrayTest() override { EXPECT_EQ(0, CountingElement::counts().alive) << "elements leaked"; }
+};
+
+} // namespace
+
+template class vesk::Array<CountingElement>;
+template class vesk::Array<Handle>;
+template class vesk::Array<Link>;
+template class vesk::Array<Record>;
+template class vesk::Array<String>;
+template class vesk::Array<unsigned>;
+template class vesk::Array<double>;
+template class vesk::Array<unsigned char>;
+
+// Form of the object and of the block
+
+TEST_F(ArrayTest, HasOnePointerBesideItsBase)
+{
+    EXPECT_EQ(sizeof(Array<CountingElement>), sizeof(vesk::Serializable) + sizeof(void*));
+    EXPECT_EQ(sizeof(Array<unsigned char>), 2 * sizeof(void*));
+    EXPECT_TRUE((std::is_base_of<vesk::Serializable, Array<Record>>::value));
+}
+
+namespace {
+
 /// Neither a default constructor nor an assignment nor a comparison.
 class Meagre {
 public:
@@ -56,16 +58,6 @@ public:
 private:
     int m_number;
 };
-
-template <class T>
-std::vector<T> elements(const Array<T>& array)
-{
-    std::vector<T> list;
-    for (unsigned i = 0; i < array.size(); ++i) {
-        list.push_back(array[i]);
-    }
-    return list;
-}
 
 std::vector<int> values(const Array<CountingElement>& array)
 {
@@ -92,14 +84,6 @@ std::vector<int> upTo(int last)
         list.push_back(i);
     }
     return list;
-}
-
-/// A text of its own memory.
-String longText(unsigned number)
-{
-    String text("a text that is too long to stand in the object itself, number ");
-    text.append(std::to_string(number).c_str());
-    return text;
 }
 
 /// The events of the elements, the word only: "copy" or "destroy", with the numbers it happened to.
@@ -177,31 +161,7 @@ int failAtEachPoint(const std::function<void()>& operation, const std::function<
     return -1;
 }
 
-class ArrayTest : public testing::Test {
-public:
-    ArrayTest() { CountingElement::reset(); }
-    ~ArrayTest() override { EXPECT_EQ(0, CountingElement::counts().alive) << "elements leaked"; }
-};
-
 } // namespace
-
-template class vesk::Array<CountingElement>;
-template class vesk::Array<Handle>;
-template class vesk::Array<Link>;
-template class vesk::Array<Record>;
-template class vesk::Array<String>;
-template class vesk::Array<unsigned>;
-template class vesk::Array<double>;
-template class vesk::Array<unsigned char>;
-
-// Form of the object and of the block
-
-TEST_F(ArrayTest, HasOnePointerBesideItsBase)
-{
-    EXPECT_EQ(sizeof(Array<CountingElement>), sizeof(vesk::Serializable) + sizeof(void*));
-    EXPECT_EQ(sizeof(Array<unsigned char>), 2 * sizeof(void*));
-    EXPECT_TRUE((std::is_base_of<vesk::Serializable, Array<Record>>::value));
-}
 
 TEST_F(ArrayTest, BlockIsCountAndCapacityFollowedByElements)
 {

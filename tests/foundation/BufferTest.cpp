@@ -1,21 +1,7 @@
-#include "support/FailingAllocator.h"
-#include "support/Rows.h"
+#include "support/FoundationTest.h"
 
-#include <vesk/Buffer.h>
-
-#include <cstdint>
-#include <cstring>
-#include <limits>
-#include <new>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-using testSupport::FailingAllocator;
-using testSupport::Row;
-using testSupport::rowName;
-using vesk::Buffer;
+using namespace testSupport;
+using namespace vesk;
 
 namespace {
 

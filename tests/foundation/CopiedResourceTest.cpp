@@ -1,14 +1,7 @@
-#include <vesk/CopiedResource.h>
-#include <vesk/SharedResource.h>
+#include "support/FoundationTest.h"
 
-#include <cstring>
-#include <type_traits>
-
-#include <gtest/gtest.h>
-
-using vesk::CopiedResource;
-using vesk::PointerStorage;
-using vesk::SharedResource;
+using namespace testSupport;
+using namespace vesk;
 
 namespace {
 

@@ -1,25 +1,11 @@
-#include "support/FailingAllocator.h"
+#include "support/FoundationTest.h"
 
-#include <vesk/Exception.h>
-
-#include <cstring>
 #include <cxxabi.h>
 #include <exception>
-#include <memory>
-#include <new>
-#include <string>
-#include <type_traits>
 #include <typeinfo>
 
-#include <gtest/gtest.h>
-
-using testSupport::FailingAllocator;
-using vesk::AssertionFailure;
-using vesk::Exception;
-using vesk::IndexOutOfBounds;
-using vesk::NullPointer;
-using vesk::SerializationFailed;
-using vesk::String;
+using namespace testSupport;
+using namespace vesk;
 
 namespace {
 

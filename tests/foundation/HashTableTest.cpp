@@ -1,54 +1,9 @@
-#include "support/CollidingTexts.h"
-#include "support/CountingElement.h"
-#include "support/FailingAllocator.h"
-#include "support/PrivateAccess.h"
-#include "support/Rows.h"
-
-#include <vesk/CopiedResource.h>
-#include <vesk/Exception.h>
-#include <vesk/HashTable.h>
-#include <vesk/SharedResource.h>
+#include "support/FoundationTest.h"
 
 #include <pugixml.hpp>
 
-#include <algorithm>
-#include <cstddef>
-#include <cstdio>
-#include <cstring>
-#include <functional>
-#include <map>
-#include <memory>
-#include <new>
-#include <numeric>
-#include <set>
-#include <string>
-#include <type_traits>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-using testSupport::CountingElement;
-using testSupport::FailingAllocator;
-using testSupport::Row;
-using testSupport::rowName;
-using vesk::_Bucket;
-using vesk::_BucketBase;
-using vesk::_HashTableIteratorBase;
-using vesk::_HashTableRep;
-using vesk::Array;
-using vesk::CopiedResource;
-using vesk::EqualFunc;
-using vesk::HashFunc;
-using vesk::HashSecret;
-using vesk::HashTable;
-using vesk::IndexOutOfBounds;
-using vesk::NullPointer;
-using vesk::PointerStorage;
-using vesk::Serializable;
-using vesk::SerializationFailed;
-using vesk::SharedResource;
-using vesk::String;
-using vesk::XmlElement;
+using namespace testSupport;
+using namespace vesk;
 
 namespace {
 
@@ -70,16 +25,27 @@ using CountingTable = Table<CountingElement>;
 using NumberBucket = _Bucket<String, unsigned, EqualFunc<String>>;
 using CountingBucket = _Bucket<String, CountingElement, EqualFunc<String>>;
 
+} // namespace
+
+// Buckets
+
+TEST(HashTableBucketTest, NewBucketHasNoNextAndCopiesOfKeyAndValue)
+{
+    String key("lamp");
+    const NumberBucket bucket(key, 4);
+    key.append("2");
+    EXPECT_EQ(nullptr, bucket.next);
+    EXPECT_EQ(bucket.key, String("lamp"));
+    EXPECT_EQ(4u, bucket.value);
+}
+
+namespace {
+
 String numbered(const char* prefix, unsigned number)
 {
     String text(prefix);
     text.append(std::to_string(number).c_str());
     return text;
-}
-
-String longText(unsigned number)
-{
-    return numbered("a text that is too long to stand in the object itself, number ", number);
 }
 
 template <class V>
@@ -106,16 +72,6 @@ std::vector<const NumberBucket*> chain(const _HashTableRep& rep, unsigned head)
 NumberBucket* newBucket(const char* key, unsigned value)
 {
     return new NumberBucket(key, value);
-}
-
-// The place of a virtual operation in its table. A pointer to one holds the offset of its entry plus 1. A destructor
-// has two entries, so all behind it stand one further.
-template <class Member>
-std::ptrdiff_t slot(Member member)
-{
-    std::ptrdiff_t word = 0;
-    std::memcpy(&word, &member, sizeof(word));
-    return (word - 1) / static_cast<std::ptrdiff_t>(sizeof(void*)) - 1;
 }
 
 /// What happened to the traced keys and values, in order.
@@ -184,18 +140,6 @@ template class vesk::HashTable<String, Link, EqualFunc<String>, HashFunc<String>
 template class vesk::HashTable<String, CountingElement, EqualFunc<String>, HashFunc<String>>;
 template class vesk::_Bucket<String, Handle, EqualFunc<String>>;
 
-// Buckets
-
-TEST(HashTableBucketTest, NewBucketHasNoNextAndCopiesOfKeyAndValue)
-{
-    String key("lamp");
-    const NumberBucket bucket(key, 4);
-    key.append("2");
-    EXPECT_EQ(nullptr, bucket.next);
-    EXPECT_EQ(bucket.key, String("lamp"));
-    EXPECT_EQ(4u, bucket.value);
-}
-
 TEST(HashTableBucketTest, HoldsNextKeyAndValueAndNothingMore)
 {
     struct Expected {
@@ -215,8 +159,8 @@ TEST(HashTableBucketTest, VirtualOperationsStandInTheirOrder)
 {
     EXPECT_TRUE(std::is_abstract<_BucketBase>::value);
     EXPECT_TRUE(std::has_virtual_destructor<_BucketBase>::value);
-    EXPECT_EQ(1, slot(&_BucketBase::equals));
-    EXPECT_EQ(2, slot(&_BucketBase::clone));
+    EXPECT_EQ(2u, slotOf(&_BucketBase::equals)); // the destructor takes two places
+    EXPECT_EQ(3u, slotOf(&_BucketBase::clone));
 }
 
 TEST(HashTableBucketTest, EqualsComparesTheKeyExactly)

@@ -1,23 +1,9 @@
-#include "support/LogCapture.h"
-
-#include <vesk/Logging.h>
+#include "support/FoundationTest.h"
 
 #include <climits>
-#include <stdexcept>
-#include <string>
-#include <type_traits>
-#include <vector>
 
-#include <gtest/gtest.h>
-
-using testSupport::LogCapture;
-using vesk::LogFactory;
-using vesk::Logger;
-using vesk::LoggerPriority;
-using vesk::LoggerStream;
-using vesk::LogHandler;
-using vesk::String;
-using vesk::TraceLogger;
+using namespace testSupport;
+using namespace vesk;
 
 namespace {
 

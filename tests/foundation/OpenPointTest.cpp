@@ -1,26 +1,12 @@
-#include <vesk/Array.h>
-#include <vesk/CopiedResource.h>
-#include <vesk/HashTable.h>
-#include <vesk/Logging.h>
-#include <vesk/PointerStorage.h>
-#include <vesk/SharedResource.h>
-#include <vesk/String.h>
+#include "support/FoundationTest.h"
 
-#include <functional>
-#include <string>
-#include <type_traits>
-#include <utility>
-
-#include <gtest/gtest.h>
+using namespace testSupport;
+using namespace vesk;
 
 // What the interface of the foundation promises beyond its operations: units, constness and exact types.
 
 namespace {
 
-using vesk::LogFactory;
-using vesk::Logger;
-using vesk::LoggerPriority;
-using vesk::String;
 using Handle = vesk::SharedResource<vesk::PointerStorage<int, 0, 3>, 0>;
 using Link = vesk::CopiedResource<vesk::PointerStorage<int, 3, 2>>;
 

@@ -1,34 +1,39 @@
-#include "support/FailingAllocator.h"
-#include "support/Rows.h"
-
-#include <vesk/Array.h>
-#include <vesk/Exception.h>
-#include <vesk/Serializable.h>
+#include "support/FoundationTest.h"
 
 #include <pugixml.hpp>
 
-#include <cmath>
-#include <cstddef>
-#include <cstdint>
-#include <cstring>
-#include <functional>
-#include <limits>
-#include <memory>
-#include <new>
-#include <string>
-#include <type_traits>
-#include <vector>
+using namespace testSupport;
+using namespace vesk;
 
-#include <gtest/gtest.h>
+namespace {
 
-using testSupport::FailingAllocator;
-using testSupport::Row;
-using testSupport::rowName;
-using vesk::Array;
-using vesk::Serializable;
-using vesk::SerializationFailed;
-using vesk::String;
-using vesk::XmlElement;
+/// Names the protected operations.
+struct Slots : Serializable {
+    static std::vector<std::uintptr_t> all()
+    {
+        using Read = bool (Serializable::*)(const String&);
+        return {slotOf(&Serializable::doSerialization),
+                slotOf(static_cast<Read>(&Slots::deserialize)),
+                slotOf(&Serializable::deserializeMembers),
+                slotOf(&Serializable::serializeMembers),
+                slotOf(&Serializable::getClassName),
+                slotOf(&Slots::serializeBegin),
+                slotOf(&Slots::serializeEnd),
+                slotOf(&Slots::getSerializedXML),
+                slotOf(&Slots::deserializeBegin),
+                slotOf(&Slots::deserializeEnd),
+                slotOf(&Slots::insertValueToContainer)};
+    }
+};
+
+} // namespace
+
+TEST(SerializableTest, VirtualOperationsStandInTheirOrder)
+{
+    // The destructor takes two places.
+    EXPECT_EQ((std::vector<std::uintptr_t>{2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}), Slots::all());
+    EXPECT_TRUE(std::has_virtual_destructor<Serializable>::value);
+}
 
 namespace {
 
@@ -81,16 +86,6 @@ void expectWellFormed(const String& xml)
         roots += child.type() == pugi::node_element ? 1 : 0;
     }
     EXPECT_EQ(1, roots) << xml;
-}
-
-template <class T>
-std::vector<T> elements(const Array<T>& array)
-{
-    std::vector<T> list;
-    for (unsigned i = 0; i < array.size(); ++i) {
-        list.push_back(array[i]);
-    }
-    return list;
 }
 
 /// Writes the array and reads it into one that held something else before.
@@ -203,42 +198,7 @@ public:
     std::function<void(const XmlElement&)> look;
 };
 
-// The place of a virtual operation in its table. A pointer to one holds the offset of its entry plus 1. A destructor
-// has two entries, so all behind it stand one further.
-template <class Member>
-std::ptrdiff_t slot(Member member)
-{
-    std::ptrdiff_t word = 0;
-    std::memcpy(&word, &member, sizeof(word));
-    return (word - 1) / static_cast<std::ptrdiff_t>(sizeof(void*)) - 1;
-}
-
-/// Names the protected operations.
-struct Slots : Serializable {
-    static std::vector<std::ptrdiff_t> all()
-    {
-        using Read = bool (Serializable::*)(const String&);
-        return {slot(&Serializable::doSerialization),
-                slot(static_cast<Read>(&Slots::deserialize)),
-                slot(&Serializable::deserializeMembers),
-                slot(&Serializable::serializeMembers),
-                slot(&Serializable::getClassName),
-                slot(&Slots::serializeBegin),
-                slot(&Slots::serializeEnd),
-                slot(&Slots::getSerializedXML),
-                slot(&Slots::deserializeBegin),
-                slot(&Slots::deserializeEnd),
-                slot(&Slots::insertValueToContainer)};
-    }
-};
-
 } // namespace
-
-TEST(SerializableTest, VirtualOperationsStandInTheirOrder)
-{
-    EXPECT_EQ((std::vector<std::ptrdiff_t>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}), Slots::all());
-    EXPECT_TRUE(std::has_virtual_destructor<Serializable>::value);
-}
 
 TEST(SerializableTest, IsMadeCopiedAndAssignedOnlyAsABase)
 {

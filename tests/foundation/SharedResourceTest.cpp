@@ -1,22 +1,7 @@
-#include "support/FailingAllocator.h"
+#include "support/FoundationTest.h"
 
-#include <vesk/CopiedResource.h>
-#include <vesk/SharedResource.h>
-
-#include <cstdint>
-#include <cstring>
-#include <memory>
-#include <new>
-#include <type_traits>
-
-#include <gtest/gtest.h>
-
-using testSupport::FailingAllocator;
-using vesk::CopiedResource;
-using vesk::PointerStorage;
-using vesk::SharedResource;
-using vesk::SharedResourceDestroyer;
-using vesk::SharedResourceDestroyerBase;
+using namespace testSupport;
+using namespace vesk;
 
 namespace {
 
@@ -49,6 +34,23 @@ using Handle = SharedResource<PointerStorage<Resource, 0, 3>, 0>;
 using Link = CopiedResource<PointerStorage<Resource, 3, 2>>;
 using Destroyer = SharedResourceDestroyer<PointerStorage<Resource, 0, 3>>;
 
+class SharedResourceTest : public testing::Test {
+public:
+    SharedResourceTest() { Resource::reset(); }
+};
+
+} // namespace
+
+TEST_F(SharedResourceTest, StorageHasANullPointerAsNullValue)
+{
+    EXPECT_EQ(nullptr, (PointerStorage<Resource, 0, 3>::nullValue));
+    EXPECT_EQ(nullptr, (PointerStorage<Resource, 3, 2>::nullValue));
+    EXPECT_EQ(nullptr, (PointerStorage<Resource, 0, 3>().value));
+    EXPECT_EQ(sizeof(PointerStorage<Resource, 0, 3>), sizeof(void*));
+}
+
+namespace {
+
 /// A family with a virtual destructor.
 struct Base {
     virtual ~Base() = default;
@@ -70,33 +72,11 @@ struct Fields {
     std::uintptr_t words[3];
 };
 
-class SharedResourceTest : public testing::Test {
-public:
-    SharedResourceTest() { Resource::reset(); }
-};
-
-// The place of a virtual operation in its table. A pointer to one holds the offset of its entry plus 1.
-template <class Member>
-std::ptrdiff_t slot(Member member)
-{
-    std::ptrdiff_t word = 0;
-    std::memcpy(&word, &member, sizeof(word));
-    return (word - 1) / static_cast<std::ptrdiff_t>(sizeof(void*));
-}
-
 } // namespace
 
 template class vesk::SharedResource<PointerStorage<Resource, 0, 3>, 0>;
 template class vesk::SharedResource<PointerStorage<Base, 0, 3>, 0>;
 template class vesk::SharedResourceDestroyer<PointerStorage<Resource, 0, 3>>;
-
-TEST_F(SharedResourceTest, StorageHasANullPointerAsNullValue)
-{
-    EXPECT_EQ(nullptr, (PointerStorage<Resource, 0, 3>::nullValue));
-    EXPECT_EQ(nullptr, (PointerStorage<Resource, 3, 2>::nullValue));
-    EXPECT_EQ(nullptr, (PointerStorage<Resource, 0, 3>().value));
-    EXPECT_EQ(sizeof(PointerStorage<Resource, 0, 3>), sizeof(void*));
-}
 
 TEST_F(SharedResourceTest, DefaultConstructedIsEmpty)
 {
@@ -485,7 +465,7 @@ TEST(SharedResourceDestroyerTest, HasVirtualDestructorAndPureDisarmInThisOrder)
     EXPECT_TRUE(std::has_virtual_destructor<SharedResourceDestroyerBase>::value);
     EXPECT_TRUE(std::is_abstract<SharedResourceDestroyerBase>::value);
     EXPECT_TRUE((std::is_base_of<SharedResourceDestroyerBase, Destroyer>::value));
-    EXPECT_EQ(2, slot(&SharedResourceDestroyerBase::disarm)); // a destructor has two entries
+    EXPECT_EQ(2u, slotOf(&SharedResourceDestroyerBase::disarm)); // the destructor takes two places
     EXPECT_EQ(sizeof(Destroyer), 2 * sizeof(void*));
 }
 

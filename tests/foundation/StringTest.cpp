@@ -1,27 +1,10 @@
-#include "support/FailingAllocator.h"
-#include "support/Rows.h"
-
-#include <vesk/String.h>
+#include "support/FoundationTest.h"
 
 #include <clocale>
-#include <cmath>
-#include <cstring>
-#include <limits>
 #include <locale>
-#include <memory>
-#include <sstream>
-#include <string>
-#include <type_traits>
-#include <utility>
 
-#include <gtest/gtest.h>
-
-using testSupport::FailingAllocator;
-using testSupport::Row;
-using testSupport::rowName;
-using vesk::CString;
-using vesk::String;
-using vesk::VeskValue;
+using namespace testSupport;
+using namespace vesk;
 
 namespace {
 

@@ -44,6 +44,12 @@ static_assert(std::is_same<Matrix4, decltype(Matrix4::diagonal(std::declval<cons
 static_assert(std::is_same<Matrix4, decltype(std::declval<const Matrix4&>() * std::declval<const Matrix4&>())>::value,
               "product");
 
+TEST(MatrixTest, HoldsItsElementsAndNothingElse)
+{
+    EXPECT_EQ(16 * sizeof(float), sizeof(Matrix4));
+    EXPECT_EQ(alignof(float), alignof(Matrix4));
+}
+
 constexpr unsigned unsignedMax = std::numeric_limits<unsigned>::max();
 /// The lowest integer whose successor has no float: 16777217 rounds back to it.
 constexpr float limit = 16777216.0f;
@@ -86,12 +92,6 @@ void expectElements(const Vector4& v, float x, float y, float z, float w)
 constexpr float zero[16] = {};
 constexpr float identity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 constexpr float counted[16] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
-
-TEST(MatrixTest, HoldsItsElementsAndNothingElse)
-{
-    EXPECT_EQ(16 * sizeof(float), sizeof(Matrix4));
-    EXPECT_EQ(alignof(float), alignof(Matrix4));
-}
 
 TEST(MatrixTest, ElementsLieInFlatOrderFromTheStart)
 {

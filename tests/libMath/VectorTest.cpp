@@ -36,6 +36,12 @@ static_assert(
 static_assert(std::is_same<float, decltype(std::declval<const Vector3&>().dot(std::declval<const Vector3&>()))>::value,
               "dot product");
 
+TEST(VectorTest, HoldsItsElementsAndNothingElse)
+{
+    EXPECT_EQ(3 * sizeof(float), sizeof(Vector3));
+    EXPECT_EQ(4 * sizeof(float), sizeof(Vector4));
+}
+
 /// The lowest integer whose successor has no float: 16777217 rounds back to it.
 constexpr float limit = 16777216.0f;
 /// Its square is 1 + 2^-11 + 2^-24, which float rounds to 1 + 2^-11.
@@ -64,12 +70,6 @@ private:
     alignas(V) unsigned char m_memory[sizeof(V)];
     V* m_vector;
 };
-
-TEST(VectorTest, HoldsItsElementsAndNothingElse)
-{
-    EXPECT_EQ(3 * sizeof(float), sizeof(Vector3));
-    EXPECT_EQ(4 * sizeof(float), sizeof(Vector4));
-}
 
 TEST(VectorTest, ElementsLieOneAfterAnotherFromTheStart)
 {

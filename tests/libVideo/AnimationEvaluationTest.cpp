@@ -25,15 +25,6 @@ PRIVATE_MEMBER(linearBy, LinearFunction, &Animation::getLinearInterpolation)
 PRIVATE_MEMBER(bezierBy, BezierFunction, &Animation::getBezierInterpolation)
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
-constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
-
-// ---- curves from documents
-
-std::string textOf(const Numbers& numbers);
-
-/// One input and its source, which holds `records` records.
-std::string floatInput(const std::string& semantic, const Numbers& numbers, std::size_t records);
-
 /// What a document says of a curve. Each array holds the same number of numbers for each time; an empty one makes no
 /// input.
 struct CurveText {
@@ -44,27 +35,7 @@ struct CurveText {
     Numbers outTangents = Numbers();
 };
 
-Animation load(const CurveText& curve);
-
-// A kind that no document can ask for.
-void setFirstKind(Animation& animation, unsigned char kind);
-
-// ---- the same curve for all three overloads
-
 Animation loadSpread(const CurveText& curve, unsigned size);
-
-Vector3 staticVector()
-{
-    return Vector3(99.0f, 199.0f, 299.0f);
-}
-
-Matrix4 staticMatrix();
-
-template <unsigned size, class Value>
-void expectStatic(const Value& result);
-
-template <unsigned size, class Value>
-void expectSpread(double scalar, const Value& result);
 
 struct EvaluationCase : Row {
     CurveText curve;
@@ -87,6 +58,35 @@ TEST_P(AnimationEvaluationTest, Scalar)
         EXPECT_DOUBLE_EQ(GetParam().expected, result);
     }
 }
+
+constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+
+// ---- curves from documents
+
+std::string textOf(const Numbers& numbers);
+
+/// One input and its source, which holds `records` records.
+std::string floatInput(const std::string& semantic, const Numbers& numbers, std::size_t records);
+
+Animation load(const CurveText& curve);
+
+// A kind that no document can ask for.
+void setFirstKind(Animation& animation, unsigned char kind);
+
+// ---- the same curve for all three overloads
+
+Vector3 staticVector()
+{
+    return Vector3(99.0f, 199.0f, 299.0f);
+}
+
+Matrix4 staticMatrix();
+
+template <unsigned size, class Value>
+void expectStatic(const Value& result);
+
+template <unsigned size, class Value>
+void expectSpread(double scalar, const Value& result);
 
 TEST_P(AnimationEvaluationTest, Vector)
 {

@@ -32,6 +32,25 @@ PRIVATE_MEMBER(sceneRegisterMaterialAttributes, void (VisualScene::*)(const vesk
 PRIVATE_MEMBER(techniquePhong, PhongRef Technique::*, &Technique::elemPhong)
 
 const std::string notAGeometry = "libVideo.visualScene: Not a geometry element";
+
+bool loadsWithTheNextInstance(const std::string& materials, const std::string& effectUrl, const std::string& url);
+
+struct RawCase : Row {
+    std::string url;
+    std::string materials;
+    std::string effectUrl;
+};
+
+class RawReferenceTest : public testing::TestWithParam<RawCase> {};
+
+// In a process of its own, whose end is the result.
+TEST_P(RawReferenceTest, LeadsToNothingAndTheNextInstanceGoesOn)
+{
+    const RawCase& row = GetParam();
+    EXPECT_EXIT(std::_Exit(loadsWithTheNextInstance(row.materials, row.effectUrl, row.url) ? 0 : 1),
+                testing::ExitedWithCode(0), "");
+}
+
 const std::string notInitialized = "libVideo.visualScene: Unable to initialize geometry instance";
 const std::string noMesh = "libVideo.geometry: Program does not handle geometry type other than meshes right now.";
 const std::string noTexture = "libVideo.material: Unable to initialize texture";
@@ -954,22 +973,6 @@ bool loadsWithTheNextInstance(const std::string& materials, const std::string& e
     Scene scene;
     return scene.createFromCollada(file.path().c_str()) && showing(scene.visualScene(), "two") == "n" &&
            symbols(scene.visualScene()) == Keys{"next"};
-}
-
-struct RawCase : Row {
-    std::string url;
-    std::string materials;
-    std::string effectUrl;
-};
-
-class RawReferenceTest : public testing::TestWithParam<RawCase> {};
-
-// In a process of its own, whose end is the result.
-TEST_P(RawReferenceTest, LeadsToNothingAndTheNextInstanceGoesOn)
-{
-    const RawCase& row = GetParam();
-    EXPECT_EXIT(std::_Exit(loadsWithTheNextInstance(row.materials, row.effectUrl, row.url) ? 0 : 1),
-                testing::ExitedWithCode(0), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(

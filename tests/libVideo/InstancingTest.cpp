@@ -39,6 +39,29 @@ PRIVATE_MEMBER(cameraAnimations, vesk::Array<AnimationHandle> Camera::*, &Camera
 PRIVATE_MEMBER(instanceCameraOf, libVideo::Link<Camera> CameraInstance::*, &CameraInstance::m_camera)
 
 constexpr const char* notALightElement = "domInstance_light does not point to a light element";
+
+std::string light(const std::string& id, const std::string& kind, const std::string& extra = std::string());
+
+TEST(LightInstancingTest, LightOfAnEmptyIdBindsToAPooledOneWithoutId)
+{
+    // The document model alone lets an empty url lead to an element of an empty id.
+    const LogCapture log;
+    ColladaBuilder builder(
+        library("library_lights", "<light id=''><technique_common><ambient><color>1 1 1</color></ambient>"
+                                  "</technique_common></light><light><technique_common><point><color>1 1 1</color>"
+                                  "</point></technique_common></light>" +
+                                      light("other", "point")));
+    const domCOLLADA* const root = builder.addScene("<node id='n'><instance_light url=''/></node>").open();
+    ASSERT_NE(nullptr, root);
+    SceneResources pool;
+    libVideo::createPointLightListFromCollada(root, pool.pointLightList);
+    VisualScene scene;
+    ASSERT_TRUE(scene.createFromCollada(*builder.element<domVisual_scene>("scene"), SceneResourcesLink(&pool)));
+    ASSERT_EQ(1u, scene.pointLightList().size());
+    EXPECT_EQ(pool.pointLightList[0].get(), scene.pointLightList()[0]->pointLight().get());
+    EXPECT_EQ("", log.text());
+}
+
 constexpr const char* notALight = "Element is not a light";
 const std::string noTarget = "Unable to find the animation's target node with id: ";
 
@@ -46,8 +69,6 @@ const std::string noTarget = "Unable to find the animation's target node with id
 
 // Looks at a node "aim", and has an angle and planes that an animation can target.
 std::string camera(const std::string& id, const std::string& lookAt = "aim");
-
-std::string light(const std::string& id, const std::string& kind, const std::string& extra = std::string());
 
 std::string spot(const std::string& id, const std::string& target = "aim")
 {
@@ -386,26 +407,6 @@ TEST(LightInstancingTest, LookAtNodeMayStandLaterInTheDocument)
                         node("later", node("mid", node("deep", "<translate>0 0 3</translate>"))));
     EXPECT_EQ(document.node("deep").get(), document.scene().spotLightList()[0]->lookatNode().get());
     EXPECT_EQ("", document.lines());
-}
-
-TEST(LightInstancingTest, LightOfAnEmptyIdBindsToAPooledOneWithoutId)
-{
-    // The document model alone lets an empty url lead to an element of an empty id.
-    const LogCapture log;
-    ColladaBuilder builder(
-        library("library_lights", "<light id=''><technique_common><ambient><color>1 1 1</color></ambient>"
-                                  "</technique_common></light><light><technique_common><point><color>1 1 1</color>"
-                                  "</point></technique_common></light>" +
-                                      light("other", "point")));
-    const domCOLLADA* const root = builder.addScene("<node id='n'><instance_light url=''/></node>").open();
-    ASSERT_NE(nullptr, root);
-    SceneResources pool;
-    libVideo::createPointLightListFromCollada(root, pool.pointLightList);
-    VisualScene scene;
-    ASSERT_TRUE(scene.createFromCollada(*builder.element<domVisual_scene>("scene"), SceneResourcesLink(&pool)));
-    ASSERT_EQ(1u, scene.pointLightList().size());
-    EXPECT_EQ(pool.pointLightList[0].get(), scene.pointLightList()[0]->pointLight().get());
-    EXPECT_EQ("", log.text());
 }
 
 TEST(InstancingTest, ListsAreInBreadthFirstOrderOfTheNodes)

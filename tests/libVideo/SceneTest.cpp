@@ -203,23 +203,6 @@ public:
     Deadline& operator=(const Deadline&) = delete;
 };
 
-class CountingErrorHandler : public daeErrorHandler {
-public:
-    void handleError(daeString /*message*/) override { ++messages; }
-    void handleWarning(daeString /*message*/) override { ++messages; }
-
-    unsigned messages = 0;
-};
-
-/// Gives the document model an error handler, and the default one at the end.
-class ErrorHandlerScope {
-public:
-    explicit ErrorHandlerScope(daeErrorHandler* handler) { daeErrorHandler::setErrorHandler(handler); }
-    ~ErrorHandlerScope() { daeErrorHandler::setErrorHandler(nullptr); }
-    ErrorHandlerScope(const ErrorHandlerScope&) = delete;
-    ErrorHandlerScope& operator=(const ErrorHandlerScope&) = delete;
-};
-
 TEST(SceneTest, NewSceneIsEmpty)
 {
     Scene scene;
@@ -723,8 +706,7 @@ TEST(SceneTest, ArchiveThatTheDocumentModelWouldOpenIsRefused)
     {
         const TemporaryFile unpacked("", "empty"); // what it unpacks stays where it is told to
         const Environment place("TMPDIR", unpacked.folder().c_str());
-        CountingErrorHandler silent;
-        const ErrorHandlerScope own(&silent);
+        const SilentDocumentModel silence;
         DAE dae(nullptr, nullptr, "1.4.1");
         ASSERT_NE(nullptr, dae.open(file.path()));
     }
@@ -934,14 +916,13 @@ TEST(SceneTest, DefaultErrorHandlerIsPutBack)
 TEST(SceneTest, ErrorHandlerOfTheHostIsKeptAndUsed)
 {
     const TemporaryFile file(odd);
-    CountingErrorHandler handler;
-    const ErrorHandlerScope own(&handler);
+    const SilentDocumentModel handler;
     const LogCapture quiet;
     Scene scene;
     testing::internal::CaptureStdout();
     EXPECT_TRUE(load(scene, file.path()));
     EXPECT_EQ("", testing::internal::GetCapturedStdout());
-    EXPECT_GT(handler.messages, 0u);
+    EXPECT_GT(handler.messageCount(), 0u);
     EXPECT_EQ(&handler, daeErrorHandler::get());
     Scene refused;
     EXPECT_FALSE(load(refused, "/missing/document.dae"));

@@ -35,9 +35,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-constexpr int succeeded = 0;
 constexpr int failed = 1;
-constexpr int usageError = 2;
 
 // Drivers keep memory to the end of the process, which is no leak of the tool's.
 ProcessResult scenetool(const Words& arguments, ProcessOptions options = ProcessOptions())
@@ -53,14 +51,29 @@ bool isOneLine(const std::string& text)
     return text.size() > 1 && text.back() == '\n' && std::count(text.begin(), text.end(), '\n') == 1;
 }
 
-bool contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
-
 std::size_t entriesOf(const std::filesystem::path& folder)
 {
     return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
+}
+
+TEST(RenderTest, SheetOfAFolderWithoutDocumentsIsOneLine)
+{
+    const TemporaryFile file("text", "notes.txt");
+    const std::string sheet = (file.folder() / "sheet.png").string();
+    for (const std::string& folder : {file.folder().string(), (file.folder() / "nowhere").string()}) {
+        const ProcessResult result = scenetool({"render", "--sheet", folder, "-o", sheet});
+        EXPECT_EQ(failed, result.status);
+        EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
+    }
+    EXPECT_EQ(1u, entriesOf(file.folder()));
+}
+
+constexpr int succeeded = 0;
+constexpr int usageError = 2;
+
+bool contains(const std::string& text, const std::string& part)
+{
+    return text.find(part) != std::string::npos;
 }
 
 void writeFile(const std::filesystem::path& path, const std::string& bytes)
@@ -1351,18 +1364,6 @@ TEST(RenderTest, SheetHoldsAllDocumentsBelowAFolder)
         }
     }
     EXPECT_GT(written, 50) << "the name of the first document";
-}
-
-TEST(RenderTest, SheetOfAFolderWithoutDocumentsIsOneLine)
-{
-    const TemporaryFile file("text", "notes.txt");
-    const std::string sheet = (file.folder() / "sheet.png").string();
-    for (const std::string& folder : {file.folder().string(), (file.folder() / "nowhere").string()}) {
-        const ProcessResult result = scenetool({"render", "--sheet", folder, "-o", sheet});
-        EXPECT_EQ(failed, result.status);
-        EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
-    }
-    EXPECT_EQ(1u, entriesOf(file.folder()));
 }
 
 // --- the bundled document

@@ -30,16 +30,29 @@ namespace {
 using Json = nlohmann::json;
 using Words = std::vector<std::string>;
 
-constexpr int succeeded = 0;
-constexpr int loadFailed = 1;
-constexpr int usageError = 2;
-
 ProcessResult scenetool(const Words& arguments, const ProcessOptions& options = ProcessOptions())
 {
     Words all = {SCENETOOL_PROGRAM};
     all.insert(all.end(), arguments.begin(), arguments.end());
     return testSupport::runProcess(all, options);
 }
+
+// A blinn "plain" and a phong "wood" with textures, of which one leads nowhere, bound to symbols of the same names.
+std::string materialDocument(const std::string& colors = std::string());
+
+TEST(ScenetoolMaterialTest, NumbersReadBackToTheSameFloat)
+{
+    const TemporaryFile file(materialDocument());
+    const FloatJson json = FloatJson::parse(scenetool({"dump", file.path()}).output);
+    const FloatJson& color = json.at("materials").at("wood").at("emission");
+    EXPECT_EQ(0.1f, color.at(0).get<float>());
+    EXPECT_EQ(0.2f, color.at(1).get<float>());
+    EXPECT_EQ(0.3f, color.at(2).get<float>());
+}
+
+constexpr int succeeded = 0;
+constexpr int loadFailed = 1;
+constexpr int usageError = 2;
 
 Words linesOf(const std::string& text)
 {
@@ -383,8 +396,7 @@ std::string pointDocument(const std::string& numbers, const std::string& params)
     return withGeometries(geometryXml("g", pointMesh(numbers, params)), "<node id='n'>" + showing("g") + "</node>");
 }
 
-// A blinn "plain" and a phong "wood" with textures, of which one leads nowhere, bound to symbols of the same names.
-std::string materialDocument(const std::string& colors = std::string())
+std::string materialDocument(const std::string& colors)
 {
     const auto material = [](const std::string& id) {
         return "<material id='" + id + "'><instance_effect url='#" + id + "-effect'/></material>";
@@ -567,16 +579,6 @@ TEST(ScenetoolMaterialTest, MaterialHasItsNumbersAndIsWhiteElsewhere)
     for (const char* const channel : {"emission", "ambient", "specular", "reflective"}) {
         EXPECT_EQ(material.at(channel), Json::array({1, 1, 1})) << channel;
     }
-}
-
-TEST(ScenetoolMaterialTest, NumbersReadBackToTheSameFloat)
-{
-    const TemporaryFile file(materialDocument());
-    const FloatJson json = FloatJson::parse(scenetool({"dump", file.path()}).output);
-    const FloatJson& color = json.at("materials").at("wood").at("emission");
-    EXPECT_EQ(0.1f, color.at(0).get<float>());
-    EXPECT_EQ(0.2f, color.at(1).get<float>());
-    EXPECT_EQ(0.3f, color.at(2).get<float>());
 }
 
 TEST(ScenetoolMaterialTest, ColorThatIsNoNumberInJsonIsText)

@@ -24,9 +24,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-constexpr int succeeded = 0;
 constexpr int failed = 1;
-constexpr int usageError = 2;
 
 const std::string lighthouse = SOURCE_FOLDER "/data/lighthouse.dae";
 
@@ -36,6 +34,23 @@ ProcessResult run(const Words& arguments, ProcessOptions options = ProcessOption
     options.environment.emplace_back("ASAN_OPTIONS=detect_leaks=0:strict_string_checks=1:allocator_may_return_null=1");
     return testSupport::runProcess(arguments, options);
 }
+
+TEST(ViewTest, WithoutADisplayItIsOneLine)
+{
+    // The folder of a login session is there or not, which Wayland would complain of.
+    for (const char* const runtimeFolder : {"XDG_RUNTIME_DIR", "XDG_RUNTIME_DIR=/nowhere"}) {
+        ProcessOptions options;
+        options.environment = {"DISPLAY", "WAYLAND_DISPLAY", runtimeFolder};
+        const ProcessResult result = run({SCENETOOL_PROGRAM, "view", lighthouse}, options);
+        EXPECT_EQ(failed, result.status);
+        EXPECT_EQ(1, std::count(result.errors.begin(), result.errors.end(), '\n')) << result.errors;
+        EXPECT_NE(std::string::npos, result.errors.find("window")) << result.errors;
+        EXPECT_EQ("", result.output);
+    }
+}
+
+constexpr int succeeded = 0;
+constexpr int usageError = 2;
 
 // A window with the lighthouse on a display of its own, and the pictures that are written from there.
 class Session {
@@ -273,20 +288,6 @@ TEST(ViewTest, DocumentThatChangesIsShownAnew)
     EXPECT_EQ(result.status, succeeded) << result.errors;
     EXPECT_EQ(session.middleOf("a-1.png"), (Pixel{255, 0, 0}));
     EXPECT_EQ(session.middleOf("a-3.png"), (Pixel{0, 255, 0}));
-}
-
-TEST(ViewTest, WithoutADisplayItIsOneLine)
-{
-    // The folder of a login session is there or not, which Wayland would complain of.
-    for (const char* const runtimeFolder : {"XDG_RUNTIME_DIR", "XDG_RUNTIME_DIR=/nowhere"}) {
-        ProcessOptions options;
-        options.environment = {"DISPLAY", "WAYLAND_DISPLAY", runtimeFolder};
-        const ProcessResult result = run({SCENETOOL_PROGRAM, "view", lighthouse}, options);
-        EXPECT_EQ(failed, result.status);
-        EXPECT_EQ(1, std::count(result.errors.begin(), result.errors.end(), '\n')) << result.errors;
-        EXPECT_NE(std::string::npos, result.errors.find("window")) << result.errors;
-        EXPECT_EQ("", result.output);
-    }
 }
 
 TEST(ViewTest, WithoutADocumentItIsOneLine)

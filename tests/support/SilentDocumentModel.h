@@ -4,7 +4,8 @@
 
 namespace testSupport {
 
-/// Drops the document model's own remarks while it lives, and puts the handler of before back at its end.
+/// Counts the document model's own messages instead of printing them while it lives, and puts the former handler back at
+/// its end.
 class SilentDocumentModel : public daeErrorHandler {
 public:
     SilentDocumentModel() : m_before(daeErrorHandler::get()) { daeErrorHandler::setErrorHandler(this); }
@@ -12,11 +13,16 @@ public:
     SilentDocumentModel(const SilentDocumentModel&) = delete;
     SilentDocumentModel& operator=(const SilentDocumentModel&) = delete;
 
-    void handleError(daeString /*text*/) override {}
-    void handleWarning(daeString /*text*/) override {}
+    void handleError(daeString /*text*/) override { ++m_errorCount; }
+    void handleWarning(daeString /*text*/) override { ++m_warningCount; }
+
+    unsigned warningCount() const { return m_warningCount; }
+    unsigned messageCount() const { return m_errorCount + m_warningCount; }
 
 private:
     daeErrorHandler* m_before;
+    unsigned m_errorCount = 0;
+    unsigned m_warningCount = 0;
 };
 
 } // namespace testSupport

@@ -8,6 +8,28 @@
 #include <cctype>
 #include <cstdlib>
 
+namespace {
+
+using namespace libVideo;
+using namespace testSupport;
+
+using Priority = vesk::LoggerPriority::LOGGER_PRIORITY;
+
+TEST(LogStatementTest, LineIsTheSourceLineABlankAndTheWords)
+{
+    vesk::Logger* moduleLogger = nullptr;
+    const char* const moduleChannel = "test.line";
+    const LogCapture log;
+    const int line = __LINE__ + 1;
+    VIDEO_LOG("Texture has no surface initiailzer");
+    ASSERT_EQ(1u, log.lines().size());
+    EXPECT_EQ("test.line", log.lines()[0].channel);
+    EXPECT_EQ(3, log.lines()[0].priority);
+    EXPECT_EQ(std::to_string(line) + " Texture has no surface initiailzer", log.lines()[0].text);
+}
+
+} // namespace
+
 // Modules of the test's own. Each stands for one source file of the library, and no other test uses its channel.
 
 namespace plainModule {
@@ -57,11 +79,6 @@ void check(unsigned index, unsigned m_count)
 } // namespace secondModule
 
 namespace {
-
-using namespace libVideo;
-using namespace testSupport;
-
-using Priority = vesk::LoggerPriority::LOGGER_PRIORITY;
 
 Priority priorityOf(int number)
 {
@@ -189,19 +206,6 @@ Texts textsOf(const std::vector<LogLine>& lines)
 }
 
 // --- the log statement ---
-
-TEST(LogStatementTest, LineIsTheSourceLineABlankAndTheWords)
-{
-    vesk::Logger* moduleLogger = nullptr;
-    const char* const moduleChannel = "test.line";
-    const LogCapture log;
-    const int line = __LINE__ + 1;
-    VIDEO_LOG("Texture has no surface initiailzer");
-    ASSERT_EQ(1u, log.lines().size());
-    EXPECT_EQ("test.line", log.lines()[0].channel);
-    EXPECT_EQ(3, log.lines()[0].priority);
-    EXPECT_EQ(std::to_string(line) + " Texture has no surface initiailzer", log.lines()[0].text);
-}
 
 TEST(LogStatementTest, PiecesStandInTheirOrder)
 {

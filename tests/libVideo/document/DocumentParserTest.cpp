@@ -21,6 +21,48 @@ using namespace testSupport;
 
 using libVideo::detail::ColladaReader;
 
+using Use = std::function<void(domCOLLADA& root)>;
+
+const std::string rootTag = "<COLLADA xmlns='http://www.collada.org/2005/11/COLLADASchema' version='1.4.1'>";
+
+std::string whole(const std::string& body)
+{
+    return rootTag + body + "</COLLADA>";
+}
+
+std::string scene(const std::string& nodes, const std::string& end = "</node></visual_scene></library_visual_scenes>")
+{
+    return whole("<library_visual_scenes><visual_scene id='scene'><node id='n'>" + nodes + end +
+                 "<scene><instance_visual_scene url='#scene'/></scene>");
+}
+
+// Opens a file in a process of its own, with nothing in between, and makes use of it. @return whether that process came
+// to its end, with or without a root, in the processor time that it may take
+bool bareModelSurvives(const std::string& path, rlim_t seconds, const Use& use = nullptr);
+
+void expectRefused(const std::string& path)
+{
+    const LogCapture log;
+    Scene scene;
+    EXPECT_FALSE(scene.createFromCollada(path.c_str()));
+    EXPECT_EQ("Collada file does not exist " + path, log.text());
+}
+
+struct Row {
+    std::string name;
+    std::string text;
+    rlim_t seconds = 20; ///< what the document model may take before it counts as hanging
+};
+
+class DeadlyDocumentTest : public testing::TestWithParam<Row> {};
+
+TEST_P(DeadlyDocumentTest, EndsTheBareModelAndIsRefused)
+{
+    const TemporaryFile file(GetParam().text);
+    EXPECT_FALSE(bareModelSurvives(file.path(), GetParam().seconds)) << "there is no need to refuse it any more";
+    expectRefused(file.path());
+}
+
 std::string repeated(const std::string& text, std::size_t count)
 {
     std::string all;
@@ -29,13 +71,6 @@ std::string repeated(const std::string& text, std::size_t count)
         all += text;
     }
     return all;
-}
-
-const std::string rootTag = "<COLLADA xmlns='http://www.collada.org/2005/11/COLLADASchema' version='1.4.1'>";
-
-std::string whole(const std::string& body)
-{
-    return rootTag + body + "</COLLADA>";
 }
 
 // What an application may put below a node in its own words.
@@ -51,28 +86,16 @@ std::string triangles(const std::string& content)
                  "</triangles></mesh></geometry></library_geometries>");
 }
 
-std::string scene(const std::string& nodes, const std::string& end = "</node></visual_scene></library_visual_scenes>")
-{
-    return whole("<library_visual_scenes><visual_scene id='scene'><node id='n'>" + nodes + end +
-                 "<scene><instance_visual_scene url='#scene'/></scene>");
-}
-
 // Whether the library's reader opens a file.
 bool opens(const std::filesystem::path& file)
 {
-    class Silence : public daeErrorHandler {
-        void handleError(daeString /*message*/) override {}
-        void handleWarning(daeString /*message*/) override {}
-    } silence;
+    const SilentDocumentModel silence;
     struct Dae {
         ~Dae() { dae.clear(); }
         std::unique_ptr<ColladaReader> reader = std::make_unique<ColladaReader>(dae);
         DAE dae{&reader->database(), reader.get(), "1.4.1"};
     } model;
-    daeErrorHandler::setErrorHandler(&silence);
-    const bool isOpen = model.reader->open(file) != nullptr;
-    daeErrorHandler::setErrorHandler(nullptr);
-    return isOpen;
+    return model.reader->open(file) != nullptr;
 }
 
 bool passes(const std::string& text)
@@ -81,11 +104,7 @@ bool passes(const std::string& text)
     return opens(file.path());
 }
 
-using Use = std::function<void(domCOLLADA& root)>;
-
-// Opens a file in a process of its own, with nothing in between, and makes use of it. @return whether that process came
-// to its end, with or without a root, in the processor time that it may take
-bool bareModelSurvives(const std::string& path, rlim_t seconds, const Use& use = nullptr)
+bool bareModelSurvives(const std::string& path, rlim_t seconds, const Use& use)
 {
     const pid_t child = fork();
     if (child == 0) {
@@ -110,20 +129,6 @@ bool bareModelSurvives(const std::string& path, rlim_t seconds, const Use& use =
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-void expectRefused(const std::string& path)
-{
-    const LogCapture log;
-    Scene scene;
-    EXPECT_FALSE(scene.createFromCollada(path.c_str()));
-    EXPECT_EQ("Collada file does not exist " + path, log.text());
-}
-
-struct Row {
-    std::string name;
-    std::string text;
-    rlim_t seconds = 20; ///< what the document model may take before it counts as hanging
-};
-
 std::ostream& operator<<(std::ostream& stream, const Row& row)
 {
     return stream << row.name;
@@ -135,15 +140,6 @@ std::string nameOf(const testing::TestParamInfo<Row>& info)
 }
 
 // --- What the document model does not survive.
-
-class DeadlyDocumentTest : public testing::TestWithParam<Row> {};
-
-TEST_P(DeadlyDocumentTest, EndsTheBareModelAndIsRefused)
-{
-    const TemporaryFile file(GetParam().text);
-    EXPECT_FALSE(bareModelSurvives(file.path(), GetParam().seconds)) << "there is no need to refuse it any more";
-    expectRefused(file.path());
-}
 
 std::string unfoldingEntities()
 {

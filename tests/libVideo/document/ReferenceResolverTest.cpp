@@ -13,23 +13,10 @@ using namespace testSupport;
 
 PRIVATE_MEMBER(resolvedDae, DAE Scene::*, &Scene::m_dae)
 
-std::string whole(const std::string& body)
-{
-    return "<COLLADA xmlns='http://www.collada.org/2005/11/COLLADASchema' version='1.4.1'>" + body + "</COLLADA>";
-}
-
-// Shows the visual scene that a reference names.
-std::string shows(const std::string& reference)
-{
-    return whole("<scene><instance_visual_scene url='" + reference + "'/></scene>");
-}
-
-// A visual scene "there" with one node of that name.
-std::string stage(const std::string& node = "n")
-{
-    return whole("<library_visual_scenes><visual_scene id='there'><node id='" + node +
-                 "'/></visual_scene></library_visual_scenes>");
-}
+// A document that shows the visual scene that a reference names.
+std::string shows(const std::string& reference);
+// A document of a visual scene "there" with one node of that name.
+std::string stage(const std::string& node = "n");
 
 /// A folder "home" with the document to load, and a place beside it.
 class ReferenceResolverTest : public testing::Test {
@@ -75,6 +62,22 @@ TEST_F(ReferenceResolverTest, OpensADocumentBeside)
     EXPECT_EQ("n", shown("other.dae#there"));
     EXPECT_EQ("", m_lines);
     EXPECT_EQ(2, m_documents);
+}
+
+std::string whole(const std::string& body)
+{
+    return "<COLLADA xmlns='http://www.collada.org/2005/11/COLLADASchema' version='1.4.1'>" + body + "</COLLADA>";
+}
+
+std::string shows(const std::string& reference)
+{
+    return whole("<scene><instance_visual_scene url='" + reference + "'/></scene>");
+}
+
+std::string stage(const std::string& node)
+{
+    return whole("<library_visual_scenes><visual_scene id='there'><node id='" + node +
+                 "'/></visual_scene></library_visual_scenes>");
 }
 
 TEST_F(ReferenceResolverTest, OpensADocumentBelow)

@@ -41,6 +41,47 @@ struct Extent {
     static constexpr double infinity = std::numeric_limits<double>::infinity();
 };
 
+Extent extentOfScene(libVideo::VisualScene& scene);
+
+void addNode(const aiScene& scene, const aiNode& node, const aiMatrix4x4& parent, Extent& extent);
+
+class SecondReaderTest : public testing::TestWithParam<StoredDocument> {};
+
+TEST_P(SecondReaderTest, FindsTheSameTrianglesAtTheSamePlaces)
+{
+    const testSupport::TortureFolder folder;
+    const std::string prepared = (folder.path() / "prepared.dae").string();
+    const std::string result = (folder.path() / "result.glb").string();
+    if (testSupport::runProcess({SCENETOOL_PROGRAM, "convert", GetParam().path, "-o", result}).status != 0) {
+        return; // which other tests are about
+    }
+    ASSERT_EQ(0, testSupport::runProcess({SCENETOOL_PROGRAM, "prepare", GetParam().path, "-o", prepared, "--up", "y",
+                                          "--unit", "1", "--normals"})
+                     .status);
+    libVideo::Scene scene;
+    ASSERT_TRUE(scene.createFromCollada(prepared.c_str()));
+    const Extent expected = extentOfScene(scene.visualScene());
+
+    Assimp::Importer importer;
+    const aiScene* const imported = importer.ReadFile(result, 0);
+    if (expected.triangles == 0 && imported == nullptr) {
+        return; // a file without a mesh is none to it
+    }
+    ASSERT_NE(nullptr, imported) << importer.GetErrorString();
+    Extent found;
+    addNode(*imported, *imported->mRootNode, aiMatrix4x4(), found);
+
+    EXPECT_EQ(expected.triangles, found.triangles);
+    double size = 0;
+    for (std::size_t axis = 0; axis < 3 && expected.triangles > 0; ++axis) {
+        size = std::max({size, std::fabs(expected.low[axis]), std::fabs(expected.high[axis])});
+    }
+    for (std::size_t axis = 0; axis < 3 && expected.triangles > 0; ++axis) {
+        EXPECT_NEAR(expected.low[axis], found.low[axis], 1e-4 * size) << "axis " << axis;
+        EXPECT_NEAR(expected.high[axis], found.high[axis], 1e-4 * size) << "axis " << axis;
+    }
+}
+
 void addPrimitive(libVideo::Primitive& primitive, const libVideo::Node& node, Extent& extent)
 {
     libVideo::VertexLayout layout;
@@ -97,43 +138,6 @@ void addNode(const aiScene& scene, const aiNode& node, const aiMatrix4x4& parent
     }
     for (unsigned i = 0; i < node.mNumChildren; ++i) {
         addNode(scene, *node.mChildren[i], world, extent);
-    }
-}
-
-class SecondReaderTest : public testing::TestWithParam<StoredDocument> {};
-
-TEST_P(SecondReaderTest, FindsTheSameTrianglesAtTheSamePlaces)
-{
-    const testSupport::TortureFolder folder;
-    const std::string prepared = (folder.path() / "prepared.dae").string();
-    const std::string result = (folder.path() / "result.glb").string();
-    if (testSupport::runProcess({SCENETOOL_PROGRAM, "convert", GetParam().path, "-o", result}).status != 0) {
-        return; // which other tests are about
-    }
-    ASSERT_EQ(0, testSupport::runProcess({SCENETOOL_PROGRAM, "prepare", GetParam().path, "-o", prepared, "--up", "y",
-                                          "--unit", "1", "--normals"})
-                     .status);
-    libVideo::Scene scene;
-    ASSERT_TRUE(scene.createFromCollada(prepared.c_str()));
-    const Extent expected = extentOfScene(scene.visualScene());
-
-    Assimp::Importer importer;
-    const aiScene* const imported = importer.ReadFile(result, 0);
-    if (expected.triangles == 0 && imported == nullptr) {
-        return; // a file without a mesh is none to it
-    }
-    ASSERT_NE(nullptr, imported) << importer.GetErrorString();
-    Extent found;
-    addNode(*imported, *imported->mRootNode, aiMatrix4x4(), found);
-
-    EXPECT_EQ(expected.triangles, found.triangles);
-    double size = 0;
-    for (std::size_t axis = 0; axis < 3 && expected.triangles > 0; ++axis) {
-        size = std::max({size, std::fabs(expected.low[axis]), std::fabs(expected.high[axis])});
-    }
-    for (std::size_t axis = 0; axis < 3 && expected.triangles > 0; ++axis) {
-        EXPECT_NEAR(expected.low[axis], found.low[axis], 1e-4 * size) << "axis " << axis;
-        EXPECT_NEAR(expected.high[axis], found.high[axis], 1e-4 * size) << "axis " << axis;
     }
 }
 
