@@ -1,8 +1,8 @@
 #include "Image.h"
 #include "RayTracer.h"
+#include "Scenetool.h"
 
 #include "support/ColladaBuilder.h"
-#include "support/Process.h"
 #include "support/Rows.h"
 
 #include <gtest/gtest.h>
@@ -18,37 +18,13 @@
 #include <utility>
 #include <vector>
 
-using testSupport::ColladaBuilder;
-using testSupport::difference;
-using testSupport::Image;
-using testSupport::ImageDifference;
-using testSupport::Pixel;
-using testSupport::ProcessOptions;
-using testSupport::ProcessResult;
-using testSupport::RayTracer;
-using testSupport::readPng;
-using testSupport::Row;
-using testSupport::rowName;
-using testSupport::TemporaryFile;
-
 namespace {
 
-using Words = std::vector<std::string>;
+using namespace testSupport;
 
-constexpr int failed = 1;
-
-// Drivers keep memory to the end of the process, which is no leak of the tool's.
-ProcessResult scenetool(const Words& arguments, ProcessOptions options = ProcessOptions())
+ProcessResult run(const Words& arguments, const ProcessOptions& options = ProcessOptions())
 {
-    Words all = {SCENETOOL_PROGRAM};
-    all.insert(all.end(), arguments.begin(), arguments.end());
-    options.environment.emplace_back("ASAN_OPTIONS=detect_leaks=0:strict_string_checks=1:allocator_may_return_null=1");
-    return testSupport::runProcess(all, options);
-}
-
-bool isOneLine(const std::string& text)
-{
-    return text.size() > 1 && text.back() == '\n' && std::count(text.begin(), text.end(), '\n') == 1;
+    return scenetool(arguments, drawing(options));
 }
 
 std::size_t entriesOf(const std::filesystem::path& folder)
@@ -61,19 +37,11 @@ TEST(RenderTest, SheetOfAFolderWithoutDocumentsIsOneLine)
     const TemporaryFile file("text", "notes.txt");
     const std::string sheet = (file.folder() / "sheet.png").string();
     for (const std::string& folder : {file.folder().string(), (file.folder() / "nowhere").string()}) {
-        const ProcessResult result = scenetool({"render", "--sheet", folder, "-o", sheet});
+        const ProcessResult result = run({"render", "--sheet", folder, "-o", sheet});
         EXPECT_EQ(failed, result.status);
         EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     }
     EXPECT_EQ(1u, entriesOf(file.folder()));
-}
-
-constexpr int succeeded = 0;
-constexpr int usageError = 2;
-
-bool contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
 }
 
 void writeFile(const std::filesystem::path& path, const std::string& bytes)
@@ -268,7 +236,7 @@ public:
             arguments.insert(arguments.end(), {"--lights", "head"});
         }
         Drawn drawn;
-        drawn.result = scenetool(arguments);
+        drawn.result = run(arguments);
         drawn.hasPicture = std::filesystem::exists(output());
         if (drawn.hasPicture) {
             drawn.image = readPng(output());
@@ -746,7 +714,7 @@ TEST(RenderTest, EmissionThatTheDocumentLeavesOutDoesNotGlow)
 TEST(RenderTest, DocumentThatLightsNothingGetsALightAndALine)
 {
     const Studio studio(greenPhongCube());
-    const ProcessResult result = scenetool({"render", studio.document(), "-o", studio.output(), "--size", "120x120"});
+    const ProcessResult result = run({"render", studio.document(), "-o", studio.output(), "--size", "120x120"});
     EXPECT_EQ(succeeded, result.status);
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     EXPECT_TRUE(contains(result.errors, "lights nothing")) << result.errors;
@@ -765,7 +733,7 @@ TEST(RenderTest, AmbientLightThatShowsNowhereLeavesAllToTheEye)
                      cameraNode("eye", "0 0 2") +
                      "<node id='l'><translate>0 0 0</translate><instance_light url='#all'/></node>");
     const Studio studio(builder.text());
-    const ProcessResult result = scenetool({"render", studio.document(), "-o", studio.output(), "--size", "120x120"});
+    const ProcessResult result = run({"render", studio.document(), "-o", studio.output(), "--size", "120x120"});
     EXPECT_TRUE(contains(result.errors, "lights nothing")) << result.errors;
     expectPixel(readPng(studio.output()), 0.5, 0.5, {0, 128, 0}, 2, "lit from the eye");
 }
@@ -784,7 +752,7 @@ TEST(RenderTest, LightsAreThoseThatAreChosen)
     for (const auto& [choice, expected] : choices) {
         expectPixel(studio.picture({"--lights", choice}), 0.5, 0.5, {expected, 0, 0}, 1, choice);
     }
-    const ProcessResult result = scenetool({"render", studio.document(), "-o", studio.output(), "--size", "120x120"});
+    const ProcessResult result = run({"render", studio.document(), "-o", studio.output(), "--size", "120x120"});
     EXPECT_EQ("", result.errors);
     expectPixel(readPng(studio.output()), 0.5, 0.5, {0, 0, 0}, 0, "those of the document if nothing is said");
 }
@@ -953,7 +921,7 @@ TEST(RenderTest, WhatIsWhollyTransparentIsNotDrawn)
 TEST(RenderTest, BackgroundIsASkyUnlessAColorIsAsked)
 {
     const Studio studio(greenPhongCube());
-    ASSERT_EQ(succeeded, scenetool({"render", studio.document(), "-o", studio.output(), "--lights", "head"}).status);
+    ASSERT_EQ(succeeded, run({"render", studio.document(), "-o", studio.output(), "--lights", "head"}).status);
     const Image sky = readPng(studio.output());
     const Pixel above = sky.part(0.02, 0.02);
     const Pixel below = sky.part(0.02, 0.98);
@@ -983,8 +951,8 @@ TEST(RenderTest, PictureWithoutBackgroundHasAlpha)
 TEST(RenderTest, PictureGoesToStandardOutput)
 {
     const Studio studio(greenPhongCube());
-    const ProcessResult result = scenetool(
-        {"render", studio.document(), "-o", "-", "--size", "40x30", "--background", "000000", "--lights", "head"});
+    const ProcessResult result =
+        run({"render", studio.document(), "-o", "-", "--size", "40x30", "--background", "000000", "--lights", "head"});
     EXPECT_EQ(succeeded, result.status);
     EXPECT_EQ("", result.errors);
     EXPECT_EQ(1u, entriesOf(studio.folder())) << "the document alone";
@@ -1194,7 +1162,7 @@ TEST(RenderTest, PictureIsAsLargeAsAsked)
     const Image small = studio.picture({"--size", "1x1"});
     EXPECT_EQ(1, small.width());
     EXPECT_EQ(1, small.height());
-    ASSERT_EQ(succeeded, scenetool({"render", studio.document(), "-o", studio.output()}).status);
+    ASSERT_EQ(succeeded, run({"render", studio.document(), "-o", studio.output()}).status);
     const Image usual = readPng(studio.output());
     EXPECT_EQ(960, usual.width());
     EXPECT_EQ(640, usual.height());
@@ -1215,7 +1183,7 @@ TEST_P(RenderUsageTest, IsOneLineAndNoPicture)
         arguments.insert(arguments.end(), {"-o", studio.output()});
     }
     arguments.insert(arguments.end(), GetParam().options.begin(), GetParam().options.end());
-    const ProcessResult result = scenetool(arguments);
+    const ProcessResult result = run(arguments);
     EXPECT_EQ(usageError, result.status);
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     EXPECT_TRUE(contains(result.errors, GetParam().word)) << result.errors;
@@ -1259,7 +1227,7 @@ TEST(RenderTest, MachineWithoutDriverGetsOneLineAndNoPicture)
     writeFile(studio.output(), "the picture before");
     ProcessOptions options;
     options.environment = {"__EGL_VENDOR_LIBRARY_FILENAMES=/nowhere/driver.json", "DISPLAY", "WAYLAND_DISPLAY"};
-    const ProcessResult result = scenetool({"render", studio.document(), "-o", studio.output()}, options);
+    const ProcessResult result = run({"render", studio.document(), "-o", studio.output()}, options);
     EXPECT_EQ(failed, result.status);
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     EXPECT_TRUE(contains(result.errors, "EGL")) << result.errors;
@@ -1274,7 +1242,7 @@ TEST(RenderTest, OutputThatCannotBeWrittenIsOneLine)
     for (const std::string& output :
          {(studio.folder() / "nowhere" / "picture.png").string(), (studio.folder() / "folder.png").string()}) {
         const ProcessResult result =
-            scenetool({"render", studio.document(), "-o", output, "--size", "16x16", "--lights", "head"});
+            run({"render", studio.document(), "-o", output, "--size", "16x16", "--lights", "head"});
         EXPECT_EQ(failed, result.status);
         EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     }
@@ -1325,7 +1293,7 @@ TEST(RenderTest, SequenceShowsABarOnATerminal)
     ProcessOptions options;
     options.hasTerminal = true;
     const ProcessResult result =
-        scenetool({"render", studio.document(), "-o", studio.output(), "--size", "16x16", "--frames", "2"}, options);
+        run({"render", studio.document(), "-o", studio.output(), "--size", "16x16", "--frames", "2"}, options);
     EXPECT_EQ(succeeded, result.status);
     EXPECT_TRUE(contains(result.output, "\r[####################....................] 1 of 2 pictures"))
         << result.output;
@@ -1343,8 +1311,8 @@ TEST(RenderTest, SheetHoldsAllDocumentsBelowAFolder)
     writeFile(studio.folder() / "more" / "b.dae", threeCubes(cameraNode("plain", "0 0 7")));
     writeFile(studio.folder() / "more" / "notes.txt", "no document, and not named like one");
     const std::string sheet = (studio.folder() / "sheet.png").string();
-    const ProcessResult result = scenetool({"render", "--sheet", studio.folder().string(), "-o", sheet, "--size",
-                                            "100x100", "--background", "000000", "--lights", "head"});
+    const ProcessResult result = run({"render", "--sheet", studio.folder().string(), "-o", sheet, "--size", "100x100",
+                                      "--background", "000000", "--lights", "head"});
     EXPECT_EQ(failed, result.status) << "one has no picture";
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     EXPECT_TRUE(contains(result.errors, "a.DAE"));
@@ -1373,8 +1341,7 @@ TEST(RenderTest, LighthouseLooksAsItIsShown)
 {
     const TemporaryFile file("", "note.txt");
     const std::string output = (file.folder() / "lighthouse.png").string();
-    const ProcessResult result =
-        scenetool({"render", SOURCE_FOLDER "/data/lighthouse.dae", "-o", output, "--time", "1.7"});
+    const ProcessResult result = run({"render", SOURCE_FOLDER "/data/lighthouse.dae", "-o", output, "--time", "1.7"});
     EXPECT_EQ(succeeded, result.status);
     EXPECT_EQ("", result.errors);
     const Image image = readPng(output);

@@ -1,5 +1,6 @@
+#include "Scenetool.h"
+
 #include "support/ColladaBuilder.h"
-#include "support/Process.h"
 #include "support/Rows.h"
 
 #include <nlohmann/json.hpp>
@@ -18,24 +19,13 @@
 #include <utility>
 #include <vector>
 
-using testSupport::ColladaBuilder;
-using testSupport::ProcessOptions;
-using testSupport::ProcessResult;
-using testSupport::Row;
-using testSupport::rowName;
-using testSupport::TemporaryFile;
-
 namespace {
 
-using Json = nlohmann::json;
-using Words = std::vector<std::string>;
+using namespace testSupport;
 
-ProcessResult scenetool(const Words& arguments, const ProcessOptions& options = ProcessOptions())
-{
-    Words all = {SCENETOOL_PROGRAM};
-    all.insert(all.end(), arguments.begin(), arguments.end());
-    return testSupport::runProcess(all, options);
-}
+using Json = nlohmann::json;
+// Numbers of JSON as `float`, converted from the digits without a stop at `double`.
+using FloatJson = nlohmann::basic_json<std::map, std::vector, std::string, bool, std::int64_t, std::uint64_t, float>;
 
 // A blinn "plain" and a phong "wood" with textures, of which one leads nowhere, bound to symbols of the same names.
 std::string materialDocument(const std::string& colors = std::string());
@@ -50,10 +40,6 @@ TEST(ScenetoolMaterialTest, NumbersReadBackToTheSameFloat)
     EXPECT_EQ(0.3f, color.at(2).get<float>());
 }
 
-constexpr int succeeded = 0;
-constexpr int loadFailed = 1;
-constexpr int usageError = 2;
-
 Words linesOf(const std::string& text)
 {
     Words lines;
@@ -62,16 +48,6 @@ Words linesOf(const std::string& text)
         lines.push_back(line);
     }
     return lines;
-}
-
-bool isOneLine(const std::string& text)
-{
-    return text.size() > 1 && text.back() == '\n' && std::count(text.begin(), text.end(), '\n') == 1;
-}
-
-bool contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
 }
 
 // Those of ASCII and those that UTF-8 writes as C2 80 to C2 9F; line feeds may stay.
@@ -329,9 +305,6 @@ TEST(ScenetoolDumpTest, MatrixIsRowMajorAndPositionAndUpAreItsColumns)
     EXPECT_EQ(nodes[0]["position"], Json::array({4, 8, 12}));
     EXPECT_EQ(nodes[0]["up"], Json::array({2, 6, 10}));
 }
-
-// Numbers of JSON as `float`, converted from the digits without a stop at `double`.
-using FloatJson = nlohmann::basic_json<std::map, std::vector, std::string, bool, std::int64_t, std::uint64_t, float>;
 
 // --- dump: geometries and materials
 
@@ -611,7 +584,7 @@ TEST(ScenetoolGeometryTest, LoadThatThrowsShowsWhatStandsBeforeIt)
                                                             showing("bad") + "</node></node><node id='c'>" +
                                                             showing("behind") + "</node>"));
     const Dump dump(file.path(), {"--time", "1", "--fold"});
-    EXPECT_EQ(dump.result.status, loadFailed);
+    EXPECT_EQ(failed, dump.result.status);
     EXPECT_TRUE(isOneLine(dump.result.errors)) << dump.result.errors;
     ASSERT_TRUE(dump.json.is_object()) << dump.result.output;
     EXPECT_EQ(false, dump.json.at("loaded"));
@@ -782,7 +755,7 @@ TEST(ScenetoolDumpTest, EvaluationThatThrowsGivesOneLineOnStandardError)
     const ProcessResult result = scenetool({"dump", file.path(), "--time", "2"});
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     EXPECT_TRUE(contains(result.errors, "IndexOutOfBounds")) << result.errors;
-    EXPECT_EQ(result.status, loadFailed); // what was asked for is not there
+    EXPECT_EQ(failed, result.status); // what was asked for is not there
 }
 
 TEST(ScenetoolDumpTest, CurveThatWouldThrowDoesNotAtItsKeys)
@@ -798,7 +771,7 @@ TEST(ScenetoolDumpTest, LoadThatThrowsShowsTheErrorAndWhatStands)
 {
     const TemporaryFile file(documentOf(parentAndChild, {withoutTimes("child/t")}));
     const Dump dump(file.path());
-    EXPECT_EQ(dump.result.status, loadFailed);
+    EXPECT_EQ(failed, dump.result.status);
     EXPECT_TRUE(isOneLine(dump.result.errors)) << dump.result.errors;
     ASSERT_TRUE(dump.json.is_object()) << dump.result.output;
     EXPECT_EQ(false, dump.json.at("loaded"));
@@ -814,14 +787,14 @@ TEST(ScenetoolDumpTest, LoadThatThrowsIgnoresTimeAndFold)
     const ProcessResult asked = scenetool({"dump", file.path(), "--time", "2", "--fold"});
     EXPECT_EQ(asked.output, plain.output);
     EXPECT_EQ(asked.errors, plain.errors);
-    EXPECT_EQ(asked.status, loadFailed);
+    EXPECT_EQ(failed, asked.status);
 }
 
 TEST(ScenetoolInfoTest, LoadThatThrowsGivesOneLineAndNothingElse)
 {
     const TemporaryFile file(documentOf(parentAndChild, {withoutTimes("child/t")}));
     const ProcessResult result = scenetool({"info", file.path()});
-    EXPECT_EQ(result.status, loadFailed);
+    EXPECT_EQ(failed, result.status);
     EXPECT_EQ("", result.output);
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     EXPECT_TRUE(contains(result.errors, "IndexOutOfBounds")) << result.errors;
@@ -873,7 +846,7 @@ TEST_P(ScenetoolFailureTest, DumpIsAnObjectWithTheLine)
 {
     const TemporaryFile file(GetParam().document);
     const Dump dump(file.path(), {"--time", "1", "--fold"});
-    EXPECT_EQ(dump.result.status, loadFailed);
+    EXPECT_EQ(failed, dump.result.status);
     EXPECT_TRUE(isOneLine(dump.result.errors)) << dump.result.errors;
     ASSERT_TRUE(dump.json.is_object()) << dump.result.output;
     EXPECT_EQ(dump.json.at("file"), file.path());
@@ -898,7 +871,7 @@ TEST_P(ScenetoolFailureTest, InfoPrintsOneLineOnStandardErrorAlone)
 {
     const TemporaryFile file(GetParam().document);
     const ProcessResult result = scenetool({"info", file.path()});
-    EXPECT_EQ(result.status, loadFailed);
+    EXPECT_EQ(failed, result.status);
     EXPECT_EQ("", result.output);
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     EXPECT_TRUE(contains(result.errors, file.path() + GetParam().reason)) << result.errors;
@@ -920,7 +893,7 @@ TEST(ScenetoolFileTest, UnknownFileGivesOneLineThatNamesIt)
     const std::string path = (file.folder() / "missing.dae").string();
     for (const char* const command : {"info", "dump"}) {
         const ProcessResult result = scenetool({command, path});
-        EXPECT_EQ(result.status, loadFailed) << command;
+        EXPECT_EQ(failed, result.status) << command;
         EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
         EXPECT_EQ("scenetool: " + path + " does not exist\n", result.errors);
     }
@@ -1008,7 +981,7 @@ TEST(ScenetoolFileTest, FolderIsNoDocument)
 {
     const TemporaryFile file("");
     const Dump dump(file.folder().string());
-    EXPECT_EQ(dump.result.status, loadFailed);
+    EXPECT_EQ(failed, dump.result.status);
     EXPECT_TRUE(isOneLine(dump.result.errors)) << dump.result.errors;
     EXPECT_EQ(false, dump.json.at("loaded"));
 }
@@ -1016,7 +989,7 @@ TEST(ScenetoolFileTest, FolderIsNoDocument)
 TEST(ScenetoolFileTest, EmptyPathIsNoDocument)
 {
     const Dump dump("");
-    EXPECT_EQ(dump.result.status, loadFailed);
+    EXPECT_EQ(failed, dump.result.status);
     EXPECT_TRUE(isOneLine(dump.result.errors)) << dump.result.errors;
     ASSERT_TRUE(dump.json.is_object()) << dump.result.output;
     EXPECT_EQ(false, dump.json.at("loaded"));
@@ -1387,10 +1360,10 @@ TEST_P(ScenetoolPathTest, CharacterOfAPathStaysOutOfInfoAndErrors)
     EXPECT_EQ(succeeded, shown.status) << shown.errors;
     EXPECT_FALSE(hasControlCharacter(shown.output)) << ::testing::PrintToString(shown.output);
     EXPECT_TRUE(contains(linesOf(shown.output).at(0), "bell.dae"));
-    const ProcessResult failed = scenetool({"info", file.path() + ".old"});
-    EXPECT_EQ(failed.status, loadFailed);
-    EXPECT_TRUE(isOneLine(failed.errors)) << failed.errors;
-    EXPECT_FALSE(hasControlCharacter(failed.errors)) << ::testing::PrintToString(failed.errors);
+    const ProcessResult refused = scenetool({"info", file.path() + ".old"});
+    EXPECT_EQ(failed, refused.status);
+    EXPECT_TRUE(isOneLine(refused.errors)) << refused.errors;
+    EXPECT_FALSE(hasControlCharacter(refused.errors)) << ::testing::PrintToString(refused.errors);
 }
 
 INSTANTIATE_TEST_SUITE_P(Characters, ScenetoolPathTest,

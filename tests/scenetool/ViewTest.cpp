@@ -1,7 +1,7 @@
 #include "Image.h"
+#include "Scenetool.h"
 
 #include "support/ColladaBuilder.h"
-#include "support/Process.h"
 
 #include <gtest/gtest.h>
 
@@ -11,28 +11,15 @@
 #include <string>
 #include <vector>
 
-using testSupport::ColladaBuilder;
-using testSupport::difference;
-using testSupport::Image;
-using testSupport::Pixel;
-using testSupport::ProcessOptions;
-using testSupport::ProcessResult;
-using testSupport::readPng;
-using testSupport::TemporaryFile;
-
 namespace {
 
-using Words = std::vector<std::string>;
-
-constexpr int failed = 1;
+using namespace testSupport;
 
 const std::string lighthouse = SOURCE_FOLDER "/data/lighthouse.dae";
 
-ProcessResult run(const Words& arguments, ProcessOptions options = ProcessOptions())
+ProcessResult run(const Words& arguments, const ProcessOptions& options = ProcessOptions())
 {
-    // Drivers keep memory to the end of the process, which is no leak of the tool's.
-    options.environment.emplace_back("ASAN_OPTIONS=detect_leaks=0:strict_string_checks=1:allocator_may_return_null=1");
-    return testSupport::runProcess(arguments, options);
+    return runProcess(arguments, drawing(options));
 }
 
 TEST(ViewTest, WithoutADisplayItIsOneLine)
@@ -48,9 +35,6 @@ TEST(ViewTest, WithoutADisplayItIsOneLine)
         EXPECT_EQ("", result.output);
     }
 }
-
-constexpr int succeeded = 0;
-constexpr int usageError = 2;
 
 // A window with the lighthouse on a display of its own, and the pictures that are written from there.
 class Session {

@@ -1,5 +1,6 @@
+#include "scenetool/Scenetool.h"
+
 #include "support/ColladaBuilder.h"
-#include "support/Process.h"
 
 #include <tools/scenetool/sandbox/Sandbox.h>
 
@@ -118,12 +119,7 @@ TEST(SandboxTest, MemoryIsLimited)
 
 // --- The commands.
 
-ProcessResult scenetool(const std::vector<std::string>& arguments)
-{
-    std::vector<std::string> all = {SCENETOOL_PROGRAM};
-    all.insert(all.end(), arguments.begin(), arguments.end());
-    return testSupport::runProcess(all);
-}
+using testSupport::scenetool;
 
 std::string goodDocument()
 {
