@@ -5,6 +5,7 @@
 #include "support/Rows.h"
 #include "support/SceneWalker.h"
 #include "support/TortureFolder.h"
+#include "support/Words.h"
 
 #include <libVideo/SceneGraph/Scene.h>
 
@@ -20,6 +21,7 @@ namespace {
 using documents::StoredDocument;
 using testSupport::CrashReport;
 using testSupport::LoadOutcome;
+using testSupport::repeated;
 using testSupport::Row;
 using testSupport::rowName;
 using testSupport::TortureFolder;
@@ -60,16 +62,6 @@ struct LargeDocument : Row {
     std::function<std::string()> text;
     bool loads;
 };
-
-std::string repeated(const std::string& text, std::size_t count)
-{
-    std::string result;
-    result.reserve(text.size() * count);
-    for (std::size_t i = 0; i < count; ++i) {
-        result += text;
-    }
-    return result;
-}
 
 std::string withNodes(const std::string& nodes)
 {

@@ -1,5 +1,6 @@
 #include "support/ColladaBuilder.h"
 #include "support/Rows.h"
+#include "support/Words.h"
 
 #include <vesk/Exception.h>
 #include <vesk/Logging.h>
@@ -26,10 +27,10 @@ namespace {
 
 using libVideo::Scene;
 using testSupport::ColladaBuilder;
+using testSupport::meshXml;
+using testSupport::repeated;
 using testSupport::rowName;
 using testSupport::TemporaryFile;
-
-std::string repeated(const std::string& text, unsigned count);
 
 // The most memory of a process that loads a document, in bytes; nothing if it did not come to its end.
 std::optional<std::uint64_t> peakOfLoad(const std::string& path);
@@ -41,11 +42,6 @@ struct Row : testSupport::Row {
 const std::string array = "<float_array id='a' count='3'>1 2 3</float_array>";
 
 std::string source(const std::string& params, unsigned count = 1, unsigned stride = 3);
-
-std::string mesh(const std::string& content)
-{
-    return "<library_geometries><geometry id='g'><mesh>" + content + "</mesh></geometry></library_geometries>";
-}
 
 std::string cloud(const std::string& sourceText, unsigned inputs);
 std::string triangles(const std::string& sourceText, unsigned inputs, unsigned corners);
@@ -82,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(
             [] { return cloud(source(repeated("<param name='X' type='float4x4'/>", 2'000)), 700); }},
         Row{"VerticesAskedForOften",
             [] {
-                return mesh(
+                return meshXml(
                     "<source id='s'>" + array + "</source><vertices id='v'>" +
                     repeated("<input semantic='POSITION' source='#s'/>", 3'000) + "</vertices><triangles count='1'>" +
                     repeated("<input semantic='VERTEX' source='#v' offset='0'/>", 3'000) + "<p>0 0 0</p></triangles>");
@@ -112,15 +108,6 @@ INSTANTIATE_TEST_SUITE_P(
     rowName);
 
 // --- what the tests are written with ---
-
-std::string repeated(const std::string& text, unsigned count)
-{
-    std::string all;
-    for (unsigned i = 0; i < count; ++i) {
-        all += text;
-    }
-    return all;
-}
 
 std::optional<std::uint64_t> peakOfLoad(const std::string& path)
 {
@@ -166,8 +153,8 @@ std::string source(const std::string& params, unsigned count, unsigned stride)
 
 std::string cloud(const std::string& sourceText, unsigned inputs)
 {
-    return mesh(sourceText + "<vertices id='v'>" + repeated("<input semantic='POSITION' source='#s'/>", inputs) +
-                "</vertices>");
+    return meshXml(sourceText + "<vertices id='v'>" + repeated("<input semantic='POSITION' source='#s'/>", inputs) +
+                   "</vertices>");
 }
 
 std::string triangles(const std::string& sourceText, unsigned inputs, unsigned corners)
@@ -176,9 +163,9 @@ std::string triangles(const std::string& sourceText, unsigned inputs, unsigned c
     for (unsigned i = 0; i < corners; ++i) {
         indices += "0 " + std::to_string(i) + " ";
     }
-    return mesh(sourceText + "<triangles count='" + std::to_string(corners / 3) + "'>" +
-                repeated("<input semantic='POSITION' source='#s' offset='0'/>", inputs) +
-                "<input semantic='NORMAL' source='#nothing' offset='1'/><p>" + indices + "</p></triangles>");
+    return meshXml(sourceText + "<triangles count='" + std::to_string(corners / 3) + "'>" +
+                   repeated("<input semantic='POSITION' source='#s' offset='0'/>", inputs) +
+                   "<input semantic='NORMAL' source='#nothing' offset='1'/><p>" + indices + "</p></triangles>");
 }
 
 std::string animations(unsigned count, const std::string& inputs, const std::string& sources)

@@ -1,6 +1,7 @@
 #include "support/ColladaBuilder.h"
 #include "support/LogCapture.h"
 #include "support/Rows.h"
+#include "support/Words.h"
 
 #include <libVideo/SceneGraph.h>
 
@@ -240,11 +241,6 @@ std::string geometry(const std::string& content)
     return "<library_geometries><geometry id='g'>" + content + "</geometry></library_geometries>";
 }
 
-std::string mesh(const std::string& content)
-{
-    return geometry("<mesh>" + content + "</mesh>");
-}
-
 std::string triangles(const std::string& inputs, const std::string& rest = "<p>0 0 0</p>", unsigned count = 1)
 {
     return "<triangles count='" + std::to_string(count) + "'>" + inputs + rest + "</triangles>";
@@ -265,9 +261,8 @@ std::string accessor(const std::string& attributes, const std::string& params)
     return "<technique_common><accessor " + attributes + ">" + params + "</accessor></technique_common>";
 }
 
-const std::string xyz = "<param name='X' type='float'/><param name='Y' type='float'/><param name='Z' type='float'/>";
 const std::string place = array("float_array", "s-array", 3, "1 2 3");
-const std::string goodSource = source(place + accessor("source='#s-array' count='1' stride='3'", xyz));
+const std::string goodSource = source(place + accessor("source='#s-array' count='1' stride='3'", PARAMS_XYZ));
 const std::string position = pick("POSITION", "s");
 const std::string shownNode = "<node id='n'><instance_geometry url='#g'/></node>";
 
@@ -287,7 +282,7 @@ std::string primitives(VisualScene& scene)
 
 std::function<Outcome()> meshOf(const std::string& content)
 {
-    return document(mesh(content), shownNode, primitives);
+    return document(meshXml(content), shownNode, primitives);
 }
 
 /// What making a source by reference gives.
@@ -295,7 +290,7 @@ std::function<Outcome()> makeSource(const std::string& content, const std::strin
 {
     return host([=] {
         ColladaBuilder builder(
-            mesh(content + "<vertices id='v'><input semantic='POSITION' source='" + reference + "'/></vertices>"));
+            meshXml(content + "<vertices id='v'><input semantic='POSITION' source='" + reference + "'/></vertices>"));
         if (builder.open() == nullptr) {
             throw std::runtime_error("the document does not open: " + builder.text());
         }
@@ -337,7 +332,7 @@ const std::string texture = "<texture texture='sampler' texcoord='UV'/>";
 
 std::function<Outcome()> materialOf(const std::string& newparams, const std::string& diffuse)
 {
-    return document(mesh(goodSource + triangles(position)) + effect(newparams, diffuse),
+    return document(meshXml(goodSource + triangles(position)) + effect(newparams, diffuse),
                     "<node id='n'><instance_geometry url='#g'><bind_material><technique_common>"
                     "<instance_material symbol='skin' target='#m'/></technique_common></bind_material>"
                     "</instance_geometry></node>",
@@ -347,15 +342,6 @@ std::function<Outcome()> materialOf(const std::string& newparams, const std::str
 // --- documents that ask for more than they have a right to ---
 
 const char* const tooMuch = "Asks for more memory than the size of the document allows";
-
-std::string repeated(const std::string& text, unsigned count)
-{
-    std::string all;
-    for (unsigned i = 0; i < count; ++i) {
-        all += text;
-    }
-    return all;
-}
 
 // Two of these curves of a million keys that nothing backs fit into any load.
 std::string unbackedCurves(unsigned count)
@@ -426,9 +412,9 @@ std::string verticesAskedForOften()
     constexpr unsigned inputs = 2'000;
     return justTooMuch(inputs * 512, [&](unsigned uses) {
         return ColladaBuilder(
-                   mesh(source(place) + "<vertices id='v'>" +
-                        repeated("<input semantic='POSITION' source='#s'/>", inputs) + "</vertices>" +
-                        triangles(repeated("<input semantic='VERTEX' source='#v' offset='0'/>", uses), "<p/>", 0)))
+                   meshXml(source(place) + "<vertices id='v'>" +
+                           repeated("<input semantic='POSITION' source='#s'/>", inputs) + "</vertices>" +
+                           triangles(repeated("<input semantic='VERTEX' source='#v' offset='0'/>", uses), "<p/>", 0)))
             .addScene(shownNode)
             .text();
     });
@@ -439,7 +425,7 @@ std::string sourceAskedForOften()
 {
     const std::string heavy = sourceOfManyParams("<param type='float'/>", 20'000);
     return justTooMuch(20'000 * (sizeof(libVideo::Data) + sizeof(float)), [&](unsigned inputs) {
-        return ColladaBuilder(mesh(heavy + triangles(repeated(position, inputs), "<p/>", 0)))
+        return ColladaBuilder(meshXml(heavy + triangles(repeated(position, inputs), "<p/>", 0)))
             .addScene(shownNode)
             .text();
     });
@@ -467,7 +453,7 @@ std::string imageShownOften()
             bindings += "<instance_material symbol='s" + number + "' target='#m" + number + "'/>";
         }
         return ColladaBuilder(image + "<library_materials>" + materials + "</library_materials><library_effects>" +
-                              effects + "</library_effects>" + mesh(goodSource + triangles(position)))
+                              effects + "</library_effects>" + meshXml(goodSource + triangles(position)))
             .addScene("<node id='n'><instance_geometry url='#g'><bind_material><technique_common>" + bindings +
                       "</technique_common></bind_material></instance_geometry></node>")
             .text();
@@ -627,25 +613,25 @@ std::vector<Message> sourceMessages()
         {"AccessorOfMoreParamsThanTheDocumentAllows", "accessor", tooMuch, texts(),
          [] { return loadText(sourceAskedForOften(), primitives); }, "true, 0 of 0 bytes"},
         {"AccessorOfNothing", "accessor", "Data source is not a float array {}", texts("#nowhere"),
-         meshOf(source(place + accessor("source='#nowhere' count='1' stride='3'", xyz)) +
+         meshOf(source(place + accessor("source='#nowhere' count='1' stride='3'", PARAMS_XYZ)) +
                 triangles(position, "<p/>", 0)),
          "true, 0 of 0 bytes"},
         {"AccessorOfNames", "accessor", "Data source is not a float array {}", texts("Name_array"),
-         meshOf(source(place + accessor("source='#names' count='1' stride='3'", xyz)) +
+         meshOf(source(place + accessor("source='#names' count='1' stride='3'", PARAMS_XYZ)) +
                 source(array("Name_array", "names", 1, "A"), "other") + triangles(position, "<p/>", 0)),
          "true, 0 of 0 bytes"},
         {"AccessorBeyondItsArray", "accessor", "Accessor reaches beyond its float array", texts(),
-         meshOf(source(place + accessor("source='#s-array' count='2' stride='3'", xyz)) + triangles(position)),
+         meshOf(source(place + accessor("source='#s-array' count='2' stride='3'", PARAMS_XYZ)) + triangles(position)),
          "true, 1 of 12 bytes"},
         {"AccessorWithoutData", "accessor", "No data to read from the accessor", texts(),
-         meshOf(source(place + accessor("source='#nowhere' count='1' stride='3'", xyz)) + triangles(position)),
+         meshOf(source(place + accessor("source='#nowhere' count='1' stride='3'", PARAMS_XYZ)) + triangles(position)),
          "true, 1 of 0 bytes", texts("Data source is not a float array #nowhere")},
         {"SourceOfNothing", "source", "Element {} is not a source", texts("#nowhere"), makeSource("", "#nowhere"),
          "empty"},
         {"SourceThatIsVertices", "source", "Element {} is not a source", texts("v"), makeSource("", "#v"), "empty"},
         {"SourceWithoutAnArray", "source", "Source has no float array", texts(), makeSource(source("")), "empty"},
         {"SourceLoadedWithoutAnArray", "source", "Source has no float array", texts(), host([] {
-             ColladaBuilder builder(mesh(source("")));
+             ColladaBuilder builder(meshXml(source("")));
              builder.open();
              libVideo::SourceFloat loaded;
              return answer(loaded.createFromCollada(builder.element<domSource>("s")));
@@ -660,7 +646,7 @@ std::vector<Message> sourceMessages()
          "empty"},
         {"SourceOfAnOddStride", "source", "Does not have a matching float data type for stride {}", texts("5"),
          makeSource(source(array("float_array", "s-array", 5, "1 2 3 4 5") +
-                           accessor("source='#s-array' count='1' stride='5'", xyz))),
+                           accessor("source='#s-array' count='1' stride='5'", PARAMS_XYZ))),
          "a source"},
     };
 }
@@ -809,13 +795,13 @@ std::vector<Message> sceneMessages()
                   "<node id='n'><instance_light url='#n'/><instance_light url='#l'/></node>", instancesOf),
          "true, 0 cameras, 0 points, 0 spots"},
         {"GeometryInstanceOfNothing", "visualScene", "Not a geometry element", texts(),
-         document(mesh(goodSource + triangles(position)),
+         document(meshXml(goodSource + triangles(position)),
                   "<node id='n'><instance_geometry url='#nowhere'/><instance_geometry url='#g'/></node>", primitives),
          "true, 1 of 12 bytes"},
         {"GeometryInstanceOfANode", "visualScene", "Not a geometry element", texts(),
          document("", "<node id='n'><instance_geometry url='#n'/></node>", primitives), "true, no geometry"},
         {"GeometryThatIsShownTwice", "visualScene", "Unable to initialize geometry instance", texts(),
-         document(mesh(goodSource + triangles(position)), shownNode + "<node><instance_geometry url='#g'/></node>",
+         document(meshXml(goodSource + triangles(position)), shownNode + "<node><instance_geometry url='#g'/></node>",
                   primitives),
          "true, 1 of 12 bytes"},
         {"AnimationWithoutItsTarget", "visualScene", "Unable to find the animation's target node with id: {}",

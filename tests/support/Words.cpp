@@ -19,6 +19,16 @@ std::string array(const std::string& element, const std::string& id, const std::
 
 } // namespace
 
+std::string repeated(const std::string& text, std::size_t count)
+{
+    std::string all;
+    all.reserve(text.size() * count);
+    for (std::size_t i = 0; i < count; ++i) {
+        all += text;
+    }
+    return all;
+}
+
 unsigned wordCount(const std::string& text)
 {
     std::istringstream words(text);
@@ -93,6 +103,11 @@ std::string curve(const std::string& name, const std::string& target, const std:
     }
     return "<animation>" + sources + "<sampler id='" + sampler + "'>" + inputs + "</sampler><channel source='#" +
            sampler + "' target='" + target + "'/></animation>";
+}
+
+std::string meshXml(const std::string& content)
+{
+    return "<library_geometries><geometry id='g'><mesh>" + content + "</mesh></geometry></library_geometries>";
 }
 
 std::string node(const std::string& id, const std::string& content)

@@ -2,6 +2,7 @@
 
 #include <vesk/String.h>
 
+#include <cstddef>
 #include <string>
 
 /// @file
@@ -19,6 +20,9 @@ inline std::string textOf(const vesk::String& text)
 {
     return text.data();
 }
+
+/// A text that many times in a row.
+std::string repeated(const std::string& text, std::size_t count);
 
 /// How many words there are between blanks.
 unsigned wordCount(const std::string& text);
@@ -46,6 +50,9 @@ std::string inputXml(const std::string& semantic, const std::string& source, con
 /// interpolation. Its ids start with its name.
 std::string curve(const std::string& name, const std::string& target, const std::string& seconds,
                   const std::string& values, const std::string& interpolation = std::string());
+
+/// A library of one geometry "g" with a mesh.
+std::string meshXml(const std::string& content);
 
 std::string node(const std::string& id, const std::string& content);
 /// An `<extra>` with what a vendor adds.

@@ -63,16 +63,6 @@ TEST_P(DeadlyDocumentTest, EndsTheBareModelAndIsRefused)
     expectRefused(file.path());
 }
 
-std::string repeated(const std::string& text, std::size_t count)
-{
-    std::string all;
-    all.reserve(text.size() * count);
-    for (std::size_t i = 0; i < count; ++i) {
-        all += text;
-    }
-    return all;
-}
-
 // What an application may put below a node in its own words.
 std::string ownWords(const std::string& content)
 {
