@@ -24,7 +24,7 @@ using testSupport::LoadOutcome;
 using testSupport::rowName;
 using testSupport::TortureFolder;
 
-// Where a document is cut: behind each number of bytes, or evenly spread and close together at its end.
+// Where a document is cut: after each number of bytes, or evenly spread and close together at its end.
 std::vector<std::size_t> placesOf(std::size_t size);
 
 bool isUtf16(const std::string& text)
@@ -37,7 +37,7 @@ bool isCompressed(const std::string& text)
     return text.compare(0, 2, "\x1F\x8B") == 0;
 }
 
-// Whether so many bytes hold the root to its last one, and no half of a character behind it.
+// Whether so many bytes hold the root to its last one, and no half of a character after it.
 bool isWhole(const std::string& text, std::size_t size)
 {
     const std::size_t letter = isUtf16(text) ? 2 : 1;

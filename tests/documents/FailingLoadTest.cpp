@@ -27,7 +27,7 @@ extern "C" void __lsan_disable(); // their header does not come with every compi
 extern "C" void __lsan_enable();
 #endif
 
-// What a load does behind the opening of its document, with one request for memory that fails: each in turn.
+// What a load does after the opening of its document, with one request for memory that fails: each in turn.
 
 namespace {
 

@@ -124,7 +124,7 @@ Rows viewerRows()
     return {cosine, -sine * down, sine * up, 14, 0, up, down, 9, -sine, -cosine * down, cosine * up, 32, 0, 0, 0, 1};
 }
 
-// The tower stands on the rock, half a unit below zero, the gallery nine units above its foot.
+// The tower is on the rock, half a unit below zero, the gallery nine units above its foot.
 const std::vector<Expected>& harbour()
 {
     static const std::vector<Expected> nodes = {
@@ -223,7 +223,7 @@ TEST_F(LighthouseTest, AnimationsAreAsLongAsTheirLastKey)
     EXPECT_EQ(0.0, node("rock").animationLength());
 }
 
-// By 45 degrees in a second, from second 0.5 on; again from the start behind second 8.5.
+// By 45 degrees in a second, from second 0.5 on; again from the start after second 8.5.
 TEST_F(LighthouseTest, LampTurnsSteadily)
 {
     Node& lamp = node("lamp");

@@ -32,7 +32,7 @@ using testSupport::repeated;
 using testSupport::rowName;
 using testSupport::TemporaryFile;
 
-// The most memory of a process that loads a document, in bytes; nothing if it did not come to its end.
+// The most memory of a process that loads a document, in bytes; nothing if it did not finish.
 std::optional<std::uint64_t> peakOfLoad(const std::string& path);
 
 struct Row : testSupport::Row {
@@ -57,7 +57,7 @@ TEST_P(MemoryBoundTest, LoadTakesAFixedMultipleOfTheDocument)
     const TemporaryFile file(text);
     const std::optional<std::uint64_t> taken = peakOfLoad(file.path());
     ASSERT_TRUE(taken) << "the process did not come to its end";
-    // What is allowed, three times: an array that grows stands beside its successor, and has room for more than it holds.
+    // What is allowed, three times: an array that grows lies beside its successor, and has room for more than it holds.
     EXPECT_LT(*taken, 3 * (std::uint64_t{134'217'728} + 64 * text.size()) + 64'000'000) << text.size() << " bytes";
 }
 

@@ -897,7 +897,7 @@ std::string withoutComments(std::string text)
     return text;
 }
 
-// The text of the literal whose first quote stands at `at`, which moves behind its last one.
+// The text of the literal whose first quote is at `at`, which moves past its last one.
 std::string literal(const std::string& text, std::size_t& at)
 {
     std::string value;

@@ -133,7 +133,7 @@ void expectOutOfBounds(Container& array, unsigned index, int high, int shownInde
     }
 }
 
-/// Lets each request for memory of `operation` fail, one after the other, and calls `verify` behind each failure.
+/// Lets each request for memory of `operation` fail, one after the other, and calls `verify` after each failure.
 /// Answers how many points there were.
 int failAtEachPoint(const std::function<void()>& operation, const std::function<void(bool wasThrown)>& verify)
 {

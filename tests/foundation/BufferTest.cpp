@@ -30,7 +30,7 @@ std::vector<T> elements(const Buffer<T>& buffer)
     return std::vector<T>(buffer.data(), buffer.data() + buffer.size());
 }
 
-/// The fields as they stand in memory: data, storage, size.
+/// The fields as they lie in memory: data, storage, size.
 template <class T>
 struct Fields {
     explicit Fields(const Buffer<T>& buffer) { std::memcpy(words, &buffer, sizeof(words)); }

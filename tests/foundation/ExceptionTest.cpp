@@ -57,7 +57,7 @@ AssertionFailure make()
 
 TYPED_TEST(ExceptionFamilyTest, DerivesFromExceptionDirectly)
 {
-    // A class with one public base that is not virtual tells this base in its type information.
+    // A class with one public base that is not virtual names this base in its type information.
     const auto* const type = dynamic_cast<const abi::__si_class_type_info*>(&typeid(TypeParam));
     ASSERT_NE(nullptr, type);
     EXPECT_EQ(*type->__base_type, typeid(Exception));

@@ -59,7 +59,7 @@ std::map<std::string, V> content(const Table<V>& table)
     return all;
 }
 
-/// Buckets behind one head.
+/// The buckets of one head.
 std::vector<const NumberBucket*> chain(const _HashTableRep& rep, unsigned head)
 {
     std::vector<const NumberBucket*> buckets;
@@ -81,7 +81,7 @@ std::vector<std::string>& events()
     return all;
 }
 
-/// A key or value that tells of its copies and comparisons.
+/// A key or value that reports its copies and comparisons.
 struct Traced {
     Traced(const char* tracedText) : text(tracedText) {}
     Traced(const Traced& other) : text(other.text) { events().push_back("copy " + text); }
@@ -117,7 +117,7 @@ PRIVATE_MEMBER(numberTableRep, _HashTableRep NumberTable::*, &NumberTable::m_rep
 PRIVATE_MEMBER(repHeadCount, unsigned _HashTableRep::*, &_HashTableRep::m_headCount)
 PRIVATE_MEMBER(repHeads, _BucketBase** _HashTableRep::*, &_HashTableRep::m_heads)
 
-/// Values that are written and read as text, and tell of it.
+/// Values that are written and read as text, and report it.
 template <>
 struct vesk::detail::SerializedValue<Traced> {
     static constexpr bool isSupported = true;
@@ -1195,7 +1195,7 @@ TEST(HashTableTest, SerializationCallsInItsOrder)
 {
     TracedTable table;
     table.insert("a", "1");
-    table.insert("bb", "2"); // by the length, in the head behind
+    table.insert("bb", "2"); // by the length, in the next head
     events().clear();
     String xml("before");
     table.serializeMembers("t", xml);

@@ -66,7 +66,7 @@ struct Derived : Base {
 
 using BaseHandle = SharedResource<PointerStorage<Base, 0, 3>, 0>;
 
-/// The three fields as they stand in memory.
+/// The three fields as they lie in memory.
 struct Fields {
     explicit Fields(const Handle& handle) { std::memcpy(words, &handle, sizeof(words)); }
     std::uintptr_t words[3];

@@ -403,7 +403,7 @@ INSTANTIATE_TEST_SUITE_P(Ups, LookAtParallelTest,
                                          ParallelCase{"Opposite", -1.0f}, ParallelCase{"Zero", 0.0f}),
                          rowName);
 
-// --- what the compiler can tell ---
+// --- what the compiler checks ---
 
 static_assert(std::is_same<Matrix4, decltype(axisAngleRotationMatrix(std::declval<const Vector3&>(), 0.0))>::value,
               "rotation");

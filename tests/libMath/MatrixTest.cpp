@@ -449,7 +449,7 @@ void PrintTo(const SumCase& row, std::ostream* out)
 }
 class MatrixProductOrderTest : public testing::TestWithParam<SumCase> {};
 
-// The terms stand in each row and, in turn, in each column, with ones on the other side, so every element of the
+// The terms are in each row and, in turn, in each column, with ones on the other side, so every element of the
 // product is their sum.
 TEST_P(MatrixProductOrderTest, SumsFromFirstTermToLastInFloatInEveryElement)
 {
@@ -533,7 +533,7 @@ TEST(MatrixTest, ProductPassesNanAndInfinityOn)
     Matrix4 m = matrix(counted);
     m(2, 1) = infinity;
     Matrix4 product = one * m;
-    // 0 · infinity stands in column 1 of all other rows.
+    // 0 · infinity is in column 1 of all other rows.
     EXPECT_TRUE(std::isnan(product(0, 1)));
     EXPECT_TRUE(std::isnan(product(1, 1)));
     EXPECT_EQ(infinity, product(2, 1));

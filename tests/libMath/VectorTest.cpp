@@ -280,7 +280,7 @@ TEST(VectorTest, NormalizedSquareBeyondFloatGivesZero)
 
 TEST(VectorTest, NormalizedSquareBelowFloatGivesInfinity)
 {
-    // 1e-60 is no float, so the length is 0, and nothing stands in the way of the division.
+    // 1e-60 is no float, so the length is 0, and nothing prevents the division.
     const Vector3 result = Vector3(1e-30f, 0.0f, -1e-30f).normalized();
     EXPECT_EQ(std::numeric_limits<float>::infinity(), result[0]);
     EXPECT_TRUE(std::isnan(result[1]));

@@ -114,7 +114,7 @@ const char* const indexAssertion = "libVideo/SceneGraph/Accessor: index < m_coun
 const char* const tokenAssertion = "libVideo/SceneGraph/Accessor: index < m_stride";
 const char* const unreachableAssertion = "libVideo/SceneGraph/Accessor: false";
 
-/// An accessor that tells how often it read its array.
+/// An accessor that counts how often it read its array.
 class CountingAccessor : public AccessorFloat {
 public:
     unsigned reads = 0;
@@ -1013,7 +1013,7 @@ TEST(AccessorReadTest, SumOfOffsetAndIndexWrapsAt32Bits)
     // 4294967295 + 1 is 0, and 4294967295 + 2 is 1.
     EXPECT_EQ((Floats{1, 2, 3}), record(accessor, 1));
     EXPECT_EQ((Floats{4, 5, 6}), record(accessor, 2));
-    // The first record starts 3 floats before the wrap, far behind the end.
+    // The first record starts 3 floats before the wrap, far past the end.
     EXPECT_EQ((Floats{0, 0, 0}), record(accessor, 0));
 }
 
@@ -1023,7 +1023,7 @@ TEST(AccessorReadTest, ProductWithTheStrideWrapsAt32Bits)
     const LogCapture unread;
     AccessorFloat accessor;
     ASSERT_TRUE(accessor.createFromCollada(document.accessor()));
-    // 2147483649 * 2 is 2 behind the wrap.
+    // 2147483649 * 2 is 2 after the wrap.
     EXPECT_EQ((Floats{3, 4}), record(accessor, 2147483649u));
     EXPECT_EQ((Floats{1, 2}), record(accessor, 2147483648u));
 }
@@ -1340,7 +1340,7 @@ TEST(AccessorTest, DestructionThroughTheBaseLeavesTheDocumentAlone)
     EXPECT_EQ(3u, document.values().getCount());
 }
 
-// --- what the compiler can tell ---
+// --- what the compiler checks ---
 
 static_assert(std::is_same_v<ByteHandle, decltype(std::declval<Data&>()[0u])>);
 static_assert(std::is_same_v<const ByteHandle, decltype(std::declval<const Data&>()[0u])>);

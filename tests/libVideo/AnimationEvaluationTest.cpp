@@ -203,7 +203,7 @@ INSTANTIATE_TEST_SUITE_P(
         value("QuarterOfTheSpan", bezier({1, 3}, {4, 8}, {500, 6}, {2, 700}), 1.5, 3.5),
         // s = 1/2: 3·1/8 + 3·5/8 + 8/8 + 16/8 = 0.375 + 1.875 + 1 + 2
         value("SecondSpan", bezier({1, 2, 3}, {0, 8, 16}, {500, 6, 1}, {2, 5, 700}), 2.5, 5.25),
-        // A curve whose control points stand at the thirds is straight: s = 1/4 of 0 to 12.
+        // A curve whose control points are at the thirds is straight: s = 1/4 of 0 to 12.
         value("StraightCurve", bezier({1, 3}, {0, 12}, {500, 8}, {4, 700}), 1.5, 3),
         value("FirstKeyWithoutTangents", usual("BEZIER BEZIER BEZIER"), 1, 10),
         value("SecondKeyWithoutTangents", usual("BEZIER BEZIER BEZIER"), 2, 20),
@@ -240,7 +240,7 @@ INSTANTIATE_TEST_SUITE_P(
         value("SpanUpToEqualTimes", {{1, 2, 2, 4}, {10, 20, 40, 80}}, 1.5, 15),
         value("SpanBehindEqualTimes", {{1, 2, 2, 4}, {10, 20, 40, 80}}, 3, 60),
         input("BeforeEqualTimesAtTheStart", {{2, 2, 4}, {10, 20, 40}}, 1),
-        // The first record not before 2.5 is the one at 5, although the one at 1 comes behind it.
+        // The first record not before 2.5 is the one at 5, although the one at 1 comes after it.
         value("DescendingTimeIsPassedOver", {{2, 5, 1, 6}, {10, 40, 0, 0}}, 2.5, 15),
         value("FirstMatchNotBestMatch", {{1, 5, 2, 6}, {10, 50, 0, 0}}, 2, 20),
         input("EarlierTimeBehindTheFirstKeyIsNotFound", {{2, 1, 6}, {10, 20, 40}}, 1),
@@ -264,7 +264,7 @@ INSTANTIATE_TEST_SUITE_P(
         value("InfinityIsHit", {{1, infinity, -1}, {10, 20, 40}}, infinity, 20),
         input("MinusInfinityAsLength", {{1, 2, -infinity}, {10, 20, 40}}, 3),
         value("MinusInfinityAsLengthDoesNotWrap", {{1, 2, -infinity}, {10, 20, 40}}, 1.5, 15),
-        // 9·10^9 / 3 is outside of 32 bits: t = 9·10^9 + 2^31 · 3, far behind the last key.
+        // 9·10^9 / 3 is outside of 32 bits: t = 9·10^9 + 2^31 · 3, far past the last key.
         input("QuotientAbove32Bits", linear(), 9e9),
         // -6442450949 / 3 is below -2^31: t = -6442450949 + 2147483648 · 3 = -5, before the first key at -4.
         input("QuotientBelow32BitsBeforeTheFirstKey", {{-4, -1, 3}, {10, 40, 80}}, -6442450949.0),
@@ -776,7 +776,7 @@ TEST(AnimationSearchTest, CopiesAgreeWithAWalkAsTheirSourceDid)
 
 TEST(AnimationSearchTest, RecordsOfAFailedLoadAreSearchedAlike)
 {
-    // The second input fails behind the times.
+    // The second input fails after the times.
     ColladaBuilder builder("<library_animations><animation>" + floatInput("INPUT", {1, 2, 3}, 3) +
                            "<sampler id='sampler'><input semantic='INPUT' source='#INPUT'/>"
                            "<input semantic='OUTPUT' source='#nothing'/></sampler>"
@@ -792,7 +792,7 @@ TEST(AnimationSearchTest, RecordsOfAFailedLoadAreSearchedAlike)
 
 TEST(AnimationSearchTest, RecordsOfAThrowingLoadAreSearchedAlike)
 {
-    // The second input of times has no number for a record, so the load ends with an exception.
+    // The second input of times has no number for a record, so the load throws.
     ColladaBuilder builder("<library_animations><animation>" + floatInput("INPUT", {1, 2, 3}, 3) +
                            "<source id='bad'><float_array id='bad-array' count='1'>1</float_array><technique_common>"
                            "<accessor source='#bad-array' count='3' stride='0'/></technique_common></source>"
@@ -998,7 +998,7 @@ TEST(AnimationStateTest, EvaluationAllocatesNothingAndLogsNothing)
     EXPECT_EQ("", log.text());
 }
 
-// --- what the compiler can tell ---
+// --- what the compiler checks ---
 
 static_assert(std::is_same_v<double, decltype(std::declval<Animation&>().applyAnimation(1.0, 1.0))>);
 static_assert(std::is_same_v<Vector3, decltype(std::declval<Animation&>().applyAnimation(Vector3(), 1.0))>);

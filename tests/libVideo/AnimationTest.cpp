@@ -1238,7 +1238,7 @@ TEST(AnimationBudgetTest, NumbersReadAnewAreCharged)
                                   "</sampler><channel source='#m' target='n/t'/></animation>"));
 }
 
-// --- what the compiler can tell ---
+// --- what the compiler checks ---
 
 static_assert(!std::is_polymorphic_v<Animation>);
 static_assert(std::is_copy_constructible_v<Animation> && std::is_copy_assignable_v<Animation>);

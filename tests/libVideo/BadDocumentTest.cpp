@@ -33,7 +33,7 @@ using namespace testSupport;
 
 // --- a document, and what came of it ---
 
-/// Tells in words what stands in a scene that loaded; lines that this brings about count with those of the load.
+/// Says in words what is in a scene that loaded; messages that this causes count with those of the load.
 using Describe = std::function<std::string(VisualScene&)>;
 
 struct BadDocument : Row {
@@ -146,7 +146,7 @@ std::string mesh(const std::string& content)
 
 const std::string shown = "<node id='n'><instance_geometry url='#g'/></node>";
 
-// --- what stands in a scene, in words ---
+// --- what is in a scene, in words ---
 
 std::string valuesOf(libVideo::Primitive& primitive)
 {
@@ -326,7 +326,7 @@ INSTANTIATE_TEST_SUITE_P(
                 texts(unknownFog, noInputOfUse, fewerIndices), "1 triangles [0 0 0] of []"),
         meshRow("NoInputOfUseAndNoList", places + triangles(pick("FOG", "s"), "3", ""),
                 texts(unknownFog, noInputOfUse, fewerIndices), "0 triangles [] of []"),
-        // Two offsets make steps of two, so what an input at offset 2 picks last stands behind the end.
+        // Two offsets make steps of two, so what an input at offset 2 picks last is past the end.
         meshRow("GapInTheOffsets",
                 heights("h", "10 11 12 13", 4) + heights("k", "20 21 22 23", 4) +
                     triangles(pick("POSITION", "h") + pick("NORMAL", "k", 2), "1", "<p>1 9 2 9 3 9</p>"),

@@ -1503,7 +1503,7 @@ TEST(CameraListTest, NullDocumentIsLoggedInsideTheTrace)
     EXPECT_EQ(3, log.lines()[1].priority);
 }
 
-// --- what the compiler can tell ---
+// --- what the compiler checks ---
 
 static_assert(std::is_abstract_v<Camera> && std::has_virtual_destructor_v<Camera>);
 static_assert(std::is_convertible_v<PerspectiveCamera*, Camera*>);

@@ -84,7 +84,7 @@ std::string effect(const std::string& id, const std::string& profiles)
     return "<effect id='" + id + "'>" + profiles + "</effect>";
 }
 
-// A shader is told by its shininess.
+// A shader is recognized by its shininess.
 std::string shader(const std::string& kind, int shininess)
 {
     return "<" + kind + "><shininess><float>" + std::to_string(shininess) + "</float></shininess></" + kind + ">";
@@ -102,7 +102,7 @@ std::string bound(const std::string& symbol, const std::string& target)
 
 std::string instanceOf(const std::string& url, const std::string& materials = std::string());
 
-/// What stands in the libraries.
+/// What is in the libraries.
 struct Libraries {
     std::string geometries;
     std::string materials;
@@ -186,7 +186,7 @@ BlinnMaterialHandle materialOf(const VisualScene& scene, const char* symbol);
 // Ids of the nodes that show a geometry; "none" without such a geometry.
 std::string showing(const VisualScene& scene, const char* id);
 
-// Which shader stands under a symbol; -1 if none does.
+// Which shader is under a symbol; -1 if none does.
 float shininessOf(const VisualScene& scene, const char* symbol);
 
 // Geometries.

@@ -564,7 +564,7 @@ TEST(InputLocalTest, BareSourceGivesFourBytesThatNoLayoutCounts)
 {
     MeshDocument document(position + inputXml("COLOR", "bare") + normal + texcoord);
     InputLocal input(document.vertices());
-    // Behind the bare source all stand 4 bytes short.
+    // After the bare source all are 4 bytes short.
     EXPECT_EQ((Texts{"5 12 0 3 0", "3 0 12 1 0", "4 12 12 3 0", "9 8 24 2 0"}), layoutOf(input));
     EXPECT_EQ(32u, input.bytePerAccess());
     EXPECT_EQ(36u, input.data(1).size());
@@ -617,7 +617,7 @@ TEST(InputLocalTest, ExceptionLeavesAPartialStreamThatTheFailedIndexClaims)
     EXPECT_EQ((Floats{30, 31, 32}), floatsOf(input.data(3)));
     EXPECT_EQ((Floats{0, 1, 2, 100, 101, 102, 200, 201}), floatsOf(input.data(0)));
     EXPECT_EQ(0u, cachedIndexOf(input));
-    // The same behind a whole vertex, whose bytes are gone.
+    // The same after a whole vertex, whose bytes are gone.
     EXPECT_EQ(recordAssertion, assertionOf([&] { input.data(3); }));
     EXPECT_EQ(3u, cachedIndexOf(input));
     EXPECT_EQ((Floats{30, 31, 32}), floatsOf(input.data(3)));
@@ -1118,7 +1118,7 @@ TEST(InputLocalOffsetTest, GapInTheOffsetsIsReadInStepsOfTheirNumber)
     EXPECT_EQ((Indices{3, 9}), indicesOf(input.pIndex(0)));
     EXPECT_EQ((Floats{10, 11, 12, 120, 121, 122}), floatsOf(input.data(1)));
     EXPECT_EQ((Indices{1, 9}), indicesOf(input.pIndex(1)));
-    // What lies behind the last entry is 0.
+    // What lies past the last entry is 0.
     EXPECT_EQ((Floats{20, 21, 22, 100, 101, 102}), floatsOf(input.data(2)));
     EXPECT_EQ((Indices{2, 0}), indicesOf(input.pIndex(2)));
 }
@@ -1415,7 +1415,7 @@ TEST(InputFailedReadTest, FirstReadThatFailsLeavesNoVertexCurrent)
     EXPECT_EQ(recordAssertion, assertionOf([&] { input.data(0); }));
     EXPECT_EQ(noIndex, cachedIndexOf(input));
     EXPECT_EQ((Floats{20, 21, 22}), floatsOf(streamOf(input)));
-    EXPECT_EQ(Indices(), tupleOf(input)); // refreshed only behind the bytes
+    EXPECT_EQ(Indices(), tupleOf(input)); // refreshed only after the bytes
     EXPECT_EQ(recordAssertion, assertionOf([&] { input.data(0); }));
     EXPECT_EQ((Indices{2, 9}), indicesOf(input.pIndex(0)));
 }
@@ -1682,7 +1682,7 @@ TEST(InputTraceTest, LoggerOfPriorityOneSilencesTracesOnly)
     EXPECT_EQ((Texts{unknownSemanticLine("UV")}), tracesOf(log));
 }
 
-// --- what the compiler can tell ---
+// --- what the compiler checks ---
 
 static_assert(std::is_abstract_v<Input> && std::has_virtual_destructor_v<Input>);
 static_assert(std::is_copy_assignable_v<Input>);

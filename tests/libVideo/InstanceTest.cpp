@@ -163,7 +163,7 @@ void expectOneLine(const LogCapture& log, const std::string& words)
     EXPECT_EQ(Texts{"libVideo.instance: " + words}, log.messages());
 }
 
-// --- what the compiler can tell ---
+// --- what the compiler checks ---
 
 template <class T>
 const T& constant();
@@ -1073,7 +1073,7 @@ TEST(SpotLightInstanceTest, CopiesShareLightAndTarget)
     }
 }
 
-// --- what the compiler can tell ---
+// --- what the compiler checks ---
 
 static_assert(std::is_polymorphic_v<Instance> && std::has_virtual_destructor_v<Instance>);
 static_assert(std::is_default_constructible_v<Instance> && std::is_constructible_v<Instance, const NodeLink&>);

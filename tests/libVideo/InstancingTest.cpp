@@ -303,7 +303,7 @@ TEST(LightInstancingTest, ResultIsTheSizeOfBothListsOverAllNodes)
     EXPECT_EQ("beam@n beam@m beam@aim beam@m", document.spotLightList());
 }
 
-// A url that leads to no light: the lights of the node behind it are skipped.
+// A url that leads to no light: the lights of the node after it are skipped.
 struct StopCase : Row {
     const char* instance;
     const char* words;
@@ -837,7 +837,7 @@ TEST(WholeStageTest, FoldedTreeMovesTheViewOnceItIsComputedAnew)
     document.scene().transform();
     expectNear(viewFrom(0, -10), instance.view());
 
-    // The target stands at (10, 0, -10) now: z axis = (1, 0, 0), x axis = (0, 0, -1), eye = (0, 0, -10).
+    // The target is at (10, 0, -10) now: z axis = (1, 0, 0), x axis = (0, 0, -1), eye = (0, 0, -10).
     expectNear({0, 0, 1, 0, 0, 1, 0, 0, -1, 0, 0, 0, -10, 0, 0, 1}, instance.setLookAtNode(instance.lookAtNode()));
     // Spot at (0, 4, 3): (10, -4, -13) / √285.
     const Vector3 direction = document.scene().spotLightList()[0]->lookAtVector();

@@ -792,7 +792,7 @@ TEST(LightListsTest, ExtraDataOfAPointIsNotRead)
     EXPECT_EQ(before, document.dae().getBaseURI().originalStr());
 }
 
-// --- what the compiler can tell ---
+// --- what the compiler checks ---
 
 static_assert(!std::is_polymorphic_v<PointLight> && !std::is_polymorphic_v<SpotLight>);
 static_assert(std::is_constructible_v<PointLight, const vesk::String&> &&

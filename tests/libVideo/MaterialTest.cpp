@@ -866,7 +866,7 @@ TEST(MaterialTest, MaterialThatRanOutOfMemoryCanBeAskedAndReleased)
     EXPECT_GE(failures, 4) << "two textures and their counts at least";
 }
 
-// --- what the compiler can tell ---
+// --- what the compiler checks ---
 
 static_assert(std::is_default_constructible_v<BlinnMaterial> && std::is_copy_constructible_v<BlinnMaterial> &&
               std::is_copy_assignable_v<BlinnMaterial>);

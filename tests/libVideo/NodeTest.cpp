@@ -953,7 +953,7 @@ TEST(NodeTest, NodeKeepsNothingOfTheDocument)
     EXPECT_EQ(translated(1, 2, 3), elements(built.transform()));
 }
 
-// --- what the compiler can tell ---
+// --- what the compiler checks ---
 
 static_assert(std::has_virtual_destructor_v<Node>);
 static_assert(std::is_copy_constructible_v<Node> && std::is_copy_assignable_v<Node>);

@@ -1976,7 +1976,7 @@ TEST(CreatePrimitiveTest, PrimitivesOutliveTheirDocument)
     EXPECT_EQ(position(3) + position(4) + position(5), floats(*primitives[0]));
 }
 
-// --- what the compiler can tell ---
+// --- what the compiler checks ---
 
 template <class T, class = void>
 struct HasConstMaterial : std::false_type {};

@@ -704,7 +704,7 @@ TEST(SceneTest, ArchiveThatTheDocumentModelWouldOpenIsRefused)
                                       {"scene.dae", whole(nodes + showsScene)}}),
                              "document.zae");
     {
-        const TemporaryFile unpacked("", "empty"); // what it unpacks stays where it is told to
+        const TemporaryFile unpacked("", "empty"); // what it unpacks stays in this folder
         const Environment place("TMPDIR", unpacked.folder().c_str());
         const SilentDocumentModel silence;
         DAE dae(nullptr, nullptr, "1.4.1");
@@ -865,7 +865,7 @@ TEST(SceneTest, LocaleOfTheThreadIsPutBack)
     freelocale(own);
 }
 
-// Holds what the document model has a word about: an unknown element and attribute, text where none may stand, and a
+// Holds what the document model prints messages about: an unknown element and attribute, text where none may be, and a
 // number that is none.
 const std::string odd = whole("<library_visual_scenes><visual_scene id='scene' colour='red'><unknown/>text<node id='a'>"
                               "<translate>NaN 1 2</translate></node></visual_scene></library_visual_scenes>" +
@@ -978,7 +978,7 @@ TEST(SceneTest, ScenesComeAndGo)
     }
 }
 
-// --- what the compiler can tell ---
+// --- what the compiler checks ---
 
 static_assert(std::is_default_constructible_v<Scene>);
 static_assert(!std::is_copy_constructible_v<Scene> && !std::is_copy_assignable_v<Scene>);

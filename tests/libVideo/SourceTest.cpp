@@ -1115,7 +1115,7 @@ TEST(CreateSourceTest, SourceLivesAsLongAsItsLastHandle)
     EXPECT_EQ(before, referencesOn(*element));
 }
 
-// --- what the compiler can tell ---
+// --- what the compiler checks ---
 
 static_assert(std::is_abstract_v<Source> && std::has_virtual_destructor_v<Source>);
 static_assert(!std::is_default_constructible_v<Source>);

@@ -63,7 +63,7 @@ public:
         std::string diffuse = usesSampler;
         std::string images = image;
         std::string ofEffect = std::string();  // newparams of the effect itself
-        std::string ofProfile = std::string(); // behind the technique
+        std::string ofProfile = std::string(); // after the technique
     };
 
     explicit Document(const Parts& parts)
@@ -352,7 +352,7 @@ TEST(TextureTest, NamesAreThoseOfTheGivenProfile)
     EXPECT_STREQ("other.png", fileOf(texture));
 }
 
-// Names behind which the document model would not come back.
+// Names that the document model would never return from.
 
 bool endsWithoutNewparam(const std::string& newparams, const std::string& name, const std::string& extra)
 {
@@ -700,7 +700,7 @@ TEST(TextureTest, TextureThatRanOutOfMemoryCanBeAskedAndReleased)
     EXPECT_GT(failures, 0) << "the file's text at least";
 }
 
-// --- what the compiler can tell ---
+// --- what the compiler checks ---
 
 static_assert(std::is_default_constructible_v<Texture> && std::is_copy_constructible_v<Texture> &&
               std::is_copy_assignable_v<Texture>);

@@ -901,7 +901,7 @@ TEST(TransformationTest, SharedAnimationServesSeveralTransformations)
     expectTranslation(translation.transformation(), 15, 150, 1500);
 }
 
-// --- what the compiler can tell ---
+// --- what the compiler checks ---
 
 static_assert(std::has_virtual_destructor_v<Transformation>);
 static_assert(std::is_base_of_v<Transformation, Translation> && std::is_base_of_v<Transformation, Rotation> &&

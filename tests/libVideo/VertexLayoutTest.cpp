@@ -186,7 +186,7 @@ TEST(VertexLayoutTest, SemanticAloneIsASearchKey)
     EXPECT_FALSE(filled == libVideo::SEMANTIC_POSITION);
 }
 
-// --- what the compiler can tell ---
+// --- what the compiler checks ---
 
 static_assert(sizeof(VertexSemantic) == 4 && sizeof(libVideo::DataType) == 4);
 static_assert(sizeof(VertexLayout) == 20);

@@ -526,7 +526,7 @@ TEST(VisualSceneTest, LoadedSceneRefusesAnotherLoad)
     EXPECT_EQ(nullptr, found(scene, "c"));
 }
 
-// Whatever stands by then can be folded; a scene without a node may load again.
+// Whatever is there by then can be folded; a scene without a node may load again.
 TEST(VisualSceneTest, LoadThatRanOutOfMemoryCanBeFoldedAndTriedAgain)
 {
     Document document("<node id='a'><translate>1 2 3</translate><node id='b'/><node id='c'/></node>");
@@ -997,7 +997,7 @@ TEST(VisualSceneTest, AnimatedNodeForgetsTheFoldAndItsChildrenKeepIt)
     EXPECT_EQ(translated(1101, 2, 3), elements(nodeListOf(scene)[2]->transform(2.0)));
 }
 
-// --- what the compiler can tell ---
+// --- what the compiler checks ---
 
 static_assert(std::is_default_constructible_v<VisualScene>);
 static_assert(std::is_copy_constructible_v<VisualScene> && std::is_copy_assignable_v<VisualScene>);

@@ -428,7 +428,7 @@ TEST(RenderTest, SecondCameraShowsItsOwnView)
     expectMostly(image, 0.5, 0.25, blueChannel, "from behind");
 }
 
-// Where a camera or its target stands below a moved node, the world counts.
+// Where a camera or its target is below a moved node, the world counts.
 TEST(RenderTest, CameraBelowAMovedNodeStandsInTheWorld)
 {
     const Image expected = Studio(threeCubes(cameraNode("aimed", "0 0 7"))).picture();

@@ -444,7 +444,7 @@ TEST(ScenetoolGeometryTest, TrianglesHaveTheirNumbers)
 
 TEST(ScenetoolGeometryTest, NodesAreTheirIndices)
 {
-    // "shown" stands below the first of two nodes, so behind both.
+    // "shown" is below the first of two nodes, so after both.
     EXPECT_EQ(dumpDocument(squareDocument()).at("geometries").at("g").at("nodes"), Json::array({2}));
 }
 
@@ -590,7 +590,7 @@ TEST(ScenetoolGeometryTest, LoadThatThrowsShowsWhatStandsBeforeIt)
     EXPECT_EQ(false, dump.json.at("loaded"));
     EXPECT_EQ("AssertionFailure", dump.json.at("error").at("type"));
     EXPECT_TRUE(contains(dump.json["error"].at("message"), "index < m_count")) << dump.json["error"];
-    EXPECT_EQ((Words{"behind", "good"}), keysOf(dump.json.at("geometries"))); // "b" stands behind "c"
+    EXPECT_EQ((Words{"behind", "good"}), keysOf(dump.json.at("geometries"))); // "b" comes after "c"
     ASSERT_EQ(3u, dump.json.at("nodes").size());
     EXPECT_EQ(dump.json["nodes"][2].at("transform"), translation(0, 1, 0)); // not folded
 }
@@ -681,7 +681,7 @@ TEST(ScenetoolDumpTest, WithBothFoldingComesLast)
     const std::string document = documentOf(parentAndChild, {rising("child/t")});
     const Json nodes = dumpDocument(document, {"--time", "2", "--fold"}).at("nodes");
     ASSERT_EQ(2u, nodes.size());
-    EXPECT_EQ(nodes[1]["transform"], translation(1, 20, 0)); // evaluated behind the folding it would be (0, 20, 0)
+    EXPECT_EQ(nodes[1]["transform"], translation(1, 20, 0)); // evaluated after the folding it would be (0, 20, 0)
     EXPECT_EQ(dumpDocument(document, {"--fold", "--time", "2"}).at("nodes"), nodes);
 }
 
@@ -710,7 +710,7 @@ TEST(ScenetoolDumpTest, TimeMayBeNegative)
 
 TEST(ScenetoolDumpTest, TimeZeroIsATimeToo)
 {
-    // The effect of a look-at ends with the first evaluation of an animated node, whatever the time.
+    // The effect of a look-at is gone after the first evaluation of an animated node, whatever the time.
     const Json nodes = dumpDocument(documentOf("<node id='n'><translate sid='t'>0 1 0</translate>"
                                                "<lookat>1 2 3 0 0 0 0 1 0</lookat></node>",
                                                {rising("n/t")}),
@@ -807,7 +807,7 @@ struct FailureCase {
     std::string document;
     const char* channel;
     std::string words;  ///< of the line of the log, up to a path
-    std::string reason; ///< of the refusal, behind the name of the file
+    std::string reason; ///< of the refusal, after the name of the file
 };
 
 void PrintTo(const FailureCase& row, std::ostream* out)

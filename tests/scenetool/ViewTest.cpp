@@ -176,7 +176,7 @@ TEST(ViewTest, KeysAndTheLowerEdgeGoThroughTime)
 
 TEST(ViewTest, SpacePlaysAndHalts)
 {
-    // The picture after each key tells that the key has arrived, however busy the machine is.
+    // The picture after each key shows that the key has arrived, however busy the machine is.
     const Session session(
         {"picture", "key space", "picture", "sleep 1.5", "picture", "key space", "picture", "sleep 0.5", "picture"});
     EXPECT_EQ(succeeded, session.result().status) << session.result().errors;

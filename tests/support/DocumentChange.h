@@ -23,13 +23,13 @@ struct DocumentChange {
         textReplaced,      ///< the whole text: by nothing, by itself twice, by blanks
         elementRemoved,
         elementEmptied,
-        elementDoubled, ///< a copy behind it
-        elementNested,  ///< a copy inside of itself, behind its children
+        elementDoubled, ///< a copy after it
+        elementNested,  ///< a copy inside of itself, after its children
         elementSwapped, ///< with the next sibling
         elementMoved,   ///< to the end of element `value`, unless that lies inside of it
         elementRenamed, ///< to name `value` of the schema
         attributeAdded, ///< attribute `value` of the schema, with a value of `part`
-        elementAdded,   ///< an element of name `value` of the schema, behind its children
+        elementAdded,   ///< an element of name `value` of the schema, after its children
         kindCount
     };
 
@@ -54,7 +54,7 @@ public:
     /// order. Of long texts ten tokens are changed, evenly spread.
     std::vector<DocumentChange> everyChange() const;
 
-    /// Puts a copy of some element of another document behind the children of some element of this one.
+    /// Puts a copy of some element of another document after the children of some element of this one.
     void graft(const ChangeableDocument& other, std::size_t from, std::size_t to);
 
 private:

@@ -14,7 +14,7 @@ struct LogLine {
     std::string channel;
     int priority;
     std::string text; ///< whole, with the number in front
-    /// Without the number and its blank. A text that does not start with both is returned whole, behind "NO NUMBER: ".
+    /// Without the number and its blank. A text that does not start with both is returned whole, after "NO NUMBER: ".
     std::string words() const;
 };
 
@@ -29,7 +29,7 @@ public:
 
     /// The lines so far, in order.
     std::vector<LogLine> lines() const;
-    /// The words of the lines so far, one line each, without a line feed behind the last.
+    /// The words of the lines so far, one line each, without a line feed after the last.
     std::string text() const;
     /// "channel: words" of each line so far. Of a line that is no error, the number of its priority comes first.
     Texts messages() const;

@@ -670,7 +670,7 @@ const char* const visualSceneEntry = "> VisualScene::createFromCollada (libVideo
 const char* const visualSceneExit = "< VisualScene::createFromCollada";
 
 /// The lines of the modules that open the document, read its animations and build its scene; lines of the others may
-/// stand between them.
+/// are between them.
 std::vector<LogLine> linesOfTheLoad(const std::vector<LogLine>& all)
 {
     std::vector<LogLine> lines;
@@ -910,7 +910,7 @@ TEST(LibraryLogTest, OneModuleTracesWhileTheOthersAreSilent)
 
 struct FailureCase : Row {
     std::string document; ///< empty: a missing file
-    Texts inside;         ///< what stands between the entry and the exit of the load
+    Texts inside;         ///< what is between the entry and the exit of the load
 };
 
 std::vector<FailureCase> failureCases()

@@ -556,7 +556,7 @@ public:
         }
     }
 
-    /// As above, of what can stand in a document.
+    /// As above, of what a document can hold.
     std::string documentToken()
     {
         std::string result;
