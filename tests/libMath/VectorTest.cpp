@@ -1,4 +1,5 @@
 #include "support/Rows.h"
+#include "support/UsedMemory.h"
 
 #include <libMath/Vector.h>
 
@@ -18,6 +19,7 @@ template class libMath::Vector<float, 3>;
 
 namespace {
 
+using testSupport::MadeInUsedMemory;
 using testSupport::rowName;
 
 using Vector3 = libMath::Vector<float, 3>;
@@ -55,22 +57,6 @@ void expectElements(const Vector3& v, float x, float y, float z)
     EXPECT_EQ(z, v[2]);
 }
 
-/// A vector made by its default constructor in memory that holds no zero.
-template <class V>
-class MadeInUsedMemory {
-public:
-    MadeInUsedMemory()
-    {
-        std::memset(m_memory, 0xA5, sizeof(m_memory));
-        m_vector = new (m_memory) V;
-    }
-    const V& vector() const { return *m_vector; }
-
-private:
-    alignas(V) unsigned char m_memory[sizeof(V)];
-    V* m_vector;
-};
-
 TEST(VectorTest, ElementsLieOneAfterAnotherFromTheStart)
 {
     const Vector3 v(2.0f, 3.0f, 5.0f);
@@ -84,14 +70,14 @@ TEST(VectorTest, ElementsLieOneAfterAnotherFromTheStart)
 TEST(VectorTest, DefaultConstructorZeroesThreeElements)
 {
     const MadeInUsedMemory<Vector3> made;
-    expectElements(made.vector(), 0.0f, 0.0f, 0.0f);
+    expectElements(*made, 0.0f, 0.0f, 0.0f);
 }
 
 TEST(VectorTest, DefaultConstructorZeroesFourElements)
 {
     const MadeInUsedMemory<Vector4> made;
     for (unsigned i = 0; i < 4; ++i) {
-        EXPECT_EQ(0.0f, made.vector()[i]) << i;
+        EXPECT_EQ(0.0f, (*made)[i]) << i;
     }
 }
 

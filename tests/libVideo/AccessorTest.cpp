@@ -1,3 +1,4 @@
+#include "support/Components.h"
 #include "support/VideoTest.h"
 
 #include <libVideo/SceneGraph/Accessor.h>
@@ -88,20 +89,10 @@ private:
     ColladaBuilder m_builder;
 };
 
-float floatIn(const Data& data, unsigned token)
-{
-    float value = 0.0f;
-    std::memcpy(&value, data[token].get(), sizeof(value));
-    return value;
-}
-
 void setFloat(Data& data, unsigned token, float value)
 {
     std::memcpy(data[token].get(), &value, sizeof(value));
 }
-
-/// All values of a list, component by component.
-std::vector<float> floatsIn(const DataList& list);
 
 std::vector<float> record(Accessor& accessor, unsigned index)
 {
@@ -1362,18 +1353,5 @@ struct HasConstRead : std::false_type {};
 template <class T>
 struct HasConstRead<T, std::void_t<decltype(std::declval<const T&>()[0u])>> : std::true_type {};
 static_assert(!HasConstRead<Accessor>::value && !HasConstRead<AccessorFloat>::value);
-
-// --- what the tests are written with ---
-
-std::vector<float> floatsIn(const DataList& list)
-{
-    std::vector<float> values;
-    for (const Data& data : list) {
-        for (unsigned j = 0; j < data.stride(); ++j) {
-            values.push_back(floatIn(data, j));
-        }
-    }
-    return values;
-}
 
 } // namespace

@@ -1,3 +1,4 @@
+#include "support/UsedMemory.h"
 #include "support/VideoTest.h"
 
 #include <libVideo/SceneGraph/Accessor.h>
@@ -685,31 +686,6 @@ INSTANTIATE_TEST_SUITE_P(
     rowName);
 
 // --- what starts at zero ---
-
-/// An object made in memory that holds no zero.
-template <class T>
-class MadeInUsedMemory {
-public:
-    MadeInUsedMemory() : m_memory(new Memory)
-    {
-        // The compiler knows nothing of the call, so it cannot drop what happens before the object's life.
-        static void* (*const volatile fill)(void*, int, std::size_t) = std::memset;
-        fill(m_memory.get(), 0xA5, sizeof(T));
-        m_object = new (m_memory.get()) T;
-    }
-    ~MadeInUsedMemory() { m_object->~T(); }
-    MadeInUsedMemory(const MadeInUsedMemory&) = delete;
-    MadeInUsedMemory& operator=(const MadeInUsedMemory&) = delete;
-    T& operator*() const { return *m_object; }
-
-private:
-    struct alignas(T) Memory {
-        unsigned char bytes[sizeof(T)];
-    };
-
-    std::unique_ptr<Memory> m_memory;
-    T* m_object;
-};
 
 struct Lamp : libVideo::PointLight {
     Lamp() : PointLight("lamp") {}

@@ -790,21 +790,6 @@ TEST(MaterialTest, MaterialCanBeReadAndReleasedBeyondItsDocument)
     EXPECT_NE(nullptr, copy.component().diffuseTexture->sampler());
 }
 
-// The texts of all channels at the priority of traces; the line of the entry is cut off.
-std::vector<std::string> tracedTexts(const std::function<void()>& load)
-{
-    const LogCapture log;
-    vesk::LogFactory::setPriority(vesk::LoggerPriority::PRIORITY_TRACE);
-    load();
-    std::vector<std::string> texts;
-    for (const LogLine& line : log.lines()) {
-        const bool isTrace = line.text[0] == '>' || line.text[0] == '<';
-        EXPECT_EQ(isTrace ? vesk::LoggerPriority::PRIORITY_TRACE : vesk::LoggerPriority::PRIORITY_ERROR, line.priority);
-        texts.push_back(isTrace ? line.text.substr(0, line.text.find(':', line.text.find('/'))) : line.words());
-    }
-    return texts;
-}
-
 const char* const entry = "> BlinnMaterial::createFromCollada (libVideo/SceneGraph/Material";
 const char* const leaving = "< BlinnMaterial::createFromCollada";
 

@@ -1,3 +1,4 @@
+#include "support/Components.h"
 #include "support/VideoTest.h"
 
 #include <libVideo/SceneGraph/Source.h>
@@ -72,16 +73,6 @@ private:
     SilentDocumentModel m_silence;
     ColladaBuilder m_builder;
 };
-
-float floatIn(const Data& data, unsigned token = 0)
-{
-    float value = 0.0f;
-    std::memcpy(&value, data[token].get(), sizeof(value));
-    return value;
-}
-
-/// All values of a list, component by component.
-Floats floatsIn(const DataList& list);
 
 std::uint32_t bitsIn(const Data& data)
 {
@@ -1132,18 +1123,5 @@ static_assert(std::is_same_v<const vesk::String&, decltype(std::declval<const So
               std::is_same_v<unsigned, decltype(std::declval<const Source&>().stride())> &&
               std::is_same_v<unsigned, decltype(std::declval<const Source&>().bytePerAccess())>);
 static_assert(std::is_same_v<SourceHandle, decltype(libVideo::createSourceFromCollada(std::declval<const daeURI&>()))>);
-
-// --- what the tests are written with ---
-
-Floats floatsIn(const DataList& list)
-{
-    Floats values;
-    for (const Data& data : list) {
-        for (unsigned j = 0; j < data.stride(); ++j) {
-            values.push_back(floatIn(data, j));
-        }
-    }
-    return values;
-}
 
 } // namespace

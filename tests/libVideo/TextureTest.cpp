@@ -632,20 +632,10 @@ TEST(TextureTest, NullProfileIsMisuse)
     EXPECT_TRUE(log.lines().empty());
 }
 
-// The texts of a load at the priority of traces; the line of the entry is cut off.
-std::vector<std::string> tracedTexts(Document& document)
+Texts tracedTexts(Document& document)
 {
     Texture texture;
-    const LogCapture log(channel);
-    vesk::LogFactory::setPriority(vesk::LoggerPriority::PRIORITY_TRACE);
-    document.loadInto(texture);
-    std::vector<std::string> texts;
-    for (const LogLine& line : log.lines()) {
-        const bool isTrace = line.text[0] == '>' || line.text[0] == '<';
-        EXPECT_EQ(isTrace ? vesk::LoggerPriority::PRIORITY_TRACE : vesk::LoggerPriority::PRIORITY_ERROR, line.priority);
-        texts.push_back(isTrace ? line.text.substr(0, line.text.find(':', line.text.find('/'))) : line.words());
-    }
-    return texts;
+    return testSupport::tracedTexts([&] { document.loadInto(texture); }, channel);
 }
 
 const char* const entry = "> Texture::createFromCollada (libVideo/SceneGraph/Texture";

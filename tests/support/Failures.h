@@ -44,4 +44,21 @@ void expectIndexOutOfBounds(int high, int index, const Call& call)
     EXPECT_EQ("0 " + std::to_string(high) + " " + std::to_string(index), boundsOf(call));
 }
 
+/// The texts of all lines that a call logs at the priority of traces. Of a trace the line is cut off, of another text the
+/// number in front; each has to be of its priority.
+template <class Call>
+Texts tracedTexts(const Call& call, const std::string& channel = std::string())
+{
+    const LogCapture log(channel);
+    vesk::LogFactory::setPriority(vesk::LoggerPriority::PRIORITY_TRACE);
+    call();
+    Texts texts;
+    for (const LogLine& line : log.lines()) {
+        const bool isTrace = line.text[0] == '>' || line.text[0] == '<';
+        EXPECT_EQ(isTrace ? vesk::LoggerPriority::PRIORITY_TRACE : vesk::LoggerPriority::PRIORITY_ERROR, line.priority);
+        texts.push_back(isTrace ? line.text.substr(0, line.text.find(':', line.text.find('/'))) : line.words());
+    }
+    return texts;
+}
+
 } // namespace testSupport
