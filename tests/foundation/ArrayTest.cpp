@@ -70,10 +70,10 @@ std::vector<int> values(const Array<CountingElement>& array)
 
 /// 1, 2, 3 and on.
 template <class T>
-void fill(Array<T>& array, unsigned count)
+void fill(Array<T>& array, int count)
 {
-    for (unsigned i = 0; i < count; ++i) {
-        array.append(static_cast<T>(i + 1));
+    for (int i = 1; i <= count; ++i) {
+        array.append(static_cast<T>(i));
     }
 }
 
@@ -235,7 +235,7 @@ TEST_P(ArrayCapacityTest, OfSizedConstructor)
 TEST_P(ArrayCapacityTest, OfAppendedElements)
 {
     Array<unsigned> array;
-    fill(array, GetParam().size);
+    fill(array, static_cast<int>(GetParam().size));
     EXPECT_EQ(array.size(), GetParam().size);
     EXPECT_EQ(array.capacity(), GetParam().capacity);
 }
@@ -458,9 +458,7 @@ TEST_F(ArrayTest, AppendCopiesTheValueOnceIntoItsSlot)
 TEST_F(ArrayTest, ReservationCopiesAscendingAndThenDestroysAscending)
 {
     Array<CountingElement> array;
-    for (int i = 1; i <= 8; ++i) {
-        array.append(i);
-    }
+    fill(array, 8);
     const CountingElement ninth(9);
     CountingElement::counts().history.clear();
     array.append(ninth);
@@ -478,9 +476,7 @@ TEST_F(ArrayTest, ReservationCopiesAscendingAndThenDestroysAscending)
 TEST_F(ArrayTest, AppendOfOwnElementWhenFullAppendsThatElement)
 {
     Array<CountingElement> array;
-    for (int i = 1; i <= 8; ++i) {
-        array.append(i);
-    }
+    fill(array, 8);
     array.append(array[0]);
     EXPECT_EQ((std::vector<int>{1, 2, 3, 4, 5, 6, 7, 8, 1}), values(array));
     Array<String> texts;
@@ -507,9 +503,7 @@ TEST_F(ArrayTest, AppendOfManyAppendsInOrder)
 TEST_F(ArrayTest, AppendOfManyFromTheArrayItselfAppendsThese)
 {
     Array<CountingElement> array;
-    for (int i = 1; i <= 6; ++i) {
-        array.append(i);
-    }
+    fill(array, 6);
     array.append(array.getData() + 1, 2); // fits
     array.append(array.getData(), 3);     // does not
     EXPECT_EQ((std::vector<int>{1, 2, 3, 4, 5, 6, 2, 3, 1, 2, 3}), values(array));
@@ -602,9 +596,7 @@ TEST_F(ArrayTest, RunOfAppendsAllocatesOnlyAtEachDoubling)
 TEST_F(ArrayTest, CopyHasTheCapacityOfItsSourceAndElementsOfItsOwn)
 {
     Array<CountingElement> source;
-    for (int i = 1; i <= 9; ++i) {
-        source.append(i);
-    }
+    fill(source, 9);
     Array<CountingElement> copy(source);
     EXPECT_EQ(9u, copy.size());
     EXPECT_EQ(16u, copy.capacity());
@@ -619,9 +611,7 @@ TEST_F(ArrayTest, CopyHasTheCapacityOfItsSourceAndElementsOfItsOwn)
 TEST_F(ArrayTest, CopyCopiesAscendingAndNothingElse)
 {
     Array<CountingElement> source;
-    for (int i = 1; i <= 5; ++i) {
-        source.append(i);
-    }
+    fill(source, 5);
     CountingElement::counts().history.clear();
     const Array<CountingElement> copy(source);
     EXPECT_EQ(events("copy"), upTo(5));
@@ -659,9 +649,7 @@ TEST_F(ArrayTest, AssignmentDestroysTheOldAndCopiesTheNewInAscendingOrder)
 {
     Array<CountingElement> target;
     Array<CountingElement> source;
-    for (int i = 1; i <= 3; ++i) {
-        target.append(i);
-    }
+    fill(target, 3);
     for (int i = 1; i <= 9; ++i) {
         source.append(10 + i);
     }
@@ -688,9 +676,7 @@ TEST_F(ArrayTest, AssignmentTakesTheCapacityOfItsSource)
 TEST_F(ArrayTest, SelfAssignmentDoesNothing)
 {
     Array<CountingElement> array;
-    for (int i = 1; i <= 9; ++i) {
-        array.append(i);
-    }
+    fill(array, 9);
     const CountingElement* const data = array.getData();
     const Array<CountingElement>& self = array;
     CountingElement::counts().history.clear();
@@ -705,9 +691,7 @@ TEST_F(ArrayTest, SwapExchangesElementsWithoutCopies)
     Array<CountingElement> a;
     Array<CountingElement> b;
     a.append(1);
-    for (int i = 1; i <= 9; ++i) {
-        b.append(i);
-    }
+    fill(b, 9);
     CountingElement::counts().history.clear();
     a.swap(b);
     EXPECT_TRUE(CountingElement::counts().history.empty());
@@ -744,9 +728,7 @@ TEST_F(ArrayTest, TruncateDestroysWhatIsTooMuchAndKeepsTheCapacity)
 {
     CountingElement::reset();
     Array<CountingElement> array;
-    for (int i = 1; i <= 20; ++i) {
-        array.append(i);
-    }
+    fill(array, 20);
     CountingElement::counts().history.clear();
     array.truncate(18);
     EXPECT_EQ((std::vector<std::string>{"destroy 20", "destroy 19"}), CountingElement::counts().history);
@@ -865,9 +847,7 @@ TEST_F(ArrayTest, FailedAllocationOfAWrappedRequestNamesIt)
 TEST_F(ArrayTest, FailedAllocationOfACopyNamesTheCapacityOfItsSource)
 {
     Array<CountingElement> source;
-    for (int i = 1; i <= 9; ++i) {
-        source.append(i);
-    }
+    fill(source, 9);
     EXPECT_EQ("Asked for array of size: 16",
               messageWithoutMemory([&source] { const Array<CountingElement> copy(source); }));
 }
@@ -877,9 +857,7 @@ TEST_F(ArrayTest, FailedAllocationOfAssignmentNamesTheCapacityAndLeavesTheArray)
     Array<CountingElement> target;
     target.append(1);
     Array<CountingElement> source;
-    for (int i = 1; i <= 17; ++i) {
-        source.append(i);
-    }
+    fill(source, 17);
     EXPECT_EQ("Asked for array of size: 32", messageWithoutMemory([&] { target = source; }));
     EXPECT_EQ(std::vector<int>{1}, values(target));
 }
@@ -887,9 +865,7 @@ TEST_F(ArrayTest, FailedAllocationOfAssignmentNamesTheCapacityAndLeavesTheArray)
 TEST_F(ArrayTest, FailedAllocationOfAppendNamesCountPlusOneAndLeavesTheArray)
 {
     Array<CountingElement> array;
-    for (int i = 1; i <= 8; ++i) {
-        array.append(i);
-    }
+    fill(array, 8);
     const CountingElement* const data = array.getData();
     EXPECT_EQ("Asked for array of size: 9", messageWithoutMemory([&array] { array.append(9); }));
     EXPECT_EQ(values(array), upTo(8));
@@ -912,9 +888,7 @@ TEST_F(ArrayTest, FailedAllocationOfOtherGrowthNamesTheNewCountAndLeavesTheArray
 TEST_F(ArrayTest, ClearNeedsNoMemory)
 {
     Array<CountingElement> array;
-    for (int i = 1; i <= 9; ++i) {
-        array.append(i);
-    }
+    fill(array, 9);
     EXPECT_EQ("nothing thrown", messageWithoutMemory([&array] { array.clear(); }));
     EXPECT_EQ(0u, array.size());
     EXPECT_EQ(8u, array.capacity());
@@ -1053,13 +1027,9 @@ void refuseEachCopy(int copies, const std::function<void()>& operation, const st
 TEST_F(ArrayTest, RefusedCopyLeavesTheArrayAsItWas)
 {
     Array<CountingElement> array;
-    for (int i = 1; i <= 8; ++i) {
-        array.append(i);
-    }
+    fill(array, 8);
     Array<CountingElement> other;
-    for (int i = 1; i <= 3; ++i) {
-        other.append(i);
-    }
+    fill(other, 3);
     const CountingElement value(9);
     const CountingElement* const data = array.getData();
     const auto verify = [&] {
