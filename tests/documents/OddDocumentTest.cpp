@@ -3,6 +3,7 @@
 
 #include "support/ColladaBuilder.h"
 #include "support/Rows.h"
+#include "support/Words.h"
 
 #include <gtest/gtest.h>
 
@@ -14,6 +15,7 @@
 namespace {
 
 using testSupport::ColladaBuilder;
+using testSupport::repeated;
 using testSupport::Row;
 using testSupport::rowName;
 using testSupport::TemporaryFile;
@@ -72,14 +74,8 @@ std::string replaced(std::string text, const std::string& from, const std::strin
 
 std::string chain(unsigned depth)
 {
-    std::string nodes;
-    for (unsigned i = 0; i < depth; ++i) {
-        nodes += "<node><translate>0.1 0 0</translate><rotate>1 2 3 7</rotate><scale>1.01 0.99 1</scale>";
-    }
-    for (unsigned i = 0; i < depth; ++i) {
-        nodes += "</node>";
-    }
-    return nodes;
+    return repeated("<node><translate>0.1 0 0</translate><rotate>1 2 3 7</rotate><scale>1.01 0.99 1</scale>", depth) +
+           repeated("</node>", depth);
 }
 
 // --- geometries

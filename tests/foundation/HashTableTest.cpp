@@ -112,7 +112,6 @@ struct TracedHash {
 
 } // namespace
 
-PRIVATE_MEMBER(handleTableRep, _HashTableRep HandleTable::*, &HandleTable::m_rep)
 PRIVATE_MEMBER(numberTableRep, _HashTableRep NumberTable::*, &NumberTable::m_rep)
 PRIVATE_MEMBER(repHeadCount, unsigned _HashTableRep::*, &_HashTableRep::m_headCount)
 PRIVATE_MEMBER(repHeads, _BucketBase** _HashTableRep::*, &_HashTableRep::m_heads)

@@ -130,8 +130,6 @@ private:
     unsigned typeStride(DataType /*type*/) const override { return tokensOfFloat; }
 };
 
-// --- DataType ---
-
 // --- Data ---
 
 TEST(DataTest, BufferTakesStrideTimesTokenByteSize)
@@ -1047,11 +1045,7 @@ TEST(AccessorReadTest, ReadsAllocateNothing)
 
 TEST(AccessorTest, ListThatCannotGrowThrowsNullPointerAndKeepsWhatItHolds)
 {
-    std::string params;
-    for (unsigned i = 0; i < 9; ++i) {
-        params += PARAM_X;
-    }
-    SourceDocument document("1 2 3 4 5 6 7 8 9", ofFloats + "count='1'", params);
+    SourceDocument document("1 2 3 4 5 6 7 8 9", ofFloats + "count='1'", repeated(PARAM_X, 9));
     long requests = 0;
     for (unsigned run = 0; run < 2; ++run) { // the first run also makes what stays for the process
         AccessorFloat accessor;

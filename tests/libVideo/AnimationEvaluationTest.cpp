@@ -66,12 +66,24 @@ constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 std::string textOf(const Numbers& numbers);
 
 /// One input and its source, which holds `records` records.
-std::string floatInput(const std::string& semantic, const Numbers& numbers, std::size_t records);
+std::string floatInput(const std::string& semantic, const Numbers& numbers, std::size_t records)
+{
+    const std::size_t stride = records == 0 ? 1 : numbers.size() / records;
+    return "<source id='" + semantic + "'><float_array id='" + semantic + "-array' count='" +
+           std::to_string(numbers.size()) + "'>" + textOf(numbers) +
+           "</float_array><technique_common><accessor source='#" + semantic + "-array' count='" +
+           std::to_string(records) + "' stride='" + std::to_string(stride) + "'/></technique_common></source>";
+}
 
 Animation load(const CurveText& curve);
 
 // A kind that no document can ask for.
-void setFirstKind(Animation& animation, unsigned char kind);
+void setFirstKind(Animation& animation, unsigned char kind)
+{
+    Kinds& kinds = kindsField(animation);
+    kinds.resize(animation.getCount(), true);
+    kinds[0] = kind;
+}
 
 // ---- the same curve for all three overloads
 
@@ -80,10 +92,22 @@ Vector3 staticVector()
     return Vector3(99.0f, 199.0f, 299.0f);
 }
 
-Matrix4 staticMatrix();
+Matrix4 staticMatrix()
+{
+    Matrix4 matrix;
+    for (unsigned i = 0; i < 16; ++i) {
+        matrix[i] = 99.0f + 100.0f * static_cast<float>(i);
+    }
+    return matrix;
+}
 
 template <unsigned size, class Value>
-void expectStatic(const Value& result);
+void expectStatic(const Value& result)
+{
+    for (unsigned c = 0; c < size; ++c) {
+        EXPECT_EQ(99.0f + 100.0f * static_cast<float>(c), result[c]) << "component " << c;
+    }
+}
 
 template <unsigned size, class Value>
 void expectSpread(double scalar, const Value& result);
@@ -1022,15 +1046,6 @@ std::string textOf(const Numbers& numbers)
     return text.str();
 }
 
-std::string floatInput(const std::string& semantic, const Numbers& numbers, std::size_t records)
-{
-    const std::size_t stride = records == 0 ? 1 : numbers.size() / records;
-    return "<source id='" + semantic + "'><float_array id='" + semantic + "-array' count='" +
-           std::to_string(numbers.size()) + "'>" + textOf(numbers) +
-           "</float_array><technique_common><accessor source='#" + semantic + "-array' count='" +
-           std::to_string(records) + "' stride='" + std::to_string(stride) + "'/></technique_common></source>";
-}
-
 Animation load(const CurveText& curve)
 {
     const std::size_t count = curve.times.size();
@@ -1062,13 +1077,6 @@ Animation load(const CurveText& curve)
     return animation;
 }
 
-void setFirstKind(Animation& animation, unsigned char kind)
-{
-    Kinds& kinds = kindsField(animation);
-    kinds.resize(animation.getCount(), true);
-    kinds[0] = kind;
-}
-
 /// Component `c` of a curve is that of the scalar one times c + 1, so that each shows its own place.
 Numbers spread(const Numbers& scalars, unsigned size)
 {
@@ -1096,23 +1104,6 @@ Animation loadSpread(const CurveText& curve, unsigned size)
 {
     return load({curve.times, spread(curve.values, size), curve.words, spreadPairs(curve.inTangents, size),
                  spreadPairs(curve.outTangents, size)});
-}
-
-Matrix4 staticMatrix()
-{
-    Matrix4 matrix;
-    for (unsigned i = 0; i < 16; ++i) {
-        matrix[i] = 99.0f + 100.0f * static_cast<float>(i);
-    }
-    return matrix;
-}
-
-template <unsigned size, class Value>
-void expectStatic(const Value& result)
-{
-    for (unsigned c = 0; c < size; ++c) {
-        EXPECT_EQ(99.0f + 100.0f * static_cast<float>(c), result[c]) << "component " << c;
-    }
 }
 
 template <unsigned size, class Value>

@@ -138,7 +138,14 @@ std::string transformOf(const Animation& animation)
     return animation.getTargetTransform().data();
 }
 
-Evolutions recordsOf(Animation& animation);
+Evolutions recordsOf(Animation& animation)
+{
+    Evolutions records;
+    for (unsigned i = 0; i < animation.getCount(); ++i) {
+        records.append(animation.evolution(i));
+    }
+    return records;
+}
 
 std::vector<double> numbers(const vesk::Array<double>& array)
 {
@@ -163,8 +170,6 @@ struct Outcome {
     std::vector<LogLine> lines;
     std::string text;
 };
-
-// ---- the records and their fields
 
 // ---- a whole curve
 
@@ -1222,11 +1227,8 @@ TEST(AnimationBudgetTest, NumbersReadAnewAreCharged)
 {
     constexpr unsigned inputCount = 200;
     constexpr unsigned most = 100'000;
-    std::string numbers;
-    for (unsigned i = 0; i < most; ++i) {
-        numbers += "0 ";
-    }
-    std::string sources = "<source id='s'><float_array id='a' count='100000'>" + numbers + "</float_array></source>";
+    std::string sources =
+        "<source id='s'><float_array id='a' count='100000'>" + repeated("0 ", most) + "</float_array></source>";
     std::string inputs;
     for (unsigned i = 0; i < inputCount; ++i) {
         const std::string id = "s" + std::to_string(i);
@@ -1256,16 +1258,5 @@ static_assert(std::is_same_v<double, decltype(std::declval<const Animation&>().a
 static_assert(std::is_same_v<unsigned, decltype(libVideo::createAnimationListFromCollada(
                                            static_cast<const domCOLLADA*>(nullptr), std::declval<DAE&>(),
                                            std::declval<vesk::Array<AnimationHandle>&>()))>);
-
-// --- what the tests are written with ---
-
-Evolutions recordsOf(Animation& animation)
-{
-    Evolutions records;
-    for (unsigned i = 0; i < animation.getCount(); ++i) {
-        records.append(animation.evolution(i));
-    }
-    return records;
-}
 
 } // namespace

@@ -57,7 +57,14 @@ const std::string noTexture = "libVideo.material: Unable to initialize texture";
 
 // The texts of small documents.
 
-std::string source(const std::string& id, const std::string& numbers, unsigned records, const std::string& type);
+std::string source(const std::string& id, const std::string& numbers, unsigned records, const std::string& type)
+{
+    const std::string count = std::to_string(records);
+    return "<source id='" + id + "'><float_array id='" + id + "-array' count='" + std::to_string(3 * records) + "'>" +
+           numbers + "</float_array><technique_common><accessor source='#" + id + "-array' count='" + count +
+           "' stride='3'><param name='X' type='" + type + "'/><param name='Y' type='float'/>" +
+           "<param name='Z' type='float'/></accessor></technique_common></source>";
+}
 
 /// What a geometry of one triangle has beside its id.
 struct Triangle {
@@ -100,7 +107,14 @@ std::string bound(const std::string& symbol, const std::string& target)
     return "<instance_material symbol='" + symbol + "' target='#" + target + "'/>";
 }
 
-std::string instanceOf(const std::string& url, const std::string& materials = std::string());
+std::string instanceOf(const std::string& url, const std::string& materials = std::string())
+{
+    return "<instance_geometry url='" + url + "'>" +
+           (materials.empty()
+                ? std::string()
+                : "<bind_material><technique_common>" + materials + "</technique_common></bind_material>") +
+           "</instance_geometry>";
+}
 
 /// What is in the libraries.
 struct Libraries {
@@ -115,7 +129,11 @@ struct Libraries {
 Libraries usual();
 ColladaBuilder& addLibraries(ColladaBuilder& builder, const Libraries& libraries);
 
-std::string wholeText(const Libraries& libraries, const std::string& nodes);
+std::string wholeText(const Libraries& libraries, const std::string& nodes)
+{
+    ColladaBuilder builder;
+    return addLibraries(builder, libraries).addScene(nodes).text();
+}
 
 /// A document with its visual scene, which `load` fills.
 class World {
@@ -163,10 +181,26 @@ public:
 
 // What a scene holds.
 
-const NodeHandle& nodeOf(const VisualScene& scene, const std::string& id);
+const NodeHandle& nodeOf(const VisualScene& scene, const std::string& id)
+{
+    for (const NodeHandle& one : nodeListOf(scene)) {
+        if (id == one->id().data()) {
+            return one;
+        }
+    }
+    throw std::runtime_error("no node " + id);
+}
 
 template <class Table>
-std::set<std::string> keysOf(const Table& table);
+std::set<std::string> keysOf(const Table& table)
+{
+    std::set<std::string> keys;
+    for (const auto& bucket : table) {
+        keys.insert(bucket.key.data());
+    }
+    EXPECT_EQ(keys.size(), table.size());
+    return keys;
+}
 
 using Keys = std::set<std::string>;
 
@@ -180,14 +214,27 @@ Keys symbols(const VisualScene& scene)
     return keysOf(scene.blinnMaterialTable());
 }
 
-GeometryHandle geometryOf(const VisualScene& scene, const char* id);
-BlinnMaterialHandle materialOf(const VisualScene& scene, const char* symbol);
+GeometryHandle geometryOf(const VisualScene& scene, const char* id)
+{
+    const auto* const bucket = scene.geometryTable().lookup(id);
+    return bucket == nullptr ? GeometryHandle() : bucket->value;
+}
+
+BlinnMaterialHandle materialOf(const VisualScene& scene, const char* symbol)
+{
+    const auto* const bucket = scene.blinnMaterialTable().lookup(symbol);
+    return bucket == nullptr ? BlinnMaterialHandle() : bucket->value;
+}
 
 // Ids of the nodes that show a geometry; "none" without such a geometry.
 std::string showing(const VisualScene& scene, const char* id);
 
 // Which shader is under a symbol; -1 if none does.
-float shininessOf(const VisualScene& scene, const char* symbol);
+float shininessOf(const VisualScene& scene, const char* symbol)
+{
+    const BlinnMaterialHandle found = materialOf(scene, symbol);
+    return found ? found->component().shininess : -1.0f;
+}
 
 // Geometries.
 
@@ -1080,15 +1127,6 @@ TEST(GeometryInstancingTest, SceneThatRanOutOfMemoryCanBeAskedAndDestroyed)
 
 // --- what the tests are written with ---
 
-std::string source(const std::string& id, const std::string& numbers, unsigned records, const std::string& type)
-{
-    const std::string count = std::to_string(records);
-    return "<source id='" + id + "'><float_array id='" + id + "-array' count='" + std::to_string(3 * records) + "'>" +
-           numbers + "</float_array><technique_common><accessor source='#" + id + "-array' count='" + count +
-           "' stride='3'><param name='X' type='" + type + "'/><param name='Y' type='float'/>" +
-           "<param name='Z' type='float'/></accessor></technique_common></source>";
-}
-
 std::string geometry(const std::string& id, const Triangle& triangle)
 {
     const std::string normals =
@@ -1100,15 +1138,6 @@ std::string geometry(const std::string& id, const Triangle& triangle)
            "-vertices'><input semantic='POSITION' source='#" + id + "-positions'/>" + normalInput +
            "</vertices><triangles count='1' material='" + triangle.symbol + "'><input semantic='VERTEX' source='#" +
            id + "-vertices' offset='0'/><p>" + triangle.indices + "</p></triangles></mesh></geometry>";
-}
-
-std::string instanceOf(const std::string& url, const std::string& materials)
-{
-    return "<instance_geometry url='" + url + "'>" +
-           (materials.empty()
-                ? std::string()
-                : "<bind_material><technique_common>" + materials + "</technique_common></bind_material>") +
-           "</instance_geometry>";
 }
 
 Libraries usual()
@@ -1138,45 +1167,6 @@ ColladaBuilder& addLibraries(ColladaBuilder& builder, const Libraries& libraries
     return builder;
 }
 
-std::string wholeText(const Libraries& libraries, const std::string& nodes)
-{
-    ColladaBuilder builder;
-    return addLibraries(builder, libraries).addScene(nodes).text();
-}
-
-const NodeHandle& nodeOf(const VisualScene& scene, const std::string& id)
-{
-    for (const NodeHandle& one : nodeListOf(scene)) {
-        if (id == one->id().data()) {
-            return one;
-        }
-    }
-    throw std::runtime_error("no node " + id);
-}
-
-template <class Table>
-std::set<std::string> keysOf(const Table& table)
-{
-    std::set<std::string> keys;
-    for (const auto& bucket : table) {
-        keys.insert(bucket.key.data());
-    }
-    EXPECT_EQ(keys.size(), table.size());
-    return keys;
-}
-
-GeometryHandle geometryOf(const VisualScene& scene, const char* id)
-{
-    const auto* const bucket = scene.geometryTable().lookup(id);
-    return bucket == nullptr ? GeometryHandle() : bucket->value;
-}
-
-BlinnMaterialHandle materialOf(const VisualScene& scene, const char* symbol)
-{
-    const auto* const bucket = scene.blinnMaterialTable().lookup(symbol);
-    return bucket == nullptr ? BlinnMaterialHandle() : bucket->value;
-}
-
 std::string showing(const VisualScene& scene, const char* id)
 {
     const GeometryHandle found = geometryOf(scene, id);
@@ -1188,12 +1178,6 @@ std::string showing(const VisualScene& scene, const char* id)
         ids += (ids.empty() ? "" : " ") + std::string(one->id().data());
     }
     return ids;
-}
-
-float shininessOf(const VisualScene& scene, const char* symbol)
-{
-    const BlinnMaterialHandle found = materialOf(scene, symbol);
-    return found ? found->component().shininess : -1.0f;
 }
 
 } // namespace

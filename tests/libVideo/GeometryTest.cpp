@@ -85,7 +85,14 @@ NodeHandle nodeOf(const std::string& attributes)
 
 const std::string notAMesh = "libVideo.geometry: Program does not handle geometry type other than meshes right now.";
 
-std::vector<std::string> ids(const NodeList& nodes);
+std::vector<std::string> ids(const NodeList& nodes)
+{
+    std::vector<std::string> all;
+    for (const NodeHandle& node : nodes) {
+        all.emplace_back(node->id().data());
+    }
+    return all;
+}
 
 using Ids = std::vector<std::string>;
 
@@ -590,16 +597,5 @@ static_assert(std::is_same_v<const NodeList& (Geometry::*)() const, decltype(&Ge
 static_assert(std::is_same_v<const vesk::String& (Geometry::*)() const, decltype(&Geometry::id)>);
 static_assert(std::is_same_v<const vesk::String& (Geometry::*)() const, decltype(&Geometry::name)>);
 static_assert(std::is_same_v<const Mesh& (Geometry::*)() const, decltype(&Geometry::mesh)>);
-
-// --- what the tests are written with ---
-
-std::vector<std::string> ids(const NodeList& nodes)
-{
-    std::vector<std::string> all;
-    for (const NodeHandle& node : nodes) {
-        all.emplace_back(node->id().data());
-    }
-    return all;
-}
 
 } // namespace

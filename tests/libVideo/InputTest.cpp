@@ -102,7 +102,15 @@ Bytes bytesOf(const ByteArray& stream)
 }
 
 /// A stream of floats without gaps.
-Floats floatsOf(const ByteArray& stream);
+Floats floatsOf(const ByteArray& stream)
+{
+    EXPECT_EQ(0u, stream.size() % 4);
+    Floats floats(stream.size() / 4);
+    if (!floats.empty()) {
+        std::memcpy(floats.data(), stream.getData(), floats.size() * 4);
+    }
+    return floats;
+}
 
 Indices indicesOf(const IndexArray& indices)
 {
@@ -113,7 +121,14 @@ Indices indicesOf(const IndexArray& indices)
 Texts layoutOf(const Input& input);
 
 /// The ids of the sources.
-Texts sourcesOf(const Input& input);
+Texts sourcesOf(const Input& input)
+{
+    Texts texts;
+    for (const SourceHandle& handle : inputSources(input)) {
+        texts.push_back(handle->id().data());
+    }
+    return texts;
+}
 
 Indices offsetsOf(const InputLocalOffset& input)
 {
@@ -1700,16 +1715,6 @@ static_assert(std::is_same_v<const ByteArray&, decltype(std::declval<Input&>().d
 
 // --- what the tests are written with ---
 
-Floats floatsOf(const ByteArray& stream)
-{
-    EXPECT_EQ(0u, stream.size() % 4);
-    Floats floats(stream.size() / 4);
-    if (!floats.empty()) {
-        std::memcpy(floats.data(), stream.getData(), floats.size() * 4);
-    }
-    return floats;
-}
-
 Texts layoutOf(const Input& input)
 {
     Texts texts;
@@ -1718,15 +1723,6 @@ Texts layoutOf(const Input& input)
         text << static_cast<unsigned>(entry.semantic) << ' ' << entry.byteSize << ' ' << entry.byteOffset << ' '
              << static_cast<unsigned>(entry.dataType) << ' ' << entry.reserved;
         texts.push_back(text.str());
-    }
-    return texts;
-}
-
-Texts sourcesOf(const Input& input)
-{
-    Texts texts;
-    for (const SourceHandle& handle : inputSources(input)) {
-        texts.push_back(handle->id().data());
     }
     return texts;
 }

@@ -68,7 +68,14 @@ const std::string noTarget = "Unable to find the animation's target node with id
 // --- documents ---
 
 // Looks at a node "aim", and has an angle and planes that an animation can target.
-std::string camera(const std::string& id, const std::string& lookAt = "aim");
+std::string camera(const std::string& id, const std::string& lookAt = "aim")
+{
+    return "<camera id='" + id +
+           "'><optics><technique_common><perspective><xfov sid='x'>90</xfov><yfov sid='y'>90</yfov>"
+           "<znear sid='near'>1</znear><zfar sid='far'>5</zfar></perspective></technique_common></optics>"
+           "<extra><technique profile='FCOLLADA'><target>#" +
+           lookAt + "</target></technique></extra></camera>";
+}
 
 std::string spot(const std::string& id, const std::string& target = "aim")
 {
@@ -174,7 +181,14 @@ unsigned animationCount(const Camera& camera)
 }
 
 // All lines of a document, which are of one channel.
-void expectLines(const Loaded& document, const LogCapture& log, const char* channel, const std::string& words);
+void expectLines(const Loaded& document, const LogCapture& log, const char* channel, const std::string& words)
+{
+    EXPECT_EQ(words, document.lines());
+    for (const LogLine& line : log.lines()) {
+        EXPECT_EQ(channel, line.channel) << line.text;
+        EXPECT_EQ(3, line.priority) << line.text;
+    }
+}
 
 // --- cameras ---
 
@@ -848,28 +862,10 @@ TEST(WholeStageTest, FoldedTreeMovesTheViewOnceItIsComputedAnew)
 
 // --- what the tests are written with ---
 
-std::string camera(const std::string& id, const std::string& lookAt)
-{
-    return "<camera id='" + id +
-           "'><optics><technique_common><perspective><xfov sid='x'>90</xfov><yfov sid='y'>90</yfov>"
-           "<znear sid='near'>1</znear><zfar sid='far'>5</zfar></perspective></technique_common></optics>"
-           "<extra><technique profile='FCOLLADA'><target>#" +
-           lookAt + "</target></technique></extra></camera>";
-}
-
 std::string light(const std::string& id, const std::string& kind, const std::string& extra)
 {
     return "<light id='" + id + "'><technique_common><" + kind + "><color>1 1 1</color></" + kind +
            "></technique_common>" + extra + "</light>";
-}
-
-void expectLines(const Loaded& document, const LogCapture& log, const char* channel, const std::string& words)
-{
-    EXPECT_EQ(words, document.lines());
-    for (const LogLine& line : log.lines()) {
-        EXPECT_EQ(channel, line.channel) << line.text;
-        EXPECT_EQ(3, line.priority) << line.text;
-    }
 }
 
 } // namespace

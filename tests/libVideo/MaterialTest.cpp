@@ -144,10 +144,25 @@ const char* fileOf(const TextureHandle& texture)
     return texture ? texture->textureFile().data() : nullptr;
 }
 
-void expectDefaults(const Component& component);
+void expectDefaults(const Component& component)
+{
+    EXPECT_EQ(0.0f, component.shininess);
+    EXPECT_EQ(0.0f, component.transparency);
+    for (const ColorChannel& one : colorChannels()) {
+        EXPECT_EQ(white, colorIn(component, one)) << one.element;
+        EXPECT_FALSE(component.*one.texture) << one.element;
+    }
+}
 
 // Lines of this module alone, with the priority of all lines.
-void expectLines(const LogCapture& log, const std::string& text);
+void expectLines(const LogCapture& log, const std::string& text)
+{
+    EXPECT_EQ(text, log.text());
+    for (const LogLine& line : log.lines()) {
+        EXPECT_EQ(channel, line.channel);
+        EXPECT_EQ(vesk::LoggerPriority::PRIORITY_ERROR, line.priority);
+    }
+}
 
 // The record.
 
@@ -884,25 +899,6 @@ const std::array<ColorChannel, 5>& colorChannels()
         {"reflective", &Component::reflective, &Component::reflectiveTexture},
     }};
     return all;
-}
-
-void expectDefaults(const Component& component)
-{
-    EXPECT_EQ(0.0f, component.shininess);
-    EXPECT_EQ(0.0f, component.transparency);
-    for (const ColorChannel& one : colorChannels()) {
-        EXPECT_EQ(white, colorIn(component, one)) << one.element;
-        EXPECT_FALSE(component.*one.texture) << one.element;
-    }
-}
-
-void expectLines(const LogCapture& log, const std::string& text)
-{
-    EXPECT_EQ(text, log.text());
-    for (const LogLine& line : log.lines()) {
-        EXPECT_EQ(channel, line.channel);
-        EXPECT_EQ(vesk::LoggerPriority::PRIORITY_ERROR, line.priority);
-    }
 }
 
 } // namespace

@@ -49,17 +49,44 @@ float valueOf(float base, unsigned i, unsigned j)
     return base + static_cast<float>(i) + static_cast<float>(j) * 0.125f;
 }
 
-std::string text(const Floats& values);
-std::string text(const std::vector<unsigned>& numbers);
+std::string text(const Floats& values)
+{
+    std::ostringstream out;
+    for (const float value : values) {
+        out << value << ' ';
+    }
+    return out.str();
+}
 
-std::string floatParams(unsigned count);
+std::string text(const std::vector<unsigned>& numbers)
+{
+    std::string all;
+    for (const unsigned number : numbers) {
+        all += std::to_string(number) + ' ';
+    }
+    return all;
+}
+
+std::string floatParams(unsigned count)
+{
+    return repeated("<param name='C' type='float'/>", count);
+}
 
 /// A `<source>` whose accessor claims `count` records, whatever its array holds.
 std::string source(const std::string& id, const std::string& floats, const std::string& count, unsigned stride,
                    const std::string& params);
 
 /// A sound `<source>` of records as `valueOf` has them.
-std::string records(const std::string& id, unsigned count, unsigned stride, float base);
+std::string records(const std::string& id, unsigned count, unsigned stride, float base)
+{
+    Floats values;
+    for (unsigned i = 0; i < count; ++i) {
+        for (unsigned j = 0; j < stride; ++j) {
+            values.push_back(valueOf(base, i, j));
+        }
+    }
+    return source(id, text(values), std::to_string(count), stride, floatParams(stride));
+}
 
 /// A `<source>` without a technique: its floats stand alone.
 std::string bareSource(const std::string& id, const std::string& floats, unsigned count)
@@ -145,8 +172,25 @@ Indices indices(const Primitive& primitive)
 }
 
 /// The vertex stream, read as what it holds.
-Floats floats(Primitive& primitive);
-Floats floats(const Bytes& bytes);
+Floats floats(Primitive& primitive)
+{
+    EXPECT_EQ(0u, primitive.totalByteSize() % sizeof(float));
+    Floats values(primitive.totalByteSize() / sizeof(float));
+    if (!values.empty()) {
+        std::memcpy(values.data(), primitive.vertexBuffer().get(), values.size() * sizeof(float));
+    }
+    return values;
+}
+
+Floats floats(const Bytes& bytes)
+{
+    EXPECT_EQ(0u, bytes.size() % sizeof(float));
+    Floats values(bytes.size() / sizeof(float));
+    if (!values.empty()) {
+        std::memcpy(values.data(), bytes.data(), values.size() * sizeof(float));
+    }
+    return values;
+}
 
 /// What `vertex` copies out.
 Floats vertexOf(const Primitive& primitive, unsigned index)
@@ -171,9 +215,25 @@ LayoutFields fields(const VertexLayout& layout)
             static_cast<unsigned>(layout.dataType), layout.reserved};
 }
 
-std::vector<LayoutFields> layouts(const Primitive& primitive);
+std::vector<LayoutFields> layouts(const Primitive& primitive)
+{
+    std::vector<LayoutFields> all;
+    for (const VertexLayout& layout : primitive.vertexLayout()) {
+        all.push_back(fields(layout));
+    }
+    return all;
+}
+
 VertexLayout layoutOf(VertexSemantic semantic, unsigned byteSize, unsigned byteOffset, libVideo::DataType dataType,
-                      unsigned reserved);
+                      unsigned reserved)
+{
+    VertexLayout layout(semantic);
+    layout.byteSize = byteSize;
+    layout.byteOffset = byteOffset;
+    layout.dataType = dataType;
+    layout.reserved = reserved;
+    return layout;
+}
 
 /// An input that tells which vertices it was asked for.
 class CountingInput : public InputLocalOffset {
@@ -229,9 +289,14 @@ struct PlainScan {
     Indices indexBuffer;
 };
 
-std::string flat(const std::vector<Tuple>& corners);
-
-// --- PrimitiveType ---
+std::string flat(const std::vector<Tuple>& corners)
+{
+    std::string p;
+    for (const Tuple& tuple : corners) {
+        p += text(tuple);
+    }
+    return p;
+}
 
 // --- A primitive that was never loaded ---
 
@@ -2018,33 +2083,6 @@ static_assert(
 
 // --- what the tests are written with ---
 
-std::string text(const Floats& values)
-{
-    std::ostringstream out;
-    for (const float value : values) {
-        out << value << ' ';
-    }
-    return out.str();
-}
-
-std::string text(const std::vector<unsigned>& numbers)
-{
-    std::string all;
-    for (const unsigned number : numbers) {
-        all += std::to_string(number) + ' ';
-    }
-    return all;
-}
-
-std::string floatParams(unsigned count)
-{
-    std::string params;
-    for (unsigned i = 0; i < count; ++i) {
-        params += "<param name='C' type='float'/>";
-    }
-    return params;
-}
-
 std::string source(const std::string& id, const std::string& floats, const std::string& count, unsigned stride,
                    const std::string& params)
 {
@@ -2057,66 +2095,6 @@ std::string source(const std::string& id, const std::string& floats, const std::
     return "<source id='" + id + "'><float_array id='" + id + "-floats' count='" + std::to_string(length) + "'>" +
            floats + "</float_array><technique_common><accessor source='#" + id + "-floats' count='" + count +
            "' stride='" + std::to_string(stride) + "'>" + params + "</accessor></technique_common></source>";
-}
-
-std::string records(const std::string& id, unsigned count, unsigned stride, float base)
-{
-    Floats values;
-    for (unsigned i = 0; i < count; ++i) {
-        for (unsigned j = 0; j < stride; ++j) {
-            values.push_back(valueOf(base, i, j));
-        }
-    }
-    return source(id, text(values), std::to_string(count), stride, floatParams(stride));
-}
-
-Floats floats(Primitive& primitive)
-{
-    EXPECT_EQ(0u, primitive.totalByteSize() % sizeof(float));
-    Floats values(primitive.totalByteSize() / sizeof(float));
-    if (!values.empty()) {
-        std::memcpy(values.data(), primitive.vertexBuffer().get(), values.size() * sizeof(float));
-    }
-    return values;
-}
-
-Floats floats(const Bytes& bytes)
-{
-    EXPECT_EQ(0u, bytes.size() % sizeof(float));
-    Floats values(bytes.size() / sizeof(float));
-    if (!values.empty()) {
-        std::memcpy(values.data(), bytes.data(), values.size() * sizeof(float));
-    }
-    return values;
-}
-
-std::vector<LayoutFields> layouts(const Primitive& primitive)
-{
-    std::vector<LayoutFields> all;
-    for (const VertexLayout& layout : primitive.vertexLayout()) {
-        all.push_back(fields(layout));
-    }
-    return all;
-}
-
-VertexLayout layoutOf(VertexSemantic semantic, unsigned byteSize, unsigned byteOffset, libVideo::DataType dataType,
-                      unsigned reserved)
-{
-    VertexLayout layout(semantic);
-    layout.byteSize = byteSize;
-    layout.byteOffset = byteOffset;
-    layout.dataType = dataType;
-    layout.reserved = reserved;
-    return layout;
-}
-
-std::string flat(const std::vector<Tuple>& corners)
-{
-    std::string p;
-    for (const Tuple& tuple : corners) {
-        p += text(tuple);
-    }
-    return p;
 }
 
 } // namespace

@@ -35,13 +35,40 @@ TEST(VertexLayoutTest, LayoutOfASemanticHasTheOtherDefaults)
 }
 
 /// A layout whose fields all differ from the defaults.
-VertexLayout filledLayout();
-void expectOtherFieldsOfFilledLayout(const VertexLayout& layout);
+VertexLayout filledLayout()
+{
+    VertexLayout layout(libVideo::SEMANTIC_WEIGHT);
+    layout.byteSize = 12;
+    layout.byteOffset = 24;
+    layout.dataType = libVideo::DATA_TYPE_FLOAT3;
+    layout.reserved = 77;
+    return layout;
+}
 
-std::string lower(std::string word);
+void expectOtherFieldsOfFilledLayout(const VertexLayout& layout)
+{
+    EXPECT_EQ(12u, layout.byteSize);
+    EXPECT_EQ(24u, layout.byteOffset);
+    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT3, layout.dataType);
+    EXPECT_EQ(77u, layout.reserved);
+}
+
+std::string lower(std::string word)
+{
+    for (char& c : word) {
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    return word;
+}
 
 /// "pOsItIoN": every second letter in the other case.
-std::string mixed(std::string word);
+std::string mixed(std::string word)
+{
+    for (std::size_t i = 0; i < word.size(); i += 2) {
+        word[i] = static_cast<char>(std::tolower(static_cast<unsigned char>(word[i])));
+    }
+    return word;
+}
 
 struct WordCase {
     const char* word;
@@ -203,41 +230,5 @@ static_assert(!std::is_polymorphic_v<VertexLayout>);
 static_assert(std::is_convertible_v<VertexSemantic, VertexLayout>);
 static_assert(std::is_same_v<VertexSemantic (*)(const vesk::String&, VertexLayout&),
                              decltype(&libVideo::inputSemanticToVertexSemantic)>);
-
-// --- what the tests are written with ---
-
-VertexLayout filledLayout()
-{
-    VertexLayout layout(libVideo::SEMANTIC_WEIGHT);
-    layout.byteSize = 12;
-    layout.byteOffset = 24;
-    layout.dataType = libVideo::DATA_TYPE_FLOAT3;
-    layout.reserved = 77;
-    return layout;
-}
-
-void expectOtherFieldsOfFilledLayout(const VertexLayout& layout)
-{
-    EXPECT_EQ(12u, layout.byteSize);
-    EXPECT_EQ(24u, layout.byteOffset);
-    EXPECT_EQ(libVideo::DATA_TYPE_FLOAT3, layout.dataType);
-    EXPECT_EQ(77u, layout.reserved);
-}
-
-std::string lower(std::string word)
-{
-    for (char& c : word) {
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    }
-    return word;
-}
-
-std::string mixed(std::string word)
-{
-    for (std::size_t i = 0; i < word.size(); i += 2) {
-        word[i] = static_cast<char>(std::tolower(static_cast<unsigned char>(word[i])));
-    }
-    return word;
-}
 
 } // namespace

@@ -98,8 +98,23 @@ const Node* found(const VisualScene& scene, const char* id)
 }
 
 // The ids of all nodes, in the order of the list.
-std::string listedIds(const VisualScene& scene);
-std::string childIds(const Node& node);
+std::string listedIds(const VisualScene& scene)
+{
+    std::string ids;
+    for (const NodeHandle& node : nodeListOf(scene)) {
+        ids += (ids.empty() ? "" : " ") + std::string(node->id().data());
+    }
+    return ids;
+}
+
+std::string childIds(const Node& node)
+{
+    std::string ids;
+    for (const NodeLink& child : node.children()) {
+        ids += (ids.empty() ? "" : " ") + std::string(child->id().data());
+    }
+    return ids;
+}
 
 void expectEmpty(const VisualScene& scene);
 
@@ -755,12 +770,10 @@ constexpr unsigned deepest = 3000; // the document model recurses while it parse
 std::string chain()
 {
     std::string opening;
-    std::string closing;
     for (unsigned i = 0; i < deepest; ++i) {
         opening += "<node id='n" + std::to_string(i) + "'><translate>1 0 0</translate>";
-        closing += "</node>";
     }
-    return opening + closing;
+    return opening + repeated("</node>", deepest);
 }
 
 TEST(VisualSceneTest, DeepChainStandsInTheListFromTheTopDown)
@@ -1015,24 +1028,6 @@ static_assert(std::is_same_v<decltype(std::declval<const VisualScene&>().blinnMa
 static_assert(std::is_same_v<decltype(std::declval<VisualScene&>().transform()), void>);
 
 // --- what the tests are written with ---
-
-std::string listedIds(const VisualScene& scene)
-{
-    std::string ids;
-    for (const NodeHandle& node : nodeListOf(scene)) {
-        ids += (ids.empty() ? "" : " ") + std::string(node->id().data());
-    }
-    return ids;
-}
-
-std::string childIds(const Node& node)
-{
-    std::string ids;
-    for (const NodeLink& child : node.children()) {
-        ids += (ids.empty() ? "" : " ") + std::string(child->id().data());
-    }
-    return ids;
-}
 
 void expectEmpty(const VisualScene& scene)
 {

@@ -1024,11 +1024,7 @@ TEST(LibraryLogTest, AnimationListWithoutADocumentClosesItsTrace)
 TEST(LibraryLogTest, AnimationListThatCannotGrowClosesItsTrace)
 {
     // More animations than a list holds at start.
-    std::string animations;
-    for (unsigned i = 0; i < 9; ++i) {
-        animations += "<animation/>";
-    }
-    ColladaBuilder document("<library_animations>" + animations + "</library_animations>");
+    ColladaBuilder document("<library_animations>" + repeated("<animation/>", 9) + "</library_animations>");
     const domCOLLADA* const root = document.open();
     ASSERT_NE(nullptr, root);
     // The traces go to a handler that asks for no memory.
