@@ -21,12 +21,7 @@
 namespace {
 
 using documents::StoredDocument;
-using testSupport::ChangeableDocument;
-using testSupport::CrashReport;
-using testSupport::DocumentChange;
-using testSupport::LoadOutcome;
-using testSupport::rowName;
-using testSupport::TortureFolder;
+using namespace testSupport;
 
 // Of a document as many variants as keep the tests short: bytes to load in all, and the fewest of large ones. With
 // LIBVIDEO_EVERY_CHANGE in the environment all of them are loaded, whatever time that takes.
@@ -65,7 +60,7 @@ TEST_P(BentDocumentTest, EachVariantLoadsOrIsRefusedWithALine)
         const std::string path = folder.write(document.text());
         report.begin(wordsOf(change) + " of " + GetParam().path + ", see " + path);
         libVideo::Scene scene;
-        const LoadOutcome outcome = testSupport::loadAndWalk(scene, path);
+        const LoadOutcome outcome = loadAndWalk(scene, path);
         EXPECT_EQ("", outcome.fault) << wordsOf(change);
         loaded += outcome.isLoaded ? 1 : 0;
     }
@@ -73,7 +68,7 @@ TEST_P(BentDocumentTest, EachVariantLoadsOrIsRefusedWithALine)
     RecordProperty("loaded", std::to_string(loaded));
     const std::string path = folder.write(original);
     libVideo::Scene scene;
-    if (testSupport::loadAndWalk(scene, path).isLoaded) {
+    if (loadAndWalk(scene, path).isLoaded) {
         EXPECT_GT(loaded, sample.size() / 4) << "a changed value is no reason to refuse a document";
     }
 }
@@ -89,7 +84,7 @@ TEST(BentDocumentTest, ManyChangesAtOnceLoadOrAreRefusedWithALine)
     CrashReport report(60);
     for (std::uint32_t seed = 1; seed <= mostSeeds; ++seed) {
         std::string text = originals[seed % originals.size()].content();
-        testSupport::DocumentMutator mutator(seed);
+        DocumentMutator mutator(seed);
         if (seed % 5 == 0) {
             mutator.crossOver(text, originals[seed / 5 % originals.size()].content());
         }
@@ -99,7 +94,7 @@ TEST(BentDocumentTest, ManyChangesAtOnceLoadOrAreRefusedWithALine)
         const std::string path = folder.write(text);
         report.begin("seed " + std::to_string(seed) + ", see " + path);
         libVideo::Scene scene;
-        EXPECT_EQ("", testSupport::loadAndWalk(scene, path).fault) << "seed " << seed;
+        EXPECT_EQ("", loadAndWalk(scene, path).fault) << "seed " << seed;
     }
 }
 

@@ -19,10 +19,7 @@
 namespace {
 
 using documents::StoredDocument;
-using testSupport::CrashReport;
-using testSupport::LoadOutcome;
-using testSupport::rowName;
-using testSupport::TortureFolder;
+using namespace testSupport;
 
 // Where a document is cut: after each number of bytes, or evenly spread and close together at its end.
 std::vector<std::size_t> placesOf(std::size_t size);
@@ -52,12 +49,12 @@ TEST_P(CutDocumentTest, IsRefusedWithALineUnlessTheRootIsWhole)
     const TortureFolder folder;
     CrashReport report(60);
     libVideo::Scene wholeScene;
-    const LoadOutcome expected = testSupport::loadAndWalk(wholeScene, folder.write(whole));
+    const LoadOutcome expected = loadAndWalk(wholeScene, folder.write(whole));
     auto scene = std::make_unique<libVideo::Scene>(); // one that was refused may try again
     for (const std::size_t place : placesOf(whole.size())) {
         const std::string path = folder.write(whole.substr(0, place));
         report.begin("the first " + std::to_string(place) + " bytes of " + GetParam().path + ", see " + path);
-        const LoadOutcome outcome = testSupport::loadAndWalk(*scene, path);
+        const LoadOutcome outcome = loadAndWalk(*scene, path);
         EXPECT_EQ("", outcome.fault) << place;
         if (isCompressed(whole)) {
             continue; // the last bytes are a checksum

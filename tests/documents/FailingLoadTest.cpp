@@ -32,10 +32,7 @@ extern "C" void __lsan_enable();
 namespace {
 
 using documents::StoredDocument;
-using testSupport::CrashReport;
-using testSupport::FailingAllocator;
-using testSupport::rowName;
-using testSupport::SilentLog;
+using namespace testSupport;
 
 constexpr long mostFailures = 1500; // of one document; evenly spread if it asks more often
 constexpr long mostWholeFailures = 60;
@@ -47,7 +44,7 @@ protected:
     bool loadWithFailure(long successes, long& requests);
 
 private:
-    const testSupport::SilentDocumentModel m_silence;
+    const SilentDocumentModel m_silence;
     const SilentLog m_log;
     DAE m_dae{nullptr, nullptr, "1.4.1"};
     domCOLLADA* m_root = nullptr;

@@ -19,12 +19,7 @@
 namespace {
 
 using documents::StoredDocument;
-using testSupport::CrashReport;
-using testSupport::LoadOutcome;
-using testSupport::repeated;
-using testSupport::Row;
-using testSupport::rowName;
-using testSupport::TortureFolder;
+using namespace testSupport;
 
 class RefusedDocumentTest : public testing::TestWithParam<StoredDocument> {};
 
@@ -32,7 +27,7 @@ TEST_P(RefusedDocumentTest, IsRefusedWithOneLine)
 {
     CrashReport report(60);
     report.begin(GetParam().path);
-    const testSupport::LogCapture log;
+    const LogCapture log;
     libVideo::Scene scene;
     EXPECT_FALSE(scene.createFromCollada(vesk::String(GetParam().path.c_str())));
     EXPECT_EQ(log.text(), "Collada file does not exist " + GetParam().path);
@@ -48,7 +43,7 @@ TEST_P(SurvivedDocumentTest, LoadsOrThrowsAndIsWalked)
     CrashReport report(60);
     report.begin(GetParam().path);
     libVideo::Scene scene;
-    const LoadOutcome outcome = testSupport::loadAndWalk(scene, GetParam().path);
+    const LoadOutcome outcome = loadAndWalk(scene, GetParam().path);
     EXPECT_EQ("", outcome.fault);
     EXPECT_TRUE(outcome.isLoaded || outcome.hasThrown) << "it has a scene";
 }
@@ -91,7 +86,7 @@ TEST_P(LargeDocumentTest, LoadsOrIsRefused)
     report.begin(GetParam().name);
     const TortureFolder folder;
     libVideo::Scene scene;
-    const LoadOutcome outcome = testSupport::loadAndWalk(scene, folder.write(GetParam().text()));
+    const LoadOutcome outcome = loadAndWalk(scene, folder.write(GetParam().text()));
     EXPECT_EQ("", outcome.fault);
     EXPECT_EQ(outcome.isLoaded, GetParam().loads);
 }

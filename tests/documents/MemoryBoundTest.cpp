@@ -26,16 +26,12 @@
 namespace {
 
 using libVideo::Scene;
-using testSupport::ColladaBuilder;
-using testSupport::meshXml;
-using testSupport::repeated;
-using testSupport::rowName;
-using testSupport::TemporaryFile;
+using namespace testSupport;
 
 // The most memory of a process that loads a document, in bytes; nothing if it did not finish.
 std::optional<std::uint64_t> peakOfLoad(const std::string& path);
 
-struct Row : testSupport::Row {
+struct Demand : Row {
     std::function<std::string()> libraries;
 };
 
@@ -48,7 +44,7 @@ std::string triangles(const std::string& sourceText, unsigned inputs, unsigned c
 
 std::string animations(unsigned count, const std::string& inputs, const std::string& sources);
 
-class MemoryBoundTest : public testing::TestWithParam<Row> {};
+class MemoryBoundTest : public testing::TestWithParam<Demand> {};
 
 TEST_P(MemoryBoundTest, LoadTakesAFixedMultipleOfTheDocument)
 {
@@ -64,47 +60,48 @@ TEST_P(MemoryBoundTest, LoadTakesAFixedMultipleOfTheDocument)
 INSTANTIATE_TEST_SUITE_P(
     Documents, MemoryBoundTest,
     testing::Values(
-        Row{"CloudOfManyInputsWithoutParams", [] { return cloud(source("", 1'048'576), 1'000); }},
-        Row{"CloudOfUnnamedParams", [] { return cloud(source("<param type='float'/>", 1'048'576), 100); }},
-        Row{"CloudOfWideRecords",
-            [] { return cloud(source(repeated("<param name='X' type='float4x4'/>", 100), 1'048'576), 10); }},
-        Row{"TrianglesOfManyBareSources",
-            [] { return triangles("<source id='s'>" + array + "</source>", 4'000, 30'000); }},
-        Row{"TrianglesOfWideVertices",
-            [] { return triangles(source(repeated("<param name='X' type='float'/>", 5'000)), 1, 90'000); }},
-        Row{"AccessorsOfALongName",
-            [] { return cloud(source("<param name='" + std::string(1'000'000, 'x') + "' type='float'/>"), 1'500); }},
-        Row{"AccessorsOfManyMatrices",
-            [] { return cloud(source(repeated("<param name='X' type='float4x4'/>", 2'000)), 700); }},
-        Row{"VerticesAskedForOften",
-            [] {
-                return meshXml(
-                    "<source id='s'>" + array + "</source><vertices id='v'>" +
-                    repeated("<input semantic='POSITION' source='#s'/>", 3'000) + "</vertices><triangles count='1'>" +
-                    repeated("<input semantic='VERTEX' source='#v' offset='0'/>", 3'000) + "<p>0 0 0</p></triangles>");
-            }},
-        Row{"OutputsAskedForOften",
-            [] {
-                return animations(
-                    1, repeated("<input semantic='OUTPUT' source='#s'/>", 3'000),
-                    "<source id='s'><float_array id='a' count='100000'>" + repeated("0 ", 100'000) +
-                        "</float_array><technique_common><accessor source='#a' count='1000' stride='100'/>"
-                        "</technique_common></source>");
-            }},
-        Row{"CurvesThatShareTheirKeys",
-            [] {
-                return animations(
-                    3'000, "<input semantic='INPUT' source='#s'/><input semantic='OUTPUT' source='#s'/>",
-                    "<source id='s'><float_array id='a' count='100000'>" + repeated("0 ", 100'000) +
-                        "</float_array><technique_common><accessor source='#a' count='100000' stride='1'/>"
-                        "</technique_common></source>");
-            }},
-        Row{"KeysThatNothingBacks",
-            [] {
-                return animations(
-                    300, "<input semantic='INPUT' source='#s'/>",
-                    "<source id='s'><technique_common><accessor count='1048576'/></technique_common></source>");
-            }}),
+        Demand{"CloudOfManyInputsWithoutParams", [] { return cloud(source("", 1'048'576), 1'000); }},
+        Demand{"CloudOfUnnamedParams", [] { return cloud(source("<param type='float'/>", 1'048'576), 100); }},
+        Demand{"CloudOfWideRecords",
+               [] { return cloud(source(repeated("<param name='X' type='float4x4'/>", 100), 1'048'576), 10); }},
+        Demand{"TrianglesOfManyBareSources",
+               [] { return triangles("<source id='s'>" + array + "</source>", 4'000, 30'000); }},
+        Demand{"TrianglesOfWideVertices",
+               [] { return triangles(source(repeated("<param name='X' type='float'/>", 5'000)), 1, 90'000); }},
+        Demand{"AccessorsOfALongName",
+               [] { return cloud(source("<param name='" + std::string(1'000'000, 'x') + "' type='float'/>"), 1'500); }},
+        Demand{"AccessorsOfManyMatrices",
+               [] { return cloud(source(repeated("<param name='X' type='float4x4'/>", 2'000)), 700); }},
+        Demand{"VerticesAskedForOften",
+               [] {
+                   return meshXml("<source id='s'>" + array + "</source><vertices id='v'>" +
+                                  repeated("<input semantic='POSITION' source='#s'/>", 3'000) +
+                                  "</vertices><triangles count='1'>" +
+                                  repeated("<input semantic='VERTEX' source='#v' offset='0'/>", 3'000) +
+                                  "<p>0 0 0</p></triangles>");
+               }},
+        Demand{"OutputsAskedForOften",
+               [] {
+                   return animations(
+                       1, repeated("<input semantic='OUTPUT' source='#s'/>", 3'000),
+                       "<source id='s'><float_array id='a' count='100000'>" + repeated("0 ", 100'000) +
+                           "</float_array><technique_common><accessor source='#a' count='1000' stride='100'/>"
+                           "</technique_common></source>");
+               }},
+        Demand{"CurvesThatShareTheirKeys",
+               [] {
+                   return animations(
+                       3'000, "<input semantic='INPUT' source='#s'/><input semantic='OUTPUT' source='#s'/>",
+                       "<source id='s'><float_array id='a' count='100000'>" + repeated("0 ", 100'000) +
+                           "</float_array><technique_common><accessor source='#a' count='100000' stride='1'/>"
+                           "</technique_common></source>");
+               }},
+        Demand{"KeysThatNothingBacks",
+               [] {
+                   return animations(
+                       300, "<input semantic='INPUT' source='#s'/>",
+                       "<source id='s'><technique_common><accessor count='1048576'/></technique_common></source>");
+               }}),
     rowName);
 
 // --- what the tests are written with ---

@@ -14,11 +14,7 @@
 
 namespace {
 
-using testSupport::ColladaBuilder;
-using testSupport::repeated;
-using testSupport::Row;
-using testSupport::rowName;
-using testSupport::TemporaryFile;
+using namespace testSupport;
 
 struct OddDocument : Row {
     std::string text;

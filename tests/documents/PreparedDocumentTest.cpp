@@ -16,9 +16,7 @@
 namespace {
 
 using documents::StoredDocument;
-using testSupport::CrashReport;
-using testSupport::rowName;
-using testSupport::TortureFolder;
+using namespace testSupport;
 
 std::vector<StoredDocument> documentsToPrepare()
 {
@@ -36,7 +34,7 @@ TEST_P(PreparedDocumentTest, IsWellFormedAndPreparesToItself)
     const TortureFolder folder;
     CrashReport report(60);
     report.begin(GetParam().path);
-    EXPECT_EQ("", testSupport::faultOfPreparation(folder.write(GetParam().content())));
+    EXPECT_EQ("", faultOfPreparation(folder.write(GetParam().content())));
 }
 
 TEST_P(PreparedDocumentTest, CutOrBentAsWell)
@@ -46,13 +44,13 @@ TEST_P(PreparedDocumentTest, CutOrBentAsWell)
     CrashReport report(300);
     for (std::size_t part = 1; part < 10; ++part) {
         report.begin(GetParam().path + " cut");
-        EXPECT_EQ("", testSupport::faultOfPreparation(folder.write(content.substr(0, content.size() * part / 10))));
+        EXPECT_EQ("", faultOfPreparation(folder.write(content.substr(0, content.size() * part / 10))));
     }
     for (unsigned seed = 0; seed < 30 && content.size() < 100'000; ++seed) {
         std::string bent = content;
-        if (testSupport::DocumentMutator(seed).mutate(bent)) {
+        if (DocumentMutator(seed).mutate(bent)) {
             report.begin(GetParam().path + " bent by seed " + std::to_string(seed));
-            EXPECT_EQ("", testSupport::faultOfPreparation(folder.write(bent))) << "seed " << seed;
+            EXPECT_EQ("", faultOfPreparation(folder.write(bent))) << "seed " << seed;
         }
     }
 }

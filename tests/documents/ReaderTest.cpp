@@ -29,11 +29,7 @@ namespace {
 using documents::StoredDocument;
 using libVideo::detail::ColladaReader;
 using libVideo::detail::ModelPartAccess;
-using testSupport::ChangeableDocument;
-using testSupport::CrashReport;
-using testSupport::DocumentMutator;
-using testSupport::documentTree;
-using testSupport::TortureFolder;
+using namespace testSupport;
 
 class Readers;
 

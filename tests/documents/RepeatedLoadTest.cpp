@@ -35,9 +35,7 @@ namespace {
 
 using documents::StoredDocument;
 using libVideo::Scene;
-using testSupport::LogCapture;
-using testSupport::rowName;
-using testSupport::SilentLog;
+using namespace testSupport;
 
 // Bytes that the process has asked for and not given back.
 std::size_t bytesInUse();
@@ -57,7 +55,7 @@ TEST(RepeatedLoadTest, AThousandScenesLeaveNothingBehind)
 {
     const auto cycle = [](unsigned i) {
         Scene scene;
-        static_cast<void>(testSupport::loadAndWalk(scene, i % 4 == 0 ? faultyDocument() : richDocument()));
+        static_cast<void>(loadAndWalk(scene, i % 4 == 0 ? faultyDocument() : richDocument()));
     };
     constexpr unsigned warmUp = 100;
     constexpr unsigned cycles = 1000;
@@ -143,7 +141,7 @@ TEST(RepeatedLoadTest, TwoScenesAtOnceDoNotDisturbEachOther)
     }
     {
         Scene scene;
-        static_cast<void>(testSupport::loadAndWalk(scene, faultyDocument()));
+        static_cast<void>(loadAndWalk(scene, faultyDocument()));
         faultyAlone = fingerprint(scene, 1.5);
     }
     ASSERT_NE(richAlone, faultyAlone);
@@ -151,7 +149,7 @@ TEST(RepeatedLoadTest, TwoScenesAtOnceDoNotDisturbEachOther)
     auto first = std::make_unique<Scene>();
     Scene second;
     ASSERT_TRUE(load(*first, richDocument()));
-    static_cast<void>(testSupport::loadAndWalk(second, faultyDocument()));
+    static_cast<void>(loadAndWalk(second, faultyDocument()));
     EXPECT_EQ(fingerprint(*first, 1.5), richAlone);
     EXPECT_EQ(fingerprint(second, 1.5), faultyAlone);
 
@@ -165,8 +163,8 @@ TEST(RepeatedLoadTest, TwoScenesAtOnceDoNotDisturbEachOther)
     first = std::make_unique<Scene>();
     ASSERT_TRUE(load(*first, richDocument()));
     EXPECT_EQ(fingerprint(*first, 1.5), richAlone);
-    EXPECT_EQ("", testSupport::walkScene(third));
-    EXPECT_EQ("", testSupport::walkScene(second));
+    EXPECT_EQ("", walkScene(third));
+    EXPECT_EQ("", walkScene(second));
 }
 
 // --- a handler that throws
@@ -224,11 +222,11 @@ TEST_P(ThrowingHandlerTest, WhatItThrowsAtEachLineLeavesTheLoad)
         {
             Scene scene;
             hasThrown = loadWithThrow(scene, GetParam().path, line);
-            EXPECT_EQ("", testSupport::walkScene(scene)) << "line " << line;
+            EXPECT_EQ("", walkScene(scene)) << "line " << line;
         }
         Scene scene;
         loadWithThrow(scene, GetParam().path, line);
-        const testSupport::LoadOutcome again = testSupport::loadAndWalk(scene, richDocument());
+        const LoadOutcome again = loadAndWalk(scene, richDocument());
         EXPECT_EQ("", again.fault) << "line " << line;
     }
 }
@@ -264,7 +262,7 @@ INSTANTIATE_TEST_SUITE_P(Documents, ThrowingHandlerTest, testing::ValuesIn(docum
 TEST(ThrowingHandlerTest, TheFaultyDocumentHasManyLines)
 {
     Scene scene;
-    EXPECT_GT(testSupport::loadAndWalk(scene, faultyDocument()).lineCount, 10u);
+    EXPECT_GT(loadAndWalk(scene, faultyDocument()).lineCount, 10u);
 }
 
 } // namespace
