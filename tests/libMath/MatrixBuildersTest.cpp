@@ -3,7 +3,6 @@
 #include <libMath/MatrixBuilders.h>
 
 #include <cmath>
-#include <ostream>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -12,6 +11,7 @@
 
 namespace {
 
+using testSupport::Row;
 using testSupport::rowName;
 
 using libMath::axisAngleRotationMatrix;
@@ -134,15 +134,11 @@ TEST(AxisAngleRotationMatrixTest, ZeroAxisGivesNanInsideAnIntactFrame)
     expectLastRowOfATransform(m);
 }
 
-struct RotationCase {
-    const char* name;
+struct RotationCase : Row {
     float axis[3];
     double radians;
 };
-void PrintTo(const RotationCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
+
 class AxisAngleStepsTest : public testing::TestWithParam<RotationCase> {};
 
 TEST_P(AxisAngleStepsTest, AxisIsNormalizedInFloatAndElementsAreMadeInDouble)
@@ -322,16 +318,12 @@ Steps crossInSteps(const Steps& a, const Steps& b)
     return {yz - zy, zx - xz, xy - yx};
 }
 
-struct LookAtCase {
-    const char* name;
+struct LookAtCase : Row {
     Steps eye;
     Steps interest;
     Steps up;
 };
-void PrintTo(const LookAtCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
+
 class LookAtStepsTest : public testing::TestWithParam<LookAtCase> {};
 
 TEST_P(LookAtStepsTest, EachStepIsRoundedToFloatInItsOrder)
@@ -372,14 +364,10 @@ TEST(LookAtTransformMatrixTest, EyeAtInterestGivesNan)
     expectLastRowOfATransform(m);
 }
 
-struct ParallelCase {
-    const char* name;
+struct ParallelCase : Row {
     float up;
 };
-void PrintTo(const ParallelCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
+
 class LookAtParallelTest : public testing::TestWithParam<ParallelCase> {};
 
 TEST_P(LookAtParallelTest, UpWithoutADirectionOfItsOwnGivesNan)

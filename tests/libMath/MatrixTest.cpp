@@ -10,7 +10,6 @@
 #include <cstring>
 #include <limits>
 #include <new>
-#include <ostream>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -439,14 +438,10 @@ TEST(MatrixTest, PointIsAColumnOnTheRight)
     expectElements((transform * points).column(0), 11, 22, 33, 1);
 }
 
-struct SumCase {
-    const char* name;
+struct SumCase : Row {
     float terms[4];
 };
-void PrintTo(const SumCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
+
 class MatrixProductOrderTest : public testing::TestWithParam<SumCase> {};
 
 // The terms are in each row and, in turn, in each column, with ones on the other side, so every element of the

@@ -7,7 +7,6 @@
 #include <cstring>
 #include <limits>
 #include <new>
-#include <ostream>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -20,6 +19,7 @@ template class libMath::Vector<float, 3>;
 namespace {
 
 using testSupport::MadeInUsedMemory;
+using testSupport::Row;
 using testSupport::rowName;
 
 using Vector3 = libMath::Vector<float, 3>;
@@ -187,16 +187,12 @@ TEST(VectorTest, NormalizedLeavesUnitAxesAsTheyAre)
     expectElements(Vector3(0.0f, 0.0f, 1.0f).normalized(), 0.0f, 0.0f, 1.0f);
 }
 
-struct NormalizedCase {
-    const char* name;
+struct NormalizedCase : Row {
     float x;
     float y;
     float z;
 };
-void PrintTo(const NormalizedCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
+
 class VectorNormalizedTest : public testing::TestWithParam<NormalizedCase> {};
 
 TEST_P(VectorNormalizedTest, SumsSquaresInOrderTakesTheRootAndDividesAllInFloat)
