@@ -237,12 +237,6 @@ int sign(int number)
     return number == 0 ? 0 : (number < 0 ? -1 : 1);
 }
 
-template <class Row>
-std::string rowName(const testing::TestParamInfo<Row>& info)
-{
-    return info.param.name;
-}
-
 } // namespace
 
 TEST_P(StringNoCaseTest, ComparesBothWays)
@@ -264,7 +258,7 @@ INSTANTIATE_TEST_SUITE_P(
                     NoCaseRow{"OnlyAsciiIsFolded", "\xC3\x84", "\xC3\xA4", -1},
                     NoCaseRow{"HighBytesAreGreaterThanAscii", "z", "\xC3\xA4", -1},
                     NoCaseRow{"SameHighBytes", "\xC3\xA4X", "\xC3\xA4x", 0}),
-    rowName<NoCaseRow>);
+    rowName);
 
 namespace {
 
@@ -304,7 +298,7 @@ INSTANTIATE_TEST_SUITE_P(
                     RealRow{"SmallestNormal", "1.17549435e-38", std::numeric_limits<float>::min()},
                     RealRow{"RoundedToFloat", "0.1", 0.1f},
                     RealRow{"ManyDigits", "0.333333333333333333333333333333333", 1.0f / 3.0f}),
-    rowName<RealRow>);
+    rowName);
 
 TEST_P(StringBadRealTest, IsRefusedAndLeavesTheValueAlone)
 {
@@ -325,7 +319,7 @@ INSTANTIATE_TEST_SUITE_P(
                     BadRealRow{"SpeltInfinity", "INFINITY"}, BadRealRow{"NegativeInfinity", "-inf"},
                     BadRealRow{"PlusInfinity", "+inf"}, BadRealRow{"NotANumber", "nan"},
                     BadRealRow{"NegativeNotANumber", " -NaN "}, BadRealRow{"NumberedNotANumber", "nan(12)"}),
-    rowName<BadRealRow>);
+    rowName);
 
 TEST(StringTest, NumberIsParsedAlikeInEveryLocale)
 {
