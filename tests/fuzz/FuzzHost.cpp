@@ -30,7 +30,7 @@ using libVideo::Scene;
 using Matrix = libMath::Matrix<float, 4, 4>;
 using vesk::String;
 
-PRIVATE_MEMBER(SceneResourcesField, libVideo::SceneResources Scene::*, &Scene::m_resources)
+PRIVATE_MEMBER(resourcesOf, libVideo::SceneResources Scene::*, &Scene::m_resources)
 
 bool hasSameBits(const Matrix& a, const Matrix& b)
 {
@@ -80,7 +80,7 @@ struct Scenes {
         for (const libVideo::GeometryTable::Bucket& bucket : visual.geometryTable()) {
             geometries.push_back(bucket.value.get());
         }
-        for (const AnimationHandle& animation : (scene.*privateMember(SceneResourcesField())).animationList) {
+        for (const AnimationHandle& animation : resourcesOf(scene).animationList) {
             animations.push_back(animation);
         }
     }
