@@ -904,7 +904,7 @@ TEST(ScenetoolCommandTest, UnknownOneIsNamedWithTheNearest)
 {
     const ProcessResult near = scenetool({"dmup", "x.dae"});
     EXPECT_EQ(usageError, near.status);
-    EXPECT_EQ("scenetool: there is no command \"dmup\"; do you mean dump? (see scenetool --help)\n", near.errors);
+    EXPECT_EQ("scenetool: there is no command \"dmup\"; did you mean dump? (see scenetool --help)\n", near.errors);
     const ProcessResult far = scenetool({"lighthouse"});
     EXPECT_EQ(usageError, far.status);
     EXPECT_EQ("scenetool: there is no command \"lighthouse\" (see scenetool --help)\n", far.errors);
