@@ -3,8 +3,8 @@
 #include "PictureMessages.h"
 #include "common/TemporaryFolder.h"
 #include "render/Offscreen.h"
+#include "render/SharedCell.h"
 #include "sandbox/Sandbox.h"
-#include "sandbox/SharedCell.h"
 
 #include <unistd.h>
 

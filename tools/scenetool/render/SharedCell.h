@@ -1,6 +1,6 @@
 #pragma once
 
-#include "../render/Sheet.h"
+#include "Sheet.h"
 
 #include <cstddef>
 
