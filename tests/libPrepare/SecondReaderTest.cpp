@@ -20,7 +20,7 @@
 #include <vector>
 
 // Another reader finds the same triangles at the same places in a document and in what it is prepared to. The documents
-// hold only what that reader reads as the standard says; of fans, for one, it misses triangles.
+// hold only what that reader reads as the standard says; it makes other triangles of fans than that does.
 
 namespace {
 
