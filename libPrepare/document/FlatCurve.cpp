@@ -305,6 +305,11 @@ FlatCurve FlatCurve::combine(const std::vector<Component>& components, Measure m
     std::vector<double> from(width);
     std::vector<double> to(width);
     std::vector<double> after(width);
+    if (times.front() > 0) { // the value of before holds until then
+        function(0, to.data());
+        function(times.front(), after.data());
+        result.addJump(times.front(), to.data(), after.data(), false);
+    }
     for (std::size_t i = 0; i + 1 < times.size(); ++i) {
         Way::Kind kind = Way::Kind::constant;
         for (std::size_t c = 0; c < width; ++c) {

@@ -1,4 +1,5 @@
 #include "AnimationWords.h"
+#include "LookDocuments.h"
 #include "Prepared.h"
 
 #include <libPrepare/document/Motion.h>
@@ -148,6 +149,16 @@ TEST(FlattenAnimationsTest, StepOfOneNumberAmongStraightOnesJumps)
         EXPECT_NEAR(time < 1 ? 0 : 4, played(done, "//animation", 0, time, 0), 1e-9) << time;
         EXPECT_NEAR(4 * time, played(done, "//animation", 1, time, 0), 1e-9) << time;
     }
+}
+
+TEST(FlattenAnimationsTest, TwoKeysAtTheStartAreAJump)
+{
+    const Prepared done(library(flat("x", "a/r.ANGLE", "ANGLE", "1 1 2", "20 40 10", "LINEAR LINEAR LINEAR")) +
+                        shown(node));
+    EXPECT_EQ("0 0 1 20", done.text("//rotate"));
+    EXPECT_EQ((Numbers{std::nextafter(1.0, 0.0), 1, 2}), sourceOf(done, "//animation", "INPUT"));
+    EXPECT_EQ((Numbers{20, 40, 10}), sourceOf(done, "//animation", "OUTPUT"));
+    test::expectStable(done);
 }
 
 TEST(FlattenAnimationsTest, BezierOverTimeKeepsItsControlPoints)
