@@ -1,3 +1,4 @@
+#include "AnimationWords.h"
 #include "Prepared.h"
 
 #include <libPrepare/document/Numbers.h>
@@ -179,6 +180,19 @@ TEST(PoseControllersTest, RelativeMorphAddsToTheBase)
 {
     const Prepared result(scene(morph("RELATIVE", "0.5 0"), morphed));
     expectNumbers({2, 0, 0, 3.5, 0, 0, 2, 1.5, 0}, shown(result, "POSITION"));
+}
+
+TEST(PoseControllersTest, AnimatedWeightsAreThoseOfTheTime)
+{
+    const std::string library = "<library_animations>" +
+                                test::flat("x", "mw-array(0)", "WEIGHT", "0 4", "0 1", "LINEAR LINEAR") +
+                                "</library_animations>";
+    libPrepare::Options options;
+    options.time = 1;
+    const Prepared result(library + scene(morph("NORMALIZED", "0.5 0"), morphed), options);
+    expectNumbers({1, 0, 0, 2, 0, 0, 1, 1, 0}, shown(result, "POSITION")); // a quarter of t: x by 0.25 * 4
+    const Prepared declared(library + scene(morph("NORMALIZED", "0.5 0"), morphed));
+    expectNumbers({2, 0, 0, 3, 0, 0, 2, 1, 0}, shown(declared, "POSITION"));
 }
 
 TEST(PoseControllersTest, SkinOfAMorphMovesTheBlendedMesh)
