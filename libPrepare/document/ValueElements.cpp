@@ -9,8 +9,12 @@ ElementTraits traitsOf(std::string_view name)
     struct Hash { // there are few names, and each element is looked up
         std::size_t operator()(std::string_view text) const
         {
-            return text.size() + 32 * static_cast<unsigned char>(text.front()) +
-                   8192 * static_cast<unsigned char>(text.back());
+            if (text.empty()) {
+                return 0;
+            }
+            const std::size_t first = static_cast<unsigned char>(text.front());
+            const std::size_t last = static_cast<unsigned char>(text.back());
+            return text.size() + 32 * first + 8192 * last;
         }
     };
     static const std::unordered_map<std::string_view, ElementTraits, Hash> traits = {
