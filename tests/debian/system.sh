@@ -7,7 +7,7 @@ bare_system() {
     echo "== debootstrap $2 into $1/$2"
     mkdir -p "$1"
     rm -rf --one-file-system "$1/$2.part"
-    debootstrap --variant=minbase "$2" "$1/$2.part" http://deb.debian.org/debian >"$1/$2.log" || { tail "$1/$2.log" >&2; return 1; }
+    debootstrap --variant=minbase "$2" "$1/$2.part" >"$1/$2.log" || { tail "$1/$2.log" >&2; return 1; }
     mv "$1/$2.part" "$1/$2"
 }
 
