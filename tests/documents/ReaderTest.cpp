@@ -197,7 +197,8 @@ INSTANTIATE_TEST_SUITE_P(
             "</newparam></profile_COMMON></effect></library_effects><library_images><image id='i'/></library_images>"},
         Row{"OwnWords",
             "<library_nodes><node><extra><technique profile='p' xmlns:a='urn:a' xmlns='urn:b'>text<a:b a:c='1' c='2' "
-            "id='own'> two <d/> three <!-- --> four </a:b><node id='x'><translate>1 2 3</translate></node><p>1</p>"
+            "id='own'> two <d xmlns='urn:d&amp;e'/> three <!-- --> four </a:b><node id='x'><translate>1 2 "
+            "3</translate></node><p>1</p>"
             "<param name='n'/></technique></extra></node></library_nodes>"},
         Row{"UnknownThings",
             "<a:b/><unknown x='1'><node/></unknown><library_nodes y='2' a:z='3' xmlns:q='r'><node unknown='4' "

@@ -22,6 +22,16 @@ const char* chars(const xmlChar* text)
     return reinterpret_cast<const char*>(text);
 }
 
+// The address of a namespace as the document model has it: with its ampersands escaped.
+std::string addressOf(const xmlChar* text)
+{
+    std::string address = text == nullptr ? "" : chars(text);
+    for (std::size_t at = address.find('&'); at != std::string::npos; at = address.find('&', at + 1)) {
+        address.replace(at, 1, "&#38;");
+    }
+    return address;
+}
+
 } // namespace
 
 DocumentParser::DocumentParser(DAE& dae, ElementTypes& types, daeDocument& document)
@@ -145,10 +155,9 @@ void DocumentParser::startElement(void* self, const xmlChar* localName, const xm
         const auto declarations = static_cast<std::size_t>(namespaceCount);
         for (std::size_t i = 0; i < declarations; ++i) { // pairs of prefix and address
             const xmlChar* const declared = namespaces[2 * i];
-            const xmlChar* const address = namespaces[2 * i + 1];
             const QualifiedName name =
                 declared == nullptr ? QualifiedName{"xmlns", nullptr} : QualifiedName{chars(declared), "xmlns"};
-            if (!builder.setAttribute(name, address == nullptr ? "" : chars(address))) {
+            if (!builder.setAttribute(name, addressOf(namespaces[2 * i + 1]))) {
                 return false;
             }
         }
