@@ -13,9 +13,7 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdlib>
 #include <memory>
-#include <new>
 #include <set>
 #include <string>
 #include <utility>
@@ -395,28 +393,3 @@ TEST_F(ReaderTest, EncodingsMakeNoDifference)
 }
 
 } // namespace
-
-// The document model leaves some values unset where their text is no number. Memory that is zero makes both trees equal then.
-void* operator new(std::size_t size)
-{
-    void* const memory = std::calloc(1, size == 0 ? 1 : size);
-    if (memory == nullptr) {
-        throw std::bad_alloc();
-    }
-    return memory;
-}
-
-void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
-{
-    return std::calloc(1, size == 0 ? 1 : size);
-}
-
-void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete(void* memory, std::size_t /*size*/) noexcept
-{
-    std::free(memory);
-}

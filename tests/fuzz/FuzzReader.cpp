@@ -10,8 +10,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <new>
 #include <set>
 #include <string>
 
@@ -86,29 +84,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         fuzz::fail("the readers make different trees");
     }
     return 0;
-}
-
-// The document model leaves some values unset where their text is no number. Memory that is zero makes both trees equal then.
-void* operator new(std::size_t size)
-{
-    void* const memory = std::calloc(1, size == 0 ? 1 : size);
-    if (memory == nullptr) {
-        throw std::bad_alloc();
-    }
-    return memory;
-}
-
-void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
-{
-    return std::calloc(1, size == 0 ? 1 : size);
-}
-
-void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete(void* memory, std::size_t /*size*/) noexcept
-{
-    std::free(memory);
 }
