@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cctype>
 #include <cerrno>
 #include <chrono>
@@ -15,9 +14,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
-#include <mutex>
+#include <map>
+#include <memory>
 #include <system_error>
-#include <thread>
+#include <utility>
 #include <vector>
 
 namespace scenetool {
@@ -122,81 +122,128 @@ bool isUpToDate(const Job& job)
     return !error && result >= fs::last_write_time(job.in, error) && !error;
 }
 
-Json convert(const Job& job, const FolderConversionSettings& settings)
+Json lineOf(const Job& job)
 {
-    Json line = {{"file", job.in.string()}, {"result", job.out.string()}};
-    if (!settings.isRepeated && isUpToDate(job)) {
-        line["status"] = "up to date";
-        return line;
+    return {{"file", job.in.string()}, {"result", job.out.string()}};
+}
+
+// The conversions of a folder, each in a process of its own.
+class Conversions {
+public:
+    Conversions(const FolderConversionSettings& settings, std::size_t count)
+        : m_settings(settings), m_sandbox(settings.limits), m_count(count)
+    {}
+
+    bool isFull() const { return m_sandbox.runningCount() >= std::max<std::size_t>(m_settings.jobs, 1); }
+    bool isIdle() const { return m_sandbox.runningCount() == 0; }
+    bool hasFailed() const { return m_hasFailed; }
+
+    void start(const Job& job)
+    {
+        if (!m_settings.isRepeated && isUpToDate(job)) {
+            Json line = lineOf(job);
+            line["status"] = "up to date";
+            print(line);
+            return;
+        }
+        const auto start = std::chrono::steady_clock::now();
+        std::error_code error;
+        fs::create_directories(job.out.parent_path(), error);
+        removeRemains(job.out);
+        try {
+            auto channel = std::make_unique<const Channel>();
+            const pid_t process = m_sandbox.start([&] { return convert(job, *channel); });
+            m_running.emplace(process, Running{job, std::move(channel), start});
+        } catch (const std::system_error& problem) {
+            printEnd(job, start, problem.what(), 0);
+        }
     }
-    const auto start = std::chrono::steady_clock::now();
-    std::string failure;
-    std::error_code error;
-    fs::create_directories(job.out.parent_path(), error);
-    removeRemains(job.out);
-    try {
-        const Channel channel;
-        const SandboxResult ended = runInSandbox(settings.limits, [&] {
-            const ConversionResult result = convertDocument(job.in.string(), job.out.string(), settings.conversion);
-            const auto lost = std::count_if(
-                result.prepared.findings.begin(), result.prepared.findings.end(),
-                [](const libPrepare::Finding& finding) { return finding.outcome == libPrepare::Outcome::lost; });
-            channel.put(result.failure.empty() ? std::to_string(lost) : result.failure);
-            return result.failure.empty() ? EXIT_SUCCESS : EXIT_FAILURE;
-        });
-        const std::string said = channel.take();
-        if (!ended.failure.empty()) {
-            failure = ended.failure;
-        } else if (ended.status != EXIT_SUCCESS) {
+
+    // Waits until one of them has ended.
+    void wait()
+    {
+        const Sandbox::Ended ended = m_sandbox.wait();
+        const auto found = m_running.find(ended.process);
+        const std::string said = found->second.channel->take();
+        std::string failure = ended.result.failure;
+        if (failure.empty() && ended.result.status != EXIT_SUCCESS) {
             failure = said.empty() ? "failed without a reason" : said;
         }
+        printEnd(found->second.job, found->second.start, failure, std::strtol(said.c_str(), nullptr, 10));
+        m_running.erase(found);
+    }
+
+private:
+    using Time = std::chrono::steady_clock::time_point;
+
+    struct Running {
+        Job job;
+        std::unique_ptr<const Channel> channel;
+        Time start;
+    };
+
+    // Called in the child process. Says what was lost, or why the conversion failed.
+    int convert(const Job& job, const Channel& channel) const
+    {
+        const ConversionResult result = convertDocument(job.in.string(), job.out.string(), m_settings.conversion);
+        const auto lost =
+            std::count_if(result.prepared.findings.begin(), result.prepared.findings.end(),
+                          [](const libPrepare::Finding& f) { return f.outcome == libPrepare::Outcome::lost; });
+        channel.put(result.failure.empty() ? std::to_string(lost) : result.failure);
+        return result.failure.empty() ? EXIT_SUCCESS : EXIT_FAILURE;
+    }
+
+    void printEnd(const Job& job, Time start, const std::string& failure, long lost)
+    {
+        Json line = lineOf(job);
         if (failure.empty()) {
-            line["lost"] = std::strtol(said.c_str(), nullptr, 10);
+            line["lost"] = lost;
         }
-    } catch (const std::system_error& problem) {
-        failure = problem.what();
+        line["status"] = failure.empty() ? "converted" : "failed";
+        if (!failure.empty()) {
+            line["reason"] = failure;
+            m_hasFailed = true;
+        }
+        line["seconds"] = std::chrono::duration<float>(std::chrono::steady_clock::now() - start).count();
+        print(line);
     }
-    line["status"] = failure.empty() ? "converted" : "failed";
-    if (!failure.empty()) {
-        line["reason"] = failure;
+
+    void print(const Json& line)
+    {
+        ++m_done;
+        std::cout << line.dump(-1, ' ', false, Json::error_handler_t::replace) << std::endl;
+        if (m_settings.showsProgress) {
+            constexpr std::size_t width = 40;
+            const std::size_t filled = width * m_done / m_count;
+            std::cerr << "\r[" << std::string(filled, '#') << std::string(width - filled, ' ') << "] " << m_done
+                      << " of " << m_count << (m_done == m_count ? "\n" : "") << std::flush;
+        }
     }
-    line["seconds"] = std::chrono::duration<float>(std::chrono::steady_clock::now() - start).count();
-    return line;
-}
+
+    const FolderConversionSettings& m_settings;
+    Sandbox m_sandbox;
+    std::map<pid_t, Running> m_running;
+    std::size_t m_count;
+    std::size_t m_done = 0;
+    bool m_hasFailed = false;
+};
 
 } // namespace
 
 bool convertFolder(const std::string& in, const std::string& out, const FolderConversionSettings& settings)
 {
     const std::vector<Job> jobs = jobsOf(in, out);
-    std::atomic<std::size_t> next{0};
-    std::size_t done = 0;
-    std::size_t failed = 0;
-    std::mutex mutex;
-    const auto work = [&] {
-        for (std::size_t i = next++; i < jobs.size(); i = next++) {
-            const Json line = convert(jobs[i], settings);
-            const std::lock_guard<std::mutex> lock(mutex);
-            ++done;
-            failed += line["status"] == "failed" ? 1 : 0;
-            std::cout << line.dump(-1, ' ', false, Json::error_handler_t::replace) << std::endl;
-            if (settings.showsProgress) {
-                constexpr std::size_t width = 40;
-                const std::size_t filled = width * done / jobs.size();
-                std::cerr << "\r[" << std::string(filled, '#') << std::string(width - filled, ' ') << "] " << done
-                          << " of " << jobs.size() << (done == jobs.size() ? "\n" : "") << std::flush;
-            }
+    Conversions conversions(settings, jobs.size());
+    for (const Job& job : jobs) {
+        if (conversions.isFull()) {
+            conversions.wait();
         }
-    };
-    std::vector<std::thread> workers;
-    const std::size_t count = std::clamp<std::size_t>(settings.jobs, 1, std::max<std::size_t>(jobs.size(), 1));
-    for (std::size_t i = 0; i < count; ++i) {
-        workers.emplace_back(work);
+        conversions.start(job);
     }
-    for (std::thread& worker : workers) {
-        worker.join();
+    while (!conversions.isIdle()) {
+        conversions.wait();
     }
-    return failed == 0;
+    return !conversions.hasFailed();
 }
 
 } // namespace scenetool

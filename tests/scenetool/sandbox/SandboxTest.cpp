@@ -12,13 +12,17 @@
 #include <csignal>
 #include <cstddef>
 #include <iostream>
+#include <map>
+#include <set>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace {
 
 using scenetool::runInSandbox;
+using scenetool::Sandbox;
 using scenetool::SandboxLimits;
 using scenetool::SandboxResult;
 using testSupport::ColladaBuilder;
@@ -32,6 +36,44 @@ TEST(SandboxTest, GivesTheStatusOfTheAction)
         EXPECT_EQ("", result.failure);
         EXPECT_EQ(status, result.status);
     }
+}
+
+TEST(SandboxTest, TellsApartWhatRunsAtATime)
+{
+    Sandbox sandbox{SandboxLimits()};
+    std::map<pid_t, int> expected;
+    for (const int status : {0, 5, 77}) {
+        expected[sandbox.start([status] { return status; })] = status;
+    }
+    ASSERT_EQ(3u, expected.size());
+
+    std::map<pid_t, int> ended;
+    for (std::size_t left = 3; left > 0; --left) {
+        EXPECT_EQ(left, sandbox.runningCount());
+        const Sandbox::Ended one = sandbox.wait();
+        EXPECT_EQ("", one.result.failure);
+        ended[one.process] = one.result.status;
+    }
+    EXPECT_EQ(expected, ended);
+    EXPECT_EQ(0u, sandbox.runningCount());
+    EXPECT_THROW(sandbox.wait(), std::system_error);
+}
+
+TEST(SandboxTest, ChildrenOfOthersDoNotCount)
+{
+    Sandbox other{SandboxLimits()};
+    other.start([] { return 3; });
+    Sandbox sandbox{SandboxLimits()};
+    std::set<pid_t> started;
+    for (int i = 0; i < 2; ++i) {
+        started.insert(sandbox.start([] { return static_cast<int>(sleep(1)); }));
+    }
+
+    std::set<pid_t> ended;
+    for (int i = 0; i < 2; ++i) {
+        ended.insert(sandbox.wait().process);
+    }
+    EXPECT_EQ(started, ended);
 }
 
 TEST(SandboxTest, MemoryOfTheCallerIsUntouched)

@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -72,25 +73,8 @@ std::string reasonOf(int signal, const SandboxLimits& limits)
     }
 }
 
-} // namespace
-
-SandboxResult runInSandbox(const SandboxLimits& limits, const std::function<int()>& action)
+SandboxResult resultOf(int status, const SandboxLimits& limits)
 {
-    std::cout.flush(); // otherwise the child would write it again
-    std::cerr.flush();
-    const pid_t child = fork();
-    if (child < 0) {
-        throw std::system_error(errno, std::generic_category(), "cannot start a process");
-    }
-    if (child == 0) {
-        runChild(limits, action);
-    }
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0) {
-        if (errno != EINTR) {
-            throw std::system_error(errno, std::generic_category(), "cannot wait for a process");
-        }
-    }
     if (WIFSIGNALED(status)) {
         return {0, reasonOf(WTERMSIG(status), limits)};
     }
@@ -98,6 +82,48 @@ SandboxResult runInSandbox(const SandboxLimits& limits, const std::function<int(
         return {0, "failed with an exception"};
     }
     return {WEXITSTATUS(status), std::string()};
+}
+
+} // namespace
+
+pid_t Sandbox::start(const std::function<int()>& action)
+{
+    m_running.reserve(m_running.size() + 1);
+    std::cout.flush(); // otherwise the child would write it again
+    std::cerr.flush();
+    const pid_t child = fork();
+    if (child < 0) {
+        throw std::system_error(errno, std::generic_category(), "cannot start a process");
+    }
+    if (child == 0) {
+        runChild(m_limits, action);
+    }
+    m_running.push_back(child);
+    return child;
+}
+
+Sandbox::Ended Sandbox::wait()
+{
+    while (true) {
+        int status = 0;
+        const pid_t any = -1; // which may be a child that this program inherited from the one that it replaced
+        const pid_t child = waitpid(m_running.size() == 1 ? m_running.front() : any, &status, 0);
+        if (child < 0 && errno != EINTR) {
+            throw std::system_error(errno, std::generic_category(), "cannot wait for a process");
+        }
+        const auto found = std::find(m_running.begin(), m_running.end(), child);
+        if (found != m_running.end()) {
+            m_running.erase(found);
+            return {child, resultOf(status, m_limits)};
+        }
+    }
+}
+
+SandboxResult runInSandbox(const SandboxLimits& limits, const std::function<int()>& action)
+{
+    Sandbox sandbox(limits);
+    sandbox.start(action);
+    return sandbox.wait().result;
 }
 
 } // namespace scenetool
