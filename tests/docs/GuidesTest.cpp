@@ -1,122 +1,34 @@
+#include "GuideBlock.h"
+
+#include "support/Files.h"
 #include "support/Process.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <regex>
 #include <set>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 // What the guides show as code stands in programs that are compiled, what they show as output is what these print, and
-// what they link to is there. A block says in a comment above it where it comes from:
-//
-//     <!-- code: docs/snippets/frame.cpp load -->     the region between "// [load]" and "// [/load]"
-//     <!-- output: frameSnippet docs/snippets/crane.dae -->
-//
-// A block of C++ without such a comment fails.
+// what they link to is there. A block of C++ without a comment that says where it comes from fails.
 
 namespace {
 
 namespace fs = std::filesystem;
+using namespace docsTests;
+using testSupport::contentOf;
 
 const fs::path sourceFolder = SOURCE_FOLDER;
-
-std::string readFile(const fs::path& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        throw std::runtime_error("cannot read " + path.string());
-    }
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-std::vector<std::string> linesOf(const std::string& text)
-{
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
 
 std::vector<std::string> wordsOf(const std::string& text)
 {
     std::istringstream stream(text);
     return {std::istream_iterator<std::string>(stream), std::istream_iterator<std::string>()};
-}
-
-/// A fenced block of a guide, and the comment right above it.
-struct Block {
-    std::string place; ///< file and line
-    std::string language;
-    std::string origin; ///< what the comment says; empty without one
-    std::string text;
-};
-
-std::vector<fs::path> guides()
-{
-    std::vector<fs::path> files;
-    for (const auto& entry : fs::directory_iterator(sourceFolder / "docs")) {
-        if (entry.path().extension() == ".md") {
-            files.push_back(entry.path());
-        }
-    }
-    std::sort(files.begin(), files.end());
-    return files;
-}
-
-std::vector<Block> blocksOf(const fs::path& file)
-{
-    std::vector<Block> blocks;
-    const std::vector<std::string> lines = linesOf(readFile(file));
-    const std::regex comment("<!-- ((?:code|output): .*) -->");
-    for (std::size_t i = 0; i < lines.size(); ++i) {
-        if (lines[i].rfind("```", 0) != 0) {
-            continue;
-        }
-        Block block{file.filename().string() + ":" + std::to_string(i + 1), lines[i].substr(3), "", ""};
-        std::smatch match;
-        if (i > 0 && std::regex_match(lines[i - 1], match, comment)) {
-            block.origin = match[1];
-        }
-        for (++i; i < lines.size() && lines[i] != "```"; ++i) {
-            block.text += lines[i] + "\n";
-        }
-        blocks.push_back(block);
-    }
-    return blocks;
-}
-
-// The lines of a region without the blanks that all of them start with.
-std::string regionOf(const fs::path& source, const std::string& name)
-{
-    std::vector<std::string> region;
-    std::size_t indent = std::string::npos;
-    bool isInside = false;
-    for (const std::string& line : linesOf(readFile(source))) {
-        const std::size_t first = line.find_first_not_of(' ');
-        if (first != std::string::npos && line.substr(first) == "// [/" + name + "]") {
-            std::string text;
-            for (const std::string& inner : region) {
-                text += (inner.size() > indent ? inner.substr(indent) : "") + "\n";
-            }
-            return text;
-        }
-        if (isInside) {
-            region.push_back(line);
-            indent = std::min(indent, first);
-        }
-        isInside = isInside || (first != std::string::npos && line.substr(first) == "// [" + name + "]");
-    }
-    throw std::runtime_error(source.string() + " has no region " + name);
 }
 
 std::string outputOf(std::vector<std::string> command)
@@ -136,7 +48,7 @@ class GuideTest : public testing::TestWithParam<fs::path> {};
 
 TEST_P(GuideTest, ShowsWhatIsCompiledAndPrinted)
 {
-    for (const Block& block : blocksOf(GetParam())) {
+    for (const GuideBlock& block : blocksOf(GetParam())) {
         const std::vector<std::string> words = wordsOf(block.origin);
         if (words.empty()) {
             EXPECT_NE("cpp", block.language) << block.place << " shows C++ that nothing compiles:\n" << block.text;
@@ -149,7 +61,7 @@ TEST_P(GuideTest, ShowsWhatIsCompiledAndPrinted)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Guides, GuideTest, testing::ValuesIn(guides()), [](const auto& row) {
+INSTANTIATE_TEST_SUITE_P(Guides, GuideTest, testing::ValuesIn(guidesIn(sourceFolder / "docs")), [](const auto& row) {
     std::string name = row.param.stem().string();
     std::replace(name.begin(), name.end(), '-', '_');
     return name;
@@ -158,8 +70,8 @@ INSTANTIATE_TEST_SUITE_P(Guides, GuideTest, testing::ValuesIn(guides()), [](cons
 TEST(GuidesTest, EverySnippetIsShown)
 {
     std::set<std::string> shown;
-    for (const fs::path& guide : guides()) {
-        for (const Block& block : blocksOf(guide)) {
+    for (const fs::path& guide : guidesIn(sourceFolder / "docs")) {
+        for (const GuideBlock& block : blocksOf(guide)) {
             shown.insert(block.origin);
         }
     }
@@ -170,7 +82,7 @@ TEST(GuidesTest, EverySnippetIsShown)
                 continue;
             }
             const std::string source = std::string(folder) + "/" + entry.path().filename().string();
-            for (const std::string& line : linesOf(readFile(entry.path()))) {
+            for (const std::string& line : linesOf(contentOf(entry.path()))) {
                 std::smatch match;
                 if (std::regex_match(line, match, start)) {
                     EXPECT_EQ(1u, shown.count("code: " + source + " " + match[1].str())) << source << ": " << line;
@@ -184,10 +96,10 @@ TEST(GuidesTest, EveryLinkLeadsToAFile)
 {
     const std::regex link("\\]\\(([^)#]+)(#[^)]*)?\\)");
     unsigned found = 0;
-    std::vector<fs::path> files = guides();
+    std::vector<fs::path> files = guidesIn(sourceFolder / "docs");
     files.push_back(sourceFolder / "README.md"); // its code and output are compared by a test of their own
     for (const fs::path& file : files) {
-        const std::string text = readFile(file);
+        const std::string text = contentOf(file);
         for (std::sregex_iterator it(text.begin(), text.end(), link); it != std::sregex_iterator(); ++it) {
             const std::string target = (*it)[1];
             if (target.find("://") == std::string::npos) {
@@ -201,7 +113,7 @@ TEST(GuidesTest, EveryLinkLeadsToAFile)
 
 TEST(GuidesTest, EveryWordOfAnExceptionIsExplained)
 {
-    const std::string guide = readFile(sourceFolder / "docs/when-something-is-wrong.md");
+    const std::string guide = contentOf(sourceFolder / "docs/when-something-is-wrong.md");
     const std::regex thrown("throw (?:vesk::)?(?!AssertionFailure)[A-Za-z]+\\(\"([^\"]+)\"");
     unsigned found = 0;
     for (const char* const folder : {"foundation", "libMath", "libVideo"}) {
@@ -210,7 +122,7 @@ TEST(GuidesTest, EveryWordOfAnExceptionIsExplained)
             if (ending != ".cpp" && ending != ".h") {
                 continue;
             }
-            const std::string text = readFile(entry.path());
+            const std::string text = contentOf(entry.path());
             for (std::sregex_iterator it(text.begin(), text.end(), thrown); it != std::sregex_iterator(); ++it) {
                 ++found;
                 const std::string words = (*it)[1];

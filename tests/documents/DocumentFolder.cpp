@@ -1,10 +1,10 @@
 #include "DocumentFolder.h"
 
+#include "support/Files.h"
+
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <ostream>
 #include <system_error>
 
@@ -36,8 +36,7 @@ void append(std::vector<StoredDocument>& documents, const std::vector<StoredDocu
 
 std::string StoredDocument::content() const
 {
-    std::ifstream file(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    return testSupport::contentOf(path);
 }
 
 void PrintTo(const StoredDocument& document, std::ostream* out)

@@ -1,4 +1,5 @@
 #include "support/ColladaBuilder.h"
+#include "support/Files.h"
 #include "support/LogCapture.h"
 #include "support/Rows.h"
 #include "support/Words.h"
@@ -10,9 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <map>
 #include <regex>
 #include <set>
@@ -871,12 +870,6 @@ struct Statement {
     std::string place() const { return file + ":" + std::to_string(line) + ": " + pattern; }
 };
 
-std::string readFile(const std::filesystem::path& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
 // Comments and preprocessor lines become blanks, of the same length.
 std::string withoutComments(std::string text)
 {
@@ -972,7 +965,7 @@ std::map<std::filesystem::path, std::string> sceneGraphSources()
          std::filesystem::recursive_directory_iterator(std::filesystem::path(LIBVIDEO_SOURCE_DIR) / "SceneGraph")) {
         const std::string ending = entry.path().extension().string();
         if (ending == ".cpp" || ending == ".h") {
-            sources.emplace(entry.path(), withoutComments(readFile(entry.path())));
+            sources.emplace(entry.path(), withoutComments(testSupport::contentOf(entry.path())));
         }
     }
     return sources;
@@ -1063,7 +1056,7 @@ std::string keyOf(const std::string& channel, const std::string& pattern)
 
 ListedLines listedLines()
 {
-    const nlohmann::json list = nlohmann::json::parse(readFile(MESSAGES_LIST));
+    const nlohmann::json list = nlohmann::json::parse(testSupport::contentOf(MESSAGES_LIST));
     const std::regex value("\\{[a-z]+\\}"); // the reference names what is filled in
     ListedLines lines;
     for (const nlohmann::json& entry : list.at("messages")) {
@@ -1108,7 +1101,7 @@ TEST(MessageTableTest, NothingIsLoggedPastTheStatement)
         if (entry.path().filename() == "Log.h" || !entry.is_regular_file()) {
             continue;
         }
-        const std::string text = withoutComments(readFile(entry.path()));
+        const std::string text = withoutComments(testSupport::contentOf(entry.path()));
         for (const char* const direct : {"LoggerStream", "createLogger", "->log("}) {
             EXPECT_EQ(std::string::npos, text.find(direct)) << entry.path() << ": " << direct;
         }

@@ -38,10 +38,4 @@ std::size_t TemporaryFolder::size() const
         std::distance(std::filesystem::directory_iterator(m_path), std::filesystem::directory_iterator()));
 }
 
-std::string contentOf(const std::filesystem::path& file)
-{
-    std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
 } // namespace test

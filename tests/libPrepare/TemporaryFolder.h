@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/Files.h"
+
 #include <filesystem>
 #include <string>
 
@@ -23,7 +25,6 @@ private:
     std::filesystem::path m_path;
 };
 
-/// All bytes of a file; empty if there is none.
-std::string contentOf(const std::filesystem::path& file);
+using testSupport::contentOf;
 
 } // namespace test

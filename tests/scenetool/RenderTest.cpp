@@ -3,6 +3,7 @@
 #include "Scenetool.h"
 
 #include "support/ColladaBuilder.h"
+#include "support/Files.h"
 #include "support/Rows.h"
 
 #include <gtest/gtest.h>
@@ -49,12 +50,6 @@ void writeFile(const std::filesystem::path& path, const std::string& bytes)
     std::ofstream file(path, std::ios::binary);
     file << bytes;
     ASSERT_TRUE(file.flush());
-}
-
-std::string contentOf(const std::filesystem::path& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
 // --- documents

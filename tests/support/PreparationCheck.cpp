@@ -1,23 +1,16 @@
 #include "PreparationCheck.h"
 
+#include "support/Files.h"
 #include "support/SceneWalker.h"
 
 #include <libPrepare/Prepare.h>
 #include <libVideo/SceneGraph/Scene.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 namespace testSupport {
 
 namespace {
-
-std::string contentOf(const std::filesystem::path& file)
-{
-    std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
 
 std::string textOf(const libPrepare::Finding* finding)
 {

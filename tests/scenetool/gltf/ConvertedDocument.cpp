@@ -1,6 +1,7 @@
 #include "ConvertedDocument.h"
 
 #include "support/ColladaBuilder.h"
+#include "support/Files.h"
 #include "support/Process.h"
 
 #include <png.h>
@@ -11,18 +12,11 @@
 #include <cstdint>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <numeric>
 
 namespace testSupport {
 
 namespace {
-
-std::string contentOf(const std::filesystem::path& file)
-{
-    std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
 
 std::uint32_t wordAt(const std::string& bytes, std::size_t at)
 {

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace testSupport {
+
+/// All bytes of a file; empty if there is none.
+std::string contentOf(const std::filesystem::path& file);
+
+} // namespace testSupport
