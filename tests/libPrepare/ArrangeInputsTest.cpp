@@ -1,3 +1,5 @@
+#include "AnimationWords.h"
+#include "Expectations.h"
 #include "Prepared.h"
 
 #include <gtest/gtest.h>
@@ -5,23 +7,12 @@
 namespace {
 
 using test::Prepared;
+using test::source;
 
-std::string source(const std::string& id, const std::string& numbers, int count, int stride, const std::string& params)
-{
-    std::string result = "<source id='" + id + "'><float_array id='" + id + "-array' count='" +
-                         std::to_string(count * stride) + "'>" + numbers +
-                         "</float_array><technique_common><accessor source='#" + id + "-array' count='" +
-                         std::to_string(count) + "' stride='" + std::to_string(stride) + "'>";
-    for (const char name : params) {
-        result += std::string("<param name='") + name + "' type='float'/>";
-    }
-    return result + "</accessor></technique_common></source>";
-}
-
-const std::string positions = source("p", "0 0 0 1 0 0 0 1 0", 3, 3, "XYZ");
-const std::string normals = source("n", "0 0 1 1 0 0 0 1 0", 3, 3, "XYZ");
-const std::string coordinates = source("t", "0 0 1 0 0 1", 3, 2, "ST");
-const std::string moreCoordinates = source("u", "5 5 6 5 5 6", 3, 2, "ST");
+const std::string positions = source("p", "X Y Z", "0 0 0 1 0 0 0 1 0");
+const std::string normals = source("n", "X Y Z", "0 0 1 1 0 0 0 1 0");
+const std::string coordinates = source("t", "S T", "0 0 1 0 0 1");
+const std::string moreCoordinates = source("u", "S T", "5 5 6 5 5 6");
 const std::string vertices = "<vertices id='v'><input semantic='POSITION' source='#p'/></vertices>";
 
 std::string mesh(const std::string& content)
@@ -43,13 +34,6 @@ std::string inputs(const Prepared& result)
         }
     }
     return text;
-}
-
-void expectSettled(const Prepared& result)
-{
-    const Prepared again(result.xml());
-    EXPECT_FALSE(again.report.changed);
-    EXPECT_EQ(result.xml(), again.xml());
 }
 
 struct InputCase {
@@ -76,7 +60,7 @@ TEST_P(ArrangeInputsTest, InputsReadRightlyByPosition)
     EXPECT_NE(0U, result.findings(row.kind)) << row.kind;
     EXPECT_EQ(1U, result.count("//vertices/input"));
     EXPECT_TRUE(result.report.changed);
-    expectSettled(result);
+    test::expectStable(result);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -147,19 +131,19 @@ TEST(ArrangeInputsMeshTest, IndexBeyondItsSourceGetsANeutralRecord)
     EXPECT_EQ("0 0 1 1 0 0 0 1 0 0 0 1", result.text("//source[@id='n']/float_array"));
     EXPECT_STREQ("4", result.node("//source[@id='n']//accessor").attribute("count").value());
     EXPECT_EQ(1U, result.findings("indices"));
-    expectSettled(result);
+    test::expectStable(result);
 }
 
 TEST(ArrangeInputsMeshTest, AttributeOfTheVerticesWithFewerRecordsIsFilledUp)
 {
     const Prepared result(
-        "<library_geometries><geometry id='g'><mesh>" + positions + source("c", "1 0 0", 1, 3, "RGB") +
+        "<library_geometries><geometry id='g'><mesh>" + positions + source("c", "R G B", "1 0 0") +
         "<vertices id='v'><input semantic='POSITION' source='#p'/><input semantic='COLOR' source='#c'/>"
         "</vertices><triangles count='1'><input semantic='VERTEX' source='#v' offset='0'/><p>0 1 2</p>"
         "</triangles></mesh></geometry></library_geometries>");
     EXPECT_EQ("1 0 0 1 1 1 1 1 1", result.text("//source[@id='c']/float_array"));
     EXPECT_EQ("0 1 2", result.text("//triangles/p"));
-    expectSettled(result);
+    test::expectStable(result);
 }
 
 TEST(ArrangeInputsMeshTest, DiffuseTextureChoosesTheSet)
@@ -222,7 +206,7 @@ TEST_P(ArrangeInputsSourceTest, NumbersLieOneAfterTheOther)
     EXPECT_EQ('#' + std::string(result.node("//source[@id='p']/float_array").attribute("id").value()),
               accessor.attribute("source").value());
     EXPECT_EQ(1U, result.findings("source"));
-    expectSettled(result);
+    test::expectStable(result);
 }
 
 std::string odd(const std::string& array, const std::string& accessor)
@@ -291,7 +275,7 @@ TEST(ArrangeInputsMeshTest, SourcesThatShareAnArrayAreToldApart)
                           "2</p></triangles></mesh></geometry></library_geometries>");
     EXPECT_EQ("0 0 0 1 0 0 0 1 0", result.text("//source[@id='p']/float_array"));
     EXPECT_EQ("0 0 1 0 0 2 0 0 3", result.text("//source[@id='n']/float_array"));
-    expectSettled(result);
+    test::expectStable(result);
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include "Expectations.h"
 #include "LookDocuments.h"
 
 #include <gtest/gtest.h>

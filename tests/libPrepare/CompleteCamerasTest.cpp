@@ -1,7 +1,7 @@
 #include "AnimationWords.h"
+#include "Expectations.h"
+#include "FlatCurves.h"
 #include "Prepared.h"
-
-#include <libPrepare/document/Numbers.h>
 
 #include <gtest/gtest.h>
 
@@ -10,6 +10,7 @@
 namespace {
 
 using libPrepare::Options;
+using test::expectNear;
 using test::Prepared;
 using test::shown;
 
@@ -28,11 +29,6 @@ const std::string square = cameraOf("<perspective><xfov>60</xfov><yfov>60</yfov>
 const std::string identityMatrix = "<matrix>1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1</matrix>";
 const std::string instance = "<instance_camera url='#c'/>";
 
-Numbers read(const Prepared& done, const std::string& path)
-{
-    return libPrepare::numbers(done.text(path.c_str()));
-}
-
 // The path of the node that a camera looks at.
 std::string targetOf(const Prepared& done, const std::string& camera)
 {
@@ -41,27 +37,13 @@ std::string targetOf(const Prepared& done, const std::string& camera)
     return "//visual_scene/node[@id='" + reference.substr(1) + "']";
 }
 
-void expectNear(const Numbers& expected, const Numbers& actual, double error = 1e-9)
-{
-    ASSERT_EQ(expected.size(), actual.size());
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-        EXPECT_NEAR(expected[i], actual[i], error) << "number " << i;
-    }
-}
-
 // The numbers of a curve at a time, where it is straight between its keys.
 Numbers straight(const Prepared& done, const std::string& node, double time)
 {
     const std::string id = done.node(node.c_str()).attribute("id").value();
     const std::string animation = "//animation[starts-with(channel/@target, '" + id + "/')]";
-    const auto source = [&](const char* semantic) {
-        return done.node((animation + "/sampler/input[@semantic='" + semantic + "']").c_str())
-                   .attribute("source")
-                   .value() +
-               1;
-    };
-    const Numbers times = read(done, std::string("//source[@id='") + source("INPUT") + "']/float_array");
-    const Numbers values = read(done, std::string("//source[@id='") + source("OUTPUT") + "']/float_array");
+    const Numbers times = test::sourceOf(done, animation, "INPUT");
+    const Numbers values = test::sourceOf(done, animation, "OUTPUT");
     std::size_t k = 1;
     while (k + 1 < times.size() && times[k] < time) {
         ++k;
@@ -84,9 +66,9 @@ TEST(CompleteCamerasTest, CameraAndTargetComeDirectlyUnderTheScene)
     EXPECT_EQ(0U, done.count("//node[@id='b']/instance_camera"));
     EXPECT_EQ(1U, done.count("//node[@id='a']/node[@id='b']"));
     EXPECT_STREQ("Lens", done.node(eye.c_str()).attribute("name").value());
-    expectNear({0, 0, 1, 1, 0, 1, 0, 2, -1, 0, 0, 3, 0, 0, 0, 1}, read(done, eye + "/matrix"));
+    expectNear({0, 0, 1, 1, 0, 1, 0, 2, -1, 0, 0, 3, 0, 0, 0, 1}, done.numbers(eye + "/matrix"));
     // It looks along -X, from (1 2 3), as far as that is from the origin.
-    expectNear({1 - std::sqrt(14.0), 2, 3}, read(done, targetOf(done, "c") + "/translate"));
+    expectNear({1 - std::sqrt(14.0), 2, 3}, done.numbers(targetOf(done, "c") + "/translate"));
     EXPECT_EQ(1U, done.findings("camera without a look-at node"));
 }
 
@@ -118,8 +100,8 @@ TEST(CompleteCamerasTest, CameraAtTwoNodesBecomesTwo)
     const std::string other = done.node("//camera[@id!='c']").attribute("id").value();
     EXPECT_EQ(1U, done.count("//instance_camera[@url='#c']"));
     EXPECT_EQ(1U, done.count(("//instance_camera[@url='#" + other + "']").c_str()));
-    expectNear({0, 0, -1}, read(done, targetOf(done, "c") + "/translate"));
-    expectNear({0, 0, 0}, read(done, targetOf(done, other) + "/translate"));
+    expectNear({0, 0, -1}, done.numbers(targetOf(done, "c") + "/translate"));
+    expectNear({0, 0, 0}, done.numbers(targetOf(done, other) + "/translate"));
 }
 
 TEST(CompleteCamerasTest, CopiesOfAnAnimatedCameraAreAnimatedToo)
@@ -142,12 +124,12 @@ TEST(CompleteCamerasTest, OrthographicCameraIsAPerspectiveOneFarBack)
                         shown("<node id='a'><translate>0 7 0</translate>" + instance + "</node>"));
     EXPECT_EQ(0U, done.count("//orthographic"));
     const std::string eye = "//visual_scene/node[instance_camera]";
-    EXPECT_EQ(4000, read(done, eye + "/matrix")[11]);
-    EXPECT_EQ(7, read(done, eye + "/matrix")[7]);
-    EXPECT_NEAR(4, 4000 * std::tan(read(done, "//xfov")[0] / 2 * degree), 1e-9);
-    EXPECT_NEAR(3, 4000 * std::tan(read(done, "//yfov")[0] / 2 * degree), 1e-9);
-    EXPECT_EQ((Numbers{4001}), read(done, "//znear"));
-    EXPECT_EQ((Numbers{4050}), read(done, "//zfar"));
+    EXPECT_EQ(4000, done.numbers(eye + "/matrix")[11]);
+    EXPECT_EQ(7, done.numbers(eye + "/matrix")[7]);
+    EXPECT_NEAR(4, 4000 * std::tan(done.numbers("//xfov")[0] / 2 * degree), 1e-9);
+    EXPECT_NEAR(3, 4000 * std::tan(done.numbers("//yfov")[0] / 2 * degree), 1e-9);
+    EXPECT_EQ((Numbers{4001}), done.numbers("//znear"));
+    EXPECT_EQ((Numbers{4050}), done.numbers("//zfar"));
     ASSERT_EQ(1U, done.report.approximations.size());
     EXPECT_EQ(4, done.report.approximations[0].xmag);
     EXPECT_EQ("c", done.report.approximations[0].id);
@@ -183,8 +165,8 @@ TEST_P(FieldOfViewTest, BothAnglesAreWritten)
         cameraOf("<perspective>" + std::string(GetParam().optics) + "<znear>1</znear><zfar>9</zfar></perspective>") +
             shown("<node>" + identityMatrix + "</node>"),
         options);
-    expectNear({GetParam().xfov}, read(done, "//xfov"));
-    expectNear({GetParam().yfov}, read(done, "//yfov"));
+    expectNear({GetParam().xfov}, done.numbers("//xfov"));
+    expectNear({GetParam().yfov}, done.numbers("//yfov"));
     EXPECT_EQ(0U, done.count("//xfov/preceding-sibling::*"));
     EXPECT_EQ(1U, done.count("//yfov/preceding-sibling::*"));
     EXPECT_EQ(0U, done.count("//aspect_ratio"));

@@ -1,3 +1,4 @@
+#include "Expectations.h"
 #include "LookDocuments.h"
 
 #include <libPrepare/document/Numbers.h>
@@ -44,11 +45,6 @@ const std::string wholeSpot = "<spot><color>1 1 1</color><constant_attenuation>1
 std::string vendor(const std::string& values)
 {
     return "<extra><technique profile=\"FCOLLADA\">" + values + "</technique></extra>";
-}
-
-std::vector<double> numbersAt(const Prepared& prepared, const std::string& path)
-{
-    return libPrepare::numbers(prepared.text(path.c_str()));
 }
 
 // The id of the node that a spot's vendor data names.
@@ -224,7 +220,7 @@ TEST(CompleteLightsTest, DirectionalIsFarFromALargeScene)
         scene(light("l", directional),
               node("big", at("0", "0", "999"), "<instance_geometry url=\"#geo\"/>") + node("n", origin, show("l")),
               triangle));
-    EXPECT_EQ(1e7, numbersAt(prepared, "//node[@id='n']/node/matrix").at(11));
+    EXPECT_EQ(1e7, prepared.numbers("//node[@id='n']/node/matrix").at(11));
 }
 
 std::string ambient(const std::string& id, const std::string& color)

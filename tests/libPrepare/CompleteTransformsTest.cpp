@@ -1,4 +1,5 @@
 #include "AnimationWords.h"
+#include "Expectations.h"
 #include "Prepared.h"
 
 #include <libPrepare/document/Numbers.h>
@@ -7,17 +8,9 @@
 
 namespace {
 
+using test::expectNear;
 using test::Prepared;
 using test::shown;
-
-void expectNumbers(const std::vector<double>& expected, const std::string& text)
-{
-    const std::vector<double> values = libPrepare::numbers(text);
-    ASSERT_EQ(expected.size(), values.size()) << text;
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-        EXPECT_NEAR(expected[i], values[i], 1e-12) << i << " of " << text;
-    }
-}
 
 TEST(CompleteTransformsTest, NodeWithoutATransformGetsTheIdentityBeforeAllElseButItsAsset)
 {
@@ -31,21 +24,21 @@ TEST(CompleteTransformsTest, NodeWithoutATransformGetsTheIdentityBeforeAllElseBu
 TEST(CompleteTransformsTest, LookatBecomesAMatrixWithItsSid)
 {
     const Prepared done(shown("<node><lookat sid='l'>1 2 3 1 2 13 0 1 0</lookat></node>"));
-    expectNumbers({-1, 0, 0, 1, 0, 1, 0, 2, 0, 0, -1, 3, 0, 0, 0, 1}, done.text("//matrix[@sid='l']"));
+    expectNear({-1, 0, 0, 1, 0, 1, 0, 2, 0, 0, -1, 3, 0, 0, 0, 1}, done.numbers("//matrix[@sid='l']"), 1e-12);
     EXPECT_EQ(1U, done.findings("lookat"));
 }
 
 TEST(CompleteTransformsTest, SkewBecomesAMatrix)
 {
     const Prepared done(shown("<node><skew>45 1 0 0 0 1 0</skew></node>"));
-    expectNumbers({1, 0, 0, 0, 1, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, done.text("//node/matrix"));
+    expectNear({1, 0, 0, 0, 1, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, done.numbers("//node/matrix"), 1e-12);
 }
 
 TEST(CompleteTransformsTest, AxisGetsALengthThatSinglePrecisionCanMeasure)
 {
     const Prepared done(shown("<node><rotate>0 1e-30 0 90</rotate><rotate sid='n'>0 0 0 90</rotate>"
                               "<rotate>0 0 7 90</rotate></node>"));
-    expectNumbers({0, 1, 0, 90}, done.text("//rotate[1]"));
+    expectNear({0, 1, 0, 90}, done.numbers("//rotate[1]"), 1e-12);
     EXPECT_EQ("1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1", done.text("//matrix[@sid='n']"));
     EXPECT_EQ("0 0 7 90", done.text("//rotate[2]"));
     EXPECT_EQ(2U, done.findings("axis"));

@@ -1,5 +1,6 @@
 #include <libPrepare/document/DocumentFile.h>
 
+#include "Expectations.h"
 #include "TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -7,36 +8,16 @@
 
 #include <sys/stat.h>
 
-#include <libxml/c14n.h>
-#include <libxml/parser.h>
-
-#include <memory>
-
 namespace {
 
 using namespace libPrepare;
+using test::canonical;
 using test::contentOf;
 using test::TemporaryFolder;
 using namespace std::string_literals;
 
 constexpr std::uint64_t much = std::uint64_t(1) << 30;
 const std::string root = "<COLLADA version=\"1.4.1\">";
-
-// What a document becomes in canonical XML, read by libxml2.
-std::string canonical(const std::string& document)
-{
-    xmlDocPtr const tree =
-        xmlReadMemory(document.data(), static_cast<int>(document.size()), "memory.dae", nullptr, XML_PARSE_NOERROR);
-    if (tree == nullptr) {
-        return "not well-formed";
-    }
-    xmlChar* text = nullptr;
-    const int size = xmlC14NDocDumpMemory(tree, nullptr, XML_C14N_1_0, nullptr, 1, &text);
-    std::string result(reinterpret_cast<const char*>(text), static_cast<std::size_t>(size));
-    xmlFree(text);
-    xmlFreeDoc(tree);
-    return result;
-}
 
 std::string inUtf16(const std::string& ascii, bool isBigEndian)
 {

@@ -1,4 +1,6 @@
 #include "AnimationWords.h"
+#include "Expectations.h"
+#include "FlatCurves.h"
 #include "LookDocuments.h"
 #include "Prepared.h"
 
@@ -13,73 +15,21 @@ namespace {
 
 using namespace libPrepare;
 using test::animated;
+using test::expectNear;
 using test::flat;
 using test::kinds;
+using test::played;
 using test::Prepared;
 using test::shown;
 using test::source;
+using test::sourceOf;
+using test::wordsOf;
 
 using Numbers = std::vector<double>;
 
 std::string library(const std::string& animations)
 {
     return "<library_animations>" + animations + "</library_animations>";
-}
-
-Numbers sourceOf(const Prepared& done, const std::string& animation, const char* semantic)
-{
-    const std::string id =
-        done.node((animation + "/sampler/input[@semantic='" + semantic + "']").c_str()).attribute("source").value();
-    return numbers(done.text(("//source[@id='" + id.substr(1) + "']/float_array").c_str()));
-}
-
-std::string wordsOf(const Prepared& done, const std::string& animation)
-{
-    const std::string id =
-        done.node((animation + "/sampler/input[@semantic='INTERPOLATION']").c_str()).attribute("source").value();
-    return done.text(("//source[@id='" + id.substr(1) + "']/Name_array").c_str());
-}
-
-void expectNear(const Numbers& expected, const Numbers& actual, double error = 1e-12)
-{
-    ASSERT_EQ(expected.size(), actual.size());
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-        EXPECT_NEAR(expected[i], actual[i], error) << "number " << i;
-    }
-}
-
-// What the scene graph makes of a flat curve, written anew from its own rules: one number of a value at a time.
-double played(const Prepared& done, const std::string& animation, std::size_t component, double time, double declared)
-{
-    const Numbers times = sourceOf(done, animation, "INPUT");
-    const Numbers values = sourceOf(done, animation, "OUTPUT");
-    const std::string text = wordsOf(done, animation);
-    const std::vector<std::string_view> ways = words(text);
-    const std::size_t width = values.size() / times.size();
-    const double t = std::fmod(time, times.back());
-    std::size_t k = 0;
-    while (k < times.size() && t > times[k]) {
-        ++k;
-    }
-    if (t == 0 || k == times.size() || (k == 0 && t != times[0])) {
-        return declared;
-    }
-    if (t == times[k]) {
-        return values[k * width + component];
-    }
-    const double a = values[(k - 1) * width + component];
-    const double b = values[k * width + component];
-    const double s = (t - times[k - 1]) / (times[k] - times[k - 1]);
-    if (ways[k - 1] == "STEP") {
-        return a;
-    }
-    if (ways[k - 1] == "LINEAR") {
-        return a + (b - a) * s;
-    }
-    const double out = sourceOf(done, animation, "OUT_TANGENT")[2 * ((k - 1) * width + component) + 1];
-    const double in = sourceOf(done, animation, "IN_TANGENT")[2 * (k * width + component) + 1];
-    const double r = 1 - s;
-    return a * r * r * r + 3 * out * s * r * r + 3 * in * s * s * r + b * s * s * s;
 }
 
 const std::string node = "<node id='a'><translate sid='t'>0 0 0</translate><rotate sid='r'>0 0 1 0</rotate>"
@@ -220,7 +170,7 @@ TEST(FlattenAnimationsTest, AnimatedAxisBecomesAMatrix)
     // The axis turns from Z to X while the angle stays 90 degrees.
     const Prepared done(library(flat("x", "a/r", "X Y Z ANGLE", "0 1", "0 0 1 90 1 0 0 90", "LINEAR LINEAR")) +
                         shown(node));
-    expectNear({0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, numbers(done.text("//matrix[@sid='r']")));
+    expectNear({0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, done.numbers("//matrix[@sid='r']"), 1e-12);
     const double half = std::sqrt(0.5);
     // Half way about (1 0 1) / sqrt 2: Y goes to (-1 0 1) / sqrt 2.
     for (const auto& [row, y] : {std::pair(0U, -half), std::pair(1U, 0.0), std::pair(2U, half)}) {

@@ -1,7 +1,5 @@
 #include "LookDocuments.h"
 
-#include <gtest/gtest.h>
-
 namespace test {
 
 std::string triangleGeometry(const std::string& id, const std::string& symbol)
@@ -59,13 +57,6 @@ std::string shownEffect(const std::string& effects, const std::string& more)
 std::string shownShader(const std::string& shader, const std::string& scope, const std::string& more)
 {
     return shownEffect(effect("fx", shader, scope), more);
-}
-
-void expectStable(const Prepared& prepared, const libPrepare::Options& options)
-{
-    const Prepared again(prepared.xml(), options);
-    EXPECT_EQ(prepared.xml(), again.xml());
-    EXPECT_FALSE(again.report.changed);
 }
 
 } // namespace test

@@ -22,7 +22,4 @@ std::string shownEffect(const std::string& effects, const std::string& more = {}
 /// The same with an effect of this shader.
 std::string shownShader(const std::string& shader, const std::string& scope = {}, const std::string& more = {});
 
-/// Expects that a second run over what came out of the first changes nothing.
-void expectStable(const Prepared& prepared, const libPrepare::Options& options = {});
-
 } // namespace test

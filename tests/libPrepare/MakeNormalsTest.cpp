@@ -1,3 +1,5 @@
+#include "AnimationWords.h"
+#include "Expectations.h"
 #include "Prepared.h"
 
 #include <libPrepare/document/Numbers.h>
@@ -10,18 +12,13 @@ namespace {
 
 using test::Prepared;
 
-std::string document(const std::string& positions, int count, const std::string& primitives)
+std::string document(const std::string& positions, const std::string& primitives)
 {
-    return "<library_geometries><geometry id='g'><mesh><source id='p'><float_array id='pa' count='" +
-           std::to_string(3 * count) + "'>" + positions +
-           "</float_array><technique_common><accessor source='#pa' count='" + std::to_string(count) +
-           "' stride='3'><param name='X' type='float'/><param name='Y' type='float'/><param name='Z' type='float'/>"
-           "</accessor></technique_common></source><vertices id='v'><input semantic='POSITION' "
-           "source='#p'/></vertices>" +
-           primitives +
-           "</mesh></geometry></library_geometries><library_visual_scenes><visual_scene id='vs'><node id='n'><matrix>"
-           "1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1</matrix><instance_geometry url='#g'/></node></visual_scene>"
-           "</library_visual_scenes><scene><instance_visual_scene url='#vs'/></scene>";
+    return "<library_geometries><geometry id='g'><mesh>" + test::source("p", "X Y Z", positions) +
+           "<vertices id='v'><input semantic='POSITION' source='#p'/></vertices>" + primitives +
+           "</mesh></geometry></library_geometries>" +
+           test::shown("<node id='n'><matrix>1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1</matrix>"
+                       "<instance_geometry url='#g'/></node>");
 }
 
 libPrepare::Options crease(double angle)
@@ -36,16 +33,14 @@ std::string roof(double angle)
 {
     const double radians = angle * 3.14159265358979323846 / 180;
     return document(
-        "0 0 0 0 1 0 -1 0 0 " + libPrepare::text(std::vector<double>{std::cos(radians), 0, std::sin(radians)}), 4,
+        "0 0 0 0 1 0 -1 0 0 " + libPrepare::text(std::vector<double>{std::cos(radians), 0, std::sin(radians)}),
         "<triangles count='2'><input semantic='VERTEX' source='#v' offset='0'/><p>0 1 2 1 0 3</p></triangles>");
 }
 
 // The normal of each corner.
 std::vector<std::vector<double>> normals(const Prepared& result)
 {
-    const std::string id = result.node("//triangles/input[@semantic='NORMAL']").attribute("source").value();
-    const std::vector<double> values = libPrepare::numbers(
-        result.text(("//source[@id='" + (id.empty() ? id : id.substr(1)) + "']/float_array").c_str()));
+    const std::vector<double> values = result.inputNumbers("//triangles", "NORMAL");
     std::vector<std::vector<double>> all;
     const std::vector<long long> list = libPrepare::integers(result.text("//triangles/p"));
     for (std::size_t i = 1; i < list.size(); i += 2) {
@@ -55,23 +50,16 @@ std::vector<std::vector<double>> normals(const Prepared& result)
     return all;
 }
 
-void expectNormal(const std::vector<double>& expected, const std::vector<double>& actual)
-{
-    for (std::size_t axis = 0; axis < 3; ++axis) {
-        EXPECT_NEAR(expected[axis], actual[axis], 1e-7) << "axis " << axis;
-    }
-}
-
 TEST(MakeNormalsTest, FacesWithinTheAngleShareTheMeanOfTheirNormals)
 {
     const Prepared result(roof(50), crease(60));
     const auto all = normals(result);
     ASSERT_EQ(6U, all.size());
     const double half = 25 * 3.14159265358979323846 / 180;
-    expectNormal({-std::sin(half), 0, std::cos(half)}, all[0]);
-    expectNormal({-std::sin(half), 0, std::cos(half)}, all[3]);
-    expectNormal({0, 0, 1}, all[2]); // a corner of the flat face alone
-    expectNormal({-std::sin(2 * half), 0, std::cos(2 * half)}, all[5]);
+    test::expectNear({-std::sin(half), 0, std::cos(half)}, all[0], 1e-7);
+    test::expectNear({-std::sin(half), 0, std::cos(half)}, all[3], 1e-7);
+    test::expectNear({0, 0, 1}, all[2], 1e-7); // a corner of the flat face alone
+    test::expectNear({-std::sin(2 * half), 0, std::cos(2 * half)}, all[5], 1e-7);
     const Prepared again(result.xml(), crease(60));
     EXPECT_EQ(result.xml(), again.xml());
     EXPECT_FALSE(again.report.changed);
@@ -87,9 +75,9 @@ TEST(MakeNormalsTest, GeometriesThatGotNormalsAreReported)
 TEST(MakeNormalsTest, FacesBeyondTheAngleKeepTheirOwn)
 {
     const auto all = normals(Prepared(roof(70), crease(60)));
-    expectNormal({0, 0, 1}, all[0]);
+    test::expectNear({0, 0, 1}, all[0], 1e-7);
     const double radians = 70 * 3.14159265358979323846 / 180;
-    expectNormal({-std::sin(radians), 0, std::cos(radians)}, all[3]);
+    test::expectNear({-std::sin(radians), 0, std::cos(radians)}, all[3], 1e-7);
 }
 
 TEST(MakeNormalsTest, FlatFaceCountsOnceHoweverItIsCut)
@@ -99,12 +87,11 @@ TEST(MakeNormalsTest, FlatFaceCountsOnceHoweverItIsCut)
     const Prepared result(
         document("0 0 0 -1 0 0 -1 -1 0 0 -1 0 " +
                      libPrepare::text(std::vector<double>{std::cos(radians), 0, std::sin(radians)}),
-                 5,
                  "<polylist count='2'><input semantic='VERTEX' source='#v' offset='0'/><vcount>4 3</vcount>"
                  "<p>0 1 2 3 0 3 4</p></polylist>"),
         crease(60));
     const double half = radians / 2;
-    expectNormal({-std::sin(half), 0, std::cos(half)}, normals(result)[0]);
+    test::expectNear({-std::sin(half), 0, std::cos(half)}, normals(result)[0], 1e-7);
 }
 
 TEST(MakeNormalsTest, NothingIsMadeUnlessItIsAskedFor)
@@ -116,7 +103,7 @@ TEST(MakeNormalsTest, NothingIsMadeUnlessItIsAskedFor)
 
 TEST(MakeNormalsTest, NormalsThatAreThereStay)
 {
-    const Prepared result(document("0 0 0 1 0 0 0 1 0", 3,
+    const Prepared result(document("0 0 0 1 0 0 0 1 0",
                                    "<triangles count='1'><input semantic='VERTEX' source='#v' offset='0'/>"
                                    "<input semantic='NORMAL' source='#p' offset='1'/><p>0 0 1 1 2 2</p></triangles>"),
                           crease(60));
@@ -135,10 +122,9 @@ TEST(MakeNormalsTest, ManyFacesAtOneVertexTakeLittleTime)
         positions += ' ' + libPrepare::text(std::vector<double>{std::cos(angle), std::sin(angle), 0.1 * (i % 7)});
         list += "0 " + std::to_string(i + 1) + ' ' + std::to_string((i + 1) % count + 1) + ' ';
     }
-    const Prepared result(document(positions, count + 1,
-                                   "<triangles count='" + std::to_string(count) +
-                                       "'><input semantic='VERTEX' source='#v' offset='0'/><p>" + list +
-                                       "</p></triangles>"),
+    const Prepared result(document(positions, "<triangles count='" + std::to_string(count) +
+                                                  "'><input semantic='VERTEX' source='#v' offset='0'/><p>" + list +
+                                                  "</p></triangles>"),
                           crease(60));
     EXPECT_EQ(static_cast<std::size_t>(3 * count), normals(result).size());
 }

@@ -1,11 +1,9 @@
 #include <libPrepare/Prepare.h>
 
+#include "Expectations.h"
 #include "TemporaryFolder.h"
 
 #include <gtest/gtest.h>
-
-#include <libxml/c14n.h>
-#include <libxml/parser.h>
 
 #include <string>
 
@@ -13,6 +11,7 @@
 
 namespace {
 
+using test::canonical;
 using test::contentOf;
 using test::TemporaryFolder;
 
@@ -52,21 +51,6 @@ std::string document(const Words& words)
            "<instance_geometry url='#g'><bind_material><technique_common><instance_material symbol='s' target='#m'/>"
            "</technique_common></bind_material></instance_geometry></node></visual_scene></library_visual_scenes>\n"
            "<scene><instance_visual_scene url='#s'/></scene>\n</COLLADA>\n<!-- last -->";
-}
-
-std::string canonical(const std::string& text)
-{
-    xmlDocPtr const tree =
-        xmlReadMemory(text.data(), static_cast<int>(text.size()), "memory.dae", nullptr, XML_PARSE_NOERROR);
-    if (tree == nullptr) {
-        return "not well-formed";
-    }
-    xmlChar* dump = nullptr;
-    const int size = xmlC14NDocDumpMemory(tree, nullptr, XML_C14N_1_0, nullptr, 1, &dump);
-    std::string result(reinterpret_cast<const char*>(dump), static_cast<std::size_t>(size));
-    xmlFree(dump);
-    xmlFreeDoc(tree);
-    return result;
 }
 
 TEST(PrepareTest, WhatNeedsNothingIsCopiedByteForByte)

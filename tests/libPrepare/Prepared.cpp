@@ -1,5 +1,7 @@
 #include "Prepared.h"
 
+#include <libPrepare/document/Numbers.h>
+
 #include <algorithm>
 #include <sstream>
 #include <stdexcept>
@@ -28,6 +30,18 @@ std::string Prepared::text(const char* path) const
     const std::size_t first = result.find_first_not_of(" \n\t\r");
     const std::size_t last = result.find_last_not_of(" \n\t\r");
     return first == std::string::npos ? std::string() : result.substr(first, last - first + 1);
+}
+
+std::vector<double> Prepared::numbers(const std::string& path) const
+{
+    return libPrepare::numbers(text(path.c_str()));
+}
+
+std::vector<double> Prepared::inputNumbers(const std::string& owner, const std::string& semantic) const
+{
+    const std::string source =
+        node((owner + "/input[@semantic='" + semantic + "']").c_str()).attribute("source").value();
+    return numbers("//source[@id='" + (source.empty() ? source : source.substr(1)) + "']/float_array");
 }
 
 std::size_t Prepared::findings(const char* kind) const

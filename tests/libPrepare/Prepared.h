@@ -5,6 +5,7 @@
 #include <pugixml.hpp>
 
 #include <string>
+#include <vector>
 
 namespace test {
 
@@ -18,6 +19,11 @@ struct Prepared {
     std::size_t count(const char* path) const { return document.select_nodes(path).size(); }
     /// The text of the first node that an XPath finds, without leading and trailing blanks.
     std::string text(const char* path) const;
+    /// The numbers of the first node that an XPath finds.
+    std::vector<double> numbers(const std::string& path) const;
+    /// The numbers of the source that the input of a semantic leads to.
+    /// @param owner XPath of what holds the input
+    std::vector<double> inputNumbers(const std::string& owner, const std::string& semantic) const;
     /// The findings of a kind.
     std::size_t findings(const char* kind) const;
     /// The whole result.

@@ -1,86 +1,26 @@
 #include "Prepared.h"
+#include "Shape.h"
 #include "TemporaryFolder.h"
 
 #include "support/Rows.h"
 
 #include <libPrepare/Prepare.h>
 
-#include <assimp/Importer.hpp>
-#include <assimp/postprocess.h>
-#include <assimp/scene.h>
-
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <filesystem>
-#include <limits>
 #include <string>
-#include <utility>
-#include <vector>
 
 // Another reader finds the same triangles at the same places in a document and in what it is prepared to. The documents
 // hold only what that reader reads as the standard says; it makes other triangles of fans than that does.
 
 namespace {
 
+using test::Shape;
+using test::shapeOf;
 using testSupport::Row;
 using testSupport::rowName;
-
-struct Shape {
-    std::size_t triangles = 0;
-    double area = 0;
-    double low[3] = {infinity, infinity, infinity};
-    double high[3] = {-infinity, -infinity, -infinity};
-
-    static constexpr double infinity = std::numeric_limits<double>::infinity();
-};
-
-void addMesh(const aiMesh& mesh, const aiMatrix4x4& world, Shape& shape)
-{
-    for (unsigned i = 0; i < mesh.mNumFaces; ++i) {
-        const aiFace& face = mesh.mFaces[i];
-        if (face.mNumIndices != 3) {
-            continue;
-        }
-        ++shape.triangles;
-        aiVector3D corners[3];
-        for (unsigned corner = 0; corner < 3; ++corner) {
-            corners[corner] = world * mesh.mVertices[face.mIndices[corner]];
-            for (unsigned axis = 0; axis < 3; ++axis) {
-                const double value = corners[corner][axis];
-                shape.low[axis] = std::min(shape.low[axis], value);
-                shape.high[axis] = std::max(shape.high[axis], value);
-            }
-        }
-        const aiVector3D normal = (corners[1] - corners[0]) ^ (corners[2] - corners[0]);
-        shape.area += static_cast<double>(normal.Length()) / 2;
-    }
-}
-
-Shape shapeOf(const std::string& file)
-{
-    Shape shape;
-    Assimp::Importer importer;
-    const aiScene* const scene = importer.ReadFile(file, aiProcess_Triangulate);
-    if (scene == nullptr) {
-        ADD_FAILURE() << importer.GetErrorString();
-        return shape;
-    }
-    std::vector<std::pair<const aiNode*, aiMatrix4x4>> open = {{scene->mRootNode, aiMatrix4x4()}};
-    while (!open.empty()) {
-        const auto [node, above] = open.back();
-        open.pop_back();
-        const aiMatrix4x4 world = above * node->mTransformation;
-        for (unsigned i = 0; i < node->mNumMeshes; ++i) {
-            addMesh(*scene->mMeshes[node->mMeshes[i]], world, shape);
-        }
-        for (unsigned i = 0; i < node->mNumChildren; ++i) {
-            open.emplace_back(node->mChildren[i], world);
-        }
-    }
-    return shape;
-}
 
 // A unit square in the plane of X and Y, and two points before and behind its middle.
 std::string geometry(const std::string& primitive)

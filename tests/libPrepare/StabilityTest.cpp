@@ -1,4 +1,5 @@
 #include "AnimationWords.h"
+#include "Expectations.h"
 #include "LookDocuments.h"
 #include "Prepared.h"
 

@@ -1,140 +1,32 @@
+#include "GivenPolygon.h"
+
 #include <libPrepare/geometry/Tessellator.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-#include <map>
-#include <numeric>
 #include <random>
 
 namespace {
 
 using namespace libPrepare;
+using namespace test;
 using Triangles = std::vector<std::size_t>;
 
 constexpr double pi = 3.14159265358979323846;
 
-// A polygon whose corners are all different vertices.
-struct Given {
-    std::vector<std::vector<Vector3>> loops;
-    std::vector<std::int32_t> numbers; // an index for each corner, if not its own number
-
-    Polygon polygon()
-    {
-        Polygon result;
-        for (const auto& loop : loops) {
-            result.points.insert(result.points.end(), loop.begin(), loop.end());
-            result.lengths.push_back(loop.size());
-        }
-        if (numbers.empty()) {
-            numbers.resize(result.points.size());
-            std::iota(numbers.begin(), numbers.end(), 0);
-        }
-        result.tuples = numbers.data();
-        result.stride = 1;
-        return result;
-    }
-};
-
-Vector3 minus(const Vector3& a, const Vector3& b)
-{
-    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
-}
-
-// Twice the area of a triangle, as a vector.
-Vector3 areaOf(const Vector3& a, const Vector3& b, const Vector3& c)
-{
-    const Vector3 u = minus(b, a);
-    const Vector3 v = minus(c, a);
-    return {u[1] * v[2] - u[2] * v[1], u[2] * v[0] - u[0] * v[2], u[0] * v[1] - u[1] * v[0]};
-}
-
-double length(const Vector3& vector)
-{
-    return std::sqrt(vector[0] * vector[0] + vector[1] * vector[1] + vector[2] * vector[2]);
-}
-
-// Every edge of a loop once more often in its direction than against it, and diagonals as often in both.
-void expectEdges(const Polygon& polygon, const Triangles& triangles)
-{
-    std::map<std::pair<std::int32_t, std::int32_t>, int> edges;
-    const auto add = [&](std::size_t from, std::size_t to, int count) {
-        const std::int32_t a = polygon.tuples[from];
-        const std::int32_t b = polygon.tuples[to];
-        edges[{a, b}] += count;
-        edges[{b, a}] -= count;
-    };
-    ASSERT_EQ(0U, triangles.size() % 3);
-    for (std::size_t i = 0; i < triangles.size(); i += 3) {
-        add(triangles[i], triangles[i + 1], 1);
-        add(triangles[i + 1], triangles[i + 2], 1);
-        add(triangles[i + 2], triangles[i], 1);
-    }
-    std::size_t start = 0;
-    for (const std::size_t size : polygon.lengths) {
-        for (std::size_t i = 0; i < size; ++i) {
-            add(start + i, start + (i + 1) % size, -1);
-        }
-        start += size;
-    }
-    for (const auto& edge : edges) {
-        EXPECT_EQ(0, edge.second) << "edge from " << edge.first.first << " to " << edge.first.second;
-    }
-    EXPECT_EQ(polygon.points.size() + 2 * polygon.lengths.size() - 4, triangles.size() / 3);
-}
-
-// The triangles of a flat polygon look where it looks and have its area together.
-void expectArea(const Polygon& polygon, const Triangles& triangles)
-{
-    Vector3 whole{};
-    std::size_t start = 0;
-    for (const std::size_t size : polygon.lengths) {
-        for (std::size_t i = 1; i + 1 < size; ++i) {
-            const Vector3 part =
-                areaOf(polygon.points[start], polygon.points[start + i], polygon.points[start + i + 1]);
-            for (std::size_t axis = 0; axis < 3; ++axis) {
-                whole[axis] += part[axis];
-            }
-        }
-        start += size;
-    }
-    const double expected = length(whole);
-    double sum = 0;
-    for (std::size_t i = 0; i + 2 < triangles.size(); i += 3) {
-        const Vector3 area =
-            areaOf(polygon.points[triangles[i]], polygon.points[triangles[i + 1]], polygon.points[triangles[i + 2]]);
-        sum += length(area);
-        const double along = (area[0] * whole[0] + area[1] * whole[1] + area[2] * whole[2]) / expected;
-        EXPECT_GE(along, -1e-9 * expected) << "triangle " << i / 3 << " is turned over";
-    }
-    EXPECT_NEAR(1.0, sum / expected, 1e-6);
-}
-
-Triangles cut(Given& given, bool isFlat = true)
-{
-    Tessellator tessellator;
-    Triangles triangles;
-    const Polygon polygon = given.polygon();
-    EXPECT_EQ(Tessellator::Result::done, tessellator.triangulate(polygon, triangles));
-    expectEdges(polygon, triangles);
-    if (isFlat) {
-        expectArea(polygon, triangles);
-    }
-    return triangles;
-}
-
 TEST(TessellatorTest, ConvexPolygonIsAFanFromItsFirstCorner)
 {
-    Given given{{{{0, 0, 0}, {2, 0, 0}, {3, 1, 0}, {2, 2, 0}, {0, 2, 0}}}, {}};
+    GivenPolygon given{{{{0, 0, 0}, {2, 0, 0}, {3, 1, 0}, {2, 2, 0}, {0, 2, 0}}}, {}};
     EXPECT_EQ((Triangles{0, 1, 2, 0, 2, 3, 0, 3, 4}), cut(given));
 }
 
 TEST(TessellatorTest, ConcaveQuadIsCutAtItsConcaveCorner)
 {
-    Given given{{{{0, 0, 0}, {4, 0, 0}, {1, 1, 0}, {0, 4, 0}}}, {}}; // a fan from corner 0 fits
+    GivenPolygon given{{{{0, 0, 0}, {4, 0, 0}, {1, 1, 0}, {0, 4, 0}}}, {}}; // a fan from corner 0 fits
     EXPECT_EQ((Triangles{0, 1, 2, 0, 2, 3}), cut(given));
-    Given turned{{{{4, 0, 0}, {1, 1, 0}, {0, 4, 0}, {0, 0, 0}}}, {}}; // and one from corner 0 does not
+    GivenPolygon turned{{{{4, 0, 0}, {1, 1, 0}, {0, 4, 0}, {0, 0, 0}}}, {}}; // and one from corner 0 does not
     for (const std::size_t corner : {1U, 3U}) {
         const Triangles triangles = cut(turned);
         EXPECT_EQ(2, std::count(triangles.begin(), triangles.end(), corner));
@@ -144,13 +36,15 @@ TEST(TessellatorTest, ConcaveQuadIsCutAtItsConcaveCorner)
 TEST(TessellatorTest, HoleIsLeftOpen)
 {
     // 16 less 4
-    Given given{{{{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}}, {{1, 1, 0}, {1, 3, 0}, {3, 3, 0}, {3, 1, 0}}}, {}};
+    GivenPolygon given{{{{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}}, {{1, 1, 0}, {1, 3, 0}, {3, 3, 0}, {3, 1, 0}}},
+                       {}};
     cut(given);
 }
 
 TEST(TessellatorTest, HoleThatGoesRoundLikeTheFaceIsLeftOpenToo)
 {
-    Given given{{{{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}}, {{1, 1, 0}, {3, 1, 0}, {3, 3, 0}, {1, 3, 0}}}, {}};
+    GivenPolygon given{{{{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}}, {{1, 1, 0}, {3, 1, 0}, {3, 3, 0}, {1, 3, 0}}},
+                       {}};
     Tessellator tessellator;
     Triangles triangles;
     const Polygon polygon = given.polygon();
@@ -169,20 +63,20 @@ TEST(TessellatorTest, HoleThatIsJoinedByADoubleEdgeIsLeftOpen)
     // 0 to 3 around, 4 to 7 the hole; the corners 0 and 4 come twice
     const std::vector<Vector3> v = {{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0},
                                     {1, 1, 0}, {1, 3, 0}, {3, 3, 0}, {3, 1, 0}};
-    Given given{{{v[0], v[1], v[2], v[3], v[0], v[4], v[5], v[6], v[7], v[4]}}, {0, 1, 2, 3, 0, 4, 5, 6, 7, 4}};
+    GivenPolygon given{{{v[0], v[1], v[2], v[3], v[0], v[4], v[5], v[6], v[7], v[4]}}, {0, 1, 2, 3, 0, 4, 5, 6, 7, 4}};
     cut(given);
 }
 
 TEST(TessellatorTest, CornersAtOnePlaceKeepTheirEdges)
 {
     // Two squares that touch in the middle, at corners of their own.
-    Given given{{{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {2, 1, 0}, {2, 2, 0}, {1, 2, 0}, {1, 1, 0}, {0, 1, 0}}}, {}};
+    GivenPolygon given{{{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {2, 1, 0}, {2, 2, 0}, {1, 2, 0}, {1, 1, 0}, {0, 1, 0}}}, {}};
     cut(given);
 }
 
 TEST(TessellatorTest, PolygonThatCrossesItselfGetsNoNewCorner)
 {
-    Given star; // a pentagram
+    GivenPolygon star; // a pentagram
     star.loops.emplace_back();
     for (int i = 0; i < 5; ++i) {
         star.loops[0].push_back({std::cos(i * 0.8 * pi), std::sin(i * 0.8 * pi), 0});
@@ -194,9 +88,9 @@ TEST(TessellatorTest, PolygonWithoutAreaGivesNothing)
 {
     Tessellator tessellator;
     Triangles triangles;
-    Given line{{{{0, 0, 0}, {1, 1, 1}, {2, 2, 2}, {3, 3, 3}}}, {}};
+    GivenPolygon line{{{{0, 0, 0}, {1, 1, 1}, {2, 2, 2}, {3, 3, 3}}}, {}};
     EXPECT_EQ(Tessellator::Result::flat, tessellator.triangulate(line.polygon(), triangles));
-    Given point{{{{5, 5, 5}, {5, 5, 5}, {5, 5, 5}, {5, 5, 5}}}, {}};
+    GivenPolygon point{{{{5, 5, 5}, {5, 5, 5}, {5, 5, 5}, {5, 5, 5}}}, {}};
     EXPECT_EQ(Tessellator::Result::flat, tessellator.triangulate(point.polygon(), triangles));
     EXPECT_TRUE(triangles.empty());
 }
@@ -235,7 +129,7 @@ TEST_P(TessellatorShapesTest, KeepsEdgesAndArea)
             return Vector3{shape.size * (x * std::cos(turn) - y2 * std::sin(turn)),
                            shape.size * (x * std::sin(turn) + y2 * std::cos(turn)), shape.size * z2};
         };
-        Given given;
+        GivenPolygon given;
         given.loops.emplace_back();
         std::vector<std::pair<double, double>> outline;
         for (std::size_t i = 0; i < corners; ++i) {
@@ -284,7 +178,7 @@ TEST(TessellatorTest, EarsKeepEdgesAndAreaOfWhateverIsGivenToThem)
     };
     for (int round = 0; round < 1000; ++round) {
         std::vector<Point2> points;
-        Given given;
+        GivenPolygon given;
         std::vector<std::vector<std::size_t>> loops;
         const int holes = static_cast<int>(random() % 4);
         for (int loop = 0; loop <= holes; ++loop) {
@@ -321,7 +215,7 @@ TEST(TessellatorTest, EarsThatTakeTooLongAreCutOffAsTheyCome)
 {
     std::vector<Point2> points;
     std::vector<std::vector<std::size_t>> loops(1);
-    Given given;
+    GivenPolygon given;
     given.loops.emplace_back();
     for (std::size_t i = 0; i < 1000; ++i) {
         const double x = static_cast<double>(i * 7919 % 1009);
