@@ -252,7 +252,7 @@ bool Curve::hasPlainInputs(Document& document, pugi::xml_node sampler) const
         } else if (semantic != "INPUT" && !isWord) {
             return false;
         }
-        if (!seen.insert(semantic).second || source.parent() != sampler.parent() ||
+        if (!seen.insert(semantic).second || source.parent() != sampler.parent() || array.parent() != source ||
             !is(array, isWord ? "Name_array" : "float_array") || wholeNumber(array.attribute("count"), 0) == 0 ||
             wholeNumber(accessor.attribute("count"), 0) != count() ||
             wholeNumber(accessor.attribute("offset"), 0) != 0 ||

@@ -186,10 +186,11 @@ void FlatCurve::addJump(double time, const double* before, const double* after, 
     for (std::size_t c = 0; c < m_width; ++c) {
         isJump = isJump || std::abs(after[c] - before[c]) > 1e-3 * m_tolerances[c];
     }
+    const double last = std::nextafter(time, 0.0);
     if (isJump && isConstant) {
         m_kinds.back() = Interpolation::step;
-    } else if (isJump) {
-        add(std::nextafter(time, 0.0), before, Interpolation::linear);
+    } else if (isJump && (m_times.empty() || m_times.back() < last)) { // else there is no time in between
+        add(last, before, Interpolation::linear);
     }
 }
 
@@ -217,6 +218,10 @@ void FlatCurve::addStretch(double from, double to, const Function& function, Sam
         return false;
     };
     const double before = std::nextafter(to, from); // before any step at the end
+    if (!(before > from)) {                         // the two sides of a jump, with no time in between
+        add(from, sampleAt(from, 0).values.data(), Interpolation::linear);
+        return;
+    }
     const unsigned most = sampling.left > maxPieces ? maxPieces : fewPieces;
     const unsigned pieces =
         static_cast<unsigned>(std::min(std::max(1.0, std::ceil((to - from) * sampling.rate)), double(most)));

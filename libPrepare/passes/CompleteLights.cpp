@@ -309,10 +309,12 @@ private:
             while (!is(top.parent(), "visual_scene")) {
                 top = top.parent();
             }
+            pugi::xml_node& last = m_lastAdded[top.hash_value()]; // what is added keeps the order of the lights
+            last = last ? last : top;
             if (!isSame(localMatrix(spot.node), world)) {
-                top = moveToScene(spot, top, world);
+                last = moveToScene(spot, last, world);
             }
-            target = m_scene.insert_child_after("node", top);
+            target = last = m_scene.insert_child_after("node", last);
             prependTransform(target, "matrix", text(translation(transformPoint(world, ahead))));
         }
         m_document.setOrigin(target, spot.node);
@@ -323,9 +325,9 @@ private:
                              "the node \"" + targetId + "\" is its target");
     }
 
-    pugi::xml_node moveToScene(Shown& spot, pugi::xml_node top, const Matrix4& world)
+    pugi::xml_node moveToScene(Shown& spot, pugi::xml_node last, const Matrix4& world)
     {
-        pugi::xml_node node = m_scene.insert_child_after("node", top);
+        pugi::xml_node node = m_scene.insert_child_after("node", last);
         m_document.setOrigin(node, spot.node);
         const std::string id = m_document.freshId(plain(idOf(spot.node)) + "-light");
         m_document.setId(node, id);
@@ -472,7 +474,8 @@ private:
     std::vector<Shown> m_directionals;
     std::vector<Shown> m_ambients;
     std::unordered_set<std::size_t> m_nodes;
-    std::unordered_set<std::size_t> m_moving; // nodes that move, or one above them
+    std::unordered_set<std::size_t> m_moving;                    // nodes that move, or one above them
+    std::unordered_map<std::size_t, pugi::xml_node> m_lastAdded; // to the scene, after each of its nodes
 };
 
 } // namespace

@@ -37,10 +37,8 @@ void repairAxis(Document& document, pugi::xml_node rotate)
     if (square > 1e-30F && square < 1e30F) {
         return;
     }
-    const std::vector<double> values = numbersOf(rotate);
-    if (values.size() < 4) {
-        return;
-    }
+    std::vector<double> values = numbersOf(rotate);
+    values.resize(std::max<std::size_t>(values.size(), 4)); // what is missing is 0
     const double length = std::hypot(values[0], values[1], values[2]);
     if (std::isnan(length) || std::isinf(length)) {
         return;

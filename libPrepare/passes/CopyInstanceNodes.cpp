@@ -192,8 +192,12 @@ private:
             setAttribute(node, "id", m_document.freshId("node"));
         }
         std::string sid = copy.attribute("sid").value();
-        if (sid.empty()) {
-            sid = std::string("animated-") + original.name();
+        if (sid.empty() || sid.find_first_of("()/") != std::string::npos) { // which a target cannot name
+            const std::string start = std::string("animated-") + original.name();
+            sid = start;
+            for (unsigned number = 2; node.find_child_by_attribute("sid", sid.c_str()); ++number) {
+                sid = start + '-' + std::to_string(number);
+            }
             setAttribute(copy, "sid", sid);
         }
         for (const std::size_t index : m_motion->channelsOf(original)) {

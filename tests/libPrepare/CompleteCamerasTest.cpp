@@ -92,6 +92,23 @@ TEST(CompleteCamerasTest, AnimatedAncestorsAreBakedIntoCurves)
     EXPECT_EQ(done.xml(), second.xml());
 }
 
+TEST(CompleteCamerasTest, JumpOfAnAncestorIsTwoKeysAndNoMore)
+{
+    // X jumps at 1, and Y goes on: the animation has a key right before 1, and so does the camera's.
+    const Prepared done(square + "<library_animations>" +
+                        test::flat("x", "a/t.X", "X", "0 1 2", "0 4 4", "STEP LINEAR LINEAR") +
+                        test::flat("y", "a/t.Y", "Y", "0 2", "0 8", "LINEAR LINEAR") + "</library_animations>" +
+                        shown("<node id='a'><translate sid='t'>0 0 0</translate><node id='n'>" + identityMatrix +
+                              instance + "</node></node>"));
+    std::string curve = done.node("//channel[@target='n-camera/matrix']/../source[1]/float_array").text().get();
+    const Numbers times = libPrepare::numbers(curve);
+    ASSERT_EQ(4U, times.size()) << curve;
+    expectNear({0, 1, 1, 2}, times);
+    EXPECT_LT(times[1], times[2]);
+    const Prepared second(done.xml());
+    EXPECT_EQ(done.xml(), second.xml());
+}
+
 TEST(CompleteCamerasTest, CameraAtTwoNodesBecomesTwo)
 {
     const Prepared done(square + shown("<node id='a'>" + identityMatrix + instance + "</node><node id='b'>" +

@@ -145,6 +145,20 @@ TEST(CompleteLightsTest, SpotUnderATurnedNodeIsAimedInTheScene)
     test::expectStable(prepared);
 }
 
+TEST(CompleteLightsTest, SpotsUnderATurnedNodeKeepTheirOrder)
+{
+    const std::string turned = "<matrix>0 0 1 0 0 1 0 0 -1 0 0 0 0 0 0 1</matrix>";
+    const Prepared prepared(scene(light("l", wholeSpot) + light("m", wholeSpot),
+                                  node("parent", turned, node("n", origin, show("l")) + node("o", origin, show("m"))) +
+                                      node("last", origin, "")));
+    std::string order;
+    for (const pugi::xml_node each : prepared.node("//visual_scene").children("node")) {
+        order += each.attribute("id").value() + std::string(" ");
+    }
+    EXPECT_EQ("parent n-light n-target o-light o-target last ", order);
+    test::expectStable(prepared);
+}
+
 TEST(CompleteLightsTest, TargetThatIsNotAheadIsReplaced)
 {
     const Prepared prepared(scene(light("l", wholeSpot, vendor("<target>#t</target>")),

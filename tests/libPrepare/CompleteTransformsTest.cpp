@@ -44,6 +44,14 @@ TEST(CompleteTransformsTest, AxisGetsALengthThatSinglePrecisionCanMeasure)
     EXPECT_EQ(2U, done.findings("axis"));
 }
 
+TEST(CompleteTransformsTest, MissingNumbersOfARotateAreNothing)
+{
+    const Prepared done(shown("<node><rotate/><rotate sid='two'>0 1</rotate><rotate>0 0 1</rotate></node>"));
+    EXPECT_EQ("1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1", done.text("//matrix[1]")) << "no axis, no turn";
+    EXPECT_EQ("0 1", done.text("//rotate[@sid='two']"));
+    EXPECT_EQ(1U, done.findings("axis"));
+}
+
 TEST(CompleteTransformsTest, SecondRunAndWholeNodesChangeNothing)
 {
     const Prepared first(shown("<node/><node><skew>45 1 0 0 0 1 0</skew><rotate>0 1e-30 0 90</rotate></node>"));

@@ -95,6 +95,17 @@ TEST(CopyInstanceNodesTest, CopiesMoveAsTheirOriginalDoes)
     }
 }
 
+TEST(CopyInstanceNodesTest, CopiesOfTransformsWithBracketsInTheirSidMoveToo)
+{
+    const Prepared done(library("<node id='l'><rotate sid='r(1)'>0 0 1 0</rotate></node>") + "<library_animations>" +
+                        test::flat("x", "l/r(1).ANGLE", "ANGLE", "0 2", "0 90", "LINEAR LINEAR") +
+                        "</library_animations>" +
+                        shown("<node id='a'>" + still + instance("l") + instance("l") + "</node>"));
+    EXPECT_EQ(2U, done.count("//channel"));
+    EXPECT_EQ(2U, done.count("//node[@id='a']/node/rotate"));
+    EXPECT_EQ(0U, done.findings("animation is left out"));
+}
+
 TEST(CopyInstanceNodesTest, GrowthIsBounded)
 {
     std::string nodes = "<node id='n0'>" + still + "</node>";

@@ -315,6 +315,19 @@ TEST(FlattenAnimationsTest, ClipsNameWhatTheirAnimationsHaveBecome)
     }
 }
 
+TEST(FlattenAnimationsTest, NumbersInTheSourceOfAnotherAnimationAreCopied)
+{
+    std::string sampler = flat("x", "a/t", "X Y Z", "0 1", "0 0 0 1 2 3", "LINEAR LINEAR");
+    const std::string own = "<accessor source='#x-t-array'";
+    sampler.replace(sampler.find(own), own.size(), "<accessor source='#else-array'");
+    const Prepared done(library("<animation id='e'>" + source("else", "TIME", "0 4") + "</animation>" + sampler) +
+                        shown(node));
+    ASSERT_EQ(1U, done.count("//animation"));
+    EXPECT_EQ((Numbers{0, 4}), sourceOf(done, "//animation", "INPUT"));
+    const Prepared second(done.xml());
+    EXPECT_FALSE(second.report.changed);
+}
+
 TEST(FlattenAnimationsTest, FlatOnesAndSecondRunsChangeNothing)
 {
     const std::string fine =
