@@ -100,9 +100,8 @@ TEST(CompleteCamerasTest, JumpOfAnAncestorIsTwoKeysAndNoMore)
                         test::flat("y", "a/t.Y", "Y", "0 2", "0 8", "LINEAR LINEAR") + "</library_animations>" +
                         shown("<node id='a'><translate sid='t'>0 0 0</translate><node id='n'>" + identityMatrix +
                               instance + "</node></node>"));
-    std::string curve = done.node("//channel[@target='n-camera/matrix']/../source[1]/float_array").text().get();
-    const Numbers times = libPrepare::numbers(curve);
-    ASSERT_EQ(4U, times.size()) << curve;
+    const Numbers times = done.numbers("//channel[@target='n-camera/matrix']/../source[1]/float_array");
+    ASSERT_EQ(4U, times.size());
     expectNear({0, 1, 1, 2}, times);
     EXPECT_LT(times[1], times[2]);
     const Prepared second(done.xml());
