@@ -91,6 +91,8 @@ void useText(pugi::xml_node element, unsigned extras, const std::function<void(c
         use({element, {}, Reference::Form::uri, {"node"}});
     } else if (is(element, "init_from") && !is(element.parent(), "image")) {
         use({element, {}, Reference::Form::id, {"image"}});
+    } else if (is(element, "source") && std::strncmp(element.parent().name(), "sampler", 7) == 0) {
+        use({element, {}, Reference::Form::id, {"image"}}); // some name the image without a surface
     } else if (is(element, "IDREF_array")) {
         const bool isMorph = is(ancestor(element, "morph", "skin"), "morph");
         use({element, {}, Reference::Form::ids, {isMorph ? "geometry" : "node"}});

@@ -48,9 +48,13 @@ bool isPlainText(std::string_view text)
     return !text.empty() && std::all_of(text.begin(), text.end(), isPlain);
 }
 
+// The names of images are read up to these.
+constexpr const char* endsOfNames = "/()";
+
 bool hasPlainId(pugi::xml_node element)
 {
-    return isPlainText(element.attribute("id").value());
+    const std::string_view id = element.attribute("id").value();
+    return isPlainText(id) && !(is(element, "image") && id.find_first_of(endsOfNames) != std::string_view::npos);
 }
 
 // Whether a reference changes only if the id does that it names: as all do but for URIs of a form other than "#id".
@@ -136,6 +140,8 @@ private:
             place->second = isUri ? m_document.resolve(id, kinds) : m_document.byId(id, kinds);
             if (!place->second && isUri) {
                 place->second = m_document.resolve(id);
+            } else if (!place->second && !id.empty() && id.front() == '#') { // a URI in the place of an id
+                place->second = m_document.resolve(id, kinds);
             }
         }
         return place->second;
@@ -167,7 +173,11 @@ private:
                 }
                 continue;
             }
-            const std::string simple = plainId(id);
+            std::string simple = plainId(id);
+            if (is(element, "image")) {
+                std::replace_if(
+                    simple.begin(), simple.end(), [](char c) { return std::strchr(endsOfNames, c) != nullptr; }, '_');
+            }
             if (m_document.byId(id) != element) {
                 rename(element, m_document.freshId(simple), "doubled-id",
                        "The id " + id + " is borne by several elements.");
@@ -241,15 +251,15 @@ private:
         }
     }
 
-    // Whether a texture names a parameter of its effect, which comes before an image of that id.
+    // Whether a texture or a sampler names a parameter of its effect, which comes before an image of that id.
     static bool isSid(const Reference& reference, const std::string& name)
     {
-        if (!is(reference.element, "texture")) {
+        if (!is(reference.element, "texture") && !is(reference.element, "source")) {
             return false;
         }
         for (pugi::xml_node parent = reference.element.parent(); parent; parent = parent.parent()) {
             for (const pugi::xml_node child : parent.children("newparam")) {
-                if (name == child.attribute("sid").value()) {
+                if (trimmed(name) == child.attribute("sid").value()) {
                     return true;
                 }
             }

@@ -99,6 +99,32 @@ TEST(RepairIdsTest, AllFormsOfReferencesFollow)
     EXPECT_EQ("#n_m", result.value("//instance_rigid_body/@target"));
 }
 
+TEST(RepairIdsTest, IdsOfImagesAreNamesThatAreReadWhole)
+{
+    const OnePass result(&libPrepare::repairIds,
+                         "<library_images><image id='a(1)/b'/></library_images><geometry id='c(1)/d'/>"
+                         "<newparam sid='s'><surface><init_from>a(1)/b</init_from></surface></newparam>"
+                         "<newparam sid='t'><surface><init_from>#a(1)/b</init_from></surface></newparam>"
+                         "<newparam sid='u'><sampler2D><source>a(1)/b</source></sampler2D></newparam>"
+                         "<texture texture='a(1)/b'/>");
+    EXPECT_EQ("a_1__b", result.value("//image/@id"));
+    EXPECT_EQ("c(1)/d", result.value("//geometry/@id"));
+    EXPECT_EQ("a_1__b", result.text("//newparam[@sid='s']//init_from"));
+    EXPECT_EQ("a_1__b", result.text("//newparam[@sid='t']//init_from"));
+    EXPECT_EQ("a_1__b", result.text("//newparam[@sid='u']//source"));
+    EXPECT_EQ("a_1__b", result.value("//texture/@texture"));
+}
+
+TEST(RepairIdsTest, SamplerThatNamesASurfaceDoesNotFollowAnImageOfThatName)
+{
+    const OnePass result(&libPrepare::repairIds,
+                         "<library_images><image id='p q'/></library_images><effect>"
+                         "<newparam sid='p q'><surface><init_from>p q</init_from></surface></newparam>"
+                         "<newparam sid='s'><sampler2D><source>p q</source></sampler2D></newparam></effect>");
+    EXPECT_EQ("p q", result.text("//sampler2D/source"));
+    EXPECT_EQ("p_q", result.text("//surface/init_from"));
+}
+
 TEST(RepairIdsTest, EncodedBlanksOfTargetsFollow)
 {
     const OnePass result(&libPrepare::repairIds, "<node id='n m'/><channel target='n%20m/translate.X'/>"
