@@ -117,6 +117,24 @@ pugi::xml_node materialOf(Document& document, pugi::xml_node instanceMaterial)
     return resolveLoosely(document, instanceMaterial.attribute("target").value(), "material");
 }
 
+pugi::xml_node repairedMaterialOf(Document& document, pugi::xml_node instanceMaterial)
+{
+    const std::string symbol = instanceMaterial.attribute("symbol").value();
+    const std::string target = instanceMaterial.attribute("target").value();
+    pugi::xml_node material = materialOf(document, instanceMaterial);
+    if (!material) {
+        material = document.byId(trimmed(symbol), {"material"});
+    }
+    if (material && !document.resolve(target, {"material"})) {
+        const std::string id(trimmed(material.attribute("id").value()));
+        document.rewritten(instanceMaterial, "material",
+                           "The target of the symbol \"" + symbol + "\" leads nowhere: \"" + target + "\".",
+                           "it is bound to the material \"" + id + "\"");
+        setAttribute(instanceMaterial, "target", '#' + id);
+    }
+    return material;
+}
+
 pugi::xml_node effectOf(Document& document, pugi::xml_node material)
 {
     return resolveLoosely(document, material.child("instance_effect").attribute("url").value(), "effect");

@@ -16,6 +16,8 @@ std::vector<pugi::xml_node> elementsBelow(pugi::xml_node top, const char* name);
 
 /// The `<material>` that an `<instance_material>` leads to; null if there is none.
 pugi::xml_node materialOf(Document& document, pugi::xml_node instanceMaterial);
+/// The same, or the material whose id is the symbol. The reference is corrected where it leads to no material itself.
+pugi::xml_node repairedMaterialOf(Document& document, pugi::xml_node instanceMaterial);
 /// The `<effect>` that a `<material>` leads to; null if there is none.
 pugi::xml_node effectOf(Document& document, pugi::xml_node material);
 /// The materials that the shown scene binds to its meshes, each once, in the order of the first binding.

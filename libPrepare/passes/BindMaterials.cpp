@@ -69,24 +69,13 @@ private:
              descend(instance, "bind_material/technique_common").children("instance_material")) {
             const std::string symbol = binding.attribute("symbol").value();
             m_takenSymbols.insert(symbol);
-            pugi::xml_node material = materialOf(m_document, binding);
+            const pugi::xml_node material = repairedMaterialOf(m_document, binding);
             if (!material) {
-                material = m_document.byId(trimmed(symbol), {"material"});
-                if (!material) {
-                    m_document.lost(binding, "material",
-                                    "The symbol \"" + symbol + "\" is bound to a material that is not there: \"" +
-                                        binding.attribute("target").value() + "\".",
-                                    "add the material, or bind another one");
-                    continue;
-                }
-            }
-            const std::string target = '#' + std::string(trimmed(material.attribute("id").value()));
-            if (!m_document.resolve(binding.attribute("target").value(), {"material"})) {
-                m_document.rewritten(binding, "material",
-                                     "The target of the symbol \"" + symbol + "\" leads nowhere: \"" +
-                                         binding.attribute("target").value() + "\".",
-                                     "it is bound to the material \"" + target.substr(1) + "\"");
-                setAttribute(binding, "target", target);
+                m_document.lost(binding, "material",
+                                "The symbol \"" + symbol + "\" is bound to a material that is not there: \"" +
+                                    binding.attribute("target").value() + "\".",
+                                "add the material, or bind another one");
+                continue;
             }
             m_meanings.emplace(symbol, material);
         }

@@ -1,5 +1,6 @@
 #include "Passes.h"
 
+#include <libPrepare/document/Looks.h>
 #include <libPrepare/document/Tree.h>
 #include <libPrepare/geometry/GeometryCopier.h>
 
@@ -86,15 +87,11 @@ private:
     {
         for (const pugi::xml_node binding : bindingsOf(instance)) {
             const std::string symbol = binding.attribute("symbol").value();
+            const pugi::xml_node material = repairedMaterialOf(m_document, binding);
             if (isWord(symbol)) {
-                m_meanings.emplace(symbol, materialOf(binding));
+                m_meanings.emplace(symbol, material);
             }
         }
-    }
-
-    pugi::xml_node materialOf(pugi::xml_node binding)
-    {
-        return m_document.resolve(binding.attribute("target").value(), {"material"});
     }
 
     // What is read as a symbol whole: blanks would end it.
@@ -109,7 +106,7 @@ private:
             if (!bound.insert(symbol).second) {
                 continue; // the first binding of a symbol counts
             }
-            const pugi::xml_node material = materialOf(binding);
+            const pugi::xml_node material = materialOf(m_document, binding);
             std::string other = symbolFor(symbol, material);
             if (other != symbol) {
                 renamed.emplace(symbol, other);

@@ -75,6 +75,28 @@ TEST(SeparateGeometriesTest, SymbolOfTwoMaterialsIsTwoSymbols)
     EXPECT_EQ(result.xml(), again.xml());
 }
 
+TEST(SeparateGeometriesTest, MaterialThatIsNamedWithoutAHashIsThatMaterial)
+{
+    std::string named = instance("m", "red");
+    named.erase(named.find('#', named.find("target")), 1);
+    const Prepared result(document(instance("m", "red"), named));
+    EXPECT_EQ(2U, result.count("//instance_material[@symbol='m' and @target='#red']"));
+    EXPECT_EQ(0U, result.findings("symbol"));
+}
+
+TEST(SeparateGeometriesTest, SymbolWithoutItsMaterialIsNoOtherSymbol)
+{
+    std::string named = instance("m", "red");
+    named.erase(named.find('#', named.find("target")), 1);
+    const Prepared result(document(instance("m", "blue"), instance("m", "none") + named));
+    const std::string red = attribute(result, "//instance_material[@target='#red']", "symbol");
+    EXPECT_NE("m", red);
+    EXPECT_NE(attribute(result, "//instance_material[@target='#none']", "symbol"), red);
+    const Prepared again(result.xml());
+    EXPECT_EQ(result.xml(), again.xml());
+    EXPECT_FALSE(again.report.changed);
+}
+
 TEST(SeparateGeometriesTest, SymbolThatIsBoundElsewhereAloneIsNotTakenOver)
 {
     const Prepared result(document(instance("m", "red"), instance("", "")));
