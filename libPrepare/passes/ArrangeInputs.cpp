@@ -1,5 +1,6 @@
 #include "Passes.h"
 
+#include <libPrepare/document/Looks.h>
 #include <libPrepare/document/Numbers.h>
 #include <libPrepare/geometry/Sources.h>
 
@@ -84,6 +85,7 @@ public:
                 }
             }
         }
+        dropOtherVertices();
         for (const auto& vertices : m_vertices) {
             reduceVertices(vertices.second);
         }
@@ -128,10 +130,25 @@ private:
             }
             element = following;
         }
-        for (const pugi::xml_node vertices : body.children("vertices")) {
-            if (m_vertices.count(vertices.hash_value()) == 0) {
-                arrangePoints(vertices);
-            }
+        const pugi::xml_node vertices = body.child("vertices");
+        if (vertices && m_vertices.count(vertices.hash_value()) == 0) {
+            arrangePoints(vertices);
+        }
+        for (pugi::xml_node other = vertices.next_sibling("vertices"); other; other = other.next_sibling("vertices")) {
+            m_otherVertices.push_back(other);
+        }
+    }
+
+    // A mesh has one <vertices>, the first: the primitives that named another one name it now, or are gone.
+    void dropOtherVertices()
+    {
+        for (const pugi::xml_node other : m_otherVertices) {
+            m_document.rewritten(other, "vertices",
+                                 "A mesh has more than one <vertices>, of which the first alone is read.",
+                                 "This one was taken out.");
+            m_vertices.erase(other.hash_value());
+            other.parent().remove_child(other);
+            m_document.forgetIds();
         }
     }
 
@@ -164,6 +181,15 @@ private:
             return;
         }
         std::vector<PlannedInput> plan = planInputs(element, inputs, positions);
+        if (!nameFirstVertices(firstInput(inputs, "VERTEX")->element, *positions)) {
+            m_document.lost(element, "positions",
+                            std::string("A <") + element.name() +
+                                "> has other positions than those of the first <vertices> of its mesh.",
+                            "Give each mesh one <vertices>.");
+            m_document.report().changed = true;
+            body.remove_child(element);
+            return;
+        }
         if (!isRead) {
             write(element, inputs, plan);
             return;
@@ -178,6 +204,29 @@ private:
         for (const PlannedInput& input : plan) {
             demand(input.semantic == "VERTEX" ? "POSITION" : input.semantic, *input.layout, input.layout->count);
         }
+    }
+
+    // Makes an input VERTEX that leads to another <vertices> of a mesh lead to the first. The plan has its inputs already.
+    // @return false if the positions of the two differ
+    bool nameFirstVertices(pugi::xml_node vertex, const SourceLayout& positions)
+    {
+        const pugi::xml_node own = m_document.resolve(vertex.attribute("source").value(), {"vertices"});
+        const pugi::xml_node first = own.parent().child("vertices");
+        if (own == first) {
+            return true;
+        }
+        const std::vector<Input> inputs = inputsOf(first);
+        const Input* const position = firstInput(inputs, "POSITION");
+        if (position == nullptr ||
+            m_document.resolve(position->element.attribute("source").value(), {"source"}) != positions.source) {
+            return false;
+        }
+        m_vertices.emplace(first.hash_value(), first);
+        if (*first.attribute("id").value() == '\0') {
+            m_document.setId(first, m_document.freshId("vertices"));
+        }
+        setAttribute(vertex, "source", '#' + std::string(first.attribute("id").value()));
+        return true;
     }
 
     // The inputs of a primitive and those of its `<vertices>`, without those that are not read.
@@ -249,7 +298,8 @@ private:
             return false;
         }
         input.layout = m_sources.find(m_document.resolve(input.reference, {"source"}));
-        if (input.layout == nullptr || input.layout->width() == 0 || input.layout->count == 0) {
+        const std::size_t least = isPoint && input.semantic == "POSITION" ? 2 : 1; // values, as for positions of faces
+        if (input.layout == nullptr || input.layout->width() < least || input.layout->count == 0) {
             if (m_reported.insert(where.hash_value()).second) {
                 m_document.lost(where, "source", "An input " + input.semantic + " leads to no numbers.",
                                 "It was taken out. Check its source and the accessor of that.");
@@ -305,7 +355,7 @@ private:
         while (binding && symbol != binding.attribute("symbol").value()) {
             binding = binding.next_sibling("instance_material");
         }
-        const pugi::xml_node shader = shaderOf(m_document.resolve(binding.attribute("target").value(), {"material"}));
+        const pugi::xml_node shader = shadingOf(effectOf(m_document, materialOf(m_document, binding))).shader;
         const auto setOf = [&](pugi::xml_node texture) {
             const std::string_view name = texture.attribute("texcoord").value();
             for (const pugi::xml_node bind : binding.children("bind_vertex_input")) {
@@ -333,20 +383,6 @@ private:
             }
         }
         return chosen;
-    }
-
-    pugi::xml_node shaderOf(pugi::xml_node material)
-    {
-        const pugi::xml_node effect =
-            m_document.resolve(material.child("instance_effect").attribute("url").value(), {"effect"});
-        for (const pugi::xml_node profile : effect.children("profile_COMMON")) {
-            for (const pugi::xml_node child : profile.child("technique").children()) {
-                if (is(child, "blinn") || is(child, "phong") || is(child, "lambert") || is(child, "constant")) {
-                    return child;
-                }
-            }
-        }
-        return {};
     }
 
     // Makes the offsets count from 0 without gaps, and every index one that is there. @return whether `<p>` changed
@@ -630,6 +666,7 @@ private:
     Sources& m_sources;
     std::unordered_map<std::size_t, pugi::xml_node> m_instances; // by geometry
     std::unordered_map<std::size_t, pugi::xml_node> m_vertices;  // that primitives name
+    std::vector<pugi::xml_node> m_otherVertices;                 // beyond the first of a mesh
     std::unordered_set<std::size_t> m_reported;                  // inputs that several primitives share
     std::unordered_map<std::size_t, std::size_t> m_demands;
     std::vector<std::pair<const SourceLayout*, Demand>> m_demandOrder;
