@@ -287,20 +287,20 @@ TEST(ArrangeInputsMeshTest, PrimitivesNameTheFirstVerticesWithTheInputsOfTheirOw
     EXPECT_EQ("VERTEX 0 #v, NORMAL 0 #n", inputs(result));
     EXPECT_EQ(1U, result.count("//vertices"));
     EXPECT_EQ(1U, result.count("//vertices/input"));
-    expectSettled(result);
+    test::expectStable(result);
 }
 
 TEST(ArrangeInputsMeshTest, PrimitiveWithOtherPositionsThanItsMeshIsReportedAndGoes)
 {
     const Prepared result(
-        mesh(source("q", "0 0 5 1 0 5 0 1 5", 3, 3, "XYZ") + vertices +
+        mesh(source("q", "X Y Z", "0 0 5 1 0 5 0 1 5") + vertices +
              "<vertices id='w'><input semantic='POSITION' source='#q'/></vertices>"
              "<triangles count='1'><input semantic='VERTEX' source='#w' offset='0'/><p>0 1 2</p></triangles>"
              "<triangles count='1'><input semantic='VERTEX' source='#v' offset='0'/><p>2 1 0</p></triangles>"));
     ASSERT_EQ(1U, result.count("//triangles"));
     EXPECT_EQ("2 1 0", result.text("//triangles/p"));
     EXPECT_EQ(1U, result.findings("positions"));
-    expectSettled(result);
+    test::expectStable(result);
 }
 
 TEST(ArrangeInputsMeshTest, PositionsOfOneValueAreNone)
@@ -312,7 +312,7 @@ TEST(ArrangeInputsMeshTest, PositionsOfOneValueAreNone)
              "<lines count='1'><input semantic='VERTEX' source='#v' offset='0'/><p>0 1</p></lines>"));
     EXPECT_EQ("0 0 0 1 0 0 0 1 0", result.text("//source[@id='q']/float_array"));
     EXPECT_EQ(0U, result.count("//input[@source='#q']"));
-    expectSettled(result);
+    test::expectStable(result);
 }
 
 } // namespace
