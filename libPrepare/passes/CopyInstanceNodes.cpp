@@ -81,7 +81,12 @@ private:
             }
             const pugi::xml_node copy = m_keep.append_copy(target);
             m_kept[target.hash_value()] = copy;
-            pair(target, copy, [](pugi::xml_node, pugi::xml_node) {});
+            // Those that lie where no node is shown stay where they are too, and keep their ids.
+            pair(target, copy, [this](pugi::xml_node original, pugi::xml_node) {
+                if (is(original, "node")) {
+                    m_shown.insert(original.hash_value());
+                }
+            });
         }
         return true;
     }

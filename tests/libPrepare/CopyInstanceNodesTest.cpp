@@ -1,4 +1,5 @@
 #include "AnimationWords.h"
+#include "Expectations.h"
 #include "Prepared.h"
 
 #include <libPrepare/document/Motion.h>
@@ -67,6 +68,17 @@ TEST(CopyInstanceNodesTest, CopiesOfAShownNodeAreMadeOfWhatItWas)
     EXPECT_EQ(0U, done.count("//node[@id='b']/node/node"));
     EXPECT_EQ(1U, done.count("//node[@id='c']/node[@name='l']/node[@name='b']"));
     EXPECT_EQ(0U, done.count("//node[@id='c']/node/node/node"));
+}
+
+// Such as a node in a library that lies in a node.
+TEST(CopyInstanceNodesTest, IdsOfWhatIsNotShownInAShownNodeStayDifferent)
+{
+    const Prepared done(shown("<node id='a'>" + still + "<library_nodes><node id='b'/></library_nodes></node><node>" +
+                              still + instance("a") + "</node>"));
+    EXPECT_EQ(1U, done.count("//node[@id='b']"));
+    EXPECT_EQ(1U, done.count("//node[@id='a']//node[@id='b']"));
+    EXPECT_EQ(2U, done.count("//library_nodes/node[@id]"));
+    test::expectStable(done);
 }
 
 TEST(CopyInstanceNodesTest, ReferencesToNothingAreTakenOut)
