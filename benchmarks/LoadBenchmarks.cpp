@@ -1,6 +1,7 @@
 #include "Benchmarks.h"
 
 #include "DocumentGenerator.h"
+#include "Quantile.h"
 
 #include "support/Process.h"
 
@@ -182,18 +183,6 @@ const std::vector<LoadCase>& loadCases()
 }
 
 // The value that a share of all values does not exceed.
-double quantile(std::vector<double> values, double share)
-{
-    const auto place = std::lround(share * static_cast<double>(values.size() - 1));
-    std::nth_element(values.begin(), values.begin() + place, values.end());
-    return values[static_cast<std::size_t>(place)];
-}
-
-double median(const std::vector<double>& values)
-{
-    return quantile(values, 0.5);
-}
-
 // Runs a program. @return its output
 std::istringstream outputOf(const std::vector<std::string>& command)
 {

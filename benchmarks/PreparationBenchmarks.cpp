@@ -1,6 +1,7 @@
 #include "Benchmarks.h"
 
 #include "DocumentGenerator.h"
+#include "Quantile.h"
 
 #include "support/Process.h"
 
@@ -68,13 +69,6 @@ Cost costOf(const std::vector<std::string>& command)
     return cost;
 }
 
-double medianOf(std::vector<double> values)
-{
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
-
 // Compares preparing a document with loading the original and saving the result by pugixml alone.
 void measurePreparation(benchmark::State& state, const PreparationCase& row)
 {
@@ -97,9 +91,9 @@ void measurePreparation(benchmark::State& state, const PreparationCase& row)
             state.SetIterationTime(prepare.seconds);
         }
         state.counters["document_mb"] = 1e-6 * static_cast<double>(std::filesystem::file_size(in.path()));
-        state.counters["prepare_ms"] = 1e3 * medianOf(prepared);
-        state.counters["rewrite_ms"] = 1e3 * medianOf(rewritten);
-        state.counters["time_ratio"] = medianOf(prepared) / medianOf(rewritten);
+        state.counters["prepare_ms"] = 1e3 * median(prepared);
+        state.counters["rewrite_ms"] = 1e3 * median(rewritten);
+        state.counters["time_ratio"] = median(prepared) / median(rewritten);
         state.counters["prepare_mib"] = preparedMemory;
         state.counters["rewrite_mib"] = rewrittenMemory;
         state.counters["memory_ratio"] = preparedMemory / rewrittenMemory;

@@ -1,6 +1,7 @@
 #include "ConvertCommand.h"
 
 #include "FolderConversion.h"
+#include "common/Failure.h"
 #include "common/Printable.h"
 
 #include <unistd.h>
@@ -16,12 +17,6 @@ namespace scenetool {
 namespace {
 
 constexpr int usageError = 2;
-
-int fail(const std::string& file, const std::string& why, int status = EXIT_FAILURE)
-{
-    std::cerr << "scenetool: " << printable(file) << ": " << printable(why) << '\n';
-    return status;
-}
 
 void writeNotes(const ConversionResult& result, std::ostream& out)
 {

@@ -1,5 +1,6 @@
 #include "DocumentConversion.h"
 
+#include "common/DefaultCreaseAngle.h"
 #include "common/LoadedScene.h"
 #include "common/PreparedFile.h"
 #include "gltf/GltfExport.h"
@@ -57,11 +58,10 @@ ConversionResult convert(const std::string& in, const ConversionSettings& settin
 
 libPrepare::Options preparationForGltf()
 {
-    constexpr double creaseAngle = 60.0;
     libPrepare::Options options;
     options.upAxis = libPrepare::UpAxis::y;
     options.unit = 1.0;
-    options.normals = creaseAngle;
+    options.normals = defaultCreaseAngle;
     return options;
 }
 

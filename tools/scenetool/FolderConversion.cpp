@@ -1,5 +1,7 @@
 #include "FolderConversion.h"
 
+#include "common/DocumentFiles.h"
+
 #include <nlohmann/json.hpp>
 
 #include <fcntl.h>
@@ -7,7 +9,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -69,20 +70,12 @@ private:
     std::array<int, 2> m_ends{};
 };
 
-bool isDocument(const fs::path& path)
-{
-    std::string ending = path.extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(), [](unsigned char c) { return std::tolower(c); });
-    return ending == ".dae";
-}
-
 std::vector<Job> jobsOf(const fs::path& in, const fs::path& out)
 {
     std::vector<Job> jobs;
     for (const fs::directory_entry& entry :
          fs::recursive_directory_iterator(in, fs::directory_options::skip_permission_denied)) {
-        std::error_code ignored;
-        if (isDocument(entry.path()) && entry.is_regular_file(ignored)) {
+        if (isDocument(entry)) {
             jobs.push_back({entry.path(), out / entry.path().lexically_relative(in)});
         }
     }

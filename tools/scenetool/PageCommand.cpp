@@ -1,7 +1,7 @@
 #include "PageCommand.h"
 
 #include "common/Base64.h"
-#include "common/Printable.h"
+#include "common/Failure.h"
 #include "common/TemporaryFolder.h"
 #include "gltf/GltfDocument.h"
 #include "page/PageViewer.h"
@@ -15,12 +15,6 @@
 namespace scenetool {
 
 namespace {
-
-int fail(const std::string& file, const std::string& why)
-{
-    std::cerr << "scenetool: " << printable(file) << ": " << printable(why) << '\n';
-    return EXIT_FAILURE;
-}
 
 // Escapes text for use between tags.
 std::string escaped(const std::string& text)

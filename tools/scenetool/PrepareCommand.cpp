@@ -1,5 +1,6 @@
 #include "PrepareCommand.h"
 
+#include "common/DefaultCreaseAngle.h"
 #include "common/ReportPrinter.h"
 
 #include <charconv>
@@ -62,7 +63,8 @@ PrepareCommand::PrepareCommand(CLI::App& app)
             "--normals",
             [this](const std::string& text) {
                 // CLI11 passes "true" for an option without a value.
-                const std::optional<double> angle = text.empty() || text == "true" ? 60.0 : numberOf(text);
+                const std::optional<double> angle =
+                    text.empty() || text == "true" ? defaultCreaseAngle : numberOf(text);
                 if (!angle || *angle < 0 || *angle > 180) {
                     throw CLI::ValidationError("--normals", '"' + text + "\" is not an angle from 0 to 180");
                 }

@@ -2,6 +2,8 @@
 
 #include "TextureFile.h"
 
+#include "../common/DefaultCreaseAngle.h"
+
 #include <algorithm>
 #include <map>
 #include <system_error>
@@ -10,8 +12,6 @@
 namespace scenetool {
 
 namespace {
-
-constexpr double creaseAngle = 60.0; // degrees; flatter edges of a mesh without normals are smoothed
 
 // Counts texts, in the order of their first occurrence.
 class Counts {
@@ -63,7 +63,7 @@ PictureDocument::PictureDocument(std::string file, const std::filesystem::path& 
     wanted.time = options.time;
     wanted.upAxis = libPrepare::UpAxis::y;
     wanted.aspect = options.aspect;
-    wanted.normals = creaseAngle;
+    wanted.normals = defaultCreaseAngle;
     const std::filesystem::path prepared = folder / "prepared.dae";
     m_report = libPrepare::prepare(m_file, prepared, wanted);
     m_madeNormals.insert(m_report.madeNormals.begin(), m_report.madeNormals.end());

@@ -1,10 +1,11 @@
 #include "Sheet.h"
 
+#include "../common/DocumentFiles.h"
+
 #include <stb/stb_easy_font.h>
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cmath>
 #include <cstring>
 #include <exception>
@@ -121,15 +122,6 @@ void showFault(Picture& sheet, Place place, const std::string& fault, const Shee
         write(sheet, {place.x + textTop, y}, line);
         y += textStep;
     }
-}
-
-bool isDocument(const std::filesystem::directory_entry& entry)
-{
-    std::string ending = entry.path().extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    std::error_code error;
-    return ending == ".dae" && entry.is_regular_file(error);
 }
 
 // Draws all cells. @return them in the order of the files
