@@ -309,7 +309,11 @@ private:
         m_motion.apply(job.element, 0, atStart);
         const std::optional<std::vector<Component>> components = componentsOf(job, declared);
         const bool isAxisNothing = isAngle && declared[0] == 0 && declared[1] == 0 && declared[2] == 0;
-        if (isStill(job) || (components && isAxisNothing)) {
+        const bool isResultStill =
+            components && std::all_of(components->begin(), components->end(), [](const Component& component) {
+                return component.curve == nullptr || isNothingMoving(*component.curve);
+            }); // though a channel that a later one replaces may move
+        if (isStill(job) || isResultStill || (components && isAxisNothing)) {
             reportStill(job);
             declare(job, atStart, slack(atStart, declared));
             return;

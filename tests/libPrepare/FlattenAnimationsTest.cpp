@@ -83,6 +83,17 @@ TEST(FlattenAnimationsTest, SingleTimeIsDeclared)
     EXPECT_EQ(1U, done.findings("animation without motion"));
 }
 
+TEST(FlattenAnimationsTest, SingleTimeAfterAMovingChannelOfTheSameTargetIsDeclared)
+{
+    const Prepared done(library(flat("x", "a/r.ANGLE", "ANGLE", "0 1", "10 20", "LINEAR LINEAR") +
+                                flat("y", "a/r", "ANGLE", "1", "30", "LINEAR")) +
+                        shown(node));
+    EXPECT_EQ("0 0 1 30", done.text("//rotate"));
+    EXPECT_EQ(0U, done.count("//animation"));
+    const Prepared second(done.xml());
+    EXPECT_FALSE(second.report.changed);
+}
+
 TEST(FlattenAnimationsTest, StepStaysAStep)
 {
     const Prepared done(library(flat("x", "a/t.Y", "Y", "0 1 2", "0 4 6", "STEP LINEAR LINEAR")) + shown(node));
