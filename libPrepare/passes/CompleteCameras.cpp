@@ -379,7 +379,7 @@ private:
         for (const double time : times) {
             widen(way.at(time));
         }
-        sight(way.rest(), rest.data());
+        sight(times.empty() ? way.rest() : way.at(0), rest.data()); // what is declared is what the curves begin with
         pugi::xml_node eye = addNode(plain(oldId.empty() ? cameraId : oldId) + "-camera");
         if (const pugi::xml_attribute name = old.attribute("name")) {
             eye.append_attribute("name") = name.value();
