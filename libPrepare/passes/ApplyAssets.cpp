@@ -120,7 +120,7 @@ private:
         const Frame said = Frame::read(asset, m_base);
         if (!isSame(said, m_base)) {
             for (const char* const name : {"unit", "up_axis"}) {
-                if (const pugi::xml_node child = asset.child(name)) {
+                while (const pugi::xml_node child = asset.child(name)) {
                     removeElement(child);
                 }
             }

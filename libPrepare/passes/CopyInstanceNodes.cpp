@@ -147,7 +147,9 @@ private:
             if (is(made, "node")) {
                 ++m_copies;
             } else if (is(made, "instance_node")) {
-                m_instances.push_back(made);
+                if (isShownBelow(made, copy)) {
+                    m_instances.push_back(made);
+                }
             } else if (m_motion->isAnimated(originOf(made)) && isTransform(made.name())) {
                 moving.emplace_back(originOf(made), made);
             }
@@ -160,6 +162,16 @@ private:
         }
         removeElement(instance);
         return true;
+    }
+
+    // Whether there are only nodes between an instance and the node that is shown.
+    static bool isShownBelow(pugi::xml_node instance, pugi::xml_node shown)
+    {
+        pugi::xml_node above = instance.parent();
+        while (above != shown && is(above, "node")) {
+            above = above.parent();
+        }
+        return above == shown;
     }
 
     // Skins, targets and other references mean what is shown: of a node that is not shown itself, the first copy.

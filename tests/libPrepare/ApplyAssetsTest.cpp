@@ -1,4 +1,5 @@
 #include "AnimationWords.h"
+#include "Expectations.h"
 #include "Prepared.h"
 
 #include <libPrepare/document/Transforms.h>
@@ -64,6 +65,15 @@ TEST(ApplyAssetsTest, GeometryOfAnotherFrameGetsANodeThatTurnsIt)
     EXPECT_EQ(0U, done.count("//node[@id='a']/instance_geometry"));
     expectPlace({2, 6, -4}, done, "//node[@id='a']/node[instance_geometry]");
     EXPECT_EQ("1 2 3", done.text("//float_array"));
+}
+
+TEST(ApplyAssetsTest, UnitSaidTwiceIsAppliedOnce)
+{
+    const Prepared done(
+        shownWith("<asset><unit meter='0.5'/><unit meter='0.5'/></asset>", "<node id='a'>" + still + "</node>"));
+    EXPECT_EQ("0.5", done.text("//node/matrix").substr(0, 3));
+    EXPECT_EQ(0U, done.count("//unit"));
+    test::expectStable(done);
 }
 
 TEST(ApplyAssetsTest, SameFrameChangesNothing)

@@ -81,6 +81,15 @@ TEST(CopyInstanceNodesTest, IdsOfWhatIsNotShownInAShownNodeStayDifferent)
     test::expectStable(done);
 }
 
+TEST(CopyInstanceNodesTest, InstancesThatAreNotShownAreNotCopiedIn)
+{
+    const Prepared done(shown("<node id='a'>" + still + "<technique_common><node>" + instance("a") +
+                              "</node></technique_common></node><node>" + still + instance("a") + "</node>"));
+    EXPECT_EQ(2U, done.count("//technique_common/node/instance_node"));
+    EXPECT_EQ(0U, done.findings("size"));
+    test::expectStable(done);
+}
+
 TEST(CopyInstanceNodesTest, ReferencesToNothingAreTakenOut)
 {
     const Prepared done(shown("<node id='a'>" + still + instance("gone") + "</node>"));

@@ -6,6 +6,7 @@
 #include <libPrepare/Prepare.h>
 #include <libVideo/SceneGraph/Scene.h>
 
+#include <algorithm>
 #include <filesystem>
 
 namespace testSupport {
@@ -34,6 +35,11 @@ std::string faultOfPreparation(const std::string& path)
     }
     if (!first.changed && contentOf(path) != contentOf(once)) {
         return "what needs no change is changed";
+    }
+    const bool isLeftOut = std::any_of(first.findings.begin(), first.findings.end(),
+                                       [](const libPrepare::Finding& finding) { return finding.kind == "size"; });
+    if (isLeftOut) {
+        return ""; // a second run has room again, or finds the document too large
     }
     const libPrepare::Report second = libPrepare::prepare(once, twice, options);
     if (!second.done) {
