@@ -14,6 +14,15 @@ namespace {
 // Nodes that all copies together may have, since instances of instances double with each step.
 constexpr std::size_t maxCopies = 1000000;
 
+// What lies in an <extra> is no part of the scene, whatever it is called.
+bool isVendorData(pugi::xml_node element)
+{
+    while (element && !is(element, "extra")) {
+        element = element.parent();
+    }
+    return static_cast<bool>(element);
+}
+
 class Copying {
 public:
     explicit Copying(Document& document) : m_document(document) {}
@@ -24,8 +33,9 @@ public:
             for (const pugi::xml_node library : m_document.root().children(name)) {
                 for (pugi::xml_node element = library; element; element = next(element, library)) {
                     if (is(element, "instance_node") && is(element.parent(), "node")) {
-                        m_targets[element.hash_value()] =
+                        const pugi::xml_node target =
                             m_document.resolve(element.attribute("url").value(), {"node"});
+                        m_targets[element.hash_value()] = isVendorData(target) ? pugi::xml_node() : target;
                     }
                 }
             }

@@ -90,6 +90,17 @@ TEST(CopyInstanceNodesTest, InstancesThatAreNotShownAreNotCopiedIn)
     test::expectStable(done);
 }
 
+TEST(CopyInstanceNodesTest, VendorDataIsNotCopiedIn)
+{
+    const Prepared done(shown("<node id='a'>" + still + instance("b") +
+                              "<extra><technique profile='X'><node id='b'><rotate>0 0 1 1,5</rotate></node></technique>"
+                              "</extra></node>"));
+    EXPECT_EQ(0U, done.count("//node[@id='a']/node"));
+    EXPECT_EQ(0U, done.count("//instance_node"));
+    EXPECT_EQ(1U, done.findings("instance_node"));
+    test::expectStable(done);
+}
+
 TEST(CopyInstanceNodesTest, ReferencesToNothingAreTakenOut)
 {
     const Prepared done(shown("<node id='a'>" + still + instance("gone") + "</node>"));
