@@ -31,6 +31,13 @@ using Matrix = libMath::Matrix<float, 4, 4>;
 using vesk::String;
 
 PRIVATE_MEMBER(resourcesOf, libVideo::SceneResources Scene::*, &Scene::m_resources)
+PRIVATE_MEMBER(turnUp, void (Scene::*)(domUpAxisType), &Scene::transformToYUP)
+using FoldTransform = void (Node::*)(const daeTArray<double>&);
+PRIVATE_MEMBER(translate, FoldTransform, &Node::translate)
+PRIVATE_MEMBER(rotate, FoldTransform, &Node::rotate)
+PRIVATE_MEMBER(scale, FoldTransform, &Node::scale)
+PRIVATE_MEMBER(transform, FoldTransform, &Node::transform)
+PRIVATE_MEMBER(setId, void (Node::*)(const String&), &Node::setId)
 
 bool hasSameBits(const Matrix& a, const Matrix& b)
 {
@@ -100,9 +107,10 @@ public:
 
     void run()
     {
-        constexpr void (Host::*steps[])() = {&Host::useNode,   &Host::moveNode,          &Host::useTransformation,
-                                             &Host::useCamera, &Host::useCameraInstance, &Host::useSpotLight,
-                                             &Host::useMesh,   &Host::useTexts,          &Host::useEmptyObjects};
+        constexpr void (Host::*steps[])() = {&Host::useNode,           &Host::foldNode,          &Host::moveNode,
+                                             &Host::useScene,          &Host::useTransformation, &Host::useCamera,
+                                             &Host::useCameraInstance, &Host::useSpotLight,      &Host::useMesh,
+                                             &Host::useTexts,          &Host::useEmptyObjects};
         while (m_bytes.remaining_bytes() > 0) {
             const auto step = m_bytes.PickValueInArray(steps);
             try {
@@ -151,6 +159,47 @@ private:
         node.up();
     }
 
+    daeTArray<double> numbers()
+    {
+        daeTArray<double> values;
+        for (unsigned count = m_bytes.ConsumeIntegralInRange(0u, 17u); count > 0; --count) {
+            values.append(number());
+        }
+        return values;
+    }
+
+    // As the load does with what a node holds.
+    void foldNode()
+    {
+        const NodeLink link = pick(m_scenes.nodes);
+        Node node = link ? *link : Node();
+        const daeTArray<double> values = numbers();
+        switch (m_bytes.ConsumeIntegralInRange(0, 3)) {
+        case 0:
+            translate(node, values);
+            break;
+        case 1:
+            rotate(node, values);
+            break;
+        case 2:
+            scale(node, values);
+            break;
+        default:
+            transform(node, values);
+            break;
+        }
+        setId(node, text());
+        node.transform();
+    }
+
+    // A loaded scene takes no second document.
+    void useScene()
+    {
+        Scene& scene = *m_scenes.all[m_bytes.ConsumeIntegralInRange<std::size_t>(0, m_scenes.all.size() - 1)];
+        turnUp(scene, static_cast<domUpAxisType>(m_bytes.ConsumeIntegralInRange(0, 3)));
+        fuzz::check(!scene.createFromCollada(SEED_FOLDER), "a scene that is loaded twice");
+    }
+
     void moveNode()
     {
         const NodeLink link = pick(m_scenes.nodes);
@@ -168,18 +217,14 @@ private:
     template <class Kind>
     void useKind()
     {
-        daeTArray<double> values;
-        for (unsigned count = m_bytes.ConsumeIntegralInRange(0u, 17u); count > 0; --count) {
-            values.append(number());
-        }
-        Kind made(values, text());
+        Kind made(numbers(), text());
         const AnimationHandle animation = pick(m_scenes.animations);
         made.setAnimation(animation);
         made.transformationAtTime(number());
         Kind copy(made);
         fuzz::check(copy.transformation() == made.transformation(), "a copy with a matrix of its own");
         fuzz::check(copy.animation() == animation, "a copy without the animation");
-        copy.setTransformation(values);
+        copy.setTransformation(numbers());
         copy.setSid(text());
         made = copy;
         fuzz::check(hasSameBits(*made.transformation(), *copy.transformation()), "an assignment that changes a matrix");

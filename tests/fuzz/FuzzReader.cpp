@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -37,6 +38,9 @@ std::string databaseOf(DAE& dae)
     }
     for (const std::string& type : types) {
         const daeUInt count = database.getElementCount(nullptr, type.c_str(), name.c_str());
+        if (count == 0) {
+            continue; // the document model's own database still lists the types of what was taken out
+        }
         said += type + ' ' + std::to_string(count) + ':';
         for (daeUInt i = 0; i <= count; ++i) {
             daeElement* element = nullptr;
@@ -49,6 +53,36 @@ std::string databaseOf(DAE& dae)
     return said;
 }
 
+// What a program says of its database when it changes a document: gives an id and takes it away, takes an element out, adds
+// documents and removes one.
+std::string editedDatabaseOf(DAE& dae, domCOLLADA& root)
+{
+    daeDatabase& database = *dae.getDatabase();
+    const daeElementRefArray children = root.getChildren();
+    std::string said;
+    if (children.getCount() > 0) {
+        const daeElementRef child = children[children.getCount() - 1];
+        said += std::to_string(child->setAttribute("id", "given"));
+        said += std::to_string(database.getElementCount("given"));
+        said += std::to_string(database.changeElementID(child, nullptr) == DAE_OK);
+        said += std::to_string(child->setAttribute("id", "")) + std::to_string(root.removeChildElement(child));
+    }
+    said += std::to_string(database.getElementCount("given")) + ' ';
+    daeDocument* added = nullptr;
+    said += std::to_string(database.insertDocument("file:/fuzz/second.dae", &added));
+    said += std::to_string(added != nullptr && database.isDocumentLoaded("file:/fuzz/second.dae"));
+    daeDocument* again = added;
+    said += std::to_string(database.insertDocument("file:/fuzz/second.dae", nullptr, &again));
+    said += std::to_string(again == nullptr) + std::to_string(database.getDocumentCount());
+    std::vector<daeElement*> found;
+    database.sidLookup("s", found, nullptr);
+    said += std::to_string(found.size());
+    database.typeLookup(domNode::ID(), found);
+    said += std::to_string(found.size()) + std::to_string(database.idLookup("a").empty());
+    said += std::to_string(database.removeDocument(added)) + std::to_string(database.getDocumentCount());
+    return said + '\n' + databaseOf(dae);
+}
+
 // The tree of a text, and what is said of it; empty if the text is refused.
 std::string treeOf(DAE& dae, const std::string& text)
 {
@@ -57,6 +91,7 @@ std::string treeOf(DAE& dae, const std::string& text)
     std::string tree = root != nullptr ? testSupport::documentTree(dae, *root) : "";
     if (root != nullptr && text.size() < longText) {
         tree += databaseOf(dae);
+        tree += editedDatabaseOf(dae, *root);
     }
     dae.clear();
     return tree;
