@@ -180,7 +180,7 @@ private:
             }
             return;
         }
-        std::vector<PlannedInput> plan = planInputs(element, inputs, positions);
+        std::vector<PlannedInput> plan = planInputs(element, inputs, positions, bindingOf(geometry, element));
         if (!nameFirstVertices(firstInput(inputs, "VERTEX")->element, *positions)) {
             m_document.lost(element, "positions",
                             std::string("A <") + element.name() +
@@ -231,7 +231,7 @@ private:
 
     // The inputs of a primitive and those of its `<vertices>`, without those that are not read.
     std::vector<PlannedInput> planInputs(pugi::xml_node element, const std::vector<Input>& inputs,
-                                         const SourceLayout* positions)
+                                         const SourceLayout* positions, pugi::xml_node binding)
     {
         std::vector<PlannedInput> plan;
         const Input* const vertex = firstInput(inputs, "VERTEX");
@@ -272,6 +272,11 @@ private:
             for (const PlannedInput& other : plan) {
                 if (other.semantic == planned.semantic) {
                     planned.set = std::max(planned.set, other.set + 1);
+                }
+            }
+            for (const pugi::xml_node bind : binding.children("bind_vertex_input")) {
+                if (isThere) { // these mean sets that have a number
+                    planned.set = std::max(planned.set, setIn(bind) + 1);
                 }
             }
             plan.push_back(std::move(planned));
@@ -342,18 +347,34 @@ private:
         }
     }
 
-    // The set of coordinates that the diffuse texture takes. Reports channels that take another.
-    long long boundSet(pugi::xml_node geometry, pugi::xml_node element, long long lowest,
-                       const std::vector<PlannedInput>& plan)
+    // The binding of a primitive's material; null if there is none.
+    pugi::xml_node bindingOf(pugi::xml_node geometry, pugi::xml_node element) const
     {
         const auto instance = m_instances.find(geometry.hash_value());
         if (instance == m_instances.end()) {
-            return lowest;
+            return {};
         }
         const std::string_view symbol = element.attribute("material").value();
         pugi::xml_node binding = descend(instance->second, "bind_material/technique_common").child("instance_material");
         while (binding && symbol != binding.attribute("symbol").value()) {
             binding = binding.next_sibling("instance_material");
+        }
+        return binding;
+    }
+
+    // The set that a `<bind_vertex_input>` means.
+    static long long setIn(pugi::xml_node bind)
+    {
+        return static_cast<long long>(wholeOr(bind.attribute("input_set").value(), 0));
+    }
+
+    // The set of coordinates that the diffuse texture takes. Reports channels that take another.
+    long long boundSet(pugi::xml_node geometry, pugi::xml_node element, long long lowest,
+                       const std::vector<PlannedInput>& plan)
+    {
+        const pugi::xml_node binding = bindingOf(geometry, element);
+        if (!binding) {
+            return lowest;
         }
         const pugi::xml_node shader = shadingOf(effectOf(m_document, materialOf(m_document, binding))).shader;
         const auto setOf = [&](pugi::xml_node texture) {
@@ -362,7 +383,7 @@ private:
                 if (texture.attribute("texcoord") && name == bind.attribute("semantic").value() &&
                     std::string_view(bind.attribute("input_semantic").value()) == "TEXCOORD" &&
                     *bind.attribute("input_set").value() != '\0') {
-                    const long long set = static_cast<long long>(wholeOr(bind.attribute("input_set").value(), 0));
+                    const long long set = setIn(bind);
                     const bool isThere = std::any_of(plan.begin(), plan.end(), [&](const PlannedInput& input) {
                         return input.semantic == "TEXCOORD" && input.set == set;
                     });

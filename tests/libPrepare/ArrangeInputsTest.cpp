@@ -146,29 +146,44 @@ TEST(ArrangeInputsMeshTest, AttributeOfTheVerticesWithFewerRecordsIsFilledUp)
     test::expectStable(result);
 }
 
+// A mesh that is shown with the symbol "m", whose diffuse texture takes the set 1 and whose emission takes the set 0.
+std::string shownWithTextures(const std::string& content)
+{
+    return mesh(content) +
+           "<library_images><image id='i'><init_from>a.png</init_from></image></library_images>"
+           "<library_effects><effect id='e'><profile_COMMON><newparam sid='s'><surface "
+           "type='2D'><init_from>i</init_from>"
+           "</surface></newparam><newparam sid='q'><sampler2D><source>s</source></sampler2D></newparam>"
+           "<technique sid='c'><phong><emission><texture texture='q' texcoord='A'/></emission>"
+           "<diffuse><texture texture='q' texcoord='B'/></diffuse></phong></technique></profile_COMMON></effect>"
+           "</library_effects><library_materials><material id='M'><instance_effect url='#e'/></material>"
+           "</library_materials><library_visual_scenes><visual_scene id='vs'><node id='N'>"
+           "<matrix>1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1</matrix><instance_geometry url='#g'><bind_material>"
+           "<technique_common><instance_material symbol='m' target='#M'>"
+           "<bind_vertex_input semantic='A' input_semantic='TEXCOORD' input_set='0'/>"
+           "<bind_vertex_input semantic='B' input_semantic='TEXCOORD' input_set='1'/></instance_material>"
+           "</technique_common></bind_material></instance_geometry></node></visual_scene></library_visual_scenes>"
+           "<scene><instance_visual_scene url='#vs'/></scene>";
+}
+
 TEST(ArrangeInputsMeshTest, DiffuseTextureChoosesTheSet)
 {
-    const std::string body =
-        mesh(vertices + "<triangles count='1' material='m'><input semantic='VERTEX' source='#v' offset='0'/>"
-                        "<input semantic='TEXCOORD' source='#t' offset='0' set='0'/>"
-                        "<input semantic='TEXCOORD' source='#u' offset='0' set='1'/><p>0 1 2</p></triangles>") +
-        "<library_images><image id='i'><init_from>a.png</init_from></image></library_images>"
-        "<library_effects><effect id='e'><profile_COMMON><newparam sid='s'><surface type='2D'><init_from>i</init_from>"
-        "</surface></newparam><newparam sid='q'><sampler2D><source>s</source></sampler2D></newparam><technique sid='c'>"
-        "<phong><emission><texture texture='q' texcoord='A'/></emission><diffuse><texture texture='q' texcoord='B'/>"
-        "</diffuse></phong></technique></profile_COMMON></effect></library_effects><library_materials><material id='M'>"
-        "<instance_effect url='#e'/></material></library_materials><library_visual_scenes><visual_scene id='vs'><node "
-        "id='N'>"
-        "<matrix>1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1</matrix><instance_geometry url='#g'><bind_material><technique_common>"
-        "<instance_material symbol='m' target='#M'><bind_vertex_input semantic='A' input_semantic='TEXCOORD' "
-        "input_set='0'/>"
-        "<bind_vertex_input semantic='B' input_semantic='TEXCOORD' "
-        "input_set='1'/></instance_material></technique_common>"
-        "</bind_material></instance_geometry></node></visual_scene></library_visual_scenes>"
-        "<scene><instance_visual_scene url='#vs'/></scene>";
-    const Prepared result(body);
+    const Prepared result(shownWithTextures(
+        vertices + "<triangles count='1' material='m'><input semantic='VERTEX' source='#v' offset='0'/>"
+                   "<input semantic='TEXCOORD' source='#t' offset='0' set='0'/>"
+                   "<input semantic='TEXCOORD' source='#u' offset='0' set='1'/><p>0 1 2</p></triangles>"));
     EXPECT_EQ("VERTEX 0 #v, TEXCOORD 0 #u set 1, TEXCOORD 0 #t set 0", inputs(result));
     EXPECT_EQ(1U, result.findings("texcoord")) << "the emission takes the other set";
+}
+
+TEST(ArrangeInputsMeshTest, CoordinatesOfVerticesAreNoSetThatATextureTakes)
+{
+    const Prepared result(shownWithTextures(
+        "<vertices id='v'><input semantic='POSITION' source='#p'/><input semantic='TEXCOORD' source='#u'/></vertices>"
+        "<triangles count='1' material='m'><input semantic='VERTEX' source='#v' offset='0'/>"
+        "<input semantic='TEXCOORD' source='#t' offset='0' set='0'/><p>0 1 2</p></triangles>"));
+    EXPECT_EQ("VERTEX 0 #v, TEXCOORD 0 #t set 0, TEXCOORD 0 #u set 2", inputs(result));
+    test::expectStable(result);
 }
 
 struct SourceCase {
