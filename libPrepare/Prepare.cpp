@@ -53,11 +53,19 @@ const char* refusalReason(const std::string& kind)
     if (kind == "encoding") {
         return "is not in the encoding that it names";
     }
+    if (kind == "document-type") {
+        return "has a document type (<!DOCTYPE>)";
+    }
     return kind == "zeros-at-end" ? "has zero characters after its end" : nullptr;
 }
 
-void reportRepairs(const Encoding& encoding, Document& document)
+void reportRepairs(const DocumentFile& file, Document& document)
 {
+    const Encoding& encoding = file.encoding();
+    if (file.hadDocumentType()) {
+        document.rewritten(document.root(), "document-type", "The document has a document type, which is refused.",
+                           "taken out");
+    }
     if (encoding.isMistaken) {
         document.rewritten(document.root(), "encoding",
                            "The document says that its encoding is " + encoding.name + ", but it is UTF-8.",
@@ -98,7 +106,7 @@ Report prepare(const std::filesystem::path& in, const std::filesystem::path& out
     }
     Document document(source.xml(), in, options, report, source.lines(), source.isPlain());
     document.setTarget(out);
-    reportRepairs(source.encoding(), document);
+    reportRepairs(source, document);
     run(document);
     if (const std::optional<Refusal> refusal = source.write(out, report.changed)) {
         refuse(report, *refusal);
@@ -121,7 +129,7 @@ Report inspect(const std::filesystem::path& file)
     Report repairs;
     {
         Document document(source.xml(), file, options, repairs, source.lines(), source.isPlain());
-        reportRepairs(source.encoding(), document);
+        reportRepairs(source, document);
         run(document);
     }
     report.done = true;

@@ -79,6 +79,8 @@ std::optional<Refusal> DocumentFile::read(const std::filesystem::path& file, std
         return Refusal{"malformed", std::string("not well-formed: ") + parsed.description(),
                        "write it again, or mend it by hand", line, column};
     }
+    const auto isDocumentType = [](pugi::xml_node node) { return node.type() == pugi::node_doctype; };
+    m_hadDocumentType = m_xml.remove_child(m_xml.find_child(isDocumentType));
     return std::nullopt;
 }
 

@@ -31,6 +31,8 @@ public:
     /// Whether no name has a prefix for certain.
     bool isPlain() const { return m_isPlain; }
     const Encoding& encoding() const { return m_encoding; }
+    /// Whether it had a document type, which is not in the tree.
+    bool hadDocumentType() const { return m_hadDocumentType; }
 
 private:
     InputFile m_input;
@@ -39,6 +41,7 @@ private:
     Lines m_lines;
     Encoding m_encoding;
     bool m_isPlain = false;
+    bool m_hadDocumentType = false;
 };
 
 } // namespace libPrepare

@@ -189,7 +189,11 @@ void Checker::documentType(void* self, const xmlChar* /*name*/, const xmlChar* /
                            const xmlChar* /*systemId*/)
 {
     auto& checker = *static_cast<Checker*>(self);
-    checker.refuse(checker.tagBegin(), "document-type", "has a document type (<!DOCTYPE>)", "take it out");
+    const std::size_t at = checker.position();
+    if (at >= checker.m_text.size() || checker.m_text[at] != '>') { // it could declare entities
+        checker.refuse(checker.tagBegin(), "document-type", "has a document type with declarations (<!DOCTYPE [...]>)",
+                       "take it out");
+    }
 }
 
 void Checker::startElement(void* self, const xmlChar* localName, const xmlChar* prefix, const xmlChar* /*uri*/,

@@ -65,6 +65,24 @@ TEST(PrepareTest, WhatNeedsNothingIsCopiedByteForByte)
     EXPECT_EQ(text, contentOf(out));
 }
 
+TEST(PrepareTest, DocumentTypeWithoutDeclarationsIsTakenOut)
+{
+    const TemporaryFolder folder;
+    const std::string text = document({});
+    const std::size_t place = text.find("<COLLADA");
+    const std::string typed = text.substr(0, place) + "<!DOCTYPE COLLADA SYSTEM 'a>b.dtd' >" + text.substr(place);
+    const std::filesystem::path in = folder.write("a.dae", typed);
+    const std::filesystem::path out = folder.path() / "b.dae";
+    const libPrepare::Report report = libPrepare::prepare(in, out);
+    ASSERT_EQ(1U, report.findings.size());
+    EXPECT_EQ("document-type", report.findings.front().kind);
+    EXPECT_EQ(canonical(text), canonical(contentOf(out)));
+    EXPECT_EQ(std::string::npos, contentOf(out).find("DOCTYPE"));
+    const libPrepare::Report inspected = libPrepare::inspect(in);
+    EXPECT_FALSE(inspected.done);
+    EXPECT_EQ("has a document type (<!DOCTYPE>)", inspected.findings.front().text);
+}
+
 struct Change {
     const char* name;
     const char* kind; // of the only finding
