@@ -9,13 +9,14 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cctype>
 #include <cmath>
 #include <cstdlib>
 #include <functional>
-#include <optional>
+#include <map>
+#include <memory>
 #include <thread>
+#include <utility>
 
 namespace scenetool {
 
@@ -107,25 +108,21 @@ int RenderCommand::sheet()
     if (isBoxed && !canDrawInSandbox()) {
         return failed;
     }
-    std::optional<OffscreenContext> context;
-    if (isBoxed) { // a context belongs to one thread, so several documents at a time need several processes
-        layout.workers = std::max(1u, std::thread::hardware_concurrency());
-    } else {
-        context.emplace();
-    }
-    std::atomic<bool> hasFault{false};
-    const SheetWorker worker = [this, isBoxed, &hasFault](const std::string& file) {
-        SheetCell cell = isBoxed ? drawCellInSandbox(file) : drawCell(file, TemporaryFolder().path());
-        hasFault = hasFault || !cell.picture;
-        return cell;
+    bool hasFault = false;
+    const SheetDrawing draw = [this, isBoxed, &hasFault](const std::vector<std::string>& documents) {
+        std::vector<SheetCell> cells = isBoxed ? drawCellsInSandboxes(documents) : drawCells(documents);
+        hasFault = std::any_of(cells.begin(), cells.end(), [](const SheetCell& cell) { return !cell.picture; });
+        return cells;
     };
-    const SheetProgress progress = [this](unsigned done, unsigned all) {
-        if (m_hasBar) {
-            showBar(done, all);
-        }
-    };
-    writePicture(renderSheet(files, m_folder, layout, worker, progress), m_output, m_options.hasAlpha());
+    writePicture(renderSheet(files, m_folder, layout, draw), m_output, m_options.hasAlpha());
     return hasFault ? failed : EXIT_SUCCESS;
+}
+
+void RenderCommand::showProgress(std::size_t done, std::size_t all) const
+{
+    if (m_hasBar) {
+        showBar(static_cast<unsigned>(done), static_cast<unsigned>(all));
+    }
 }
 
 SheetCell RenderCommand::drawCell(const std::string& file, const std::filesystem::path& folder) const
@@ -148,22 +145,58 @@ SheetCell RenderCommand::drawCell(const std::string& file, const std::filesystem
     return cell;
 }
 
-SheetCell RenderCommand::drawCellInSandbox(const std::string& file) const
+std::vector<SheetCell> RenderCommand::drawCells(const std::vector<std::string>& files) const
 {
-    SharedCell shared(m_options.picture().width, m_options.picture().height);
-    const TemporaryFolder folder; // removed by this process, even if the child crashes
-    const SandboxResult result = runInSandbox(m_sandbox.limits(), [&] {
-        const OffscreenContext context;
-        shared.put(drawCell(file, folder.path()));
-        return EXIT_SUCCESS;
-    });
-    if (result.failure.empty()) {
-        return shared.take();
+    const OffscreenContext context;
+    std::vector<SheetCell> cells;
+    for (const std::string& file : files) {
+        cells.push_back(drawCell(file, TemporaryFolder().path()));
+        showProgress(cells.size(), files.size());
     }
-    SheetCell cell;
-    cell.fault = "the load " + result.failure;
-    complain(file, cell.fault, m_hasBar);
-    return cell;
+    return cells;
+}
+
+// A drawing context belongs to one thread, so several documents at a time need several processes.
+std::vector<SheetCell> RenderCommand::drawCellsInSandboxes(const std::vector<std::string>& files) const
+{
+    struct Drawing {
+        std::size_t place;
+        SharedCell cell;
+        TemporaryFolder folder; // removed by this process, even if the child crashes
+    };
+    std::vector<SheetCell> cells(files.size());
+    std::map<pid_t, std::unique_ptr<Drawing>> running;
+    Sandbox sandbox(m_sandbox.limits());
+    std::size_t done = 0;
+    const auto finishOne = [&] {
+        const Sandbox::Ended ended = sandbox.wait();
+        const std::unique_ptr<Drawing> drawing = std::move(running.extract(ended.process).mapped());
+        SheetCell& cell = cells[drawing->place];
+        if (ended.result.failure.empty()) {
+            cell = drawing->cell.take();
+        } else {
+            cell.fault = "the load " + ended.result.failure;
+            complain(files[drawing->place], cell.fault, m_hasBar);
+        }
+        showProgress(++done, files.size());
+    };
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        if (sandbox.runningCount() >= std::max(1u, std::thread::hardware_concurrency())) {
+            finishOne();
+        }
+        auto drawing = std::unique_ptr<Drawing>(
+            new Drawing{i, SharedCell(m_options.picture().width, m_options.picture().height), TemporaryFolder()});
+        const pid_t process = sandbox.start([&] {
+            const OffscreenContext context;
+            drawing->cell.put(drawCell(files[i], drawing->folder.path()));
+            return EXIT_SUCCESS;
+        });
+        running.emplace(process, std::move(drawing));
+    }
+    while (sandbox.runningCount() > 0) {
+        finishOne();
+    }
+    return cells;
 }
 
 // Tests drawing before the first document. Does so in a child process, because a driver that is in use before a fork

@@ -9,6 +9,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace scenetool {
 
@@ -30,7 +31,9 @@ private:
     int render(const std::filesystem::path& folder);
     int sheet();
     SheetCell drawCell(const std::string& file, const std::filesystem::path& folder) const;
-    SheetCell drawCellInSandbox(const std::string& file) const;
+    std::vector<SheetCell> drawCells(const std::vector<std::string>& files) const;
+    std::vector<SheetCell> drawCellsInSandboxes(const std::vector<std::string>& files) const;
+    void showProgress(std::size_t done, std::size_t all) const;
     bool canDrawInSandbox() const;
 
     const SandboxOptions& m_sandbox;

@@ -8,11 +8,8 @@
 #include <array>
 #include <cmath>
 #include <cstring>
-#include <exception>
 #include <filesystem>
-#include <mutex>
 #include <system_error>
-#include <thread>
 
 namespace scenetool {
 
@@ -124,45 +121,6 @@ void showFault(Picture& sheet, Place place, const std::string& fault, const Shee
     }
 }
 
-// Draws all cells. @return them in the order of the files
-std::vector<SheetCell> drawnCells(const std::vector<std::string>& files, unsigned workers, const SheetWorker& worker,
-                                  const SheetProgress& progress)
-{
-    std::vector<SheetCell> cells(files.size());
-    std::mutex mutex;
-    std::size_t next = 0;
-    unsigned done = 0;
-    std::exception_ptr failure;
-    const auto work = [&] {
-        for (std::unique_lock<std::mutex> lock(mutex); next < files.size() && !failure;) {
-            const std::size_t own = next++;
-            lock.unlock();
-            try {
-                cells[own] = worker(files[own]);
-                lock.lock();
-                progress(++done, static_cast<unsigned>(files.size()));
-            } catch (...) {
-                if (!lock.owns_lock()) {
-                    lock.lock();
-                }
-                failure = std::current_exception();
-            }
-        }
-    };
-    std::vector<std::thread> threads;
-    for (unsigned i = 1; i < workers; ++i) {
-        threads.emplace_back(work);
-    }
-    work();
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    if (failure) {
-        std::rethrow_exception(failure);
-    }
-    return cells;
-}
-
 } // namespace
 
 std::vector<std::string> documentsIn(const std::string& folder)
@@ -204,7 +162,7 @@ std::vector<std::string> documentsDirectlyIn(const std::string& folder)
 }
 
 Picture renderSheet(const std::vector<std::string>& files, const std::string& folder, const SheetOptions& options,
-                    const SheetWorker& worker, const SheetProgress& progress)
+                    const SheetDrawing& draw)
 {
     const auto count = static_cast<unsigned>(files.size());
     const auto columns = static_cast<unsigned>(std::ceil(std::sqrt(static_cast<double>(count))));
@@ -216,7 +174,7 @@ Picture renderSheet(const std::vector<std::string>& files, const std::string& fo
     }
     Picture sheet(static_cast<unsigned>(width), static_cast<unsigned>(height));
     fill(sheet, {0, 0}, sheet.width, sheet.height, paper);
-    const std::vector<SheetCell> cells = drawnCells(files, options.workers, worker, progress);
+    const std::vector<SheetCell> cells = draw(files);
     for (unsigned i = 0; i < count; ++i) {
         const Place place{gap + (i % columns) * (options.cellWidth + gap),
                           gap + (i / columns) * (options.cellHeight + labelHeight + gap)};

@@ -15,15 +15,11 @@ struct SheetCell {
     std::string fault;
 };
 
-/// Draws one document at the size of a cell. Called from any thread; it may use another process. An exception cancels
-/// the sheet.
-using SheetWorker = std::function<SheetCell(const std::string& file)>;
-/// Receives the number of finished documents.
-using SheetProgress = std::function<void(unsigned done, unsigned all)>;
+/// Draws the documents, each at the size of a cell. @return their cells in the same order
+using SheetDrawing = std::function<std::vector<SheetCell>(const std::vector<std::string>& files)>;
 
 /// Layout of a sheet; sizes are in pixels.
 struct SheetOptions {
-    unsigned workers = 1; ///< number of documents drawn at a time
     unsigned cellWidth = 320;
     unsigned cellHeight = 240;
 };
@@ -39,6 +35,6 @@ std::vector<std::string> documentsDirectlyIn(const std::string& folder);
 /// @param folder names are relative to it
 /// @throws PictureError if the documents do not fit into a picture
 Picture renderSheet(const std::vector<std::string>& files, const std::string& folder, const SheetOptions& options,
-                    const SheetWorker& worker, const SheetProgress& progress);
+                    const SheetDrawing& draw);
 
 } // namespace scenetool
