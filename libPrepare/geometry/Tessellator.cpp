@@ -147,8 +147,7 @@ Tessellator::Result Tessellator::triangulate(const Polygon& polygon, std::vector
     // Where edges cross GLU makes new points, all of them before it can be stopped; and it keeps the edges that its sweep
     // meets in a list.
     const std::uint64_t cost = count > fewCorners ? static_cast<std::uint64_t>(count) * count : 0;
-    if (cost <= m_steps) {
-        m_steps -= cost;
+    if (takePairs(cost)) {
         if (!crossesItself(polygon) && runGlu(polygon, triangles)) {
             return Result::done;
         }
@@ -168,6 +167,15 @@ Tessellator::Result Tessellator::triangulate(const Polygon& polygon, std::vector
     }
     triangles.resize(before);
     return Result::tooLong;
+}
+
+// Of the pairs, or of the steps once these run out.
+bool Tessellator::takePairs(std::uint64_t pairs)
+{
+    std::uint64_t& budget = pairs <= m_pairs ? m_pairs : m_steps;
+    const bool isEnough = pairs <= budget;
+    budget -= isEnough ? pairs : 0;
+    return isEnough;
 }
 
 bool Tessellator::isFan() const

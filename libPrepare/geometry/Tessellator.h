@@ -49,6 +49,7 @@ private:
 
     bool isFan() const;
     void project(const Polygon& polygon);
+    bool takePairs(std::uint64_t pairs);
     bool crossesItself(const Polygon& polygon);
     bool runGlu(const Polygon& polygon, std::vector<std::size_t>& triangles);
     void identify(const Polygon& polygon);
@@ -64,6 +65,7 @@ private:
     std::vector<std::size_t> m_order;
     std::vector<std::size_t> m_identities;          // of each corner the first that is the same
     std::uint64_t m_steps = std::uint64_t(1) << 26; // that ears may still take; corners bring more
+    std::uint64_t m_pairs = std::uint64_t(1) << 29; // of edges that GLU may still meet: a polygon of 20,000 corners
 };
 
 /// Cuts off ears until nothing is left. Every edge of each loop is an edge of exactly one triangle, whatever the shape.

@@ -211,6 +211,19 @@ TEST(TessellatorTest, EarsKeepEdgesAndAreaOfWhateverIsGivenToThem)
     }
 }
 
+TEST(TessellatorTest, FaceWithFiveThousandHolesKeepsEdgesAndArea)
+{
+    constexpr unsigned rows = 70;
+    constexpr double size = 3.0 * rows + 1;
+    GivenPolygon given{{{{0, 0, 0}, {size, 0, 0}, {size, size, 0}, {0, size, 0}}}, {}};
+    for (unsigned hole = 0; hole < rows * rows; ++hole) {
+        const double x = 3.0 * (hole % rows) + 1;
+        const double y = 3.0 * (hole / rows) + 1;
+        given.loops.push_back({{x, y, 0}, {x, y + 2, 0}, {x + 2, y + 2, 0}, {x + 2, y, 0}});
+    }
+    cut(given);
+}
+
 TEST(TessellatorTest, EarsThatTakeTooLongAreCutOffAsTheyCome)
 {
     std::vector<Point2> points;
