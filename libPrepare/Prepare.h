@@ -37,7 +37,7 @@ struct Options {
     std::optional<double> aspect;
     /// Crease angle in degrees for meshes without normals, which stay without them if this is absent.
     std::optional<double> normals;
-    /// Keys a second at which a curve is sampled that cannot be written exactly.
+    /// Samples a second at which a curve that cannot be written exactly is compared with what is written.
     double sampleRate = 60.0;
     /// Largest error of a resampled curve: degrees for angles, else relative to the size of the values.
     double tolerance = 1e-4;

@@ -11,9 +11,10 @@ namespace libPrepare {
 
 namespace {
 
-constexpr unsigned maxPieces = 4096; // at first, between two keys; more where the tolerance asks for them
-constexpr unsigned fewPieces = 4;
-constexpr unsigned maxHalvings = 30;
+constexpr unsigned maxSamples = 4096; // that are compared between two keys
+constexpr unsigned fewSamples = 8;
+constexpr unsigned maxHalvings = 30; // of the time between two keys
+constexpr unsigned fewHalvings = 2;  // once there are no more samples to take
 
 // How a component runs through a stretch between two neighboring key times.
 struct Way {
@@ -194,92 +195,99 @@ void FlatCurve::addJump(double time, const double* before, const double* after, 
     }
 }
 
+// A way through a function's values at both ends and after each third, and whether that, or a straight one, passes all
+// its values in between closely enough.
+struct FlatCurve::Fit {
+    std::vector<double> start;
+    std::vector<double> end;
+    std::vector<double> out; // control points
+    std::vector<double> in;
+    bool isCubic = true;
+    bool isStraight = true;
+    bool isConstant = true;
+};
+
+FlatCurve::Fit FlatCurve::fit(double from, double to, const Function& function, Sampling& sampling) const
+{
+    std::vector<double> values(m_width);
+    const auto valuesAt = [&](double part) -> const std::vector<double>& {
+        function(part < 1 ? from + (to - from) * part : to, values.data());
+        sampling.left -= std::min<std::uint64_t>(sampling.left, 1);
+        return values;
+    };
+    Fit fit;
+    fit.start = valuesAt(0);
+    fit.end = valuesAt(1);
+    fit.out = valuesAt(1.0 / 3);
+    fit.in = valuesAt(2.0 / 3);
+    for (std::size_t c = 0; c < m_width; ++c) {
+        const double first = fit.out[c];
+        const double second = fit.in[c];
+        fit.out[c] = (-5 * fit.start[c] + 18 * first - 9 * second + 2 * fit.end[c]) / 6;
+        fit.in[c] = (2 * fit.start[c] - 9 * first + 18 * second - 5 * fit.end[c]) / 6;
+    }
+    const bool isHasty = sampling.left == 0;
+    const double most = std::min(std::ceil((to - from) * sampling.rate), double(maxSamples));
+    const unsigned count = isHasty ? 0 : std::max(fewSamples, static_cast<unsigned>(std::max(most, 0.0)));
+    for (unsigned i = 1; i < count && (fit.isCubic || fit.isStraight); ++i) {
+        const double s = double(i) / count;
+        const double r = 1 - s;
+        const std::vector<double>& between = valuesAt(s);
+        for (std::size_t c = 0; c < m_width; ++c) {
+            const double straight = fit.start[c] * r + fit.end[c] * s;
+            const double cubic = fit.start[c] * r * r * r + 3 * fit.out[c] * s * r * r + 3 * fit.in[c] * s * s * r +
+                                 fit.end[c] * s * s * s;
+            fit.isStraight = fit.isStraight && !(std::abs(straight - between[c]) > m_tolerances[c] / 2);
+            fit.isCubic = fit.isCubic && !(std::abs(cubic - between[c]) > m_tolerances[c] / 2);
+        }
+        fit.isConstant = fit.isConstant && between == fit.start;
+    }
+    fit.isStraight = fit.isStraight && !isHasty;
+    fit.isConstant = fit.isConstant && fit.start == fit.end && !isHasty;
+    return fit;
+}
+
+// A stretch is halved until each part is straight or a cubic.
 void FlatCurve::addStretch(double from, double to, const Function& function, Sampling& sampling)
 {
-    struct Sample {
-        double time;
-        std::vector<double> values;
+    struct Part {
+        double from;
+        double to;
         unsigned halvings;
     };
-    const auto sampleAt = [&](double time, unsigned halvings) {
-        Sample sample{time, std::vector<double>(m_width), halvings};
-        function(time, sample.values.data());
-        sampling.left -= std::min<std::uint64_t>(sampling.left, 1);
-        return sample;
-    };
-    const auto isOff = [&](const Sample& a, const Sample& b, const Sample& between) {
-        const double part = (between.time - a.time) / (b.time - a.time);
-        for (std::size_t c = 0; c < m_width; ++c) {
-            const double straight = a.values[c] + (b.values[c] - a.values[c]) * part;
-            if (std::abs(straight - between.values[c]) > m_tolerances[c] / 2) {
-                return true;
-            }
-        }
-        return false;
-    };
     const double before = std::nextafter(to, from); // before any step at the end
-    if (!(before > from)) {                         // the two sides of a jump, with no time in between
-        add(from, sampleAt(from, 0).values.data(), Interpolation::linear);
+    std::vector<double> last(m_width);
+    if (!(before > from)) { // the two sides of a jump, with no time in between
+        function(from, last.data());
+        add(from, last.data(), Interpolation::linear);
         return;
     }
-    const unsigned most = sampling.left > maxPieces ? maxPieces : fewPieces;
-    const unsigned pieces =
-        static_cast<unsigned>(std::min(std::max(1.0, std::ceil((to - from) * sampling.rate)), double(most)));
-    std::vector<Sample> samples{sampleAt(from, 0)};
-    for (unsigned piece = 1; piece <= pieces; ++piece) {
-        std::vector<Sample> ahead{sampleAt(piece == pieces ? before : from + (to - from) * piece / pieces, 0)};
-        while (!ahead.empty()) {
-            const Sample& a = samples.back();
-            const Sample& b = ahead.back();
-            const unsigned halvings = std::max(a.halvings, b.halvings);
-            const double middle = a.time + (b.time - a.time) / 2;
-            bool isFine = halvings >= maxHalvings || sampling.left == 0 || !(middle > a.time && middle < b.time);
-            Sample half;
-            if (!isFine) {
-                half = sampleAt(middle, b.halvings + 1);
-                isFine = !isOff(a, b, half) && !isOff(a, b, sampleAt(a.time + (b.time - a.time) / 4, 0)) &&
-                         !isOff(a, b, sampleAt(a.time + (b.time - a.time) * 3 / 4, 0));
-            }
-            if (isFine) {
-                samples.push_back(std::move(ahead.back()));
-                ahead.pop_back();
-                samples.back().halvings = 0;
-            } else {
-                ahead.back().halvings = half.halvings;
-                ahead.push_back(std::move(half));
-            }
+    bool isConstant = true;
+    std::vector<Part> ahead{{from, to, 0}};
+    while (!ahead.empty()) {
+        const Part part = ahead.back();
+        ahead.pop_back();
+        const double middle = part.from + (part.to - part.from) / 2;
+        const bool canHalve =
+            middle > part.from && middle < part.to && part.halvings < (sampling.left == 0 ? fewHalvings : maxHalvings);
+        const Fit fit = this->fit(part.from, part.to == to ? before : part.to, function, sampling);
+        if (!fit.isStraight && canHalve && (!fit.isCubic || sampling.left == 0)) {
+            ahead.push_back({middle, part.to, part.halvings + 1});
+            ahead.push_back({part.from, middle, part.halvings + 1});
+            continue;
         }
-    }
-    // A sample is left out while a straight way from the last one kept passes it and all others since closely enough.
-    std::vector<double> lowest(m_width, -std::numeric_limits<double>::infinity());
-    std::vector<double> highest(m_width, std::numeric_limits<double>::infinity());
-    std::size_t anchor = 0;
-    add(from, samples[0].values.data(), Interpolation::linear);
-    const auto slope = [&](std::size_t sample, std::size_t c, double shift) {
-        return (samples[sample].values[c] + shift - samples[anchor].values[c]) /
-               (samples[sample].time - samples[anchor].time);
-    };
-    for (std::size_t i = 1; i < samples.size(); ++i) {
-        bool isOnWay = true;
-        for (std::size_t c = 0; c < m_width && isOnWay; ++c) {
-            isOnWay = slope(i, c, 0) >= lowest[c] && slope(i, c, 0) <= highest[c];
+        isConstant = isConstant && fit.isConstant;
+        const bool isCubic = fit.isCubic && !fit.isStraight; // neither if it jumps where it can't be halved any more
+        add(part.from, fit.start.data(), isCubic ? Interpolation::bezier : Interpolation::linear);
+        if (isCubic) {
+            std::copy(fit.out.begin(), fit.out.end(), m_out.end() - static_cast<std::ptrdiff_t>(m_width));
+            m_nextIn = fit.in;
         }
-        if (!isOnWay) {
-            anchor = i - 1;
-            add(samples[anchor].time, samples[anchor].values.data(), Interpolation::linear);
-            std::fill(lowest.begin(), lowest.end(), -INFINITY);
-            std::fill(highest.begin(), highest.end(), INFINITY);
-        }
-        for (std::size_t c = 0; c < m_width; ++c) {
-            lowest[c] = std::max(lowest[c], slope(i, c, -m_tolerances[c] / 2));
-            highest[c] = std::min(highest[c], slope(i, c, m_tolerances[c] / 2));
-        }
+        last = fit.end;
     }
     std::vector<double> after(m_width);
     function(to, after.data());
-    addJump(to, samples.back().values.data(), after.data(),
-            std::all_of(samples.begin(), samples.end(),
-                        [&](const Sample& sample) { return sample.values == samples[0].values; }));
+    addJump(to, last.data(), after.data(), isConstant);
 }
 
 FlatCurve FlatCurve::combine(const std::vector<Component>& components, Measure measure, Sampling& sampling)
@@ -373,7 +381,10 @@ FlatCurve FlatCurve::part(std::size_t first, std::size_t width) const
 {
     FlatCurve result(width);
     for (std::size_t key = 0; key < count(); ++key) {
-        result.add(m_times[key], m_values.data() + key * m_width + first, m_kinds[key]);
+        const std::size_t at = key * m_width + first;
+        result.add(m_times[key], m_values.data() + at, m_kinds[key]);
+        std::copy_n(m_out.data() + at, width, result.m_out.data() + key * width);
+        std::copy_n(m_in.data() + at, width, result.m_in.data() + key * width);
     }
     return result;
 }

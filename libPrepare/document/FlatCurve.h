@@ -26,7 +26,7 @@ enum class Measure {
 struct Sampling {
     explicit Sampling(const Options& options);
 
-    double rate;      ///< Samples a second at first; more where the tolerance asks for them.
+    double rate;      ///< Samples a second that are compared at least.
     double tolerance; ///< See `Measure`.
     /// Samples that all curves together may take, however long they are and whatever the tolerance is. What comes after
     /// that is sampled coarsely.
@@ -69,6 +69,8 @@ private:
     explicit FlatCurve(std::size_t width);
     void measure(Measure measure, const std::vector<double>& largest, double tolerance);
     void add(double time, const double* values, Interpolation kind);
+    struct Fit;
+    Fit fit(double from, double to, const Function& function, Sampling& sampling) const;
     void addStretch(double from, double to, const Function& function, Sampling& sampling);
     void addJump(double time, const double* before, const double* after, bool isConstant);
 

@@ -157,6 +157,23 @@ TEST(FlattenAnimationsTest, BezierOfAnotherTimingIsSampledWithinTheTolerance)
     }
 }
 
+TEST(FlattenAnimationsTest, BezierOfAnotherTimingTakesFewKeys)
+{
+    // Control points at 0.4 and 0.6 seconds, and at the values of the keys.
+    const Prepared done(animated("a/r.ANGLE", source("t", "T", "0 1") + source("o", "A", "0 90") +
+                                                  kinds("k", "BEZIER BEZIER") + source("in", "X Y", "0 0 0.6 90") +
+                                                  source("out", "X Y", "0.4 0 1 90")) +
+                        shown(node));
+    EXPECT_GE(50U, sourceOf(done, "//animation", "INPUT").size());
+    for (int i = 1; i < 100; ++i) {
+        const double s = i / 100.0;
+        const double r = 1 - s;
+        EXPECT_NEAR(90 * (3 * s * s * r + s * s * s),
+                    played(done, "//animation", 0, 1.2 * s * r * r + 1.8 * s * s * r + s * s * s, 0), 1.1e-4)
+            << s;
+    }
+}
+
 TEST(FlattenAnimationsTest, ComponentsOfOtherKeyTimesStayExact)
 {
     // A cubic 12 s²(1-s) + ... with controls 0 4 4 0 over 2 seconds beside a straight line with a key at 0.5.
