@@ -15,6 +15,7 @@ constexpr unsigned maxSamples = 4096; // that are compared between two keys
 constexpr unsigned fewSamples = 8;
 constexpr unsigned maxHalvings = 30; // of the time between two keys
 constexpr unsigned fewHalvings = 2;  // once there are no more samples to take
+constexpr double maxParts = 1024;    // of the time between two keys, unless that is long
 
 // How a component runs through a stretch between two neighboring key times.
 struct Way {
@@ -263,19 +264,22 @@ void FlatCurve::addStretch(double from, double to, const Function& function, Sam
         return;
     }
     bool isConstant = true;
+    const double most = std::max(maxParts, (to - from) * sampling.rate);
+    double parts = 0;
     std::vector<Part> ahead{{from, to, 0}};
     while (!ahead.empty()) {
         const Part part = ahead.back();
         ahead.pop_back();
         const double middle = part.from + (part.to - part.from) / 2;
-        const bool canHalve =
-            middle > part.from && middle < part.to && part.halvings < (sampling.left == 0 ? fewHalvings : maxHalvings);
+        const bool canHalve = middle > part.from && middle < part.to && parts < most &&
+                              part.halvings < (sampling.left == 0 ? fewHalvings : maxHalvings);
         const Fit fit = this->fit(part.from, part.to == to ? before : part.to, function, sampling);
         if (!fit.isStraight && canHalve && (!fit.isCubic || sampling.left == 0)) {
             ahead.push_back({middle, part.to, part.halvings + 1});
             ahead.push_back({part.from, middle, part.halvings + 1});
             continue;
         }
+        ++parts;
         isConstant = isConstant && fit.isConstant;
         const bool isCubic = fit.isCubic && !fit.isStraight; // neither if it jumps where it can't be halved any more
         add(part.from, fit.start.data(), isCubic ? Interpolation::bezier : Interpolation::linear);

@@ -174,6 +174,15 @@ TEST(FlattenAnimationsTest, BezierOfAnotherTimingTakesFewKeys)
     }
 }
 
+TEST(FlattenAnimationsTest, CurveThatGrowsWithoutBoundTakesBoundedKeys)
+{
+    // The shift of a skew is the tangent of its angle, which passes 90 degrees at half a second.
+    const Prepared done(animated("a/s(0)", source("t", "T", "0 1") + source("o", "A", "0 180")) +
+                        shown("<node id='a'><skew sid='s'>0 1 0 0 0 1 0</skew></node>"));
+    EXPECT_GE(1100U, sourceOf(done, "//animation", "INPUT").size());
+    EXPECT_NEAR(1, played(done, "//animation", 4, 0.25, 0), 1e-3);
+}
+
 TEST(FlattenAnimationsTest, ComponentsOfOtherKeyTimesStayExact)
 {
     // A cubic 12 s²(1-s) + ... with controls 0 4 4 0 over 2 seconds beside a straight line with a key at 0.5.
