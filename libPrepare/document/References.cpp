@@ -85,14 +85,19 @@ void useAttributes(pugi::xml_node element, const std::function<void(const Refere
     }
 }
 
+// Some samplers name their image without a surface.
+bool namesImage(pugi::xml_node element)
+{
+    return is(element, "init_from") ? !is(element.parent(), "image")
+                                    : is(element, "source") && std::strncmp(element.parent().name(), "sampler", 7) == 0;
+}
+
 void useText(pugi::xml_node element, unsigned extras, const std::function<void(const Reference&)>& use)
 {
     if (is(element, "skeleton")) {
         use({element, {}, Reference::Form::uri, {"node"}});
-    } else if (is(element, "init_from") && !is(element.parent(), "image")) {
+    } else if (namesImage(element)) {
         use({element, {}, Reference::Form::id, {"image"}});
-    } else if (is(element, "source") && std::strncmp(element.parent().name(), "sampler", 7) == 0) {
-        use({element, {}, Reference::Form::id, {"image"}}); // some name the image without a surface
     } else if (is(element, "IDREF_array")) {
         const bool isMorph = is(ancestor(element, "morph", "skin"), "morph");
         use({element, {}, Reference::Form::ids, {isMorph ? "geometry" : "node"}});

@@ -172,8 +172,9 @@ bool isOneOf(const char* name, Names names)
 
 // Whether an element may be in another one, of those that later passes take out or write anew. What references lead
 // to would go with it.
-bool canHold(const char* parent, const char* child)
+bool canHold(pugi::xml_node holder, const char* child)
 {
+    const char* const parent = holder.name();
     static constexpr Names instances = {"instance_geometry", "instance_controller", "instance_camera", "instance_light",
                                         "instance_node"};
     static constexpr Names channels = {
@@ -181,11 +182,17 @@ bool canHold(const char* parent, const char* child)
         "reflective", "reflectivity", "transparent", "transparency", "index_of_refraction"};
     static constexpr Names primitives = {"triangles", "polylist",   "polygons", "tristrips",
                                          "trifans",   "linestrips", "lines",    "vertices"};
-    if (std::strchr("adelprstiv", *parent) == nullptr) {
+    if (std::strchr("abdelprstiv", *parent) == nullptr) {
         return true; // most elements are not among these
     }
     if (isOneOf(parent, instances)) {
         return isOneOf(child, {"bind_material", "skeleton", "extra"});
+    }
+    if (is(holder, "bind_material")) {
+        return isOneOf(child, {"param", "technique_common", "technique", "extra"});
+    }
+    if (is(holder, "technique_common") && is(holder.parent(), "bind_material")) {
+        return std::strcmp(child, "instance_material") == 0;
     }
     if (isOneOf(parent, channels)) {
         return isOneOf(child, {"color", "param", "texture", "float", "extra"});
@@ -222,7 +229,7 @@ void repairTexts(Document& document)
             node = nextBeside(node, root);
             continue;
         }
-        if (!canHold(node.parent().name(), name) && holdsId(node)) {
+        if (!canHold(node.parent(), name) && holdsId(node)) {
             const pugi::xml_node following = nextBeside(node, root);
             takeOut(document, node);
             node = following;

@@ -30,11 +30,13 @@ TEST(RepairTextsTest, ElementsWithIdsAreTakenOutOfThoseThatCannotHoldThem)
     const OnePass result(&libPrepare::repairTexts,
                          "<instance_camera><source id='a'/><extra><b id='b'/></extra></instance_camera>"
                          "<diffuse><x><geometry id='c'/></x><color id='d'/><odd/></diffuse>"
-                         "<triangles><geometry id='e'/><input id='f'/></triangles>");
-    EXPECT_EQ(0U, result.count("//*[@id='a' or @id='c' or @id='e']"));
-    EXPECT_EQ(3U, result.count("//*[@id='b' or @id='d' or @id='f']"));
+                         "<triangles><geometry id='e'/><input id='f'/></triangles>"
+                         "<bind_material><node id='g'/><technique_common><light id='h'/><instance_material id='i'/>"
+                         "</technique_common></bind_material>");
+    EXPECT_EQ(0U, result.count("//*[@id='a' or @id='c' or @id='e' or @id='g' or @id='h']"));
+    EXPECT_EQ(4U, result.count("//*[@id='b' or @id='d' or @id='f' or @id='i']"));
     EXPECT_EQ(1U, result.count("//odd"));
-    EXPECT_EQ(3U, result.report.findings.size());
+    EXPECT_EQ(5U, result.report.findings.size());
     EXPECT_TRUE(result.report.changed);
 }
 
