@@ -218,7 +218,8 @@ TEST(TessellatorTest, FaceWithFiveThousandHolesKeepsEdgesAndArea)
     GivenPolygon given{{{{0, 0, 0}, {size, 0, 0}, {size, size, 0}, {0, size, 0}}}, {}};
     for (unsigned hole = 0; hole < rows * rows; ++hole) {
         const double x = 3.0 * (hole % rows) + 1;
-        const double y = 3.0 * (hole / rows) + 1;
+        const unsigned row = hole / rows;
+        const double y = 3.0 * row + 1;
         given.loops.push_back({{x, y, 0}, {x, y + 2, 0}, {x + 2, y + 2, 0}, {x + 2, y, 0}});
     }
     cut(given);
