@@ -33,8 +33,7 @@ public:
             for (const pugi::xml_node library : m_document.root().children(name)) {
                 for (pugi::xml_node element = library; element; element = next(element, library)) {
                     if (is(element, "instance_node") && is(element.parent(), "node")) {
-                        const pugi::xml_node target =
-                            m_document.resolve(element.attribute("url").value(), {"node"});
+                        const pugi::xml_node target = m_document.resolve(element.attribute("url").value(), {"node"});
                         m_targets[element.hash_value()] = isVendorData(target) ? pugi::xml_node() : target;
                     }
                 }

@@ -74,7 +74,8 @@ PrepareCommand::PrepareCommand(CLI::App& app)
         ->expected(0, 1)
         ->type_name("");
     m_command
-        ->add_option("--sample-rate", m_options.sampleRate, "Samples per second at which curves that cannot be written exactly are compared")
+        ->add_option("--sample-rate", m_options.sampleRate,
+                     "Samples per second at which curves that cannot be written exactly are compared")
         ->check(positive)
         ->type_name("")
         ->default_str("60");
