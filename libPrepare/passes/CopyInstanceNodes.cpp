@@ -133,7 +133,7 @@ private:
             removeElement(instance);
             return true;
         }
-        for (pugi::xml_node above = parent; is(above, "node"); above = above.parent()) {
+        for (pugi::xml_node above = parent; above; above = above.parent()) {
             if (originOf(above) == target) {
                 m_document.lost(parent, "instance_node",
                                 "The node \"" + url + "\" would hold itself; the inner instance is left out.",

@@ -58,6 +58,16 @@ TEST(CopyInstanceNodesTest, CirclesAreBroken)
     EXPECT_EQ(4U, done.findings("instance_node")); // two copies, two circles
 }
 
+TEST(CopyInstanceNodesTest, NodeThatHoldsTheWholeSceneIsACircle)
+{
+    const Prepared done("<library_nodes><node id='a'>" + still +
+                        shown("<node id='b'>" + still + instance("a") + "</node>") +
+                        "</node></library_nodes><scene><instance_visual_scene url='#v'/></scene>");
+    EXPECT_EQ(0U, done.count("//node[@id='b']/*[not(self::matrix)]"));
+    EXPECT_EQ(1U, done.findings("instance_node"));
+    test::expectStable(done);
+}
+
 TEST(CopyInstanceNodesTest, CopiesOfAShownNodeAreMadeOfWhatItWas)
 {
     // "b" holds "l"; a copy of "b" inside "l" would hold "l" again, wherever the work on "b" has got to.
