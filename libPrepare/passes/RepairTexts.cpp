@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 #include <initializer_list>
+#include <vector>
 
 namespace libPrepare {
 
@@ -53,6 +54,14 @@ void join(pugi::xml_node element)
         child = after;
     }
     element.prepend_child(pugi::node_pcdata).set_value(text.c_str());
+}
+
+void joinIfDivided(Document& document, pugi::xml_node element)
+{
+    if (isDivided(element)) {
+        document.rewritten(element, "divided-text", "The text is divided by comments, or is character data.", "joined");
+        join(element);
+    }
 }
 
 bool isDigit(char c)
@@ -223,6 +232,7 @@ void repairTexts(Document& document)
 {
     const pugi::xml_node root = document.root();
     const std::size_t findings = document.report().findings.size();
+    std::vector<pugi::xml_node> relieved; // of elements that were taken out
     for (pugi::xml_node node = root; node;) {
         const char* const name = node.name(); // empty if it is no element
         if (*name == '\0' || isForeign(name) || node.type() != pugi::node_element) {
@@ -231,6 +241,7 @@ void repairTexts(Document& document)
         }
         if (!canHold(node.parent(), name) && holdsId(node)) {
             const pugi::xml_node following = nextBeside(node, root);
+            relieved.push_back(node.parent());
             takeOut(document, node);
             node = following;
             continue;
@@ -246,11 +257,7 @@ void repairTexts(Document& document)
         if (traits.holdsOnlyValue) {
             takeStrangersOut(document, node);
         }
-        if (isDivided(node)) {
-            document.rewritten(node, "divided-text", "The text is divided by comments, or is character data.",
-                               "joined");
-            join(node);
-        }
+        joinIfDivided(document, node);
         if (traits.holdsNumbers) {
             repairNumbers(document, node);
         } else if (is(node, "unit")) {
@@ -262,6 +269,9 @@ void repairTexts(Document& document)
             }
         }
         node = next(node, root);
+    }
+    for (const pugi::xml_node element : relieved) {
+        joinIfDivided(document, element);
     }
     if (document.report().findings.size() != findings) {
         document.forgetCensus();

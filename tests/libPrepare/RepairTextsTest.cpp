@@ -25,6 +25,17 @@ TEST(RepairTextsTest, ElementsInAValueAreTakenOut)
     EXPECT_EQ("stray-element", result.report.findings.at(0).kind);
 }
 
+TEST(RepairTextsTest, WhatAnElementThatIsTakenOutLeavesIsJoined)
+{
+    const std::string text = "a<![CDATA[b]]>";
+    const OnePass result(&libPrepare::repairTexts,
+                         "<polygons>" + text + "<translate><light id='d'/></translate></polygons>");
+    EXPECT_EQ("ab", result.text("//polygons"));
+    const OnePass again(&libPrepare::repairTexts, result.all());
+    EXPECT_EQ(result.all(), again.all());
+    EXPECT_EQ(0U, again.report.findings.size());
+}
+
 TEST(RepairTextsTest, ElementsWithIdsAreTakenOutOfThoseThatCannotHoldThem)
 {
     const OnePass result(&libPrepare::repairTexts,
