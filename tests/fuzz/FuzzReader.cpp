@@ -11,17 +11,34 @@
 #include <cstddef>
 #include <cstdint>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace {
 
-class SilentHandler : public daeErrorHandler {
+// A program's own handler of messages: counts them, and throws when it is told to.
+class Handler : public daeErrorHandler {
 public:
-    SilentHandler() { setErrorHandler(this); }
-    ~SilentHandler() override { setErrorHandler(nullptr); }
-    void handleError(daeString /*message*/) override {}
-    void handleWarning(daeString /*message*/) override {}
+    Handler() { setErrorHandler(this); }
+    ~Handler() override { setErrorHandler(nullptr); }
+    void handleError(daeString /*message*/) override { take(); }
+    void handleWarning(daeString /*message*/) override { take(); }
+
+    unsigned messageCount() const { return m_messageCount; }
+    void setThrows(bool throws) { m_throws = throws; }
+
+private:
+    void take()
+    {
+        ++m_messageCount;
+        if (m_throws) {
+            throw std::runtime_error("a message");
+        }
+    }
+
+    unsigned m_messageCount = 0;
+    bool m_throws = false;
 };
 
 // What the database of a document model says of its one document, type by type.
@@ -83,11 +100,16 @@ std::string editedDatabaseOf(DAE& dae, domCOLLADA& root)
     return said + '\n' + databaseOf(dae);
 }
 
-// The tree of a text, and what is said of it; empty if the text is refused.
-std::string treeOf(DAE& dae, const std::string& text)
+constexpr std::size_t longText = 2048; // all questions about a longer one take too long
+
+domCOLLADA* opened(DAE& dae, const std::string& text)
 {
-    constexpr std::size_t longText = 2048; // all questions about a longer one take too long
-    auto* const root = daeSafeCast<domCOLLADA>(dae.openFromMemory("file:/fuzz/document.dae", text.c_str()));
+    return daeSafeCast<domCOLLADA>(dae.openFromMemory("file:/fuzz/document.dae", text.c_str()));
+}
+
+// The tree of a text that is open, and what is said of it; empty if the text is refused. Closes it.
+std::string treeOf(DAE& dae, domCOLLADA* root, const std::string& text)
+{
     std::string tree = root != nullptr ? testSupport::documentTree(dae, *root) : "";
     if (root != nullptr && text.size() < longText) {
         tree += databaseOf(dae);
@@ -98,11 +120,27 @@ std::string treeOf(DAE& dae, const std::string& text)
 }
 
 struct Readers {
-    SilentHandler silence;
+    Handler handler;
     libVideo::detail::ColladaReader reader{own};
     DAE own{&reader.database(), &reader, "1.4.1"};
     DAE stock{nullptr, nullptr, "1.4.1"};
 };
+
+// What a handler throws at a message about a document reaches who opened it, and the reader reads the next one.
+void throwAtMessage(Readers& readers, const std::string& text, const std::string& tree)
+{
+    readers.handler.setThrows(true);
+    bool isThrown = false;
+    try {
+        opened(readers.own, text);
+    } catch (const std::runtime_error&) {
+        isThrown = true;
+    }
+    readers.handler.setThrows(false);
+    fuzz::check(isThrown, "an exception that is lost");
+    readers.own.clear();
+    fuzz::check(treeOf(readers.own, opened(readers.own, text), text) == tree, "a tree that changes after an exception");
+}
 
 } // namespace
 
@@ -113,10 +151,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (text.find('\0') != std::string::npos) {
         return 0; // both take the text up to there
     }
-    const std::string tree = treeOf(readers.own, text);
+    const unsigned messageCount = readers.handler.messageCount();
+    domCOLLADA* const root = opened(readers.own, text);
+    const bool hasMessage = readers.handler.messageCount() > messageCount;
+    const std::string tree = treeOf(readers.own, root, text);
     // What is refused may be more than the document model survives.
-    if (!tree.empty() && tree != treeOf(readers.stock, text)) {
+    if (!tree.empty() && tree != treeOf(readers.stock, opened(readers.stock, text), text)) {
         fuzz::fail("the readers make different trees");
+    }
+    if (hasMessage && text.size() < longText) {
+        throwAtMessage(readers, text, tree);
     }
     return 0;
 }
