@@ -73,8 +73,7 @@ int check(const std::string& file, bool showsGltf, bool showsJson)
     }
     const bool isReadable = report.done;
     if (showsJson) {
-        using Json = nlohmann::ordered_json;
-        std::cout << reportJson(file, report).dump(-1, ' ', false, Json::error_handler_t::replace);
+        std::cout << reportJson(file, report);
     } else if (const libPrepare::Finding* const why = report.first(libPrepare::Outcome::refused)) {
         std::cout << refusalText(file, *why) << '\n' << std::string(14, ' ') << "-> " << printable(why->remedy) << '\n';
     } else if (report.findings.empty()) {
@@ -90,16 +89,16 @@ int check(const std::string& file, bool showsGltf, bool showsJson)
 
 } // namespace
 
-CheckCommand::CheckCommand(CLI::App& app, SandboxOptions& sandbox)
-    : m_command(app.add_subcommand("check", "Lists what a host will not get from documents, with lines and remedies.")),
+CheckCommand::CheckCommand(CommandLine& line, SandboxOptions& sandbox)
+    : m_command(line.addCommand("check", "Lists what a host will not get from documents, with lines and remedies.")),
       m_sandbox(sandbox)
 {
-    m_command->add_option("FILE", m_files, "The documents")->required();
-    m_command->add_flag("--json", m_showsJson, "Print a JSON array with one report per document");
+    m_command.add("FILE", m_files, "The documents").require();
+    m_command.addFlag("--json", m_showsJson, "Print a JSON array with one report per document");
 #ifdef SCENETOOL_HAS_PICTURES
-    m_command->add_flag("--gltf", m_showsGltf, "Also list what a glTF file of the document cannot hold");
+    m_command.addFlag("--gltf", m_showsGltf, "Also list what a glTF file of the document cannot hold");
 #endif
-    m_sandbox.addTo(*m_command);
+    m_sandbox.addTo(m_command);
 }
 
 int CheckCommand::run() const
@@ -132,7 +131,7 @@ int CheckCommand::run() const
                 {libPrepare::Outcome::refused, "limit", "exceeds the limits", "allow more time or memory", {}});
             result = notReadable;
             if (m_showsJson) {
-                std::cout << reportJson(file, report).dump();
+                std::cout << reportJson(file, report);
             }
         }
         status = std::max(status, result);

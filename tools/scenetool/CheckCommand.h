@@ -1,8 +1,7 @@
 #pragma once
 
+#include "CommandLine.h"
 #include "SandboxOptions.h"
-
-#include <CLI/CLI.hpp>
 
 #include <string>
 #include <vector>
@@ -17,15 +16,15 @@ public:
     static constexpr int usageError = 3;
 
     /// Adds the command and its options.
-    CheckCommand(CLI::App& app, SandboxOptions& sandbox);
+    CheckCommand(CommandLine& line, SandboxOptions& sandbox);
 
-    bool isParsed() const { return m_command->parsed(); }
+    bool isParsed() const { return m_command.isParsed(); }
     /// @return 0 if nothing is lost, 1 if something is lost, 2 if a document cannot be read; of several documents the
     ///     largest
     int run() const;
 
 private:
-    CLI::App* m_command;
+    Command m_command;
     SandboxOptions& m_sandbox;
     std::vector<std::string> m_files;
     bool m_showsGltf = false;

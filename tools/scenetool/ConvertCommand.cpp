@@ -32,32 +32,30 @@ void writeNotes(const ConversionResult& result, std::ostream& out)
 
 } // namespace
 
-ConvertCommand::ConvertCommand(CLI::App& app, SandboxOptions& sandbox)
-    : m_command(app.add_subcommand("convert", "Converts a document, or all documents in a folder, to glTF 2.0.")),
+ConvertCommand::ConvertCommand(CommandLine& line, SandboxOptions& sandbox)
+    : m_command(line.addCommand("convert", "Converts a document, or all documents in a folder, to glTF 2.0.")),
       m_sandbox(&sandbox),
       m_jobs(std::max(1U, std::thread::hardware_concurrency()))
 {
     m_settings.prepare = preparationForGltf();
-    m_command->add_option("IN", m_in, "The document, or a folder of documents")->required();
+    m_command.add("IN", m_in, "The document, or a folder of documents").require();
     m_command
-        ->add_option("-o,--output", m_out,
-                     "The result: a .glb file, a .gltf file with its data next to it, or a folder if IN is a folder")
-        ->required();
-    m_command->add_flag("--as-loaded", m_settings.isAsLoaded,
-                        "Convert what the library delivers of the unprepared document");
-    m_command->add_flag("--compress", m_settings.isCompressed,
-                        "Compress vertices and indices by EXT_meshopt_compression, which readers have to support");
-    m_command->add_flag("--report", m_reports, "Print what glTF cannot hold");
-    m_command->add_option("--tolerance", m_settings.tolerance, "Largest error of an animation, relative to its size")
-        ->check(CLI::PositiveNumber)
-        ->capture_default_str();
-    m_command->add_option("--max-size", m_mebibytes, "Largest size of a result in MiB")
-        ->check(CLI::Range(1U, 65536U))
-        ->capture_default_str();
-    m_command->add_option("--jobs", m_jobs, "Number of documents of a folder that are converted at a time")
-        ->check(CLI::Range(1U, 1024U));
-    m_command->add_flag("--again", m_isRepeated, "Also convert documents of a folder whose results are up to date");
-    sandbox.addTo(*m_command);
+        .add("-o,--output", m_out,
+             "The result: a .glb file, a .gltf file with its data next to it, or a folder if IN is a folder")
+        .require();
+    m_command.addFlag("--as-loaded", m_settings.isAsLoaded,
+                      "Convert what the library delivers of the unprepared document");
+    m_command.addFlag("--compress", m_settings.isCompressed,
+                      "Compress vertices and indices by EXT_meshopt_compression, which readers have to support");
+    m_command.addFlag("--report", m_reports, "Print what glTF cannot hold");
+    m_command.add("--tolerance", m_settings.tolerance, "Largest error of an animation, relative to its size")
+        .checkPositive()
+        .showDefault();
+    m_command.add("--max-size", m_mebibytes, "Largest size of a result in MiB").checkRange(1U, 65536U).showDefault();
+    m_command.add("--jobs", m_jobs, "Number of documents of a folder that are converted at a time")
+        .checkRange(1U, 1024U);
+    m_command.addFlag("--again", m_isRepeated, "Also convert documents of a folder whose results are up to date");
+    sandbox.addTo(m_command);
 }
 
 int ConvertCommand::run() const

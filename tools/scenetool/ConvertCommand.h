@@ -1,9 +1,8 @@
 #pragma once
 
+#include "CommandLine.h"
 #include "DocumentConversion.h"
 #include "SandboxOptions.h"
-
-#include <CLI/CLI.hpp>
 
 #include <cstdint>
 #include <string>
@@ -14,9 +13,9 @@ namespace scenetool {
 class ConvertCommand {
 public:
     /// Adds the command and its options.
-    ConvertCommand(CLI::App& app, SandboxOptions& sandbox);
+    ConvertCommand(CommandLine& line, SandboxOptions& sandbox);
 
-    bool isParsed() const { return m_command->parsed(); }
+    bool isParsed() const { return m_command.isParsed(); }
     /// @return the status of the program
     int run() const;
 
@@ -24,7 +23,7 @@ private:
     int convertFile(const ConversionSettings& settings) const;
     int convertAll(const ConversionSettings& settings) const;
 
-    CLI::App* m_command;
+    Command m_command;
     const SandboxOptions* m_sandbox;
     std::string m_in;
     std::string m_out;

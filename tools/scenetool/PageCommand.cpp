@@ -40,15 +40,15 @@ std::string escaped(const std::string& text)
 
 } // namespace
 
-PageCommand::PageCommand(CLI::App& app)
-    : m_command(app.add_subcommand("page", "Writes one HTML file with the model and a viewer in it."))
+PageCommand::PageCommand(CommandLine& line)
+    : m_command(line.addCommand("page", "Writes one HTML file with the model and a viewer in it."))
 {
     m_settings.prepare = preparationForGltf();
-    m_command->add_option("IN", m_in, "The document")->required();
-    m_command->add_option("-o,--output", m_out, "The page, which any browser can open offline")->required();
-    m_command->add_option("--title", m_title, "The title of the page (default: the name of the document)");
-    m_command->add_flag("--as-loaded", m_settings.isAsLoaded,
-                        "Show what the library delivers of the unprepared document");
+    m_command.add("IN", m_in, "The document").require();
+    m_command.add("-o,--output", m_out, "The page, which any browser can open offline").require();
+    m_command.add("--title", m_title, "The title of the page (default: the name of the document)");
+    m_command.addFlag("--as-loaded", m_settings.isAsLoaded,
+                      "Show what the library delivers of the unprepared document");
 }
 
 int PageCommand::run() const

@@ -1,8 +1,7 @@
 #pragma once
 
+#include "CommandLine.h"
 #include "DocumentConversion.h"
-
-#include <CLI/CLI.hpp>
 
 #include <string>
 
@@ -12,14 +11,14 @@ namespace scenetool {
 class PageCommand {
 public:
     /// Adds the command and its options.
-    explicit PageCommand(CLI::App& app);
+    explicit PageCommand(CommandLine& line);
 
-    bool isParsed() const { return m_command->parsed(); }
+    bool isParsed() const { return m_command.isParsed(); }
     /// @return the status of the program
     int run() const;
 
 private:
-    CLI::App* m_command;
+    Command m_command;
     std::string m_in;
     std::string m_out;
     std::string m_title;

@@ -61,21 +61,21 @@ LightChoice lightChoice(const std::string& text)
 
 } // namespace
 
-void PictureOptions::addTo(CLI::App& command)
+void PictureOptions::addTo(Command& command)
 {
-    command.add_option("--time", m_options.time, "Show the scene at this time in seconds");
-    command.add_option("--camera", m_options.camera, "Look through this camera of the scene; the first one is 0");
-    command.add_flag("--framed", m_options.isFramed, "Show the whole scene, even if it has cameras");
-    command.add_option("--up", m_up, "Axis that points up in a view of the whole scene: x, y or z (default: y)");
-    command.add_option("--lights", m_lights,
-                       "Lights: document, head (a light that moves with the eye) or both (default: document, or head "
-                       "if the document lights nothing)");
-    command.add_flag("--as-loaded", m_isAsLoaded, "Show what the library delivers of the unprepared document");
-    command.add_option("--size", m_size, "Width and height of the picture in pixels (default: 960x640)");
-    command.add_option("--background", m_background,
-                       "Background: sky, none (a PNG with alpha) or a color such as 33383f (default: sky)");
-    command.add_flag("--identity-for-empty", m_options.isIdentityForEmpty,
-                     "Draw nodes without transforms, whose matrix is zero, as if they had the identity");
+    command.add("--time", m_options.time, "Show the scene at this time in seconds");
+    command.add("--camera", m_options.camera, "Look through this camera of the scene; the first one is 0");
+    command.addFlag("--framed", m_options.isFramed, "Show the whole scene, even if it has cameras");
+    command.add("--up", m_up, "Axis that points up in a view of the whole scene: x, y or z (default: y)");
+    command.add("--lights", m_lights,
+                "Lights: document, head (a light that moves with the eye) or both (default: document, or head "
+                "if the document lights nothing)");
+    command.addFlag("--as-loaded", m_isAsLoaded, "Show what the library delivers of the unprepared document");
+    command.add("--size", m_size, "Width and height of the picture in pixels (default: 960x640)");
+    command.add("--background", m_background,
+                "Background: sky, none (a PNG with alpha) or a color such as 33383f (default: sky)");
+    command.addFlag("--identity-for-empty", m_options.isIdentityForEmpty,
+                    "Draw nodes without transforms, whose matrix is zero, as if they had the identity");
 }
 
 void PictureOptions::read()

@@ -1,8 +1,7 @@
 #pragma once
 
+#include "CommandLine.h"
 #include "render/SceneShow.h"
-
-#include <CLI/CLI.hpp>
 
 #include <string>
 
@@ -12,7 +11,7 @@ namespace scenetool {
 class PictureOptions {
 public:
     /// Adds the options to a command. This object has to outlive the command.
-    void addTo(CLI::App& command);
+    void addTo(Command& command);
     /// Parses the values given as text. @throws PictureUsageError if one is invalid
     void read();
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <libPrepare/Prepare.h>
+#include "CommandLine.h"
 
-#include <CLI/CLI.hpp>
+#include <libPrepare/Prepare.h>
 
 #include <string>
 
@@ -12,19 +12,20 @@ namespace scenetool {
 class PrepareCommand {
 public:
     /// Adds the command and its options.
-    explicit PrepareCommand(CLI::App& app);
+    explicit PrepareCommand(CommandLine& line);
 
-    bool isParsed() const { return m_command->parsed(); }
+    bool isParsed() const { return m_command.isParsed(); }
     /// @return the status of the program
     int run() const;
 
 private:
-    CLI::App* m_command;
+    Command m_command;
     std::string m_in;
     std::string m_out;
     bool m_showsReport = false;
     bool m_showsJson = false;
     bool m_leavesApproximationsOut = false;
+    int m_upAxis = static_cast<int>(libPrepare::UpAxis::keep);
     libPrepare::Options m_options;
 };
 

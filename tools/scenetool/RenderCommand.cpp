@@ -34,20 +34,19 @@ bool isPngName(const std::string& path)
 
 } // namespace
 
-RenderCommand::RenderCommand(CLI::App& app, SandboxOptions& sandbox) : m_sandbox(sandbox)
+RenderCommand::RenderCommand(CommandLine& line, SandboxOptions& sandbox)
+    : m_sandbox(sandbox),
+      m_command(line.addCommand("render", "Draws the scene into a PNG file, or a sequence of them."))
 {
-    m_command = app.add_subcommand("render", "Draws the scene into a PNG file, or a sequence of them.");
-    m_command->add_option("FILE", m_file, "The document");
-    m_command->add_option("--sheet", m_folder,
-                          "Draw all documents in this folder and its subfolders in one picture instead; --size is "
-                          "the size of each (default: 320x240)");
-    m_command->add_option("-o,--output", m_output, "The picture: a name that ends in .png, or - for standard output")
-        ->required();
-    m_options.addTo(*m_command);
-    m_command->add_option("--frames", m_frames,
-                          "Draw this many pictures, OUT-0000.png and so on, starting at --time or 0");
-    m_command->add_option("--fps", m_sequence.framesPerSecond, "Pictures per second with --frames (default: 25)");
-    sandbox.addTo(*m_command);
+    m_command.add("FILE", m_file, "The document");
+    m_command.add("--sheet", m_folder,
+                  "Draw all documents in this folder and its subfolders in one picture instead; --size is "
+                  "the size of each (default: 320x240)");
+    m_command.add("-o,--output", m_output, "The picture: a name that ends in .png, or - for standard output").require();
+    m_options.addTo(m_command);
+    m_command.add("--frames", m_frames, "Draw this many pictures, OUT-0000.png and so on, starting at --time or 0");
+    m_command.add("--fps", m_sequence.framesPerSecond, "Pictures per second with --frames (default: 25)");
+    sandbox.addTo(m_command);
 }
 
 void RenderCommand::checkOptions()
@@ -65,10 +64,10 @@ void RenderCommand::checkOptions()
     if (m_output != standardOutput && !isPngName(m_output)) {
         throw PictureUsageError("--output expects a name that ends in .png, not " + m_output);
     }
-    if (m_command->count("--frames") > 0 && (m_frames == 0 || m_frames > maxFrames)) {
+    if (m_command.has("--frames") && (m_frames == 0 || m_frames > maxFrames)) {
         throw PictureUsageError("--frames expects a number from 1 to " + std::to_string(maxFrames));
     }
-    if (m_command->count("--fps") > 0 && m_frames == 0) {
+    if (m_command.has("--fps") && m_frames == 0) {
         throw PictureUsageError("--fps needs --frames");
     }
     if (!std::isfinite(m_sequence.framesPerSecond) || !(m_sequence.framesPerSecond > 0.0)) {

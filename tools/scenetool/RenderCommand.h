@@ -1,11 +1,10 @@
 #pragma once
 
+#include "CommandLine.h"
 #include "PictureOptions.h"
 #include "SandboxOptions.h"
 #include "render/SceneShow.h"
 #include "render/Sheet.h"
-
-#include <CLI/CLI.hpp>
 
 #include <filesystem>
 #include <string>
@@ -16,13 +15,13 @@ namespace scenetool {
 /// `scenetool render FILE -o OUT.png`: draws pictures into files.
 class RenderCommand {
 public:
-    /// Adds the command and its options. `app` has to outlive this object.
+    /// Adds the command and its options. `line` has to outlive this object.
     /// @param sandbox options shared with other commands
-    RenderCommand(CLI::App& app, SandboxOptions& sandbox);
+    RenderCommand(CommandLine& line, SandboxOptions& sandbox);
     RenderCommand(const RenderCommand&) = delete;
     RenderCommand& operator=(const RenderCommand&) = delete;
 
-    bool isParsed() const { return m_command->parsed(); }
+    bool isParsed() const { return m_command.isParsed(); }
     /// @return the exit status: 0, 1 if a document or the drawing fails, 2 if the options are wrong
     int run();
 
@@ -37,7 +36,7 @@ private:
     bool canDrawInSandbox() const;
 
     const SandboxOptions& m_sandbox;
-    CLI::App* m_command;
+    Command m_command;
     std::string m_file;
     std::string m_folder; ///< of --sheet
     std::string m_output;

@@ -8,16 +8,16 @@
 
 namespace scenetool {
 
-void SandboxOptions::addTo(CLI::App& command)
+void SandboxOptions::addTo(Command& command)
 {
-    CLI::Option* const wanted = command.add_flag(
+    const Option wanted = command.addFlag(
         "--sandbox", m_isWanted, "Load the document in a separate process with limits (default for several documents)");
-    command.add_flag("--no-sandbox", m_isUnwanted, "Load all documents in this process")->excludes(wanted);
-    command.add_option("--time-limit", m_seconds, "Processor seconds per document in the sandbox")
-        ->check(CLI::Range(1u, 86'400u))
-        ->capture_default_str();
-    command.add_option("--memory-limit", m_mebibytes, "Memory in MiB per document in the sandbox; 0 for no limit")
-        ->capture_default_str();
+    command.addFlag("--no-sandbox", m_isUnwanted, "Load all documents in this process").exclude(wanted);
+    command.add("--time-limit", m_seconds, "Processor seconds per document in the sandbox")
+        .checkRange(1, 86'400)
+        .showDefault();
+    command.add("--memory-limit", m_mebibytes, "Memory in MiB per document in the sandbox; 0 for no limit")
+        .showDefault();
 }
 
 SandboxLimits SandboxOptions::limits() const

@@ -1,8 +1,7 @@
 #pragma once
 
+#include "CommandLine.h"
 #include "sandbox/Sandbox.h"
-
-#include <CLI/CLI.hpp>
 
 #include <cstddef>
 #include <functional>
@@ -15,7 +14,7 @@ namespace scenetool {
 class SandboxOptions {
 public:
     /// Adds the options to a command. Several commands may share them.
-    void addTo(CLI::App& command);
+    void addTo(Command& command);
 
     /// Whether each of `documents` documents is loaded in a sandbox.
     bool applyTo(std::size_t documents) const { return !m_isUnwanted && (documents > 1 || m_isWanted); }

@@ -9,11 +9,11 @@
 
 namespace scenetool {
 
-ViewCommand::ViewCommand(CLI::App& app) : m_command(app.add_subcommand("view", "Shows the scene in a window."))
+ViewCommand::ViewCommand(CommandLine& line) : m_command(line.addCommand("view", "Shows the scene in a window."))
 {
-    m_command->add_option("FILE", m_file, "The document")->required();
-    m_options.addTo(*m_command);
-    m_command->footer(viewerHelp);
+    m_command.add("FILE", m_file, "The document").require();
+    m_options.addTo(m_command);
+    m_command.addFooter(viewerHelp);
 }
 
 int ViewCommand::run()

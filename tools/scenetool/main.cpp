@@ -1,4 +1,5 @@
 #include "CheckCommand.h"
+#include "CommandLine.h"
 #include "Dump.h"
 #include "Info.h"
 #include "PrepareCommand.h"
@@ -14,8 +15,6 @@
 #ifdef SCENETOOL_HAS_PAGE
 #include "PageCommand.h"
 #endif
-
-#include <CLI/CLI.hpp>
 
 #include <unistd.h>
 
@@ -96,15 +95,15 @@ std::size_t distance(const std::string& one, const std::string& other)
 }
 
 // A message if the first word is not a command; empty if it is a command or an option.
-std::string unknownCommand(const CLI::App& app, const std::string& word)
+std::string unknownCommand(const std::vector<std::string>& commands, const std::string& word)
 {
     std::string nearest;
-    for (const CLI::App* const command : app.get_subcommands({})) {
-        if (command->get_name() == word) {
+    for (const std::string& command : commands) {
+        if (command == word) {
             return "";
         }
-        if (nearest.empty() || distance(word, command->get_name()) < distance(word, nearest)) {
-            nearest = command->get_name();
+        if (nearest.empty() || distance(word, command) < distance(word, nearest)) {
+            nearest = command;
         }
     }
     if (word.empty() || word.front() == '-') {
@@ -116,54 +115,53 @@ std::string unknownCommand(const CLI::App& app, const std::string& word)
 
 int run(int argc, char** argv)
 {
-    CLI::App app("Shows what a COLLADA 1.4.1 document holds, as the libVideo scene graph loads it.", "scenetool");
-    app.set_version_flag("--version", "scenetool " SCENETOOL_VERSION);
-    app.require_subcommand(1);
+    scenetool::CommandLine line("scenetool",
+                                "Shows what a COLLADA 1.4.1 document holds, as the libVideo scene graph loads it.",
+                                "scenetool " SCENETOOL_VERSION);
 
     std::vector<std::string> files;
     scenetool::SandboxOptions sandbox;
     bool showsAllNodes = false;
     bool prepares = false;
-    CLI::App* const infoCommand = app.add_subcommand(
+    scenetool::Command infoCommand = line.addCommand(
         "info", "Prints a summary: counts, the node tree with its transforms and animations, and messages.");
-    infoCommand->add_option("FILE", files, "The documents")->required();
-    infoCommand->add_flag("--all", showsAllNodes, "Show all nodes of the tree, not only the first 200");
-    infoCommand->add_flag("--prepare", prepares, "Prepare the documents first");
-    sandbox.addTo(*infoCommand);
+    infoCommand.add("FILE", files, "The documents").require();
+    infoCommand.addFlag("--all", showsAllNodes, "Show all nodes of the tree, not only the first 200");
+    infoCommand.addFlag("--prepare", prepares, "Prepare the documents first");
+    sandbox.addTo(infoCommand);
 
     std::optional<double> time;
     bool folds = false;
-    CLI::App* const dumpCommand = app.add_subcommand("dump", "Prints the whole scene as one JSON object.");
+    scenetool::Command dumpCommand = line.addCommand("dump", "Prints the whole scene as one JSON object.");
     std::string file;
-    dumpCommand->add_option("FILE", file, "The document")->required();
-    dumpCommand->add_option("--time", time, "Evaluate the scene at this time in seconds first");
-    dumpCommand->add_flag("--fold", folds, "Fold the parents into the nodes, so that matrices are world matrices");
-    dumpCommand->add_flag("--prepare", prepares, "Prepare the document first");
-    sandbox.addTo(*dumpCommand);
+    dumpCommand.add("FILE", file, "The document").require();
+    dumpCommand.add("--time", time, "Evaluate the scene at this time in seconds first");
+    dumpCommand.addFlag("--fold", folds, "Fold the parents into the nodes, so that matrices are world matrices");
+    dumpCommand.addFlag("--prepare", prepares, "Prepare the document first");
+    sandbox.addTo(dumpCommand);
 
-    const scenetool::CheckCommand check(app, sandbox);
-    scenetool::PrepareCommand prepare(app);
+    const scenetool::CheckCommand check(line, sandbox);
+    scenetool::PrepareCommand prepare(line);
 
 #ifdef SCENETOOL_HAS_PICTURES
-    const scenetool::ConvertCommand convert(app, sandbox);
+    const scenetool::ConvertCommand convert(line, sandbox);
 #ifdef SCENETOOL_HAS_PAGE
-    const scenetool::PageCommand page(app);
+    const scenetool::PageCommand page(line);
 #endif
-    scenetool::RenderCommand render(app, sandbox);
-    scenetool::ViewCommand view(app);
+    scenetool::RenderCommand render(line, sandbox);
+    scenetool::ViewCommand view(line);
 #endif
 
     const std::string first = argc > 1 ? argv[1] : "";
-    if (const std::string unknown = unknownCommand(app, first); !unknown.empty()) {
+    if (const std::string unknown = unknownCommand(line.commands(), first); !unknown.empty()) {
         std::cerr << "scenetool: " << scenetool::printable(unknown) << " (see scenetool --help)\n";
         return usageError;
     }
     try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
-            return app.exit(error); // help and version
+        if (!line.parse(argc, argv)) {
+            return EXIT_SUCCESS;
         }
+    } catch (const scenetool::CommandLineError& error) {
         std::cerr << "scenetool: " << scenetool::printable(error.what()) << " (see scenetool --help)\n";
         return first == "check" ? scenetool::CheckCommand::usageError : usageError;
     }
@@ -189,7 +187,7 @@ int run(int argc, char** argv)
     if (prepare.isParsed()) {
         return prepare.run();
     }
-    if (dumpCommand->parsed()) {
+    if (dumpCommand.isParsed()) {
         return sandbox.run(file, 1, [&] { return dump(file, time, folds, prepares); });
     }
     int status = EXIT_SUCCESS;

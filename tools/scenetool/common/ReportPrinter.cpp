@@ -2,6 +2,8 @@
 
 #include "Printable.h"
 
+#include <nlohmann/json.hpp>
+
 #include <map>
 #include <utility>
 #include <vector>
@@ -104,7 +106,7 @@ void writeReport(const libPrepare::Report& report, std::ostream& out)
     }
 }
 
-nlohmann::ordered_json reportJson(const std::string& file, const libPrepare::Report& report)
+std::string reportJson(const std::string& file, const libPrepare::Report& report, int indent)
 {
     using Json = nlohmann::ordered_json;
     Json findings = Json::array();
@@ -128,11 +130,12 @@ nlohmann::ordered_json reportJson(const std::string& file, const libPrepare::Rep
                                   {"znear", each.znear},
                                   {"zfar", each.zfar}});
     }
-    return {{"file", file},
-            {"done", report.done},
-            {"changed", report.changed},
-            {"findings", findings},
-            {"approximations", approximations}};
+    const Json json = {{"file", file},
+                       {"done", report.done},
+                       {"changed", report.changed},
+                       {"findings", findings},
+                       {"approximations", approximations}};
+    return json.dump(indent, ' ', false, Json::error_handler_t::replace);
 }
 
 } // namespace scenetool

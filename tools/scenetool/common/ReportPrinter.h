@@ -2,8 +2,6 @@
 
 #include <libPrepare/Prepare.h>
 
-#include <nlohmann/json.hpp>
-
 #include <ostream>
 #include <string>
 
@@ -16,7 +14,7 @@ std::string refusalText(const std::string& file, const libPrepare::Finding& refu
 /// first, and the lines of all.
 void writeReport(const libPrepare::Report& report, std::ostream& out);
 
-/// The whole report, as docs/report.schema.json describes it.
-nlohmann::ordered_json reportJson(const std::string& file, const libPrepare::Report& report);
+/// The whole report in JSON, as docs/report.schema.json describes it. @param indent -1 for a single line
+std::string reportJson(const std::string& file, const libPrepare::Report& report, int indent = -1);
 
 } // namespace scenetool
