@@ -1,0 +1,355 @@
+#include "ReaderLimits.h"
+#include "Shape.h"
+#include "TemporaryFolder.h"
+
+#include "documents/DocumentFolder.h"
+
+#include <libPrepare/Prepare.h>
+
+#include <assimp/material.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+// Another reader finds the same in a document and in what it is prepared to: faces with what they look like, nodes,
+// motion, cameras and lights, all in the world.
+
+namespace {
+
+using documents::StoredDocument;
+using test::AssimpScene;
+using test::Matrix;
+using test::ReaderLimits;
+using test::Vector;
+
+// Larger ones take too long under a sanitizer.
+constexpr std::uintmax_t maxSize = 2'000'000;
+// The motion of a node is compared at no more than twice as many times.
+constexpr std::size_t maxTimes = 50;
+constexpr double tolerance = 1e-4;
+
+// A curve of a whole <rotate> is one of its angle to the library. The reader wants that said.
+void nameAngles(pugi::xml_document& document);
+
+void expectSameMaterials(const aiScene& before, const aiScene& after, const ReaderLimits& limits);
+void expectSameNodes(const AssimpScene& before, const AssimpScene& after, const ReaderLimits& limits);
+void expectSameMotion(const AssimpScene& before, const AssimpScene& after, const ReaderLimits& limits);
+void expectSameCameras(const AssimpScene& before, const AssimpScene& after);
+// @param more lights that have become others
+void expectSameLights(const AssimpScene& before, const AssimpScene& after, std::size_t more);
+
+class StoredDocumentTest : public testing::TestWithParam<StoredDocument> {
+protected:
+    void SetUp() override
+    {
+        if (std::filesystem::file_size(GetParam().path) > maxSize) {
+            GTEST_SKIP() << "The document is large.";
+        }
+        pugi::xml_document document;
+        if (!document.load_file(GetParam().path.c_str())) {
+            GTEST_SKIP() << "The document is not plain XML.";
+        }
+        m_limits = std::make_unique<ReaderLimits>(document);
+        if (!m_limits->unread.empty()) {
+            GTEST_SKIP() << "The other reader is no judge: " << m_limits->unread << '.';
+        }
+        m_before = std::make_unique<AssimpScene>(GetParam().path);
+        if (m_before->get() == nullptr) {
+            GTEST_SKIP() << "The other reader refuses the document: " << m_before->error();
+        }
+        const std::string out = (m_folder.path() / "out.dae").string();
+        m_report = libPrepare::prepare(GetParam().path, out);
+        ASSERT_TRUE(m_report.done);
+        ASSERT_TRUE(document.load_file(out.c_str(), pugi::parse_full | pugi::parse_ws_pcdata));
+        nameAngles(document);
+        ASSERT_TRUE(document.save_file(out.c_str(), "", pugi::format_raw));
+        m_after = std::make_unique<AssimpScene>(out);
+        ASSERT_NE(nullptr, m_after->get()) << m_after->error();
+    }
+
+    const ReaderLimits& limits() const { return *m_limits; }
+    const AssimpScene& before() const { return *m_before; }
+    const AssimpScene& after() const { return *m_after; }
+    // Directional lights become point lights.
+    std::size_t movedLights() const
+    {
+        return static_cast<std::size_t>(std::count_if(
+            m_report.approximations.begin(), m_report.approximations.end(), [](const libPrepare::Approximation& each) {
+                return each.kind == libPrepare::Approximation::Kind::directionalLight && !each.nodeId.empty();
+            }));
+    }
+
+private:
+    test::TemporaryFolder m_folder;
+    libPrepare::Report m_report;
+    std::unique_ptr<ReaderLimits> m_limits;
+    std::unique_ptr<AssimpScene> m_before;
+    std::unique_ptr<AssimpScene> m_after;
+};
+
+TEST_P(StoredDocumentTest, SaysTheSameToAnotherReader)
+{
+    test::expectSameShape(shapeOf(before(), limits().looks), shapeOf(after(), limits().looks));
+    expectSameMaterials(*before().get(), *after().get(), limits());
+    expectSameNodes(before(), after(), limits());
+    expectSameMotion(before(), after(), limits());
+    if (limits().cameras) {
+        expectSameCameras(before(), after());
+    }
+    expectSameLights(before(), after(), movedLights());
+}
+
+INSTANTIATE_TEST_SUITE_P(Documents, StoredDocumentTest, testing::ValuesIn(documents::allDocuments()),
+                         [](const auto& row) { return row.param.name; });
+
+TEST(ReaderLimitsTest, LeaveTheLighthouseToTheReader)
+{
+    pugi::xml_document document;
+    ASSERT_TRUE(document.load_file((std::filesystem::path(DATA_FOLDER) / "lighthouse.dae").c_str()));
+    const ReaderLimits limits(document);
+    EXPECT_EQ("", limits.unread);
+    EXPECT_TRUE(limits.looks);
+    EXPECT_TRUE(limits.cameras);
+    EXPECT_FALSE(limits.channels.empty());
+    EXPECT_FALSE(limits.nodes.empty());
+    EXPECT_EQ(3U, limits.times.size());
+    for (const auto& [node, times] : limits.times) {
+        EXPECT_LT(1U, times.size()) << node;
+    }
+}
+
+// --- what the test is written with ---
+
+void nameAngles(pugi::xml_document& document)
+{
+    for (const pugi::xpath_node& found : document.select_nodes("//channel")) {
+        pugi::xml_attribute target = found.node().attribute("target");
+        const std::string path = target.value();
+        const std::size_t slash = path.find('/');
+        const pugi::xml_node node = document.find_node([&](const pugi::xml_node& each) {
+            return std::string_view(each.name()) == "node" && path.substr(0, slash) == each.attribute("id").value();
+        });
+        if (slash != std::string::npos &&
+            std::string_view(node.find_child_by_attribute("sid", path.c_str() + slash + 1).name()) == "rotate") {
+            target.set_value((path + ".ANGLE").c_str());
+        }
+    }
+}
+
+struct MaterialChannel {
+    const char* name;
+    const char* key;
+    aiTextureType texture;
+};
+
+void expectSameMaterial(const aiMaterial& before, const aiMaterial& after, const std::set<std::string>& channels,
+                        bool hasEmission)
+{
+    for (const MaterialChannel& channel : {MaterialChannel{"emission", "$clr.emissive", aiTextureType_EMISSIVE},
+                                           MaterialChannel{"diffuse", "$clr.diffuse", aiTextureType_DIFFUSE},
+                                           MaterialChannel{"specular", "$clr.specular", aiTextureType_SPECULAR}}) {
+        const bool isEmission = channel.texture == aiTextureType_EMISSIVE;
+        if (channels.count(channel.name) != 0 && (hasEmission || !isEmission)) {
+            EXPECT_EQ(test::lookOf(before, channel.key, 0, 0, channel.texture),
+                      test::lookOf(after, channel.key, 0, 0, channel.texture))
+                << channel.name;
+        }
+    }
+    if (channels.count("shininess") != 0) {
+        ai_real expected = -1;
+        ai_real found = -1;
+        before.Get(AI_MATKEY_SHININESS, expected);
+        after.Get(AI_MATKEY_SHININESS, found);
+        EXPECT_FLOAT_EQ(expected, found);
+    }
+}
+
+void expectSameMaterials(const aiScene& before, const aiScene& after, const ReaderLimits& limits)
+{
+    for (const auto& [name, channels] : limits.channels) {
+        SCOPED_TRACE("material " + name);
+        const auto find = [named = name](const aiScene& scene) {
+            aiMaterial** const end = scene.mMaterials + scene.mNumMaterials;
+            aiMaterial** const found = std::find_if(scene.mMaterials, end, [&](const aiMaterial* material) {
+                aiString text;
+                return material->Get(AI_MATKEY_NAME, text) == AI_SUCCESS && named == text.C_Str();
+            });
+            return found == end ? nullptr : *found;
+        };
+        const aiMaterial* const expected = find(before);
+        const aiMaterial* const found = find(after);
+        if (expected != nullptr && found != nullptr) {
+            expectSameMaterial(*expected, *found, channels, limits.emission);
+        }
+    }
+}
+
+// How far apart the numbers of two matrices are, as a share of the largest.
+double difference(const Matrix& a, const Matrix& b)
+{
+    double largest = 0;
+    double difference = 0;
+    for (unsigned row = 0; row < 4; ++row) {
+        for (unsigned column = 0; column < 4; ++column) {
+            largest = std::max(largest, std::fabs(a[row][column]));
+            difference = std::max(difference, std::fabs(a[row][column] - b[row][column]));
+        }
+    }
+    return difference / largest;
+}
+
+void expectSameNodes(const AssimpScene& before, const AssimpScene& after, const ReaderLimits& limits)
+{
+    const std::map<std::string, Matrix> expected = before.worldsAt(0);
+    const std::map<std::string, Matrix> found = after.worldsAt(0);
+    for (const std::string& id : limits.nodes) {
+        if (expected.count(id) != 0) {
+            ASSERT_EQ(1U, found.count(id)) << id;
+            EXPECT_LE(difference(expected.at(id), found.at(id)), tolerance) << id;
+        }
+    }
+}
+
+void expectSameMotion(const AssimpScene& before, const AssimpScene& after, const ReaderLimits& limits)
+{
+    const std::map<std::string, const aiNodeAnim*> found = after.curves();
+    for (const auto& [id, curves] : before.curves()) {
+        if (limits.nodes.count(id) == 0) {
+            continue;
+        }
+        const auto like = found.find(id);
+        ASSERT_NE(found.end(), like) << id << " does not move";
+        const std::vector<double>& times = limits.times.at(id);
+        for (std::size_t i = 0; i < times.size(); i += times.size() / maxTimes + 1) {
+            EXPECT_LE(difference(before.localAt(*curves, times[i]), after.localAt(*like->second, times[i])), tolerance)
+                << id << " at second " << times[i];
+        }
+    }
+}
+
+Matrix worldOf(const AssimpScene& scene, const aiString& node)
+{
+    const std::map<std::string, Matrix> worlds = scene.worldsAt(0);
+    const auto found = worlds.find(node.C_Str());
+    return found == worlds.end() ? Matrix() : found->second;
+}
+
+bool areNear(const Vector& a, const Vector& b)
+{
+    return (a - b).Length() <= tolerance * std::max(1.0, a.Length());
+}
+
+bool areNear(double a, double b)
+{
+    return std::fabs(a - b) <= tolerance * std::max(1.0, std::fabs(a));
+}
+
+struct PlacedCamera {
+    PlacedCamera(const AssimpScene& scene, const aiCamera& camera)
+        : position(worldOf(scene, camera.mName) * test::vectorOf(camera.mPosition)),
+          direction(test::turned(worldOf(scene, camera.mName), test::vectorOf(camera.mLookAt)).Normalize()),
+          up(test::turned(worldOf(scene, camera.mName), test::vectorOf(camera.mUp)).Normalize()),
+          angle(double(camera.mHorizontalFOV)),
+          nearPlane(double(camera.mClipPlaneNear)),
+          farPlane(double(camera.mClipPlaneFar))
+    {}
+
+    bool isLike(const PlacedCamera& other) const
+    {
+        return areNear(position, other.position) && areNear(direction, other.direction) && areNear(up, other.up) &&
+               areNear(angle, other.angle) && areNear(nearPlane, other.nearPlane) && areNear(farPlane, other.farPlane);
+    }
+
+    Vector position;
+    Vector direction;
+    Vector up;
+    double angle;
+    double nearPlane;
+    double farPlane;
+};
+
+struct PlacedLight {
+    PlacedLight(const AssimpScene& scene, const aiLight& light)
+        : type(light.mType),
+          position(worldOf(scene, light.mName) * test::vectorOf(light.mPosition)),
+          direction(test::turned(worldOf(scene, light.mName), test::vectorOf(light.mDirection)).NormalizeSafe()),
+          color(double(light.mColorDiffuse.r), double(light.mColorDiffuse.g), double(light.mColorDiffuse.b)),
+          attenuation(double(light.mAttenuationConstant), double(light.mAttenuationLinear),
+                      double(light.mAttenuationQuadratic)),
+          cone(double(light.mAngleInnerCone))
+    {}
+
+    bool isLike(const PlacedLight& other) const
+    {
+        const bool isSpot = type == aiLightSource_SPOT;
+        return type == other.type && areNear(position, other.position) && areNear(color, other.color) &&
+               areNear(attenuation, other.attenuation) &&
+               (!isSpot || (areNear(direction, other.direction) && areNear(cone, other.cone)));
+    }
+
+    aiLightSourceType type;
+    Vector position;
+    Vector direction;
+    Vector color;
+    Vector attenuation;
+    double cone;
+};
+
+// Expects that each of the first has its like among the others, one to one.
+template <class Item>
+void expectPairs(const std::vector<Item>& expected, std::vector<Item> found, const char* kind)
+{
+    for (const Item& item : expected) {
+        const auto like =
+            std::find_if(found.begin(), found.end(), [&](const Item& other) { return item.isLike(other); });
+        if (like == found.end()) {
+            ADD_FAILURE() << "no " << kind << " like that at " << item.position.x << ' ' << item.position.y << ' '
+                          << item.position.z;
+            continue;
+        }
+        found.erase(like);
+    }
+}
+
+std::vector<PlacedCamera> camerasOf(const AssimpScene& scene)
+{
+    std::vector<PlacedCamera> cameras;
+    for (unsigned i = 0; i < scene.get()->mNumCameras; ++i) {
+        cameras.emplace_back(scene, *scene.get()->mCameras[i]);
+    }
+    return cameras;
+}
+
+void expectSameCameras(const AssimpScene& before, const AssimpScene& after)
+{
+    EXPECT_EQ(before.get()->mNumCameras, after.get()->mNumCameras);
+    expectPairs(camerasOf(before), camerasOf(after), "camera");
+}
+
+// Neither directional nor ambient ones, which a prepared document has none of.
+std::vector<PlacedLight> lightsOf(const AssimpScene& scene)
+{
+    std::vector<PlacedLight> lights;
+    for (unsigned i = 0; i < scene.get()->mNumLights; ++i) {
+        const aiLight& light = *scene.get()->mLights[i];
+        if (light.mType != aiLightSource_DIRECTIONAL && light.mType != aiLightSource_AMBIENT) {
+            lights.emplace_back(scene, light);
+        }
+    }
+    return lights;
+}
+
+void expectSameLights(const AssimpScene& before, const AssimpScene& after, std::size_t more)
+{
+    const std::vector<PlacedLight> expected = lightsOf(before);
+    EXPECT_EQ(expected.size() + more, after.get()->mNumLights);
+    expectPairs(expected, lightsOf(after), "light");
+}
+
+} // namespace
