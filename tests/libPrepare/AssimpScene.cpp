@@ -100,11 +100,8 @@ AssimpScene::AssimpScene(const std::string& file)
 std::vector<PlacedNode> AssimpScene::nodesAt(double seconds) const
 {
     std::map<std::string, Matrix> moved;
-    for (unsigned i = 0; i < m_scene->mNumAnimations; ++i) {
-        for (unsigned k = 0; k < m_scene->mAnimations[i]->mNumChannels; ++k) {
-            const aiNodeAnim& curves = *m_scene->mAnimations[i]->mChannels[k];
-            moved[curves.mNodeName.C_Str()] = localAt(curves, seconds);
-        }
+    for (const auto& [name, curves] : this->curves()) {
+        moved[name] = localAt(*curves, seconds);
     }
     std::vector<PlacedNode> nodes = {{m_scene->mRootNode, matrixOf(m_scene->mRootNode->mTransformation)}};
     for (std::size_t next = 0; next < nodes.size(); ++next) {
@@ -135,20 +132,13 @@ std::map<std::string, Matrix> AssimpScene::worldsAt(double seconds) const
     return worlds;
 }
 
-std::map<std::string, const aiNodeAnim*> AssimpScene::curves() const
+std::multimap<std::string, const aiNodeAnim*> AssimpScene::curves() const
 {
-    std::map<std::string, const aiNodeAnim*> curves;
-    std::map<std::string, unsigned> count;
+    std::multimap<std::string, const aiNodeAnim*> curves;
     for (unsigned i = 0; i < m_scene->mNumAnimations; ++i) {
-        for (unsigned k = 0; k < m_scene->mAnimations[i]->mNumChannels; ++k) {
-            const aiNodeAnim* const channel = m_scene->mAnimations[i]->mChannels[k];
-            curves[channel->mNodeName.C_Str()] = channel;
-            ++count[channel->mNodeName.C_Str()];
-        }
-    }
-    for (const auto& [name, animations] : count) {
-        if (animations > 1) {
-            curves.erase(name);
+        const aiAnimation& animation = *m_scene->mAnimations[i];
+        for (unsigned k = 0; k < animation.mNumChannels; ++k) {
+            curves.emplace(animation.mChannels[k]->mNodeName.C_Str(), animation.mChannels[k]);
         }
     }
     return curves;

@@ -39,9 +39,8 @@ public:
     std::vector<PlacedNode> nodesAt(double seconds) const;
     /// The matrices of the nodes whose name no other node has, which is their id if they have one.
     std::map<std::string, Matrix> worldsAt(double seconds) const;
-    /// The curves of the nodes that one animation moves. Several would contradict each other, as each holds all of a
-    /// node's matrix.
-    std::map<std::string, const aiNodeAnim*> curves() const;
+    /// The curves of a node, by its name. Each holds the whole matrix of the node, so that several contradict each other.
+    std::multimap<std::string, const aiNodeAnim*> curves() const;
     /// The matrix to the node above at a time in seconds.
     Matrix localAt(const aiNodeAnim& curves, double seconds) const;
 

@@ -18,7 +18,7 @@ struct ReaderLimits {
     std::string unread;
     /// Whether it finds the diffuse color or texture of all faces.
     bool looks = true;
-    /// Whether it finds all cameras, with their angle and planes.
+    /// Whether all cameras stay what they are: another comes in the place of an orthographic one.
     bool cameras = true;
     /// Whether the lights leave the emission of the materials alone.
     bool emission = true;

@@ -40,7 +40,7 @@ public:
             }
         }
         for (std::size_t vertex = 0; vertex < sums.size(); ++vertex) {
-            m_matrices[vertex] = m_matrices[vertex] * (1 / sums[vertex]);
+            m_matrices[vertex] = m_matrices[vertex] * (sums[vertex] > 0 ? 1 / sums[vertex] : 1);
         }
     }
 
@@ -244,7 +244,7 @@ std::string lookOf(const aiMaterial& material, const char* key, unsigned type, u
         return {};
     }
     char text[100];
-    std::snprintf(text, sizeof text, "%.3f %.3f %.3f", double(color.r), double(color.g), double(color.b));
+    (void)std::snprintf(text, sizeof text, "%.3f %.3f %.3f", double(color.r), double(color.g), double(color.b));
     return text;
 }
 

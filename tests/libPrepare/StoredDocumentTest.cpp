@@ -14,6 +14,7 @@
 #include <cmath>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -62,6 +63,10 @@ protected:
         m_before = std::make_unique<AssimpScene>(GetParam().path);
         if (m_before->get() == nullptr) {
             GTEST_SKIP() << "The other reader refuses the document: " << m_before->error();
+        }
+        const std::multimap<std::string, const aiNodeAnim*> curves = m_before->curves();
+        if (std::any_of(curves.begin(), curves.end(), [&](const auto& each) { return curves.count(each.first) > 1; })) {
+            GTEST_SKIP() << "The other reader does not put the animations of a node together.";
         }
         const std::string out = (m_folder.path() / "out.dae").string();
         m_report = libPrepare::prepare(GetParam().path, out);
@@ -218,7 +223,7 @@ void expectSameNodes(const AssimpScene& before, const AssimpScene& after, const 
 
 void expectSameMotion(const AssimpScene& before, const AssimpScene& after, const ReaderLimits& limits)
 {
-    const std::map<std::string, const aiNodeAnim*> found = after.curves();
+    const std::multimap<std::string, const aiNodeAnim*> found = after.curves();
     for (const auto& [id, curves] : before.curves()) {
         if (limits.nodes.count(id) == 0) {
             continue;
@@ -233,11 +238,12 @@ void expectSameMotion(const AssimpScene& before, const AssimpScene& after, const
     }
 }
 
-Matrix worldOf(const AssimpScene& scene, const aiString& node)
+// The matrix of the node that a camera or a light stands at, which the reader says by its name; nothing if several have it.
+std::optional<Matrix> worldOf(const AssimpScene& scene, const aiString& node)
 {
     const std::map<std::string, Matrix> worlds = scene.worldsAt(0);
     const auto found = worlds.find(node.C_Str());
-    return found == worlds.end() ? Matrix() : found->second;
+    return found == worlds.end() ? std::nullopt : std::optional<Matrix>(found->second);
 }
 
 bool areNear(const Vector& a, const Vector& b)
@@ -251,10 +257,10 @@ bool areNear(double a, double b)
 }
 
 struct PlacedCamera {
-    PlacedCamera(const AssimpScene& scene, const aiCamera& camera)
-        : position(worldOf(scene, camera.mName) * test::vectorOf(camera.mPosition)),
-          direction(test::turned(worldOf(scene, camera.mName), test::vectorOf(camera.mLookAt)).Normalize()),
-          up(test::turned(worldOf(scene, camera.mName), test::vectorOf(camera.mUp)).Normalize()),
+    PlacedCamera(const Matrix& world, const aiCamera& camera)
+        : position(world * test::vectorOf(camera.mPosition)),
+          direction(test::turned(world, test::vectorOf(camera.mLookAt)).Normalize()),
+          up(test::turned(world, test::vectorOf(camera.mUp)).Normalize()),
           angle(double(camera.mHorizontalFOV)),
           nearPlane(double(camera.mClipPlaneNear)),
           farPlane(double(camera.mClipPlaneFar))
@@ -275,10 +281,10 @@ struct PlacedCamera {
 };
 
 struct PlacedLight {
-    PlacedLight(const AssimpScene& scene, const aiLight& light)
+    PlacedLight(const Matrix& world, const aiLight& light)
         : type(light.mType),
-          position(worldOf(scene, light.mName) * test::vectorOf(light.mPosition)),
-          direction(test::turned(worldOf(scene, light.mName), test::vectorOf(light.mDirection)).NormalizeSafe()),
+          position(world * test::vectorOf(light.mPosition)),
+          direction(test::turned(world, test::vectorOf(light.mDirection)).NormalizeSafe()),
           color(double(light.mColorDiffuse.r), double(light.mColorDiffuse.g), double(light.mColorDiffuse.b)),
           attenuation(double(light.mAttenuationConstant), double(light.mAttenuationLinear),
                       double(light.mAttenuationQuadratic)),
@@ -321,7 +327,10 @@ std::vector<PlacedCamera> camerasOf(const AssimpScene& scene)
 {
     std::vector<PlacedCamera> cameras;
     for (unsigned i = 0; i < scene.get()->mNumCameras; ++i) {
-        cameras.emplace_back(scene, *scene.get()->mCameras[i]);
+        const aiCamera& camera = *scene.get()->mCameras[i];
+        if (const std::optional<Matrix> world = worldOf(scene, camera.mName)) {
+            cameras.emplace_back(*world, camera);
+        }
     }
     return cameras;
 }
@@ -338,8 +347,9 @@ std::vector<PlacedLight> lightsOf(const AssimpScene& scene)
     std::vector<PlacedLight> lights;
     for (unsigned i = 0; i < scene.get()->mNumLights; ++i) {
         const aiLight& light = *scene.get()->mLights[i];
-        if (light.mType != aiLightSource_DIRECTIONAL && light.mType != aiLightSource_AMBIENT) {
-            lights.emplace_back(scene, light);
+        const std::optional<Matrix> world = worldOf(scene, light.mName);
+        if (world && light.mType != aiLightSource_DIRECTIONAL && light.mType != aiLightSource_AMBIENT) {
+            lights.emplace_back(*world, light);
         }
     }
     return lights;
@@ -347,9 +357,12 @@ std::vector<PlacedLight> lightsOf(const AssimpScene& scene)
 
 void expectSameLights(const AssimpScene& before, const AssimpScene& after, std::size_t more)
 {
-    const std::vector<PlacedLight> expected = lightsOf(before);
-    EXPECT_EQ(expected.size() + more, after.get()->mNumLights);
-    expectPairs(expected, lightsOf(after), "light");
+    aiLight** const lights = before.get()->mLights;
+    const auto count = std::count_if(lights, lights + before.get()->mNumLights, [](const aiLight* light) {
+        return light->mType != aiLightSource_DIRECTIONAL && light->mType != aiLightSource_AMBIENT;
+    });
+    EXPECT_EQ(static_cast<std::size_t>(count) + more, after.get()->mNumLights);
+    expectPairs(lightsOf(before), lightsOf(after), "light");
 }
 
 } // namespace
