@@ -91,27 +91,20 @@ TEST_P(LargeDocumentTest, LoadsOrIsRefused)
     EXPECT_EQ(outcome.isLoaded, GetParam().loads);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Documents, LargeDocumentTest,
-    testing::Values(
-        LargeDocument{"DeepestNodes", [] { return withNodesAtDepth(10000); }, true},
-        LargeDocument{"NodesTooDeep", [] { return withNodesAtDepth(10001); }, false},
-        LargeDocument{"NodesMuchTooDeep", [] { return withNodesAtDepth(500000); }, false},
-        LargeDocument{"UnknownDeep", [] { return withUnknownAtDepth(9000); }, true},
-        LargeDocument{"UnknownTooDeep", [] { return withUnknownAtDepth(300000); }, false},
-        LargeDocument{"OnlyStartTags", [] { return repeated("<COLLADA>", 500000); }, false},
-        LargeDocument{"LongAttribute", [] { return withNodes("<node id='" + std::string(1000000, 'a') + "'/>"); },
-                      true},
-        LargeDocument{"AttributeTooLong", [] { return withNodes("<node id='" + std::string(1100000, 'a') + "'/>"); },
-                      false},
-        LargeDocument{"StartTagWithoutEnd", [] { return "<COLLADA " + std::string(5000000, 'a'); }, false},
-        LargeDocument{"LongText",
-                      [] { return withNodes("<node><translate>" + repeated("1 ", 1000000) + "</translate></node>"); },
-                      true},
-        LargeDocument{"LongComment", [] { return withNodes("<!--" + std::string(3000000, 'c') + "--><node/>"); }, true},
-        LargeDocument{"ManyNodes", [] { return withNodes(repeated("<node/>", 5000)); }, true},
-        LargeDocument{"Zeros", [] { return std::string(1000000, '\0'); }, false},
-        LargeDocument{"Blanks", [] { return std::string(1000000, ' '); }, false}),
-    rowName);
+INSTANTIATE_ROWS(
+    Documents, LargeDocumentTest, {"DeepestNodes", [] { return withNodesAtDepth(10000); }, true},
+    {"NodesTooDeep", [] { return withNodesAtDepth(10001); }, false},
+    {"NodesMuchTooDeep", [] { return withNodesAtDepth(500000); }, false},
+    {"UnknownDeep", [] { return withUnknownAtDepth(9000); }, true},
+    {"UnknownTooDeep", [] { return withUnknownAtDepth(300000); }, false},
+    {"OnlyStartTags", [] { return repeated("<COLLADA>", 500000); }, false},
+    {"LongAttribute", [] { return withNodes("<node id='" + std::string(1000000, 'a') + "'/>"); }, true},
+    {"AttributeTooLong", [] { return withNodes("<node id='" + std::string(1100000, 'a') + "'/>"); }, false},
+    {"StartTagWithoutEnd", [] { return "<COLLADA " + std::string(5000000, 'a'); }, false},
+    {"LongText", [] { return withNodes("<node><translate>" + repeated("1 ", 1000000) + "</translate></node>"); }, true},
+    {"LongComment", [] { return withNodes("<!--" + std::string(3000000, 'c') + "--><node/>"); }, true},
+    {"ManyNodes", [] { return withNodes(repeated("<node/>", 5000)); }, true},
+    {"Zeros", [] { return std::string(1000000, '\0'); }, false},
+    {"Blanks", [] { return std::string(1000000, ' '); }, false});
 
 } // namespace

@@ -57,52 +57,43 @@ TEST_P(MemoryBoundTest, LoadTakesAFixedMultipleOfTheDocument)
     EXPECT_LT(*taken, 3 * (std::uint64_t{134'217'728} + 64 * text.size()) + 64'000'000) << text.size() << " bytes";
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Documents, MemoryBoundTest,
-    testing::Values(
-        Demand{"CloudOfManyInputsWithoutParams", [] { return cloud(source("", 1'048'576), 1'000); }},
-        Demand{"CloudOfUnnamedParams", [] { return cloud(source("<param type='float'/>", 1'048'576), 100); }},
-        Demand{"CloudOfWideRecords",
-               [] { return cloud(source(repeated("<param name='X' type='float4x4'/>", 100), 1'048'576), 10); }},
-        Demand{"TrianglesOfManyBareSources",
-               [] { return triangles("<source id='s'>" + array + "</source>", 4'000, 30'000); }},
-        Demand{"TrianglesOfWideVertices",
-               [] { return triangles(source(repeated("<param name='X' type='float'/>", 5'000)), 1, 90'000); }},
-        Demand{"AccessorsOfALongName",
-               [] { return cloud(source("<param name='" + std::string(1'000'000, 'x') + "' type='float'/>"), 1'500); }},
-        Demand{"AccessorsOfManyMatrices",
-               [] { return cloud(source(repeated("<param name='X' type='float4x4'/>", 2'000)), 700); }},
-        Demand{"VerticesAskedForOften",
-               [] {
-                   return meshXml("<source id='s'>" + array + "</source><vertices id='v'>" +
-                                  repeated("<input semantic='POSITION' source='#s'/>", 3'000) +
-                                  "</vertices><triangles count='1'>" +
-                                  repeated("<input semantic='VERTEX' source='#v' offset='0'/>", 3'000) +
-                                  "<p>0 0 0</p></triangles>");
-               }},
-        Demand{"OutputsAskedForOften",
-               [] {
-                   return animations(
-                       1, repeated("<input semantic='OUTPUT' source='#s'/>", 3'000),
-                       "<source id='s'><float_array id='a' count='100000'>" + repeated("0 ", 100'000) +
-                           "</float_array><technique_common><accessor source='#a' count='1000' stride='100'/>"
-                           "</technique_common></source>");
-               }},
-        Demand{"CurvesThatShareTheirKeys",
-               [] {
-                   return animations(
-                       3'000, "<input semantic='INPUT' source='#s'/><input semantic='OUTPUT' source='#s'/>",
-                       "<source id='s'><float_array id='a' count='100000'>" + repeated("0 ", 100'000) +
-                           "</float_array><technique_common><accessor source='#a' count='100000' stride='1'/>"
-                           "</technique_common></source>");
-               }},
-        Demand{"KeysThatNothingBacks",
-               [] {
-                   return animations(
-                       300, "<input semantic='INPUT' source='#s'/>",
-                       "<source id='s'><technique_common><accessor count='1048576'/></technique_common></source>");
-               }}),
-    rowName);
+INSTANTIATE_ROWS(
+    Documents, MemoryBoundTest, {"CloudOfManyInputsWithoutParams", [] { return cloud(source("", 1'048'576), 1'000); }},
+    {"CloudOfUnnamedParams", [] { return cloud(source("<param type='float'/>", 1'048'576), 100); }},
+    {"CloudOfWideRecords",
+     [] { return cloud(source(repeated("<param name='X' type='float4x4'/>", 100), 1'048'576), 10); }},
+    {"TrianglesOfManyBareSources", [] { return triangles("<source id='s'>" + array + "</source>", 4'000, 30'000); }},
+    {"TrianglesOfWideVertices",
+     [] { return triangles(source(repeated("<param name='X' type='float'/>", 5'000)), 1, 90'000); }},
+    {"AccessorsOfALongName",
+     [] { return cloud(source("<param name='" + std::string(1'000'000, 'x') + "' type='float'/>"), 1'500); }},
+    {"AccessorsOfManyMatrices",
+     [] { return cloud(source(repeated("<param name='X' type='float4x4'/>", 2'000)), 700); }},
+    {"VerticesAskedForOften",
+     [] {
+         return meshXml(
+             "<source id='s'>" + array + "</source><vertices id='v'>" +
+             repeated("<input semantic='POSITION' source='#s'/>", 3'000) + "</vertices><triangles count='1'>" +
+             repeated("<input semantic='VERTEX' source='#v' offset='0'/>", 3'000) + "<p>0 0 0</p></triangles>");
+     }},
+    {"OutputsAskedForOften",
+     [] {
+         return animations(1, repeated("<input semantic='OUTPUT' source='#s'/>", 3'000),
+                           "<source id='s'><float_array id='a' count='100000'>" + repeated("0 ", 100'000) +
+                               "</float_array><technique_common><accessor source='#a' count='1000' stride='100'/>"
+                               "</technique_common></source>");
+     }},
+    {"CurvesThatShareTheirKeys",
+     [] {
+         return animations(3'000, "<input semantic='INPUT' source='#s'/><input semantic='OUTPUT' source='#s'/>",
+                           "<source id='s'><float_array id='a' count='100000'>" + repeated("0 ", 100'000) +
+                               "</float_array><technique_common><accessor source='#a' count='100000' stride='1'/>"
+                               "</technique_common></source>");
+     }},
+    {"KeysThatNothingBacks", [] {
+         return animations(300, "<input semantic='INPUT' source='#s'/>",
+                           "<source id='s'><technique_common><accessor count='1048576'/></technique_common></source>");
+     }});
 
 // --- what the tests are written with ---
 

@@ -320,24 +320,17 @@ TEST_P(ArrayBoundTest, OfOneElementSize)
 }
 
 // The block is 8 bytes and the elements; together at most 0xFFFFFFFF.
-INSTANTIATE_TEST_SUITE_P(Rows, ArrayBoundTest,
-                         testing::Values(BoundRow{"EightBytesLastPowerBelow", 8, 0x10000000u, 0x10000000u},
-                                         BoundRow{"EightBytesRoundedPastTheBound", 8, 0x10000001u, 0},
-                                         BoundRow{"EightBytesBoundItselfIsNoPower", 8, 0x1FFFFFFEu, 0},
-                                         BoundRow{"FourBytesLastPowerBelow", 4, 0x20000000u, 0x20000000u},
-                                         BoundRow{"FourBytesRoundedPastTheBound", 4, 0x20000001u, 0},
-                                         BoundRow{"OneByteLastPower", 1, 0x80000000u, 0x80000000u},
-                                         BoundRow{"OneByteWrapTakesTheRequest", 1, 0x80000001u, 0x80000001u},
-                                         BoundRow{"OneByteWrapAtTheBound", 1, 0xFFFFFFF7u, 0xFFFFFFF7u},
-                                         BoundRow{"OneByteWrapPastTheBound", 1, 0xFFFFFFF8u, 0},
-                                         BoundRow{"OneByteAllOnes", 1, 0xFFFFFFFFu, 0},
-                                         BoundRow{"EightBytesWrap", 8, 0x80000001u, 0},
-                                         BoundRow{"EightBytesAllOnes", 8, 0xFFFFFFFFu, 0},
-                                         BoundRow{"WidestThatFitsEightTimes", 0x1FFFFFFEu, 0, 8},
-                                         BoundRow{"TooWideForEight", 0x1FFFFFFFu, 0, 0},
-                                         BoundRow{"TwelveBytesLastPowerBelow", 12, 0x10000000u, 0x10000000u},
-                                         BoundRow{"TwelveBytesRoundedPastTheBound", 12, 0x10000001u, 0}),
-                         rowName);
+INSTANTIATE_ROWS(Rows, ArrayBoundTest, {"EightBytesLastPowerBelow", 8, 0x10000000u, 0x10000000u},
+                 {"EightBytesRoundedPastTheBound", 8, 0x10000001u, 0},
+                 {"EightBytesBoundItselfIsNoPower", 8, 0x1FFFFFFEu, 0},
+                 {"FourBytesLastPowerBelow", 4, 0x20000000u, 0x20000000u},
+                 {"FourBytesRoundedPastTheBound", 4, 0x20000001u, 0}, {"OneByteLastPower", 1, 0x80000000u, 0x80000000u},
+                 {"OneByteWrapTakesTheRequest", 1, 0x80000001u, 0x80000001u},
+                 {"OneByteWrapAtTheBound", 1, 0xFFFFFFF7u, 0xFFFFFFF7u}, {"OneByteWrapPastTheBound", 1, 0xFFFFFFF8u, 0},
+                 {"OneByteAllOnes", 1, 0xFFFFFFFFu, 0}, {"EightBytesWrap", 8, 0x80000001u, 0},
+                 {"EightBytesAllOnes", 8, 0xFFFFFFFFu, 0}, {"WidestThatFitsEightTimes", 0x1FFFFFFEu, 0, 8},
+                 {"TooWideForEight", 0x1FFFFFFFu, 0, 0}, {"TwelveBytesLastPowerBelow", 12, 0x10000000u, 0x10000000u},
+                 {"TwelveBytesRoundedPastTheBound", 12, 0x10000001u, 0});
 
 TEST_F(ArrayTest, SizedConstructorPastTheBoundThrowsNamingTheRequest)
 {

@@ -189,17 +189,12 @@ TEST_P(BufferAssignTest, FromElementsAndACount)
     expectAssign<unsigned>(GetParam(), false);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, BufferAssignTest,
-    testing::Values(AssignRow{"SixtyToHundredReuses", 100, 60, true},
-                    AssignRow{"FiftyOneToHundredReuses", 100, 51, true},
-                    AssignRow{"FiftyToHundredAllocates", 100, 50, false},
-                    AssignRow{"FortyToHundredAllocates", 100, 40, false}, AssignRow{"EqualSizeReuses", 100, 100, true},
-                    AssignRow{"OneMoreAllocates", 100, 101, false},
-                    AssignRow{"HalfOfOddSizeIsRoundedDown", 101, 51, true},
-                    AssignRow{"RoundedHalfOfOddSizeAllocates", 101, 50, false}, AssignRow{"OneToOneReuses", 1, 1, true},
-                    AssignRow{"OneToTwoAllocates", 2, 1, false}, AssignRow{"ToEmptyAllocates", 0, 3, false}),
-    rowName);
+INSTANTIATE_ROWS(Rows, BufferAssignTest, {"SixtyToHundredReuses", 100, 60, true},
+                 {"FiftyOneToHundredReuses", 100, 51, true}, {"FiftyToHundredAllocates", 100, 50, false},
+                 {"FortyToHundredAllocates", 100, 40, false}, {"EqualSizeReuses", 100, 100, true},
+                 {"OneMoreAllocates", 100, 101, false}, {"HalfOfOddSizeIsRoundedDown", 101, 51, true},
+                 {"RoundedHalfOfOddSizeAllocates", 101, 50, false}, {"OneToOneReuses", 1, 1, true},
+                 {"OneToTwoAllocates", 2, 1, false}, {"ToEmptyAllocates", 0, 3, false});
 
 TYPED_TEST(BufferTest, ReuseGoesByThePresentSizeNotByTheAllocation)
 {

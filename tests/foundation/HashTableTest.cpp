@@ -770,27 +770,23 @@ TEST_P(HashTableSizeTest, ChainsOfManyKeysStayShort)
     EXPECT_FALSE(table.insert(GetParam().key(count / 2).c_str(), 0u));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, HashTableSizeTest,
-    testing::Values(KeyRow{"Plain", [](unsigned i) { return "node" + std::to_string(i); }},
-                    KeyRow{"Number", [](unsigned i) { return std::to_string(i); }},
-                    KeyRow{"SevenBytesThenOneWord", [](unsigned i) { return "geom-id" + hexadecimal(i); }},
-                    KeyRow{"WholeWord", [](unsigned i) { return hexadecimal(i); }},
-                    KeyRow{"LongPrefix", [](unsigned i) { return std::string(100, 'x') + std::to_string(i); }},
-                    KeyRow{"LongSuffix", [](unsigned i) { return hexadecimal(i) + "-lib-visual_scene-instance"; }},
-                    KeyRow{"Reversed",
-                           [](unsigned i) {
-                               std::string text = hexadecimal(i);
-                               std::reverse(text.begin(), text.end());
-                               return text + "________";
-                           }},
-                    KeyRow{"ThreeBytes",
-                           [](unsigned i) {
-                               const char text[] = {static_cast<char>(1 + i % 64), static_cast<char>(1 + i / 64 % 64),
-                                                    static_cast<char>(1 + i / 4096), '\0'};
-                               return std::string(text);
-                           }}),
-    rowName);
+INSTANTIATE_ROWS(Rows, HashTableSizeTest, {"Plain", [](unsigned i) { return "node" + std::to_string(i); }},
+                 {"Number", [](unsigned i) { return std::to_string(i); }},
+                 {"SevenBytesThenOneWord", [](unsigned i) { return "geom-id" + hexadecimal(i); }},
+                 {"WholeWord", [](unsigned i) { return hexadecimal(i); }},
+                 {"LongPrefix", [](unsigned i) { return std::string(100, 'x') + std::to_string(i); }},
+                 {"LongSuffix", [](unsigned i) { return hexadecimal(i) + "-lib-visual_scene-instance"; }},
+                 {"Reversed",
+                  [](unsigned i) {
+                      std::string text = hexadecimal(i);
+                      std::reverse(text.begin(), text.end());
+                      return text + "________";
+                  }},
+                 {"ThreeBytes", [](unsigned i) {
+                      const char text[] = {static_cast<char>(1 + i % 64), static_cast<char>(1 + i / 64 % 64),
+                                           static_cast<char>(1 + i / 4096), '\0'};
+                      return std::string(text);
+                  }});
 
 TEST(HashTableTest, HashOfATextIsTheSameForEqualTexts)
 {

@@ -251,38 +251,32 @@ TEST_P(SerializableTextTest, RoundTripsAsName)
     EXPECT_EQ(name, String(GetParam().text));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, SerializableTextTest,
-    testing::Values(
-        TextRow{"Empty", ""}, TextRow{"Word", "lamp"}, TextRow{"Blank", " "}, TextRow{"BlanksAround", "  a b  "},
-        TextRow{"BlanksWithin", "a   b"}, TextRow{"Tabs", "\ta\t"}, TextRow{"LineFeeds", "\n\na\n"},
-        TextRow{"CarriageReturns", "\r\na\r"}, TextRow{"DoubleQuotes", "\"a\""}, TextRow{"SingleQuotes", "'a'"},
-        TextRow{"Brackets", "<value text=\"x\"/>"}, TextRow{"EndTag", "</object>"}, TextRow{"Ampersand", "a&b"},
-        TextRow{"Entity", "&amp;&lt;&#10;&quot;"}, TextRow{"CharacterData", "<![CDATA[ x ]]>"},
-        TextRow{"Comment", "<!-- x -->"}, TextRow{"Instruction", "<?xml x?>"}, TextRow{"Percent", "100%"},
-        TextRow{"PercentAndDigits", "%41%"}, TextRow{"PercentOfPercent", "%25%2541"},
-        TextRow{"PercentAndLowerDigits", "%0a%ff"}, TextRow{"PercentZero", "%00x"},
-        TextRow{"ControlBytes", "\x01\x02\x03\x04\x05\x06\x07\x08\x0B\x0C\x0E\x0F\x10\x11\x12\x13\x14\x15\x16\x17\x18"
-                                "\x19\x1A\x1B\x1C\x1D\x1E\x1F"},
-        TextRow{"Delete", "\x7F"}, TextRow{"ControlsOfTwoBytes", "\xC2\x80\xC2\x85\xC2\x9F"},
-        TextRow{"TwoBytes", "m\xC3\xB6"
-                            "del"},
-        TextRow{"ThreeBytes", "\xE2\x82\xAC"}, TextRow{"FourBytes", "\xF0\x9F\x98\x80"},
-        TextRow{"EdgesOfUtf8", "\xC2\xA0\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBD"
-                               "\xF0\x90\x80\x80\xF4\x8F\xBF\xBD"},
-        TextRow{"ByteOrderMark", "\xEF\xBB\xBF"
-                                 "a"},
-        TextRow{"LineSeparator", "\xE2\x80\xA8"},
-        TextRow{"NonCharacters", "\xEF\xBF\xBE\xEF\xBF\xBF\xF0\x9F\xBF\xBE\xF4\x8F\xBF\xBF\xEF\xB7\x90"},
-        TextRow{"LoneContinuation", "a\x80"
-                                    "b\xBF"},
-        TextRow{"CutTwoBytes", "a\xC3"}, TextRow{"CutThreeBytes", "a\xE2\x82"},
-        TextRow{"CutFourBytes", "a\xF0\x9F\x98"}, TextRow{"BrokenSequence", "\xE2(\x82\xF0\x9F(\xC3("},
-        TextRow{"OverlongTwoBytes", "\xC0\x80\xC1\xBF"}, TextRow{"OverlongThreeBytes", "\xE0\x80\x80\xE0\x9F\xBF"},
-        TextRow{"OverlongFourBytes", "\xF0\x80\x80\x80"}, TextRow{"Surrogates", "\xED\xA0\x80\xED\xBF\xBF"},
-        TextRow{"AboveUnicode", "\xF4\x90\x80\x80\xF7\xBF\xBF\xBF"}, TextRow{"NeverUsedBytes", "\xF5\xF8\xFC\xFE\xFF"},
-        TextRow{"AllOnes", "\xFF\xFF\xFF\xFF"}),
-    rowName);
+INSTANTIATE_ROWS(Rows, SerializableTextTest, {"Empty", ""}, {"Word", "lamp"}, {"Blank", " "},
+                 {"BlanksAround", "  a b  "}, {"BlanksWithin", "a   b"}, {"Tabs", "\ta\t"}, {"LineFeeds", "\n\na\n"},
+                 {"CarriageReturns", "\r\na\r"}, {"DoubleQuotes", "\"a\""}, {"SingleQuotes", "'a'"},
+                 {"Brackets", "<value text=\"x\"/>"}, {"EndTag", "</object>"}, {"Ampersand", "a&b"},
+                 {"Entity", "&amp;&lt;&#10;&quot;"}, {"CharacterData", "<![CDATA[ x ]]>"}, {"Comment", "<!-- x -->"},
+                 {"Instruction", "<?xml x?>"}, {"Percent", "100%"}, {"PercentAndDigits", "%41%"},
+                 {"PercentOfPercent", "%25%2541"}, {"PercentAndLowerDigits", "%0a%ff"}, {"PercentZero", "%00x"},
+                 {"ControlBytes", "\x01\x02\x03\x04\x05\x06\x07\x08\x0B\x0C\x0E\x0F\x10\x11\x12\x13\x14\x15\x16\x17\x18"
+                                  "\x19\x1A\x1B\x1C\x1D\x1E\x1F"},
+                 {"Delete", "\x7F"}, {"ControlsOfTwoBytes", "\xC2\x80\xC2\x85\xC2\x9F"},
+                 {"TwoBytes", "m\xC3\xB6"
+                              "del"},
+                 {"ThreeBytes", "\xE2\x82\xAC"}, {"FourBytes", "\xF0\x9F\x98\x80"},
+                 {"EdgesOfUtf8", "\xC2\xA0\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBD"
+                                 "\xF0\x90\x80\x80\xF4\x8F\xBF\xBD"},
+                 {"ByteOrderMark", "\xEF\xBB\xBF"
+                                   "a"},
+                 {"LineSeparator", "\xE2\x80\xA8"},
+                 {"NonCharacters", "\xEF\xBF\xBE\xEF\xBF\xBF\xF0\x9F\xBF\xBE\xF4\x8F\xBF\xBF\xEF\xB7\x90"},
+                 {"LoneContinuation", "a\x80"
+                                      "b\xBF"},
+                 {"CutTwoBytes", "a\xC3"}, {"CutThreeBytes", "a\xE2\x82"}, {"CutFourBytes", "a\xF0\x9F\x98"},
+                 {"BrokenSequence", "\xE2(\x82\xF0\x9F(\xC3("}, {"OverlongTwoBytes", "\xC0\x80\xC1\xBF"},
+                 {"OverlongThreeBytes", "\xE0\x80\x80\xE0\x9F\xBF"}, {"OverlongFourBytes", "\xF0\x80\x80\x80"},
+                 {"Surrogates", "\xED\xA0\x80\xED\xBF\xBF"}, {"AboveUnicode", "\xF4\x90\x80\x80\xF7\xBF\xBF\xBF"},
+                 {"NeverUsedBytes", "\xF5\xF8\xFC\xFE\xFF"}, {"AllOnes", "\xFF\xFF\xFF\xFF"});
 
 TEST(SerializableTest, EverySingleByteRoundTrips)
 {
@@ -450,16 +444,12 @@ TEST_P(SerializableBadXmlTest, IsRefusedAndChangesNothing)
     EXPECT_EQ(std::vector<String>{"kept"}, elements(array));
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, SerializableBadXmlTest,
-                         testing::Values(TextRow{"Empty", ""}, TextRow{"Blank", "  "},
-                                         TextRow{"Words", "no markup at all"},
-                                         TextRow{"OpenElement", "<object name=\"n\" class=\"ArrayOfString\">"},
-                                         TextRow{"WrongEndTag", "<object name=\"n\" class=\"ArrayOfString\"></objec>"},
-                                         TextRow{"CutAttribute", "<object name=\"n\" class=\"ArrayOfStr"},
-                                         TextRow{"OtherElement", "<thing name=\"n\" class=\"ArrayOfString\"/>"},
-                                         TextRow{"NoClass", "<object name=\"n\"/>"},
-                                         TextRow{"OtherClass", "<object name=\"n\" class=\"ArrayOfDouble\"/>"}),
-                         rowName);
+INSTANTIATE_ROWS(Rows, SerializableBadXmlTest, {"Empty", ""}, {"Blank", "  "}, {"Words", "no markup at all"},
+                 {"OpenElement", "<object name=\"n\" class=\"ArrayOfString\">"},
+                 {"WrongEndTag", "<object name=\"n\" class=\"ArrayOfString\"></objec>"},
+                 {"CutAttribute", "<object name=\"n\" class=\"ArrayOfStr"},
+                 {"OtherElement", "<thing name=\"n\" class=\"ArrayOfString\"/>"}, {"NoClass", "<object name=\"n\"/>"},
+                 {"OtherClass", "<object name=\"n\" class=\"ArrayOfDouble\"/>"});
 
 TEST(SerializableTest, EachCutOfADocumentIsRefused)
 {

@@ -246,19 +246,13 @@ TEST_P(StringNoCaseTest, ComparesBothWays)
     EXPECT_EQ(sign(String::compareNoCase(row.b, row.a)), -row.sign);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, StringNoCaseTest,
-    testing::Values(NoCaseRow{"BothEmpty", "", "", 0}, NoCaseRow{"SameText", "POSITION", "POSITION", 0},
-                    NoCaseRow{"OtherCase", "Position", "pOSITION", 0},
-                    NoCaseRow{"WholeAlphabet", "abcdefghijklmnopqrstuvwxyz", "ABCDEFGHIJKLMNOPQRSTUVWXYZ", 0},
-                    NoCaseRow{"OtherLetter", "abc", "abd", -1}, NoCaseRow{"PrefixIsLess", "NORMA", "normal", -1},
-                    NoCaseRow{"EmptyIsLess", "", "a", -1},
-                    NoCaseRow{"NeighboursOfTheLettersAreNotFolded", "@[`{", "`{@[", -1},
-                    NoCaseRow{"ControlBytesAreNotFolded", "\x01", "!", -1},
-                    NoCaseRow{"OnlyAsciiIsFolded", "\xC3\x84", "\xC3\xA4", -1},
-                    NoCaseRow{"HighBytesAreGreaterThanAscii", "z", "\xC3\xA4", -1},
-                    NoCaseRow{"SameHighBytes", "\xC3\xA4X", "\xC3\xA4x", 0}),
-    rowName);
+INSTANTIATE_ROWS(Rows, StringNoCaseTest, {"BothEmpty", "", "", 0}, {"SameText", "POSITION", "POSITION", 0},
+                 {"OtherCase", "Position", "pOSITION", 0},
+                 {"WholeAlphabet", "abcdefghijklmnopqrstuvwxyz", "ABCDEFGHIJKLMNOPQRSTUVWXYZ", 0},
+                 {"OtherLetter", "abc", "abd", -1}, {"PrefixIsLess", "NORMA", "normal", -1},
+                 {"EmptyIsLess", "", "a", -1}, {"NeighboursOfTheLettersAreNotFolded", "@[`{", "`{@[", -1},
+                 {"ControlBytesAreNotFolded", "\x01", "!", -1}, {"OnlyAsciiIsFolded", "\xC3\x84", "\xC3\xA4", -1},
+                 {"HighBytesAreGreaterThanAscii", "z", "\xC3\xA4", -1}, {"SameHighBytes", "\xC3\xA4X", "\xC3\xA4x", 0});
 
 namespace {
 
@@ -285,20 +279,15 @@ TEST_P(StringRealTest, IsParsed)
     EXPECT_EQ(std::signbit(value), std::signbit(GetParam().value));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, StringRealTest,
-    testing::Values(RealRow{"Zero", "0", 0.0f}, RealRow{"NegativeZero", "-0", -0.0f}, RealRow{"Integer", "42", 42.0f},
-                    RealRow{"Negative", "-1.5", -1.5f}, RealRow{"LeadingPlus", "+2.25", 2.25f},
-                    RealRow{"NoDigitBeforeThePoint", ".5", 0.5f}, RealRow{"NoDigitBehindThePoint", "3.", 3.0f},
-                    RealRow{"Exponent", "1e3", 1000.0f}, RealRow{"CapitalExponent", "125E-3", 0.125f},
-                    RealRow{"PositiveExponent", "1e+2", 100.0f}, RealRow{"LeadingZeros", "007", 7.0f},
-                    RealRow{"BlanksAround", "  8 \t", 8.0f}, RealRow{"LineFeedsAround", "\r\n-8\n", -8.0f},
-                    RealRow{"BlankBeforePlus", " +1", 1.0f},
-                    RealRow{"LargestFloat", "3.40282347e38", std::numeric_limits<float>::max()},
-                    RealRow{"SmallestNormal", "1.17549435e-38", std::numeric_limits<float>::min()},
-                    RealRow{"RoundedToFloat", "0.1", 0.1f},
-                    RealRow{"ManyDigits", "0.333333333333333333333333333333333", 1.0f / 3.0f}),
-    rowName);
+INSTANTIATE_ROWS(Rows, StringRealTest, {"Zero", "0", 0.0f}, {"NegativeZero", "-0", -0.0f}, {"Integer", "42", 42.0f},
+                 {"Negative", "-1.5", -1.5f}, {"LeadingPlus", "+2.25", 2.25f}, {"NoDigitBeforeThePoint", ".5", 0.5f},
+                 {"NoDigitBehindThePoint", "3.", 3.0f}, {"Exponent", "1e3", 1000.0f},
+                 {"CapitalExponent", "125E-3", 0.125f}, {"PositiveExponent", "1e+2", 100.0f},
+                 {"LeadingZeros", "007", 7.0f}, {"BlanksAround", "  8 \t", 8.0f},
+                 {"LineFeedsAround", "\r\n-8\n", -8.0f}, {"BlankBeforePlus", " +1", 1.0f},
+                 {"LargestFloat", "3.40282347e38", std::numeric_limits<float>::max()},
+                 {"SmallestNormal", "1.17549435e-38", std::numeric_limits<float>::min()},
+                 {"RoundedToFloat", "0.1", 0.1f}, {"ManyDigits", "0.333333333333333333333333333333333", 1.0f / 3.0f});
 
 TEST_P(StringBadRealTest, IsRefusedAndLeavesTheValueAlone)
 {
@@ -307,19 +296,13 @@ TEST_P(StringBadRealTest, IsRefusedAndLeavesTheValueAlone)
     EXPECT_EQ(77.0f, value);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, StringBadRealTest,
-    testing::Values(BadRealRow{"Empty", ""}, BadRealRow{"Blanks", "   "}, BadRealRow{"Word", "red"},
-                    BadRealRow{"TextBehind", "1.5m"}, BadRealRow{"SecondNumberBehind", "1 2"},
-                    BadRealRow{"DecimalComma", "1,5"}, BadRealRow{"SignAlone", "-"}, BadRealRow{"PlusAlone", "+"},
-                    BadRealRow{"PlusMinus", "+-1"}, BadRealRow{"TwoPluses", "++1"}, BadRealRow{"TwoMinuses", "--1"},
-                    BadRealRow{"BlankBehindSign", "- 1"}, BadRealRow{"PointAlone", "."},
-                    BadRealRow{"OpenExponent", "1e"}, BadRealRow{"Hexadecimal", "0x10"}, BadRealRow{"TooLarge", "1e39"},
-                    BadRealRow{"TooLargeNegative", "-1e39"}, BadRealRow{"Infinity", "inf"},
-                    BadRealRow{"SpeltInfinity", "INFINITY"}, BadRealRow{"NegativeInfinity", "-inf"},
-                    BadRealRow{"PlusInfinity", "+inf"}, BadRealRow{"NotANumber", "nan"},
-                    BadRealRow{"NegativeNotANumber", " -NaN "}, BadRealRow{"NumberedNotANumber", "nan(12)"}),
-    rowName);
+INSTANTIATE_ROWS(Rows, StringBadRealTest, {"Empty", ""}, {"Blanks", "   "}, {"Word", "red"}, {"TextBehind", "1.5m"},
+                 {"SecondNumberBehind", "1 2"}, {"DecimalComma", "1,5"}, {"SignAlone", "-"}, {"PlusAlone", "+"},
+                 {"PlusMinus", "+-1"}, {"TwoPluses", "++1"}, {"TwoMinuses", "--1"}, {"BlankBehindSign", "- 1"},
+                 {"PointAlone", "."}, {"OpenExponent", "1e"}, {"Hexadecimal", "0x10"}, {"TooLarge", "1e39"},
+                 {"TooLargeNegative", "-1e39"}, {"Infinity", "inf"}, {"SpeltInfinity", "INFINITY"},
+                 {"NegativeInfinity", "-inf"}, {"PlusInfinity", "+inf"}, {"NotANumber", "nan"},
+                 {"NegativeNotANumber", " -NaN "}, {"NumberedNotANumber", "nan(12)"});
 
 TEST(StringTest, NumberIsParsedAlikeInEveryLocale)
 {

@@ -12,7 +12,6 @@
 namespace {
 
 using testSupport::Row;
-using testSupport::rowName;
 
 using libMath::axisAngleRotationMatrix;
 using libMath::lookAtTransformMatrix;
@@ -195,20 +194,17 @@ TEST_P(AxisAngleStepsTest, AxisIsNormalizedInFloatAndElementsAreMadeInDouble)
 // With the first three, an axis normalized in double, a float angle or elements made in float show in most elements.
 // In each of the others one element's two terms cancel nearly, so that what is left of it shows the order of the
 // factors: x·t first, then the second component.
-INSTANTIATE_TEST_SUITE_P(Rotations, AxisAngleStepsTest,
-                         testing::Values(RotationCase{"MixedSigns", {-7.8f, -7.1f, 6.0f}, 9.7},
-                                         RotationCase{"NegativeAngle", {-2.8f, 3.4f, -9.6f}, -8.1},
-                                         RotationCase{"LargeNegativeAngle", {5.1f, -5.5f, -4.1f}, -9.2},
-                                         RotationCase{"CancelsAtRow0Column0", {5.0f, 1.0f, 7.0f}, 2.0943950713059478},
-                                         RotationCase{"CancelsAtRow0Column1", {8.0f, 3.0f, 2.0f}, 1.2627815920498833},
-                                         RotationCase{"CancelsAtRow0Column2", {5.0f, 6.0f, 9.0f}, -2.0180984661443491},
-                                         RotationCase{"CancelsAtRow1Column0", {4.0f, 9.0f, 1.0f}, -0.53670635853495696},
-                                         RotationCase{"CancelsAtRow1Column1", {2.0f, 1.0f, 2.0f}, 1.6961241664111277},
-                                         RotationCase{"CancelsAtRow1Column2", {4.0f, 7.0f, 1.0f}, 2.7172564412624749},
-                                         RotationCase{"CancelsAtRow2Column0", {2.0f, 5.0f, 5.0f}, 2.6101343972079234},
-                                         RotationCase{"CancelsAtRow2Column1", {6.0f, 2.0f, 3.0f}, -2.8577985318644883},
-                                         RotationCase{"CancelsAtRow2Column2", {4.0f, 7.0f, 5.0f}, 1.9655875474809306}),
-                         rowName);
+INSTANTIATE_ROWS(Rotations, AxisAngleStepsTest, {"MixedSigns", {-7.8f, -7.1f, 6.0f}, 9.7},
+                 {"NegativeAngle", {-2.8f, 3.4f, -9.6f}, -8.1}, {"LargeNegativeAngle", {5.1f, -5.5f, -4.1f}, -9.2},
+                 {"CancelsAtRow0Column0", {5.0f, 1.0f, 7.0f}, 2.0943950713059478},
+                 {"CancelsAtRow0Column1", {8.0f, 3.0f, 2.0f}, 1.2627815920498833},
+                 {"CancelsAtRow0Column2", {5.0f, 6.0f, 9.0f}, -2.0180984661443491},
+                 {"CancelsAtRow1Column0", {4.0f, 9.0f, 1.0f}, -0.53670635853495696},
+                 {"CancelsAtRow1Column1", {2.0f, 1.0f, 2.0f}, 1.6961241664111277},
+                 {"CancelsAtRow1Column2", {4.0f, 7.0f, 1.0f}, 2.7172564412624749},
+                 {"CancelsAtRow2Column0", {2.0f, 5.0f, 5.0f}, 2.6101343972079234},
+                 {"CancelsAtRow2Column1", {6.0f, 2.0f, 3.0f}, -2.8577985318644883},
+                 {"CancelsAtRow2Column2", {4.0f, 7.0f, 5.0f}, 1.9655875474809306});
 
 // Look at
 
@@ -346,13 +342,10 @@ TEST_P(LookAtStepsTest, EachStepIsRoundedToFloatInItsOrder)
                    expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Views, LookAtStepsTest,
-    testing::Values(LookAtCase{"Downwards", {2.9f, 3.8f, 3.9f}, {9.2f, -8.5f, 7.7f}, {0.3f, 1.1f, -0.2f}},
-                    LookAtCase{"Sideways", {2.8f, 1.8f, -3.6f}, {3.4f, 2.8f, -6.2f}, {0.3f, 1.1f, -0.2f}},
-                    LookAtCase{"Upwards", {-8.3f, -3.9f, 5.9f}, {9.2f, 3.4f, -2.6f}, {0.3f, 1.1f, -0.2f}},
-                    LookAtCase{"Far", {5.6f, 2.8f, 9.6f}, {1.7f, 2.5f, -6.7f}, {0.3f, 1.1f, -0.2f}}),
-    rowName);
+INSTANTIATE_ROWS(Views, LookAtStepsTest, {"Downwards", {2.9f, 3.8f, 3.9f}, {9.2f, -8.5f, 7.7f}, {0.3f, 1.1f, -0.2f}},
+                 {"Sideways", {2.8f, 1.8f, -3.6f}, {3.4f, 2.8f, -6.2f}, {0.3f, 1.1f, -0.2f}},
+                 {"Upwards", {-8.3f, -3.9f, 5.9f}, {9.2f, 3.4f, -2.6f}, {0.3f, 1.1f, -0.2f}},
+                 {"Far", {5.6f, 2.8f, 9.6f}, {1.7f, 2.5f, -6.7f}, {0.3f, 1.1f, -0.2f}});
 
 TEST(LookAtTransformMatrixTest, EyeAtInterestGivesNan)
 {
@@ -386,10 +379,8 @@ TEST_P(LookAtParallelTest, UpWithoutADirectionOfItsOwnGivesNan)
     expectLastRowOfATransform(m);
 }
 
-INSTANTIATE_TEST_SUITE_P(Ups, LookAtParallelTest,
-                         testing::Values(ParallelCase{"Parallel", 1.0f}, ParallelCase{"ParallelAndLong", 40.0f},
-                                         ParallelCase{"Opposite", -1.0f}, ParallelCase{"Zero", 0.0f}),
-                         rowName);
+INSTANTIATE_ROWS(Ups, LookAtParallelTest, {"Parallel", 1.0f}, {"ParallelAndLong", 40.0f}, {"Opposite", -1.0f},
+                 {"Zero", 0.0f});
 
 // --- what the compiler checks ---
 

@@ -22,7 +22,6 @@ template class libMath::Matrix<float, 4, 4>;
 namespace {
 
 using testSupport::Row;
-using testSupport::rowName;
 
 using Matrix4 = libMath::Matrix<float, 4, 4>;
 using Vector4 = libMath::Vector<float, 4>;
@@ -333,28 +332,24 @@ constexpr const char* flatExpression = "index < (row * col)";
 constexpr const char* pairExpression = "(x<row) && (y<col)";
 constexpr const char* columnExpression = "x < col";
 
-INSTANTIATE_TEST_SUITE_P(
-    Accesses, MatrixAssertionTest,
-    testing::Values(AssertionCase{"FlatSixteen", Access::Flat, 16, 0, flatExpression},
-                    AssertionCase{"FlatLargest", Access::Flat, unsignedMax, 0, flatExpression},
-                    AssertionCase{"ConstFlatSixteen", Access::ConstFlat, 16, 0, flatExpression},
-                    AssertionCase{"ConstFlatLargest", Access::ConstFlat, unsignedMax, 0, flatExpression},
-                    AssertionCase{"RowFour", Access::RowAndColumn, 4, 0, pairExpression},
-                    AssertionCase{"ColumnFour", Access::RowAndColumn, 0, 4, pairExpression},
-                    // The flat index of both would be valid.
-                    AssertionCase{"ColumnFourOfAMiddleRow", Access::RowAndColumn, 1, 4, pairExpression},
-                    AssertionCase{"RowThatWrapsToFlatZero", Access::RowAndColumn, unsignedMax / 4 + 1, 0,
-                                  pairExpression},
-                    AssertionCase{"BothFour", Access::RowAndColumn, 4, 4, pairExpression},
-                    AssertionCase{"LargestRow", Access::RowAndColumn, unsignedMax, 0, pairExpression},
-                    AssertionCase{"LargestColumn", Access::RowAndColumn, 0, unsignedMax, pairExpression},
-                    AssertionCase{"ConstRowFour", Access::ConstRowAndColumn, 4, 0, pairExpression},
-                    AssertionCase{"ConstColumnFour", Access::ConstRowAndColumn, 0, 4, pairExpression},
-                    AssertionCase{"WholeColumnFour", Access::Column, 4, 0, columnExpression},
-                    AssertionCase{"WholeColumnLargest", Access::Column, unsignedMax, 0, columnExpression},
-                    AssertionCase{"SetColumnFour", Access::SetColumn, 4, 0, columnExpression},
-                    AssertionCase{"SetColumnLargest", Access::SetColumn, unsignedMax, 0, columnExpression}),
-    rowName);
+INSTANTIATE_ROWS(Accesses, MatrixAssertionTest, {"FlatSixteen", Access::Flat, 16, 0, flatExpression},
+                 {"FlatLargest", Access::Flat, unsignedMax, 0, flatExpression},
+                 {"ConstFlatSixteen", Access::ConstFlat, 16, 0, flatExpression},
+                 {"ConstFlatLargest", Access::ConstFlat, unsignedMax, 0, flatExpression},
+                 {"RowFour", Access::RowAndColumn, 4, 0, pairExpression},
+                 {"ColumnFour", Access::RowAndColumn, 0, 4, pairExpression},
+                 // The flat index of both would be valid.
+                 {"ColumnFourOfAMiddleRow", Access::RowAndColumn, 1, 4, pairExpression},
+                 {"RowThatWrapsToFlatZero", Access::RowAndColumn, unsignedMax / 4 + 1, 0, pairExpression},
+                 {"BothFour", Access::RowAndColumn, 4, 4, pairExpression},
+                 {"LargestRow", Access::RowAndColumn, unsignedMax, 0, pairExpression},
+                 {"LargestColumn", Access::RowAndColumn, 0, unsignedMax, pairExpression},
+                 {"ConstRowFour", Access::ConstRowAndColumn, 4, 0, pairExpression},
+                 {"ConstColumnFour", Access::ConstRowAndColumn, 0, 4, pairExpression},
+                 {"WholeColumnFour", Access::Column, 4, 0, columnExpression},
+                 {"WholeColumnLargest", Access::Column, unsignedMax, 0, columnExpression},
+                 {"SetColumnFour", Access::SetColumn, 4, 0, columnExpression},
+                 {"SetColumnLargest", Access::SetColumn, unsignedMax, 0, columnExpression});
 
 TEST(MatrixTest, FailedAssertionIsThrownByValue)
 {
@@ -473,11 +468,8 @@ TEST_P(MatrixProductOrderTest, SumsFromFirstTermToLastInFloatInEveryElement)
 }
 
 // Every other order of four terms, save an exchange of the first two, misses at least one row; so does a sum of pairs.
-INSTANTIATE_TEST_SUITE_P(Terms, MatrixProductOrderTest,
-                         testing::Values(SumCase{"BothOnesLost", {limit, 1.0f, 1.0f, -limit}},
-                                         SumCase{"FirstOneLost", {limit, 1.0f, -limit, 1.0f}},
-                                         SumCase{"FirstTermLost", {1.0f, limit, -limit, 1.0f}}),
-                         rowName);
+INSTANTIATE_ROWS(Terms, MatrixProductOrderTest, {"BothOnesLost", {limit, 1.0f, 1.0f, -limit}},
+                 {"FirstOneLost", {limit, 1.0f, -limit, 1.0f}}, {"FirstTermLost", {1.0f, limit, -limit, 1.0f}});
 
 TEST(MatrixTest, ProductRoundsEachTermToFloat)
 {

@@ -20,7 +20,6 @@ namespace {
 
 using testSupport::MadeInUsedMemory;
 using testSupport::Row;
-using testSupport::rowName;
 
 using Vector3 = libMath::Vector<float, 3>;
 using Vector4 = libMath::Vector<float, 4>;
@@ -224,12 +223,8 @@ TEST_P(VectorNormalizedTest, SumsSquaresInOrderTakesTheRootAndDividesAllInFloat)
     expectElements(Vector3(row.x, row.y, row.z).normalized(), expected, row.y / length, row.z / length);
 }
 
-INSTANTIATE_TEST_SUITE_P(Operands, VectorNormalizedTest,
-                         testing::Values(NormalizedCase{"LargeZ", 2.6f, 2.9f, 6.4f},
-                                         NormalizedCase{"Rising", 1.4f, 2.5f, 4.1f},
-                                         NormalizedCase{"Falling", 6.2f, 4.2f, 2.1f},
-                                         NormalizedCase{"LargeY", 3.2f, 9.9f, 6.9f}),
-                         rowName);
+INSTANTIATE_ROWS(Operands, VectorNormalizedTest, {"LargeZ", 2.6f, 2.9f, 6.4f}, {"Rising", 1.4f, 2.5f, 4.1f},
+                 {"Falling", 6.2f, 4.2f, 2.1f}, {"LargeY", 3.2f, 9.9f, 6.9f});
 
 TEST(VectorTest, NormalizedZeroVectorIsNan)
 {

@@ -12,7 +12,6 @@ namespace {
 using libPrepare::checkForm;
 using libPrepare::isPlainlyFormed;
 using testSupport::Row;
-using testSupport::rowName;
 
 std::string inRoot(const std::string& body)
 {
@@ -31,19 +30,15 @@ TEST_P(PlainTest, NeedsNoParser)
     EXPECT_FALSE(checkForm(GetParam().text));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, PlainTest,
-    testing::Values(
-        PlainCase{"Root", "<COLLADA/>"},
-        PlainCase{"Declaration", "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\" ?>\r\n<COLLADA />\n"},
-        PlainCase{"Comments",
+INSTANTIATE_ROWS(Rows, PlainTest, {"Root", "<COLLADA/>"},
+                 {"Declaration", "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\" ?>\r\n<COLLADA />\n"},
+                 {"Comments",
                   "<?xml version=\"1.0\"?><!-- a<b&c -->\n" + inRoot("<!----><a>1<!-- ] -->2</a>") + "<!-- end -->\n"},
-        PlainCase{"Attributes",
+                 {"Attributes",
                   "<COLLADA xmlns=\"http://a\"\n\tversion='1.4.1' a=\"it's &lt; 'b' > c\" b='\"'></COLLADA >"},
-        PlainCase{"Entities", inRoot("&amp;&lt;&gt;&quot;&apos; > ' \" ]] ]>")},
-        PlainCase{"LongText", inRoot("<p>" + std::string(10'000, '7') + "</p>")},
-        PlainCase{"NodeInNode", inRoot("<node><node/><node></node></node>")}),
-    rowName);
+                 {"Entities", inRoot("&amp;&lt;&gt;&quot;&apos; > ' \" ]] ]>")},
+                 {"LongText", inRoot("<p>" + std::string(10'000, '7') + "</p>")},
+                 {"NodeInNode", inRoot("<node><node/><node></node></node>")});
 
 class OddTest : public testing::TestWithParam<PlainCase> {};
 
@@ -61,31 +56,24 @@ std::string times(std::size_t count, const std::string& text)
     return result;
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, OddTest,
-    testing::Values(PlainCase{"Empty", ""}, PlainCase{"OtherRoot", "<a/>"},
-                    PlainCase{"TwoRoots", "<COLLADA/><COLLADA/>"}, PlainCase{"NoEnd", "<COLLADA>"},
-                    PlainCase{"TextAfterTheEnd", "<COLLADA/>x"}, PlainCase{"TextBeforeTheRoot", "x<COLLADA/>"},
-                    PlainCase{"OtherEncoding", "<?xml version=\"1.0\" encoding=\"latin1\"?><COLLADA/>"},
-                    PlainCase{"Version11", "<?xml version=\"1.1\"?><COLLADA/>"},
-                    PlainCase{"DocumentType", "<!DOCTYPE COLLADA><COLLADA/>"},
-                    PlainCase{"Instruction", inRoot("<?a b?>")}, PlainCase{"CharacterData", inRoot("<![CDATA[a]]>")},
-                    PlainCase{"EndOfCharacterData", inRoot("a]]>")}, PlainCase{"OtherEntity", inRoot("&a;")},
-                    PlainCase{"Prefix", inRoot("<a:b/>")}, PlainCase{"PrefixOfAnAttribute", inRoot("<a b:c=''/>")},
-                    PlainCase{"SameAttributeTwice", inRoot("<a b='' c='' b=''/>")},
-                    PlainCase{"NoBlankBetweenAttributes", inRoot("<a b=''c=''/>")},
-                    PlainCase{"NoQuotes", inRoot("<a b=c/>")}, PlainCase{"AngleBracketInAValue", inRoot("<a b='<'/>")},
-                    PlainCase{"WrongEndTag", inRoot("<a></b>")}, PlainCase{"LongerEndTag", inRoot("<a></ab>")},
-                    PlainCase{"DashesInAComment", inRoot("<!-- -- -->")},
-                    PlainCase{"CommentEndsInDashes", inRoot("<!-- --->")}, PlainCase{"BeyondAscii", inRoot("\xC3\xA4")},
-                    PlainCase{"Zero", inRoot(std::string(1, '\0'))}, PlainCase{"ListInAList", inRoot("<p><p/></p>")},
-                    PlainCase{"AnyInATechnique", inRoot("<technique><any/></technique>")},
-                    PlainCase{"ManySteps", inRoot("<a b='" + times(300, "../") + "'/>")},
-                    PlainCase{"ManyStepsInAText", inRoot("<init_from>" + times(300, "../") + "</init_from>")},
-                    PlainCase{"CommentInAReference", inRoot("<init_from>a<!-- -->b</init_from>")},
-                    PlainCase{"Deep", inRoot(times(6'000, "<a>") + times(6'000, "</a>"))},
-                    PlainCase{"LongName", inRoot("<" + times(200, "a") + "/>")}),
-    rowName);
+INSTANTIATE_ROWS(Rows, OddTest, {"Empty", ""}, {"OtherRoot", "<a/>"}, {"TwoRoots", "<COLLADA/><COLLADA/>"},
+                 {"NoEnd", "<COLLADA>"}, {"TextAfterTheEnd", "<COLLADA/>x"}, {"TextBeforeTheRoot", "x<COLLADA/>"},
+                 {"OtherEncoding", "<?xml version=\"1.0\" encoding=\"latin1\"?><COLLADA/>"},
+                 {"Version11", "<?xml version=\"1.1\"?><COLLADA/>"}, {"DocumentType", "<!DOCTYPE COLLADA><COLLADA/>"},
+                 {"Instruction", inRoot("<?a b?>")}, {"CharacterData", inRoot("<![CDATA[a]]>")},
+                 {"EndOfCharacterData", inRoot("a]]>")}, {"OtherEntity", inRoot("&a;")}, {"Prefix", inRoot("<a:b/>")},
+                 {"PrefixOfAnAttribute", inRoot("<a b:c=''/>")}, {"SameAttributeTwice", inRoot("<a b='' c='' b=''/>")},
+                 {"NoBlankBetweenAttributes", inRoot("<a b=''c=''/>")}, {"NoQuotes", inRoot("<a b=c/>")},
+                 {"AngleBracketInAValue", inRoot("<a b='<'/>")}, {"WrongEndTag", inRoot("<a></b>")},
+                 {"LongerEndTag", inRoot("<a></ab>")}, {"DashesInAComment", inRoot("<!-- -- -->")},
+                 {"CommentEndsInDashes", inRoot("<!-- --->")}, {"BeyondAscii", inRoot("\xC3\xA4")},
+                 {"Zero", inRoot(std::string(1, '\0'))}, {"ListInAList", inRoot("<p><p/></p>")},
+                 {"AnyInATechnique", inRoot("<technique><any/></technique>")},
+                 {"ManySteps", inRoot("<a b='" + times(300, "../") + "'/>")},
+                 {"ManyStepsInAText", inRoot("<init_from>" + times(300, "../") + "</init_from>")},
+                 {"CommentInAReference", inRoot("<init_from>a<!-- -->b</init_from>")},
+                 {"Deep", inRoot(times(6'000, "<a>") + times(6'000, "</a>"))},
+                 {"LongName", inRoot("<" + times(200, "a") + "/>")});
 
 // Each byte of a document is left out, doubled, and replaced by all that means something somewhere.
 TEST(PlainFormTest, WhatNeedsNoParserIsFineForTheParser)

@@ -378,29 +378,22 @@ TEST_P(AccessorStrideTest, StrideIsCalculatedAndTakenByTheLoad)
 
 #define PARAM_UNNAMED_MATRIX "<param type='float4x4'/>"
 
-INSTANTIATE_TEST_SUITE_P(
-    Documents, AccessorStrideTest,
-    testing::Values(StrideCase{"AttributeAboveOne", "stride='3'", PARAM_X PARAM_X PARAM_X, 3},
-                    StrideCase{"AttributeAboveWhatParamsTake", "stride='8'", PARAM_X PARAM_X, 8},
-                    StrideCase{"AttributeBelowWhatParamsTake", "stride='2'", PARAM_X PARAM_X PARAM_X, 2},
-                    StrideCase{"AttributeBelowMatrix", "stride='2'", PARAM_MATRIX, 2},
-                    StrideCase{"AttributeWithoutParams", "stride='3'", "", 3},
-                    StrideCase{"AttributeTwoIsBelieved", "stride='2'", PARAM_X, 2},
-                    StrideCase{"AttributeOneIsNot", "stride='1'", PARAM_X PARAM_X PARAM_X, 3},
-                    StrideCase{"AttributeZeroIsNot", "stride='0'", PARAM_X PARAM_X, 2},
-                    StrideCase{"NoAttribute", "", PARAM_X PARAM_X PARAM_X, 3},
-                    StrideCase{"NoAttributeOneParam", "", PARAM_X, 1},
-                    StrideCase{"UnnamedParamsCount", "", PARAM_X PARAM_UNNAMED PARAM_X, 3},
-                    StrideCase{"UnnamedParamsAlone", "", PARAM_UNNAMED PARAM_UNNAMED, 2},
-                    StrideCase{"Matrix", "", PARAM_MATRIX, 16},
-                    StrideCase{"MatrixBetweenFloats", "", PARAM_X PARAM_MATRIX PARAM_X, 18},
-                    StrideCase{"UnnamedMatrix", "", PARAM_UNNAMED_MATRIX PARAM_X, 17},
-                    StrideCase{"NeitherAttributeNorParams", "", "", 0},
-                    StrideCase{"AttributeOneWithoutParams", "stride='1'", "", 0},
-                    StrideCase{"LowHalfOfTheAttribute", "stride='4294967301'", PARAM_X, 5},
-                    StrideCase{"LowHalfOneIsNotBelieved", "stride='4294967297'", PARAM_X PARAM_X, 2},
-                    StrideCase{"LowHalfZeroIsNotBelieved", "stride='4294967296'", PARAM_X PARAM_X, 2}),
-    rowName);
+INSTANTIATE_ROWS(Documents, AccessorStrideTest, {"AttributeAboveOne", "stride='3'", PARAM_X PARAM_X PARAM_X, 3},
+                 {"AttributeAboveWhatParamsTake", "stride='8'", PARAM_X PARAM_X, 8},
+                 {"AttributeBelowWhatParamsTake", "stride='2'", PARAM_X PARAM_X PARAM_X, 2},
+                 {"AttributeBelowMatrix", "stride='2'", PARAM_MATRIX, 2},
+                 {"AttributeWithoutParams", "stride='3'", "", 3}, {"AttributeTwoIsBelieved", "stride='2'", PARAM_X, 2},
+                 {"AttributeOneIsNot", "stride='1'", PARAM_X PARAM_X PARAM_X, 3},
+                 {"AttributeZeroIsNot", "stride='0'", PARAM_X PARAM_X, 2},
+                 {"NoAttribute", "", PARAM_X PARAM_X PARAM_X, 3}, {"NoAttributeOneParam", "", PARAM_X, 1},
+                 {"UnnamedParamsCount", "", PARAM_X PARAM_UNNAMED PARAM_X, 3},
+                 {"UnnamedParamsAlone", "", PARAM_UNNAMED PARAM_UNNAMED, 2}, {"Matrix", "", PARAM_MATRIX, 16},
+                 {"MatrixBetweenFloats", "", PARAM_X PARAM_MATRIX PARAM_X, 18},
+                 {"UnnamedMatrix", "", PARAM_UNNAMED_MATRIX PARAM_X, 17}, {"NeitherAttributeNorParams", "", "", 0},
+                 {"AttributeOneWithoutParams", "stride='1'", "", 0},
+                 {"LowHalfOfTheAttribute", "stride='4294967301'", PARAM_X, 5},
+                 {"LowHalfOneIsNotBelieved", "stride='4294967297'", PARAM_X PARAM_X, 2},
+                 {"LowHalfZeroIsNotBelieved", "stride='4294967296'", PARAM_X PARAM_X, 2});
 
 TEST(AccessorStrideTest, StrideAboveOneAsksForNoType)
 {
@@ -749,15 +742,13 @@ TEST_P(AccessorWrongSourceTest, TypesOfItsParamsAreNotAsked)
     EXPECT_EQ(GetParam().line, log.text());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Documents, AccessorWrongSourceTest,
-    testing::Values(WrongSourceCase{"NameArray", "source='#words'", "Data source is not a float array Name_array"},
-                    WrongSourceCase{"IntArray", "source='#ints'", "Data source is not a float array int_array"},
-                    WrongSourceCase{"Source", "source='#source'", "Data source is not a float array source"},
-                    WrongSourceCase{"NoSuchElement", "source='#nowhere'", "Data source is not a float array #nowhere"},
-                    WrongSourceCase{"EmptyAttribute", "source=''", "Data source is not a float array "},
-                    WrongSourceCase{"NoAttribute", "", "Data source is not a float array "}),
-    rowName);
+INSTANTIATE_ROWS(Documents, AccessorWrongSourceTest,
+                 {"NameArray", "source='#words'", "Data source is not a float array Name_array"},
+                 {"IntArray", "source='#ints'", "Data source is not a float array int_array"},
+                 {"Source", "source='#source'", "Data source is not a float array source"},
+                 {"NoSuchElement", "source='#nowhere'", "Data source is not a float array #nowhere"},
+                 {"EmptyAttribute", "source=''", "Data source is not a float array "},
+                 {"NoAttribute", "", "Data source is not a float array "});
 
 // --- params of other types ---
 
@@ -1108,29 +1099,26 @@ TEST_P(AccessorReachTest, ShortArrayGivesOneLineAndTrue)
     EXPECT_EQ("Accessor reaches beyond its float array", log.lines()[0].words());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Documents, AccessorReachTest,
-    testing::Values(ReachCase{"Exact", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ, false},
-                    ReachCase{"Longer", "1 2 3 4 5 6 7", "count='2'", PARAMS_XYZ, false},
-                    ReachCase{"OneShort", "1 2 3 4 5", "count='2'", PARAMS_XYZ, true},
-                    ReachCase{"OneRecordMore", "1 2 3 4 5 6", "count='3'", PARAMS_XYZ, true},
-                    ReachCase{"EmptyArray", "", "count='1'", PARAMS_XYZ, true},
-                    ReachCase{"EmptyArrayWithoutRecords", "", "count='0'", PARAMS_XYZ, false},
-                    ReachCase{"OffsetWithin", "1 2 3 4 5 6", "count='1' offset='1'", PARAMS_XYZ, false},
-                    ReachCase{"OffsetBeyond", "1 2 3 4 5 6", "count='2' offset='1'", PARAMS_XYZ, true},
-                    ReachCase{"OffsetBeyondWithoutRecords", "1", "offset='9'", PARAMS_XYZ, false},
-                    ReachCase{"StrideBeyond", "1 2 3 4 5 6", "count='2' stride='4'", PARAMS_XYZ, true},
-                    ReachCase{"SmallStrideWithin", "1 2 3 4 5", "count='2' stride='2'", PARAMS_XYZ, false},
-                    ReachCase{"SmallStrideBeyond", "1 2 3 4", "count='2' stride='2'", PARAMS_XYZ, true},
-                    ReachCase{"Matrix", "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16", "count='1'", PARAM_MATRIX, false},
-                    ReachCase{"ShortMatrix", "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15", "count='1'", PARAM_MATRIX, true},
-                    ReachCase{"OneFloatForAllRecords", "1", "count='4000000000' offset='7'", "", false},
-                    ReachCase{"NoFloatForAllRecords", "", "count='1'", "", true},
-                    ReachCase{"ParamBehindUnnamedOnes", "1 2", "count='1'", PARAM_UNNAMED PARAM_UNNAMED PARAM_X, true},
-                    ReachCase{"AllRecordsOf32Bits", "1 2 3",
-                              "count='4294967295' offset='4294967295' stride='4294967295'", PARAM_X, true},
-                    ReachCase{"MostThatAnAttributeHolds", "1 2 3", "count='18446744073709551615'", PARAM_X, true}),
-    rowName);
+INSTANTIATE_ROWS(Documents, AccessorReachTest, {"Exact", "1 2 3 4 5 6", "count='2'", PARAMS_XYZ, false},
+                 {"Longer", "1 2 3 4 5 6 7", "count='2'", PARAMS_XYZ, false},
+                 {"OneShort", "1 2 3 4 5", "count='2'", PARAMS_XYZ, true},
+                 {"OneRecordMore", "1 2 3 4 5 6", "count='3'", PARAMS_XYZ, true},
+                 {"EmptyArray", "", "count='1'", PARAMS_XYZ, true},
+                 {"EmptyArrayWithoutRecords", "", "count='0'", PARAMS_XYZ, false},
+                 {"OffsetWithin", "1 2 3 4 5 6", "count='1' offset='1'", PARAMS_XYZ, false},
+                 {"OffsetBeyond", "1 2 3 4 5 6", "count='2' offset='1'", PARAMS_XYZ, true},
+                 {"OffsetBeyondWithoutRecords", "1", "offset='9'", PARAMS_XYZ, false},
+                 {"StrideBeyond", "1 2 3 4 5 6", "count='2' stride='4'", PARAMS_XYZ, true},
+                 {"SmallStrideWithin", "1 2 3 4 5", "count='2' stride='2'", PARAMS_XYZ, false},
+                 {"SmallStrideBeyond", "1 2 3 4", "count='2' stride='2'", PARAMS_XYZ, true},
+                 {"Matrix", "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16", "count='1'", PARAM_MATRIX, false},
+                 {"ShortMatrix", "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15", "count='1'", PARAM_MATRIX, true},
+                 {"OneFloatForAllRecords", "1", "count='4000000000' offset='7'", "", false},
+                 {"NoFloatForAllRecords", "", "count='1'", "", true},
+                 {"ParamBehindUnnamedOnes", "1 2", "count='1'", PARAM_UNNAMED PARAM_UNNAMED PARAM_X, true},
+                 {"AllRecordsOf32Bits", "1 2 3", "count='4294967295' offset='4294967295' stride='4294967295'", PARAM_X,
+                  true},
+                 {"MostThatAnAttributeHolds", "1 2 3", "count='18446744073709551615'", PARAM_X, true});
 
 TEST(AccessorReachTest, MissingValuesReadAsZero)
 {

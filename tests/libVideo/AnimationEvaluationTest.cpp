@@ -160,52 +160,43 @@ CurveText step()
     return usual("STEP STEP STEP");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Linear, AnimationEvaluationTest,
-    testing::Values(input("SecondZero", linear(), 0), input("NegativeZero", linear(), -0.0),
-                    input("LengthWrapsToZero", linear(), 3), input("TwiceTheLength", linear(), 6),
-                    input("MinusTheLength", linear(), -3), input("BeforeTheFirstKey", linear(), 0.5),
-                    input("WrapsBeforeTheFirstKey", linear(), 3.5), value("FirstKey", linear(), 1, 10),
-                    value("WrapsToTheFirstKey", linear(), 4, 10), value("WrapsTwiceToTheFirstKey", linear(), 7, 10),
-                    value("SecondKey", linear(), 2, 20), value("FirstSpan", linear(), 1.5, 15),
-                    value("SecondSpan", linear(), 2.5, 30), value("WrapsToTheSecondSpan", linear(), 5.5, 30),
-                    // (40 - 20) * 0.999 + 20
-                    value("JustBeforeTheLastKey", linear(), 2.999, 39.98), input("MinusOne", linear(), -1),
-                    input("MinusTwoAndAHalf", linear(), -2.5), input("NotANumber", linear(), notANumber),
-                    input("Infinity", linear(), infinity), input("MinusInfinity", linear(), -infinity),
-                    value("NoInterpolationInput", {{1, 2, 3}, {10, 20, 40}}, 2.5, 30)),
-    rowName);
+INSTANTIATE_ROWS(Linear, AnimationEvaluationTest, input("SecondZero", linear(), 0),
+                 input("NegativeZero", linear(), -0.0), input("LengthWrapsToZero", linear(), 3),
+                 input("TwiceTheLength", linear(), 6), input("MinusTheLength", linear(), -3),
+                 input("BeforeTheFirstKey", linear(), 0.5), input("WrapsBeforeTheFirstKey", linear(), 3.5),
+                 value("FirstKey", linear(), 1, 10), value("WrapsToTheFirstKey", linear(), 4, 10),
+                 value("WrapsTwiceToTheFirstKey", linear(), 7, 10), value("SecondKey", linear(), 2, 20),
+                 value("FirstSpan", linear(), 1.5, 15), value("SecondSpan", linear(), 2.5, 30),
+                 value("WrapsToTheSecondSpan", linear(), 5.5, 30),
+                 // (40 - 20) * 0.999 + 20
+                 value("JustBeforeTheLastKey", linear(), 2.999, 39.98), input("MinusOne", linear(), -1),
+                 input("MinusTwoAndAHalf", linear(), -2.5), input("NotANumber", linear(), notANumber),
+                 input("Infinity", linear(), infinity), input("MinusInfinity", linear(), -infinity),
+                 value("NoInterpolationInput", {{1, 2, 3}, {10, 20, 40}}, 2.5, 30));
 
-INSTANTIATE_TEST_SUITE_P(Step, AnimationEvaluationTest,
-                         testing::Values(value("FirstSpanHoldsTheFirstKey", step(), 1.5, 10),
-                                         value("SecondSpanHoldsTheSecondKey", step(), 2.5, 20),
-                                         value("JustBeforeTheLastKeyHoldsTheSecond", step(), 2.999, 20),
-                                         value("SecondKey", step(), 2, 20), value("FirstKey", step(), 1, 10),
-                                         input("SecondZero", step(), 0), input("LengthWrapsToZero", step(), 3),
-                                         input("BeforeTheFirstKey", step(), 0.5)),
-                         rowName);
+INSTANTIATE_ROWS(Step, AnimationEvaluationTest, value("FirstSpanHoldsTheFirstKey", step(), 1.5, 10),
+                 value("SecondSpanHoldsTheSecondKey", step(), 2.5, 20),
+                 value("JustBeforeTheLastKeyHoldsTheSecond", step(), 2.999, 20), value("SecondKey", step(), 2, 20),
+                 value("FirstKey", step(), 1, 10), input("SecondZero", step(), 0),
+                 input("LengthWrapsToZero", step(), 3), input("BeforeTheFirstKey", step(), 0.5));
 
-INSTANTIATE_TEST_SUITE_P(
-    KindOfTheEarlierKey, AnimationEvaluationTest,
-    testing::Values(value("StepThenLinearHolds", usual("STEP LINEAR LINEAR"), 1.5, 10),
-                    value("StepThenLinearGoesStraightLater", usual("STEP LINEAR LINEAR"), 2.5, 30),
-                    value("LinearThenStepGoesStraight", usual("LINEAR STEP STEP"), 1.5, 15),
-                    value("LinearThenStepHoldsLater", usual("LINEAR STEP STEP"), 2.5, 20),
-                    value("LinearThenHermiteGoesStraight", usual("LINEAR HERMITE LINEAR"), 1.5, 15),
-                    value("LinearThenBezierNeedsNoTangents", usual("LINEAR BEZIER BEZIER"), 1.5, 15)),
-    rowName);
+INSTANTIATE_ROWS(KindOfTheEarlierKey, AnimationEvaluationTest,
+                 value("StepThenLinearHolds", usual("STEP LINEAR LINEAR"), 1.5, 10),
+                 value("StepThenLinearGoesStraightLater", usual("STEP LINEAR LINEAR"), 2.5, 30),
+                 value("LinearThenStepGoesStraight", usual("LINEAR STEP STEP"), 1.5, 15),
+                 value("LinearThenStepHoldsLater", usual("LINEAR STEP STEP"), 2.5, 20),
+                 value("LinearThenHermiteGoesStraight", usual("LINEAR HERMITE LINEAR"), 1.5, 15),
+                 value("LinearThenBezierNeedsNoTangents", usual("LINEAR BEZIER BEZIER"), 1.5, 15));
 
-INSTANTIATE_TEST_SUITE_P(Unevaluated, AnimationEvaluationTest,
-                         testing::Values(input("HermiteGivesTheInputBetweenKeys", usual("HERMITE LINEAR LINEAR"), 1.5),
-                                         input("CardinalGivesTheInputBetweenKeys", usual("CARDINAL LINEAR LINEAR"),
-                                               1.5),
-                                         input("BsplineGivesTheInputBetweenKeys", usual("BSPLINE LINEAR LINEAR"), 1.5),
-                                         value("HermiteKeyIsHit", usual("HERMITE HERMITE HERMITE"), 1, 10),
-                                         value("CardinalKeyIsHit", usual("CARDINAL CARDINAL CARDINAL"), 2, 20),
-                                         value("BsplineKeyIsHit", usual("BSPLINE BSPLINE BSPLINE"), 1, 10),
-                                         input("HermiteOfTheSecondKey", usual("LINEAR HERMITE LINEAR"), 2.5),
-                                         value("LinearBehindAHermiteSpan", usual("HERMITE LINEAR LINEAR"), 2.5, 30)),
-                         rowName);
+INSTANTIATE_ROWS(Unevaluated, AnimationEvaluationTest,
+                 input("HermiteGivesTheInputBetweenKeys", usual("HERMITE LINEAR LINEAR"), 1.5),
+                 input("CardinalGivesTheInputBetweenKeys", usual("CARDINAL LINEAR LINEAR"), 1.5),
+                 input("BsplineGivesTheInputBetweenKeys", usual("BSPLINE LINEAR LINEAR"), 1.5),
+                 value("HermiteKeyIsHit", usual("HERMITE HERMITE HERMITE"), 1, 10),
+                 value("CardinalKeyIsHit", usual("CARDINAL CARDINAL CARDINAL"), 2, 20),
+                 value("BsplineKeyIsHit", usual("BSPLINE BSPLINE BSPLINE"), 1, 10),
+                 input("HermiteOfTheSecondKey", usual("LINEAR HERMITE LINEAR"), 2.5),
+                 value("LinearBehindAHermiteSpan", usual("HERMITE LINEAR LINEAR"), 2.5, 30));
 
 /// Control points as pairs of one number for each key: in, out.
 CurveText bezier(const Numbers& times, const Numbers& values, const Numbers& in, const Numbers& out)
@@ -217,86 +208,81 @@ CurveText bezier(const Numbers& times, const Numbers& values, const Numbers& in,
     return curve;
 }
 
-INSTANTIATE_TEST_SUITE_P(
+INSTANTIATE_ROWS(
     Bezier, AnimationEvaluationTest,
-    testing::Values(
-        // The other two control points, 500 and 700, belong to the spans on either side.
-        // 3·6/8 + 3·2/8 + 0 + 8/8 = 2.25 + 0.75 + 0 + 1
-        value("HalfTheSpan", bezier({1, 2}, {0, 8}, {500, 6}, {2, 700}), 1.5, 4),
-        // s = 1/4: 3·6·(1/16)·(3/4) + 3·2·(1/4)·(9/16) + 4·(27/64) + 8·(1/64) = 0.84375 + 0.84375 + 1.6875 + 0.125
-        value("QuarterOfTheSpan", bezier({1, 3}, {4, 8}, {500, 6}, {2, 700}), 1.5, 3.5),
-        // s = 1/2: 3·1/8 + 3·5/8 + 8/8 + 16/8 = 0.375 + 1.875 + 1 + 2
-        value("SecondSpan", bezier({1, 2, 3}, {0, 8, 16}, {500, 6, 1}, {2, 5, 700}), 2.5, 5.25),
-        // A curve whose control points are at the thirds is straight: s = 1/4 of 0 to 12.
-        value("StraightCurve", bezier({1, 3}, {0, 12}, {500, 8}, {4, 700}), 1.5, 3),
-        value("FirstKeyWithoutTangents", usual("BEZIER BEZIER BEZIER"), 1, 10),
-        value("SecondKeyWithoutTangents", usual("BEZIER BEZIER BEZIER"), 2, 20),
-        input("SecondZeroWithoutTangents", usual("BEZIER BEZIER BEZIER"), 0),
-        input("BeforeTheFirstKeyWithoutTangents", usual("BEZIER BEZIER BEZIER"), 0.5)),
-    rowName);
+    // The other two control points, 500 and 700, belong to the spans on either side.
+    // 3·6/8 + 3·2/8 + 0 + 8/8 = 2.25 + 0.75 + 0 + 1
+    value("HalfTheSpan", bezier({1, 2}, {0, 8}, {500, 6}, {2, 700}), 1.5, 4),
+    // s = 1/4: 3·6·(1/16)·(3/4) + 3·2·(1/4)·(9/16) + 4·(27/64) + 8·(1/64) = 0.84375 + 0.84375 + 1.6875 + 0.125
+    value("QuarterOfTheSpan", bezier({1, 3}, {4, 8}, {500, 6}, {2, 700}), 1.5, 3.5),
+    // s = 1/2: 3·1/8 + 3·5/8 + 8/8 + 16/8 = 0.375 + 1.875 + 1 + 2
+    value("SecondSpan", bezier({1, 2, 3}, {0, 8, 16}, {500, 6, 1}, {2, 5, 700}), 2.5, 5.25),
+    // A curve whose control points are at the thirds is straight: s = 1/4 of 0 to 12.
+    value("StraightCurve", bezier({1, 3}, {0, 12}, {500, 8}, {4, 700}), 1.5, 3),
+    value("FirstKeyWithoutTangents", usual("BEZIER BEZIER BEZIER"), 1, 10),
+    value("SecondKeyWithoutTangents", usual("BEZIER BEZIER BEZIER"), 2, 20),
+    input("SecondZeroWithoutTangents", usual("BEZIER BEZIER BEZIER"), 0),
+    input("BeforeTheFirstKeyWithoutTangents", usual("BEZIER BEZIER BEZIER"), 0.5));
 
-INSTANTIATE_TEST_SUITE_P(
-    OddTimes, AnimationEvaluationTest,
-    testing::Values(
-        input("NoRecordsAtSecondZero", {{}, {}}, 0), input("NoRecordsLater", {{}, {}}, 1),
-        input("NoRecordsEarlier", {{}, {}}, -1), input("NoRecordsAtNoNumber", {{}, {}}, notANumber),
-        input("OneKeyAtZeroAtSecondZero", {{0}, {7}}, 0), input("OneKeyAtZeroLater", {{0}, {7}}, 0.5),
-        input("OneKeyAtZeroEarlier", {{0}, {7}}, -0.5), input("OneKeyAtTwoAtItsTime", {{2}, {7}}, 2),
-        input("OneKeyAtTwoBefore", {{2}, {7}}, 1.5), input("OneKeyAtTwoBehind", {{2}, {7}}, 2.5),
-        input("OneKeyAtTwoEarlier", {{2}, {7}}, -2), input("OneKeyAtTwoFarBehind", {{2}, {7}}, 6),
-        // The length 3 keeps the sign of a time: -1.5 stays.
-        value("NegativeTimesAreReached", {{-2, -1, 3}, {10, 20, 40}}, -1.5, 15),
-        value("NegativeTimeIsHit", {{-2, -1, 3}, {10, 20, 40}}, -2, 10),
-        value("NegativeTimesWrap", {{-2, -1, 3}, {10, 20, 40}}, -4.5, 15),
-        // A length of 0 or less wraps nothing.
-        value("NegativeLengthDoesNotWrap", {{-3, -2, -1}, {10, 20, 40}}, -2.5, 15),
-        value("NegativeLengthHitsItsLastKey", {{-3, -2, -1}, {10, 20, 40}}, -1, 40),
-        input("NegativeLengthIsOverLater", {{-3, -2, -1}, {10, 20, 40}}, 5),
-        input("NegativeLengthStillLeavesSecondZero", {{-3, -2, -1}, {10, 20, 40}}, 0),
-        value("LengthZeroReachesNegativeTimes", {{-2, -1, 0}, {10, 20, 40}}, -0.5, 30),
-        input("LengthZeroIsOverLater", {{-2, -1, 0}, {10, 20, 40}}, 0.5),
-        // A curve that covers second 0 is not asked there, nor at the multiples of its length.
-        input("SecondZeroInsideACurve", {{-1, 1, 3}, {10, 20, 40}}, 0),
-        input("LengthOfACurveAroundZero", {{-1, 1, 3}, {10, 20, 40}}, 3),
-        input("MinusTheLengthOfACurveAroundZero", {{-1, 1, 3}, {10, 20, 40}}, -3),
-        value("NearSecondZeroInsideACurve", {{-1, 1, 3}, {10, 20, 40}}, 0.5, 17.5),
-        value("FirstOfEqualTimesIsHit", {{1, 2, 2, 4}, {10, 20, 40, 80}}, 2, 20),
-        value("SpanUpToEqualTimes", {{1, 2, 2, 4}, {10, 20, 40, 80}}, 1.5, 15),
-        value("SpanBehindEqualTimes", {{1, 2, 2, 4}, {10, 20, 40, 80}}, 3, 60),
-        input("BeforeEqualTimesAtTheStart", {{2, 2, 4}, {10, 20, 40}}, 1),
-        // The first record not before 2.5 is the one at 5, although the one at 1 comes after it.
-        value("DescendingTimeIsPassedOver", {{2, 5, 1, 6}, {10, 40, 0, 0}}, 2.5, 15),
-        value("FirstMatchNotBestMatch", {{1, 5, 2, 6}, {10, 50, 0, 0}}, 2, 20),
-        input("EarlierTimeBehindTheFirstKeyIsNotFound", {{2, 1, 6}, {10, 20, 40}}, 1),
-        // A key whose time is no number ends the search, and a span to it has no result but that.
-        input("FirstTimeIsNoNumber", {{notANumber, 2, 3}, {10, 20, 40}}, 1.5),
-        value("SpanToATimeThatIsNoNumber", {{1, notANumber, 3}, {10, 20, 40}}, 2, notANumber),
-        value("HitBeforeATimeThatIsNoNumber", {{1, notANumber, 3}, {10, 20, 40}}, 1, 10),
-        value("StepUpToATimeThatIsNoNumber", {{1, notANumber, 3}, {10, 20, 40}, "STEP STEP STEP"}, 2, 10),
-        // A length that is no number is not greater than 0, so nothing wraps.
-        value("LengthThatIsNoNumberDoesNotWrap", {{1, 2, notANumber}, {10, 20, 40}}, 1.5, 15),
-        value("LengthThatIsNoNumberHasALastKey", {{1, 2, notANumber}, {10, 20, 40}}, 9, notANumber),
-        // An infinite length turns every time into 0 times infinity.
-        input("InfiniteLength", {{1, 2, infinity}, {10, 20, 40}}, 1.5),
-        input("InfiniteLengthAtAKey", {{1, 2, infinity}, {10, 20, 40}}, 1),
-        // infinity / infinity is no number, which converts like a quotient outside of 32 bits: infinity stays.
-        value("InfiniteLengthAtInfinity", {{1, 2, infinity}, {10, 20, 40}}, infinity, 40),
-        // (20 - 10) · 1 / infinity + 10
-        value("SpanToAnInfiniteTime", {{1, infinity, 3}, {10, 20, 40}}, 2, 10),
-        value("SpanFromMinusInfinity", {{-infinity, 2, 3}, {10, 20, 40}}, 1, notANumber),
-        value("MinusInfinityIsHit", {{-infinity, 2, -1}, {10, 20, 40}}, -infinity, 10),
-        value("InfinityIsHit", {{1, infinity, -1}, {10, 20, 40}}, infinity, 20),
-        input("MinusInfinityAsLength", {{1, 2, -infinity}, {10, 20, 40}}, 3),
-        value("MinusInfinityAsLengthDoesNotWrap", {{1, 2, -infinity}, {10, 20, 40}}, 1.5, 15),
-        // 9·10^9 / 3 is outside of 32 bits: t = 9·10^9 + 2^31 · 3, far past the last key.
-        input("QuotientAbove32Bits", linear(), 9e9),
-        // -6442450949 / 3 is below -2^31: t = -6442450949 + 2147483648 · 3 = -5, before the first key at -4.
-        input("QuotientBelow32BitsBeforeTheFirstKey", {{-4, -1, 3}, {10, 40, 80}}, -6442450949.0),
-        // -6442450946 / 3 is -2147483648.67, which still fits: t = -2.
-        value("QuotientOfTheSmallestInteger", {{-4, -1, 3}, {10, 40, 80}}, -6442450946.0, 30),
-        // -6442450947.5 / 3 is -2147483649.17: t = -3.5, where an exact quotient would leave -0.5.
-        value("QuotientBelow32Bits", {{-4, -1, 3}, {10, 40, 80}}, -6442450947.5, 15)),
-    rowName);
+INSTANTIATE_ROWS(OddTimes, AnimationEvaluationTest, input("NoRecordsAtSecondZero", {{}, {}}, 0),
+                 input("NoRecordsLater", {{}, {}}, 1), input("NoRecordsEarlier", {{}, {}}, -1),
+                 input("NoRecordsAtNoNumber", {{}, {}}, notANumber), input("OneKeyAtZeroAtSecondZero", {{0}, {7}}, 0),
+                 input("OneKeyAtZeroLater", {{0}, {7}}, 0.5), input("OneKeyAtZeroEarlier", {{0}, {7}}, -0.5),
+                 input("OneKeyAtTwoAtItsTime", {{2}, {7}}, 2), input("OneKeyAtTwoBefore", {{2}, {7}}, 1.5),
+                 input("OneKeyAtTwoBehind", {{2}, {7}}, 2.5), input("OneKeyAtTwoEarlier", {{2}, {7}}, -2),
+                 input("OneKeyAtTwoFarBehind", {{2}, {7}}, 6),
+                 // The length 3 keeps the sign of a time: -1.5 stays.
+                 value("NegativeTimesAreReached", {{-2, -1, 3}, {10, 20, 40}}, -1.5, 15),
+                 value("NegativeTimeIsHit", {{-2, -1, 3}, {10, 20, 40}}, -2, 10),
+                 value("NegativeTimesWrap", {{-2, -1, 3}, {10, 20, 40}}, -4.5, 15),
+                 // A length of 0 or less wraps nothing.
+                 value("NegativeLengthDoesNotWrap", {{-3, -2, -1}, {10, 20, 40}}, -2.5, 15),
+                 value("NegativeLengthHitsItsLastKey", {{-3, -2, -1}, {10, 20, 40}}, -1, 40),
+                 input("NegativeLengthIsOverLater", {{-3, -2, -1}, {10, 20, 40}}, 5),
+                 input("NegativeLengthStillLeavesSecondZero", {{-3, -2, -1}, {10, 20, 40}}, 0),
+                 value("LengthZeroReachesNegativeTimes", {{-2, -1, 0}, {10, 20, 40}}, -0.5, 30),
+                 input("LengthZeroIsOverLater", {{-2, -1, 0}, {10, 20, 40}}, 0.5),
+                 // A curve that covers second 0 is not asked there, nor at the multiples of its length.
+                 input("SecondZeroInsideACurve", {{-1, 1, 3}, {10, 20, 40}}, 0),
+                 input("LengthOfACurveAroundZero", {{-1, 1, 3}, {10, 20, 40}}, 3),
+                 input("MinusTheLengthOfACurveAroundZero", {{-1, 1, 3}, {10, 20, 40}}, -3),
+                 value("NearSecondZeroInsideACurve", {{-1, 1, 3}, {10, 20, 40}}, 0.5, 17.5),
+                 value("FirstOfEqualTimesIsHit", {{1, 2, 2, 4}, {10, 20, 40, 80}}, 2, 20),
+                 value("SpanUpToEqualTimes", {{1, 2, 2, 4}, {10, 20, 40, 80}}, 1.5, 15),
+                 value("SpanBehindEqualTimes", {{1, 2, 2, 4}, {10, 20, 40, 80}}, 3, 60),
+                 input("BeforeEqualTimesAtTheStart", {{2, 2, 4}, {10, 20, 40}}, 1),
+                 // The first record not before 2.5 is the one at 5, although the one at 1 comes after it.
+                 value("DescendingTimeIsPassedOver", {{2, 5, 1, 6}, {10, 40, 0, 0}}, 2.5, 15),
+                 value("FirstMatchNotBestMatch", {{1, 5, 2, 6}, {10, 50, 0, 0}}, 2, 20),
+                 input("EarlierTimeBehindTheFirstKeyIsNotFound", {{2, 1, 6}, {10, 20, 40}}, 1),
+                 // A key whose time is no number ends the search, and a span to it has no result but that.
+                 input("FirstTimeIsNoNumber", {{notANumber, 2, 3}, {10, 20, 40}}, 1.5),
+                 value("SpanToATimeThatIsNoNumber", {{1, notANumber, 3}, {10, 20, 40}}, 2, notANumber),
+                 value("HitBeforeATimeThatIsNoNumber", {{1, notANumber, 3}, {10, 20, 40}}, 1, 10),
+                 value("StepUpToATimeThatIsNoNumber", {{1, notANumber, 3}, {10, 20, 40}, "STEP STEP STEP"}, 2, 10),
+                 // A length that is no number is not greater than 0, so nothing wraps.
+                 value("LengthThatIsNoNumberDoesNotWrap", {{1, 2, notANumber}, {10, 20, 40}}, 1.5, 15),
+                 value("LengthThatIsNoNumberHasALastKey", {{1, 2, notANumber}, {10, 20, 40}}, 9, notANumber),
+                 // An infinite length turns every time into 0 times infinity.
+                 input("InfiniteLength", {{1, 2, infinity}, {10, 20, 40}}, 1.5),
+                 input("InfiniteLengthAtAKey", {{1, 2, infinity}, {10, 20, 40}}, 1),
+                 // infinity / infinity is no number, which converts like a quotient outside of 32 bits: infinity stays.
+                 value("InfiniteLengthAtInfinity", {{1, 2, infinity}, {10, 20, 40}}, infinity, 40),
+                 // (20 - 10) · 1 / infinity + 10
+                 value("SpanToAnInfiniteTime", {{1, infinity, 3}, {10, 20, 40}}, 2, 10),
+                 value("SpanFromMinusInfinity", {{-infinity, 2, 3}, {10, 20, 40}}, 1, notANumber),
+                 value("MinusInfinityIsHit", {{-infinity, 2, -1}, {10, 20, 40}}, -infinity, 10),
+                 value("InfinityIsHit", {{1, infinity, -1}, {10, 20, 40}}, infinity, 20),
+                 input("MinusInfinityAsLength", {{1, 2, -infinity}, {10, 20, 40}}, 3),
+                 value("MinusInfinityAsLengthDoesNotWrap", {{1, 2, -infinity}, {10, 20, 40}}, 1.5, 15),
+                 // 9·10^9 / 3 is outside of 32 bits: t = 9·10^9 + 2^31 · 3, far past the last key.
+                 input("QuotientAbove32Bits", linear(), 9e9),
+                 // -6442450949 / 3 is below -2^31: t = -6442450949 + 2147483648 · 3 = -5, before the first key at -4.
+                 input("QuotientBelow32BitsBeforeTheFirstKey", {{-4, -1, 3}, {10, 40, 80}}, -6442450949.0),
+                 // -6442450946 / 3 is -2147483648.67, which still fits: t = -2.
+                 value("QuotientOfTheSmallestInteger", {{-4, -1, 3}, {10, 40, 80}}, -6442450946.0, 30),
+                 // -6442450947.5 / 3 is -2147483649.17: t = -3.5, where an exact quotient would leave -0.5.
+                 value("QuotientBelow32Bits", {{-4, -1, 3}, {10, 40, 80}}, -6442450947.5, 15));
 
 // ---- reading of the records by overload
 
@@ -351,13 +337,10 @@ TEST_P(AnimationKeySizeTest, DecidesOnAStep)
     expectAt(animation, 2.5);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Sizes, AnimationKeySizeTest,
-    testing::Values(KeySizeCase{"None", 0, false, false, false}, KeySizeCase{"One", 1, true, false, false},
-                    KeySizeCase{"Two", 2, true, false, false}, KeySizeCase{"Three", 3, true, true, false},
-                    KeySizeCase{"Four", 4, true, false, false}, KeySizeCase{"Fifteen", 15, true, false, false},
-                    KeySizeCase{"Sixteen", 16, true, false, true}, KeySizeCase{"Seventeen", 17, true, false, false}),
-    rowName);
+INSTANTIATE_ROWS(Sizes, AnimationKeySizeTest, {"None", 0, false, false, false}, {"One", 1, true, false, false},
+                 {"Two", 2, true, false, false}, {"Three", 3, true, true, false}, {"Four", 4, true, false, false},
+                 {"Fifteen", 15, true, false, false}, {"Sixteen", 16, true, false, true},
+                 {"Seventeen", 17, true, false, false});
 
 TEST(AnimationOverloadTest, MatrixKeyFillsTheResultInFlatRowMajorOrder)
 {
@@ -562,32 +545,23 @@ TEST_P(AnimationModulusTest, WrapsByATruncatedQuotient)
 }
 
 // Where a quotient has no place in 32 bits, the conversion gives -2147483648.
-INSTANTIATE_TEST_SUITE_P(
-    Times, AnimationModulusTest,
-    testing::Values(
-        ModulusCase{"Zero", 3, 0, 0}, ModulusCase{"Inside", 3, 2.5, 2.5}, ModulusCase{"Length", 3, 3, 0},
-        ModulusCase{"OneRound", 3, 3.5, 0.5}, ModulusCase{"ManyRounds", 3, 3001, 1},
-        ModulusCase{"NegativeKeepsItsSign", 3, -1, -1}, ModulusCase{"NegativeRound", 3, -4, -1},
-        ModulusCase{"NegativeLengthOfTime", 3, -3, 0}, ModulusCase{"LengthZero", 0, 7.5, 7.5},
-        ModulusCase{"LengthNegativeZero", -0.0, 7.5, 7.5}, ModulusCase{"LengthNegative", -3, 7.5, 7.5},
-        ModulusCase{"LengthNegativeAndTimeNegative", -3, -7.5, -7.5},
-        ModulusCase{"LengthNotANumber", notANumber, 7.5, 7.5}, ModulusCase{"LengthMinusInfinity", -infinity, 7.5, 7.5},
-        ModulusCase{"LengthInfinity", infinity, 7.5, notANumber}, ModulusCase{"FractionalLength", 0.25, 1.125, 0.125},
-        ModulusCase{"LargestQuotient", 1, 2147483647.5, 0.5},
-        ModulusCase{"QuotientAboveTheLargest", 1, 2147483648.0, 4294967296.0},
-        ModulusCase{"QuotientAboveTheLargestWithAFraction", 1, 2147483648.5, 4294967296.5},
-        ModulusCase{"SmallestQuotient", 1, -2147483648.0, 0},
-        ModulusCase{"QuotientAboveTheSmallest", 1, -2147483647.5, -0.5},
-        ModulusCase{"SmallestQuotientWithAFraction", 1, -2147483648.5, -0.5},
-        ModulusCase{"QuotientBelowTheSmallest", 1, -2147483649.0, -1},
-        ModulusCase{"QuotientFarBelowTheSmallest", 1, -3000000000.0, -852516352.0},
-        ModulusCase{"QuotientAboveUnsigned32Bits", 1, 4294967301.0, 6442450949.0},
-        ModulusCase{"QuotientAboveWithALength", 3, 9e9, 15442450944.0},
-        ModulusCase{"TinyLength", 1e-10, 1.0, 1.2147483648}, ModulusCase{"TimeInfinity", 3, infinity, infinity},
-        ModulusCase{"TimeMinusInfinity", 3, -infinity, -infinity},
-        ModulusCase{"TimeNotANumber", 3, notANumber, notANumber},
-        ModulusCase{"TimeInfinityWithoutLength", 0, infinity, infinity}),
-    rowName);
+INSTANTIATE_ROWS(Times, AnimationModulusTest, {"Zero", 3, 0, 0}, {"Inside", 3, 2.5, 2.5}, {"Length", 3, 3, 0},
+                 {"OneRound", 3, 3.5, 0.5}, {"ManyRounds", 3, 3001, 1}, {"NegativeKeepsItsSign", 3, -1, -1},
+                 {"NegativeRound", 3, -4, -1}, {"NegativeLengthOfTime", 3, -3, 0}, {"LengthZero", 0, 7.5, 7.5},
+                 {"LengthNegativeZero", -0.0, 7.5, 7.5}, {"LengthNegative", -3, 7.5, 7.5},
+                 {"LengthNegativeAndTimeNegative", -3, -7.5, -7.5}, {"LengthNotANumber", notANumber, 7.5, 7.5},
+                 {"LengthMinusInfinity", -infinity, 7.5, 7.5}, {"LengthInfinity", infinity, 7.5, notANumber},
+                 {"FractionalLength", 0.25, 1.125, 0.125}, {"LargestQuotient", 1, 2147483647.5, 0.5},
+                 {"QuotientAboveTheLargest", 1, 2147483648.0, 4294967296.0},
+                 {"QuotientAboveTheLargestWithAFraction", 1, 2147483648.5, 4294967296.5},
+                 {"SmallestQuotient", 1, -2147483648.0, 0}, {"QuotientAboveTheSmallest", 1, -2147483647.5, -0.5},
+                 {"SmallestQuotientWithAFraction", 1, -2147483648.5, -0.5},
+                 {"QuotientBelowTheSmallest", 1, -2147483649.0, -1},
+                 {"QuotientFarBelowTheSmallest", 1, -3000000000.0, -852516352.0},
+                 {"QuotientAboveUnsigned32Bits", 1, 4294967301.0, 6442450949.0},
+                 {"QuotientAboveWithALength", 3, 9e9, 15442450944.0}, {"TinyLength", 1e-10, 1.0, 1.2147483648},
+                 {"TimeInfinity", 3, infinity, infinity}, {"TimeMinusInfinity", 3, -infinity, -infinity},
+                 {"TimeNotANumber", 3, notANumber, notANumber}, {"TimeInfinityWithoutLength", 0, infinity, infinity});
 
 constexpr unsigned untouched = 77;
 

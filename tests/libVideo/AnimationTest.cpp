@@ -543,190 +543,157 @@ std::string inputTimes()
     return inputXml("INPUT", "time");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Channel, AnimationLoadTest,
-    testing::Values(
-        LoadCase{"NoChannel", floats("a", "1", 1) + sampler(inputXml("INPUT", "a")), false, noChannel, 0},
-        LoadCase{"SourceOfTheChannelNamesNothing", "<channel source='#nothing' target='node/t'/>", false, noSampler, 0},
-        LoadCase{"ChannelWithoutSource", "<channel target='node/t'/>", false, noSampler, 0},
-        LoadCase{"SourceOfTheChannelIsASource", floats("a", "1", 1) + "<channel source='#a' target='node/t'/>", false,
-                 noSampler, 0},
-        LoadCase{"SourceOfTheChannelIsAnAnimation", "<channel source='#blank' target='node/t'/>", false, noSampler, 0},
-        LoadCase{"SamplerWithoutInput", curve("", ""), false, noInput, 0}),
-    rowName);
+INSTANTIATE_ROWS(Channel, AnimationLoadTest,
+                 {"NoChannel", floats("a", "1", 1) + sampler(inputXml("INPUT", "a")), false, noChannel, 0},
+                 {"SourceOfTheChannelNamesNothing", "<channel source='#nothing' target='node/t'/>", false, noSampler,
+                  0},
+                 {"ChannelWithoutSource", "<channel target='node/t'/>", false, noSampler, 0},
+                 {"SourceOfTheChannelIsASource", floats("a", "1", 1) + "<channel source='#a' target='node/t'/>", false,
+                  noSampler, 0},
+                 {"SourceOfTheChannelIsAnAnimation", "<channel source='#blank' target='node/t'/>", false, noSampler, 0},
+                 {"SamplerWithoutInput", curve("", ""), false, noInput, 0});
 
-INSTANTIATE_TEST_SUITE_P(
-    Silent, AnimationLoadTest,
-    testing::Values(
-        LoadCase{"InputOfNothing", curve("", inputXml("INPUT", "nothing")), false, "", 0},
-        LoadCase{"InputWithoutSource", curve("", "<input semantic='INPUT'/>"), false, "", 0},
-        LoadCase{"InputOfTheSampler", curve("", inputXml("INPUT", "sampler")), false, "", 0},
-        LoadCase{"InputOfTheArrayItself", curve(floats("a", "1 2", 2), inputXml("INPUT", "a-array")), false, "", 0},
-        LoadCase{"SourceWithoutCommonTechnique", curveOf("INPUT", source("a", floatArray("numbers", "1 2"))), false, "",
-                 0},
-        LoadCase{"CommonTechniqueWithoutAccessor",
-                 curveOf("INPUT", source("a", floatArray("numbers", "1 2") + "<technique_common/>")), false, "", 0},
-        LoadCase{"SecondInputOfNothing", curve(times3(), inputTimes() + inputXml("OUTPUT", "nothing")), false, "", 3},
-        LoadCase{"WrongSemanticOfNothing", curve("", inputXml("COLOR", "nothing")), false, "", 0}),
-    rowName);
+INSTANTIATE_ROWS(Silent, AnimationLoadTest, {"InputOfNothing", curve("", inputXml("INPUT", "nothing")), false, "", 0},
+                 {"InputWithoutSource", curve("", "<input semantic='INPUT'/>"), false, "", 0},
+                 {"InputOfTheSampler", curve("", inputXml("INPUT", "sampler")), false, "", 0},
+                 {"InputOfTheArrayItself", curve(floats("a", "1 2", 2), inputXml("INPUT", "a-array")), false, "", 0},
+                 {"SourceWithoutCommonTechnique", curveOf("INPUT", source("a", floatArray("numbers", "1 2"))), false,
+                  "", 0},
+                 {"CommonTechniqueWithoutAccessor",
+                  curveOf("INPUT", source("a", floatArray("numbers", "1 2") + "<technique_common/>")), false, "", 0},
+                 {"SecondInputOfNothing", curve(times3(), inputTimes() + inputXml("OUTPUT", "nothing")), false, "", 3},
+                 {"WrongSemanticOfNothing", curve("", inputXml("COLOR", "nothing")), false, "", 0});
 
-INSTANTIATE_TEST_SUITE_P(
+INSTANTIATE_ROWS(
     Counts, AnimationLoadTest,
-    testing::Values(LoadCase{"SecondInputHasMore",
-                             curve(times3() + floats("value", "1 2 3 4", 4),
-                                   inputTimes() + inputXml("OUTPUT", "value")),
-                             false, countMismatch, 3},
-                    LoadCase{"NamesHaveMore",
-                             curve(times3() + names("kind", "STEP STEP STEP STEP", 4),
-                                   inputTimes() + inputXml("INTERPOLATION", "kind")),
-                             false, countMismatch, 3},
-                    LoadCase{"AccessorOfNoArrayHasMore",
-                             curve(times3() + source("value", accessorTo("nothing", countAndStride(4, 1))),
-                                   inputTimes() + inputXml("OUTPUT", "value")),
-                             false, countMismatch, 3},
-                    LoadCase{"ThirdInputComparesWithTheFirst",
-                             curve(times3() + floats("value", "1 2", 2) + floats("in", "1 2 3 4", 4),
-                                   inputTimes() + inputXml("OUTPUT", "value") + inputXml("IN_TANGENT", "in")),
-                             false, countMismatch, 3}),
-    rowName);
+    {"SecondInputHasMore", curve(times3() + floats("value", "1 2 3 4", 4), inputTimes() + inputXml("OUTPUT", "value")),
+     false, countMismatch, 3},
+    {"NamesHaveMore",
+     curve(times3() + names("kind", "STEP STEP STEP STEP", 4), inputTimes() + inputXml("INTERPOLATION", "kind")), false,
+     countMismatch, 3},
+    {"AccessorOfNoArrayHasMore",
+     curve(times3() + source("value", accessorTo("nothing", countAndStride(4, 1))),
+           inputTimes() + inputXml("OUTPUT", "value")),
+     false, countMismatch, 3},
+    {"ThirdInputComparesWithTheFirst",
+     curve(times3() + floats("value", "1 2", 2) + floats("in", "1 2 3 4", 4),
+           inputTimes() + inputXml("OUTPUT", "value") + inputXml("IN_TANGENT", "in")),
+     false, countMismatch, 3});
 
-INSTANTIATE_TEST_SUITE_P(
-    FloatSemantic, AnimationLoadTest,
-    testing::Values(
-        LoadCase{"Binormal", curveOf("BINORMAL", floats("a", "1 2", 2)), false, std::string(floatLine) + "0", 2},
-        LoadCase{"Weight", curveOf("WEIGHT", floats("a", "1 2", 2)), false, std::string(floatLine) + "2", 2},
-        LoadCase{"Color", curveOf("COLOR", floats("a", "1 2", 2)), false, std::string(floatLine) + "3", 2},
-        LoadCase{"Normal", curveOf("NORMAL", floats("a", "1 2", 2)), false, std::string(floatLine) + "4", 2},
-        LoadCase{"Position", curveOf("POSITION", floats("a", "1 2", 2)), false, std::string(floatLine) + "5", 2},
-        LoadCase{"Tangent", curveOf("TANGENT", floats("a", "1 2", 2)), false, std::string(floatLine) + "8", 2},
-        LoadCase{"Texcoord", curveOf("TEXCOORD", floats("a", "1 2", 2)), false, std::string(floatLine) + "9", 2},
-        LoadCase{"Interpolation", curveOf("INTERPOLATION", floats("a", "1 2", 2)), false, std::string(floatLine) + "12",
-                 2},
-        LoadCase{"UnknownWord", curveOf("SPEED", floats("a", "1 2", 2)), false, std::string(floatLine) + "15", 2},
-        LoadCase{"NoWord", curve(floats("a", "1 2", 2), "<input source='#a'/>"), false, std::string(floatLine) + "15",
-                 2},
-        LoadCase{"CountOfZero", curveOf("COLOR", floats("a", "1 2", 0)), false, std::string(floatLine) + "3", 0},
-        LoadCase{"StrideOfZero", curveOf("COLOR", floats("a", "1 2", 2, 0)), false, std::string(floatLine) + "3", 2}),
-    rowName);
+INSTANTIATE_ROWS(FloatSemantic, AnimationLoadTest,
+                 {"Binormal", curveOf("BINORMAL", floats("a", "1 2", 2)), false, std::string(floatLine) + "0", 2},
+                 {"Weight", curveOf("WEIGHT", floats("a", "1 2", 2)), false, std::string(floatLine) + "2", 2},
+                 {"Color", curveOf("COLOR", floats("a", "1 2", 2)), false, std::string(floatLine) + "3", 2},
+                 {"Normal", curveOf("NORMAL", floats("a", "1 2", 2)), false, std::string(floatLine) + "4", 2},
+                 {"Position", curveOf("POSITION", floats("a", "1 2", 2)), false, std::string(floatLine) + "5", 2},
+                 {"Tangent", curveOf("TANGENT", floats("a", "1 2", 2)), false, std::string(floatLine) + "8", 2},
+                 {"Texcoord", curveOf("TEXCOORD", floats("a", "1 2", 2)), false, std::string(floatLine) + "9", 2},
+                 {"Interpolation", curveOf("INTERPOLATION", floats("a", "1 2", 2)), false,
+                  std::string(floatLine) + "12", 2},
+                 {"UnknownWord", curveOf("SPEED", floats("a", "1 2", 2)), false, std::string(floatLine) + "15", 2},
+                 {"NoWord", curve(floats("a", "1 2", 2), "<input source='#a'/>"), false, std::string(floatLine) + "15",
+                  2},
+                 {"CountOfZero", curveOf("COLOR", floats("a", "1 2", 0)), false, std::string(floatLine) + "3", 0},
+                 {"StrideOfZero", curveOf("COLOR", floats("a", "1 2", 2, 0)), false, std::string(floatLine) + "3", 2});
 
 std::string refusedName(const char* semantic, const char* stride)
 {
     return std::string(nameLine) + semantic + strideWords + stride;
 }
 
-INSTANTIATE_TEST_SUITE_P(
+INSTANTIATE_ROWS(
     NameSemantic, AnimationLoadTest,
-    testing::Values(
-        LoadCase{"Binormal", curveOf("BINORMAL", names("a", "STEP STEP", 2)), false, refusedName("0", "1"), 2},
-        LoadCase{"Weight", curveOf("WEIGHT", names("a", "STEP STEP", 2)), false, refusedName("2", "1"), 2},
-        LoadCase{"Color", curveOf("COLOR", names("a", "STEP STEP", 2)), false, refusedName("3", "1"), 2},
-        LoadCase{"Normal", curveOf("NORMAL", names("a", "STEP STEP", 2)), false, refusedName("4", "1"), 2},
-        LoadCase{"Position", curveOf("POSITION", names("a", "STEP STEP", 2)), false, refusedName("5", "1"), 2},
-        LoadCase{"Tangent", curveOf("TANGENT", names("a", "STEP STEP", 2)), false, refusedName("8", "1"), 2},
-        LoadCase{"Texcoord", curveOf("TEXCOORD", names("a", "STEP STEP", 2)), false, refusedName("9", "1"), 2},
-        LoadCase{"Input", curveOf("INPUT", names("a", "STEP STEP", 2)), false, refusedName("10", "1"), 2},
-        LoadCase{"Output", curveOf("OUTPUT", names("a", "STEP STEP", 2)), false, refusedName("11", "1"), 2},
-        LoadCase{"InTangent", curveOf("IN_TANGENT", names("a", "STEP STEP", 2)), false, refusedName("13", "1"), 2},
-        LoadCase{"OutTangent", curveOf("OUT_TANGENT", names("a", "STEP STEP", 2)), false, refusedName("14", "1"), 2},
-        LoadCase{"UnknownWord", curveOf("SPEED", names("a", "STEP STEP", 2)), false, refusedName("15", "1"), 2},
-        LoadCase{"WrongSemanticAndStrideZero", curveOf("INPUT", names("a", "STEP STEP", 2, 0)), false,
-                 refusedName("10", "0"), 2},
-        LoadCase{"WrongSemanticAndWideStride", curveOf("INPUT", names("a", "STEP STEP", 2, 3)), false,
-                 refusedName("10", "3"), 2},
-        LoadCase{"WideStride", curveOf("INTERPOLATION", names("a", "STEP STEP", 2, 2)), false, refusedName("12", "2"),
-                 2},
-        LoadCase{"StrideIsPrintedUnsigned", curveOf("INTERPOLATION", names("a", "STEP STEP", 2, 4294967295u)), false,
-                 refusedName("12", "4294967295"), 2},
-        LoadCase{"CountOfZero", curveOf("INPUT", names("a", "STEP STEP", 0)), false, refusedName("10", "1"), 0},
-        LoadCase{"InterpolationOfStrideOnePasses", curveOf("INTERPOLATION", names("a", "STEP STEP", 2)), true, "", 2},
-        LoadCase{"InterpolationOfStrideZeroPasses", curveOf("INTERPOLATION", names("a", "STEP STEP", 2, 0)), true, "",
-                 2}),
-    rowName);
+    {"Binormal", curveOf("BINORMAL", names("a", "STEP STEP", 2)), false, refusedName("0", "1"), 2},
+    {"Weight", curveOf("WEIGHT", names("a", "STEP STEP", 2)), false, refusedName("2", "1"), 2},
+    {"Color", curveOf("COLOR", names("a", "STEP STEP", 2)), false, refusedName("3", "1"), 2},
+    {"Normal", curveOf("NORMAL", names("a", "STEP STEP", 2)), false, refusedName("4", "1"), 2},
+    {"Position", curveOf("POSITION", names("a", "STEP STEP", 2)), false, refusedName("5", "1"), 2},
+    {"Tangent", curveOf("TANGENT", names("a", "STEP STEP", 2)), false, refusedName("8", "1"), 2},
+    {"Texcoord", curveOf("TEXCOORD", names("a", "STEP STEP", 2)), false, refusedName("9", "1"), 2},
+    {"Input", curveOf("INPUT", names("a", "STEP STEP", 2)), false, refusedName("10", "1"), 2},
+    {"Output", curveOf("OUTPUT", names("a", "STEP STEP", 2)), false, refusedName("11", "1"), 2},
+    {"InTangent", curveOf("IN_TANGENT", names("a", "STEP STEP", 2)), false, refusedName("13", "1"), 2},
+    {"OutTangent", curveOf("OUT_TANGENT", names("a", "STEP STEP", 2)), false, refusedName("14", "1"), 2},
+    {"UnknownWord", curveOf("SPEED", names("a", "STEP STEP", 2)), false, refusedName("15", "1"), 2},
+    {"WrongSemanticAndStrideZero", curveOf("INPUT", names("a", "STEP STEP", 2, 0)), false, refusedName("10", "0"), 2},
+    {"WrongSemanticAndWideStride", curveOf("INPUT", names("a", "STEP STEP", 2, 3)), false, refusedName("10", "3"), 2},
+    {"WideStride", curveOf("INTERPOLATION", names("a", "STEP STEP", 2, 2)), false, refusedName("12", "2"), 2},
+    {"StrideIsPrintedUnsigned", curveOf("INTERPOLATION", names("a", "STEP STEP", 2, 4294967295u)), false,
+     refusedName("12", "4294967295"), 2},
+    {"CountOfZero", curveOf("INPUT", names("a", "STEP STEP", 0)), false, refusedName("10", "1"), 0},
+    {"InterpolationOfStrideOnePasses", curveOf("INTERPOLATION", names("a", "STEP STEP", 2)), true, "", 2},
+    {"InterpolationOfStrideZeroPasses", curveOf("INTERPOLATION", names("a", "STEP STEP", 2, 0)), true, "", 2});
 
-INSTANTIATE_TEST_SUITE_P(
+INSTANTIATE_ROWS(
     NoArray, AnimationLoadTest,
-    testing::Values(
-        LoadCase{"AccessorOfNothingPasses", curveOf("INPUT", source("a", accessorTo("nothing", countAndStride(2, 1)))),
-                 true, "", 2},
-        LoadCase{"AccessorWithoutSourcePasses",
-                 curveOf("INPUT", source("a", "<technique_common><accessor count='2'/></technique_common>")), true, "",
-                 2},
-        LoadCase{"IntegersPass",
-                 curveOf("INPUT", source("a", "<int_array id='numbers' count='2'>1 2</int_array>" +
-                                                  accessorTo("numbers", countAndStride(2, 1)))),
-                 true, "", 2},
-        LoadCase{"SemanticIsNotLookedAt", curveOf("COLOR", source("a", accessorTo("nothing", countAndStride(2, 1)))),
-                 true, "", 2},
-        LoadCase{"FloatArrayThatCountsZeroIsPassedOver",
-                 curveOf("COLOR", source("a", "<float_array id='numbers' count='0'>1 2</float_array>" +
-                                                  accessorTo("numbers", countAndStride(2, 1)))),
-                 true, "", 2},
-        LoadCase{"FloatArrayWithoutCountIsPassedOver",
-                 curveOf("INPUT", source("a", "<float_array id='numbers'>1 2</float_array>" +
-                                                  accessorTo("numbers", countAndStride(2, 1)))),
-                 true, "", 2},
-        LoadCase{"NameArrayThatCountsZeroIsPassedOver",
-                 curveOf("COLOR", source("a", "<Name_array id='words' count='0'>STEP STEP</Name_array>" +
-                                                  accessorTo("words", countAndStride(2, 1)))),
-                 true, "", 2},
-        LoadCase{"OneMoreThanABoundedNumberOfRecords",
-                 curveOf("OUTPUT", source("a", accessorTo("nothing", countAndStride(1048577, 1)))), false, shortArray,
-                 0},
-        LoadCase{"OneMoreThanABoundedNumberOfRecordsOfStrideZero", curveOf("OUTPUT", floats("a", "1 2", 1048577, 0)),
-                 false, shortArray, 0},
-        LoadCase{"OneMoreThanABoundedNumberOfRecordsOfAnEmptyArray", curveOf("OUTPUT", floats("a", "", 1048577)), false,
-                 shortArray, 0},
-        LoadCase{"EndlessCount", curveOf("OUTPUT", source("a", accessorTo("nothing", countAndStride(4294967295u, 1)))),
-                 false, shortArray, 0}),
-    rowName);
+    {"AccessorOfNothingPasses", curveOf("INPUT", source("a", accessorTo("nothing", countAndStride(2, 1)))), true, "",
+     2},
+    {"AccessorWithoutSourcePasses",
+     curveOf("INPUT", source("a", "<technique_common><accessor count='2'/></technique_common>")), true, "", 2},
+    {"IntegersPass",
+     curveOf("INPUT", source("a", "<int_array id='numbers' count='2'>1 2</int_array>" +
+                                      accessorTo("numbers", countAndStride(2, 1)))),
+     true, "", 2},
+    {"SemanticIsNotLookedAt", curveOf("COLOR", source("a", accessorTo("nothing", countAndStride(2, 1)))), true, "", 2},
+    {"FloatArrayThatCountsZeroIsPassedOver",
+     curveOf("COLOR", source("a", "<float_array id='numbers' count='0'>1 2</float_array>" +
+                                      accessorTo("numbers", countAndStride(2, 1)))),
+     true, "", 2},
+    {"FloatArrayWithoutCountIsPassedOver",
+     curveOf("INPUT",
+             source("a", "<float_array id='numbers'>1 2</float_array>" + accessorTo("numbers", countAndStride(2, 1)))),
+     true, "", 2},
+    {"NameArrayThatCountsZeroIsPassedOver",
+     curveOf("COLOR", source("a", "<Name_array id='words' count='0'>STEP STEP</Name_array>" +
+                                      accessorTo("words", countAndStride(2, 1)))),
+     true, "", 2},
+    {"OneMoreThanABoundedNumberOfRecords",
+     curveOf("OUTPUT", source("a", accessorTo("nothing", countAndStride(1048577, 1)))), false, shortArray, 0},
+    {"OneMoreThanABoundedNumberOfRecordsOfStrideZero", curveOf("OUTPUT", floats("a", "1 2", 1048577, 0)), false,
+     shortArray, 0},
+    {"OneMoreThanABoundedNumberOfRecordsOfAnEmptyArray", curveOf("OUTPUT", floats("a", "", 1048577)), false, shortArray,
+     0},
+    {"EndlessCount", curveOf("OUTPUT", source("a", accessorTo("nothing", countAndStride(4294967295u, 1)))), false,
+     shortArray, 0});
 
-INSTANTIATE_TEST_SUITE_P(
+INSTANTIATE_ROWS(
     ShortArray, AnimationLoadTest,
-    testing::Values(
-        LoadCase{"FloatsLackOneRecord", curveOf("INPUT", floats("a", "1 2 3", 4)), false, shortArray, 0},
-        LoadCase{"FloatsLackOneNumber", curveOf("OUTPUT", floats("a", "1 2 3 4 5", 3, 2)), false, shortArray, 0},
-        LoadCase{"FloatsOfHugeCount", curveOf("INPUT", floats("a", "1 2 3", 4294967295u)), false, shortArray, 0},
-        LoadCase{"FloatsWhoseProductWrapsIn32Bits", curveOf("OUTPUT", floats("a", "1 2 3", 65536, 65536)), false,
-                 shortArray, 0},
-        LoadCase{"FloatsOfHugeStride", curveOf("OUTPUT", floats("a", "1 2 3", 1, 4294967295u)), false, shortArray, 0},
-        LoadCase{"FloatsThatOnlyCount",
-                 curveOf("INPUT", source("a", "<float_array id='numbers' count='5'/>" +
-                                                  accessorTo("numbers", countAndStride(5, 1)))),
-                 false, shortArray, 0},
-        LoadCase{"NamesLackOne", curveOf("INTERPOLATION", names("a", "STEP LINEAR", 3)), false, shortArray, 0},
-        LoadCase{"NamesThatOnlyCount",
-                 curveOf("INTERPOLATION",
-                         source("a", "<Name_array id='words' count='5'/>" + accessorTo("words", countAndStride(5, 1)))),
-                 false, shortArray, 0},
-        LoadCase{"SecondInputKeepsTheRecordsOfTheFirst",
-                 curve(times3() + floats("value", "1 2", 3), inputTimes() + inputXml("OUTPUT", "value")), false,
-                 shortArray, 3}),
-    rowName);
+    {"FloatsLackOneRecord", curveOf("INPUT", floats("a", "1 2 3", 4)), false, shortArray, 0},
+    {"FloatsLackOneNumber", curveOf("OUTPUT", floats("a", "1 2 3 4 5", 3, 2)), false, shortArray, 0},
+    {"FloatsOfHugeCount", curveOf("INPUT", floats("a", "1 2 3", 4294967295u)), false, shortArray, 0},
+    {"FloatsWhoseProductWrapsIn32Bits", curveOf("OUTPUT", floats("a", "1 2 3", 65536, 65536)), false, shortArray, 0},
+    {"FloatsOfHugeStride", curveOf("OUTPUT", floats("a", "1 2 3", 1, 4294967295u)), false, shortArray, 0},
+    {"FloatsThatOnlyCount",
+     curveOf("INPUT",
+             source("a", "<float_array id='numbers' count='5'/>" + accessorTo("numbers", countAndStride(5, 1)))),
+     false, shortArray, 0},
+    {"NamesLackOne", curveOf("INTERPOLATION", names("a", "STEP LINEAR", 3)), false, shortArray, 0},
+    {"NamesThatOnlyCount",
+     curveOf("INTERPOLATION",
+             source("a", "<Name_array id='words' count='5'/>" + accessorTo("words", countAndStride(5, 1)))),
+     false, shortArray, 0},
+    {"SecondInputKeepsTheRecordsOfTheFirst",
+     curve(times3() + floats("value", "1 2", 3), inputTimes() + inputXml("OUTPUT", "value")), false, shortArray, 3});
 
-INSTANTIATE_TEST_SUITE_P(
+INSTANTIATE_ROWS(
     TwoFaults, AnimationLoadTest,
-    testing::Values(
-        LoadCase{"ShortArrayBeforeWrongFloatSemantic", curveOf("COLOR", floats("a", "1 2", 3)), false, shortArray, 0},
-        LoadCase{"ShortArrayBeforeWrongNameSemantic", curveOf("COLOR", names("a", "STEP", 3)), false, shortArray, 0},
-        LoadCase{"ShortArrayBeforeStrideOfNames", curveOf("INTERPOLATION", names("a", "STEP", 3, 2)), false, shortArray,
-                 0},
-        LoadCase{"CountsBeforeShortArray",
-                 curve(times3() + floats("value", "1 2", 4), inputTimes() + inputXml("OUTPUT", "value")), false,
-                 countMismatch, 3},
-        LoadCase{"CountsBeforeWrongFloatSemantic",
-                 curve(times3() + floats("value", "1 2 3 4", 4), inputTimes() + inputXml("COLOR", "value")), false,
-                 countMismatch, 3},
-        LoadCase{"CountsBeforeWrongNameSemantic",
-                 curve(times3() + names("value", "a b c d", 4), inputTimes() + inputXml("COLOR", "value")), false,
-                 countMismatch, 3},
-        LoadCase{"CountsBeforeBoth",
-                 curve(times3() + floats("value", "1", 4), inputTimes() + inputXml("COLOR", "value")), false,
-                 countMismatch, 3},
-        LoadCase{"FirstBadInputEndsTheLoad",
-                 curve(times3() + floats("value", "1 2 3", 3),
-                       inputXml("COLOR", "value") + inputXml("NORMAL", "value") + inputTimes()),
-                 false, std::string(floatLine) + "3", 3}),
-    rowName);
+    {"ShortArrayBeforeWrongFloatSemantic", curveOf("COLOR", floats("a", "1 2", 3)), false, shortArray, 0},
+    {"ShortArrayBeforeWrongNameSemantic", curveOf("COLOR", names("a", "STEP", 3)), false, shortArray, 0},
+    {"ShortArrayBeforeStrideOfNames", curveOf("INTERPOLATION", names("a", "STEP", 3, 2)), false, shortArray, 0},
+    {"CountsBeforeShortArray", curve(times3() + floats("value", "1 2", 4), inputTimes() + inputXml("OUTPUT", "value")),
+     false, countMismatch, 3},
+    {"CountsBeforeWrongFloatSemantic",
+     curve(times3() + floats("value", "1 2 3 4", 4), inputTimes() + inputXml("COLOR", "value")), false, countMismatch,
+     3},
+    {"CountsBeforeWrongNameSemantic",
+     curve(times3() + names("value", "a b c d", 4), inputTimes() + inputXml("COLOR", "value")), false, countMismatch,
+     3},
+    {"CountsBeforeBoth", curve(times3() + floats("value", "1", 4), inputTimes() + inputXml("COLOR", "value")), false,
+     countMismatch, 3},
+    {"FirstBadInputEndsTheLoad",
+     curve(times3() + floats("value", "1 2 3", 3),
+           inputXml("COLOR", "value") + inputXml("NORMAL", "value") + inputTimes()),
+     false, std::string(floatLine) + "3", 3});
 
 TEST(AnimationTest, AsManyRecordsAsTheBoundNeedNoArray)
 {
@@ -902,20 +869,15 @@ TEST_P(AnimationWordTest, GivesItsInterpolationType)
     EXPECT_EQ(GetParam().type, recordsOf(loaded.animation)[1].interpolation);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Words, AnimationWordTest,
-    testing::Values(
-        WordCase{"Step", "STEP", libVideo::STEP}, WordCase{"StepInLowerCase", "step", libVideo::STEP},
-        WordCase{"Linear", "LINEAR", libVideo::LINEAR}, WordCase{"LinearInLowerCase", "linear", libVideo::LINEAR},
-        WordCase{"Bezier", "BEZIER", libVideo::BEZIER}, WordCase{"BezierInMixedCase", "BeZier", libVideo::BEZIER},
-        WordCase{"Hermite", "HERMITE", libVideo::HERMITE}, WordCase{"HermiteInLowerCase", "hermite", libVideo::HERMITE},
-        WordCase{"Cardinal", "CARDINAL", libVideo::CARDINAL},
-        WordCase{"CardinalInMixedCase", "Cardinal", libVideo::CARDINAL},
-        WordCase{"Bspline", "BSPLINE", libVideo::BSPLINE}, WordCase{"BsplineInMixedCase", "BSpline", libVideo::BSPLINE},
-        WordCase{"OtherWordIsLinear", "SPLINE", libVideo::LINEAR},
-        WordCase{"LongerWordIsLinear", "STEPS", libVideo::LINEAR},
-        WordCase{"ShorterWordIsLinear", "BEZ", libVideo::LINEAR}, WordCase{"NumberIsLinear", "2", libVideo::LINEAR}),
-    rowName);
+INSTANTIATE_ROWS(Words, AnimationWordTest, {"Step", "STEP", libVideo::STEP},
+                 {"StepInLowerCase", "step", libVideo::STEP}, {"Linear", "LINEAR", libVideo::LINEAR},
+                 {"LinearInLowerCase", "linear", libVideo::LINEAR}, {"Bezier", "BEZIER", libVideo::BEZIER},
+                 {"BezierInMixedCase", "BeZier", libVideo::BEZIER}, {"Hermite", "HERMITE", libVideo::HERMITE},
+                 {"HermiteInLowerCase", "hermite", libVideo::HERMITE}, {"Cardinal", "CARDINAL", libVideo::CARDINAL},
+                 {"CardinalInMixedCase", "Cardinal", libVideo::CARDINAL}, {"Bspline", "BSPLINE", libVideo::BSPLINE},
+                 {"BsplineInMixedCase", "BSpline", libVideo::BSPLINE},
+                 {"OtherWordIsLinear", "SPLINE", libVideo::LINEAR}, {"LongerWordIsLinear", "STEPS", libVideo::LINEAR},
+                 {"ShorterWordIsLinear", "BEZ", libVideo::LINEAR}, {"NumberIsLinear", "2", libVideo::LINEAR});
 
 TEST(AnimationTest, OtherWordTurnsARecordBackToLinear)
 {
@@ -969,21 +931,16 @@ TEST_P(AnimationTargetTest, ComesFromTheChannel)
     EXPECT_EQ(1.0, loaded.animation.animationLength());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Targets, AnimationTargetTest,
-    testing::Values(TargetCase{"Angle", "node/rotateZ.ANGLE", true, "node", "rotateZ"},
-                    TargetCase{"Component", "node/translate.X", true, "node", "translate"},
-                    TargetCase{"NoMember", "node/translate", true, "node", "translate"},
-                    TargetCase{"Subscript", "node/transform(0)(1)", true, "node", "transform(0)(1)"},
-                    TargetCase{"DotInTheNode", "a.b/scale.Y", true, "a.b", "scale"},
-                    TargetCase{"TwoSlashes", "a/b/c.X", true, "a", "b/c"},
-                    TargetCase{"NothingBehindTheSlash", "node/", true, "node", ""},
-                    TargetCase{"NoSlash", "node", false, "", ""},
-                    TargetCase{"NothingBeforeTheSlash", "/scale.Y", true, "", "scale"},
-                    TargetCase{"DotRightBehindTheSlash", "node/.X", true, "node", ""},
-                    TargetCase{"TwoDots", "node/scale.X.Y", true, "node", "scale"},
-                    TargetCase{"DotAndNoSlash", "node.X", false, "", ""}, TargetCase{"Empty", "", false, "", ""}),
-    rowName);
+INSTANTIATE_ROWS(Targets, AnimationTargetTest, {"Angle", "node/rotateZ.ANGLE", true, "node", "rotateZ"},
+                 {"Component", "node/translate.X", true, "node", "translate"},
+                 {"NoMember", "node/translate", true, "node", "translate"},
+                 {"Subscript", "node/transform(0)(1)", true, "node", "transform(0)(1)"},
+                 {"DotInTheNode", "a.b/scale.Y", true, "a.b", "scale"}, {"TwoSlashes", "a/b/c.X", true, "a", "b/c"},
+                 {"NothingBehindTheSlash", "node/", true, "node", ""}, {"NoSlash", "node", false, "", ""},
+                 {"NothingBeforeTheSlash", "/scale.Y", true, "", "scale"},
+                 {"DotRightBehindTheSlash", "node/.X", true, "node", ""},
+                 {"TwoDots", "node/scale.X.Y", true, "node", "scale"}, {"DotAndNoSlash", "node.X", false, "", ""},
+                 {"Empty", "", false, "", ""});
 
 TEST(AnimationTest, ChannelWithoutTargetLeavesTheTargetUnset)
 {

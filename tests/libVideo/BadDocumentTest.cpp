@@ -268,74 +268,66 @@ BadDocument meshRow(const char* name, const std::string& content, const Texts& l
     return {name, mesh(content), shown, lines, describe, result};
 }
 
-INSTANTIATE_TEST_SUITE_P(
+INSTANTIATE_ROWS(
     Sources, BadDocumentTest,
-    testing::Values(
-        meshRow("ArrayShorterThanItsAccessor",
-                source("s", floats("s", "1 2 3 4 5", 5) + accessor("#s-array", "count='3' stride='3'", xyz)) +
-                    triangles(pick("POSITION", "s"), "1", "<p>0 1 2</p>"),
-                texts(beyondArray), "1 triangles [0 1 2] of [1 2 3 4 5 0 0 0 0]"),
-        meshRow("AccessorOfNothing",
-                source("s", floats("s", "1 2 3", 3) + accessor("#nowhere", "count='1' stride='3'", xyz)) +
-                    triangles(pick("POSITION", "s"), "1", "<p>0 0 0</p>"),
-                texts("accessor: Data source is not a float array #nowhere",
-                      "accessor: No data to read from the accessor"),
-                "1 triangles [0 0 0] of []"),
-        meshRow("AccessorWhoseReferenceIsLost",
-                source("s", floats("s", "1 2 3", 3) + accessor("#a[1]", "count='1' stride='3'", xyz)) +
-                    triangles(pick("POSITION", "s"), "1", "<p>0 0 0</p>"),
-                texts("accessor: Data source is not a float array ", "accessor: No data to read from the accessor"),
-                "1 triangles [0 0 0] of []"),
-        meshRow("SourceOfNothing", triangles(pick("POSITION", "nowhere"), "1", "<p>0 0 0</p>"),
-                texts("source: Element #nowhere is not a source", std::string(noClass) + "nowhere", noInputOfUse),
-                "1 triangles [0 0 0] of []"),
-        meshRow("SourceWhoseReferenceIsLost", triangles(pick("POSITION", "a[1]"), "1", "<p>0 0 0</p>"),
-                texts("source: Element  is not a source", noClass, noInputOfUse), "1 triangles [0 0 0] of []"),
-        meshRow("SourceWithoutAFloatArray",
-                source("s", array("Name_array", "s", 1, "A")) + triangles(pick("POSITION", "s"), "1", "<p>0 0 0</p>"),
-                texts("source: Source has no float array", std::string(noClass) + "s", noInputOfUse),
-                "1 triangles [0 0 0] of []"),
-        meshRow("SourceWithoutAFloatArrayBesideAGoodOne",
-                places + source("bad", "") +
-                    triangles(pick("POSITION", "s") + pick("NORMAL", "bad"), "1", "<p>3 0 3</p>"),
-                texts("source: Source has no float array", std::string(noClass) + "bad"),
-                "1 triangles [0 1 0] of [10 11 12 1 2 3]"),
-        // Bytes come out that no layout counts, as of a source that has no technique at all.
-        meshRow("TechniqueWithoutAnAccessor",
-                source("s", floats("s", "5 6 7", 3) + "<technique_common/>") +
-                    triangles(pick("POSITION", "s"), "1", "<p>2 1 0</p>"),
-                texts(), "1 triangles [0 1 2] of [7 6 5], 0 bytes each", bareSourcePrimitive),
-        meshRow("SourceWithoutATechnique",
-                source("s", floats("s", "5 6 7", 3)) + triangles(pick("POSITION", "s"), "1", "<p>2 1 0</p>"), texts(),
-                "1 triangles [0 1 2] of [7 6 5], 0 bytes each", bareSourcePrimitive)),
-    rowName);
+    meshRow("ArrayShorterThanItsAccessor",
+            source("s", floats("s", "1 2 3 4 5", 5) + accessor("#s-array", "count='3' stride='3'", xyz)) +
+                triangles(pick("POSITION", "s"), "1", "<p>0 1 2</p>"),
+            texts(beyondArray), "1 triangles [0 1 2] of [1 2 3 4 5 0 0 0 0]"),
+    meshRow("AccessorOfNothing",
+            source("s", floats("s", "1 2 3", 3) + accessor("#nowhere", "count='1' stride='3'", xyz)) +
+                triangles(pick("POSITION", "s"), "1", "<p>0 0 0</p>"),
+            texts("accessor: Data source is not a float array #nowhere", "accessor: No data to read from the accessor"),
+            "1 triangles [0 0 0] of []"),
+    meshRow("AccessorWhoseReferenceIsLost",
+            source("s", floats("s", "1 2 3", 3) + accessor("#a[1]", "count='1' stride='3'", xyz)) +
+                triangles(pick("POSITION", "s"), "1", "<p>0 0 0</p>"),
+            texts("accessor: Data source is not a float array ", "accessor: No data to read from the accessor"),
+            "1 triangles [0 0 0] of []"),
+    meshRow("SourceOfNothing", triangles(pick("POSITION", "nowhere"), "1", "<p>0 0 0</p>"),
+            texts("source: Element #nowhere is not a source", std::string(noClass) + "nowhere", noInputOfUse),
+            "1 triangles [0 0 0] of []"),
+    meshRow("SourceWhoseReferenceIsLost", triangles(pick("POSITION", "a[1]"), "1", "<p>0 0 0</p>"),
+            texts("source: Element  is not a source", noClass, noInputOfUse), "1 triangles [0 0 0] of []"),
+    meshRow("SourceWithoutAFloatArray",
+            source("s", array("Name_array", "s", 1, "A")) + triangles(pick("POSITION", "s"), "1", "<p>0 0 0</p>"),
+            texts("source: Source has no float array", std::string(noClass) + "s", noInputOfUse),
+            "1 triangles [0 0 0] of []"),
+    meshRow("SourceWithoutAFloatArrayBesideAGoodOne",
+            places + source("bad", "") + triangles(pick("POSITION", "s") + pick("NORMAL", "bad"), "1", "<p>3 0 3</p>"),
+            texts("source: Source has no float array", std::string(noClass) + "bad"),
+            "1 triangles [0 1 0] of [10 11 12 1 2 3]"),
+    // Bytes come out that no layout counts, as of a source that has no technique at all.
+    meshRow("TechniqueWithoutAnAccessor",
+            source("s", floats("s", "5 6 7", 3) + "<technique_common/>") +
+                triangles(pick("POSITION", "s"), "1", "<p>2 1 0</p>"),
+            texts(), "1 triangles [0 1 2] of [7 6 5], 0 bytes each", bareSourcePrimitive),
+    meshRow("SourceWithoutATechnique",
+            source("s", floats("s", "5 6 7", 3)) + triangles(pick("POSITION", "s"), "1", "<p>2 1 0</p>"), texts(),
+            "1 triangles [0 1 2] of [7 6 5], 0 bytes each", bareSourcePrimitive));
 
-INSTANTIATE_TEST_SUITE_P(
+INSTANTIATE_ROWS(
     Triangles, BadDocumentTest,
-    testing::Values(
-        meshRow("ListShorterThanItsCount", places + triangles(pick("POSITION", "s"), "3", "<p>0 1 2 2 1 3 3</p>"),
-                texts(fewerIndices), "2 triangles [0 1 2 2 1 3] of [1 2 3 4 5 6 7 8 9 10 11 12]"),
-        meshRow("ListOfHalfATriangle", places + triangles(pick("POSITION", "s"), "1", "<p>0 1</p>"),
-                texts(fewerIndices), "0 triangles [] of []"),
-        meshRow("NoList", places + triangles(pick("POSITION", "s"), "2", ""), texts(fewerIndices),
-                "0 triangles [] of []"),
-        meshRow("CountOfAllOnes", places + triangles(pick("POSITION", "s"), "4294967295", "<p>3 2 1</p>"),
-                texts(fewerIndices), "1 triangles [0 1 2] of [10 11 12 7 8 9 4 5 6]"),
-        meshRow("NoInputOfUseKeepsTheCount", places + triangles(pick("FOG", "s"), "2", "<p>5 6 7 7 6 5</p>"),
-                texts(unknownFog, noInputOfUse), "2 triangles [0 0 0 0 0 0] of []"),
-        meshRow("NoInputOfUseAndAShortList", places + triangles(pick("FOG", "s"), "4294967295", "<p>5 6 7 7</p>"),
-                texts(unknownFog, noInputOfUse, fewerIndices), "1 triangles [0 0 0] of []"),
-        meshRow("NoInputOfUseAndNoList", places + triangles(pick("FOG", "s"), "3", ""),
-                texts(unknownFog, noInputOfUse, fewerIndices), "0 triangles [] of []"),
-        // Two offsets make steps of two, so what an input at offset 2 picks last is past the end.
-        meshRow("GapInTheOffsets",
-                heights("h", "10 11 12 13", 4) + heights("k", "20 21 22 23", 4) +
-                    triangles(pick("POSITION", "h") + pick("NORMAL", "k", 2), "1", "<p>1 9 2 9 3 9</p>"),
-                texts(), "1 triangles [0 1 2] of [11 22 12 23 13 20]"),
-        meshRow("LinesOfInputsComeFirst",
-                places + triangles(pick("POSITION", "s") + pick("FOG", "s"), "2", "<p>0 1 2</p>"),
-                texts(unknownFog, fewerIndices), "1 triangles [0 1 2] of [1 2 3 4 5 6 7 8 9]")),
-    rowName);
+    meshRow("ListShorterThanItsCount", places + triangles(pick("POSITION", "s"), "3", "<p>0 1 2 2 1 3 3</p>"),
+            texts(fewerIndices), "2 triangles [0 1 2 2 1 3] of [1 2 3 4 5 6 7 8 9 10 11 12]"),
+    meshRow("ListOfHalfATriangle", places + triangles(pick("POSITION", "s"), "1", "<p>0 1</p>"), texts(fewerIndices),
+            "0 triangles [] of []"),
+    meshRow("NoList", places + triangles(pick("POSITION", "s"), "2", ""), texts(fewerIndices), "0 triangles [] of []"),
+    meshRow("CountOfAllOnes", places + triangles(pick("POSITION", "s"), "4294967295", "<p>3 2 1</p>"),
+            texts(fewerIndices), "1 triangles [0 1 2] of [10 11 12 7 8 9 4 5 6]"),
+    meshRow("NoInputOfUseKeepsTheCount", places + triangles(pick("FOG", "s"), "2", "<p>5 6 7 7 6 5</p>"),
+            texts(unknownFog, noInputOfUse), "2 triangles [0 0 0 0 0 0] of []"),
+    meshRow("NoInputOfUseAndAShortList", places + triangles(pick("FOG", "s"), "4294967295", "<p>5 6 7 7</p>"),
+            texts(unknownFog, noInputOfUse, fewerIndices), "1 triangles [0 0 0] of []"),
+    meshRow("NoInputOfUseAndNoList", places + triangles(pick("FOG", "s"), "3", ""),
+            texts(unknownFog, noInputOfUse, fewerIndices), "0 triangles [] of []"),
+    // Two offsets make steps of two, so what an input at offset 2 picks last is past the end.
+    meshRow("GapInTheOffsets",
+            heights("h", "10 11 12 13", 4) + heights("k", "20 21 22 23", 4) +
+                triangles(pick("POSITION", "h") + pick("NORMAL", "k", 2), "1", "<p>1 9 2 9 3 9</p>"),
+            texts(), "1 triangles [0 1 2] of [11 22 12 23 13 20]"),
+    meshRow("LinesOfInputsComeFirst", places + triangles(pick("POSITION", "s") + pick("FOG", "s"), "2", "<p>0 1 2</p>"),
+            texts(unknownFog, fewerIndices), "1 triangles [0 1 2] of [1 2 3 4 5 6 7 8 9]"));
 
 std::string cloud(const std::string& sources, const std::string& inputs)
 {
@@ -347,23 +339,21 @@ std::string claimed(const std::string& id, const std::string& values, const std:
     return source(id, floats(id, values, 1) + accessor("#" + id + "-array", "count='" + count + "'", oneFloat));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Clouds, BadDocumentTest,
-    testing::Values(meshRow("FewUnbackedPoints", cloud(claimed("s", "1.5 2.5", "5"), input("POSITION", "s")),
-                            texts(beyondArray), "5 points [] of [1.5 2.5 0 0 0]"),
-                    meshRow("ManyUnbackedPoints", cloud(claimed("s", "1.5 2.5", "4294967295"), input("POSITION", "s")),
-                            texts(beyondArray), "1048576 points in 4194304 bytes: 1.5 2.5 0 0",
-                            [](VisualScene& scene) {
-                                return cloudAround(scene, {0, 1, 2, 1048575});
-                            }),
-                    meshRow("AsManyPointsAsTheLongestArrayBacks",
-                            cloud(claimed("s", "1.5", "2000000") + claimed("t", repeated("3 4 ", 524290), "2000000"),
-                                  input("POSITION", "s") + input("NORMAL", "t")),
-                            texts(beyondArray, beyondArray), "1048580 points in 8388640 bytes: 1.5 3 0 4 0 4",
-                            [](VisualScene& scene) {
-                                return cloudAround(scene, {0, 1, 2, 3, 2097158, 2097159});
-                            })),
-    rowName);
+INSTANTIATE_ROWS(Clouds, BadDocumentTest,
+                 meshRow("FewUnbackedPoints", cloud(claimed("s", "1.5 2.5", "5"), input("POSITION", "s")),
+                         texts(beyondArray), "5 points [] of [1.5 2.5 0 0 0]"),
+                 meshRow("ManyUnbackedPoints", cloud(claimed("s", "1.5 2.5", "4294967295"), input("POSITION", "s")),
+                         texts(beyondArray), "1048576 points in 4194304 bytes: 1.5 2.5 0 0",
+                         [](VisualScene& scene) {
+                             return cloudAround(scene, {0, 1, 2, 1048575});
+                         }),
+                 meshRow("AsManyPointsAsTheLongestArrayBacks",
+                         cloud(claimed("s", "1.5", "2000000") + claimed("t", repeated("3 4 ", 524290), "2000000"),
+                               input("POSITION", "s") + input("NORMAL", "t")),
+                         texts(beyondArray, beyondArray), "1048580 points in 8388640 bytes: 1.5 3 0 4 0 4",
+                         [](VisualScene& scene) {
+                             return cloudAround(scene, {0, 1, 2, 3, 2097158, 2097159});
+                         }));
 
 // --- animations ---
 
@@ -395,34 +385,30 @@ BadDocument curveRow(const char* name, const std::string& sources, const std::st
             result};
 }
 
-INSTANTIATE_TEST_SUITE_P(
+INSTANTIATE_ROWS(
     Animations, BadDocumentTest,
-    testing::Values(
-        curveRow("TimesShorterThanTheirAccessor", keys("times", "0 2", "count='3'"), input("INPUT", "times"),
-                 texts(shortArray, noTarget), restsAtSevenEightNine),
-        curveRow("ValuesShorterThanTheirAccessor", twoTimes + keys("values", "0 0 0 4 8", "count='2' stride='3'"),
-                 input("INPUT", "times") + input("OUTPUT", "values"), texts(shortArray, noTarget),
-                 restsAtSevenEightNine),
-        curveRow("MoreRecordsWithoutAnArrayThanTheirBound", source("times", accessor("#nowhere", "count='1048577'")),
-                 input("INPUT", "times"), texts(shortArray, noTarget), restsAtSevenEightNine),
-        curveRow("AsManyRecordsWithoutAnArrayAsTheirBound", source("times", accessor("#nowhere", "count='1048576'")),
-                 input("INPUT", "times"), texts(), "moves 0: 7 8 9"),
-        curveRow("NoTimesAreTimesOfZero", keys("values", "1 2 3 4 5 6", "count='2' stride='3'"),
-                 input("OUTPUT", "values"), texts(), "moves 0: 7 8 9"),
-        curveRow("NoKindsAreLinear", twoTimes + keys("values", "0 0 0 4 8 2", "count='2' stride='3'"),
-                 input("INPUT", "times") + input("OUTPUT", "values"), texts(), "moves 2: 2 4 1"),
-        curveRow("TechniqueWithoutAnAccessor", source("times", floats("times", "0 2", 2) + "<technique_common/>"),
-                 input("INPUT", "times"), texts(noTarget), restsAtSevenEightNine),
-        curveRow("SourceWithoutATechnique", source("times", floats("times", "0 2", 2)), input("INPUT", "times"),
-                 texts(noTarget), restsAtSevenEightNine),
-        curveRow("ShortArrayBeforeAWrongSemantic", keys("colors", "0 2", "count='3'"), input("COLOR", "colors"),
-                 texts(shortArray, noTarget), restsAtSevenEightNine),
-        curveRow("WrongSemanticAlone", keys("colors", "0 2", "count='2'"), input("COLOR", "colors"),
-                 texts("animation: Cannot create a float evolution input from: 3", noTarget), restsAtSevenEightNine),
-        curveRow("CountsBeforeAShortArrayAndAWrongSemantic", twoTimes + keys("colors", "1", "count='3'"),
-                 input("INPUT", "times") + input("COLOR", "colors"), texts(otherCounts, noTarget),
-                 restsAtSevenEightNine)),
-    rowName);
+    curveRow("TimesShorterThanTheirAccessor", keys("times", "0 2", "count='3'"), input("INPUT", "times"),
+             texts(shortArray, noTarget), restsAtSevenEightNine),
+    curveRow("ValuesShorterThanTheirAccessor", twoTimes + keys("values", "0 0 0 4 8", "count='2' stride='3'"),
+             input("INPUT", "times") + input("OUTPUT", "values"), texts(shortArray, noTarget), restsAtSevenEightNine),
+    curveRow("MoreRecordsWithoutAnArrayThanTheirBound", source("times", accessor("#nowhere", "count='1048577'")),
+             input("INPUT", "times"), texts(shortArray, noTarget), restsAtSevenEightNine),
+    curveRow("AsManyRecordsWithoutAnArrayAsTheirBound", source("times", accessor("#nowhere", "count='1048576'")),
+             input("INPUT", "times"), texts(), "moves 0: 7 8 9"),
+    curveRow("NoTimesAreTimesOfZero", keys("values", "1 2 3 4 5 6", "count='2' stride='3'"), input("OUTPUT", "values"),
+             texts(), "moves 0: 7 8 9"),
+    curveRow("NoKindsAreLinear", twoTimes + keys("values", "0 0 0 4 8 2", "count='2' stride='3'"),
+             input("INPUT", "times") + input("OUTPUT", "values"), texts(), "moves 2: 2 4 1"),
+    curveRow("TechniqueWithoutAnAccessor", source("times", floats("times", "0 2", 2) + "<technique_common/>"),
+             input("INPUT", "times"), texts(noTarget), restsAtSevenEightNine),
+    curveRow("SourceWithoutATechnique", source("times", floats("times", "0 2", 2)), input("INPUT", "times"),
+             texts(noTarget), restsAtSevenEightNine),
+    curveRow("ShortArrayBeforeAWrongSemantic", keys("colors", "0 2", "count='3'"), input("COLOR", "colors"),
+             texts(shortArray, noTarget), restsAtSevenEightNine),
+    curveRow("WrongSemanticAlone", keys("colors", "0 2", "count='2'"), input("COLOR", "colors"),
+             texts("animation: Cannot create a float evolution input from: 3", noTarget), restsAtSevenEightNine),
+    curveRow("CountsBeforeAShortArrayAndAWrongSemantic", twoTimes + keys("colors", "1", "count='3'"),
+             input("INPUT", "times") + input("COLOR", "colors"), texts(otherCounts, noTarget), restsAtSevenEightNine));
 
 // --- cameras ---
 
@@ -477,34 +463,31 @@ std::string cameraLooksAt(VisualScene& scene)
 
 const std::string zeroes = "0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0";
 
-INSTANTIATE_TEST_SUITE_P(
-    Cameras, BadDocumentTest,
-    testing::Values(
-        BadDocument{"CameraWithoutOptics", eye(""), viewer, texts(unboundEye), cameraCount, "0 cameras"},
-        BadDocument{"CameraWithoutACommonTechnique", eye("<optics/>"), viewer, texts(unboundEye), cameraCount,
-                    "0 cameras"},
-        // Half of 90 degrees has the cotangent 1; planes at 2 and 4 make the depth terms 4 / 2 and -2 · 4 / 2.
-        BadDocument{"AnimatedCameraOfOneAngle",
-                    eye(perspective("<xfov sid='x'>20</xfov><znear sid='b'>7</znear><zfar sid='f'>9</zfar>")) +
-                        "<library_animations>" + ramp("1", "eye/x", "60 120") + ramp("2", "eye/b", "1 3") +
-                        ramp("3", "eye/f", "2 6") + "</library_animations>",
-                    viewer, texts(noAspectRatio, looksAtNothing, noAspectRatio), projection, "1 0 2 -4"},
-        BadDocument{"AnimatedCameraOfTheOtherAngle",
-                    eye(perspective("<yfov sid='y'>20</yfov><znear sid='b'>7</znear><zfar sid='f'>9</zfar>")) +
-                        "<library_animations>" + ramp("1", "eye/y", "60 120") + ramp("2", "eye/b", "1 3") +
-                        ramp("3", "eye/f", "2 6") + "</library_animations>",
-                    viewer, texts(noAspectRatio, looksAtNothing, noAspectRatio), projection, "0 1 2 -4"},
-        BadDocument{"ViewOfACameraThatLooksAtNothing",
-                    eye(square) + "<library_animations>" +
-                        curve(twoTimes + keys("values", "0 0 0 4 8 2", "count='2' stride='3'"),
-                              input("INPUT", "times") + input("OUTPUT", "values")) +
-                        "</library_animations>",
-                    viewer, texts(looksAtNothing), views, zeroes + " and " + zeroes + ", node at 2 4 1"},
-        BadDocument{"LookAtTextThatIsNoReference", eye(square, target(" my scene.dae# größe\n")),
-                    viewer + "<node id='größe'/>", texts(), cameraLooksAt, "größe"},
-        BadDocument{"LookAtTextWithoutAMark", eye(square, target("größe")), viewer + "<node id='größe'/>",
-                    texts(looksAtNothing), cameraLooksAt, "nothing"}),
-    rowName);
+INSTANTIATE_ROWS(Cameras, BadDocumentTest,
+                 {"CameraWithoutOptics", eye(""), viewer, texts(unboundEye), cameraCount, "0 cameras"},
+                 {"CameraWithoutACommonTechnique", eye("<optics/>"), viewer, texts(unboundEye), cameraCount,
+                  "0 cameras"},
+                 // Half of 90 degrees has the cotangent 1; planes at 2 and 4 make the depth terms 4 / 2 and -2 · 4 / 2.
+                 {"AnimatedCameraOfOneAngle",
+                  eye(perspective("<xfov sid='x'>20</xfov><znear sid='b'>7</znear><zfar sid='f'>9</zfar>")) +
+                      "<library_animations>" + ramp("1", "eye/x", "60 120") + ramp("2", "eye/b", "1 3") +
+                      ramp("3", "eye/f", "2 6") + "</library_animations>",
+                  viewer, texts(noAspectRatio, looksAtNothing, noAspectRatio), projection, "1 0 2 -4"},
+                 {"AnimatedCameraOfTheOtherAngle",
+                  eye(perspective("<yfov sid='y'>20</yfov><znear sid='b'>7</znear><zfar sid='f'>9</zfar>")) +
+                      "<library_animations>" + ramp("1", "eye/y", "60 120") + ramp("2", "eye/b", "1 3") +
+                      ramp("3", "eye/f", "2 6") + "</library_animations>",
+                  viewer, texts(noAspectRatio, looksAtNothing, noAspectRatio), projection, "0 1 2 -4"},
+                 {"ViewOfACameraThatLooksAtNothing",
+                  eye(square) + "<library_animations>" +
+                      curve(twoTimes + keys("values", "0 0 0 4 8 2", "count='2' stride='3'"),
+                            input("INPUT", "times") + input("OUTPUT", "values")) +
+                      "</library_animations>",
+                  viewer, texts(looksAtNothing), views, zeroes + " and " + zeroes + ", node at 2 4 1"},
+                 {"LookAtTextThatIsNoReference", eye(square, target(" my scene.dae# größe\n")),
+                  viewer + "<node id='größe'/>", texts(), cameraLooksAt, "größe"},
+                 {"LookAtTextWithoutAMark", eye(square, target("größe")), viewer + "<node id='größe'/>",
+                  texts(looksAtNothing), cameraLooksAt, "nothing"});
 
 // --- lights ---
 
@@ -524,29 +507,26 @@ std::string spotLooksAt(VisualScene& scene)
     return node ? node->id().data() : "nothing";
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Lights, BadDocumentTest,
-    testing::Values(
-        BadDocument{"PointWithoutColor",
-                    light("<point><constant_attenuation>2</constant_attenuation><linear_attenuation>3"
-                          "</linear_attenuation><quadratic_attenuation>4</quadratic_attenuation></point>"),
-                    lit, texts("light: PointLight has no color component"), pointLight, "color 1 1 1, fades 2 3 4"},
-        BadDocument{"PointWithoutAttenuations", light("<point><color>0.5 0.25 0.125</color></point>"), lit, texts(),
-                    pointLight, "color 0.5 0.25 0.125, fades 0 0 0"},
-        BadDocument{"PointOfTwoNumbers",
-                    light("<point><color>0.5 0.25</color><linear_attenuation>3</linear_attenuation></point>"), lit,
-                    texts(shortLightColor), pointLight, "color 1 1 1, fades 0 3 0"},
-        BadDocument{"SpotWithoutAngleAndExponent", light("<spot><color>0.5 0.25 0.125</color></spot>"), lit,
-                    texts(spotWithoutTarget), spotLight, "color 0.5 0.25 0.125, fades 0 0 0, cone 180 0 0"},
-        BadDocument{"SpotWithoutColor",
-                    light("<spot><falloff_angle>30</falloff_angle><linear_attenuation>3</linear_attenuation></spot>"),
-                    lit, texts("light: SpotLight has no color component", spotWithoutTarget), spotLight,
-                    "color 1 1 1, fades 0 0 0, cone 0 0 0"},
-        BadDocument{"SpotOfTwoNumbers", light("<spot><color>0.5 0.25</color><falloff_angle>30</falloff_angle></spot>"),
-                    lit, texts(shortLightColor, spotWithoutTarget), spotLight, "color 1 1 1, fades 0 0 0, cone 30 0 0"},
-        BadDocument{"SpotTargetThatIsNoReference", light("<spot><color>1 1 1</color></spot>", target("# größe\n")),
-                    lit + "<node id='größe'/>", texts(), spotLooksAt, "größe"}),
-    rowName);
+INSTANTIATE_ROWS(Lights, BadDocumentTest,
+                 {"PointWithoutColor",
+                  light("<point><constant_attenuation>2</constant_attenuation><linear_attenuation>3"
+                        "</linear_attenuation><quadratic_attenuation>4</quadratic_attenuation></point>"),
+                  lit, texts("light: PointLight has no color component"), pointLight, "color 1 1 1, fades 2 3 4"},
+                 {"PointWithoutAttenuations", light("<point><color>0.5 0.25 0.125</color></point>"), lit, texts(),
+                  pointLight, "color 0.5 0.25 0.125, fades 0 0 0"},
+                 {"PointOfTwoNumbers",
+                  light("<point><color>0.5 0.25</color><linear_attenuation>3</linear_attenuation></point>"), lit,
+                  texts(shortLightColor), pointLight, "color 1 1 1, fades 0 3 0"},
+                 {"SpotWithoutAngleAndExponent", light("<spot><color>0.5 0.25 0.125</color></spot>"), lit,
+                  texts(spotWithoutTarget), spotLight, "color 0.5 0.25 0.125, fades 0 0 0, cone 180 0 0"},
+                 {"SpotWithoutColor",
+                  light("<spot><falloff_angle>30</falloff_angle><linear_attenuation>3</linear_attenuation></spot>"),
+                  lit, texts("light: SpotLight has no color component", spotWithoutTarget), spotLight,
+                  "color 1 1 1, fades 0 0 0, cone 0 0 0"},
+                 {"SpotOfTwoNumbers", light("<spot><color>0.5 0.25</color><falloff_angle>30</falloff_angle></spot>"),
+                  lit, texts(shortLightColor, spotWithoutTarget), spotLight, "color 1 1 1, fades 0 0 0, cone 30 0 0"},
+                 {"SpotTargetThatIsNoReference", light("<spot><color>1 1 1</color></spot>", target("# größe\n")),
+                  lit + "<node id='größe'/>", texts(), spotLooksAt, "größe"});
 
 // --- nodes ---
 
@@ -555,14 +535,12 @@ BadDocument nodeRow(const char* name, const std::string& content, const char* re
     return {name, "", "<node id='n'>" + content + "</node>", texts(), transform, result};
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Nodes, BadDocumentTest,
-    testing::Values(nodeRow("TranslationOfTwoNumbers", "<translate>1 2</translate>", "1 0 0 1 0 1 0 2 0 0 1 0 0 0 0 1"),
-                    nodeRow("RotationWithoutAnAngle", "<rotate>0 0 1</rotate>", "1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1"),
-                    nodeRow("ScaleOfTwoNumbers", "<scale>2 3</scale>", "2 0 0 0 0 3 0 0 0 0 0 0 0 0 0 1"),
-                    nodeRow("MatrixOfFiveNumbers", "<matrix>1 2 3 4 5</matrix>", "1 2 3 4 5 0 0 0 0 0 0 0 0 0 0 0"),
-                    nodeRow("MatrixOfNoNumbers", "<matrix/>", zeroes.c_str())),
-    rowName);
+INSTANTIATE_ROWS(Nodes, BadDocumentTest,
+                 nodeRow("TranslationOfTwoNumbers", "<translate>1 2</translate>", "1 0 0 1 0 1 0 2 0 0 1 0 0 0 0 1"),
+                 nodeRow("RotationWithoutAnAngle", "<rotate>0 0 1</rotate>", "1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1"),
+                 nodeRow("ScaleOfTwoNumbers", "<scale>2 3</scale>", "2 0 0 0 0 3 0 0 0 0 0 0 0 0 0 1"),
+                 nodeRow("MatrixOfFiveNumbers", "<matrix>1 2 3 4 5</matrix>", "1 2 3 4 5 0 0 0 0 0 0 0 0 0 0 0"),
+                 nodeRow("MatrixOfNoNumbers", "<matrix/>", zeroes.c_str()));
 
 // --- materials ---
 
@@ -619,71 +597,63 @@ const std::string white = "diffuse 1 1 1, shininess 4";
 const char* const noTexture = "material: Unable to initialize texture";
 const char* const noInitializer = "texture: Texture has no surface initiailzer";
 
-INSTANTIATE_TEST_SUITE_P(
+INSTANTIATE_ROWS(
     Materials, BadDocumentTest,
-    testing::Values(
-        effectRow("EffectOfNothing", "", shaderOf("blinn", darkColor), texts(), "no material, and the geometry",
-                  "#nowhere"),
-        effectRow("EffectWhoseReferenceIsLost", "", shaderOf("blinn", darkColor), texts(),
-                  "no material, and the geometry", "#e[1]"),
-        effectRow("EffectThatIsThere", "", shaderOf("blinn", darkColor), texts(),
-                  "diffuse 0.5 0.25 0.125, shininess 4, and the geometry"),
-        effectRow("ColorOfTwoNumbers", "", shaderOf("phong", "<color>0.5 0.25</color>"),
-                  texts("material: Color has fewer than three values"), white + ", and the geometry"),
-        effectRow("TextureOfNothing", sampler("sampler") + surface(ofImage), shaderOf("blinn", textureOf("nothing")),
-                  texts(noTexture), white + ", texture '', and the geometry"),
-        effectRow("TextureThatNamesAnImage", sampler("sampler") + surface(ofImage), shaderOf("blinn", textureOf("i")),
-                  texts(noTexture), white + ", texture '', and the geometry"),
-        effectRow("NewparamBeforeTheImageOfItsName", sampler("i") + surface(ofImage), shaderOf("blinn", textureOf("i")),
-                  texts(), white + ", texture './i.png', and the geometry"),
-        effectRow("NewparamWhoseNameLooksLikeAPath", sampler("maps/skin") + surface(ofImage),
-                  shaderOf("blinn", textureOf("maps/skin")), texts(), white + ", texture './i.png', and the geometry"),
-        effectRow("PathToANewparam", sampler("sampler") + surface(ofImage),
-                  shaderOf("blinn", textureOf("profile/sampler")), texts(),
-                  white + ", texture './i.png', and the geometry"),
-        effectRow("ImageOfAnEmptyFile", sampler("sampler") + surface("<init_from>empty</init_from>"),
-                  shaderOf("blinn", textureOf("sampler")), texts(), white + ", texture '', and the geometry"),
-        effectRow("ImageOfAnEmptyFileBeforeAnother",
-                  sampler("sampler") + surface("<init_from>empty</init_from>" + ofImage),
-                  shaderOf("blinn", textureOf("sampler")), texts(), white + ", texture './i.png', and the geometry"),
-        effectRow("NewparamWithoutASurface", sampler("sampler") + newparam("surface", "<float>1</float>"),
-                  shaderOf("blinn", textureOf("sampler")), texts(noInitializer),
-                  white + ", texture '', and the geometry"),
-        effectRow("SurfaceWithoutAnInitializer", sampler("sampler") + surface(""),
-                  shaderOf("blinn", textureOf("sampler")), texts(noInitializer),
-                  white + ", texture '', and the geometry"),
-        // Of two that exclude each other the first in the document is there, without a line.
-        effectRow("BlinnBeforePhong", "", shaderOf("blinn", darkColor, "4") + shaderOf("phong", "", "5"), texts(),
-                  "diffuse 0.5 0.25 0.125, shininess 4, and the geometry"),
-        effectRow("PhongBeforeBlinn", "", shaderOf("phong", darkColor, "5") + shaderOf("blinn", "", "4"), texts(),
-                  "diffuse 0.5 0.25 0.125, shininess 5, and the geometry"),
-        effectRow("ColorBeforeTexture", sampler("sampler") + surface(ofImage),
-                  shaderOf("blinn", darkColor + textureOf("sampler")), texts(),
-                  "diffuse 0.5 0.25 0.125, shininess 4, and the geometry"),
-        effectRow("TextureBeforeColor", sampler("sampler") + surface(ofImage),
-                  shaderOf("blinn", textureOf("sampler") + darkColor), texts(),
-                  white + ", texture './i.png', and the geometry")),
-    rowName);
+    effectRow("EffectOfNothing", "", shaderOf("blinn", darkColor), texts(), "no material, and the geometry",
+              "#nowhere"),
+    effectRow("EffectWhoseReferenceIsLost", "", shaderOf("blinn", darkColor), texts(), "no material, and the geometry",
+              "#e[1]"),
+    effectRow("EffectThatIsThere", "", shaderOf("blinn", darkColor), texts(),
+              "diffuse 0.5 0.25 0.125, shininess 4, and the geometry"),
+    effectRow("ColorOfTwoNumbers", "", shaderOf("phong", "<color>0.5 0.25</color>"),
+              texts("material: Color has fewer than three values"), white + ", and the geometry"),
+    effectRow("TextureOfNothing", sampler("sampler") + surface(ofImage), shaderOf("blinn", textureOf("nothing")),
+              texts(noTexture), white + ", texture '', and the geometry"),
+    effectRow("TextureThatNamesAnImage", sampler("sampler") + surface(ofImage), shaderOf("blinn", textureOf("i")),
+              texts(noTexture), white + ", texture '', and the geometry"),
+    effectRow("NewparamBeforeTheImageOfItsName", sampler("i") + surface(ofImage), shaderOf("blinn", textureOf("i")),
+              texts(), white + ", texture './i.png', and the geometry"),
+    effectRow("NewparamWhoseNameLooksLikeAPath", sampler("maps/skin") + surface(ofImage),
+              shaderOf("blinn", textureOf("maps/skin")), texts(), white + ", texture './i.png', and the geometry"),
+    effectRow("PathToANewparam", sampler("sampler") + surface(ofImage), shaderOf("blinn", textureOf("profile/sampler")),
+              texts(), white + ", texture './i.png', and the geometry"),
+    effectRow("ImageOfAnEmptyFile", sampler("sampler") + surface("<init_from>empty</init_from>"),
+              shaderOf("blinn", textureOf("sampler")), texts(), white + ", texture '', and the geometry"),
+    effectRow("ImageOfAnEmptyFileBeforeAnother", sampler("sampler") + surface("<init_from>empty</init_from>" + ofImage),
+              shaderOf("blinn", textureOf("sampler")), texts(), white + ", texture './i.png', and the geometry"),
+    effectRow("NewparamWithoutASurface", sampler("sampler") + newparam("surface", "<float>1</float>"),
+              shaderOf("blinn", textureOf("sampler")), texts(noInitializer), white + ", texture '', and the geometry"),
+    effectRow("SurfaceWithoutAnInitializer", sampler("sampler") + surface(""), shaderOf("blinn", textureOf("sampler")),
+              texts(noInitializer), white + ", texture '', and the geometry"),
+    // Of two that exclude each other the first in the document is there, without a line.
+    effectRow("BlinnBeforePhong", "", shaderOf("blinn", darkColor, "4") + shaderOf("phong", "", "5"), texts(),
+              "diffuse 0.5 0.25 0.125, shininess 4, and the geometry"),
+    effectRow("PhongBeforeBlinn", "", shaderOf("phong", darkColor, "5") + shaderOf("blinn", "", "4"), texts(),
+              "diffuse 0.5 0.25 0.125, shininess 5, and the geometry"),
+    effectRow("ColorBeforeTexture", sampler("sampler") + surface(ofImage),
+              shaderOf("blinn", darkColor + textureOf("sampler")), texts(),
+              "diffuse 0.5 0.25 0.125, shininess 4, and the geometry"),
+    effectRow("TextureBeforeColor", sampler("sampler") + surface(ofImage),
+              shaderOf("blinn", textureOf("sampler") + darkColor), texts(),
+              white + ", texture './i.png', and the geometry"));
 
 // --- elements without anything in them ---
 
-INSTANTIATE_TEST_SUITE_P(
+INSTANTIATE_ROWS(
     Bare, BadDocumentTest,
-    testing::Values(BadDocument{
-        "ElementsWithoutAttributesAndChildren",
-        "<library_animations><animation/><animation><channel/></animation><animation><source/><sampler id='sampler'>"
-        "<input/></sampler><channel source='#sampler'/></animation></library_animations>"
-        "<library_cameras><camera/></library_cameras><library_lights><light/><light><technique_common/></light>"
-        "</library_lights><library_geometries><geometry/><geometry><mesh/></geometry></library_geometries>"
-        "<library_materials><material/></library_materials><library_effects><effect/></library_effects>"
-        "<library_images><image/></library_images>",
-        "<node><instance_camera/><instance_geometry/></node><node><instance_light/></node>",
-        texts("animation: Cannot create an animation without a channel element.",
-              "animation: Cannot create an animation without a channel that points to a valid sampler element.",
-              "instance: domInstance_camera does not point to a camera element", "visualScene: Not a geometry element",
-              "visualScene: domInstance_light does not point to a light element"),
-        [](VisualScene& scene) { return std::to_string(scene.root().children().size()) + " nodes"; }, "2 nodes"}),
-    rowName);
+    {"ElementsWithoutAttributesAndChildren",
+     "<library_animations><animation/><animation><channel/></animation><animation><source/><sampler id='sampler'>"
+     "<input/></sampler><channel source='#sampler'/></animation></library_animations>"
+     "<library_cameras><camera/></library_cameras><library_lights><light/><light><technique_common/></light>"
+     "</library_lights><library_geometries><geometry/><geometry><mesh/></geometry></library_geometries>"
+     "<library_materials><material/></library_materials><library_effects><effect/></library_effects>"
+     "<library_images><image/></library_images>",
+     "<node><instance_camera/><instance_geometry/></node><node><instance_light/></node>",
+     texts("animation: Cannot create an animation without a channel element.",
+           "animation: Cannot create an animation without a channel that points to a valid sampler element.",
+           "instance: domInstance_camera does not point to a camera element", "visualScene: Not a geometry element",
+           "visualScene: domInstance_light does not point to a light element"),
+     [](VisualScene& scene) { return std::to_string(scene.root().children().size()) + " nodes"; }, "2 nodes"});
 
 // --- what starts at zero ---
 
@@ -764,52 +734,46 @@ std::function<void()> withDocument(const Call& call)
     };
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    EmptyHandles, MisuseTest,
-    testing::Values(
-        Misuse{"AnimationOfANode", "Cannot add an empty animation handle to node lamp",
-               withDocument([](ColladaBuilder& builder) {
-                   libVideo::Node(*builder.element<domNode>("lamp")).addAnimation(libVideo::AnimationHandle());
-               })},
-        Misuse{"AnimationOfACamera", "Cannot add an empty animation handle to camera eye",
-               withDocument([](ColladaBuilder& builder) {
-                   const LogCapture quiet;
-                   libVideo::PerspectiveCamera camera(builder.element<domCamera>("eye"), builder.dae());
-                   camera.addAnimation(libVideo::AnimationHandle());
-               })},
-        Misuse{"NodeOfAGeometry", "Cannot list an empty node handle on geometry ",
-               [] { libVideo::Geometry().addNode(libVideo::NodeHandle()); }}),
-    rowName);
+INSTANTIATE_ROWS(EmptyHandles, MisuseTest,
+                 {"AnimationOfANode", "Cannot add an empty animation handle to node lamp",
+                  withDocument([](ColladaBuilder& builder) {
+                      libVideo::Node(*builder.element<domNode>("lamp")).addAnimation(libVideo::AnimationHandle());
+                  })},
+                 {"AnimationOfACamera", "Cannot add an empty animation handle to camera eye",
+                  withDocument([](ColladaBuilder& builder) {
+                      const LogCapture quiet;
+                      libVideo::PerspectiveCamera camera(builder.element<domCamera>("eye"), builder.dae());
+                      camera.addAnimation(libVideo::AnimationHandle());
+                  })},
+                 {"NodeOfAGeometry", "Cannot list an empty node handle on geometry ",
+                  [] { libVideo::Geometry().addNode(libVideo::NodeHandle()); }});
 
-INSTANTIATE_TEST_SUITE_P(MissingCamera, MisuseTest,
-                         testing::Values(Misuse{"Projection", "Camera instance has no camera",
-                                                [] {
-                                                    const libVideo::CameraInstance instance;
-                                                    instance.projection();
-                                                }},
-                                         Misuse{"ProjectionAtATime", "Camera instance has no camera",
-                                                [] { libVideo::CameraInstance().projection(1.0); }},
-                                         Misuse{"AspectRatio", "Camera instance has no camera",
-                                                [] { libVideo::CameraInstance().setAspectRatio(1.0); }}),
-                         rowName);
+INSTANTIATE_ROWS(MissingCamera, MisuseTest,
+                 {"Projection", "Camera instance has no camera",
+                  [] {
+                      const libVideo::CameraInstance instance;
+                      instance.projection();
+                  }},
+                 {"ProjectionAtATime", "Camera instance has no camera",
+                  [] { libVideo::CameraInstance().projection(1.0); }},
+                 {"AspectRatio", "Camera instance has no camera",
+                  [] { libVideo::CameraInstance().setAspectRatio(1.0); }});
 
-INSTANTIATE_TEST_SUITE_P(
-    NullElements, MisuseTest,
-    testing::Values(
-        Misuse{"Accessor", "Asked to load from a null element: AccessorFloat",
-               [] { libVideo::AccessorFloat().createFromCollada(nullptr); }},
-        Misuse{"Source", "Asked to load from a null element: SourceFloat",
-               [] { libVideo::SourceFloat().createFromCollada(nullptr); }},
-        Misuse{"Mesh", "Asked to load from a null element: Mesh", [] { libVideo::Mesh().createFromCollada(nullptr); }},
-        Misuse{"Geometry", "Asked to load from a null element: Geometry",
-               [] { libVideo::Geometry().createFromCollada(nullptr); }},
-        Misuse{"Texture", "Asked to load from a null element: Texture",
-               [] { libVideo::Texture().createFromCollada(nullptr, nullptr); }},
-        Misuse{"Camera", "Asked to load from a null element: PerspectiveCamera",
-               withDocument([](ColladaBuilder& builder) { libVideo::PerspectiveCamera(nullptr, builder.dae()); })},
-        Misuse{"Animation", "Asked to load from a null element: Animation",
-               withDocument([](ColladaBuilder& builder) { libVideo::Animation(nullptr, builder.dae()); })}),
-    rowName);
+INSTANTIATE_ROWS(NullElements, MisuseTest,
+                 {"Accessor", "Asked to load from a null element: AccessorFloat",
+                  [] { libVideo::AccessorFloat().createFromCollada(nullptr); }},
+                 {"Source", "Asked to load from a null element: SourceFloat",
+                  [] { libVideo::SourceFloat().createFromCollada(nullptr); }},
+                 {"Mesh", "Asked to load from a null element: Mesh",
+                  [] { libVideo::Mesh().createFromCollada(nullptr); }},
+                 {"Geometry", "Asked to load from a null element: Geometry",
+                  [] { libVideo::Geometry().createFromCollada(nullptr); }},
+                 {"Texture", "Asked to load from a null element: Texture",
+                  [] { libVideo::Texture().createFromCollada(nullptr, nullptr); }},
+                 {"Camera", "Asked to load from a null element: PerspectiveCamera",
+                  withDocument([](ColladaBuilder& builder) { libVideo::PerspectiveCamera(nullptr, builder.dae()); })},
+                 {"Animation", "Asked to load from a null element: Animation",
+                  withDocument([](ColladaBuilder& builder) { libVideo::Animation(nullptr, builder.dae()); })});
 
 // --- what the tests are written with ---
 

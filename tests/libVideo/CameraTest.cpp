@@ -301,20 +301,17 @@ const char* const noNear = "Camera Eye does not have near plane data";
 const char* const noFar = "Camera Eye does not have far plane data";
 const char* const angles = "<xfov sid='x'>90</xfov><aspect_ratio sid='a'>2</aspect_ratio>";
 
-INSTANTIATE_TEST_SUITE_P(
-    Documents, CameraFailureTest,
-    testing::Values(FailureCase{"NoOptics", "", noTechnique, false},
-                    FailureCase{"EmptyOptics", "<optics/>", noTechnique, false},
-                    FailureCase{"OtherTechniqueOnly", "<optics><technique profile='X'/></optics>", noTechnique, false},
-                    FailureCase{"EmptyTechnique", "<optics><technique_common/></optics>", noPerspective, false},
-                    FailureCase{"Orthographic",
-                                "<optics><technique_common><orthographic><xmag>1</xmag><znear>1</znear><zfar>2</zfar>"
-                                "</orthographic></technique_common></optics>",
-                                noPerspective, false},
-                    FailureCase{"EmptyPerspective", optics(""), noNear, false},
-                    FailureCase{"NoNear", optics(std::string(angles) + "<zfar sid='f'>100</zfar>"), noNear, false},
-                    FailureCase{"NoFar", optics(std::string(angles) + "<znear sid='n'>0.5</znear>"), noFar, true}),
-    rowName);
+INSTANTIATE_ROWS(Documents, CameraFailureTest, {"NoOptics", "", noTechnique, false},
+                 {"EmptyOptics", "<optics/>", noTechnique, false},
+                 {"OtherTechniqueOnly", "<optics><technique profile='X'/></optics>", noTechnique, false},
+                 {"EmptyTechnique", "<optics><technique_common/></optics>", noPerspective, false},
+                 {"Orthographic",
+                  "<optics><technique_common><orthographic><xmag>1</xmag><znear>1</znear><zfar>2</zfar>"
+                  "</orthographic></technique_common></optics>",
+                  noPerspective, false},
+                 {"EmptyPerspective", optics(""), noNear, false},
+                 {"NoNear", optics(std::string(angles) + "<zfar sid='f'>100</zfar>"), noNear, false},
+                 {"NoFar", optics(std::string(angles) + "<znear sid='n'>0.5</znear>"), noFar, true});
 
 struct NamelessCase : Row {
     std::string optics;
@@ -331,15 +328,12 @@ TEST_P(NamelessCameraTest, LineShowsTheNameAndNeverTheId)
     expectLine(GetParam().words, log);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Documents, NamelessCameraTest,
-    testing::Values(NamelessCase{"NoTechnique", "<optics/>", "Camera  does not have a common technique"},
-                    NamelessCase{"NoPerspective", "<optics><technique_common/></optics>",
-                                 "Camera  does not have perspective optics"},
-                    NamelessCase{"NoNear", optics(""), "Camera  does not have near plane data"},
-                    NamelessCase{"NoFar", optics("<znear>1</znear>"), "Camera  does not have far plane data"},
-                    NamelessCase{"NoAspectRatio", opticsWith(""), "Camera : does not have required aspect ratio data"}),
-    rowName);
+INSTANTIATE_ROWS(Documents, NamelessCameraTest,
+                 {"NoTechnique", "<optics/>", "Camera  does not have a common technique"},
+                 {"NoPerspective", "<optics><technique_common/></optics>", "Camera  does not have perspective optics"},
+                 {"NoNear", optics(""), "Camera  does not have near plane data"},
+                 {"NoFar", optics("<znear>1</znear>"), "Camera  does not have far plane data"},
+                 {"NoAspectRatio", opticsWith(""), "Camera : does not have required aspect ratio data"});
 
 TEST(CameraTest, SecondLoadKeepsWhatItsElementDoesNotHold)
 {
@@ -472,12 +466,9 @@ TEST_P(CameraAllocationTest, LoadThatRunsOutOfMemoryHasMadeTheParametersInTheirO
     EXPECT_EQ(order, reached.back());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Angles, CameraAllocationTest,
-    testing::Values(AllocationCase{"Both", "<xfov>90</xfov><yfov>80</yfov>", "nfxy"},
-                    AllocationCase{"Horizontal", "<xfov>90</xfov><aspect_ratio>2</aspect_ratio>", "nfxa"},
-                    AllocationCase{"Vertical", "<yfov>90</yfov><aspect_ratio>2</aspect_ratio>", "nfya"}),
-    rowName);
+INSTANTIATE_ROWS(Angles, CameraAllocationTest, {"Both", "<xfov>90</xfov><yfov>80</yfov>", "nfxy"},
+                 {"Horizontal", "<xfov>90</xfov><aspect_ratio>2</aspect_ratio>", "nfxa"},
+                 {"Vertical", "<yfov>90</yfov><aspect_ratio>2</aspect_ratio>", "nfya"});
 
 // ---- readExtraCameraData
 
@@ -515,66 +506,56 @@ TEST_P(CameraExtraTest, ReadsWithoutAnyOptics)
 const std::string one = "<target>#One</target>";
 const std::string two = "<target>#Two</target>";
 
-INSTANTIATE_TEST_SUITE_P(
-    Search, CameraExtraTest,
-    testing::Values(
-        ExtraCase{"NoExtra", "", "", ""}, ExtraCase{"EmptyExtra", "<extra/>", "", ""},
-        ExtraCase{"EmptyTechnique", vendorExtra(""), "", ""}, ExtraCase{"Target", vendorExtra(one), "#One", "One"},
-        ExtraCase{"ProfileInLowerCase", vendorExtra(one, "fcollada"), "#One", "One"},
-        ExtraCase{"ProfileInMixedCase", vendorExtra(one, "fCollADA"), "#One", "One"},
-        ExtraCase{"OtherProfile", vendorExtra(one, "OTHER"), "", ""},
-        ExtraCase{"LongerProfile", vendorExtra(one, "FCOLLADA2"), "", ""},
-        ExtraCase{"ShorterProfile", vendorExtra(one, "FCOLLAD"), "", ""},
-        ExtraCase{"EmptyProfile", vendorExtra(one, ""), "", ""},
-        ExtraCase{"NoProfile", "<extra><technique>" + one + "</technique></extra>", "", ""},
-        ExtraCase{"FirstOfTwoTexts", vendorExtra(one + two), "#One", "One"},
-        ExtraCase{"FirstTextWhateverItsName", vendorExtra("<vertical_aspect>#Any</vertical_aspect>" + one), "#Any",
-                  "Any"},
-        ExtraCase{"FirstTextThoughItIsNoReference", vendorExtra("<width>36</width>" + one), "36", ""},
-        ExtraCase{"FirstTextThoughItIsEmpty", vendorExtra("<nothing/>" + one), "", ""},
-        ExtraCase{"FirstTextThoughItIsAContainer", vendorExtra("<group><target>#Inner</target></group>" + one), "", ""},
-        ExtraCase{"TextOfATypedElement", vendorExtra("<param name='to'>#Param</param>" + one), "#Param", "Param"},
-        ExtraCase{"NumbersOfATypedElement", vendorExtra("<translate>1 2 3</translate>" + one), "1 2 3", ""},
-        ExtraCase{"ElementWithoutTextIsPassedOver", vendorExtra("<source id='s'/><node id='n'/>" + one), "#One", "One"},
-        ExtraCase{"TechniqueWithoutTextIsPassedOver",
-                  "<extra><technique profile='FCOLLADA'><source id='s'/></technique><technique profile='FCOLLADA'>" +
-                      one + "</technique></extra>",
-                  "#One", "One"},
-        ExtraCase{"SecondTechnique",
-                  "<extra><technique profile='OTHER'>" + one + "</technique><technique profile='FCOLLADA'>" + two +
-                      "</technique></extra>",
-                  "#Two", "Two"},
-        ExtraCase{"FirstOfTwoTechniques",
-                  "<extra><technique profile='FCOLLADA'>" + one + "</technique><technique profile='FCOLLADA'>" + two +
-                      "</technique></extra>",
-                  "#One", "One"},
-        ExtraCase{"SecondExtra", "<extra/>" + vendorExtra(one, "OTHER") + vendorExtra("") + vendorExtra(two), "#Two",
-                  "Two"},
-        ExtraCase{"FirstOfTwoExtras", vendorExtra(one) + vendorExtra(two), "#One", "One"},
-        ExtraCase{"EmptyTextEndsTheSearch", vendorExtra("<nothing/>") + vendorExtra(two), "", ""}),
-    rowName);
+INSTANTIATE_ROWS(
+    Search, CameraExtraTest, {"NoExtra", "", "", ""}, {"EmptyExtra", "<extra/>", "", ""},
+    {"EmptyTechnique", vendorExtra(""), "", ""}, {"Target", vendorExtra(one), "#One", "One"},
+    {"ProfileInLowerCase", vendorExtra(one, "fcollada"), "#One", "One"},
+    {"ProfileInMixedCase", vendorExtra(one, "fCollADA"), "#One", "One"},
+    {"OtherProfile", vendorExtra(one, "OTHER"), "", ""}, {"LongerProfile", vendorExtra(one, "FCOLLADA2"), "", ""},
+    {"ShorterProfile", vendorExtra(one, "FCOLLAD"), "", ""}, {"EmptyProfile", vendorExtra(one, ""), "", ""},
+    {"NoProfile", "<extra><technique>" + one + "</technique></extra>", "", ""},
+    {"FirstOfTwoTexts", vendorExtra(one + two), "#One", "One"},
+    {"FirstTextWhateverItsName", vendorExtra("<vertical_aspect>#Any</vertical_aspect>" + one), "#Any", "Any"},
+    {"FirstTextThoughItIsNoReference", vendorExtra("<width>36</width>" + one), "36", ""},
+    {"FirstTextThoughItIsEmpty", vendorExtra("<nothing/>" + one), "", ""},
+    {"FirstTextThoughItIsAContainer", vendorExtra("<group><target>#Inner</target></group>" + one), "", ""},
+    {"TextOfATypedElement", vendorExtra("<param name='to'>#Param</param>" + one), "#Param", "Param"},
+    {"NumbersOfATypedElement", vendorExtra("<translate>1 2 3</translate>" + one), "1 2 3", ""},
+    {"ElementWithoutTextIsPassedOver", vendorExtra("<source id='s'/><node id='n'/>" + one), "#One", "One"},
+    {"TechniqueWithoutTextIsPassedOver",
+     "<extra><technique profile='FCOLLADA'><source id='s'/></technique><technique profile='FCOLLADA'>" + one +
+         "</technique></extra>",
+     "#One", "One"},
+    {"SecondTechnique",
+     "<extra><technique profile='OTHER'>" + one + "</technique><technique profile='FCOLLADA'>" + two +
+         "</technique></extra>",
+     "#Two", "Two"},
+    {"FirstOfTwoTechniques",
+     "<extra><technique profile='FCOLLADA'>" + one + "</technique><technique profile='FCOLLADA'>" + two +
+         "</technique></extra>",
+     "#One", "One"},
+    {"SecondExtra", "<extra/>" + vendorExtra(one, "OTHER") + vendorExtra("") + vendorExtra(two), "#Two", "Two"},
+    {"FirstOfTwoExtras", vendorExtra(one) + vendorExtra(two), "#One", "One"},
+    {"EmptyTextEndsTheSearch", vendorExtra("<nothing/>") + vendorExtra(two), "", ""});
 
-INSTANTIATE_TEST_SUITE_P(
-    Texts, CameraExtraTest,
-    testing::Values(
-        ExtraCase{"DocumentAndFragment", vendorExtra("<t>scene.dae#Target</t>"), "scene.dae#Target", "Target"},
-        ExtraCase{"AddressAndFragment", vendorExtra("<t>http://host/p.dae#q</t>"), "http://host/p.dae#q", "q"},
-        ExtraCase{"NoFragment", vendorExtra("<t>Target</t>"), "Target", ""},
-        ExtraCase{"EmptyFragment", vendorExtra("<t>#</t>"), "#", ""},
-        ExtraCase{"EncodedBlank", vendorExtra("<t>#a%20b</t>"), "#a%20b", "a%20b"},
-        // From here on the document model knows no reference in the text.
-        ExtraCase{"BlanksAround", vendorExtra("<t>  #Target </t>"), "  #Target ", "Target"},
-        ExtraCase{"LineFeedsAround", vendorExtra("<t>\n\t#Target\n</t>"), "\n\t#Target\n", "Target"},
-        ExtraCase{"BlankBehindTheMark", vendorExtra("<t># Target</t>"), "# Target", "Target"},
-        ExtraCase{"BlankInside", vendorExtra("<t>#My Node</t>"), "#My Node", "My Node"},
-        ExtraCase{"BlankBeforeTheMark", vendorExtra("<t>my scene.dae#Target</t>"), "my scene.dae#Target", "Target"},
-        ExtraCase{"NonAscii", vendorExtra("<t>#N\xc5\x93ud</t>"), "#N\xc5\x93ud", "N\xc5\x93ud"},
-        ExtraCase{"TwoMarks", vendorExtra("<t>a#b#c</t>"), "a#b#c", "b#c"},
-        ExtraCase{"BadPercent", vendorExtra("<t>#100%</t>"), "#100%", "100%"},
-        ExtraCase{"OnlyBlanksBehindTheMark", vendorExtra("<t># \n</t>"), "# \n", ""},
-        ExtraCase{"BlanksWithoutAMark", vendorExtra("<t>my node</t>"), "my node", ""},
-        ExtraCase{"NonAsciiWithoutAMark", vendorExtra("<t>N\xc5\x93ud</t>"), "N\xc5\x93ud", ""}),
-    rowName);
+INSTANTIATE_ROWS(Texts, CameraExtraTest,
+                 {"DocumentAndFragment", vendorExtra("<t>scene.dae#Target</t>"), "scene.dae#Target", "Target"},
+                 {"AddressAndFragment", vendorExtra("<t>http://host/p.dae#q</t>"), "http://host/p.dae#q", "q"},
+                 {"NoFragment", vendorExtra("<t>Target</t>"), "Target", ""},
+                 {"EmptyFragment", vendorExtra("<t>#</t>"), "#", ""},
+                 {"EncodedBlank", vendorExtra("<t>#a%20b</t>"), "#a%20b", "a%20b"},
+                 // From here on the document model knows no reference in the text.
+                 {"BlanksAround", vendorExtra("<t>  #Target </t>"), "  #Target ", "Target"},
+                 {"LineFeedsAround", vendorExtra("<t>\n\t#Target\n</t>"), "\n\t#Target\n", "Target"},
+                 {"BlankBehindTheMark", vendorExtra("<t># Target</t>"), "# Target", "Target"},
+                 {"BlankInside", vendorExtra("<t>#My Node</t>"), "#My Node", "My Node"},
+                 {"BlankBeforeTheMark", vendorExtra("<t>my scene.dae#Target</t>"), "my scene.dae#Target", "Target"},
+                 {"NonAscii", vendorExtra("<t>#N\xc5\x93ud</t>"), "#N\xc5\x93ud", "N\xc5\x93ud"},
+                 {"TwoMarks", vendorExtra("<t>a#b#c</t>"), "a#b#c", "b#c"},
+                 {"BadPercent", vendorExtra("<t>#100%</t>"), "#100%", "100%"},
+                 {"OnlyBlanksBehindTheMark", vendorExtra("<t># \n</t>"), "# \n", ""},
+                 {"BlanksWithoutAMark", vendorExtra("<t>my node</t>"), "my node", ""},
+                 {"NonAsciiWithoutAMark", vendorExtra("<t>N\xc5\x93ud</t>"), "N\xc5\x93ud", ""});
 
 TEST(CameraTest, TechniquesAndExtrasOfTheOpticsAreNotSearched)
 {
@@ -704,18 +685,15 @@ TEST_P(CameraProjectionTest, UpdateTakesPresenceFromTheParametersAndNumbersFromI
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Presence, CameraProjectionTest,
-    testing::Values(
-        PresenceCase{"BothAnglesAndAspectRatio", true, true, true, Scale::fromXfov, Scale::fromYfov, true},
-        PresenceCase{"BothAngles", true, true, false, Scale::fromXfov, Scale::fromYfov, true},
-        PresenceCase{"XfovAndAspectRatio", true, false, true, Scale::fromXfov, Scale::otherDividedByAspectRatio, true},
-        PresenceCase{"YfovAndAspectRatio", false, true, true, Scale::otherTimesAspectRatio, Scale::fromYfov, true},
-        PresenceCase{"AspectRatioOnly", false, false, true, Scale::zero, Scale::zero, true},
-        PresenceCase{"XfovOnly", true, false, false, Scale::fromXfov, Scale::zero, false},
-        PresenceCase{"YfovOnly", false, true, false, Scale::zero, Scale::fromYfov, false},
-        PresenceCase{"Neither", false, false, false, Scale::zero, Scale::zero, false}),
-    rowName);
+INSTANTIATE_ROWS(Presence, CameraProjectionTest,
+                 {"BothAnglesAndAspectRatio", true, true, true, Scale::fromXfov, Scale::fromYfov, true},
+                 {"BothAngles", true, true, false, Scale::fromXfov, Scale::fromYfov, true},
+                 {"XfovAndAspectRatio", true, false, true, Scale::fromXfov, Scale::otherDividedByAspectRatio, true},
+                 {"YfovAndAspectRatio", false, true, true, Scale::otherTimesAspectRatio, Scale::fromYfov, true},
+                 {"AspectRatioOnly", false, false, true, Scale::zero, Scale::zero, true},
+                 {"XfovOnly", true, false, false, Scale::fromXfov, Scale::zero, false},
+                 {"YfovOnly", false, true, false, Scale::zero, Scale::fromYfov, false},
+                 {"Neither", false, false, false, Scale::zero, Scale::zero, false});
 
 TEST(CameraTest, RightAnglesAndPlanesAtOneAndAHundredAndOne)
 {
@@ -766,49 +744,41 @@ std::string perspectiveOf(const std::string& angleElements, const std::string& z
 
 const char* const aspectRatioOne = "<aspect_ratio>1</aspect_ratio>";
 
-INSTANTIATE_TEST_SUITE_P(
-    Planes, CameraNumberTest,
-    testing::Values(
-        NumberCase{"CloserThanFloatCanTell", perspectiveOf(aspectRatioOne, "0.1", "0.1000001"),
-                   projection(0.0f, 0.0f, 0.1, 0.1000001)},
-        NumberCase{"OffsetFromTheUnroundedScale", perspectiveOf(aspectRatioOne, "0.3", "1000.7"),
-                   projection(0.0f, 0.0f, 0.3, 1000.7)},
-        // 4 / (4 - 8) = -1, and -(-1 * 8) = 8
-        NumberCase{"Swapped", perspectiveOf(aspectRatioOne, "8", "4"), projection(0.0f, 0.0f, -1.0f, 8.0f)},
-        // 5 / 5 = 1, and -(1 * 0) = -0
-        NumberCase{"NearAtTheEye", perspectiveOf(aspectRatioOne, "0", "5"), projection(0.0f, 0.0f, 1.0f, -0.0f)},
-        NumberCase{"Equal", perspectiveOf(aspectRatioOne, "5", "5"), projection(0.0f, 0.0f, infinity, -infinity)},
-        NumberCase{"EqualAtTheEye", perspectiveOf(aspectRatioOne, "0", "0"),
-                   projection(0.0f, 0.0f, notANumber, notANumber)}),
-    rowName);
+INSTANTIATE_ROWS(Planes, CameraNumberTest,
+                 {"CloserThanFloatCanTell", perspectiveOf(aspectRatioOne, "0.1", "0.1000001"),
+                  projection(0.0f, 0.0f, 0.1, 0.1000001)},
+                 {"OffsetFromTheUnroundedScale", perspectiveOf(aspectRatioOne, "0.3", "1000.7"),
+                  projection(0.0f, 0.0f, 0.3, 1000.7)},
+                 // 4 / (4 - 8) = -1, and -(-1 * 8) = 8
+                 {"Swapped", perspectiveOf(aspectRatioOne, "8", "4"), projection(0.0f, 0.0f, -1.0f, 8.0f)},
+                 // 5 / 5 = 1, and -(1 * 0) = -0
+                 {"NearAtTheEye", perspectiveOf(aspectRatioOne, "0", "5"), projection(0.0f, 0.0f, 1.0f, -0.0f)},
+                 {"Equal", perspectiveOf(aspectRatioOne, "5", "5"), projection(0.0f, 0.0f, infinity, -infinity)},
+                 {"EqualAtTheEye", perspectiveOf(aspectRatioOne, "0", "0"),
+                  projection(0.0f, 0.0f, notANumber, notANumber)});
 
-INSTANTIATE_TEST_SUITE_P(
+INSTANTIATE_ROWS(
     Angles, CameraNumberTest,
-    testing::Values(NumberCase{"XfovZeroIsPresent", perspectiveOf("<xfov>0</xfov><yfov>90</yfov>", "1", "2"),
-                               projection(infinity, scaleOf(90.0), 1.0, 2.0)},
-                    NumberCase{"YfovZeroIsPresent", perspectiveOf("<xfov>90</xfov><yfov>0</yfov>", "1", "2"),
-                               projection(scaleOf(90.0), infinity, 1.0, 2.0)},
-                    NumberCase{"Negative", perspectiveOf("<xfov>-90</xfov><yfov>-60</yfov>", "1", "2"),
-                               projection(scaleOf(-90.0), scaleOf(-60.0), 1.0, 2.0)},
-                    // The product exceeds double where the degrees are multiplied with pi first.
-                    NumberCase{"ProductWithPiComesFirst",
-                               perspectiveOf("<xfov>1e308</xfov><yfov>1e308</yfov>", "1", "2"),
-                               projection(notANumber, notANumber, 1.0, 2.0)},
-                    // A factor of pi / 180 would give another float here.
-                    NumberCase{"DivisionComesBehindTheProduct",
-                               perspectiveOf("<xfov>123456789012345</xfov><yfov>123456789012345</yfov>", "1", "2"),
-                               projection(scaleOf(123456789012345.0), scaleOf(123456789012345.0), 1.0, 2.0)},
-                    // Neither the unrounded scale nor a product in float gives the same.
-                    NumberCase{"ProductOfTheNarrowedScale",
-                               perspectiveOf("<yfov>22</yfov><aspect_ratio>1.3</aspect_ratio>", "1", "2"),
-                               projection(narrowed(double(scaleOf(22.0)) * 1.3), scaleOf(22.0), 1.0, 2.0)},
-                    NumberCase{"QuotientOfTheNarrowedScale",
-                               perspectiveOf("<xfov>24</xfov><aspect_ratio>1.3</aspect_ratio>", "1", "2"),
-                               projection(scaleOf(24.0), narrowed(double(scaleOf(24.0)) / 1.3), 1.0, 2.0)},
-                    NumberCase{"QuotientByAnAspectRatioOfZero",
-                               perspectiveOf("<xfov>24</xfov><aspect_ratio>0</aspect_ratio>", "1", "2"),
-                               projection(scaleOf(24.0), infinity, 1.0, 2.0)}),
-    rowName);
+    {"XfovZeroIsPresent", perspectiveOf("<xfov>0</xfov><yfov>90</yfov>", "1", "2"),
+     projection(infinity, scaleOf(90.0), 1.0, 2.0)},
+    {"YfovZeroIsPresent", perspectiveOf("<xfov>90</xfov><yfov>0</yfov>", "1", "2"),
+     projection(scaleOf(90.0), infinity, 1.0, 2.0)},
+    {"Negative", perspectiveOf("<xfov>-90</xfov><yfov>-60</yfov>", "1", "2"),
+     projection(scaleOf(-90.0), scaleOf(-60.0), 1.0, 2.0)},
+    // The product exceeds double where the degrees are multiplied with pi first.
+    {"ProductWithPiComesFirst", perspectiveOf("<xfov>1e308</xfov><yfov>1e308</yfov>", "1", "2"),
+     projection(notANumber, notANumber, 1.0, 2.0)},
+    // A factor of pi / 180 would give another float here.
+    {"DivisionComesBehindTheProduct",
+     perspectiveOf("<xfov>123456789012345</xfov><yfov>123456789012345</yfov>", "1", "2"),
+     projection(scaleOf(123456789012345.0), scaleOf(123456789012345.0), 1.0, 2.0)},
+    // Neither the unrounded scale nor a product in float gives the same.
+    {"ProductOfTheNarrowedScale", perspectiveOf("<yfov>22</yfov><aspect_ratio>1.3</aspect_ratio>", "1", "2"),
+     projection(narrowed(double(scaleOf(22.0)) * 1.3), scaleOf(22.0), 1.0, 2.0)},
+    {"QuotientOfTheNarrowedScale", perspectiveOf("<xfov>24</xfov><aspect_ratio>1.3</aspect_ratio>", "1", "2"),
+     projection(scaleOf(24.0), narrowed(double(scaleOf(24.0)) / 1.3), 1.0, 2.0)},
+    {"QuotientByAnAspectRatioOfZero", perspectiveOf("<xfov>24</xfov><aspect_ratio>0</aspect_ratio>", "1", "2"),
+     projection(scaleOf(24.0), infinity, 1.0, 2.0)});
 
 // ---- animations
 
@@ -959,31 +929,25 @@ TEST_P(CameraEvaluationTest, WhatNoAnimationSetsIsZero)
 // An angle of 0 has an infinite scale, and two planes at 0 give 0 / 0.
 const Floats allZero = projection(infinity, infinity, notANumber, notANumber);
 
-INSTANTIATE_TEST_SUITE_P(
+INSTANTIATE_ROWS(
     Rows, CameraEvaluationTest,
-    testing::Values(
-        EvaluationCase{"XfovAlone", {{"x", "40 80"}}, projection(scaleOf(60.0), infinity, notANumber, notANumber)},
-        EvaluationCase{"YfovAlone", {{"y", "40 80"}}, projection(infinity, scaleOf(60.0), notANumber, notANumber)},
-        EvaluationCase{"BothAngles",
-                       {{"x", "40 80"}, {"y", "20 40"}},
-                       projection(scaleOf(60.0), scaleOf(30.0), notANumber, notANumber)},
-        // 0 / (0 - 4) = -0, and -(-0 * 4) = 0
-        EvaluationCase{"NearAlone", {{"n", "2 6"}}, projection(infinity, infinity, -0.0f, 0.0f)},
-        // 10 / (10 - 0) = 1, and -(1 * 0) = -0
-        EvaluationCase{"FarAlone", {{"f", "5 15"}}, projection(infinity, infinity, 1.0f, -0.0f)},
-        EvaluationCase{"BothPlanes", {{"n", "2 6"}, {"f", "5 15"}}, projection(infinity, infinity, 4.0, 10.0)},
-        EvaluationCase{"PlanesMeet", {{"n", "2 6"}, {"f", "3 5"}}, projection(infinity, infinity, infinity, -infinity)},
-        EvaluationCase{"NoTarget", {{"other", "2 6"}}, allZero},
-        EvaluationCase{"CaseCounts", {{"X", "2 6"}, {"Y", "2 6"}, {"N", "2 6"}, {"F", "2 6"}}, allZero},
-        EvaluationCase{"LongerTarget", {{"xx", "2 6"}, {"x(0)", "2 6"}}, allZero},
-        EvaluationCase{"EmptyTargetWithoutAnEmptySid", {{"", "2 6"}}, allZero},
-        EvaluationCase{"LaterOfTwoWins",
-                       {{"x", "40 80"}, {"x", "20 40"}},
-                       projection(scaleOf(30.0), infinity, notANumber, notANumber)},
-        EvaluationCase{"LaterOfThreeWinsWithOthersBetween",
-                       {{"x", "40 80"}, {"y", "40 80"}, {"x", "1 1"}, {"n", "2 6"}, {"f", "5 15"}, {"x", "20 40"}},
-                       projection(scaleOf(30.0), scaleOf(60.0), 4.0, 10.0)}),
-    rowName);
+    {"XfovAlone", {{"x", "40 80"}}, projection(scaleOf(60.0), infinity, notANumber, notANumber)},
+    {"YfovAlone", {{"y", "40 80"}}, projection(infinity, scaleOf(60.0), notANumber, notANumber)},
+    {"BothAngles", {{"x", "40 80"}, {"y", "20 40"}}, projection(scaleOf(60.0), scaleOf(30.0), notANumber, notANumber)},
+    // 0 / (0 - 4) = -0, and -(-0 * 4) = 0
+    {"NearAlone", {{"n", "2 6"}}, projection(infinity, infinity, -0.0f, 0.0f)},
+    // 10 / (10 - 0) = 1, and -(1 * 0) = -0
+    {"FarAlone", {{"f", "5 15"}}, projection(infinity, infinity, 1.0f, -0.0f)},
+    {"BothPlanes", {{"n", "2 6"}, {"f", "5 15"}}, projection(infinity, infinity, 4.0, 10.0)},
+    {"PlanesMeet", {{"n", "2 6"}, {"f", "3 5"}}, projection(infinity, infinity, infinity, -infinity)},
+    {"NoTarget", {{"other", "2 6"}}, allZero},
+    {"CaseCounts", {{"X", "2 6"}, {"Y", "2 6"}, {"N", "2 6"}, {"F", "2 6"}}, allZero},
+    {"LongerTarget", {{"xx", "2 6"}, {"x(0)", "2 6"}}, allZero},
+    {"EmptyTargetWithoutAnEmptySid", {{"", "2 6"}}, allZero},
+    {"LaterOfTwoWins", {{"x", "40 80"}, {"x", "20 40"}}, projection(scaleOf(30.0), infinity, notANumber, notANumber)},
+    {"LaterOfThreeWinsWithOthersBetween",
+     {{"x", "40 80"}, {"y", "40 80"}, {"x", "1 1"}, {"n", "2 6"}, {"f", "5 15"}, {"x", "20 40"}},
+     projection(scaleOf(30.0), scaleOf(60.0), 4.0, 10.0)});
 
 struct SidCase : Row {
     std::array<const char*, 4> sids; ///< of xfov, yfov, znear and zfar; null for a parameter that is absent
@@ -1010,32 +974,22 @@ TEST_P(CameraSidTest, AnimationSetsTheFirstPresentParameterWithItsSid)
     EXPECT_EQ("", log.text());
 }
 
-INSTANTIATE_TEST_SUITE_P(
+INSTANTIATE_ROWS(
     EqualSids, CameraSidTest,
-    testing::Values(
-        SidCase{"XfovIsFirst", {"v", "v", "v", "v"}, "v", projection(scaleOf(8.0), infinity, notANumber, notANumber)},
-        SidCase{
-            "YfovIsSecond", {"other", "v", "v", "v"}, "v", projection(infinity, scaleOf(8.0), notANumber, notANumber)},
-        SidCase{"NearIsThird", {"other", "other", "v", "v"}, "v", projection(infinity, infinity, -0.0f, 0.0f)},
-        SidCase{"FarIsLast", {"other", "other", "other", "v"}, "v", projection(infinity, infinity, 1.0f, -0.0f)},
-        SidCase{"AspectRatioIsNoTarget", {"other", "other", "other", "other"}, "v", allZero},
-        SidCase{"AbsentXfovIsPassedOver",
-                {nullptr, "v", "v", "v"},
-                "v",
-                projection(narrowed(double(scaleOf(8.0)) * 2.0), scaleOf(8.0), notANumber, notANumber)},
-        SidCase{
-            "AbsentYfovIsPassedOver", {"other", nullptr, "v", "v"}, "v", projection(infinity, infinity, -0.0f, 0.0f)},
-        SidCase{"AbsentAnglesArePassedOver", {nullptr, nullptr, "v", "v"}, "v", projection(0.0f, 0.0f, -0.0f, 0.0f)},
-        SidCase{"AbsentNearIsPassedOver", {nullptr, nullptr, nullptr, "v"}, "v", projection(0.0f, 0.0f, 1.0f, -0.0f)},
-        SidCase{"NothingPresent",
-                {nullptr, nullptr, nullptr, nullptr},
-                "v",
-                projection(0.0f, 0.0f, notANumber, notANumber)},
-        SidCase{"EmptySidEqualsEmptyTarget",
-                {"x", "", "", "f"},
-                "",
-                projection(infinity, scaleOf(8.0), notANumber, notANumber)}),
-    rowName);
+    {"XfovIsFirst", {"v", "v", "v", "v"}, "v", projection(scaleOf(8.0), infinity, notANumber, notANumber)},
+    {"YfovIsSecond", {"other", "v", "v", "v"}, "v", projection(infinity, scaleOf(8.0), notANumber, notANumber)},
+    {"NearIsThird", {"other", "other", "v", "v"}, "v", projection(infinity, infinity, -0.0f, 0.0f)},
+    {"FarIsLast", {"other", "other", "other", "v"}, "v", projection(infinity, infinity, 1.0f, -0.0f)},
+    {"AspectRatioIsNoTarget", {"other", "other", "other", "other"}, "v", allZero},
+    {"AbsentXfovIsPassedOver",
+     {nullptr, "v", "v", "v"},
+     "v",
+     projection(narrowed(double(scaleOf(8.0)) * 2.0), scaleOf(8.0), notANumber, notANumber)},
+    {"AbsentYfovIsPassedOver", {"other", nullptr, "v", "v"}, "v", projection(infinity, infinity, -0.0f, 0.0f)},
+    {"AbsentAnglesArePassedOver", {nullptr, nullptr, "v", "v"}, "v", projection(0.0f, 0.0f, -0.0f, 0.0f)},
+    {"AbsentNearIsPassedOver", {nullptr, nullptr, nullptr, "v"}, "v", projection(0.0f, 0.0f, 1.0f, -0.0f)},
+    {"NothingPresent", {nullptr, nullptr, nullptr, nullptr}, "v", projection(0.0f, 0.0f, notANumber, notANumber)},
+    {"EmptySidEqualsEmptyTarget", {"x", "", "", "f"}, "", projection(infinity, scaleOf(8.0), notANumber, notANumber)});
 
 TEST(CameraTest, AnimationThatFailedHasAnEmptyTargetAndGivesTheStoredValue)
 {

@@ -359,16 +359,11 @@ TEST_P(InstanceUrlTest, WhatIsNoGeometryIsLoggedAndTheNextInstanceGoesOn)
     EXPECT_EQ(Texts{notAGeometry}, log.messages());
 }
 
-INSTANTIATE_TEST_SUITE_P(Urls, InstanceUrlTest,
-                         testing::Values(UrlCase{"Absent", ""}, UrlCase{"Empty", "url=''"},
-                                         UrlCase{"OnlyTheMark", "url='#'"}, UrlCase{"Nothing", "url='#none'"},
-                                         UrlCase{"AnotherCase", "url='#One'"}, UrlCase{"WithoutTheMark", "url='one'"},
-                                         UrlCase{"AnotherDocument", "url='./none.dae#one'"},
-                                         UrlCase{"Node", "url='#n'"}, UrlCase{"VisualScene", "url='#scene'"},
-                                         UrlCase{"Material", "url='#blinn'"}, UrlCase{"Effect", "url='#blinn-effect'"},
-                                         UrlCase{"PartOfAGeometry", "url='#one-vertices'"},
-                                         UrlCase{"TextThatIsLost", "url='#größe'"}),
-                         rowName);
+INSTANTIATE_ROWS(Urls, InstanceUrlTest, {"Absent", ""}, {"Empty", "url=''"}, {"OnlyTheMark", "url='#'"},
+                 {"Nothing", "url='#none'"}, {"AnotherCase", "url='#One'"}, {"WithoutTheMark", "url='one'"},
+                 {"AnotherDocument", "url='./none.dae#one'"}, {"Node", "url='#n'"}, {"VisualScene", "url='#scene'"},
+                 {"Material", "url='#blinn'"}, {"Effect", "url='#blinn-effect'"},
+                 {"PartOfAGeometry", "url='#one-vertices'"}, {"TextThatIsLost", "url='#größe'"});
 
 TEST(GeometryInstancingTest, EachInstanceThatIsNoGeometryHasItsLine)
 {
@@ -486,24 +481,19 @@ std::string inCommon(const std::string& content)
     return "<bind_material><technique_common>" + content + "</technique_common></bind_material>";
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Bindings, NoBindingTest,
-    testing::Values(BindingCase{"EmptyBindMaterial", "<bind_material/>"},
-                    BindingCase{"NoCommonTechnique", "<bind_material><param name='p' semantic='s' type='float'/>"
-                                                     "<technique profile='other'/></bind_material>"},
-                    BindingCase{"MaterialInAnotherTechnique", "<bind_material><technique profile='other'>" +
-                                                                  bound("symbol", "blinn") +
-                                                                  "</technique></bind_material>"},
-                    BindingCase{"EmptyCommonTechnique", inCommon("")},
-                    BindingCase{"NoTarget", inCommon("<instance_material symbol='symbol'/>")},
-                    BindingCase{"EmptyTarget", inCommon("<instance_material symbol='symbol' target=''/>")},
-                    BindingCase{"TargetIsNothing", inCommon(bound("symbol", "none"))},
-                    BindingCase{"TargetOfAnotherCase", inCommon(bound("symbol", "Blinn"))},
-                    BindingCase{"TargetIsAnEffect", inCommon(bound("symbol", "blinn-effect"))},
-                    BindingCase{"TargetIsAGeometry", inCommon(bound("symbol", "one"))},
-                    BindingCase{"TargetIsTheNode", inCommon(bound("symbol", "n"))},
-                    BindingCase{"TargetIsLost", inCommon(bound("symbol", "größe"))}),
-    rowName);
+INSTANTIATE_ROWS(Bindings, NoBindingTest, {"EmptyBindMaterial", "<bind_material/>"},
+                 {"NoCommonTechnique", "<bind_material><param name='p' semantic='s' type='float'/>"
+                                       "<technique profile='other'/></bind_material>"},
+                 {"MaterialInAnotherTechnique", "<bind_material><technique profile='other'>" +
+                                                    bound("symbol", "blinn") + "</technique></bind_material>"},
+                 {"EmptyCommonTechnique", inCommon("")}, {"NoTarget", inCommon("<instance_material symbol='symbol'/>")},
+                 {"EmptyTarget", inCommon("<instance_material symbol='symbol' target=''/>")},
+                 {"TargetIsNothing", inCommon(bound("symbol", "none"))},
+                 {"TargetOfAnotherCase", inCommon(bound("symbol", "Blinn"))},
+                 {"TargetIsAnEffect", inCommon(bound("symbol", "blinn-effect"))},
+                 {"TargetIsAGeometry", inCommon(bound("symbol", "one"))},
+                 {"TargetIsTheNode", inCommon(bound("symbol", "n"))},
+                 {"TargetIsLost", inCommon(bound("symbol", "größe"))});
 
 TEST(GeometryInstancingTest, TargetThatIsNoMaterialIsPassedOver)
 {
@@ -661,37 +651,30 @@ TEST_P(MaterialEffectTest, UsableShaderIsRegisteredAndAllElsePassesSilently)
 
 const std::string toEffect = "<instance_effect url='#effect'/>";
 
-INSTANTIATE_TEST_SUITE_P(
-    Effects, MaterialEffectTest,
-    testing::Values(
-        EffectCase{"NoInstanceEffect", "", common(shader("blinn", 4)), -1.0f},
-        EffectCase{"NoUrl", "<instance_effect/>", common(shader("blinn", 4)), -1.0f},
-        EffectCase{"EmptyUrl", "<instance_effect url=''/>", common(shader("blinn", 4)), -1.0f},
-        EffectCase{"UrlIsNothing", "<instance_effect url='#none'/>", common(shader("blinn", 4)), -1.0f},
-        EffectCase{"UrlOfAnotherCase", "<instance_effect url='#Effect'/>", common(shader("blinn", 4)), -1.0f},
-        EffectCase{"UrlIsLost", "<instance_effect url='#größe'/>", common(shader("blinn", 4)), -1.0f},
-        EffectCase{"UrlIsTheMaterial", "<instance_effect url='#material'/>", common(shader("blinn", 4)), -1.0f},
-        EffectCase{"UrlIsAGeometry", "<instance_effect url='#one'/>", common(shader("blinn", 4)), -1.0f},
-        EffectCase{"UrlIsANode", "<instance_effect url='#n'/>", common(shader("blinn", 4)), -1.0f},
-        EffectCase{"UrlIsTheProfile", "<instance_effect url='#profile'/>",
-                   "<profile_COMMON id='profile'><technique sid='common'>" + shader("blinn", 4) +
-                       "</technique></profile_COMMON>",
-                   -1.0f},
-        EffectCase{"NoProfile", toEffect, "", -1.0f},
-        EffectCase{"OtherProfilesAlone", toEffect, "<profile_GLSL/><profile_CG/><profile_GLES/>", -1.0f},
-        EffectCase{"NoTechnique", toEffect, "<profile_COMMON/>", -1.0f},
-        EffectCase{"EmptyTechnique", toEffect, common(""), -1.0f},
-        EffectCase{"Lambert", toEffect, common("<lambert/>"), -1.0f},
-        EffectCase{"Constant", toEffect, common("<constant/>"), -1.0f},
-        EffectCase{"Blinn", toEffect, common(shader("blinn", 4)), 4.0f},
-        EffectCase{"Phong", toEffect, common(shader("phong", 5)), 5.0f},
-        EffectCase{"BehindOtherProfiles", toEffect, "<profile_GLSL/><profile_CG/>" + common(shader("phong", 5)), 5.0f},
-        EffectCase{"BehindAProfileWithoutTechnique", toEffect, "<profile_COMMON/>" + common(shader("phong", 5)), 5.0f},
-        EffectCase{"BehindALambert", toEffect, common("<lambert/>") + common(shader("blinn", 4)), 4.0f},
-        EffectCase{"BeforeALambert", toEffect, common(shader("blinn", 4)) + common("<lambert/>"), 4.0f},
-        EffectCase{"FirstOfTwo", toEffect, common(shader("phong", 5)) + common(shader("blinn", 4)), 5.0f},
-        EffectCase{"FirstOfTwoThatAreAlike", toEffect, common(shader("blinn", 4)) + common(shader("blinn", 6)), 4.0f}),
-    rowName);
+INSTANTIATE_ROWS(
+    Effects, MaterialEffectTest, {"NoInstanceEffect", "", common(shader("blinn", 4)), -1.0f},
+    {"NoUrl", "<instance_effect/>", common(shader("blinn", 4)), -1.0f},
+    {"EmptyUrl", "<instance_effect url=''/>", common(shader("blinn", 4)), -1.0f},
+    {"UrlIsNothing", "<instance_effect url='#none'/>", common(shader("blinn", 4)), -1.0f},
+    {"UrlOfAnotherCase", "<instance_effect url='#Effect'/>", common(shader("blinn", 4)), -1.0f},
+    {"UrlIsLost", "<instance_effect url='#größe'/>", common(shader("blinn", 4)), -1.0f},
+    {"UrlIsTheMaterial", "<instance_effect url='#material'/>", common(shader("blinn", 4)), -1.0f},
+    {"UrlIsAGeometry", "<instance_effect url='#one'/>", common(shader("blinn", 4)), -1.0f},
+    {"UrlIsANode", "<instance_effect url='#n'/>", common(shader("blinn", 4)), -1.0f},
+    {"UrlIsTheProfile", "<instance_effect url='#profile'/>",
+     "<profile_COMMON id='profile'><technique sid='common'>" + shader("blinn", 4) + "</technique></profile_COMMON>",
+     -1.0f},
+    {"NoProfile", toEffect, "", -1.0f},
+    {"OtherProfilesAlone", toEffect, "<profile_GLSL/><profile_CG/><profile_GLES/>", -1.0f},
+    {"NoTechnique", toEffect, "<profile_COMMON/>", -1.0f}, {"EmptyTechnique", toEffect, common(""), -1.0f},
+    {"Lambert", toEffect, common("<lambert/>"), -1.0f}, {"Constant", toEffect, common("<constant/>"), -1.0f},
+    {"Blinn", toEffect, common(shader("blinn", 4)), 4.0f}, {"Phong", toEffect, common(shader("phong", 5)), 5.0f},
+    {"BehindOtherProfiles", toEffect, "<profile_GLSL/><profile_CG/>" + common(shader("phong", 5)), 5.0f},
+    {"BehindAProfileWithoutTechnique", toEffect, "<profile_COMMON/>" + common(shader("phong", 5)), 5.0f},
+    {"BehindALambert", toEffect, common("<lambert/>") + common(shader("blinn", 4)), 4.0f},
+    {"BeforeALambert", toEffect, common(shader("blinn", 4)) + common("<lambert/>"), 4.0f},
+    {"FirstOfTwo", toEffect, common(shader("phong", 5)) + common(shader("blinn", 4)), 5.0f},
+    {"FirstOfTwoThatAreAlike", toEffect, common(shader("blinn", 4)) + common(shader("blinn", 6)), 4.0f});
 
 TEST(GeometryInstancingTest, WalkOverTheProfilesDoesNotStopAtTheFirstShader)
 {
@@ -1022,13 +1005,9 @@ bool loadsWithTheNextInstance(const std::string& materials, const std::string& e
            symbols(scene.visualScene()) == Keys{"next"};
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    References, RawReferenceTest,
-    testing::Values(RawCase{"OfAnInstance", "numbers.raw#one", "", "#none"},
-                    RawCase{"OfATarget", "#one", "<instance_material symbol='symbol' target='numbers.raw#blinn'/>",
-                            "#none"},
-                    RawCase{"OfAnEffect", "#one", bound("symbol", "raw"), "numbers.raw#blinn-effect"}),
-    rowName);
+INSTANTIATE_ROWS(References, RawReferenceTest, {"OfAnInstance", "numbers.raw#one", "", "#none"},
+                 {"OfATarget", "#one", "<instance_material symbol='symbol' target='numbers.raw#blinn'/>", "#none"},
+                 {"OfAnEffect", "#one", bound("symbol", "raw"), "numbers.raw#blinn-effect"});
 
 TEST(GeometryInstancingTest, MaterialCanBeReadAndReleasedBeyondItsScene)
 {

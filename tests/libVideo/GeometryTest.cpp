@@ -153,14 +153,11 @@ TEST_P(AnyMeshTest, MakesItsGeometryLoadWithoutALineOfTheGeometry)
     EXPECT_EQ(GetParam().primitives, geometry.mesh().primitives().size());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Meshes, AnyMeshTest,
-    testing::Values(MeshKind{"WithTriangles", basics + twoLists, 2},
-                    MeshKind{"WithLinesOnly", basics + polygonsOf("lines", "", "0 1"), 0},
-                    MeshKind{"WithPolygonsOnly", basics + polygonsOf("polygons", "", "0 1 2 3"), 1},
-                    MeshKind{"WithVerticesOnly", basics, 1}, MeshKind{"WithNothing", "", 1},
-                    MeshKind{"WithAFailedListOnly", basics + "<triangles count='1'><p>0 1 2</p></triangles>", 1}),
-    rowName);
+INSTANTIATE_ROWS(Meshes, AnyMeshTest, {"WithTriangles", basics + twoLists, 2},
+                 {"WithLinesOnly", basics + polygonsOf("lines", "", "0 1"), 0},
+                 {"WithPolygonsOnly", basics + polygonsOf("polygons", "", "0 1 2 3"), 1},
+                 {"WithVerticesOnly", basics, 1}, {"WithNothing", "", 1},
+                 {"WithAFailedListOnly", basics + "<triangles count='1'><p>0 1 2</p></triangles>", 1});
 
 TEST(MeshTest, PolygonsAloneAreOnePointCloud)
 {

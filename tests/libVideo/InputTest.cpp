@@ -309,16 +309,11 @@ TEST_P(InputWordTest, WordGivesTheSemanticOfTheLayout)
     EXPECT_EQ(Texts(), log.messages());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Words, InputWordTest,
-    testing::Values(WordCase{"Binormal", "BINORMAL", 0}, WordCase{"Weight", "WEIGHT", 2}, WordCase{"Color", "COLOR", 3},
-                    WordCase{"Normal", "NORMAL", 4}, WordCase{"Position", "POSITION", 5},
-                    WordCase{"Tangent", "TANGENT", 8}, WordCase{"Texcoord", "TEXCOORD", 9},
-                    WordCase{"Input", "INPUT", 10}, WordCase{"Output", "OUTPUT", 11},
-                    WordCase{"Interpolation", "INTERPOLATION", 12}, WordCase{"InTangent", "IN_TANGENT", 13},
-                    WordCase{"OutTangent", "OUT_TANGENT", 14}, WordCase{"SmallLetters", "position", 5},
-                    WordCase{"MixedLetters", "TexCoord", 9}),
-    rowName);
+INSTANTIATE_ROWS(Words, InputWordTest, {"Binormal", "BINORMAL", 0}, {"Weight", "WEIGHT", 2}, {"Color", "COLOR", 3},
+                 {"Normal", "NORMAL", 4}, {"Position", "POSITION", 5}, {"Tangent", "TANGENT", 8},
+                 {"Texcoord", "TEXCOORD", 9}, {"Input", "INPUT", 10}, {"Output", "OUTPUT", 11},
+                 {"Interpolation", "INTERPOLATION", 12}, {"InTangent", "IN_TANGENT", 13},
+                 {"OutTangent", "OUT_TANGENT", 14}, {"SmallLetters", "position", 5}, {"MixedLetters", "TexCoord", 9});
 
 struct SkipCase : Row {
     const char* xml;
@@ -356,30 +351,24 @@ TEST_P(InputLocalSkipTest, InputAloneFailsTheLoadWithOneLineMore)
     EXPECT_FALSE(input.hasData());
 }
 
-INSTANTIATE_TEST_SUITE_P(
+INSTANTIATE_ROWS(
     Documents, InputLocalSkipTest,
-    testing::Values(
-        SkipCase{"UnknownSemantic", "<input semantic='UV' source='#normals'/>", {unknownSemanticLine("UV")}},
-        SkipCase{
-            "VertexIsUnknownHere", "<input semantic='VERTEX' source='#normals'/>", {unknownSemanticLine("VERTEX")}},
-        SkipCase{"WordShowsAsWritten", "<input semantic='uvW' source='#normals'/>", {unknownSemanticLine("uvW")}},
-        SkipCase{"AbsentSemantic", "<input source='#normals'/>", {unknownSemanticLine("")}},
-        SkipCase{
-            "UnknownSemanticLooksForNoSource", "<input semantic='UV' source='#nothing'/>", {unknownSemanticLine("UV")}},
-        SkipCase{"ReferenceToNothing",
-                 "<input semantic='NORMAL' source='#nothing'/>",
-                 {"libVideo.source: Element #nothing is not a source"}},
-        SkipCase{"AbsentReference", "<input semantic='NORMAL'/>", {"libVideo.source: Element  is not a source"}},
-        SkipCase{"ReferenceToNoSource",
-                 "<input semantic='NORMAL' source='#vertices'/>",
-                 {"libVideo.source: Element vertices is not a source"}},
-        SkipCase{"SourceOfNames",
-                 "<input semantic='NORMAL' source='#names'/>",
-                 {"libVideo.source: Source has no float array"}},
-        SkipCase{"EmptySource",
-                 "<input semantic='NORMAL' source='#empty'/>",
-                 {"libVideo.source: Not interested in <source> that has no data and accessors"}}),
-    rowName);
+    {"UnknownSemantic", "<input semantic='UV' source='#normals'/>", {unknownSemanticLine("UV")}},
+    {"VertexIsUnknownHere", "<input semantic='VERTEX' source='#normals'/>", {unknownSemanticLine("VERTEX")}},
+    {"WordShowsAsWritten", "<input semantic='uvW' source='#normals'/>", {unknownSemanticLine("uvW")}},
+    {"AbsentSemantic", "<input source='#normals'/>", {unknownSemanticLine("")}},
+    {"UnknownSemanticLooksForNoSource", "<input semantic='UV' source='#nothing'/>", {unknownSemanticLine("UV")}},
+    {"ReferenceToNothing",
+     "<input semantic='NORMAL' source='#nothing'/>",
+     {"libVideo.source: Element #nothing is not a source"}},
+    {"AbsentReference", "<input semantic='NORMAL'/>", {"libVideo.source: Element  is not a source"}},
+    {"ReferenceToNoSource",
+     "<input semantic='NORMAL' source='#vertices'/>",
+     {"libVideo.source: Element vertices is not a source"}},
+    {"SourceOfNames", "<input semantic='NORMAL' source='#names'/>", {"libVideo.source: Source has no float array"}},
+    {"EmptySource",
+     "<input semantic='NORMAL' source='#empty'/>",
+     {"libVideo.source: Not interested in <source> that has no data and accessors"}});
 
 TEST(InputLocalTest, LinesOfSkippedInputsStandInDocumentOrder)
 {
@@ -870,16 +859,13 @@ TEST_P(InputOffsetTest, DistinctOffsetsAreCountedAndAllAreKept)
     EXPECT_EQ(GetParam().offsets, offsetsOf(input));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Documents, InputOffsetTest,
-    testing::Values(OffsetCase{"One", {"0"}, 1, {0}}, OffsetCase{"OneThatIsNotZero", {"7"}, 1, {7}},
-                    OffsetCase{"Shared", {"0", "0"}, 1, {0, 0}}, OffsetCase{"Three", {"0", "1", "2"}, 3, {0, 1, 2}},
-                    OffsetCase{"Gap", {"0", "2"}, 2, {0, 2}}, OffsetCase{"Descending", {"2", "1", "0"}, 3, {2, 1, 0}},
-                    OffsetCase{"RepeatBehindAnother", {"0", "1", "0"}, 2, {0, 1, 0}},
-                    OffsetCase{"Repeats", {"1", "1", "4", "4", "1"}, 2, {1, 1, 4, 4, 1}},
-                    OffsetCase{"Largest", {"4294967295"}, 1, {4294967295u}},
-                    OffsetCase{"LowHalf", {"0", "4294967296", "4294967297"}, 2, {0, 0, 1}}),
-    rowName);
+INSTANTIATE_ROWS(Documents, InputOffsetTest, {"One", {"0"}, 1, {0}}, {"OneThatIsNotZero", {"7"}, 1, {7}},
+                 {"Shared", {"0", "0"}, 1, {0, 0}}, {"Three", {"0", "1", "2"}, 3, {0, 1, 2}},
+                 {"Gap", {"0", "2"}, 2, {0, 2}}, {"Descending", {"2", "1", "0"}, 3, {2, 1, 0}},
+                 {"RepeatBehindAnother", {"0", "1", "0"}, 2, {0, 1, 0}},
+                 {"Repeats", {"1", "1", "4", "4", "1"}, 2, {1, 1, 4, 4, 1}},
+                 {"Largest", {"4294967295"}, 1, {4294967295u}},
+                 {"LowHalf", {"0", "4294967296", "4294967297"}, 2, {0, 0, 1}});
 
 TEST(InputLocalOffsetTest, AbsentOffsetIsZero)
 {
@@ -980,47 +966,43 @@ TEST_P(InputLocalOffsetSkipTest, InputAloneFailsTheLoadWithOneLineMore)
 
 const char* const normalHasNoClassLine = "libVideo.input: Does not have a class representation for source nothing";
 
-INSTANTIATE_TEST_SUITE_P(
+INSTANTIATE_ROWS(
     Documents, InputLocalOffsetSkipTest,
-    testing::Values(SkipCase{"UnknownSemantic",
-                             "<input semantic='UV' source='#positions' offset='0'/>",
-                             {unknownSemanticLine("UV")}},
-                    SkipCase{"AbsentSemantic", "<input source='#positions' offset='0'/>", {unknownSemanticLine("")}},
-                    SkipCase{"UnknownSemanticLooksForNoSource",
-                             "<input semantic='UV' source='#nothing' offset='0'/>",
-                             {unknownSemanticLine("UV")}},
-                    SkipCase{"ReferenceToNothing",
-                             "<input semantic='POSITION' source='#nothing' offset='0'/>",
-                             {"libVideo.source: Element #nothing is not a source", normalHasNoClassLine}},
-                    SkipCase{"AbsentReference",
-                             "<input semantic='POSITION' offset='0'/>",
-                             {"libVideo.source: Element  is not a source",
-                              "libVideo.input: Does not have a class representation for source "}},
-                    SkipCase{"ReferenceToVerticesByAnotherWord",
-                             "<input semantic='POSITION' source='#vertices' offset='0'/>",
-                             {"libVideo.source: Element vertices is not a source",
-                              "libVideo.input: Does not have a class representation for source vertices"}},
-                    SkipCase{"SourceOfNames",
-                             "<input semantic='POSITION' source='#names' offset='0'/>",
-                             {"libVideo.source: Source has no float array",
-                              "libVideo.input: Does not have a class representation for source names"}},
-                    SkipCase{"EmptySource",
-                             "<input semantic='POSITION' source='#empty' offset='0'/>",
-                             {"libVideo.source: Not interested in <source> that has no data and accessors",
-                              "libVideo.input: Does not have a class representation for source empty"}},
-                    SkipCase{"VertexOfNothing",
-                             "<input semantic='VERTEX' source='#nothing' offset='0'/>",
-                             {"libVideo.input: Input is not a <vertices> element nothing"}},
-                    SkipCase{"VertexWithoutReference",
-                             "<input semantic='VERTEX' offset='0'/>",
-                             {"libVideo.input: Input is not a <vertices> element "}},
-                    SkipCase{"VertexOfASource",
-                             "<input semantic='VERTEX' source='#positions' offset='0'/>",
-                             {"libVideo.input: Input is not a <vertices> element positions"}},
-                    SkipCase{"VerticesWithoutSource",
-                             "<input semantic='VERTEX' source='#vertices' offset='0'/>",
-                             {unknownSemanticLine("UV"), loadFailedLine}}),
-    rowName);
+    {"UnknownSemantic", "<input semantic='UV' source='#positions' offset='0'/>", {unknownSemanticLine("UV")}},
+    {"AbsentSemantic", "<input source='#positions' offset='0'/>", {unknownSemanticLine("")}},
+    {"UnknownSemanticLooksForNoSource",
+     "<input semantic='UV' source='#nothing' offset='0'/>",
+     {unknownSemanticLine("UV")}},
+    {"ReferenceToNothing",
+     "<input semantic='POSITION' source='#nothing' offset='0'/>",
+     {"libVideo.source: Element #nothing is not a source", normalHasNoClassLine}},
+    {"AbsentReference",
+     "<input semantic='POSITION' offset='0'/>",
+     {"libVideo.source: Element  is not a source", "libVideo.input: Does not have a class representation for source "}},
+    {"ReferenceToVerticesByAnotherWord",
+     "<input semantic='POSITION' source='#vertices' offset='0'/>",
+     {"libVideo.source: Element vertices is not a source",
+      "libVideo.input: Does not have a class representation for source vertices"}},
+    {"SourceOfNames",
+     "<input semantic='POSITION' source='#names' offset='0'/>",
+     {"libVideo.source: Source has no float array",
+      "libVideo.input: Does not have a class representation for source names"}},
+    {"EmptySource",
+     "<input semantic='POSITION' source='#empty' offset='0'/>",
+     {"libVideo.source: Not interested in <source> that has no data and accessors",
+      "libVideo.input: Does not have a class representation for source empty"}},
+    {"VertexOfNothing",
+     "<input semantic='VERTEX' source='#nothing' offset='0'/>",
+     {"libVideo.input: Input is not a <vertices> element nothing"}},
+    {"VertexWithoutReference",
+     "<input semantic='VERTEX' offset='0'/>",
+     {"libVideo.input: Input is not a <vertices> element "}},
+    {"VertexOfASource",
+     "<input semantic='VERTEX' source='#positions' offset='0'/>",
+     {"libVideo.input: Input is not a <vertices> element positions"}},
+    {"VerticesWithoutSource",
+     "<input semantic='VERTEX' source='#vertices' offset='0'/>",
+     {unknownSemanticLine("UV"), loadFailedLine}});
 
 TEST(InputLocalOffsetTest, NoInputsFailWithOneLine)
 {

@@ -342,20 +342,17 @@ TEST_P(CameraInstanceUnboundTest, GivesOneLineAndFalseAndChangesNothing)
     EXPECT_STREQ("name", instance.name().data());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Urls, CameraInstanceUnboundTest,
-    testing::Values(
-        UnboundCase{"ToNothing", "<instance_camera url='#nowhere'/>", "",
-                    "domInstance_camera does not point to a camera element"},
-        UnboundCase{"OfOtherCase", "<instance_camera url='#First'/>", "",
-                    "domInstance_camera does not point to a camera element"},
-        UnboundCase{"Absent", "<instance_camera/>", "", "domInstance_camera does not point to a camera element"},
-        UnboundCase{"ToANode", "<instance_camera url='#n'/>", "", "Cannot find camera source n for this instance"},
-        UnboundCase{"ToACameraThatIsNotPooled", "<instance_camera url='#flat'/>",
-                    "<camera id='flat'><optics><technique_common><orthographic><xmag>1</xmag><znear>1</znear>"
-                    "<zfar>2</zfar></orthographic></technique_common></optics></camera>",
-                    "Cannot find camera source flat for this instance"}),
-    rowName);
+INSTANTIATE_ROWS(Urls, CameraInstanceUnboundTest,
+                 {"ToNothing", "<instance_camera url='#nowhere'/>", "",
+                  "domInstance_camera does not point to a camera element"},
+                 {"OfOtherCase", "<instance_camera url='#First'/>", "",
+                  "domInstance_camera does not point to a camera element"},
+                 {"Absent", "<instance_camera/>", "", "domInstance_camera does not point to a camera element"},
+                 {"ToANode", "<instance_camera url='#n'/>", "", "Cannot find camera source n for this instance"},
+                 {"ToACameraThatIsNotPooled", "<instance_camera url='#flat'/>",
+                  "<camera id='flat'><optics><technique_common><orthographic><xmag>1</xmag><znear>1</znear>"
+                  "<zfar>2</zfar></orthographic></technique_common></optics></camera>",
+                  "Cannot find camera source flat for this instance"});
 
 TEST(CameraInstanceTest, EmptyListHasNoCamera)
 {
@@ -514,37 +511,35 @@ TEST_P(CameraInstanceViewTest, IsLeftHandedAndForRowVectors)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
+INSTANTIATE_ROWS(
     Places, CameraInstanceViewTest,
-    testing::Values(
-        ViewCase{"AtTheOriginTowardsZ", triple(0, 0, 0), triple(0, 0, 1), triple(0, 1, 0), identity},
-        ViewCase{"BeforeTheOrigin", triple(0, 0, -5), triple(0, 0, 0), triple(0, 1, 0),
-                 elementsOf(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 5, 1)},
-        // z = (0, 0, -1), x = up × z = (-1, 0, 0), y = z × x = (0, 1, 0)
-        ViewCase{"BehindTheOrigin", triple(1, 2, 5), triple(1, 2, 0), triple(0, 1, 0),
-                 elementsOf(-1, 0, 0, 0, 0, 1, 0, 0, 0, 0, -1, 0, 1, -2, 5, 1)},
-        // z = (1, 0, 0), x = (0, 1, 0) × z = (0, 0, -1), y = z × x = (0, 1, 0)
-        ViewCase{"TowardsX", triple(2, 3, 4), triple(9, 3, 4), triple(0, 1, 0),
-                 elementsOf(0, 0, 1, 0, 0, 1, 0, 0, -1, 0, 0, 0, 4, -3, -2, 1)},
-        // z = (-0.6, 0, 0.8), x = (0.8, 0, 0.6), y = (0, 0.64 + 0.36, 0); x · eye = 2.4 - 2.4, z · eye = -1.8 - 3.2
-        ViewCase{"Aslant", triple(3, 0, -4), triple(0, 0, 0), triple(0, 1, 0),
-                 elementsOf(0.8f, 0, -0.6f, 0, 0, 1, 0, 0, 0.6f, 0, 0.8f, 0, 0, 0, 5, 1)},
-        // Only the part of up across the view counts, and no length: as with (0, 1, 0).
-        ViewCase{"UpNeitherUnitNorAcross", triple(0, 0, -5), triple(0, 0, 0), triple(0, 7, -3),
-                 elementsOf(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 5, 1)},
-        // x = (0, -1, 0) × (0, 0, 1) = (-1, 0, 0), y = z × x = (0, -1, 0)
-        ViewCase{"UpsideDown", triple(4, 5, 6), triple(4, 5, 9), triple(0, -1, 0),
-                 elementsOf(-1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1, 0, 4, 5, -6, 1)},
-        ViewCase{"AtItsTarget", triple(1, 2, 3), triple(1, 2, 3), triple(0, 1, 0),
-                 elementsOf(nan, nan, nan, 0, nan, nan, nan, 0, nan, nan, nan, 0, nan, nan, nan, 1)},
-        ViewCase{"UpAlongTheView", triple(0, 0, 0), triple(0, 3, 0), triple(0, 1, 0),
-                 elementsOf(nan, nan, 0, 0, nan, nan, 1, 0, nan, nan, 0, 0, nan, nan, 0, 1)},
-        ViewCase{"UpOfNoLength", triple(0, 0, -5), triple(0, 0, 0), triple(0, 0, 0),
-                 elementsOf(nan, nan, 0, 0, nan, nan, 0, 0, nan, nan, 1, 0, nan, nan, 5, 1)},
-        // The square of the distance does not fit a float, so z comes out as zero.
-        ViewCase{"TooFar", triple(0, 0, 0), triple(0, 0, 1e20f), triple(0, 1, 0),
-                 elementsOf(nan, nan, 0, 0, nan, nan, 0, 0, nan, nan, 0, 0, nan, nan, 0, 1)}),
-    rowName);
+    {"AtTheOriginTowardsZ", triple(0, 0, 0), triple(0, 0, 1), triple(0, 1, 0), identity},
+    {"BeforeTheOrigin", triple(0, 0, -5), triple(0, 0, 0), triple(0, 1, 0),
+     elementsOf(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 5, 1)},
+    // z = (0, 0, -1), x = up × z = (-1, 0, 0), y = z × x = (0, 1, 0)
+    {"BehindTheOrigin", triple(1, 2, 5), triple(1, 2, 0), triple(0, 1, 0),
+     elementsOf(-1, 0, 0, 0, 0, 1, 0, 0, 0, 0, -1, 0, 1, -2, 5, 1)},
+    // z = (1, 0, 0), x = (0, 1, 0) × z = (0, 0, -1), y = z × x = (0, 1, 0)
+    {"TowardsX", triple(2, 3, 4), triple(9, 3, 4), triple(0, 1, 0),
+     elementsOf(0, 0, 1, 0, 0, 1, 0, 0, -1, 0, 0, 0, 4, -3, -2, 1)},
+    // z = (-0.6, 0, 0.8), x = (0.8, 0, 0.6), y = (0, 0.64 + 0.36, 0); x · eye = 2.4 - 2.4, z · eye = -1.8 - 3.2
+    {"Aslant", triple(3, 0, -4), triple(0, 0, 0), triple(0, 1, 0),
+     elementsOf(0.8f, 0, -0.6f, 0, 0, 1, 0, 0, 0.6f, 0, 0.8f, 0, 0, 0, 5, 1)},
+    // Only the part of up across the view counts, and no length: as with (0, 1, 0).
+    {"UpNeitherUnitNorAcross", triple(0, 0, -5), triple(0, 0, 0), triple(0, 7, -3),
+     elementsOf(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 5, 1)},
+    // x = (0, -1, 0) × (0, 0, 1) = (-1, 0, 0), y = z × x = (0, -1, 0)
+    {"UpsideDown", triple(4, 5, 6), triple(4, 5, 9), triple(0, -1, 0),
+     elementsOf(-1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1, 0, 4, 5, -6, 1)},
+    {"AtItsTarget", triple(1, 2, 3), triple(1, 2, 3), triple(0, 1, 0),
+     elementsOf(nan, nan, nan, 0, nan, nan, nan, 0, nan, nan, nan, 0, nan, nan, nan, 1)},
+    {"UpAlongTheView", triple(0, 0, 0), triple(0, 3, 0), triple(0, 1, 0),
+     elementsOf(nan, nan, 0, 0, nan, nan, 1, 0, nan, nan, 0, 0, nan, nan, 0, 1)},
+    {"UpOfNoLength", triple(0, 0, -5), triple(0, 0, 0), triple(0, 0, 0),
+     elementsOf(nan, nan, 0, 0, nan, nan, 0, 0, nan, nan, 1, 0, nan, nan, 5, 1)},
+    // The square of the distance does not fit a float, so z comes out as zero.
+    {"TooFar", triple(0, 0, 0), triple(0, 0, 1e20f), triple(0, 1, 0),
+     elementsOf(nan, nan, 0, 0, nan, nan, 0, 0, nan, nan, 0, 0, nan, nan, 0, 1)});
 
 TEST(CameraInstanceTest, ViewIsThatOfTheStepsInFloatToTheLastBit)
 {
@@ -1020,15 +1015,12 @@ TEST_P(SpotLightInstanceDirectionTest, LeadsFromTheNodeToItsTarget)
     EXPECT_EQ("", log.text());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Places, SpotLightInstanceDirectionTest,
-    testing::Values(DirectionCase{"AlongZ", triple(0, 0, 0), triple(0, 0, 2), triple(0, 0, 1)},
-                    DirectionCase{"Back", triple(1, 1, 1), triple(1, 1, -7), triple(0, 0, -1)},
-                    DirectionCase{"Aslant", triple(0, 4, 3), triple(0, 0, 0), triple(0, -0.8f, -0.6f)},
-                    DirectionCase{"Odd", triple(1.5f, -2.25f, 3.125f), triple(2.5f, -0.25f, 1.125f),
-                                  triple(1 / 3.0f, 2 / 3.0f, -2 / 3.0f)},
-                    DirectionCase{"AtItsTarget", triple(1, 2, 3), triple(1, 2, 3), triple(nan, nan, nan)}),
-    rowName);
+INSTANTIATE_ROWS(Places, SpotLightInstanceDirectionTest, {"AlongZ", triple(0, 0, 0), triple(0, 0, 2), triple(0, 0, 1)},
+                 {"Back", triple(1, 1, 1), triple(1, 1, -7), triple(0, 0, -1)},
+                 {"Aslant", triple(0, 4, 3), triple(0, 0, 0), triple(0, -0.8f, -0.6f)},
+                 {"Odd", triple(1.5f, -2.25f, 3.125f), triple(2.5f, -0.25f, 1.125f),
+                  triple(1 / 3.0f, 2 / 3.0f, -2 / 3.0f)},
+                 {"AtItsTarget", triple(1, 2, 3), triple(1, 2, 3), triple(nan, nan, nan)});
 
 TEST(SpotLightInstanceTest, DirectionTakesTheNodesAsTheyStand)
 {

@@ -345,13 +345,11 @@ TEST_P(LightInstancingStopTest, SkipsTheRestOfTheNodeAndOtherNodesGoOn)
     EXPECT_EQ(6u, document.addLights("n", "before"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Urls, LightInstancingStopTest,
-                         testing::Values(StopCase{"ToNothing", "<instance_light url='#nowhere'/>", notALightElement},
-                                         StopCase{"OfOtherCase", "<instance_light url='#A'/>", notALightElement},
-                                         StopCase{"Absent", "<instance_light/>", notALightElement},
-                                         StopCase{"ToANode", "<instance_light url='#n'/>", notALight},
-                                         StopCase{"ToACamera", "<instance_light url='#eye'/>", notALight}),
-                         rowName);
+INSTANTIATE_ROWS(Urls, LightInstancingStopTest, {"ToNothing", "<instance_light url='#nowhere'/>", notALightElement},
+                 {"OfOtherCase", "<instance_light url='#A'/>", notALightElement},
+                 {"Absent", "<instance_light/>", notALightElement},
+                 {"ToANode", "<instance_light url='#n'/>", notALight},
+                 {"ToACamera", "<instance_light url='#eye'/>", notALight});
 
 TEST(LightInstancingTest, BadInstanceInFrontLeavesTheNodeWithoutLights)
 {
@@ -816,17 +814,11 @@ TEST_P(WholeStageTimeTest, CameraStandsWhereTheCurvesHaveIt)
 
 // Keys at seconds 1 and 3, and with that a length of 3 seconds, after which the curves start again. Outside of the keys
 // the camera is at rest. Cotangents: of 30 degrees √3, of 45 degrees 1, of 52.5 degrees 0.767327.
-INSTANTIATE_TEST_SUITE_P(Times, WholeStageTimeTest,
-                         testing::Values(TimeCase{"Start", 0.0, 0.0, -10.0, 2.0},
-                                         TimeCase{"BeforeTheFirstKey", 0.5, 0.0, -10.0, 2.0},
-                                         TimeCase{"FirstKey", 1.0, 0.0, -5.0, 1.7320508075688772},
-                                         TimeCase{"HalfWay", 2.0, 3.0, -4.0, 1.0},
-                                         TimeCase{"ThreeQuarters", 2.5, 4.5, -3.5, 0.7673269879789604},
-                                         TimeCase{"LastKeyIsTheStart", 3.0, 0.0, -10.0, 2.0},
-                                         TimeCase{"FirstKeyAgain", 4.0, 0.0, -5.0, 1.7320508075688772},
-                                         TimeCase{"HalfWayMuchLater", 302.0, 3.0, -4.0, 1.0},
-                                         TimeCase{"BeforeTheStart", -1.0, 0.0, -10.0, 2.0}),
-                         rowName);
+INSTANTIATE_ROWS(Times, WholeStageTimeTest, {"Start", 0.0, 0.0, -10.0, 2.0},
+                 {"BeforeTheFirstKey", 0.5, 0.0, -10.0, 2.0}, {"FirstKey", 1.0, 0.0, -5.0, 1.7320508075688772},
+                 {"HalfWay", 2.0, 3.0, -4.0, 1.0}, {"ThreeQuarters", 2.5, 4.5, -3.5, 0.7673269879789604},
+                 {"LastKeyIsTheStart", 3.0, 0.0, -10.0, 2.0}, {"FirstKeyAgain", 4.0, 0.0, -5.0, 1.7320508075688772},
+                 {"HalfWayMuchLater", 302.0, 3.0, -4.0, 1.0}, {"BeforeTheStart", -1.0, 0.0, -10.0, 2.0});
 
 TEST(WholeStageTest, LensAloneLeavesThePlanesOut)
 {

@@ -192,38 +192,35 @@ TEST_P(PointLightLoadTest, ReadsItsElement)
     expectLog(GetParam().words, log);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Documents, PointLightLoadTest,
-    testing::Values(
-        PointCase{"ColorOnly", "<color>1 0.5 0</color>", triple(1.0f, 0.5f, 0.0f), triple(0.0f, 0.0f, 0.0f), ""},
-        PointCase{"All",
+INSTANTIATE_ROWS(Documents, PointLightLoadTest,
+                 {"ColorOnly", "<color>1 0.5 0</color>", triple(1.0f, 0.5f, 0.0f), triple(0.0f, 0.0f, 0.0f), ""},
+                 {"All",
                   "<color>0.25 0.5 0.75</color><constant_attenuation>2</constant_attenuation>"
                   "<linear_attenuation>3</linear_attenuation><quadratic_attenuation>4</quadratic_attenuation>",
                   triple(0.25f, 0.5f, 0.75f), triple(2.0f, 3.0f, 4.0f), ""},
-        PointCase{"ConstantOnly", "<color>0 0 0</color><constant_attenuation>2</constant_attenuation>",
+                 {"ConstantOnly", "<color>0 0 0</color><constant_attenuation>2</constant_attenuation>",
                   triple(0.0f, 0.0f, 0.0f), triple(2.0f, 0.0f, 0.0f), ""},
-        PointCase{"LinearOnly", "<color>0 0 0</color><linear_attenuation>3</linear_attenuation>",
+                 {"LinearOnly", "<color>0 0 0</color><linear_attenuation>3</linear_attenuation>",
                   triple(0.0f, 0.0f, 0.0f), triple(0.0f, 3.0f, 0.0f), ""},
-        PointCase{"QuadraticOnly", "<color>0 0 0</color><quadratic_attenuation>4</quadratic_attenuation>",
+                 {"QuadraticOnly", "<color>0 0 0</color><quadratic_attenuation>4</quadratic_attenuation>",
                   triple(0.0f, 0.0f, 0.0f), triple(0.0f, 0.0f, 4.0f), ""},
-        // The values are those of the document: unclamped, and narrowed to the nearest float.
-        PointCase{"Unclamped", "<color>2.5 -1 100</color><constant_attenuation>-2</constant_attenuation>",
+                 // The values are those of the document: unclamped, and narrowed to the nearest float.
+                 {"Unclamped", "<color>2.5 -1 100</color><constant_attenuation>-2</constant_attenuation>",
                   triple(2.5f, -1.0f, 100.0f), triple(-2.0f, 0.0f, 0.0f), ""},
-        PointCase{"Narrowed", "<color>0.1 16777217 0.7</color><linear_attenuation>0.0123456789</linear_attenuation>",
+                 {"Narrowed", "<color>0.1 16777217 0.7</color><linear_attenuation>0.0123456789</linear_attenuation>",
                   triple(0.1f, 16777216.0f, 0.7f), triple(0.0f, 0.0123456789f, 0.0f), ""},
-        PointCase{"FourValues", "<color>0.25 0.5 0.75 0.125</color>", triple(0.25f, 0.5f, 0.75f),
+                 {"FourValues", "<color>0.25 0.5 0.75 0.125</color>", triple(0.25f, 0.5f, 0.75f),
                   triple(0.0f, 0.0f, 0.0f), ""},
-        PointCase{"NoColor",
+                 {"NoColor",
                   "<constant_attenuation>2</constant_attenuation><linear_attenuation>3</linear_attenuation>"
                   "<quadratic_attenuation>4</quadratic_attenuation>",
                   white, triple(2.0f, 3.0f, 4.0f), noPointColor},
-        PointCase{"NothingAtAll", "", white, triple(0.0f, 0.0f, 0.0f), noPointColor},
-        PointCase{"TwoValues",
+                 {"NothingAtAll", "", white, triple(0.0f, 0.0f, 0.0f), noPointColor},
+                 {"TwoValues",
                   "<color>0.25 0.5</color><constant_attenuation>2</constant_attenuation>"
                   "<linear_attenuation>3</linear_attenuation><quadratic_attenuation>4</quadratic_attenuation>",
                   white, triple(2.0f, 3.0f, 4.0f), shortColor},
-        PointCase{"NoValues", "<color/>", white, triple(0.0f, 0.0f, 0.0f), shortColor}),
-    rowName);
+                 {"NoValues", "<color/>", white, triple(0.0f, 0.0f, 0.0f), shortColor});
 
 TEST(PointLightTest, SecondLoadSetsAbsentAttenuationsToZero)
 {
@@ -266,45 +263,42 @@ TEST_P(SpotLightLoadTest, ReadsOrRefusesItsElement)
     EXPECT_EQ("before", textOf(light.lookAtNodeId()));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Documents, SpotLightLoadTest,
-    testing::Values(
-        SpotCase{"ColorOnly", "<color>1 0.5 0</color>", true, triple(1.0f, 0.5f, 0.0f), triple(0.0f, 0.0f, 0.0f),
-                 180.0f, 0.0f, ""},
-        SpotCase{"All",
-                 "<color>0.25 0.5 0.75</color><constant_attenuation>2</constant_attenuation>"
-                 "<linear_attenuation>3</linear_attenuation><quadratic_attenuation>4</quadratic_attenuation>"
-                 "<falloff_angle>45</falloff_angle><falloff_exponent>0.15</falloff_exponent>",
-                 true, triple(0.25f, 0.5f, 0.75f), triple(2.0f, 3.0f, 4.0f), 45.0f, 0.15f, ""},
-        SpotCase{"ConstantOnly", "<color>0 0 0</color><constant_attenuation>2</constant_attenuation>", true,
-                 triple(0.0f, 0.0f, 0.0f), triple(2.0f, 0.0f, 0.0f), 180.0f, 0.0f, ""},
-        SpotCase{"LinearOnly", "<color>0 0 0</color><linear_attenuation>3</linear_attenuation>", true,
-                 triple(0.0f, 0.0f, 0.0f), triple(0.0f, 3.0f, 0.0f), 180.0f, 0.0f, ""},
-        SpotCase{"QuadraticOnly", "<color>0 0 0</color><quadratic_attenuation>4</quadratic_attenuation>", true,
-                 triple(0.0f, 0.0f, 0.0f), triple(0.0f, 0.0f, 4.0f), 180.0f, 0.0f, ""},
-        SpotCase{"AngleOnly", "<color>0 0 0</color><falloff_angle>33.3</falloff_angle>", true, triple(0.0f, 0.0f, 0.0f),
-                 triple(0.0f, 0.0f, 0.0f), 33.3f, 0.0f, ""},
-        SpotCase{"ExponentOnly", "<color>0 0 0</color><falloff_exponent>2</falloff_exponent>", true,
-                 triple(0.0f, 0.0f, 0.0f), triple(0.0f, 0.0f, 0.0f), 180.0f, 2.0f, ""},
-        SpotCase{"AngleOfZero", "<color>0 0 0</color><falloff_angle>0</falloff_angle>", true, triple(0.0f, 0.0f, 0.0f),
-                 triple(0.0f, 0.0f, 0.0f), 0.0f, 0.0f, ""},
-        SpotCase{"UnclampedAndNarrowed", "<color>0.1 16777217 -3</color><falloff_angle>400</falloff_angle>", true,
-                 triple(0.1f, 16777216.0f, -3.0f), triple(0.0f, 0.0f, 0.0f), 400.0f, 0.0f, ""},
-        SpotCase{"FourValues", "<color>0.25 0.5 0.75 0.125</color>", true, triple(0.25f, 0.5f, 0.75f),
-                 triple(0.0f, 0.0f, 0.0f), 180.0f, 0.0f, ""},
-        SpotCase{"NoColor",
-                 "<constant_attenuation>2</constant_attenuation><linear_attenuation>3</linear_attenuation>"
-                 "<quadratic_attenuation>4</quadratic_attenuation><falloff_angle>45</falloff_angle>"
-                 "<falloff_exponent>0.15</falloff_exponent>",
-                 false, white, triple(0.0f, 0.0f, 0.0f), 0.0f, 0.0f, noSpotColor},
-        SpotCase{"NothingAtAll", "", false, white, triple(0.0f, 0.0f, 0.0f), 0.0f, 0.0f, noSpotColor},
-        SpotCase{"TwoValues",
-                 "<color>0.25 0.5</color><constant_attenuation>2</constant_attenuation>"
-                 "<linear_attenuation>3</linear_attenuation><quadratic_attenuation>4</quadratic_attenuation>"
-                 "<falloff_angle>45</falloff_angle><falloff_exponent>0.15</falloff_exponent>",
-                 true, white, triple(2.0f, 3.0f, 4.0f), 45.0f, 0.15f, shortColor},
-        SpotCase{"NoValues", "<color/>", true, white, triple(0.0f, 0.0f, 0.0f), 180.0f, 0.0f, shortColor}),
-    rowName);
+INSTANTIATE_ROWS(Documents, SpotLightLoadTest,
+                 {"ColorOnly", "<color>1 0.5 0</color>", true, triple(1.0f, 0.5f, 0.0f), triple(0.0f, 0.0f, 0.0f),
+                  180.0f, 0.0f, ""},
+                 {"All",
+                  "<color>0.25 0.5 0.75</color><constant_attenuation>2</constant_attenuation>"
+                  "<linear_attenuation>3</linear_attenuation><quadratic_attenuation>4</quadratic_attenuation>"
+                  "<falloff_angle>45</falloff_angle><falloff_exponent>0.15</falloff_exponent>",
+                  true, triple(0.25f, 0.5f, 0.75f), triple(2.0f, 3.0f, 4.0f), 45.0f, 0.15f, ""},
+                 {"ConstantOnly", "<color>0 0 0</color><constant_attenuation>2</constant_attenuation>", true,
+                  triple(0.0f, 0.0f, 0.0f), triple(2.0f, 0.0f, 0.0f), 180.0f, 0.0f, ""},
+                 {"LinearOnly", "<color>0 0 0</color><linear_attenuation>3</linear_attenuation>", true,
+                  triple(0.0f, 0.0f, 0.0f), triple(0.0f, 3.0f, 0.0f), 180.0f, 0.0f, ""},
+                 {"QuadraticOnly", "<color>0 0 0</color><quadratic_attenuation>4</quadratic_attenuation>", true,
+                  triple(0.0f, 0.0f, 0.0f), triple(0.0f, 0.0f, 4.0f), 180.0f, 0.0f, ""},
+                 {"AngleOnly", "<color>0 0 0</color><falloff_angle>33.3</falloff_angle>", true,
+                  triple(0.0f, 0.0f, 0.0f), triple(0.0f, 0.0f, 0.0f), 33.3f, 0.0f, ""},
+                 {"ExponentOnly", "<color>0 0 0</color><falloff_exponent>2</falloff_exponent>", true,
+                  triple(0.0f, 0.0f, 0.0f), triple(0.0f, 0.0f, 0.0f), 180.0f, 2.0f, ""},
+                 {"AngleOfZero", "<color>0 0 0</color><falloff_angle>0</falloff_angle>", true, triple(0.0f, 0.0f, 0.0f),
+                  triple(0.0f, 0.0f, 0.0f), 0.0f, 0.0f, ""},
+                 {"UnclampedAndNarrowed", "<color>0.1 16777217 -3</color><falloff_angle>400</falloff_angle>", true,
+                  triple(0.1f, 16777216.0f, -3.0f), triple(0.0f, 0.0f, 0.0f), 400.0f, 0.0f, ""},
+                 {"FourValues", "<color>0.25 0.5 0.75 0.125</color>", true, triple(0.25f, 0.5f, 0.75f),
+                  triple(0.0f, 0.0f, 0.0f), 180.0f, 0.0f, ""},
+                 {"NoColor",
+                  "<constant_attenuation>2</constant_attenuation><linear_attenuation>3</linear_attenuation>"
+                  "<quadratic_attenuation>4</quadratic_attenuation><falloff_angle>45</falloff_angle>"
+                  "<falloff_exponent>0.15</falloff_exponent>",
+                  false, white, triple(0.0f, 0.0f, 0.0f), 0.0f, 0.0f, noSpotColor},
+                 {"NothingAtAll", "", false, white, triple(0.0f, 0.0f, 0.0f), 0.0f, 0.0f, noSpotColor},
+                 {"TwoValues",
+                  "<color>0.25 0.5</color><constant_attenuation>2</constant_attenuation>"
+                  "<linear_attenuation>3</linear_attenuation><quadratic_attenuation>4</quadratic_attenuation>"
+                  "<falloff_angle>45</falloff_angle><falloff_exponent>0.15</falloff_exponent>",
+                  true, white, triple(2.0f, 3.0f, 4.0f), 45.0f, 0.15f, shortColor},
+                 {"NoValues", "<color/>", true, white, triple(0.0f, 0.0f, 0.0f), 180.0f, 0.0f, shortColor});
 
 const char* const fullSpot = "<color>0.25 0.5 0.75</color><constant_attenuation>2</constant_attenuation>"
                              "<linear_attenuation>3</linear_attenuation>"
@@ -390,70 +384,57 @@ std::string technique(const std::string& content, const std::string& profile = "
     return "<technique profile='" + profile + "'>" + content + "</technique>";
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Search, SpotLightExtraTest,
-    testing::Values(
-        ExtraCase{"NoExtra", "", 77.0f, "before"}, ExtraCase{"EmptyExtra", "<extra/>", 77.0f, "before"},
-        ExtraCase{"EmptyTechnique", vendorExtra(""), 77.0f, "before"},
-        ExtraCase{"Both", vendorExtra(cone45 + one), 45.0f, "One"},
-        ExtraCase{"BothTheOtherWayRound", vendorExtra(one + cone45), 45.0f, "One"},
-        ExtraCase{"ConeOnly", vendorExtra(cone45), 45.0f, "before"},
-        ExtraCase{"TargetOnly", vendorExtra(one), 77.0f, "One"},
-        ExtraCase{"ProfileInLowerCase", vendorExtra(cone45 + one, "fcollada"), 45.0f, "One"},
-        ExtraCase{"ProfileInMixedCase", vendorExtra(cone45 + one, "fCollADA"), 45.0f, "One"},
-        ExtraCase{"OtherProfile", vendorExtra(cone45 + one, "OTHER"), 77.0f, "before"},
-        ExtraCase{"LongerProfile", vendorExtra(cone45 + one, "FCOLLADA2"), 77.0f, "before"},
-        ExtraCase{"EmptyProfile", vendorExtra(cone45 + one, ""), 77.0f, "before"},
-        ExtraCase{"NoProfile", "<extra><technique>" + cone45 + one + "</technique></extra>", 77.0f, "before"},
-        ExtraCase{"NamesInUpperCase", vendorExtra("<OUTER_CONE>45</OUTER_CONE><TARGET>#One</TARGET>"), 45.0f, "One"},
-        ExtraCase{"NamesInMixedCase", vendorExtra("<Outer_Cone>45</Outer_Cone><tarGet>#One</tarGet>"), 45.0f, "One"},
-        ExtraCase{"OtherNames",
-                  vendorExtra("<outer_cones>1</outer_cones><outercone>2</outercone><targets>#A</targets>"
-                              "<intensity>3</intensity><param name='target'>#B</param><source id='s'/>"),
-                  77.0f, "before"},
-        ExtraCase{"NamesAmongOthers", vendorExtra("<a>1</a>" + cone45 + "<source id='s'/>" + one + "<b>#B</b>"), 45.0f,
-                  "One"},
-        ExtraCase{"NestedNames", vendorExtra("<group>" + cone45 + one + "</group>"), 77.0f, "before"},
-        ExtraCase{"LastChild", vendorExtra(cone45 + one + two + cone50), 50.0f, "Two"},
-        ExtraCase{"LastTechnique", "<extra>" + technique(cone45 + one) + technique(cone50 + two) + "</extra>", 50.0f,
-                  "Two"},
-        ExtraCase{"LastExtra", vendorExtra(cone45 + one) + vendorExtra(cone50 + two), 50.0f, "Two"},
-        ExtraCase{"LastOfTheProfile", vendorExtra(cone45 + one) + vendorExtra(cone50 + two, "OTHER"), 45.0f, "One"},
-        ExtraCase{"ValuesOfSeveralPlaces", "<extra/>" + vendorExtra(cone50 + two) + vendorExtra(one), 50.0f, "One"},
-        ExtraCase{"EmptyTargetIsAValue", vendorExtra(one + "<target/>"), 77.0f, ""}),
-    rowName);
+INSTANTIATE_ROWS(
+    Search, SpotLightExtraTest, {"NoExtra", "", 77.0f, "before"}, {"EmptyExtra", "<extra/>", 77.0f, "before"},
+    {"EmptyTechnique", vendorExtra(""), 77.0f, "before"}, {"Both", vendorExtra(cone45 + one), 45.0f, "One"},
+    {"BothTheOtherWayRound", vendorExtra(one + cone45), 45.0f, "One"},
+    {"ConeOnly", vendorExtra(cone45), 45.0f, "before"}, {"TargetOnly", vendorExtra(one), 77.0f, "One"},
+    {"ProfileInLowerCase", vendorExtra(cone45 + one, "fcollada"), 45.0f, "One"},
+    {"ProfileInMixedCase", vendorExtra(cone45 + one, "fCollADA"), 45.0f, "One"},
+    {"OtherProfile", vendorExtra(cone45 + one, "OTHER"), 77.0f, "before"},
+    {"LongerProfile", vendorExtra(cone45 + one, "FCOLLADA2"), 77.0f, "before"},
+    {"EmptyProfile", vendorExtra(cone45 + one, ""), 77.0f, "before"},
+    {"NoProfile", "<extra><technique>" + cone45 + one + "</technique></extra>", 77.0f, "before"},
+    {"NamesInUpperCase", vendorExtra("<OUTER_CONE>45</OUTER_CONE><TARGET>#One</TARGET>"), 45.0f, "One"},
+    {"NamesInMixedCase", vendorExtra("<Outer_Cone>45</Outer_Cone><tarGet>#One</tarGet>"), 45.0f, "One"},
+    {"OtherNames",
+     vendorExtra("<outer_cones>1</outer_cones><outercone>2</outercone><targets>#A</targets>"
+                 "<intensity>3</intensity><param name='target'>#B</param><source id='s'/>"),
+     77.0f, "before"},
+    {"NamesAmongOthers", vendorExtra("<a>1</a>" + cone45 + "<source id='s'/>" + one + "<b>#B</b>"), 45.0f, "One"},
+    {"NestedNames", vendorExtra("<group>" + cone45 + one + "</group>"), 77.0f, "before"},
+    {"LastChild", vendorExtra(cone45 + one + two + cone50), 50.0f, "Two"},
+    {"LastTechnique", "<extra>" + technique(cone45 + one) + technique(cone50 + two) + "</extra>", 50.0f, "Two"},
+    {"LastExtra", vendorExtra(cone45 + one) + vendorExtra(cone50 + two), 50.0f, "Two"},
+    {"LastOfTheProfile", vendorExtra(cone45 + one) + vendorExtra(cone50 + two, "OTHER"), 45.0f, "One"},
+    {"ValuesOfSeveralPlaces", "<extra/>" + vendorExtra(cone50 + two) + vendorExtra(one), 50.0f, "One"},
+    {"EmptyTargetIsAValue", vendorExtra(one + "<target/>"), 77.0f, ""});
 
-INSTANTIATE_TEST_SUITE_P(
-    Cones, SpotLightExtraTest,
-    testing::Values(ExtraCase{"Fraction", vendorExtra("<outer_cone>33.3</outer_cone>"), 33.3f, "before"},
-                    ExtraCase{"Negative", vendorExtra("<outer_cone>-4e1</outer_cone>"), -40.0f, "before"},
-                    ExtraCase{"BlanksAround", vendorExtra("<outer_cone>\n 45\t</outer_cone>"), 45.0f, "before"},
-                    ExtraCase{"Word", vendorExtra("<outer_cone>wide</outer_cone>"), 77.0f, "before"},
-                    ExtraCase{"NumberAndWord", vendorExtra("<outer_cone>45 degrees</outer_cone>"), 77.0f, "before"},
-                    ExtraCase{"Comma", vendorExtra("<outer_cone>4,5</outer_cone>"), 77.0f, "before"},
-                    ExtraCase{"Empty", vendorExtra("<outer_cone/>"), 77.0f, "before"},
-                    ExtraCase{"WordBehindANumber", vendorExtra(cone45 + "<outer_cone>wide</outer_cone>"), 45.0f,
-                              "before"},
-                    ExtraCase{"WordDoesNotEndTheSearch", vendorExtra("<outer_cone>wide</outer_cone>" + cone45 + one),
-                              45.0f, "One"}),
-    rowName);
+INSTANTIATE_ROWS(Cones, SpotLightExtraTest, {"Fraction", vendorExtra("<outer_cone>33.3</outer_cone>"), 33.3f, "before"},
+                 {"Negative", vendorExtra("<outer_cone>-4e1</outer_cone>"), -40.0f, "before"},
+                 {"BlanksAround", vendorExtra("<outer_cone>\n 45\t</outer_cone>"), 45.0f, "before"},
+                 {"Word", vendorExtra("<outer_cone>wide</outer_cone>"), 77.0f, "before"},
+                 {"NumberAndWord", vendorExtra("<outer_cone>45 degrees</outer_cone>"), 77.0f, "before"},
+                 {"Comma", vendorExtra("<outer_cone>4,5</outer_cone>"), 77.0f, "before"},
+                 {"Empty", vendorExtra("<outer_cone/>"), 77.0f, "before"},
+                 {"WordBehindANumber", vendorExtra(cone45 + "<outer_cone>wide</outer_cone>"), 45.0f, "before"},
+                 {"WordDoesNotEndTheSearch", vendorExtra("<outer_cone>wide</outer_cone>" + cone45 + one), 45.0f,
+                  "One"});
 
-INSTANTIATE_TEST_SUITE_P(
-    Targets, SpotLightExtraTest,
-    testing::Values(ExtraCase{"DocumentAndFragment", vendorExtra("<target>scene.dae#Node1</target>"), 77.0f, "Node1"},
-                    ExtraCase{"AddressAndFragment", vendorExtra("<target>http://host/p.dae#q</target>"), 77.0f, "q"},
-                    ExtraCase{"NoFragment", vendorExtra("<target>Node1</target>"), 77.0f, ""},
-                    ExtraCase{"EmptyFragment", vendorExtra("<target>#</target>"), 77.0f, ""},
-                    ExtraCase{"EncodedBlank", vendorExtra("<target>#a%20b</target>"), 77.0f, "a%20b"},
-                    // From here on the document model knows no reference in the text.
-                    ExtraCase{"BlanksAround", vendorExtra("<target>  #Node1 </target>"), 77.0f, "Node1"},
-                    ExtraCase{"LineFeedsAround", vendorExtra("<target>\n\t#Node1\n</target>"), 77.0f, "Node1"},
-                    ExtraCase{"BlankInside", vendorExtra("<target>#My Node</target>"), 77.0f, "My Node"},
-                    ExtraCase{"NonAscii", vendorExtra("<target>#N\xc5\x93ud</target>"), 77.0f, "N\xc5\x93ud"},
-                    ExtraCase{"TwoMarks", vendorExtra("<target>a#b#c</target>"), 77.0f, "b#c"},
-                    ExtraCase{"OnlyBlanksBehindTheMark", vendorExtra("<target># \n</target>"), 77.0f, ""},
-                    ExtraCase{"BlanksWithoutAMark", vendorExtra("<target>my node</target>"), 77.0f, ""}),
-    rowName);
+INSTANTIATE_ROWS(Targets, SpotLightExtraTest,
+                 {"DocumentAndFragment", vendorExtra("<target>scene.dae#Node1</target>"), 77.0f, "Node1"},
+                 {"AddressAndFragment", vendorExtra("<target>http://host/p.dae#q</target>"), 77.0f, "q"},
+                 {"NoFragment", vendorExtra("<target>Node1</target>"), 77.0f, ""},
+                 {"EmptyFragment", vendorExtra("<target>#</target>"), 77.0f, ""},
+                 {"EncodedBlank", vendorExtra("<target>#a%20b</target>"), 77.0f, "a%20b"},
+                 // From here on the document model knows no reference in the text.
+                 {"BlanksAround", vendorExtra("<target>  #Node1 </target>"), 77.0f, "Node1"},
+                 {"LineFeedsAround", vendorExtra("<target>\n\t#Node1\n</target>"), 77.0f, "Node1"},
+                 {"BlankInside", vendorExtra("<target>#My Node</target>"), 77.0f, "My Node"},
+                 {"NonAscii", vendorExtra("<target>#N\xc5\x93ud</target>"), 77.0f, "N\xc5\x93ud"},
+                 {"TwoMarks", vendorExtra("<target>a#b#c</target>"), 77.0f, "b#c"},
+                 {"OnlyBlanksBehindTheMark", vendorExtra("<target># \n</target>"), 77.0f, ""},
+                 {"BlanksWithoutAMark", vendorExtra("<target>my node</target>"), 77.0f, ""});
 
 TEST(SpotLightTest, TechniquesOutsideOfExtrasAreNotSearched)
 {

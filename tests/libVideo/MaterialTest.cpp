@@ -381,18 +381,15 @@ TEST_P(MaterialColorTest, FirstThreeNumbersAreTaken)
     expectLines(log, row.lines);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Colors, MaterialColorTest,
-    testing::Values(ColorCase{"AlphaIsNotKept", "0.25 0.5 0.75 0.125", {0.25f, 0.5f, 0.75f}, ""},
-                    ColorCase{"AlphaMayBeMissing", "0.25 0.5 0.75", {0.25f, 0.5f, 0.75f}, ""},
-                    ColorCase{"MoreThanFour", "0.25 0.5 0.75 1 9 9", {0.25f, 0.5f, 0.75f}, ""},
-                    ColorCase{"NothingIsClamped", "-2 300 1.5 1", {-2.0f, 300.0f, 1.5f}, ""},
-                    ColorCase{"Black", "0 0 0 1", {0.0f, 0.0f, 0.0f}, ""},
-                    // 2^24 + 1 lies between two floats, the even one of which is 2^24
-                    ColorCase{"NarrowedToFloat", "0.1 16777217 0.3 1", {0.1f, 16777216.0f, 0.3f}, ""},
-                    ColorCase{"NoNumber", "", white, shortColor}, ColorCase{"OneNumber", "0.5", white, shortColor},
-                    ColorCase{"TwoNumbers", "0.25 0.5", white, shortColor}),
-    rowName);
+INSTANTIATE_ROWS(Colors, MaterialColorTest, {"AlphaIsNotKept", "0.25 0.5 0.75 0.125", {0.25f, 0.5f, 0.75f}, ""},
+                 {"AlphaMayBeMissing", "0.25 0.5 0.75", {0.25f, 0.5f, 0.75f}, ""},
+                 {"MoreThanFour", "0.25 0.5 0.75 1 9 9", {0.25f, 0.5f, 0.75f}, ""},
+                 {"NothingIsClamped", "-2 300 1.5 1", {-2.0f, 300.0f, 1.5f}, ""},
+                 {"Black", "0 0 0 1", {0.0f, 0.0f, 0.0f}, ""},
+                 // 2^24 + 1 lies between two floats, the even one of which is 2^24
+                 {"NarrowedToFloat", "0.1 16777217 0.3 1", {0.1f, 16777216.0f, 0.3f}, ""},
+                 {"NoNumber", "", white, shortColor}, {"OneNumber", "0.5", white, shortColor},
+                 {"TwoNumbers", "0.25 0.5", white, shortColor});
 
 struct NumberCase : Row {
     const char* content;
@@ -429,14 +426,11 @@ TEST_P(MaterialCoefficientTest, TransparencyTakesItsFloat)
     EXPECT_TRUE(log.lines().empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Numbers, MaterialCoefficientTest,
-                         testing::Values(NumberCase{"Float", "<float>12.5</float>", 12.5f},
-                                         NumberCase{"NegativeFloat", "<float>-3</float>", -3.0f},
-                                         NumberCase{"FloatIsNarrowed", "<float>16777217</float>", 16777216.0f},
-                                         NumberCase{"FloatWithASid", "<float sid='s'>0.5</float>", 0.5f},
-                                         NumberCase{"ParamIsNotFollowed", "<param ref='number'/>", 0.0f},
-                                         NumberCase{"EmptyElement", "", 0.0f}),
-                         rowName);
+INSTANTIATE_ROWS(Numbers, MaterialCoefficientTest, {"Float", "<float>12.5</float>", 12.5f},
+                 {"NegativeFloat", "<float>-3</float>", -3.0f},
+                 {"FloatIsNarrowed", "<float>16777217</float>", 16777216.0f},
+                 {"FloatWithASid", "<float sid='s'>0.5</float>", 0.5f},
+                 {"ParamIsNotFollowed", "<param ref='number'/>", 0.0f}, {"EmptyElement", "", 0.0f});
 
 TEST(MaterialTest, ParamIsNotFollowedAlsoIfItsNewparamHasTheNumber)
 {

@@ -216,69 +216,58 @@ TEST_P(NodeMatrixTest, TransformChildrenComposeToTheMatrix)
 }
 
 // A rotation by 90 degrees about Z sends (x, y, z) to (-y, x, z), one about X to (x, -z, y).
-INSTANTIATE_TEST_SUITE_P(
-    Kinds, NodeMatrixTest,
-    testing::Values(MatrixCase{"Translate", "<translate>1 2 3</translate>", translated(1, 2, 3), 1},
-                    MatrixCase{"Scale", "<scale>2 3 4</scale>", scaled(2, 3, 4), 1},
-                    MatrixCase{"RotateAboutZ", "<rotate>0 0 1 90</rotate>",
-                               elementsOf(0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1), 1},
-                    MatrixCase{"RotateAboutLongX", "<rotate>5 0 0 90</rotate>",
-                               elementsOf(1, 0, 0, 0, 0, 0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1), 1},
-                    MatrixCase{"Matrix", "<matrix>1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16</matrix>",
-                               elementsOf(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16), 1},
-                    MatrixCase{"SkewAlone", "<skew>45 0 1 0 1 0 0</skew>", identity, 0},
-                    MatrixCase{"SkewBesideOthers",
-                               "<translate>1 2 3</translate><skew>45 0 1 0 1 0 0</skew><scale>2 2 2</scale>",
-                               elementsOf(2, 0, 0, 1, 0, 2, 0, 2, 0, 0, 2, 3, 0, 0, 0, 1), 2}),
-    rowName);
+INSTANTIATE_ROWS(Kinds, NodeMatrixTest, {"Translate", "<translate>1 2 3</translate>", translated(1, 2, 3), 1},
+                 {"Scale", "<scale>2 3 4</scale>", scaled(2, 3, 4), 1},
+                 {"RotateAboutZ", "<rotate>0 0 1 90</rotate>",
+                  elementsOf(0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1), 1},
+                 {"RotateAboutLongX", "<rotate>5 0 0 90</rotate>",
+                  elementsOf(1, 0, 0, 0, 0, 0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1), 1},
+                 {"Matrix", "<matrix>1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16</matrix>",
+                  elementsOf(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16), 1},
+                 {"SkewAlone", "<skew>45 0 1 0 1 0 0</skew>", identity, 0},
+                 {"SkewBesideOthers", "<translate>1 2 3</translate><skew>45 0 1 0 1 0 0</skew><scale>2 2 2</scale>",
+                  elementsOf(2, 0, 0, 1, 0, 2, 0, 2, 0, 0, 2, 3, 0, 0, 0, 1), 2});
 
-INSTANTIATE_TEST_SUITE_P(
-    Order, NodeMatrixTest,
-    testing::Values(
-        MatrixCase{"TranslateThenScale", "<translate>1 2 3</translate><scale>2 2 2</scale>",
-                   elementsOf(2, 0, 0, 1, 0, 2, 0, 2, 0, 0, 2, 3, 0, 0, 0, 1), 2},
-        MatrixCase{"ScaleThenTranslate", "<scale>2 2 2</scale><translate>1 2 3</translate>",
-                   elementsOf(2, 0, 0, 2, 0, 2, 0, 4, 0, 0, 2, 6, 0, 0, 0, 1), 2},
-        MatrixCase{"RotateThenTranslate", "<rotate>0 0 1 90</rotate><translate>1 2 3</translate>",
-                   elementsOf(0, -1, 0, -2, 1, 0, 0, 1, 0, 0, 1, 3, 0, 0, 0, 1), 2},
-        MatrixCase{"TranslateThenRotate", "<translate>1 2 3</translate><rotate>0 0 1 90</rotate>",
-                   elementsOf(0, -1, 0, 1, 1, 0, 0, 2, 0, 0, 1, 3, 0, 0, 0, 1), 2},
-        // T(1, 2, 3) · [y = x swapped] · S(2, 3, 4): the columns of the swap times the factors.
-        MatrixCase{"MatrixInTheMiddle",
-                   "<translate>1 2 3</translate><matrix>0 1 0 0 1 0 0 0 0 0 1 0 0 0 0 1</matrix><scale>2 3 4</scale>",
-                   elementsOf(0, 3, 0, 1, 2, 0, 0, 2, 0, 0, 4, 3, 0, 0, 0, 1), 3},
-        // T(1, 0, 0) · S(2, 2, 2) · T(1, 0, 0) · S(3, 3, 3): 1 + 2 · 1 along X, and a factor of 6.
-        MatrixCase{"KindsRepeatAndAlternate",
-                   "<translate>1 0 0</translate><scale>2 2 2</scale><translate>1 0 0</translate><scale>3 3 3</scale>",
-                   elementsOf(6, 0, 0, 3, 0, 6, 0, 0, 0, 0, 6, 0, 0, 0, 0, 1), 4},
-        MatrixCase{"BetweenInstancesAndNodes",
-                   "<instance_geometry url='#g'/><translate>1 2 3</translate><node id='c1'><scale>9 9 9</scale></node>"
-                   "<!-- here --><instance_camera url='#c'/><scale>2 2 2</scale><instance_node url='#x'/>"
-                   "<node id='c2'/><translate>10 0 0</translate><instance_light url='#l'/>",
-                   elementsOf(2, 0, 0, 21, 0, 2, 0, 2, 0, 0, 2, 3, 0, 0, 0, 1), 3}),
-    rowName);
+INSTANTIATE_ROWS(Order, NodeMatrixTest,
+                 {"TranslateThenScale", "<translate>1 2 3</translate><scale>2 2 2</scale>",
+                  elementsOf(2, 0, 0, 1, 0, 2, 0, 2, 0, 0, 2, 3, 0, 0, 0, 1), 2},
+                 {"ScaleThenTranslate", "<scale>2 2 2</scale><translate>1 2 3</translate>",
+                  elementsOf(2, 0, 0, 2, 0, 2, 0, 4, 0, 0, 2, 6, 0, 0, 0, 1), 2},
+                 {"RotateThenTranslate", "<rotate>0 0 1 90</rotate><translate>1 2 3</translate>",
+                  elementsOf(0, -1, 0, -2, 1, 0, 0, 1, 0, 0, 1, 3, 0, 0, 0, 1), 2},
+                 {"TranslateThenRotate", "<translate>1 2 3</translate><rotate>0 0 1 90</rotate>",
+                  elementsOf(0, -1, 0, 1, 1, 0, 0, 2, 0, 0, 1, 3, 0, 0, 0, 1), 2},
+                 // T(1, 2, 3) · [y = x swapped] · S(2, 3, 4): the columns of the swap times the factors.
+                 {"MatrixInTheMiddle",
+                  "<translate>1 2 3</translate><matrix>0 1 0 0 1 0 0 0 0 0 1 0 0 0 0 1</matrix><scale>2 3 4</scale>",
+                  elementsOf(0, 3, 0, 1, 2, 0, 0, 2, 0, 0, 4, 3, 0, 0, 0, 1), 3},
+                 // T(1, 0, 0) · S(2, 2, 2) · T(1, 0, 0) · S(3, 3, 3): 1 + 2 · 1 along X, and a factor of 6.
+                 {"KindsRepeatAndAlternate",
+                  "<translate>1 0 0</translate><scale>2 2 2</scale><translate>1 0 0</translate><scale>3 3 3</scale>",
+                  elementsOf(6, 0, 0, 3, 0, 6, 0, 0, 0, 0, 6, 0, 0, 0, 0, 1), 4},
+                 {"BetweenInstancesAndNodes",
+                  "<instance_geometry url='#g'/><translate>1 2 3</translate><node id='c1'><scale>9 9 9</scale></node>"
+                  "<!-- here --><instance_camera url='#c'/><scale>2 2 2</scale><instance_node url='#x'/>"
+                  "<node id='c2'/><translate>10 0 0</translate><instance_light url='#l'/>",
+                  elementsOf(2, 0, 0, 21, 0, 2, 0, 2, 0, 0, 2, 3, 0, 0, 0, 1), 3});
 
-INSTANTIATE_TEST_SUITE_P(
-    MissingValuesAreZero, NodeMatrixTest,
-    testing::Values(MatrixCase{"TranslateOfTwo", "<translate>1 2</translate>", translated(1, 2, 0), 1},
-                    MatrixCase{"TranslateOfNone", "<translate/>", identity, 1},
-                    MatrixCase{"ScaleOfOne", "<scale>2</scale>", scaled(2, 0, 0), 1},
-                    MatrixCase{"ScaleOfNone", "<scale/>", scaled(0, 0, 0), 1},
-                    MatrixCase{"RotateWithoutAngle", "<rotate>0 0 1</rotate>", identity, 1},
-                    MatrixCase{"MatrixOfFifteen", "<matrix>1 2 3 4 5 6 7 8 9 10 11 12 13 14 15</matrix>",
-                               elementsOf(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 0), 1},
-                    MatrixCase{"MatrixOfNone", "<matrix/>", zero, 1}),
-    rowName);
+INSTANTIATE_ROWS(MissingValuesAreZero, NodeMatrixTest,
+                 {"TranslateOfTwo", "<translate>1 2</translate>", translated(1, 2, 0), 1},
+                 {"TranslateOfNone", "<translate/>", identity, 1},
+                 {"ScaleOfOne", "<scale>2</scale>", scaled(2, 0, 0), 1},
+                 {"ScaleOfNone", "<scale/>", scaled(0, 0, 0), 1},
+                 {"RotateWithoutAngle", "<rotate>0 0 1</rotate>", identity, 1},
+                 {"MatrixOfFifteen", "<matrix>1 2 3 4 5 6 7 8 9 10 11 12 13 14 15</matrix>",
+                  elementsOf(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 0), 1},
+                 {"MatrixOfNone", "<matrix/>", zero, 1});
 
-INSTANTIATE_TEST_SUITE_P(
-    SurplusValuesAreNotRead, NodeMatrixTest,
-    testing::Values(MatrixCase{"Translate", "<translate>1 2 3 4</translate>", translated(1, 2, 3), 1},
-                    MatrixCase{"Scale", "<scale>2 3 4 5</scale>", scaled(2, 3, 4), 1},
-                    MatrixCase{"Rotate", "<rotate>0 0 1 90 5</rotate>",
-                               elementsOf(0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1), 1},
-                    MatrixCase{"Matrix", "<matrix>1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17</matrix>",
-                               elementsOf(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16), 1}),
-    rowName);
+INSTANTIATE_ROWS(SurplusValuesAreNotRead, NodeMatrixTest,
+                 {"Translate", "<translate>1 2 3 4</translate>", translated(1, 2, 3), 1},
+                 {"Scale", "<scale>2 3 4 5</scale>", scaled(2, 3, 4), 1},
+                 {"Rotate", "<rotate>0 0 1 90 5</rotate>", elementsOf(0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1),
+                  1},
+                 {"Matrix", "<matrix>1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17</matrix>",
+                  elementsOf(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16), 1});
 
 TEST(NodeTest, RotateWithoutAxisGivesNaNInThreeColumns)
 {
@@ -409,29 +398,22 @@ TEST_P(NodeValuesTest, MultipliesOnTheRightAndAddsNoTransformation)
     EXPECT_FALSE(built.hasAnimation());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Values, NodeValuesTest,
-    testing::Values(
-        ValuesCase{"Translate", nodeTranslate.pointer(), {10, 20, 30}, translated(11, 22, 33)},
-        ValuesCase{"TranslateOfTwo", nodeTranslate.pointer(), {10, 20}, translated(11, 22, 3)},
-        ValuesCase{"TranslateOfNone", nodeTranslate.pointer(), {}, translated(1, 2, 3)},
-        ValuesCase{"TranslateOfFour", nodeTranslate.pointer(), {10, 20, 30, 40}, translated(11, 22, 33)},
-        ValuesCase{"Rotate", nodeRotate.pointer(), {0, 0, 2, 90}, {0, -1, 0, 1, 1, 0, 0, 2, 0, 0, 1, 3, 0, 0, 0, 1}},
-        ValuesCase{
-            "RotateBack", nodeRotate.pointer(), {0, 0, 1, -90}, {0, 1, 0, 1, -1, 0, 0, 2, 0, 0, 1, 3, 0, 0, 0, 1}},
-        ValuesCase{"RotateWithoutAngle", nodeRotate.pointer(), {0, 0, 1}, translated(1, 2, 3)},
-        ValuesCase{"Scale", nodeScale.pointer(), {2, 3, 4}, {2, 0, 0, 1, 0, 3, 0, 2, 0, 0, 4, 3, 0, 0, 0, 1}},
-        ValuesCase{"ScaleOfOne", nodeScale.pointer(), {2}, {2, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0, 3, 0, 0, 0, 1}},
-        // Row i of the product is row i of M plus (i + 1) times its last row.
-        ValuesCase{"Matrix",
-                   nodeTransformValues.pointer(),
-                   {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 1, 0, 0, 1},
-                   {2, 2, 3, 5, 7, 6, 7, 10, 12, 10, 11, 15, 1, 0, 0, 1}},
-        ValuesCase{"MatrixOfFour",
-                   nodeTransformValues.pointer(),
-                   {1, 2, 3, 4},
-                   {1, 2, 3, 4, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}}),
-    rowName);
+INSTANTIATE_ROWS(
+    Values, NodeValuesTest, {"Translate", nodeTranslate.pointer(), {10, 20, 30}, translated(11, 22, 33)},
+    {"TranslateOfTwo", nodeTranslate.pointer(), {10, 20}, translated(11, 22, 3)},
+    {"TranslateOfNone", nodeTranslate.pointer(), {}, translated(1, 2, 3)},
+    {"TranslateOfFour", nodeTranslate.pointer(), {10, 20, 30, 40}, translated(11, 22, 33)},
+    {"Rotate", nodeRotate.pointer(), {0, 0, 2, 90}, {0, -1, 0, 1, 1, 0, 0, 2, 0, 0, 1, 3, 0, 0, 0, 1}},
+    {"RotateBack", nodeRotate.pointer(), {0, 0, 1, -90}, {0, 1, 0, 1, -1, 0, 0, 2, 0, 0, 1, 3, 0, 0, 0, 1}},
+    {"RotateWithoutAngle", nodeRotate.pointer(), {0, 0, 1}, translated(1, 2, 3)},
+    {"Scale", nodeScale.pointer(), {2, 3, 4}, {2, 0, 0, 1, 0, 3, 0, 2, 0, 0, 4, 3, 0, 0, 0, 1}},
+    {"ScaleOfOne", nodeScale.pointer(), {2}, {2, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0, 3, 0, 0, 0, 1}},
+    // Row i of the product is row i of M plus (i + 1) times its last row.
+    {"Matrix",
+     nodeTransformValues.pointer(),
+     {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 1, 0, 0, 1},
+     {2, 2, 3, 5, 7, 6, 7, 10, 12, 10, 11, 15, 1, 0, 0, 1}},
+    {"MatrixOfFour", nodeTransformValues.pointer(), {1, 2, 3, 4}, {1, 2, 3, 4, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}});
 
 TEST(NodeTest, LookatOfValuesGivesNaNWhateverTheInterest)
 {

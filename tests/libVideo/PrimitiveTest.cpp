@@ -665,17 +665,13 @@ TEST_P(TriangleListShortListTest, NothingIsAllocatedForTheCount)
     EXPECT_LE(list.indexBuffer().capacity(), 8u);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Lists, TriangleListShortListTest,
-    testing::Values(ShortList{"OneMoreThanHeld", "3", "<p>0 1 2 2 1 3</p>", 2},
-                    ShortList{"LastTriangleCut", "2", "<p>0 1 2 2 1</p>", 1},
-                    ShortList{"OnlyTriangleCut", "1", "<p>0 1</p>", 0}, ShortList{"EmptyList", "1", "<p></p>", 0},
-                    ShortList{"EmptyElement", "2", "<p/>", 0}, ShortList{"NoList", "1", "", 0},
-                    ShortList{"NoListForTheGreatestCount", "4294967295", "", 0},
-                    ShortList{"CountWhoseCornersWrapToTwo", "1431655766", "<p>0 1 2 2 1 3</p>", 2},
-                    ShortList{"GreatestCountOf32Bits", "4294967295", "<p>0 1 2 2 1 3</p>", 2},
-                    ShortList{"GreatestCountOf64Bits", "18446744073709551615", "<p>0 1 2 2 1 3</p>", 2}),
-    rowName);
+INSTANTIATE_ROWS(Lists, TriangleListShortListTest, {"OneMoreThanHeld", "3", "<p>0 1 2 2 1 3</p>", 2},
+                 {"LastTriangleCut", "2", "<p>0 1 2 2 1</p>", 1}, {"OnlyTriangleCut", "1", "<p>0 1</p>", 0},
+                 {"EmptyList", "1", "<p></p>", 0}, {"EmptyElement", "2", "<p/>", 0}, {"NoList", "1", "", 0},
+                 {"NoListForTheGreatestCount", "4294967295", "", 0},
+                 {"CountWhoseCornersWrapToTwo", "1431655766", "<p>0 1 2 2 1 3</p>", 2},
+                 {"GreatestCountOf32Bits", "4294967295", "<p>0 1 2 2 1 3</p>", 2},
+                 {"GreatestCountOf64Bits", "18446744073709551615", "<p>0 1 2 2 1 3</p>", 2});
 
 TEST(TriangleListTest, WholeTrianglesCountInTuples)
 {
@@ -1941,13 +1937,9 @@ TEST_P(CreatePrimitiveOtherKindTest, BesideTrianglesIsNotLookedAt)
     EXPECT_EQ(libVideo::PRIMITIVE_TRIANGLE_LIST, primitives[0]->type());
 }
 
-INSTANTIATE_TEST_SUITE_P(Kinds, CreatePrimitiveOtherKindTest,
-                         testing::Values(OtherKind{"linestrips", "<p>0 1 2</p>"},
-                                         OtherKind{"polygons", "<p>0 1 2 3</p>"},
-                                         OtherKind{"polylist", "<vcount>4</vcount><p>0 1 2 3</p>"},
-                                         OtherKind{"trifans", "<p>0 1 2 3</p>"},
-                                         OtherKind{"tristrips", "<p>0 1 2 3</p>"}),
-                         rowName);
+INSTANTIATE_ROWS(Kinds, CreatePrimitiveOtherKindTest, {"linestrips", "<p>0 1 2</p>"}, {"polygons", "<p>0 1 2 3</p>"},
+                 {"polylist", "<vcount>4</vcount><p>0 1 2 3</p>"}, {"trifans", "<p>0 1 2 3</p>"},
+                 {"tristrips", "<p>0 1 2 3</p>"});
 
 TEST(CreatePrimitiveTest, FailedListsStayAndCount)
 {

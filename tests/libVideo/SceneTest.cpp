@@ -356,28 +356,24 @@ TEST_P(SceneFailureTest, MayTryAgain)
     expectGood(scene);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Documents, SceneFailureTest,
-    testing::Values(
-        FailureCase{"NoScene", nodes, "libVideo.scene", "Collada file does not have a scene definition FILE", 0},
-        FailureCase{"EmptyScene", nodes + "<scene/>", "libVideo.scene", "Scene does not have a visual scene", 2},
-        FailureCase{"OnlyPhysics", nodes + "<scene><instance_physics_scene url='#scene'/><extra/></scene>",
-                    "libVideo.scene", "Scene does not have a visual scene", 2},
-        FailureCase{"UrlOfNothing", nodes + "<scene><instance_visual_scene url='#nothing'/></scene>", "libVideo.scene",
-                    "Url file:FILE#nothing does not point to a collada element", 2},
-        FailureCase{"UrlOfOtherCase", nodes + "<scene><instance_visual_scene url='#Scene'/></scene>", "libVideo.scene",
-                    "Url file:FILE#Scene does not point to a collada element", 2},
-        FailureCase{"NoUrl", nodes + "<scene><instance_visual_scene/></scene>", "libVideo.scene",
-                    "Url file:FILE does not point to a collada element", 2},
-        FailureCase{"UrlOfANode", nodes + "<scene><instance_visual_scene url='#a'/></scene>", "libVideo.scene",
-                    "daeElement is not a domVisual_scene element", 2},
-        FailureCase{"UrlOfASource", nodes + "<scene><instance_visual_scene url='#times'/></scene>", "libVideo.scene",
-                    "daeElement is not a domVisual_scene element", 2},
-        FailureCase{"SceneWithoutNodes",
-                    "<library_visual_scenes><visual_scene id='scene' name='Stage'/></library_visual_scenes>" +
-                        showsScene,
-                    "libVideo.visualScene", "Visual scene has no visual nodes", 2}),
-    rowName);
+INSTANTIATE_ROWS(Documents, SceneFailureTest,
+                 {"NoScene", nodes, "libVideo.scene", "Collada file does not have a scene definition FILE", 0},
+                 {"EmptyScene", nodes + "<scene/>", "libVideo.scene", "Scene does not have a visual scene", 2},
+                 {"OnlyPhysics", nodes + "<scene><instance_physics_scene url='#scene'/><extra/></scene>",
+                  "libVideo.scene", "Scene does not have a visual scene", 2},
+                 {"UrlOfNothing", nodes + "<scene><instance_visual_scene url='#nothing'/></scene>", "libVideo.scene",
+                  "Url file:FILE#nothing does not point to a collada element", 2},
+                 {"UrlOfOtherCase", nodes + "<scene><instance_visual_scene url='#Scene'/></scene>", "libVideo.scene",
+                  "Url file:FILE#Scene does not point to a collada element", 2},
+                 {"NoUrl", nodes + "<scene><instance_visual_scene/></scene>", "libVideo.scene",
+                  "Url file:FILE does not point to a collada element", 2},
+                 {"UrlOfANode", nodes + "<scene><instance_visual_scene url='#a'/></scene>", "libVideo.scene",
+                  "daeElement is not a domVisual_scene element", 2},
+                 {"UrlOfASource", nodes + "<scene><instance_visual_scene url='#times'/></scene>", "libVideo.scene",
+                  "daeElement is not a domVisual_scene element", 2},
+                 {"SceneWithoutNodes",
+                  "<library_visual_scenes><visual_scene id='scene' name='Stage'/></library_visual_scenes>" + showsScene,
+                  "libVideo.visualScene", "Visual scene has no visual nodes", 2});
 
 TEST(SceneTest, SceneOfTheUrlIsShownNotTheFirst)
 {

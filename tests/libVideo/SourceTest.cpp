@@ -244,20 +244,16 @@ TEST_P(SourceTypeTest, StrideOfTheAccessorGivesTheType)
     EXPECT_EQ(Texts(), log.messages());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Documents, SourceTypeTest,
-    testing::Values(TypeCase{"One", "count='1'", PARAM_X, libVideo::DATA_TYPE_FLOAT, 1},
-                    TypeCase{"Two", "count='1'", PARAM_X PARAM_X, libVideo::DATA_TYPE_FLOAT2, 2},
-                    TypeCase{"TwoByTheAttribute", "count='1' stride='2'", PARAM_X, libVideo::DATA_TYPE_FLOAT2, 2},
-                    TypeCase{"Three", "count='1'", PARAMS_XYZ, libVideo::DATA_TYPE_FLOAT3, 3},
-                    TypeCase{"ThreeWithoutParams", "count='1' stride='3'", "", libVideo::DATA_TYPE_FLOAT3, 3},
-                    TypeCase{"Four", "count='1' stride='4'", PARAMS_XYZ PARAM_X, libVideo::DATA_TYPE_FLOAT4, 4},
-                    TypeCase{"Matrix", "count='1'", PARAM_MATRIX, libVideo::DATA_TYPE_FLOAT4X4, 16},
-                    TypeCase{"SixteenByTheAttribute", "count='1' stride='16'", PARAM_X, libVideo::DATA_TYPE_FLOAT4X4,
-                             16},
-                    TypeCase{"MatrixParamUnderAStrideOfThree", "count='1' stride='3'", PARAM_MATRIX,
-                             libVideo::DATA_TYPE_FLOAT3, 3}),
-    rowName);
+INSTANTIATE_ROWS(Documents, SourceTypeTest, {"One", "count='1'", PARAM_X, libVideo::DATA_TYPE_FLOAT, 1},
+                 {"Two", "count='1'", PARAM_X PARAM_X, libVideo::DATA_TYPE_FLOAT2, 2},
+                 {"TwoByTheAttribute", "count='1' stride='2'", PARAM_X, libVideo::DATA_TYPE_FLOAT2, 2},
+                 {"Three", "count='1'", PARAMS_XYZ, libVideo::DATA_TYPE_FLOAT3, 3},
+                 {"ThreeWithoutParams", "count='1' stride='3'", "", libVideo::DATA_TYPE_FLOAT3, 3},
+                 {"Four", "count='1' stride='4'", PARAMS_XYZ PARAM_X, libVideo::DATA_TYPE_FLOAT4, 4},
+                 {"Matrix", "count='1'", PARAM_MATRIX, libVideo::DATA_TYPE_FLOAT4X4, 16},
+                 {"SixteenByTheAttribute", "count='1' stride='16'", PARAM_X, libVideo::DATA_TYPE_FLOAT4X4, 16},
+                 {"MatrixParamUnderAStrideOfThree", "count='1' stride='3'", PARAM_MATRIX, libVideo::DATA_TYPE_FLOAT3,
+                  3});
 
 struct OtherStrideCase : Row {
     const char* attributes;
@@ -301,19 +297,15 @@ TEST_P(SourceOtherStrideTest, StrideOutsideTheTableLogsItAndKeepsTypeAndAccessor
 
 #define NO_TYPE "Does not have a matching float data type for stride "
 
-INSTANTIATE_TEST_SUITE_P(
-    Documents, SourceOtherStrideTest,
-    testing::Values(OtherStrideCase{"Zero", "count='1'", "", 0, NO_TYPE "0"},
-                    OtherStrideCase{"Five", "count='1' stride='5'", PARAMS_XYZ, 5, NO_TYPE "5"},
-                    OtherStrideCase{"FiveParams", "count='1'", PARAMS_XYZ PARAM_X PARAM_X, 5, NO_TYPE "5"},
-                    OtherStrideCase{"Six", "count='1' stride='6'", PARAM_X, 6, NO_TYPE "6"},
-                    OtherStrideCase{"Eight", "count='1' stride='8'", PARAM_X, 8, NO_TYPE "8"},
-                    OtherStrideCase{"Nine", "count='1' stride='9'", PARAM_X, 9, NO_TYPE "9"},
-                    OtherStrideCase{"Fifteen", "count='1' stride='15'", PARAM_X, 15, NO_TYPE "15"},
-                    OtherStrideCase{"Seventeen", "count='1' stride='17'", PARAM_X, 17, NO_TYPE "17"},
-                    OtherStrideCase{"Most", "count='1' stride='4294967295'", PARAM_X, 4294967295u,
-                                    NO_TYPE "4294967295"}),
-    rowName);
+INSTANTIATE_ROWS(Documents, SourceOtherStrideTest, {"Zero", "count='1'", "", 0, NO_TYPE "0"},
+                 {"Five", "count='1' stride='5'", PARAMS_XYZ, 5, NO_TYPE "5"},
+                 {"FiveParams", "count='1'", PARAMS_XYZ PARAM_X PARAM_X, 5, NO_TYPE "5"},
+                 {"Six", "count='1' stride='6'", PARAM_X, 6, NO_TYPE "6"},
+                 {"Eight", "count='1' stride='8'", PARAM_X, 8, NO_TYPE "8"},
+                 {"Nine", "count='1' stride='9'", PARAM_X, 9, NO_TYPE "9"},
+                 {"Fifteen", "count='1' stride='15'", PARAM_X, 15, NO_TYPE "15"},
+                 {"Seventeen", "count='1' stride='17'", PARAM_X, 17, NO_TYPE "17"},
+                 {"Most", "count='1' stride='4294967295'", PARAM_X, 4294967295u, NO_TYPE "4294967295"});
 
 TEST(SourceFloatTest, TwelveValuesUnderAStrideOfThreeAreFourRecords)
 {
@@ -909,34 +901,28 @@ TEST_P(CreateSourceRefusalTest, GivesAnEmptyHandleAndOneLine)
 #define NO_PARAM "Not interested in <accessor> that has no param"
 #define NO_CLASS "Cannot instantiate a Source object with type "
 
-INSTANTIATE_TEST_SUITE_P(
-    Documents, CreateSourceRefusalTest,
-    testing::Values(
-        RefusalCase{"ReferenceToNothing", nullptr, "#nothing", "Element #nothing is not a source"},
-        RefusalCase{"EmptyReference", nullptr, "", "Element  is not a source"},
-        RefusalCase{"ReferenceToAnArray", nullptr, "#words", "Element words is not a source"},
-        RefusalCase{"ReferenceToItsVertices", nullptr, "#vertices", "Element vertices is not a source"},
-        RefusalCase{"ReferenceToAGeometry", nullptr, "#geometry", "Element geometry is not a source"},
-        RefusalCase{"Names", nullptr, "#names", "Source has no float array"},
-        RefusalCase{"Integers", nullptr, "#integers", "Source has no float array"},
-        RefusalCase{"NoArrayAtAll", "", "#source", "Source has no float array"},
-        RefusalCase{"TechniqueWithoutArray", TECHNIQUE(PARAM_X), "#source", "Source has no float array"},
-        RefusalCase{"EmptyArray", EMPTY_ARRAY, "#source", NO_DATA},
-        RefusalCase{"EmptyArrayAndOtherTechnique", EMPTY_ARRAY "<technique profile='X'/>", "#source", NO_DATA},
-        RefusalCase{"CountOfZeroDespiteValues", "<float_array id='empty' count='0'>1 2 3</float_array>", "#source",
-                    NO_DATA},
-        RefusalCase{"AbsentCountDespiteValues", "<float_array id='empty'>1 2 3</float_array>", "#source", NO_DATA},
-        RefusalCase{"TechniqueWithoutAccessor", EMPTY_ARRAY "<technique_common/>", "#source", NO_DATA},
-        RefusalCase{"AccessorWithoutParam", EMPTY_ARRAY TECHNIQUE(""), "#source", NO_PARAM},
-        RefusalCase{"ParamOfIntegers", EMPTY_ARRAY TECHNIQUE("<param name='X' type='int'/>"), "#source",
-                    NO_CLASS "int"},
-        RefusalCase{"ParamOfNames", EMPTY_ARRAY TECHNIQUE("<param name='X' type='Name'/>"), "#source", NO_CLASS "Name"},
-        RefusalCase{"ParamOfThreeFloats", EMPTY_ARRAY TECHNIQUE("<param name='X' type='float3'/>"), "#source",
-                    NO_CLASS "float3"},
-        RefusalCase{"ParamWithoutType", EMPTY_ARRAY TECHNIQUE("<param name='X'/>"), "#source", NO_CLASS},
-        RefusalCase{"OnlyTheFirstParamCounts", EMPTY_ARRAY TECHNIQUE("<param name='X' type='int'/>" PARAM_X), "#source",
-                    NO_CLASS "int"}),
-    rowName);
+INSTANTIATE_ROWS(
+    Documents, CreateSourceRefusalTest, {"ReferenceToNothing", nullptr, "#nothing", "Element #nothing is not a source"},
+    {"EmptyReference", nullptr, "", "Element  is not a source"},
+    {"ReferenceToAnArray", nullptr, "#words", "Element words is not a source"},
+    {"ReferenceToItsVertices", nullptr, "#vertices", "Element vertices is not a source"},
+    {"ReferenceToAGeometry", nullptr, "#geometry", "Element geometry is not a source"},
+    {"Names", nullptr, "#names", "Source has no float array"},
+    {"Integers", nullptr, "#integers", "Source has no float array"},
+    {"NoArrayAtAll", "", "#source", "Source has no float array"},
+    {"TechniqueWithoutArray", TECHNIQUE(PARAM_X), "#source", "Source has no float array"},
+    {"EmptyArray", EMPTY_ARRAY, "#source", NO_DATA},
+    {"EmptyArrayAndOtherTechnique", EMPTY_ARRAY "<technique profile='X'/>", "#source", NO_DATA},
+    {"CountOfZeroDespiteValues", "<float_array id='empty' count='0'>1 2 3</float_array>", "#source", NO_DATA},
+    {"AbsentCountDespiteValues", "<float_array id='empty'>1 2 3</float_array>", "#source", NO_DATA},
+    {"TechniqueWithoutAccessor", EMPTY_ARRAY "<technique_common/>", "#source", NO_DATA},
+    {"AccessorWithoutParam", EMPTY_ARRAY TECHNIQUE(""), "#source", NO_PARAM},
+    {"ParamOfIntegers", EMPTY_ARRAY TECHNIQUE("<param name='X' type='int'/>"), "#source", NO_CLASS "int"},
+    {"ParamOfNames", EMPTY_ARRAY TECHNIQUE("<param name='X' type='Name'/>"), "#source", NO_CLASS "Name"},
+    {"ParamOfThreeFloats", EMPTY_ARRAY TECHNIQUE("<param name='X' type='float3'/>"), "#source", NO_CLASS "float3"},
+    {"ParamWithoutType", EMPTY_ARRAY TECHNIQUE("<param name='X'/>"), "#source", NO_CLASS},
+    {"OnlyTheFirstParamCounts", EMPTY_ARRAY TECHNIQUE("<param name='X' type='int'/>" PARAM_X), "#source",
+     NO_CLASS "int"});
 
 TEST(CreateSourceTest, ReferenceThatTheDocumentModelLostIsShownEmpty)
 {
@@ -1043,15 +1029,11 @@ TEST_P(CreateSourceEmptyArrayTest, FirstParamOfAFloatTypeGivesASourceWithTheCoun
     EXPECT_EQ((Texts{accessorReachLine}), log.messages());
 }
 
-INSTANTIATE_TEST_SUITE_P(Documents, CreateSourceEmptyArrayTest,
-                         testing::Values(EmptyArrayCase{"Float", PARAM_X, libVideo::DATA_TYPE_FLOAT, 1},
-                                         EmptyArrayCase{"Capitals", "<param name='X' type='FLOAT'/>",
-                                                        libVideo::DATA_TYPE_FLOAT, 1},
-                                         EmptyArrayCase{"ThreeFloats", PARAMS_XYZ, libVideo::DATA_TYPE_FLOAT3, 3},
-                                         EmptyArrayCase{"Matrix", PARAM_MATRIX, libVideo::DATA_TYPE_FLOAT4X4, 16},
-                                         EmptyArrayCase{"MatrixInCapitals", "<param name='M' type='Float4X4'/>",
-                                                        libVideo::DATA_TYPE_FLOAT4X4, 16}),
-                         rowName);
+INSTANTIATE_ROWS(Documents, CreateSourceEmptyArrayTest, {"Float", PARAM_X, libVideo::DATA_TYPE_FLOAT, 1},
+                 {"Capitals", "<param name='X' type='FLOAT'/>", libVideo::DATA_TYPE_FLOAT, 1},
+                 {"ThreeFloats", PARAMS_XYZ, libVideo::DATA_TYPE_FLOAT3, 3},
+                 {"Matrix", PARAM_MATRIX, libVideo::DATA_TYPE_FLOAT4X4, 16},
+                 {"MatrixInCapitals", "<param name='M' type='Float4X4'/>", libVideo::DATA_TYPE_FLOAT4X4, 16});
 
 TEST(CreateSourceTest, EmptyArrayWithoutRecordsLoadsInSilence)
 {

@@ -158,16 +158,11 @@ TEST_P(UnknownSemanticTest, WordIsUnknownAndReplacesTheSemanticOfBefore)
     expectOtherFieldsOfFilledLayout(layout);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Words, UnknownSemanticTest,
-    testing::Values(UnknownCase{"Empty", ""}, UnknownCase{"Blank", " "}, UnknownCase{"Vertex", "VERTEX"},
-                    UnknownCase{"Positionx", "POSITIONX"}, UnknownCase{"Joint", "JOINT"}, UnknownCase{"Uv", "UV"},
-                    UnknownCase{"InvBindMatrix", "INV_BIND_MATRIX"}, UnknownCase{"TexTangent", "TEXTANGENT"},
-                    UnknownCase{"TexBinormal", "TEXBINORMAL"}, UnknownCase{"LinearSteps", "LINEAR_STEPS"},
-                    UnknownCase{"Unknown", "UNKNOWN"}, UnknownCase{"Number", "5"},
-                    UnknownCase{"TangentWithoutUnderscore", "INTANGENT"},
-                    UnknownCase{"TangentWithHyphen", "OUT-TANGENT"}),
-    rowName);
+INSTANTIATE_ROWS(Words, UnknownSemanticTest, {"Empty", ""}, {"Blank", " "}, {"Vertex", "VERTEX"},
+                 {"Positionx", "POSITIONX"}, {"Joint", "JOINT"}, {"Uv", "UV"}, {"InvBindMatrix", "INV_BIND_MATRIX"},
+                 {"TexTangent", "TEXTANGENT"}, {"TexBinormal", "TEXBINORMAL"}, {"LinearSteps", "LINEAR_STEPS"},
+                 {"Unknown", "UNKNOWN"}, {"Number", "5"}, {"TangentWithoutUnderscore", "INTANGENT"},
+                 {"TangentWithHyphen", "OUT-TANGENT"});
 
 TEST(VertexLayoutTest, AssignmentCopiesAllFiveFields)
 {

@@ -942,14 +942,12 @@ TEST_P(VisualSceneLostAnimationTest, IsLoggedAndTheRestIsAttached)
     EXPECT_EQ(translated(20, 30, 40), elements(nodeListOf(scene)[0]->transform(2.0)));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Targets, VisualSceneLostAnimationTest,
-    testing::Values(LostCase{"NoSuchNode", "other/t", "Unable to find the animation's target node with id: other"},
-                    LostCase{"OtherCase", "node/t", "Unable to find the animation's target node with id: node"},
-                    LostCase{"TheSceneItself", "scene/t", "Unable to find the animation's target node with id: scene"},
-                    LostCase{"NoSlash", "Node", "Unable to find the animation's target node with id: "},
-                    LostCase{"EmptyNode", "/t", "Unable to find the animation's target node with id: "}),
-    rowName);
+INSTANTIATE_ROWS(Targets, VisualSceneLostAnimationTest,
+                 {"NoSuchNode", "other/t", "Unable to find the animation's target node with id: other"},
+                 {"OtherCase", "node/t", "Unable to find the animation's target node with id: node"},
+                 {"TheSceneItself", "scene/t", "Unable to find the animation's target node with id: scene"},
+                 {"NoSlash", "Node", "Unable to find the animation's target node with id: "},
+                 {"EmptyNode", "/t", "Unable to find the animation's target node with id: "});
 
 TEST(VisualSceneTest, EachLostAnimationHasItsLineInListOrder)
 {

@@ -1185,22 +1185,17 @@ TEST_P(RenderUsageTest, IsOneLineAndNoPicture)
     EXPECT_EQ(1u, entriesOf(studio.folder())) << "the document alone";
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Options, RenderUsageTest,
-    testing::Values(
-        BadUse{"SizeOfZero", {"--size", "0x100"}, "--size"},
-        BadUse{"SizeTooLarge", {"--size", "100000x100000"}, "--size"},
-        BadUse{"SizeBeyondNumbers", {"--size", "99999999999x5"}, "--size"},
-        BadUse{"SizeWithoutHeight", {"--size", "100"}, "--size"},
-        BadUse{"SizeBelowZero", {"--size", "-5x100"}, "--size"},
-        BadUse{"SizeWithMore", {"--size", "10x10x10"}, "--size"}, BadUse{"NoSuchCamera", {"--camera", "1"}, "camera 1"},
-        BadUse{"CameraBelowZero", {"--camera", "-1"}, "camera"}, BadUse{"NoAxis", {"--up", "w"}, "--up"},
-        BadUse{"NoColor", {"--background", "red"}, "--background"},
-        BadUse{"NoLights", {"--lights", "moon"}, "--lights"}, BadUse{"NoTime", {"--time", "nan"}, "--time"},
-        BadUse{"NoFrames", {"--frames", "0"}, "--frames"}, BadUse{"TooManyFrames", {"--frames", "1000000"}, "--frames"},
-        BadUse{"NoRate", {"--frames", "2", "--fps", "0"}, "--fps"}, BadUse{"RateAlone", {"--fps", "5"}, "--frames"},
-        BadUse{"FileAndSheet", {"--sheet", "."}, "--sheet"}, BadUse{"NoPngName", {"-o", "picture.jpg"}, ".png"}),
-    rowName);
+INSTANTIATE_ROWS(Options, RenderUsageTest, {"SizeOfZero", {"--size", "0x100"}, "--size"},
+                 {"SizeTooLarge", {"--size", "100000x100000"}, "--size"},
+                 {"SizeBeyondNumbers", {"--size", "99999999999x5"}, "--size"},
+                 {"SizeWithoutHeight", {"--size", "100"}, "--size"}, {"SizeBelowZero", {"--size", "-5x100"}, "--size"},
+                 {"SizeWithMore", {"--size", "10x10x10"}, "--size"}, {"NoSuchCamera", {"--camera", "1"}, "camera 1"},
+                 {"CameraBelowZero", {"--camera", "-1"}, "camera"}, {"NoAxis", {"--up", "w"}, "--up"},
+                 {"NoColor", {"--background", "red"}, "--background"}, {"NoLights", {"--lights", "moon"}, "--lights"},
+                 {"NoTime", {"--time", "nan"}, "--time"}, {"NoFrames", {"--frames", "0"}, "--frames"},
+                 {"TooManyFrames", {"--frames", "1000000"}, "--frames"},
+                 {"NoRate", {"--frames", "2", "--fps", "0"}, "--fps"}, {"RateAlone", {"--fps", "5"}, "--frames"},
+                 {"FileAndSheet", {"--sheet", "."}, "--sheet"}, {"NoPngName", {"-o", "picture.jpg"}, ".png"});
 
 TEST(RenderTest, NothingToDrawIsOneLineAndNoPicture)
 {

@@ -519,16 +519,13 @@ TEST_P(ScenetoolBase64Test, VerticesAreTheBytesOfTheirFloats)
 }
 
 // 1 is 00 00 80 3F, 2 is 00 00 00 40, -2 ends in C0, 3 is 00 00 40 40, 4 is 00 00 80 40 and 0.5 is 00 00 00 3F.
-INSTANTIATE_TEST_SUITE_P(Points, ScenetoolBase64Test,
-                         testing::Values(Base64Case{"None", "", "X", ""},
-                                         Base64Case{"FourBytesEndInTwoSigns", "0.5", "X", "AAAAPw=="},
-                                         Base64Case{"EightBytesEndInOneSign", "1 -2", "XY", "AACAPwAAAMA="},
-                                         Base64Case{"TwelveBytesEndInNone", "1 2 3", "XYZ", "AACAPwAAAEAAAEBA"},
-                                         Base64Case{"SixteenBytes", "1 2 3 4", "XYZW", "AACAPwAAAEAAAEBAAACAQA=="},
-                                         // FF FF 7F 3F and FB EF BE 3F.
-                                         Base64Case{"LastDigit", "0.999999940395355224609375", "X", "//9/Pw=="},
-                                         Base64Case{"LastDigitButOne", "1.4916986227035522", "X", "++++Pw=="}),
-                         rowName);
+INSTANTIATE_ROWS(Points, ScenetoolBase64Test, {"None", "", "X", ""}, {"FourBytesEndInTwoSigns", "0.5", "X", "AAAAPw=="},
+                 {"EightBytesEndInOneSign", "1 -2", "XY", "AACAPwAAAMA="},
+                 {"TwelveBytesEndInNone", "1 2 3", "XYZ", "AACAPwAAAEAAAEBA"},
+                 {"SixteenBytes", "1 2 3 4", "XYZW", "AACAPwAAAEAAAEBAAACAQA=="},
+                 // FF FF 7F 3F and FB EF BE 3F.
+                 {"LastDigit", "0.999999940395355224609375", "X", "//9/Pw=="},
+                 {"LastDigitButOne", "1.4916986227035522", "X", "++++Pw=="});
 
 TEST(ScenetoolMaterialTest, MaterialHasExactlyTwelveKeys)
 {
@@ -635,19 +632,15 @@ TEST_P(ScenetoolNumberTest, ReadsBackToTheSameFloat)
     EXPECT_EQ(0, std::memcmp(&position, &GetParam().value, sizeof(position))) << position;
 }
 
-INSTANTIATE_TEST_SUITE_P(Values, ScenetoolNumberTest,
-                         testing::Values(FloatCase{"Zero", "0", 0.0f},
-                                         FloatCase{"Third", "0.33333333333333333", 1.0f / 3},
-                                         FloatCase{"Tenth", "0.1", 0.1f}, FloatCase{"NegativeTenth", "-0.1", -0.1f},
-                                         FloatCase{"Pi", "3.14159265358979", 3.14159265358979f},
-                                         FloatCase{"BehindOne", "1.00000011920928955078125", 0x1.000002p0f},
-                                         FloatCase{"BeforeOne", "0.999999940395355224609375", 0x1.fffffep-1f},
-                                         FloatCase{"Largest", "3.40282346638528859812e38", 0x1.fffffep127f},
-                                         FloatCase{"SmallestNormal", "1.17549435082228750797e-38", 0x1p-126f},
-                                         FloatCase{"Subnormal", "1.40129846432481707092e-45", 0x1p-149f},
-                                         FloatCase{"OddInteger", "16777215", 16777215.0f},
-                                         FloatCase{"LargeInteger", "123456789", 123456792.0f}),
-                         rowName);
+INSTANTIATE_ROWS(Values, ScenetoolNumberTest, {"Zero", "0", 0.0f}, {"Third", "0.33333333333333333", 1.0f / 3},
+                 {"Tenth", "0.1", 0.1f}, {"NegativeTenth", "-0.1", -0.1f},
+                 {"Pi", "3.14159265358979", 3.14159265358979f},
+                 {"BehindOne", "1.00000011920928955078125", 0x1.000002p0f},
+                 {"BeforeOne", "0.999999940395355224609375", 0x1.fffffep-1f},
+                 {"Largest", "3.40282346638528859812e38", 0x1.fffffep127f},
+                 {"SmallestNormal", "1.17549435082228750797e-38", 0x1p-126f},
+                 {"Subnormal", "1.40129846432481707092e-45", 0x1p-149f}, {"OddInteger", "16777215", 16777215.0f},
+                 {"LargeInteger", "123456789", 123456792.0f});
 
 // --- dump: --time and --fold
 
@@ -1346,10 +1339,8 @@ TEST_P(ScenetoolControlTest, CharacterOfAGeometryStaysOutOfInfo)
 }
 
 // XML lets only these through. U+009B starts a sequence as ESC and "[" do, U+0085 is a new line.
-INSTANTIATE_TEST_SUITE_P(Characters, ScenetoolControlTest,
-                         testing::Values(ControlCase{"Delete", "&#x7F;"}, ControlCase{"SequenceIntroducer", "&#x9B;"},
-                                         ControlCase{"NextLine", "&#x85;"}, ControlCase{"FirstOfC1", "&#x80;"}),
-                         rowName);
+INSTANTIATE_ROWS(Characters, ScenetoolControlTest, {"Delete", "&#x7F;"}, {"SequenceIntroducer", "&#x9B;"},
+                 {"NextLine", "&#x85;"}, {"FirstOfC1", "&#x80;"});
 
 class ScenetoolPathTest : public testing::TestWithParam<ControlCase> {};
 
@@ -1366,11 +1357,8 @@ TEST_P(ScenetoolPathTest, CharacterOfAPathStaysOutOfInfoAndErrors)
     EXPECT_FALSE(hasControlCharacter(refused.errors)) << ::testing::PrintToString(refused.errors);
 }
 
-INSTANTIATE_TEST_SUITE_P(Characters, ScenetoolPathTest,
-                         testing::Values(ControlCase{"Escape", "\033[31m"}, ControlCase{"Bell", "\a"},
-                                         ControlCase{"LineFeed", "\n"}, ControlCase{"CarriageReturn", "\r"},
-                                         ControlCase{"Delete", "\x7F"}, ControlCase{"SequenceIntroducer", "\xC2\x9B"}),
-                         rowName);
+INSTANTIATE_ROWS(Characters, ScenetoolPathTest, {"Escape", "\033[31m"}, {"Bell", "\a"}, {"LineFeed", "\n"},
+                 {"CarriageReturn", "\r"}, {"Delete", "\x7F"}, {"SequenceIntroducer", "\xC2\x9B"});
 
 // --- usage
 
@@ -1397,26 +1385,18 @@ TEST_P(ScenetoolUsageTest, GivesOneLineAndStatusTwo)
     EXPECT_FALSE(hasControlCharacter(result.errors)) << ::testing::PrintToString(result.errors);
 }
 
-INSTANTIATE_TEST_SUITE_P(Lines, ScenetoolUsageTest,
-                         testing::Values(UsageCase{"NoSubcommand", {}},
-                                         UsageCase{"UnknownSubcommand", {"show", "x.dae"}},
-                                         UsageCase{"FileWithoutSubcommand", {"x.dae"}},
-                                         UsageCase{"InfoWithoutFile", {"info"}}, UsageCase{"DumpWithoutFile", {"dump"}},
-                                         UsageCase{"OnlyOptions", {"dump", "--fold"}},
-                                         UsageCase{"TwoFiles", {"dump", "x.dae", "y.dae"}},
-                                         UsageCase{"TwoSubcommands", {"dump", "x.dae", "info", "y.dae"}},
-                                         UsageCase{"UnknownOption", {"--colour"}},
-                                         UsageCase{"UnknownOptionOfInfo", {"info", "x.dae", "--fold"}},
-                                         UsageCase{"UnknownOptionOfDump", {"dump", "x.dae", "--all"}},
-                                         UsageCase{"UnknownShortOption", {"dump", "-x", "x.dae"}},
-                                         UsageCase{"TimeWithoutNumber", {"dump", "x.dae", "--time"}},
-                                         UsageCase{"TimeThatIsNoNumber", {"dump", "x.dae", "--time", "noon"}},
-                                         UsageCase{"TimeWithTail", {"dump", "x.dae", "--time", "1.5s"}},
-                                         UsageCase{"TimeWithComma", {"dump", "x.dae", "--time", "1,5"}},
-                                         UsageCase{"EmptyTime", {"dump", "x.dae", "--time="}},
-                                         UsageCase{"TimeTwice", {"dump", "x.dae", "--time", "1", "--time", "2"}},
-                                         UsageCase{"ControlCharacters", {"dump", "x.dae", "\033[31m\nred"}}),
-                         rowName);
+INSTANTIATE_ROWS(Lines, ScenetoolUsageTest, {"NoSubcommand", {}}, {"UnknownSubcommand", {"show", "x.dae"}},
+                 {"FileWithoutSubcommand", {"x.dae"}}, {"InfoWithoutFile", {"info"}}, {"DumpWithoutFile", {"dump"}},
+                 {"OnlyOptions", {"dump", "--fold"}}, {"TwoFiles", {"dump", "x.dae", "y.dae"}},
+                 {"TwoSubcommands", {"dump", "x.dae", "info", "y.dae"}}, {"UnknownOption", {"--colour"}},
+                 {"UnknownOptionOfInfo", {"info", "x.dae", "--fold"}},
+                 {"UnknownOptionOfDump", {"dump", "x.dae", "--all"}}, {"UnknownShortOption", {"dump", "-x", "x.dae"}},
+                 {"TimeWithoutNumber", {"dump", "x.dae", "--time"}},
+                 {"TimeThatIsNoNumber", {"dump", "x.dae", "--time", "noon"}},
+                 {"TimeWithTail", {"dump", "x.dae", "--time", "1.5s"}},
+                 {"TimeWithComma", {"dump", "x.dae", "--time", "1,5"}}, {"EmptyTime", {"dump", "x.dae", "--time="}},
+                 {"TimeTwice", {"dump", "x.dae", "--time", "1", "--time", "2"}},
+                 {"ControlCharacters", {"dump", "x.dae", "\033[31m\nred"}});
 
 // --- help
 
@@ -1445,17 +1425,12 @@ TEST_P(ScenetoolHelpTest, ExplainsEveryWord)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Commands, ScenetoolHelpTest,
-                         testing::Values(HelpCase{"Program", {}, {"--help", "--version", "info", "dump"}},
-                                         HelpCase{"Info",
-                                                  {"info"},
-                                                  {"FILE", "--help", "--all", "--sandbox", "--no-sandbox",
-                                                   "--time-limit", "--memory-limit"}},
-                                         HelpCase{"Dump",
-                                                  {"dump"},
-                                                  {"FILE", "--help", "--time", "--fold", "--sandbox", "--no-sandbox",
-                                                   "--time-limit", "--memory-limit"}}),
-                         rowName);
+INSTANTIATE_ROWS(
+    Commands, ScenetoolHelpTest, {"Program", {}, {"--help", "--version", "info", "dump"}},
+    {"Info", {"info"}, {"FILE", "--help", "--all", "--sandbox", "--no-sandbox", "--time-limit", "--memory-limit"}},
+    {"Dump",
+     {"dump"},
+     {"FILE", "--help", "--time", "--fold", "--sandbox", "--no-sandbox", "--time-limit", "--memory-limit"}});
 
 TEST(ScenetoolHelpTest, ShortFormIsTheSame)
 {

@@ -2,8 +2,18 @@
 
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
+
+/// Runs a suite with the rows of a table, each in braces. They are compiled once: those of `testing::Values` are compiled
+/// twice, into a type for each number of rows.
+#define INSTANTIATE_ROWS(prefix, suite, ...)                                                                           \
+    std::vector<suite::ParamType> rowsOf##prefix##suite()                                                              \
+    {                                                                                                                  \
+        return {__VA_ARGS__};                                                                                          \
+    }                                                                                                                  \
+    INSTANTIATE_TEST_SUITE_P(prefix, suite, testing::ValuesIn(rowsOf##prefix##suite()), testSupport::rowName)
 
 // The first value of a row is that of its base, which has no braces of its own.
 #pragma GCC diagnostic ignored "-Wmissing-braces"
@@ -14,7 +24,7 @@ namespace testSupport {
 ///
 ///     struct SkipCase : Row { const char* xml; };
 ///     class SkipTest : public testing::TestWithParam<SkipCase> {};
-///     INSTANTIATE_TEST_SUITE_P(Rows, SkipTest, testing::Values(SkipCase{"Empty", ""}), rowName);
+///     INSTANTIATE_ROWS(Rows, SkipTest, {"Empty", ""}, {"Blank", " "});
 struct Row {
     const char* name;
 };

@@ -310,168 +310,126 @@ TEST_P(ListReaderTextTest, ReadsAsStock)
     expectSame("\r\n\t " + text + " \t\r\n");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Signs, ListReaderTextTest,
-    testing::Values(TextRow{"Plus", "+"}, TextRow{"Minus", "-"}, TextRow{"PlusMinus", "+-"},
-                    TextRow{"MinusMinus", "--"}, TextRow{"MinusPlusOne", "-+1"}, TextRow{"MinusMinusOne", "--1"},
-                    TextRow{"PlusPlusOne", "++1"}, TextRow{"PlusOne", "+1"}, TextRow{"PlusOneAndAHalf", "+1.5"},
-                    TextRow{"PlusPointFive", "+.5"}, TextRow{"MinusOne", "-1"}, TextRow{"Zero", "0"},
-                    TextRow{"MinusZero", "-0"}, TextRow{"PlusZero", "+0"}, TextRow{"MinusZeroPointZero", "-0.0"},
-                    TextRow{"MinusZeroWithExponent", "-0e5"}, TextRow{"OneMinus", "1-"}, TextRow{"OneMinusTwo", "1-2"},
-                    TextRow{"OnePlusTwo", "1+2"}, TextRow{"SignApart", "- 1"},
-                    TextRow{"UnicodeMinus", "\xe2\x88\x92"
-                                            "1"}),
-    rowName);
+INSTANTIATE_ROWS(Signs, ListReaderTextTest, {"Plus", "+"}, {"Minus", "-"}, {"PlusMinus", "+-"}, {"MinusMinus", "--"},
+                 {"MinusPlusOne", "-+1"}, {"MinusMinusOne", "--1"}, {"PlusPlusOne", "++1"}, {"PlusOne", "+1"},
+                 {"PlusOneAndAHalf", "+1.5"}, {"PlusPointFive", "+.5"}, {"MinusOne", "-1"}, {"Zero", "0"},
+                 {"MinusZero", "-0"}, {"PlusZero", "+0"}, {"MinusZeroPointZero", "-0.0"},
+                 {"MinusZeroWithExponent", "-0e5"}, {"OneMinus", "1-"}, {"OneMinusTwo", "1-2"}, {"OnePlusTwo", "1+2"},
+                 {"SignApart", "- 1"},
+                 {"UnicodeMinus", "\xe2\x88\x92"
+                                  "1"});
 
-INSTANTIATE_TEST_SUITE_P(
-    Points, ListReaderTextTest,
-    testing::Values(TextRow{"TrailingPoint", "1."}, TextRow{"MinusTrailingPoint", "-1."}, TextRow{"LeadingPoint", ".5"},
-                    TextRow{"MinusLeadingPoint", "-.5"}, TextRow{"Point", "."}, TextRow{"MinusPoint", "-."},
-                    TextRow{"PlusPoint", "+."}, TextRow{"TwoPoints", ".."}, TextRow{"PointPointFive", "..5"},
-                    TextRow{"TwoPointsInside", "1.2.3"}, TextRow{"TrailingTwoPoints", "1.."},
-                    TextRow{"PointMinusFive", ".-5"}, TextRow{"Comma", "1,5"}, TextRow{"LeadingComma", ",5"},
-                    TextRow{"CommaList", "1,2,3"}, TextRow{"Thousands", "1,234,567"}, TextRow{"Apostrophe", "1'000"},
-                    TextRow{"Underscore", "1_000"}, TextRow{"FractionForIntegers", "3.7"},
-                    TextRow{"NegativeFractionForIntegers", "-3.7"}, TextRow{"PointAndExponentForIntegers", "1.5e3"},
-                    TextRow{"TrailingPointForIntegers", "12."}),
-    rowName);
+INSTANTIATE_ROWS(Points, ListReaderTextTest, {"TrailingPoint", "1."}, {"MinusTrailingPoint", "-1."},
+                 {"LeadingPoint", ".5"}, {"MinusLeadingPoint", "-.5"}, {"Point", "."}, {"MinusPoint", "-."},
+                 {"PlusPoint", "+."}, {"TwoPoints", ".."}, {"PointPointFive", "..5"}, {"TwoPointsInside", "1.2.3"},
+                 {"TrailingTwoPoints", "1.."}, {"PointMinusFive", ".-5"}, {"Comma", "1,5"}, {"LeadingComma", ",5"},
+                 {"CommaList", "1,2,3"}, {"Thousands", "1,234,567"}, {"Apostrophe", "1'000"}, {"Underscore", "1_000"},
+                 {"FractionForIntegers", "3.7"}, {"NegativeFractionForIntegers", "-3.7"},
+                 {"PointAndExponentForIntegers", "1.5e3"}, {"TrailingPointForIntegers", "12."});
 
-INSTANTIATE_TEST_SUITE_P(
-    Exponents, ListReaderTextTest,
-    testing::Values(
-        TextRow{"Exponent", "1e5"}, TextRow{"CapitalExponent", "1E5"}, TextRow{"NegativeCapitalExponent", "1E-5"},
-        TextRow{"PlusExponent", "1e+5"}, TextRow{"ExponentWithZeros", "1e0005"}, TextRow{"LoneE", "e"},
-        TextRow{"LeadingE", "e5"}, TextRow{"PointE", ".e5"}, TextRow{"TrailingPointE", "1.e5"},
-        TextRow{"LeadingPointE", ".5e5"}, TextRow{"OpenExponent", "1e"}, TextRow{"OpenPlusExponent", "1e+"},
-        TextRow{"OpenMinusExponent", "1e-"}, TextRow{"TwoSignsInExponent", "1e--5"},
-        TextRow{"PointInExponent", "1e5.5"}, TextRow{"TwoExponents", "1e5e5"}, TextRow{"ExponentThenLetters", "1e5abc"},
-        TextRow{"FortranExponent", "1d5"}, TextRow{"LargestDouble", "1.7976931348623157e308"},
-        TextRow{"BelowOverflow", "1.797693134862315807e308"}, TextRow{"AboveOverflow", "1.797693134862315808e308"},
-        TextRow{"JustOverflow", "1.7976931348623159e308"}, TextRow{"Overflow", "1e309"},
-        TextRow{"NegativeOverflow", "-1e309"}, TextRow{"FarOverflow", "1e99999"},
-        TextRow{"ExponentBeyondInt", "1e2147483648"}, TextRow{"ExponentBeyondLong", "1e99999999999999999999"},
-        TextRow{"ZeroWithExponentBeyondLong", "0e99999999999999999999"},
-        TextRow{"NegativeExponentBeyondLong", "1e-99999999999999999999"}, TextRow{"Underflow", "1e-400"},
-        TextRow{"NegativeUnderflow", "-1e-400"}, TextRow{"ExponentBeyondFloat", "1e39"},
-        TextRow{"LongOverflow", "1" + repeated("0", 400)},
-        TextRow{"LongButInRange", "1" + repeated("0", 400) + "e-400"},
-        TextRow{"LongFractionButInRange", "0." + repeated("0", 400) + "1e401"},
-        TextRow{"LongUnderflow", "0." + repeated("0", 400) + "1"}),
-    rowName);
+INSTANTIATE_ROWS(Exponents, ListReaderTextTest, {"Exponent", "1e5"}, {"CapitalExponent", "1E5"},
+                 {"NegativeCapitalExponent", "1E-5"}, {"PlusExponent", "1e+5"}, {"ExponentWithZeros", "1e0005"},
+                 {"LoneE", "e"}, {"LeadingE", "e5"}, {"PointE", ".e5"}, {"TrailingPointE", "1.e5"},
+                 {"LeadingPointE", ".5e5"}, {"OpenExponent", "1e"}, {"OpenPlusExponent", "1e+"},
+                 {"OpenMinusExponent", "1e-"}, {"TwoSignsInExponent", "1e--5"}, {"PointInExponent", "1e5.5"},
+                 {"TwoExponents", "1e5e5"}, {"ExponentThenLetters", "1e5abc"}, {"FortranExponent", "1d5"},
+                 {"LargestDouble", "1.7976931348623157e308"}, {"BelowOverflow", "1.797693134862315807e308"},
+                 {"AboveOverflow", "1.797693134862315808e308"}, {"JustOverflow", "1.7976931348623159e308"},
+                 {"Overflow", "1e309"}, {"NegativeOverflow", "-1e309"}, {"FarOverflow", "1e99999"},
+                 {"ExponentBeyondInt", "1e2147483648"}, {"ExponentBeyondLong", "1e99999999999999999999"},
+                 {"ZeroWithExponentBeyondLong", "0e99999999999999999999"},
+                 {"NegativeExponentBeyondLong", "1e-99999999999999999999"}, {"Underflow", "1e-400"},
+                 {"NegativeUnderflow", "-1e-400"}, {"ExponentBeyondFloat", "1e39"},
+                 {"LongOverflow", "1" + repeated("0", 400)}, {"LongButInRange", "1" + repeated("0", 400) + "e-400"},
+                 {"LongFractionButInRange", "0." + repeated("0", 400) + "1e401"},
+                 {"LongUnderflow", "0." + repeated("0", 400) + "1"});
 
-INSTANTIATE_TEST_SUITE_P(
-    Rounding, ListReaderTextTest,
-    testing::Values(
-        TextRow{"SmallestSubnormal", "4.9406564584124654e-324"}, TextRow{"SmallestSubnormalShort", "5e-324"},
-        TextRow{"BelowHalfOfTheSmallest", "2.4703282292062327e-324"},
-        TextRow{"AboveHalfOfTheSmallest", "2.4703282292062328e-324"},
-        TextRow{"LargestSubnormal", "2.2250738585072009e-308"}, TextRow{"SmallestNormal", "2.2250738585072014e-308"},
-        TextRow{"BetweenSubnormalAndNormal", "2.2250738585072011e-308"},
-        TextRow{"BetweenSubnormalAndNormalUp", "2.2250738585072012e-308"}, TextRow{"NegativeSubnormal", "-3e-310"},
-        TextRow{"HalfwayToEven", "9007199254740993"}, TextRow{"HalfwayToEvenUp", "9007199254740995"},
-        TextRow{"AboveHalfway", "9007199254740993." + repeated("0", 40) + "1"},
-        TextRow{"BelowHalfway", "9007199254740992." + repeated("9", 40)},
-        TextRow{"HalfwayAboveOne", "1.00000000000000011102230246251565404236316680908203125"},
-        TextRow{"JustAboveHalfwayAboveOne", "1.00000000000000011102230246251565404236316680908203126"},
-        TextRow{"JustBelowHalfwayAboveOne", "1.00000000000000011102230246251565404236316680908203124"},
-        TextRow{"FarBehindHalfwayAboveOne",
-                "1.00000000000000011102230246251565404236316680908203125" + repeated("0", 800) + "1"},
-        TextRow{"OneTenth", "0.1"}, TextRow{"OneThirdSeventeenDigits", "0.33333333333333331"},
-        TextRow{"OneThirdTwentyDigits", "0.33333333333333333333"},
-        TextRow{"PiFiftyDigits", "3.14159265358979323846264338327950288419716939937510"},
-        TextRow{"NineteenDigits", "1234567890123456789"}, TextRow{"TwentyDigits", "12345678901234567890"},
-        TextRow{"NineteenDigitsAndPoint", "123456789.0123456789"},
-        TextRow{"SevenHundredDigits", repeated("1234567890", 70)},
-        TextRow{"SevenHundredDigitsBehindPoint", "0." + repeated("1234567890", 70)},
-        TextRow{"SevenHundredDigitsInRange", repeated("9876543210", 70) + "e-700"},
-        TextRow{"SevenHundredNinesBehindPoint", "0." + repeated("9", 700)},
-        TextRow{"SevenHundredZerosBefore", repeated("0", 700) + "1.5"},
-        TextRow{"NegativeSevenHundredDigits", "-" + repeated("1234567890", 70)},
-        TextRow{"FiveThousandDigits", "0." + repeated("1234567890", 500)}, TextRow{"TenToTwentyTwo", "1e22"},
-        TextRow{"TenToTwentyThree", "1e23"}, TextRow{"FastPathEdge", "9007199254740991e22"},
-        TextRow{"BeyondFastPath", "9007199254740993e22"}),
-    rowName);
+INSTANTIATE_ROWS(
+    Rounding, ListReaderTextTest, {"SmallestSubnormal", "4.9406564584124654e-324"},
+    {"SmallestSubnormalShort", "5e-324"}, {"BelowHalfOfTheSmallest", "2.4703282292062327e-324"},
+    {"AboveHalfOfTheSmallest", "2.4703282292062328e-324"}, {"LargestSubnormal", "2.2250738585072009e-308"},
+    {"SmallestNormal", "2.2250738585072014e-308"}, {"BetweenSubnormalAndNormal", "2.2250738585072011e-308"},
+    {"BetweenSubnormalAndNormalUp", "2.2250738585072012e-308"}, {"NegativeSubnormal", "-3e-310"},
+    {"HalfwayToEven", "9007199254740993"}, {"HalfwayToEvenUp", "9007199254740995"},
+    {"AboveHalfway", "9007199254740993." + repeated("0", 40) + "1"},
+    {"BelowHalfway", "9007199254740992." + repeated("9", 40)},
+    {"HalfwayAboveOne", "1.00000000000000011102230246251565404236316680908203125"},
+    {"JustAboveHalfwayAboveOne", "1.00000000000000011102230246251565404236316680908203126"},
+    {"JustBelowHalfwayAboveOne", "1.00000000000000011102230246251565404236316680908203124"},
+    {"FarBehindHalfwayAboveOne", "1.00000000000000011102230246251565404236316680908203125" + repeated("0", 800) + "1"},
+    {"OneTenth", "0.1"}, {"OneThirdSeventeenDigits", "0.33333333333333331"},
+    {"OneThirdTwentyDigits", "0.33333333333333333333"},
+    {"PiFiftyDigits", "3.14159265358979323846264338327950288419716939937510"},
+    {"NineteenDigits", "1234567890123456789"}, {"TwentyDigits", "12345678901234567890"},
+    {"NineteenDigitsAndPoint", "123456789.0123456789"}, {"SevenHundredDigits", repeated("1234567890", 70)},
+    {"SevenHundredDigitsBehindPoint", "0." + repeated("1234567890", 70)},
+    {"SevenHundredDigitsInRange", repeated("9876543210", 70) + "e-700"},
+    {"SevenHundredNinesBehindPoint", "0." + repeated("9", 700)},
+    {"SevenHundredZerosBefore", repeated("0", 700) + "1.5"},
+    {"NegativeSevenHundredDigits", "-" + repeated("1234567890", 70)},
+    {"FiveThousandDigits", "0." + repeated("1234567890", 500)}, {"TenToTwentyTwo", "1e22"},
+    {"TenToTwentyThree", "1e23"}, {"FastPathEdge", "9007199254740991e22"}, {"BeyondFastPath", "9007199254740993e22"});
 
-INSTANTIATE_TEST_SUITE_P(
-    Words, ListReaderTextTest,
-    testing::Values(TextRow{"NaN", "NaN"}, TextRow{"LowerNan", "nan"}, TextRow{"UpperNan", "NAN"},
-                    TextRow{"MinusNaN", "-NaN"}, TextRow{"MinusLowerNan", "-nan"}, TextRow{"PlusNaN", "+NaN"},
-                    TextRow{"NanWithNumber", "nan(123)"}, TextRow{"NaNWithNumber", "NaN(123)"},
-                    TextRow{"NanOpen", "nan("}, TextRow{"NaNAndMore", "NaNx"}, TextRow{"NaNTwice", "NaNNaN"},
-                    TextRow{"OneNaN", "1NaN"}, TextRow{"Na", "Na"}, TextRow{"Inf", "INF"}, TextRow{"MinusInf", "-INF"},
-                    TextRow{"PlusInf", "+INF"}, TextRow{"LowerInf", "inf"}, TextRow{"MinusLowerInf", "-inf"},
-                    TextRow{"MixedInf", "Inf"}, TextRow{"Infinity", "infinity"}, TextRow{"CapitalInfinity", "Infinity"},
-                    TextRow{"UpperInfinity", "INFINITY"}, TextRow{"MinusInfinity", "-infinity"},
-                    TextRow{"MinusUpperInfinity", "-INFINITY"}, TextRow{"OpenInfinity", "infinit"},
-                    TextRow{"InfAndMore", "INFx"}, TextRow{"In", "in"}, TextRow{"MicrosoftInfinity", "1.#INF"},
-                    TextRow{"MicrosoftNan", "-1.#IND"}, TextRow{"MicrosoftQuietNan", "1.#QNAN"}, TextRow{"Letter", "x"},
-                    TextRow{"Letters", "abc"}, TextRow{"True", "true"}, TextRow{"NumberAndLetters", "1.5abc"},
-                    TextRow{"IntegerAndLetters", "15abc"}, TextRow{"LettersAndNumber", "abc1.5"},
-                    TextRow{"FloatSuffix", "1.5f"}, TextRow{"Percent", "50%"}, TextRow{"Hash", "#5"},
-                    TextRow{"Brackets", "(5)"}, TextRow{"Quotes", "\"5\""}),
-    rowName);
+INSTANTIATE_ROWS(Words, ListReaderTextTest, {"NaN", "NaN"}, {"LowerNan", "nan"}, {"UpperNan", "NAN"},
+                 {"MinusNaN", "-NaN"}, {"MinusLowerNan", "-nan"}, {"PlusNaN", "+NaN"}, {"NanWithNumber", "nan(123)"},
+                 {"NaNWithNumber", "NaN(123)"}, {"NanOpen", "nan("}, {"NaNAndMore", "NaNx"}, {"NaNTwice", "NaNNaN"},
+                 {"OneNaN", "1NaN"}, {"Na", "Na"}, {"Inf", "INF"}, {"MinusInf", "-INF"}, {"PlusInf", "+INF"},
+                 {"LowerInf", "inf"}, {"MinusLowerInf", "-inf"}, {"MixedInf", "Inf"}, {"Infinity", "infinity"},
+                 {"CapitalInfinity", "Infinity"}, {"UpperInfinity", "INFINITY"}, {"MinusInfinity", "-infinity"},
+                 {"MinusUpperInfinity", "-INFINITY"}, {"OpenInfinity", "infinit"}, {"InfAndMore", "INFx"}, {"In", "in"},
+                 {"MicrosoftInfinity", "1.#INF"}, {"MicrosoftNan", "-1.#IND"}, {"MicrosoftQuietNan", "1.#QNAN"},
+                 {"Letter", "x"}, {"Letters", "abc"}, {"True", "true"}, {"NumberAndLetters", "1.5abc"},
+                 {"IntegerAndLetters", "15abc"}, {"LettersAndNumber", "abc1.5"}, {"FloatSuffix", "1.5f"},
+                 {"Percent", "50%"}, {"Hash", "#5"}, {"Brackets", "(5)"}, {"Quotes", "\"5\""});
 
-INSTANTIATE_TEST_SUITE_P(
-    Bases, ListReaderTextTest,
-    testing::Values(TextRow{"Hexadecimal", "0x10"}, TextRow{"CapitalHexadecimal", "0X1F"},
-                    TextRow{"NegativeHexadecimal", "-0x10"}, TextRow{"HexadecimalFloat", "0x1.8p3"},
-                    TextRow{"HexadecimalFloatNegativePower", "0x1p-1074"}, TextRow{"HexadecimalOpen", "0x"},
-                    TextRow{"HexadecimalWithoutDigits", "0xg"}, TextRow{"HexadecimalPoint", "0x."},
-                    TextRow{"HexadecimalOpenPower", "0x1p"}, TextRow{"HexadecimalDigitsAlone", "1F"},
-                    TextRow{"Binary", "0b101"}, TextRow{"OctalLooking", "010"}, TextRow{"OctalLookingEight", "08"},
-                    TextRow{"NegativeOctalLooking", "-017"}, TextRow{"OctalLookingFraction", "010.5"},
-                    TextRow{"ManyZeros", "0000000000000000000000000000000000000001"}, TextRow{"OnlyZeros", "00000000"}),
-    rowName);
+INSTANTIATE_ROWS(Bases, ListReaderTextTest, {"Hexadecimal", "0x10"}, {"CapitalHexadecimal", "0X1F"},
+                 {"NegativeHexadecimal", "-0x10"}, {"HexadecimalFloat", "0x1.8p3"},
+                 {"HexadecimalFloatNegativePower", "0x1p-1074"}, {"HexadecimalOpen", "0x"},
+                 {"HexadecimalWithoutDigits", "0xg"}, {"HexadecimalPoint", "0x."}, {"HexadecimalOpenPower", "0x1p"},
+                 {"HexadecimalDigitsAlone", "1F"}, {"Binary", "0b101"}, {"OctalLooking", "010"},
+                 {"OctalLookingEight", "08"}, {"NegativeOctalLooking", "-017"}, {"OctalLookingFraction", "010.5"},
+                 {"ManyZeros", "0000000000000000000000000000000000000001"}, {"OnlyZeros", "00000000"});
 
-INSTANTIATE_TEST_SUITE_P(
-    Integers, ListReaderTextTest,
-    testing::Values(
-        TextRow{"BelowTwoTo31", "2147483647"}, TextRow{"TwoTo31", "2147483648"}, TextRow{"BelowTwoTo32", "4294967295"},
-        TextRow{"TwoTo32", "4294967296"}, TextRow{"BelowTwoTo63", "9223372036854775807"},
-        TextRow{"TwoTo63", "9223372036854775808"}, TextRow{"AboveTwoTo63", "9223372036854775809"},
-        TextRow{"MinusTwoTo63", "-9223372036854775808"}, TextRow{"BelowMinusTwoTo63", "-9223372036854775809"},
-        TextRow{"BelowTwoTo64", "18446744073709551615"}, TextRow{"TwoTo64", "18446744073709551616"},
-        TextRow{"AboveTwoTo64", "18446744073709551617"}, TextRow{"MinusBelowTwoTo64", "-18446744073709551615"},
-        TextRow{"MinusTwoTo64", "-18446744073709551616"}, TextRow{"TenTimesTwoTo64", "184467440737095516160"},
-        TextRow{"HundredDigits", repeated("1234567890", 10)},
-        TextRow{"MinusHundredDigits", "-" + repeated("1234567890", 10)},
-        TextRow{"BelowTwoTo64WithZeros", "000018446744073709551615"}, TextRow{"MinusOneForUnsigned", "-1"},
-        TextRow{"MinusTwelveForUnsigned", "-12"}, TextRow{"TwoTo64WithLetters", "18446744073709551616x"}),
-    rowName);
+INSTANTIATE_ROWS(Integers, ListReaderTextTest, {"BelowTwoTo31", "2147483647"}, {"TwoTo31", "2147483648"},
+                 {"BelowTwoTo32", "4294967295"}, {"TwoTo32", "4294967296"}, {"BelowTwoTo63", "9223372036854775807"},
+                 {"TwoTo63", "9223372036854775808"}, {"AboveTwoTo63", "9223372036854775809"},
+                 {"MinusTwoTo63", "-9223372036854775808"}, {"BelowMinusTwoTo63", "-9223372036854775809"},
+                 {"BelowTwoTo64", "18446744073709551615"}, {"TwoTo64", "18446744073709551616"},
+                 {"AboveTwoTo64", "18446744073709551617"}, {"MinusBelowTwoTo64", "-18446744073709551615"},
+                 {"MinusTwoTo64", "-18446744073709551616"}, {"TenTimesTwoTo64", "184467440737095516160"},
+                 {"HundredDigits", repeated("1234567890", 10)},
+                 {"MinusHundredDigits", "-" + repeated("1234567890", 10)},
+                 {"BelowTwoTo64WithZeros", "000018446744073709551615"}, {"MinusOneForUnsigned", "-1"},
+                 {"MinusTwelveForUnsigned", "-12"}, {"TwoTo64WithLetters", "18446744073709551616x"});
 
-INSTANTIATE_TEST_SUITE_P(Blanks, ListReaderTextTest,
-                         testing::Values(TextRow{"Empty", ""}, TextRow{"Space", " "},
-                                         TextRow{"OnlyBlanks", " \t\r\n  \n"}, TextRow{"Spaces", "1 2  3   4"},
-                                         TextRow{"Tabs", "1\t2\t\t3"}, TextRow{"CarriageReturns", "1\r2\r\r3"},
-                                         TextRow{"LineFeeds", "1\n2\n\n3"}, TextRow{"LineEnds", "1\r\n2\r\n"},
-                                         TextRow{"VerticalTabs", "1\v2"}, TextRow{"VerticalTabBefore", "\v2"},
-                                         TextRow{"VerticalTabBehind", "2\v"}, TextRow{"VerticalTabAlone", "\v"},
-                                         TextRow{"FormFeeds", "1\f2"}, TextRow{"FormFeedBefore", "\f2"},
-                                         TextRow{"FormFeedBehind", "2\f"}, TextRow{"FormFeedAlone", "\f"},
-                                         TextRow{"NoBreakSpace", "1\xc2\xa0"
-                                                                 "2"},
-                                         TextRow{"NoBreakSpaceBefore", "\xc2\xa0"
-                                                                       "2"},
-                                         TextRow{"NoBreakSpaceAlone", "\xc2\xa0"},
-                                         TextRow{"LoneByteOfANoBreakSpace", "1\xa0"
-                                                                            "2"},
-                                         TextRow{"NextLine", "1\xc2\x85"
-                                                             "2"},
-                                         TextRow{"ByteOrderMark", "\xef\xbb\xbf"
-                                                                  "2"},
-                                         TextRow{"IdeographicSpace", "1\xe3\x80\x80"
-                                                                     "2"},
-                                         TextRow{"ArabicDigit", "\xd9\xa1"},
-                                         TextRow{"ControlByte", "1\x01"
-                                                                "2"},
-                                         TextRow{"Escape", "\x1b"
-                                                           "2"},
-                                         TextRow{"UnitSeparator", "1\x1f"
-                                                                  "2"},
-                                         TextRow{"Delete", "1\x7f"
-                                                           "2"},
-                                         TextRow{"HighByte", "\xff"}, TextRow{"ManyNumbers", repeated("1.5 ", 1000)}),
-                         rowName);
+INSTANTIATE_ROWS(Blanks, ListReaderTextTest, {"Empty", ""}, {"Space", " "}, {"OnlyBlanks", " \t\r\n  \n"},
+                 {"Spaces", "1 2  3   4"}, {"Tabs", "1\t2\t\t3"}, {"CarriageReturns", "1\r2\r\r3"},
+                 {"LineFeeds", "1\n2\n\n3"}, {"LineEnds", "1\r\n2\r\n"}, {"VerticalTabs", "1\v2"},
+                 {"VerticalTabBefore", "\v2"}, {"VerticalTabBehind", "2\v"}, {"VerticalTabAlone", "\v"},
+                 {"FormFeeds", "1\f2"}, {"FormFeedBefore", "\f2"}, {"FormFeedBehind", "2\f"}, {"FormFeedAlone", "\f"},
+                 {"NoBreakSpace", "1\xc2\xa0"
+                                  "2"},
+                 {"NoBreakSpaceBefore", "\xc2\xa0"
+                                        "2"},
+                 {"NoBreakSpaceAlone", "\xc2\xa0"},
+                 {"LoneByteOfANoBreakSpace", "1\xa0"
+                                             "2"},
+                 {"NextLine", "1\xc2\x85"
+                              "2"},
+                 {"ByteOrderMark", "\xef\xbb\xbf"
+                                   "2"},
+                 {"IdeographicSpace", "1\xe3\x80\x80"
+                                      "2"},
+                 {"ArabicDigit", "\xd9\xa1"},
+                 {"ControlByte", "1\x01"
+                                 "2"},
+                 {"Escape", "\x1b"
+                            "2"},
+                 {"UnitSeparator", "1\x1f"
+                                   "2"},
+                 {"Delete", "1\x7f"
+                            "2"},
+                 {"HighByte", "\xff"}, {"ManyNumbers", repeated("1.5 ", 1000)});
 
 class ListReaderKindTest : public ::testing::TestWithParam<Kind> {};
 

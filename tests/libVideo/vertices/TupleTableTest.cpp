@@ -173,49 +173,47 @@ TEST_P(TupleTablePatternTest, IsNumberedAsByAnOrderedMap)
     expectAnswersOfModel(table, tuples);
 }
 
-INSTANTIATE_TEST_SUITE_P(Patterns, TupleTablePatternTest,
-                         testing::Values(Pattern{"AllDistinct",
-                                                 [](unsigned i) {
-                                                     return Tuple{i, i, i};
-                                                 }},
-                                         Pattern{"AllTheSame",
-                                                 [](unsigned) {
-                                                     return Tuple{4, 4, 4};
-                                                 }},
-                                         Pattern{"FanRoundOneVertex",
-                                                 [](unsigned i) {
-                                                     const unsigned rim = i / 3 + i % 3;
-                                                     return i % 3 == 0 ? Tuple{0, 0, 0} : Tuple{rim, rim, rim};
-                                                 }},
-                                         Pattern{"OneEntryCounts",
-                                                 [](unsigned i) {
-                                                     return Tuple{i, 0, 0};
-                                                 }},
-                                         Pattern{"LastEntryCounts",
-                                                 [](unsigned i) {
-                                                     return Tuple{0, 0, i};
-                                                 }},
-                                         Pattern{"EntriesCancelEachOther",
-                                                 [](unsigned i) {
-                                                     return Tuple{i, i, 0};
-                                                 }},
-                                         Pattern{"OneUpOneDown",
-                                                 [](unsigned i) {
-                                                     return Tuple{i, 50000 - i, i % 2};
-                                                 }},
-                                         Pattern{"HighBitsOnly",
-                                                 [](unsigned i) {
-                                                     return Tuple{i << 16, 0, i << 16};
-                                                 }},
-                                         Pattern{"Grid",
-                                                 [](unsigned i) {
-                                                     return Tuple{i % 100, i / 100 % 100, 1};
-                                                 }},
-                                         Pattern{"Permutations",
-                                                 [](unsigned i) {
-                                                     return Tuple{i % 7, i / 7 % 7, i / 49 % 7};
-                                                 }}),
-                         rowName);
+INSTANTIATE_ROWS(Patterns, TupleTablePatternTest,
+                 {"AllDistinct",
+                  [](unsigned i) {
+                      return Tuple{i, i, i};
+                  }},
+                 {"AllTheSame",
+                  [](unsigned) {
+                      return Tuple{4, 4, 4};
+                  }},
+                 {"FanRoundOneVertex",
+                  [](unsigned i) {
+                      const unsigned rim = i / 3 + i % 3;
+                      return i % 3 == 0 ? Tuple{0, 0, 0} : Tuple{rim, rim, rim};
+                  }},
+                 {"OneEntryCounts",
+                  [](unsigned i) {
+                      return Tuple{i, 0, 0};
+                  }},
+                 {"LastEntryCounts",
+                  [](unsigned i) {
+                      return Tuple{0, 0, i};
+                  }},
+                 {"EntriesCancelEachOther",
+                  [](unsigned i) {
+                      return Tuple{i, i, 0};
+                  }},
+                 {"OneUpOneDown",
+                  [](unsigned i) {
+                      return Tuple{i, 50000 - i, i % 2};
+                  }},
+                 {"HighBitsOnly",
+                  [](unsigned i) {
+                      return Tuple{i << 16, 0, i << 16};
+                  }},
+                 {"Grid",
+                  [](unsigned i) {
+                      return Tuple{i % 100, i / 100 % 100, 1};
+                  }},
+                 {"Permutations", [](unsigned i) {
+                      return Tuple{i % 7, i / 7 % 7, i / 49 % 7};
+                  }});
 
 // --- Growth ---
 
@@ -237,10 +235,8 @@ TEST_P(TupleTableHintTest, ManyTuplesOutgrowTheStart)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Hints, TupleTableHintTest,
-                         testing::Values(Hint{"NoCorners", 0}, Hint{"OneTriangle", 3}, Hint{"LessThanCome", 1000},
-                                         Hint{"AsManyAsCome", 300000}, Hint{"MoreThanCome", 1000000}),
-                         rowName);
+INSTANTIATE_ROWS(Hints, TupleTableHintTest, {"NoCorners", 0}, {"OneTriangle", 3}, {"LessThanCome", 1000},
+                 {"AsManyAsCome", 300000}, {"MoreThanCome", 1000000});
 
 TEST(TupleTableTest, EachDoublingKeepsTheNumbers)
 {
