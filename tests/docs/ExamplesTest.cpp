@@ -3,6 +3,7 @@
 
 #include "support/ColladaBuilder.h"
 #include "support/Process.h"
+#include "support/Rows.h"
 #include "support/Words.h"
 
 #include <array>
@@ -72,18 +73,12 @@ void expectColor(const std::array<int, 3>& expected, const Color& color, const c
 }
 
 // What a camera sees at four places of the picture.
-struct Sight {
-    const char* name;
+struct Sight : testSupport::Row {
     const char* viewer;
     const char* extra;
     std::array<std::array<int, 3>, 4>
         colors; ///< above to the right and to the left, below to the right and to the left
 };
-
-void PrintTo(const Sight& sight, std::ostream* out)
-{
-    *out << sight.name;
-}
 
 constexpr std::array<int, 3> nothing = {153, 191, 230};
 constexpr std::array<int, 3> red = {255, 0, 0};
@@ -114,15 +109,10 @@ TEST_P(DrawExampleTest, ShowsThingsWhereTheyAre)
     expectColor(nothing, picture.at(240 + 138, 240 - 138), "behind the long side");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Cameras, DrawExampleTest,
-    testing::Values(Sight{"WithATarget", "<translate>0 0 5</translate>", target, {red, nothing, nothing, green}},
-                    Sight{"AlongItsNode", "<translate>0 0 5</translate>", "", {red, nothing, nothing, green}},
-                    Sight{"FromBehind",
-                          "<translate>0 0 -5</translate><rotate>0 1 0 180</rotate>",
-                          "",
-                          {nothing, blue, green, nothing}}),
-    [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_ROWS(
+    Cameras, DrawExampleTest, {"WithATarget", "<translate>0 0 5</translate>", target, {red, nothing, nothing, green}},
+    {"AlongItsNode", "<translate>0 0 5</translate>", "", {red, nothing, nothing, green}},
+    {"FromBehind", "<translate>0 0 -5</translate><rotate>0 1 0 180</rotate>", "", {nothing, blue, green, nothing}});
 
 TEST(DrawExampleTest, SaysWhyThereIsNoPicture)
 {

@@ -2,6 +2,8 @@
 #include "Expectations.h"
 #include "Prepared.h"
 
+#include "support/Rows.h"
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -36,18 +38,12 @@ std::string inputs(const Prepared& result)
     return text;
 }
 
-struct InputCase {
-    const char* name;
+struct InputCase : testSupport::Row {
     std::string content;
     const char* inputs;
     const char* list;
     const char* kind; // of a finding that must be there
 };
-
-void PrintTo(const InputCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class ArrangeInputsTest : public testing::TestWithParam<InputCase> {};
 
@@ -63,54 +59,51 @@ TEST_P(ArrangeInputsTest, InputsReadRightlyByPosition)
     test::expectStable(result);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Inputs, ArrangeInputsTest,
-    testing::Values(
-        InputCase{"InputsOfVerticesMoveToThePrimitive",
+INSTANTIATE_ROWS(Inputs, ArrangeInputsTest,
+                 {"InputsOfVerticesMoveToThePrimitive",
                   "<vertices id='v'><input semantic='NORMAL' source='#n'/><input semantic='POSITION' source='#p'/>"
                   "<input semantic='TEXCOORD' source='#t'/></vertices><triangles count='1'>"
                   "<input semantic='VERTEX' source='#v' offset='0'/><p>0 1 2</p></triangles>",
                   "VERTEX 0 #v, NORMAL 0 #n, TEXCOORD 0 #t", "0 1 2", "vertices"},
-        InputCase{"NormalOfThePrimitiveGoesBeforeThatOfVertices",
+                 {"NormalOfThePrimitiveGoesBeforeThatOfVertices",
                   "<vertices id='v'><input semantic='POSITION' source='#p'/><input semantic='NORMAL' source='#p'/>"
                   "<input semantic='TEXCOORD' source='#t'/></vertices><triangles count='1'>"
                   "<input semantic='VERTEX' source='#v' offset='1'/><input semantic='NORMAL' source='#n' offset='0'/>"
                   "<p>2 0 1 1 0 2</p></triangles>",
                   "VERTEX 1 #v, NORMAL 0 #n, TEXCOORD 1 #t", "2 0 1 1 0 2", "vertices"},
-        InputCase{"CoordinatesOfVerticesComeAfterThoseOfThePrimitive",
+                 {"CoordinatesOfVerticesComeAfterThoseOfThePrimitive",
                   "<vertices id='v'><input semantic='POSITION' source='#p'/><input semantic='TEXCOORD' source='#t'/>"
                   "</vertices><triangles count='1'><input semantic='VERTEX' source='#v' offset='0'/>"
                   "<input semantic='TEXCOORD' source='#u' offset='1' set='4'/><p>0 2 1 1 2 0</p></triangles>",
                   "VERTEX 0 #v, TEXCOORD 1 #u set 4, TEXCOORD 0 #t set 5", "0 2 1 1 2 0", "vertices"},
-        InputCase{"OtherSemanticGoesWithItsOffset",
+                 {"OtherSemanticGoesWithItsOffset",
                   vertices + "<triangles count='1'><input semantic='VERTEX' source='#v' offset='0'/>"
                              "<input semantic='TEXTANGENT' source='#n' offset='1'/>"
                              "<input semantic='NORMAL' source='#n' offset='2'/><p>0 7 2 1 8 1 2 9 0</p></triangles>",
                   "VERTEX 0 #v, NORMAL 1 #n", "0 2 1 1 2 0", "semantic"},
-        InputCase{"OtherSemanticAtAnOffsetThatIsUsedLeavesIt",
+                 {"OtherSemanticAtAnOffsetThatIsUsedLeavesIt",
                   vertices + "<triangles count='1'><input semantic='TEXBINORMAL' source='#n' offset='0'/>"
                              "<input semantic='VERTEX' source='#v' offset='0'/><p>0 1 2</p></triangles>",
                   "VERTEX 0 #v", "0 1 2", "semantic"},
-        InputCase{"GapBetweenOffsetsIsClosed",
+                 {"GapBetweenOffsetsIsClosed",
                   vertices + "<triangles count='1'><input semantic='VERTEX' source='#v' offset='1'/>"
                              "<input semantic='NORMAL' source='#n' offset='3'/>"
                              "<p>9 0 9 2 9 1 9 1 9 2 9 0</p></triangles>",
                   "VERTEX 0 #v, NORMAL 1 #n", "0 2 1 1 2 0", "offsets"},
-        InputCase{"InputThatLeadsNowhereGoes",
+                 {"InputThatLeadsNowhereGoes",
                   vertices + "<triangles count='1'><input semantic='VERTEX' source='#v' offset='0'/>"
                              "<input semantic='COLOR' source='#none' offset='1'/><p>0 5 1 5 2 5</p></triangles>",
                   "VERTEX 0 #v", "0 1 2", "source"},
-        InputCase{"LowestSetComesFirst",
+                 {"LowestSetComesFirst",
                   vertices + "<triangles count='1'><input semantic='VERTEX' source='#v' offset='0'/>"
                              "<input semantic='TEXCOORD' source='#t' offset='1' set='2'/>"
                              "<input semantic='TEXCOORD' source='#u' offset='2' set='1'/>"
                              "<p>0 0 1 1 1 2 2 2 0</p></triangles>",
                   "VERTEX 0 #v, TEXCOORD 2 #u set 1, TEXCOORD 1 #t set 2", "0 0 1 1 1 2 2 2 0", "sets"},
-        InputCase{"SecondVertexGoes",
+                 {"SecondVertexGoes",
                   vertices + "<triangles count='1'><input semantic='VERTEX' source='#v' offset='0'/>"
                              "<input semantic='VERTEX' source='#v' offset='1'/><p>0 0 1 1 2 2</p></triangles>",
-                  "VERTEX 0 #v", "0 1 2", "semantic"}),
-    [](const auto& row) { return row.param.name; });
+                  "VERTEX 0 #v", "0 1 2", "semantic"});
 
 TEST(ArrangeInputsMeshTest, WhatReadsRightlyIsNotTouched)
 {
@@ -186,17 +179,11 @@ TEST(ArrangeInputsMeshTest, CoordinatesOfVerticesAreNoSetThatATextureTakes)
     test::expectStable(result);
 }
 
-struct SourceCase {
-    const char* name;
+struct SourceCase : testSupport::Row {
     std::string source; // of the id "p"
     const char* numbers;
     const char* params;
 };
-
-void PrintTo(const SourceCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class ArrangeInputsSourceTest : public testing::TestWithParam<SourceCase> {};
 
@@ -232,49 +219,44 @@ std::string odd(const std::string& array, const std::string& accessor)
 
 const std::string xyz = "<param name='X' type='float'/><param name='Y' type='float'/><param name='Z' type='float'/>";
 
-INSTANTIATE_TEST_SUITE_P(
+INSTANTIATE_ROWS(
     Sources, ArrangeInputsSourceTest,
-    testing::Values(
-        SourceCase{"Offset",
-                   odd("<float_array id='a' count='12'>9 9 9 0 0 0 1 0 0 0 1 0</float_array>",
-                       "offset='3' count='3' stride='3'>" + xyz),
-                   "0 0 0 1 0 0 0 1 0", "XYZ"},
-        SourceCase{"Interleaved",
-                   odd("<float_array id='a' count='15'>0 0 0 7 8 1 0 0 7 8 0 1 0 7 8</float_array>",
-                       "count='3' stride='5'>" + xyz),
-                   "0 0 0 1 0 0 0 1 0", "XYZ"},
-        SourceCase{"TwoDimensions",
-                   odd("<float_array id='a' count='6'>0.0 0 1e0 0 0 1.50</float_array>",
-                       "count='3' stride='2'><param name='X' type='float'/><param name='Y' type='float'/>"),
-                   "0.0 0 0 1e0 0 0 0 1.50 0", "XYZ"},
-        SourceCase{"Integers",
-                   odd("<int_array id='a' count='9' minInclusive='0'>0 0 0 1 0 0 0 1 0</int_array>",
-                       "count='3' stride='3'>" + xyz),
-                   "0 0 0 1 0 0 0 1 0", "XYZ"},
-        SourceCase{"NoNames",
-                   odd("<float_array id='a' count='9'>0 0 0 1 0 0 0 1 0</float_array>",
-                       "count='3' stride='3'><param type='float'/><param type='float'/><param type='float'/>"),
-                   "0 0 0 1 0 0 0 1 0", "XYZ"},
-        SourceCase{"NoParams",
-                   odd("<float_array id='a' count='9'>0 0 0 1 0 0 0 1 0</float_array>", "count='3' stride='3'>"),
-                   "0 0 0 1 0 0 0 1 0", "XYZ"},
-        SourceCase{"OneParamWithoutAName",
-                   odd("<float_array id='a' count='12'>0 5 0 0 1 5 0 0 0 5 1 0</float_array>",
-                       "count='3' stride='4'><param name='X' type='float'/><param type='float'/>"
-                       "<param name='Y' type='float'/><param name='Z' type='float'/>"),
-                   "0 0 0 1 0 0 0 1 0", "XYZ"},
-        SourceCase{"OtherTypes",
-                   odd("<float_array id='a' count='9'>0 0 0 1 0 0 0 1 0</float_array>",
-                       "count='3' stride='3'><param name='P' type='float3'/>"),
-                   "0 0 0 1 0 0 0 1 0", "XYZ"},
-        SourceCase{"CountBeyondTheArray",
-                   odd("<float_array id='a' count='9'>0 0 0 1 0 0 0 1 0</float_array>", "count='30' stride='3'>" + xyz),
-                   "0 0 0 1 0 0 0 1 0", "XYZ"},
-        SourceCase{"ArrayOfAnotherSource",
-                   "<source id='o'><float_array id='a' count='9'>0 0 0 1 0 0 0 1 0</float_array></source>" +
-                       odd("", "count='3' stride='3'>" + xyz),
-                   "0 0 0 1 0 0 0 1 0", "XYZ"}),
-    [](const auto& row) { return row.param.name; });
+    {"Offset",
+     odd("<float_array id='a' count='12'>9 9 9 0 0 0 1 0 0 0 1 0</float_array>",
+         "offset='3' count='3' stride='3'>" + xyz),
+     "0 0 0 1 0 0 0 1 0", "XYZ"},
+    {"Interleaved",
+     odd("<float_array id='a' count='15'>0 0 0 7 8 1 0 0 7 8 0 1 0 7 8</float_array>", "count='3' stride='5'>" + xyz),
+     "0 0 0 1 0 0 0 1 0", "XYZ"},
+    {"TwoDimensions",
+     odd("<float_array id='a' count='6'>0.0 0 1e0 0 0 1.50</float_array>",
+         "count='3' stride='2'><param name='X' type='float'/><param name='Y' type='float'/>"),
+     "0.0 0 0 1e0 0 0 0 1.50 0", "XYZ"},
+    {"Integers",
+     odd("<int_array id='a' count='9' minInclusive='0'>0 0 0 1 0 0 0 1 0</int_array>", "count='3' stride='3'>" + xyz),
+     "0 0 0 1 0 0 0 1 0", "XYZ"},
+    {"NoNames",
+     odd("<float_array id='a' count='9'>0 0 0 1 0 0 0 1 0</float_array>",
+         "count='3' stride='3'><param type='float'/><param type='float'/><param type='float'/>"),
+     "0 0 0 1 0 0 0 1 0", "XYZ"},
+    {"NoParams", odd("<float_array id='a' count='9'>0 0 0 1 0 0 0 1 0</float_array>", "count='3' stride='3'>"),
+     "0 0 0 1 0 0 0 1 0", "XYZ"},
+    {"OneParamWithoutAName",
+     odd("<float_array id='a' count='12'>0 5 0 0 1 5 0 0 0 5 1 0</float_array>",
+         "count='3' stride='4'><param name='X' type='float'/><param type='float'/>"
+         "<param name='Y' type='float'/><param name='Z' type='float'/>"),
+     "0 0 0 1 0 0 0 1 0", "XYZ"},
+    {"OtherTypes",
+     odd("<float_array id='a' count='9'>0 0 0 1 0 0 0 1 0</float_array>",
+         "count='3' stride='3'><param name='P' type='float3'/>"),
+     "0 0 0 1 0 0 0 1 0", "XYZ"},
+    {"CountBeyondTheArray",
+     odd("<float_array id='a' count='9'>0 0 0 1 0 0 0 1 0</float_array>", "count='30' stride='3'>" + xyz),
+     "0 0 0 1 0 0 0 1 0", "XYZ"},
+    {"ArrayOfAnotherSource",
+     "<source id='o'><float_array id='a' count='9'>0 0 0 1 0 0 0 1 0</float_array></source>" +
+         odd("", "count='3' stride='3'>" + xyz),
+     "0 0 0 1 0 0 0 1 0", "XYZ"});
 
 TEST(ArrangeInputsMeshTest, SourcesThatShareAnArrayAreToldApart)
 {

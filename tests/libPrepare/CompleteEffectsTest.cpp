@@ -1,6 +1,8 @@
 #include "Expectations.h"
 #include "LookDocuments.h"
 
+#include "support/Rows.h"
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -86,8 +88,7 @@ TEST(CompleteEffectsTest, ColorOfTwoNumbersIsNone)
     EXPECT_EQ("0 0 0 1", prepared.text("//phong/diffuse/color"));
 }
 
-struct Opacity {
-    const char* name;
+struct Opacity : testSupport::Row {
     const char* transparent; // all of <transparent>
     const char* transparency;
     const char* expected;
@@ -105,28 +106,21 @@ TEST_P(OpacityTest, IsInTransparency)
     test::expectStable(prepared);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, OpacityTest,
-    testing::Values(
-        Opacity{"NothingSaid", "", "", "1"}, Opacity{"FactorAlone", "", "0.30", "0.30"},
-        Opacity{"AlphaIsTheDefaultMode", "<transparent><color>0 0 0 0.5</color></transparent>", "0.5", "0.25"},
-        Opacity{"AlphaOne", "<transparent opaque=\"A_ONE\"><color>0 0 0 1</color></transparent>", "0.40", "0.40"},
-        Opacity{"AlphaAlone", "<transparent opaque=\"A_ONE\"><color>1 1 1 0.25</color></transparent>", "", "0.25"},
-        Opacity{"ThreeNumbersAreOpaque", "<transparent><color>0 0 0</color></transparent>", "0.5", "0.5"},
-        Opacity{"BlackLetsNothingThrough", "<transparent opaque=\"RGB_ZERO\"><color>0 0 0 1</color></transparent>",
-                "1.0", "1.0"},
-        Opacity{"GreyByColor", "<transparent opaque=\"RGB_ZERO\"><color>0.5 0.5 0.5 1</color></transparent>", "0.5",
-                "0.75"},
-        // 1 - 0.212671
-        Opacity{"RedByColor", "<transparent opaque=\"RGB_ZERO\"><color>1 0 0 1</color></transparent>", "1", "0.787329"},
-        Opacity{"ByColorWithoutAFactor", "<transparent opaque=\"RGB_ZERO\"><color>0 1 0 1</color></transparent>", "",
-                "0.28484"},
-        Opacity{"InvertedAlpha", "<transparent opaque=\"A_ZERO\"><color>1 1 1 0.25</color></transparent>", "1", "0.75"},
-        Opacity{"ColorIsTheOpacity", "<transparent opaque=\"RGB_ONE\"><color>0 0 1 1</color></transparent>", "1",
-                "0.072169"},
-        Opacity{"PercentIsCutOff", "", "100", "1"}, Opacity{"NoNumber", "", "abc", "1"},
-        Opacity{"NotANumberAtAll", "", "NaN", "1"}, Opacity{"EmptyTransparent", "<transparent/>", "0.5", "0.5"}),
-    [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_ROWS(
+    Rows, OpacityTest, {"NothingSaid", "", "", "1"}, {"FactorAlone", "", "0.30", "0.30"},
+    {"AlphaIsTheDefaultMode", "<transparent><color>0 0 0 0.5</color></transparent>", "0.5", "0.25"},
+    {"AlphaOne", "<transparent opaque=\"A_ONE\"><color>0 0 0 1</color></transparent>", "0.40", "0.40"},
+    {"AlphaAlone", "<transparent opaque=\"A_ONE\"><color>1 1 1 0.25</color></transparent>", "", "0.25"},
+    {"ThreeNumbersAreOpaque", "<transparent><color>0 0 0</color></transparent>", "0.5", "0.5"},
+    {"BlackLetsNothingThrough", "<transparent opaque=\"RGB_ZERO\"><color>0 0 0 1</color></transparent>", "1.0", "1.0"},
+    {"GreyByColor", "<transparent opaque=\"RGB_ZERO\"><color>0.5 0.5 0.5 1</color></transparent>", "0.5", "0.75"},
+    // 1 - 0.212671
+    {"RedByColor", "<transparent opaque=\"RGB_ZERO\"><color>1 0 0 1</color></transparent>", "1", "0.787329"},
+    {"ByColorWithoutAFactor", "<transparent opaque=\"RGB_ZERO\"><color>0 1 0 1</color></transparent>", "", "0.28484"},
+    {"InvertedAlpha", "<transparent opaque=\"A_ZERO\"><color>1 1 1 0.25</color></transparent>", "1", "0.75"},
+    {"ColorIsTheOpacity", "<transparent opaque=\"RGB_ONE\"><color>0 0 1 1</color></transparent>", "1", "0.072169"},
+    {"PercentIsCutOff", "", "100", "1"}, {"NoNumber", "", "abc", "1"}, {"NotANumberAtAll", "", "NaN", "1"},
+    {"EmptyTransparent", "<transparent/>", "0.5", "0.5"});
 
 TEST(CompleteEffectsTest, WhatNobodySeesIsReported)
 {

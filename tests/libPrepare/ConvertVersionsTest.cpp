@@ -1,21 +1,17 @@
 #include "OnePass.h"
 
+#include "support/Rows.h"
+
 #include <gtest/gtest.h>
 
 namespace {
 
 using test::OnePass;
 
-struct RootRow {
-    const char* name;
+struct RootRow : testSupport::Row {
     const char* root;
     std::size_t findings;
 };
-
-void PrintTo(const RootRow& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class RootTest : public testing::TestWithParam<RootRow> {};
 
@@ -34,17 +30,14 @@ TEST_P(RootTest, BecomesThatOf141)
     EXPECT_EQ(GetParam().findings, result.report.findings.size());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, RootTest,
-    testing::Values(
-        RootRow{"AsItShouldBe", "COLLADA xmlns='http://www.collada.org/2005/11/COLLADASchema' version='1.4.1'", 0},
-        RootRow{"Version140", "COLLADA xmlns='http://www.collada.org/2005/11/COLLADASchema' version='1.4.0'", 1},
-        RootRow{"NoNamespace", "COLLADA version='1.4.1'", 1}, RootRow{"Nothing", "COLLADA", 2},
-        RootRow{"Slash", "COLLADA xmlns='http://www.collada.org/2005/11/COLLADASchema/' version='1.4.1'", 1},
-        RootRow{"Foreign", "COLLADA xmlns='urn:mine' version='1.4.1'", 1},
-        RootRow{"Version15", "COLLADA xmlns='http://www.collada.org/2008/03/COLLADASchema' version='1.5.0'", 2},
-        RootRow{"Prefix", "c:COLLADA xmlns:c='http://www.collada.org/2005/11/COLLADASchema' version='1.4.1'", 2}),
-    [](const auto& row) { return row.param.name; });
+INSTANTIATE_ROWS(Rows, RootTest,
+                 {"AsItShouldBe", "COLLADA xmlns='http://www.collada.org/2005/11/COLLADASchema' version='1.4.1'", 0},
+                 {"Version140", "COLLADA xmlns='http://www.collada.org/2005/11/COLLADASchema' version='1.4.0'", 1},
+                 {"NoNamespace", "COLLADA version='1.4.1'", 1}, {"Nothing", "COLLADA", 2},
+                 {"Slash", "COLLADA xmlns='http://www.collada.org/2005/11/COLLADASchema/' version='1.4.1'", 1},
+                 {"Foreign", "COLLADA xmlns='urn:mine' version='1.4.1'", 1},
+                 {"Version15", "COLLADA xmlns='http://www.collada.org/2008/03/COLLADASchema' version='1.5.0'", 2},
+                 {"Prefix", "c:COLLADA xmlns:c='http://www.collada.org/2005/11/COLLADASchema' version='1.4.1'", 2});
 
 TEST(ConvertVersionsTest, TexturesOf15GetSurfaces)
 {

@@ -3,6 +3,8 @@
 #include "Expectations.h"
 #include "TemporaryFolder.h"
 
+#include "support/Rows.h"
+
 #include <gtest/gtest.h>
 #include <zlib.h>
 
@@ -28,19 +30,13 @@ std::string inUtf16(const std::string& ascii, bool isBigEndian)
     return result;
 }
 
-struct Refused {
-    const char* name;
+struct Refused : testSupport::Row {
     std::string content;
     std::string kind;
     std::string reason;
     unsigned line;
     unsigned column;
 };
-
-void PrintTo(const Refused& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class RefusedDocumentTest : public testing::TestWithParam<Refused> {};
 
@@ -78,57 +74,51 @@ std::string repeated(const std::string& text, std::size_t count)
     return result;
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, RefusedDocumentTest,
-    testing::Values(
-        Refused{"Empty", "", "empty", "is empty", 0, 0},
-        Refused{"Picture", "\x89PNG\r\n", "other-format", "is a PNG picture", 0, 0},
-        Refused{"Archive", "PK\x03\x04...", "other-format", "is a zip archive", 0, 0},
-        Refused{"Cut", root + "\n<asset>", "malformed", "not well-formed: The document ends inside <asset> of line 2",
-                2, 8},
-        Refused{"Mismatch", root + "\n  <a></b></COLLADA>", "malformed",
-                "not well-formed: Opening and ending tag mismatch: a line 2 and b", 2, 10},
-        Refused{"MismatchAfterManyNumbers", root + "\n" + repeated("0 1 2 3\n", 10'000) + "<a></b></COLLADA>",
-                "malformed", "not well-formed: Opening and ending tag mismatch: a line 10002 and b", 10'002, 8},
-        Refused{"Junk", root + "</COLLADA>\nx", "malformed",
-                "not well-formed: Extra content at the end of the document", 2, 1},
-        Refused{"Entity", root + "\n&lots;</COLLADA>", "malformed", "not well-formed: Entity 'lots' not defined", 2, 7},
-        Refused{"EndOfCharacterData", root + "]]></COLLADA>", "malformed",
-                "not well-formed: Sequence ']]>' not allowed in content", 1, 26},
-        Refused{"DocumentType", "<?xml version=\"1.0\"?>\n<!DOCTYPE COLLADA [<!ENTITY a 'b'>]>" + root + "</COLLADA>",
-                "document-type", "has a document type with declarations (<!DOCTYPE [...]>)", 2, 1},
-        Refused{"DocumentTypeOfAFileWithDeclarations",
-                "<!DOCTYPE COLLADA SYSTEM 'a>b' [<!ENTITY a 'b'>]>" + root + "</COLLADA>", "document-type",
-                "has a document type with declarations (<!DOCTYPE [...]>)", 1, 1},
-        Refused{"Root", "\n<html/>", "root", "no COLLADA: The root element is <html>", 2, 1},
-        Refused{"Deep", root + "\n" + nested(10'000) + "</COLLADA>", "too-deep", "more than 10,000 levels of elements",
-                2, 3 * 9'999 + 1},
-        Refused{"ManyAttributes",
-                root + "\n<a " +
-                    [] {
-                        std::string result;
-                        for (unsigned i = 0; i < 1'025; ++i) {
-                            result += " a" + std::to_string(i) + "=''";
-                        }
-                        return result;
-                    }() +
-                    "/></COLLADA>",
-                "start-tag", "<a> has too many attributes", 2, 1},
-        Refused{"LongName", root + "<technique>\n<" + std::string(128, 'n') + "/></technique></COLLADA>", "long-name",
-                "an element with a name of 128 bytes", 2, 1},
-        Refused{"ValueInItsLike", root + "<p>1\n<p/></p></COLLADA>", "stray-element",
-                "an element <p> where there can be none", 2, 1},
-        Refused{"ParentSteps", root + "\n<a url='" + repeated("../", 257) + "'/></COLLADA>", "reference",
-                "<a> has a reference with too many steps to a parent folder", 2, 1},
-        Refused{"BadUtf8", root + "\nab\xE9 </COLLADA>", "malformed",
-                "not well-formed: Input is not proper UTF-8, indicate encoding !\nBytes: 0xE9 0x20 0x3C 0x2F", 2, 3},
-        Refused{"BytesBeyondTheEncoding", "<?xml version='1.0' encoding='ASCII'?>\n<a>\xE9</a>", "encoding",
-                "not well-formed: Bytes that are no ASCII", 2, 4},
-        Refused{"UnknownEncoding", "<?xml version='1.0' encoding='martian'?><a>\xE9</a>", "encoding",
-                "its encoding martian is not known", 1, 1},
-        Refused{"HalfACharacter", inUtf16(root + "</COLLADA>", true) + "a", "encoding",
-                "not well-formed: Bytes that are no UTF-16BE", 1, 36}),
-    [](const auto& row) { return row.param.name; });
+INSTANTIATE_ROWS(
+    Rows, RefusedDocumentTest, {"Empty", "", "empty", "is empty", 0, 0},
+    {"Picture", "\x89PNG\r\n", "other-format", "is a PNG picture", 0, 0},
+    {"Archive", "PK\x03\x04...", "other-format", "is a zip archive", 0, 0},
+    {"Cut", root + "\n<asset>", "malformed", "not well-formed: The document ends inside <asset> of line 2", 2, 8},
+    {"Mismatch", root + "\n  <a></b></COLLADA>", "malformed",
+     "not well-formed: Opening and ending tag mismatch: a line 2 and b", 2, 10},
+    {"MismatchAfterManyNumbers", root + "\n" + repeated("0 1 2 3\n", 10'000) + "<a></b></COLLADA>", "malformed",
+     "not well-formed: Opening and ending tag mismatch: a line 10002 and b", 10'002, 8},
+    {"Junk", root + "</COLLADA>\nx", "malformed", "not well-formed: Extra content at the end of the document", 2, 1},
+    {"Entity", root + "\n&lots;</COLLADA>", "malformed", "not well-formed: Entity 'lots' not defined", 2, 7},
+    {"EndOfCharacterData", root + "]]></COLLADA>", "malformed",
+     "not well-formed: Sequence ']]>' not allowed in content", 1, 26},
+    {"DocumentType", "<?xml version=\"1.0\"?>\n<!DOCTYPE COLLADA [<!ENTITY a 'b'>]>" + root + "</COLLADA>",
+     "document-type", "has a document type with declarations (<!DOCTYPE [...]>)", 2, 1},
+    {"DocumentTypeOfAFileWithDeclarations", "<!DOCTYPE COLLADA SYSTEM 'a>b' [<!ENTITY a 'b'>]>" + root + "</COLLADA>",
+     "document-type", "has a document type with declarations (<!DOCTYPE [...]>)", 1, 1},
+    {"Root", "\n<html/>", "root", "no COLLADA: The root element is <html>", 2, 1},
+    {"Deep", root + "\n" + nested(10'000) + "</COLLADA>", "too-deep", "more than 10,000 levels of elements", 2,
+     3 * 9'999 + 1},
+    {"ManyAttributes",
+     root + "\n<a " +
+         [] {
+             std::string result;
+             for (unsigned i = 0; i < 1'025; ++i) {
+                 result += " a" + std::to_string(i) + "=''";
+             }
+             return result;
+         }() +
+         "/></COLLADA>",
+     "start-tag", "<a> has too many attributes", 2, 1},
+    {"LongName", root + "<technique>\n<" + std::string(128, 'n') + "/></technique></COLLADA>", "long-name",
+     "an element with a name of 128 bytes", 2, 1},
+    {"ValueInItsLike", root + "<p>1\n<p/></p></COLLADA>", "stray-element", "an element <p> where there can be none", 2,
+     1},
+    {"ParentSteps", root + "\n<a url='" + repeated("../", 257) + "'/></COLLADA>", "reference",
+     "<a> has a reference with too many steps to a parent folder", 2, 1},
+    {"BadUtf8", root + "\nab\xE9 </COLLADA>", "malformed",
+     "not well-formed: Input is not proper UTF-8, indicate encoding !\nBytes: 0xE9 0x20 0x3C 0x2F", 2, 3},
+    {"BytesBeyondTheEncoding", "<?xml version='1.0' encoding='ASCII'?>\n<a>\xE9</a>", "encoding",
+     "not well-formed: Bytes that are no ASCII", 2, 4},
+    {"UnknownEncoding", "<?xml version='1.0' encoding='martian'?><a>\xE9</a>", "encoding",
+     "its encoding martian is not known", 1, 1},
+    {"HalfACharacter", inUtf16(root + "</COLLADA>", true) + "a", "encoding",
+     "not well-formed: Bytes that are no UTF-16BE", 1, 36});
 
 TEST(DocumentFileTest, WhatIsNoRegularFileIsRefusedWithoutWaiting)
 {
@@ -146,17 +136,11 @@ TEST(DocumentFileTest, WhatIsNoRegularFileIsRefusedWithoutWaiting)
     EXPECT_EQ("does not exist", reason(""));
 }
 
-struct Encoded {
-    const char* name;
+struct Encoded : testSupport::Row {
     std::string content;
     std::string text; // of the root
     std::string encoding;
 };
-
-void PrintTo(const Encoded& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 std::string declared(const std::string& encoding, const std::string& text)
 {
@@ -182,17 +166,14 @@ TEST_P(EncodingTest, BecomesUtf8AndSaysTheSameInCanonicalXml)
     EXPECT_EQ(canonical(GetParam().content), canonical(contentOf(copy)));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, EncodingTest,
-    testing::Values(Encoded{"Utf8", declared("UTF-8", "caf\xC3\xA9"), "caf\xC3\xA9", "UTF-8"},
-                    Encoded{"ByteOrderMark", "\xEF\xBB\xBF" + declared("utf-8", "caf\xC3\xA9"), "caf\xC3\xA9", "UTF-8"},
-                    Encoded{"Latin1", declared("ISO-8859-1", "caf\xE9"), "caf\xC3\xA9", "ISO-8859-1"},
-                    Encoded{"Windows1252", declared("windows-1252", "\x80"), "\xE2\x82\xAC", "windows-1252"},
-                    Encoded{"ShiftJis", declared("Shift_JIS", "\x83\x65"), "\xE3\x83\x86", "Shift_JIS"},
-                    Encoded{"Utf16Little", inUtf16(declared("UTF-16", "a"), false), "a", "UTF-16LE"},
-                    Encoded{"Utf16Big", inUtf16(declared("UTF-16", "a"), true), "a", "UTF-16BE"},
-                    Encoded{"Utf16WithoutMark", inUtf16(declared("UTF-16", "a"), false).substr(2), "a", "UTF-16LE"}),
-    [](const auto& row) { return row.param.name; });
+INSTANTIATE_ROWS(Rows, EncodingTest, {"Utf8", declared("UTF-8", "caf\xC3\xA9"), "caf\xC3\xA9", "UTF-8"},
+                 {"ByteOrderMark", "\xEF\xBB\xBF" + declared("utf-8", "caf\xC3\xA9"), "caf\xC3\xA9", "UTF-8"},
+                 {"Latin1", declared("ISO-8859-1", "caf\xE9"), "caf\xC3\xA9", "ISO-8859-1"},
+                 {"Windows1252", declared("windows-1252", "\x80"), "\xE2\x82\xAC", "windows-1252"},
+                 {"ShiftJis", declared("Shift_JIS", "\x83\x65"), "\xE3\x83\x86", "Shift_JIS"},
+                 {"Utf16Little", inUtf16(declared("UTF-16", "a"), false), "a", "UTF-16LE"},
+                 {"Utf16Big", inUtf16(declared("UTF-16", "a"), true), "a", "UTF-16BE"},
+                 {"Utf16WithoutMark", inUtf16(declared("UTF-16", "a"), false).substr(2), "a", "UTF-16LE"});
 
 TEST(DocumentFileTest, AnEncodingThatIsNotThatOfTheBytesIsRepaired)
 {

@@ -3,6 +3,8 @@
 #include "Expectations.h"
 #include "TemporaryFolder.h"
 
+#include "support/Rows.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -83,18 +85,12 @@ TEST(PrepareTest, DocumentTypeWithoutDeclarationsIsTakenOut)
     EXPECT_EQ("has a document type (<!DOCTYPE>)", inspected.findings.front().text);
 }
 
-struct Change {
-    const char* name;
+struct Change : testSupport::Row {
     const char* kind; // of the only finding
     std::string Words::*place;
     std::string before;
     std::string after;
 };
-
-void PrintTo(const Change& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 std::string replaced(std::string text, const std::string& part, const std::string& by)
 {
@@ -119,27 +115,25 @@ TEST_P(ChangedDocumentTest, IsEqualInCanonicalXmlButForTheReportedChange)
     EXPECT_EQ(contentOf(once), contentOf(twice));
 }
 
-INSTANTIATE_TEST_SUITE_P(
+INSTANTIATE_ROWS(
     Rows, ChangedDocumentTest,
-    testing::Values(
-        Change{"NodeWithoutATransform", "node without a transform", &Words::node, "",
-               "<matrix>1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1</matrix>"},
-        Change{"DecimalComma", "decimal-comma", &Words::node, "<translate sid='t'>0,50 1.0 02</translate>",
-               "<translate sid='t'>0.50 1.0 02</translate>"},
-        Change{"TextInTwoRuns", "divided-text", &Words::node, "<translate>1.0 <!-- x -->2 03</translate>",
-               "<translate>1.0 2 03<!-- x --></translate>"},
-        Change{"AbsentChannel", "channel", &Words::shader,
-               replaced(Words().shader, "<specular><color>0 0 0 1</color></specular>", ""), Words().shader},
-        Change{"Quad", "polylist", &Words::faces,
-               "<polylist count='1' material='s'><input semantic='VERTEX' source='#v' offset='0'/><vcount>4</vcount>"
-               "<p>0 1 2 3</p></polylist>",
-               "<triangles count='2' material='s'><input semantic='VERTEX' source='#v' offset='0'/><p>0 1 2 0 2 3</p>"
-               "</triangles>"},
-        Change{"CountThatIsTooSmall", "count", &Words::faces,
-               "<triangles count='3' material='s'><input semantic='VERTEX' source='#v' offset='0'/>"
-               "<p>0 1  2\n0 2 3</p></triangles>",
-               "<triangles count='2' material='s'><input semantic='VERTEX' source='#v' offset='0'/>"
-               "<p>0 1  2\n0 2 3</p></triangles>"}),
-    [](const auto& row) { return row.param.name; });
+    {"NodeWithoutATransform", "node without a transform", &Words::node, "",
+     "<matrix>1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1</matrix>"},
+    {"DecimalComma", "decimal-comma", &Words::node, "<translate sid='t'>0,50 1.0 02</translate>",
+     "<translate sid='t'>0.50 1.0 02</translate>"},
+    {"TextInTwoRuns", "divided-text", &Words::node, "<translate>1.0 <!-- x -->2 03</translate>",
+     "<translate>1.0 2 03<!-- x --></translate>"},
+    {"AbsentChannel", "channel", &Words::shader,
+     replaced(Words().shader, "<specular><color>0 0 0 1</color></specular>", ""), Words().shader},
+    {"Quad", "polylist", &Words::faces,
+     "<polylist count='1' material='s'><input semantic='VERTEX' source='#v' offset='0'/><vcount>4</vcount>"
+     "<p>0 1 2 3</p></polylist>",
+     "<triangles count='2' material='s'><input semantic='VERTEX' source='#v' offset='0'/><p>0 1 2 0 2 3</p>"
+     "</triangles>"},
+    {"CountThatIsTooSmall", "count", &Words::faces,
+     "<triangles count='3' material='s'><input semantic='VERTEX' source='#v' offset='0'/>"
+     "<p>0 1  2\n0 2 3</p></triangles>",
+     "<triangles count='2' material='s'><input semantic='VERTEX' source='#v' offset='0'/>"
+     "<p>0 1  2\n0 2 3</p></triangles>"});
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "OnePass.h"
 
+#include "support/Rows.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -42,17 +44,11 @@ TEST(RepairIdsTest, AFreshIdIsNoneThatIsThere)
     EXPECT_EQ("x-2", result.value("//c/@id"));
 }
 
-struct OddId {
-    const char* name;
+struct OddId : testSupport::Row {
     const char* id;
     const char* reference;
     const char* newId;
 };
-
-void PrintTo(const OddId& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class OddIdTest : public testing::TestWithParam<OddId> {};
 
@@ -69,17 +65,13 @@ TEST_P(OddIdTest, IsMadePlainWithItsReferences)
     EXPECT_TRUE(again.report.findings.empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, OddIdTest,
-    testing::Values(OddId{"Plain", "a.b-c_d~(1):x/y", "#a.b-c_d~(1):x/y", "a.b-c_d~(1):x/y"},
-                    OddId{"BeyondAscii", "N\xC5\x93ud", "#N\xC5\x93ud", "N_ud"}, OddId{"Blank", "a b", "#a b", "a_b"},
-                    OddId{"EncodedBlank", "a b", "#a%20b", "a_b"},
-                    OddId{"EncodedInTheIdToo", "a%20b", "#a%20b", "a%20b"},
-                    OddId{"LonePercent", "100%", "#100%", "100_"}, OddId{"Brackets", "a[1]", "#a[1]", "a_1_"},
-                    OddId{"BlanksAround", " a ", " #a ", "a"}, OddId{"EncodedWithoutNeed", "a-b", "#a%2Db", "a-b"},
-                    OddId{"OwnFile", "a", "scene.dae#a", "a"},
-                    OddId{"OwnFileInAFolder", "a", "file:///c:/x/scene.dae#a", "a"}, OddId{"Empty", "", "#", "light"}),
-    [](const auto& row) { return row.param.name; });
+INSTANTIATE_ROWS(Rows, OddIdTest, {"Plain", "a.b-c_d~(1):x/y", "#a.b-c_d~(1):x/y", "a.b-c_d~(1):x/y"},
+                 {"BeyondAscii", "N\xC5\x93ud", "#N\xC5\x93ud", "N_ud"}, {"Blank", "a b", "#a b", "a_b"},
+                 {"EncodedBlank", "a b", "#a%20b", "a_b"}, {"EncodedInTheIdToo", "a%20b", "#a%20b", "a%20b"},
+                 {"LonePercent", "100%", "#100%", "100_"}, {"Brackets", "a[1]", "#a[1]", "a_1_"},
+                 {"BlanksAround", " a ", " #a ", "a"}, {"EncodedWithoutNeed", "a-b", "#a%2Db", "a-b"},
+                 {"OwnFile", "a", "scene.dae#a", "a"}, {"OwnFileInAFolder", "a", "file:///c:/x/scene.dae#a", "a"},
+                 {"Empty", "", "#", "light"});
 
 TEST(RepairIdsTest, AllFormsOfReferencesFollow)
 {

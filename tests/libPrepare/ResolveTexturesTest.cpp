@@ -1,6 +1,8 @@
 #include "Expectations.h"
 #include "LookDocuments.h"
 
+#include "support/Rows.h"
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -49,8 +51,7 @@ TEST(ResolveTexturesTest, WholeChainStaysAsItIs)
     EXPECT_EQ("image", imageOf(prepared));
 }
 
-struct Chain {
-    const char* name;
+struct Chain : testSupport::Row {
     std::string texture;
     std::string profile;
     std::string effect;
@@ -72,26 +73,23 @@ TEST_P(TextureChainTest, LeadsByASamplerAndASurfaceOfTheProfile)
 
 const std::string initFrom = "<init_from>image</init_from>";
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, TextureChainTest,
-    testing::Values(
-        Chain{"NamesAnImage", "image", "", "", "image"}, Chain{"NamesAnImageByItsName", "picture", "", "", "image"},
-        Chain{"NamesASurface", "u", surface("u", initFrom), "", "image"},
-        Chain{"SamplerNamesAnImage", "s", sampler("s", "other"), "", "other"},
-        Chain{"ParametersOfTheEffect", "s", "", surface("u", initFrom) + sampler("s", "u"), "image"},
-        Chain{"SurfaceOfTheEffect", "s", sampler("s", "u"), surface("u", initFrom), "image"},
-        Chain{"InnerParametersGoFirst", "s", surface("u", "<init_from>other</init_from>") + sampler("v", "u"),
-              surface("u", initFrom) + sampler("s", "u"), "other"},
-        Chain{"LaterImageOfASurface", "s",
-              surface("u", "<init_from>none</init_from><init_from>other</init_from>") + sampler("s", "u"), "", "other"},
-        Chain{"PlanarSurface", "s", surface("u", "<init_planar><all ref=\"image\"/></init_planar>") + sampler("s", "u"),
-              "", "image"},
-        Chain{"OtherKindOfSampler", "s",
-              surface("u", initFrom) + "<newparam sid=\"s\"><samplerRECT><source>u</source></samplerRECT></newparam>",
-              "", "image"},
-        Chain{"SurfaceNamesTheImagesName", "s", surface("u", "<init_from>picture</init_from>") + sampler("s", "u"), "",
-              "image"}),
-    [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_ROWS(
+    Rows, TextureChainTest, {"NamesAnImage", "image", "", "", "image"},
+    {"NamesAnImageByItsName", "picture", "", "", "image"}, {"NamesASurface", "u", surface("u", initFrom), "", "image"},
+    {"SamplerNamesAnImage", "s", sampler("s", "other"), "", "other"},
+    {"ParametersOfTheEffect", "s", "", surface("u", initFrom) + sampler("s", "u"), "image"},
+    {"SurfaceOfTheEffect", "s", sampler("s", "u"), surface("u", initFrom), "image"},
+    {"InnerParametersGoFirst", "s", surface("u", "<init_from>other</init_from>") + sampler("v", "u"),
+     surface("u", initFrom) + sampler("s", "u"), "other"},
+    {"LaterImageOfASurface", "s",
+     surface("u", "<init_from>none</init_from><init_from>other</init_from>") + sampler("s", "u"), "", "other"},
+    {"PlanarSurface", "s", surface("u", "<init_planar><all ref=\"image\"/></init_planar>") + sampler("s", "u"), "",
+     "image"},
+    {"OtherKindOfSampler", "s",
+     surface("u", initFrom) + "<newparam sid=\"s\"><samplerRECT><source>u</source></samplerRECT></newparam>", "",
+     "image"},
+    {"SurfaceNamesTheImagesName", "s", surface("u", "<init_from>picture</init_from>") + sampler("s", "u"), "",
+     "image"});
 
 TEST(ResolveTexturesTest, WhatASamplerSaysIsKept)
 {

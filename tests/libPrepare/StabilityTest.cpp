@@ -3,6 +3,8 @@
 #include "LookDocuments.h"
 #include "Prepared.h"
 
+#include "support/Rows.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -13,15 +15,9 @@ namespace {
 
 using test::Prepared;
 
-struct Bent {
-    const char* name;
+struct Bent : testSupport::Row {
     std::string body;
 };
-
-void PrintTo(const Bent& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class BentDocumentTest : public testing::TestWithParam<Bent> {};
 
@@ -45,30 +41,27 @@ std::string animatedTranslate(const std::string& numbers)
            "</library_animations>" + test::shown("<node id='n'><translate sid='t'>" + numbers + "</translate></node>");
 }
 
-INSTANTIATE_TEST_SUITE_P(
+INSTANTIATE_ROWS(
     Rows, BentDocumentTest,
-    testing::Values(
-        Bent{"CameraAtNoPlace", camera + test::shown("<node id='n'><translate>NaN 0 0</translate>"
-                                                     "<instance_camera url='#c'/></node>")},
-        Bent{"SpotAtNoPlace", spot + test::shown("<node id='n'><matrix>1 0 0 NaN 0 1 0 0 0 0 1 0 0 0 0 NaN</matrix>"
-                                                 "<instance_light url='#l'/></node>")},
-        Bent{"NumbersBeyondATransform", animatedTranslate("1 2 3 4")},
-        Bent{"NumberBeyondAllOthers", animatedTranslate("1 1e400 3")},
-        Bent{"GeometryInAChannel",
-             "<library_effects><effect id='f'><profile_COMMON><technique sid='t'><phong><diffuse>" +
-                 test::triangleGeometry("g", "s") +
-                 "</diffuse></phong></technique></profile_COMMON></effect>"
-                 "</library_effects>" +
-                 test::shown("<node id='n'><instance_geometry url='#g'/></node>")},
-        Bent{"LightInAnInstance", test::shown("<node id='n'><instance_geometry url='#none'><light id='l'>"
-                                              "<technique_common><directional/></technique_common></light>"
-                                              "</instance_geometry><instance_light url='#l'/></node>")},
-        Bent{"SurfaceThatHoldsAnId",
-             test::shownEffect("<effect id='fx'><newparam sid='u'><surface type='2D'><init_from>i</init_from>"
-                               "<extra id='held'/></surface></newparam><profile_COMMON><technique sid='t'><phong>"
-                               "<diffuse><texture texture='u' texcoord='T'/></diffuse></phong></technique>"
-                               "</profile_COMMON></effect>",
-                               "<library_images><image id='i'><init_from>a.png</init_from></image></library_images>")}),
-    [](const auto& row) { return row.param.name; });
+    {"CameraAtNoPlace", camera + test::shown("<node id='n'><translate>NaN 0 0</translate>"
+                                             "<instance_camera url='#c'/></node>")},
+    {"SpotAtNoPlace", spot + test::shown("<node id='n'><matrix>1 0 0 NaN 0 1 0 0 0 0 1 0 0 0 0 NaN</matrix>"
+                                         "<instance_light url='#l'/></node>")},
+    {"NumbersBeyondATransform", animatedTranslate("1 2 3 4")},
+    {"NumberBeyondAllOthers", animatedTranslate("1 1e400 3")},
+    {"GeometryInAChannel", "<library_effects><effect id='f'><profile_COMMON><technique sid='t'><phong><diffuse>" +
+                               test::triangleGeometry("g", "s") +
+                               "</diffuse></phong></technique></profile_COMMON></effect>"
+                               "</library_effects>" +
+                               test::shown("<node id='n'><instance_geometry url='#g'/></node>")},
+    {"LightInAnInstance", test::shown("<node id='n'><instance_geometry url='#none'><light id='l'>"
+                                      "<technique_common><directional/></technique_common></light>"
+                                      "</instance_geometry><instance_light url='#l'/></node>")},
+    {"SurfaceThatHoldsAnId",
+     test::shownEffect("<effect id='fx'><newparam sid='u'><surface type='2D'><init_from>i</init_from>"
+                       "<extra id='held'/></surface></newparam><profile_COMMON><technique sid='t'><phong>"
+                       "<diffuse><texture texture='u' texcoord='T'/></diffuse></phong></technique>"
+                       "</profile_COMMON></effect>",
+                       "<library_images><image id='i'><init_from>a.png</init_from></image></library_images>")});
 
 } // namespace

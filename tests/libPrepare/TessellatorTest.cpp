@@ -1,5 +1,7 @@
 #include "GivenPolygon.h"
 
+#include "support/Rows.h"
+
 #include <libPrepare/geometry/Tessellator.h>
 
 #include <gtest/gtest.h>
@@ -96,18 +98,12 @@ TEST(TessellatorTest, PolygonWithoutAreaGivesNothing)
 }
 
 // Made-up polygons: stars with as many corners as the row says, turned in space.
-struct Shape {
-    const char* name;
+struct Shape : testSupport::Row {
     double size;
     double bend; // how far corners leave the plane, as a share of the size
     bool hasHoles;
     bool hasCollinear;
 };
-
-void PrintTo(const Shape& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class TessellatorShapesTest : public testing::TestWithParam<Shape> {};
 
@@ -162,13 +158,10 @@ TEST_P(TessellatorShapesTest, KeepsEdgesAndArea)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Stars, TessellatorShapesTest,
-                         testing::Values(Shape{"Concave", 1, 0, false, false}, Shape{"Tiny", 1e-30, 0, false, false},
-                                         Shape{"Huge", 1e30, 0, false, false}, Shape{"Bent", 1, 0.3, false, false},
-                                         Shape{"Collinear", 1, 0, false, true}, Shape{"Holes", 1, 0, true, false},
-                                         Shape{"BentWithHoles", 1, 0.1, true, true},
-                                         Shape{"HugeWithHoles", 1e18, 0, true, true}),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_ROWS(Stars, TessellatorShapesTest, {"Concave", 1, 0, false, false}, {"Tiny", 1e-30, 0, false, false},
+                 {"Huge", 1e30, 0, false, false}, {"Bent", 1, 0.3, false, false}, {"Collinear", 1, 0, false, true},
+                 {"Holes", 1, 0, true, false}, {"BentWithHoles", 1, 0.1, true, true},
+                 {"HugeWithHoles", 1e18, 0, true, true});
 
 TEST(TessellatorTest, EarsKeepEdgesAndAreaOfWhateverIsGivenToThem)
 {

@@ -1,5 +1,7 @@
 #include "Prepared.h"
 
+#include "support/Rows.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -23,18 +25,12 @@ std::string mesh(const std::string& primitive, const std::string& more = "")
 
 const std::string vertex = "<input semantic='VERTEX' source='#v' offset='0'/>";
 
-struct FaceCase {
-    const char* name;
+struct FaceCase : testSupport::Row {
     std::string primitive;
     const char* count;
     const char* list;
     std::size_t left; // kinds of faces that are left out
 };
-
-void PrintTo(const FaceCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class TriangulateTest : public testing::TestWithParam<FaceCase> {};
 
@@ -52,52 +48,42 @@ TEST_P(TriangulateTest, FacesBecomeTriangles)
     EXPECT_EQ(result.xml(), again.xml());
 }
 
-INSTANTIATE_TEST_SUITE_P(
+INSTANTIATE_ROWS(
     Kinds, TriangulateTest,
-    testing::Values(
-        FaceCase{"PolylistOfTrianglesKeepsItsText",
-                 "<polylist count='2'>" + vertex + "<vcount>3 3</vcount><p>0  1 3\n1 4 3</p></polylist>", "2",
-                 "0  1 3\n1 4 3", 0},
-        FaceCase{"PolylistOfQuadsIsCutFromTheFirstCorner",
-                 "<polylist count='2'>" + vertex + "<vcount>4 4</vcount><p>0 1 4 3 4 5 8 7</p></polylist>", "4",
-                 "0 1 4 0 4 3 4 5 8 4 8 7", 0},
-        FaceCase{"FacesOfOneOrTwoCornersAreLeftOut",
-                 "<polylist count='3'>" + vertex + "<vcount>2 3 1</vcount><p>0 1 0 1 3 5</p></polylist>", "1", "0 1 3",
-                 1},
-        FaceCase{"FaceThatTheListDoesNotHoldIsLeftOut",
-                 "<polylist count='2'>" + vertex + "<vcount>3 4</vcount><p>0 1 3 1 2 5</p></polylist>", "1", "0 1 3",
-                 1},
-        FaceCase{"FaceWithAnIndexOutsideIsLeftOut",
-                 "<polylist count='3'>" + vertex + "<vcount>3 3 3</vcount><p>0 1 9 0 1 -1 0 1 3</p></polylist>", "1",
-                 "0 1 3", 1},
-        FaceCase{"FaceOfTwoVerticesIsLeftOut",
-                 "<polylist count='2'>" + vertex + "<vcount>4 3</vcount><p>0 1 0 1 0 1 3</p></polylist>", "1", "0 1 3",
-                 1},
-        FaceCase{"FaceWithoutAreaStays", // in a pose it may have one
-                 "<polylist count='1'>" + vertex + "<vcount>4</vcount><p>0 1 2 1</p></polylist>", "2", "0 1 2 0 2 1",
-                 0},
-        FaceCase{"HugeCountsAreNotBelieved",
-                 "<polylist count='2'>" + vertex + "<vcount>4294967295 3</vcount><p>0 1 3</p></polylist>", "0", "", 1},
-        FaceCase{"PolygonsAreJoined", "<polygons count='2'>" + vertex + "<p>0 1 3</p><p>1 2 5 4</p></polygons>", "3",
-                 "0 1 3 1 2 5 1 5 4", 0},
-        FaceCase{"PolygonsWithoutFaces", "<polygons count='0'>" + vertex + "</polygons>", "0", "", 0},
-        FaceCase{"StripTurnsEverySecondTriangle",
-                 "<tristrips count='2'>" + vertex + "<p>0 1 3 4 6</p><p>1 2 4</p></tristrips>", "4",
-                 "0 1 3 1 4 3 3 4 6 1 2 4", 0},
-        FaceCase{"StripLeavesOutWhereItTurnsCorners", "<tristrips count='1'>" + vertex + "<p>0 1 3 3 4</p></tristrips>",
-                 "1", "0 1 3", 1},
-        FaceCase{"Fan", "<trifans count='1'>" + vertex + "<p>4 0 1 2</p></trifans>", "2", "4 0 1 4 1 2", 0},
-        FaceCase{"ListsOfTrianglesAreJoined", "<triangles count='2'>" + vertex + "<p>0 1 3</p><p>1 4 3</p></triangles>",
-                 "2", "0 1 3 1 4 3", 0},
-        FaceCase{"CountBeyondTheListIsSetRight", "<triangles count='7'>" + vertex + "<p> 0 1 3 </p></triangles>", "1",
-                 "0 1 3", 0},
-        FaceCase{"MissingCountIsSet", "<triangles>" + vertex + "<p>0 1 3 1 4 3</p></triangles>", "2", "0 1 3 1 4 3", 0},
-        FaceCase{"CountBelowTheListBoundsIt", "<triangles count='1'>" + vertex + "<p>0 1 3 1 4 3</p></triangles>", "1",
-                 "0 1 3 1 4 3", 0},
-        FaceCase{"TriangleWithAnIndexOutsideIsLeftOut",
-                 "<triangles count='2'>" + vertex + "<p>0 1 99 1 4 3</p></triangles>", "1", "1 4 3", 1},
-        FaceCase{"EmptyListsStay", "<triangles count='0'>" + vertex + "<p/></triangles>", "0", "", 0}),
-    [](const auto& row) { return row.param.name; });
+    {"PolylistOfTrianglesKeepsItsText",
+     "<polylist count='2'>" + vertex + "<vcount>3 3</vcount><p>0  1 3\n1 4 3</p></polylist>", "2", "0  1 3\n1 4 3", 0},
+    {"PolylistOfQuadsIsCutFromTheFirstCorner",
+     "<polylist count='2'>" + vertex + "<vcount>4 4</vcount><p>0 1 4 3 4 5 8 7</p></polylist>", "4",
+     "0 1 4 0 4 3 4 5 8 4 8 7", 0},
+    {"FacesOfOneOrTwoCornersAreLeftOut",
+     "<polylist count='3'>" + vertex + "<vcount>2 3 1</vcount><p>0 1 0 1 3 5</p></polylist>", "1", "0 1 3", 1},
+    {"FaceThatTheListDoesNotHoldIsLeftOut",
+     "<polylist count='2'>" + vertex + "<vcount>3 4</vcount><p>0 1 3 1 2 5</p></polylist>", "1", "0 1 3", 1},
+    {"FaceWithAnIndexOutsideIsLeftOut",
+     "<polylist count='3'>" + vertex + "<vcount>3 3 3</vcount><p>0 1 9 0 1 -1 0 1 3</p></polylist>", "1", "0 1 3", 1},
+    {"FaceOfTwoVerticesIsLeftOut",
+     "<polylist count='2'>" + vertex + "<vcount>4 3</vcount><p>0 1 0 1 0 1 3</p></polylist>", "1", "0 1 3", 1},
+    {"FaceWithoutAreaStays", // in a pose it may have one
+     "<polylist count='1'>" + vertex + "<vcount>4</vcount><p>0 1 2 1</p></polylist>", "2", "0 1 2 0 2 1", 0},
+    {"HugeCountsAreNotBelieved",
+     "<polylist count='2'>" + vertex + "<vcount>4294967295 3</vcount><p>0 1 3</p></polylist>", "0", "", 1},
+    {"PolygonsAreJoined", "<polygons count='2'>" + vertex + "<p>0 1 3</p><p>1 2 5 4</p></polygons>", "3",
+     "0 1 3 1 2 5 1 5 4", 0},
+    {"PolygonsWithoutFaces", "<polygons count='0'>" + vertex + "</polygons>", "0", "", 0},
+    {"StripTurnsEverySecondTriangle", "<tristrips count='2'>" + vertex + "<p>0 1 3 4 6</p><p>1 2 4</p></tristrips>",
+     "4", "0 1 3 1 4 3 3 4 6 1 2 4", 0},
+    {"StripLeavesOutWhereItTurnsCorners", "<tristrips count='1'>" + vertex + "<p>0 1 3 3 4</p></tristrips>", "1",
+     "0 1 3", 1},
+    {"Fan", "<trifans count='1'>" + vertex + "<p>4 0 1 2</p></trifans>", "2", "4 0 1 4 1 2", 0},
+    {"ListsOfTrianglesAreJoined", "<triangles count='2'>" + vertex + "<p>0 1 3</p><p>1 4 3</p></triangles>", "2",
+     "0 1 3 1 4 3", 0},
+    {"CountBeyondTheListIsSetRight", "<triangles count='7'>" + vertex + "<p> 0 1 3 </p></triangles>", "1", "0 1 3", 0},
+    {"MissingCountIsSet", "<triangles>" + vertex + "<p>0 1 3 1 4 3</p></triangles>", "2", "0 1 3 1 4 3", 0},
+    {"CountBelowTheListBoundsIt", "<triangles count='1'>" + vertex + "<p>0 1 3 1 4 3</p></triangles>", "1",
+     "0 1 3 1 4 3", 0},
+    {"TriangleWithAnIndexOutsideIsLeftOut", "<triangles count='2'>" + vertex + "<p>0 1 99 1 4 3</p></triangles>", "1",
+     "1 4 3", 1},
+    {"EmptyListsStay", "<triangles count='0'>" + vertex + "<p/></triangles>", "0", "", 0});
 
 TEST(TriangulateMeshTest, ListOfTrianglesThatIsRightIsNotTouched)
 {

@@ -1,3 +1,4 @@
+#include "support/Rows.h"
 #include "support/VideoTest.h"
 
 #include <libVideo/SceneGraph/Texture.h>
@@ -146,17 +147,11 @@ TEST(TextureTest, WholeChainGivesElementsAndFile)
 
 // A second load that fails keeps what it does not reach.
 
-struct SecondLoadCase {
-    const char* name;
+struct SecondLoadCase : testSupport::Row {
     std::string newparams;
     std::string diffuse;
     bool hasNewSampler;
 };
-
-void PrintTo(const SecondLoadCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 class TextureSecondLoadTest : public testing::TestWithParam<SecondLoadCase> {};
 
@@ -178,18 +173,13 @@ TEST_P(TextureSecondLoadTest, KeepsWhatAFailureDoesNotReach)
     EXPECT_STREQ("./a.png", fileOf(texture));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Failures, TextureSecondLoadTest,
-    testing::Values(SecondLoadCase{"Color", chain, "<color>1 0 0 1</color>", false},
-                    SecondLoadCase{"AbsentSampler", chain, "<texture texture='other' texcoord='uv'/>", false},
-                    SecondLoadCase{"SamplerWithoutSource",
-                                   surfaceParam + "<newparam sid='sampler'><sampler2D/></newparam>", usesSampler, true},
-                    SecondLoadCase{
-                        "AbsentSurface",
-                        surfaceParam +
-                            "<newparam sid='sampler'><sampler2D><source>other</source></sampler2D></newparam>",
-                        usesSampler, true}),
-    [](const auto& row) { return row.param.name; });
+INSTANTIATE_ROWS(Failures, TextureSecondLoadTest, {"Color", chain, "<color>1 0 0 1</color>", false},
+                 {"AbsentSampler", chain, "<texture texture='other' texcoord='uv'/>", false},
+                 {"SamplerWithoutSource", surfaceParam + "<newparam sid='sampler'><sampler2D/></newparam>", usesSampler,
+                  true},
+                 {"AbsentSurface",
+                  surfaceParam + "<newparam sid='sampler'><sampler2D><source>other</source></sampler2D></newparam>",
+                  usesSampler, true});
 
 // What the names find.
 

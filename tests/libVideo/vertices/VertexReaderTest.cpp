@@ -1,3 +1,4 @@
+#include "support/Rows.h"
 #include "support/VideoTest.h"
 
 #include <libVideo/SceneGraph/Input.h>
@@ -22,18 +23,12 @@ std::string source(const std::string& id, const std::string& values, const std::
 
 const std::string xyz = "<param name='X' type='float'/><param name='Y' type='float'/><param name='Z' type='float'/>";
 
-struct Row {
-    std::string name;
+struct VertexCase : testSupport::Row {
     std::string sources;
     std::string inputs;
     std::string p;
     std::vector<float> vertices{}; ///< those of the stream, worked out by hand; none to compare alone
 };
-
-std::ostream& operator<<(std::ostream& stream, const Row& row)
-{
-    return stream << row.name;
-}
 
 std::string input(const std::string& id, unsigned offset, const std::string& semantic = "POSITION")
 {
@@ -46,11 +41,11 @@ std::vector<float> numbers(Number... all)
     return {static_cast<float>(all)...};
 }
 
-class VertexReaderTest : public testing::TestWithParam<Row> {};
+class VertexReaderTest : public testing::TestWithParam<VertexCase> {};
 
 TEST_P(VertexReaderTest, GivesTheVerticesOfTheInput)
 {
-    const Row& row = GetParam();
+    const VertexCase& row = GetParam();
     ColladaBuilder builder("<library_geometries><geometry id='g'><mesh>" + row.sources + "<triangles count='1'>" +
                            row.inputs + "<p>" + row.p + "</p></triangles></mesh></geometry></library_geometries>");
     builder.open();
@@ -142,11 +137,11 @@ TEST(VertexReaderTest, IndexBeyondTheCountThrowsAsTheSourceDoes)
 
 // ---- points: one record of each source
 
-class PointReaderTest : public testing::TestWithParam<Row> {};
+class PointReaderTest : public testing::TestWithParam<VertexCase> {};
 
 TEST_P(PointReaderTest, GivesThePointsOfTheInput)
 {
-    const Row& row = GetParam();
+    const VertexCase& row = GetParam();
     ColladaBuilder builder("<library_geometries><geometry id='g'><mesh>" + row.sources + "<vertices id='v'>" +
                            row.inputs + "</vertices></mesh></geometry></library_geometries>");
     ASSERT_NE(nullptr, builder.open());
@@ -170,35 +165,30 @@ std::string localInput(const std::string& id, const std::string& semantic = "POS
     return "<input semantic='" + semantic + "' source='#" + id + "'/>";
 }
 
-INSTANTIATE_TEST_SUITE_P(
+INSTANTIATE_ROWS(
     Documents, PointReaderTest,
-    testing::Values(Row{"Plain",
-                        source("s", "0 1 2 10 11 12", "count='2' stride='3'", xyz),
-                        localInput("s"),
-                        "",
-                        {0, 1, 2, 10, 11, 12}},
-                    Row{"TwoSources",
-                        source("s", "0 1 2 10 11 12", "count='2' stride='3'", xyz) +
-                            source("t", "5 6", "count='2' stride='1'", "<param name='S' type='float'/>"),
-                        localInput("s") + localInput("t", "TEXCOORD"),
-                        "",
-                        {0, 1, 2, 5, 10, 11, 12, 6}},
-                    Row{"Offset",
-                        source("s", "9 9 9 0 1 2 10 11 12", "offset='1' count='2' stride='3'", xyz),
-                        localInput("s"),
-                        "",
-                        {0, 1, 2, 10, 11, 12}},
-                    Row{"ParamWithoutNameInTheMiddle",
-                        source("s", "0 1 2 10 11 12", "count='2' stride='3'",
-                               "<param name='X' type='float'/><param type='float'/><param name='Z' type='float'/>"),
-                        localInput("s"),
-                        "",
-                        {0, 2, 10, 12}},
-                    Row{"ShortArrayReadsZero",
-                        source("s", "0 1 2 10", "count='2' stride='3'", xyz),
-                        localInput("s"),
-                        "",
-                        {0, 1, 2, 10, 0, 0}}),
-    [](const auto& row) { return row.param.name; });
+    {"Plain", source("s", "0 1 2 10 11 12", "count='2' stride='3'", xyz), localInput("s"), "", {0, 1, 2, 10, 11, 12}},
+    {"TwoSources",
+     source("s", "0 1 2 10 11 12", "count='2' stride='3'", xyz) +
+         source("t", "5 6", "count='2' stride='1'", "<param name='S' type='float'/>"),
+     localInput("s") + localInput("t", "TEXCOORD"),
+     "",
+     {0, 1, 2, 5, 10, 11, 12, 6}},
+    {"Offset",
+     source("s", "9 9 9 0 1 2 10 11 12", "offset='1' count='2' stride='3'", xyz),
+     localInput("s"),
+     "",
+     {0, 1, 2, 10, 11, 12}},
+    {"ParamWithoutNameInTheMiddle",
+     source("s", "0 1 2 10 11 12", "count='2' stride='3'",
+            "<param name='X' type='float'/><param type='float'/><param name='Z' type='float'/>"),
+     localInput("s"),
+     "",
+     {0, 2, 10, 12}},
+    {"ShortArrayReadsZero",
+     source("s", "0 1 2 10", "count='2' stride='3'", xyz),
+     localInput("s"),
+     "",
+     {0, 1, 2, 10, 0, 0}});
 
 } // namespace
