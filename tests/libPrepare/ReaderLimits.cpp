@@ -27,6 +27,7 @@ constexpr Limit unreadElements[] = {
      "it does not leave a vertex without weights where it is"},
     {"//instance_controller[@url = following::instance_controller/@url]", "it poses a skin by one skeleton alone"},
     {"//p[contains(., '-')] | //v[contains(., '-')]", "it takes an index below 0 for 0"},
+    {"//instance_node[//channel]", "it does not move what is instanced"},
     {"//asset[not(parent::COLLADA)]/*[self::unit or self::up_axis]", "it reads the <asset> of the document alone"},
 };
 
@@ -170,7 +171,7 @@ ReaderLimits::ReaderLimits(const pugi::xml_document& document)
     } else if (hasUnsortedKeys(document)) {
         unread = "it does not sort the keys of a curve";
     }
-    for (const pugi::xpath_node& node : document.select_nodes("//node/@id | //visual_scene/@id")) {
+    for (const pugi::xpath_node& node : document.select_nodes("//node/@id")) {
         if (isPlain(node.attribute().value())) {
             nodes.insert(node.attribute().value());
         }

@@ -13,7 +13,7 @@
 #include <string>
 
 // Another reader finds the same triangles at the same places in a document and in what it is prepared to. The documents
-// hold only what that reader reads as the standard says; it makes other triangles of fans than that does.
+// hold only what that reader reads as the standard says.
 
 namespace {
 
@@ -80,6 +80,10 @@ INSTANTIATE_TEST_SUITE_P(
         ReaderCase{"Strip", 2,
                    geometry("<tristrips count='1'>" + vertex + "<p>0 1 3 2</p></tristrips>") +
                        scene("<node id='n'>" + shown + "</node>")},
+        ReaderCase{"Fan", 2,
+                   geometry("<trifans count='1'>" + vertex + "<p>0 1 2 3</p></trifans>") +
+                       scene("<node id='n'>" + shown + "</node>")},
+        ReaderCase{"LookAt", 2, square + scene("<node id='n'><lookat>1 2 3 5 2 3 0 1 0</lookat>" + shown + "</node>")},
         ReaderCase{"Transforms", 2,
                    square + scene("<node id='a'><translate>1 2 3</translate><rotate>0 0 1 30</rotate><node id='b'>"
                                   "<scale>2 3 4</scale><matrix>0 -1 0 5 1 0 0 6 0 0 1 7 0 0 0 1</matrix>" +

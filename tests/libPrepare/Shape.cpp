@@ -18,6 +18,8 @@ constexpr double tolerance = 1e-4;
 constexpr double normalTolerance = 2e-3;
 // Share of its size by which a corner of a flat polygon may be off its plane.
 constexpr double flatness = 1e-4;
+// A face has none if its area is below this share of the square of its longest side: rounding makes some of nothing.
+constexpr double noArea = 1e-6;
 
 /// The matrices that take a mesh into the world: one for all vertices, or that of its joints for each.
 class Pose {
@@ -83,6 +85,7 @@ public:
         }
         for (std::size_t i = 1; i < m_corners.size(); ++i) {
             const Vector side = at(i) - at(0);
+            m_longest = std::max(m_longest, side.Length());
             m_isBent = m_isBent || std::fabs(side * m_direction) > flatness * side.Length() * m_direction.Length();
         }
     }
@@ -90,7 +93,7 @@ public:
     void addTo(Surface& surface) const
     {
         const double area = m_direction.Length();
-        if (!(area > 0)) {
+        if (!(area > noArea * m_longest * m_longest)) {
             return;
         }
         surface.triangles += m_corners.size() - 2;
@@ -112,6 +115,7 @@ private:
 
     const std::vector<Corner>& m_corners;
     double m_area = 0;
+    double m_longest = 0;
     Vector m_direction;
     bool m_isBent = false;
 };
