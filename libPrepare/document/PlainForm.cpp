@@ -1,5 +1,6 @@
 #include "PlainForm.h"
 
+#include "ByteBlock.h"
 #include "Numbers.h"
 #include "ValueElements.h"
 
@@ -258,22 +259,10 @@ private:
         return !m_levels.back().holdsReference || static_cast<std::size_t>(m_at - start) <= maxReferenceLength;
     }
 
-    // Most of a large document is long lists of numbers.
     void skipPlainBlocks()
     {
-        constexpr std::ptrdiff_t blockSize = 32;
-        while (m_end - m_at >= blockSize) {
-            unsigned char isOdd = 0;
-            for (std::ptrdiff_t i = 0; i < blockSize; ++i) {
-                const auto c = static_cast<unsigned char>(m_at[i]);
-                const bool isOfNumber =
-                    (static_cast<unsigned char>(c - '\'') <= ';' - '\'') | (c == 'e'); // '()*+,-./0-9:;
-                isOdd |= static_cast<unsigned char>(!(isOfNumber | (c == ' ') | (c == '\n')));
-            }
-            if (isOdd != 0) {
-                return;
-            }
-            m_at += blockSize;
+        while (rest().size() >= ByteBlock::size && ByteBlock(m_at).isOfNumbers()) {
+            m_at += ByteBlock::size;
         }
     }
 

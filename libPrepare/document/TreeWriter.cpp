@@ -1,5 +1,6 @@
 #include "TreeWriter.h"
 
+#include "ByteBlock.h"
 #include "OutputFile.h"
 
 #include <array>
@@ -22,10 +23,9 @@ public:
     std::size_t findFirst(std::string_view text) const
     {
         std::size_t at = 0;
-        // Most of a large document is long lists of numbers, which hold none of them.
-        constexpr std::size_t blockSize = 32;
         const bool isOfText = !m_isIn[static_cast<unsigned char>('\n')]; // else it is an attribute's, which are short
-        for (; isOfText && at + blockSize <= text.size() && !hasMarkup(text.data() + at, blockSize); at += blockSize) {
+        while (isOfText && text.size() - at >= ByteBlock::size && !ByteBlock(text.data() + at).hasMarkup()) {
+            at += ByteBlock::size;
         }
         while (at < text.size() && !m_isIn[static_cast<unsigned char>(text[at])]) {
             ++at;
@@ -34,16 +34,6 @@ public:
     }
 
 private:
-    static bool hasMarkup(const char* block, std::size_t size)
-    {
-        unsigned char isThere = 0;
-        for (std::size_t i = 0; i < size; ++i) {
-            const auto c = static_cast<unsigned char>(block[i]);
-            isThere |= static_cast<unsigned char>((c == '&') | (c == '<') | (c == '>') | (c == '"') | (c == '\r'));
-        }
-        return isThere != 0;
-    }
-
     std::array<bool, 256> m_isIn{};
 };
 

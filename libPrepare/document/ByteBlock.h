@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace libPrepare {
+
+/// Bytes of a text that are compared at once: long lists of numbers are most of a large document.
+class ByteBlock {
+public:
+    static constexpr std::size_t size = 64;
+
+    /// @param bytes at least `size`
+    explicit ByteBlock(const char* bytes) { std::memcpy(m_parts, bytes, size); }
+
+    /// Whether all bytes are characters of a list of numbers: digits, signs, points, `e`, blanks and line ends.
+    bool isOfNumbers() const
+    {
+        Part isOther = {};
+        for (const Part part : m_parts) {
+            const Part isOfNumber = (part >= all('+')) & (part <= all('9')) & (part != all('/'));
+            isOther |= ~(isOfNumber | (part == all(' ')) | (part == all('\n')) | (part == all('e')));
+        }
+        return !hasAny(isOther);
+    }
+
+    /// Whether a byte has to be escaped in the text of an element.
+    bool hasMarkup() const
+    {
+        Part isMarkup = {};
+        for (const Part part : m_parts) {
+            isMarkup |= (part == all('&')) | (part == all('<')) | (part == all('>')) | (part == all('\r'));
+        }
+        return hasAny(isMarkup);
+    }
+
+private:
+    using Part = signed char __attribute__((vector_size(16)));
+
+    static Part all(char c)
+    {
+        const auto byte = static_cast<signed char>(c);
+        return Part{byte, byte, byte, byte, byte, byte, byte, byte, byte, byte, byte, byte, byte, byte, byte, byte};
+    }
+
+    static bool hasAny(Part mask)
+    {
+        std::uint64_t halves[2];
+        std::memcpy(halves, &mask, sizeof halves);
+        return (halves[0] | halves[1]) != 0;
+    }
+
+    Part m_parts[size / sizeof(Part)];
+};
+
+} // namespace libPrepare
