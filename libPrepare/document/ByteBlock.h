@@ -4,6 +4,10 @@
 #include <cstdint>
 #include <cstring>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 namespace libPrepare {
 
 /// Bytes of a text that are compared at once: long lists of numbers are most of a large document.
@@ -35,6 +39,18 @@ public:
         return hasAny(isMarkup);
     }
 
+    /// A bit for each byte, the lowest for the first: whether it is a blank or a line end.
+    std::uint64_t blanks() const
+    {
+        std::uint64_t result = 0;
+        for (std::size_t i = 0; i < size / sizeof(Part); ++i) {
+            const Part part = m_parts[i];
+            const Part isBlank = (part == all(' ')) | (part == all('\n')) | (part == all('\t')) | (part == all('\r'));
+            result |= bitsOf(isBlank) << (i * sizeof(Part));
+        }
+        return result;
+    }
+
 private:
     using Part = signed char __attribute__((vector_size(16)));
 
@@ -42,6 +58,22 @@ private:
     {
         const auto byte = static_cast<signed char>(c);
         return Part{byte, byte, byte, byte, byte, byte, byte, byte, byte, byte, byte, byte, byte, byte, byte, byte};
+    }
+
+    // A bit for each byte of a mask.
+    static std::uint64_t bitsOf(Part mask)
+    {
+#ifdef __SSE2__
+        __m128i bytes;
+        std::memcpy(&bytes, &mask, sizeof bytes);
+        return static_cast<std::uint64_t>(_mm_movemask_epi8(bytes));
+#else
+        std::uint64_t result = 0;
+        for (std::size_t i = 0; i < sizeof(Part); ++i) {
+            result |= std::uint64_t(mask[i] != 0) << i;
+        }
+        return result;
+#endif
     }
 
     static bool hasAny(Part mask)

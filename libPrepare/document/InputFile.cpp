@@ -3,6 +3,7 @@
 #include "OutputFile.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <zlib.h>
@@ -20,6 +21,22 @@ namespace {
 struct GzipCloser {
     void operator()(gzFile_s* file) const { gzclose(file); }
 };
+
+// Asks for large pages behind a long string that is still empty: a page fault for every 4 KiB of a document takes longer
+// than its parsing. Where there are none, nothing changes.
+void useLargePages(std::string& text)
+{
+#ifdef MADV_HUGEPAGE
+    constexpr std::size_t pageSize = 2'097'152;
+    void* begin = text.data();
+    std::size_t size = text.capacity();
+    if (std::align(pageSize, pageSize, begin, size) != nullptr) {
+        ::madvise(begin, size / pageSize * pageSize, MADV_HUGEPAGE);
+    }
+#else
+    static_cast<void>(text);
+#endif
+}
 
 Refusal unreadable(const std::string& why)
 {
@@ -87,6 +104,7 @@ std::optional<Refusal> InputFile::read(std::uint64_t most, std::string& bytes) c
     bytes.clear();
     bytes.reserve(static_cast<std::size_t>(std::min<std::uint64_t>(static_cast<std::uint64_t>(state.st_size), most)) +
                   piece);
+    useLargePages(bytes);
     for (;;) {
         const std::size_t end = bytes.size();
         bytes.resize(end + piece);

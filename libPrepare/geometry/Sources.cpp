@@ -1,6 +1,7 @@
 #include "Sources.h"
 
 #include <libPrepare/document/Numbers.h>
+#include <libPrepare/document/Words.h>
 
 #include <algorithm>
 #include <charconv>
@@ -17,73 +18,57 @@ bool isDigit(char character)
     return character >= '0' && character <= '9';
 }
 
-// Reads up to seven digits at once.
-// @return the character after them, or null if there are none, more, or not eight characters
-const char* readFewDigits(const char* at, const char* end, std::uint64_t& value)
+// Reads up to eight digits at once.
+// @param before where bytes can be read from; the result is false if eight bytes before the end are not among these
+bool readFewDigits(const char* before, const char* start, const char* end, std::uint64_t& value)
 {
 #if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
     std::uint64_t word = 0;
-    if (end - at < static_cast<std::ptrdiff_t>(sizeof word)) {
-        return nullptr;
+    constexpr std::ptrdiff_t most = sizeof word;
+    if (end - start > most || end - before < most) {
+        return false;
     }
-    std::memcpy(&word, at, sizeof word);
-    word ^= 0x3030303030303030U; // digits become their values
-    const std::uint64_t others = (word | (word + 0x7676767676767676U)) & 0x8080808080808080U;
-    const int bits = others == 0 ? 64 : __builtin_ctzll(others) & ~7; // of the digits
-    if (bits == 0 || bits == 64) {
-        return nullptr;
+    std::memcpy(&word, end - most, sizeof word);
+    word ^= 0x3030303030303030U;                               // digits become their values
+    word &= ~std::uint64_t(0) << (8 * (most - (end - start))); // zeros before them
+    if (((word | (word + 0x7676767676767676U)) & 0x8080808080808080U) != 0) {
+        return false;
     }
-    word <<= 64 - bits; // zeros before them
     word = (word * 10 + (word >> 8)) & 0x00FF00FF00FF00FFU;
     word = (word * 100 + (word >> 16)) & 0x0000FFFF0000FFFFU;
     value = (word * 10'000 + (word >> 32)) & 0xFFFFFFFFU;
-    return at + bits / 8;
+    return true;
 #else
-    static_cast<void>(at), static_cast<void>(end), static_cast<void>(value);
-    return nullptr;
+    static_cast<void>(before), static_cast<void>(start), static_cast<void>(end), static_cast<void>(value);
+    return false;
 #endif
+}
+
+// -1 for what is no whole number from 0 below 2^31.
+std::int32_t indexOf(const char* start, const char* end)
+{
+    constexpr std::uint64_t limit = std::uint64_t(1) << 31;
+    constexpr std::ptrdiff_t maxDigits = 18; // of a number that cannot overflow
+    start = std::find_if(start, end - 1, [](char digit) { return digit != '0'; });
+    if (end - start > maxDigits || !std::all_of(start, end, isDigit)) {
+        return -1;
+    }
+    std::uint64_t value = 0;
+    for (const char* at = start; at != end; ++at) {
+        value = 10 * value + static_cast<std::uint64_t>(*at - '0');
+    }
+    return value < limit ? static_cast<std::int32_t>(value) : -1;
 }
 
 // Calls `use` with each entry of an index list until it says that it has enough.
 template <class Use>
 void forEachIndex(std::string_view text, const Use& use)
 {
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    constexpr std::uint64_t limit = std::uint64_t(1) << 31;
-    constexpr std::ptrdiff_t maxDigits = 18; // of a number that cannot overflow
-    while (true) {
-        while (at != end && isBlank(*at)) {
-            ++at;
-        }
-        if (at == end) {
-            return;
-        }
-        const char* const start = at;
+    forEachWord(text, [&](const char* start, const char* end) {
         std::uint64_t value = 0;
-        if (const char* const after = readFewDigits(at, end, value); after != nullptr && isBlank(*after)) {
-            if (!use(static_cast<std::int32_t>(value))) {
-                return;
-            }
-            at = after;
-            continue;
-        }
-        value = 0;
-        for (; at != end && isDigit(*at); ++at) {
-            value = 10 * value + static_cast<std::uint64_t>(*at - '0');
-        }
-        if (at - start > maxDigits) {
-            const char* const first = std::find_if(start, at, [](char digit) { return digit != '0'; });
-            value = at - first > maxDigits ? limit : value; // leading zeros do not count
-        }
-        const bool isWhole = at == end || isBlank(*at);
-        while (at != end && !isBlank(*at)) {
-            ++at;
-        }
-        if (!use(isWhole && value < limit ? static_cast<std::int32_t>(value) : -1)) {
-            return;
-        }
-    }
+        return use(readFewDigits(text.data(), start, end, value) ? static_cast<std::int32_t>(value)
+                                                                 : indexOf(start, end));
+    });
 }
 
 struct NumberCensus {
@@ -96,43 +81,28 @@ struct NumberCensus {
 NumberCensus takeCensus(std::string_view list)
 {
     NumberCensus result;
-    const char* at = list.data();
-    const char* const end = at + list.size();
-    while (true) {
-        while (at != end && isBlank(*at)) {
-            ++at;
-        }
-        if (at == end) {
-            return result;
-        }
+    forEachWord(list, [&](const char* const start, const char* const end) {
         ++result.words;
-        const char* const start = at;
-        if (*at == '-') {
-            ++at;
-        }
+        const char* at = start + (*start == '-' ? 1 : 0);
         const char* const digits = at;
         while (at != end && isDigit(*at)) {
             ++at;
         }
         std::ptrdiff_t digitCount = at - digits;
         if (at != end && *at == '.') {
-            ++at;
-            const char* const fraction = at;
+            const char* const fraction = ++at;
             while (at != end && isDigit(*at)) {
                 ++at;
             }
             digitCount += at - fraction;
         }
-        if (digitCount > 0 && digitCount < 100 && (at == end || isBlank(*at))) {
-            continue;
+        const bool isPlain = digitCount > 0 && digitCount < 100 && at == end;
+        if (!isPlain && result.isFinite) {
+            result.isFinite = std::isfinite(number(std::string_view(start, static_cast<std::size_t>(end - start))));
         }
-        while (at != end && !isBlank(*at)) {
-            ++at;
-        }
-        if (result.isFinite) {
-            result.isFinite = std::isfinite(number(std::string_view(start, static_cast<std::size_t>(at - start))));
-        }
-    }
+        return true;
+    });
+    return result;
 }
 
 // How many numbers a param of a type such as "float3" or "float4x4" takes.
@@ -349,21 +319,24 @@ ColumnCensus censusOf(std::string_view text, std::size_t stride, std::size_t tup
     stride = std::min(stride, text.size() + 1); // a longer tuple does not fit in it
     result.greatest.assign(stride, -1);
     result.hasInvalid.assign(stride, false);
+    std::int32_t* const greatest = result.greatest.data(); // a copy, which stays in a register
     std::size_t column = 0;
+    std::size_t left = tuples;
     forEachIndex(text, [&](std::int32_t index) {
-        if (result.tuples == tuples) {
+        if (left == 0) {
             return false;
         }
         if (index < 0) {
             result.hasInvalid[column] = true;
         }
-        result.greatest[column] = std::max(result.greatest[column], index);
+        greatest[column] = std::max(greatest[column], index);
         if (++column == stride) {
             column = 0;
-            ++result.tuples;
+            --left;
         }
         return true;
     });
+    result.tuples = tuples - left;
     return result;
 }
 
