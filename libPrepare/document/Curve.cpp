@@ -1,6 +1,7 @@
 #include "Curve.h"
 
 #include "Numbers.h"
+#include "Words.h"
 
 #include <algorithm>
 #include <cctype>
@@ -85,6 +86,9 @@ std::size_t pick(pugi::xml_node accessor, std::vector<T>& list)
 
 Interpolation interpolation(std::string_view word)
 {
+    if (word == "LINEAR") {
+        return Interpolation::linear;
+    }
     if (word == "STEP") {
         return Interpolation::step;
     }
@@ -92,23 +96,6 @@ Interpolation interpolation(std::string_view word)
         return Interpolation::bezier;
     }
     return word == "HERMITE" ? Interpolation::hermite : Interpolation::linear;
-}
-
-std::vector<Interpolation> readKinds(Document& document, pugi::xml_node source)
-{
-    std::vector<Interpolation> result;
-    const pugi::xml_node accessor = descend(source, "technique_common/accessor");
-    const pugi::xml_node array = document.resolve(accessor.attribute("source").value(),
-                                                  {"Name_array", "IDREF_array", "float_array", "int_array"});
-    if (is(array, "Name_array") || is(array, "IDREF_array")) {
-        std::string scratch;
-        std::string_view list = textOf(array, scratch);
-        for (std::string_view word = takeWord(list); !word.empty(); word = takeWord(list)) {
-            result.push_back(interpolation(word));
-        }
-        pick(accessor, result);
-    }
-    return result;
 }
 
 double bezier(double p0, double c0, double c1, double p1, double s)
@@ -205,15 +192,17 @@ std::unique_ptr<Curve> Curve::read(Document& document, pugi::xml_node sampler)
         const std::string_view semantic = input.attribute("semantic").value();
         const pugi::xml_node source = document.resolve(input.attribute("source").value(), {"source"});
         if (semantic == "INPUT") {
-            const Records times = Records::read(document, source);
-            curve->m_times.clear();
-            for (std::size_t key = 0; key < times.count(); ++key) {
-                curve->m_times.push_back(times[key][0]);
+            Records times = Records::read(document, source);
+            const std::size_t count = times.count();
+            for (std::size_t key = 0; key < count; ++key) { // the first number of each record
+                times.values[key] = times[key][0];
             }
+            times.values.resize(count);
+            curve->m_times = std::move(times.values);
         } else if (semantic == "OUTPUT") {
             curve->m_values = Records::read(document, source);
         } else if (semantic == "INTERPOLATION") {
-            curve->m_kinds = readKinds(document, source);
+            curve->readKinds(document, source);
         } else if (semantic == "OUT_TANGENT") {
             curve->m_outTangents = Records::read(document, source);
         } else if (semantic == "IN_TANGENT") {
@@ -232,6 +221,28 @@ std::unique_ptr<Curve> Curve::read(Document& document, pugi::xml_node sampler)
     curve->m_isPlain = curve->hasPlainInputs(document, sampler);
     curve->sort();
     return curve->count() == 0 ? nullptr : std::move(curve);
+}
+
+void Curve::readKinds(Document& document, pugi::xml_node source)
+{
+    m_kinds.clear();
+    m_hasOddKinds = false;
+    const pugi::xml_node accessor = descend(source, "technique_common/accessor");
+    const pugi::xml_node array = document.resolve(accessor.attribute("source").value(),
+                                                  {"Name_array", "IDREF_array", "float_array", "int_array"});
+    if (!is(array, "Name_array") && !is(array, "IDREF_array")) {
+        return;
+    }
+    std::string scratch;
+    forEachWord(textOf(array, scratch), [&](const char* begin, const char* end) {
+        const std::string_view word(begin, static_cast<std::size_t>(end - begin));
+        const Interpolation kind = interpolation(word);
+        m_hasOddKinds =
+            m_hasOddKinds || kind == Interpolation::hermite || (kind == Interpolation::linear && word != "LINEAR");
+        m_kinds.push_back(kind);
+        return true;
+    });
+    pick(accessor, m_kinds);
 }
 
 bool Curve::hasPlainInputs(Document& document, pugi::xml_node sampler) const
@@ -264,12 +275,18 @@ bool Curve::hasPlainInputs(Document& document, pugi::xml_node sampler) const
                 return false;
             }
         }
-        std::string scratch;
-        std::string_view list = isWord ? textOf(array, scratch) : std::string_view();
-        for (std::string_view word = takeWord(list); !word.empty(); word = takeWord(list)) {
-            if (word != "LINEAR" && word != "STEP" && word != "BEZIER") {
-                return false;
-            }
+    }
+    return !m_hasOddKinds;
+}
+
+bool Curve::isSorted() const
+{
+    for (std::size_t key = 0; key < count(); ++key) {
+        const bool isAfter = key == 0 || m_times[key - 1] <= m_times[key];
+        const double* const record = m_values[key];
+        if (!std::isfinite(m_times[key]) || !isAfter ||
+            !std::all_of(record, record + width(), [](double value) { return std::isfinite(value); })) {
+            return false;
         }
     }
     return true;
@@ -277,18 +294,16 @@ bool Curve::hasPlainInputs(Document& document, pugi::xml_node sampler) const
 
 void Curve::sort()
 {
+    if (isSorted()) {
+        return;
+    }
     std::vector<std::size_t> order;
-    bool isSorted = true;
     for (std::size_t key = 0; key < count(); ++key) {
         const double* const record = m_values[key];
         if (std::isfinite(m_times[key]) &&
             std::all_of(record, record + width(), [](double value) { return std::isfinite(value); })) {
-            isSorted = isSorted && (order.empty() || m_times[order.back()] <= m_times[key]);
             order.push_back(key);
         }
-    }
-    if (isSorted && order.size() == count()) {
-        return;
     }
     m_isPlain = false;
     std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return m_times[a] < m_times[b]; });

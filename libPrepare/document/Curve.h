@@ -2,6 +2,7 @@
 
 #include <libPrepare/document/Document.h>
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -9,7 +10,7 @@
 namespace libPrepare {
 
 /// How a curve runs from a key to the next. What is neither of these (`CARDINAL`, `BSPLINE`, no word at all) is straight.
-enum class Interpolation { step, linear, bezier, hermite };
+enum class Interpolation : std::uint8_t { step, linear, bezier, hermite };
 
 /// The records that an accessor picks from an array of numbers: those of the params that have a name, or all if none has.
 struct Records {
@@ -61,7 +62,9 @@ public:
     double evaluate(double time, std::size_t component) const;
 
 private:
+    void readKinds(Document& document, pugi::xml_node source);
     bool hasPlainInputs(Document& document, pugi::xml_node sampler) const;
+    bool isSorted() const;
     void sort();
     double evaluate(std::size_t key, double time, std::size_t component) const;
 
@@ -70,6 +73,7 @@ private:
     std::vector<Interpolation> m_kinds;
     Records m_outTangents; // as many as keys, or none
     Records m_inTangents;
+    bool m_hasOddKinds = false; // words besides those of a plain curve
     bool m_isPlain = false;
     mutable std::size_t m_lastKey = 0; // that `keyBefore` returned
 };

@@ -1,5 +1,7 @@
 #include "Numbers.h"
 
+#include "Words.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -12,18 +14,21 @@ namespace {
 
 // Reads a number of few digits without an exponent, as nearly all are: it is the quotient of two numbers that have no
 // rounding error, so it is rounded once, as it has to be.
-// @return the character after it, or null if the number is not of this form
-const char* readShortNumber(const char* at, const char* end, double& value)
+// @return false if the number is not of this form
+bool readShortNumber(const char* at, const char* end, double& value)
 {
     constexpr std::ptrdiff_t maxDigits = 15;
     static constexpr double powers[maxDigits + 1] = {1,   1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                                      1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
     const bool isNegative = *at == '-';
     at += isNegative ? 1 : 0;
+    if (end - at > maxDigits + 1) {
+        return false;
+    }
     std::uint64_t digits = 0;
     const char* const whole = at;
     for (; at != end && *at >= '0' && *at <= '9'; ++at) {
-        digits = 10 * digits + static_cast<std::uint64_t>(*at - '0'); // wraps around only where it is not used
+        digits = 10 * digits + static_cast<std::uint64_t>(*at - '0');
     }
     std::ptrdiff_t count = at - whole;
     std::ptrdiff_t places = 0;
@@ -35,38 +40,24 @@ const char* readShortNumber(const char* at, const char* end, double& value)
         places = at - fraction;
         count += places;
     }
-    if (count == 0 || count > maxDigits || (at != end && !isBlank(*at))) {
-        return nullptr;
+    if (count == 0 || count > maxDigits || at != end) {
+        return false;
     }
     const double size = static_cast<double>(digits) / powers[places];
     value = isNegative ? -size : size;
-    return at;
+    return true;
 }
 
 // Calls `use` with each number of a list until it returns false.
 template <class Use>
 void forEachNumber(std::string_view list, const Use& use)
 {
-    const char* at = list.data();
-    const char* const end = at + list.size();
-    while (true) {
-        while (at != end && isBlank(*at)) {
-            ++at;
-        }
-        if (at == end) {
-            return;
-        }
+    forEachWord(list, [&](const char* start, const char* end) {
         double value = 0;
-        const char* after = readShortNumber(at, end, value);
-        if (after == nullptr) {
-            after = std::find_if(at, end, isBlank);
-            value = number(std::string_view(at, static_cast<std::size_t>(after - at)));
-        }
-        if (!use(value)) {
-            return;
-        }
-        at = after;
-    }
+        return use(readShortNumber(start, end, value)
+                       ? value
+                       : number(std::string_view(start, static_cast<std::size_t>(end - start))));
+    });
 }
 
 } // namespace
@@ -95,9 +86,10 @@ std::vector<std::string_view> words(std::string_view text)
 {
     std::vector<std::string_view> result;
     result.reserve(text.size() / 8);
-    for (std::string_view word = takeWord(text); !word.empty(); word = takeWord(text)) {
-        result.push_back(word);
-    }
+    forEachWord(text, [&](const char* start, const char* end) {
+        result.emplace_back(start, static_cast<std::size_t>(end - start));
+        return true;
+    });
     return result;
 }
 
@@ -160,12 +152,12 @@ std::size_t readNumbers(std::string_view text, double* values, std::size_t count
 std::vector<long long> integers(std::string_view text)
 {
     std::vector<long long> result;
-    for (std::string_view word = takeWord(text); !word.empty(); word = takeWord(text)) {
+    forEachWord(text, [&](const char* start, const char* end) {
         long long value = -1;
-        const char* const end = word.data() + word.size();
-        const std::from_chars_result read = std::from_chars(word.data(), end, value);
+        const std::from_chars_result read = std::from_chars(start, end, value);
         result.push_back(read.ptr == end && read.ec == std::errc() ? value : -1);
-    }
+        return true;
+    });
     return result;
 }
 
