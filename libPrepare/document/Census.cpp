@@ -1,5 +1,7 @@
 #include "Census.h"
 
+#include "Names.h"
+
 #include <cstring>
 
 namespace libPrepare {
@@ -19,12 +21,12 @@ void Census::add(pugi::xml_node element)
         bearers.push_back(element);
     }
     const char* const name = element.name();
-    if (std::strcmp(name, "asset") == 0) {
+    if (areEqual(name, "asset")) {
         hasInnerAssets = hasInnerAssets || element.parent().parent().type() != pugi::node_document;
         return;
     }
     constexpr std::size_t length = 9;
-    if (std::strncmp(name, "instance_", length) != 0) {
+    if (*name != 'i' || std::strncmp(name, "instance_", length) != 0) {
         return;
     }
     const auto isOf = [&](const char* kind) { return std::strcmp(name + length, kind) == 0; };

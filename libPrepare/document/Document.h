@@ -3,6 +3,7 @@
 #include <libPrepare/Prepare.h>
 #include <libPrepare/document/Census.h>
 #include <libPrepare/document/Lines.h>
+#include <libPrepare/document/Names.h>
 
 #include <pugixml.hpp>
 
@@ -19,12 +20,6 @@
 
 namespace libPrepare {
 
-/// Whether an element has this name. Namespaces prefixes are gone after the first passes.
-inline bool is(pugi::xml_node element, const char* name)
-{
-    const char* const own = element.name();
-    return *own == *name && std::strcmp(own, name) == 0; // most differ at the first letter
-}
 /// The first child element on a path such as "technique_common/accessor"; null if there is none.
 pugi::xml_node descend(pugi::xml_node element, std::string_view path);
 /// The text of an element: of all its runs, character data sections included, joined as an XML reader does.

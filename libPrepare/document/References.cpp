@@ -65,15 +65,14 @@ void useAttributes(pugi::xml_node element, const std::function<void(const Refere
 {
     for (pugi::xml_attribute attribute = element.first_attribute(); attribute; attribute = attribute.next_attribute()) {
         const char* const name = attribute.name();
-        const bool isTexture = std::strcmp(name, "texture") == 0;
-        const bool isPlain =
-            std::strcmp(name, "url") == 0 || std::strcmp(name, "source") == 0 || std::strcmp(name, "target") == 0;
+        const bool isTexture = areEqual(name, "texture");
+        const bool isPlain = areEqual(name, "url") || areEqual(name, "source") || areEqual(name, "target");
         if (!isTexture && !isPlain) {
             continue; // none of those below
         }
         const Rule* found = nullptr;
         for (const Rule& rule : rules) {
-            if (std::strcmp(rule.attribute, name) == 0 && is(element, rule.element)) {
+            if (areEqual(rule.attribute, name) && is(element, rule.element)) {
                 found = &rule;
             }
         }
@@ -86,19 +85,21 @@ void useAttributes(pugi::xml_node element, const std::function<void(const Refere
 }
 
 // Some samplers name their image without a surface.
-bool namesImage(pugi::xml_node element)
+bool namesImage(pugi::xml_node element, const char* name)
 {
-    return is(element, "init_from") ? !is(element.parent(), "image")
-                                    : is(element, "source") && std::strncmp(element.parent().name(), "sampler", 7) == 0;
+    return areEqual(name, "init_from")
+               ? !is(element.parent(), "image")
+               : areEqual(name, "source") && std::strncmp(element.parent().name(), "sampler", 7) == 0;
 }
 
 void useText(pugi::xml_node element, unsigned extras, const std::function<void(const Reference&)>& use)
 {
-    if (is(element, "skeleton")) {
+    const char* const name = element.name();
+    if (areEqual(name, "skeleton")) {
         use({element, {}, Reference::Form::uri, {"node"}});
-    } else if (namesImage(element)) {
+    } else if (namesImage(element, name)) {
         use({element, {}, Reference::Form::id, {"image"}});
-    } else if (is(element, "IDREF_array")) {
+    } else if (areEqual(name, "IDREF_array")) {
         const bool isMorph = is(ancestor(element, "morph", "skin"), "morph");
         use({element, {}, Reference::Form::ids, {isMorph ? "geometry" : "node"}});
     } else if (extras > 0 && hasText(element)) {
@@ -106,7 +107,7 @@ void useText(pugi::xml_node element, unsigned extras, const std::function<void(c
         const std::string_view text = trimmed(textOf(element, scratch));
         if (!text.empty() && text.front() == '#' && text.find_first_of(" \t\r\n") == std::string_view::npos) {
             use({element, {}, Reference::Form::uri, {}});
-        } else if (is(element, "target") && !text.empty()) {
+        } else if (areEqual(name, "target") && !text.empty()) {
             const bool isUri = text.find('#') != std::string_view::npos;
             use({element, {}, isUri ? Reference::Form::uri : Reference::Form::id, {"node"}});
         }

@@ -208,7 +208,7 @@ std::size_t transformSize(const char* name)
         std::size_t size;
     } sizes[] = {{"translate", 3}, {"rotate", 4}, {"scale", 3}, {"matrix", 16}, {"lookat", 9}, {"skew", 7}};
     for (const auto& entry : sizes) {
-        if (std::strcmp(entry.name, name) == 0) {
+        if (areEqual(entry.name, name)) {
             return entry.size;
         }
     }

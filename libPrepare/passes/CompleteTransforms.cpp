@@ -60,12 +60,16 @@ void completeTransforms(Document& document)
     for (const pugi::xml_node node : nodesIn(shownScene(document))) {
         bool hasTransform = false;
         for (const pugi::xml_node child : node.children()) {
-            if (is(child, "lookat") || is(child, "skew")) {
+            const char* const name = child.name(); // empty for what is no element
+            if (areEqual(name, "lookat") || areEqual(name, "skew")) {
+                hasTransform = true;
                 replaceByMatrix(document, child);
-            } else if (is(child, "rotate")) {
+                continue;
+            }
+            if (areEqual(name, "rotate")) {
                 repairAxis(document, child);
             }
-            hasTransform = hasTransform || isTransform(child.name());
+            hasTransform = hasTransform || isTransform(name);
         }
         if (!hasTransform) {
             prependTransform(node, "matrix", identityText);

@@ -176,7 +176,7 @@ using Names = std::initializer_list<const char*>;
 
 bool isOneOf(const char* name, Names names)
 {
-    return std::any_of(names.begin(), names.end(), [&](const char* each) { return std::strcmp(each, name) == 0; });
+    return std::any_of(names.begin(), names.end(), [&](const char* each) { return areEqual(each, name); });
 }
 
 // Whether an element may be in another one, of those that later passes take out or write anew. What references lead
@@ -222,8 +222,8 @@ bool holdsId(pugi::xml_node subtree)
 // Whether an element holds data of other programs.
 bool isForeign(const char* name)
 {
-    return std::strcmp(name, "extra") == 0 ||
-           (std::strncmp(name, "profile_", 8) == 0 && std::strcmp(name, "profile_COMMON") != 0);
+    return areEqual(name, "extra") ||
+           (*name == 'p' && std::strncmp(name, "profile_", 8) == 0 && std::strcmp(name, "profile_COMMON") != 0);
 }
 
 } // namespace
