@@ -62,13 +62,14 @@ Corner cornerOf(const aiMesh& mesh, unsigned vertex, const Pose& pose)
         corner.normal = turn.Inverse().Transpose() * vectorOf(mesh.mNormals[vertex]);
         corner.normal->NormalizeSafe();
     }
-    if (mesh.HasTextureCoords(0)) {
-        const aiVector3D& point = mesh.mTextureCoords[0][vertex];
-        corner.coordinates = {double(point.x), double(point.y)};
+    for (unsigned set = 0; mesh.HasTextureCoords(set); ++set) {
+        const aiVector3D& point = mesh.mTextureCoords[set][vertex];
+        corner.coordinates.insert(corner.coordinates.end(), {double(point.x), double(point.y)});
     }
     if (mesh.HasVertexColors(0)) {
         const aiColor4D& color = mesh.mColors[0][vertex];
-        corner.color = {double(color.r), double(color.g), double(color.b), double(color.a)};
+        corner.coordinates.insert(corner.coordinates.end(),
+                                  {double(color.r), double(color.g), double(color.b), double(color.a)});
     }
     return corner;
 }
@@ -207,16 +208,6 @@ void expectSameSurface(const Surface& before, const Surface& after, double size)
     expectCorners(after.corners, before.corners, tolerance * size, "what it is prepared to");
 }
 
-template <std::size_t count>
-bool areLike(const std::optional<std::array<double, count>>& a, const std::optional<std::array<double, count>>& b)
-{
-    if (!a || !b) {
-        return !a && !b;
-    }
-    return std::equal(a->begin(), a->end(), b->begin(),
-                      [](double x, double y) { return std::fabs(x - y) <= tolerance * std::max(1.0, std::fabs(x)); });
-}
-
 } // namespace
 
 bool Corner::isLike(const Corner& other, double distance) const
@@ -224,7 +215,8 @@ bool Corner::isLike(const Corner& other, double distance) const
     const bool isNormalLike =
         normal && other.normal ? (*normal - *other.normal).Length() <= normalTolerance : !normal && !other.normal;
     return (position - other.position).Length() <= distance && isNormalLike &&
-           areLike(coordinates, other.coordinates) && areLike(color, other.color);
+           std::equal(coordinates.begin(), coordinates.end(), other.coordinates.begin(), other.coordinates.end(),
+                      [](double x, double y) { return std::fabs(x - y) <= tolerance * std::max(1.0, std::fabs(x)); });
 }
 
 double Shape::size() const

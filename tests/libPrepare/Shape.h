@@ -2,7 +2,6 @@
 
 #include "AssimpScene.h"
 
-#include <array>
 #include <cstddef>
 #include <limits>
 #include <map>
@@ -15,9 +14,9 @@ namespace test {
 /// A corner of a face in the world.
 struct Corner {
     Vector position;
-    std::optional<Vector> normal;                     ///< of length 1
-    std::optional<std::array<double, 2>> coordinates; ///< of the first set
-    std::optional<std::array<double, 4>> color;
+    std::optional<Vector> normal; ///< of length 1
+    /// Of all sets, by their number: two numbers each, and then the color, four, if there is one.
+    std::vector<double> coordinates;
 
     /// Whether it is the same corner as another, but for rounding. @param distance between their positions at most
     bool isLike(const Corner& other, double distance) const;
