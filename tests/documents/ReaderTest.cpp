@@ -3,6 +3,7 @@
 #include "support/CrashReport.h"
 #include "support/DocumentChange.h"
 #include "support/DocumentTree.h"
+#include "support/Rows.h"
 #include "support/TortureFolder.h"
 
 #include <libVideo/ColladaDom.h>
@@ -49,11 +50,15 @@ std::string collada(const std::string& body)
     return "<COLLADA xmlns='http://www.collada.org/2005/11/COLLADASchema' version='1.4.1'>" + body + "</COLLADA>";
 }
 
-class ReaderRowTest : public ReaderTest, public testing::WithParamInterface<std::pair<const char*, const char*>> {};
+struct BodyCase : testSupport::Row {
+    const char* body;
+};
+
+class ReaderRowTest : public ReaderTest, public testing::WithParamInterface<BodyCase> {};
 
 TEST_P(ReaderRowTest, MakesTheTreeOfTheDocumentModel)
 {
-    EXPECT_TRUE(expectSame(collada(GetParam().second), GetParam().second));
+    EXPECT_TRUE(expectSame(collada(GetParam().body), GetParam().body));
 }
 
 // Keeps the warnings, without the lines: how far the parser has read by then is its own affair.
@@ -146,65 +151,60 @@ bool ReaderTest::expectSame(const std::string& text, const std::string& words)
     return m_readers->expectSame(m_folder.write(text), words);
 }
 
-using Row = std::pair<const char*, const char*>;
-
-INSTANTIATE_TEST_SUITE_P(
-    Documents, ReaderRowTest,
-    testing::Values(
-        Row{"Nothing", ""}, Row{"Blanks", " \n\t "},
-        Row{"SecondOfASinglePlaceIsDropped",
-            "<library_geometries><geometry><mesh><triangles><p>1 2</p><p>3</p></triangles></mesh></geometry>"
-            "</library_geometries>"},
-        Row{"TextRunsPartedByOtherThings",
-            "<library_nodes><node><translate>1 2<!-- c --> 3</translate><translate>4 <?p i?> </translate>"
-            "<translate>5<![CDATA[6]]> 7</translate><translate><![CDATA[8]]></translate>"
-            "<rotate>1<foo/>2 3</rotate><scale>1&#32;2&amp;3</scale></node></library_nodes>"},
-        Row{"TextOfNoPlace", "x<library_nodes>y<node>z<!-- --> <extra/>w</node></library_nodes>"},
-        Row{"NumbersOfAllWays",
-            "<library_nodes><node><matrix>1 -2 .5 -.5 1e3 1e400 NaN INF -INF x 0x10 1,5 +1 - . 1. "
-            "12345678901234567890 0.1234567890123456789 1e-320</matrix></node></library_nodes>"
-            "<library_geometries><geometry><mesh><source><int_array>1 -1 99999999999999999999 x 1.5</int_array>"
-            "</source><source><bool_array>true false 1 0 x</bool_array></source><source><Name_array>a a b a "
-            "ab</Name_array></source><source><IDREF_array>a b</IDREF_array></source><polygons><p>0 -1 3.7 "
-            "18446744073709551616 x</p><p/></polygons></mesh></geometry></library_geometries>"},
-        Row{"ReferencesOfAllWays",
-            "<library_images><image><init_from>./my tex.png</init_from></image><image><init_from/></image><image>"
-            "<init_from> </init_from></image><image><init_from>C:\\t\\a.png</init_from></image><image><init_from>"
-            "a<!-- -->b c</init_from></image></library_images><library_nodes><node><instance_node url='#n'/>"
-            "<instance_node/><instance_node url=''/><instance_node url='a[1]'/><instance_node url='b.dae#x'/>"
-            "<instance_node url=' #n '/><instance_node url='#'/><instance_node url='http://h/p?q#f'/></node>"
-            "<node id='n'/></library_nodes>"},
-        Row{"IdsGivenTwice",
-            "<library_nodes><node id='n'><node id='n'/><extra id='e'/><translate sid='t'/></node><extra id='n'/>"
-            "<node id='e'/><node id=''/><node id=' a b '/></library_nodes><library_nodes id='n'/>"},
-        Row{"IdInAnElementThatIsDropped",
-            "<library_geometries><geometry id='g'><mesh id='m'/><mesh><source id='s'/></mesh></geometry>"
-            "<geometry><mesh><source id='s'/></mesh></geometry></library_geometries>"},
-        Row{"ChildrenOutOfOrder",
-            "<library_visual_scenes><visual_scene><extra/><node><extra/><node/><instance_geometry url='#g'/>"
-            "<translate/><rotate/><matrix/><translate/><instance_camera url='#c'/><asset/></node><asset/>"
-            "</visual_scene><asset/></library_visual_scenes><asset/>"},
-        Row{"EitherOr",
-            "<library_effects><effect><profile_COMMON><technique><phong><diffuse><texture texture='t' texcoord='u'/>"
-            "<color>1 1 1 1</color></diffuse><emission><color>1 0 0 1</color><color>0 1 0 1</color></emission></phong>"
-            "<blinn/><lambert/></technique></profile_COMMON></effect></library_effects>"},
-        Row{"Groups",
-            "<library_effects><effect><profile_COMMON><newparam sid='s'><surface type='2D'><init_from>i</init_from>"
-            "<init_from>j</init_from><format>A8</format></surface></newparam><newparam sid='p'><sampler2D><source>s"
-            "</source></sampler2D></newparam><newparam><surface><init_as_null/><init_from>i</init_from></surface>"
-            "</newparam></profile_COMMON></effect></library_effects><library_images><image id='i'/></library_images>"},
-        Row{"OwnWords",
-            "<library_nodes><node><extra><technique profile='p' xmlns:a='urn:a' xmlns='urn:b'>text<a:b a:c='1' c='2' "
-            "id='own'> two <d xmlns='urn:d&amp;e'/> three <!-- --> four </a:b><node id='x'><translate>1 2 "
-            "3</translate></node><p>1</p>"
-            "<param name='n'/></technique></extra></node></library_nodes>"},
-        Row{"UnknownThings",
-            "<a:b/><unknown x='1'><node/></unknown><library_nodes y='2' a:z='3' xmlns:q='r'><node unknown='4' "
-            "layer='a b c' type='JOINT'/></library_nodes>"},
-        Row{"Entities", "<library_nodes name='&lt;&amp;&#65;&#x42;&quot;&apos;&gt;&#38;#38;'><node name='a&#10;b'/>"
-                        "</library_nodes>"},
-        Row{"AttributeValuesWithBlanks", "<library_nodes id=' \t a b \n c'><node name='\n'/></library_nodes>"}),
-    [](const auto& row) { return row.param.first; });
+INSTANTIATE_ROWS(
+    Documents, ReaderRowTest, {"Nothing", ""}, {"Blanks", " \n\t "},
+    {"SecondOfASinglePlaceIsDropped",
+     "<library_geometries><geometry><mesh><triangles><p>1 2</p><p>3</p></triangles></mesh></geometry>"
+     "</library_geometries>"},
+    {"TextRunsPartedByOtherThings",
+     "<library_nodes><node><translate>1 2<!-- c --> 3</translate><translate>4 <?p i?> </translate>"
+     "<translate>5<![CDATA[6]]> 7</translate><translate><![CDATA[8]]></translate>"
+     "<rotate>1<foo/>2 3</rotate><scale>1&#32;2&amp;3</scale></node></library_nodes>"},
+    {"TextOfNoPlace", "x<library_nodes>y<node>z<!-- --> <extra/>w</node></library_nodes>"},
+    {"NumbersOfAllWays",
+     "<library_nodes><node><matrix>1 -2 .5 -.5 1e3 1e400 NaN INF -INF x 0x10 1,5 +1 - . 1. "
+     "12345678901234567890 0.1234567890123456789 1e-320</matrix></node></library_nodes>"
+     "<library_geometries><geometry><mesh><source><int_array>1 -1 99999999999999999999 x 1.5</int_array>"
+     "</source><source><bool_array>true false 1 0 x</bool_array></source><source><Name_array>a a b a "
+     "ab</Name_array></source><source><IDREF_array>a b</IDREF_array></source><polygons><p>0 -1 3.7 "
+     "18446744073709551616 x</p><p/></polygons></mesh></geometry></library_geometries>"},
+    {"ReferencesOfAllWays",
+     "<library_images><image><init_from>./my tex.png</init_from></image><image><init_from/></image><image>"
+     "<init_from> </init_from></image><image><init_from>C:\\t\\a.png</init_from></image><image><init_from>"
+     "a<!-- -->b c</init_from></image></library_images><library_nodes><node><instance_node url='#n'/>"
+     "<instance_node/><instance_node url=''/><instance_node url='a[1]'/><instance_node url='b.dae#x'/>"
+     "<instance_node url=' #n '/><instance_node url='#'/><instance_node url='http://h/p?q#f'/></node>"
+     "<node id='n'/></library_nodes>"},
+    {"IdsGivenTwice",
+     "<library_nodes><node id='n'><node id='n'/><extra id='e'/><translate sid='t'/></node><extra id='n'/>"
+     "<node id='e'/><node id=''/><node id=' a b '/></library_nodes><library_nodes id='n'/>"},
+    {"IdInAnElementThatIsDropped",
+     "<library_geometries><geometry id='g'><mesh id='m'/><mesh><source id='s'/></mesh></geometry>"
+     "<geometry><mesh><source id='s'/></mesh></geometry></library_geometries>"},
+    {"ChildrenOutOfOrder",
+     "<library_visual_scenes><visual_scene><extra/><node><extra/><node/><instance_geometry url='#g'/>"
+     "<translate/><rotate/><matrix/><translate/><instance_camera url='#c'/><asset/></node><asset/>"
+     "</visual_scene><asset/></library_visual_scenes><asset/>"},
+    {"EitherOr",
+     "<library_effects><effect><profile_COMMON><technique><phong><diffuse><texture texture='t' texcoord='u'/>"
+     "<color>1 1 1 1</color></diffuse><emission><color>1 0 0 1</color><color>0 1 0 1</color></emission></phong>"
+     "<blinn/><lambert/></technique></profile_COMMON></effect></library_effects>"},
+    {"Groups",
+     "<library_effects><effect><profile_COMMON><newparam sid='s'><surface type='2D'><init_from>i</init_from>"
+     "<init_from>j</init_from><format>A8</format></surface></newparam><newparam sid='p'><sampler2D><source>s"
+     "</source></sampler2D></newparam><newparam><surface><init_as_null/><init_from>i</init_from></surface>"
+     "</newparam></profile_COMMON></effect></library_effects><library_images><image id='i'/></library_images>"},
+    {"OwnWords",
+     "<library_nodes><node><extra><technique profile='p' xmlns:a='urn:a' xmlns='urn:b'>text<a:b a:c='1' c='2' "
+     "id='own'> two <d xmlns='urn:d&amp;e'/> three <!-- --> four </a:b><node id='x'><translate>1 2 "
+     "3</translate></node><p>1</p>"
+     "<param name='n'/></technique></extra></node></library_nodes>"},
+    {"UnknownThings",
+     "<a:b/><unknown x='1'><node/></unknown><library_nodes y='2' a:z='3' xmlns:q='r'><node unknown='4' "
+     "layer='a b c' type='JOINT'/></library_nodes>"},
+    {"Entities", "<library_nodes name='&lt;&amp;&#65;&#x42;&quot;&apos;&gt;&#38;#38;'><node name='a&#10;b'/>"
+                 "</library_nodes>"},
+    {"AttributeValuesWithBlanks", "<library_nodes id=' \t a b \n c'><node name='\n'/></library_nodes>"});
 
 TEST_F(ReaderTest, MakesTheTreeOfEveryStoredDocument)
 {

@@ -40,6 +40,11 @@ TEST(ScenetoolMaterialTest, NumbersReadBackToTheSameFloat)
     EXPECT_EQ(0.3f, color.at(2).get<float>());
 }
 
+bool hasPattern(const std::string& text, const std::string& pattern)
+{
+    return std::regex_search(text, std::regex(pattern));
+}
+
 Words linesOf(const std::string& text)
 {
     Words lines;
@@ -851,7 +856,7 @@ TEST_P(ScenetoolFailureTest, DumpIsAnObjectWithTheLine)
     EXPECT_EQ(line.at("channel"), GetParam().channel);
     EXPECT_EQ(3, line.at("priority"));
     const std::string text = line.at("text");
-    EXPECT_TRUE(std::regex_search(text, std::regex("^[0-9]+ " + GetParam().words))) << text;
+    EXPECT_TRUE(hasPattern(text, "^[0-9]+ " + GetParam().words)) << text;
     EXPECT_TRUE(contains(dump.result.errors, file.path() + GetParam().reason)) << dump.result.errors;
     const Json refusal = dump.json.at("refusal");
     EXPECT_TRUE(contains(GetParam().reason + text, refusal.at("reason"))) << refusal;
@@ -1059,8 +1064,8 @@ TEST(ScenetoolLogTest, LinesStandInTheOrderInWhichTheyCame)
 TEST(ScenetoolLogTest, InfoShowsTheLinesWithTheirChannel)
 {
     const std::string text = infoOf(documentOf(parentAndChild, {rising("nowhere/t")}));
-    EXPECT_TRUE(std::regex_search(
-        text, std::regex("libVideo\\.visualScene.* Unable to find the animation's target node with id: nowhere\n")))
+    EXPECT_TRUE(
+        hasPattern(text, "libVideo\\.visualScene.* Unable to find the animation's target node with id: nowhere\n"))
         << text;
 }
 
@@ -1088,13 +1093,13 @@ TEST(ScenetoolInfoTest, StartsWithTheFile)
 TEST(ScenetoolInfoTest, CountsNodesAndLevels)
 {
     const std::string text = infoOf(documentOf("<node id='a'><node id='b'><node id='c'/></node></node><node id='d'/>"));
-    EXPECT_TRUE(std::regex_search(text, std::regex("\nNodes +4\\b.*\\b3 levels"))) << text;
+    EXPECT_TRUE(hasPattern(text, "\nNodes +4\\b.*\\b3 levels")) << text;
 }
 
 TEST(ScenetoolInfoTest, CountsNodesWithoutTransform)
 {
     const std::string text = infoOf(documentOf("<node id='a'/><node id='b'/><node id='c'><translate/></node>"));
-    EXPECT_TRUE(std::regex_search(text, std::regex("\nCollapsed +2 "))) << text;
+    EXPECT_TRUE(hasPattern(text, "\nCollapsed +2 ")) << text;
     EXPECT_FALSE(contains(infoOf(documentOf("<node id='c'><scale>1 1 1</scale></node>")), "Collapsed"));
 }
 
@@ -1136,35 +1141,35 @@ TEST(ScenetoolInfoTest, TransformIsDescribed)
     const std::string text = infoOf(documentOf("<node id='a'><translate>1 -2.5 3</translate></node><node id='b'/>"
                                                "<node id='c'><skew>1 2 3 4 5 6 7</skew></node>"
                                                "<node id='d'><scale>2 3 4</scale></node>"));
-    EXPECT_TRUE(std::regex_search(text, std::regex("#a +translation 1 -2\\.5 3\n"))) << text;
-    EXPECT_TRUE(std::regex_search(text, std::regex("#b +zero matrix\n"))) << text;
-    EXPECT_TRUE(std::regex_search(text, std::regex("#c +identity\n"))) << text;
+    EXPECT_TRUE(hasPattern(text, "#a +translation 1 -2\\.5 3\n")) << text;
+    EXPECT_TRUE(hasPattern(text, "#b +zero matrix\n")) << text;
+    EXPECT_TRUE(hasPattern(text, "#c +identity\n")) << text;
     EXPECT_TRUE(contains(text, "[2 0 0 0 | 0 3 0 0 | 0 0 4 0 | 0 0 0 1]")) << text;
 }
 
 TEST(ScenetoolInfoTest, AnimatedNodesAreShownWithTheirLength)
 {
     const std::string text = infoOf(documentOf(parentAndChild, {rising("child/t")}));
-    EXPECT_TRUE(std::regex_search(text, std::regex("\nAnimations +on 1 node, .* 3 s\n"))) << text;
-    EXPECT_TRUE(std::regex_search(text, std::regex("#child .*animated, 3 s\n"))) << text;
-    EXPECT_FALSE(std::regex_search(text, std::regex("#parent .*animated"))) << text;
-    EXPECT_TRUE(std::regex_search(infoOf(documentOf(parentAndChild)), std::regex("\nAnimations +none\n")));
+    EXPECT_TRUE(hasPattern(text, "\nAnimations +on 1 node, .* 3 s\n")) << text;
+    EXPECT_TRUE(hasPattern(text, "#child .*animated, 3 s\n")) << text;
+    EXPECT_FALSE(hasPattern(text, "#parent .*animated")) << text;
+    EXPECT_TRUE(hasPattern(infoOf(documentOf(parentAndChild)), "\nAnimations +none\n"));
 }
 
 TEST(ScenetoolInfoTest, OneNodeAndOneLevelAreNoPlural)
 {
     const std::string text = infoOf(documentOf("<node id='a'/>"));
-    EXPECT_TRUE(std::regex_search(text, std::regex("\nNodes +1 on 1 level\n"))) << text;
-    EXPECT_TRUE(std::regex_search(text, std::regex("\nCollapsed +1 node with"))) << text;
+    EXPECT_TRUE(hasPattern(text, "\nNodes +1 on 1 level\n")) << text;
+    EXPECT_TRUE(hasPattern(text, "\nCollapsed +1 node with")) << text;
 }
 
 TEST(ScenetoolInfoTest, GeometryIsShownWithNameAndNode)
 {
-    EXPECT_TRUE(std::regex_search(infoOf(squareDocument()), std::regex("\nGeometries\n +g \\(Square\\) +on #shown\n")))
+    EXPECT_TRUE(hasPattern(infoOf(squareDocument()), "\nGeometries\n +g \\(Square\\) +on #shown\n"))
         << infoOf(squareDocument());
     const std::string same = infoOf(withGeometries(geometryXml("g", squareMesh(""), "name='g'"),
                                                    "<node id='n' name='N'>" + showing("g") + "</node>"));
-    EXPECT_TRUE(std::regex_search(same, std::regex("\nGeometries\n +g +on N #n\n"))) << same;
+    EXPECT_TRUE(hasPattern(same, "\nGeometries\n +g +on N #n\n")) << same;
 }
 
 TEST(ScenetoolInfoTest, TrianglesAreShownWithDistinctVerticesLayoutBoxAndMaterial)
@@ -1200,13 +1205,11 @@ TEST(ScenetoolInfoTest, LayoutIsInWords)
 TEST(ScenetoolInfoTest, MaterialsAreShownWithColorsOrFiles)
 {
     const std::string text = infoOf(materialDocument("<diffuse><color>0.25 0.5 0.75 1</color></diffuse>"));
-    EXPECT_TRUE(std::regex_search(
-        text, std::regex("\nMaterials\n +plain +diffuse 0\\.25 0\\.5 0\\.75 +specular 1 1 1 +shininess 12\\.5 "
-                         "+emission 1 1 1\n")))
+    EXPECT_TRUE(hasPattern(text, "\nMaterials\n +plain +diffuse 0\\.25 0\\.5 0\\.75 +specular 1 1 1 +shininess 12\\.5 "
+                                 "+emission 1 1 1\n"))
         << text;
-    EXPECT_TRUE(std::regex_search(
-        text, std::regex("\n +wood +diffuse \\./wood%20grain\\.png +specular without its texture +shininess 0 "
-                         "+emission 0\\.1 0\\.2 0\\.3\n")))
+    EXPECT_TRUE(hasPattern(text, "\n +wood +diffuse \\./wood%20grain\\.png +specular without its texture +shininess 0 "
+                                 "+emission 0\\.1 0\\.2 0\\.3\n"))
         << text;
 }
 
@@ -1239,8 +1242,8 @@ TEST(ScenetoolInfoTest, TreeIsCutAtTwoHundredNodes)
     EXPECT_EQ(200u, leavesIn(text));
     EXPECT_TRUE(contains(text, "#leaf199 "));
     EXPECT_FALSE(contains(text, "#leaf200 "));
-    EXPECT_TRUE(std::regex_search(text, std::regex("\\b5 more .*--all"))) << text;
-    EXPECT_TRUE(std::regex_search(text, std::regex("\nNodes +205\\b"))) << text;
+    EXPECT_TRUE(hasPattern(text, "\\b5 more .*--all")) << text;
+    EXPECT_TRUE(hasPattern(text, "\nNodes +205\\b")) << text;
 }
 
 TEST(ScenetoolInfoTest, TwoHundredNodesAreNotCut)
@@ -1332,9 +1335,9 @@ TEST_P(ScenetoolControlTest, CharacterOfAGeometryStaysOutOfInfo)
         document.replace(document.find(from), from.size(), to);
     }
     const std::string text = infoOf(document);
-    EXPECT_TRUE(std::regex_search(text, std::regex("\n +g \\(x.+31m\\)"))) << text;
-    EXPECT_TRUE(std::regex_search(text, std::regex(", material x.+31m\n"))) << text;
-    EXPECT_TRUE(std::regex_search(text, std::regex("\n +x.+31m +diffuse"))) << text;
+    EXPECT_TRUE(hasPattern(text, "\n +g \\(x.+31m\\)")) << text;
+    EXPECT_TRUE(hasPattern(text, ", material x.+31m\n")) << text;
+    EXPECT_TRUE(hasPattern(text, "\n +x.+31m +diffuse")) << text;
     EXPECT_FALSE(hasControlCharacter(text)) << ::testing::PrintToString(text);
 }
 
@@ -1417,9 +1420,9 @@ TEST_P(ScenetoolHelpTest, ExplainsEveryWord)
     for (const std::string& word : GetParam().words) {
         // The word, what kind of value it takes, its default and what it excludes, blanks or a line of its own, and at
         // least two words of explanation.
-        EXPECT_TRUE(std::regex_search(
-            result.output,
-            std::regex("\n +(-h,)?" + word + "( [A-Z.]+)*(:.*|=\\d+| \\[\\S+\\]| Excludes: .*)?(\n +| {2,})\\S+ \\S+")))
+        EXPECT_TRUE(
+            hasPattern(result.output,
+                       "\n +(-h,)?" + word + "( [A-Z.]+)*(:.*|=\\d+| \\[\\S+\\]| Excludes: .*)?(\n +| {2,})\\S+ \\S+"))
             << word << " in\n"
             << result.output;
     }

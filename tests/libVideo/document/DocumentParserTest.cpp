@@ -48,13 +48,12 @@ void expectRefused(const std::string& path)
     EXPECT_EQ("Collada file does not exist " + path, log.text());
 }
 
-struct Row {
-    std::string name;
+struct DocumentCase : testSupport::Row {
     std::string text;
     rlim_t seconds = 20; ///< what the document model may take before it counts as hanging
 };
 
-class DeadlyDocumentTest : public testing::TestWithParam<Row> {};
+class DeadlyDocumentTest : public testing::TestWithParam<DocumentCase> {};
 
 TEST_P(DeadlyDocumentTest, EndsTheBareModelAndIsRefused)
 {
@@ -119,16 +118,6 @@ bool bareModelSurvives(const std::string& path, rlim_t seconds, const Use& use)
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-std::ostream& operator<<(std::ostream& stream, const Row& row)
-{
-    return stream << row.name;
-}
-
-std::string nameOf(const testing::TestParamInfo<Row>& info)
-{
-    return info.param.name;
-}
-
 // --- What the document model does not survive.
 
 std::string unfoldingEntities()
@@ -141,36 +130,30 @@ std::string unfoldingEntities()
     return "<!DOCTYPE COLLADA [" + declarations + "]>" + whole("<library_nodes name='&e11;'/>");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Documents, DeadlyDocumentTest,
-    testing::Values(
-        Row{"RootScene", "<scene/>"}, Row{"RootAsset", "<asset/>"}, Row{"RootExtra", "<extra/>"},
-        Row{"RootLibrary", "<library_geometries/>"},
-        Row{"TranslateInTranslate", scene("<translate><translate/></translate>")},
-        Row{"PInP", triangles("<p><p/></p>")},
-        Row{"FloatArrayInFloatArray", whole("<library_geometries><geometry><mesh><source><float_array><float_array/>"
-                                            "</float_array></source></mesh></geometry></library_geometries>")},
-        Row{"TypeOfAFieldOfView",
-            whole("<library_cameras><camera><optics><technique_common><perspective><xfov><TargetableFloat/></xfov>"
-                  "</perspective></technique_common></optics></camera></library_cameras>")},
-        Row{"TypeOfAnInput", whole("<library_geometries><geometry><mesh><vertices><input><InputLocal/></input>"
-                                   "</vertices></mesh></geometry></library_geometries>")},
-        Row{"PInPInOwnWords", ownWords("<p><p/></p>")}, Row{"PInPDeepInOwnWords", ownWords("<x><p><p/></p></x>")},
-        Row{"TypeInItself", ownWords("<TargetableFloat><TargetableFloat/></TargetableFloat>")},
-        Row{"AnyInOwnWords", ownWords("<x><any/></x>")}, Row{"AnyInAny", ownWords("<any><any/></any>")},
-        Row{"LongTagInOwnWords", ownWords("<" + std::string(1'000'000, 'x') + "/>")},
-        Row{"DeepNodes",
-            whole("<library_nodes>" + repeated("<node>", 200'000) + repeated("</node>", 200'000) + "</library_nodes>")},
-        Row{"CutInSomethingUnknown", rootTag + "<library_geometries><unknown><x>", 2},
-        Row{"CutInAnUnknownTag", rootTag + "<library_geometries><unknown><x a='", 2},
-        Row{"UnfoldingEntities", unfoldingEntities(), 2},
-        Row{"ManyParentSteps",
-            whole("<scene><instance_visual_scene url='" + repeated("a/../", 200'000) + "'/></scene>"), 2},
-        Row{"ManyParentStepsInText",
-            whole("<library_images><image><init_from>" + repeated("a/../", 400'000) +
-                  "</init_from></image></library_images>"),
-            2}),
-    nameOf);
+INSTANTIATE_ROWS(
+    Documents, DeadlyDocumentTest, {"RootScene", "<scene/>"}, {"RootAsset", "<asset/>"}, {"RootExtra", "<extra/>"},
+    {"RootLibrary", "<library_geometries/>"}, {"TranslateInTranslate", scene("<translate><translate/></translate>")},
+    {"PInP", triangles("<p><p/></p>")},
+    {"FloatArrayInFloatArray", whole("<library_geometries><geometry><mesh><source><float_array><float_array/>"
+                                     "</float_array></source></mesh></geometry></library_geometries>")},
+    {"TypeOfAFieldOfView",
+     whole("<library_cameras><camera><optics><technique_common><perspective><xfov><TargetableFloat/></xfov>"
+           "</perspective></technique_common></optics></camera></library_cameras>")},
+    {"TypeOfAnInput", whole("<library_geometries><geometry><mesh><vertices><input><InputLocal/></input>"
+                            "</vertices></mesh></geometry></library_geometries>")},
+    {"PInPInOwnWords", ownWords("<p><p/></p>")}, {"PInPDeepInOwnWords", ownWords("<x><p><p/></p></x>")},
+    {"TypeInItself", ownWords("<TargetableFloat><TargetableFloat/></TargetableFloat>")},
+    {"AnyInOwnWords", ownWords("<x><any/></x>")}, {"AnyInAny", ownWords("<any><any/></any>")},
+    {"LongTagInOwnWords", ownWords("<" + std::string(1'000'000, 'x') + "/>")},
+    {"DeepNodes",
+     whole("<library_nodes>" + repeated("<node>", 200'000) + repeated("</node>", 200'000) + "</library_nodes>")},
+    {"CutInSomethingUnknown", rootTag + "<library_geometries><unknown><x>", 2},
+    {"CutInAnUnknownTag", rootTag + "<library_geometries><unknown><x a='", 2},
+    {"UnfoldingEntities", unfoldingEntities(), 2},
+    {"ManyParentSteps", whole("<scene><instance_visual_scene url='" + repeated("a/../", 200'000) + "'/></scene>"), 2},
+    {"ManyParentStepsInText",
+     whole("<library_images><image><init_from>" + repeated("a/../", 400'000) + "</init_from></image></library_images>"),
+     2});
 
 // --- What it opens, and does not survive to be asked for.
 
@@ -221,7 +204,7 @@ TEST(DeadlyReferenceTest, LoopOfNamesEndsTheBareModelAndIsNotFollowed)
 
 // --- What it does survive, although it looks much the same.
 
-class HarmlessDocumentTest : public testing::TestWithParam<Row> {};
+class HarmlessDocumentTest : public testing::TestWithParam<DocumentCase> {};
 
 TEST_P(HarmlessDocumentTest, IsOpenedByTheBareModelAndPasses)
 {
@@ -230,30 +213,27 @@ TEST_P(HarmlessDocumentTest, IsOpenedByTheBareModelAndPasses)
     EXPECT_TRUE(passes(GetParam().text));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Documents, HarmlessDocumentTest,
-    testing::Values(
-        Row{"OtherElementInP", triangles("<p><foo><p/></foo>0 1 2</p>")},
-        Row{"PInPOfSomethingUnknown", whole("<library_geometries><unknown><p><p/></p></unknown></library_geometries>")},
-        Row{"MeshInMesh", whole("<library_geometries><geometry><mesh><mesh><p/></mesh></mesh></geometry>"
-                                "</library_geometries>")},
-        Row{"SourceInSource", whole("<library_geometries><geometry><mesh><source><source/></source></mesh></geometry>"
-                                    "</library_geometries>")},
-        Row{"LibraryInLibrary", whole("<library_nodes><library_nodes/></library_nodes>")},
-        Row{"ColladaInCollada", whole("<COLLADA><asset/></COLLADA>")},
-        Row{"TypeOfANewparam",
-            whole("<library_effects><effect id='e'><profile_COMMON><newparam sid='s'><common_newparam_type/></newparam>"
-                  "</profile_COMMON></effect></library_effects>")},
-        Row{"AnyAsFirstOwnWord", ownWords("<any><x/></any>")}, Row{"AnyElsewhere", whole("<any><any/></any>")},
-        Row{"PrefixedAny", ownWords("<x><x:any/></x>")},
-        Row{"TagOf127BytesInOwnWords", ownWords("<" + std::string(127, 'x') + "/>")},
-        Row{"PrefixedTagOf127BytesInOwnWords", ownWords("<p:" + std::string(125, 'x') + "/>")},
-        Row{"LongTagOfSomethingUnknown", whole("<" + std::string(100'000, 'x') + "/>")},
-        Row{"LongAttributeNameInOwnWords", ownWords("<x " + std::string(100'000, 'y') + "='1'/>")},
-        Row{"Comments", "<?xml version='1.0'?><!-- <x> --><?pi <y> ?>" + whole("<!-- <z> --><![CDATA[<p>]]>") +
-                            " <!-- end -->\n<?pi?> "},
-        Row{"Entities", whole("<library_nodes name='&lt;&amp;&#65;&#x42;&quot;&apos;&gt;'/>")}),
-    nameOf);
+INSTANTIATE_ROWS(
+    Documents, HarmlessDocumentTest, {"OtherElementInP", triangles("<p><foo><p/></foo>0 1 2</p>")},
+    {"PInPOfSomethingUnknown", whole("<library_geometries><unknown><p><p/></p></unknown></library_geometries>")},
+    {"MeshInMesh", whole("<library_geometries><geometry><mesh><mesh><p/></mesh></mesh></geometry>"
+                         "</library_geometries>")},
+    {"SourceInSource", whole("<library_geometries><geometry><mesh><source><source/></source></mesh></geometry>"
+                             "</library_geometries>")},
+    {"LibraryInLibrary", whole("<library_nodes><library_nodes/></library_nodes>")},
+    {"ColladaInCollada", whole("<COLLADA><asset/></COLLADA>")},
+    {"TypeOfANewparam",
+     whole("<library_effects><effect id='e'><profile_COMMON><newparam sid='s'><common_newparam_type/></newparam>"
+           "</profile_COMMON></effect></library_effects>")},
+    {"AnyAsFirstOwnWord", ownWords("<any><x/></any>")}, {"AnyElsewhere", whole("<any><any/></any>")},
+    {"PrefixedAny", ownWords("<x><x:any/></x>")},
+    {"TagOf127BytesInOwnWords", ownWords("<" + std::string(127, 'x') + "/>")},
+    {"PrefixedTagOf127BytesInOwnWords", ownWords("<p:" + std::string(125, 'x') + "/>")},
+    {"LongTagOfSomethingUnknown", whole("<" + std::string(100'000, 'x') + "/>")},
+    {"LongAttributeNameInOwnWords", ownWords("<x " + std::string(100'000, 'y') + "='1'/>")},
+    {"Comments",
+     "<?xml version='1.0'?><!-- <x> --><?pi <y> ?>" + whole("<!-- <z> --><![CDATA[<p>]]>") + " <!-- end -->\n<?pi?> "},
+    {"Entities", whole("<library_nodes name='&lt;&amp;&#65;&#x42;&quot;&apos;&gt;'/>")});
 
 // --- The limits.
 
