@@ -20,10 +20,20 @@ VIDEO_SOURCE_PATH("libVideo/SceneGraph/VisualScene")
 struct VisualScene::TreePrototype {
     static constexpr unsigned noParent = 0xFFFFFFFFu;
 
-    daeSmartRef<domNode> node;
+    domNode* node = nullptr;        // of the document
     vesk::Array<unsigned> children; // indices in the list, in document order
     unsigned parent = noParent;     // index in the list
 };
+
+namespace {
+
+bool hasInstances(const domNode& node)
+{
+    return node.getInstance_camera_array().getCount() > 0 || node.getInstance_light_array().getCount() > 0 ||
+           node.getInstance_geometry_array().getCount() > 0;
+}
+
+} // namespace
 
 VisualScene::~VisualScene() = default;
 
@@ -55,7 +65,9 @@ bool VisualScene::createFromCollada(const domVisual_scene& scene, const SceneRes
     // Only now, because an instance may name any node, and all are in the table.
     detail::PoolIndex pool(*m_resources);
     for (unsigned i = 0; i < tree.size(); ++i) {
-        processNodeInstances(m_nodeList[i], tree[i].node, pool);
+        if (hasInstances(*tree[i].node)) { // most nodes of a large tree have none
+            processNodeInstances(m_nodeList[i], tree[i].node, pool);
+        }
     }
     addAnimationsToNodes();
     return true;
