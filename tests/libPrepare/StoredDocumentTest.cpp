@@ -29,15 +29,6 @@ using test::Matrix;
 using test::ReaderLimits;
 using test::Vector;
 
-// Larger ones take too long under a sanitizer.
-constexpr std::uintmax_t maxSize = 2'000'000;
-// The motion of a node is compared at no more than twice as many times.
-constexpr std::size_t maxTimes = 50;
-constexpr double tolerance = 1e-4;
-
-// A curve of a whole <rotate> is one of its angle to the library. The reader wants that said.
-void nameAngles(pugi::xml_document& document);
-
 void expectSameMaterials(const aiScene& before, const aiScene& after, const ReaderLimits& limits);
 void expectSameNodes(const AssimpScene& before, const AssimpScene& after, const ReaderLimits& limits);
 void expectSameMotion(const AssimpScene& before, const AssimpScene& after, const ReaderLimits& limits);
@@ -47,57 +38,11 @@ void expectSameLights(const AssimpScene& before, const AssimpScene& after, std::
 
 class StoredDocumentTest : public testing::TestWithParam<StoredDocument> {
 protected:
-    void SetUp() override
-    {
-        if (std::filesystem::file_size(GetParam().path) > maxSize) {
-            GTEST_SKIP() << "The document is large.";
-        }
-        pugi::xml_document document;
-        if (!document.load_file(GetParam().path.c_str())) {
-            GTEST_SKIP() << "The document is not plain XML.";
-        }
-        m_limits = std::make_unique<ReaderLimits>(document);
-        if (!m_limits->unread.empty()) {
-            GTEST_SKIP() << "The other reader is no judge: " << m_limits->unread << '.';
-        }
-        m_before = std::make_unique<AssimpScene>(GetParam().path);
-        if (m_before->get() == nullptr) {
-            GTEST_SKIP() << "The other reader refuses the document: " << m_before->error();
-        }
-        const std::multimap<std::string, const aiNodeAnim*> curves = m_before->curves();
-        if (std::any_of(curves.begin(), curves.end(), [&](const auto& each) { return curves.count(each.first) > 1; })) {
-            GTEST_SKIP() << "The other reader does not put the animations of a node together.";
-        }
-    }
-
-    void prepare(const libPrepare::Options& options)
-    {
-        const std::string out = (m_folder.path() / "out.dae").string();
-        m_report = libPrepare::prepare(GetParam().path, out, options);
-        if (!m_report.done) {
-            GTEST_SKIP() << m_report.findings.back().text; // which other tests are about
-        }
-        pugi::xml_document document;
-        ASSERT_TRUE(document.load_file(out.c_str(), pugi::parse_full | pugi::parse_ws_pcdata));
-        nameAngles(document);
-        ASSERT_TRUE(document.save_file(out.c_str(), "", pugi::format_raw));
-        m_after = std::make_unique<AssimpScene>(out);
-        ASSERT_NE(nullptr, m_after->get()) << m_after->error();
-    }
-
-    const ReaderLimits& limits() const { return *m_limits; }
-    const AssimpScene& before() const { return *m_before; }
-    const AssimpScene& after() const { return *m_after; }
+    void SetUp() override;
+    void prepare(const libPrepare::Options& options);
     // Directional lights become point lights.
-    std::size_t movedLights() const
-    {
-        return static_cast<std::size_t>(std::count_if(
-            m_report.approximations.begin(), m_report.approximations.end(), [](const libPrepare::Approximation& each) {
-                return each.kind == libPrepare::Approximation::Kind::directionalLight && !each.nodeId.empty();
-            }));
-    }
+    std::size_t movedLights() const;
 
-private:
     test::TemporaryFolder m_folder;
     libPrepare::Report m_report;
     std::unique_ptr<ReaderLimits> m_limits;
@@ -111,14 +56,14 @@ TEST_P(StoredDocumentTest, SaysTheSameToAnotherReader)
     if (IsSkipped() || HasFatalFailure()) {
         return;
     }
-    test::expectSameShape(shapeOf(before(), limits().looks), shapeOf(after(), limits().looks));
-    expectSameMaterials(*before().get(), *after().get(), limits());
-    expectSameNodes(before(), after(), limits());
-    expectSameMotion(before(), after(), limits());
-    if (limits().cameras) {
-        expectSameCameras(before(), after());
+    test::expectSameShape(shapeOf(*m_before, m_limits->looks), shapeOf(*m_after, m_limits->looks));
+    expectSameMaterials(*m_before->get(), *m_after->get(), *m_limits);
+    expectSameNodes(*m_before, *m_after, *m_limits);
+    expectSameMotion(*m_before, *m_after, *m_limits);
+    if (m_limits->cameras) {
+        expectSameCameras(*m_before, *m_after);
     }
-    expectSameLights(before(), after(), movedLights());
+    expectSameLights(*m_before, *m_after, movedLights());
 }
 
 // The reader turns every document so that Y points up, and measures it in meters.
@@ -131,31 +76,20 @@ TEST_P(StoredDocumentTest, IsWhereItWasAfterATurnToAnotherAxisAndUnit)
     if (IsSkipped() || HasFatalFailure()) {
         return;
     }
-    test::expectSameShape(shapeOf(before(), limits().looks), shapeOf(after(), limits().looks));
-    expectSameNodes(before(), after(), limits());
+    test::expectSameShape(shapeOf(*m_before, m_limits->looks), shapeOf(*m_after, m_limits->looks));
+    expectSameNodes(*m_before, *m_after, *m_limits);
 }
 
 INSTANTIATE_TEST_SUITE_P(Documents, StoredDocumentTest, testing::ValuesIn(documents::allDocuments()),
                          [](const auto& row) { return row.param.name; });
 
-TEST(ReaderLimitsTest, LeaveTheLighthouseToTheReader)
-{
-    pugi::xml_document document;
-    ASSERT_TRUE(document.load_file((std::filesystem::path(DATA_FOLDER) / "lighthouse.dae").c_str()));
-    const ReaderLimits limits(document);
-    EXPECT_EQ("", limits.unread);
-    EXPECT_TRUE(limits.looks);
-    EXPECT_TRUE(limits.cameras);
-    EXPECT_FALSE(limits.channels.empty());
-    EXPECT_FALSE(limits.nodes.empty());
-    EXPECT_EQ(3U, limits.times.size());
-    for (const auto& [node, times] : limits.times) {
-        EXPECT_LT(1U, times.size()) << node;
-    }
-}
+// Larger ones take too long under a sanitizer.
+constexpr std::uintmax_t maxSize = 2'000'000;
+// The motion of a node is compared at no more than twice as many times.
+constexpr std::size_t maxTimes = 50;
+constexpr double tolerance = 1e-4;
 
-// --- what the test is written with ---
-
+// A curve of a whole <rotate> is one of its angle to the library. The reader wants that said.
 void nameAngles(pugi::xml_document& document)
 {
     for (const pugi::xpath_node& found : document.select_nodes("//channel")) {
@@ -170,6 +104,52 @@ void nameAngles(pugi::xml_document& document)
             target.set_value((path + ".ANGLE").c_str());
         }
     }
+}
+
+void StoredDocumentTest::SetUp()
+{
+    if (std::filesystem::file_size(GetParam().path) > maxSize) {
+        GTEST_SKIP() << "The document is large.";
+    }
+    pugi::xml_document document;
+    if (!document.load_file(GetParam().path.c_str())) {
+        GTEST_SKIP() << "The document is not plain XML.";
+    }
+    m_limits = std::make_unique<ReaderLimits>(document);
+    if (!m_limits->unread.empty()) {
+        GTEST_SKIP() << "The other reader is no judge: " << m_limits->unread << '.';
+    }
+    m_before = std::make_unique<AssimpScene>(GetParam().path);
+    if (m_before->get() == nullptr) {
+        GTEST_SKIP() << "The other reader refuses the document: " << m_before->error();
+    }
+    const std::multimap<std::string, const aiNodeAnim*> curves = m_before->curves();
+    if (std::any_of(curves.begin(), curves.end(), [&](const auto& each) { return curves.count(each.first) > 1; })) {
+        GTEST_SKIP() << "The other reader does not put the animations of a node together.";
+    }
+}
+
+void StoredDocumentTest::prepare(const libPrepare::Options& options)
+{
+    const std::string out = (m_folder.path() / "out.dae").string();
+    m_report = libPrepare::prepare(GetParam().path, out, options);
+    if (!m_report.done) {
+        GTEST_SKIP() << m_report.findings.back().text; // which other tests are about
+    }
+    pugi::xml_document document;
+    ASSERT_TRUE(document.load_file(out.c_str(), pugi::parse_full | pugi::parse_ws_pcdata));
+    nameAngles(document);
+    ASSERT_TRUE(document.save_file(out.c_str(), "", pugi::format_raw));
+    m_after = std::make_unique<AssimpScene>(out);
+    ASSERT_NE(nullptr, m_after->get()) << m_after->error();
+}
+
+std::size_t StoredDocumentTest::movedLights() const
+{
+    return static_cast<std::size_t>(std::count_if(
+        m_report.approximations.begin(), m_report.approximations.end(), [](const libPrepare::Approximation& each) {
+            return each.kind == libPrepare::Approximation::Kind::directionalLight && !each.nodeId.empty();
+        }));
 }
 
 struct MaterialChannel {
