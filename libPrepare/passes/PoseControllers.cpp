@@ -201,6 +201,38 @@ private:
         return layout != nullptr && layout->width() > 0 ? layout : nullptr;
     }
 
+    // What a morph adds to its base.
+    struct Blend {
+        struct Target {
+            const Shape* shape;
+            double weight;
+        };
+        std::vector<Target> targets; // each once
+        bool isRelative = false;
+
+        // @param valuesOf gives the values of a target; null or of another number if it has none that fit
+        template <class ValuesOf>
+        Values of(const Values& base, const ValuesOf& valuesOf) const
+        {
+            double rest = 1;
+            Values sum(base.size(), 0.0);
+            for (const Target& target : targets) {
+                const Values* const values = valuesOf(*target.shape);
+                if (values == nullptr || values->size() != base.size()) {
+                    continue;
+                }
+                rest -= isRelative ? 0 : target.weight;
+                for (std::size_t i = 0; i < sum.size(); ++i) {
+                    sum[i] += target.weight * (*values)[i];
+                }
+            }
+            for (std::size_t i = 0; i < sum.size(); ++i) {
+                sum[i] += rest * base[i];
+            }
+            return sum;
+        }
+    };
+
     void applyMorph(pugi::xml_node morph, Shape& shape)
     {
         pugi::xml_node targets;
@@ -221,18 +253,24 @@ private:
             m_document.lost(morph, "morph", "The weights of a morph are animated.",
                             "The mesh keeps one pose. Choose its time.");
         }
-        const std::vector<double> all = m_motion->values(layout->array, m_document.options().time);
-        struct Blended {
-            const Shape* shape;
-            double weight;
-        };
-        std::vector<Blended> others;
-        std::unordered_map<const Shape*, std::size_t> places; // among the others: a target may come more than once
+        Blend blend;
+        blend.targets = readTargets(morph, targets, *layout);
+        blend.isRelative = std::string_view(morph.attribute("method").value()) == "RELATIVE";
+        shape.positions = blend.of(shape.positions, [](const Shape& target) { return &target.positions; });
+        blendNormals(blend, shape);
+    }
+
+    // The targets that a morph names, with their weights.
+    std::vector<Blend::Target> readTargets(pugi::xml_node morph, pugi::xml_node names, const SourceLayout& weights)
+    {
+        const std::vector<double> all = m_motion->values(weights.array, m_document.options().time);
+        std::vector<Blend::Target> targets;
+        std::unordered_map<const Shape*, std::size_t> places; // among the targets: one may come more than once
         std::size_t place = 0;
-        for (const std::string& name : wordRecords(m_document, targets)) {
+        for (const std::string& name : wordRecords(m_document, names)) {
             const std::size_t at =
-                layout->offset + place * layout->stride + (layout->columns.empty() ? 0 : layout->columns.front());
-            if (place++ >= layout->count || at >= all.size()) {
+                weights.offset + place * weights.stride + (weights.columns.empty() ? 0 : weights.columns.front());
+            if (place++ >= weights.count || at >= all.size()) {
                 break;
             }
             const pugi::xml_node geometry = m_document.byId(name, {"geometry"});
@@ -245,52 +283,37 @@ private:
             if (isNew) {
                 known->second = std::make_unique<Shape>(shapeOf(geometry));
             }
-            const auto [other, isFirst] = places.try_emplace(known->second.get(), others.size());
+            const auto [target, isFirst] = places.try_emplace(known->second.get(), targets.size());
             if (isFirst) {
-                others.push_back({known->second.get(), all[at]});
+                targets.push_back({known->second.get(), all[at]});
             } else {
-                others[other->second].weight += all[at];
+                targets[target->second].weight += all[at];
             }
         }
-        const bool isRelative = std::string_view(morph.attribute("method").value()) == "RELATIVE";
-        const auto blend = [&](const Values& base, const auto& valuesOf) {
-            double rest = 1;
-            Values sum(base.size(), 0.0);
-            for (const Blended& other : others) {
-                const Values* const values = valuesOf(*other.shape);
-                if (values == nullptr || values->size() != base.size()) {
-                    continue;
-                }
-                rest -= isRelative ? 0 : other.weight;
-                for (std::size_t i = 0; i < sum.size(); ++i) {
-                    sum[i] += other.weight * (*values)[i];
-                }
-            }
-            for (std::size_t i = 0; i < sum.size(); ++i) {
-                sum[i] += rest * base[i];
-            }
-            return sum;
-        };
-        shape.positions = blend(shape.positions, [](const Shape& other) { return &other.positions; });
-        // Primitives often share their normals, and then those of the targets: they share the result, too.
+        return targets;
+    }
+
+    // Primitives often share their normals, and then those of the targets: they share the result, too.
+    void blendNormals(const Blend& blend, Shape& shape)
+    {
         std::map<std::vector<const Values*>, std::shared_ptr<const Values>> made;
         for (std::size_t i = 0; i < shape.normals.size(); ++i) {
             if (!shape.normals[i]) {
                 continue;
             }
             std::vector<const Values*> key = {shape.normals[i].get()};
-            const auto valuesOf = [&](const Shape& other) {
-                return i < other.normals.size() ? other.normals[i].get() : nullptr;
+            const auto valuesOf = [&](const Shape& target) {
+                return i < target.normals.size() ? target.normals[i].get() : nullptr;
             };
-            for (const Blended& other : others) {
-                key.push_back(valuesOf(*other.shape));
+            for (const Blend::Target& target : blend.targets) {
+                key.push_back(valuesOf(*target.shape));
             }
             std::shared_ptr<const Values>& blended = made[key];
             if (!blended) {
                 m_held.push_back(shape.normals[i]); // keeps the key's address from being used again
-                Values sum = blend(*shape.normals[i], valuesOf);
-                for (std::size_t k = 0; 3 * k < sum.size();
-                     ++k) { // the faces between them go by their directions alone
+                Values sum = blend.of(*shape.normals[i], valuesOf);
+                // The faces between them go by their directions alone.
+                for (std::size_t k = 0; 3 * k < sum.size(); ++k) {
                     put(sum, k, unit(record(sum, k)));
                 }
                 blended = std::make_shared<const Values>(std::move(sum));
