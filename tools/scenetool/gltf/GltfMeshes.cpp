@@ -87,6 +87,52 @@ std::vector<Attribute> attributesOf(const libVideo::Primitive& shown, Conversion
     return result;
 }
 
+// The vertices of a primitive as glTF has them.
+struct Vertices {
+    std::vector<unsigned char> bytes;
+    float low[3] = {infinity, infinity, infinity}; // of the positions
+    float high[3] = {-infinity, -infinity, -infinity};
+    std::size_t unreal = 0;        // numbers that became 0
+    std::size_t directionless = 0; // normals that became Z
+
+    static constexpr float infinity = std::numeric_limits<float>::infinity();
+};
+
+// @param stride of the result
+Vertices verticesOf(libVideo::Primitive& shown, const std::vector<Attribute>& attributes, std::size_t count,
+                    std::size_t stride)
+{
+    Vertices result;
+    result.bytes.resize(count * stride);
+    const std::size_t from = shown.bytesPerVertex();
+    const unsigned char* const source = shown.vertexBuffer().get();
+    for (std::size_t vertex = 0; vertex < count; ++vertex) {
+        for (const Attribute& attribute : attributes) {
+            unsigned char* const to = result.bytes.data() + vertex * stride + attribute.to;
+            std::memcpy(to, source + vertex * from + attribute.from, 4 * attribute.components);
+            for (std::size_t i = 0; i < attribute.components; ++i) {
+                float value = read(to + 4 * i);
+                if (!std::isfinite(value)) {
+                    ++result.unreal;
+                    write(to + 4 * i, value = 0.0f);
+                }
+                if (attribute.semantic == libVideo::SEMANTIC_POSITION) {
+                    result.low[i] = std::min(result.low[i], value);
+                    result.high[i] = std::max(result.high[i], value);
+                } else if (attribute.semantic == libVideo::SEMANTIC_COLOR) {
+                    write(to + 4 * i, i < 3 ? linearOf(value) : std::clamp(value, 0.0f, 1.0f));
+                } else if (attribute.semantic == libVideo::SEMANTIC_TEXCOORD && i == 1) {
+                    write(to + 4 * i, 1.0f - value); // glTF counts from the top of an image
+                }
+            }
+            if (attribute.semantic == libVideo::SEMANTIC_NORMAL && !normalize(to)) {
+                ++result.directionless;
+            }
+        }
+    }
+    return result;
+}
+
 } // namespace
 
 std::optional<std::size_t> GltfMeshes::mesh(const libVideo::Geometry& geometry)
@@ -121,45 +167,15 @@ std::optional<Json> GltfMeshes::primitive(libVideo::Primitive& shown)
         m_notes->add("primitive", "Primitives without vertices that have a position are left out.");
         return std::nullopt;
     }
-    std::vector<unsigned char> stream(count * stride);
-    const unsigned char* const source = shown.vertexBuffer().get();
-    float low[3];
-    float high[3];
-    std::fill(std::begin(low), std::end(low), std::numeric_limits<float>::infinity());
-    std::fill(std::begin(high), std::end(high), -std::numeric_limits<float>::infinity());
-    std::size_t unreal = 0;
-    std::size_t directionless = 0;
-    for (std::size_t vertex = 0; vertex < count; ++vertex) {
-        for (const Attribute& attribute : attributes) {
-            unsigned char* const to = stream.data() + vertex * stride + attribute.to;
-            std::memcpy(to, source + vertex * from + attribute.from, 4 * attribute.components);
-            for (std::size_t i = 0; i < attribute.components; ++i) {
-                float value = read(to + 4 * i);
-                if (!std::isfinite(value)) {
-                    ++unreal;
-                    write(to + 4 * i, value = 0.0f);
-                }
-                if (attribute.semantic == libVideo::SEMANTIC_POSITION) {
-                    low[i] = std::min(low[i], value);
-                    high[i] = std::max(high[i], value);
-                } else if (attribute.semantic == libVideo::SEMANTIC_COLOR) {
-                    write(to + 4 * i, i < 3 ? linearOf(value) : std::clamp(value, 0.0f, 1.0f));
-                } else if (attribute.semantic == libVideo::SEMANTIC_TEXCOORD && i == 1) {
-                    write(to + 4 * i, 1.0f - value); // glTF counts from the top of an image
-                }
-            }
-            if (attribute.semantic == libVideo::SEMANTIC_NORMAL && !normalize(to)) {
-                ++directionless;
-            }
-        }
+    const Vertices vertices = verticesOf(shown, attributes, count, stride);
+    if (vertices.unreal > 0) {
+        m_notes->add("number", "Numbers that are infinite or NaN are written as 0.", vertices.unreal);
     }
-    if (unreal > 0) {
-        m_notes->add("number", "Numbers that are infinite or NaN are written as 0.", unreal);
+    if (vertices.directionless > 0) {
+        m_notes->add("normal", "Normals without a direction are written as Z.", vertices.directionless);
     }
-    if (directionless > 0) {
-        m_notes->add("normal", "Normals without a direction are written as Z.", directionless);
-    }
-    const std::size_t view = m_document->addView(stream.data(), stream.size(), GltfDocument::vertices, stride);
+    const std::size_t view =
+        m_document->addView(vertices.bytes.data(), vertices.bytes.size(), GltfDocument::vertices, stride);
     Json result;
     for (const Attribute& attribute : attributes) {
         static constexpr const char* types[] = {"SCALAR", "VEC2", "VEC3", "VEC4"};
@@ -169,8 +185,8 @@ std::optional<Json> GltfMeshes::primitive(libVideo::Primitive& shown)
                          {"count", count},
                          {"type", types[attribute.components - 1]}};
         if (attribute.semantic == libVideo::SEMANTIC_POSITION) {
-            accessor["min"] = Json::array({low[0], low[1], low[2]});
-            accessor["max"] = Json::array({high[0], high[1], high[2]});
+            accessor["min"] = Json::array({vertices.low[0], vertices.low[1], vertices.low[2]});
+            accessor["max"] = Json::array({vertices.high[0], vertices.high[1], vertices.high[2]});
         }
         result["attributes"][attribute.name] = m_document->add("accessors", std::move(accessor));
     }
@@ -179,28 +195,36 @@ std::optional<Json> GltfMeshes::primitive(libVideo::Primitive& shown)
         result["mode"] = points;
         return result;
     }
-    const vesk::Array<unsigned>& corners = shown.indexBuffer();
-    const std::size_t cornerCount = corners.size() - corners.size() % 3;
-    if (cornerCount == 0 ||
-        std::any_of(corners.begin(), corners.end(), [&](unsigned index) { return index >= count; })) {
+    const std::optional<std::size_t> indices = addIndices(shown.indexBuffer(), count);
+    if (!indices) {
         m_notes->add("primitive", "Primitives without vertices that have a position are left out.");
         return std::nullopt;
     }
-    std::size_t indexView = 0;
-    GltfDocument::Component component = GltfDocument::unsignedInt;
-    if (count <= std::numeric_limits<std::uint16_t>::max()) { // the largest number is reserved for a restart
-        component = GltfDocument::unsignedShort;
-        const std::vector<std::uint16_t> narrow(corners.begin(), corners.begin() + cornerCount);
-        indexView = m_document->addView(narrow.data(), narrow.size() * sizeof narrow[0], GltfDocument::indices);
-    } else {
-        indexView = m_document->addView(&*corners.begin(), cornerCount * sizeof(unsigned), GltfDocument::indices);
-    }
-    result["indices"] = m_document->add("accessors", {{"bufferView", indexView},
-                                                      {"componentType", static_cast<unsigned>(component)},
-                                                      {"count", cornerCount},
-                                                      {"type", "SCALAR"}});
+    result["indices"] = *indices;
     result["material"] = m_materials->material(shown.material().data());
     return result;
+}
+
+std::optional<std::size_t> GltfMeshes::addIndices(const vesk::Array<unsigned>& corners, std::size_t vertexCount)
+{
+    const std::size_t count = corners.size() - corners.size() % 3;
+    if (count == 0 ||
+        std::any_of(corners.begin(), corners.end(), [&](unsigned index) { return index >= vertexCount; })) {
+        return std::nullopt;
+    }
+    std::size_t view = 0;
+    GltfDocument::Component component = GltfDocument::unsignedInt;
+    if (vertexCount <= std::numeric_limits<std::uint16_t>::max()) { // the largest number is reserved for a restart
+        component = GltfDocument::unsignedShort;
+        const std::vector<std::uint16_t> narrow(corners.begin(), corners.begin() + count);
+        view = m_document->addView(narrow.data(), narrow.size() * sizeof narrow[0], GltfDocument::indices);
+    } else {
+        view = m_document->addView(&*corners.begin(), count * sizeof(unsigned), GltfDocument::indices);
+    }
+    return m_document->add("accessors", {{"bufferView", view},
+                                         {"componentType", static_cast<unsigned>(component)},
+                                         {"count", count},
+                                         {"type", "SCALAR"}});
 }
 
 } // namespace scenetool

@@ -21,6 +21,8 @@ public:
 
 private:
     std::optional<GltfDocument::Json> primitive(libVideo::Primitive& shown);
+    // @return the index of the accessor; nothing if there is no triangle or a corner names no vertex
+    std::optional<std::size_t> addIndices(const vesk::Array<unsigned>& corners, std::size_t vertexCount);
 
     GltfDocument* m_document;
     GltfMaterials* m_materials;
