@@ -875,6 +875,17 @@ TEST_P(ScenetoolFailureTest, InfoPrintsOneLineOnStandardErrorAlone)
     EXPECT_TRUE(contains(result.errors, file.path() + GetParam().reason)) << result.errors;
 }
 
+TEST(ScenetoolPreparationTest, MessagesNameTheDocumentAndNotThePreparedFile)
+{
+    const TemporaryFile file(ColladaBuilder().text());
+    for (const std::string command : {"info", "dump"}) {
+        const ProcessResult result = scenetool({command, "--prepare", file.path()});
+        EXPECT_EQ(failed, result.status);
+        EXPECT_TRUE(contains(result.errors, "Collada file does not have a scene definition " + file.path() + '\n'))
+            << result.errors;
+    }
+}
+
 TEST_P(ScenetoolFailureTest, CheckSaysTheSame)
 {
     const TemporaryFile file(GetParam().document);

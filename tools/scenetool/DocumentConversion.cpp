@@ -34,7 +34,7 @@ ConversionResult convert(const std::string& in, const ConversionSettings& settin
             return result;
         }
     }
-    LoadedScene loaded(prepared ? prepared->path() : in);
+    LoadedScene loaded(in, prepared ? prepared->path() : in);
     if (!loaded.isLoaded()) {
         result.failure = loaded.fault();
         return result;

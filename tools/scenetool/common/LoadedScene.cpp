@@ -11,6 +11,18 @@
 
 namespace scenetool {
 
+namespace {
+
+std::string replaced(std::string text, const std::string& what, const std::string& by)
+{
+    for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size())) {
+        text.replace(at, what.size(), by);
+    }
+    return text;
+}
+
+} // namespace
+
 // Runs an action of the library, and stores what it throws in `m_failure`.
 template <class Action>
 bool LoadedScene::run(const Action& action)
@@ -31,16 +43,17 @@ bool LoadedScene::run(const Action& action)
     return false;
 }
 
-LoadedScene::LoadedScene(std::string file, const std::string& source) : m_file(std::move(file))
+LoadedScene::LoadedScene(std::string file, const std::string& source)
+    : m_file(std::move(file)), m_source(source.empty() ? m_file : source)
 {
     m_handlerBefore = vesk::LogFactory::setHandler(
         [this](const vesk::Logger& logger, vesk::LoggerPriority::LOGGER_PRIORITY priority, const vesk::String& text) {
-            m_log.push_back({logger.channel().data(), priority, text.data()});
+            m_log.push_back({logger.channel().data(), priority,
+                             m_source == m_file ? text.data() : replaced(text.data(), m_source, m_file)});
         });
-    const std::string& path = source.empty() ? m_file : source;
-    m_isLoaded = run([&] { return m_scene.createFromCollada(path.c_str()); });
+    m_isLoaded = run([&] { return m_scene.createFromCollada(m_source.c_str()); });
     if (!m_isLoaded && !m_failure) {
-        findRefusal(path);
+        findRefusal();
     }
     listNodes();
 }
@@ -66,9 +79,9 @@ std::string LoadedScene::faultLine() const
 }
 
 // Asks libPrepare for the reason, because the library logs the same message for all documents that it refuses.
-void LoadedScene::findRefusal(const std::string& path)
+void LoadedScene::findRefusal()
 {
-    const libPrepare::Report report = libPrepare::inspect(path);
+    const libPrepare::Report report = libPrepare::inspect(m_source);
     if (const libPrepare::Finding* const found = report.first(libPrepare::Outcome::refused)) {
         m_refusal = *found;
         return;

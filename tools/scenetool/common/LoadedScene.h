@@ -30,7 +30,8 @@ struct Failure {
 class LoadedScene {
 public:
     /// Loads the document. Exceptions of the library do not leave the constructor.
-    /// @param source the file that is loaded instead, such as the prepared document; empty for none
+    /// @param source the file that is loaded instead, such as the prepared document, which messages do not name; empty
+    ///     for none
     explicit LoadedScene(std::string file, const std::string& source = {});
     ~LoadedScene();
     LoadedScene(const LoadedScene&) = delete;
@@ -63,10 +64,11 @@ public:
 private:
     template <class Action>
     bool run(const Action& action);
-    void findRefusal(const std::string& path);
+    void findRefusal();
     void listNodes();
 
     std::string m_file;
+    std::string m_source;
     bool m_isLoaded = false;
     std::optional<Failure> m_failure;
     std::optional<libPrepare::Finding> m_refusal;

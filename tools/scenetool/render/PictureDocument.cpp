@@ -31,15 +31,6 @@ private:
     std::vector<std::pair<std::string, unsigned>> m_counts;
 };
 
-std::string replaced(std::string text, const std::string& what, const std::string& by)
-{
-    for (std::size_t at = what.empty() ? std::string::npos : text.find(what); at != std::string::npos;
-         at = text.find(what, at + by.size())) {
-        text.replace(at, what.size(), by);
-    }
-    return text;
-}
-
 // The library logs a message for each camera or spot light without a node to look at, although these are common.
 bool isOrdinary(const LogLine& line)
 {
@@ -69,7 +60,7 @@ PictureDocument::PictureDocument(std::string file, const std::filesystem::path& 
     m_madeNormals.insert(m_report.madeNormals.begin(), m_report.madeNormals.end());
     m_preparedFile = prepared.string();
     if (m_report.done) {
-        m_loaded.emplace(m_preparedFile);
+        m_loaded.emplace(m_file, m_preparedFile);
     }
     std::error_code error;
     std::filesystem::remove(prepared, error);
@@ -90,7 +81,7 @@ std::string PictureDocument::fault() const
     if (m_loaded->failure()) {
         return "the load failed with " + m_loaded->failure()->type + ": " + m_loaded->failure()->message;
     }
-    return m_loaded->log().empty() ? "does not load" : replaced(m_loaded->log().back().text, m_preparedFile, m_file);
+    return m_loaded->log().empty() ? "does not load" : m_loaded->log().back().text;
 }
 
 const libPrepare::Approximation* PictureDocument::approximation(libPrepare::Approximation::Kind kind,
@@ -153,7 +144,7 @@ std::vector<std::string> PictureDocument::notes() const
         if (isOrdinary(line)) {
             continue;
         }
-        messages.add("[" + line.channel + "] " + replaced(line.text, m_preparedFile, m_file));
+        messages.add("[" + line.channel + "] " + line.text);
     }
     std::vector<std::string> lines;
     for (const auto& [text, count] : messages.all()) {
