@@ -42,13 +42,21 @@ public:
     /// A bit for each byte, the lowest for the first: whether it is a blank or a line end.
     std::uint64_t blanks() const
     {
-        std::uint64_t result = 0;
-        for (std::size_t i = 0; i < size / sizeof(Part); ++i) {
-            const Part part = m_parts[i];
-            const Part isBlank = (part == all(' ')) | (part == all('\n')) | (part == all('\t')) | (part == all('\r'));
-            result |= bitsOf(isBlank) << (i * sizeof(Part));
-        }
-        return result;
+        return bits([](Part part) {
+            return (part == all(' ')) | (part == all('\n')) | (part == all('\t')) | (part == all('\r'));
+        });
+    }
+
+    /// As `blanks`: whether it is a digit.
+    std::uint64_t digits() const
+    {
+        return bits([](Part part) { return (part >= all('0')) & (part <= all('9')); });
+    }
+
+    /// As `blanks`: whether it is this character.
+    std::uint64_t places(char character) const
+    {
+        return bits([&](Part part) { return part == all(character); });
     }
 
 private:
@@ -58,6 +66,16 @@ private:
     {
         const auto byte = static_cast<signed char>(c);
         return Part{byte, byte, byte, byte, byte, byte, byte, byte, byte, byte, byte, byte, byte, byte, byte, byte};
+    }
+
+    template <class Test>
+    std::uint64_t bits(const Test& test) const
+    {
+        std::uint64_t result = 0;
+        for (std::size_t i = 0; i < size / sizeof(Part); ++i) {
+            result |= bitsOf(test(m_parts[i])) << (i * sizeof(Part));
+        }
+        return result;
     }
 
     // A bit for each byte of a mask.

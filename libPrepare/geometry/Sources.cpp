@@ -76,11 +76,9 @@ struct NumberCensus {
     bool isFinite = true;
 };
 
-// Counts the entries of a list of numbers, without working out their values where their form alone says that they are
-// finite: big meshes are checked this way.
-NumberCensus takeCensus(std::string_view list)
+// Counts entries one by one, without working out their values where their form alone says that they are finite.
+void countEach(std::string_view list, NumberCensus& result)
 {
-    NumberCensus result;
     forEachWord(list, [&](const char* const start, const char* const end) {
         ++result.words;
         const char* at = start + (*start == '-' ? 1 : 0);
@@ -102,6 +100,49 @@ NumberCensus takeCensus(std::string_view list)
         }
         return true;
     });
+}
+
+// Whether the words in a block are numbers without an exponent, which are finite as they are no longer than it.
+// @param inside the bytes of the words, which all end in the block
+// @param starts their first bytes
+bool arePlain(const ByteBlock& block, std::uint64_t inside, std::uint64_t starts)
+{
+    const std::uint64_t digits = block.digits() & inside;
+    const std::uint64_t points = block.places('.') & inside;
+    const std::uint64_t signs = inside & ~(digits | points);
+    const std::uint64_t fractions = points << 1;
+    // A sum runs from the first digit of a fraction to what comes after the last one.
+    const std::uint64_t ends = (digits + (fractions & digits)) | fractions;
+    const bool areSigns = (signs & ~(block.places('-') & starts)) == 0 && (signs << 1 & ~(digits | points)) == 0;
+    const bool haveDigits = (points & ~(digits << 1) & ~(digits >> 1)) == 0;
+    return areSigns && haveDigits && (ends & points) == 0;
+}
+
+// Counts the entries of a list of numbers: big meshes are checked this way.
+NumberCensus takeCensus(std::string_view list)
+{
+    NumberCensus result;
+    while (list.size() >= ByteBlock::size) {
+        const ByteBlock block(list.data());
+        const std::uint64_t blanks = block.blanks();
+        if (blanks == 0) { // a long word
+            const std::size_t end = std::min(list.find_first_of(" \n\t\r", ByteBlock::size), list.size());
+            countEach(list.substr(0, end), result);
+            list.remove_prefix(end);
+            continue;
+        }
+        const int last = 63 - __builtin_clzll(blanks);
+        const std::uint64_t inside = ~blanks & ((std::uint64_t(1) << last) - 1);
+        const std::uint64_t starts = inside & ~(inside << 1);
+        const auto size = static_cast<std::size_t>(last);
+        if (arePlain(block, inside, starts)) {
+            result.words += static_cast<std::size_t>(__builtin_popcountll(starts));
+        } else {
+            countEach(list.substr(0, size), result);
+        }
+        list.remove_prefix(size + 1);
+    }
+    countEach(list, result);
     return result;
 }
 
