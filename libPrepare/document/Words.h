@@ -8,32 +8,76 @@
 
 namespace libPrepare {
 
-/// Calls `use` with the begin and the end of each word of a list until it returns false.
-template <class Use>
-void forEachWord(std::string_view list, const Use& use)
-{
-    const char* const end = list.data() + list.size();
-    const char* start = list.data(); // of the next word
-    const char* at = start;
-    for (; end - at >= static_cast<std::ptrdiff_t>(ByteBlock::size); at += ByteBlock::size) {
-        for (std::uint64_t blanks = ByteBlock(at).blanks(); blanks != 0; blanks &= blanks - 1) {
-            const char* const blank = at + __builtin_ctzll(blanks);
-            if (blank != start && !use(start, blank)) {
-                return;
+/// Takes the words of a list one after the other.
+class WordReader {
+public:
+    explicit WordReader(std::string_view list)
+        : m_end(list.data() + list.size()), m_block(list.data()), m_following(m_block), m_start(m_block)
+    {}
+
+    /// Goes to the next word, which is the first one at first. @return false if there is none
+    bool next()
+    {
+        const char* start = m_following;
+        while (true) {
+            for (; m_blanks == 0; findBlanks()) {
+                if (m_block == m_end) {
+                    return take(start, m_end, m_end);
+                }
+            }
+            const char* const blank = m_base + __builtin_ctzll(m_blanks);
+            m_blanks &= m_blanks - 1;
+            if (blank != start) {
+                return take(start, blank, blank + 1);
             }
             start = blank + 1;
         }
     }
-    for (; at != end; ++at) {
-        if (isBlank(*at)) {
-            if (at != start && !use(start, at)) {
-                return;
-            }
-            start = at + 1;
+
+    /// At most so many words are left.
+    std::size_t left() const { return static_cast<std::size_t>(m_end - m_following + 1) / 2; }
+
+    const char* start() const { return m_start; }
+    const char* end() const { return m_wordEnd; }
+
+private:
+    bool take(const char* start, const char* end, const char* following)
+    {
+        m_start = start;
+        m_wordEnd = end;
+        m_following = following;
+        return start != end;
+    }
+
+    // Of the next block.
+    void findBlanks()
+    {
+        m_base = m_block;
+        if (m_end - m_block >= static_cast<std::ptrdiff_t>(ByteBlock::size)) {
+            m_blanks = ByteBlock(m_block).blanks();
+            m_block += ByteBlock::size;
+            return;
+        }
+        for (; m_block != m_end; ++m_block) {
+            m_blanks |= std::uint64_t(isBlank(*m_block)) << (m_block - m_base);
         }
     }
-    if (start != end) {
-        use(start, end);
+
+    const char* m_end;
+    const char* m_block;          // what was not looked at yet
+    const char* m_base = nullptr; // of the blanks
+    std::uint64_t m_blanks = 0;   // that were not passed yet
+    const char* m_following;      // after the word and its blank
+    const char* m_start;
+    const char* m_wordEnd = nullptr;
+};
+
+/// Calls `use` with the begin and the end of each word of a list until it returns false.
+template <class Use>
+void forEachWord(std::string_view list, const Use& use)
+{
+    WordReader words(list);
+    while (words.next() && use(words.start(), words.end())) {
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <libPrepare/document/Numbers.h>
 #include <libPrepare/document/Words.h>
+#include <libPrepare/geometry/IndexReader.h>
 
 #include <algorithm>
 #include <charconv>
@@ -16,59 +17,6 @@ namespace {
 bool isDigit(char character)
 {
     return character >= '0' && character <= '9';
-}
-
-// Reads up to eight digits at once.
-// @param before where bytes can be read from; the result is false if eight bytes before the end are not among these
-bool readFewDigits(const char* before, const char* start, const char* end, std::uint64_t& value)
-{
-#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
-    std::uint64_t word = 0;
-    constexpr std::ptrdiff_t most = sizeof word;
-    if (end - start > most || end - before < most) {
-        return false;
-    }
-    std::memcpy(&word, end - most, sizeof word);
-    word ^= 0x3030303030303030U;                               // digits become their values
-    word &= ~std::uint64_t(0) << (8 * (most - (end - start))); // zeros before them
-    if (((word | (word + 0x7676767676767676U)) & 0x8080808080808080U) != 0) {
-        return false;
-    }
-    word = (word * 10 + (word >> 8)) & 0x00FF00FF00FF00FFU;
-    word = (word * 100 + (word >> 16)) & 0x0000FFFF0000FFFFU;
-    value = (word * 10'000 + (word >> 32)) & 0xFFFFFFFFU;
-    return true;
-#else
-    static_cast<void>(before), static_cast<void>(start), static_cast<void>(end), static_cast<void>(value);
-    return false;
-#endif
-}
-
-// -1 for what is no whole number from 0 below 2^31.
-std::int32_t indexOf(const char* start, const char* end)
-{
-    constexpr std::uint64_t limit = std::uint64_t(1) << 31;
-    constexpr std::ptrdiff_t maxDigits = 18; // of a number that cannot overflow
-    start = std::find_if(start, end - 1, [](char digit) { return digit != '0'; });
-    if (end - start > maxDigits || !std::all_of(start, end, isDigit)) {
-        return -1;
-    }
-    std::uint64_t value = 0;
-    for (const char* at = start; at != end; ++at) {
-        value = 10 * value + static_cast<std::uint64_t>(*at - '0');
-    }
-    return value < limit ? static_cast<std::int32_t>(value) : -1;
-}
-
-// Calls `use` with each entry of an index list until it says that it has enough.
-template <class Use>
-void forEachIndex(std::string_view text, const Use& use)
-{
-    forEachWord(text, [&](const char* start, const char* end) {
-        std::uint64_t value = 0;
-        return use(readFewDigits(text.data(), start, end, value) ? static_cast<std::int32_t>(value)
-                                                                 : indexOf(start, end));
-    });
 }
 
 struct NumberCensus {
@@ -233,8 +181,13 @@ const std::vector<double>& Sources::values(const SourceLayout& layout)
     if (m_valuesOf && m_valuesOf == layout.source) {
         return m_values;
     }
-    const std::vector<double> all = numbersOf(layout.array);
+    std::vector<double> all = numbersOf(layout.array);
     m_valuesOf = layout.source;
+    if (layout.isDense()) {
+        m_values = std::move(all);
+        m_values.resize(layout.count * layout.width());
+        return m_values;
+    }
     m_values.clear();
     m_values.reserve(layout.count * layout.width());
     for (std::size_t record = 0; record < layout.count; ++record) {
@@ -347,10 +300,10 @@ std::vector<std::int32_t> indices(std::string_view text)
 {
     std::vector<std::int32_t> result;
     result.reserve(text.size() / 4);
-    forEachIndex(text, [&](std::int32_t index) {
-        result.push_back(index);
-        return true;
-    });
+    IndexReader entries(text);
+    while (entries.next()) {
+        result.push_back(entries.index());
+    }
     return result;
 }
 
@@ -363,10 +316,9 @@ ColumnCensus censusOf(std::string_view text, std::size_t stride, std::size_t tup
     std::int32_t* const greatest = result.greatest.data(); // a copy, which stays in a register
     std::size_t column = 0;
     std::size_t left = tuples;
-    forEachIndex(text, [&](std::int32_t index) {
-        if (left == 0) {
-            return false;
-        }
+    IndexReader entries(text);
+    while (left > 0 && entries.next()) {
+        const std::int32_t index = entries.index();
         if (index < 0) {
             result.hasInvalid[column] = true;
         }
@@ -375,8 +327,7 @@ ColumnCensus censusOf(std::string_view text, std::size_t stride, std::size_t tup
             column = 0;
             --left;
         }
-        return true;
-    });
+    }
     result.tuples = tuples - left;
     return result;
 }

@@ -23,6 +23,8 @@ struct SourceLayout {
     bool isFinite = true;             ///< Every entry of the array is a finite number.
 
     std::size_t width() const { return columns.size(); }
+    /// Whether the records are all that the array holds, or its begin.
+    bool isDense() const { return offset == 0 && width() == stride; }
 };
 
 /// What the first `tuples` whole tuples of an index list name, column by column.

@@ -169,6 +169,43 @@ Tessellator::Result Tessellator::triangulate(const Polygon& polygon, std::vector
     return Result::tooLong;
 }
 
+bool Tessellator::isClearlyFan(const std::vector<Vector3>& points)
+{
+    constexpr std::size_t mostCorners = 16;
+    constexpr double margin = 1e-6; // far more than these corners have rounding errors
+    constexpr double least = 1e-30; // sizes whose fourth power is a plain number
+    constexpr double greatest = 1e30;
+    if (points.size() > mostCorners) {
+        return false;
+    }
+    std::array<Vector3, mostCorners> parts; // the normals of the triangles, each as long as twice its area
+    Vector3 normal{};
+    double extent = 0;
+    Vector3 before{};
+    for (std::size_t i = 1; i < points.size(); ++i) {
+        Vector3 corner{};
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            corner[axis] = points[i][axis] - points[0][axis];
+            extent = std::max(extent, std::abs(corner[axis]));
+        }
+        parts[i] = cross(before, corner);
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            normal[axis] += parts[i][axis];
+        }
+        before = corner;
+    }
+    const double size = dot(normal, normal);
+    if (!(extent > least && extent < greatest && size > margin * extent * extent * extent * extent)) {
+        return false;
+    }
+    for (std::size_t i = 2; i < points.size(); ++i) {
+        if (!(dot(parts[i], normal) > margin * size)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 // Of the pairs, or of the steps once these run out.
 bool Tessellator::takePairs(std::uint64_t pairs)
 {

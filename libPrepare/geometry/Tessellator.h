@@ -43,6 +43,9 @@ public:
     /// Appends three corner numbers for each triangle, in the direction of the outer loop. Polygons that a fan from
     /// their first corner fills get that fan, and the others whatever fits.
     Result triangulate(const Polygon& polygon, std::vector<std::size_t>& triangles);
+    /// Whether a polygon of one loop is so far from being flat and from having a corner that turns back that `triangulate`
+    /// gives it a fan, whatever the rounding: a quick answer for most polygons.
+    static bool isClearlyFan(const std::vector<Vector3>& points);
 
 private:
     struct Glu;

@@ -1,11 +1,14 @@
 #include "Passes.h"
 
 #include <libPrepare/document/Numbers.h>
+#include <libPrepare/geometry/IndexReader.h>
 #include <libPrepare/geometry/Sources.h>
 #include <libPrepare/geometry/Tessellator.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
+#include <cstring>
 #include <numeric>
 
 namespace libPrepare {
@@ -86,6 +89,12 @@ public:
     }
 
 private:
+    // The text of a corner.
+    struct Span {
+        const char* start = nullptr;
+        const char* end = nullptr;
+    };
+
     bool isShown(const std::int32_t* corner) const
     {
         const std::int32_t index = corner[m_vertexOffset];
@@ -133,19 +142,29 @@ private:
 
     void appendTriangle(std::size_t a, std::size_t b, std::size_t c)
     {
-        if (m_count == 0) { // no earlier, since an offset may be huge, but not that of a corner
-            m_greatest.assign(m_stride, -1);
-            m_hasInvalid.assign(m_stride, false);
-        }
         for (const std::size_t index : {a, b, c}) {
             const std::int32_t* const entries = corner(index);
             for (std::size_t i = 0; i < m_stride; ++i) {
                 appendEntry(m_text, entries[i]);
-                m_greatest[i] = std::max(m_greatest[i], entries[i]);
-                m_hasInvalid[i] = m_hasInvalid[i] || entries[i] < 0;
             }
+            count(entries);
         }
         ++m_count;
+    }
+
+    // Takes the entries of a corner that is written into the census.
+    void count(const std::int32_t* entries)
+    {
+        if (m_greatest.empty()) { // no earlier, since an offset may be huge, but not that of a corner
+            m_greatest.assign(m_stride, -1);
+            m_hasInvalid.assign(m_stride, false);
+        }
+        for (std::size_t i = 0; i < m_stride; ++i) {
+            m_greatest[i] = std::max(m_greatest[i], entries[i]);
+            if (entries[i] < 0) {
+                m_hasInvalid[i] = true;
+            }
+        }
     }
 
     // `<p>` of which the first counts alone, a count that is another, and faces that cannot be shown.
@@ -216,30 +235,80 @@ private:
 
     void readPolylist()
     {
-        for (const pugi::xml_node list : m_element.children("p")) {
-            readTuples(list);
-        }
-        const std::size_t held = m_tuples.size() / m_stride;
         std::string scratch;
-        const std::vector<long long> counts = integers(textOf(m_element.child("vcount"), scratch));
-        m_faces = counts.size();
-        m_text.reserve(held * m_stride * 8);
-        std::size_t start = 0;
+        IndexReader entries(joinedLists(scratch));
+        std::string countScratch;
+        WordReader counts(textOf(m_element.child("vcount"), countScratch));
         bool isOnlyTriangles = true;
-        for (const long long count : counts) {
-            const std::size_t length = static_cast<std::size_t>(std::max(count, 0LL));
+        while (counts.next()) {
+            ++m_faces;
+            long long count = -1;
+            const std::from_chars_result read = std::from_chars(counts.start(), counts.end(), count);
+            const bool isWhole = read.ptr == counts.end() && read.ec == std::errc();
+            const std::size_t length = isWhole ? static_cast<std::size_t>(std::max(count, 0LL)) : 0;
             isOnlyTriangles = isOnlyTriangles && length == 3;
-            const bool isHeld = length <= held - start;
-            if (length < 3 || !isHeld) {
+            if (!readFace(entries, length) || length < 3) {
                 ++m_rejects.small;
             } else {
                 m_lengths.assign(1, length);
-                appendFace(start);
+                appendFace();
             }
-            start = isHeld ? start + length : held;
         }
         m_keepsList = isOnlyTriangles && m_rejects.all() == 0 && m_element.child("p") &&
-                      !m_element.child("p").next_sibling("p") && start == held;
+                      !m_element.child("p").next_sibling("p") && !readFace(entries, 1);
+    }
+
+    // The text of `<p>`, or the whole tuples of all of them.
+    std::string_view joinedLists(std::string& scratch)
+    {
+        const pugi::xml_node list = m_element.child("p");
+        std::string_view text = textOf(list, scratch);
+        if (list.next_sibling("p")) {
+            for (const pugi::xml_node each : m_element.children("p")) {
+                readTuples(each);
+            }
+            scratch.clear();
+            for (const std::int32_t entry : m_tuples) {
+                appendEntry(scratch, entry);
+            }
+            text = scratch;
+        }
+        m_text.reserve(text.size() + text.size() / 2); // which quads take
+        return text;
+    }
+
+    // Reads the corners of a face to m_tuples, and where they are in the text. @return false if the list ends before
+    bool readFace(IndexReader& entries, std::size_t length)
+    {
+        IndexReader reader = entries; // a copy, which stays in registers
+        if (length > reader.left() / m_stride) {
+            entries = IndexReader({});
+            return false;
+        }
+        m_tuples.resize(length * m_stride);
+        m_spans.resize(length);
+        bool isPlain = true;
+        const char* following = nullptr; // where the next entry starts if there is one blank before it
+        std::int32_t* tuple = m_tuples.data();
+        for (Span& span : m_spans) {
+            for (std::size_t i = 0; i < m_stride; ++i) {
+                if (!reader.next()) {
+                    entries = reader;
+                    return false;
+                }
+                const char* const start = reader.start();
+                const std::int32_t index = reader.index();
+                *tuple++ = index;
+                isPlain = isPlain && index >= 0 && (*start != '0' || reader.end() - start == 1) &&
+                          (following == nullptr || (start == following && following[-1] == ' '));
+                span.start = i == 0 ? start : span.start;
+                following = reader.end() + 1;
+            }
+            span.end = reader.end();
+        }
+        m_isPlainText = isPlain;
+        entries = reader;
+        return true;
     }
 
     void readPolygons()
@@ -251,6 +320,7 @@ private:
             }
             ++m_faces;
             m_tuples.clear();
+            m_isPlainText = false;
             m_lengths.clear();
             if (!hasHoles) {
                 m_lengths.push_back(readTuples(face));
@@ -263,40 +333,42 @@ private:
             if (m_lengths.empty() || *std::min_element(m_lengths.begin(), m_lengths.end()) < 3) {
                 ++m_rejects.small;
             } else {
-                appendFace(0);
+                appendFace();
             }
         }
     }
 
-    // A face with loops of m_lengths corners from `start` on.
-    void appendFace(std::size_t start)
+    // A face with loops of m_lengths corners.
+    void appendFace()
     {
         const std::size_t corners = std::accumulate(m_lengths.begin(), m_lengths.end(), std::size_t(0));
-        if (!areShown(start, corners)) {
+        if (!areShown(0, corners)) {
             ++m_rejects.outside;
             return;
         }
         if (corners == 3) {
-            appendTriangle(start, start + 1, start + 2);
+            appendFan(corners);
+            return;
+        }
+        m_polygon.points.resize(corners);
+        for (std::size_t i = 0; i < corners; ++i) {
+            m_polygon.points[i] = point(corner(i));
+        }
+        if (m_lengths.size() == 1 && Tessellator::isClearlyFan(m_polygon.points)) {
+            appendFan(corners);
             return;
         }
         m_polygon.lengths = m_lengths;
-        m_polygon.points.clear();
-        for (std::size_t i = 0; i < corners; ++i) {
-            m_polygon.points.push_back(point(corner(start + i)));
-        }
-        m_polygon.tuples = corner(start);
+        m_polygon.tuples = m_tuples.data();
         m_polygon.stride = m_stride;
         m_triangles.clear();
         switch (m_tessellator.triangulate(m_polygon, m_triangles)) {
         case Tessellator::Result::flat:
-            if (m_lengths.size() > 1 || !hasThreeVertices(start, corners)) {
+            if (m_lengths.size() > 1 || !hasThreeVertices(corners)) {
                 ++m_rejects.flat;
                 return;
             }
-            for (std::size_t i = 1; i + 1 < corners; ++i) { // a morph or a skin may give it an area
-                m_triangles.insert(m_triangles.end(), {0, i, i + 1});
-            }
+            appendFan(corners); // a morph or a skin may give it an area
             break;
         case Tessellator::Result::tooLong:
             ++m_rejects.tooLong;
@@ -305,15 +377,41 @@ private:
             break;
         }
         for (std::size_t i = 0; i + 2 < m_triangles.size(); i += 3) {
-            appendTriangle(start + m_triangles[i], start + m_triangles[i + 1], start + m_triangles[i + 2]);
+            appendTriangle(m_triangles[i], m_triangles[i + 1], m_triangles[i + 2]);
         }
     }
 
-    bool hasThreeVertices(std::size_t start, std::size_t corners) const
+    void appendFan(std::size_t corners)
     {
-        const std::int32_t first = corner(start)[m_vertexOffset];
+        if (!m_isPlainText) {
+            for (std::size_t i = 1; i + 1 < corners; ++i) {
+                appendTriangle(0, i, i + 1);
+            }
+            return;
+        }
+        for (std::size_t i = 0; i < corners; ++i) {
+            count(corner(i));
+        }
+        for (std::size_t i = 1; i + 1 < corners; ++i) {
+            appendText(m_spans[0].start, m_spans[0].end);
+            appendText(m_spans[i].start, m_spans[i + 1].end);
+        }
+        m_count += corners - 2;
+    }
+
+    void appendText(const char* start, const char* end)
+    {
+        if (!m_text.empty()) {
+            m_text += ' ';
+        }
+        m_text.append(start, static_cast<std::size_t>(end - start));
+    }
+
+    bool hasThreeVertices(std::size_t corners) const
+    {
+        const std::int32_t first = corner(0)[m_vertexOffset];
         std::int32_t second = first;
-        for (std::size_t i = start; i < start + corners; ++i) {
+        for (std::size_t i = 0; i < corners; ++i) {
             const std::int32_t vertex = corner(i)[m_vertexOffset];
             if (second == first) {
                 second = vertex;
@@ -416,6 +514,8 @@ private:
 
     std::vector<std::int32_t> m_tuples;
     std::vector<std::size_t> m_lengths; // of the face at hand
+    std::vector<Span> m_spans;          // of its corners
+    bool m_isPlainText = false;         // these are one run, written as it would be
     Polygon m_polygon;
     std::vector<std::size_t> m_triangles;
 
