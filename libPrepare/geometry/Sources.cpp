@@ -138,8 +138,8 @@ std::optional<SourceLayout> Sources::read(pugi::xml_node source)
     SourceLayout layout;
     layout.source = source;
     layout.accessor = descend(source, "technique_common/accessor");
-    layout.array = m_document.resolve(layout.accessor.attribute("source").value(),
-                                      {"float_array", "int_array", "Name_array", "IDREF_array", "bool_array"});
+    layout.array = resolveNear(m_document, layout.accessor.attribute("source").value(),
+                               {"float_array", "int_array", "Name_array", "IDREF_array", "bool_array"}, source);
     if (!is(layout.array, "float_array") && !is(layout.array, "int_array")) {
         return std::nullopt;
     }
@@ -254,20 +254,39 @@ const Input* firstInput(const std::vector<Input>& inputs, std::string_view seman
     return found == inputs.end() ? nullptr : &*found;
 }
 
+pugi::xml_node resolveNear(Document& document, std::string_view reference, std::initializer_list<const char*> kinds,
+                           pugi::xml_node parent)
+{
+    constexpr unsigned mostChildren = 24;
+    if (reference.size() > 1 && reference.front() == '#' && document.areIdsUnique()) {
+        const std::string_view id = reference.substr(1);
+        pugi::xml_node child = parent.first_child();
+        for (unsigned i = 0; i < mostChildren && child; ++i, child = child.next_sibling()) {
+            const bool isOfKind =
+                std::any_of(kinds.begin(), kinds.end(), [&](const char* kind) { return is(child, kind); });
+            if (isOfKind && id == child.attribute("id").value()) {
+                return child;
+            }
+        }
+    }
+    return document.resolve(reference, kinds);
+}
+
 const SourceLayout* positionsOf(Document& document, Sources& sources, const std::vector<Input>& inputs)
 {
     const Input* const vertex = firstInput(inputs, "VERTEX");
     if (vertex == nullptr) {
         return nullptr;
     }
-    const pugi::xml_node vertices = document.resolve(vertex->element.attribute("source").value(), {"vertices"});
+    const pugi::xml_node vertices = resolveNear(document, vertex->element.attribute("source").value(), {"vertices"},
+                                                vertex->element.parent().parent());
     const std::vector<Input> inner = inputsOf(vertices);
     const Input* const position = firstInput(inner, "POSITION");
     if (position == nullptr) {
         return nullptr;
     }
-    const SourceLayout* const layout =
-        sources.find(document.resolve(position->element.attribute("source").value(), {"source"}));
+    const SourceLayout* const layout = sources.find(
+        resolveNear(document, position->element.attribute("source").value(), {"source"}, vertices.parent()));
     return layout != nullptr && layout->width() >= 2 ? layout : nullptr;
 }
 

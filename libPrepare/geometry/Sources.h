@@ -82,6 +82,10 @@ std::vector<Input> inputsOf(pugi::xml_node element);
 std::size_t strideOf(const std::vector<Input>& inputs);
 /// The first input with a semantic; null if there is none.
 const Input* firstInput(const std::vector<Input>& inputs, std::string_view semantic);
+/// As `Document::resolve`, but looks among the first children of an element before: the references in a mesh mostly lead
+/// to its own children.
+pugi::xml_node resolveNear(Document& document, std::string_view reference, std::initializer_list<const char*> kinds,
+                           pugi::xml_node parent);
 /// The positions that a primitive's corners name; null if there are none.
 const SourceLayout* positionsOf(Document& document, Sources& sources, const std::vector<Input>& inputs);
 

@@ -206,11 +206,16 @@ private:
         }
     }
 
+    pugi::xml_node verticesOf(pugi::xml_node vertex)
+    {
+        return resolveNear(m_document, vertex.attribute("source").value(), {"vertices"}, vertex.parent().parent());
+    }
+
     // Makes an input VERTEX that leads to another <vertices> of a mesh lead to the first. The plan has its inputs already.
     // @return false if the positions of the two differ
     bool nameFirstVertices(pugi::xml_node vertex, const SourceLayout& positions)
     {
-        const pugi::xml_node own = m_document.resolve(vertex.attribute("source").value(), {"vertices"});
+        const pugi::xml_node own = verticesOf(vertex);
         const pugi::xml_node first = own.parent().child("vertices");
         if (own == first) {
             return true;
@@ -245,7 +250,7 @@ private:
             }
             plan.push_back(std::move(planned));
         }
-        const pugi::xml_node vertices = m_document.resolve(vertex->element.attribute("source").value(), {"vertices"});
+        const pugi::xml_node vertices = verticesOf(vertex->element);
         m_vertices.emplace(vertices.hash_value(), vertices);
         std::size_t moved = 0;
         bool hasPosition = false;
@@ -302,7 +307,8 @@ private:
             }
             return false;
         }
-        input.layout = m_sources.find(m_document.resolve(input.reference, {"source"}));
+        const pugi::xml_node body = isPoint ? where.parent() : where.parent().parent();
+        input.layout = m_sources.find(resolveNear(m_document, input.reference, {"source"}, body));
         const std::size_t least = isPoint && input.semantic == "POSITION" ? 2 : 1; // values, as for positions of faces
         if (input.layout == nullptr || input.layout->width() < least || input.layout->count == 0) {
             if (m_reported.insert(where.hash_value()).second) {
@@ -412,8 +418,6 @@ private:
         const std::size_t stride = strideOf(inputs);
         const std::size_t corners = 3 * wholeOr(element.attribute("count").value(), 0);
         const pugi::xml_node list = element.child("p");
-        std::string scratch;
-        const std::string_view text = textOf(list, scratch);
         const ColumnCensus census = m_sources.census(list, stride, corners);
 
         std::map<std::size_t, std::size_t> limits; // by offset: records that the longest of its sources has
@@ -458,6 +462,8 @@ private:
         if (isSame || !list) {
             return false;
         }
+        std::string scratch;
+        const std::string_view text = textOf(list, scratch);
         const std::vector<std::int32_t> entries = indices(text);
         std::string result;
         result.reserve(text.size());
@@ -494,9 +500,17 @@ private:
         }
     }
 
-    void write(pugi::xml_node element, const std::vector<Input>& inputs, const std::vector<PlannedInput>& plan)
+    // Takes out the inputs that are not planned.
+    static void dropOthers(pugi::xml_node element, const std::vector<Input>& inputs,
+                           const std::vector<PlannedInput>& plan)
     {
         std::unordered_set<std::size_t> kept;
+        if (plan.size() == inputs.size() &&
+            std::equal(plan.begin(), plan.end(), inputs.begin(), [](const PlannedInput& planned, const Input& input) {
+                return planned.element == input.element;
+            })) {
+            return; // as mostly
+        }
         for (const PlannedInput& planned : plan) {
             kept.insert(planned.element.hash_value());
         }
@@ -505,6 +519,11 @@ private:
                 element.remove_child(input.element);
             }
         }
+    }
+
+    void write(pugi::xml_node element, const std::vector<Input>& inputs, const std::vector<PlannedInput>& plan)
+    {
+        dropOthers(element, inputs, plan);
         pugi::xml_node last;
         for (const PlannedInput& planned : plan) {
             pugi::xml_node input = planned.element;
