@@ -119,13 +119,16 @@ pugi::xml_node materialOf(Document& document, pugi::xml_node instanceMaterial)
 
 pugi::xml_node repairedMaterialOf(Document& document, pugi::xml_node instanceMaterial)
 {
-    const std::string symbol = instanceMaterial.attribute("symbol").value();
     const std::string target = instanceMaterial.attribute("target").value();
+    if (const pugi::xml_node material = document.resolve(target, {"material"})) {
+        return material;
+    }
+    const std::string symbol = instanceMaterial.attribute("symbol").value();
     pugi::xml_node material = materialOf(document, instanceMaterial);
     if (!material) {
         material = document.byId(trimmed(symbol), {"material"});
     }
-    if (material && !document.resolve(target, {"material"})) {
+    if (material) {
         const std::string id(trimmed(material.attribute("id").value()));
         document.rewritten(instanceMaterial, "material",
                            "The target of the symbol \"" + symbol + "\" leads nowhere: \"" + target + "\".",

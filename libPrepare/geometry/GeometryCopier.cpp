@@ -3,20 +3,17 @@
 #include <libPrepare/document/Numbers.h>
 #include <libPrepare/document/Tree.h>
 
-#include <unordered_set>
+#include <algorithm>
 
 namespace libPrepare {
 
-namespace {
-
 bool isPrimitive(pugi::xml_node element)
 {
-    static const std::unordered_set<std::string> names = {"triangles", "polylist", "polygons",  "tristrips",
-                                                          "trifans",   "lines",    "linestrips"};
-    return names.count(element.name()) > 0;
+    static constexpr const char* kinds[] = {"triangles", "polylist", "polygons",  "tristrips",
+                                            "trifans",   "lines",    "linestrips"};
+    const char* const name = element.name();
+    return std::any_of(std::begin(kinds), std::end(kinds), [&](const char* kind) { return areEqual(name, kind); });
 }
-
-} // namespace
 
 std::vector<pugi::xml_node> primitivesOf(pugi::xml_node geometry)
 {

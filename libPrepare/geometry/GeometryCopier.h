@@ -9,6 +9,8 @@
 
 namespace libPrepare {
 
+/// Whether an element of a mesh holds faces or lines.
+bool isPrimitive(pugi::xml_node element);
 /// The elements of a mesh that hold faces or lines.
 std::vector<pugi::xml_node> primitivesOf(pugi::xml_node geometry);
 

@@ -4,6 +4,7 @@
 #include <libPrepare/document/Looks.h>
 #include <libPrepare/document/Numbers.h>
 #include <libPrepare/document/Tree.h>
+#include <libPrepare/geometry/GeometryCopier.h>
 
 #include <algorithm>
 #include <map>
@@ -16,14 +17,8 @@ namespace libPrepare {
 
 namespace {
 
-bool isPrimitive(pugi::xml_node element)
-{
-    static constexpr const char* kinds[] = {"triangles", "polylist",   "polygons", "tristrips",
-                                            "trifans",   "linestrips", "lines"};
-    return std::any_of(std::begin(kinds), std::end(kinds), [&](const char* kind) { return is(element, kind); });
-}
-
-std::vector<pugi::xml_node> primitivesOf(pugi::xml_node geometry)
+// Of all its bodies.
+std::vector<pugi::xml_node> allPrimitivesOf(pugi::xml_node geometry)
 {
     std::vector<pugi::xml_node> result;
     for (const pugi::xml_node body : geometry.children()) {
@@ -83,7 +78,7 @@ private:
 
     void bind(pugi::xml_node instance, pugi::xml_node geometry)
     {
-        const std::vector<pugi::xml_node> primitives = primitivesOf(geometry);
+        const std::vector<pugi::xml_node> primitives = allPrimitivesOf(geometry);
         std::map<std::string, pugi::xml_node> bindings;
         for (const pugi::xml_node binding :
              descend(instance, "bind_material/technique_common").children("instance_material")) {

@@ -29,14 +29,6 @@ public:
         for (const pugi::xml_node instance : instances) {
             separate(instance);
         }
-        for (const auto& pair : m_pairs) { // all that are used: a fresh one must differ from those that come later, too
-            for (const pugi::xml_node primitive : primitivesOf(pair.second)) {
-                m_usedSymbols.insert(primitive.attribute("material").value());
-            }
-            for (const pugi::xml_node binding : bindingsOf(pair.first)) {
-                m_usedSymbols.insert(binding.attribute("symbol").value());
-            }
-        }
         for (const auto& pair : m_pairs) {
             bind(pair.first);
         }
@@ -183,8 +175,24 @@ private:
         setAttribute(binding, "target", '#' + material);
     }
 
+    // All that are used before the first is replaced: a fresh one must differ from those that come later, too.
+    void readUsedSymbols()
+    {
+        for (const auto& pair : m_pairs) {
+            for (const pugi::xml_node primitive : primitivesOf(pair.second)) {
+                m_usedSymbols.insert(primitive.attribute("material").value());
+            }
+            for (const pugi::xml_node binding : bindingsOf(pair.first)) {
+                m_usedSymbols.insert(binding.attribute("symbol").value());
+            }
+        }
+    }
+
     std::string freshSymbol(const std::string& wish)
     {
+        if (m_usedSymbols.empty()) { // at least the wish itself is used
+            readUsedSymbols();
+        }
         const std::string base = plain(wish);
         std::string symbol = base;
         unsigned& number = m_numbers.try_emplace(base, 2).first->second;
