@@ -57,4 +57,17 @@ TEST(ByteBlockTest, HasABitForEachBlank)
     EXPECT_EQ(~std::uint64_t(0), ByteBlock(std::string(ByteBlock::size, '\n').data()).blanks());
 }
 
+TEST(ByteBlockTest, HasABitForEachDigitAndForEachOfACharacter)
+{
+    for (std::size_t place = 0; place < ByteBlock::size; ++place) {
+        const std::uint64_t bit = std::uint64_t(1) << place;
+        for (int byte = 0; byte < 256; ++byte) {
+            const std::string bytes = blockWith(byte, place, 'x');
+            EXPECT_EQ(isAmong("0123456789", byte) ? bit : 0, ByteBlock(bytes.data()).digits())
+                << byte << " at " << place;
+            EXPECT_EQ(isAmong("-", byte) ? bit : 0, ByteBlock(bytes.data()).places('-')) << byte << " at " << place;
+        }
+    }
+}
+
 } // namespace

@@ -24,6 +24,53 @@ TEST(TessellatorTest, ConvexPolygonIsAFanFromItsFirstCorner)
     EXPECT_EQ((Triangles{0, 1, 2, 0, 2, 3, 0, 3, 4}), cut(given));
 }
 
+TEST(TessellatorTest, WhatIsClearlyAFanBecomesOne)
+{
+    std::mt19937 random(5);
+    std::size_t clear = 0;
+    const std::size_t all = 2'000;
+    for (std::size_t round = 0; round < all; ++round) {
+        const std::size_t corners = 4 + random() % 16;
+        const double size = std::pow(10.0, static_cast<int>(random() % 61) - 30);
+        const double roughness = std::pow(10.0, -static_cast<int>(random() % 8));
+        GivenPolygon given{{{}}, {}};
+        for (std::size_t i = 0; i < corners; ++i) { // on a circle, nearly
+            const double angle = 2 * pi * static_cast<double>(i) / static_cast<double>(corners);
+            const double away = 1 - roughness * static_cast<double>(random()) / 4294967296.0;
+            given.loops[0].push_back({size * away * std::cos(angle), size * away * std::sin(angle), size * 3});
+        }
+        const Polygon polygon = given.polygon();
+        Tessellator tessellator;
+        Triangles triangles;
+        if (Tessellator::isClearlyFan(polygon.points)) {
+            ++clear;
+            Triangles fan;
+            for (std::size_t i = 1; i + 1 < corners; ++i) {
+                fan.insert(fan.end(), {0, i, i + 1});
+            }
+            ASSERT_EQ(Tessellator::Result::done, tessellator.triangulate(polygon, triangles));
+            ASSERT_EQ(fan, triangles);
+        }
+    }
+    EXPECT_LT(all / 4, clear);
+    EXPECT_LT(clear, all);
+}
+
+TEST(TessellatorTest, WhatIsNotClearlyAFanIsLookedAtClosely)
+{
+    const double tiny = 1e-40;
+    for (const std::vector<Vector3>& points : std::vector<std::vector<Vector3>>{
+             {{4, 0, 0}, {1, 1, 0}, {0, 4, 0}, {0, 0, 0}},                 // concave
+             {{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {2, 2, 0}},                 // a corner on an edge
+             {{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {3, 0, 0}},                 // no area
+             {{1, 1, 1}, {1, 1, 1}, {1, 1, 1}, {1, 1, 1}},                 // no size
+             {{0, 0, 0}, {tiny, 0, 0}, {tiny, tiny, 0}, {0, tiny, 0}},     // products that are no plain numbers
+             {{0, 0, 0}, {1e200, 0, 0}, {1e200, 1e200, 0}, {0, 1e200, 0}}, // or infinite
+             std::vector<Vector3>(1'000, Vector3{1, 2, 3})}) {
+        EXPECT_FALSE(Tessellator::isClearlyFan(points));
+    }
+}
+
 TEST(TessellatorTest, ConcaveQuadIsCutAtItsConcaveCorner)
 {
     GivenPolygon given{{{{0, 0, 0}, {4, 0, 0}, {1, 1, 0}, {0, 4, 0}}}, {}}; // a fan from corner 0 fits
