@@ -1,40 +1,140 @@
 #include "Census.h"
 
 #include "Names.h"
+#include "ValueElements.h"
 
 #include <cstring>
 
 namespace libPrepare {
 
+namespace {
+
+// The tree is walked with as few calls as there can be, since it may have millions of elements.
+class CensusTaker {
+public:
+    explicit CensusTaker(Census& census) : m_census(census) {}
+
+    void take(pugi::xml_node root)
+    {
+        open(root, root.name());
+        pugi::xml_node node = root.first_child();
+        while (true) {
+            const pugi::xml_node_type type = node.type();
+            if (type == pugi::node_null) { // after the last child
+                node = m_levels.back().element;
+                close();
+                if (m_levels.empty()) {
+                    return;
+                }
+            } else if (type == pugi::node_element) {
+                const char* const name = node.name();
+                lookAtPlace(name);
+                open(node, name);
+                node = node.first_child();
+                continue;
+            } else {
+                lookAtText(node, type);
+            }
+            node = node.next_sibling();
+        }
+    }
+
+private:
+    struct Level {
+        pugi::xml_node element;
+        bool isExtra;
+        bool isForeign;
+        ElementTraits traits;
+    };
+
+    void open(pugi::xml_node element, const char* name)
+    {
+        readAttributes(element, name);
+        if (const std::optional<Reference> reference = referenceInText(element, m_extras > 0)) {
+            m_census.references.push_back(*reference);
+        }
+        note(name);
+        const Level level{element, areEqual(name, "extra"), isForeign(name), traitsOf(name)};
+        m_extras += level.isExtra ? 1 : 0;
+        m_foreigners += level.isForeign ? 1 : 0;
+        m_levels.push_back(level);
+    }
+
+    void close()
+    {
+        m_extras -= m_levels.back().isExtra ? 1 : 0;
+        m_foreigners -= m_levels.back().isForeign ? 1 : 0;
+        m_levels.pop_back();
+    }
+
+    void readAttributes(pugi::xml_node element, const char* elementName)
+    {
+        pugi::xml_attribute attribute = element.first_attribute();
+        for (const char* name = attribute.name(); *name != '\0'; name = attribute.name()) {
+            if (areEqual(name, "id")) {
+                m_census.bearers.push_back({element, attribute});
+            } else if (const std::optional<Reference> reference = referenceIn(element, attribute)) {
+                m_census.references.push_back(*reference);
+            } else if (areEqual(name, "meter") && areEqual(elementName, "unit")) {
+                m_census.hasOddTexts = m_census.hasOddTexts || std::strchr(attribute.value(), ',') != nullptr;
+            }
+            attribute = attribute.next_attribute();
+        }
+    }
+
+    void note(const char* name)
+    {
+        if (areEqual(name, "asset")) {
+            m_census.hasInnerAssets = m_census.hasInnerAssets || m_levels.size() > 1;
+            return;
+        }
+        constexpr std::size_t length = 9;
+        if (*name != 'i' || std::strncmp(name, "instance_", length) != 0) {
+            return;
+        }
+        const auto isOf = [&](const char* kind) { return std::strcmp(name + length, kind) == 0; };
+        m_census.hasCameraInstances = m_census.hasCameraInstances || isOf("camera");
+        m_census.hasControllerInstances = m_census.hasControllerInstances || isOf("controller");
+        m_census.hasGeometryInstances = m_census.hasGeometryInstances || isOf("geometry") || isOf("controller");
+        m_census.hasLightInstances = m_census.hasLightInstances || isOf("light");
+        m_census.hasNodeInstances = m_census.hasNodeInstances || isOf("node");
+    }
+
+    // An element below the last level.
+    void lookAtPlace(const char* name)
+    {
+        const Level& parent = m_levels.back();
+        if (m_foreigners == 0 && (parent.traits.holdsOnlyValue || !canHold(parent.element, name))) {
+            m_census.hasOddTexts = true;
+        }
+    }
+
+    void lookAtText(pugi::xml_node node, pugi::xml_node_type type)
+    {
+        if (m_foreigners > 0) {
+            return;
+        }
+        const bool isPlainText = type == pugi::node_pcdata;
+        const bool isComma =
+            isPlainText && m_levels.back().traits.holdsNumbers && std::strchr(node.value(), ',') != nullptr;
+        m_census.hasOddTexts = m_census.hasOddTexts || !isPlainText || isComma;
+    }
+
+    Census& m_census;
+    std::vector<Level> m_levels;
+    unsigned m_extras = 0;     // that are open
+    unsigned m_foreigners = 0; // elements of other programs that are open
+};
+
+} // namespace
+
 Census Census::of(pugi::xml_node root)
 {
     Census result;
-    forEachReference(
-        root, [&](const Reference& reference) { result.references.push_back(reference); },
-        [&](pugi::xml_node element) { result.add(element); });
+    if (root) {
+        CensusTaker(result).take(root);
+    }
     return result;
-}
-
-void Census::add(pugi::xml_node element)
-{
-    if (element.attribute("id")) {
-        bearers.push_back(element);
-    }
-    const char* const name = element.name();
-    if (areEqual(name, "asset")) {
-        hasInnerAssets = hasInnerAssets || element.parent().parent().type() != pugi::node_document;
-        return;
-    }
-    constexpr std::size_t length = 9;
-    if (*name != 'i' || std::strncmp(name, "instance_", length) != 0) {
-        return;
-    }
-    const auto isOf = [&](const char* kind) { return std::strcmp(name + length, kind) == 0; };
-    hasCameraInstances = hasCameraInstances || isOf("camera");
-    hasControllerInstances = hasControllerInstances || isOf("controller");
-    hasGeometryInstances = hasGeometryInstances || isOf("geometry") || isOf("controller");
-    hasLightInstances = hasLightInstances || isOf("light");
-    hasNodeInstances = hasNodeInstances || isOf("node");
 }
 
 } // namespace libPrepare

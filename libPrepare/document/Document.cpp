@@ -142,8 +142,8 @@ void Document::indexIds()
     if (m_areIdsKnown) {
         return;
     }
-    for (auto& [id, bearers] : m_ids) {
-        bearers = {};
+    for (auto each = m_ids.begin(); each != m_ids.end(); ++each) {
+        each.value() = {};
     }
     m_areIdsKnown = true;
     m_areIdsUnique = true;
@@ -152,8 +152,8 @@ void Document::indexIds()
         return;
     }
     m_ids.reserve(m_census->bearers.size());
-    for (const pugi::xml_node element : m_census->bearers) {
-        registerId(element, element.attribute("id"));
+    for (const auto& [element, id] : m_census->bearers) {
+        registerId(element, id);
     }
 }
 
@@ -175,9 +175,9 @@ bool Document::takeId(std::string_view id)
 
 Document::Bearers& Document::bearersOf(std::string_view id)
 {
-    const auto found = m_ids.find(id);
+    auto found = m_ids.find(id);
     if (found != m_ids.end()) {
-        return found->second;
+        return found.value();
     }
     return m_ids[copyTo(m_arena, id)];
 }

@@ -6,6 +6,7 @@
 #include <libPrepare/document/Names.h>
 
 #include <pugixml.hpp>
+#include <tsl/ordered_map.h>
 
 #include <cstring>
 #include <initializer_list>
@@ -132,9 +133,14 @@ private:
     Bearers& bearersOf(std::string_view id);
     bool takeId(std::string_view id);
 
-    std::pmr::monotonic_buffer_resource m_arena;                        // of the ids, which are never given back
-    std::pmr::unordered_map<std::string_view, Bearers> m_ids{&m_arena}; // of all ids that were ever taken
-    std::unordered_map<std::string, unsigned> m_nextNumbers;            // after wishes for ids
+    // Its places are small and its values lie side by side.
+    template <class Key, class Value>
+    using FlatMap = tsl::ordered_map<Key, Value, std::hash<Key>, std::equal_to<Key>,
+                                     std::allocator<std::pair<Key, Value>>, std::vector<std::pair<Key, Value>>>;
+
+    std::pmr::monotonic_buffer_resource m_arena;             // of the ids, which are never given back
+    FlatMap<std::string_view, Bearers> m_ids;                // of all ids that were ever taken
+    std::unordered_map<std::string, unsigned> m_nextNumbers; // after wishes for ids
     std::optional<Census> m_census;
     std::unique_ptr<Sources> m_sources;
     bool m_isPlain;

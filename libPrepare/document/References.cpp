@@ -61,57 +61,12 @@ Kinds kindsOf(pugi::xml_node element, const char* attribute)
     return {};
 }
 
-void useAttributes(pugi::xml_node element, const std::function<void(const Reference&)>& use)
-{
-    for (pugi::xml_attribute attribute = element.first_attribute(); attribute; attribute = attribute.next_attribute()) {
-        const char* const name = attribute.name();
-        const bool isTexture = areEqual(name, "texture");
-        const bool isPlain = areEqual(name, "url") || areEqual(name, "source") || areEqual(name, "target");
-        if (!isTexture && !isPlain) {
-            continue; // none of those below
-        }
-        const Rule* found = nullptr;
-        for (const Rule& rule : rules) {
-            if (areEqual(rule.attribute, name) && is(element, rule.element)) {
-                found = &rule;
-            }
-        }
-        if (found != nullptr) {
-            use({element, attribute, found->form, found->kinds});
-        } else if (isPlain && std::strchr(attribute.value(), '#') != nullptr) {
-            use({element, attribute, Reference::Form::uri, kindsOf(element, name)});
-        }
-    }
-}
-
 // Some samplers name their image without a surface.
 bool namesImage(pugi::xml_node element, const char* name)
 {
     return areEqual(name, "init_from")
                ? !is(element.parent(), "image")
                : areEqual(name, "source") && std::strncmp(element.parent().name(), "sampler", 7) == 0;
-}
-
-void useText(pugi::xml_node element, unsigned extras, const std::function<void(const Reference&)>& use)
-{
-    const char* const name = element.name();
-    if (areEqual(name, "skeleton")) {
-        use({element, {}, Reference::Form::uri, {"node"}});
-    } else if (namesImage(element, name)) {
-        use({element, {}, Reference::Form::id, {"image"}});
-    } else if (areEqual(name, "IDREF_array")) {
-        const bool isMorph = is(ancestor(element, "morph", "skin"), "morph");
-        use({element, {}, Reference::Form::ids, {isMorph ? "geometry" : "node"}});
-    } else if (extras > 0 && hasText(element)) {
-        std::string scratch;
-        const std::string_view text = trimmed(textOf(element, scratch));
-        if (!text.empty() && text.front() == '#' && text.find_first_of(" \t\r\n") == std::string_view::npos) {
-            use({element, {}, Reference::Form::uri, {}});
-        } else if (areEqual(name, "target") && !text.empty()) {
-            const bool isUri = text.find('#') != std::string_view::npos;
-            use({element, {}, isUri ? Reference::Form::uri : Reference::Form::id, {"node"}});
-        }
-    }
 }
 
 } // namespace
@@ -130,18 +85,67 @@ void Reference::setText(const std::string& text) const
     }
 }
 
-void forEachReference(pugi::xml_node subtree, const std::function<void(const Reference&)>& use,
-                      const std::function<void(pugi::xml_node)>& visit)
+std::optional<Reference> referenceIn(pugi::xml_node element, pugi::xml_attribute attribute)
+{
+    const char* const name = attribute.name();
+    const bool isTexture = areEqual(name, "texture");
+    const bool isPlain = areEqual(name, "url") || areEqual(name, "source") || areEqual(name, "target");
+    if (!isTexture && !isPlain) {
+        return std::nullopt; // none of those below
+    }
+    for (const Rule& rule : rules) {
+        if (areEqual(rule.attribute, name) && is(element, rule.element)) {
+            return Reference{element, attribute, rule.form, rule.kinds};
+        }
+    }
+    if (isPlain && std::strchr(attribute.value(), '#') != nullptr) {
+        return Reference{element, attribute, Reference::Form::uri, kindsOf(element, name)};
+    }
+    return std::nullopt;
+}
+
+std::optional<Reference> referenceInText(pugi::xml_node element, bool isInExtra)
+{
+    const char* const name = element.name();
+    if (areEqual(name, "skeleton")) {
+        return Reference{element, {}, Reference::Form::uri, {"node"}};
+    }
+    if (namesImage(element, name)) {
+        return Reference{element, {}, Reference::Form::id, {"image"}};
+    }
+    if (areEqual(name, "IDREF_array")) {
+        const bool isMorph = is(ancestor(element, "morph", "skin"), "morph");
+        return Reference{element, {}, Reference::Form::ids, {isMorph ? "geometry" : "node"}};
+    }
+    if (!isInExtra || !hasText(element)) {
+        return std::nullopt;
+    }
+    std::string scratch;
+    const std::string_view text = trimmed(textOf(element, scratch));
+    if (!text.empty() && text.front() == '#' && text.find_first_of(" \t\r\n") == std::string_view::npos) {
+        return Reference{element, {}, Reference::Form::uri, {}};
+    }
+    if (areEqual(name, "target") && !text.empty()) {
+        const bool isUri = text.find('#') != std::string_view::npos;
+        return Reference{element, {}, isUri ? Reference::Form::uri : Reference::Form::id, {"node"}};
+    }
+    return std::nullopt;
+}
+
+void forEachReference(pugi::xml_node subtree, const std::function<void(const Reference&)>& use)
 {
     unsigned extras = 0; // that are open
     pugi::xml_node node = subtree;
     while (node) {
         if (node.type() == pugi::node_element) {
-            if (visit) {
-                visit(node);
+            for (const pugi::xml_attribute attribute : node.attributes()) {
+                if (const std::optional<Reference> reference = referenceIn(node, attribute)) {
+                    use(*reference);
+                }
             }
-            useAttributes(node, use);
-            useText(node, extras, use);
+            if (const std::optional<Reference> reference = referenceInText(node, extras > 0)) {
+                use(*reference);
+            }
         }
         if (const pugi::xml_node child = node.first_child()) {
             extras += is(node, "extra") ? 1 : 0;

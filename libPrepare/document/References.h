@@ -4,6 +4,7 @@
 
 #include <array>
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace libPrepare {
@@ -28,9 +29,13 @@ struct Reference {
     void setText(const std::string& text) const;
 };
 
+/// The reference in an attribute; nothing in most.
+std::optional<Reference> referenceIn(pugi::xml_node element, pugi::xml_attribute attribute);
+/// The reference in the text of an element; nothing in most.
+/// @param isInExtra whether the element is below an `<extra>`
+std::optional<Reference> referenceInText(pugi::xml_node element, bool isInExtra);
+
 /// Calls `use` for each reference in a subtree, in document order. Sids are none.
-/// @param visit called for each element, before its references; may be empty
-void forEachReference(pugi::xml_node subtree, const std::function<void(const Reference&)>& use,
-                      const std::function<void(pugi::xml_node)>& visit = {});
+void forEachReference(pugi::xml_node subtree, const std::function<void(const Reference&)>& use);
 
 } // namespace libPrepare

@@ -24,11 +24,21 @@ void replaceByMatrix(Document& document, pugi::xml_node transform)
     setText(transform, text(matrix));
 }
 
+// Whether a list begins with one of the axes that most documents turn about.
+bool isMainAxis(std::string_view numbers)
+{
+    const std::string_view start = numbers.substr(0, 6);
+    return start == "1 0 0 " || start == "0 1 0 " || start == "0 0 1 ";
+}
+
 // The scene graph divides an axis by its length in single precision.
 void repairAxis(Document& document, pugi::xml_node rotate)
 {
     std::string scratch;
     const std::string_view numbers = textOf(rotate, scratch);
+    if (isMainAxis(numbers)) {
+        return;
+    }
     std::array<double, 3> axis{};
     const auto x = readNumbers(numbers, axis.data(), axis.size()) == axis.size() ? static_cast<float>(axis[0]) : 0.0F;
     const auto y = static_cast<float>(axis[1]);
@@ -53,27 +63,47 @@ void repairAxis(Document& document, pugi::xml_node rotate)
     }
 }
 
+// Appends the nodes below it to a list.
+void completeNode(Document& document, pugi::xml_node node, std::vector<pugi::xml_node>& below)
+{
+    bool hasTransform = false;
+    for (pugi::xml_node child = node.first_child(); child; child = child.next_sibling()) {
+        const char* const name = child.name(); // empty for a text
+        if (*name == '\0') {
+            continue;
+        }
+        if (areEqual(name, "node")) {
+            below.push_back(child);
+        } else if (areEqual(name, "lookat") || areEqual(name, "skew")) {
+            hasTransform = true;
+            replaceByMatrix(document, child);
+        } else if (areEqual(name, "rotate")) {
+            hasTransform = true;
+            repairAxis(document, child);
+        } else {
+            hasTransform = hasTransform || isTransform(name);
+        }
+    }
+    if (!hasTransform) {
+        prependTransform(node, "matrix", identityText);
+        document.rewritten(node, "node without a transform", "The node has an identity <matrix> now.");
+    }
+}
+
 } // namespace
 
 void completeTransforms(Document& document)
 {
-    for (const pugi::xml_node node : nodesIn(shownScene(document))) {
-        bool hasTransform = false;
-        for (const pugi::xml_node child : node.children()) {
-            const char* const name = child.name(); // empty for what is no element
-            if (areEqual(name, "lookat") || areEqual(name, "skew")) {
-                hasTransform = true;
-                replaceByMatrix(document, child);
-                continue;
-            }
-            if (areEqual(name, "rotate")) {
-                repairAxis(document, child);
-            }
-            hasTransform = hasTransform || isTransform(name);
-        }
-        if (!hasTransform) {
-            prependTransform(node, "matrix", identityText);
-            document.rewritten(node, "node without a transform", "The node has an identity <matrix> now.");
+    std::vector<pugi::xml_node> open; // the next one is the last
+    std::vector<pugi::xml_node> below;
+    for (const pugi::xml_node node : shownScene(document).children("node")) {
+        open.assign(1, node);
+        while (!open.empty()) {
+            const pugi::xml_node next = open.back();
+            open.pop_back();
+            below.clear();
+            completeNode(document, next, below);
+            open.insert(open.end(), below.rbegin(), below.rend());
         }
     }
 }

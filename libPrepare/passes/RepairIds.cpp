@@ -51,10 +51,10 @@ bool isPlainText(std::string_view text)
 // The names of images are read up to these.
 constexpr const char* endsOfNames = "/()";
 
-bool hasPlainId(pugi::xml_node element)
+bool hasPlainId(const Census::Bearer& bearer)
 {
-    const std::string_view id = element.attribute("id").value();
-    return isPlainText(id) && !(is(element, "image") && id.find_first_of(endsOfNames) != std::string_view::npos);
+    const std::string_view id = bearer.id.value();
+    return isPlainText(id) && !(id.find_first_of(endsOfNames) != std::string_view::npos && is(bearer.element, "image"));
 }
 
 // Whether a reference changes only if the id does that it names: as all do but for URIs of a form other than "#id".
@@ -163,8 +163,7 @@ private:
 
     void listRenames()
     {
-        for (const pugi::xml_node element : m_document.census().bearers) {
-            const pugi::xml_attribute attribute = element.attribute("id");
+        for (const auto& [element, attribute] : m_document.census().bearers) {
             const std::string id(trimmed(attribute.value()));
             if (id.empty()) {
                 if (m_isNamed.count(element) != 0) {

@@ -172,43 +172,6 @@ void takeStrangersOut(Document& document, pugi::xml_node element)
     }
 }
 
-using Names = std::initializer_list<const char*>;
-
-bool isOneOf(const char* name, Names names)
-{
-    return std::any_of(names.begin(), names.end(), [&](const char* each) { return areEqual(each, name); });
-}
-
-// Whether an element may be in another one, of those that later passes take out or write anew. What references lead
-// to would go with it.
-bool canHold(pugi::xml_node holder, const char* child)
-{
-    const char* const parent = holder.name();
-    static constexpr Names instances = {"instance_geometry", "instance_controller", "instance_camera", "instance_light",
-                                        "instance_node"};
-    static constexpr Names channels = {
-        "emission",   "ambient",      "diffuse",     "specular",     "shininess",
-        "reflective", "reflectivity", "transparent", "transparency", "index_of_refraction"};
-    static constexpr Names primitives = {"triangles", "polylist",   "polygons", "tristrips",
-                                         "trifans",   "linestrips", "lines",    "vertices"};
-    if (std::strchr("abdelprstiv", *parent) == nullptr) {
-        return true; // most elements are not among these
-    }
-    if (isOneOf(parent, instances)) {
-        return isOneOf(child, {"bind_material", "skeleton", "extra"});
-    }
-    if (is(holder, "bind_material")) {
-        return isOneOf(child, {"param", "technique_common", "technique", "extra"});
-    }
-    if (is(holder, "technique_common") && is(holder.parent(), "bind_material")) {
-        return std::strcmp(child, "instance_material") == 0;
-    }
-    if (isOneOf(parent, channels)) {
-        return isOneOf(child, {"color", "param", "texture", "float", "extra"});
-    }
-    return !isOneOf(parent, primitives) || isOneOf(child, {"input", "p", "ph", "vcount", "extra"});
-}
-
 bool holdsId(pugi::xml_node subtree)
 {
     for (pugi::xml_node element = subtree; element; element = next(element, subtree)) {
@@ -219,17 +182,13 @@ bool holdsId(pugi::xml_node subtree)
     return false;
 }
 
-// Whether an element holds data of other programs.
-bool isForeign(const char* name)
-{
-    return areEqual(name, "extra") ||
-           (*name == 'p' && std::strncmp(name, "profile_", 8) == 0 && std::strcmp(name, "profile_COMMON") != 0);
-}
-
 } // namespace
 
 void repairTexts(Document& document)
 {
+    if (!document.census().hasOddTexts) {
+        return; // as in most documents
+    }
     const pugi::xml_node root = document.root();
     const std::size_t findings = document.report().findings.size();
     std::vector<pugi::xml_node> relieved; // of elements that were taken out
