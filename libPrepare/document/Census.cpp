@@ -1,6 +1,9 @@
 #include "Census.h"
 
+#include "Document.h"
 #include "Names.h"
+#include "Numbers.h"
+#include "PlainIds.h"
 #include "ValueElements.h"
 
 #include <cstring>
@@ -12,7 +15,7 @@ namespace {
 // The tree is walked with as few calls as there can be, since it may have millions of elements.
 class CensusTaker {
 public:
-    explicit CensusTaker(Census& census) : m_census(census) {}
+    CensusTaker(Census& census, std::pmr::memory_resource& memory) : m_census(census), m_memory(memory) {}
 
     void take(pugi::xml_node root)
     {
@@ -51,7 +54,8 @@ private:
     {
         readAttributes(element, name);
         if (const std::optional<Reference> reference = referenceInText(element, m_extras > 0)) {
-            m_census.references.push_back(*reference);
+            std::string scratch;
+            add(*reference, textOf(element, scratch));
         }
         note(name);
         const Level level{element, areEqual(name, "extra"), isForeign(name), traitsOf(name)};
@@ -72,14 +76,29 @@ private:
         pugi::xml_attribute attribute = element.first_attribute();
         for (const char* name = attribute.name(); *name != '\0'; name = attribute.name()) {
             if (areEqual(name, "id")) {
-                m_census.bearers.push_back({element, attribute});
+                addBearer(element, elementName, attribute.value());
             } else if (const std::optional<Reference> reference = referenceIn(element, attribute)) {
-                m_census.references.push_back(*reference);
+                add(*reference, attribute.value());
             } else if (areEqual(name, "meter") && areEqual(elementName, "unit")) {
                 m_census.hasOddTexts = m_census.hasOddTexts || std::strchr(attribute.value(), ',') != nullptr;
             }
             attribute = attribute.next_attribute();
         }
+    }
+
+    void addBearer(pugi::xml_node element, const char* name, std::string_view id)
+    {
+        const bool isPlain = areEqual(name, "image") ? isPlainImageId(id) : isPlainId(id);
+        m_census.areIdsPlain = m_census.areIdsPlain && isPlain;
+        m_census.bearers.push_back({element, copyTo(m_memory, trimmed(id))});
+    }
+
+    void add(const Reference& reference, std::string_view text)
+    {
+        const bool isPlain = reference.form != Reference::Form::uri ||
+                             (!text.empty() && text.front() == '#' && isPlainId(text.substr(1)));
+        m_census.areReferencesPlain = m_census.areReferencesPlain && isPlain;
+        m_census.references.push_back(reference);
     }
 
     void note(const char* name)
@@ -121,6 +140,7 @@ private:
     }
 
     Census& m_census;
+    std::pmr::memory_resource& m_memory;
     std::vector<Level> m_levels;
     unsigned m_extras = 0;     // that are open
     unsigned m_foreigners = 0; // elements of other programs that are open
@@ -128,11 +148,11 @@ private:
 
 } // namespace
 
-Census Census::of(pugi::xml_node root)
+Census Census::of(pugi::xml_node root, std::pmr::memory_resource& memory)
 {
     Census result;
     if (root) {
-        CensusTaker(result).take(root);
+        CensusTaker(result, memory).take(root);
     }
     return result;
 }

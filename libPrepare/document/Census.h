@@ -2,6 +2,8 @@
 
 #include <libPrepare/document/References.h>
 
+#include <memory_resource>
+#include <string_view>
 #include <vector>
 
 namespace libPrepare {
@@ -11,10 +13,11 @@ struct Census {
     /// An element with an id.
     struct Bearer {
         pugi::xml_node element;
-        pugi::xml_attribute id;
+        std::string_view id; ///< A copy, without blanks around it.
     };
 
-    static Census of(pugi::xml_node root);
+    /// @param memory where ids are copied to
+    static Census of(pugi::xml_node root, std::pmr::memory_resource& memory);
 
     std::vector<Reference> references; ///< As `forEachReference` gives them.
     std::vector<Bearer> bearers;       ///< In document order.
@@ -29,6 +32,8 @@ struct Census {
     /// A text in several runs, a comma in a number, an element where there can be none, or something that may be one of
     /// these.
     bool hasOddTexts = false;
+    bool areIdsPlain = true;        ///< Whether references can hold all ids as they are.
+    bool areReferencesPlain = true; ///< Whether all references that are URIs have the form `#id`, with a plain id.
 };
 
 } // namespace libPrepare

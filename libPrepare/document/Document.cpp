@@ -18,14 +18,14 @@ bool isText(pugi::xml_node node)
     return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
 }
 
+} // namespace
+
 std::string_view copyTo(std::pmr::memory_resource& memory, std::string_view text)
 {
     auto* const copy = static_cast<char*>(memory.allocate(text.size() + 1, 1));
     std::copy(text.begin(), text.end(), copy);
     return {copy, text.size()};
 }
-
-} // namespace
 
 pugi::xml_node descend(pugi::xml_node element, std::string_view path)
 {
@@ -104,7 +104,7 @@ Document::~Document() = default;
 const Census& Document::census()
 {
     if (!m_census) {
-        m_census = Census::of(root());
+        m_census = Census::of(root(), m_arena);
     }
     return *m_census;
 }
@@ -152,14 +152,14 @@ void Document::indexIds()
         return;
     }
     m_ids.reserve(m_census->bearers.size());
-    for (const auto& [element, id] : m_census->bearers) {
-        registerId(element, id);
+    for (const Census::Bearer& bearer : m_census->bearers) {
+        registerId(bearer.element, bearer.id);
     }
 }
 
-void Document::registerId(pugi::xml_node element, pugi::xml_attribute id)
+void Document::registerId(pugi::xml_node element, std::string_view id)
 {
-    Bearers& bearers = m_ids[copyTo(m_arena, trimmed(id.value()))]; // nearly all are new
+    Bearers& bearers = m_ids[id];
     m_areIdsUnique = m_areIdsUnique && !bearers.first;
     bearers.add(element);
 }
@@ -195,7 +195,7 @@ void Document::registerIds(pugi::xml_node subtree)
     }
     for (pugi::xml_node element = subtree; element; element = next(element, subtree)) {
         if (const pugi::xml_attribute id = element.attribute("id")) {
-            registerId(element, id);
+            registerId(element, copyTo(m_arena, trimmed(id.value()))); // nearly all are new
         }
     }
 }

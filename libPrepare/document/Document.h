@@ -34,6 +34,9 @@ std::vector<double> numbersOf(pugi::xml_node element);
 /// Sets an attribute, which is made if it is missing.
 void setAttribute(pugi::xml_node element, const char* name, const std::string& value);
 
+/// A copy of a text that lives as long as the memory.
+std::string_view copyTo(std::pmr::memory_resource& memory, std::string_view text);
+
 class Sources;
 
 /// The document that the passes work on: its tree, what its ids lead to, where each element comes from, and the report.
@@ -129,7 +132,7 @@ private:
         void add(pugi::xml_node element);
         void remove(pugi::xml_node element);
     };
-    void registerId(pugi::xml_node element, pugi::xml_attribute id);
+    void registerId(pugi::xml_node element, std::string_view id); // which has to be in the arena
     Bearers& bearersOf(std::string_view id);
     bool takeId(std::string_view id);
 

@@ -1,6 +1,7 @@
 #include "Passes.h"
 
 #include "../document/Numbers.h"
+#include "../document/PlainIds.h"
 #include "../document/Reference.h"
 #include "../document/References.h"
 #include "../document/Tree.h"
@@ -13,62 +14,6 @@ namespace libPrepare {
 
 namespace {
 
-// Whether a reference can hold a character as it is.
-bool isPlain(char c)
-{
-    const bool isWord =
-        (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '_';
-    return isWord || (c != '\0' && std::strchr(".~!$&'()*+,;=:@/?", c) != nullptr);
-}
-
-int isHexDigit(char c)
-{
-    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
-
-// The id with each run of other characters made one "_".
-std::string plainId(std::string_view id)
-{
-    std::string result;
-    bool isRun = false;
-    for (std::size_t i = 0; i < id.size(); ++i) {
-        const bool isEscape = id[i] == '%' && i + 2 < id.size() && isHexDigit(id[i + 1]) && isHexDigit(id[i + 2]);
-        if (isPlain(id[i]) || isEscape) {
-            result += id[i];
-        } else if (!isRun) {
-            result += '_';
-        }
-        isRun = !isPlain(id[i]) && !isEscape;
-    }
-    return result;
-}
-
-bool isPlainText(std::string_view text)
-{
-    return !text.empty() && std::all_of(text.begin(), text.end(), isPlain);
-}
-
-// The names of images are read up to these.
-constexpr const char* endsOfNames = "/()";
-
-bool hasPlainId(const Census::Bearer& bearer)
-{
-    const std::string_view id = bearer.id.value();
-    return isPlainText(id) && !(id.find_first_of(endsOfNames) != std::string_view::npos && is(bearer.element, "image"));
-}
-
-// Whether a reference changes only if the id does that it names: as all do but for URIs of a form other than "#id".
-bool isPlainReference(const Reference& reference)
-{
-    if (reference.form != Reference::Form::uri) {
-        return true;
-    }
-    std::string scratch;
-    const std::string_view text =
-        reference.attribute ? std::string_view(reference.attribute.value()) : textOf(reference.element, scratch);
-    return text.size() > 1 && text.front() == '#' && isPlainText(text.substr(1));
-}
-
 class IdRepair {
 public:
     explicit IdRepair(Document& document) : m_document(document) {}
@@ -76,10 +21,7 @@ public:
     void run()
     {
         const Census& census = m_document.census();
-        const bool isFine = m_document.areIdsUnique() &&
-                            std::all_of(census.bearers.begin(), census.bearers.end(), hasPlainId) &&
-                            std::all_of(census.references.begin(), census.references.end(), isPlainReference);
-        if (isFine) {
+        if (census.areIdsPlain && census.areReferencesPlain && m_document.areIdsUnique()) {
             return; // as in most documents
         }
         listReferences();
@@ -163,8 +105,9 @@ private:
 
     void listRenames()
     {
-        for (const auto& [element, attribute] : m_document.census().bearers) {
-            const std::string id(trimmed(attribute.value()));
+        for (const Census::Bearer& bearer : m_document.census().bearers) {
+            const pugi::xml_node element = bearer.element;
+            const std::string id(bearer.id);
             if (id.empty()) {
                 if (m_isNamed.count(element) != 0) {
                     rename(element, m_document.freshId(element.name()), "odd-id",
@@ -172,18 +115,14 @@ private:
                 }
                 continue;
             }
-            std::string simple = plainId(id);
-            if (is(element, "image")) {
-                std::replace_if(
-                    simple.begin(), simple.end(), [](char c) { return std::strchr(endsOfNames, c) != nullptr; }, '_');
-            }
+            const std::string simple = is(element, "image") ? plainImageId(id) : plainId(id);
             if (m_document.byId(id) != element) {
                 rename(element, m_document.freshId(simple), "doubled-id",
                        "The id " + id + " is borne by several elements.");
             } else if (simple != id) {
                 rename(element, m_document.freshId(simple), "odd-id",
                        "The id " + id + " has characters that a reference cannot hold.");
-            } else if (id != attribute.value()) {
+            } else if (id != element.attribute("id").value()) {
                 rename(element, id, "odd-id", "The id " + id + " has blanks around it.");
             }
         }
