@@ -1,6 +1,6 @@
 # Lists the Debian packages that the project needs, and installs them. Sourced by the scripts.
 
-build_packages="g++ cmake ninja-build pkg-config libcollada-dom-dev libxml2-dev libpugixml-dev libglu1-mesa-dev zlib1g-dev libcli11-dev nlohmann-json3-dev"
+build_packages="g++ cmake ninja-build pkg-config libcollada-dom-dev libxml2-dev libpugixml-dev libtsl-ordered-map-dev libglu1-mesa-dev zlib1g-dev libcli11-dev nlohmann-json3-dev"
 # For drawing in scenetool and in an example; the drivers are for machines without a graphics card.
 build_packages="$build_packages libepoxy-dev libegl-dev libgl-dev libglfw3-dev libpng-dev libturbojpeg0-dev libstb-dev libmeshoptimizer-dev"
 build_packages="$build_packages libegl1 libegl-mesa0 libgl1-mesa-dri"

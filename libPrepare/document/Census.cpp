@@ -4,6 +4,7 @@
 #include "Names.h"
 #include "Numbers.h"
 #include "PlainIds.h"
+#include "Transforms.h"
 #include "ValueElements.h"
 
 #include <cstring>
@@ -47,18 +48,24 @@ private:
         pugi::xml_node element;
         bool isExtra;
         bool isForeign;
+        bool isNode;
+        bool isRotate;
+        bool isComplete; // a node with a transform, a rotation about a main axis
         ElementTraits traits;
     };
 
     void open(pugi::xml_node element, const char* name)
     {
         readAttributes(element, name);
-        if (const std::optional<Reference> reference = referenceInText(element, m_extras > 0)) {
+        if (const std::optional<Reference> reference = referenceInText(element, name, m_extras > 0)) {
             std::string scratch;
             add(*reference, textOf(element, scratch));
         }
         note(name);
-        const Level level{element, areEqual(name, "extra"), isForeign(name), traitsOf(name)};
+        noteTransform(name);
+        const Level level{
+            element, areEqual(name, "extra"), isForeign(name), areEqual(name, "node"), areEqual(name, "rotate"),
+            false,   traitsOf(name)};
         m_extras += level.isExtra ? 1 : 0;
         m_foreigners += level.isForeign ? 1 : 0;
         m_levels.push_back(level);
@@ -66,8 +73,12 @@ private:
 
     void close()
     {
-        m_extras -= m_levels.back().isExtra ? 1 : 0;
-        m_foreigners -= m_levels.back().isForeign ? 1 : 0;
+        const Level& level = m_levels.back();
+        m_extras -= level.isExtra ? 1 : 0;
+        m_foreigners -= level.isForeign ? 1 : 0;
+        if ((level.isNode || level.isRotate) && !level.isComplete) {
+            m_census.areTransformsComplete = false;
+        }
         m_levels.pop_back();
     }
 
@@ -77,7 +88,7 @@ private:
         for (const char* name = attribute.name(); *name != '\0'; name = attribute.name()) {
             if (areEqual(name, "id")) {
                 addBearer(element, elementName, attribute.value());
-            } else if (const std::optional<Reference> reference = referenceIn(element, attribute)) {
+            } else if (const std::optional<Reference> reference = referenceIn(element, attribute, name)) {
                 add(*reference, attribute.value());
             } else if (areEqual(name, "meter") && areEqual(elementName, "unit")) {
                 m_census.hasOddTexts = m_census.hasOddTexts || std::strchr(attribute.value(), ',') != nullptr;
@@ -119,6 +130,17 @@ private:
         m_census.hasNodeInstances = m_census.hasNodeInstances || isOf("node");
     }
 
+    void noteTransform(const char* name)
+    {
+        if (m_levels.empty() || !m_levels.back().isNode || !isTransform(name)) {
+            return;
+        }
+        m_levels.back().isComplete = true;
+        if (areEqual(name, "lookat") || areEqual(name, "skew")) {
+            m_census.areTransformsComplete = false;
+        }
+    }
+
     // An element below the last level.
     void lookAtPlace(const char* name)
     {
@@ -133,10 +155,14 @@ private:
         if (m_foreigners > 0) {
             return;
         }
-        const bool isPlainText = type == pugi::node_pcdata;
-        const bool isComma =
-            isPlainText && m_levels.back().traits.holdsNumbers && std::strchr(node.value(), ',') != nullptr;
-        m_census.hasOddTexts = m_census.hasOddTexts || !isPlainText || isComma;
+        Level& level = m_levels.back();
+        if (type != pugi::node_pcdata) {
+            m_census.hasOddTexts = true;
+        } else if (level.traits.holdsNumbers) {
+            const char* const text = node.value();
+            m_census.hasOddTexts = m_census.hasOddTexts || std::strchr(text, ',') != nullptr;
+            level.isComplete = level.isComplete || (level.isRotate && isMainAxis(text));
+        }
     }
 
     Census& m_census;
@@ -153,6 +179,7 @@ Census Census::of(pugi::xml_node root, std::pmr::memory_resource& memory)
     Census result;
     if (root) {
         CensusTaker(result, memory).take(root);
+        result.areTransformsComplete = result.areTransformsComplete && !result.hasOddTexts;
     }
     return result;
 }

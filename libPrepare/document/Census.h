@@ -32,7 +32,10 @@ struct Census {
     /// A text in several runs, a comma in a number, an element where there can be none, or something that may be one of
     /// these.
     bool hasOddTexts = false;
-    bool areIdsPlain = true;        ///< Whether references can hold all ids as they are.
+    bool areIdsPlain = true; ///< Whether references can hold all ids as they are.
+    /// Whether each `<node>` has a transform, none is one that nodes cannot have, and all turn about a main axis. May be
+    /// false although they do.
+    bool areTransformsComplete = true;
     bool areReferencesPlain = true; ///< Whether all references that are URIs have the form `#id`, with a plain id.
 };
 

@@ -11,15 +11,6 @@
 
 namespace libPrepare {
 
-namespace {
-
-bool isText(pugi::xml_node node)
-{
-    return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
-}
-
-} // namespace
-
 std::string_view copyTo(std::pmr::memory_resource& memory, std::string_view text)
 {
     auto* const copy = static_cast<char*>(memory.allocate(text.size() + 1, 1));
@@ -41,18 +32,19 @@ std::string_view textOf(pugi::xml_node element, std::string& scratch)
 {
     std::string_view only;
     unsigned runs = 0;
-    for (const pugi::xml_node child : element.children()) {
-        if (!isText(child)) {
-            continue;
-        }
-        if (++runs == 1) {
+    pugi::xml_node child = element.first_child();
+    for (pugi::xml_node_type type = child.type(); type != pugi::node_null; type = child.type()) {
+        const bool isText = type == pugi::node_pcdata || type == pugi::node_cdata;
+        runs += isText ? 1 : 0;
+        if (isText && runs == 1) {
             only = child.value();
-        } else {
+        } else if (isText) {
             if (runs == 2) {
                 scratch.assign(only);
             }
             scratch += child.value();
         }
+        child = child.next_sibling();
     }
     return runs > 1 ? std::string_view(scratch) : only;
 }

@@ -85,9 +85,8 @@ void Reference::setText(const std::string& text) const
     }
 }
 
-std::optional<Reference> referenceIn(pugi::xml_node element, pugi::xml_attribute attribute)
+std::optional<Reference> referenceIn(pugi::xml_node element, pugi::xml_attribute attribute, const char* const name)
 {
-    const char* const name = attribute.name();
     const bool isTexture = areEqual(name, "texture");
     const bool isPlain = areEqual(name, "url") || areEqual(name, "source") || areEqual(name, "target");
     if (!isTexture && !isPlain) {
@@ -104,9 +103,8 @@ std::optional<Reference> referenceIn(pugi::xml_node element, pugi::xml_attribute
     return std::nullopt;
 }
 
-std::optional<Reference> referenceInText(pugi::xml_node element, bool isInExtra)
+std::optional<Reference> referenceInText(pugi::xml_node element, const char* const name, bool isInExtra)
 {
-    const char* const name = element.name();
     if (areEqual(name, "skeleton")) {
         return Reference{element, {}, Reference::Form::uri, {"node"}};
     }
@@ -139,11 +137,11 @@ void forEachReference(pugi::xml_node subtree, const std::function<void(const Ref
     while (node) {
         if (node.type() == pugi::node_element) {
             for (const pugi::xml_attribute attribute : node.attributes()) {
-                if (const std::optional<Reference> reference = referenceIn(node, attribute)) {
+                if (const std::optional<Reference> reference = referenceIn(node, attribute, attribute.name())) {
                     use(*reference);
                 }
             }
-            if (const std::optional<Reference> reference = referenceInText(node, extras > 0)) {
+            if (const std::optional<Reference> reference = referenceInText(node, node.name(), extras > 0)) {
                 use(*reference);
             }
         }

@@ -30,10 +30,12 @@ struct Reference {
 };
 
 /// The reference in an attribute; nothing in most.
-std::optional<Reference> referenceIn(pugi::xml_node element, pugi::xml_attribute attribute);
+/// @param name of the attribute
+std::optional<Reference> referenceIn(pugi::xml_node element, pugi::xml_attribute attribute, const char* name);
 /// The reference in the text of an element; nothing in most.
+/// @param name of the element
 /// @param isInExtra whether the element is below an `<extra>`
-std::optional<Reference> referenceInText(pugi::xml_node element, bool isInExtra);
+std::optional<Reference> referenceInText(pugi::xml_node element, const char* name, bool isInExtra);
 
 /// Calls `use` for each reference in a subtree, in document order. Sids are none.
 void forEachReference(pugi::xml_node subtree, const std::function<void(const Reference&)>& use);

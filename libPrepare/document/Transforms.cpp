@@ -196,6 +196,12 @@ Matrix4 normalMatrix(const Matrix4& matrix)
     return result;
 }
 
+bool isMainAxis(std::string_view numbers)
+{
+    const std::string_view start = numbers.substr(0, 6);
+    return start == "1 0 0 " || start == "0 1 0 " || start == "0 0 1 ";
+}
+
 bool isTransform(const char* name)
 {
     return transformSize(name) > 0;

@@ -23,6 +23,9 @@ Vector3 transformVector(const Matrix4& matrix, const Vector3& vector);
 /// Normals turn with the inverse transpose; right up to a positive factor for mirrored and for flat matrices, too.
 Matrix4 normalMatrix(const Matrix4& matrix);
 
+/// Whether the text of a `<rotate>` begins with one of the axes that most documents turn about, written as most do.
+bool isMainAxis(std::string_view numbers);
+
 /// Whether an element name is `translate`, `rotate`, `scale`, `matrix`, `lookat` or `skew`.
 bool isTransform(const char* name);
 /// How many numbers such an element holds.

@@ -24,13 +24,6 @@ void replaceByMatrix(Document& document, pugi::xml_node transform)
     setText(transform, text(matrix));
 }
 
-// Whether a list begins with one of the axes that most documents turn about.
-bool isMainAxis(std::string_view numbers)
-{
-    const std::string_view start = numbers.substr(0, 6);
-    return start == "1 0 0 " || start == "0 1 0 " || start == "0 0 1 ";
-}
-
 // The scene graph divides an axis by its length in single precision.
 void repairAxis(Document& document, pugi::xml_node rotate)
 {
@@ -94,6 +87,9 @@ void completeNode(Document& document, pugi::xml_node node, std::vector<pugi::xml
 
 void completeTransforms(Document& document)
 {
+    if (document.census().areTransformsComplete && !document.report().changed) {
+        return; // since nothing has changed, it is as the census found it
+    }
     std::vector<pugi::xml_node> open; // the next one is the last
     std::vector<pugi::xml_node> below;
     for (const pugi::xml_node node : shownScene(document).children("node")) {
