@@ -5,6 +5,7 @@
 
 #include <array>
 #include <string_view>
+#include <vector>
 
 namespace libPrepare {
 
@@ -73,12 +74,14 @@ void writeEscaped(std::string_view text, const SpecialCharacters& special, Outpu
 void writeAttributes(pugi::xml_node node, OutputFile& output)
 {
     static const SpecialCharacters special("&<\"\t\n\r");
-    for (const pugi::xml_attribute attribute : node.attributes()) {
+    pugi::xml_attribute attribute = node.first_attribute();
+    for (const char* name = attribute.name(); *name != '\0'; name = attribute.name()) {
         output.write(" ");
-        output.write(attribute.name());
+        output.write(name);
         output.write("=\"");
         writeEscaped(attribute.value(), special, output);
         output.write("\"");
+        attribute = attribute.next_attribute();
     }
 }
 
@@ -88,16 +91,10 @@ void writeText(pugi::xml_node text, OutputFile& output)
     writeEscaped(text.value(), special, output);
 }
 
-// Writes a node up to its children.
-void writeBegin(pugi::xml_node node, OutputFile& output)
+// Writes a node that is no element.
+void writeLeaf(pugi::xml_node node, pugi::xml_node_type type, OutputFile& output)
 {
-    switch (node.type()) {
-    case pugi::node_element:
-        output.write("<");
-        output.write(node.name());
-        writeAttributes(node, output);
-        output.write(node.first_child() ? ">" : "/>");
-        break;
+    switch (type) {
     case pugi::node_pcdata:
         writeText(node, output);
         break;
@@ -124,6 +121,7 @@ void writeBegin(pugi::xml_node node, OutputFile& output)
         writeAttributes(node, output);
         output.write("?>");
         break;
+    case pugi::node_element:
     case pugi::node_null:
     case pugi::node_document:
     case pugi::node_doctype:
@@ -131,34 +129,41 @@ void writeBegin(pugi::xml_node node, OutputFile& output)
     }
 }
 
-void writeEnd(pugi::xml_node node, OutputFile& output)
+// With as few calls as there can be, since the tree may have millions of elements.
+void writeChildren(pugi::xml_node top, OutputFile& output)
 {
-    if (node.type() == pugi::node_element && node.first_child()) {
-        output.write("</");
-        output.write(node.name());
-        output.write(">");
-    }
-}
-
-void writeSubtree(pugi::xml_node top, OutputFile& output)
-{
-    pugi::xml_node node = top;
-    writeBegin(node, output);
-    for (;;) {
-        if (node.first_child()) {
-            node = node.first_child();
-            writeBegin(node, output);
-            continue;
+    std::vector<pugi::xml_node> open;
+    pugi::xml_node node = top.first_child();
+    while (true) {
+        const pugi::xml_node_type type = node.type();
+        if (type == pugi::node_null) { // after the last child
+            if (open.empty()) {
+                return;
+            }
+            node = open.back();
+            open.pop_back();
+            output.write("</");
+            output.write(node.name());
+            output.write(">");
+        } else if (type == pugi::node_element) {
+            output.write("<");
+            output.write(node.name());
+            writeAttributes(node, output);
+            const pugi::xml_node child = node.first_child();
+            if (child) {
+                output.write(">");
+                open.push_back(node);
+                node = child;
+                continue;
+            }
+            output.write("/>");
+        } else {
+            writeLeaf(node, type, output);
         }
-        while (node != top && !node.next_sibling()) {
-            node = node.parent();
-            writeEnd(node, output);
-        }
-        if (node == top) {
-            return;
+        if (open.empty()) {
+            output.write("\n");
         }
         node = node.next_sibling();
-        writeBegin(node, output);
     }
 }
 
@@ -166,10 +171,7 @@ void writeSubtree(pugi::xml_node top, OutputFile& output)
 
 void writeTree(const pugi::xml_document& document, OutputFile& output)
 {
-    for (const pugi::xml_node child : document.children()) {
-        writeSubtree(child, output);
-        output.write("\n");
-    }
+    writeChildren(document, output);
 }
 
 } // namespace libPrepare
