@@ -19,7 +19,7 @@ public:
     std::int32_t index() const
     {
         const std::int32_t value = fewDigits();
-        return value >= 0 ? value : manyDigits();
+        return value >= 0 ? value : manyDigits(start(), end());
     }
 
     /// At most so many entries are left.
@@ -52,7 +52,8 @@ private:
         return -1;
 #endif
     }
-    std::int32_t manyDigits() const;
+    // Static, as a call on the reader would keep its fields out of registers.
+    static std::int32_t manyDigits(const char* start, const char* end);
 
     const char* m_list;
     WordReader m_words;
