@@ -53,11 +53,6 @@ INSTANTIATE_TEST_SUITE_P(Documents, SurvivedDocumentTest,
 
 // --- documents too large for a file
 
-struct LargeDocument : Row {
-    std::function<std::string()> text;
-    bool loads;
-};
-
 std::string withNodes(const std::string& nodes)
 {
     return "<COLLADA xmlns='http://www.collada.org/2005/11/COLLADASchema' version='1.4.1'>"
@@ -78,7 +73,7 @@ std::string withUnknownAtDepth(std::size_t levels)
                      "</technique></extra></node>");
 }
 
-class LargeDocumentTest : public testing::TestWithParam<LargeDocument> {};
+class LargeDocumentTest : public testing::TestWithParam<Case<std::function<std::string()>, bool>> {};
 
 TEST_P(LargeDocumentTest, LoadsOrIsRefused)
 {
@@ -86,9 +81,9 @@ TEST_P(LargeDocumentTest, LoadsOrIsRefused)
     report.begin(GetParam().name);
     const TortureFolder folder;
     libVideo::Scene scene;
-    const LoadOutcome outcome = loadAndWalk(scene, folder.write(GetParam().text()));
+    const LoadOutcome outcome = loadAndWalk(scene, folder.write(GetParam().given()));
     EXPECT_EQ("", outcome.fault);
-    EXPECT_EQ(outcome.isLoaded, GetParam().loads);
+    EXPECT_EQ(outcome.isLoaded, GetParam().expected);
 }
 
 INSTANTIATE_ROWS(

@@ -31,10 +31,6 @@ using namespace testSupport;
 // The most memory of a process that loads a document, in bytes; nothing if it did not finish.
 std::optional<std::uint64_t> peakOfLoad(const std::string& path);
 
-struct Demand : Row {
-    std::function<std::string()> libraries;
-};
-
 const std::string array = "<float_array id='a' count='3'>1 2 3</float_array>";
 
 std::string source(const std::string& params, unsigned count = 1, unsigned stride = 3);
@@ -44,12 +40,12 @@ std::string triangles(const std::string& sourceText, unsigned inputs, unsigned c
 
 std::string animations(unsigned count, const std::string& inputs, const std::string& sources);
 
-class MemoryBoundTest : public testing::TestWithParam<Demand> {};
+class MemoryBoundTest : public testing::TestWithParam<Case<std::function<std::string()>>> {};
 
 TEST_P(MemoryBoundTest, LoadTakesAFixedMultipleOfTheDocument)
 {
     const std::string text =
-        ColladaBuilder(GetParam().libraries()).addScene("<node id='n'><instance_geometry url='#g'/></node>").text();
+        ColladaBuilder(GetParam().given()).addScene("<node id='n'><instance_geometry url='#g'/></node>").text();
     const TemporaryFile file(text);
     const std::optional<std::uint64_t> taken = peakOfLoad(file.path());
     ASSERT_TRUE(taken) << "the process did not come to its end";

@@ -212,11 +212,7 @@ TEST(SerializableTest, IsMadeCopiedAndAssignedOnlyAsABase)
 
 namespace {
 
-struct TextRow : Row {
-    const char* text;
-};
-
-class SerializableTextTest : public testing::TestWithParam<TextRow> {};
+class SerializableTextTest : public testing::TestWithParam<Case<const char*>> {};
 
 } // namespace
 
@@ -224,31 +220,31 @@ TEST_P(SerializableTextTest, RoundTripsAsElement)
 {
     Array<String> array;
     array.append("before");
-    array.append(GetParam().text);
+    array.append(GetParam().given);
     array.append("behind");
     EXPECT_EQ(roundTrip(array), elements(array));
-    EXPECT_EQ(array[1], String(GetParam().text));
+    EXPECT_EQ(array[1], String(GetParam().given));
 }
 
 TEST_P(SerializableTextTest, RoundTripsAsOnlyElement)
 {
     Array<String> array;
-    array.append(GetParam().text);
-    EXPECT_EQ(std::vector<String>{GetParam().text}, roundTrip(array));
+    array.append(GetParam().given);
+    EXPECT_EQ(std::vector<String>{GetParam().given}, roundTrip(array));
 }
 
 TEST_P(SerializableTextTest, RoundTripsAsName)
 {
     Array<String> array;
     array.append("value");
-    EXPECT_EQ(std::vector<String>{"value"}, roundTrip(array, GetParam().text));
+    EXPECT_EQ(std::vector<String>{"value"}, roundTrip(array, GetParam().given));
     String xml;
-    array.doSerialization(GetParam().text, xml);
+    array.doSerialization(GetParam().given, xml);
     Reader reader;
     String name("unread");
     reader.look = [&name](const XmlElement& element) { name = element.name(); };
     EXPECT_TRUE(reader.deserialize(xml));
-    EXPECT_EQ(name, String(GetParam().text));
+    EXPECT_EQ(name, String(GetParam().given));
 }
 
 INSTANTIATE_ROWS(Rows, SerializableTextTest, {"Empty", ""}, {"Word", "lamp"}, {"Blank", " "},
@@ -432,7 +428,7 @@ TEST(SerializableTest, ClassWithoutOverridesWritesAndReadsAnEmptyObject)
 
 namespace {
 
-class SerializableBadXmlTest : public testing::TestWithParam<TextRow> {};
+class SerializableBadXmlTest : public testing::TestWithParam<Case<const char*>> {};
 
 } // namespace
 
@@ -440,7 +436,7 @@ TEST_P(SerializableBadXmlTest, IsRefusedAndChangesNothing)
 {
     Array<String> array;
     array.append("kept");
-    EXPECT_FALSE(array.deserialize(GetParam().text));
+    EXPECT_FALSE(array.deserialize(GetParam().given));
     EXPECT_EQ(std::vector<String>{"kept"}, elements(array));
 }
 

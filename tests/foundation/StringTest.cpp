@@ -256,27 +256,18 @@ INSTANTIATE_ROWS(Rows, StringNoCaseTest, {"BothEmpty", "", "", 0}, {"SameText", 
 
 namespace {
 
-struct RealRow : Row {
-    const char* text;
-    float value;
-};
+class StringRealTest : public testing::TestWithParam<Case<const char*, float>> {};
 
-class StringRealTest : public testing::TestWithParam<RealRow> {};
-
-struct BadRealRow : Row {
-    const char* text;
-};
-
-class StringBadRealTest : public testing::TestWithParam<BadRealRow> {};
+class StringBadRealTest : public testing::TestWithParam<Case<const char*>> {};
 
 } // namespace
 
 TEST_P(StringRealTest, IsParsed)
 {
     float value = 77.0f;
-    EXPECT_TRUE(String::strToReal32(GetParam().text, value));
-    EXPECT_EQ(value, GetParam().value);
-    EXPECT_EQ(std::signbit(value), std::signbit(GetParam().value));
+    EXPECT_TRUE(String::strToReal32(GetParam().given, value));
+    EXPECT_EQ(value, GetParam().expected);
+    EXPECT_EQ(std::signbit(value), std::signbit(GetParam().expected));
 }
 
 INSTANTIATE_ROWS(Rows, StringRealTest, {"Zero", "0", 0.0f}, {"NegativeZero", "-0", -0.0f}, {"Integer", "42", 42.0f},
@@ -292,7 +283,7 @@ INSTANTIATE_ROWS(Rows, StringRealTest, {"Zero", "0", 0.0f}, {"NegativeZero", "-0
 TEST_P(StringBadRealTest, IsRefusedAndLeavesTheValueAlone)
 {
     float value = 77.0f;
-    EXPECT_FALSE(String::strToReal32(GetParam().text, value));
+    EXPECT_FALSE(String::strToReal32(GetParam().given, value));
     EXPECT_EQ(77.0f, value);
 }
 

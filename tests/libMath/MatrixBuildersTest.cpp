@@ -357,17 +357,13 @@ TEST(LookAtTransformMatrixTest, EyeAtInterestGivesNan)
     expectLastRowOfATransform(m);
 }
 
-struct ParallelCase : Row {
-    float up;
-};
-
-class LookAtParallelTest : public testing::TestWithParam<ParallelCase> {};
+class LookAtParallelTest : public testing::TestWithParam<Case<float>> {};
 
 TEST_P(LookAtParallelTest, UpWithoutADirectionOfItsOwnGivesNan)
 {
     // f = (0, 0, 1), and up × f is zero.
-    const Matrix4 m =
-        lookAtTransformMatrix(Vector3(2.0f, 3.0f, 5.0f), Vector3(2.0f, 3.0f, 1.0f), Vector3(0.0f, 0.0f, GetParam().up));
+    const Matrix4 m = lookAtTransformMatrix(Vector3(2.0f, 3.0f, 5.0f), Vector3(2.0f, 3.0f, 1.0f),
+                                            Vector3(0.0f, 0.0f, GetParam().given));
     for (unsigned r = 0; r < 3; ++r) {
         EXPECT_TRUE(std::isnan(m[4 * r])) << "row " << r;
         EXPECT_TRUE(std::isnan(m[4 * r + 1])) << "row " << r;

@@ -691,16 +691,11 @@ TEST(AccessorTest, NullElementIsMisuseAndChangesNothing)
 
 // --- a source that is no float array ---
 
-struct WrongSourceCase : Row {
-    const char* source; ///< with the attribute's name
-    const char* line;
-};
-
-class AccessorWrongSourceTest : public testing::TestWithParam<WrongSourceCase> {};
+class AccessorWrongSourceTest : public testing::TestWithParam<Case<const char*, const char*>> {};
 
 TEST_P(AccessorWrongSourceTest, GivesOneLineAndOnlyTheCount)
 {
-    SourceDocument document("1 2 3 4 5 6", std::string("count='4' offset='1' stride='3' ") + GetParam().source,
+    SourceDocument document("1 2 3 4 5 6", std::string("count='4' offset='1' stride='3' ") + GetParam().given,
                             PARAMS_XYZ);
     const LogCapture log;
     AccessorFloat accessor;
@@ -708,7 +703,7 @@ TEST_P(AccessorWrongSourceTest, GivesOneLineAndOnlyTheCount)
     ASSERT_EQ(1u, log.lines().size());
     EXPECT_EQ("libVideo.accessor", log.lines()[0].channel);
     EXPECT_EQ(3, log.lines()[0].priority);
-    EXPECT_EQ(GetParam().line, log.lines()[0].words());
+    EXPECT_EQ(GetParam().expected, log.lines()[0].words());
     EXPECT_EQ(4u, accessor.count());
     EXPECT_EQ(0u, accessor.stride());
     EXPECT_EQ(0u, offsetOf(accessor));
@@ -721,7 +716,7 @@ TEST_P(AccessorWrongSourceTest, GivesOneLineAndOnlyTheCount)
 
 TEST_P(AccessorWrongSourceTest, ReadsGiveTheEmptyListAndALineEach)
 {
-    SourceDocument document("1 2 3", std::string("count='4' ") + GetParam().source, PARAMS_XYZ);
+    SourceDocument document("1 2 3", std::string("count='4' ") + GetParam().given, PARAMS_XYZ);
     LogCapture log("libVideo.accessor");
     AccessorFloat accessor;
     EXPECT_FALSE(accessor.createFromCollada(document.accessor()));
@@ -735,11 +730,11 @@ TEST_P(AccessorWrongSourceTest, ReadsGiveTheEmptyListAndALineEach)
 
 TEST_P(AccessorWrongSourceTest, TypesOfItsParamsAreNotAsked)
 {
-    SourceDocument document("1 2 3", std::string("count='4' ") + GetParam().source, "<param name='X' type='int'/>");
+    SourceDocument document("1 2 3", std::string("count='4' ") + GetParam().given, "<param name='X' type='int'/>");
     const LogCapture log("libVideo.accessor");
     AccessorFloat accessor;
     EXPECT_FALSE(accessor.createFromCollada(document.accessor()));
-    EXPECT_EQ(GetParam().line, log.text());
+    EXPECT_EQ(GetParam().expected, log.text());
 }
 
 INSTANTIATE_ROWS(Documents, AccessorWrongSourceTest,

@@ -851,22 +851,17 @@ TEST(AnimationTest, TargetsAreReturnedAsCopies)
 
 // ---- the two tables of words
 
-struct WordCase : Row {
-    const char* word;
-    libVideo::InterpolationType type;
-};
-
-class AnimationWordTest : public testing::TestWithParam<WordCase> {};
+class AnimationWordTest : public testing::TestWithParam<Case<const char*, libVideo::InterpolationType>> {};
 
 TEST_P(AnimationWordTest, GivesItsInterpolationType)
 {
     // The first record shows that the second is not just left as it was made.
-    Outcome loaded(curveOf("INTERPOLATION", names("a", std::string("HERMITE ") + GetParam().word, 2)));
+    Outcome loaded(curveOf("INTERPOLATION", names("a", std::string("HERMITE ") + GetParam().given, 2)));
     EXPECT_TRUE(loaded.result);
     EXPECT_EQ("", loaded.text);
     ASSERT_EQ(2u, loaded.animation.getCount());
     EXPECT_EQ(libVideo::HERMITE, recordsOf(loaded.animation)[0].interpolation);
-    EXPECT_EQ(GetParam().type, recordsOf(loaded.animation)[1].interpolation);
+    EXPECT_EQ(GetParam().expected, recordsOf(loaded.animation)[1].interpolation);
 }
 
 INSTANTIATE_ROWS(Words, AnimationWordTest, {"Step", "STEP", libVideo::STEP},

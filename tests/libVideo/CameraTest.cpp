@@ -313,19 +313,14 @@ INSTANTIATE_ROWS(Documents, CameraFailureTest, {"NoOptics", "", noTechnique, fal
                  {"NoNear", optics(std::string(angles) + "<zfar sid='f'>100</zfar>"), noNear, false},
                  {"NoFar", optics(std::string(angles) + "<znear sid='n'>0.5</znear>"), noFar, true});
 
-struct NamelessCase : Row {
-    std::string optics;
-    const char* words;
-};
-
-class NamelessCameraTest : public testing::TestWithParam<NamelessCase> {};
+class NamelessCameraTest : public testing::TestWithParam<Case<std::string, const char*>> {};
 
 TEST_P(NamelessCameraTest, LineShowsTheNameAndNeverTheId)
 {
-    CameraDocument document(GetParam().optics, "id='eye'");
+    CameraDocument document(GetParam().given, "id='eye'");
     const LogCapture log;
     const PerspectiveCamera camera(document.camera(), document.dae());
-    expectLine(GetParam().words, log);
+    expectLine(GetParam().expected, log);
 }
 
 INSTANTIATE_ROWS(Documents, NamelessCameraTest,
@@ -417,18 +412,14 @@ TEST(CameraTest, NullElementThrowsNullPointer)
     expectFloats(before, camera.projectionMatrix());
 }
 
-struct AllocationCase : Row {
-    const char* angles;
-    const char* order; ///< parameters by letter: near, far, x, y, aspect ratio
-};
-
-class CameraAllocationTest : public testing::TestWithParam<AllocationCase> {};
+/// Of the angles that a camera has, gives its parameters by letter: near, far, x, y, aspect ratio.
+class CameraAllocationTest : public testing::TestWithParam<Case<const char*, const char*>> {};
 
 TEST_P(CameraAllocationTest, LoadThatRunsOutOfMemoryHasMadeTheParametersInTheirOrder)
 {
-    CameraDocument document(opticsWith(GetParam().angles));
+    CameraDocument document(opticsWith(GetParam().given));
     const CameraRef element = document.camera();
-    const std::string order = GetParam().order;
+    const std::string order = GetParam().expected;
     std::vector<std::string> reached;
     for (long successes = 0;; ++successes) {
         PerspectiveCamera camera = unreadCamera();
@@ -720,16 +711,11 @@ TEST(CameraTest, VerticalScaleIsTheHorizontalOneDividedByTheAspectRatio)
     EXPECT_EQ(0.5f * matrix[0], matrix[5]);
 }
 
-struct NumberCase : Row {
-    std::string perspective;
-    Floats expected;
-};
-
-class CameraNumberTest : public testing::TestWithParam<NumberCase> {};
+class CameraNumberTest : public testing::TestWithParam<Case<std::string, Floats>> {};
 
 TEST_P(CameraNumberTest, ProjectionIsComputedInDoubleAndNarrowedAtEachStore)
 {
-    CameraDocument document(optics(GetParam().perspective));
+    CameraDocument document(optics(GetParam().given));
     PerspectiveCamera camera = unreadCamera();
     const LogCapture log;
     EXPECT_TRUE(camera.createFromCollada(document.camera(), document.dae()));
@@ -908,17 +894,14 @@ TEST(CameraTest, EvaluationOverwritesATransform)
     expectFloats(projection(scaleOf(70.0), scaleOf(40.0), 0.5, 200.0), camera.projectionMatrix(0.0));
 }
 
-struct EvaluationCase : Row {
-    std::vector<std::pair<const char*, const char*>> animations; ///< sid and values
-    Floats expected;                                             ///< at the mean time
-};
-
-class CameraEvaluationTest : public testing::TestWithParam<EvaluationCase> {};
+/// Given are the sid and the values of each animation, expected is the matrix at the mean time.
+class CameraEvaluationTest
+    : public testing::TestWithParam<Case<std::vector<std::pair<const char*, const char*>>, Floats>> {};
 
 TEST_P(CameraEvaluationTest, WhatNoAnimationSetsIsZero)
 {
     PerspectiveCamera camera = load(optics(namedOptics));
-    for (const auto& animation : GetParam().animations) {
+    for (const auto& animation : GetParam().given) {
         camera.addAnimation(curve(animation.first, animation.second));
     }
     const LogCapture log;

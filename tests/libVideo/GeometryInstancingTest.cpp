@@ -339,17 +339,13 @@ TEST(GeometryInstancingTest, GeometryThatFailsToBuildIsTriedAnewByEachInstance)
     EXPECT_EQ(1u, nodeOf(world.scene, "m").useCount());
 }
 
-struct UrlCase : Row {
-    const char* attribute;
-};
-
-class InstanceUrlTest : public testing::TestWithParam<UrlCase> {};
+class InstanceUrlTest : public testing::TestWithParam<Case<const char*>> {};
 
 TEST_P(InstanceUrlTest, WhatIsNoGeometryIsLoggedAndTheNextInstanceGoesOn)
 {
     const std::string materials =
         "<bind_material><technique_common>" + bound("symbol", "blinn") + "</technique_common></bind_material>";
-    World world(node("n", "<instance_geometry " + std::string(GetParam().attribute) + ">" + materials +
+    World world(node("n", "<instance_geometry " + std::string(GetParam().given) + ">" + materials +
                               "</instance_geometry>" + instanceOf("#one")));
     const LogCapture log;
     EXPECT_TRUE(world.load());
@@ -460,15 +456,11 @@ TEST(GeometryInstancingTest, AllBindingsOfAnInstanceAreTaken)
     EXPECT_EQ(Texts{}, log.messages());
 }
 
-struct BindingCase : Row {
-    std::string binding;
-};
-
-class NoBindingTest : public testing::TestWithParam<BindingCase> {};
+class NoBindingTest : public testing::TestWithParam<Case<std::string>> {};
 
 TEST_P(NoBindingTest, RegistersNothingAndTheGeometryAllTheSame)
 {
-    World world(node("n", "<instance_geometry url='#one'>" + GetParam().binding + "</instance_geometry>"));
+    World world(node("n", "<instance_geometry url='#one'>" + GetParam().given + "</instance_geometry>"));
     const LogCapture log;
     EXPECT_TRUE(world.load());
     EXPECT_EQ(Keys{}, symbols(world.scene));

@@ -125,32 +125,27 @@ TEST(MeshTest, IdHandsOutTheField)
     EXPECT_EQ(vesk::String("field"), mesh.id());
 }
 
-struct MeshKind : Row {
-    std::string content; ///< all below `<mesh>`
-    unsigned primitives;
-};
-
-class AnyMeshTest : public testing::TestWithParam<MeshKind> {};
+class AnyMeshTest : public testing::TestWithParam<Case<std::string, unsigned>> {};
 
 TEST_P(AnyMeshTest, AlwaysLoads)
 {
-    GeometryDocument document("<mesh>" + GetParam().content + "</mesh>");
+    GeometryDocument document("<mesh>" + GetParam().given + "</mesh>");
     const LogCapture log;
     Mesh mesh;
     EXPECT_TRUE(mesh.createFromCollada(document.mesh()));
-    EXPECT_EQ(GetParam().primitives, mesh.primitives().size());
+    EXPECT_EQ(GetParam().expected, mesh.primitives().size());
 }
 
 TEST_P(AnyMeshTest, MakesItsGeometryLoadWithoutALineOfTheGeometry)
 {
-    GeometryDocument document("<mesh>" + GetParam().content + "</mesh>");
+    GeometryDocument document("<mesh>" + GetParam().given + "</mesh>");
     const LogCapture log("libVideo.geometry");
     Geometry geometry;
     EXPECT_TRUE(geometry.createFromCollada(document.geometry()));
     EXPECT_EQ(Texts(), log.messages());
     EXPECT_EQ(vesk::String("shape"), geometry.id());
     EXPECT_EQ(vesk::String("Shape"), geometry.name());
-    EXPECT_EQ(GetParam().primitives, geometry.mesh().primitives().size());
+    EXPECT_EQ(GetParam().expected, geometry.mesh().primitives().size());
 }
 
 INSTANTIATE_ROWS(Meshes, AnyMeshTest, {"WithTriangles", basics + twoLists, 2},
@@ -307,11 +302,11 @@ TEST(GeometryTest, NullThrowsNullPointer)
     EXPECT_EQ(Texts(), log.messages());
 }
 
-class GeometryWithoutMeshTest : public testing::TestWithParam<std::pair<const char*, const char*>> {};
+class GeometryWithoutMeshTest : public testing::TestWithParam<Case<const char*>> {};
 
 TEST_P(GeometryWithoutMeshTest, IsLoggedOnceAndFails)
 {
-    GeometryDocument document(GetParam().second);
+    GeometryDocument document(GetParam().given);
     const LogCapture log;
     Geometry geometry;
     EXPECT_FALSE(geometry.createFromCollada(document.geometry()));
@@ -321,14 +316,10 @@ TEST_P(GeometryWithoutMeshTest, IsLoggedOnceAndFails)
     EXPECT_EQ(0u, geometry.mesh().primitives().size());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Geometries, GeometryWithoutMeshTest,
-    testing::Values(std::make_pair("ConvexMesh", "<convex_mesh convex_hull_of='#other'/>"),
-                    std::make_pair("Spline",
-                                   "<spline><control_vertices><input semantic='POSITION' source='#positions'/>"
-                                   "</control_vertices></spline>"),
-                    std::make_pair("Nothing", "")),
-    [](const auto& test) { return std::string(test.param.first); });
+INSTANTIATE_ROWS(Geometries, GeometryWithoutMeshTest, {"ConvexMesh", "<convex_mesh convex_hull_of='#other'/>"},
+                 {"Spline", "<spline><control_vertices><input semantic='POSITION' source='#positions'/>"
+                            "</control_vertices></spline>"},
+                 {"Nothing", ""});
 
 TEST(GeometryTest, ExceptionLeavesIdAndNameEmptyAndTheMeshAsFarAsItGot)
 {

@@ -290,20 +290,15 @@ TEST(InputLocalTest, TwoInputsOfOneSourceReadTwoObjects)
     EXPECT_EQ((Floats{10, 11, 12, 10, 11, 12}), floatsOf(local.data(1)));
 }
 
-struct WordCase : Row {
-    const char* word;
-    unsigned semantic;
-};
-
-class InputWordTest : public testing::TestWithParam<WordCase> {};
+class InputWordTest : public testing::TestWithParam<Case<const char*, unsigned>> {};
 
 TEST_P(InputWordTest, WordGivesTheSemanticOfTheLayout)
 {
-    MeshDocument document(inputXml(GetParam().word, "positions"), inputXml(GetParam().word, "positions", "0"), "0");
+    MeshDocument document(inputXml(GetParam().given, "positions"), inputXml(GetParam().given, "positions", "0"), "0");
     const LogCapture log;
     const InputLocal local(document.vertices());
     const InputLocalOffset offset(document.triangles(), document.p());
-    const Texts expected{std::to_string(GetParam().semantic) + " 12 0 3 0"};
+    const Texts expected{std::to_string(GetParam().expected) + " 12 0 3 0"};
     EXPECT_EQ(expected, layoutOf(local));
     EXPECT_EQ(expected, layoutOf(offset));
     EXPECT_EQ(Texts(), log.messages());
@@ -315,19 +310,14 @@ INSTANTIATE_ROWS(Words, InputWordTest, {"Binormal", "BINORMAL", 0}, {"Weight", "
                  {"Interpolation", "INTERPOLATION", 12}, {"InTangent", "IN_TANGENT", 13},
                  {"OutTangent", "OUT_TANGENT", 14}, {"SmallLetters", "position", 5}, {"MixedLetters", "TexCoord", 9});
 
-struct SkipCase : Row {
-    const char* xml;
-    Texts lines;
-};
-
-class InputLocalSkipTest : public testing::TestWithParam<SkipCase> {};
+class InputLocalSkipTest : public testing::TestWithParam<Case<const char*, Texts>> {};
 
 TEST_P(InputLocalSkipTest, InputIsSkippedAndTheOthersCloseUp)
 {
-    MeshDocument document(position + GetParam().xml + texcoord, "", nullptr, sourceXml("empty", ""));
+    MeshDocument document(position + GetParam().given + texcoord, "", nullptr, sourceXml("empty", ""));
     const LogCapture log;
     InputLocal input(document.vertices());
-    EXPECT_EQ(GetParam().lines, log.messages());
+    EXPECT_EQ(GetParam().expected, log.messages());
     EXPECT_EQ((Texts{"positions", "texcoords"}), sourcesOf(input));
     EXPECT_EQ((Texts{"5 12 0 3 0", "9 8 12 2 0"}), layoutOf(input));
     EXPECT_EQ(20u, input.bytePerAccess());
@@ -336,10 +326,10 @@ TEST_P(InputLocalSkipTest, InputIsSkippedAndTheOthersCloseUp)
 
 TEST_P(InputLocalSkipTest, InputAloneFailsTheLoadWithOneLineMore)
 {
-    MeshDocument document(GetParam().xml, "", nullptr, sourceXml("empty", ""));
+    MeshDocument document(GetParam().given, "", nullptr, sourceXml("empty", ""));
     const LogCapture log;
     InputLocal input(document.vertices());
-    Texts lines = GetParam().lines;
+    Texts lines = GetParam().expected;
     lines.push_back(loadFailedLine);
     EXPECT_EQ(lines, log.messages());
     EXPECT_FALSE(input.hasData());
@@ -925,15 +915,15 @@ TEST(InputLocalOffsetTest, BareSourcesUnderVerticesAreOfNoSize)
 
 // --- skipped inputs ---
 
-class InputLocalOffsetSkipTest : public testing::TestWithParam<SkipCase> {};
+class InputLocalOffsetSkipTest : public testing::TestWithParam<Case<const char*, Texts>> {};
 
 TEST_P(InputLocalOffsetSkipTest, InputIsSkippedAndItsOffsetStays)
 {
-    MeshDocument document(inputXml("UV", "normals"), GetParam().xml + normalAt1 + texcoordAt2, "3 1 2 0 2 3",
+    MeshDocument document(inputXml("UV", "normals"), GetParam().given + normalAt1 + texcoordAt2, "3 1 2 0 2 3",
                           sourceXml("empty", ""));
     const LogCapture log;
     InputLocalOffset input(document.triangles(), document.p());
-    EXPECT_EQ(GetParam().lines, log.messages());
+    EXPECT_EQ(GetParam().expected, log.messages());
     EXPECT_TRUE(input.hasData());
     EXPECT_EQ((Texts{"normals", "texcoords"}), sourcesOf(input));
     EXPECT_EQ((Texts{"4 12 0 3 0", "9 8 12 2 0"}), layoutOf(input));
@@ -948,10 +938,10 @@ TEST_P(InputLocalOffsetSkipTest, InputIsSkippedAndItsOffsetStays)
 
 TEST_P(InputLocalOffsetSkipTest, InputAloneFailsTheLoadWithOneLineMore)
 {
-    MeshDocument document(inputXml("UV", "normals"), GetParam().xml, "3 1 2", sourceXml("empty", ""));
+    MeshDocument document(inputXml("UV", "normals"), GetParam().given, "3 1 2", sourceXml("empty", ""));
     const LogCapture log;
     InputLocalOffset input(document.triangles(), document.p());
-    Texts lines = GetParam().lines;
+    Texts lines = GetParam().expected;
     lines.push_back(loadFailedLine);
     EXPECT_EQ(lines, log.messages());
     EXPECT_FALSE(input.hasData());

@@ -318,30 +318,25 @@ TEST(LightInstancingTest, ResultIsTheSizeOfBothListsOverAllNodes)
 }
 
 // A url that leads to no light: the lights of the node after it are skipped.
-struct StopCase : Row {
-    const char* instance;
-    const char* words;
-};
-
-class LightInstancingStopTest : public testing::TestWithParam<StopCase> {};
+class LightInstancingStopTest : public testing::TestWithParam<Case<const char*, const char*>> {};
 
 TEST_P(LightInstancingStopTest, SkipsTheRestOfTheNodeAndOtherNodesGoOn)
 {
     Loaded document(library("library_cameras", camera("eye")) +
                         library("library_lights", light("a", "point") + light("b", "point") + spot("c")),
                     node("before", instanceLight("b")) +
-                        node("n", instanceLight("a") + GetParam().instance + instanceLight("b") + instanceLight("c") +
+                        node("n", instanceLight("a") + GetParam().given + instanceLight("b") + instanceLight("c") +
                                       instanceCamera("eye")) +
                         node("after", instanceLight("b") + instanceLight("c")) + aim);
     EXPECT_EQ("b@before a@n b@after", document.pointLightList());
     EXPECT_EQ("c@after", document.spotLightList());
     EXPECT_EQ("eye@n", document.cameraList());
-    expectLines(document, document.log(), "libVideo.visualScene", GetParam().words);
+    expectLines(document, document.log(), "libVideo.visualScene", GetParam().expected);
 
     document.log().clear();
     EXPECT_EQ(0u, document.addLights("after", "n")) << "whatever the lists hold";
     EXPECT_EQ("b@before a@n b@after a@after", document.pointLightList()) << "what was made stays";
-    EXPECT_EQ(GetParam().words, document.lines());
+    EXPECT_EQ(GetParam().expected, document.lines());
     EXPECT_EQ(6u, document.addLights("n", "before"));
 }
 

@@ -391,22 +391,17 @@ INSTANTIATE_ROWS(Colors, MaterialColorTest, {"AlphaIsNotKept", "0.25 0.5 0.75 0.
                  {"NoNumber", "", white, shortColor}, {"OneNumber", "0.5", white, shortColor},
                  {"TwoNumbers", "0.25 0.5", white, shortColor});
 
-struct NumberCase : Row {
-    const char* content;
-    float value;
-};
-
-class MaterialCoefficientTest : public testing::TestWithParam<NumberCase> {};
+class MaterialCoefficientTest : public testing::TestWithParam<Case<const char*, float>> {};
 
 TEST_P(MaterialCoefficientTest, ShininessTakesItsFloat)
 {
     const LogCapture log;
-    Document document(std::vector<std::string>{tagged("blinn", tagged("shininess", GetParam().content)),
-                                               tagged("phong", tagged("shininess", GetParam().content))});
+    Document document(std::vector<std::string>{tagged("blinn", tagged("shininess", GetParam().given)),
+                                               tagged("phong", tagged("shininess", GetParam().given))});
     for (const unsigned of : {0u, 1u}) {
         BlinnMaterial material;
         document.loadInto(material, of);
-        EXPECT_EQ(GetParam().value, material.component().shininess);
+        EXPECT_EQ(GetParam().expected, material.component().shininess);
         EXPECT_EQ(0.0f, material.component().transparency);
     }
     EXPECT_TRUE(log.lines().empty());
@@ -415,12 +410,12 @@ TEST_P(MaterialCoefficientTest, ShininessTakesItsFloat)
 TEST_P(MaterialCoefficientTest, TransparencyTakesItsFloat)
 {
     const LogCapture log;
-    Document document(std::vector<std::string>{tagged("blinn", tagged("transparency", GetParam().content)),
-                                               tagged("phong", tagged("transparency", GetParam().content))});
+    Document document(std::vector<std::string>{tagged("blinn", tagged("transparency", GetParam().given)),
+                                               tagged("phong", tagged("transparency", GetParam().given))});
     for (const unsigned of : {0u, 1u}) {
         BlinnMaterial material;
         document.loadInto(material, of);
-        EXPECT_EQ(GetParam().value, material.component().transparency);
+        EXPECT_EQ(GetParam().expected, material.component().transparency);
         EXPECT_EQ(0.0f, material.component().shininess);
     }
     EXPECT_TRUE(log.lines().empty());

@@ -306,12 +306,12 @@ TEST(NodeTest, EachKindBecomesAnObjectOfItsClassInDocumentOrder)
 }
 
 // Eye and interest both come from the first three numbers, so even a proper look-at is not a number.
-class NodeLookatTest : public testing::TestWithParam<std::pair<const char*, const char*>> {};
+class NodeLookatTest : public testing::TestWithParam<Case<const char*>> {};
 
 TEST_P(NodeLookatTest, GivesNaNThroughoutAndNoTransformation)
 {
     const LogCapture log;
-    const Node built = read(node(GetParam().second));
+    const Node built = read(node(GetParam().given));
 
     EXPECT_TRUE(isNotANumberThroughout(built.transform()));
     for (const TransformationHandle& transformation : transformationsOf(built)) {
@@ -320,14 +320,10 @@ TEST_P(NodeLookatTest, GivesNaNThroughoutAndNoTransformation)
     EXPECT_EQ("", log.text());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Documents, NodeLookatTest,
-    testing::Values(std::make_pair("Alone", "<lookat sid='look'>0 0 5 0 0 0 0 1 0</lookat>"),
-                    std::make_pair("First", "<lookat sid='look'>0 0 5 0 0 0 0 1 0</lookat><scale>2 2 2</scale>"),
-                    std::make_pair("Last", "<translate>1 2 3</translate><lookat sid='look'>0 0 5 0 0 0 0 1 0</lookat>"),
-                    std::make_pair("TwoValues", "<lookat sid='look'>0 5</lookat>"),
-                    std::make_pair("NoValues", "<lookat sid='look'/>")),
-    [](const auto& row) { return row.param.first; });
+INSTANTIATE_ROWS(Documents, NodeLookatTest, {"Alone", "<lookat sid='look'>0 0 5 0 0 0 0 1 0</lookat>"},
+                 {"First", "<lookat sid='look'>0 0 5 0 0 0 0 1 0</lookat><scale>2 2 2</scale>"},
+                 {"Last", "<translate>1 2 3</translate><lookat sid='look'>0 0 5 0 0 0 0 1 0</lookat>"},
+                 {"TwoValues", "<lookat sid='look'>0 5</lookat>"}, {"NoValues", "<lookat sid='look'/>"});
 
 TEST(NodeTest, LookatAddsNoObjectThatAnAnimationCouldReach)
 {
@@ -722,14 +718,14 @@ TEST(NodeTest, AddAnimationReachesOnlyTheFirstOfEqualSids)
     EXPECT_TRUE(isNear(identity, *transformationsOf(built)[1]->transformation()));
 }
 
-class NodeMissedTargetTest : public testing::TestWithParam<std::pair<const char*, const char*>> {};
+class NodeMissedTargetTest : public testing::TestWithParam<Case<const char*>> {};
 
 TEST_P(NodeMissedTargetTest, AddAnimationIsFalseAndChangesNothing)
 {
     const LogCapture log;
     Node built = read(node("<rotate sid='rotateX'>0 0 1 0</rotate><translate sid='t'>1 2 3</translate>"
                            "<skew sid='k'>45 0 1 0 1 0 0</skew>"));
-    const AnimationHandle missed = loadedCurve(GetParam().second, "1 3", "0 180");
+    const AnimationHandle missed = loadedCurve(GetParam().given, "1 3", "0 180");
 
     EXPECT_FALSE(built.addAnimation(missed));
     EXPECT_FALSE(built.hasAnimation());
@@ -737,13 +733,9 @@ TEST_P(NodeMissedTargetTest, AddAnimationIsFalseAndChangesNothing)
     EXPECT_EQ("", log.text());
 }
 
-INSTANTIATE_TEST_SUITE_P(Targets, NodeMissedTargetTest,
-                         testing::Values(std::make_pair("Unknown", "n/other"),
-                                         std::make_pair("OtherCase", "n/rotatex.ANGLE"),
-                                         std::make_pair("Longer", "n/rotateXY"), std::make_pair("Shorter", "n/rotate"),
-                                         std::make_pair("Subscript", "n/t(0)"), std::make_pair("Skew", "n/k"),
-                                         std::make_pair("EmptyButAllHaveSids", "n/")),
-                         [](const auto& row) { return row.param.first; });
+INSTANTIATE_ROWS(Targets, NodeMissedTargetTest, {"Unknown", "n/other"}, {"OtherCase", "n/rotatex.ANGLE"},
+                 {"Longer", "n/rotateXY"}, {"Shorter", "n/rotate"}, {"Subscript", "n/t(0)"}, {"Skew", "n/k"},
+                 {"EmptyButAllHaveSids", "n/"});
 
 TEST(NodeTest, AddAnimationToAnEmptyListIsFalse)
 {

@@ -1652,29 +1652,27 @@ TEST(PointCloudTest, FewClaimedRecordsBehindTheArrayAreZero)
     EXPECT_EQ((Floats{1.5f, 2.5f, 0, 0, 0}), floats(cloud));
 }
 
-class PointCloudClaimTest : public testing::TestWithParam<std::pair<const char*, unsigned>> {};
+class PointCloudClaimTest : public testing::TestWithParam<Case<const char*, unsigned>> {};
 
 TEST_P(PointCloudClaimTest, UnbackedPointsEndAt1048576)
 {
-    MeshDocument document(source("heights", "1.5 2.5", GetParam().first, 1, floatParams(1)) +
+    MeshDocument document(source("heights", "1.5 2.5", GetParam().given, 1, floatParams(1)) +
                           vertices(local("POSITION", "heights")));
     const LogCapture log;
     PointCloud cloud;
     EXPECT_TRUE(cloud.createFromCollada(document.vertices()));
     EXPECT_EQ((Texts{shortArray}), log.messages());
     EXPECT_EQ(libVideo::PRIMITIVE_POINT_CLOUD, cloud.type());
-    EXPECT_EQ(GetParam().second, cloud.count());
-    EXPECT_EQ(4u * GetParam().second, cloud.totalByteSize());
-    Floats expected(GetParam().second, 0.0f);
+    EXPECT_EQ(GetParam().expected, cloud.count());
+    EXPECT_EQ(4u * GetParam().expected, cloud.totalByteSize());
+    Floats expected(GetParam().expected, 0.0f);
     expected[0] = 1.5f;
     expected[1] = 2.5f;
     EXPECT_TRUE(expected == floats(cloud));
 }
 
-INSTANTIATE_TEST_SUITE_P(Claims, PointCloudClaimTest,
-                         testing::Values(std::make_pair("1048575", 1048575u), std::make_pair("1048576", 1048576u),
-                                         std::make_pair("1048577", 1048576u), std::make_pair("4294967295", 1048576u)),
-                         [](const auto& test) { return std::string("Of") + test.param.first; });
+INSTANTIATE_ROWS(Claims, PointCloudClaimTest, {"Of1048575", "1048575", 1048575}, {"Of1048576", "1048576", 1048576},
+                 {"Of1048577", "1048577", 1048576}, {"Of4294967295", "4294967295", 1048576});
 
 std::string manyFloats(unsigned count)
 {
@@ -1903,15 +1901,11 @@ TEST(CreatePrimitiveTest, MeshWithoutVerticesHasAnEmptyPointCloud)
     EXPECT_EQ(libVideo::PRIMITIVE_INVALID, primitives[0]->type());
 }
 
-struct OtherKind : Row {
-    const char* content;
-};
-
-class CreatePrimitiveOtherKindTest : public testing::TestWithParam<OtherKind> {
+class CreatePrimitiveOtherKindTest : public testing::TestWithParam<Case<const char*>> {
 protected:
     std::string element() const
     {
-        return std::string("<") + GetParam().name + " count='1'>" + vertexInput + GetParam().content + "</" +
+        return std::string("<") + GetParam().name + " count='1'>" + vertexInput + GetParam().given + "</" +
                GetParam().name + ">";
     }
 };

@@ -472,11 +472,11 @@ TEST(SceneTest, UpTransformOverTheIdentityTurnsXToYAndZToMinusY)
     EXPECT_EQ((Elements{1, 0, 0, 0, 0, 0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1}), elements(sceneUpTransform(second)));
 }
 
-class SceneAssetTest : public testing::TestWithParam<std::pair<const char*, const char*>> {};
+class SceneAssetTest : public testing::TestWithParam<Case<const char*>> {};
 
 TEST_P(SceneAssetTest, HasNoEffectOnTheNumbers)
 {
-    const TemporaryFile file(whole(animations + nodes + showsScene, GetParam().second));
+    const TemporaryFile file(whole(animations + nodes + showsScene, GetParam().given));
     const LogCapture quiet;
     Scene scene;
     EXPECT_EQ(zero, elements(sceneUpTransform(scene)));
@@ -489,12 +489,9 @@ TEST_P(SceneAssetTest, HasNoEffectOnTheNumbers)
     EXPECT_EQ(translated(11.5f, 22.25f, 27.0f), elements(std::as_const(*firstNode(scene).children()[0]).transform()));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Assets, SceneAssetTest,
-    testing::Values(std::make_pair("None", ""), std::make_pair("XUp", "<up_axis>X_UP</up_axis>"),
-                    std::make_pair("YUp", "<up_axis>Y_UP</up_axis>"), std::make_pair("ZUp", "<up_axis>Z_UP</up_axis>"),
-                    std::make_pair("Centimetres", "<unit name='centimeter' meter='0.01'/><up_axis>Z_UP</up_axis>")),
-    [](const auto& row) { return row.param.first; });
+INSTANTIATE_ROWS(Assets, SceneAssetTest, {"None", ""}, {"XUp", "<up_axis>X_UP</up_axis>"},
+                 {"YUp", "<up_axis>Y_UP</up_axis>"}, {"ZUp", "<up_axis>Z_UP</up_axis>"},
+                 {"Centimetres", "<unit name='centimeter' meter='0.01'/><up_axis>Z_UP</up_axis>"});
 
 TEST(SceneTest, DocumentWithoutAssetLoads)
 {
@@ -505,11 +502,11 @@ TEST(SceneTest, DocumentWithoutAssetLoads)
 }
 
 // A file is opened whatever its name, and the name is shown as given.
-class ScenePathTest : public testing::TestWithParam<std::pair<const char*, const char*>> {};
+class ScenePathTest : public testing::TestWithParam<Case<const char*>> {};
 
 TEST_P(ScenePathTest, ExistingFileOpens)
 {
-    const TemporaryFile file(good, GetParam().second);
+    const TemporaryFile file(good, GetParam().given);
     const LogCapture log("libVideo.scene");
     Scene scene;
     EXPECT_TRUE(load(scene, file.path()));
@@ -519,19 +516,19 @@ TEST_P(ScenePathTest, ExistingFileOpens)
 
 TEST_P(ScenePathTest, ExistingFileOpensByARelativePath)
 {
-    const TemporaryFile file(good, GetParam().second);
+    const TemporaryFile file(good, GetParam().given);
     const WorkingDirectory restored;
     WorkingDirectory::change(file.folder());
     const LogCapture quiet;
     Scene scene;
-    EXPECT_TRUE(load(scene, GetParam().second));
+    EXPECT_TRUE(load(scene, GetParam().given));
     expectGood(scene);
 }
 
 TEST_P(ScenePathTest, FolderMayHaveTheNameToo)
 {
     const TemporaryFile place("", "empty");
-    const std::filesystem::path folder = place.folder() / GetParam().second;
+    const std::filesystem::path folder = place.folder() / GetParam().given;
     std::filesystem::create_directory(folder);
     std::ofstream(folder / "document.dae", std::ios::binary) << good;
     const LogCapture quiet;
@@ -549,22 +546,16 @@ TEST_P(ScenePathTest, FolderMayHaveTheNameToo)
 TEST_P(ScenePathTest, MissingFileIsShownAsGiven)
 {
     const TemporaryFile place("", "empty");
-    expectRefused((place.folder() / GetParam().second).string());
+    expectRefused((place.folder() / GetParam().given).string());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Names, ScenePathTest,
-    testing::Values(std::make_pair("Blank", "a b.dae"), std::make_pair("BlanksAtTheEnds", " a "),
-                    std::make_pair("Accent", "\xC3\xA9t\xC3\xA9.dae"), std::make_pair("Hash", "a#b.dae"),
-                    std::make_pair("Percent", "100%.dae"), std::make_pair("PercentAndDigits", "a%20b.dae"),
-                    std::make_pair("QuestionMark", "a?b.dae"), std::make_pair("Backslash", "a\\b.dae"),
-                    std::make_pair("Brackets", "a[1].dae"), std::make_pair("Braces", "{a}.dae"),
-                    std::make_pair("Quotes", "'a'\"b\".dae"), std::make_pair("Angles", "<a>|^`&;.dae"),
-                    std::make_pair("LineFeed", "a\nb.dae"), std::make_pair("Tab", "a\tb.dae"),
-                    std::make_pair("InvalidUtf8", "a\xFF\xC3.dae"), std::make_pair("Colon", "a:b.dae"),
-                    std::make_pair("LooksLikeAnAddress", "http:a.dae"), std::make_pair("NoEnding", "document"),
-                    std::make_pair("EndingOfAnArchive", "document.zae"), std::make_pair("LeadingDot", ".dae")),
-    [](const auto& row) { return row.param.first; });
+INSTANTIATE_ROWS(Names, ScenePathTest, {"Blank", "a b.dae"}, {"BlanksAtTheEnds", " a "},
+                 {"Accent", "\xC3\xA9t\xC3\xA9.dae"}, {"Hash", "a#b.dae"}, {"Percent", "100%.dae"},
+                 {"PercentAndDigits", "a%20b.dae"}, {"QuestionMark", "a?b.dae"}, {"Backslash", "a\\b.dae"},
+                 {"Brackets", "a[1].dae"}, {"Braces", "{a}.dae"}, {"Quotes", "'a'\"b\".dae"},
+                 {"Angles", "<a>|^`&;.dae"}, {"LineFeed", "a\nb.dae"}, {"Tab", "a\tb.dae"},
+                 {"InvalidUtf8", "a\xFF\xC3.dae"}, {"Colon", "a:b.dae"}, {"LooksLikeAnAddress", "http:a.dae"},
+                 {"NoEnding", "document"}, {"EndingOfAnArchive", "document.zae"}, {"LeadingDot", ".dae"});
 
 TEST(SceneTest, PercentInAPathIsNoEncoding)
 {
@@ -713,31 +704,25 @@ TEST(SceneTest, ArchiveThatTheDocumentModelWouldOpenIsRefused)
     EXPECT_EQ(1, std::distance(begin(entries), end(entries))) << "nothing was unpacked";
 }
 
-class SceneContentTest : public testing::TestWithParam<std::pair<const char*, std::string>> {};
+class SceneContentTest : public testing::TestWithParam<Case<std::string>> {};
 
 TEST_P(SceneContentTest, ThatIsNoDocumentIsRefused)
 {
-    const TemporaryFile file(GetParam().second);
+    const TemporaryFile file(GetParam().given);
     expectRefused(file.path());
 }
 
 TEST_P(SceneContentTest, ThatIsNoDocumentIsRefusedWithoutATemporaryDirectoryToo)
 {
-    const TemporaryFile file(GetParam().second);
+    const TemporaryFile file(GetParam().given);
     const Environment nowhere("TMPDIR", file.path().c_str());
     expectRefused(file.path());
 }
 
-INSTANTIATE_TEST_SUITE_P(Contents, SceneContentTest,
-                         testing::Values(std::make_pair("Empty", std::string()),
-                                         std::make_pair("Blank", std::string(" \n")),
-                                         std::make_pair("Text", std::string("no document")),
-                                         std::make_pair("OtherRoot", std::string("<html/>")),
-                                         std::make_pair("Zeros", std::string(100, '\0')),
-                                         std::make_pair("StartOfAnArchive", std::string("PK")),
-                                         std::make_pair("Archive", std::string("PK\x03\x04") + std::string(60, '\0')),
-                                         std::make_pair("ArchiveWithADocument", "PK\x03\x04" + good)),
-                         [](const auto& row) { return row.param.first; });
+INSTANTIATE_ROWS(Contents, SceneContentTest, {"Empty", ""}, {"Blank", " \n"}, {"Text", "no document"},
+                 {"OtherRoot", "<html/>"}, {"Zeros", std::string(100, '\0')}, {"StartOfAnArchive", "PK"},
+                 {"Archive", std::string("PK\x03\x04") + std::string(60, '\0')},
+                 {"ArchiveWithADocument", "PK\x03\x04" + good});
 
 TEST(SceneTest, GoodDocumentNeedsNoTemporaryDirectory)
 {

@@ -445,23 +445,18 @@ INSTANTIATE_ROWS(BlankFile, TextureInitializerTest, {"PassedOver", blankAndB, "<
                  {"PassedOverBeforeAnother", blankAndB, "<init_from>blank</init_from><init_from>b</init_from>", "b.png",
                   ""});
 
-struct FileCase : Row {
-    const char* written;
-    const char* file;
-};
-
-class TextureFileTest : public testing::TestWithParam<FileCase> {};
+class TextureFileTest : public testing::TestWithParam<Case<const char*, const char*>> {};
 
 TEST_P(TextureFileTest, TextIsKeptAsWrittenAndNotResolved)
 {
-    const FileCase& row = GetParam();
+    const auto& row = GetParam();
     Document document(
-        Document::withImages("<image id='image'><init_from>" + std::string(row.written) + "</init_from></image>",
+        Document::withImages("<image id='image'><init_from>" + std::string(row.given) + "</init_from></image>",
                              "<init_from>image</init_from>"));
     const LogCapture log;
     Texture texture;
     EXPECT_TRUE(document.loadInto(texture));
-    EXPECT_STREQ(row.file, fileOf(texture));
+    EXPECT_STREQ(row.expected, fileOf(texture));
     EXPECT_TRUE(log.lines().empty());
 }
 

@@ -70,16 +70,10 @@ std::string mixed(std::string word)
     return word;
 }
 
-struct WordCase {
-    const char* word;
+struct WordCase : Row { // named after the word
     VertexSemantic semantic;
     unsigned number;
 };
-
-void PrintTo(const WordCase& row, std::ostream* out)
-{
-    *out << row.word;
-}
 
 class VertexSemanticWordTest : public testing::TestWithParam<WordCase> {};
 
@@ -91,35 +85,35 @@ TEST_P(VertexSemanticWordTest, SemanticHasItsNumber)
 TEST_P(VertexSemanticWordTest, UpperCaseWordGivesItsSemanticAndStoresIt)
 {
     VertexLayout layout;
-    EXPECT_EQ(GetParam().semantic, libVideo::inputSemanticToVertexSemantic(GetParam().word, layout));
+    EXPECT_EQ(GetParam().semantic, libVideo::inputSemanticToVertexSemantic(GetParam().name, layout));
     EXPECT_EQ(GetParam().semantic, layout.semantic);
 }
 
 TEST_P(VertexSemanticWordTest, LowerCaseWordGivesItsSemanticAndStoresIt)
 {
     VertexLayout layout;
-    EXPECT_EQ(GetParam().semantic, libVideo::inputSemanticToVertexSemantic(lower(GetParam().word).c_str(), layout));
+    EXPECT_EQ(GetParam().semantic, libVideo::inputSemanticToVertexSemantic(lower(GetParam().name).c_str(), layout));
     EXPECT_EQ(GetParam().semantic, layout.semantic);
 }
 
 TEST_P(VertexSemanticWordTest, WordInMixedCaseGivesItsSemanticAndStoresIt)
 {
     VertexLayout layout;
-    EXPECT_EQ(GetParam().semantic, libVideo::inputSemanticToVertexSemantic(mixed(GetParam().word).c_str(), layout));
+    EXPECT_EQ(GetParam().semantic, libVideo::inputSemanticToVertexSemantic(mixed(GetParam().name).c_str(), layout));
     EXPECT_EQ(GetParam().semantic, layout.semantic);
 }
 
 TEST_P(VertexSemanticWordTest, NoOtherFieldOfTheLayoutIsTouched)
 {
     VertexLayout layout = filledLayout();
-    libVideo::inputSemanticToVertexSemantic(GetParam().word, layout);
+    libVideo::inputSemanticToVertexSemantic(GetParam().name, layout);
     EXPECT_EQ(GetParam().semantic, layout.semantic);
     expectOtherFieldsOfFilledLayout(layout);
 }
 
 TEST_P(VertexSemanticWordTest, PartsAndExtensionsOfTheWordAreUnknown)
 {
-    const std::string word = GetParam().word;
+    const std::string word = GetParam().name;
     const std::string others[] = {word + "X", word + "0",  "X" + word,     " " + word,
                                   word + " ", word + word, word.substr(1), word.substr(0, word.size() - 1)};
     for (const std::string& other : others) {
@@ -129,31 +123,21 @@ TEST_P(VertexSemanticWordTest, PartsAndExtensionsOfTheWordAreUnknown)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Words, VertexSemanticWordTest,
-                         testing::Values(WordCase{"BINORMAL", libVideo::SEMANTIC_BINORMAL, 0},
-                                         WordCase{"WEIGHT", libVideo::SEMANTIC_WEIGHT, 2},
-                                         WordCase{"COLOR", libVideo::SEMANTIC_COLOR, 3},
-                                         WordCase{"NORMAL", libVideo::SEMANTIC_NORMAL, 4},
-                                         WordCase{"POSITION", libVideo::SEMANTIC_POSITION, 5},
-                                         WordCase{"TANGENT", libVideo::SEMANTIC_TANGENT, 8},
-                                         WordCase{"TEXCOORD", libVideo::SEMANTIC_TEXCOORD, 9},
-                                         WordCase{"INPUT", libVideo::SEMANTIC_INPUT, 10},
-                                         WordCase{"OUTPUT", libVideo::SEMANTIC_OUTPUT, 11},
-                                         WordCase{"INTERPOLATION", libVideo::SEMANTIC_INTERPOLATION, 12},
-                                         WordCase{"IN_TANGENT", libVideo::SEMANTIC_IN_TANGENT, 13},
-                                         WordCase{"OUT_TANGENT", libVideo::SEMANTIC_OUT_TANGENT, 14}),
-                         [](const auto& row) { return std::string(row.param.word); });
+INSTANTIATE_ROWS(Words, VertexSemanticWordTest, {"BINORMAL", libVideo::SEMANTIC_BINORMAL, 0},
+                 {"WEIGHT", libVideo::SEMANTIC_WEIGHT, 2}, {"COLOR", libVideo::SEMANTIC_COLOR, 3},
+                 {"NORMAL", libVideo::SEMANTIC_NORMAL, 4}, {"POSITION", libVideo::SEMANTIC_POSITION, 5},
+                 {"TANGENT", libVideo::SEMANTIC_TANGENT, 8}, {"TEXCOORD", libVideo::SEMANTIC_TEXCOORD, 9},
+                 {"INPUT", libVideo::SEMANTIC_INPUT, 10}, {"OUTPUT", libVideo::SEMANTIC_OUTPUT, 11},
+                 {"INTERPOLATION", libVideo::SEMANTIC_INTERPOLATION, 12},
+                 {"IN_TANGENT", libVideo::SEMANTIC_IN_TANGENT, 13},
+                 {"OUT_TANGENT", libVideo::SEMANTIC_OUT_TANGENT, 14});
 
-struct UnknownCase : Row {
-    const char* word;
-};
-
-class UnknownSemanticTest : public testing::TestWithParam<UnknownCase> {};
+class UnknownSemanticTest : public testing::TestWithParam<Case<const char*>> {};
 
 TEST_P(UnknownSemanticTest, WordIsUnknownAndReplacesTheSemanticOfBefore)
 {
     VertexLayout layout = filledLayout();
-    EXPECT_EQ(libVideo::SEMANTIC_UNKNOWN, libVideo::inputSemanticToVertexSemantic(GetParam().word, layout));
+    EXPECT_EQ(libVideo::SEMANTIC_UNKNOWN, libVideo::inputSemanticToVertexSemantic(GetParam().given, layout));
     EXPECT_EQ(libVideo::SEMANTIC_UNKNOWN, layout.semantic);
     expectOtherFieldsOfFilledLayout(layout);
 }

@@ -923,22 +923,17 @@ TEST(VisualSceneTest, AnimationGoesToTheFirstNodeOfARepeatedId)
 }
 
 // An animation that finds nothing: one line each, and the load is true all the same.
-struct LostCase : Row {
-    const char* target;
-    const char* words;
-};
-
-class VisualSceneLostAnimationTest : public testing::TestWithParam<LostCase> {};
+class VisualSceneLostAnimationTest : public testing::TestWithParam<Case<const char*, const char*>> {};
 
 TEST_P(VisualSceneLostAnimationTest, IsLoggedAndTheRestIsAttached)
 {
     const LogCapture log;
     Document document("<node id='Node'><translate sid='t'>1 2 3</translate></node>",
-                      curve("c", GetParam().target, "1 3", "0 0 0  0 0 0") +
+                      curve("c", GetParam().given, "1 3", "0 0 0  0 0 0") +
                           curve("d", "Node/t", "1 3", "10 20 30  30 40 50"));
     VisualScene scene;
     EXPECT_TRUE(document.loadInto(scene));
-    expectRefusal(log, GetParam().words);
+    expectRefusal(log, GetParam().expected);
     EXPECT_EQ(translated(20, 30, 40), elements(nodeListOf(scene)[0]->transform(2.0)));
 }
 

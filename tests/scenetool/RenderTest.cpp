@@ -1163,25 +1163,20 @@ TEST(RenderTest, PictureIsAsLargeAsAsked)
     EXPECT_EQ(640, usual.height());
 }
 
-struct BadUse : Row {
-    Words options;
-    const char* word; ///< that the line has to hold
-};
-
-class RenderUsageTest : public testing::TestWithParam<BadUse> {};
+class RenderUsageTest : public testing::TestWithParam<Case<Words, const char*>> {};
 
 TEST_P(RenderUsageTest, IsOneLineAndNoPicture)
 {
     const Studio studio(threeCubes(cameraNode("plain", "0 0 7")));
     Words arguments = {"render", studio.document()};
-    if (GetParam().options[0] != "-o") {
+    if (GetParam().given[0] != "-o") {
         arguments.insert(arguments.end(), {"-o", studio.output()});
     }
-    arguments.insert(arguments.end(), GetParam().options.begin(), GetParam().options.end());
+    arguments.insert(arguments.end(), GetParam().given.begin(), GetParam().given.end());
     const ProcessResult result = run(arguments);
     EXPECT_EQ(usageError, result.status);
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
-    EXPECT_TRUE(contains(result.errors, GetParam().word)) << result.errors;
+    EXPECT_TRUE(contains(result.errors, GetParam().expected)) << result.errors;
     EXPECT_EQ(1u, entriesOf(studio.folder())) << "the document alone";
 }
 

@@ -498,17 +498,11 @@ TEST(ScenetoolGeometryTest, GeometriesStandUnderTheirIdWhateverItHolds)
     EXPECT_EQ("", json["geometries"]["a.b"].at("name"));
 }
 
-struct Base64Case {
-    const char* name;
+struct Base64Case : Row {
     const char* numbers; ///< of one point
     const char* params;
     const char* text; ///< of their bytes, lowest first
 };
-
-void PrintTo(const Base64Case& row, std::ostream* out)
-{
-    *out << row.numbers;
-}
 
 class ScenetoolBase64Test : public testing::TestWithParam<Base64Case> {};
 
@@ -611,30 +605,19 @@ TEST(ScenetoolDumpTest, WhatIsNoNumberInJsonIsText)
     EXPECT_EQ(nodes[0]["up"], Json::array({"NaN", "-Infinity", "NaN"}));
 }
 
-struct FloatCase {
-    const char* name;
-    const char* text; ///< in the document
-    float value;      ///< which it is
-};
-
-void PrintTo(const FloatCase& row, std::ostream* out)
-{
-    *out << row.text;
-}
-
-class ScenetoolNumberTest : public testing::TestWithParam<FloatCase> {};
+class ScenetoolNumberTest : public testing::TestWithParam<Case<const char*, float>> {};
 
 TEST_P(ScenetoolNumberTest, ReadsBackToTheSameFloat)
 {
     const TemporaryFile file(
-        documentOf("<node><translate>" + std::string(GetParam().text) + " 0 0</translate></node>"));
+        documentOf("<node><translate>" + std::string(GetParam().given) + " 0 0</translate></node>"));
     const ProcessResult result = scenetool({"dump", file.path()});
     ASSERT_EQ(succeeded, result.status);
     const FloatJson json = FloatJson::parse(result.output);
     const auto number = json.at("nodes").at(0).at("transform").at(3).get<float>();
-    EXPECT_EQ(0, std::memcmp(&number, &GetParam().value, sizeof(number))) << number;
+    EXPECT_EQ(0, std::memcmp(&number, &GetParam().expected, sizeof(number))) << number;
     const auto position = json.at("nodes").at(0).at("position").at(0).get<float>();
-    EXPECT_EQ(0, std::memcmp(&position, &GetParam().value, sizeof(position))) << position;
+    EXPECT_EQ(0, std::memcmp(&position, &GetParam().expected, sizeof(position))) << position;
 }
 
 INSTANTIATE_ROWS(Values, ScenetoolNumberTest, {"Zero", "0", 0.0f}, {"Third", "0.33333333333333333", 1.0f / 3},
@@ -800,18 +783,12 @@ TEST(ScenetoolInfoTest, LoadThatThrowsGivesOneLineAndNothingElse)
 
 // --- loads that fail
 
-struct FailureCase {
-    const char* name;
+struct FailureCase : Row {
     std::string document;
     const char* channel;
     std::string words;  ///< of the line of the log, up to a path
     std::string reason; ///< of the refusal, after the name of the file
 };
-
-void PrintTo(const FailureCase& row, std::ostream* out)
-{
-    *out << row.words;
-}
 
 std::vector<FailureCase> failureCases()
 {
@@ -1004,24 +981,20 @@ TEST(ScenetoolFileTest, EmptyPathIsNoDocument)
     EXPECT_EQ(false, dump.json.at("loaded"));
 }
 
-class ScenetoolNameTest : public testing::TestWithParam<std::pair<const char*, const char*>> {};
+class ScenetoolNameTest : public testing::TestWithParam<Case<const char*>> {};
 
 TEST_P(ScenetoolNameTest, FileOfThatNameIsShown)
 {
-    const TemporaryFile file(documentOf(parentAndChild), GetParam().second);
+    const TemporaryFile file(documentOf(parentAndChild), GetParam().given);
     const Dump dump(file.path());
     EXPECT_EQ(succeeded, dump.result.status) << dump.result.errors;
     EXPECT_EQ(dump.json.at("file"), file.path());
     EXPECT_EQ(succeeded, scenetool({"info", file.path()}).status);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Names, ScenetoolNameTest,
-    testing::Values(std::make_pair("Blank", "two words.dae"), std::make_pair("Accent", "hütte.dae"),
-                    std::make_pair("NumberSign", "a#b.dae"), std::make_pair("Percent", "100%.dae"),
-                    std::make_pair("Quotes", "\"it's\".dae"), std::make_pair("Dollar", "$HOME.dae"),
-                    std::make_pair("LineFeed", "two\nlines.dae"), std::make_pair("Backslash", "a\\b.dae")),
-    [](const auto& row) { return std::string(row.param.first); });
+INSTANTIATE_ROWS(Names, ScenetoolNameTest, {"Blank", "two words.dae"}, {"Accent", "hütte.dae"},
+                 {"NumberSign", "a#b.dae"}, {"Percent", "100%.dae"}, {"Quotes", "\"it's\".dae"},
+                 {"Dollar", "$HOME.dae"}, {"LineFeed", "two\nlines.dae"}, {"Backslash", "a\\b.dae"});
 
 TEST(ScenetoolFileTest, NameThatIsNoUtf8StillGivesJson)
 {
@@ -1314,15 +1287,11 @@ TEST(ScenetoolColorTest, NoColorVariableTurnsColorOff)
     EXPECT_FALSE(contains(result.output, "\033")) << result.output;
 }
 
-struct ControlCase : Row {
-    const char* reference; ///< to the character in the document, or the character
-};
-
-class ScenetoolControlTest : public testing::TestWithParam<ControlCase> {};
+class ScenetoolControlTest : public testing::TestWithParam<Case<const char*>> {};
 
 TEST_P(ScenetoolControlTest, CharacterOfADocumentStaysOutOfInfo)
 {
-    const std::string evil = "x" + std::string(GetParam().reference) + "31m";
+    const std::string evil = "x" + std::string(GetParam().given) + "31m";
     const TemporaryFile file(
         documentOf("<node id='" + evil + "1' sid='" + evil + "' name='" + evil + "2'/>", {rising(evil + "/t")}));
     const ProcessResult result = scenetool({"info", file.path()});
@@ -1334,7 +1303,7 @@ TEST_P(ScenetoolControlTest, CharacterOfADocumentStaysOutOfInfo)
 
 TEST_P(ScenetoolControlTest, CharacterOfAGeometryStaysOutOfInfo)
 {
-    const std::string evil = "x" + std::string(GetParam().reference) + "31m";
+    const std::string evil = "x" + std::string(GetParam().given) + "31m";
     const std::string triangles = squareTriangles;
     std::string document = materialDocument();
     for (const auto& [from, to] :
@@ -1356,11 +1325,11 @@ TEST_P(ScenetoolControlTest, CharacterOfAGeometryStaysOutOfInfo)
 INSTANTIATE_ROWS(Characters, ScenetoolControlTest, {"Delete", "&#x7F;"}, {"SequenceIntroducer", "&#x9B;"},
                  {"NextLine", "&#x85;"}, {"FirstOfC1", "&#x80;"});
 
-class ScenetoolPathTest : public testing::TestWithParam<ControlCase> {};
+class ScenetoolPathTest : public testing::TestWithParam<Case<const char*>> {};
 
 TEST_P(ScenetoolPathTest, CharacterOfAPathStaysOutOfInfoAndErrors)
 {
-    const TemporaryFile file(documentOf(parentAndChild), "red" + std::string(GetParam().reference) + "bell.dae");
+    const TemporaryFile file(documentOf(parentAndChild), "red" + std::string(GetParam().given) + "bell.dae");
     const ProcessResult shown = scenetool({"info", file.path()});
     EXPECT_EQ(succeeded, shown.status) << shown.errors;
     EXPECT_FALSE(hasControlCharacter(shown.output)) << ::testing::PrintToString(shown.output);
@@ -1376,23 +1345,11 @@ INSTANTIATE_ROWS(Characters, ScenetoolPathTest, {"Escape", "\033[31m"}, {"Bell",
 
 // --- usage
 
-struct UsageCase {
-    const char* name;
-    Words arguments;
-};
-
-void PrintTo(const UsageCase& row, std::ostream* out)
-{
-    for (const std::string& argument : row.arguments) {
-        *out << " " << ::testing::PrintToString(argument);
-    }
-}
-
-class ScenetoolUsageTest : public testing::TestWithParam<UsageCase> {};
+class ScenetoolUsageTest : public testing::TestWithParam<Case<Words>> {};
 
 TEST_P(ScenetoolUsageTest, GivesOneLineAndStatusTwo)
 {
-    const ProcessResult result = scenetool(GetParam().arguments);
+    const ProcessResult result = scenetool(GetParam().given);
     EXPECT_EQ(usageError, result.status);
     EXPECT_EQ("", result.output);
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
@@ -1414,21 +1371,16 @@ INSTANTIATE_ROWS(Lines, ScenetoolUsageTest, {"NoSubcommand", {}}, {"UnknownSubco
 
 // --- help
 
-struct HelpCase : Row {
-    Words command;
-    Words words; ///< each of which has an explanation on its line
-};
-
-class ScenetoolHelpTest : public testing::TestWithParam<HelpCase> {};
+class ScenetoolHelpTest : public testing::TestWithParam<Case<Words, Words>> {};
 
 TEST_P(ScenetoolHelpTest, ExplainsEveryWord)
 {
-    Words arguments = GetParam().command;
+    Words arguments = GetParam().given;
     arguments.emplace_back("--help");
     const ProcessResult result = scenetool(arguments);
     EXPECT_EQ(succeeded, result.status);
     EXPECT_EQ("", result.errors);
-    for (const std::string& word : GetParam().words) {
+    for (const std::string& word : GetParam().expected) {
         // The word, what kind of value it takes, its default and what it excludes, blanks or a line of its own, and at
         // least two words of explanation.
         EXPECT_TRUE(

@@ -34,6 +34,18 @@ inline std::ostream& operator<<(std::ostream& out, const Row& row)
     return out << row.name;
 }
 
+/// A row that gives a test one thing, and says what comes of it, unless all rows come to the same.
+template <class Given, class Expected = void>
+struct Case : Row {
+    Given given;
+    Expected expected;
+};
+
+template <class Given>
+struct Case<Given, void> : Row {
+    Given given;
+};
+
 /// Gives the name of a row of any table.
 constexpr struct {
     template <class Case>

@@ -908,12 +908,7 @@ TEST(LibraryLogTest, OneModuleTracesWhileTheOthersAreSilent)
 
 // --- every way out of a load closes its trace ---
 
-struct FailureCase : Row {
-    std::string document; ///< empty: a missing file
-    Texts inside;         ///< what is between the entry and the exit of the load
-};
-
-std::vector<FailureCase> failureCases()
+std::vector<Case<std::string, Texts>> failureCases()
 {
     const std::string scenes = "<library_visual_scenes><visual_scene id='scene'/></library_visual_scenes>"
                                "<library_nodes><node id='lamp'/></library_nodes>";
@@ -936,10 +931,11 @@ std::vector<FailureCase> failureCases()
     };
 }
 
-class LoadFailureTest : public testing::TestWithParam<FailureCase> {
+/// Given is a document, or nothing for a missing file; expected is what lies between the entry and the exit of its load.
+class LoadFailureTest : public testing::TestWithParam<Case<std::string, Texts>> {
 protected:
     /// A path to the document, or to none.
-    std::string path() const { return GetParam().document.empty() ? missingFile : m_file.path(); }
+    std::string path() const { return GetParam().given.empty() ? missingFile : m_file.path(); }
 
     /// `texts` with the lines of words cut to the expected length, since some go on with a path.
     static Texts cutTo(const Texts& expected, Texts texts)
@@ -953,7 +949,7 @@ protected:
     }
 
 private:
-    TemporaryFile m_file{GetParam().document};
+    TemporaryFile m_file{GetParam().given};
 };
 
 TEST_P(LoadFailureTest, FalseResultClosesTheTraces)
@@ -962,7 +958,7 @@ TEST_P(LoadFailureTest, FalseResultClosesTheTraces)
     setFactoryPriority(1);
     libVideo::Scene scene;
     EXPECT_FALSE(scene.createFromCollada(path().c_str()));
-    Texts expected = GetParam().inside;
+    Texts expected = GetParam().expected;
     expected.insert(expected.begin(), sceneEntry);
     expected.push_back(sceneExit);
     EXPECT_EQ(expected, cutTo(expected, textsOf(linesOfTheLoad(log.lines()))));
@@ -984,7 +980,7 @@ TEST_P(LoadFailureTest, ExceptionOutOfItsLineClosesTheTraces)
         EXPECT_THROW(static_cast<void>(scene.createFromCollada(path().c_str())), vesk::NullPointer);
         EXPECT_EQ(0u, scene.visualScene().root().children().size());
     }
-    Texts expected = GetParam().inside;
+    Texts expected = GetParam().expected;
     expected.insert(expected.begin(), sceneEntry);
     expected.push_back(sceneExit);
     EXPECT_EQ(expected, cutTo(expected, textsOf(linesOfTheLoad(lines))));

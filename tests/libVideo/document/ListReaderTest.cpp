@@ -274,10 +274,6 @@ TEST(ListReaderTest, NumbersReadAsWritten)
 // ---------------------------------------------------------------------------------------------------------------------
 // One text given to both
 
-struct TextRow : Row {
-    std::string text;
-};
-
 class ListReaderTextTest : public ::testing::TestWithParam<TextRow> {
 protected:
     void expectSame(const std::string& text)

@@ -217,16 +217,12 @@ INSTANTIATE_ROWS(Patterns, TupleTablePatternTest,
 
 // --- Growth ---
 
-struct Hint : Row {
-    unsigned corners;
-};
-
-class TupleTableHintTest : public testing::TestWithParam<Hint> {};
+class TupleTableHintTest : public testing::TestWithParam<Case<unsigned>> {};
 
 TEST_P(TupleTableHintTest, ManyTuplesOutgrowTheStart)
 {
     constexpr unsigned distinct = 300000;
-    TupleTable table(2, GetParam().corners);
+    TupleTable table(2, GetParam().given);
     for (unsigned i = 0; i < distinct; ++i) {
         ASSERT_EQ(Answer(i, true), insert(table, {i, i / 2}));
     }
