@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace testSupport {
 
@@ -38,6 +39,16 @@ private:
     DAE m_dae{nullptr, nullptr, "1.4.1"}; // by default it reads only the newest schema that it was built with
     std::string m_body;
 };
+
+/// Numbers as an element of a document has them.
+inline daeTArray<double> valuesOf(const std::vector<double>& numbers)
+{
+    daeTArray<double> values;
+    for (const double number : numbers) {
+        values.append(number);
+    }
+    return values;
+}
 
 /// A file with a content of the test's, removed at the end.
 class TemporaryFile {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "LogCapture.h"
+#include "Words.h"
 
 #include <vesk/Exception.h>
 
@@ -42,6 +43,16 @@ template <class Call>
 void expectIndexOutOfBounds(int high, int index, const Call& call)
 {
     EXPECT_EQ("0 " + std::to_string(high) + " " + std::to_string(index), boundsOf(call));
+}
+
+/// That a log holds these lines and no other, all of them errors of one channel.
+inline void expectErrors(const std::string& channel, const std::string& lines, const LogCapture& log)
+{
+    Texts expected;
+    for (const std::string& line : linesOf(lines)) {
+        expected.push_back(channel + ": " + line);
+    }
+    EXPECT_EQ(expected, log.messages());
 }
 
 /// The texts of all lines that a call logs at the priority of traces. Of a trace the line is cut off, of another text the

@@ -32,6 +32,8 @@ constexpr Elements elementsOf(Number... numbers)
 constexpr Elements zero{};
 constexpr Elements identity{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 
+constexpr Elements counting{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
+
 constexpr Elements translated(float x, float y, float z)
 {
     return {1, 0, 0, x, 0, 1, 0, y, 0, 0, 1, z, 0, 0, 0, 1};
@@ -77,10 +79,10 @@ inline void expectSame(const Elements& expected, const Elements& actual)
     }
 }
 
-inline void expectNear(const Elements& expected, const Elements& actual)
+inline void expectNear(const Elements& expected, const Elements& actual, float tolerance = 1e-6f)
 {
     for (std::size_t i = 0; i < expected.size(); ++i) {
-        EXPECT_NEAR(expected[i], actual[i], 1e-6f) << "element " << i;
+        EXPECT_NEAR(expected[i], actual[i], tolerance) << "element " << i;
     }
 }
 

@@ -29,6 +29,25 @@ std::string repeated(const std::string& text, std::size_t count)
     return all;
 }
 
+std::string inUtf16(const std::string& text, bool isLittleEndian)
+{
+    std::string wide = isLittleEndian ? "\xFF\xFE" : "\xFE\xFF";
+    for (const char c : text) {
+        wide += isLittleEndian ? std::string{c, '\0'} : std::string{'\0', c};
+    }
+    return wide;
+}
+
+std::vector<std::string> linesOf(const std::string& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
 unsigned wordCount(const std::string& text)
 {
     std::istringstream words(text);

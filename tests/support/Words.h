@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 /// @file
 /// What small documents are written with.
@@ -23,6 +24,12 @@ inline std::string textOf(const vesk::String& text)
 
 /// A text that many times in a row.
 std::string repeated(const std::string& text, std::size_t count);
+
+/// ASCII in UTF-16, after a byte order mark.
+std::string inUtf16(const std::string& text, bool isLittleEndian);
+
+/// The lines of a text, without their ends.
+std::vector<std::string> linesOf(const std::string& text);
 
 /// How many words there are between blanks.
 unsigned wordCount(const std::string& text);
