@@ -1,27 +1,18 @@
 #include "GuideBlock.h"
 
 #include "support/Files.h"
+#include "support/Words.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <regex>
-#include <sstream>
 #include <stdexcept>
 
 namespace docsTests {
 
 namespace fs = std::filesystem;
 using testSupport::contentOf;
-
-std::vector<std::string> linesOf(const std::string& text)
-{
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
+using testSupport::linesOf;
 
 std::vector<fs::path> guidesIn(const fs::path& folder)
 {

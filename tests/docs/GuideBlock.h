@@ -26,6 +26,4 @@ std::vector<GuideBlock> blocksOf(const std::filesystem::path& guide);
 /// @throws std::runtime_error if there is no region of that name
 std::string regionOf(const std::filesystem::path& source, const std::string& name);
 
-std::vector<std::string> linesOf(const std::string& text);
-
 } // namespace docsTests

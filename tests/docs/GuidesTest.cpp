@@ -1,6 +1,7 @@
 #include "GuideBlock.h"
 
 #include "support/Files.h"
+#include "support/Words.h"
 #include "support/Process.h"
 
 #include <algorithm>
@@ -22,6 +23,7 @@ namespace {
 namespace fs = std::filesystem;
 using namespace docsTests;
 using testSupport::contentOf;
+using testSupport::linesOf;
 
 const fs::path sourceFolder = SOURCE_FOLDER;
 
