@@ -1,4 +1,5 @@
 #include "DocumentCheck.h"
+#include "DocumentFolder.h"
 #include "PlainReader.h"
 
 #include "support/Process.h"
@@ -9,56 +10,33 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cctype>
-#include <filesystem>
-#include <ostream>
-#include <set>
 #include <string>
-#include <system_error>
 #include <vector>
 
 namespace {
 
+using documents::documentsBelow;
 using documents::PlainDocument;
+using documents::StoredDocument;
 using Json = nlohmann::json;
 using testSupport::ProcessResult;
 using testSupport::rowName;
 
-// A document and the name of its tests.
-struct Document {
-    std::string name;
-    std::string path;
-};
-
-void PrintTo(const Document& document, std::ostream* out)
-{
-    *out << document.name;
-}
-
-bool isDocument(const std::filesystem::path& path);
-
-// All documents of a folder and of those below it, sorted by path.
-std::vector<std::filesystem::path> documentsBelow(const std::filesystem::path& folder);
-
-// What names of tests may hold.
-std::string identifierOf(const std::string& text);
-std::vector<Document> allDocuments();
-
 TEST(CorpusFolderTest, HoldsDocuments)
 {
-    const std::filesystem::path folder = CORPUS_FOLDER;
+    const std::string folder = CORPUS_FOLDER;
     if (folder.empty()) {
         GTEST_SKIP() << "No folder of further documents is configured (LIBVIDEO_CORPUS).";
     }
-    EXPECT_FALSE(documentsBelow(folder).empty()) << folder;
+    EXPECT_FALSE(documentsBelow("corpus", folder).empty()) << folder;
 }
 
 TEST(CorpusFolderTest, DataHoldsDocuments)
 {
-    EXPECT_FALSE(documentsBelow(DATA_FOLDER).empty());
+    EXPECT_FALSE(documentsBelow("data", DATA_FOLDER).empty());
 }
 
-class CorpusTest : public testing::TestWithParam<Document> {
+class CorpusTest : public testing::TestWithParam<StoredDocument> {
 protected:
     void SetUp() override
     {
@@ -117,64 +95,15 @@ TEST_P(CorpusTest, IsDumpedAtATimeAndFolded)
 
 #endif
 
-INSTANTIATE_TEST_SUITE_P(Documents, CorpusTest, testing::ValuesIn(allDocuments()), rowName);
-
-// --- what the tests are written with ---
-
-bool isDocument(const std::filesystem::path& path)
+std::vector<StoredDocument> allDocuments()
 {
-    std::string ending = path.extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return ending == ".dae";
-}
-
-std::vector<std::filesystem::path> documentsBelow(const std::filesystem::path& folder)
-{
-    std::vector<std::filesystem::path> paths;
-    std::error_code error;
-    for (std::filesystem::recursive_directory_iterator entry(folder, error), end; !error && entry != end;
-         entry.increment(error)) {
-        if (entry->is_regular_file() && isDocument(entry->path())) {
-            paths.push_back(entry->path());
-        }
-    }
-    std::sort(paths.begin(), paths.end());
-    return paths;
-}
-
-std::string identifierOf(const std::string& text)
-{
-    std::string result = text;
-    for (char& c : result) {
-        c = std::isalnum(static_cast<unsigned char>(c)) != 0 ? c : '_';
-    }
-    return result;
-}
-
-std::vector<Document> allDocuments()
-{
-    struct Root {
-        const char* name;
-        const char* folder;
-    };
-    std::vector<Document> all;
-    std::set<std::string> names;
-    for (const Root& root : {Root{"data", DATA_FOLDER}, Root{"corpus", CORPUS_FOLDER}}) {
-        const std::filesystem::path folder = root.folder;
-        if (folder.empty()) {
-            continue;
-        }
-        for (const std::filesystem::path& path : documentsBelow(folder)) {
-            const std::filesystem::path shown = path.lexically_relative(folder).replace_extension();
-            std::string name = identifierOf(std::string(root.name) + "_" + shown.string());
-            while (!names.insert(name).second) {
-                name += "_";
-            }
-            all.push_back({name, path.string()});
-        }
+    std::vector<StoredDocument> all = documentsBelow("data", DATA_FOLDER);
+    for (const StoredDocument& document : documentsBelow("corpus", CORPUS_FOLDER)) {
+        all.push_back(document);
     }
     return all;
 }
+
+INSTANTIATE_TEST_SUITE_P(Documents, CorpusTest, testing::ValuesIn(allDocuments()), rowName);
 
 } // namespace

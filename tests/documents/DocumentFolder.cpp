@@ -23,8 +23,10 @@ std::string identifierOf(const std::string& text)
 
 bool isDocument(const std::filesystem::path& path)
 {
-    const std::string ending = path.extension().string();
-    return ending == ".dae" || ending == ".DAE";
+    std::string ending = path.extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return ending == ".dae";
 }
 
 void append(std::vector<StoredDocument>& documents, const std::vector<StoredDocument>& others)
@@ -78,10 +80,7 @@ std::vector<StoredDocument> ownDocuments()
 std::vector<StoredDocument> allDocuments()
 {
     std::vector<StoredDocument> documents = ownDocuments();
-    const std::string corpus = CORPUS_FOLDER;
-    if (!corpus.empty()) {
-        append(documents, documentsBelow("corpus", corpus));
-    }
+    append(documents, documentsBelow("corpus", CORPUS_FOLDER));
     return documents;
 }
 
