@@ -176,18 +176,13 @@ std::string camera(const std::string& optics)
     return "<camera id='bad' name='Eye'>" + optics + "</camera>";
 }
 
-std::string perspective(const std::string& parameters)
-{
-    return "<optics><technique_common><perspective>" + parameters + "</perspective></technique_common></optics>";
-}
-
 /// What the camera loader gives for an element, on an object that loaded before.
 std::function<Outcome()> loadCamera(const std::string& element)
 {
     return host([=] {
         ColladaBuilder builder("<library_cameras><camera id='good'>" +
-                               perspective("<xfov>90</xfov><yfov>90</yfov><znear>1</znear><zfar>5</zfar>") +
-                               "</camera>" + element + "</library_cameras>");
+                               optics("<xfov>90</xfov><yfov>90</yfov><znear>1</znear><zfar>5</zfar>") + "</camera>" +
+                               element + "</library_cameras>");
         if (builder.open() == nullptr) {
             throw std::runtime_error("the document does not open: " + builder.text());
         }
@@ -245,11 +240,6 @@ std::string triangles(const std::string& inputs, const std::string& rest = "<p>0
     return "<triangles count='" + std::to_string(count) + "'>" + inputs + rest + "</triangles>";
 }
 
-std::string pick(const std::string& semantic, const std::string& source)
-{
-    return "<input semantic='" + semantic + "' source='#" + source + "' offset='0'/>";
-}
-
 std::string source(const std::string& content, const std::string& id = "s")
 {
     return "<source id='" + id + "'>" + content + "</source>";
@@ -262,7 +252,7 @@ std::string accessor(const std::string& attributes, const std::string& params)
 
 const std::string place = array("float_array", "s-array", 3, "1 2 3");
 const std::string goodSource = source(place + accessor("source='#s-array' count='1' stride='3'", PARAMS_XYZ));
-const std::string position = pick("POSITION", "s");
+const std::string position = inputXml("POSITION", "s", "0");
 const std::string shownNode = "<node id='n'><instance_geometry url='#g'/></node>";
 
 std::string primitives(VisualScene& scene)
@@ -524,16 +514,16 @@ std::vector<Message> cameraAndLightMessages()
         {"CameraWithoutPerspective", "camera", "Camera {} does not have perspective optics", texts("Eye"),
          loadCamera(camera("<optics><technique_common/></optics>")), "false"},
         {"CameraWithoutNearPlane", "camera", "Camera {} does not have near plane data", texts("Eye"),
-         loadCamera(camera(perspective("<xfov>90</xfov><yfov>90</yfov><zfar>5</zfar>"))), "false"},
+         loadCamera(camera(optics("<xfov>90</xfov><yfov>90</yfov><zfar>5</zfar>"))), "false"},
         {"CameraWithoutFarPlane", "camera", "Camera {} does not have far plane data", texts("Eye"),
-         loadCamera(camera(perspective("<xfov>90</xfov><yfov>90</yfov><znear>5</znear>"))), "false"},
+         loadCamera(camera(optics("<xfov>90</xfov><yfov>90</yfov><znear>5</znear>"))), "false"},
         {"CameraOfOneAngle", "camera", "Camera :{} does not have required aspect ratio data", texts("Eye"),
-         document("<library_cameras>" + camera(perspective("<xfov>90</xfov><znear>1</znear><zfar>5</zfar>")) +
+         document("<library_cameras>" + camera(optics("<xfov>90</xfov><znear>1</znear><zfar>5</zfar>")) +
                       "</library_cameras>",
                   "<node/>"),
          "true"},
         {"CameraOfNoAngle", "camera", "Camera :{} does not have required aspect ratio data", texts(""),
-         document("<library_cameras><camera id='bad'>" + perspective("<znear>1</znear><zfar>5</zfar>") +
+         document("<library_cameras><camera id='bad'>" + optics("<znear>1</znear><zfar>5</zfar>") +
                       "</camera></library_cameras>",
                   "<node/>"),
          "true"},
@@ -572,7 +562,7 @@ std::vector<Message> cameraAndLightMessages()
 
 std::vector<Message> instanceMessages()
 {
-    const std::string eye = perspective("<xfov>90</xfov><yfov>90</yfov><znear>1</znear><zfar>5</zfar>");
+    const std::string eye = optics("<xfov>90</xfov><yfov>90</yfov><znear>1</znear><zfar>5</zfar>");
     const auto library = [&eye](const std::string& extra) {
         return "<library_cameras><camera id='eye'>" + eye + extra + "</camera></library_cameras>";
     };
@@ -685,16 +675,16 @@ std::vector<Message> geometryMessages()
         {"VerticesWithoutASource", "input", "createFromCollada failed", texts(), meshOf("<vertices id='v'/>"),
          "true, 0 of 0 bytes"},
         {"TrianglesOfAnUnknownSemantic", "input", "Does not recognize input semantic {}", texts("SPEED"),
-         meshOf(goodSource + triangles(position + pick("SPEED", "s"))), "true, 1 of 12 bytes"},
+         meshOf(goodSource + triangles(position + inputXml("SPEED", "s", "0"))), "true, 1 of 12 bytes"},
         {"TrianglesOfASourceThatIsNone", "input", "Does not have a class representation for source {}",
-         texts("nowhere"), meshOf(goodSource + triangles(position + pick("NORMAL", "nowhere"))), "true, 1 of 12 bytes",
-         texts("Element #nowhere is not a source")},
+         texts("nowhere"), meshOf(goodSource + triangles(position + inputXml("NORMAL", "nowhere", "0"))),
+         "true, 1 of 12 bytes", texts("Element #nowhere is not a source")},
         {"TrianglesOfVerticesThatAreNone", "input", "Input is not a <vertices> element {}", texts("s"),
-         meshOf(goodSource + triangles(position + pick("VERTEX", "s"))), "true, 1 of 12 bytes"},
+         meshOf(goodSource + triangles(position + inputXml("VERTEX", "s", "0"))), "true, 1 of 12 bytes"},
         {"TrianglesOfVerticesThatAreNowhere", "input", "Input is not a <vertices> element {}", texts("nowhere"),
-         meshOf(goodSource + triangles(position + pick("VERTEX", "nowhere"))), "true, 1 of 12 bytes"},
+         meshOf(goodSource + triangles(position + inputXml("VERTEX", "nowhere", "0"))), "true, 1 of 12 bytes"},
         {"TrianglesWithoutASource", "input", "createFromCollada failed", texts(),
-         meshOf(goodSource + triangles(pick("SPEED", "s"))), "true, 1 of 0 bytes",
+         meshOf(goodSource + triangles(inputXml("SPEED", "s", "0"))), "true, 1 of 0 bytes",
          texts("Does not recognize input semantic SPEED")},
         {"TrianglesThatAreNull", "primitive", "NULL domTriangles passed in", texts(),
          host([] { return answer(libVideo::TriangleList().createFromCollada(nullptr)); }), "false"},
