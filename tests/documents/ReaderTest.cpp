@@ -5,6 +5,7 @@
 #include "support/DocumentTree.h"
 #include "support/Rows.h"
 #include "support/TortureFolder.h"
+#include "support/Words.h"
 
 #include <libVideo/ColladaDom.h>
 #include <libVideo/SceneGraph/document/ColladaReader.h>
@@ -359,15 +360,6 @@ TEST_F(ReaderTest, MakesTheTreeOfBentDocuments)
 }
 
 // --- The same in other encodings.
-
-std::string inUtf16(const std::string& ascii, bool isLittle)
-{
-    std::string all = isLittle ? "\xFF\xFE" : "\xFE\xFF";
-    for (const char c : ascii) {
-        all += isLittle ? std::string{c, '\0'} : std::string{'\0', c};
-    }
-    return all;
-}
 
 TEST_F(ReaderTest, EncodingsMakeNoDifference)
 {
