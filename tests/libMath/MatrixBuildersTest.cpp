@@ -1,3 +1,4 @@
+#include "support/MatrixValues.h"
 #include "support/Rows.h"
 
 #include <libMath/MatrixBuilders.h>
@@ -11,21 +12,16 @@
 
 namespace {
 
-using testSupport::Row;
+using namespace testSupport;
 
 using libMath::axisAngleRotationMatrix;
 using libMath::lookAtTransformMatrix;
-using Matrix4 = libMath::Matrix<float, 4, 4>;
-using Vector3 = libMath::Vector<float, 3>;
 
 constexpr double pi = 3.141592653589793;
 
-void expectElements(const Matrix4& m, const float (&expected)[16]);
-void expectNear(const Matrix4& m, const float (&expected)[16], float tolerance);
-
 /// p' = M · p, of a point.
 Vector3 transformed(const Matrix4& m, const Vector3& p);
-void expectNear(const Vector3& v, float x, float y, float z);
+void expectNearVector(const Vector3& v, float x, float y, float z);
 
 void expectLastRowOfATransform(const Matrix4& m);
 
@@ -34,55 +30,55 @@ void expectLastRowOfATransform(const Matrix4& m);
 TEST(AxisAngleRotationMatrixTest, QuarterTurnAboutZTurnsXTowardsY)
 {
     const Matrix4 m = axisAngleRotationMatrix(Vector3(0.0f, 0.0f, 1.0f), pi / 2);
-    expectNear(transformed(m, Vector3(1.0f, 0.0f, 0.0f)), 0.0f, 1.0f, 0.0f);
-    expectNear(transformed(m, Vector3(0.0f, 1.0f, 0.0f)), -1.0f, 0.0f, 0.0f);
-    expectNear(transformed(m, Vector3(0.0f, 0.0f, 1.0f)), 0.0f, 0.0f, 1.0f);
+    expectNearVector(transformed(m, Vector3(1.0f, 0.0f, 0.0f)), 0.0f, 1.0f, 0.0f);
+    expectNearVector(transformed(m, Vector3(0.0f, 1.0f, 0.0f)), -1.0f, 0.0f, 0.0f);
+    expectNearVector(transformed(m, Vector3(0.0f, 0.0f, 1.0f)), 0.0f, 0.0f, 1.0f);
 }
 
 TEST(AxisAngleRotationMatrixTest, QuarterTurnAboutXTurnsYTowardsZ)
 {
     const Matrix4 m = axisAngleRotationMatrix(Vector3(1.0f, 0.0f, 0.0f), pi / 2);
-    expectNear(m, {1, 0, 0, 0, 0, 0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1}, 1e-7f);
-    expectNear(transformed(m, Vector3(0.0f, 1.0f, 0.0f)), 0.0f, 0.0f, 1.0f);
+    expectNear({1, 0, 0, 0, 0, 0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1}, elements(m), 1e-7f);
+    expectNearVector(transformed(m, Vector3(0.0f, 1.0f, 0.0f)), 0.0f, 0.0f, 1.0f);
 }
 
 TEST(AxisAngleRotationMatrixTest, QuarterTurnAboutYTurnsZTowardsX)
 {
     const Matrix4 m = axisAngleRotationMatrix(Vector3(0.0f, 1.0f, 0.0f), pi / 2);
-    expectNear(m, {0, 0, 1, 0, 0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 0, 1}, 1e-7f);
-    expectNear(transformed(m, Vector3(0.0f, 0.0f, 1.0f)), 1.0f, 0.0f, 0.0f);
+    expectNear({0, 0, 1, 0, 0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 0, 1}, elements(m), 1e-7f);
+    expectNearVector(transformed(m, Vector3(0.0f, 0.0f, 1.0f)), 1.0f, 0.0f, 0.0f);
 }
 
 TEST(AxisAngleRotationMatrixTest, NegativeAngleTurnsBack)
 {
     const Matrix4 m = axisAngleRotationMatrix(Vector3(0.0f, 0.0f, 1.0f), -pi / 2);
-    expectNear(m, {0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, 1e-7f);
+    expectNear({0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, elements(m), 1e-7f);
 }
 
 TEST(AxisAngleRotationMatrixTest, OppositeAxisTurnsBack)
 {
     const Matrix4 m = axisAngleRotationMatrix(Vector3(0.0f, 0.0f, -2.0f), pi / 2);
-    expectNear(m, {0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, 1e-7f);
+    expectNear({0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, elements(m), 1e-7f);
 }
 
 TEST(AxisAngleRotationMatrixTest, AngleIsInRadians)
 {
     // cos 30° is half the root of 3, sin 30° is 1/2.
     const Matrix4 m = axisAngleRotationMatrix(Vector3(0.0f, 0.0f, 1.0f), pi / 6);
-    expectNear(m, {0.8660254f, -0.5f, 0, 0, 0.5f, 0.8660254f, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, 1e-7f);
+    expectNear({0.8660254f, -0.5f, 0, 0, 0.5f, 0.8660254f, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, elements(m), 1e-7f);
 }
 
 TEST(AxisAngleRotationMatrixTest, ThirdOfATurnAboutTheSpaceDiagonalExchangesTheAxes)
 {
     const Matrix4 m = axisAngleRotationMatrix(Vector3(1.0f, 1.0f, 1.0f), 2 * pi / 3);
-    expectNear(m, {0, 0, 1, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1}, 1e-6f);
+    expectNear({0, 0, 1, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1}, elements(m), 1e-6f);
 }
 
 TEST(AxisAngleRotationMatrixTest, AngleZeroGivesTheIdentity)
 {
     // x·0·x + 1 and the like are exact.
-    expectElements(axisAngleRotationMatrix(Vector3(0.3f, -7.0f, 2.0f), 0.0),
-                   {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
+    expectSame({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1},
+               elements(axisAngleRotationMatrix(Vector3(0.3f, -7.0f, 2.0f), 0.0)));
 }
 
 TEST(AxisAngleRotationMatrixTest, AxisOfAnyLengthIsNormalized)
@@ -172,23 +168,24 @@ TEST_P(AxisAngleStepsTest, AxisIsNormalizedInFloatAndElementsAreMadeInDouble)
     const double ys = y * s;
     const double zs = z * s;
 
-    const float expected[16] = {static_cast<float>(xtx + c),
-                                static_cast<float>(xty - zs),
-                                static_cast<float>(xtz + ys),
-                                0.0f,
-                                static_cast<float>(xty + zs),
-                                static_cast<float>(yty + c),
-                                static_cast<float>(ytz - xs),
-                                0.0f,
-                                static_cast<float>(xtz - ys),
-                                static_cast<float>(ytz + xs),
-                                static_cast<float>(ztz + c),
-                                0.0f,
-                                0.0f,
-                                0.0f,
-                                0.0f,
-                                1.0f};
-    expectElements(axisAngleRotationMatrix(Vector3(row.axis[0], row.axis[1], row.axis[2]), row.radians), expected);
+    const Elements expected = {static_cast<float>(xtx + c),
+                               static_cast<float>(xty - zs),
+                               static_cast<float>(xtz + ys),
+                               0.0f,
+                               static_cast<float>(xty + zs),
+                               static_cast<float>(yty + c),
+                               static_cast<float>(ytz - xs),
+                               0.0f,
+                               static_cast<float>(xtz - ys),
+                               static_cast<float>(ytz + xs),
+                               static_cast<float>(ztz + c),
+                               0.0f,
+                               0.0f,
+                               0.0f,
+                               0.0f,
+                               1.0f};
+    expectSame(expected,
+               elements(axisAngleRotationMatrix(Vector3(row.axis[0], row.axis[1], row.axis[2]), row.radians)));
 }
 
 // With the first three, an axis normalized in double, a float angle or elements made in float show in most elements.
@@ -212,14 +209,14 @@ TEST(LookAtTransformMatrixTest, FromTheOriginAlongZ)
 {
     const Matrix4 m =
         lookAtTransformMatrix(Vector3(0.0f, 0.0f, 0.0f), Vector3(0.0f, 0.0f, 1.0f), Vector3(0.0f, 1.0f, 0.0f));
-    expectElements(m, {-1, 0, 0, 0, 0, 1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1});
+    expectSame({-1, 0, 0, 0, 0, 1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1}, elements(m));
 }
 
 TEST(LookAtTransformMatrixTest, FromZTowardsTheOrigin)
 {
     const Matrix4 m =
         lookAtTransformMatrix(Vector3(0.0f, 0.0f, 5.0f), Vector3(0.0f, 0.0f, 0.0f), Vector3(0.0f, 1.0f, 0.0f));
-    expectElements(m, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, -5, 0, 0, 0, 1});
+    expectSame({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, -5, 0, 0, 0, 1}, elements(m));
 }
 
 TEST(LookAtTransformMatrixTest, AxesStandInColumns)
@@ -227,7 +224,7 @@ TEST(LookAtTransformMatrixTest, AxesStandInColumns)
     const Matrix4 m =
         lookAtTransformMatrix(Vector3(5.0f, 0.0f, 0.0f), Vector3(0.0f, 0.0f, 0.0f), Vector3(0.0f, 1.0f, 0.0f));
     // f = (1, 0, 0), s = up × f = (0, 0, −1), u = f × s = (0, 1, 0)
-    expectElements(m, {0, 0, 1, 0, 0, 1, 0, 0, -1, 0, 0, -5, 0, 0, 0, 1});
+    expectSame({0, 0, 1, 0, 0, 1, 0, 0, -1, 0, 0, -5, 0, 0, 0, 1}, elements(m));
 }
 
 TEST(LookAtTransformMatrixTest, TranslationIsTheNegatedEyeAlongEachAxis)
@@ -235,21 +232,21 @@ TEST(LookAtTransformMatrixTest, TranslationIsTheNegatedEyeAlongEachAxis)
     // f = (0, 1, 0), s = (0, 0, 1) × f = (−1, 0, 0), u = f × s = (0, 0, 1)
     const Matrix4 m =
         lookAtTransformMatrix(Vector3(2.0f, 3.0f, 7.0f), Vector3(2.0f, -1.0f, 7.0f), Vector3(0.0f, 0.0f, 1.0f));
-    expectElements(m, {-1, 0, 0, 2, 0, 0, 1, -7, 0, 1, 0, -3, 0, 0, 0, 1});
+    expectSame({-1, 0, 0, 2, 0, 0, 1, -7, 0, 1, 0, -3, 0, 0, 0, 1}, elements(m));
 }
 
 TEST(LookAtTransformMatrixTest, LengthOfUpAndDistanceDoNotScaleTheAxes)
 {
     const Matrix4 m =
         lookAtTransformMatrix(Vector3(0.0f, 0.0f, 80.0f), Vector3(0.0f, 0.0f, 16.0f), Vector3(0.0f, 0.25f, 0.0f));
-    expectElements(m, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, -80, 0, 0, 0, 1});
+    expectSame({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, -80, 0, 0, 0, 1}, elements(m));
 }
 
 TEST(LookAtTransformMatrixTest, UpNeedNotBePerpendicular)
 {
     const Matrix4 m =
         lookAtTransformMatrix(Vector3(0.0f, 0.0f, 5.0f), Vector3(0.0f, 0.0f, 0.0f), Vector3(0.0f, 2.0f, 9.0f));
-    expectElements(m, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, -5, 0, 0, 0, 1});
+    expectSame({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, -5, 0, 0, 0, 1}, elements(m));
 }
 
 TEST(LookAtTransformMatrixTest, ArgumentsAreNotChanged)
@@ -334,12 +331,11 @@ TEST_P(LookAtStepsTest, EachStepIsRoundedToFloatInItsOrder)
     ASSERT_NE(u.x, normalizedInSteps(u).x);
     ASSERT_NE(s.x, normalizedInSteps(crossInSteps(normalizedInSteps(row.up), f)).x);
 
-    const float expected[16] = {s.x, u.x, f.x, -dotInSteps(row.eye, s), s.y, u.y, f.y, -dotInSteps(row.eye, u),
-                                s.z, u.z, f.z, -dotInSteps(row.eye, f), 0,   0,   0,   1};
-    expectElements(lookAtTransformMatrix(Vector3(row.eye.x, row.eye.y, row.eye.z),
-                                         Vector3(row.interest.x, row.interest.y, row.interest.z),
-                                         Vector3(row.up.x, row.up.y, row.up.z)),
-                   expected);
+    const Elements expected = {s.x, u.x, f.x, -dotInSteps(row.eye, s), s.y, u.y, f.y, -dotInSteps(row.eye, u),
+                               s.z, u.z, f.z, -dotInSteps(row.eye, f), 0,   0,   0,   1};
+    expectSame(expected, elements(lookAtTransformMatrix(Vector3(row.eye.x, row.eye.y, row.eye.z),
+                                                        Vector3(row.interest.x, row.interest.y, row.interest.z),
+                                                        Vector3(row.up.x, row.up.y, row.up.z))));
 }
 
 INSTANTIATE_ROWS(Views, LookAtStepsTest, {"Downwards", {2.9f, 3.8f, 3.9f}, {9.2f, -8.5f, 7.7f}, {0.3f, 1.1f, -0.2f}},
@@ -378,30 +374,12 @@ TEST_P(LookAtParallelTest, UpWithoutADirectionOfItsOwnGivesNan)
 INSTANTIATE_ROWS(Ups, LookAtParallelTest, {"Parallel", 1.0f}, {"ParallelAndLong", 40.0f}, {"Opposite", -1.0f},
                  {"Zero", 0.0f});
 
-// --- what the compiler checks ---
-
 static_assert(std::is_same<Matrix4, decltype(axisAngleRotationMatrix(std::declval<const Vector3&>(), 0.0))>::value,
               "rotation");
 static_assert(
     std::is_same<Matrix4, decltype(lookAtTransformMatrix(std::declval<const Vector3&>(), std::declval<const Vector3&>(),
                                                          std::declval<const Vector3&>()))>::value,
     "look at");
-
-// --- what the tests are written with ---
-
-void expectElements(const Matrix4& m, const float (&expected)[16])
-{
-    for (unsigned i = 0; i < 16; ++i) {
-        EXPECT_EQ(expected[i], m[i]) << "flat index " << i;
-    }
-}
-
-void expectNear(const Matrix4& m, const float (&expected)[16], float tolerance)
-{
-    for (unsigned i = 0; i < 16; ++i) {
-        EXPECT_NEAR(expected[i], m[i], tolerance) << "flat index " << i;
-    }
-}
 
 Vector3 transformed(const Matrix4& m, const Vector3& p)
 {
@@ -412,7 +390,7 @@ Vector3 transformed(const Matrix4& m, const Vector3& p)
     return result;
 }
 
-void expectNear(const Vector3& v, float x, float y, float z)
+void expectNearVector(const Vector3& v, float x, float y, float z)
 {
     EXPECT_NEAR(x, v[0], 1e-6f);
     EXPECT_NEAR(y, v[1], 1e-6f);

@@ -1,7 +1,5 @@
+#include "support/MatrixValues.h"
 #include "support/Rows.h"
-
-#include <libMath/Matrix.h>
-#include <libMath/Vector.h>
 
 #include <vesk/Exception.h>
 #include <vesk/Logging.h>
@@ -21,9 +19,8 @@ template class libMath::Matrix<float, 4, 4>;
 
 namespace {
 
-using testSupport::Row;
+using namespace testSupport;
 
-using Matrix4 = libMath::Matrix<float, 4, 4>;
 using Vector4 = libMath::Vector<float, 4>;
 
 static_assert(std::is_trivially_copyable<Matrix4>::value, "a copy is made element by element");
@@ -52,16 +49,6 @@ constexpr unsigned unsignedMax = std::numeric_limits<unsigned>::max();
 /// The lowest integer whose successor has no float: 16777217 rounds back to it.
 constexpr float limit = 16777216.0f;
 
-/// The sixteen elements in flat order, so in a source line row by row.
-Matrix4 matrix(const float (&elements)[16])
-{
-    Matrix4 result;
-    for (unsigned i = 0; i < 16; ++i) {
-        result[i] = elements[i];
-    }
-    return result;
-}
-
 Vector4 vector(float x, float y, float z, float w)
 {
     Vector4 result;
@@ -72,13 +59,6 @@ Vector4 vector(float x, float y, float z, float w)
     return result;
 }
 
-void expectElements(const Matrix4& m, const float (&expected)[16])
-{
-    for (unsigned i = 0; i < 16; ++i) {
-        EXPECT_EQ(expected[i], m[i]) << "flat index " << i;
-    }
-}
-
 void expectElements(const Vector4& v, float x, float y, float z, float w)
 {
     EXPECT_EQ(x, v[0]);
@@ -87,17 +67,13 @@ void expectElements(const Vector4& v, float x, float y, float z, float w)
     EXPECT_EQ(w, v[3]);
 }
 
-constexpr float zero[16] = {};
-constexpr float identity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
-constexpr float counted[16] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
-
 TEST(MatrixTest, ElementsLieInFlatOrderFromTheStart)
 {
-    const Matrix4 m = matrix(counted);
+    const Matrix4 m = matrixOf(counting);
     float elements[16];
     std::memcpy(elements, &m, sizeof(elements));
     for (unsigned i = 0; i < 16; ++i) {
-        EXPECT_EQ(counted[i], elements[i]) << i;
+        EXPECT_EQ(counting[i], elements[i]) << i;
     }
 }
 
@@ -106,34 +82,34 @@ TEST(MatrixTest, DefaultConstructorMakesAllZeroAndNotTheIdentity)
     alignas(Matrix4) unsigned char memory[sizeof(Matrix4)];
     std::memset(memory, 0xA5, sizeof(memory));
     const Matrix4* made = new (memory) Matrix4;
-    expectElements(*made, zero);
+    expectSame(zero, elements(*made));
 }
 
 TEST(MatrixTest, CopyTakesEachElementAndIsIndependent)
 {
-    Matrix4 original = matrix(counted);
+    Matrix4 original = matrixOf(counting);
     const Matrix4 copy(original);
     original.setIdentity();
-    expectElements(copy, counted);
-    expectElements(original, identity);
+    expectSame(counting, elements(copy));
+    expectSame(identity, elements(original));
 }
 
 TEST(MatrixTest, AssignmentTakesEachElementAndIsIndependent)
 {
-    Matrix4 original = matrix(counted);
+    Matrix4 original = matrixOf(counting);
     Matrix4 assigned;
     assigned.setIdentity();
     assigned = original;
     original[5] = -1.0f;
-    expectElements(assigned, counted);
+    expectSame(counting, elements(assigned));
 }
 
 TEST(MatrixTest, AssignmentToItselfChangesNothing)
 {
-    Matrix4 m = matrix(counted);
+    Matrix4 m = matrixOf(counting);
     const Matrix4& same = m;
     m = same;
-    expectElements(m, counted);
+    expectSame(counting, elements(m));
 }
 
 TEST(MatrixTest, CopyKeepsNegativeZeroAndNan)
@@ -150,15 +126,15 @@ TEST(MatrixTest, SetIdentityFillsZeroMatrix)
 {
     Matrix4 m;
     m.setIdentity();
-    expectElements(m, identity);
+    expectSame(identity, elements(m));
 }
 
 TEST(MatrixTest, SetIdentityReplacesEveryElement)
 {
-    Matrix4 m = matrix(counted);
+    Matrix4 m = matrixOf(counting);
     m[7] = std::numeric_limits<float>::quiet_NaN();
     m.setIdentity();
-    expectElements(m, identity);
+    expectSame(identity, elements(m));
 }
 
 TEST(MatrixTest, FlatIndexIsFourTimesRowPlusColumn)
@@ -169,12 +145,12 @@ TEST(MatrixTest, FlatIndexIsFourTimesRowPlusColumn)
             m(r, c) = static_cast<float>(10 * r + c);
         }
     }
-    expectElements(m, {0, 1, 2, 3, 10, 11, 12, 13, 20, 21, 22, 23, 30, 31, 32, 33});
+    expectSame({0, 1, 2, 3, 10, 11, 12, 13, 20, 21, 22, 23, 30, 31, 32, 33}, elements(m));
 }
 
 TEST(MatrixTest, RowAndColumnAccessReadsWhatFlatAccessWrote)
 {
-    Matrix4 m = matrix(counted);
+    Matrix4 m = matrixOf(counting);
     EXPECT_EQ(2.0f, m(0, 1));
     EXPECT_EQ(5.0f, m(1, 0));
     EXPECT_EQ(12.0f, m(2, 3));
@@ -183,7 +159,7 @@ TEST(MatrixTest, RowAndColumnAccessReadsWhatFlatAccessWrote)
 
 TEST(MatrixTest, AConstMatrixReadsTheSameElementsByRowAndColumn)
 {
-    const Matrix4 m = matrix(counted);
+    const Matrix4 m = matrixOf(counting);
     EXPECT_EQ(2.0f, m(0, 1));
     EXPECT_EQ(5.0f, m(1, 0));
     EXPECT_EQ(12.0f, m(2, 3));
@@ -194,12 +170,12 @@ TEST(MatrixTest, FlatAccessWritesOneElement)
 {
     Matrix4 m;
     m[6] = 2.5f;
-    expectElements(m, {0, 0, 0, 0, 0, 0, 2.5f, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+    expectSame({0, 0, 0, 0, 0, 0, 2.5f, 0, 0, 0, 0, 0, 0, 0, 0, 0}, elements(m));
 }
 
 TEST(MatrixTest, EveryValidIndexIsAccepted)
 {
-    Matrix4 m = matrix(counted);
+    Matrix4 m = matrixOf(counting);
     const Matrix4& constant = m;
     for (unsigned i = 0; i < 16; ++i) {
         EXPECT_NO_THROW(EXPECT_EQ(&m[0] + i, &m[i]));
@@ -210,12 +186,12 @@ TEST(MatrixTest, EveryValidIndexIsAccepted)
 
 TEST(MatrixTest, ColumnGivesItsElementsFromTheFirstRowDown)
 {
-    const Matrix4 m = matrix(counted);
+    const Matrix4 m = matrixOf(counting);
     expectElements(m.column(0), 1, 5, 9, 13);
     expectElements(m.column(1), 2, 6, 10, 14);
     expectElements(m.column(2), 3, 7, 11, 15);
     expectElements(m.column(3), 4, 8, 12, 16);
-    expectElements(m, counted);
+    expectSame(counting, elements(m));
 }
 
 TEST(MatrixTest, LastColumnOfTranslationIsTheTranslationAndOne)
@@ -230,21 +206,21 @@ TEST(MatrixTest, LastColumnOfTranslationIsTheTranslationAndOne)
 
 TEST(MatrixTest, ColumnIsACopy)
 {
-    Matrix4 m = matrix(counted);
+    Matrix4 m = matrixOf(counting);
     Vector4 column = m.column(1);
     column[0] = 99.0f;
-    expectElements(m, counted);
+    expectSame(counting, elements(m));
 }
 
 TEST(MatrixTest, SetColumnStoresFromTheFirstRowDownAndLeavesTheRest)
 {
-    Matrix4 m = matrix(counted);
+    Matrix4 m = matrixOf(counting);
     m.setColumn(2, vector(-1, -2, -3, -4));
-    expectElements(m, {1, 2, -1, 4, 5, 6, -2, 8, 9, 10, -3, 12, 13, 14, -4, 16});
+    expectSame({1, 2, -1, 4, 5, 6, -2, 8, 9, 10, -3, 12, 13, 14, -4, 16}, elements(m));
     m.setColumn(0, vector(20, 21, 22, 23));
-    expectElements(m, {20, 2, -1, 4, 21, 6, -2, 8, 22, 10, -3, 12, 23, 14, -4, 16});
+    expectSame({20, 2, -1, 4, 21, 6, -2, 8, 22, 10, -3, 12, 23, 14, -4, 16}, elements(m));
     m.setColumn(3, m.column(0));
-    expectElements(m, {20, 2, -1, 20, 21, 6, -2, 21, 22, 10, -3, 22, 23, 14, -4, 23});
+    expectSame({20, 2, -1, 20, 21, 6, -2, 21, 22, 10, -3, 22, 23, 14, -4, 23}, elements(m));
 }
 
 TEST(MatrixTest, SetColumnTakesNoReferenceToTheVector)
@@ -258,12 +234,12 @@ TEST(MatrixTest, SetColumnTakesNoReferenceToTheVector)
 
 TEST(MatrixTest, DiagonalHoldsTheVectorAndElseZero)
 {
-    expectElements(Matrix4::diagonal(vector(2, 3, 5, 7)), {2, 0, 0, 0, 0, 3, 0, 0, 0, 0, 5, 0, 0, 0, 0, 7});
+    expectSame({2, 0, 0, 0, 0, 3, 0, 0, 0, 0, 5, 0, 0, 0, 0, 7}, elements(Matrix4::diagonal(vector(2, 3, 5, 7))));
 }
 
 TEST(MatrixTest, DiagonalOfOnesIsTheIdentity)
 {
-    expectElements(Matrix4::diagonal(vector(1, 1, 1, 1)), identity);
+    expectSame(identity, elements(Matrix4::diagonal(vector(1, 1, 1, 1))));
 }
 
 // Failed assertions
@@ -302,7 +278,7 @@ class MatrixAssertionTest : public testing::TestWithParam<AssertionCase> {};
 
 TEST_P(MatrixAssertionTest, ThrowsModuleLineAndExpressionAndChangesNothing)
 {
-    Matrix4 m = matrix(counted);
+    Matrix4 m = matrixOf(counting);
     try {
         access(m, GetParam());
         FAIL() << "nothing thrown";
@@ -311,7 +287,7 @@ TEST_P(MatrixAssertionTest, ThrowsModuleLineAndExpressionAndChangesNothing)
         EXPECT_STREQ(GetParam().expression, failure.expression());
         EXPECT_GT(failure.line(), 0u);
     }
-    expectElements(m, counted);
+    expectSame(counting, elements(m));
 }
 
 TEST_P(MatrixAssertionTest, WritesNoLogLine)
@@ -362,53 +338,53 @@ TEST(MatrixTest, FailedAssertionIsThrownByValue)
 
 TEST(MatrixTest, ProductSumsRowsTimesColumns)
 {
-    const Matrix4 a = matrix({1, 2, 3, 4, 0, -1, 2, 5, 7, 0, 1, -2, 3, 1, 0, 6});
-    const Matrix4 b = matrix({2, 0, 1, -1, 3, 4, 0, 2, -5, 1, 2, 0, 1, 6, -3, 7});
-    const float expected[16] = {
+    const Matrix4 a = matrixOf({1, 2, 3, 4, 0, -1, 2, 5, 7, 0, 1, -2, 3, 1, 0, 6});
+    const Matrix4 b = matrixOf({2, 0, 1, -1, 3, 4, 0, 2, -5, 1, 2, 0, 1, 6, -3, 7});
+    const Elements expected = {
         2 + 6 - 15 + 4, 0 + 8 + 3 + 24, 1 + 0 + 6 - 12, -1 + 4 + 0 + 28, // 1 2 3 4
         0 - 3 - 10 + 5, 0 - 4 + 2 + 30, 0 + 0 + 4 - 15, 0 - 2 + 0 + 35,  // 0 -1 2 5
         14 + 0 - 5 - 2, 0 + 0 + 1 - 12, 7 + 0 + 2 + 6,  -7 + 0 + 0 - 14, // 7 0 1 -2
         6 + 3 + 0 + 6,  0 + 4 + 0 + 36, 3 + 0 + 0 - 18, -3 + 2 + 0 + 42, // 3 1 0 6
     };
-    expectElements(a * b, expected);
+    expectSame(expected, elements(a * b));
 }
 
 TEST(MatrixTest, ProductChangesNeitherOperand)
 {
-    const float factors[16] = {2, 0, 1, -1, 3, 4, 0, 2, -5, 1, 2, 0, 1, 6, -3, 7};
-    Matrix4 a = matrix(counted);
-    Matrix4 b = matrix(factors);
+    const Elements factors = {2, 0, 1, -1, 3, 4, 0, 2, -5, 1, 2, 0, 1, 6, -3, 7};
+    Matrix4 a = matrixOf(counting);
+    Matrix4 b = matrixOf(factors);
     const Matrix4 product = a * b;
-    expectElements(a, counted);
-    expectElements(b, factors);
+    expectSame(counting, elements(a));
+    expectSame(factors, elements(b));
     a = Matrix4();
     b = Matrix4();
     EXPECT_EQ(-3.0f, product[0]); // 2 + 6 − 15 + 4
 }
 
-constexpr float countedSquare[16] = {90, 100, 110, 120, 202, 228, 254, 280, 314, 356, 398, 440, 426, 484, 542, 600};
+constexpr Elements countedSquare = {90, 100, 110, 120, 202, 228, 254, 280, 314, 356, 398, 440, 426, 484, 542, 600};
 
 TEST(MatrixTest, ProductWithItselfIsItsSquare)
 {
-    const Matrix4 m = matrix(counted);
-    expectElements(m * m, countedSquare);
+    const Matrix4 m = matrixOf(counting);
+    expectSame(countedSquare, elements(m * m));
 }
 
 TEST(MatrixTest, ProductCopiedOverAnOperandMultipliesInPlace)
 {
-    Matrix4 m = matrix(counted);
+    Matrix4 m = matrixOf(counting);
     m = m * m;
-    expectElements(m, countedSquare);
+    expectSame(countedSquare, elements(m));
 }
 
 TEST(MatrixTest, IdentityTimesAnyMatrixIsThatMatrix)
 {
-    const float elements[16] = {0.1f,   -2.7f,  3e30f, 1e-38f, limit, 0.3333333f, -5e-20f, 8.0f,
-                                1e-45f, -1e38f, 7.7f,  0.0f,   13.5f, -1.0f,      0.7f,    3.4e38f};
+    const Elements any = {0.1f,   -2.7f,  3e30f, 1e-38f, limit, 0.3333333f, -5e-20f, 8.0f,
+                          1e-45f, -1e38f, 7.7f,  0.0f,   13.5f, -1.0f,      0.7f,    3.4e38f};
     Matrix4 one;
     one.setIdentity();
-    expectElements(one * matrix(elements), elements);
-    expectElements(matrix(elements) * one, elements);
+    expectSame(any, elements(one * matrixOf(any)));
+    expectSame(any, elements(matrixOf(any) * one));
 }
 
 TEST(MatrixTest, LeftFactorIsTheOuterTransform)
@@ -418,9 +394,9 @@ TEST(MatrixTest, LeftFactorIsTheOuterTransform)
     translation.setColumn(3, vector(1, 2, 3, 1));
     const Matrix4 scale = Matrix4::diagonal(vector(10, 20, 30, 1));
     // Scaled, then moved: the translation stays as it is.
-    expectElements(translation * scale, {10, 0, 0, 1, 0, 20, 0, 2, 0, 0, 30, 3, 0, 0, 0, 1});
+    expectSame({10, 0, 0, 1, 0, 20, 0, 2, 0, 0, 30, 3, 0, 0, 0, 1}, elements(translation * scale));
     // Moved, then scaled.
-    expectElements(scale * translation, {10, 0, 0, 10, 0, 20, 0, 40, 0, 0, 30, 90, 0, 0, 0, 1});
+    expectSame({10, 0, 0, 10, 0, 20, 0, 40, 0, 0, 30, 90, 0, 0, 0, 1}, elements(scale * translation));
 }
 
 TEST(MatrixTest, PointIsAColumnOnTheRight)
@@ -517,7 +493,7 @@ TEST(MatrixTest, ProductPassesNanAndInfinityOn)
     const float infinity = std::numeric_limits<float>::infinity();
     Matrix4 one;
     one.setIdentity();
-    Matrix4 m = matrix(counted);
+    Matrix4 m = matrixOf(counting);
     m(2, 1) = infinity;
     Matrix4 product = one * m;
     // 0 · infinity is in column 1 of all other rows.

@@ -1,7 +1,6 @@
+#include "support/MatrixValues.h"
 #include "support/Rows.h"
 #include "support/UsedMemory.h"
-
-#include <libMath/Vector.h>
 
 #include <cmath>
 #include <cstring>
@@ -18,10 +17,8 @@ template class libMath::Vector<float, 3>;
 
 namespace {
 
-using testSupport::MadeInUsedMemory;
-using testSupport::Row;
+using namespace testSupport;
 
-using Vector3 = libMath::Vector<float, 3>;
 using Vector4 = libMath::Vector<float, 4>;
 
 static_assert(std::is_trivially_copyable<Vector3>::value && std::is_trivially_copyable<Vector4>::value,
@@ -49,13 +46,6 @@ constexpr float limit = 16777216.0f;
 constexpr float justAboveOne = 1.0f + 1.0f / 4096.0f;
 constexpr float roundedSquare = 1.0f + 1.0f / 2048.0f;
 
-void expectElements(const Vector3& v, float x, float y, float z)
-{
-    EXPECT_EQ(x, v[0]);
-    EXPECT_EQ(y, v[1]);
-    EXPECT_EQ(z, v[2]);
-}
-
 TEST(VectorTest, ElementsLieOneAfterAnotherFromTheStart)
 {
     const Vector3 v(2.0f, 3.0f, 5.0f);
@@ -69,7 +59,7 @@ TEST(VectorTest, ElementsLieOneAfterAnotherFromTheStart)
 TEST(VectorTest, DefaultConstructorZeroesThreeElements)
 {
     const MadeInUsedMemory<Vector3> made;
-    expectElements(*made, 0.0f, 0.0f, 0.0f);
+    EXPECT_EQ(triple(0.0f, 0.0f, 0.0f), triple(*made));
 }
 
 TEST(VectorTest, DefaultConstructorZeroesFourElements)
@@ -82,7 +72,7 @@ TEST(VectorTest, DefaultConstructorZeroesFourElements)
 
 TEST(VectorTest, ConstructorStoresXThenYThenZ)
 {
-    expectElements(Vector3(-1.5f, 2.25f, 1e30f), -1.5f, 2.25f, 1e30f);
+    EXPECT_EQ(triple(-1.5f, 2.25f, 1e30f), triple(Vector3(-1.5f, 2.25f, 1e30f)));
 }
 
 TEST(VectorTest, CopyTakesEachElementAndIsIndependent)
@@ -92,8 +82,8 @@ TEST(VectorTest, CopyTakesEachElementAndIsIndependent)
     original[0] = 7.0f;
     original[1] = 8.0f;
     original[2] = 9.0f;
-    expectElements(copy, 1.0f, 2.0f, 3.0f);
-    expectElements(original, 7.0f, 8.0f, 9.0f);
+    EXPECT_EQ(triple(1.0f, 2.0f, 3.0f), triple(copy));
+    EXPECT_EQ(triple(7.0f, 8.0f, 9.0f), triple(original));
 }
 
 TEST(VectorTest, AssignmentTakesEachElementAndIsIndependent)
@@ -102,7 +92,7 @@ TEST(VectorTest, AssignmentTakesEachElementAndIsIndependent)
     Vector3 assigned(4.0f, 5.0f, 6.0f);
     assigned = original;
     original[1] = 8.0f;
-    expectElements(assigned, 1.0f, 2.0f, 3.0f);
+    EXPECT_EQ(triple(1.0f, 2.0f, 3.0f), triple(assigned));
 }
 
 TEST(VectorTest, CopyKeepsNegativeZeroAndNan)
@@ -118,7 +108,7 @@ TEST(VectorTest, AccessWritesOneElement)
 {
     Vector3 v(1.0f, 2.0f, 3.0f);
     v[1] = -4.0f;
-    expectElements(v, 1.0f, -4.0f, 3.0f);
+    EXPECT_EQ(triple(1.0f, -4.0f, 3.0f), triple(v));
 }
 
 TEST(VectorTest, FourElementsAreWrittenReadAndCopied)
@@ -143,17 +133,17 @@ TEST(VectorTest, FirstThreeOfFourElementsMakeAVectorOfThree)
     v[2] = 5.0f;
     v[3] = 7.0f;
     const Vector4& read = v;
-    expectElements(Vector3(read[0], read[1], read[2]), 2.0f, 3.0f, 5.0f);
+    EXPECT_EQ(triple(2.0f, 3.0f, 5.0f), triple(Vector3(read[0], read[1], read[2])));
 }
 
 TEST(VectorTest, DifferenceIsLeftMinusRightInEachElement)
 {
     const Vector3 left(10.0f, 2.0f, -3.0f);
     const Vector3 right(1.0f, 5.0f, -7.5f);
-    expectElements(left - right, 9.0f, -3.0f, 4.5f);
-    expectElements(right - left, -9.0f, 3.0f, -4.5f);
-    expectElements(left, 10.0f, 2.0f, -3.0f);
-    expectElements(right, 1.0f, 5.0f, -7.5f);
+    EXPECT_EQ(triple(9.0f, -3.0f, 4.5f), triple(left - right));
+    EXPECT_EQ(triple(-9.0f, 3.0f, -4.5f), triple(right - left));
+    EXPECT_EQ(triple(10.0f, 2.0f, -3.0f), triple(left));
+    EXPECT_EQ(triple(1.0f, 5.0f, -7.5f), triple(right));
 }
 
 TEST(VectorTest, DifferenceWithItselfIsPositiveZero)
@@ -169,21 +159,21 @@ TEST(VectorTest, DifferenceWithItselfIsPositiveZero)
 TEST(VectorTest, DifferenceIsRoundedToFloat)
 {
     // 2^24 + 1 and 0.1 + 2^24 have no float of their own.
-    expectElements(Vector3(limit, 0.1f, limit) - Vector3(-1.0f, -limit, -3.0f), limit, limit, limit + 4.0f);
+    EXPECT_EQ(triple(limit, limit, limit + 4.0f), triple(Vector3(limit, 0.1f, limit) - Vector3(-1.0f, -limit, -3.0f)));
 }
 
 TEST(VectorTest, NormalizedDividesByTheLength)
 {
     const Vector3 v(2.0f, -3.0f, 6.0f);
-    expectElements(v.normalized(), 2.0f / 7.0f, -3.0f / 7.0f, 6.0f / 7.0f);
-    expectElements(v, 2.0f, -3.0f, 6.0f);
+    EXPECT_EQ(triple(2.0f / 7.0f, -3.0f / 7.0f, 6.0f / 7.0f), triple(v.normalized()));
+    EXPECT_EQ(triple(2.0f, -3.0f, 6.0f), triple(v));
 }
 
 TEST(VectorTest, NormalizedLeavesUnitAxesAsTheyAre)
 {
-    expectElements(Vector3(1.0f, 0.0f, 0.0f).normalized(), 1.0f, 0.0f, 0.0f);
-    expectElements(Vector3(0.0f, -1.0f, 0.0f).normalized(), 0.0f, -1.0f, 0.0f);
-    expectElements(Vector3(0.0f, 0.0f, 1.0f).normalized(), 0.0f, 0.0f, 1.0f);
+    EXPECT_EQ(triple(1.0f, 0.0f, 0.0f), triple(Vector3(1.0f, 0.0f, 0.0f).normalized()));
+    EXPECT_EQ(triple(0.0f, -1.0f, 0.0f), triple(Vector3(0.0f, -1.0f, 0.0f).normalized()));
+    EXPECT_EQ(triple(0.0f, 0.0f, 1.0f), triple(Vector3(0.0f, 0.0f, 1.0f).normalized()));
 }
 
 struct NormalizedCase : Row {
@@ -220,7 +210,7 @@ TEST_P(VectorNormalizedTest, SumsSquaresInOrderTakesTheRootAndDividesAllInFloat)
     ASSERT_NE(expected, static_cast<float>(row.x / wideLength));
     ASSERT_NE(expected, row.x * reciprocal);
 
-    expectElements(Vector3(row.x, row.y, row.z).normalized(), expected, row.y / length, row.z / length);
+    EXPECT_EQ(triple(expected, row.y / length, row.z / length), triple(Vector3(row.x, row.y, row.z).normalized()));
 }
 
 INSTANTIATE_ROWS(Operands, VectorNormalizedTest, {"LargeZ", 2.6f, 2.9f, 6.4f}, {"Rising", 1.4f, 2.5f, 4.1f},
@@ -245,14 +235,14 @@ TEST(VectorTest, NormalizedVectorOfNegativeZerosIsNan)
 TEST(VectorTest, NormalizedKeepsTheSignOfAZeroElement)
 {
     const Vector3 result = Vector3(3.0f, -0.0f, 4.0f).normalized();
-    expectElements(result, 3.0f / 5.0f, 0.0f, 4.0f / 5.0f);
+    EXPECT_EQ(triple(3.0f / 5.0f, 0.0f, 4.0f / 5.0f), triple(result));
     EXPECT_TRUE(std::signbit(result[1]));
 }
 
 TEST(VectorTest, NormalizedSquareBeyondFloatGivesZero)
 {
     // 1e40 is no float, so the length is infinite.
-    expectElements(Vector3(1e20f, 1.0f, 0.0f).normalized(), 0.0f, 0.0f, 0.0f);
+    EXPECT_EQ(triple(0.0f, 0.0f, 0.0f), triple(Vector3(1e20f, 1.0f, 0.0f).normalized()));
 }
 
 TEST(VectorTest, NormalizedSquareBelowFloatGivesInfinity)
@@ -277,10 +267,10 @@ TEST(VectorTest, CrossFollowsItsFormulaInEachElement)
     const Vector3 a(2.0f, 3.0f, 5.0f);
     const Vector3 b(7.0f, 11.0f, 13.0f);
     // 3·13 − 5·11, 5·7 − 2·13, 2·11 − 3·7
-    expectElements(a.cross(b), -16.0f, 9.0f, 1.0f);
-    expectElements(b.cross(a), 16.0f, -9.0f, -1.0f);
-    expectElements(a, 2.0f, 3.0f, 5.0f);
-    expectElements(b, 7.0f, 11.0f, 13.0f);
+    EXPECT_EQ(triple(-16.0f, 9.0f, 1.0f), triple(a.cross(b)));
+    EXPECT_EQ(triple(16.0f, -9.0f, -1.0f), triple(b.cross(a)));
+    EXPECT_EQ(triple(2.0f, 3.0f, 5.0f), triple(a));
+    EXPECT_EQ(triple(7.0f, 11.0f, 13.0f), triple(b));
 }
 
 TEST(VectorTest, CrossOfAxesIsRightHanded)
@@ -288,14 +278,14 @@ TEST(VectorTest, CrossOfAxesIsRightHanded)
     const Vector3 x(1.0f, 0.0f, 0.0f);
     const Vector3 y(0.0f, 1.0f, 0.0f);
     const Vector3 z(0.0f, 0.0f, 1.0f);
-    expectElements(x.cross(y), 0.0f, 0.0f, 1.0f);
-    expectElements(y.cross(z), 1.0f, 0.0f, 0.0f);
-    expectElements(z.cross(x), 0.0f, 1.0f, 0.0f);
+    EXPECT_EQ(triple(0.0f, 0.0f, 1.0f), triple(x.cross(y)));
+    EXPECT_EQ(triple(1.0f, 0.0f, 0.0f), triple(y.cross(z)));
+    EXPECT_EQ(triple(0.0f, 1.0f, 0.0f), triple(z.cross(x)));
 }
 
 TEST(VectorTest, CrossOfParallelVectorsIsZero)
 {
-    expectElements(Vector3(1.0f, 2.0f, -3.0f).cross(Vector3(-2.0f, -4.0f, 6.0f)), 0.0f, 0.0f, 0.0f);
+    EXPECT_EQ(triple(0.0f, 0.0f, 0.0f), triple(Vector3(1.0f, 2.0f, -3.0f).cross(Vector3(-2.0f, -4.0f, 6.0f))));
 }
 
 TEST(VectorTest, CrossRoundsEachProductToFloat)
@@ -304,12 +294,12 @@ TEST(VectorTest, CrossRoundsEachProductToFloat)
     const float product = justAboveOne * justAboveOne;
     ASSERT_EQ(roundedSquare, product);
     ASSERT_NE(static_cast<double>(roundedSquare), static_cast<double>(justAboveOne) * justAboveOne);
-    expectElements(Vector3(0.0f, justAboveOne, roundedSquare).cross(Vector3(0.0f, 1.0f, justAboveOne)), 0.0f, 0.0f,
-                   0.0f);
-    expectElements(Vector3(roundedSquare, 0.0f, justAboveOne).cross(Vector3(justAboveOne, 0.0f, 1.0f)), 0.0f, 0.0f,
-                   0.0f);
-    expectElements(Vector3(justAboveOne, roundedSquare, 0.0f).cross(Vector3(1.0f, justAboveOne, 0.0f)), 0.0f, 0.0f,
-                   0.0f);
+    EXPECT_EQ(triple(0.0f, 0.0f, 0.0f),
+              triple(Vector3(0.0f, justAboveOne, roundedSquare).cross(Vector3(0.0f, 1.0f, justAboveOne))));
+    EXPECT_EQ(triple(0.0f, 0.0f, 0.0f),
+              triple(Vector3(roundedSquare, 0.0f, justAboveOne).cross(Vector3(justAboveOne, 0.0f, 1.0f))));
+    EXPECT_EQ(triple(0.0f, 0.0f, 0.0f),
+              triple(Vector3(justAboveOne, roundedSquare, 0.0f).cross(Vector3(1.0f, justAboveOne, 0.0f))));
 }
 
 TEST(VectorTest, CrossSubtractsFromTheFirstProductItself)
@@ -317,7 +307,7 @@ TEST(VectorTest, CrossSubtractsFromTheFirstProductItself)
     // −0 − 0 is −0; a sum begun with 0 would lose the sign.
     const Vector3 result = Vector3(-0.0f, -0.0f, -0.0f).cross(Vector3(1.0f, -1.0f, 1.0f));
     // x: −0·1 − (−0·−1) = −0 − 0, y: −0·1 − (−0·1) = −0 + 0, z: −0·−1 − (−0·1) = 0 + 0
-    expectElements(result, 0.0f, 0.0f, 0.0f);
+    EXPECT_EQ(triple(0.0f, 0.0f, 0.0f), triple(result));
     EXPECT_TRUE(std::signbit(result[0]));
     EXPECT_FALSE(std::signbit(result[1]));
     EXPECT_FALSE(std::signbit(result[2]));
@@ -330,8 +320,8 @@ TEST(VectorTest, DotSumsTheProducts)
     EXPECT_EQ(46.0f, a.dot(b)); // 14 − 33 + 65
     EXPECT_EQ(46.0f, b.dot(a));
     EXPECT_EQ(38.0f, a.dot(a));
-    expectElements(a, 2.0f, 3.0f, 5.0f);
-    expectElements(b, 7.0f, -11.0f, 13.0f);
+    EXPECT_EQ(triple(2.0f, 3.0f, 5.0f), triple(a));
+    EXPECT_EQ(triple(7.0f, -11.0f, 13.0f), triple(b));
 }
 
 TEST(VectorTest, DotOfPerpendicularAxesIsZero)
