@@ -78,15 +78,6 @@ std::string listed(const Numbers& numbers, unsigned count)
     return text;
 }
 
-std::string repeated(const std::string& text, unsigned count)
-{
-    std::string all;
-    for (unsigned i = 0; i < count; ++i) {
-        all += text;
-    }
-    return all;
-}
-
 libVideo::Node& firstNode(VisualScene& scene)
 {
     return *scene.root().children()[0];
@@ -115,34 +106,16 @@ std::string source(const std::string& id, const std::string& content)
     return "<source id='" + id + "'>" + content + "</source>";
 }
 
-const std::string oneFloat = "<param name='X' type='float'/>";
-const std::string xyz = "<param name='X' type='float'/><param name='Y' type='float'/><param name='Z' type='float'/>";
-
 /// A source of records of single floats.
 std::string heights(const std::string& id, const std::string& values, unsigned count)
 {
     return source(id, floats(id, values, count) +
-                          accessor("#" + id + "-array", "count='" + std::to_string(count) + "' stride='1'", oneFloat));
-}
-
-std::string input(const std::string& semantic, const std::string& id)
-{
-    return "<input semantic='" + semantic + "' source='#" + id + "'/>";
-}
-
-std::string pick(const std::string& semantic, const std::string& id, unsigned offset = 0)
-{
-    return "<input semantic='" + semantic + "' source='#" + id + "' offset='" + std::to_string(offset) + "'/>";
+                          accessor("#" + id + "-array", "count='" + std::to_string(count) + "' stride='1'", PARAM_X));
 }
 
 std::string triangles(const std::string& inputs, const std::string& count, const std::string& list)
 {
     return "<triangles count='" + count + "'>" + inputs + list + "</triangles>";
-}
-
-std::string mesh(const std::string& content)
-{
-    return "<library_geometries><geometry id='g'><mesh>" + content + "</mesh></geometry></library_geometries>";
 }
 
 const std::string shown = "<node id='n'><instance_geometry url='#g'/></node>";
@@ -259,74 +232,78 @@ const char* const noInputOfUse = "input: createFromCollada failed";
 const char* const noClass = "input: Does not have a class representation for source ";
 
 // Four places of three numbers.
-const std::string places =
-    source("s", floats("s", "1 2 3 4 5 6 7 8 9 10 11 12", 12) + accessor("#s-array", "count='4' stride='3'", xyz));
+const std::string places = source("s", floats("s", "1 2 3 4 5 6 7 8 9 10 11 12", 12) +
+                                           accessor("#s-array", "count='4' stride='3'", PARAMS_XYZ));
 
 BadDocument meshRow(const char* name, const std::string& content, const Texts& lines, const char* result,
                     const Describe& describe = primitive)
 {
-    return {name, mesh(content), shown, lines, describe, result};
+    return {name, meshXml(content), shown, lines, describe, result};
 }
 
 INSTANTIATE_ROWS(
     Sources, BadDocumentTest,
     meshRow("ArrayShorterThanItsAccessor",
-            source("s", floats("s", "1 2 3 4 5", 5) + accessor("#s-array", "count='3' stride='3'", xyz)) +
-                triangles(pick("POSITION", "s"), "1", "<p>0 1 2</p>"),
+            source("s", floats("s", "1 2 3 4 5", 5) + accessor("#s-array", "count='3' stride='3'", PARAMS_XYZ)) +
+                triangles(inputXml("POSITION", "s", "0"), "1", "<p>0 1 2</p>"),
             texts(beyondArray), "1 triangles [0 1 2] of [1 2 3 4 5 0 0 0 0]"),
     meshRow("AccessorOfNothing",
-            source("s", floats("s", "1 2 3", 3) + accessor("#nowhere", "count='1' stride='3'", xyz)) +
-                triangles(pick("POSITION", "s"), "1", "<p>0 0 0</p>"),
+            source("s", floats("s", "1 2 3", 3) + accessor("#nowhere", "count='1' stride='3'", PARAMS_XYZ)) +
+                triangles(inputXml("POSITION", "s", "0"), "1", "<p>0 0 0</p>"),
             texts("accessor: Data source is not a float array #nowhere", "accessor: No data to read from the accessor"),
             "1 triangles [0 0 0] of []"),
     meshRow("AccessorWhoseReferenceIsLost",
-            source("s", floats("s", "1 2 3", 3) + accessor("#a[1]", "count='1' stride='3'", xyz)) +
-                triangles(pick("POSITION", "s"), "1", "<p>0 0 0</p>"),
+            source("s", floats("s", "1 2 3", 3) + accessor("#a[1]", "count='1' stride='3'", PARAMS_XYZ)) +
+                triangles(inputXml("POSITION", "s", "0"), "1", "<p>0 0 0</p>"),
             texts("accessor: Data source is not a float array ", "accessor: No data to read from the accessor"),
             "1 triangles [0 0 0] of []"),
-    meshRow("SourceOfNothing", triangles(pick("POSITION", "nowhere"), "1", "<p>0 0 0</p>"),
+    meshRow("SourceOfNothing", triangles(inputXml("POSITION", "nowhere", "0"), "1", "<p>0 0 0</p>"),
             texts("source: Element #nowhere is not a source", std::string(noClass) + "nowhere", noInputOfUse),
             "1 triangles [0 0 0] of []"),
-    meshRow("SourceWhoseReferenceIsLost", triangles(pick("POSITION", "a[1]"), "1", "<p>0 0 0</p>"),
+    meshRow("SourceWhoseReferenceIsLost", triangles(inputXml("POSITION", "a[1]", "0"), "1", "<p>0 0 0</p>"),
             texts("source: Element  is not a source", noClass, noInputOfUse), "1 triangles [0 0 0] of []"),
     meshRow("SourceWithoutAFloatArray",
-            source("s", array("Name_array", "s", 1, "A")) + triangles(pick("POSITION", "s"), "1", "<p>0 0 0</p>"),
+            source("s", array("Name_array", "s", 1, "A")) +
+                triangles(inputXml("POSITION", "s", "0"), "1", "<p>0 0 0</p>"),
             texts("source: Source has no float array", std::string(noClass) + "s", noInputOfUse),
             "1 triangles [0 0 0] of []"),
     meshRow("SourceWithoutAFloatArrayBesideAGoodOne",
-            places + source("bad", "") + triangles(pick("POSITION", "s") + pick("NORMAL", "bad"), "1", "<p>3 0 3</p>"),
+            places + source("bad", "") +
+                triangles(inputXml("POSITION", "s", "0") + inputXml("NORMAL", "bad", "0"), "1", "<p>3 0 3</p>"),
             texts("source: Source has no float array", std::string(noClass) + "bad"),
             "1 triangles [0 1 0] of [10 11 12 1 2 3]"),
     // Bytes come out that no layout counts, as of a source that has no technique at all.
     meshRow("TechniqueWithoutAnAccessor",
             source("s", floats("s", "5 6 7", 3) + "<technique_common/>") +
-                triangles(pick("POSITION", "s"), "1", "<p>2 1 0</p>"),
+                triangles(inputXml("POSITION", "s", "0"), "1", "<p>2 1 0</p>"),
             texts(), "1 triangles [0 1 2] of [7 6 5], 0 bytes each", bareSourcePrimitive),
     meshRow("SourceWithoutATechnique",
-            source("s", floats("s", "5 6 7", 3)) + triangles(pick("POSITION", "s"), "1", "<p>2 1 0</p>"), texts(),
-            "1 triangles [0 1 2] of [7 6 5], 0 bytes each", bareSourcePrimitive));
+            source("s", floats("s", "5 6 7", 3)) + triangles(inputXml("POSITION", "s", "0"), "1", "<p>2 1 0</p>"),
+            texts(), "1 triangles [0 1 2] of [7 6 5], 0 bytes each", bareSourcePrimitive));
 
 INSTANTIATE_ROWS(
     Triangles, BadDocumentTest,
-    meshRow("ListShorterThanItsCount", places + triangles(pick("POSITION", "s"), "3", "<p>0 1 2 2 1 3 3</p>"),
+    meshRow("ListShorterThanItsCount", places + triangles(inputXml("POSITION", "s", "0"), "3", "<p>0 1 2 2 1 3 3</p>"),
             texts(fewerIndices), "2 triangles [0 1 2 2 1 3] of [1 2 3 4 5 6 7 8 9 10 11 12]"),
-    meshRow("ListOfHalfATriangle", places + triangles(pick("POSITION", "s"), "1", "<p>0 1</p>"), texts(fewerIndices),
+    meshRow("ListOfHalfATriangle", places + triangles(inputXml("POSITION", "s", "0"), "1", "<p>0 1</p>"),
+            texts(fewerIndices), "0 triangles [] of []"),
+    meshRow("NoList", places + triangles(inputXml("POSITION", "s", "0"), "2", ""), texts(fewerIndices),
             "0 triangles [] of []"),
-    meshRow("NoList", places + triangles(pick("POSITION", "s"), "2", ""), texts(fewerIndices), "0 triangles [] of []"),
-    meshRow("CountOfAllOnes", places + triangles(pick("POSITION", "s"), "4294967295", "<p>3 2 1</p>"),
+    meshRow("CountOfAllOnes", places + triangles(inputXml("POSITION", "s", "0"), "4294967295", "<p>3 2 1</p>"),
             texts(fewerIndices), "1 triangles [0 1 2] of [10 11 12 7 8 9 4 5 6]"),
-    meshRow("NoInputOfUseKeepsTheCount", places + triangles(pick("FOG", "s"), "2", "<p>5 6 7 7 6 5</p>"),
+    meshRow("NoInputOfUseKeepsTheCount", places + triangles(inputXml("FOG", "s", "0"), "2", "<p>5 6 7 7 6 5</p>"),
             texts(unknownFog, noInputOfUse), "2 triangles [0 0 0 0 0 0] of []"),
-    meshRow("NoInputOfUseAndAShortList", places + triangles(pick("FOG", "s"), "4294967295", "<p>5 6 7 7</p>"),
+    meshRow("NoInputOfUseAndAShortList", places + triangles(inputXml("FOG", "s", "0"), "4294967295", "<p>5 6 7 7</p>"),
             texts(unknownFog, noInputOfUse, fewerIndices), "1 triangles [0 0 0] of []"),
-    meshRow("NoInputOfUseAndNoList", places + triangles(pick("FOG", "s"), "3", ""),
+    meshRow("NoInputOfUseAndNoList", places + triangles(inputXml("FOG", "s", "0"), "3", ""),
             texts(unknownFog, noInputOfUse, fewerIndices), "0 triangles [] of []"),
     // Two offsets make steps of two, so what an input at offset 2 picks last is past the end.
     meshRow("GapInTheOffsets",
             heights("h", "10 11 12 13", 4) + heights("k", "20 21 22 23", 4) +
-                triangles(pick("POSITION", "h") + pick("NORMAL", "k", 2), "1", "<p>1 9 2 9 3 9</p>"),
+                triangles(inputXml("POSITION", "h", "0") + inputXml("NORMAL", "k", "2"), "1", "<p>1 9 2 9 3 9</p>"),
             texts(), "1 triangles [0 1 2] of [11 22 12 23 13 20]"),
-    meshRow("LinesOfInputsComeFirst", places + triangles(pick("POSITION", "s") + pick("FOG", "s"), "2", "<p>0 1 2</p>"),
+    meshRow("LinesOfInputsComeFirst",
+            places + triangles(inputXml("POSITION", "s", "0") + inputXml("FOG", "s", "0"), "2", "<p>0 1 2</p>"),
             texts(unknownFog, fewerIndices), "1 triangles [0 1 2] of [1 2 3 4 5 6 7 8 9]"));
 
 std::string cloud(const std::string& sources, const std::string& inputs)
@@ -336,20 +313,20 @@ std::string cloud(const std::string& sources, const std::string& inputs)
 
 std::string claimed(const std::string& id, const std::string& values, const std::string& count)
 {
-    return source(id, floats(id, values, 1) + accessor("#" + id + "-array", "count='" + count + "'", oneFloat));
+    return source(id, floats(id, values, 1) + accessor("#" + id + "-array", "count='" + count + "'", PARAM_X));
 }
 
 INSTANTIATE_ROWS(Clouds, BadDocumentTest,
-                 meshRow("FewUnbackedPoints", cloud(claimed("s", "1.5 2.5", "5"), input("POSITION", "s")),
+                 meshRow("FewUnbackedPoints", cloud(claimed("s", "1.5 2.5", "5"), inputXml("POSITION", "s")),
                          texts(beyondArray), "5 points [] of [1.5 2.5 0 0 0]"),
-                 meshRow("ManyUnbackedPoints", cloud(claimed("s", "1.5 2.5", "4294967295"), input("POSITION", "s")),
+                 meshRow("ManyUnbackedPoints", cloud(claimed("s", "1.5 2.5", "4294967295"), inputXml("POSITION", "s")),
                          texts(beyondArray), "1048576 points in 4194304 bytes: 1.5 2.5 0 0",
                          [](VisualScene& scene) {
                              return cloudAround(scene, {0, 1, 2, 1048575});
                          }),
                  meshRow("AsManyPointsAsTheLongestArrayBacks",
                          cloud(claimed("s", "1.5", "2000000") + claimed("t", repeated("3 4 ", 524290), "2000000"),
-                               input("POSITION", "s") + input("NORMAL", "t")),
+                               inputXml("POSITION", "s") + inputXml("NORMAL", "t")),
                          texts(beyondArray, beyondArray), "1048580 points in 8388640 bytes: 1.5 3 0 4 0 4",
                          [](VisualScene& scene) {
                              return cloudAround(scene, {0, 1, 2, 3, 2097158, 2097159});
@@ -387,28 +364,30 @@ BadDocument curveRow(const char* name, const std::string& sources, const std::st
 
 INSTANTIATE_ROWS(
     Animations, BadDocumentTest,
-    curveRow("TimesShorterThanTheirAccessor", keys("times", "0 2", "count='3'"), input("INPUT", "times"),
+    curveRow("TimesShorterThanTheirAccessor", keys("times", "0 2", "count='3'"), inputXml("INPUT", "times"),
              texts(shortArray, noTarget), restsAtSevenEightNine),
     curveRow("ValuesShorterThanTheirAccessor", twoTimes + keys("values", "0 0 0 4 8", "count='2' stride='3'"),
-             input("INPUT", "times") + input("OUTPUT", "values"), texts(shortArray, noTarget), restsAtSevenEightNine),
+             inputXml("INPUT", "times") + inputXml("OUTPUT", "values"), texts(shortArray, noTarget),
+             restsAtSevenEightNine),
     curveRow("MoreRecordsWithoutAnArrayThanTheirBound", source("times", accessor("#nowhere", "count='1048577'")),
-             input("INPUT", "times"), texts(shortArray, noTarget), restsAtSevenEightNine),
+             inputXml("INPUT", "times"), texts(shortArray, noTarget), restsAtSevenEightNine),
     curveRow("AsManyRecordsWithoutAnArrayAsTheirBound", source("times", accessor("#nowhere", "count='1048576'")),
-             input("INPUT", "times"), texts(), "moves 0: 7 8 9"),
-    curveRow("NoTimesAreTimesOfZero", keys("values", "1 2 3 4 5 6", "count='2' stride='3'"), input("OUTPUT", "values"),
-             texts(), "moves 0: 7 8 9"),
+             inputXml("INPUT", "times"), texts(), "moves 0: 7 8 9"),
+    curveRow("NoTimesAreTimesOfZero", keys("values", "1 2 3 4 5 6", "count='2' stride='3'"),
+             inputXml("OUTPUT", "values"), texts(), "moves 0: 7 8 9"),
     curveRow("NoKindsAreLinear", twoTimes + keys("values", "0 0 0 4 8 2", "count='2' stride='3'"),
-             input("INPUT", "times") + input("OUTPUT", "values"), texts(), "moves 2: 2 4 1"),
+             inputXml("INPUT", "times") + inputXml("OUTPUT", "values"), texts(), "moves 2: 2 4 1"),
     curveRow("TechniqueWithoutAnAccessor", source("times", floats("times", "0 2", 2) + "<technique_common/>"),
-             input("INPUT", "times"), texts(noTarget), restsAtSevenEightNine),
-    curveRow("SourceWithoutATechnique", source("times", floats("times", "0 2", 2)), input("INPUT", "times"),
+             inputXml("INPUT", "times"), texts(noTarget), restsAtSevenEightNine),
+    curveRow("SourceWithoutATechnique", source("times", floats("times", "0 2", 2)), inputXml("INPUT", "times"),
              texts(noTarget), restsAtSevenEightNine),
-    curveRow("ShortArrayBeforeAWrongSemantic", keys("colors", "0 2", "count='3'"), input("COLOR", "colors"),
+    curveRow("ShortArrayBeforeAWrongSemantic", keys("colors", "0 2", "count='3'"), inputXml("COLOR", "colors"),
              texts(shortArray, noTarget), restsAtSevenEightNine),
-    curveRow("WrongSemanticAlone", keys("colors", "0 2", "count='2'"), input("COLOR", "colors"),
+    curveRow("WrongSemanticAlone", keys("colors", "0 2", "count='2'"), inputXml("COLOR", "colors"),
              texts("animation: Cannot create a float evolution input from: 3", noTarget), restsAtSevenEightNine),
     curveRow("CountsBeforeAShortArrayAndAWrongSemantic", twoTimes + keys("colors", "1", "count='3'"),
-             input("INPUT", "times") + input("COLOR", "colors"), texts(otherCounts, noTarget), restsAtSevenEightNine));
+             inputXml("INPUT", "times") + inputXml("COLOR", "colors"), texts(otherCounts, noTarget),
+             restsAtSevenEightNine));
 
 // --- cameras ---
 
@@ -417,17 +396,12 @@ std::string eye(const std::string& optics, const std::string& extra = "")
     return "<library_cameras><camera id='eye' name='Eye'>" + optics + extra + "</camera></library_cameras>";
 }
 
-std::string perspective(const std::string& parameters)
-{
-    return "<optics><technique_common><perspective>" + parameters + "</perspective></technique_common></optics>";
-}
-
 std::string target(const std::string& text)
 {
     return "<extra><technique profile='FCOLLADA'><target>" + text + "</target></technique></extra>";
 }
 
-const std::string square = perspective("<xfov>90</xfov><yfov>90</yfov><znear>1</znear><zfar>5</zfar>");
+const std::string square = optics("<xfov>90</xfov><yfov>90</yfov><znear>1</znear><zfar>5</zfar>");
 const std::string viewer = "<node id='n'><translate sid='t'>0 0 0</translate><instance_camera url='#eye'/></node>";
 const char* const noAspectRatio = "camera: Camera :Eye does not have required aspect ratio data";
 const char* const looksAtNothing = "instance: Cannot find lookat node  from camera list";
@@ -437,7 +411,7 @@ const char* const unboundEye = "instance: Cannot find camera source eye for this
 std::string ramp(const std::string& id, const std::string& target, const std::string& values)
 {
     return curve(keys(id + "-times", "0 2", "count='2'") + keys(id + "-values", values, "count='2'"),
-                 input("INPUT", id + "-times") + input("OUTPUT", id + "-values"), target);
+                 inputXml("INPUT", id + "-times") + inputXml("OUTPUT", id + "-values"), target);
 }
 
 /// The two scales and the two depth terms after a second.
@@ -463,31 +437,28 @@ std::string cameraLooksAt(VisualScene& scene)
 
 const std::string zeroes = "0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0";
 
-INSTANTIATE_ROWS(Cameras, BadDocumentTest,
-                 {"CameraWithoutOptics", eye(""), viewer, texts(unboundEye), cameraCount, "0 cameras"},
-                 {"CameraWithoutACommonTechnique", eye("<optics/>"), viewer, texts(unboundEye), cameraCount,
-                  "0 cameras"},
-                 // Half of 90 degrees has the cotangent 1; planes at 2 and 4 make the depth terms 4 / 2 and -2 · 4 / 2.
-                 {"AnimatedCameraOfOneAngle",
-                  eye(perspective("<xfov sid='x'>20</xfov><znear sid='b'>7</znear><zfar sid='f'>9</zfar>")) +
-                      "<library_animations>" + ramp("1", "eye/x", "60 120") + ramp("2", "eye/b", "1 3") +
-                      ramp("3", "eye/f", "2 6") + "</library_animations>",
-                  viewer, texts(noAspectRatio, looksAtNothing, noAspectRatio), projection, "1 0 2 -4"},
-                 {"AnimatedCameraOfTheOtherAngle",
-                  eye(perspective("<yfov sid='y'>20</yfov><znear sid='b'>7</znear><zfar sid='f'>9</zfar>")) +
-                      "<library_animations>" + ramp("1", "eye/y", "60 120") + ramp("2", "eye/b", "1 3") +
-                      ramp("3", "eye/f", "2 6") + "</library_animations>",
-                  viewer, texts(noAspectRatio, looksAtNothing, noAspectRatio), projection, "0 1 2 -4"},
-                 {"ViewOfACameraThatLooksAtNothing",
-                  eye(square) + "<library_animations>" +
-                      curve(twoTimes + keys("values", "0 0 0 4 8 2", "count='2' stride='3'"),
-                            input("INPUT", "times") + input("OUTPUT", "values")) +
-                      "</library_animations>",
-                  viewer, texts(looksAtNothing), views, zeroes + " and " + zeroes + ", node at 2 4 1"},
-                 {"LookAtTextThatIsNoReference", eye(square, target(" my scene.dae# größe\n")),
-                  viewer + "<node id='größe'/>", texts(), cameraLooksAt, "größe"},
-                 {"LookAtTextWithoutAMark", eye(square, target("größe")), viewer + "<node id='größe'/>",
-                  texts(looksAtNothing), cameraLooksAt, "nothing"});
+INSTANTIATE_ROWS(
+    Cameras, BadDocumentTest, {"CameraWithoutOptics", eye(""), viewer, texts(unboundEye), cameraCount, "0 cameras"},
+    {"CameraWithoutACommonTechnique", eye("<optics/>"), viewer, texts(unboundEye), cameraCount, "0 cameras"},
+    // Half of 90 degrees has the cotangent 1; planes at 2 and 4 make the depth terms 4 / 2 and -2 · 4 / 2.
+    {"AnimatedCameraOfOneAngle",
+     eye(optics("<xfov sid='x'>20</xfov><znear sid='b'>7</znear><zfar sid='f'>9</zfar>")) + "<library_animations>" +
+         ramp("1", "eye/x", "60 120") + ramp("2", "eye/b", "1 3") + ramp("3", "eye/f", "2 6") + "</library_animations>",
+     viewer, texts(noAspectRatio, looksAtNothing, noAspectRatio), projection, "1 0 2 -4"},
+    {"AnimatedCameraOfTheOtherAngle",
+     eye(optics("<yfov sid='y'>20</yfov><znear sid='b'>7</znear><zfar sid='f'>9</zfar>")) + "<library_animations>" +
+         ramp("1", "eye/y", "60 120") + ramp("2", "eye/b", "1 3") + ramp("3", "eye/f", "2 6") + "</library_animations>",
+     viewer, texts(noAspectRatio, looksAtNothing, noAspectRatio), projection, "0 1 2 -4"},
+    {"ViewOfACameraThatLooksAtNothing",
+     eye(square) + "<library_animations>" +
+         curve(twoTimes + keys("values", "0 0 0 4 8 2", "count='2' stride='3'"),
+               inputXml("INPUT", "times") + inputXml("OUTPUT", "values")) +
+         "</library_animations>",
+     viewer, texts(looksAtNothing), views, zeroes + " and " + zeroes + ", node at 2 4 1"},
+    {"LookAtTextThatIsNoReference", eye(square, target(" my scene.dae# größe\n")), viewer + "<node id='größe'/>",
+     texts(), cameraLooksAt, "größe"},
+    {"LookAtTextWithoutAMark", eye(square, target("größe")), viewer + "<node id='größe'/>", texts(looksAtNothing),
+     cameraLooksAt, "nothing"});
 
 // --- lights ---
 
@@ -552,7 +523,7 @@ std::string effectOf(const std::string& newparams, const std::string& shaders, c
            effectReference + "'/></material></library_materials><library_effects><effect id='e'>" +
            "<profile_COMMON id='profile'>" + newparams + "<technique sid='t'>" + shaders +
            "</technique></profile_COMMON></effect></library_effects>" +
-           mesh(places + triangles(pick("POSITION", "s"), "1", "<p>0 1 2</p>"));
+           meshXml(places + triangles(inputXml("POSITION", "s", "0"), "1", "<p>0 1 2</p>"));
 }
 
 const std::string painted = "<node id='n'><instance_geometry url='#g'><bind_material><technique_common>"
@@ -774,8 +745,6 @@ INSTANTIATE_ROWS(NullElements, MisuseTest,
                   withDocument([](ColladaBuilder& builder) { libVideo::PerspectiveCamera(nullptr, builder.dae()); })},
                  {"Animation", "Asked to load from a null element: Animation",
                   withDocument([](ColladaBuilder& builder) { libVideo::Animation(nullptr, builder.dae()); })});
-
-// --- what the tests are written with ---
 
 Texts linesOf(const LogCapture& log)
 {
