@@ -137,14 +137,6 @@ void expectParameter(double value, const std::string& sid, const Parameter& para
     EXPECT_EQ(sid, textOf(parameter->sid));
 }
 
-/// One line in all, whole.
-void expectLine(const std::string& words, const LogCapture& log)
-{
-    EXPECT_EQ(Texts{"libVideo.camera: " + words}, log.messages());
-}
-
-Matrix4 countingMatrix();
-
 std::vector<const PerspectiveParameter*> parametersOf(const PerspectiveCamera& camera)
 {
     return {xfovField(camera).get(), yfovField(camera).get(), znearField(camera).get(), zfarField(camera).get(),
@@ -260,7 +252,7 @@ TEST(CameraTest, ConstructorDropsTheResultOfTheLoad)
     CameraDocument document(opticsWith("<xfov>90</xfov>"));
     const LogCapture log;
     const PerspectiveCamera camera(document.camera(), document.dae());
-    expectLine(noAspectRatio, log);
+    expectErrors("libVideo.camera", noAspectRatio, log);
     EXPECT_EQ("eye", textOf(camera.id()));
 }
 
@@ -278,7 +270,7 @@ TEST_P(CameraFailureTest, LogsItsLineAndKeepsWhatWasRead)
     PerspectiveCamera camera = unreadCamera();
     const LogCapture log;
     EXPECT_FALSE(camera.createFromCollada(document.camera(), document.dae()));
-    expectLine(GetParam().words, log);
+    expectErrors("libVideo.camera", GetParam().words, log);
     EXPECT_EQ("Eye", textOf(camera.name()));
     EXPECT_EQ("eye", textOf(camera.id()));
     EXPECT_EQ("scene.dae#Target", textOf(camera.lookAtNodeURI()));
@@ -320,7 +312,7 @@ TEST_P(NamelessCameraTest, LineShowsTheNameAndNeverTheId)
     CameraDocument document(GetParam().given, "id='eye'");
     const LogCapture log;
     const PerspectiveCamera camera(document.camera(), document.dae());
-    expectLine(GetParam().expected, log);
+    expectErrors("libVideo.camera", GetParam().expected, log);
 }
 
 INSTANTIATE_ROWS(Documents, NamelessCameraTest,
@@ -361,7 +353,7 @@ TEST(CameraTest, SecondLoadThatFailsAtTheFarPlaneReplacesTheNearOneOnly)
     const Floats before = elements(camera.projectionMatrix());
     const LogCapture log;
     EXPECT_FALSE(camera.createFromCollada(second.camera(), second.dae()));
-    expectLine(noFar, log);
+    expectErrors("libVideo.camera", noFar, log);
     expectParameter(7.0, "n", znearField(camera));
     expectParameter(101.0, "", zfarField(camera));
     expectParameter(90.0, "", xfovField(camera));
@@ -633,7 +625,7 @@ TEST_P(CameraProjectionTest, LoadGivesTheScalesOfItsRow)
     if (row.result) {
         EXPECT_EQ("", log.text());
     } else {
-        expectLine(noAspectRatio, log);
+        expectErrors("libVideo.camera", noAspectRatio, log);
     }
     expectParameter(0.3, "", znearField(camera));
     expectParameter(1000.7, "", zfarField(camera));
@@ -655,7 +647,7 @@ TEST_P(CameraProjectionTest, UpdateTakesPresenceFromTheParametersAndNumbersFromI
     if (row.hasAspectRatio) {
         aspectRatioField(camera) = new PerspectiveParameter(3.0, "a");
     }
-    projectionField(camera) = countingMatrix(); // nothing of it may be left
+    projectionField(camera) = matrixOf(counting); // nothing of it may be left
     const LogCapture log;
     EXPECT_EQ(row.result, updateProjectionMatrixOf(camera, 2.0, 50.0, 65.0, 35.0, 0.7));
     expectFloats(projection(expectedScale(row.x, 65.0, 35.0, 0.7), expectedScale(row.y, 65.0, 35.0, 0.7), 2.0, 50.0),
@@ -663,7 +655,7 @@ TEST_P(CameraProjectionTest, UpdateTakesPresenceFromTheParametersAndNumbersFromI
     if (row.result) {
         EXPECT_EQ("", log.text());
     } else {
-        expectLine(noAspectRatio, log);
+        expectErrors("libVideo.camera", noAspectRatio, log);
     }
     if (row.hasXfov) {
         expectParameter(1.0, "x", xfovField(camera));
@@ -812,7 +804,7 @@ TEST(CameraTest, AnimationLengthIsThatOfTheLongest)
 TEST(CameraTest, WithoutAnimationsEachTimeGivesTheMatrixAsItStandsWithoutAnAllocation)
 {
     PerspectiveCamera camera = load(opticsWith("<xfov>90</xfov><yfov>90</yfov>"));
-    camera.transform(countingMatrix());
+    camera.transform(matrixOf(counting));
     const Floats before = elements(camera.projectionMatrix());
     const LogCapture log;
     const Matrix4* result = nullptr;
@@ -890,7 +882,7 @@ TEST(CameraTest, EvaluationOverwritesATransform)
     for (const char* sid : {"x", "y", "n", "f"}) {
         camera.addAnimation(curve(sid, "1 2"));
     }
-    camera.transform(countingMatrix());
+    camera.transform(matrixOf(counting));
     expectFloats(projection(scaleOf(70.0), scaleOf(40.0), 0.5, 200.0), camera.projectionMatrix(0.0));
 }
 
@@ -1001,10 +993,10 @@ TEST(CameraTest, EvaluationWithOneAngleAndNoAspectRatioLogsEachTime)
     camera.addAnimation(curve("f", "90 130"));
     LogCapture log;
     expectFloats(projection(scaleOf(60.0), 0.0f, 4.0, 110.0), camera.projectionMatrix(meanTime));
-    expectLine(noAspectRatio, log);
+    expectErrors("libVideo.camera", noAspectRatio, log);
     log.clear();
     camera.projectionMatrix(meanTime);
-    expectLine(noAspectRatio, log);
+    expectErrors("libVideo.camera", noAspectRatio, log);
 }
 
 TEST(CameraTest, EvaluationOfACameraThatFailedToLoadLogsTheMissingAspectRatio)
@@ -1013,7 +1005,7 @@ TEST(CameraTest, EvaluationOfACameraThatFailedToLoadLogsTheMissingAspectRatio)
     camera.addAnimation(curve("x", "40 80"));
     const LogCapture log;
     expectFloats(projection(0.0f, 0.0f, notANumber, notANumber), camera.projectionMatrix(meanTime));
-    expectLine(noAspectRatio, log);
+    expectErrors("libVideo.camera", noAspectRatio, log);
 }
 
 TEST(CameraTest, ExceptionOfAnAnimationPassesAndLeavesTheMatrix)
@@ -1037,7 +1029,7 @@ TEST(CameraTest, TransformMultipliesOnTheRight)
     left(2, 2) = 3.0f;
     left(3, 3) = 1.0f;
     projectionField(camera) = left;
-    const Matrix4& result = camera.transform(countingMatrix());
+    const Matrix4& result = camera.transform(matrixOf(counting));
     EXPECT_EQ(&camera.projectionMatrix(), &result);
     // Twice the second row, the first, three times the third, the fourth.
     expectFloats({10, 12, 14, 16, 1, 2, 3, 4, 27, 30, 33, 36, 13, 14, 15, 16}, result);
@@ -1046,7 +1038,7 @@ TEST(CameraTest, TransformMultipliesOnTheRight)
 TEST(CameraTest, TransformByTheProjectionItselfSquaresIt)
 {
     PerspectiveCamera camera = unreadCamera();
-    projectionField(camera) = countingMatrix();
+    projectionField(camera) = matrixOf(counting);
     camera.transform(camera.projectionMatrix());
     expectFloats({90, 100, 110, 120, 202, 228, 254, 280, 314, 356, 398, 440, 426, 484, 542, 600},
                  camera.projectionMatrix());
@@ -1059,7 +1051,7 @@ TEST(CameraTest, TransformsAddUp)
     for (unsigned i = 0; i < 4; ++i) {
         doubled(i, i) = 2.0f;
     }
-    projectionField(camera) = countingMatrix();
+    projectionField(camera) = matrixOf(counting);
     camera.transform(doubled);
     camera.transform(doubled);
     expectFloats({4, 8, 12, 16, 20, 24, 28, 32, 36, 40, 44, 48, 52, 56, 60, 64}, camera.projectionMatrix());
@@ -1143,7 +1135,7 @@ PerspectiveCamera fullCamera()
 {
     PerspectiveCamera camera = load(optics(namedOptics) + vendorExtra("<t>scene.dae#Target</t>"));
     aspectRatioField(camera) = new PerspectiveParameter(1.5, "a");
-    projectionField(camera) = countingMatrix();
+    projectionField(camera) = matrixOf(counting);
     camera.addAnimation(curve("x", "40 80"));
     camera.addAnimation(curve("y", "40 80"));
     return camera;
@@ -1233,7 +1225,7 @@ TEST(CameraTest, CopyHasMatrixTextsAndListOfItsOwn)
     copy.transform(Matrix4());
     copy.addAnimation(curve("f", "1 2"));
     nameField(copy) = "Other";
-    expectFloats(elements(countingMatrix()), camera.projectionMatrix());
+    expectFloats(counting, camera.projectionMatrix());
     EXPECT_EQ(2u, animationsField(camera).size());
     EXPECT_EQ("Eye", textOf(camera.name()));
 }
@@ -1272,11 +1264,6 @@ std::string listed(const std::string& id, const std::string& content)
     return "<camera id='" + id + "' name='" + id + "'>" + content + "</camera>";
 }
 
-std::string library(const std::string& cameras)
-{
-    return "<library_cameras>" + cameras + "</library_cameras>";
-}
-
 const std::string complete = opticsWith("<xfov>90</xfov><yfov>90</yfov>");
 const std::string orthographic = "<optics><technique_common><orthographic><xmag>1</xmag><znear>1</znear>"
                                  "<zfar>2</zfar></orthographic></technique_common></optics>";
@@ -1305,7 +1292,7 @@ TEST(CameraListTest, NullDocumentLeavesTheListAsItWas)
     const CameraHandle before = list[0];
     const LogCapture log;
     EXPECT_EQ(0u, libVideo::createCameraListFromCollada(nullptr, builder.dae(), list));
-    expectLine(noDocument, log);
+    expectErrors("libVideo.camera", noDocument, log);
     ASSERT_EQ(1u, list.size());
     EXPECT_EQ(before, list[0]);
 }
@@ -1328,8 +1315,8 @@ TEST(CameraListTest, DocumentWithoutCamerasClearsTheList)
 
 TEST(CameraListTest, AllLibrariesAreReadInDocumentOrder)
 {
-    ColladaBuilder builder(library(listed("b", complete) + listed("a", complete)) + library("") +
-                           library(listed("c", complete)));
+    ColladaBuilder builder(library("library_cameras", listed("b", complete) + listed("a", complete)) +
+                           "<library_cameras/>" + library("library_cameras", listed("c", complete)));
     const domCOLLADA* const root = builder.open();
     CameraList list = filledList();
     const LogCapture log;
@@ -1345,7 +1332,7 @@ TEST(CameraListTest, AllLibrariesAreReadInDocumentOrder)
 
 TEST(CameraListTest, SecondRunStartsAnew)
 {
-    ColladaBuilder builder(library(listed("a", complete) + listed("b", complete)));
+    ColladaBuilder builder(library("library_cameras", listed("a", complete) + listed("b", complete)));
     const domCOLLADA* const root = builder.open();
     CameraList list;
     EXPECT_EQ(2u, libVideo::createCameraListFromCollada(root, builder.dae(), list));
@@ -1357,10 +1344,11 @@ TEST(CameraListTest, SecondRunStartsAnew)
 
 TEST(CameraListTest, CamerasWithoutPerspectiveArePassedOverInSilence)
 {
-    ColladaBuilder builder(library(listed("first", orthographic) + listed("a", complete) + listed("noOptics", "") +
-                                   listed("noTechnique", "<optics/>") +
-                                   listed("emptyTechnique", "<optics><technique_common/></optics>") +
-                                   listed("b", complete) + listed("last", orthographic)));
+    ColladaBuilder builder(
+        library("library_cameras", listed("first", orthographic) + listed("a", complete) + listed("noOptics", "") +
+                                       listed("noTechnique", "<optics/>") +
+                                       listed("emptyTechnique", "<optics><technique_common/></optics>") +
+                                       listed("b", complete) + listed("last", orthographic)));
     const domCOLLADA* const root = builder.open();
     CameraList list;
     const LogCapture log;
@@ -1371,10 +1359,10 @@ TEST(CameraListTest, CamerasWithoutPerspectiveArePassedOverInSilence)
 
 TEST(CameraListTest, CamerasThatFailStayInTheList)
 {
-    ColladaBuilder builder(library(listed("noNear", optics("<xfov>90</xfov><zfar>2</zfar>")) +
-                                   listed("good", complete) +
-                                   listed("noFar", optics("<xfov>90</xfov><znear>1</znear>")) +
-                                   listed("noAspectRatio", opticsWith("<xfov>90</xfov>"))));
+    ColladaBuilder builder(library("library_cameras", listed("noNear", optics("<xfov>90</xfov><zfar>2</zfar>")) +
+                                                          listed("good", complete) +
+                                                          listed("noFar", optics("<xfov>90</xfov><znear>1</znear>")) +
+                                                          listed("noAspectRatio", opticsWith("<xfov>90</xfov>"))));
     const domCOLLADA* const root = builder.open();
     CameraList list;
     const LogCapture log;
@@ -1392,9 +1380,10 @@ TEST(CameraListTest, CamerasThatFailStayInTheList)
 
 TEST(CameraListTest, BaseURIKeepsTheReferenceOfTheLastCameraThatHasOne)
 {
-    ColladaBuilder builder(library(listed("a", complete + vendorExtra("<t>a.dae#A</t>")) +
-                                   listed("b", complete + vendorExtra("<t>b.dae#B</t>")) + listed("c", complete) +
-                                   listed("d", orthographic + vendorExtra("<t>d.dae#D</t>"))));
+    ColladaBuilder builder(library("library_cameras", listed("a", complete + vendorExtra("<t>a.dae#A</t>")) +
+                                                          listed("b", complete + vendorExtra("<t>b.dae#B</t>")) +
+                                                          listed("c", complete) +
+                                                          listed("d", orthographic + vendorExtra("<t>d.dae#D</t>"))));
     const domCOLLADA* const root = builder.open();
     CameraList list;
     EXPECT_EQ(3u, libVideo::createCameraListFromCollada(root, builder.dae(), list));
@@ -1404,43 +1393,27 @@ TEST(CameraListTest, BaseURIKeepsTheReferenceOfTheLastCameraThatHasOne)
     EXPECT_EQ("b.dae#B", builder.dae().getBaseURI().originalStr());
 }
 
-void expectTrace(const std::vector<LogLine>& lines)
-{
-    const std::string entry = "> Camera::createCameraListFromCollada (libVideo/SceneGraph/Camera:";
-    EXPECT_EQ(entry, lines.front().text.substr(0, entry.size()));
-    EXPECT_EQ("< Camera::createCameraListFromCollada", lines.back().text);
-    for (const LogLine* line : {&lines.front(), &lines.back()}) {
-        EXPECT_EQ("libVideo.camera", line->channel);
-        EXPECT_EQ(1, line->priority);
-    }
-}
+const char* const entry = "> Camera::createCameraListFromCollada (libVideo/SceneGraph/Camera";
+const char* const leaving = "< Camera::createCameraListFromCollada";
 
 TEST(CameraListTest, OpensATrace)
 {
-    ColladaBuilder builder(library(listed("a", complete)));
+    ColladaBuilder builder(library("library_cameras", listed("a", complete)));
     const domCOLLADA* const root = builder.open();
     CameraList list;
-    const LogCapture log;
-    vesk::LogFactory::setPriority(vesk::LoggerPriority::PRIORITY_TRACE);
-    libVideo::createCameraListFromCollada(root, builder.dae(), list);
-    ASSERT_EQ(2u, log.lines().size()) << log.text();
-    expectTrace(log.lines());
+    const auto create = [&] { libVideo::createCameraListFromCollada(root, builder.dae(), list); };
+    EXPECT_EQ(texts(entry, leaving), tracedTexts(create));
+    EXPECT_EQ(texts(entry, leaving), tracedTexts(create, "libVideo.camera"));
 }
 
 TEST(CameraListTest, NullDocumentIsLoggedInsideTheTrace)
 {
     ColladaBuilder builder;
     CameraList list;
-    const LogCapture log;
-    vesk::LogFactory::setPriority(vesk::LoggerPriority::PRIORITY_TRACE);
-    libVideo::createCameraListFromCollada(nullptr, builder.dae(), list);
-    ASSERT_EQ(3u, log.lines().size()) << log.text();
-    expectTrace(log.lines());
-    EXPECT_EQ(noDocument, log.lines()[1].words());
-    EXPECT_EQ(3, log.lines()[1].priority);
+    const auto create = [&] { libVideo::createCameraListFromCollada(nullptr, builder.dae(), list); };
+    EXPECT_EQ(texts(entry, noDocument, leaving), tracedTexts(create));
+    EXPECT_EQ(texts(entry, noDocument, leaving), tracedTexts(create, "libVideo.camera"));
 }
-
-// --- what the compiler checks ---
 
 static_assert(std::is_abstract_v<Camera> && std::has_virtual_destructor_v<Camera>);
 static_assert(std::is_convertible_v<PerspectiveCamera*, Camera*>);
@@ -1468,8 +1441,6 @@ static_assert(std::is_same_v<unsigned, decltype(libVideo::createCameraListFromCo
                                                                                       std::declval<DAE&>(),
                                                                                       std::declval<CameraList&>()))>);
 
-// --- what the tests are written with ---
-
 void expectFloats(const Floats& expected, const Matrix4& actual)
 {
     for (unsigned i = 0; i < 16; ++i) {
@@ -1480,15 +1451,6 @@ void expectFloats(const Floats& expected, const Matrix4& actual)
             EXPECT_EQ(std::signbit(expected[i]), std::signbit(actual[i])) << "sign of element " << i;
         }
     }
-}
-
-Matrix4 countingMatrix()
-{
-    Matrix4 matrix;
-    for (unsigned i = 0; i < 16; ++i) {
-        matrix[i] = static_cast<float>(i + 1);
-    }
-    return matrix;
 }
 
 } // namespace
