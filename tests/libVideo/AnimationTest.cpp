@@ -123,21 +123,6 @@ private:
     domCOLLADA* m_root = nullptr;
 };
 
-std::string nameOf(const Animation& animation)
-{
-    return nameField(animation).data();
-}
-
-std::string nodeOf(const Animation& animation)
-{
-    return animation.getTargetNode().data();
-}
-
-std::string transformOf(const Animation& animation)
-{
-    return animation.getTargetTransform().data();
-}
-
 Evolutions recordsOf(Animation& animation)
 {
     Evolutions records;
@@ -221,8 +206,8 @@ TEST(AnimationTest, AllInputsFillTheRecords)
     Outcome loaded(curve(allSources(), allInputs));
     EXPECT_TRUE(loaded.result);
     EXPECT_EQ("", loaded.text);
-    EXPECT_EQ("node", nodeOf(loaded.animation));
-    EXPECT_EQ("transform", transformOf(loaded.animation));
+    EXPECT_EQ("node", textOf(loaded.animation.getTargetNode()));
+    EXPECT_EQ("transform", textOf(loaded.animation.getTargetTransform()));
     expectWholeCurve(loaded.animation);
 }
 
@@ -250,14 +235,14 @@ TEST(AnimationTest, ConstructorLoadsAndDropsTheResult)
     LogCapture log;
     Animation loaded(good.element(), good.dae());
     EXPECT_EQ("", log.text());
-    EXPECT_EQ("swing", nameOf(loaded));
-    EXPECT_EQ("node", nodeOf(loaded));
+    EXPECT_EQ("swing", textOf(nameField(loaded)));
+    EXPECT_EQ("node", textOf(loaded.getTargetNode()));
     expectWholeCurve(loaded);
     Animation failed(good.blankElement(), good.dae());
     EXPECT_EQ(noChannel, log.text());
-    EXPECT_EQ("", nameOf(failed));
-    EXPECT_EQ("", nodeOf(failed));
-    EXPECT_EQ("", transformOf(failed));
+    EXPECT_EQ("", textOf(nameField(failed)));
+    EXPECT_EQ("", textOf(failed.getTargetNode()));
+    EXPECT_EQ("", textOf(failed.getTargetTransform()));
     EXPECT_EQ(0u, failed.getCount());
     EXPECT_EQ(0.0, failed.animationLength());
 }
@@ -268,7 +253,7 @@ TEST(AnimationTest, NameIsTheAttributeEvenIfLoadingFails)
     LogCapture log;
     const Animation animation(document.element(), document.dae());
     EXPECT_EQ(noChannel, log.text());
-    EXPECT_EQ("swing", nameOf(animation));
+    EXPECT_EQ("swing", textOf(nameField(animation)));
 }
 
 TEST(AnimationTest, AccessorWithoutStrideTakesOneNumberForEachRecord)
@@ -386,7 +371,7 @@ TEST(AnimationTest, CountsOfZeroAloneMakeNoRecordsAndSucceed)
     EXPECT_EQ("", loaded.text);
     EXPECT_EQ(0u, loaded.animation.getCount());
     EXPECT_EQ(0.0, loaded.animation.animationLength());
-    EXPECT_EQ("node", nodeOf(loaded.animation));
+    EXPECT_EQ("node", textOf(loaded.animation.getTargetNode()));
 }
 
 TEST(AnimationTest, SameSemanticTwiceDoublesTheEntries)
@@ -434,7 +419,7 @@ TEST(AnimationTest, TimesOfStrideZeroThrowAndKeepTheRecords)
     EXPECT_EQ("", log.text());
     EXPECT_EQ(2u, animation.getCount());
     EXPECT_EQ(0.0, animation.animationLength());
-    EXPECT_EQ("", nodeOf(animation));
+    EXPECT_EQ("", textOf(animation.getTargetNode()));
     expectIndexOutOfBounds(-1, 0, [&] { Animation(document.element(), document.dae()); });
 }
 
@@ -461,8 +446,8 @@ TEST(AnimationTest, OnlyTheFirstChannelIsRead)
                    "<channel source='#sampler1' target='node1/one.X'/>"
                    "<channel source='#sampler2' target='node2/two.X'/>");
     EXPECT_TRUE(loaded.result);
-    EXPECT_EQ("node1", nodeOf(loaded.animation));
-    EXPECT_EQ("one", transformOf(loaded.animation));
+    EXPECT_EQ("node1", textOf(loaded.animation.getTargetNode()));
+    EXPECT_EQ("one", textOf(loaded.animation.getTargetTransform()));
     EXPECT_EQ(2u, loaded.animation.getCount());
     EXPECT_EQ(2.0, loaded.animation.animationLength());
 }
@@ -474,7 +459,7 @@ TEST(AnimationTest, SecondChannelDoesNotStandInForABrokenFirst)
                    "<channel source='#sampler' target='node/two.X'/>");
     EXPECT_FALSE(loaded.result);
     EXPECT_EQ(noSampler, loaded.text);
-    EXPECT_EQ("", nodeOf(loaded.animation));
+    EXPECT_EQ("", textOf(loaded.animation.getTargetNode()));
 }
 
 TEST(AnimationTest, NestedAnimationsAreNotRead)
@@ -483,14 +468,14 @@ TEST(AnimationTest, NestedAnimationsAreNotRead)
     EXPECT_FALSE(nestedOnly.result);
     EXPECT_EQ(noChannel, nestedOnly.text);
     EXPECT_EQ(0u, nestedOnly.animation.getCount());
-    EXPECT_EQ("", nodeOf(nestedOnly.animation));
+    EXPECT_EQ("", textOf(nestedOnly.animation.getTargetNode()));
 
     Outcome both(curveOf("INPUT", floats("a", "1 2", 2)) + "<animation>" + floats("b", "1 2 3", 3) +
                  sampler(inputXml("INPUT", "b"), "inner") +
                  "<channel source='#inner' target='inner/one'/></animation>");
     EXPECT_TRUE(both.result);
     EXPECT_EQ(2u, both.animation.getCount());
-    EXPECT_EQ("node", nodeOf(both.animation));
+    EXPECT_EQ("node", textOf(both.animation.getTargetNode()));
 }
 
 TEST(AnimationTest, CurveOutlivesItsDocument)
@@ -501,9 +486,9 @@ TEST(AnimationTest, CurveOutlivesItsDocument)
         kept.emplace_back(document.element(), document.dae());
     }
     expectWholeCurve(kept[0]);
-    EXPECT_EQ("swing", nameOf(kept[0]));
-    EXPECT_EQ("node", nodeOf(kept[0]));
-    EXPECT_EQ("transform", transformOf(kept[0]));
+    EXPECT_EQ("swing", textOf(nameField(kept[0])));
+    EXPECT_EQ("node", textOf(kept[0].getTargetNode()));
+    EXPECT_EQ("transform", textOf(kept[0].getTargetTransform()));
 }
 
 // ---- every way to fail
@@ -528,8 +513,8 @@ TEST_P(AnimationLoadTest, AnswersAndLogsOnce)
         EXPECT_EQ(3, line.priority);
     }
     EXPECT_EQ(GetParam().records, loaded.animation.getCount());
-    EXPECT_EQ(GetParam().result ? "node" : "", nodeOf(loaded.animation));
-    EXPECT_EQ(GetParam().result ? "transform" : "", transformOf(loaded.animation));
+    EXPECT_EQ(GetParam().result ? "node" : "", textOf(loaded.animation.getTargetNode()));
+    EXPECT_EQ(GetParam().result ? "transform" : "", textOf(loaded.animation.getTargetTransform()));
     EXPECT_EQ(0.0, loaded.animation.animationLength()); // no row has a last record with a time and succeeds
 }
 
@@ -762,11 +747,11 @@ TEST(AnimationTest, LoadingAgainStartsTheRecordsAnew)
                              "<channel source='#sampler' target='other/place'/>");
     Animation animation(wide.element(), wide.dae());
     EXPECT_EQ(9u, animation.getCount());
-    EXPECT_EQ("wide", nameOf(animation));
+    EXPECT_EQ("wide", textOf(nameField(animation)));
     EXPECT_TRUE(animation.createFromCollada(narrow.element(), narrow.dae()));
-    EXPECT_EQ("", nameOf(animation));
-    EXPECT_EQ("other", nodeOf(animation));
-    EXPECT_EQ("place", transformOf(animation));
+    EXPECT_EQ("", textOf(nameField(animation)));
+    EXPECT_EQ("other", textOf(animation.getTargetNode()));
+    EXPECT_EQ("place", textOf(animation.getTargetTransform()));
     EXPECT_EQ(1u, animation.getCount());
     EXPECT_EQ(7.0, animation.animationLength());
 }
@@ -786,8 +771,8 @@ TEST(AnimationTest, FailedSecondLoadEmptiesTheRecordsButKeepsTheTarget)
     EXPECT_EQ(noChannel, log.text());
     EXPECT_EQ(0u, loaded.animation.getCount());
     EXPECT_EQ(0.0, loaded.animation.animationLength());
-    EXPECT_EQ("node", nodeOf(loaded.animation));
-    EXPECT_EQ("transform", transformOf(loaded.animation));
+    EXPECT_EQ("node", textOf(loaded.animation.getTargetNode()));
+    EXPECT_EQ("transform", textOf(loaded.animation.getTargetTransform()));
 }
 
 TEST(AnimationTest, SecondLoadWithoutASlashInItsTargetKeepsTheOldTarget)
@@ -796,8 +781,8 @@ TEST(AnimationTest, SecondLoadWithoutASlashInItsTargetKeepsTheOldTarget)
     AnimationDocument other(floats("a", "2", 1) + sampler(inputXml("INPUT", "a")) +
                             "<channel source='#sampler' target='lonely'/>");
     EXPECT_TRUE(loaded.animation.createFromCollada(other.element(), other.dae()));
-    EXPECT_EQ("node", nodeOf(loaded.animation));
-    EXPECT_EQ("transform", transformOf(loaded.animation));
+    EXPECT_EQ("node", textOf(loaded.animation.getTargetNode()));
+    EXPECT_EQ("transform", textOf(loaded.animation.getTargetTransform()));
     EXPECT_EQ(2.0, loaded.animation.animationLength());
 }
 
@@ -815,9 +800,9 @@ TEST(AnimationTest, CopyIsDeep)
     original.createFromCollada(document.blankElement(), document.dae());
     EXPECT_EQ(0u, original.getCount());
     expectWholeCurve(copy);
-    EXPECT_EQ("swing", nameOf(copy));
-    EXPECT_EQ("node", nodeOf(copy));
-    EXPECT_EQ("transform", transformOf(copy));
+    EXPECT_EQ("swing", textOf(nameField(copy)));
+    EXPECT_EQ("node", textOf(copy.getTargetNode()));
+    EXPECT_EQ("transform", textOf(copy.getTargetTransform()));
 }
 
 TEST(AnimationTest, AssignmentIsDeep)
@@ -830,9 +815,9 @@ TEST(AnimationTest, AssignmentIsDeep)
     original.createFromCollada(other.element(), other.dae());
     EXPECT_EQ(1u, original.getCount());
     expectWholeCurve(copy);
-    EXPECT_EQ("swing", nameOf(copy));
-    EXPECT_EQ("node", nodeOf(copy));
-    EXPECT_EQ("transform", transformOf(copy));
+    EXPECT_EQ("swing", textOf(nameField(copy)));
+    EXPECT_EQ("node", textOf(copy.getTargetNode()));
+    EXPECT_EQ("transform", textOf(copy.getTargetTransform()));
     const Animation& self = copy;
     copy = self;
     expectWholeCurve(copy);
@@ -845,8 +830,8 @@ TEST(AnimationTest, TargetsAreReturnedAsCopies)
     vesk::String transform = loaded.animation.getTargetTransform();
     node.append("-other");
     transform.append("-other");
-    EXPECT_EQ("node", nodeOf(loaded.animation));
-    EXPECT_EQ("transform", transformOf(loaded.animation));
+    EXPECT_EQ("node", textOf(loaded.animation.getTargetNode()));
+    EXPECT_EQ("transform", textOf(loaded.animation.getTargetTransform()));
 }
 
 // ---- the two tables of words
@@ -908,11 +893,11 @@ TEST_P(AnimationTargetTest, SplitsAtSlashAndDot)
     AnimationDocument document("");
     Animation animation = document.blank();
     setTarget(animation, "old/kept.X");
-    ASSERT_EQ("old", nodeOf(animation));
-    ASSERT_EQ("kept", transformOf(animation));
+    ASSERT_EQ("old", textOf(animation.getTargetNode()));
+    ASSERT_EQ("kept", textOf(animation.getTargetTransform()));
     setTarget(animation, GetParam().target);
-    EXPECT_EQ(GetParam().isRead ? GetParam().node : "old", nodeOf(animation));
-    EXPECT_EQ(GetParam().isRead ? GetParam().transform : "kept", transformOf(animation));
+    EXPECT_EQ(GetParam().isRead ? GetParam().node : "old", textOf(animation.getTargetNode()));
+    EXPECT_EQ(GetParam().isRead ? GetParam().transform : "kept", textOf(animation.getTargetTransform()));
 }
 
 TEST_P(AnimationTargetTest, ComesFromTheChannel)
@@ -921,8 +906,8 @@ TEST_P(AnimationTargetTest, ComesFromTheChannel)
                    GetParam().target + "'/>");
     EXPECT_TRUE(loaded.result);
     EXPECT_EQ("", loaded.text);
-    EXPECT_EQ(GetParam().node, nodeOf(loaded.animation));
-    EXPECT_EQ(GetParam().transform, transformOf(loaded.animation));
+    EXPECT_EQ(GetParam().node, textOf(loaded.animation.getTargetNode()));
+    EXPECT_EQ(GetParam().transform, textOf(loaded.animation.getTargetTransform()));
     EXPECT_EQ(1.0, loaded.animation.animationLength());
 }
 
@@ -942,8 +927,8 @@ TEST(AnimationTest, ChannelWithoutTargetLeavesTheTargetUnset)
     Outcome loaded(floats("a", "1 2", 2) + sampler(inputXml("INPUT", "a")) + "<channel source='#sampler'/>");
     EXPECT_TRUE(loaded.result);
     EXPECT_EQ("", loaded.text);
-    EXPECT_EQ("", nodeOf(loaded.animation));
-    EXPECT_EQ("", transformOf(loaded.animation));
+    EXPECT_EQ("", textOf(loaded.animation.getTargetNode()));
+    EXPECT_EQ("", textOf(loaded.animation.getTargetTransform()));
     EXPECT_EQ(2.0, loaded.animation.animationLength());
 }
 
@@ -959,7 +944,7 @@ TEST(AnimationTest, OneInputIsReadByItself)
     EXPECT_EQ(1.5, recordsOf(animation)[1].time);
     EXPECT_EQ(0u, recordsOf(animation)[1].values.size());
     EXPECT_EQ(0.0, animation.animationLength());
-    EXPECT_EQ("", nodeOf(animation));
+    EXPECT_EQ("", textOf(animation.getTargetNode()));
     EXPECT_TRUE(createInput(animation, inputs[1]));
     EXPECT_EQ((Numbers{3, 4}), numbers(recordsOf(animation)[1].values));
 }
@@ -1001,11 +986,6 @@ std::string listed(const std::string& prefix)
     return "<animation name='" + prefix + "'>" + floats(prefix + "-time", "1 2", 2) +
            sampler(inputXml("INPUT", prefix + "-time"), prefix + "-sampler") + "<channel source='#" + prefix +
            "-sampler' target='" + prefix + "/move.X'/></animation>";
-}
-
-std::string library(const std::string& animations)
-{
-    return "<library_animations>" + animations + "</library_animations>";
 }
 
 AnimationHandle someAnimation()
@@ -1052,7 +1032,8 @@ TEST(AnimationListTest, DocumentWithoutLibraryEmptiesTheList)
 
 TEST(AnimationListTest, TwoLibrariesGiveOneListInDocumentOrder)
 {
-    ColladaBuilder builder(library(listed("first") + listed("second")) + library(listed("third")));
+    ColladaBuilder builder(library("library_animations", listed("first") + listed("second")) +
+                           library("library_animations", listed("third")));
     vesk::Array<AnimationHandle> list;
     const AnimationHandle old = someAnimation();
     list.append(old);
@@ -1060,10 +1041,10 @@ TEST(AnimationListTest, TwoLibrariesGiveOneListInDocumentOrder)
     EXPECT_EQ(3u, libVideo::createAnimationListFromCollada(builder.open(), builder.dae(), list));
     EXPECT_EQ("", log.text());
     ASSERT_EQ(3u, list.size());
-    EXPECT_EQ("first", nodeOf(*list[0]));
-    EXPECT_EQ("second", nodeOf(*list[1]));
-    EXPECT_EQ("third", nodeOf(*list[2]));
-    EXPECT_EQ("third", nameOf(*list[2]));
+    EXPECT_EQ("first", textOf(list[0]->getTargetNode()));
+    EXPECT_EQ("second", textOf(list[1]->getTargetNode()));
+    EXPECT_EQ("third", textOf(list[2]->getTargetNode()));
+    EXPECT_EQ("third", textOf(nameField(*list[2])));
     for (const AnimationHandle& handle : list) {
         EXPECT_EQ(1u, handle.useCount());
         EXPECT_EQ(2.0, handle->animationLength());
@@ -1073,75 +1054,66 @@ TEST(AnimationListTest, TwoLibrariesGiveOneListInDocumentOrder)
 
 TEST(AnimationListTest, NestedAnimationsGetNoEntry)
 {
-    ColladaBuilder builder(library("<animation>" + listed("inner1") + listed("inner2") + "</animation>"));
+    ColladaBuilder builder(
+        library("library_animations", "<animation>" + listed("inner1") + listed("inner2") + "</animation>"));
     vesk::Array<AnimationHandle> list;
     LogCapture log;
     EXPECT_EQ(1u, libVideo::createAnimationListFromCollada(builder.open(), builder.dae(), list));
     EXPECT_EQ(noChannel, log.text());
     ASSERT_EQ(1u, list.size());
     EXPECT_EQ(0u, list[0]->getCount());
-    EXPECT_EQ("", nodeOf(*list[0]));
+    EXPECT_EQ("", textOf(list[0]->getTargetNode()));
 }
 
 TEST(AnimationListTest, FailedAnimationsStayInTheList)
 {
-    ColladaBuilder builder(library("<animation name='bad'/>" + listed("good") + "<animation>" +
-                                   floats("c", "1 2 3", 3) + sampler(inputXml("COLOR", "c")) + usualChannel +
-                                   "</animation>"));
+    ColladaBuilder builder(library("library_animations", "<animation name='bad'/>" + listed("good") + "<animation>" +
+                                                             floats("c", "1 2 3", 3) + sampler(inputXml("COLOR", "c")) +
+                                                             usualChannel + "</animation>"));
     vesk::Array<AnimationHandle> list;
     LogCapture log;
     EXPECT_EQ(3u, libVideo::createAnimationListFromCollada(builder.open(), builder.dae(), list));
     EXPECT_EQ(std::string(noChannel) + "\n" + floatLine + "3", log.text());
     ASSERT_EQ(3u, list.size());
-    EXPECT_EQ("bad", nameOf(*list[0]));
-    EXPECT_EQ("", nodeOf(*list[0]));
+    EXPECT_EQ("bad", textOf(nameField(*list[0])));
+    EXPECT_EQ("", textOf(list[0]->getTargetNode()));
     EXPECT_EQ(0u, list[0]->getCount());
-    EXPECT_EQ("good", nodeOf(*list[1]));
-    EXPECT_EQ("", nodeOf(*list[2]));
+    EXPECT_EQ("good", textOf(list[1]->getTargetNode()));
+    EXPECT_EQ("", textOf(list[2]->getTargetNode()));
     EXPECT_EQ(3u, list[2]->getCount());
     EXPECT_EQ(0.0, list[2]->animationLength());
 }
 
 TEST(AnimationListTest, ThrownExceptionPassesAndKeepsTheEntriesBefore)
 {
-    ColladaBuilder builder(library(listed("good") + "<animation>" + floats("c", "1", 1, 0) +
-                                   sampler(inputXml("INPUT", "c")) + usualChannel + "</animation>" + listed("late")));
+    ColladaBuilder builder(library("library_animations", listed("good") + "<animation>" + floats("c", "1", 1, 0) +
+                                                             sampler(inputXml("INPUT", "c")) + usualChannel +
+                                                             "</animation>" + listed("late")));
     const domCOLLADA* const root = builder.open();
     vesk::Array<AnimationHandle> list;
     expectIndexOutOfBounds(-1, 0, [&] { libVideo::createAnimationListFromCollada(root, builder.dae(), list); });
     ASSERT_EQ(1u, list.size());
-    EXPECT_EQ("good", nodeOf(*list[0]));
+    EXPECT_EQ("good", textOf(list[0]->getTargetNode()));
 }
+
+const char* const entry = "> Camera::createAnimationListFromCollada (libVideo/SceneGraph/Animation";
+const char* const leaving = "< Camera::createAnimationListFromCollada";
 
 TEST(AnimationListTest, OpensATraceUnderTheCameraName)
 {
     ColladaBuilder builder;
     const domCOLLADA* const root = builder.open();
     vesk::Array<AnimationHandle> list;
-    LogCapture log("libVideo.animation");
-    vesk::LogFactory::setPriority(vesk::LoggerPriority::PRIORITY_TRACE);
-    libVideo::createAnimationListFromCollada(root, builder.dae(), list);
-    const std::vector<LogLine> lines = log.lines();
-    ASSERT_EQ(2u, lines.size());
-    const std::string start = "> Camera::createAnimationListFromCollada (libVideo/SceneGraph/Animation:";
-    EXPECT_EQ(start, lines[0].text.substr(0, start.size()));
-    EXPECT_EQ("< Camera::createAnimationListFromCollada", lines[1].text);
-    EXPECT_EQ(1, lines[0].priority);
-    EXPECT_EQ(1, lines[1].priority);
+    const auto create = [&] { libVideo::createAnimationListFromCollada(root, builder.dae(), list); };
+    EXPECT_EQ(texts(entry, leaving), tracedTexts(create, "libVideo.animation"));
 }
 
 TEST(AnimationListTest, NullDocumentIsLoggedInsideTheTrace)
 {
     ColladaBuilder builder;
     vesk::Array<AnimationHandle> list;
-    LogCapture log("libVideo.animation");
-    vesk::LogFactory::setPriority(vesk::LoggerPriority::PRIORITY_TRACE);
-    libVideo::createAnimationListFromCollada(nullptr, builder.dae(), list);
-    const std::vector<LogLine> lines = log.lines();
-    ASSERT_EQ(3u, lines.size());
-    EXPECT_EQ('>', lines[0].text[0]);
-    EXPECT_EQ(noDocument, lines[1].words());
-    EXPECT_EQ("< Camera::createAnimationListFromCollada", lines[2].text);
+    const auto create = [&] { libVideo::createAnimationListFromCollada(nullptr, builder.dae(), list); };
+    EXPECT_EQ(texts(entry, noDocument, leaving), tracedTexts(create, "libVideo.animation"));
 }
 
 // ---- what a load may take: 128 MiB and 64 bytes for each of the document
@@ -1191,8 +1163,6 @@ TEST(AnimationBudgetTest, NumbersReadAnewAreCharged)
     EXPECT_EQ(tooMuch, toldByLoad("<animation>" + sources + "<sampler id='m'>" + inputs +
                                   "</sampler><channel source='#m' target='n/t'/></animation>"));
 }
-
-// --- what the compiler checks ---
 
 static_assert(!std::is_polymorphic_v<Animation>);
 static_assert(std::is_copy_constructible_v<Animation> && std::is_copy_assignable_v<Animation>);
