@@ -38,31 +38,8 @@ TEST(TransformationTest, FieldsStandInOrder)
     EXPECT_LT(place(axisField(rotation)), place(angleField(rotation)));
 }
 
-Values valuesOf(std::initializer_list<double> numbers);
-
 /// `first`, `first` + 1 and on.
 Values counted(unsigned count, double first);
-
-void expectElements(const Matrix4& matrix, const Elements& expected)
-{
-    for (unsigned i = 0; i < 16; ++i) {
-        EXPECT_EQ(expected[i], matrix[i]) << "flat index " << i;
-    }
-}
-
-void expectElements(const MatrixHandle& matrix, const Elements& expected)
-{
-    ASSERT_NE(nullptr, matrix.get());
-    expectElements(*matrix, expected);
-}
-
-void expectNear(const MatrixHandle& matrix, const Elements& expected)
-{
-    ASSERT_NE(nullptr, matrix.get());
-    for (unsigned i = 0; i < 16; ++i) {
-        EXPECT_NEAR(expected[i], (*matrix)[i], 1e-6f) << "flat index " << i;
-    }
-}
 
 /// Elements `first`, `first` + 1 and on.
 void expectCounted(const Matrix4& matrix, float first)
@@ -72,31 +49,8 @@ void expectCounted(const Matrix4& matrix, float first)
     }
 }
 
-void expectTranslation(const MatrixHandle& matrix, float x, float y, float z)
-{
-    const Elements expected{1, 0, 0, x, 0, 1, 0, y, 0, 0, 1, z, 0, 0, 0, 1};
-    expectElements(matrix, expected);
-}
-
-void expectScale(const MatrixHandle& matrix, float x, float y, float z)
-{
-    const Elements expected{x, 0, 0, 0, 0, y, 0, 0, 0, 0, z, 0, 0, 0, 0, 1};
-    expectElements(matrix, expected);
-}
-
 /// A right angle about Z turns X towards Y.
-void expectQuarterAboutZ(const MatrixHandle& matrix)
-{
-    const Elements expected{0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
-    expectNear(matrix, expected);
-}
-
-void expectVector(const Vector3& vector, float x, float y, float z)
-{
-    EXPECT_EQ(x, vector[0]);
-    EXPECT_EQ(y, vector[1]);
-    EXPECT_EQ(z, vector[2]);
-}
+constexpr Elements quarterAboutZ{0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 
 /// Keys at 1, 2 and 3 seconds; as many values for each.
 AnimationHandle animationOf(const std::string& values, const std::string& member = "X")
@@ -145,7 +99,7 @@ TYPED_TEST_SUITE(TransformationFamilyTest, Family, FamilyNames);
 TYPED_TEST(TransformationFamilyTest, DefaultHasAZeroMatrixDeclaredAndNoHandles)
 {
     TypeParam transformation;
-    expectElements(declaredMatrix(transformation), zero);
+    expectSame(zero, elements(declaredMatrix(transformation)));
     EXPECT_EQ(nullptr, transformation.transformation());
     EXPECT_EQ(0u, transformation.transformation().useCount());
     EXPECT_EQ(nullptr, animationField(transformation));
@@ -272,7 +226,7 @@ TEST(TransformationTest, DeclaredMatrixIsMadeWhenItIsAskedFor)
     EXPECT_EQ(1, allocator.requests());
     EXPECT_EQ(1u, translation.transformation().useCount());
     EXPECT_EQ(1, allocator.requests());
-    expectTranslation(translation.transformation(), 1, 2, 3);
+    expectSame(translated(1, 2, 3), elements(*translation.transformation()));
 }
 
 TEST(TransformationTest, DeclaredMatrixThatCannotBeMadeIsMadeLater)
@@ -282,7 +236,7 @@ TEST(TransformationTest, DeclaredMatrixThatCannotBeMadeIsMadeLater)
         const FailingAllocator allocator(0);
         EXPECT_THROW(scale.transformation(), std::bad_alloc);
     }
-    expectScale(scale.transformation(), 1, 2, 3);
+    expectSame(scaled(1, 2, 3), elements(*scale.transformation()));
 }
 
 TEST(TransformationTest, CopyMadeBeforeAnyQuestionSharesTheMatrix)
@@ -294,7 +248,7 @@ TEST(TransformationTest, CopyMadeBeforeAnyQuestionSharesTheMatrix)
     EXPECT_EQ(rotation.transformation(), copy.transformation());
     EXPECT_EQ(rotation.transformation(), assigned.transformation());
     EXPECT_EQ(3u, rotation.transformation().useCount());
-    expectQuarterAboutZ(copy.transformation());
+    expectNear(quarterAboutZ, elements(*copy.transformation()));
 }
 
 TEST(TransformationTest, DeclarationAfterACopyIsItsOwn)
@@ -303,15 +257,15 @@ TEST(TransformationTest, DeclarationAfterACopyIsItsOwn)
     Translation copy(translation);
     translation.setTransformation(valuesOf({4, 5, 6}));
     copy = Translation(valuesOf({7, 8, 9}), "c");
-    expectTranslation(translation.transformation(), 4, 5, 6);
-    expectTranslation(copy.transformation(), 7, 8, 9);
+    expectSame(translated(4, 5, 6), elements(*translation.transformation()));
+    expectSame(translated(7, 8, 9), elements(*copy.transformation()));
 }
 
 TEST(TransformationTest, DefaultVectorsAreZero)
 {
-    expectVector(translationField(Translation()), 0, 0, 0);
-    expectVector(scaleField(Scale()), 0, 0, 0);
-    expectVector(axisField(Rotation()), 0, 0, 0);
+    EXPECT_EQ(triple(0, 0, 0), triple(translationField(Translation())));
+    EXPECT_EQ(triple(0, 0, 0), triple(scaleField(Scale())));
+    EXPECT_EQ(triple(0, 0, 0), triple(axisField(Rotation())));
 }
 
 TEST(TransformationTest, SidAloneMakesNoMatrix)
@@ -319,7 +273,7 @@ TEST(TransformationTest, SidAloneMakesNoMatrix)
     NamedTransformation transformation("turn");
     EXPECT_STREQ("turn", transformation.sid().data());
     EXPECT_EQ(nullptr, transformation.transformation());
-    expectElements(declaredMatrix(transformation), zero);
+    expectSame(zero, elements(declaredMatrix(transformation)));
     EXPECT_EQ(nullptr, animationField(transformation));
 }
 
@@ -374,83 +328,85 @@ TEST(TransformationTest, MissingMatrixValuesAreZeroAndNotTheIdentity)
 {
     Transformation transformation(valuesOf({1, 2, 3}), "m");
     const Elements expected{1, 2, 3};
-    expectElements(transformation.transformation(), expected);
-    expectElements(declaredMatrix(transformation), expected);
+    expectSame(expected, elements(*transformation.transformation()));
+    expectSame(expected, elements(declaredMatrix(transformation)));
     EXPECT_TRUE(transformation.setTransformation(valuesOf({})));
-    expectElements(transformation.transformation(), zero);
-    expectElements(declaredMatrix(transformation), zero);
+    expectSame(zero, elements(*transformation.transformation()));
+    expectSame(zero, elements(declaredMatrix(transformation)));
 }
 
 TEST(TransformationTest, ValuesBeyondTheNeededAreIgnored)
 {
     Transformation transformation(counted(20, 1), "m");
     expectCounted(*transformation.transformation(), 1);
-    expectTranslation(Translation(counted(5, 1), "t").transformation(), 1, 2, 3);
-    expectScale(Scale(counted(5, 2), "s").transformation(), 2, 3, 4);
-    expectQuarterAboutZ(Rotation(valuesOf({0, 0, 1, 90, 45}), "r").transformation());
+    expectSame(translated(1, 2, 3), elements(*Translation(counted(5, 1), "t").transformation()));
+    expectSame(scaled(2, 3, 4), elements(*Scale(counted(5, 2), "s").transformation()));
+    expectNear(quarterAboutZ, elements(*Rotation(valuesOf({0, 0, 1, 90, 45}), "r").transformation()));
 }
 
 TEST(TransformationTest, TranslationStandsInTheFourthColumn)
 {
     Translation translation(valuesOf({1, 2, 3}), "t");
-    expectTranslation(translation.transformation(), 1, 2, 3);
-    expectVector(translationField(translation), 1, 2, 3);
-    expectElements(declaredMatrix(translation), zero);
+    expectSame(translated(1, 2, 3), elements(*translation.transformation()));
+    EXPECT_EQ(triple(1, 2, 3), triple(translationField(translation)));
+    expectSame(zero, elements(declaredMatrix(translation)));
 }
 
 TEST(TransformationTest, MissingTranslationValuesAreZero)
 {
-    expectTranslation(Translation(valuesOf({1, 2}), "t").transformation(), 1, 2, 0);
-    expectTranslation(Translation(valuesOf({}), "t").transformation(), 0, 0, 0);
+    expectSame(translated(1, 2, 0), elements(*Translation(valuesOf({1, 2}), "t").transformation()));
+    expectSame(translated(0, 0, 0), elements(*Translation(valuesOf({}), "t").transformation()));
 }
 
 TEST(TransformationTest, ScaleStandsOnTheDiagonal)
 {
     Scale scale(valuesOf({2, 3, 4}), "s");
-    expectScale(scale.transformation(), 2, 3, 4);
-    expectVector(scaleField(scale), 2, 3, 4);
-    expectElements(declaredMatrix(scale), zero);
+    expectSame(scaled(2, 3, 4), elements(*scale.transformation()));
+    EXPECT_EQ(triple(2, 3, 4), triple(scaleField(scale)));
+    expectSame(zero, elements(declaredMatrix(scale)));
 }
 
 TEST(TransformationTest, MissingScaleValuesAreZero)
 {
-    expectScale(Scale(valuesOf({2}), "s").transformation(), 2, 0, 0);
-    expectScale(Scale(valuesOf({}), "s").transformation(), 0, 0, 0);
+    expectSame(scaled(2, 0, 0), elements(*Scale(valuesOf({2}), "s").transformation()));
+    expectSame(scaled(0, 0, 0), elements(*Scale(valuesOf({}), "s").transformation()));
 }
 
 TEST(TransformationTest, ValuesOfVectorsNarrow)
 {
-    expectTranslation(Translation(valuesOf({0.1, 16777217, -0.1}), "t").transformation(), 0.1f, 16777216.0f, -0.1f);
-    expectScale(Scale(valuesOf({0.1, 16777217, -0.1}), "s").transformation(), 0.1f, 16777216.0f, -0.1f);
+    expectSame(translated(0.1f, 16777216.0f, -0.1f),
+               elements(*Translation(valuesOf({0.1, 16777217, -0.1}), "t").transformation()));
+    expectSame(scaled(0.1f, 16777216.0f, -0.1f),
+               elements(*Scale(valuesOf({0.1, 16777217, -0.1}), "s").transformation()));
 }
 
 TEST(TransformationTest, RotationNormalizesItsAxis)
 {
     Rotation rotation(valuesOf({0, 0, 2, 90}), "r");
-    expectQuarterAboutZ(rotation.transformation());
+    expectNear(quarterAboutZ, elements(*rotation.transformation()));
     EXPECT_FLOAT_EQ(-1.0f, (*rotation.transformation())(0, 1));
     EXPECT_FLOAT_EQ(1.0f, (*rotation.transformation())(1, 0));
-    expectVector(axisField(rotation), 0, 0, 2);
+    EXPECT_EQ(triple(0, 0, 2), triple(axisField(rotation)));
     EXPECT_EQ(90.0, angleField(rotation));
-    expectElements(declaredMatrix(rotation), zero);
+    expectSame(zero, elements(declaredMatrix(rotation)));
 }
 
 TEST(TransformationTest, RotationAboutXTurnsYTowardsZ)
 {
     const Elements expected{1, 0, 0, 0, 0, 0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1};
-    expectNear(Rotation(valuesOf({1, 0, 0, 90}), "r").transformation(), expected);
+    expectNear(expected, elements(*Rotation(valuesOf({1, 0, 0, 90}), "r").transformation()));
 }
 
 TEST(TransformationTest, RotationAboutYTurnsZTowardsX)
 {
     const Elements expected{0, 0, 1, 0, 0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 0, 1};
-    expectNear(Rotation(valuesOf({0, 1, 0, 90}), "r").transformation(), expected);
+    expectNear(expected, elements(*Rotation(valuesOf({0, 1, 0, 90}), "r").transformation()));
 }
 
 TEST(TransformationTest, RotationAboutTheDiagonalMovesEachAxisToTheNext)
 {
     const Elements expected{0, 0, 1, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1};
-    expectNear(Rotation(valuesOf({1, 1, 1, 120}), "r").transformation(), expected);
+    expectNear(expected, elements(*Rotation(valuesOf({1, 1, 1, 120}), "r").transformation()));
 }
 
 TEST(TransformationTest, AngleBecomesRadiansInDouble)
@@ -481,7 +437,7 @@ TEST(TransformationTest, ZeroAxisGivesNoNumbersInTheUpperLeftBlock)
 TEST(TransformationTest, MissingRotationValuesAreZero)
 {
     Rotation rotation(valuesOf({0, 0, 1}), "r");
-    expectElements(rotation.transformation(), identity);
+    expectSame(identity, elements(*rotation.transformation()));
     EXPECT_EQ(0.0, angleField(rotation));
     Rotation empty(valuesOf({}), "r");
     EXPECT_TRUE(std::isnan((*empty.transformation())[0]));
@@ -492,8 +448,8 @@ TEST(TransformationTest, ViewFillsTheUpperLeftBlockByColumns)
     const double values[9] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
     View view(values, "v");
     const Elements expected{1, 4, 7, 0, 2, 5, 8, 0, 3, 6, 9, 0, 0, 0, 0, 0};
-    expectElements(view.transformation(), expected);
-    expectElements(declaredMatrix(view), zero);
+    expectSame(expected, elements(*view.transformation()));
+    expectSame(zero, elements(declaredMatrix(view)));
     const double narrow[9] = {0.1, 16777217};
     EXPECT_TRUE(view.setTransformation(narrow));
     EXPECT_EQ(0.1f, (*view.transformation())(0, 0));
@@ -518,16 +474,16 @@ TEST(TransformationTest, ViewOfNoValuesChangesNothing)
 TEST(TransformationTest, SkewIsTheIdentityWhateverItsValues)
 {
     Skew null(nullptr, "k");
-    expectElements(null.transformation(), identity);
+    expectSame(identity, elements(*null.transformation()));
     const double values[7] = {45, 0, 1, 0, 1, 0, 0};
     Skew skew(values, "k");
-    expectElements(skew.transformation(), identity);
-    expectElements(declaredMatrix(skew), zero);
+    expectSame(identity, elements(*skew.transformation()));
+    expectSame(zero, elements(declaredMatrix(skew)));
     const MatrixHandle before = skew.transformation();
     EXPECT_TRUE(skew.setTransformation(nullptr));
     EXPECT_NE(before, skew.transformation());
     EXPECT_EQ(1u, before.useCount());
-    expectElements(skew.transformation(), identity);
+    expectSame(identity, elements(*skew.transformation()));
 }
 
 TEST(TransformationTest, ViewAndSkewInheritTheOperationOnDocumentValues)
@@ -549,16 +505,16 @@ TEST(TransformationTest, SetOperationsAreVirtual)
 {
     Translation translation;
     EXPECT_TRUE(static_cast<Transformation&>(translation).setTransformation(valuesOf({1, 2, 3})));
-    expectTranslation(translation.transformation(), 1, 2, 3);
-    expectElements(declaredMatrix(translation), zero);
+    expectSame(translated(1, 2, 3), elements(*translation.transformation()));
+    expectSame(zero, elements(declaredMatrix(translation)));
     Scale scale;
     EXPECT_TRUE(static_cast<Transformation&>(scale).setTransformation(valuesOf({2, 3, 4})));
-    expectScale(scale.transformation(), 2, 3, 4);
-    expectElements(declaredMatrix(scale), zero);
+    expectSame(scaled(2, 3, 4), elements(*scale.transformation()));
+    expectSame(zero, elements(declaredMatrix(scale)));
     Rotation rotation;
     EXPECT_TRUE(static_cast<Transformation&>(rotation).setTransformation(valuesOf({0, 0, 1, 90})));
-    expectQuarterAboutZ(rotation.transformation());
-    expectElements(declaredMatrix(rotation), zero);
+    expectNear(quarterAboutZ, elements(*rotation.transformation()));
+    expectSame(zero, elements(declaredMatrix(rotation)));
 }
 
 TYPED_TEST(TransformationFamilyTest, SetOperationMakesANewMatrixAndReleasesTheOld)
@@ -609,24 +565,24 @@ TEST(TransformationTest, UpdatesOfSubclassesMakeANewMatrixAndStoreNothing)
     Translation translation(valuesOf({1, 2, 3}), "t");
     const MatrixHandle oldTranslation = translation.transformation();
     updateTranslation(translation, Vector3(7, 8, 9));
-    expectTranslation(translation.transformation(), 7, 8, 9);
-    expectTranslation(oldTranslation, 1, 2, 3);
+    expectSame(translated(7, 8, 9), elements(*translation.transformation()));
+    expectSame(translated(1, 2, 3), elements(*oldTranslation));
     EXPECT_EQ(1u, oldTranslation.useCount());
-    expectVector(translationField(translation), 1, 2, 3);
+    EXPECT_EQ(triple(1, 2, 3), triple(translationField(translation)));
 
     Scale scale(valuesOf({1, 2, 3}), "s");
     const MatrixHandle oldScale = scale.transformation();
     updateScale(scale, Vector3(7, 8, 9));
-    expectScale(scale.transformation(), 7, 8, 9);
-    expectScale(oldScale, 1, 2, 3);
+    expectSame(scaled(7, 8, 9), elements(*scale.transformation()));
+    expectSame(scaled(1, 2, 3), elements(*oldScale));
     EXPECT_EQ(1u, oldScale.useCount());
-    expectVector(scaleField(scale), 1, 2, 3);
+    EXPECT_EQ(triple(1, 2, 3), triple(scaleField(scale)));
 
     Rotation rotation(valuesOf({0, 0, 1, 0}), "r");
     const MatrixHandle oldRotation = rotation.transformation();
     updateRotation(rotation, 90.0);
-    expectQuarterAboutZ(rotation.transformation());
-    expectElements(oldRotation, identity);
+    expectNear(quarterAboutZ, elements(*rotation.transformation()));
+    expectSame(identity, elements(*oldRotation));
     EXPECT_EQ(1u, oldRotation.useCount());
     EXPECT_EQ(0.0, angleField(rotation));
 }
@@ -694,13 +650,13 @@ TEST(TransformationTest, TranslationAnimationMakesANewMatrix)
     const MatrixHandle before = translation.transformation();
     const MatrixHandle& result = translation.transformationAtTime(1.5);
     EXPECT_EQ(&translation.transformation(), &result);
-    expectTranslation(result, 15, 150, 1500);
-    expectTranslation(before, 1, 2, 3);
+    expectSame(translated(15, 150, 1500), elements(*result));
+    expectSame(translated(1, 2, 3), elements(*before));
     EXPECT_NE(before, result);
     EXPECT_EQ(1u, before.useCount());
-    expectVector(translationField(translation), 1, 2, 3);
-    expectTranslation(translation.transformationAtTime(0), 1, 2, 3);
-    expectElements(declaredMatrix(translation), zero);
+    EXPECT_EQ(triple(1, 2, 3), triple(translationField(translation)));
+    expectSame(translated(1, 2, 3), elements(*translation.transformationAtTime(0)));
+    expectSame(zero, elements(declaredMatrix(translation)));
 }
 
 TEST(TransformationTest, ScaleAnimationMakesANewMatrix)
@@ -710,13 +666,13 @@ TEST(TransformationTest, ScaleAnimationMakesANewMatrix)
     const MatrixHandle before = scale.transformation();
     const MatrixHandle& result = scale.transformationAtTime(1.5);
     EXPECT_EQ(&scale.transformation(), &result);
-    expectScale(result, 15, 150, 1500);
-    expectScale(before, 1, 2, 3);
+    expectSame(scaled(15, 150, 1500), elements(*result));
+    expectSame(scaled(1, 2, 3), elements(*before));
     EXPECT_NE(before, result);
     EXPECT_EQ(1u, before.useCount());
-    expectVector(scaleField(scale), 1, 2, 3);
-    expectScale(scale.transformationAtTime(0), 1, 2, 3);
-    expectElements(declaredMatrix(scale), zero);
+    EXPECT_EQ(triple(1, 2, 3), triple(scaleField(scale)));
+    expectSame(scaled(1, 2, 3), elements(*scale.transformationAtTime(0)));
+    expectSame(zero, elements(declaredMatrix(scale)));
 }
 
 TEST(TransformationTest, RotationAnimationDrivesTheAngleAlone)
@@ -727,14 +683,14 @@ TEST(TransformationTest, RotationAnimationDrivesTheAngleAlone)
     const Matrix4 declared = *before;
     const MatrixHandle& result = rotation.transformationAtTime(1.5);
     EXPECT_EQ(&rotation.transformation(), &result);
-    expectQuarterAboutZ(result);
+    expectNear(quarterAboutZ, elements(*result));
     EXPECT_NE(before, result);
     EXPECT_EQ(1u, before.useCount());
     EXPECT_EQ(30.0, angleField(rotation));
-    expectVector(axisField(rotation), 0, 0, 2);
+    EXPECT_EQ(triple(0, 0, 2), triple(axisField(rotation)));
     // A half turn, at the second key.
     const Elements half{-1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
-    expectNear(rotation.transformationAtTime(2), half);
+    expectNear(half, elements(*rotation.transformationAtTime(2)));
     const Matrix4& again = *rotation.transformationAtTime(0);
     for (unsigned i = 0; i < 16; ++i) {
         EXPECT_EQ(declared[i], again[i]);
@@ -746,21 +702,21 @@ TEST(TransformationTest, RotationAnimationDrivesTheAngleWhateverMemberItNamed)
 {
     Rotation rotation(valuesOf({0, 0, 1, 30}), "r");
     rotation.setAnimation(animationOf("0 180 360", "X"));
-    expectQuarterAboutZ(rotation.transformationAtTime(1.5));
+    expectNear(quarterAboutZ, elements(*rotation.transformationAtTime(1.5)));
     rotation.setAnimation(animationOf("0 7 7 7 180 7 7 7 360 7 7 7", "ANGLE"));
-    expectQuarterAboutZ(rotation.transformationAtTime(1.5)); // the first of four values
+    expectNear(quarterAboutZ, elements(*rotation.transformationAtTime(1.5))); // the first of four values
 }
 
 TEST(TransformationTest, OneValueForEachKeyDoesNotDriveOneComponent)
 {
     Translation translation(valuesOf({1, 2, 3}), "t");
     translation.setAnimation(animationOf("10 20 40", "X"));
-    expectTranslation(translation.transformationAtTime(1), 1, 2, 3);
+    expectSame(translated(1, 2, 3), elements(*translation.transformationAtTime(1)));
     expectIndexOutOfBounds(0, 1, [&] { translation.transformationAtTime(1.5); });
-    expectTranslation(translation.transformation(), 1, 2, 3);
+    expectSame(translated(1, 2, 3), elements(*translation.transformation()));
     Scale scale(valuesOf({1, 2, 3}), "s");
     scale.setAnimation(animationOf("10 20 40", "X"));
-    expectScale(scale.transformationAtTime(2), 1, 2, 3);
+    expectSame(scaled(1, 2, 3), elements(*scale.transformationAtTime(2)));
     expectIndexOutOfBounds(0, 1, [&] { scale.transformationAtTime(1.5); });
 }
 
@@ -768,13 +724,14 @@ TEST(TransformationTest, EvaluationIsVirtual)
 {
     Translation translation(valuesOf({1, 2, 3}), "t");
     translation.setAnimation(vectorAnimation());
-    expectTranslation(static_cast<Transformation&>(translation).transformationAtTime(1.5), 15, 150, 1500);
+    expectSame(translated(15, 150, 1500),
+               elements(*static_cast<Transformation&>(translation).transformationAtTime(1.5)));
     Scale scale(valuesOf({1, 2, 3}), "s");
     scale.setAnimation(vectorAnimation());
-    expectScale(static_cast<Transformation&>(scale).transformationAtTime(1.5), 15, 150, 1500);
+    expectSame(scaled(15, 150, 1500), elements(*static_cast<Transformation&>(scale).transformationAtTime(1.5)));
     Rotation rotation(valuesOf({0, 0, 1, 0}), "r");
     rotation.setAnimation(angleAnimation());
-    expectQuarterAboutZ(static_cast<Transformation&>(rotation).transformationAtTime(1.5));
+    expectNear(quarterAboutZ, elements(*static_cast<Transformation&>(rotation).transformationAtTime(1.5)));
 }
 
 TEST(TransformationTest, AnimatedViewAndSkewRestAtTheirZeroMatrix)
@@ -785,13 +742,13 @@ TEST(TransformationTest, AnimatedViewAndSkewRestAtTheirZeroMatrix)
     const MatrixHandle sharedView = view.transformation();
     expectCounted(*view.transformationAtTime(1.5), 150);
     EXPECT_EQ(sharedView, view.transformation());
-    expectElements(view.transformationAtTime(0), zero);
+    expectSame(zero, elements(*view.transformationAtTime(0)));
     Skew skew(nullptr, "k");
     skew.setAnimation(matrixAnimation());
     const MatrixHandle sharedSkew = skew.transformation();
     expectCounted(*skew.transformationAtTime(1.5), 150);
     EXPECT_EQ(sharedSkew, skew.transformation());
-    expectElements(skew.transformationAtTime(0), zero);
+    expectSame(zero, elements(*skew.transformationAtTime(0)));
 }
 
 TEST(TransformationTest, CopyOfTheBaseFollowsItsSource)
@@ -812,24 +769,24 @@ TEST(TransformationTest, CopiesOfSubclassesKeepTheirMatrix)
     translation.setAnimation(vectorAnimation());
     Translation translationCopy(translation);
     translation.transformationAtTime(1.5);
-    expectTranslation(translation.transformation(), 15, 150, 1500);
-    expectTranslation(translationCopy.transformation(), 1, 2, 3);
-    expectTranslation(translationCopy.transformationAtTime(2), 20, 200, 2000);
-    expectTranslation(translation.transformation(), 15, 150, 1500);
+    expectSame(translated(15, 150, 1500), elements(*translation.transformation()));
+    expectSame(translated(1, 2, 3), elements(*translationCopy.transformation()));
+    expectSame(translated(20, 200, 2000), elements(*translationCopy.transformationAtTime(2)));
+    expectSame(translated(15, 150, 1500), elements(*translation.transformation()));
 
     Scale scale(valuesOf({1, 2, 3}), "s");
     scale.setAnimation(vectorAnimation());
     Scale scaleCopy(scale);
     scale.transformationAtTime(1.5);
-    expectScale(scaleCopy.transformation(), 1, 2, 3);
-    expectVector(scaleField(scaleCopy), 1, 2, 3);
+    expectSame(scaled(1, 2, 3), elements(*scaleCopy.transformation()));
+    EXPECT_EQ(triple(1, 2, 3), triple(scaleField(scaleCopy)));
 
     Rotation rotation(valuesOf({0, 0, 1, 0}), "r");
     rotation.setAnimation(angleAnimation());
     Rotation rotationCopy(rotation);
     rotation.transformationAtTime(1.5);
-    expectElements(rotationCopy.transformation(), identity);
-    expectVector(axisField(rotationCopy), 0, 0, 1);
+    expectSame(identity, elements(*rotationCopy.transformation()));
+    EXPECT_EQ(triple(0, 0, 1), triple(axisField(rotationCopy)));
     EXPECT_EQ(0.0, angleField(rotationCopy));
 }
 
@@ -859,12 +816,12 @@ TEST(TransformationTest, AnimatedSubclassesNeedNoMatrixBefore)
 {
     Translation translation;
     translation.setAnimation(vectorAnimation());
-    expectElements(translation.transformationAtTime(0), identity);
-    expectTranslation(translation.transformationAtTime(1.5), 15, 150, 1500);
+    expectSame(identity, elements(*translation.transformationAtTime(0)));
+    expectSame(translated(15, 150, 1500), elements(*translation.transformationAtTime(1.5)));
     Scale scale;
     scale.setAnimation(vectorAnimation());
-    expectScale(scale.transformationAtTime(0), 0, 0, 0);
-    expectScale(scale.transformationAtTime(1.5), 15, 150, 1500);
+    expectSame(scaled(0, 0, 0), elements(*scale.transformationAtTime(0)));
+    expectSame(scaled(15, 150, 1500), elements(*scale.transformationAtTime(1.5)));
 }
 
 TEST(TransformationTest, AnimatedBaseAllocatesNothingAndSubclassesAMatrix)
@@ -895,13 +852,11 @@ TEST(TransformationTest, SharedAnimationServesSeveralTransformations)
     translation.setAnimation(animation);
     scale.setAnimation(animation);
     EXPECT_EQ(3u, animation.useCount());
-    expectTranslation(translation.transformationAtTime(1.5), 15, 150, 1500);
-    expectScale(scale.transformationAtTime(0), 4, 5, 6);
-    expectScale(scale.transformationAtTime(2), 20, 200, 2000);
-    expectTranslation(translation.transformation(), 15, 150, 1500);
+    expectSame(translated(15, 150, 1500), elements(*translation.transformationAtTime(1.5)));
+    expectSame(scaled(4, 5, 6), elements(*scale.transformationAtTime(0)));
+    expectSame(scaled(20, 200, 2000), elements(*scale.transformationAtTime(2)));
+    expectSame(translated(15, 150, 1500), elements(*translation.transformation()));
 }
-
-// --- what the compiler checks ---
 
 static_assert(std::has_virtual_destructor_v<Transformation>);
 static_assert(std::is_base_of_v<Transformation, Translation> && std::is_base_of_v<Transformation, Rotation> &&
@@ -932,17 +887,6 @@ struct TakesDocumentValues<
     : std::true_type {};
 static_assert(TakesDocumentValues<Scale>::value);
 static_assert(!TakesDocumentValues<View>::value && !TakesDocumentValues<Skew>::value);
-
-// --- what the tests are written with ---
-
-Values valuesOf(std::initializer_list<double> numbers)
-{
-    Values values;
-    for (const double number : numbers) {
-        values.append(number);
-    }
-    return values;
-}
 
 Values counted(unsigned count, double first)
 {
