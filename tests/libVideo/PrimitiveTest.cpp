@@ -1729,66 +1729,35 @@ TEST(PointCloudTest, LongestArrayBoundsWhereItBacksMore)
 
 // --- PointCloud: traces ---
 
-/// The lines of a call on the channel of the primitives, with all priorities let through.
-template <class Call>
-std::vector<LogLine> traced(const Call& call)
-{
-    const LogCapture log("libVideo.primitive");
-    vesk::LogFactory::setPriority(vesk::LoggerPriority::PRIORITY_TRACE);
-    call();
-    return log.lines();
-}
-
-void expectTraceStart(const LogLine& line)
-{
-    EXPECT_EQ(1, line.priority);
-    const std::string start = "> PointCloud::createFromCollada (libVideo/SceneGraph/Primitive:";
-    EXPECT_EQ(start, line.text.substr(0, start.size()));
-}
-
-void expectTraceEnd(const LogLine& line)
-{
-    EXPECT_EQ(1, line.priority);
-    EXPECT_EQ("< PointCloud::createFromCollada", line.text);
-}
+const char* const entry = "> PointCloud::createFromCollada (libVideo/SceneGraph/Primitive";
+const char* const leaving = "< PointCloud::createFromCollada";
+const char* const channel = "libVideo.primitive";
 
 TEST(PointCloudTest, LoadIsTraced)
 {
     MeshDocument document(basics);
-    const std::vector<LogLine> lines = traced([&] { const PointCloud cloud(document.vertices()); });
-    ASSERT_EQ(2u, lines.size());
-    expectTraceStart(lines[0]);
-    expectTraceEnd(lines[1]);
+    EXPECT_EQ(texts(entry, leaving), tracedTexts([&] { const PointCloud cloud(document.vertices()); }, channel));
 }
 
 TEST(PointCloudTest, NullIsLoggedInsideTheTrace)
 {
-    const std::vector<LogLine> lines = traced([] { PointCloud().createFromCollada(nullptr); });
-    ASSERT_EQ(3u, lines.size());
-    expectTraceStart(lines[0]);
-    EXPECT_EQ(3, lines[1].priority);
-    EXPECT_EQ("NULL domVertices passed", lines[1].words());
-    expectTraceEnd(lines[2]);
+    const Texts lines = tracedTexts([] { PointCloud().createFromCollada(nullptr); }, channel);
+    EXPECT_EQ(texts(entry, "NULL domVertices passed", leaving), lines);
 }
 
 TEST(PointCloudTest, TraceEndsWithAnException)
 {
     MeshDocument document(records("positions", 8, 3, 0) + records("normals", 2, 3, 100) +
                           vertices(local("POSITION", "positions") + local("NORMAL", "normals")));
-    const std::vector<LogLine> lines =
-        traced([&] { EXPECT_THROW(PointCloud{document.vertices()}, vesk::AssertionFailure); });
-    ASSERT_EQ(2u, lines.size());
-    expectTraceStart(lines[0]);
-    expectTraceEnd(lines[1]);
+    const auto load = [&] { EXPECT_THROW(PointCloud{document.vertices()}, vesk::AssertionFailure); };
+    EXPECT_EQ(texts(entry, leaving), tracedTexts(load, channel));
 }
 
 TEST(TriangleListTest, LoadIsNotTraced)
 {
     MeshDocument document(basics + triangles("1", vertexInput, "0 1 2"));
-    EXPECT_EQ(0u, traced([&] {
-                      PrimitiveList primitives;
-                      createPrimitive(document.mesh(), primitives);
-                  }).size());
+    PrimitiveList primitives;
+    EXPECT_EQ(Texts(), tracedTexts([&] { createPrimitive(document.mesh(), primitives); }, channel));
 }
 
 // --- createPrimitive ---
@@ -2027,8 +1996,6 @@ TEST(CreatePrimitiveTest, PrimitivesOutliveTheirDocument)
     EXPECT_EQ(position(3) + position(4) + position(5), floats(*primitives[0]));
 }
 
-// --- what the compiler checks ---
-
 template <class T, class = void>
 struct HasConstMaterial : std::false_type {};
 template <class T>
@@ -2066,8 +2033,6 @@ static_assert(
     std::is_same_v<const vesk::Array<unsigned>&, decltype(std::declval<const Primitive&>().indexBuffer())> &&
     std::is_same_v<const vesk::Array<VertexLayout>&, decltype(std::declval<const Primitive&>().vertexLayout())> &&
     std::is_same_v<const vesk::String&, decltype(std::declval<const Primitive&>().id())>);
-
-// --- what the tests are written with ---
 
 std::string source(const std::string& id, const std::string& floats, const std::string& count, unsigned stride,
                    const std::string& params)
