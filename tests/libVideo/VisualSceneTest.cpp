@@ -468,12 +468,6 @@ TEST(VisualSceneTest, NodeWithoutTransformMakesItsDescendantsZero)
     EXPECT_EQ(translated(1, 2, 3), elements(found(scene, "beside")->transform()));
 }
 
-// Fails with one line, and changes nothing.
-void expectRefusal(const LogCapture& log, const std::string& words)
-{
-    EXPECT_EQ(Texts{"libVideo.visualScene: " + words}, log.messages());
-}
-
 TEST(VisualSceneTest, EmptyResourcesAreRefused)
 {
     const LogCapture log;
@@ -481,7 +475,7 @@ TEST(VisualSceneTest, EmptyResourcesAreRefused)
     VisualScene scene;
 
     EXPECT_FALSE(scene.createFromCollada(document.element(), SceneResourcesLink()));
-    expectRefusal(log, "Cannot create using an empty scene resources");
+    expectErrors("libVideo.visualScene", "Cannot create using an empty scene resources", log);
     expectEmpty(scene);
 }
 
@@ -492,7 +486,7 @@ TEST(VisualSceneTest, SceneWithoutNodesIsRefused)
     VisualScene scene;
 
     EXPECT_FALSE(document->loadInto(scene));
-    expectRefusal(log, "Visual scene has no visual nodes");
+    expectErrors("libVideo.visualScene", "Visual scene has no visual nodes", log);
     expectEmpty(scene);
 }
 
@@ -503,7 +497,7 @@ TEST(VisualSceneTest, EmptyResourcesAreFoundBeforeMissingNodes)
     VisualScene scene;
 
     EXPECT_FALSE(scene.createFromCollada(document->element(), SceneResourcesLink()));
-    expectRefusal(log, "Cannot create using an empty scene resources");
+    expectErrors("libVideo.visualScene", "Cannot create using an empty scene resources", log);
     expectEmpty(scene);
 }
 
@@ -530,7 +524,7 @@ TEST(VisualSceneTest, LoadedSceneRefusesAnotherLoad)
     const LogCapture log;
 
     EXPECT_FALSE(other->loadInto(scene));
-    expectRefusal(log, "Visual scene is already loaded");
+    expectErrors("libVideo.visualScene", "Visual scene is already loaded", log);
     EXPECT_STREQ("", nameOf(scene));
     EXPECT_STREQ("scene", idOf(scene));
     EXPECT_EQ(&document.resources(), resourcesOf(scene));
@@ -578,7 +572,7 @@ TEST(VisualSceneTest, LoadThatRanOutOfMemoryCanBeFoldedAndTriedAgain)
             EXPECT_EQ(found(scene, "b"), nodeListOf(scene)[1].get());
         } else {
             ++refusals;
-            expectRefusal(log, "Visual scene is already loaded");
+            expectErrors("libVideo.visualScene", "Visual scene is already loaded", log);
         }
     }
     FAIL() << "no end";
@@ -593,38 +587,26 @@ TEST(VisualSceneTest, CopyOfALoadedSceneRefusesAnotherLoadToo)
     const LogCapture log;
 
     EXPECT_FALSE(document.loadInto(copy));
-    expectRefusal(log, "Visual scene is already loaded");
+    expectErrors("libVideo.visualScene", "Visual scene is already loaded", log);
     EXPECT_EQ("a", listedIds(copy));
 }
+
+const char* const entry = "> VisualScene::createFromCollada (libVideo/SceneGraph/VisualScene";
+const char* const leaving = "< VisualScene::createFromCollada";
 
 TEST(VisualSceneTest, LoadTracesItsScope)
 {
     Document document("<node id='a'/>");
     VisualScene scene;
-    const LogCapture log(channel);
-    vesk::LogFactory::setPriority(vesk::LoggerPriority::PRIORITY_TRACE);
-    ASSERT_TRUE(document.loadInto(scene));
-
-    const std::vector<LogLine> lines = log.lines();
-    ASSERT_EQ(2u, lines.size());
-    EXPECT_EQ(vesk::LoggerPriority::PRIORITY_TRACE, lines[0].priority);
-    EXPECT_EQ(0u, lines[0].text.find("> VisualScene::createFromCollada (libVideo/SceneGraph/VisualScene:"));
-    EXPECT_EQ(vesk::LoggerPriority::PRIORITY_TRACE, lines[1].priority);
-    EXPECT_EQ("< VisualScene::createFromCollada", lines[1].text);
+    EXPECT_EQ(texts(entry, leaving), tracedTexts([&] { ASSERT_TRUE(document.loadInto(scene)); }, channel));
 }
 
 TEST(VisualSceneTest, RefusalTracesItsScopeToo)
 {
     const auto document = Document::ofScene("<visual_scene/>");
     VisualScene scene;
-    const LogCapture log(channel);
-    vesk::LogFactory::setPriority(vesk::LoggerPriority::PRIORITY_TRACE);
-    EXPECT_FALSE(document->loadInto(scene));
-
-    const std::vector<LogLine> lines = log.lines();
-    ASSERT_EQ(3u, lines.size());
-    EXPECT_EQ("Visual scene has no visual nodes", lines[1].words());
-    EXPECT_EQ("< VisualScene::createFromCollada", lines[2].text);
+    const auto load = [&] { EXPECT_FALSE(document->loadInto(scene)); };
+    EXPECT_EQ(texts(entry, "Visual scene has no visual nodes", leaving), tracedTexts(load, channel));
 }
 
 // What a copy has of its source, whichever way it was made.
@@ -933,7 +915,7 @@ TEST_P(VisualSceneLostAnimationTest, IsLoggedAndTheRestIsAttached)
                           curve("d", "Node/t", "1 3", "10 20 30  30 40 50"));
     VisualScene scene;
     EXPECT_TRUE(document.loadInto(scene));
-    expectRefusal(log, GetParam().expected);
+    expectErrors("libVideo.visualScene", GetParam().expected, log);
     EXPECT_EQ(translated(20, 30, 40), elements(nodeListOf(scene)[0]->transform(2.0)));
 }
 
@@ -985,7 +967,7 @@ TEST(VisualSceneTest, AttachingAgainFindsAndMissesTheSame)
     log.clear();
     sceneAddAnimationsToNodes(scene);
 
-    expectRefusal(log, "Unable to find the animation's target node with id: x");
+    expectErrors("libVideo.visualScene", "Unable to find the animation's target node with id: x", log);
     EXPECT_EQ(2u, document.resources().animationList[0].useCount());
     EXPECT_EQ(translated(20, 30, 40), elements(nodeListOf(scene)[0]->transform(2.0)));
 }
@@ -1003,8 +985,6 @@ TEST(VisualSceneTest, AnimatedNodeForgetsTheFoldAndItsChildrenKeepIt)
     EXPECT_EQ(translated(1101, 2, 3), elements(nodeListOf(scene)[2]->transform(2.0)));
 }
 
-// --- what the compiler checks ---
-
 static_assert(std::is_default_constructible_v<VisualScene>);
 static_assert(std::is_copy_constructible_v<VisualScene> && std::is_copy_assignable_v<VisualScene>);
 static_assert(!std::is_polymorphic_v<VisualScene> && !std::is_polymorphic_v<SceneResources>);
@@ -1019,8 +999,6 @@ static_assert(
 static_assert(std::is_same_v<decltype(std::declval<const VisualScene&>().blinnMaterialTable()),
                              const libVideo::BlinnMaterialTable&>);
 static_assert(std::is_same_v<decltype(std::declval<VisualScene&>().transform()), void>);
-
-// --- what the tests are written with ---
 
 void expectEmpty(const VisualScene& scene)
 {
