@@ -109,12 +109,6 @@ std::array<float, 3> attenuationsOf(const Light& light)
     return {light.constantAttenuation(), light.linearAttenuation(), light.quadraticAttenuation()};
 }
 
-/// No line for empty words, else that line in all, whole.
-void expectLog(const std::string& words, const LogCapture& log)
-{
-    EXPECT_EQ(words.empty() ? Texts() : Texts{"libVideo.light: " + words}, log.messages());
-}
-
 // ---- data
 
 TEST(PointLightTest, IsWhiteAndBearsItsIdUntilRead)
@@ -189,7 +183,7 @@ TEST_P(PointLightLoadTest, ReadsItsElement)
     EXPECT_EQ(GetParam().color, colorOf(light));
     EXPECT_EQ(GetParam().attenuations, attenuationsOf(light));
     EXPECT_EQ("lamp", textOf(light.id()));
-    expectLog(GetParam().words, log);
+    expectErrors("libVideo.light", GetParam().words, log);
 }
 
 INSTANTIATE_ROWS(Documents, PointLightLoadTest,
@@ -257,7 +251,7 @@ TEST_P(SpotLightLoadTest, ReadsOrRefusesItsElement)
     EXPECT_EQ(GetParam().cone, light.innerConeAngle());
     EXPECT_EQ(GetParam().exponent, light.falloffExponent());
     EXPECT_EQ("lamp", textOf(light.id()));
-    expectLog(GetParam().words, log);
+    expectErrors("libVideo.light", GetParam().words, log);
     // These come from the extra data alone.
     EXPECT_EQ(77.0f, light.outerConeAngle());
     EXPECT_EQ("before", textOf(light.lookAtNodeId()));
@@ -331,7 +325,7 @@ TEST(SpotLightTest, LoadWithoutColorChangesNothing)
     SpotLight light = fullSpotLight();
     const LogCapture log;
     EXPECT_FALSE(load(light, "<constant_attenuation>9</constant_attenuation><falloff_angle>9</falloff_angle>"));
-    expectLog(noSpotColor, log);
+    expectErrors("libVideo.light", noSpotColor, log);
     expectFullSpot(light);
 }
 
@@ -366,7 +360,7 @@ TEST_P(SpotLightExtraTest, LastValueOfEachNameCounts)
     readExtra(light, GetParam().extras);
     EXPECT_EQ(GetParam().outerCone, light.outerConeAngle());
     EXPECT_EQ(GetParam().target, textOf(light.lookAtNodeId()));
-    expectLog("", log);
+    expectErrors("libVideo.light", "", log);
     // Nothing else is touched, not even by the color of the light.
     EXPECT_EQ(white, colorOf(light));
     EXPECT_EQ(0.0f, light.innerConeAngle());
@@ -532,11 +526,6 @@ std::string listed(const std::string& id, const std::string& content)
     return "<light id='" + id + "'>" + content + "</light>";
 }
 
-std::string library(const std::string& lights)
-{
-    return "<library_lights>" + lights + "</library_lights>";
-}
-
 const std::string colored = "<color>0.25 0.5 0.75</color>";
 const std::string ambient = "<technique_common><ambient>" + colored + "</ambient></technique_common>";
 const std::string directional = "<technique_common><directional>" + colored + "</directional></technique_common>";
@@ -608,7 +597,7 @@ TYPED_TEST(LightListTest, NullDocumentLeavesTheListAsItWas)
     const auto before = this->list[0];
     const LogCapture log;
     EXPECT_EQ(0u, TypeParam::build(nullptr, document.dae(), this->list));
-    expectLog(noDocument, log);
+    expectErrors("libVideo.light", noDocument, log);
     ASSERT_EQ(1u, this->list.size());
     EXPECT_EQ(before, this->list[0]);
 }
@@ -621,7 +610,7 @@ TYPED_TEST(LightListTest, DocumentWithoutLightsClearsTheList)
         this->list.append(before);
         const LogCapture log;
         EXPECT_EQ(0u, this->build(document));
-        expectLog("", log);
+        expectErrors("libVideo.light", "", log);
         EXPECT_EQ(0u, this->list.size());
         EXPECT_EQ(1u, before.useCount()); // the list has let go of it
     }
@@ -630,11 +619,11 @@ TYPED_TEST(LightListTest, DocumentWithoutLightsClearsTheList)
 TYPED_TEST(LightListTest, AllLibrariesAreReadInDocumentOrder)
 {
     ColladaBuilder document(
-        library(listed("b", TypeParam::element(colored)) + listed("a", TypeParam::element(colored))) + library("") +
-        library(listed("c", TypeParam::element("<color>0 0 1</color>"))));
+        library("library_lights", listed("b", TypeParam::element(colored)) + listed("a", TypeParam::element(colored))) +
+        "<library_lights/>" + library("library_lights", listed("c", TypeParam::element("<color>0 0 1</color>"))));
     const LogCapture log;
     EXPECT_EQ(3u, this->build(document));
-    expectLog("", log);
+    expectErrors("libVideo.light", "", log);
     ASSERT_EQ((std::vector<std::string>{"b", "a", "c"}), this->ids());
     EXPECT_EQ((Color{0.25f, 0.5f, 0.75f}), colorOf(*this->list[0]));
     EXPECT_EQ((Color{0.25f, 0.5f, 0.75f}), colorOf(*this->list[1]));
@@ -650,7 +639,7 @@ TYPED_TEST(LightListTest, MoreLightsThanAListStartsWith)
         expected.push_back("light" + std::to_string(i));
         lights += listed(expected.back(), TypeParam::element("<color>0 0 " + std::to_string(i) + "</color>"));
     }
-    ColladaBuilder document(library(lights));
+    ColladaBuilder document(library("library_lights", lights));
     EXPECT_EQ(20u, this->build(document));
     ASSERT_EQ(expected, this->ids());
     for (unsigned i = 0; i < 20; ++i) {
@@ -660,7 +649,7 @@ TYPED_TEST(LightListTest, MoreLightsThanAListStartsWith)
 
 TYPED_TEST(LightListTest, SecondRunStartsAnew)
 {
-    ColladaBuilder document(library(listed("a", TypeParam::element(colored))));
+    ColladaBuilder document(library("library_lights", listed("a", TypeParam::element(colored))));
     EXPECT_EQ(1u, this->build(document));
     const auto before = this->list[0];
     EXPECT_EQ(1u, this->build(document));
@@ -670,26 +659,29 @@ TYPED_TEST(LightListTest, SecondRunStartsAnew)
 
 TYPED_TEST(LightListTest, OtherLightsGiveNoEntryAndNoLine)
 {
-    ColladaBuilder document(library(listed("ambient", ambient) + listed("other", TypeParam::otherElement("")) +
-                                    listed("a", TypeParam::element(colored)) + listed("directional", directional) +
-                                    listed("noTechnique", "") + listed("emptyTechnique", "<technique_common/>") +
-                                    listed("vendor", technique(cone45)) + listed("b", TypeParam::element(colored))));
+    ColladaBuilder document(
+        library("library_lights", listed("ambient", ambient) + listed("other", TypeParam::otherElement("")) +
+                                      listed("a", TypeParam::element(colored)) + listed("directional", directional) +
+                                      listed("noTechnique", "") + listed("emptyTechnique", "<technique_common/>") +
+                                      listed("vendor", technique(cone45)) + listed("b", TypeParam::element(colored))));
     const LogCapture log;
     EXPECT_EQ(2u, this->build(document));
-    expectLog("", log);
+    expectErrors("libVideo.light", "", log);
     EXPECT_EQ((std::vector<std::string>{"a", "b"}), this->ids());
 }
 
 TYPED_TEST(LightListTest, AbsentIdIsEmpty)
 {
-    ColladaBuilder document(library("<light name='lamp'>" + TypeParam::element(colored) + "</light>"));
+    ColladaBuilder document(
+        library("library_lights", "<light name='lamp'>" + TypeParam::element(colored) + "</light>"));
     EXPECT_EQ(1u, this->build(document));
     EXPECT_EQ((std::vector<std::string>{""}), this->ids());
 }
 
 TYPED_TEST(LightListTest, OpensNoTrace)
 {
-    ColladaBuilder document(library(listed("a", TypeParam::element(colored)) + listed("b", TypeParam::element(""))));
+    ColladaBuilder document(
+        library("library_lights", listed("a", TypeParam::element(colored)) + listed("b", TypeParam::element(""))));
     const LogCapture log;
     vesk::LogFactory::setPriority(vesk::LoggerPriority::PRIORITY_TRACE);
     EXPECT_EQ(2u, this->build(document));
@@ -700,15 +692,15 @@ TYPED_TEST(LightListTest, OpensNoTrace)
 
 TEST(LightListsTest, AmbientPointAndSpotGiveOnePointAndOneSpot)
 {
-    ColladaBuilder document(
-        library(listed("ambient", ambient) + listed("point", pointWith(colored)) + listed("spot", spotWith(colored))));
+    ColladaBuilder document(library("library_lights", listed("ambient", ambient) + listed("point", pointWith(colored)) +
+                                                          listed("spot", spotWith(colored))));
     const domCOLLADA* const root = document.open();
     PointList points;
     SpotList spots;
     const LogCapture log;
     EXPECT_EQ(1u, libVideo::createPointLightListFromCollada(root, points));
     EXPECT_EQ(1u, libVideo::createSpotLightListFromCollada(root, document.dae(), spots));
-    expectLog("", log);
+    expectErrors("libVideo.light", "", log);
     ASSERT_EQ(1u, points.size());
     ASSERT_EQ(1u, spots.size());
     EXPECT_EQ("point", textOf(points[0]->id()));
@@ -718,8 +710,9 @@ TEST(LightListsTest, AmbientPointAndSpotGiveOnePointAndOneSpot)
 TEST(LightListsTest, PointWithoutColorStaysWhiteAndHasItsAttenuations)
 {
     ColladaBuilder document(
-        library(listed("a", pointWith("<linear_attenuation>3</linear_attenuation>")) + listed("b", pointWith(colored)) +
-                listed("c", pointWith("<color>1</color><linear_attenuation>5</linear_attenuation>"))));
+        library("library_lights",
+                listed("a", pointWith("<linear_attenuation>3</linear_attenuation>")) + listed("b", pointWith(colored)) +
+                    listed("c", pointWith("<color>1</color><linear_attenuation>5</linear_attenuation>"))));
     PointList list;
     const LogCapture log;
     EXPECT_EQ(3u, libVideo::createPointLightListFromCollada(document.open(), list));
@@ -733,12 +726,13 @@ TEST(LightListsTest, PointWithoutColorStaysWhiteAndHasItsAttenuations)
 
 TEST(LightListsTest, SpotWithoutColorStaysInTheListWithItsExtraData)
 {
-    ColladaBuilder document(library(listed("a", spotWith("<falloff_angle>9</falloff_angle>") + fullExtra) +
-                                    listed("b", spotWith(colored))));
+    ColladaBuilder document(
+        library("library_lights", listed("a", spotWith("<falloff_angle>9</falloff_angle>") + fullExtra) +
+                                      listed("b", spotWith(colored))));
     SpotList list;
     const LogCapture log;
     EXPECT_EQ(2u, libVideo::createSpotLightListFromCollada(document.open(), document.dae(), list));
-    expectLog(noSpotColor, log);
+    expectErrors("libVideo.light", noSpotColor, log);
     ASSERT_EQ(2u, list.size());
     EXPECT_EQ("a", textOf(list[0]->id()));
     EXPECT_EQ(white, colorOf(*list[0]));
@@ -751,8 +745,8 @@ TEST(LightListsTest, SpotWithoutColorStaysInTheListWithItsExtraData)
 
 TEST(LightListsTest, SpotTakesElementAndExtraDataOfItsOwnLight)
 {
-    ColladaBuilder document(library(listed("a", spotWith(fullSpot) + vendorExtra(cone45 + one)) +
-                                    listed("lamp", spotWith(fullSpot) + fullExtra)));
+    ColladaBuilder document(library("library_lights", listed("a", spotWith(fullSpot) + vendorExtra(cone45 + one)) +
+                                                          listed("lamp", spotWith(fullSpot) + fullExtra)));
     SpotList list;
     EXPECT_EQ(2u, libVideo::createSpotLightListFromCollada(document.open(), document.dae(), list));
     EXPECT_EQ(45.0f, list[0]->outerConeAngle());
@@ -763,7 +757,7 @@ TEST(LightListsTest, SpotTakesElementAndExtraDataOfItsOwnLight)
 
 TEST(LightListsTest, ExtraDataOfAPointIsNotRead)
 {
-    ColladaBuilder document(library(listed("a", pointWith(colored) + fullExtra)));
+    ColladaBuilder document(library("library_lights", listed("a", pointWith(colored) + fullExtra)));
     const domCOLLADA* const root = document.open();
     const std::string before = document.dae().getBaseURI().originalStr();
     PointList points;
@@ -772,8 +766,6 @@ TEST(LightListsTest, ExtraDataOfAPointIsNotRead)
     EXPECT_EQ(0u, libVideo::createSpotLightListFromCollada(root, document.dae(), spots));
     EXPECT_EQ(before, document.dae().getBaseURI().originalStr());
 }
-
-// --- what the compiler checks ---
 
 static_assert(!std::is_polymorphic_v<PointLight> && !std::is_polymorphic_v<SpotLight>);
 static_assert(std::is_constructible_v<PointLight, const vesk::String&> &&
