@@ -180,16 +180,6 @@ unsigned animationCount(const Camera& camera)
     return cameraAnimations(camera).size();
 }
 
-// All lines of a document, which are of one channel.
-void expectLines(const Loaded& document, const LogCapture& log, const char* channel, const std::string& words)
-{
-    EXPECT_EQ(words, document.lines());
-    for (const LogLine& line : log.lines()) {
-        EXPECT_EQ(channel, line.channel) << line.text;
-        EXPECT_EQ(3, line.priority) << line.text;
-    }
-}
-
 // --- cameras ---
 
 TEST(CameraInstancingTest, EntryRefersToItsNodeAndToThePooledCamera)
@@ -220,9 +210,10 @@ TEST(CameraInstancingTest, FailedInstanceIsDroppedAndTheNextIsRead)
         library("library_cameras", camera("a") + camera("b")),
         node("n", instanceCamera("a") + instanceCamera("nowhere") + instanceCamera("n") + instanceCamera("b")) + aim);
     EXPECT_EQ("a@n b@n", document.cameraList());
-    expectLines(document, document.log(), "libVideo.instance",
-                "domInstance_camera does not point to a camera element\n"
-                "Cannot find camera source n for this instance");
+    expectErrors("libVideo.instance",
+                 "domInstance_camera does not point to a camera element\n"
+                 "Cannot find camera source n for this instance",
+                 document.log());
 }
 
 TEST(CameraInstancingTest, ResultIsTheSizeOfTheListOverAllNodes)
@@ -264,7 +255,7 @@ TEST(CameraInstancingTest, MissingLookAtNodeKeepsTheEntry)
 {
     Loaded document(library("library_cameras", camera("eye", "AIM")), node("n", instanceCamera("eye")) + aim);
     EXPECT_EQ("eye@n", document.cameraList());
-    expectLines(document, document.log(), "libVideo.instance", "Cannot find lookat node AIM from camera list");
+    expectErrors("libVideo.instance", "Cannot find lookat node AIM from camera list", document.log());
 }
 
 TEST(CameraInstancingTest, CameraThatFailedToLoadIsPooledAndPlaced)
@@ -331,7 +322,7 @@ TEST_P(LightInstancingStopTest, SkipsTheRestOfTheNodeAndOtherNodesGoOn)
     EXPECT_EQ("b@before a@n b@after", document.pointLightList());
     EXPECT_EQ("c@after", document.spotLightList());
     EXPECT_EQ("eye@n", document.cameraList());
-    expectLines(document, document.log(), "libVideo.visualScene", GetParam().expected);
+    expectErrors("libVideo.visualScene", GetParam().expected, document.log());
 
     document.log().clear();
     EXPECT_EQ(0u, document.addLights("after", "n")) << "whatever the lists hold";
@@ -353,7 +344,7 @@ TEST(LightInstancingTest, BadInstanceInFrontLeavesTheNodeWithoutLights)
                         node("m", instanceLight("n") + instanceLight("nowhere")));
     EXPECT_EQ("", document.pointLightList());
     EXPECT_EQ("", document.spotLightList());
-    expectLines(document, document.log(), "libVideo.visualScene", std::string(notALightElement) + "\n" + notALight);
+    expectErrors("libVideo.visualScene", std::string(notALightElement) + "\n" + notALight, document.log());
     EXPECT_EQ(0u, document.addLights("n", "n"));
 }
 
@@ -488,7 +479,7 @@ TEST(AnimationInstancingTest, CameraIsReachedThroughAnInstanceOnly)
     EXPECT_EQ(2u, document.pool().animationList[0].useCount()) << "shared by pool and camera";
     EXPECT_EQ(1u, document.pool().animationList[1].useCount());
     EXPECT_TRUE(document.node("aim")->hasAnimation()) << "those behind go on";
-    expectLines(document, document.log(), "libVideo.visualScene", noTarget + "unused");
+    expectErrors("libVideo.visualScene", noTarget + "unused", document.log());
 }
 
 TEST(AnimationInstancingTest, CameraOfSeveralInstancesTakesAnAnimationOnce)
@@ -528,7 +519,7 @@ TEST(AnimationInstancingTest, TargetsAreFoundInTheirExactCase)
                     node("n", instanceCamera("eye")) + aim);
     EXPECT_EQ(0u, animationCount(*document.pool().cameraList[0]));
     EXPECT_FALSE(document.node("aim")->hasAnimation());
-    expectLines(document, document.log(), "libVideo.visualScene", noTarget + "EYE\n" + noTarget + "AIM");
+    expectErrors("libVideo.visualScene", noTarget + "EYE\n" + noTarget + "AIM", document.log());
 }
 
 TEST(AnimationInstancingTest, OnlyTheCameraThatAnInstanceIsBoundToCounts)
@@ -550,7 +541,7 @@ TEST(AnimationInstancingTest, LightsAreNoTargets)
                                                       curve("d", "beam/color", "1 3", "1 1 1  0 0 0")) +
                         library("library_lights", light("bulb", "point") + spot("beam")),
                     node("n", instanceLight("bulb") + instanceLight("beam")) + aim);
-    expectLines(document, document.log(), "libVideo.visualScene", noTarget + "bulb\n" + noTarget + "beam");
+    expectErrors("libVideo.visualScene", noTarget + "bulb\n" + noTarget + "beam", document.log());
 }
 
 /// A scene put together by hand: nodes by id, and a camera instance whose camera has no id.
@@ -846,8 +837,6 @@ TEST(WholeStageTest, FoldedTreeMovesTheViewOnceItIsComputedAnew)
     EXPECT_NEAR(-4 / 16.881943016134134, double(direction[1]), 1e-6);
     EXPECT_NEAR(-13 / 16.881943016134134, double(direction[2]), 1e-6);
 }
-
-// --- what the tests are written with ---
 
 std::string light(const std::string& id, const std::string& kind, const std::string& extra)
 {
