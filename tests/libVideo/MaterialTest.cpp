@@ -154,16 +154,6 @@ void expectDefaults(const Component& component)
     }
 }
 
-// Lines of this module alone, with the priority of all lines.
-void expectLines(const LogCapture& log, const std::string& text)
-{
-    EXPECT_EQ(text, log.text());
-    for (const LogLine& line : log.lines()) {
-        EXPECT_EQ(channel, line.channel);
-        EXPECT_EQ(vesk::LoggerPriority::PRIORITY_ERROR, line.priority);
-    }
-}
-
 // The record.
 
 TEST(MaterialTest, NewRecordHasWhiteColorsAndZeroCoefficients)
@@ -335,7 +325,7 @@ TEST_P(MaterialChannelTest, UnresolvedTextureIsLoggedAndStaysInItsHandle)
             EXPECT_EQ(white, colorIn(material.component(), one)) << one.element;
         }
     }
-    expectLines(log, std::string(noTexture) + "\n" + noTexture);
+    expectErrors(channel, std::string(noTexture) + "\n" + noTexture, log);
 }
 
 TEST_P(MaterialChannelTest, ParamIsNotFollowed)
@@ -378,7 +368,7 @@ TEST_P(MaterialColorTest, FirstThreeNumbersAreTaken)
     document.loadInto(material);
     EXPECT_EQ(row.color, diffuseOf(material));
     EXPECT_FALSE(material.component().diffuseTexture);
-    expectLines(log, row.lines);
+    expectErrors(channel, row.lines, log);
 }
 
 INSTANTIATE_ROWS(Colors, MaterialColorTest, {"AlphaIsNotKept", "0.25 0.5 0.75 0.125", {0.25f, 0.5f, 0.75f}, ""},
@@ -449,7 +439,7 @@ TEST(MaterialTest, NullBlinnIsLoggedAndChangesNothing)
     document.loadInto(material);
     const LogCapture log;
     material.createFromCollada(BlinnRef(), document.profile(1));
-    expectLines(log, nullReference);
+    expectErrors(channel, nullReference, log);
     expectFullRecord(material);
     EXPECT_EQ(document.profile(0), materialProfile(material));
 }
@@ -461,7 +451,7 @@ TEST(MaterialTest, NullPhongIsLoggedWithTheWordsOfBlinnAndChangesNothing)
     document.loadInto(material);
     const LogCapture log;
     material.createFromCollada(PhongRef(), document.profile(1));
-    expectLines(log, nullReference);
+    expectErrors(channel, nullReference, log);
     expectFullRecord(material);
     EXPECT_EQ(document.profile(0), materialProfile(material));
 }
@@ -476,7 +466,7 @@ TEST(MaterialTest, ChannelsAreReadInTheirOrderWhateverFails)
     document.loadInto(material);
     const std::string colorLine = std::string(shortColor) + "\n";
     const std::string textureLine = std::string(noTexture) + "\n";
-    expectLines(log, colorLine + textureLine + colorLine + textureLine + shortColor);
+    expectErrors(channel, colorLine + textureLine + colorLine + textureLine + shortColor, log);
     EXPECT_EQ(5.0f, material.component().shininess);
     EXPECT_EQ(6.0f, material.component().transparency);
     EXPECT_STREQ("", fileOf(material.component().ambientTexture));
@@ -514,7 +504,7 @@ TEST(MaterialTest, UnresolvedTextureStaysAsFarAsItGot)
     auto* const profile = document.element<domProfile_COMMON>("profile");
     BlinnMaterial material;
     material.createFromCollada(profile->getTechnique()->getBlinn(), profile);
-    expectLines(log, noTexture);
+    expectErrors(channel, noTexture, log);
     const TextureHandle& texture = material.component().diffuseTexture;
     ASSERT_TRUE(texture);
     EXPECT_EQ(profile->getNewparam_array()[0]->getSampler2D(), texture->sampler());
@@ -628,7 +618,7 @@ TEST(MaterialTest, UnresolvedTextureOfASecondLoadReplacesAGoodOne)
     document.loadInto(material, 0);
     document.loadInto(material, 1);
     EXPECT_STREQ("", fileOf(material.component().diffuseTexture));
-    expectLines(log, noTexture);
+    expectErrors(channel, noTexture, log);
 }
 
 TEST(MaterialTest, ShortColorAndParamOfASecondLoadKeepTheValues)
@@ -642,7 +632,7 @@ TEST(MaterialTest, ShortColorAndParamOfASecondLoadKeepTheValues)
     document.loadInto(material, 1);
     EXPECT_EQ((Color{0.0f, 0.0f, 1.0f}), diffuseOf(material));
     EXPECT_EQ(5.0f, material.component().shininess);
-    expectLines(log, shortColor);
+    expectErrors(channel, shortColor, log);
 }
 
 // The private steps.
@@ -719,7 +709,7 @@ TEST(MaterialTest, ShortColorDoesNotKeepTheTextureOfItsChannelAway)
     writeColor(material, diffuse, into, texture);
     EXPECT_EQ((Color{2.0f, 3.0f, 4.0f}), into);
     EXPECT_STREQ("", fileOf(texture));
-    expectLines(log, std::string(shortColor) + "\n" + noTexture);
+    expectErrors(channel, std::string(shortColor) + "\n" + noTexture, log);
 }
 
 TEST(MaterialTest, WriteFloatCoeffTakesAFloatAlone)
@@ -855,8 +845,6 @@ TEST(MaterialTest, MaterialThatRanOutOfMemoryCanBeAskedAndReleased)
     EXPECT_GE(failures, 4) << "two textures and their counts at least";
 }
 
-// --- what the compiler checks ---
-
 static_assert(std::is_default_constructible_v<BlinnMaterial> && std::is_copy_constructible_v<BlinnMaterial> &&
               std::is_copy_assignable_v<BlinnMaterial>);
 static_assert(!std::is_polymorphic_v<BlinnMaterial> && !std::is_polymorphic_v<Component>);
@@ -875,8 +863,6 @@ static_assert(std::is_same_v<decltype(Component::specular), float[3]>);
 static_assert(std::is_same_v<decltype(Component::specularTexture), TextureHandle>);
 static_assert(std::is_same_v<decltype(Component::reflective), float[3]>);
 static_assert(std::is_same_v<decltype(Component::reflectiveTexture), TextureHandle>);
-
-// --- what the tests are written with ---
 
 const std::array<ColorChannel, 5>& colorChannels()
 {
