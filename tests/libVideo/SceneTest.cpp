@@ -100,11 +100,6 @@ void expectNothingToShow(const Scene& scene);
 // What the good document shows.
 void expectGood(Scene& scene);
 
-void expectOneLine(const LogCapture& log, const std::string& channel, const std::string& words)
-{
-    EXPECT_EQ(Texts{channel + ": " + words}, log.messages());
-}
-
 // That a path is refused as one that does not open, and that nothing comes of it.
 void expectRefused(const std::string& path);
 
@@ -401,7 +396,7 @@ TEST(SceneTest, SecondLoadIsRefusedAndChangesNothing)
     for (const std::string& path : {other.path(), file.path(), std::string("/missing.dae"), std::string()}) {
         const LogCapture log;
         EXPECT_FALSE(load(scene, path));
-        expectOneLine(log, "libVideo.scene", "Scene is already loaded");
+        expectErrors("libVideo.scene", "Scene is already loaded", log);
         EXPECT_EQ(1, openDocuments(scene));
         EXPECT_EQ(a, &firstNode(scene));
         EXPECT_EQ(curve, scenePool(scene).animationList[1].get());
@@ -959,16 +954,12 @@ TEST(SceneTest, ScenesComeAndGo)
     }
 }
 
-// --- what the compiler checks ---
-
 static_assert(std::is_default_constructible_v<Scene>);
 static_assert(!std::is_copy_constructible_v<Scene> && !std::is_copy_assignable_v<Scene>);
 static_assert(!std::is_move_constructible_v<Scene> && !std::is_move_assignable_v<Scene>);
 static_assert(!std::is_polymorphic_v<Scene>);
 static_assert(std::is_same_v<decltype(std::declval<Scene&>().visualScene()), VisualScene&>);
 static_assert(std::is_same_v<decltype(std::declval<const Scene&>().visualScene()), const VisualScene&>);
-
-// --- what the tests are written with ---
 
 void expectNothingToShow(const Scene& scene)
 {
@@ -1011,7 +1002,7 @@ void expectRefused(const std::string& path)
 
     EXPECT_FALSE(isLoaded);
     EXPECT_EQ("", output);
-    expectOneLine(log, "libVideo.scene", "Collada file does not exist " + path);
+    EXPECT_EQ(Texts{"libVideo.scene: Collada file does not exist " + path}, log.messages()); // it may have a line feed
     expectNothingToShow(scene);
     EXPECT_EQ(0u, pooledAnimations(scene));
     EXPECT_EQ(0, openDocuments(scene));
