@@ -46,8 +46,6 @@ constexpr float rounding = 1e-6f;
 testing::AssertionResult isNear(const Elements& expected, const Matrix4& matrix);
 testing::AssertionResult isNotANumberThroughout(const Matrix4& matrix);
 
-Values valuesOf(const std::vector<double>& numbers);
-
 // Whether an entry is of that class, and not of one derived from it.
 template <class Kind>
 bool isExactly(const TransformationHandle& entry)
@@ -927,8 +925,6 @@ TEST(NodeTest, NodeKeepsNothingOfTheDocument)
     EXPECT_EQ(translated(1, 2, 3), elements(built.transform()));
 }
 
-// --- what the compiler checks ---
-
 static_assert(std::has_virtual_destructor_v<Node>);
 static_assert(std::is_copy_constructible_v<Node> && std::is_copy_assignable_v<Node>);
 static_assert(!std::is_convertible_v<const domNode&, Node>);
@@ -945,8 +941,6 @@ static_assert(std::is_same_v<decltype(std::declval<const Node&>().up()), const V
 static_assert(std::is_same_v<decltype(std::declval<Node&>().position(0.0)), const Vector3>);
 static_assert(std::is_same_v<decltype(std::declval<Node&>().up(0.0)), const Vector3>);
 static_assert(std::is_same_v<decltype(std::declval<Node&>().createFromCollada(std::declval<const domNode&>())), bool>);
-
-// --- what the tests are written with ---
 
 testing::AssertionResult isNear(const Elements& expected, const Matrix4& matrix)
 {
@@ -968,15 +962,6 @@ testing::AssertionResult isNotANumberThroughout(const Matrix4& matrix)
         }
     }
     return testing::AssertionSuccess();
-}
-
-Values valuesOf(const std::vector<double>& numbers)
-{
-    Values values;
-    for (const double number : numbers) {
-        values.append(number);
-    }
-    return values;
 }
 
 } // namespace
