@@ -446,15 +446,6 @@ TEST(DocumentParserTest, ReferencesInLongTextsAreCounted)
     }
 }
 
-std::string inUtf16(const std::string& text, bool isLittleEndian)
-{
-    std::string wide = isLittleEndian ? "\xFF\xFE" : "\xFE\xFF";
-    for (const char c : text) {
-        wide += isLittleEndian ? std::string{c, '\0'} : std::string{'\0', c};
-    }
-    return wide;
-}
-
 TEST(DocumentParserTest, EncodingsPass)
 {
     const std::string body = whole("<library_nodes name='" + std::string(20'000, 'x') + "'/>");
