@@ -274,7 +274,7 @@ TEST(ListReaderTest, NumbersReadAsWritten)
 // ---------------------------------------------------------------------------------------------------------------------
 // One text given to both
 
-class ListReaderTextTest : public ::testing::TestWithParam<TextRow> {
+class ListReaderTextTest : public ::testing::TestWithParam<Case<std::string>> {
 protected:
     void expectSame(const std::string& text)
     {
@@ -295,7 +295,7 @@ protected:
 
 TEST_P(ListReaderTextTest, ReadsAsStock)
 {
-    const std::string& text = GetParam().text;
+    const std::string& text = GetParam().given;
     expectSame(text);
     expectSame("1 " + text + " 2");
     expectSame("7 " + text);
