@@ -2,6 +2,7 @@
 
 #include "support/ColladaBuilder.h"
 #include "support/Rows.h"
+#include "support/Words.h"
 
 #include <nlohmann/json.hpp>
 
@@ -14,7 +15,6 @@
 #include <map>
 #include <ostream>
 #include <regex>
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -43,16 +43,6 @@ TEST(ScenetoolMaterialTest, NumbersReadBackToTheSameFloat)
 bool hasPattern(const std::string& text, const std::string& pattern)
 {
     return std::regex_search(text, std::regex(pattern));
-}
-
-Words linesOf(const std::string& text)
-{
-    Words lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line);
-    }
-    return lines;
 }
 
 // Those of ASCII and those that UTF-8 writes as C2 80 to C2 9F; line feeds may stay.
