@@ -98,8 +98,6 @@ TEST(BentDocumentTest, ManyChangesAtOnceLoadOrAreRefusedWithALine)
     }
 }
 
-// --- what the tests are written with ---
-
 std::string wordsOf(const DocumentChange& change)
 {
     return "change of kind " + std::to_string(change.kind) + " at element " + std::to_string(change.element) +

@@ -91,8 +91,6 @@ INSTANTIATE_ROWS(
                            "<source id='s'><technique_common><accessor count='1048576'/></technique_common></source>");
      }});
 
-// --- what the tests are written with ---
-
 std::optional<std::uint64_t> peakOfLoad(const std::string& path)
 {
     int ends[2] = {};

@@ -41,8 +41,6 @@ TEST(PrintersTest, ShowWhatIsInside)
     }
 }
 
-// --- what the tests are written with ---
-
 const std::vector<Sample>& samples()
 {
     static const std::vector<Sample> all = {

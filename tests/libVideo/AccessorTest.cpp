@@ -1308,8 +1308,6 @@ TEST(AccessorTest, DestructionThroughTheBaseLeavesTheDocumentAlone)
     EXPECT_EQ(3u, document.values().getCount());
 }
 
-// --- what the compiler checks ---
-
 static_assert(std::is_same_v<ByteHandle, decltype(std::declval<Data&>()[0u])>);
 static_assert(std::is_same_v<const ByteHandle, decltype(std::declval<const Data&>()[0u])>);
 static_assert(!std::is_polymorphic_v<Data> && !std::is_default_constructible_v<Data>);

@@ -996,13 +996,9 @@ TEST(AnimationStateTest, EvaluationAllocatesNothingAndLogsNothing)
     EXPECT_EQ("", log.text());
 }
 
-// --- what the compiler checks ---
-
 static_assert(std::is_same_v<double, decltype(std::declval<Animation&>().applyAnimation(1.0, 1.0))>);
 static_assert(std::is_same_v<Vector3, decltype(std::declval<Animation&>().applyAnimation(Vector3(), 1.0))>);
 static_assert(std::is_same_v<Matrix4, decltype(std::declval<Animation&>().applyAnimation(Matrix4(), 1.0))>);
-
-// --- what the tests are written with ---
 
 std::string textOf(const Numbers& numbers)
 {

@@ -1096,8 +1096,6 @@ TEST(GeometryInstancingTest, SceneThatRanOutOfMemoryCanBeAskedAndDestroyed)
     EXPECT_GT(failures, 20) << "two nodes, geometries and materials, their handles and buckets";
 }
 
-// --- what the tests are written with ---
-
 std::string geometry(const std::string& id, const Triangle& triangle)
 {
     const std::string normals =

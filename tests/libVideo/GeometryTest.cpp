@@ -569,8 +569,6 @@ TEST_F(GeometryCopyTest, AssignmentToItselfChangesNothing)
     EXPECT_EQ(2u, m_geometry.mesh().primitives().size());
 }
 
-// --- what the compiler checks ---
-
 static_assert(!std::is_polymorphic_v<Mesh> && !std::is_polymorphic_v<Geometry>);
 static_assert(std::is_default_constructible_v<Mesh> && std::is_copy_constructible_v<Mesh> &&
               std::is_copy_assignable_v<Mesh> && std::is_destructible_v<Mesh>);

@@ -1669,8 +1669,6 @@ TEST(InputTraceTest, LoggerOfPriorityOneSilencesTracesOnly)
     EXPECT_EQ((Texts{unknownSemanticLine("UV")}), tracesOf(log));
 }
 
-// --- what the compiler checks ---
-
 static_assert(std::is_abstract_v<Input> && std::has_virtual_destructor_v<Input>);
 static_assert(std::is_copy_assignable_v<Input>);
 static_assert(std::is_convertible_v<InputLocal*, Input*> && std::is_convertible_v<InputLocalOffset*, Input*>);
@@ -1684,8 +1682,6 @@ static_assert(std::is_same_v<const ByteArray&, decltype(std::declval<Input&>().d
               std::is_same_v<unsigned, decltype(std::declval<const Input&>().bytePerAccess())> &&
               std::is_same_v<unsigned, decltype(std::declval<const InputLocal&>().numVertices())> &&
               std::is_same_v<const IndexArray&, decltype(std::declval<InputLocalOffset&>().pIndex(0u))>);
-
-// --- what the tests are written with ---
 
 Texts layoutOf(const Input& input)
 {

@@ -1088,8 +1088,6 @@ TEST(CreateSourceTest, SourceLivesAsLongAsItsLastHandle)
     EXPECT_EQ(before, referencesOn(*element));
 }
 
-// --- what the compiler checks ---
-
 static_assert(std::is_abstract_v<Source> && std::has_virtual_destructor_v<Source>);
 static_assert(!std::is_default_constructible_v<Source>);
 static_assert(std::is_copy_assignable_v<Source>);

@@ -640,8 +640,6 @@ TEST(TextureTest, TextureThatRanOutOfMemoryCanBeAskedAndReleased)
     EXPECT_GT(failures, 0) << "the file's text at least";
 }
 
-// --- what the compiler checks ---
-
 static_assert(std::is_default_constructible_v<Texture> && std::is_copy_constructible_v<Texture> &&
               std::is_copy_assignable_v<Texture>);
 static_assert(!std::is_polymorphic_v<Texture>);

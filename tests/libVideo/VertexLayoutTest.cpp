@@ -192,8 +192,6 @@ TEST(VertexLayoutTest, SemanticAloneIsASearchKey)
     EXPECT_FALSE(filled == libVideo::SEMANTIC_POSITION);
 }
 
-// --- what the compiler checks ---
-
 static_assert(sizeof(VertexSemantic) == 4 && sizeof(libVideo::DataType) == 4);
 static_assert(sizeof(VertexLayout) == 20);
 static_assert(offsetof(VertexLayout, semantic) == 0 && offsetof(VertexLayout, byteSize) == 4 &&
