@@ -48,8 +48,8 @@ struct Case<Given, void> : Row {
 
 /// Gives the name of a row of any table.
 constexpr struct {
-    template <class Case>
-    std::string operator()(const testing::TestParamInfo<Case>& row) const
+    template <class AnyRow>
+    std::string operator()(const testing::TestParamInfo<AnyRow>& row) const
     {
         return row.param.name;
     }
