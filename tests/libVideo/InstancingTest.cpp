@@ -175,11 +175,6 @@ private:
     Scene m_scene;
 };
 
-unsigned animationCount(const Camera& camera)
-{
-    return cameraAnimations(camera).size();
-}
-
 // --- cameras ---
 
 TEST(CameraInstancingTest, EntryRefersToItsNodeAndToThePooledCamera)
@@ -452,7 +447,7 @@ TEST(AnimationInstancingTest, NodeIsAskedBeforeACameraOfTheSameId)
                     "<node id='both'><translate sid='t'>0 0 0</translate>" + instanceCamera("both") + "</node>" + aim);
     ASSERT_EQ("both@both", document.cameraList());
     EXPECT_TRUE(document.node("both")->hasAnimation());
-    EXPECT_EQ(0u, animationCount(*document.pool().cameraList[0]));
+    EXPECT_EQ(0u, cameraAnimations(*document.pool().cameraList[0]).size());
     EXPECT_EQ("", document.lines());
 }
 
@@ -463,7 +458,7 @@ TEST(AnimationInstancingTest, NodeThatCannotUseAnAnimationKeepsItFromTheCamera)
                     node("both", instanceCamera("both")) + aim);
     ASSERT_EQ("both@both", document.cameraList());
     EXPECT_FALSE(document.node("both")->hasAnimation());
-    EXPECT_EQ(0u, animationCount(*document.pool().cameraList[0]));
+    EXPECT_EQ(0u, cameraAnimations(*document.pool().cameraList[0]).size());
     EXPECT_EQ("", document.lines());
 }
 
@@ -474,8 +469,8 @@ TEST(AnimationInstancingTest, CameraIsReachedThroughAnInstanceOnly)
                                                       curve("e", "aim/t", "1 3", "1 2 3  3 4 5")) +
                         library("library_cameras", camera("unused") + camera("placed")),
                     node("n", instanceCamera("placed")) + aim);
-    EXPECT_EQ(0u, animationCount(*document.pool().cameraList[0]));
-    ASSERT_EQ(1u, animationCount(*document.pool().cameraList[1]));
+    EXPECT_EQ(0u, cameraAnimations(*document.pool().cameraList[0]).size());
+    ASSERT_EQ(1u, cameraAnimations(*document.pool().cameraList[1]).size());
     EXPECT_EQ(2u, document.pool().animationList[0].useCount()) << "shared by pool and camera";
     EXPECT_EQ(1u, document.pool().animationList[1].useCount());
     EXPECT_TRUE(document.node("aim")->hasAnimation()) << "those behind go on";
@@ -488,7 +483,7 @@ TEST(AnimationInstancingTest, CameraOfSeveralInstancesTakesAnAnimationOnce)
                         library("library_cameras", camera("eye")),
                     node("a", instanceCamera("eye") + instanceCamera("eye")) + node("b", instanceCamera("eye")) + aim);
     ASSERT_EQ("eye@a eye@a eye@b", document.cameraList());
-    EXPECT_EQ(1u, animationCount(*document.pool().cameraList[0]));
+    EXPECT_EQ(1u, cameraAnimations(*document.pool().cameraList[0]).size());
     EXPECT_EQ(2u, document.pool().animationList[0].useCount());
     // All see it: at second 1 the angle is 60 degrees, of whose half the cotangent is √3.
     EXPECT_NEAR(1.7320508f, document.scene().cameraList()[2]->projection(1.0)[5], 1e-6f);
@@ -517,7 +512,7 @@ TEST(AnimationInstancingTest, TargetsAreFoundInTheirExactCase)
                             curve("c", "EYE/y", "1 3", "60 120") + curve("d", "AIM/t", "1 3", "1 2 3  3 4 5")) +
                         library("library_cameras", camera("eye")),
                     node("n", instanceCamera("eye")) + aim);
-    EXPECT_EQ(0u, animationCount(*document.pool().cameraList[0]));
+    EXPECT_EQ(0u, cameraAnimations(*document.pool().cameraList[0]).size());
     EXPECT_FALSE(document.node("aim")->hasAnimation());
     expectErrors("libVideo.visualScene", noTarget + "EYE\n" + noTarget + "AIM", document.log());
 }
@@ -530,8 +525,8 @@ TEST(AnimationInstancingTest, OnlyTheCameraThatAnInstanceIsBoundToCounts)
             library("library_cameras", camera("eye") + camera("Eye")),
         node("n", instanceCamera("Eye")) + aim);
     ASSERT_EQ("eye@n", document.cameraList());
-    EXPECT_EQ(1u, animationCount(*document.pool().cameraList[0]));
-    EXPECT_EQ(0u, animationCount(*document.pool().cameraList[1]));
+    EXPECT_EQ(1u, cameraAnimations(*document.pool().cameraList[0]).size());
+    EXPECT_EQ(0u, cameraAnimations(*document.pool().cameraList[1]).size());
     EXPECT_EQ(noTarget + "Eye", document.lines());
 }
 
@@ -579,7 +574,7 @@ TEST(AnimationInstancingTest, EmptyTargetGoesToANodeWithoutIdFirst)
 {
     HandMade stage({"a", ""});
     stage.attach();
-    EXPECT_EQ(0u, animationCount(*stage.pool.cameraList[0]));
+    EXPECT_EQ(0u, cameraAnimations(*stage.pool.cameraList[0]).size());
     EXPECT_EQ("", stage.log.text());
 }
 
@@ -587,7 +582,7 @@ TEST(AnimationInstancingTest, EmptyTargetGoesToACameraWithoutIdElse)
 {
     HandMade stage({"a"});
     stage.attach();
-    EXPECT_EQ(1u, animationCount(*stage.pool.cameraList[0]));
+    EXPECT_EQ(1u, cameraAnimations(*stage.pool.cameraList[0]).size());
     EXPECT_EQ("", stage.log.text());
 }
 
@@ -596,7 +591,7 @@ TEST(AnimationInstancingTest, EmptyTargetIsLoggedWithNothingBehindTheWordsElse)
     HandMade stage({"a"});
     visualCameraList(stage.scene).clear();
     stage.attach();
-    EXPECT_EQ(0u, animationCount(*stage.pool.cameraList[0]));
+    EXPECT_EQ(0u, cameraAnimations(*stage.pool.cameraList[0]).size());
     EXPECT_EQ(noTarget, stage.log.text());
 }
 
@@ -610,7 +605,7 @@ TEST(AnimationInstancingTest, FailedAnimationOfADocumentGoesToANodeWithoutIdElse
     Loaded without(library("library_animations", "<animation/>") + library("library_cameras", camera("eye")),
                    node("n", instanceCamera("eye")) + aim);
     EXPECT_EQ("Cannot create an animation without a channel element.\n" + noTarget, without.lines());
-    EXPECT_EQ(0u, animationCount(*without.pool().cameraList[0]));
+    EXPECT_EQ(0u, cameraAnimations(*without.pool().cameraList[0]).size());
 }
 
 // --- the pool ---
