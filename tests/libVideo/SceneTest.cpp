@@ -84,16 +84,6 @@ bool load(Scene& scene, const std::string& path)
     return scene.createFromCollada(path.c_str());
 }
 
-unsigned pooledAnimations(const Scene& scene)
-{
-    return scenePool(scene).animationList.size();
-}
-
-int openDocuments(Scene& scene)
-{
-    return sceneDae(scene).getDocCount();
-}
-
 // That nothing can be reached in the scene, and all can be asked.
 void expectNothingToShow(const Scene& scene);
 
@@ -202,7 +192,7 @@ TEST(SceneTest, NewSceneIsEmpty)
 {
     Scene scene;
     expectNothingToShow(scene);
-    EXPECT_EQ(0, openDocuments(scene));
+    EXPECT_EQ(0, sceneDae(scene).getDocCount());
     const SceneResources& pool = scenePool(scene);
     EXPECT_EQ(0u, pool.cameraList.size() + pool.pointLightList.size() + pool.spotLightList.size());
     EXPECT_EQ(0u, pool.animationList.size());
@@ -220,7 +210,7 @@ TEST(SceneTest, GoodDocumentLoads)
     EXPECT_TRUE(load(scene, file.path()));
     expectGood(scene);
     EXPECT_STREQ("Stage", visualSceneName(scene.visualScene()).data());
-    EXPECT_EQ(1, openDocuments(scene));
+    EXPECT_EQ(1, sceneDae(scene).getDocCount());
     EXPECT_EQ(0u, sceneReservedWord(scene));
     EXPECT_EQ(zero, elements(sceneUpTransform(scene)));
     EXPECT_EQ("", log.text());
@@ -334,8 +324,8 @@ TEST_P(SceneFailureTest, IsLoggedAndStaysWhereItGot)
         EXPECT_EQ(withPath(GetParam().words, m_file.path()), lines.back().words());
     }
     expectNothingToShow(scene);
-    EXPECT_EQ(GetParam().pooled, pooledAnimations(scene));
-    EXPECT_EQ(1, openDocuments(scene));
+    EXPECT_EQ(GetParam().pooled, scenePool(scene).animationList.size());
+    EXPECT_EQ(1, sceneDae(scene).getDocCount());
     scene.visualScene().transform();
 }
 
@@ -346,7 +336,7 @@ TEST_P(SceneFailureTest, MayTryAgain)
     Scene scene;
     EXPECT_FALSE(load(scene, m_file.path()));
     EXPECT_FALSE(load(scene, m_file.path()));
-    EXPECT_EQ(GetParam().pooled, pooledAnimations(scene)) << "the pool starts anew";
+    EXPECT_EQ(GetParam().pooled, scenePool(scene).animationList.size()) << "the pool starts anew";
     EXPECT_TRUE(load(scene, file.path()));
     expectGood(scene);
 }
@@ -397,7 +387,7 @@ TEST(SceneTest, SecondLoadIsRefusedAndChangesNothing)
         const LogCapture log;
         EXPECT_FALSE(load(scene, path));
         expectErrors("libVideo.scene", "Scene is already loaded", log);
-        EXPECT_EQ(1, openDocuments(scene));
+        EXPECT_EQ(1, sceneDae(scene).getDocCount());
         EXPECT_EQ(a, &firstNode(scene));
         EXPECT_EQ(curve, scenePool(scene).animationList[1].get());
         EXPECT_STREQ("Stage", visualSceneName(scene.visualScene()).data());
@@ -918,7 +908,7 @@ TEST(SceneTest, TwoScenesLiveSideBySide)
     ASSERT_TRUE(load(second, other.path()));
     expectGood(*first);
     EXPECT_EQ(translated(7, 8, 9), elements(firstNode(second).transform()));
-    EXPECT_EQ(0u, pooledAnimations(second));
+    EXPECT_EQ(0u, scenePool(second).animationList.size());
 
     first.reset();
     EXPECT_STREQ("x", firstNode(second).id().data());
@@ -988,7 +978,7 @@ void expectGood(Scene& scene)
     EXPECT_TRUE(a->hasAnimation());
     ASSERT_EQ(1u, a->children().size());
     EXPECT_STREQ("B", a->children()[0]->name().data());
-    EXPECT_EQ(2u, pooledAnimations(scene));
+    EXPECT_EQ(2u, scenePool(scene).animationList.size());
     EXPECT_EQ(&scenePool(scene), visualSceneResources(scene.visualScene()).get());
 }
 
@@ -1004,8 +994,8 @@ void expectRefused(const std::string& path)
     EXPECT_EQ("", output);
     EXPECT_EQ(Texts{"libVideo.scene: Collada file does not exist " + path}, log.messages()); // it may have a line feed
     expectNothingToShow(scene);
-    EXPECT_EQ(0u, pooledAnimations(scene));
-    EXPECT_EQ(0, openDocuments(scene));
+    EXPECT_EQ(0u, scenePool(scene).animationList.size());
+    EXPECT_EQ(0, sceneDae(scene).getDocCount());
 }
 
 } // namespace
