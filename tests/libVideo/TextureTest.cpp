@@ -92,11 +92,6 @@ public:
         return parts;
     }
 
-    static Parts withName(const std::string& name)
-    {
-        return withDiffuse("<texture texture='" + name + "' texcoord='uv'/>");
-    }
-
     static Parts withImages(const std::string& images, const std::string& initializers)
     {
         Parts parts;
@@ -337,7 +332,7 @@ TEST(TextureTest, NamesAreThoseOfTheGivenProfile)
 
 bool endsWithoutNewparam(const std::string& newparams, const std::string& name, const std::string& extra)
 {
-    Document::Parts parts = Document::withName(name);
+    Document::Parts parts = Document::withDiffuse(textureOf(name));
     parts.newparams = newparams;
     parts.ofProfile = "<extra><technique profile='other'>" + extra + "</technique></extra>";
     Document document(parts);
