@@ -1,8 +1,8 @@
 #include "GuideBlock.h"
 
 #include "support/Files.h"
-#include "support/Words.h"
 #include "support/Process.h"
+#include "support/Words.h"
 
 #include <algorithm>
 #include <filesystem>
