@@ -1,11 +1,11 @@
 #include "Census.h"
 
 #include "Document.h"
+#include "ElementRules.h"
 #include "Names.h"
 #include "Numbers.h"
 #include "PlainIds.h"
 #include "Transforms.h"
-#include "ValueElements.h"
 
 #include <cstring>
 

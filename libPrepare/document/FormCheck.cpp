@@ -1,7 +1,7 @@
 #include "FormCheck.h"
 
+#include "ElementRules.h"
 #include "Lines.h"
-#include "ValueElements.h"
 
 #include <libxml/parser.h>
 

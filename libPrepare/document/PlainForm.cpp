@@ -1,8 +1,8 @@
 #include "PlainForm.h"
 
 #include "ByteBlock.h"
+#include "ElementRules.h"
 #include "Numbers.h"
-#include "ValueElements.h"
 
 #include <array>
 #include <cstdint>

@@ -1,8 +1,8 @@
 #include "Passes.h"
 
+#include "../document/ElementRules.h"
 #include "../document/Numbers.h"
 #include "../document/Tree.h"
-#include "../document/ValueElements.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "ValueElements.h"
+#include "ElementRules.h"
 
 #include "Names.h"
 
