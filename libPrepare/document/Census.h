@@ -33,8 +33,8 @@ struct Census {
     /// these.
     bool hasOddTexts = false;
     bool areIdsPlain = true; ///< Whether references can hold all ids as they are.
-    /// Whether each `<node>` has a transform, none is one that nodes cannot have, and all turn about a main axis. May be
-    /// false although they do.
+    /// Each `<node>` has a transform, none of them is a `<lookat>` or a `<skew>`, and all rotations are about a main axis.
+    /// May be false although all this is so.
     bool areTransformsComplete = true;
     bool areReferencesPlain = true; ///< Whether all references that are URIs have the form `#id`, with a plain id.
 };

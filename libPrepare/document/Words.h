@@ -15,7 +15,7 @@ public:
         : m_end(list.data() + list.size()), m_block(list.data()), m_following(m_block), m_start(m_block)
     {}
 
-    /// Goes to the next word, which is the first one at first. @return false if there is none
+    /// Goes to the first word, and after that to the next one. @return false if there is none
     bool next()
     {
         const char* start = m_following;

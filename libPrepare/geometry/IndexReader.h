@@ -3,6 +3,7 @@
 #include <libPrepare/document/Words.h>
 
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 namespace libPrepare {
@@ -12,7 +13,7 @@ class IndexReader {
 public:
     explicit IndexReader(std::string_view list) : m_list(list.data()), m_words(list) {}
 
-    /// Goes to the next entry, which is the first one at first. @return false if there is none
+    /// Goes to the first entry, and after that to the next one. @return false if there is none
     bool next() { return m_words.next(); }
 
     /// -1 for what is no whole number from 0 below 2^31.
@@ -29,7 +30,7 @@ public:
     const char* end() const { return m_words.end(); }
 
 private:
-    // The value of up to eight digits, read at once; -1 if the entry is something else or is too close to the begin.
+    // The value of up to eight digits, read at once; -1 if the entry is something else or is too close to the start of the list.
     std::int32_t fewDigits() const
     {
 #if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__

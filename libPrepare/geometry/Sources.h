@@ -23,7 +23,7 @@ struct SourceLayout {
     bool isFinite = true;             ///< Every entry of the array is a finite number.
 
     std::size_t width() const { return columns.size(); }
-    /// Whether the records are all that the array holds, or its begin.
+    /// Whether the records are all that the array holds, or the first of them.
     bool isDense() const { return offset == 0 && width() == stride; }
 };
 
@@ -82,8 +82,8 @@ std::vector<Input> inputsOf(pugi::xml_node element);
 std::size_t strideOf(const std::vector<Input>& inputs);
 /// The first input with a semantic; null if there is none.
 const Input* firstInput(const std::vector<Input>& inputs, std::string_view semantic);
-/// As `Document::resolve`, but looks among the first children of an element before: the references in a mesh mostly lead
-/// to its own children.
+/// As `Document::resolve`, but first looks among the first children of an element: most references in a mesh lead to its
+/// own children.
 pugi::xml_node resolveNear(Document& document, std::string_view reference, std::initializer_list<const char*> kinds,
                            pugi::xml_node parent);
 /// The positions that a primitive's corners name; null if there are none.

@@ -7,7 +7,6 @@
 #include "../document/Tree.h"
 
 #include <algorithm>
-#include <cstring>
 #include <unordered_map>
 
 namespace libPrepare {

@@ -5,8 +5,6 @@
 #include "../document/Tree.h"
 
 #include <algorithm>
-#include <cstring>
-#include <initializer_list>
 #include <vector>
 
 namespace libPrepare {
