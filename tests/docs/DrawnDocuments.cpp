@@ -9,7 +9,7 @@ using testSupport::ColladaBuilder;
 
 namespace {
 
-// A triangle that faces +z, of the size 1, its lower left corner at its origin.
+// A triangle of size 1 that faces +z, with its lower left corner at the origin.
 std::string corner(const std::string& name)
 {
     return "<geometry id='" + name + "'><mesh><source id='" + name + "-s'><float_array id='" + name +

@@ -6,14 +6,14 @@
 
 namespace docsTests {
 
-/// A fenced block of a guide, and the comment right above it, which says where the block comes from:
+/// A fenced block of a guide, and the comment directly above it, which says where the block comes from:
 ///
 ///     <!-- code: docs/snippets/frame.cpp load -->     the region between "// [load]" and "// [/load]"
 ///     <!-- output: frameSnippet docs/snippets/crane.dae -->
 struct GuideBlock {
     std::string place; ///< file and line
     std::string language;
-    std::string origin; ///< what the comment says; empty without one
+    std::string origin; ///< text of the comment; empty without one
     std::string text;
 };
 

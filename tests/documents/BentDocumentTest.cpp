@@ -16,15 +16,15 @@
 #include <string>
 #include <vector>
 
-// Documents of which one thing is changed: each attribute, number, reference and element in turn.
+// Documents with one thing changed: each attribute, number, reference and element in turn.
 
 namespace {
 
 using documents::StoredDocument;
 using namespace testSupport;
 
-// Of a document as many variants as keep the tests short: bytes to load in all, and the fewest of large ones. With
-// LIBVIDEO_EVERY_CHANGE in the environment all of them are loaded, whatever time that takes.
+// Limits the variants of a document to keep the tests short: the total bytes to load, and the minimum number for large
+// documents. With LIBVIDEO_EVERY_CHANGE in the environment, all variants are loaded, however long that takes.
 #ifdef __SANITIZE_ADDRESS__
 constexpr std::size_t slowness = 4;
 #else
@@ -75,7 +75,7 @@ TEST_P(BentDocumentTest, EachVariantLoadsOrIsRefusedWithALine)
 
 INSTANTIATE_TEST_SUITE_P(Documents, BentDocumentTest, testing::ValuesIn(documents::allDocuments()), rowName);
 
-// Several changes at a time, by chance but the same in each run.
+// Several changes at a time, at random but the same in each run.
 TEST(BentDocumentTest, ManyChangesAtOnceLoadOrAreRefusedWithALine)
 {
     const std::vector<StoredDocument> originals = documents::ownDocuments();

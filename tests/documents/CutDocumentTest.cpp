@@ -14,14 +14,14 @@
 #include <string>
 #include <vector>
 
-// Documents that end before their end.
+// Documents that are cut off.
 
 namespace {
 
 using documents::StoredDocument;
 using namespace testSupport;
 
-// Where a document is cut: after each number of bytes, or evenly spread and close together at its end.
+// Where a document is cut: after every byte, or at evenly spread places that are closer together near its end.
 std::vector<std::size_t> placesOf(std::size_t size);
 
 bool isUtf16(const std::string& text)
@@ -34,7 +34,7 @@ bool isCompressed(const std::string& text)
     return text.compare(0, 2, "\x1F\x8B") == 0;
 }
 
-// Whether so many bytes hold the root to its last one, and no half of a character after it.
+// Whether the first bytes hold the whole root element, and no partial character after it.
 bool isWhole(const std::string& text, std::size_t size)
 {
     const std::size_t letter = isUtf16(text) ? 2 : 1;
@@ -50,7 +50,7 @@ TEST_P(CutDocumentTest, IsRefusedWithALineUnlessTheRootIsWhole)
     CrashReport report(60);
     libVideo::Scene wholeScene;
     const LoadOutcome expected = loadAndWalk(wholeScene, folder.write(whole));
-    auto scene = std::make_unique<libVideo::Scene>(); // one that was refused may try again
+    auto scene = std::make_unique<libVideo::Scene>(); // a scene may load again after a refusal
     for (const std::size_t place : placesOf(whole.size())) {
         const std::string path = folder.write(whole.substr(0, place));
         report.begin("the first " + std::to_string(place) + " bytes of " + GetParam().path + ", see " + path);

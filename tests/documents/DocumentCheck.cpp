@@ -26,7 +26,7 @@ namespace {
 using Json = nlohmann::json;
 using Outcome = PlainDocument::Outcome;
 
-// Infinite where the float nearest to it is.
+// Infinite if the nearest float is.
 double asFloatRange(double number)
 {
     constexpr double largest = std::numeric_limits<float>::max();
@@ -44,7 +44,7 @@ bool isNear(double actual, double expected, double magnitude)
     if (std::isinf(inRange) || std::isinf(actual)) {
         return actual == inRange;
     }
-    // Below the smallest normal float digits get lost.
+    // Floats below the smallest normal one lose digits.
     return std::fabs(actual - expected) <= tolerance * magnitude + std::numeric_limits<float>::min();
 }
 
@@ -76,7 +76,7 @@ std::string textOf(const vesk::String& text)
     return std::string(text.data(), text.size());
 }
 
-// The nodes, breadth first, each with the place of its parent; the root is at no place.
+// The nodes, breadth first, each with the index of its parent. The root has no index.
 struct Walk {
     std::vector<const libVideo::Node*> nodes;
     std::map<const libVideo::Node*, std::size_t> places;
@@ -132,7 +132,7 @@ void expectTree(libVideo::VisualScene& scene, const PlainDocument& expected)
 
 // --- geometries
 
-// What the library or a dump shows of a primitive.
+// A primitive as the library or a dump shows it.
 struct ShownPrimitive {
     std::uint32_t type = 0;
     std::string id;
@@ -194,7 +194,7 @@ std::map<std::string, ShownGeometry> shown(const libVideo::GeometryTable& table,
     return all;
 }
 
-// Empty, with a failure, for what is no whole text of that kind.
+// Empty, and a test failure, if the text is not of that kind.
 std::string bytesOfBase64(const std::string& text)
 {
     static const std::string digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -336,7 +336,7 @@ std::map<std::string, PlainMaterial> shown(const libVideo::BlinnMaterialTable& t
     return all;
 }
 
-// Printed so that a reader gets the very float, which passes through `double` here.
+// Printed so that a reader gets exactly this float, which passes through `double` here.
 float floatOf(const Json& value)
 {
     return static_cast<float>(numberOf(value));
@@ -407,7 +407,7 @@ void expectMaterials(const std::map<std::string, PlainMaterial>& actual, const P
 
 using Line = std::pair<std::string, std::string>;
 
-// Whether it is about geometries or materials.
+// Whether the message is about geometries or materials.
 bool isOfTheirs(const std::string& channel, const std::string& words)
 {
     static const std::set<std::string> channels = {"libVideo.geometry", "libVideo.primitive", "libVideo.input",
@@ -418,7 +418,7 @@ bool isOfTheirs(const std::string& channel, const std::string& words)
             (words == "Not a geometry element" || words == "Unable to initialize geometry instance"));
 }
 
-// The same lines, each as often.
+// Expects the same messages, each the same number of times.
 void expectTheirLines(const std::vector<Line>& actual, const PlainDocument& expected)
 {
     std::multiset<Line> astray;
@@ -440,7 +440,7 @@ void expectTheirLines(const std::vector<Line>& actual, const PlainDocument& expe
     }
 }
 
-// One line for each animation that finds neither a node nor a camera.
+// One message for each animation that finds neither a node nor a camera.
 void expectLines(const testSupport::LogCapture& log, const PlainDocument& expected)
 {
     const std::string missed = "Unable to find the animation's target node with id: ";
@@ -530,7 +530,7 @@ void expectDumpAsRead(const Json& dump, const PlainDocument& expected)
     expectMaterials(shownMaterials(dump.at("materials")), expected);
     std::vector<Line> lines;
     for (const Json& line : dump.at("log")) {
-        const std::string text = line.at("text"); // behind a number and a blank
+        const std::string text = line.at("text"); // after a number and a blank
         lines.emplace_back(line.at("channel"), text.substr(text.find(' ') + 1));
     }
     expectTheirLines(lines, expected);
@@ -563,7 +563,7 @@ void expectFoldedDumpAsRead(const Json& dump, const PlainDocument& expected)
     expectMaterials(shownMaterials(dump.at("materials")), expected);
     const Json& nodes = dump.at("nodes");
     ASSERT_EQ(nodes.size(), expected.nodes.size());
-    const bool isFolded = dump.at("error").is_null(); // an evaluation that throws ends before the folding
+    const bool isFolded = dump.at("error").is_null(); // nodes are not folded if an evaluation throws
     const std::vector<PlainMatrix> world = expected.worldMatrices();
     for (std::size_t i = 0; i < nodes.size(); ++i) {
         const PlainNode& plain = expected.nodes[i];

@@ -23,24 +23,24 @@
 #endif
 #endif
 #ifdef __SANITIZE_ADDRESS__
-extern "C" void __lsan_disable(); // their header does not come with every compiler
+extern "C" void __lsan_disable(); // not every compiler has the header
 extern "C" void __lsan_enable();
 #endif
 
-// What a load does after the opening of its document, with one request for memory that fails: each in turn.
+// Loads an open document while one memory request fails: each request in turn.
 
 namespace {
 
 using documents::StoredDocument;
 using namespace testSupport;
 
-constexpr long mostFailures = 1500; // of one document; evenly spread if it asks more often
+constexpr long mostFailures = 1500; // per document; evenly spread if there are more requests
 constexpr long mostWholeFailures = 60;
 
 class FailingLoadTest : public testing::TestWithParam<StoredDocument> {
 protected:
     void SetUp() override;
-    // Requests of one load. @return whether one failed
+    // Loads once. @return whether a request failed
     bool loadWithFailure(long successes, long& requests);
 
 private:
@@ -87,8 +87,8 @@ struct Loaded {
     }
 };
 
-// Finds elements of the open document alone, without a word of its own: that of the document model writes messages, and a
-// stream swallows what it cannot have.
+// Resolves references within the open document, without messages. The document model's own resolver prints messages
+// through a stream, which hides failed requests.
 class LocalResolver : public daeURIResolver {
 public:
     explicit LocalResolver(DAE& owner) : daeURIResolver(owner) {}
@@ -127,14 +127,14 @@ bool FailingLoadTest::loadWithFailure(long successes, long& requests)
     } catch (const std::bad_alloc&) {
         hasThrown = true;
     } catch (const vesk::Exception&) {
-        hasThrown = allocator.hasFailed(); // the document's own, which needs no memory
+        hasThrown = allocator.hasFailed(); // an exception caused by the document, which needs no memory
     }
     requests = allocator.requests();
     EXPECT_EQ(hasThrown, allocator.hasFailed()) << "request " << successes;
     return allocator.hasFailed();
 }
 
-// While it lives, what is allocated may leak.
+// While an object exists, allocations may leak.
 class LeaksAllowed {
 public:
 #ifdef __SANITIZE_ADDRESS__
@@ -154,8 +154,8 @@ public:
     LeaksAllowed& operator=(const LeaksAllowed&) = delete;
 };
 
-// The opening as well. The document model leaks when it runs out of memory, and takes what it
-// cannot have for a document that it cannot read.
+// Includes the opening. The document model leaks when it runs out of memory, and then reports that the document cannot
+// be read.
 TEST_P(FailingLoadTest, AWholeLoadWithAFailureThrowsOrIsRefused)
 {
     const LeaksAllowed leaks;
@@ -174,7 +174,7 @@ TEST_P(FailingLoadTest, AWholeLoadWithAFailureThrowsOrIsRefused)
         }
         requests = allocator.requests();
     };
-    loadWhole(-1); // makes the loggers
+    loadWhole(-1); // creates the loggers
     loadWhole(-1);
     const long all = requests;
     ASSERT_GT(all, 100) << "the opening alone";

@@ -14,7 +14,7 @@
 #include <functional>
 #include <string>
 
-// Documents made to bring a reader down: each file is named after what it holds.
+// Documents made to crash a reader. Each file is named after its content.
 
 namespace {
 

@@ -67,10 +67,10 @@ TEST_F(LighthouseTest, TreeIsThatOfTheDocument)
     }
 }
 
-// Some products of numbers of the size of 60, in float.
+// Tolerance for some products of numbers around 60 in float.
 constexpr double tolerance = 1e-5;
 
-constexpr double cos10 = 0.984807753012208; // of 10 degrees, by which the buoy leans
+constexpr double cos10 = 0.984807753012208; // the buoy leans by 10 degrees
 constexpr double sin10 = 0.173648177666930;
 constexpr double cos30 = 0.866025403784439;
 constexpr double sin30 = 0.5;
@@ -86,13 +86,13 @@ Rows scaledAt(double sx, double sy, double sz, double x, double y, double z)
     return {sx, 0, 0, x, 0, sy, 0, y, 0, 0, sz, z, 0, 0, 0, 1};
 }
 
-// Turned about Y by an angle of that cosine and sine, at a height.
+// A rotation about Y, given by cosine and sine, and a height.
 Rows turnedAt(double cosine, double sine, double y)
 {
     return {cosine, 0, sine, 0, 0, 1, 0, y, -sine, 0, cosine, 0, 0, 0, 0, 1};
 }
 
-// The buoy leans about Z wherever it is.
+// The buoy always leans about Z.
 Rows buoyAt(double x, double y, double z)
 {
     return {cos10, -sin10, 0, x, sin10, cos10, 0, y, 0, 0, 1, z, 0, 0, 0, 1};
@@ -112,7 +112,7 @@ void expectRows(const libMath::Matrix<float, 4, 4>& actual, const Rows& expected
     }
 }
 
-// The viewer looks along -Z from 14, 9, 32 to a point 7.5 below and straight to the middle.
+// The viewer at 14, 9, 32 looks along its -Z at the axis of the tower, 7.5 below.
 Rows viewerRows()
 {
     const double flat = std::hypot(14.0, 32.0);
@@ -124,7 +124,7 @@ Rows viewerRows()
     return {cosine, -sine * down, sine * up, 14, 0, up, down, 9, -sine, -cosine * down, cosine * up, 32, 0, 0, 0, 1};
 }
 
-// The tower is on the rock, half a unit below zero, the gallery nine units above its foot.
+// The tower is on the rock, half a unit below zero. The gallery is nine units above its foot.
 const std::vector<Expected>& harbour()
 {
     static const std::vector<Expected> nodes = {
@@ -223,7 +223,7 @@ TEST_F(LighthouseTest, AnimationsAreAsLongAsTheirLastKey)
     EXPECT_EQ(0.0, node("rock").animationLength());
 }
 
-// By 45 degrees in a second, from second 0.5 on; again from the start after second 8.5.
+// It turns by 45 degrees a second from second 0.5 on, and starts again after second 8.5.
 TEST_F(LighthouseTest, LampTurnsSteadily)
 {
     Node& lamp = node("lamp");
@@ -283,7 +283,7 @@ TEST_F(LighthouseTest, NodeWithoutAnimationStaysAtEveryTime)
 
 TEST_F(LighthouseTest, WorldAtATimeIsThatOfTheTurnedLamp)
 {
-    evaluateAll(2.5); // the lamp by 90 degrees, the flag on its first key of the second round
+    evaluateAll(2.5); // the lamp has turned by 90 degrees; the flag is at the first key of its second round
     scene().transform();
     expectRows(node("lamp").transform(), turnedAt(0, 1, 10.5), "lamp");
     expectRows(node("beam-node").transform(), turnedAt(0, 1, 11.5), "beam");
@@ -308,7 +308,7 @@ TEST_F(LighthouseTest, FoldingTwiceCountsTheAncestorsTwice)
     scene().transform();
     scene().transform();
     expectRows(node("rock").transform(), moved(0, -0.5, 0), "right below the root");
-    // The rock's -0.5 and the tower's own 1.5 make 1, and the rock once more 0.5.
+    // The rock's -0.5 and the tower's own 1.5 make 1; the rock again makes it 0.5.
     expectRows(node("tower").transform(), moved(0, 0.5, 0), "tower");
 }
 
@@ -318,7 +318,7 @@ using Indices = std::vector<unsigned>;
 
 struct Block {
     const char* id;
-    const char* material; ///< which the triangles are named after as well
+    const char* material; ///< also the name of the triangles
     const char* node;     ///< the one that shows it
 };
 
@@ -362,7 +362,7 @@ TEST_F(LighthouseTest, GeometriesStandOnTheirNodes)
         ASSERT_EQ(1u, geometry->nodes().size()) << block.id;
         EXPECT_EQ(geometry->nodes()[0].get(), &node(block.node)) << block.id;
     }
-    // Up to their first blank.
+    // Names are cut at the first blank.
     EXPECT_STREQ("Stone", valueOf(scene().geometryTable(), "block-stone")->name().data());
     EXPECT_STREQ("Glass", valueOf(scene().geometryTable(), "block-glass")->name().data());
 }
@@ -417,7 +417,7 @@ TEST_F(LighthouseTest, SidesShareTheTwoCornersOfTheirDiagonal)
 }
 
 // Corners of positions 0 1 3 2 on the side to -X, 5 4 6 7 on that to +X, 0 4 5 1 below, 3 7 6 2 on top, 4 0 2 6 on the
-// side to -Z and 1 5 7 3 on that to +Z, by the order of their first use.
+// side to -Z and 1 5 7 3 on that to +Z, in order of first use.
 TEST_F(LighthouseTest, VerticesStandInTheOrderOfTheirFirstUse)
 {
     const std::array<std::array<float, 3>, 8> positions = {{{-0.5f, 0, -0.5f},
@@ -459,7 +459,7 @@ TEST_F(LighthouseTest, CornerGivesItsVertex)
     EXPECT_FALSE(triangles.vertex(36, bytes));
 }
 
-// What a vertex of the rounded bodies holds: position, normal and, where there is a texture, its place there.
+// A vertex of a rounded body: position, normal and, if there is a texture, its coordinates.
 std::vector<float> vertexAt(libVideo::Primitive& triangles, std::size_t index)
 {
     std::vector<float> values(triangles.bytesPerVertex() / sizeof(float));
@@ -476,7 +476,7 @@ void expectUnitNormals(libVideo::Primitive& triangles, const std::string& what)
     }
 }
 
-// Sixteen sides of two triangles; the seam has its two corners twice, since the texture starts and ends there.
+// Sixteen sides of two triangles; the seam has its two corners twice, because the texture starts and ends there.
 TEST_F(LighthouseTest, TowerTapersAndWearsItsTextureOnceAround)
 {
     libVideo::Primitive& tower = trianglesOf(scene(), "tower-body");
@@ -495,7 +495,8 @@ TEST_F(LighthouseTest, TowerTapersAndWearsItsTextureOnceAround)
     }
 }
 
-// Rings of twelve at six heights, of which the first and the last are points: fans of 12 at the ends, 24 between.
+// Rings of twelve vertices at six heights. The first and the last ring are points, so there are fans of 12 triangles at
+// the ends and 24 triangles between two rings.
 TEST_F(LighthouseTest, BuoyHasAHullAndAMast)
 {
     const auto& primitives = valueOf(scene().geometryTable(), "buoy-body")->mesh().primitives();
@@ -523,7 +524,7 @@ TEST_F(LighthouseTest, FlagIsAClothOnAPole)
     expectUnitNormals(*primitives[1], "pole");
 }
 
-// A fan of 32 triangles around the middle, with its picture 500 times from there to the rim.
+// A fan of 32 triangles around the middle. The texture repeats 500 times from there to the rim.
 TEST_F(LighthouseTest, SeaIsADiscToTheHorizon)
 {
     libVideo::Primitive& sea = trianglesOf(scene(), "sea-water");
@@ -552,9 +553,9 @@ TEST_F(LighthouseTest, RockIsRough)
     expectUnitNormals(rock, "rock");
 }
 
-// The walk has three bands of 24 sides, the last of which closes in a point. Of iron are twelve posts and twelve mullions
-// of four sides, a rail of four bands, a sill of two and a roof of six, which closes in a point as well. The panes are
-// twelve sides.
+// The walk has three bands of 24 sides, the last of which closes in a point. The iron parts are twelve posts and twelve
+// mullions with four sides each, a rail of four bands, a sill of two, and a roof of six, which closes in a point as
+// well. The panes have twelve sides.
 TEST_F(LighthouseTest, GalleryHasAWalkIronAndPanes)
 {
     const auto& primitives = valueOf(scene().geometryTable(), "gallery-body")->mesh().primitives();
@@ -627,7 +628,8 @@ TEST_F(LighthouseTest, TowerFlagAndSeaHaveTexturesBesideTheDocument)
 
 // --- camera and lights
 
-// From 14, 9, 32 the foot of the tower lies at 0, 1.5, 0 below the rock: the view takes nodes without their parents.
+// The camera at 14, 9, 32 looks at the tower's foot at 0, 1.5, 0: the view ignores the parents of the nodes, here the
+// rock.
 TEST_F(LighthouseTest, CameraLooksAtTheTower)
 {
     ASSERT_EQ(1u, scene().cameraList().size());

@@ -23,7 +23,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-// All messages of the library in one table, each with what causes it; and whether the table has them all.
+// All messages of the library in one table, each with its cause, and a check that the table is complete.
 
 namespace {
 
@@ -31,7 +31,7 @@ using libVideo::Scene;
 using libVideo::VisualScene;
 using namespace testSupport;
 
-/// What came of a load or a call, as text, and the document if there was one.
+/// The outcome of a load or a call as text, and the document if there is one.
 struct Outcome {
     std::string result;
     std::string path;
@@ -39,18 +39,18 @@ struct Outcome {
 
 struct Message : Row {
     const char* channel;               ///< without "libVideo."
-    const char* pattern;               ///< the words, with "{}" for each value
+    const char* pattern;               ///< the text, with "{}" for each value
     std::vector<std::string> values;   ///< "$FILE" stands for the path of the document
-    std::function<Outcome()> cause;    ///< none if nothing leads there
-    const char* result;                ///< of the cause; without one, why there is none
-    std::vector<std::string> others{}; ///< the words of further lines, in order
+    std::function<Outcome()> cause;    ///< empty if nothing can cause it
+    const char* result;                ///< result of the cause, or the reason why there is none
+    std::vector<std::string> others{}; ///< texts of further messages, in order
 };
 
 const std::vector<Message>& messages();
-/// Those that something leads to.
+/// The messages that something can cause.
 std::vector<Message> reachable();
 std::string channelOf(const Message& row);
-/// The pattern with the values in their places.
+/// The pattern with its values filled in.
 std::string wordsOf(const Message& row, const std::string& path);
 
 class MessagesTest : public testing::TestWithParam<Message> {};
@@ -109,7 +109,7 @@ std::function<Outcome()> document(const std::string& libraries, const std::strin
     return [=] { return loadText(ColladaBuilder(libraries).addScene(nodes).text(), describe); };
 }
 
-/// A document of which the `<scene>` is the row's.
+/// A document with the `<scene>` of the row.
 std::function<Outcome()> sceneOf(const std::string& scene)
 {
     return [=] {
@@ -133,7 +133,7 @@ std::string instancesOf(VisualScene& scene)
 
 // --- documents of animations ---
 
-// A node without id takes the animation that failed, so that no line says that it finds none.
+// A node without id takes the animation that failed, so that no message says that it finds no node.
 const std::string bareNode = "<node/>";
 
 std::string array(const std::string& kind, const std::string& id, unsigned count, const std::string& values)
@@ -176,7 +176,7 @@ std::string camera(const std::string& optics)
     return "<camera id='bad' name='Eye'>" + optics + "</camera>";
 }
 
-/// What the camera loader gives for an element, on an object that loaded before.
+/// The result of the camera loader for an element, on a camera that has loaded before.
 std::function<Outcome()> loadCamera(const std::string& element)
 {
     return host([=] {
@@ -191,7 +191,7 @@ std::function<Outcome()> loadCamera(const std::string& element)
     });
 }
 
-/// The result of a list builder for no document, and how many entries a filled list keeps.
+/// The result of a list builder without a document, and how many entries a filled list keeps.
 template <class Handle, class Build>
 std::string withoutDocument(const Build& build)
 {
@@ -274,7 +274,7 @@ std::function<Outcome()> meshOf(const std::string& content)
     return document(meshXml(content), shownNode, primitives);
 }
 
-/// What making a source by reference gives.
+/// The result of making a source by reference.
 std::function<Outcome()> makeSource(const std::string& content, const std::string& reference = "#s")
 {
     return host([=] {
@@ -332,7 +332,7 @@ std::function<Outcome()> materialOf(const std::string& newparams, const std::str
 
 const char* const tooMuch = "Asks for more memory than the size of the document allows";
 
-// Two of these curves of a million keys that nothing backs fit into any load.
+// Any load has room for two of these curves, whose million keys are not in the document.
 std::string unbackedCurves(unsigned count)
 {
     const std::string curve = "<animation><source id='INPUT'><technique_common><accessor count='1048576'/>"
@@ -341,7 +341,7 @@ std::string unbackedCurves(unsigned count)
     return "<library_animations>" + repeated(curve, count) + "</library_animations>";
 }
 
-// Each input takes 1,000 numbers more of the same array than the one before.
+// Each input reads 1,000 numbers more of the same array than the previous one.
 std::string curveOfManyOutputs(unsigned count)
 {
     std::string sources = "<source id='all'>" +
@@ -361,7 +361,7 @@ std::string sourceOfManyParams(const std::string& param, unsigned count)
     return source(place + accessor("source='#s-array' count='1' stride='3'", repeated(param, count)));
 }
 
-// Vertices of 4,000 bytes, each of another tuple.
+// Vertices of 4,000 bytes, each with its own tuple.
 std::string heavyTriangles()
 {
     std::string indices;
@@ -373,7 +373,7 @@ std::string heavyTriangles()
                      26'666);
 }
 
-// A million points of 64 bytes that nothing backs. One of these clouds fits into any load.
+// A million points of 64 bytes that are not in the document. Any load has room for one such cloud.
 std::string unbackedCloud(const std::string& id)
 {
     const std::string claims =
@@ -382,8 +382,8 @@ std::string unbackedCloud(const std::string& id)
            "-v'><input semantic='POSITION' source='#s'/></vertices></mesh></geometry>";
 }
 
-/// The document that grows by one piece after the other until the last of them goes beyond what a load may take.
-/// @param bytesEach what a piece takes
+/// A document with as many pieces as needed for the last one to exceed the budget of a load.
+/// @param bytesEach bytes per piece
 std::string justTooMuch(std::uint64_t bytesEach, const std::function<std::string(unsigned)>& textOf)
 {
     for (unsigned pieces = 1;; ++pieces) {
@@ -395,7 +395,7 @@ std::string justTooMuch(std::uint64_t bytesEach, const std::function<std::string
     }
 }
 
-// The sources have no accessor, so that they take nothing else.
+// The sources have no accessor, so they take no other memory.
 std::string verticesAskedForOften()
 {
     constexpr unsigned inputs = 2'000;
@@ -409,7 +409,7 @@ std::string verticesAskedForOften()
     });
 }
 
-// The params have no names, so that they are read and make no components.
+// The params have no names, so they are read but make no components.
 std::string sourceAskedForOften()
 {
     const std::string heavy = sourceOfManyParams("<param type='float'/>", 20'000);
@@ -420,7 +420,7 @@ std::string sourceAskedForOften()
     });
 }
 
-// Textures of one image, whose name has a million letters.
+// Textures of one image, whose name has a million characters.
 std::string imageShownOften()
 {
     constexpr unsigned nameLength = 1'048'576;
@@ -850,17 +850,17 @@ std::vector<Message> reachable()
 
 // --- whether the table is complete ---
 
-/// A log statement of a source file.
+/// A log statement in a source file.
 struct Statement {
     std::string file;
     unsigned line;
     std::string channel;
-    std::string pattern; ///< its literals, with "{}" for each other piece
+    std::string pattern; ///< its literals, with "{}" for everything else
 
     std::string place() const { return file + ":" + std::to_string(line) + ": " + pattern; }
 };
 
-// Comments and preprocessor lines become blanks, of the same length.
+// Replaces comments and preprocessor lines by blanks of the same length.
 std::string withoutComments(std::string text)
 {
     std::size_t start = 0;
@@ -868,7 +868,7 @@ std::string withoutComments(std::string text)
         std::size_t end = std::min(text.find('\n', start), text.size());
         const std::size_t first = text.find_first_not_of(" \t", start);
         if (first < end && (text[first] == '#' || text.compare(first, 2, "//") == 0)) {
-            while (end < text.size() && text[end - 1] == '\\') { // a macro goes on
+            while (end < text.size() && text[end - 1] == '\\') { // a macro continues
                 end = std::min(text.find('\n', end + 1), text.size());
             }
             std::replace_if(
@@ -880,7 +880,7 @@ std::string withoutComments(std::string text)
     return text;
 }
 
-// The text of the literal whose first quote is at `at`, which moves past its last one.
+// The text of the literal that starts at `at`, which moves past its closing quote.
 std::string literal(const std::string& text, std::size_t& at)
 {
     std::string value;
@@ -894,7 +894,7 @@ std::string literal(const std::string& text, std::size_t& at)
     return value;
 }
 
-/// The texts that sources name once, by their names without scopes.
+/// The string constants of the sources, by name without scope.
 using Constants = std::map<std::string, std::string>;
 
 void addConstants(const std::string& text, Constants& constants)
@@ -905,7 +905,7 @@ void addConstants(const std::string& text, Constants& constants)
     }
 }
 
-// What a piece that is no literal shows in a pattern: the text of a constant, and "{}" for all else.
+// A piece of a statement in a pattern: the text of a constant, and "{}" for anything else that is no literal.
 std::string valueOf(const std::string& piece, const Constants& constants)
 {
     const std::size_t scope = piece.rfind("::");
@@ -913,7 +913,7 @@ std::string valueOf(const std::string& piece, const Constants& constants)
     return found == constants.end() ? "{}" : found->second;
 }
 
-// The pieces of a statement, whose first one starts at `at`.
+// The pieces of a statement that starts at `at`.
 std::string patternAt(const std::string& text, std::size_t at, const Constants& constants)
 {
     std::string pattern;
@@ -1014,7 +1014,7 @@ TEST(MessageTableTest, EveryRowHasAStatementInTheSources)
 
 TEST(MessageTableTest, EveryStatementIsReachedButThoseThatAreMarked)
 {
-    // The number in front of a line is that of its statement, which tells apart those of the same words.
+    // The number in front of a message is the line of its statement, which distinguishes equal texts.
     std::set<std::pair<std::string, std::string>> reached;
     {
         const LogCapture log;
@@ -1036,7 +1036,7 @@ TEST(MessageTableTest, EveryStatementIsReachedButThoseThatAreMarked)
 
 // --- whether the list of the reference is the table ---
 
-/// A line as the reference lists it: "channel: words", the words with "{}" for each value, and whether it is reached.
+/// A message as the reference lists it: "channel: text" with "{}" for each value, and whether it can be caused.
 using ListedLines = std::map<std::string, bool>;
 
 std::string keyOf(const std::string& channel, const std::string& pattern)
@@ -1047,7 +1047,7 @@ std::string keyOf(const std::string& channel, const std::string& pattern)
 ListedLines listedLines()
 {
     const nlohmann::json list = nlohmann::json::parse(testSupport::contentOf(MESSAGES_LIST));
-    const std::regex value("\\{[a-z]+\\}"); // the reference names what is filled in
+    const std::regex value("\\{[a-z]+\\}"); // the reference names the values
     ListedLines lines;
     for (const nlohmann::json& entry : list.at("messages")) {
         const std::string words = std::regex_replace(entry.at("words").get<std::string>(), value, "{}");
@@ -1085,7 +1085,7 @@ TEST(MessageTableTest, TheReferenceSaysWhichLinesADocumentReaches)
 
 TEST(MessageTableTest, NothingIsLoggedPastTheStatement)
 {
-    // Else the table could be short of a message without a word of it.
+    // Otherwise the table could lack a message unnoticed.
     for (const auto& entry :
          std::filesystem::recursive_directory_iterator(std::filesystem::path(LIBVIDEO_SOURCE_DIR) / "SceneGraph")) {
         if (entry.path().filename() == "Log.h" || !entry.is_regular_file()) {

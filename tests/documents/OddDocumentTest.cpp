@@ -42,7 +42,7 @@ INSTANTIATE_TEST_SUITE_P(Geometries, OddDocumentTest, testing::ValuesIn(oddGeome
 INSTANTIATE_TEST_SUITE_P(Instances, OddDocumentTest, testing::ValuesIn(oddInstances()), rowName);
 INSTANTIATE_TEST_SUITE_P(Materials, OddDocumentTest, testing::ValuesIn(oddMaterials()), rowName);
 
-// An animation with one input, of two records.
+// An animation with one input with two records.
 std::string animation(const std::string& id, const std::string& target, const std::string& accessor = "count='2'",
                       const std::string& semantic = "INPUT", const std::string& array = "float_array")
 {
@@ -85,7 +85,7 @@ std::string params(const std::string& names)
     return result;
 }
 
-// A source with an accessor of those attributes, next to "count".
+// A source whose accessor has these attributes besides "count".
 std::string source(const std::string& id, const std::string& numbers, const std::string& accessor,
                    const std::string& paramXml)
 {
@@ -94,7 +94,7 @@ std::string source(const std::string& id, const std::string& numbers, const std:
            "</accessor></technique_common></source>";
 }
 
-// Three points, as "places"; three directions, as "ways"; three pairs, as "pairs"; and single numbers, as "bare".
+// Three points, as "places"; three directions, as "ways"; three pairs, as "pairs"; and single numbers, "bare".
 std::string sources()
 {
     return source("places", "1 2 3 4 5 6 7 8 9", "count='3' stride='3'", params("XYZ")) +
@@ -111,7 +111,7 @@ std::string input(const std::string& semantic, const std::string& id, int offset
 
 const char* const oneNode = "<node id='n'><instance_geometry url='#g'/></node>";
 
-// The sources, those vertices "v", and what else the mesh of the geometry "g" has.
+// A mesh of geometry "g" with the sources, the given vertices "v", and the given content.
 std::string withMesh(const std::string& vertices, const std::string& others, const std::string& nodes = oneNode,
                      const std::string& moreSources = std::string())
 {
@@ -132,7 +132,7 @@ std::string withTriangles(const std::string& inputs, const std::string& p, const
     return withMesh(input("POSITION", "places"), triangles(inputs, p, attributes));
 }
 
-// A further source "odd", as the second attribute of a triangle.
+// An additional source "odd" as the second attribute of a triangle.
 std::string withSource(const std::string& xml, const std::string& p = "0 0 1 1 2 2")
 {
     return withMesh(input("POSITION", "places"), triangles(input("VERTEX", "v", 0) + input("NORMAL", "odd", 1), p),
@@ -144,7 +144,7 @@ std::string withGeometries(const std::string& geometries, const std::string& nod
     return ColladaBuilder("<library_geometries>" + geometries + "</library_geometries>").addScene(nodes).text();
 }
 
-// A geometry without any vertices to speak of.
+// A geometry without usable vertices.
 std::string geometry(const std::string& id, const std::string& content = "<mesh><vertices/></mesh>")
 {
     return "<geometry id='" + id + "'>" + content + "</geometry>";
@@ -307,7 +307,7 @@ std::vector<OddDocument> oddInstances()
 
 // --- materials
 
-// An effect "e" of that content, bound to the symbol "m" by two instances, the first of them of a spline.
+// An effect "e" with this content. Two instances bind it to the symbol "m"; the first one is of a spline.
 std::string withEffect(const std::string& profiles, const std::string& more = std::string())
 {
     const std::string binding = "<bind_material><technique_common><instance_material symbol='m' target='#m'/>"
@@ -331,7 +331,7 @@ std::string color(const std::string& channel, const std::string& numbers)
     return "<" + channel + "><color>" + numbers + "</color></" + channel + ">";
 }
 
-// Two newparams, of a sampler "sampler" and a surface "surface" of that content.
+// Two newparams: a sampler "sampler" and a surface "surface" with this content.
 std::string chainOfTexture(const std::string& surface)
 {
     return "<newparam sid='surface'><surface type='2D'>" + surface +
@@ -346,7 +346,7 @@ std::string textured(const std::string& newparams, const std::string& name = "sa
         "<library_images>" + images + "</library_images>");
 }
 
-// The two materials of the first and second node.
+// The materials of the first and the second node.
 std::string withBindings(const std::string& first, const std::string& second)
 {
     const auto effect = [](const std::string& id, const std::string& shader) {

@@ -24,7 +24,7 @@ namespace {
 constexpr const char* schema = "http://www.collada.org/2005/11/COLLADASchema";
 constexpr std::uint32_t mostUnbackedRecords = 1048576;
 
-// An exception that ends the load.
+// An exception that the load throws.
 struct Thrown {
     std::string name;
     std::string expression;
@@ -44,7 +44,7 @@ std::vector<std::string> tokensOf(const std::string& text)
     return tokens;
 }
 
-// Ids, names and the like are cut at the first blank.
+// Ids and names are cut at the first blank.
 std::string word(const pugi::xml_node& element, const char* attribute)
 {
     const std::vector<std::string> tokens = tokensOf(element.attribute(attribute).value());
@@ -68,7 +68,7 @@ bool isNamed(const pugi::xml_node& element, const char* name)
     return std::string_view(element.name()) == name;
 }
 
-// The first child that has one of the names: where only one of them may stand, the others are lost.
+// The first child with one of the names. Where only one of them is allowed, the others are lost.
 pugi::xml_node firstOf(const pugi::xml_node& element, std::initializer_list<const char*> names)
 {
     return element.find_child([names](const pugi::xml_node& child) {
@@ -76,7 +76,7 @@ pugi::xml_node firstOf(const pugi::xml_node& element, std::initializer_list<cons
     });
 }
 
-// A reference as it is kept: with blanks encoded, and empty if it is none by its characters.
+// A reference as it is stored: blanks are encoded, and it is empty if it has invalid characters.
 std::string reference(const std::string& written)
 {
     std::string result;
@@ -102,7 +102,7 @@ std::string fragmentOf(const pugi::xml_node& element, const char* attribute)
     return mark == std::string::npos ? std::string() : text.substr(mark + 1);
 }
 
-// What is no number counts as 0.
+// Anything but a number counts as 0.
 std::vector<double> numbersOf(const pugi::xml_node& element)
 {
     std::vector<double> numbers;
@@ -117,7 +117,7 @@ double numberAt(const std::vector<double>& numbers, std::size_t index)
     return index < numbers.size() ? numbers[index] : 0.0;
 }
 
-// Of counts only the lower 32 bits take part.
+// Only the lower 32 bits of counts are used.
 std::uint32_t countAttribute(const pugi::xml_node& element, const char* attribute, std::uint32_t absent)
 {
     const pugi::xml_attribute found = element.attribute(attribute);
@@ -142,7 +142,7 @@ float asFloat(double number)
     return static_cast<float>(number);
 }
 
-// Values of a transform are kept as `float`, the angle of a rotation aside.
+// The values of a transform are stored as `float`, except the angle of a rotation.
 double narrowed(double number)
 {
     return static_cast<double>(asFloat(number));
@@ -190,7 +190,7 @@ PlainMatrix rotationOf(const std::vector<double>& numbers)
                                   narrowed(numberAt(numbers, 2))};
     const double length = std::sqrt(axis[0] * axis[0] + axis[1] * axis[1] + axis[2] * axis[2]);
     for (double& component : axis) {
-        component /= length; // an axis of no length gives no numbers
+        component /= length; // an axis of length 0 gives NaN
     }
     const double pi = std::acos(-1.0);
     const double cosine = std::cos(numberAt(numbers, 3) / 180.0 * pi);
@@ -202,14 +202,14 @@ PlainMatrix rotationOf(const std::vector<double>& numbers)
             const double identity = row == column ? 1.0 : 0.0;
             const double along = axis[row] * axis[column];
             result.value[4 * row + column] = cosine * identity + sine * cross[row][column] + (1.0 - cosine) * along;
-            // Sine and cosine are as exact as the angle, whatever their size.
+            // Sine and cosine are as exact as the angle, even where they are tiny.
             result.magnitude[4 * row + column] = identity + std::fabs(cross[row][column]) + 2.0 * std::fabs(along);
         }
     }
     return result;
 }
 
-// Its eye and its target are one point, and there is no direction from a point to itself.
+// Eye and target are the same point, so there is no direction.
 PlainMatrix ofLookAt()
 {
     PlainMatrix result;
@@ -218,7 +218,7 @@ PlainMatrix ofLookAt()
     return result;
 }
 
-// Whether it is a transform that an animation can drive.
+// Whether an animation can drive the transform.
 bool isAnimatable(const pugi::xml_node& element)
 {
     return isNamed(element, "translate") || isNamed(element, "rotate") || isNamed(element, "scale") ||
@@ -227,7 +227,7 @@ bool isAnimatable(const pugi::xml_node& element)
 
 PlainMatrix localMatrix(const pugi::xml_node& node)
 {
-    PlainMatrix local; // zero, and stays so without any transform child
+    PlainMatrix local; // stays zero without any transform child
     bool isFirst = true;
     for (const pugi::xml_node& child : node.children()) {
         const bool isLookAt = isNamed(child, "lookat");
@@ -260,7 +260,7 @@ class References {
 public:
     References(std::string fileName, const pugi::xml_node& root) : m_fileName(std::move(fileName)) { listIds(root); }
 
-    // The element that a reference names; none for one that is no valid reference or leads into another file.
+    // The element that a reference names; none if the reference is invalid or leads to another file.
     pugi::xml_node resolve(const pugi::xml_node& element, const char* attribute)
     {
         const std::string text = reference(element.attribute(attribute).value());
@@ -282,7 +282,7 @@ public:
     bool leadElsewhere() const { return m_leadElsewhere; }
 
 private:
-    // Of several elements of one id the one that ends first has it.
+    // If several elements have the same id, it belongs to the one that ends first.
     void listIds(const pugi::xml_node& root)
     {
         const auto firstLeaf = [](pugi::xml_node node) {
@@ -328,7 +328,7 @@ std::uint32_t semanticNumber(const std::string& written)
 struct Source {
     struct Component {
         std::uint32_t start;  // in a record
-        std::uint32_t floats; // 1, or 16 of a matrix
+        std::uint32_t floats; // 1, or 16 for a matrix
     };
 
     bool hasAccessor = false;
@@ -340,10 +340,10 @@ struct Source {
     std::vector<Component> components; // empty if the accessor is broken
     std::vector<double> values;
 
-    // Records of an input, of which a source without accessor has none.
+    // The records of an input. A source without an accessor has none.
     std::uint32_t records() const { return hasAccessor ? count : 0; }
 
-    // How many records the array reaches into.
+    // The number of records that begin within the array.
     std::size_t backed() const
     {
         const std::size_t all = hasAccessor && stride > 0 ? (values.size() + stride - 1) / stride : 0;
@@ -351,7 +351,7 @@ struct Source {
     }
 };
 
-// One attribute of a vertex with where it comes from.
+// One attribute of a vertex and its origin.
 struct Attribute {
     PlainAttribute layout;
     Source source;
@@ -450,7 +450,7 @@ private:
             position += floats;
         }
         if (!accessor.child("param")) {
-            source.components = {{0, 1}}; // of no size all the same
+            source.components = {{0, 1}}; // of size 0 all the same
         }
         const std::uint32_t stride = countAttribute(accessor, "stride", 1);
         source.stride = stride > 1 ? stride : position;
@@ -464,7 +464,7 @@ private:
         }
     }
 
-    // The last record has its last component in the array.
+    // Logs a message unless the last component of the last record is in the array.
     void logReach(const Source& source)
     {
         if (source.count == 0 || source.components.empty()) {
@@ -484,7 +484,7 @@ private:
         return type == "FLOAT" ? 1 : type == "FLOAT4X4" ? 16 : 0;
     }
 
-    // The floats of a matrix lie 64 bytes apart.
+    // The floats of a matrix are 64 bytes apart.
     static std::uint32_t bytesOf(std::uint32_t floats) { return 4 * floats; }
 
     void appendRecord(const Source& source, std::uint32_t index, PlainPrimitive& primitive)
@@ -507,7 +507,7 @@ private:
 
     // --- inputs
 
-    // Those of a `<vertices>`.
+    // The inputs of a `<vertices>`.
     std::vector<Attribute> readAttributes(const pugi::xml_node& vertices)
     {
         std::vector<Attribute> attributes;
@@ -520,7 +520,7 @@ private:
         return attributes;
     }
 
-    // False without a source for it.
+    // False if there is no source for it.
     bool appendAttribute(const pugi::xml_node& input, std::vector<Attribute>& attributes)
     {
         Attribute attribute;
@@ -540,7 +540,7 @@ private:
         return true;
     }
 
-    // Of a `<triangles>`, whose "VERTEX" stands for what its `<vertices>` has.
+    // The inputs of a `<triangles>`. Its "VERTEX" stands for the inputs of its `<vertices>`.
     std::vector<Attribute> readCornerAttributes(const pugi::xml_node& triangles)
     {
         std::vector<Attribute> attributes;
@@ -566,7 +566,7 @@ private:
         return attributes;
     }
 
-    // They lie one behind the other.
+    // They follow each other.
     static void describe(const std::vector<Attribute>& attributes, PlainPrimitive& primitive)
     {
         for (const Attribute& attribute : attributes) {
@@ -615,7 +615,7 @@ private:
         return primitive;
     }
 
-    // Corners of one tuple of indices are one vertex.
+    // Corners with the same tuple of indices share a vertex.
     void appendCorners(const std::vector<Attribute>& attributes, const std::vector<std::uint32_t>& offsets,
                        const std::vector<std::uint32_t>& p, std::size_t step, PlainPrimitive& primitive)
     {
@@ -722,7 +722,7 @@ private:
         return color;
     }
 
-    // The second newparam of the chain, none where it breaks off.
+    // The second newparam of the chain; none if the chain breaks off.
     static pugi::xml_node surfaceOf(const std::string& sampler, const pugi::xml_node& profile)
     {
         const pugi::xml_node source = newparam(sampler, profile).child("sampler2D").child("source");
@@ -730,7 +730,7 @@ private:
         return name.empty() ? pugi::xml_node() : newparam(name.front(), profile);
     }
 
-    // Those of the profile come first, then whatever is below it, by levels.
+    // The newparams of the profile come first, then those below it, level by level.
     static pugi::xml_node newparam(const std::string& sid, const pugi::xml_node& profile)
     {
         if (sid.empty()) {
@@ -787,7 +787,7 @@ struct Input {
     std::string semantic;
     std::uint32_t count = 0;
     std::uint32_t stride = 1;
-    pugi::xml_node array; // what the accessor reads from; may be anything, or nothing
+    pugi::xml_node array; // the element that the accessor reads from; may be anything, or nothing
 };
 
 class Reader {
@@ -841,7 +841,7 @@ private:
             m_result.reason = "Collada file does not have a scene definition ";
             return;
         }
-        // The pool of animations fills before the way to the visual scene is looked at.
+        // Animations are loaded before the reference to the visual scene is resolved.
         readAnimations(root);
         const pugi::xml_node instance = scene.child("instance_visual_scene");
         if (!instance) {
@@ -888,7 +888,7 @@ private:
         }
     }
 
-    // Node by node; one that throws leaves the scene as far as it got.
+    // Node by node. If one throws, the scene keeps what was loaded so far.
     void readInstances()
     {
         for (std::size_t i = 0; i < m_elements.size(); ++i) {
@@ -930,7 +930,7 @@ private:
         m_result.geometries.emplace(id, std::move(read));
     }
 
-    // The first material of a symbol stays, and of an effect's profiles the first that can be used.
+    // The first material of a symbol counts, and the first usable profile of an effect.
     void readMaterial(const pugi::xml_node& material, const std::string& symbol)
     {
         const pugi::xml_node effect = m_references->resolve(material.child("instance_effect"), "url");
@@ -955,7 +955,7 @@ private:
         }
     }
 
-    // One that is not complete aims at nothing.
+    // An incomplete animation has no target.
     PlainAnimation readAnimation(const pugi::xml_node& element)
     {
         PlainAnimation animation;
@@ -1016,7 +1016,7 @@ private:
         return true;
     }
 
-    // How many records the array has values for.
+    // The number of records that the array has values for.
     static std::size_t backed(const Input& input)
     {
         if (countAttribute(input.array, "count", 0) > 0) {
@@ -1031,8 +1031,8 @@ private:
         return mostUnbackedRecords;
     }
 
-    // Each goes to the first node of its target's id, and there to the first transform of its target's sid. One that is
-    // not complete looks for a node without id.
+    // An animation belongs to the first node with the id of its target, and there to the first transform with the sid.
+    // An incomplete one looks for a node without id.
     void attachAnimations()
     {
         for (PlainAnimation& animation : m_result.animations) {

@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-// The reader that documents are held against is held against numbers worked out by hand.
+// Compares the reference reader with numbers worked out by hand.
 
 namespace {
 
@@ -55,7 +55,7 @@ TEST(PlainReaderTest, RotationTurnsAboutAnAxisOfAnyLength)
     expectValues(localOf("<rotate>0 0 2 90</rotate>"), {0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
     expectValues(localOf("<rotate>0 3 0 90</rotate>"), {0, 0, 1, 0, 0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 0, 1});
     expectValues(localOf("<rotate>0.5 0 0 90</rotate>"), {1, 0, 0, 0, 0, 0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1});
-    // A third of a turn about the diagonal sends X to Y, Y to Z and Z to X.
+    // A third of a turn about the diagonal maps X to Y, Y to Z and Z to X.
     expectValues(localOf("<rotate>1 1 1 120</rotate>"), {0, 0, 1, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1});
 }
 
@@ -173,7 +173,7 @@ const char* const places =
     "<param name='X' type='float'/><param name='Y' type='float'/><param name='Z' type='float'/>"
     "</accessor></technique_common></source>";
 
-// A source "others" of that accessor and params, over 8 numbers.
+// A source "others" of 8 numbers with this accessor and these params.
 std::string others(const std::string& accessor, const std::string& params)
 {
     return "<source id='others'><float_array id='others-array' count='8'>0.5 1.5 2.5 3.5 4.5 5.5 6.5 7.5</float_array>"
@@ -251,7 +251,7 @@ TEST(PlainReaderTest, CornersTakeAnIndexPerOffsetAndVerticesStandInTheOrderOfUse
 
 TEST(PlainReaderTest, InputThatIsSkippedLeavesItsOffsetToTheNext)
 {
-    // The normals read the indices that stand there for the unknown input.
+    // The normals read the indices of the unknown input.
     const PlainPrimitive primitive = primitiveOf(
         readMesh("", triangles(std::string(vertexInput) + "<input semantic='UNHEARD' source='#places' offset='1'/>"
                                                           "<input semantic='NORMAL' source='#places' offset='2'/>",
@@ -302,7 +302,7 @@ TEST(PlainReaderTest, MatrixHasItsFloatsSixtyFourBytesApart)
     EXPECT_EQ(primitive.vertices[0], std::optional<float>(0.5f));
     EXPECT_EQ(primitive.vertices[1], std::nullopt);
     EXPECT_EQ(primitive.vertices[16], std::optional<float>(1.5f));
-    EXPECT_EQ(primitive.vertices[15 * 16], std::optional<float>(0.0f)); // behind the end of the array
+    EXPECT_EQ(primitive.vertices[15 * 16], std::optional<float>(0.0f)); // after the end of the array
 }
 
 TEST(PlainReaderTest, MeshWithoutTrianglesIsACloudOfPoints)
@@ -326,7 +326,7 @@ TEST(PlainReaderTest, SeveralInputsOfVerticesRunOutOfOffsets)
 {
     const std::string two = "<input semantic='POSITION' source='#places'/><input semantic='NORMAL' source='#places'/>";
     expectThrow(readMesh("", triangles(vertexInput, "0 1 2"), two), "IndexOutOfBounds", "");
-    // As points they need none.
+    // Points need none.
     EXPECT_EQ(18u, floatsOf(primitiveOf(readMesh("", "", two))).size());
 }
 
@@ -350,13 +350,13 @@ TEST(PlainReaderTest, FirstInstanceHasTheGeometryAndTheSecondALine)
                                             "<node id='c'><instance_geometry url='#g'/></node>");
     ASSERT_EQ(1u, document.geometries.size());
     EXPECT_EQ("Big", document.geometries.at("g").name);
-    EXPECT_EQ(1u, document.geometries.at("g").node); // "c" stands above "b"
+    EXPECT_EQ(1u, document.geometries.at("g").node); // "c" comes before "b"
     EXPECT_EQ(document.lines.back(), Line("libVideo.visualScene", "Unable to initialize geometry instance"));
 }
 
 // --- materials
 
-// The materials of the symbols that the instances of two nodes bind.
+// The materials of the symbols that the instances in two nodes bind.
 PlainDocument readMaterials(const std::string& first, const std::string& second)
 {
     const auto effect = [](const std::string& id, const std::string& profile) {

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-// Documents of all kinds, good and bad, through prepare and its result through the library.
+// Prepares documents of all kinds, good and bad, and loads the results with the library.
 
 namespace {
 

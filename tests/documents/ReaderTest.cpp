@@ -21,8 +21,8 @@
 #include <utility>
 #include <vector>
 
-// The library's reader makes the tree that the document model's own reader makes, with the same warnings, of every
-// document that it does not refuse.
+// The library's reader makes the same tree as the document model's own reader, with the same warnings, unless it
+// refuses the document.
 
 namespace {
 
@@ -62,7 +62,7 @@ TEST_P(ReaderRowTest, MakesTheTreeOfTheDocumentModel)
     EXPECT_TRUE(expectSame(collada(GetParam().body), GetParam().body));
 }
 
-// Keeps the warnings, without the lines: how far the parser has read by then is its own affair.
+// Keeps the warnings without line numbers, because the parser may have read further by then.
 class WarningCapture : public daeErrorHandler {
 public:
     WarningCapture() { setErrorHandler(this); }
@@ -73,7 +73,7 @@ public:
         const std::string text = message;
         const std::size_t line = text.rfind(" at line ");
         if (line == std::string::npos) {
-            m_parserText += text; // of the parser, which is ahead by some elements
+            m_parserText += text; // by the parser, which is ahead by some elements
         } else {
             m_text += text.substr(0, line) + text.substr(text.find('.', line));
         }
@@ -91,7 +91,7 @@ struct Reading {
     std::string warnings;
 };
 
-// One file after the other, by the reader of the library and by that of the document model.
+// Reads one file after the other with the library's reader and with that of the document model.
 class Readers {
 public:
     Reading own(const std::string& path)
@@ -117,7 +117,7 @@ public:
     {
         const Reading mine = own(path);
         if (!mine.isOpen) {
-            return false; // which may be more than the other survives
+            return false; // the other reader may not survive the document
         }
         const Reading theirs = stock(path);
         EXPECT_TRUE(theirs.isOpen) << words;
@@ -244,7 +244,7 @@ std::vector<std::string> childNames(daeMetaElement& meta)
 }
 
 struct Kind {
-    std::string begin; // start tags from below the root to its parent
+    std::string begin; // start tags from the root's child down to the parent
     std::string end;
     std::string name;
     daeMetaElement* meta;
@@ -287,9 +287,9 @@ std::string text(const Kind& kind, const std::string& attributes, const std::str
     return kind.begin + '<' + kind.name + attributes + '>' + content + "</" + kind.name + '>' + kind.end;
 }
 
-// Every so manieth kind, so that the parts run beside each other.
+// Every n-th kind, so that the parts can run in parallel.
 constexpr std::size_t partCount = 4;
-// Names of children in one document: the document model takes long to place a child among several hundred choices.
+// Number of child names per document: the document model takes long to place a child among several hundred choices.
 constexpr std::size_t mostChildNames = 40;
 
 class ReaderKindTest : public ReaderTest, public testing::WithParamInterface<std::size_t> {};
@@ -321,7 +321,7 @@ TEST_P(ReaderKindTest, MakesEveryKindOfElement)
             expectSame(text(kind, attributes, backwards + "<extra/>" + forwards), kind.name + " backwards");
         }
         if (testing::Test::HasFailure()) {
-            return; // one kind says enough
+            return; // one kind is enough
         }
     }
     EXPECT_GT(opened, tried * 8 / 10);
@@ -363,7 +363,7 @@ TEST_F(ReaderTest, MakesTheTreeOfBentDocuments)
 
 TEST_F(ReaderTest, EncodingsMakeNoDifference)
 {
-    // Longer than a block, so that a text and a tag lie in two.
+    // Longer than a block, so that a text and a tag are divided between two.
     std::string numbers;
     for (int i = 0; i < 40'000; ++i) {
         numbers += std::to_string(i) + (i % 7 == 0 ? "\r\n" : " ");

@@ -26,10 +26,10 @@
 #endif
 #endif
 #ifdef __SANITIZE_ADDRESS__
-extern "C" std::size_t __sanitizer_get_current_allocated_bytes(); // its header does not come with every compiler
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes(); // not every compiler has the header
 #endif
 
-// Loads one after the other, at the same time, and left in the middle.
+// Loads one after the other, in parallel, and interrupted ones.
 
 namespace {
 
@@ -37,10 +37,10 @@ using documents::StoredDocument;
 using libVideo::Scene;
 using namespace testSupport;
 
-// Bytes that the process has asked for and not given back.
+// Bytes that the process has allocated and not freed.
 std::size_t bytesInUse();
 
-// The document on which most modules have something to say, and the one that has something for most modules.
+// The document that most modules log messages about, and the one with content for most modules.
 std::string faultyDocument()
 {
     return SEED_FOLDER "/faults.dae";
@@ -59,7 +59,7 @@ TEST(RepeatedLoadTest, AThousandScenesLeaveNothingBehind)
     };
     constexpr unsigned warmUp = 100;
     constexpr unsigned cycles = 1000;
-    // In threads of their own, since the C library counts the blocks that it keeps for a thread while that lives.
+    // In separate threads, because the C library counts the blocks that it keeps for a thread while that exists.
     const auto run = [&](unsigned count) {
         std::thread([&] {
             for (unsigned i = 0; i < count; ++i) {
@@ -83,7 +83,7 @@ std::size_t bytesInUse()
 #endif
 }
 
-// What a scene shows at a time, as text: nodes with their places, primitives with their sizes, lists with their lengths.
+// The scene at a time as text: positions of nodes, sizes of primitives, lengths of lists.
 std::string fingerprint(Scene& scene, double time)
 {
     std::ostringstream text;
@@ -153,7 +153,7 @@ TEST(RepeatedLoadTest, TwoScenesAtOnceDoNotDisturbEachOther)
     EXPECT_EQ(fingerprint(*first, 1.5), richAlone);
     EXPECT_EQ(fingerprint(second, 1.5), faultyAlone);
 
-    // The same document twice, and the end of one while the other goes on.
+    // Loads the same document twice and destroys one scene while the other stays in use.
     Scene third;
     ASSERT_TRUE(load(third, richDocument()));
     EXPECT_EQ(fingerprint(*first, 0.25), fingerprint(third, 0.25));
@@ -171,7 +171,7 @@ TEST(RepeatedLoadTest, TwoScenesAtOnceDoNotDisturbEachOther)
 
 struct HandlerThrew {};
 
-// While it lives, the handler throws at line `line`, counted from 0, and takes the others.
+// While an object exists, the handler throws at message `line`, counted from 0, and accepts the others.
 class ThrowingHandler {
 public:
     explicit ThrowingHandler(unsigned line)
@@ -197,7 +197,7 @@ private:
 
 class ThrowingHandlerTest : public testing::TestWithParam<StoredDocument> {};
 
-// @return whether the handler threw, which it does not if the load has fewer lines
+// @return whether the handler threw; it does not if the load logs fewer messages
 bool loadWithThrow(Scene& scene, const std::string& path, unsigned line)
 {
     const ThrowingHandler handler(line);
@@ -233,7 +233,7 @@ TEST_P(ThrowingHandlerTest, WhatItThrowsAtEachLineLeavesTheLoad)
 
 TEST_P(ThrowingHandlerTest, NothingIsLeftBehind)
 {
-    // In a thread of its own, as above.
+    // In a separate thread, as above.
     const auto allLines = [] {
         unsigned line = 0;
         std::thread([&line] {
@@ -244,8 +244,8 @@ TEST_P(ThrowingHandlerTest, NothingIsLeftBehind)
         }).join();
         return line;
     };
-    // What is kept for later loads is kept by the first few. The allocator's own books move by a few blocks; a load that
-    // leaves anything of its scene behind leaves far more in twenty rounds.
+    // The first few loads allocate what later ones reuse. The allocator's own data varies by a few blocks; a leak of
+    // anything in the scene grows far larger in twenty rounds.
     for (unsigned i = 0; i < 4; ++i) {
         allLines();
     }

@@ -12,7 +12,7 @@ struct Resource {
 using Handle = SharedResource<PointerStorage<Resource, 0, 3>, 0>;
 using Link = CopiedResource<PointerStorage<Resource, 3, 2>>;
 
-/// A plain record as element.
+/// A plain struct as element.
 struct Record {
     double time;
     unsigned id;
@@ -68,7 +68,7 @@ std::vector<int> values(const Array<CountingElement>& array)
     return list;
 }
 
-/// 1, 2, 3 and on.
+/// 1, 2, 3, ...
 template <class T>
 void fill(Array<T>& array, int count)
 {
@@ -86,7 +86,7 @@ std::vector<int> upTo(int last)
     return list;
 }
 
-/// The events of the elements, the word only: "copy" or "destroy", with the numbers it happened to.
+/// The numbers of the elements that an event happened to: "copy" or "destroy".
 std::vector<int> events(const std::string& word)
 {
     std::vector<int> numbers;
@@ -133,8 +133,8 @@ void expectOutOfBounds(Container& array, unsigned index, int high, int shownInde
     }
 }
 
-/// Lets each request for memory of `operation` fail, one after the other, and calls `verify` after each failure.
-/// Answers how many points there were.
+/// Lets each memory request of `operation` fail in turn, and calls `verify` after each failure. @return number of
+/// requests
 int failAtEachPoint(const std::function<void()>& operation, const std::function<void(bool wasThrown)>& verify)
 {
     for (int point = 0; point < 1000; ++point) {
@@ -458,7 +458,7 @@ TEST_F(ArrayTest, ReservationCopiesAscendingAndThenDestroysAscending)
     const std::vector<int> copies = events("copy");
     EXPECT_EQ(copies, upTo(9)); // the old ones, then the new one
     EXPECT_EQ(events("destroy"), upTo(8));
-    // No element ends before all have been copied.
+    // No element is destroyed before all have been copied.
     const std::vector<std::string>& history = CountingElement::counts().history;
     for (std::size_t i = 0; i < 8; ++i) {
         EXPECT_EQ(history[i], "copy " + std::to_string(i + 1));
@@ -833,7 +833,7 @@ TEST_F(ArrayTest, FailedAllocationOfSizedConstructorNamesTheSizeAskedFor)
 
 TEST_F(ArrayTest, FailedAllocationOfAWrappedRequestNamesIt)
 {
-    // Two gigabytes are never asked of the machine.
+    // Two gigabytes are never requested from the system.
     EXPECT_EQ(messageWithoutMemory([] { const Array<unsigned char> array(0x80000001u); }), sizeMessage(0x80000001u));
 }
 
@@ -906,7 +906,7 @@ TEST_F(ArrayTest, MemoryFailingAtEachPointOfTextArraysLeavesThemAsTheyWere)
         EXPECT_EQ(8u, array.capacity());
     };
     EXPECT_GE(failAtEachPoint([&] { const Array<String> copy(other); }, unchanged), 10);
-    // Where the operation succeeds in the end, the array goes back to its first state.
+    // Once the operation succeeds, the array is restored to its first state.
     const auto run = [&](const std::function<void()>& operation) {
         const int points = failAtEachPoint(operation, unchanged);
         array = texts(1, 8);
@@ -937,7 +937,7 @@ TEST_F(ArrayTest, MemoryFailingWithinTheCapacityLeavesTheArrayAsItWas)
 
 namespace {
 
-/// What `operation` throws when every request for memory fails from now on.
+/// What `operation` throws if every memory request fails from now on.
 const char* thrownWithoutMemory(const std::function<void()>& operation)
 {
     const FailingAllocator allocator(0, FailingAllocator::Failure::forGood);
@@ -1001,7 +1001,7 @@ TEST_F(ArrayTest, HoldsElementsOfTheTypeThatItIsAMemberOf)
 
 namespace {
 
-/// Lets `operation` meet a copy that throws, at the first copy, the second and on to the `copies`-th.
+/// Lets one copy throw during `operation`: the first one, the second one, up to the `copies`-th.
 void refuseEachCopy(int copies, const std::function<void()>& operation, const std::function<void()>& verify)
 {
     for (int i = 0; i < copies; ++i) {

@@ -30,7 +30,7 @@ std::vector<T> elements(const Buffer<T>& buffer)
     return std::vector<T>(buffer.data(), buffer.data() + buffer.size());
 }
 
-/// The fields as they lie in memory: data, storage, size.
+/// The fields in memory order: data, storage, size.
 template <class T>
 struct Fields {
     explicit Fields(const Buffer<T>& buffer) { std::memcpy(words, &buffer, sizeof(words)); }
@@ -207,7 +207,7 @@ TYPED_TEST(BufferTest, ReuseGoesByThePresentSizeNotByTheAllocation)
     long requests = 0;
     {
         const FailingAllocator allocator(-1);
-        buffer = back; // more than 31, though the memory would hold it
+        buffer = back; // more than 31, although it would fit
         requests = allocator.requests();
     }
     EXPECT_EQ(1, requests);
@@ -269,7 +269,7 @@ TYPED_TEST(BufferTest, ResizeToMoreWithoutFillKeepsTheElements)
     EXPECT_EQ(1, buffer[0]);
     EXPECT_EQ(2, buffer[1]);
     EXPECT_EQ(3, buffer[2]);
-    buffer[5] = 9; // the memory is there
+    buffer[5] = 9; // the memory is allocated
     EXPECT_EQ(9, buffer[5]);
 }
 
@@ -321,7 +321,7 @@ TYPED_TEST(BufferTest, FailedAllocationPassesAndChangesNothing)
 {
     Buffer<TypeParam> buffer = bufferOf(counted<TypeParam>(5));
     const Buffer<TypeParam> larger = bufferOf(counted<TypeParam>(6, 40));
-    const void* volatile shown = nullptr; // a copy that nobody looks at could be left out by the compiler
+    const void* volatile shown = nullptr; // the compiler could omit an unused copy
     const auto failing = [](const auto& operation) {
         const FailingAllocator allocator(0);
         try {

@@ -20,7 +20,7 @@ using Link = CopiedResource<PointerStorage<Target, 3, 2>>;
 using Handle = SharedResource<PointerStorage<Target, 0, 3>, 0>;
 using ByteLink = CopiedResource<PointerStorage<unsigned char, 3, 2>>;
 
-struct Unfinished; // a handle may name a class before it is known
+struct Unfinished; // a handle may name an incomplete class
 using UnfinishedLink = CopiedResource<PointerStorage<Unfinished, 3, 2>>;
 
 class CopiedResourceTest : public testing::Test {
@@ -94,7 +94,7 @@ TEST_F(CopiedResourceTest, DoesNotKeepTheResourceAlive)
     const Link link(handle);
     handle = Handle();
     EXPECT_EQ(0, Target::alive);
-    EXPECT_NE(nullptr, link.get()); // it knows nothing of the end
+    EXPECT_NE(nullptr, link.get()); // it does not notice the destruction
 }
 
 TEST_F(CopiedResourceTest, CopyCopiesThePointer)

@@ -74,7 +74,7 @@ NumberBucket* newBucket(const char* key, unsigned value)
     return new NumberBucket(key, value);
 }
 
-/// What happened to the traced keys and values, in order.
+/// The events of traced keys and values, in order.
 std::vector<std::string>& events()
 {
     static std::vector<std::string> all;
@@ -116,7 +116,7 @@ PRIVATE_MEMBER(numberTableRep, _HashTableRep NumberTable::*, &NumberTable::m_rep
 PRIVATE_MEMBER(repHeadCount, unsigned _HashTableRep::*, &_HashTableRep::m_headCount)
 PRIVATE_MEMBER(repHeads, _BucketBase** _HashTableRep::*, &_HashTableRep::m_heads)
 
-/// Values that are written and read as text, and report it.
+/// Values that are written and read as text, and record it.
 template <>
 struct vesk::detail::SerializedValue<Traced> {
     static constexpr bool isSupported = true;
@@ -532,7 +532,7 @@ TEST(HashTableTest, InsertionCopiesThenHashesThenAsksWithTheCallersKey)
     events().clear();
     table.insert(first, value);
     EXPECT_EQ((std::vector<std::string>{"copy key", "copy v", "hash key"}), events());
-    const Traced second("yek"); // of the same hash
+    const Traced second("yek"); // same hash
     events().clear();
     table.insert(second, value);
     EXPECT_EQ((std::vector<std::string>{"copy yek", "copy v", "hash yek", "equal key yek"}), events());
@@ -758,7 +758,7 @@ TEST_P(HashTableSizeTest, ChainsOfManyKeysStayShort)
         found += static_cast<unsigned>(length);
     }
     EXPECT_EQ(found, count);
-    // Balls that fall at random into as many boxes give chains of ten or so; every walk together 1.5 steps a key.
+    // Random placement gives chains of up to about ten; all lookups together take 1.5 steps per key.
     EXPECT_LE(longest, 20u);
     EXPECT_LE(steps / count, 2.0);
     for (unsigned i = 0; i < count; i += 997) {
@@ -852,7 +852,7 @@ struct CountingEqual {
 
 std::size_t CountingEqual::count = 0;
 
-/// A hash of one's own, not keyed.
+/// A custom hash without a key.
 struct UnkeyedHash {
     static unsigned hash(const String& key) { return HashFunc<String>::hash(key); }
 };
@@ -1026,7 +1026,7 @@ TEST(CollidingKeysTest, OrdinaryKeysStayInTheSameOrderInEveryTable)
     EXPECT_EQ(walk(first), walk(second));
 }
 
-// By an implementation of the formula in another language, which gives the number that its authors published.
+// Computed by an implementation of the formula in another language, which gives the number that its authors published.
 TEST(CollidingKeysTest, KeyedHashIsSipHash)
 {
     HashSecret secret;
@@ -1107,7 +1107,7 @@ TEST(HashTableTest, ClassNameKeepsReturningTheSameObject)
 
 namespace {
 
-/// Tells of the calls that the table makes on its base.
+/// Records the calls that the table makes on its base class.
 class TracedTable : public HashTable<Traced, Traced, TracedEqual, TracedHash> {
 public:
     TracedTable() : HashTable<Traced, Traced, TracedEqual, TracedHash>(4) {}
@@ -1140,7 +1140,7 @@ protected:
     }
 };
 
-/// The events but for copies and destructions.
+/// The events without copies and destructions.
 std::vector<std::string> calls()
 {
     std::vector<std::string> all;
@@ -1152,10 +1152,10 @@ std::vector<std::string> calls()
     return all;
 }
 
-/// Traced keys with values that refuse.
+/// Traced keys with values that refuse to be read or written.
 using RefusingTable = HashTable<Traced, Handle, TracedEqual, TracedHash>;
 
-/// Writes what a table of texts reads, but with arrays of any sizes.
+/// Writes the input of a table of texts, with arrays of any sizes.
 class TwoArrays : public Serializable {
 public:
     const String& getClassName() const override { return TextTable::className(); }
@@ -1235,7 +1235,7 @@ TEST(HashTableTest, SerializationOfHandlesIsRefusedAtTheValuesBehindTheKeys)
     } catch (const SerializationFailed& exception) {
         EXPECT_STREQ("Serialization is not supported for: m_arrValue", exception.what());
     }
-    EXPECT_EQ((std::vector<std::string>{"write a", "write bb"}), calls()); // the keys have gone out
+    EXPECT_EQ((std::vector<std::string>{"write a", "write bb"}), calls()); // the keys have been written
     EXPECT_EQ(xml, String("before"));
     EXPECT_EQ(2u, table.size());
     EXPECT_EQ(1u, table.lookup("a")->value.useCount());

@@ -21,7 +21,7 @@ LoggerStream line(const char* text)
     return stream;
 }
 
-/// Puts the handler and the priority of before back.
+/// Restores the previous handler and priority.
 class LoggingTest : public testing::Test {
 public:
     LoggingTest() : m_handler(LogFactory::setHandler(LogHandler())), m_priority(LogFactory::getPriority()) {}
@@ -216,7 +216,7 @@ TEST_F(LoggingTest, WhatTheHandlerThrowsPassesThroughLog)
 TEST_F(LoggingTest, HandlerMayReplaceItselfWhileItRuns)
 {
     std::vector<std::string> seen;
-    const std::string large(200, 'x'); // what the running handler holds must not end under it
+    const std::string large(200, 'x'); // the running handler's captures must stay alive
     LogFactory::setHandler([&seen, large](const Logger&, LoggerPriority::LOGGER_PRIORITY, const String& text) {
         LogFactory::setHandler([&seen](const Logger&, LoggerPriority::LOGGER_PRIORITY, const String& later) {
             seen.push_back(std::string("second ") + later.data());

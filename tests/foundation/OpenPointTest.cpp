@@ -3,7 +3,7 @@
 using namespace testSupport;
 using namespace vesk;
 
-// What the interface of the foundation promises beyond its operations: units, constness and exact types.
+// What the interface of the foundation promises beyond its functions: units, constness and exact types.
 
 namespace {
 

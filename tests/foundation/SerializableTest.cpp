@@ -7,7 +7,7 @@ using namespace vesk;
 
 namespace {
 
-/// Names the protected operations.
+/// Exposes the protected functions.
 struct Slots : Serializable {
     static std::vector<std::uintptr_t> all()
     {
@@ -37,7 +37,7 @@ TEST(SerializableTest, VirtualOperationsStandInTheirOrder)
 
 namespace {
 
-/// Whether the bytes are valid UTF-8 of nothing but characters that XML 1.0 allows.
+/// Whether the bytes are valid UTF-8 with only characters that XML 1.0 allows.
 bool isXmlText(const std::string& text)
 {
     const std::size_t size = text.size();
@@ -88,7 +88,7 @@ void expectWellFormed(const String& xml)
     EXPECT_EQ(1, roots) << xml;
 }
 
-/// Writes the array and reads it into one that held something else before.
+/// Writes the array and reads it into one with other content.
 template <class T>
 std::vector<T> roundTrip(Array<T>& array, const String& name = "list")
 {
@@ -100,7 +100,7 @@ std::vector<T> roundTrip(Array<T>& array, const String& name = "list")
     return elements(read);
 }
 
-/// An object of two lists and a child, which may be missing.
+/// An object with two lists and an optional child.
 class Record : public Serializable {
 public:
     explicit Record(unsigned depth = 0)
@@ -159,7 +159,7 @@ public:
     void insert(String& value) { insertValueToContainer(0, nullptr, value); }
 };
 
-/// Holds a member that refuses.
+/// Has a member that refuses.
 class Refusing : public Serializable {
 public:
     const String& getClassName() const override
@@ -186,7 +186,7 @@ public:
     Array<float> bad;
 };
 
-/// Looks at what a class reads.
+/// Records what a class reads.
 class Reader : public Serializable {
 public:
     const String& getClassName() const override

@@ -5,7 +5,7 @@ using namespace vesk;
 
 namespace {
 
-/// Tells how many of its kind live and have died.
+/// Counts its instances that are alive and those destroyed.
 struct Resource {
     explicit Resource(int resourceNumber = 0) : number(resourceNumber) { ++alive; }
     Resource(const Resource&) = delete;
@@ -66,7 +66,7 @@ struct Derived : Base {
 
 using BaseHandle = SharedResource<PointerStorage<Base, 0, 3>, 0>;
 
-/// The three fields as they lie in memory.
+/// The three fields in memory order.
 struct Fields {
     explicit Fields(const Handle& handle) { std::memcpy(words, &handle, sizeof(words)); }
     std::uintptr_t words[3];
@@ -166,7 +166,7 @@ TEST_F(SharedResourceTest, HandleThatAdoptsNullCountsAsNotEmpty)
 {
     Handle handle(static_cast<Resource*>(nullptr));
     EXPECT_EQ(nullptr, handle.get());
-    EXPECT_FALSE(handle); // asked by its value
+    EXPECT_FALSE(handle); // asked by value
     EXPECT_EQ(1u, handle.useCount());
     {
         const Handle copy(handle);
@@ -294,7 +294,7 @@ TEST_F(SharedResourceTest, HandleIsUsableAgainAfterItWasEmptied)
 
 namespace {
 
-/// Element of a list that owns its tail.
+/// A list element that owns the rest of the list.
 struct Link1 {
     SharedResource<PointerStorage<Link1, 0, 3>, 0> next;
     int number = 0;
@@ -358,7 +358,7 @@ TEST_F(SharedResourceTest, MakeOfAnObjectThatThrowsLeaksNothing)
         Refused() { throw 3; }
     };
     using RefusedHandle = SharedResource<PointerStorage<Refused, 0, 3>, 0>;
-    EXPECT_THROW(RefusedHandle::make(), int); // a leak ends the program of the leak sanitizer
+    EXPECT_THROW(RefusedHandle::make(), int); // the leak sanitizer fails the program on a leak
     const FailingAllocator allocator(0);
     EXPECT_THROW(Handle::make(1), std::bad_alloc);
     EXPECT_EQ(0, Resource::alive);

@@ -6,7 +6,7 @@
 
 namespace fuzz {
 
-/// Ends the process, which the fuzzer takes for a finding.
+/// Aborts the process, which the fuzzer reports as a finding.
 [[noreturn]] inline void fail(const std::string& words)
 {
     static_cast<void>(std::fprintf(stderr, "FINDING: %s\n", words.c_str()));

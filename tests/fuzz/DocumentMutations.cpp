@@ -1,4 +1,4 @@
-// How libFuzzer changes documents: so that most of them stay well-formed.
+// Changes documents for libFuzzer so that most of them stay well-formed.
 
 #include "support/DocumentChange.h"
 

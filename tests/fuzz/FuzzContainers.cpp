@@ -1,4 +1,4 @@
-// Sequences of operations on the containers, each beside its cousin of the standard library.
+// Sequences of operations on the containers, compared with those of the standard library.
 
 #include "Check.h"
 

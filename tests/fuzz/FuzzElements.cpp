@@ -1,5 +1,6 @@
-// Elements of a document given to the classes themselves, in any order, with what a load would not give: no element, no pool,
-// an element of another place, the same one twice. The documents are opened once, so a sequence costs little.
+// Passes elements of a document directly to the classes, in any order, including arguments that a load never passes: no
+// element, no pool, an element from another place, the same one twice. The documents are opened once, so a sequence is
+// cheap.
 
 #include "Check.h"
 
@@ -36,7 +37,7 @@ class Documents {
 public:
     Documents()
     {
-        // In the order of their names, so that bytes mean the same everywhere.
+        // In order of their names, so that an input means the same everywhere.
         const std::filesystem::directory_iterator folder(SEED_FOLDER);
         for (const std::filesystem::path& file : std::set<std::filesystem::path>(begin(folder), end(folder))) {
             m_reader.open(file);
@@ -61,7 +62,7 @@ private:
     std::map<daeInt, std::vector<daeElement*>> m_elements; // by type
 };
 
-// A host whose next step is what the next bytes say.
+// A host that takes its next step from the next bytes.
 class Host {
 public:
     Host(Documents& documents, const std::uint8_t* data, std::size_t size) : m_documents(documents), m_bytes(data, size)
@@ -79,7 +80,7 @@ public:
             try {
                 (this->*step)();
             } catch (const vesk::Exception&) {
-                continue; // an answer like others
+                continue; // a valid outcome
             }
         }
     }
@@ -96,7 +97,7 @@ private:
                          elements[m_bytes.ConsumeIntegralInRange<std::size_t>(0, elements.size() - 1)]);
     }
 
-    // An element for those that take a reference.
+    // An element for functions that take a reference.
     template <class Element>
     const Element& some()
     {
@@ -213,7 +214,7 @@ private:
         points.createFromCollada(pick<domVertices>());
     }
 
-    // A corner is the same bytes when it is asked for again, whatever list of indices it is read from.
+    // A corner gives the same bytes when it is read again, whatever list of indices it is read from.
     void useInputs()
     {
         const domTriangles& triangles = some<domTriangles>();

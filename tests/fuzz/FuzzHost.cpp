@@ -1,5 +1,5 @@
-// Any sequence of what a host does with what it has loaded: copies, evaluations at any time, values of its own. The scenes
-// are loaded once, so a sequence costs little.
+// Any sequence of a host's actions on loaded scenes: copies, evaluations at any time, setting values. The scenes are
+// loaded once, so a sequence is cheap.
 
 #include "Check.h"
 
@@ -44,11 +44,11 @@ bool hasSameBits(const Matrix& a, const Matrix& b)
     return std::memcmp(&a[0], &b[0], 16 * sizeof(float)) == 0;
 }
 
-// What the seeds hold.
+// The content of the seeds.
 struct Scenes {
     Scenes()
     {
-        // In the order of their names, so that bytes mean the same everywhere.
+        // In order of their names, so that an input means the same everywhere.
         const std::filesystem::directory_iterator folder(SEED_FOLDER);
         const std::set<std::filesystem::path> files(begin(folder), end(folder));
         for (const std::filesystem::path& file : files) {
@@ -59,7 +59,7 @@ struct Scenes {
                     all.push_back(std::move(scene));
                 }
             } catch (const vesk::Exception&) {
-                continue; // a seed of a load that throws
+                continue; // the load of this seed throws
             }
         }
         fuzz::check(!nodes.empty() && !cameras.empty() && !geometries.empty(), "seeds without a scene");
@@ -100,7 +100,7 @@ struct Scenes {
     std::vector<AnimationHandle> animations;
 };
 
-// A host whose next step is what the next bytes say.
+// A host that takes its next step from the next bytes.
 class Host {
 public:
     Host(const Scenes& scenes, const std::uint8_t* data, std::size_t size) : m_scenes(scenes), m_bytes(data, size) {}
@@ -116,7 +116,7 @@ public:
             try {
                 (this->*step)();
             } catch (const vesk::Exception&) {
-                continue; // an answer like others
+                continue; // a valid outcome
             }
         }
     }
@@ -168,7 +168,7 @@ private:
         return values;
     }
 
-    // As the load does with what a node holds.
+    // As the load does with the content of a node.
     void foldNode()
     {
         const NodeLink link = pick(m_scenes.nodes);
@@ -192,7 +192,7 @@ private:
         node.transform();
     }
 
-    // A loaded scene takes no second document.
+    // A loaded scene does not load a second document.
     void useScene()
     {
         Scene& scene = *m_scenes.all[m_bytes.ConsumeIntegralInRange<std::size_t>(0, m_scenes.all.size() - 1)];
@@ -332,7 +332,7 @@ private:
         scene.blinnMaterialTable().lookup(text());
     }
 
-    // Without a document there is nothing to give, but an answer.
+    // Without a document there is no result, but no crash either.
     void useEmptyObjects()
     {
         fuzz::check(libVideo::PointLightInstance().nodeId().empty(), "an empty light with a node");

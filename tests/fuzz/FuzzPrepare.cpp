@@ -1,4 +1,4 @@
-// Any bytes as a document: what comes out of its preparation is well-formed, prepares to itself, and loads.
+// Any bytes as a document: the prepared document is well-formed, does not change when it is prepared again, and loads.
 
 #include "Check.h"
 
@@ -11,7 +11,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    static const testSupport::TortureFolder folder; // goes when the process ends by itself
+    static const testSupport::TortureFolder folder; // removed when the process exits normally
     const std::string path = folder.write(std::string(reinterpret_cast<const char*>(data), size));
     const std::string fault = testSupport::faultOfPreparation(path);
     if (!fault.empty()) {

@@ -1,5 +1,5 @@
-// Any bytes as a document, read by the library's reader and by that of the document model, which have to agree on its tree.
-// Both readers are kept, so that a document costs little more than its reading.
+// Any bytes as a document, read by the library's reader and by that of the document model, which have to agree on the
+// tree. Both readers are reused, so that a document costs little more than its reading.
 
 #include "Check.h"
 
@@ -17,7 +17,7 @@
 
 namespace {
 
-// A program's own handler of messages: counts them, and throws when it is told to.
+// A message handler of a host: counts messages, and throws on request.
 class Handler : public daeErrorHandler {
 public:
     Handler() { setErrorHandler(this); }
@@ -41,7 +41,7 @@ private:
     bool m_throws = false;
 };
 
-// What the database of a document model says of its one document, type by type.
+// The content of the document model's database for its one document, type by type.
 std::string databaseOf(DAE& dae)
 {
     daeDatabase& database = *dae.getDatabase();
@@ -56,7 +56,7 @@ std::string databaseOf(DAE& dae)
     for (const std::string& type : types) {
         const daeUInt count = database.getElementCount(nullptr, type.c_str(), name.c_str());
         if (count == 0) {
-            continue; // the document model's own database still lists the types of what was taken out
+            continue; // the document model's own database still lists the types of removed elements
         }
         said += type + ' ' + std::to_string(count) + ':';
         for (daeUInt i = 0; i <= count; ++i) {
@@ -70,7 +70,7 @@ std::string databaseOf(DAE& dae)
     return said;
 }
 
-// What a program says of its database when it changes a document: gives an id and takes it away, takes an element out, adds
+// The content of the database after a host changes a document: sets and removes an id, removes an element, adds
 // documents and removes one.
 std::string editedDatabaseOf(DAE& dae, domCOLLADA& root)
 {
@@ -100,14 +100,14 @@ std::string editedDatabaseOf(DAE& dae, domCOLLADA& root)
     return said + '\n' + databaseOf(dae);
 }
 
-constexpr std::size_t longText = 2048; // all questions about a longer one take too long
+constexpr std::size_t longText = 2048; // checking a longer one takes too long
 
 domCOLLADA* opened(DAE& dae, const std::string& text)
 {
     return daeSafeCast<domCOLLADA>(dae.openFromMemory("file:/fuzz/document.dae", text.c_str()));
 }
 
-// The tree of a text that is open, and what is said of it; empty if the text is refused. Closes it.
+// The tree of a text and the messages about it; empty if the text is refused.
 std::string treeOf(DAE& dae, domCOLLADA* root, const std::string& text)
 {
     std::string tree = root != nullptr ? testSupport::documentTree(dae, *root) : "";
@@ -126,7 +126,7 @@ struct Readers {
     DAE stock{nullptr, nullptr, "1.4.1"};
 };
 
-// What a handler throws at a message about a document reaches who opened it, and the reader reads the next one.
+// An exception that a message handler throws reaches the caller, and the reader can read the next document.
 void throwAtMessage(Readers& readers, const std::string& text, const std::string& tree)
 {
     readers.handler.setThrows(true);
@@ -149,13 +149,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static Readers readers;
     const std::string text(reinterpret_cast<const char*>(data), size);
     if (text.find('\0') != std::string::npos) {
-        return 0; // both take the text up to there
+        return 0; // both read the text up to there
     }
     const unsigned messageCount = readers.handler.messageCount();
     domCOLLADA* const root = opened(readers.own, text);
     const bool hasMessage = readers.handler.messageCount() > messageCount;
     const std::string tree = treeOf(readers.own, root, text);
-    // What is refused may be more than the document model survives.
+    // The document model may not survive a document that is refused.
     if (!tree.empty() && tree != treeOf(readers.stock, opened(readers.stock, text), text)) {
         fuzz::fail("the readers make different trees");
     }

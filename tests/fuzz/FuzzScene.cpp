@@ -13,7 +13,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    static const testSupport::TortureFolder folder; // goes when the process ends by itself
+    static const testSupport::TortureFolder folder; // removed when the process exits normally
     const std::string path = folder.write(std::string(reinterpret_cast<const char*>(data), size));
     libVideo::Scene scene;
     const testSupport::LoadOutcome outcome = testSupport::loadAndWalk(scene, path);

@@ -34,7 +34,7 @@ String written(Object& object)
     return xml;
 }
 
-// What was read is written, read again, and written again: both texts have to be the same.
+// Writes what was read, reads it again and writes it again: both texts have to be equal.
 template <class Object>
 void readAndWrite(const String& text, Object object)
 {

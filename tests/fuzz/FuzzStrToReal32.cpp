@@ -14,7 +14,7 @@
 
 namespace {
 
-// What is left of the text without the blanks around it and one leading plus sign.
+// The text without surrounding blanks and one leading plus sign.
 bool findNumber(const std::string& text, std::string& number)
 {
     // Blanks are those of the C locale.
@@ -39,7 +39,7 @@ std::size_t digitsAt(const std::string& text, std::size_t start)
     return end - start;
 }
 
-// An optional minus, digits with at most one point among them, and an exponent or none.
+// An optional minus, digits with at most one point, and an optional exponent.
 bool isDecimal(const std::string& number)
 {
     std::size_t at = number.compare(0, 1, "-") == 0 ? 1 : 0;
@@ -85,7 +85,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     std::string number;
     const bool isFound = findNumber(text, number);
-    if (!isFound || !isDecimal(number)) { // words such as "inf" and "nan" too
+    if (!isFound || !isDecimal(number)) { // including words such as "inf" and "nan"
         fuzz::check(!isRead, "a text that is no decimal number was read");
         return 0;
     }

@@ -19,7 +19,7 @@ using libMath::lookAtTransformMatrix;
 
 constexpr double pi = 3.141592653589793;
 
-/// p' = M · p, of a point.
+/// p' = M · p for a point p.
 Vector3 transformed(const Matrix4& m, const Vector3& p);
 void expectNearVector(const Vector3& v, float x, float y, float z);
 
@@ -188,9 +188,9 @@ TEST_P(AxisAngleStepsTest, AxisIsNormalizedInFloatAndElementsAreMadeInDouble)
                elements(axisAngleRotationMatrix(Vector3(row.axis[0], row.axis[1], row.axis[2]), row.radians)));
 }
 
-// With the first three, an axis normalized in double, a float angle or elements made in float show in most elements.
-// In each of the others one element's two terms cancel nearly, so that what is left of it shows the order of the
-// factors: x·t first, then the second component.
+// With the first three, an axis normalized in double, a float angle or elements made in float show in most elements. In
+// each of the others, the two terms of an element nearly cancel, so that the rest shows the order of the factors: x·t
+// first, then the second component.
 INSTANTIATE_ROWS(Rotations, AxisAngleStepsTest, {"MixedSigns", {-7.8f, -7.1f, 6.0f}, 9.7},
                  {"NegativeAngle", {-2.8f, 3.4f, -9.6f}, -8.1}, {"LargeNegativeAngle", {5.1f, -5.5f, -4.1f}, -9.2},
                  {"CancelsAtRow0Column0", {5.0f, 1.0f, 7.0f}, 2.0943950713059478},
@@ -327,7 +327,7 @@ TEST_P(LookAtStepsTest, EachStepIsRoundedToFloatInItsOrder)
     const Steps s = normalizedInSteps(crossInSteps(row.up, f));
     const Steps u = crossInSteps(f, s);
 
-    // The operands were chosen for this: u divided by its length, or up by its own, would show.
+    // With these operands, dividing u or up by its length would change the result.
     ASSERT_NE(u.x, normalizedInSteps(u).x);
     ASSERT_NE(s.x, normalizedInSteps(crossInSteps(normalizedInSteps(row.up), f)).x);
 

@@ -14,7 +14,7 @@
 
 #include <gtest/gtest.h>
 
-// All operations of the one instance in use, whether a test calls them or not.
+// Instantiates all functions, whether a test calls them or not.
 template class libMath::Matrix<float, 4, 4>;
 
 namespace {
@@ -46,7 +46,7 @@ TEST(MatrixTest, HoldsItsElementsAndNothingElse)
 }
 
 constexpr unsigned unsignedMax = std::numeric_limits<unsigned>::max();
-/// The lowest integer whose successor has no float: 16777217 rounds back to it.
+/// The lowest integer whose successor is no float: 16777217 rounds back to it.
 constexpr float limit = 16777216.0f;
 
 Vector4 vector(float x, float y, float z, float w)
@@ -252,7 +252,7 @@ struct AssertionCase : Row {
     unsigned y; ///< of row and column access alone
     const char* expression;
 };
-/// Makes the access of the row. @return what was read, which no caller gets if the assertion holds the access back
+/// Makes the access of the row. @return the value that was read, if the assertion does not prevent it
 float access(Matrix4& m, const AssertionCase& row)
 {
     const Matrix4& constant = m;

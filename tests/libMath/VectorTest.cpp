@@ -12,7 +12,7 @@
 
 #include <gtest/gtest.h>
 
-// All operations of the size that has them all, whether a test calls them or not.
+// Instantiates all functions of the size that has them all, whether a test calls them or not.
 template class libMath::Vector<float, 3>;
 
 namespace {
@@ -40,7 +40,7 @@ TEST(VectorTest, HoldsItsElementsAndNothingElse)
     EXPECT_EQ(4 * sizeof(float), sizeof(Vector4));
 }
 
-/// The lowest integer whose successor has no float: 16777217 rounds back to it.
+/// The lowest integer whose successor is no float: 16777217 rounds back to it.
 constexpr float limit = 16777216.0f;
 /// Its square is 1 + 2^-11 + 2^-24, which float rounds to 1 + 2^-11.
 constexpr float justAboveOne = 1.0f + 1.0f / 4096.0f;
@@ -158,7 +158,7 @@ TEST(VectorTest, DifferenceWithItselfIsPositiveZero)
 
 TEST(VectorTest, DifferenceIsRoundedToFloat)
 {
-    // 2^24 + 1 and 0.1 + 2^24 have no float of their own.
+    // 2^24 + 1 and 0.1 + 2^24 are no floats.
     EXPECT_EQ(triple(limit, limit, limit + 4.0f), triple(Vector3(limit, 0.1f, limit) - Vector3(-1.0f, -limit, -3.0f)));
 }
 
@@ -195,7 +195,7 @@ TEST_P(VectorNormalizedTest, SumsSquaresInOrderTakesTheRootAndDividesAllInFloat)
     const float third = second + zz;
     const float length = std::sqrt(third);
 
-    // The operands were chosen for this: another order, a wider type or a product with the reciprocal is seen.
+    // With these operands, another order, a wider type or a product with the reciprocal would change the result.
     const float xAndZFirst = xx + zz;
     const float otherLength = std::sqrt(xAndZFirst + yy);
     const float yAndZFirst = yy + zz;
@@ -355,7 +355,7 @@ TEST(VectorTest, DotRoundsEachProductToFloat)
 
 TEST(VectorTest, DotOfNegativeZeroProductsIsPositiveZero)
 {
-    // 0 + −0 is 0, so the 0 in front of the sum shows.
+    // 0 + −0 is 0, so the result shows that the sum starts with 0.
     const float result = Vector3(-0.0f, -0.0f, -0.0f).dot(Vector3(1.0f, 2.0f, 3.0f));
     EXPECT_EQ(0.0f, result);
     EXPECT_FALSE(std::signbit(result));

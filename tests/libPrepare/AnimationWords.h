@@ -12,7 +12,7 @@ std::string input(const std::string& semantic, const std::string& id);
 /// A library with one nested animation, whose sampler reads the sources "t" and "o" and, where they are there, "k", "in"
 /// and "out".
 std::string animated(const std::string& target, const std::string& sources);
-/// A flat `<animation>` that the scene graph reads as it is. The ids of what lies in it start with its own.
+/// A flat `<animation>` that the scene graph reads as it is. The ids of its elements start with its own.
 std::string flat(const std::string& id, const std::string& target, const std::string& params, const std::string& times,
                  const std::string& values, const std::string& words);
 /// A library with one visual scene "v", which is shown.

@@ -42,7 +42,7 @@ struct InputCase : testSupport::Row {
     std::string content;
     const char* inputs;
     const char* list;
-    const char* kind; // of a finding that must be there
+    const char* kind; // of an expected finding
 };
 
 class ArrangeInputsTest : public testing::TestWithParam<InputCase> {};
@@ -180,7 +180,7 @@ TEST(ArrangeInputsMeshTest, CoordinatesOfVerticesAreNoSetThatATextureTakes)
 }
 
 struct SourceCase : testSupport::Row {
-    std::string source; // of the id "p"
+    std::string source; // with the id "p"
     const char* numbers;
     const char* params;
 };

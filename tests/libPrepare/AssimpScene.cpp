@@ -8,7 +8,7 @@ namespace test {
 
 namespace {
 
-/// The keys around a time, and how far it is from the first to the second.
+/// The keys around a time, and its position between them from 0 to 1.
 struct Span {
     unsigned first = 0;
     unsigned second = 0;
@@ -60,7 +60,7 @@ Matrix matrixAt(const aiNodeAnim& curves, double time)
     return move * Matrix(valueAt(curves.mRotationKeys, curves.mNumRotationKeys, time).GetMatrix()) * scale;
 }
 
-// The same for all animations of a document.
+// Of all animations of a document.
 double ticksPerSecond(const aiScene& scene)
 {
     const double ticks = scene.mAnimations[0]->mTicksPerSecond;
@@ -92,7 +92,7 @@ Vector turned(const Matrix& matrix, const Vector& direction)
 
 AssimpScene::AssimpScene(const std::string& file)
 {
-    // A document without meshes would get one that shows its nodes.
+    // Otherwise a document without meshes would get one that shows its nodes.
     m_importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
     m_scene = m_importer.ReadFile(file, 0);
 }

@@ -16,7 +16,7 @@ using Vector = aiVector3t<double>;
 
 Vector vectorOf(const aiVector3D& vector);
 Matrix matrixOf(const aiMatrix4x4& matrix);
-/// A direction, which the translation of a matrix leaves alone.
+/// Transforms a direction, to which the translation does not apply.
 Vector turned(const Matrix& matrix, const Vector& direction);
 
 /// A node and its matrix to the world.
@@ -30,18 +30,18 @@ class AssimpScene {
 public:
     explicit AssimpScene(const std::string& file);
 
-    /// Null if it does not take the file.
+    /// Null if it refuses the file.
     const aiScene* get() const { return m_scene; }
-    /// Why it does not take the file.
+    /// Why it refuses the file.
     std::string error() const { return m_importer.GetErrorString(); }
 
-    /// All nodes with the curves at a time in seconds, each after the node above it.
+    /// All nodes with their curves at a time in seconds, parents first.
     std::vector<PlacedNode> nodesAt(double seconds) const;
-    /// The matrices of the nodes whose name no other node has, which is their id if they have one.
+    /// The matrices of nodes with a unique name, which is the id if there is one.
     std::map<std::string, Matrix> worldsAt(double seconds) const;
     /// The curves of a node, by its name. Each holds the whole matrix of the node, so that several contradict each other.
     std::multimap<std::string, const aiNodeAnim*> curves() const;
-    /// The matrix to the node above at a time in seconds.
+    /// The matrix relative to the parent at a time in seconds.
     Matrix localAt(const aiNodeAnim& curves, double seconds) const;
 
 private:

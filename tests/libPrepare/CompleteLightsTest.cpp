@@ -47,7 +47,7 @@ std::string vendor(const std::string& values)
     return "<extra><technique profile=\"FCOLLADA\">" + values + "</technique></extra>";
 }
 
-// The id of the node that a spot's vendor data names.
+// The id of the node that the vendor data of a spot light names.
 std::string targetOf(const Prepared& prepared, const std::string& light)
 {
     const std::string text = prepared.text(("//light[@id='" + light + "']/extra/technique/target").c_str());
@@ -131,7 +131,7 @@ TEST(CompleteLightsTest, SpotInTheSceneIsAimedAtANodeBesideIt)
 
 TEST(CompleteLightsTest, SpotUnderATurnedNodeIsAimedInTheScene)
 {
-    // A quarter turn about Y turns -Z into -X; the spot is at (2, 0, 0) in the world.
+    // A quarter turn about Y maps -Z to -X; the spot is at (2, 0, 0) in the world.
     const std::string turned = "<matrix>0 0 1 0 0 1 0 0 -1 0 0 0 0 0 0 1</matrix>";
     const Prepared prepared(
         scene(light("l", wholeSpot), node("parent", turned, node("n", at("0", "0", "2"), show("l")))));

@@ -70,7 +70,7 @@ TEST(CopyInstanceNodesTest, NodeThatHoldsTheWholeSceneIsACircle)
 
 TEST(CopyInstanceNodesTest, CopiesOfAShownNodeAreMadeOfWhatItWas)
 {
-    // "b" holds "l"; a copy of "b" inside "l" would hold "l" again, wherever the work on "b" has got to.
+    // "b" holds "l"; a copy of "b" inside "l" would hold "l" again, however far the work on "b" is.
     const Prepared done(library("<node id='l' name='l'>" + still + instance("b") + "</node>") +
                         shown("<node id='b' name='b'>" + still + instance("l") + "</node><node id='c'>" + still +
                               instance("l") + "</node>"));
@@ -80,7 +80,7 @@ TEST(CopyInstanceNodesTest, CopiesOfAShownNodeAreMadeOfWhatItWas)
     EXPECT_EQ(0U, done.count("//node[@id='c']/node/node/node"));
 }
 
-// Such as a node in a library that lies in a node.
+// For example, a node in a library that is in a node.
 TEST(CopyInstanceNodesTest, IdsOfWhatIsNotShownInAShownNodeStayDifferent)
 {
     const Prepared done(shown("<node id='a'>" + still + "<library_nodes><node id='b'/></library_nodes></node><node>" +

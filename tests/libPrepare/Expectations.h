@@ -7,10 +7,10 @@
 
 namespace test {
 
-/// Expects that a second run over what came out of the first changes nothing.
+/// Expects that preparing the result again changes nothing.
 void expectStable(const Prepared& prepared, const libPrepare::Options& options = {});
 
-/// Expects as many numbers, each that close.
+/// Expects the same number of values, each within the tolerance.
 void expectNear(const std::vector<double>& expected, const std::vector<double>& actual, double error = 1e-9);
 
 /// A document in canonical XML, read by libxml2: "not well-formed" if that refuses it.

@@ -11,7 +11,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A folder with a document in "in", whose images lie beside it and in "in/sub", and with an empty folder "out".
+// A folder with a document in "in", images beside it and in "in/sub", and an empty folder "out".
 class FindImagesTest : public testing::Test {
 protected:
     FindImagesTest() { fs::create_directories(inFolder("out")); }
@@ -19,7 +19,7 @@ protected:
     fs::path inFolder(const std::string& name) const { return m_folder.path() / name; }
     void image(const std::string& name) const { m_folder.write("in/" + name, "picture"); }
 
-    // The reference of an image after the document went to a file.
+    // The reference of an image after the document was written to a file.
     std::string prepared(const std::string& reference, const std::string& out) const
     {
         const fs::path document = m_folder.write(

@@ -8,14 +8,14 @@
 
 namespace test {
 
-/// The numbers of the source of that semantic.
+/// The numbers of the source with this semantic.
 /// @param animation XPath of a flat `<animation>`, here and below
 std::vector<double> sourceOf(const Prepared& done, const std::string& animation, const std::string& semantic);
 
 /// The interpolation words.
 std::string wordsOf(const Prepared& done, const std::string& animation);
 
-/// What the scene graph makes of a flat curve, written anew from its own rules: one number of a value at a time.
+/// The scene graph's evaluation of a flat curve, implemented independently: one number of the value at a time.
 double played(const Prepared& done, const std::string& animation, std::size_t component, double time, double declared);
 
 } // namespace test

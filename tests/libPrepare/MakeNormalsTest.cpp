@@ -28,7 +28,7 @@ libPrepare::Options crease(double angle)
     return options;
 }
 
-// A roof: two faces that meet in the edge from 0 0 0 to 0 1 0. The left one is flat, the right one rises by an angle.
+// A roof: two faces that meet at the edge from 0 0 0 to 0 1 0. The left one is flat, the right one rises by an angle.
 std::string roof(double angle)
 {
     const double radians = angle * 3.14159265358979323846 / 180;
@@ -58,7 +58,7 @@ TEST(MakeNormalsTest, FacesWithinTheAngleShareTheMeanOfTheirNormals)
     const double half = 25 * 3.14159265358979323846 / 180;
     test::expectNear({-std::sin(half), 0, std::cos(half)}, all[0], 1e-7);
     test::expectNear({-std::sin(half), 0, std::cos(half)}, all[3], 1e-7);
-    test::expectNear({0, 0, 1}, all[2], 1e-7); // a corner of the flat face alone
+    test::expectNear({0, 0, 1}, all[2], 1e-7); // a corner that only the flat face has
     test::expectNear({-std::sin(2 * half), 0, std::cos(2 * half)}, all[5], 1e-7);
     const Prepared again(result.xml(), crease(60));
     EXPECT_EQ(result.xml(), again.xml());

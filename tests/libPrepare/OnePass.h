@@ -11,7 +11,7 @@
 
 namespace test {
 
-/// What one pass makes of a document, without those before it and after it.
+/// Runs one pass on a document, without the passes before and after it.
 struct OnePass {
     OnePass(void (*pass)(libPrepare::Document&), const std::string& body)
     {

@@ -75,7 +75,7 @@ INSTANTIATE_ROWS(Rows, OddTest, {"Empty", ""}, {"OtherRoot", "<a/>"}, {"TwoRoots
                  {"Deep", inRoot(times(6'000, "<a>") + times(6'000, "</a>"))},
                  {"LongName", inRoot("<" + times(200, "a") + "/>")});
 
-// Each byte of a document is left out, doubled, and replaced by all that means something somewhere.
+// Each byte of a document is removed, doubled, and replaced by every byte with a meaning in XML.
 TEST(PlainFormTest, WhatNeedsNoParserIsFineForTheParser)
 {
     const std::string document =

@@ -9,7 +9,7 @@
 
 #include <string>
 
-// Whole documents from file to file.
+// Prepares whole documents from file to file.
 
 namespace {
 
@@ -17,8 +17,8 @@ using test::canonical;
 using test::contentOf;
 using test::TemporaryFolder;
 
-// A document that needs nothing, in words that a careless writer would change: numbers with zeros at their ends, quotes
-// of both kinds, references to characters, comments, processing instructions, blanks, vendor data.
+// A document that needs no change, written in ways that a careless writer would change: numbers with trailing zeros,
+// both kinds of quotes, character references, comments, processing instructions, blanks, vendor data.
 struct Words {
     std::string node = "<matrix sid='m'>1.0 0 0 1e0\n 0 1 0 -0.0 0 0 01 0.500 0 0 0 1</matrix>";
     std::string shader =

@@ -9,9 +9,9 @@
 
 namespace test {
 
-/// A document prepared in memory: what came out, and the report.
+/// A document prepared in memory: the result and the report.
 struct Prepared {
-    /// @param body what lies in `<COLLADA>`, or a whole document if it starts with `<?xml` or `<COLLADA`
+    /// @param body content of `<COLLADA>`, or a whole document if it starts with `<?xml` or `<COLLADA`
     explicit Prepared(const std::string& body, const libPrepare::Options& options = {});
 
     /// The first node that an XPath finds.
@@ -22,7 +22,7 @@ struct Prepared {
     /// The numbers of the first node that an XPath finds.
     std::vector<double> numbers(const std::string& path) const;
     /// The numbers of the source that the input of a semantic leads to.
-    /// @param owner XPath of what holds the input
+    /// @param owner XPath of the input's parent
     std::vector<double> inputNumbers(const std::string& owner, const std::string& semantic) const;
     /// The findings of a kind.
     std::size_t findings(const char* kind) const;
@@ -33,7 +33,7 @@ struct Prepared {
     libPrepare::Report report;
 };
 
-/// A document with this body around which nothing is missing: `<COLLADA>` and `<asset>`.
+/// A complete document with this body, with `<COLLADA>` and `<asset>`.
 std::string colladaDocument(const std::string& body);
 
 } // namespace test

@@ -47,7 +47,7 @@ std::string reasonAgainst(const Limit (&limits)[count], const pugi::xml_document
     return found == std::end(limits) ? std::string() : found->reason;
 }
 
-// It takes the last one where the first counts.
+// It uses the last one, but the first counts.
 bool hasDoubledId(const pugi::xml_document& document)
 {
     std::set<std::string_view> ids;
@@ -56,7 +56,7 @@ bool hasDoubledId(const pugi::xml_document& document)
                        [&](const pugi::xpath_node& bearer) { return !ids.insert(bearer.attribute().value()).second; });
 }
 
-// It takes what is after the first dot for a member, and does not look below the node for what the target names.
+// It reads everything after the first dot as a member, and does not search the children of the node for the target.
 bool hasOddTarget(const pugi::xml_document& document)
 {
     const pugi::xpath_node_set channels = document.select_nodes("//channel/@target");
@@ -79,7 +79,7 @@ bool hasMisleadingSymbol(const pugi::xml_document& document)
     });
 }
 
-// Others are made plain.
+// Other ids become plain ones.
 bool isPlain(const std::string& id)
 {
     return !id.empty() && std::all_of(id.begin(), id.end(), [](char c) {
@@ -139,12 +139,12 @@ std::map<std::string, std::vector<double>> timesOf(const pugi::xml_document& doc
         }
     }
     for (auto& [node, common] : times) {
-        common.erase(common.begin(), std::lower_bound(common.begin(), common.end(), 0.0)); // earlier keys are cut off
+        common.erase(common.begin(), std::lower_bound(common.begin(), common.end(), 0.0)); // earlier keys are removed
     }
     return times;
 }
 
-// It takes the keys in the order in which they are given.
+// It does not sort the keys.
 bool hasUnsortedKeys(const pugi::xml_document& document)
 {
     const pugi::xpath_node_set channels = document.select_nodes("//channel/@source");

@@ -12,8 +12,8 @@
 #include <filesystem>
 #include <string>
 
-// Another reader finds the same triangles at the same places in a document and in what it is prepared to. The documents
-// hold only what that reader reads as the standard says.
+// Another reader finds the same triangles at the same positions in a document and in its prepared version. The
+// documents contain only what that reader reads as the standard says.
 
 namespace {
 
@@ -22,7 +22,7 @@ using test::shapeOf;
 using testSupport::Row;
 using testSupport::rowName;
 
-// A unit square in the plane of X and Y, and two points before and behind its middle.
+// A unit square in the plane of X and Y, and two points in front of and behind its middle.
 std::string geometry(const std::string& primitive)
 {
     return "<library_geometries><geometry id='g'><mesh><source id='p'><float_array id='pa' count='18'>"

@@ -13,15 +13,15 @@ namespace test {
 
 namespace {
 
-// Share of what is compared by which it may differ: the reader computes in float.
+// Relative tolerance: the reader computes in float.
 constexpr double tolerance = 1e-4;
 constexpr double normalTolerance = 2e-3;
-// Share of its size by which a corner of a flat polygon may be off its plane.
+// How far a corner of a flat polygon may be off its plane, relative to the size.
 constexpr double flatness = 1e-4;
-// A face has none if its area is below this share of the square of its longest side: rounding makes some of nothing.
+// A face counts as having no area below this share of the square of its longest side: rounding can produce one.
 constexpr double noArea = 1e-6;
 
-/// The matrices that take a mesh into the world: one for all vertices, or that of its joints for each.
+/// The matrices of a mesh to the world: one for all vertices, or one per vertex from its joints.
 class Pose {
 public:
     Pose(const aiMesh& mesh, const Matrix& world, const std::map<std::string, Matrix>& nodes)
@@ -105,7 +105,7 @@ public:
             surface.bend += m_area - area;
             return;
         }
-        for (std::size_t i = 1; i + 1 < m_corners.size(); ++i) { // a concave one has some that count against the others
+        for (std::size_t i = 1; i + 1 < m_corners.size(); ++i) { // in a concave face, some count against the others
             const double part = ((at(i) - at(0)) ^ (at(i + 1) - at(0))) * m_direction / (2 * area);
             surface.moment += (at(0) + at(i) + at(i + 1)) * (part / 3);
         }
@@ -141,7 +141,7 @@ void addMesh(const aiMesh& mesh, const Pose& pose, Surface& surface, Shape& shap
     }
 }
 
-/// Corners by where they are.
+/// Corners by position.
 class CornerGrid {
 public:
     CornerGrid(const std::vector<Corner>& corners, double distance) : m_distance(distance)
@@ -188,7 +188,7 @@ void expectCorners(const std::vector<Corner>& expected, const std::vector<Corner
 {
     const CornerGrid grid(found, distance);
     for (const Corner& corner : expected) {
-        if (!grid.holdsLike(corner)) { // one says enough
+        if (!grid.holdsLike(corner)) { // one is enough
             ADD_FAILURE() << "only " << whose << " has a corner like that at " << corner.position.x << ' '
                           << corner.position.y << ' ' << corner.position.z;
             return;
@@ -199,7 +199,7 @@ void expectCorners(const std::vector<Corner>& expected, const std::vector<Corner
 void expectSameSurface(const Surface& before, const Surface& after, double size)
 {
     EXPECT_EQ(before.triangles, after.triangles);
-    EXPECT_NEAR(before.area, after.area, tolerance * before.area + 4 * before.bend); // cut otherwise, it bends more
+    EXPECT_NEAR(before.area, after.area, tolerance * before.area + 4 * before.bend); // another cut may bend more
     EXPECT_LE((before.direction - after.direction).Length(), tolerance * before.area);
     if (!(before.bend > 0)) {
         EXPECT_LE((before.moment - after.moment).Length(), tolerance * before.area * size);

@@ -15,20 +15,20 @@ namespace test {
 struct Corner {
     Vector position;
     std::optional<Vector> normal; ///< of length 1
-    /// Of all sets, by their number: two numbers each, and then the color, four, if there is one.
+    /// Texture coordinates of all sets in order, two numbers each, then the color with four numbers, if any.
     std::vector<double> coordinates;
 
-    /// Whether it is the same corner as another, but for rounding. @param distance between their positions at most
+    /// Whether it equals another corner, apart from rounding. @param distance greatest distance of their positions
     bool isLike(const Corner& other, double distance) const;
 };
 
-/// Faces that look alike. What is added up is the same however a polygon is cut into triangles.
+/// Faces with the same look. The sums do not depend on how polygons are cut into triangles.
 struct Surface {
-    std::size_t triangles = 0;   ///< those of polygons included; faces without area are left out
-    double area = 0;             ///< of a bent polygon, that of its shadow on the plane that it is nearest to
-    double bend = 0;             ///< by how much the triangles of bent polygons are larger than these shadows
+    std::size_t triangles = 0;   ///< including those of polygons, without faces that have no area
+    double area = 0;             ///< for a bent polygon, the area of its projection onto the nearest plane
+    double bend = 0;             ///< by how much the triangles of bent polygons exceed these projections
     Vector direction;            ///< area times normal
-    Vector moment;               ///< area times center, of all but bent polygons
+    Vector moment;               ///< area times center, without bent polygons
     std::vector<Corner> corners; ///< of all faces with an area
 };
 
@@ -41,13 +41,13 @@ struct Shape {
     /// By diffuse texture or color.
     std::map<std::string, Surface> surfaces;
 
-    /// The longest side of what it fills; 0 if it is empty.
+    /// The longest side of the bounding box; 0 if it is empty.
     double size() const;
 
     static constexpr double infinity = std::numeric_limits<double>::infinity();
 };
 
-/// Expects that the reader takes the file.
+/// Expects the reader to accept the file.
 Shape shapeOf(const std::string& file);
 /// @param isByLook false puts all faces into one surface
 Shape shapeOf(const AssimpScene& scene, bool isByLook = true);
@@ -55,7 +55,7 @@ Shape shapeOf(const AssimpScene& scene, bool isByLook = true);
 /// A color or the name of a texture's file without its folder, as text; empty if the material has neither.
 std::string lookOf(const aiMaterial& material, const char* key, unsigned type, unsigned index, aiTextureType texture);
 
-/// Expects the same faces, wherever they may be cut.
+/// Expects the same faces, however they are cut.
 void expectSameShape(const Shape& before, const Shape& after);
 
 } // namespace test

@@ -11,7 +11,7 @@ namespace {
 
 using libPrepare::ColumnCensus;
 
-// Of a source with this list, whose accessor promises far more than it holds.
+// The layout of a source with this list, whose accessor claims far more than it has.
 libPrepare::SourceLayout layoutOf(const std::string& list)
 {
     pugi::xml_document xml;

@@ -9,7 +9,7 @@
 
 #include <string>
 
-// Documents that a second run once changed again.
+// Documents that a second run used to change again.
 
 namespace {
 

@@ -18,8 +18,8 @@
 #include <string>
 #include <vector>
 
-// Another reader finds the same in a document and in what it is prepared to: faces with what they look like, nodes,
-// motion, cameras and lights, all in the world.
+// Another reader finds the same in a document and in its prepared version: faces with their look, nodes, motion,
+// cameras and lights, all in world space.
 
 namespace {
 
@@ -66,7 +66,7 @@ TEST_P(StoredDocumentTest, SaysTheSameToAnotherReader)
     expectSameLights(*m_before, *m_after, movedLights());
 }
 
-// The reader turns every document so that Y points up, and measures it in meters.
+// The reader turns every document to Y up and converts it to meters.
 TEST_P(StoredDocumentTest, IsWhereItWasAfterATurnToAnotherAxisAndUnit)
 {
     libPrepare::Options options;
@@ -83,13 +83,13 @@ TEST_P(StoredDocumentTest, IsWhereItWasAfterATurnToAnotherAxisAndUnit)
 INSTANTIATE_TEST_SUITE_P(Documents, StoredDocumentTest, testing::ValuesIn(documents::allDocuments()),
                          [](const auto& row) { return row.param.name; });
 
-// Larger ones take too long under a sanitizer.
+// Larger documents take too long under a sanitizer.
 constexpr std::uintmax_t maxSize = 2'000'000;
-// The motion of a node is compared at no more than twice as many times.
+// The motion of a node is compared at no more than twice this many times.
 constexpr std::size_t maxTimes = 50;
 constexpr double tolerance = 1e-4;
 
-// A curve of a whole <rotate> is one of its angle to the library. The reader wants that said.
+// To the library, a curve of a whole <rotate> is one of its angle. The reader expects this to be explicit.
 void nameAngles(pugi::xml_document& document)
 {
     for (const pugi::xpath_node& found : document.select_nodes("//channel")) {
@@ -134,7 +134,7 @@ void StoredDocumentTest::prepare(const libPrepare::Options& options)
     const std::string out = (m_folder.path() / "out.dae").string();
     m_report = libPrepare::prepare(GetParam().path, out, options);
     if (!m_report.done) {
-        GTEST_SKIP() << m_report.findings.back().text; // which other tests are about
+        GTEST_SKIP() << m_report.findings.back().text; // other tests cover this
     }
     pugi::xml_document document;
     ASSERT_TRUE(document.load_file(out.c_str(), pugi::parse_full | pugi::parse_ws_pcdata));
@@ -200,7 +200,7 @@ void expectSameMaterials(const aiScene& before, const aiScene& after, const Read
     }
 }
 
-// How far apart the numbers of two matrices are, as a share of the largest.
+// The difference of two matrices, relative to their largest number.
 double difference(const Matrix& a, const Matrix& b)
 {
     double largest = 0;
@@ -243,7 +243,7 @@ void expectSameMotion(const AssimpScene& before, const AssimpScene& after, const
     }
 }
 
-// The matrix of the node that a camera or a light stands at, which the reader says by its name; nothing if several have it.
+// The matrix of the node with a camera or a light, found by its name; nothing if the name is not unique.
 std::optional<Matrix> worldOf(const AssimpScene& scene, const aiString& node)
 {
     const std::map<std::string, Matrix> worlds = scene.worldsAt(0);
@@ -312,7 +312,7 @@ struct PlacedLight {
     double cone;
 };
 
-// Expects that each of the first has its like among the others, one to one.
+// Expects a one-to-one match between both lists.
 template <class Item>
 void expectPairs(const std::vector<Item>& expected, std::vector<Item> found, const char* kind)
 {
@@ -346,7 +346,7 @@ void expectSameCameras(const AssimpScene& before, const AssimpScene& after)
     expectPairs(camerasOf(before), camerasOf(after), "camera");
 }
 
-// Neither directional nor ambient ones, which a prepared document has none of.
+// Without directional and ambient lights, which a prepared document does not have.
 std::vector<PlacedLight> lightsOf(const AssimpScene& scene)
 {
     std::vector<PlacedLight> lights;

@@ -7,7 +7,7 @@
 
 namespace test {
 
-/// A folder of its own that goes at the end.
+/// A temporary folder. The destructor removes it.
 class TemporaryFolder {
 public:
     TemporaryFolder();
@@ -16,9 +16,9 @@ public:
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
     const std::filesystem::path& path() const { return m_path; }
-    /// Writes a file, and the folders that it lies in. @return its path
+    /// Writes a file and creates its folders. @return its path
     std::filesystem::path write(const std::string& name, const std::string& content) const;
-    /// How many files lie in it.
+    /// Number of files in it.
     std::size_t size() const;
 
 private:

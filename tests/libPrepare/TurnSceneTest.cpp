@@ -98,7 +98,7 @@ TEST(TurnSceneTest, AnimatedRootsAndLookAtCamerasStayRight)
 TEST(TurnSceneTest, LightsWeakenAsBefore)
 {
     Options options;
-    options.unit = 0.5; // twice as many units to anywhere
+    options.unit = 0.5; // all distances double
     const Prepared done(document("", "<library_lights><light id='l'><technique_common><point><color>1 1 1</color>"
                                      "<constant_attenuation>1</constant_attenuation>"
                                      "<linear_attenuation>4</linear_attenuation>"

@@ -64,7 +64,7 @@ TEST(DataTest, FieldsStandInTheirOrder)
 
 constexpr unsigned noIndex = 0xFFFFFFFFu;
 
-/// What an accessor with this source says of where to read.
+/// Where an accessor with this source reads.
 const std::string ofFloats = "source='#floats' ";
 
 /// A document with one `<source>`, its `<float_array>` "floats" and its `<accessor>`.
@@ -105,7 +105,7 @@ const char* const indexAssertion = "libVideo/SceneGraph/Accessor: index < m_coun
 const char* const tokenAssertion = "libVideo/SceneGraph/Accessor: index < m_stride";
 const char* const unreachableAssertion = "libVideo/SceneGraph/Accessor: false";
 
-/// An accessor that counts how often it read its array.
+/// An accessor that counts how often it reads its array.
 class CountingAccessor : public AccessorFloat {
 public:
     unsigned reads = 0;
@@ -118,7 +118,7 @@ protected:
     }
 };
 
-/// An accessor that answers three of the questions that loading asks on its own.
+/// An accessor that overrides three of the functions that loading calls.
 class OverridingAccessor : public AccessorFloat {
 public:
     unsigned tokensOfFloat = 1;
@@ -1024,7 +1024,7 @@ TEST(AccessorReadTest, ReadsAllocateNothing)
         accessor[0];
         requestsOfReads = allocator.requests();
     }
-    EXPECT_GT(requestsOfLoad, 0); // requests inside the library are seen
+    EXPECT_GT(requestsOfLoad, 0); // requests inside the library are counted
     EXPECT_EQ(0, requestsOfReads);
     EXPECT_EQ(1.0f, floatIn(listOf(accessor)[0], 0));
 }
@@ -1033,14 +1033,14 @@ TEST(AccessorTest, ListThatCannotGrowThrowsNullPointerAndKeepsWhatItHolds)
 {
     SourceDocument document("1 2 3 4 5 6 7 8 9", ofFloats + "count='1'", repeated(PARAM_X, 9));
     long requests = 0;
-    for (unsigned run = 0; run < 2; ++run) { // the first run also makes what stays for the process
+    for (unsigned run = 0; run < 2; ++run) { // the first run also allocates what the process keeps
         AccessorFloat accessor;
         const AccessorRef element = document.accessor();
         const FailingAllocator allocator(-1);
         accessor.createFromCollada(element);
         requests = allocator.requests();
     }
-    // From the last request back to the one for the block of the ninth component.
+    // From the last request back to that for the block of the ninth component.
     bool hasThrown = false;
     for (long successes = requests - 1; successes > requests - 20 && successes >= 0 && !hasThrown; --successes) {
         AccessorFloat accessor;
@@ -1124,7 +1124,7 @@ TEST(AccessorReachTest, MissingValuesReadAsZero)
     EXPECT_EQ((Floats{1, 2, 3}), record(accessor, 0));
     EXPECT_EQ((Floats{4, 5, 0}), record(accessor, 1));
     EXPECT_EQ((Floats{0, 0, 0}), record(accessor, 2));
-    // What a read before left in the list does not show through.
+    // Values from the previous read are overwritten.
     EXPECT_EQ((Floats{1, 2, 3}), record(accessor, 0));
     EXPECT_EQ((Floats{0, 0, 0}), record(accessor, 2));
 }
@@ -1260,7 +1260,7 @@ TEST(AccessorCopyTest, AssignmentOfTheBaseCopiesNumbersAndList)
     EXPECT_EQ((Floats{4, 5, 6}), record(target, 1));
 }
 
-// The base knows the list and not the array, so another record cannot be had.
+// The base class knows the list but not the array, so it cannot read another record.
 TEST(AccessorCopyTest, ListWithoutItsArrayThrowsNullPointerAtAnotherRecord)
 {
     SourceDocument document("1 2 3 4 5 6", ofFloats + "count='2' offset='0'", PARAMS_XYZ);

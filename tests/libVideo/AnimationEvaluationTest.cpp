@@ -25,7 +25,7 @@ PRIVATE_MEMBER(linearBy, LinearFunction, &Animation::getLinearInterpolation)
 PRIVATE_MEMBER(bezierBy, BezierFunction, &Animation::getBezierInterpolation)
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
-/// What a document says of a curve. Each array holds the same number of numbers for each time; an empty one makes no
+/// The arrays of a curve in a document. Each holds the same number of values for each time; an empty one makes no
 /// input.
 struct CurveText {
     Numbers times;
@@ -40,8 +40,8 @@ Animation loadSpread(const CurveText& curve, unsigned size);
 struct EvaluationCase : Row {
     CurveText curve;
     double time;
-    bool isStatic;   ///< the input comes back
-    double expected; ///< else this, times c + 1 in component c
+    bool isStatic;   ///< the input is returned
+    double expected; ///< otherwise this, times c + 1 in component c
 };
 
 class AnimationEvaluationTest : public testing::TestWithParam<EvaluationCase> {};
@@ -77,7 +77,7 @@ std::string floatInput(const std::string& semantic, const Numbers& numbers, std:
 
 Animation load(const CurveText& curve);
 
-// A kind that no document can ask for.
+// A kind that no document can request.
 void setFirstKind(Animation& animation, unsigned char kind)
 {
     Kinds& kinds = kindsField(animation);
@@ -144,7 +144,7 @@ EvaluationCase input(const char* name, const CurveText& curve, double time)
     return {name, curve, time, true, 0.0};
 }
 
-/// Keys at 1, 2 and 3 seconds of values 10, 20 and 40.
+/// Keys at 1, 2 and 3 seconds with the values 10, 20 and 40.
 CurveText usual(const char* words)
 {
     return {{1, 2, 3}, {10, 20, 40}, words};
@@ -217,7 +217,7 @@ INSTANTIATE_ROWS(
     value("QuarterOfTheSpan", bezier({1, 3}, {4, 8}, {500, 6}, {2, 700}), 1.5, 3.5),
     // s = 1/2: 3·1/8 + 3·5/8 + 8/8 + 16/8 = 0.375 + 1.875 + 1 + 2
     value("SecondSpan", bezier({1, 2, 3}, {0, 8, 16}, {500, 6, 1}, {2, 5, 700}), 2.5, 5.25),
-    // A curve whose control points are at the thirds is straight: s = 1/4 of 0 to 12.
+    // With its control points at the thirds, a curve is straight: s = 1/4 of 0 to 12.
     value("StraightCurve", bezier({1, 3}, {0, 12}, {500, 8}, {4, 700}), 1.5, 3),
     value("FirstKeyWithoutTangents", usual("BEZIER BEZIER BEZIER"), 1, 10),
     value("SecondKeyWithoutTangents", usual("BEZIER BEZIER BEZIER"), 2, 20),
@@ -242,7 +242,7 @@ INSTANTIATE_ROWS(OddTimes, AnimationEvaluationTest, input("NoRecordsAtSecondZero
                  input("NegativeLengthStillLeavesSecondZero", {{-3, -2, -1}, {10, 20, 40}}, 0),
                  value("LengthZeroReachesNegativeTimes", {{-2, -1, 0}, {10, 20, 40}}, -0.5, 30),
                  input("LengthZeroIsOverLater", {{-2, -1, 0}, {10, 20, 40}}, 0.5),
-                 // A curve that covers second 0 is not asked there, nor at the multiples of its length.
+                 // A curve that covers second 0 is not evaluated there, nor at multiples of its length.
                  input("SecondZeroInsideACurve", {{-1, 1, 3}, {10, 20, 40}}, 0),
                  input("LengthOfACurveAroundZero", {{-1, 1, 3}, {10, 20, 40}}, 3),
                  input("MinusTheLengthOfACurveAroundZero", {{-1, 1, 3}, {10, 20, 40}}, -3),
@@ -251,22 +251,22 @@ INSTANTIATE_ROWS(OddTimes, AnimationEvaluationTest, input("NoRecordsAtSecondZero
                  value("SpanUpToEqualTimes", {{1, 2, 2, 4}, {10, 20, 40, 80}}, 1.5, 15),
                  value("SpanBehindEqualTimes", {{1, 2, 2, 4}, {10, 20, 40, 80}}, 3, 60),
                  input("BeforeEqualTimesAtTheStart", {{2, 2, 4}, {10, 20, 40}}, 1),
-                 // The first record not before 2.5 is the one at 5, although the one at 1 comes after it.
+                 // The first record that is not before 2.5 is the one at 5, although the one at 1 comes after it.
                  value("DescendingTimeIsPassedOver", {{2, 5, 1, 6}, {10, 40, 0, 0}}, 2.5, 15),
                  value("FirstMatchNotBestMatch", {{1, 5, 2, 6}, {10, 50, 0, 0}}, 2, 20),
                  input("EarlierTimeBehindTheFirstKeyIsNotFound", {{2, 1, 6}, {10, 20, 40}}, 1),
-                 // A key whose time is no number ends the search, and a span to it has no result but that.
+                 // A key whose time is NaN stops the search, and interpolation up to it gives NaN.
                  input("FirstTimeIsNoNumber", {{notANumber, 2, 3}, {10, 20, 40}}, 1.5),
                  value("SpanToATimeThatIsNoNumber", {{1, notANumber, 3}, {10, 20, 40}}, 2, notANumber),
                  value("HitBeforeATimeThatIsNoNumber", {{1, notANumber, 3}, {10, 20, 40}}, 1, 10),
                  value("StepUpToATimeThatIsNoNumber", {{1, notANumber, 3}, {10, 20, 40}, "STEP STEP STEP"}, 2, 10),
-                 // A length that is no number is not greater than 0, so nothing wraps.
+                 // A length that is NaN is not greater than 0, so nothing wraps.
                  value("LengthThatIsNoNumberDoesNotWrap", {{1, 2, notANumber}, {10, 20, 40}}, 1.5, 15),
                  value("LengthThatIsNoNumberHasALastKey", {{1, 2, notANumber}, {10, 20, 40}}, 9, notANumber),
                  // An infinite length turns every time into 0 times infinity.
                  input("InfiniteLength", {{1, 2, infinity}, {10, 20, 40}}, 1.5),
                  input("InfiniteLengthAtAKey", {{1, 2, infinity}, {10, 20, 40}}, 1),
-                 // infinity / infinity is no number, which converts like a quotient outside of 32 bits: infinity stays.
+                 // infinity / infinity is NaN, which converts like a quotient beyond 32 bits: infinity stays.
                  value("InfiniteLengthAtInfinity", {{1, 2, infinity}, {10, 20, 40}}, infinity, 40),
                  // (20 - 10) · 1 / infinity + 10
                  value("SpanToAnInfiniteTime", {{1, infinity, 3}, {10, 20, 40}}, 2, 10),
@@ -275,18 +275,18 @@ INSTANTIATE_ROWS(OddTimes, AnimationEvaluationTest, input("NoRecordsAtSecondZero
                  value("InfinityIsHit", {{1, infinity, -1}, {10, 20, 40}}, infinity, 20),
                  input("MinusInfinityAsLength", {{1, 2, -infinity}, {10, 20, 40}}, 3),
                  value("MinusInfinityAsLengthDoesNotWrap", {{1, 2, -infinity}, {10, 20, 40}}, 1.5, 15),
-                 // 9·10^9 / 3 is outside of 32 bits: t = 9·10^9 + 2^31 · 3, far past the last key.
+                 // 9·10^9 / 3 is beyond 32 bits: t = 9·10^9 + 2^31 · 3, far past the last key.
                  input("QuotientAbove32Bits", linear(), 9e9),
                  // -6442450949 / 3 is below -2^31: t = -6442450949 + 2147483648 · 3 = -5, before the first key at -4.
                  input("QuotientBelow32BitsBeforeTheFirstKey", {{-4, -1, 3}, {10, 40, 80}}, -6442450949.0),
                  // -6442450946 / 3 is -2147483648.67, which still fits: t = -2.
                  value("QuotientOfTheSmallestInteger", {{-4, -1, 3}, {10, 40, 80}}, -6442450946.0, 30),
-                 // -6442450947.5 / 3 is -2147483649.17: t = -3.5, where an exact quotient would leave -0.5.
+                 // -6442450947.5 / 3 is -2147483649.17: t = -3.5, where an exact quotient would give -0.5.
                  value("QuotientBelow32Bits", {{-4, -1, 3}, {10, 40, 80}}, -6442450947.5, 15));
 
 // ---- reading of the records by overload
 
-/// Keys at 1, 2 and 3 with so many values each, all of them 5.
+/// Keys at 1, 2 and 3 with this many values each, all of them 5.
 Animation withValues(unsigned size, const char* words)
 {
     return load({{1, 2, 3}, Numbers(3 * size, 5.0), words});
@@ -392,7 +392,7 @@ TEST(AnimationOverloadTest, ScalarKeepsAllDigitsAndTheOthersNarrow)
 
 TEST(AnimationOverloadTest, VectorIsInterpolatedInDoubleAndNarrowedOnce)
 {
-    // 2^24 + 1 has no float. Narrowed before, it would give 8388608.5, whose float is 8388608.
+    // 2^24 + 1 is not a float. If it were rounded first, the result would be 8388608.5, which rounds to 8388608.
     Animation animation = load({{1, 2}, {16777217, 0, 0, 1, 0, 0}});
     EXPECT_EQ(8388609.0f, animation.applyAnimation(staticVector(), 1.5)[0]);
 }
@@ -544,7 +544,7 @@ TEST_P(AnimationModulusTest, WrapsByATruncatedQuotient)
     }
 }
 
-// Where a quotient has no place in 32 bits, the conversion gives -2147483648.
+// A quotient that does not fit into 32 bits is converted to -2147483648.
 INSTANTIATE_ROWS(Times, AnimationModulusTest, {"Zero", 3, 0, 0}, {"Inside", 3, 2.5, 2.5}, {"Length", 3, 3, 0},
                  {"OneRound", 3, 3.5, 0.5}, {"ManyRounds", 3, 3001, 1}, {"NegativeKeepsItsSign", 3, -1, -1},
                  {"NegativeRound", 3, -4, -1}, {"NegativeLengthOfTime", 3, -3, 0}, {"LengthZero", 0, 7.5, 7.5},
@@ -588,7 +588,7 @@ SearchResult search(Animation& animation, double seconds)
     return result;
 }
 
-/// The walk from the first record that every search has to agree with.
+/// The linear search that every search has to agree with.
 SearchResult walk(const Numbers& times, double seconds)
 {
     SearchResult result;
@@ -649,7 +649,7 @@ TEST(AnimationSearchTest, PositiveAndNegativeZeroAreEqual)
     EXPECT_EQ((SearchResult{true, 1, 1}), search(animation, -0.0));
 }
 
-/// One animation whose times are exchanged in the opened document, then read again.
+/// One animation, whose times are replaced in the open document and then read again.
 class TimesDocument {
 public:
     TimesDocument()
@@ -688,7 +688,7 @@ private:
     Animation m_animation;
 };
 
-using Generator = std::mt19937; // its numbers are the same everywhere
+using Generator = std::mt19937; // gives the same numbers everywhere
 
 double anyTime(Generator& generator)
 {
@@ -713,11 +713,11 @@ Numbers anyTimes(Generator& generator)
     const unsigned kind = static_cast<unsigned>(generator() % 4);
     double time = static_cast<double>(generator() % 9) * 0.5 - 4.0;
     for (unsigned i = 0; i < size; ++i) {
-        if (kind == 0) { // anything
+        if (kind == 0) { // any order
             times.push_back(anyTime(generator));
             continue;
         }
-        // mostly ascending with equal neighbours; kind 2 with descending stretches, kind 3 with a stray in between
+        // mostly ascending with equal neighbours; kind 2 has descending stretches, kind 3 single outliers
         const double stride = static_cast<double>(generator() % 3) * 0.5;
         time += kind == 2 && i / 4 % 2 == 1 ? -stride : stride;
         times.push_back(kind == 3 && generator() % 8 == 0 ? anyTime(generator) : time);
@@ -750,7 +750,7 @@ TEST(AnimationSearchTest, AgreesWithAWalkWhateverTheTimes)
                 << "round " << round << ", seconds " << seconds << ", times " << textOf(times);
         }
     }
-    // The questions were worth asking.
+    // Both outcomes occur often enough.
     EXPECT_GT(found, 50000u);
     EXPECT_GT(hits, 20000u);
     EXPECT_GT(found - hits, 20000u);
@@ -812,7 +812,8 @@ TEST(AnimationSearchTest, HundredThousandKeysAnswerLikeAWalk)
     Numbers times;
     Numbers values;
     for (unsigned i = 0; i < count; ++i) {
-        // Ascending in steps of an eighth, each seventh time as the one before, each thousandth far back.
+        // Ascending in steps of an eighth; every seventh time equals the previous one, and every thousandth is far
+        // smaller.
         times.push_back(i % 1000 == 999 ? 1.0 : (i % 7 == 6 ? i - 1 : i) * 0.125 + 1.0);
         values.push_back(i % 2 == 0 ? 1.0 * i : -1.0 * i);
     }
@@ -850,13 +851,13 @@ TEST(AnimationInterpolationTest, LinearGoesStraight)
     EXPECT_EQ(15.0, straight(10, 20, 1, 2, 1.5));
     EXPECT_EQ(10.0, straight(10, 20, 1, 2, 1));
     EXPECT_EQ(20.0, straight(10, 20, 1, 2, 2));
-    EXPECT_EQ(30.0, straight(10, 20, 1, 2, 3)); // beyond its span as well
+    EXPECT_EQ(30.0, straight(10, 20, 1, 2, 3)); // also beyond its span
     EXPECT_EQ(-2.5, straight(5, -5, 0, 8, 6));
 }
 
 TEST(AnimationInterpolationTest, LinearMultipliesBeforeItDivides)
 {
-    EXPECT_EQ(infinity, straight(0, 1e308, 0, 100, 10)); // the product alone has no place
+    EXPECT_EQ(infinity, straight(0, 1e308, 0, 100, 10)); // the product alone overflows
 }
 
 TEST(AnimationInterpolationTest, LinearOverNoSpanGivesWhatTheDivisionGives)
@@ -900,7 +901,8 @@ TEST(AnimationInterpolationTest, BezierStartsAndEndsAtItsKeys)
 
 TEST(AnimationInterpolationTest, BezierAddsTheMiddleTermsFirst)
 {
-    // At s = 1/2 the terms are 3·2^52, 0.75 and 0.75, where doubles lie 2 apart: only the sum of the small ones counts.
+    // At s = 1/2 the terms are 3·2^52, 0.75 and 0.75, where doubles are 2 apart, so only the sum of the small terms
+    // counts.
     EXPECT_EQ(13510798882111490.0, curved(6, 0, 0, 1, 0.5, 36028797018963968.0, 2));
 }
 
@@ -1047,7 +1049,7 @@ Animation load(const CurveText& curve)
     return animation;
 }
 
-/// Component `c` of a curve is that of the scalar one times c + 1, so that each shows its own place.
+/// Component `c` of a curve is the scalar curve times c + 1, so that components differ.
 Numbers spread(const Numbers& scalars, unsigned size)
 {
     Numbers all;
@@ -1059,7 +1061,7 @@ Numbers spread(const Numbers& scalars, unsigned size)
     return all;
 }
 
-/// Pairs of X and Y with the scalars as Y. X is far from any result.
+/// Pairs of X and Y: Y is the scalar, and X is far from any result.
 Numbers spreadPairs(const Numbers& scalars, unsigned size)
 {
     Numbers all;

@@ -91,7 +91,7 @@ std::string curveOf(const std::string& semantic, const std::string& oneSource)
     return curve(oneSource, inputXml(semantic, "a"));
 }
 
-/// A document with one animation of the test's, by its content.
+/// A document with one animation, given by its content.
 class AnimationDocument {
 public:
     explicit AnimationDocument(const std::string& content, const std::string& attributes = std::string())
@@ -111,7 +111,7 @@ public:
         return m_builder.element<Element>(id);
     }
 
-    /// An animation that holds nothing, since its element had no channel. Its line is not shown.
+    /// An empty animation, because its element had no channel. Its message is not shown.
     Animation blank()
     {
         LogCapture log;
@@ -139,7 +139,7 @@ std::vector<double> numbers(const vesk::Array<double>& array)
 
 using Numbers = std::vector<double>;
 
-/// What a load gave, with all lines of all channels.
+/// The result of a load, with the messages of all channels.
 struct Outcome {
     explicit Outcome(const std::string& content) : document(content), animation(document.blank())
     {
@@ -496,7 +496,7 @@ TEST(AnimationTest, CurveOutlivesItsDocument)
 struct LoadCase : Row {
     std::string content;
     bool result;
-    std::string line; // empty: silent
+    std::string line; // empty: no message
     unsigned records;
 };
 
@@ -515,7 +515,7 @@ TEST_P(AnimationLoadTest, AnswersAndLogsOnce)
     EXPECT_EQ(GetParam().records, loaded.animation.getCount());
     EXPECT_EQ(GetParam().result ? "node" : "", textOf(loaded.animation.getTargetNode()));
     EXPECT_EQ(GetParam().result ? "transform" : "", textOf(loaded.animation.getTargetTransform()));
-    EXPECT_EQ(0.0, loaded.animation.animationLength()); // no row has a last record with a time and succeeds
+    EXPECT_EQ(0.0, loaded.animation.animationLength()); // no successful row has a time in its last record
 }
 
 std::string times3()
@@ -840,7 +840,7 @@ class AnimationWordTest : public testing::TestWithParam<Case<const char*, libVid
 
 TEST_P(AnimationWordTest, GivesItsInterpolationType)
 {
-    // The first record shows that the second is not just left as it was made.
+    // The first record shows that the second one was written at all.
     Outcome loaded(curveOf("INTERPOLATION", names("a", std::string("HERMITE ") + GetParam().given, 2)));
     EXPECT_TRUE(loaded.result);
     EXPECT_EQ("", loaded.text);
@@ -1132,7 +1132,7 @@ std::string toldByLoad(const std::string& animations)
 
 constexpr char tooMuch[] = "Asks for more memory than the size of the document allows";
 
-// Nine bytes a key: fourteen curves of a million keys are within the budget, the fifteenth is not.
+// With nine bytes per key, fourteen curves of a million keys are within the budget; the fifteenth is not.
 TEST(AnimationBudgetTest, KeysThatNothingBacksAreCharged)
 {
     const std::string source =
@@ -1146,7 +1146,7 @@ TEST(AnimationBudgetTest, KeysThatNothingBacksAreCharged)
     EXPECT_EQ(std::string(noChannel) + "\n" + tooMuch, toldByLoad(animations));
 }
 
-// Each input reads more of one array than those before it, and its numbers cannot be theirs.
+// Each input reads more of an array than the previous ones, so it cannot share their numbers.
 TEST(AnimationBudgetTest, NumbersReadAnewAreCharged)
 {
     constexpr unsigned inputCount = 200;

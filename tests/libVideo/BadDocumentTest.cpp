@@ -19,8 +19,8 @@
 
 #include <cstdio>
 
-// What is wrong in a document costs a line and the least that can be skipped: whole documents, each with one fault, from
-// the file to what a renderer gets.
+// A fault in a document causes a message, and as little as possible is skipped. Each test loads a whole document with
+// one fault and checks what a renderer gets.
 
 PRIVATE_MEMBER(badRotationAngle, double libVideo::Rotation::*, &libVideo::Rotation::m_angle)
 PRIVATE_MEMBER(badMaterialProfile, domProfile_COMMON* libVideo::BlinnMaterial::*, &libVideo::BlinnMaterial::m_profile)
@@ -34,13 +34,13 @@ using namespace testSupport;
 
 // --- a document, and what came of it ---
 
-/// Says in words what is in a scene that loaded; messages that this causes count with those of the load.
+/// Describes a loaded scene. Messages that this causes count as those of the load.
 using Describe = std::function<std::string(VisualScene&)>;
 
 struct BadDocument : Row {
     std::string libraries;
     std::string nodes;
-    Texts lines; ///< "channel: words", the channel without "libVideo."; each of priority 3
+    Texts lines; ///< "channel: text", the channel without "libVideo."; each has priority 3
     Describe describe;
     std::string result;
 };
@@ -60,7 +60,7 @@ TEST_P(BadDocumentTest, CostsItsLinesAndDeliversTheRest)
     EXPECT_EQ(row.lines, linesOf(log));
 }
 
-/// With six digits; a zero has no sign.
+/// Prints six digits, and zero without a sign.
 std::string number(double value)
 {
     char text[32];
@@ -160,7 +160,7 @@ std::string bareSourcePrimitive(VisualScene& scene)
     return primitive(scene) + ", " + std::to_string(onlyPrimitive(scene).bytesPerVertex()) + " bytes each";
 }
 
-/// A large cloud by its size and the points around the end of an array.
+/// A large point cloud: its size, and the points around the end of an array.
 std::string cloudAround(VisualScene& scene, const std::vector<unsigned>& places)
 {
     libVideo::Primitive& cloud = onlyPrimitive(scene);
@@ -194,7 +194,7 @@ std::string transform(VisualScene& scene)
     return listed(firstNode(scene).transform(), 16);
 }
 
-/// Whether the first node is animated, for how long, and where it is after a second.
+/// Whether and for how long the first node is animated, and where it is after a second.
 std::string motion(VisualScene& scene)
 {
     libVideo::Node& node = firstNode(scene);
@@ -231,7 +231,7 @@ const char* const unknownFog = "input: Does not recognize input semantic FOG";
 const char* const noInputOfUse = "input: createFromCollada failed";
 const char* const noClass = "input: Does not have a class representation for source ";
 
-// Four places of three numbers.
+// Four positions of three numbers.
 const std::string places = source("s", floats("s", "1 2 3 4 5 6 7 8 9 10 11 12", 12) +
                                            accessor("#s-array", "count='4' stride='3'", PARAMS_XYZ));
 
@@ -272,7 +272,7 @@ INSTANTIATE_ROWS(
                 triangles(inputXml("POSITION", "s", "0") + inputXml("NORMAL", "bad", "0"), "1", "<p>3 0 3</p>"),
             texts("source: Source has no float array", std::string(noClass) + "bad"),
             "1 triangles [0 1 0] of [10 11 12 1 2 3]"),
-    // Bytes come out that no layout counts, as of a source that has no technique at all.
+    // The stream has bytes that no layout counts, like a source without a technique.
     meshRow("TechniqueWithoutAnAccessor",
             source("s", floats("s", "5 6 7", 3) + "<technique_common/>") +
                 triangles(inputXml("POSITION", "s", "0"), "1", "<p>2 1 0</p>"),
@@ -297,7 +297,7 @@ INSTANTIATE_ROWS(
             texts(unknownFog, noInputOfUse, fewerIndices), "1 triangles [0 0 0] of []"),
     meshRow("NoInputOfUseAndNoList", places + triangles(inputXml("FOG", "s", "0"), "3", ""),
             texts(unknownFog, noInputOfUse, fewerIndices), "0 triangles [] of []"),
-    // Two offsets make steps of two, so what an input at offset 2 picks last is past the end.
+    // Two offsets make steps of two, so the last index of an input at offset 2 is past the end.
     meshRow("GapInTheOffsets",
             heights("h", "10 11 12 13", 4) + heights("k", "20 21 22 23", 4) +
                 triangles(inputXml("POSITION", "h", "0") + inputXml("NORMAL", "k", "2"), "1", "<p>1 9 2 9 3 9</p>"),
@@ -440,7 +440,7 @@ const std::string zeroes = "0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0";
 INSTANTIATE_ROWS(
     Cameras, BadDocumentTest, {"CameraWithoutOptics", eye(""), viewer, texts(unboundEye), cameraCount, "0 cameras"},
     {"CameraWithoutACommonTechnique", eye("<optics/>"), viewer, texts(unboundEye), cameraCount, "0 cameras"},
-    // Half of 90 degrees has the cotangent 1; planes at 2 and 4 make the depth terms 4 / 2 and -2 · 4 / 2.
+    // The cotangent of half of 90 degrees is 1; planes at 2 and 4 make the depth terms 4 / 2 and -2 · 4 / 2.
     {"AnimatedCameraOfOneAngle",
      eye(optics("<xfov sid='x'>20</xfov><znear sid='b'>7</znear><zfar sid='f'>9</zfar>")) + "<library_animations>" +
          ramp("1", "eye/x", "60 120") + ramp("2", "eye/b", "1 3") + ramp("3", "eye/f", "2 6") + "</library_animations>",
@@ -596,7 +596,7 @@ INSTANTIATE_ROWS(
               shaderOf("blinn", textureOf("sampler")), texts(noInitializer), white + ", texture '', and the geometry"),
     effectRow("SurfaceWithoutAnInitializer", sampler("sampler") + surface(""), shaderOf("blinn", textureOf("sampler")),
               texts(noInitializer), white + ", texture '', and the geometry"),
-    // Of two that exclude each other the first in the document is there, without a line.
+    // Of two elements that exclude each other, the first in the document counts, without a message.
     effectRow("BlinnBeforePhong", "", shaderOf("blinn", darkColor, "4") + shaderOf("phong", "", "5"), texts(),
               "diffuse 0.5 0.25 0.125, shininess 4, and the geometry"),
     effectRow("PhongBeforeBlinn", "", shaderOf("phong", darkColor, "5") + shaderOf("blinn", "", "4"), texts(),
@@ -693,7 +693,7 @@ TEST_P(MisuseTest, ThrowsNullPointerThatSaysWhat)
     EXPECT_EQ("", log.text());
 }
 
-/// A call that needs a document with a camera "eye" and a node "lamp".
+/// A call in a document with a camera "eye" and a node "lamp".
 template <class Call>
 std::function<void()> withDocument(const Call& call)
 {

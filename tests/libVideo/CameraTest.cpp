@@ -50,7 +50,7 @@ std::string opticsWith(const std::string& angles)
     return optics(angles + "<znear>1</znear><zfar>101</zfar>");
 }
 
-/// A document with two cameras: one that holds nothing, and the one of the test.
+/// A document with two cameras: an empty one, and the one under test.
 class CameraDocument {
 public:
     explicit CameraDocument(const std::string& content, const std::string& attributes = "id='eye' name='Eye'")
@@ -68,7 +68,7 @@ private:
     const domCOLLADA* m_root;
 };
 
-/// A camera with the state of before any load: the camera that holds nothing leaves it so.
+/// A camera as it is before any load; loading the empty camera does not change it.
 PerspectiveCamera unreadCamera()
 {
     CameraDocument document("");
@@ -90,7 +90,7 @@ AnimationHandle curve(const std::string& sid, const std::string& values, const s
     return loadedCurve("eye/" + sid, "1 3", values, interpolation + " " + interpolation);
 }
 
-/// An animation that failed to load: no target, no keys, and the value it is asked about is its answer.
+/// An animation that failed to load: it has no target and no keys, and returns the value that it is given.
 AnimationHandle failedAnimation()
 {
     ColladaBuilder builder("<library_animations><animation/></library_animations>");
@@ -110,7 +110,7 @@ Floats projection(float x, float y, float depthScale, float depthOffset)
     return {x, 0.0f, 0.0f, 0.0f, 0.0f, y, 0.0f, 0.0f, 0.0f, 0.0f, depthScale, 1.0f, 0.0f, 0.0f, depthOffset, 0.0f};
 }
 
-/// Of two planes and two scales.
+/// The projection for two planes and two scales.
 Floats projection(float x, float y, double znear, double zfar)
 {
     const double depthScale = zfar / (zfar - znear);
@@ -127,7 +127,7 @@ float narrowed(double value)
     return static_cast<float>(value);
 }
 
-/// Bit for bit, but for which NaN it is.
+/// Equal bit for bit; all NaNs count as equal.
 void expectFloats(const Floats& expected, const Matrix4& actual);
 
 void expectParameter(double value, const std::string& sid, const Parameter& parameter)
@@ -341,7 +341,7 @@ TEST(CameraTest, SecondLoadKeepsWhatItsElementDoesNotHold)
     expectParameter(2.0, "n", znearField(camera));
     expectParameter(4.0, "f", zfarField(camera));
     expectParameter(2.0, "a", aspectRatioField(camera));
-    // The horizontal angle is present as a parameter, but this element passes on 0 for it.
+    // The horizontal angle is present as a parameter, but its element gives 0.
     expectFloats(projection(infinity, scaleOf(90.0), 2.0, 4.0), camera.projectionMatrix());
 }
 
@@ -404,7 +404,7 @@ TEST(CameraTest, NullElementThrowsNullPointer)
     expectFloats(before, camera.projectionMatrix());
 }
 
-/// Of the angles that a camera has, gives its parameters by letter: near, far, x, y, aspect ratio.
+/// The parameters of a camera by letter: near, far, x, y, aspect ratio.
 class CameraAllocationTest : public testing::TestWithParam<Case<const char*, const char*>> {};
 
 TEST_P(CameraAllocationTest, LoadThatRunsOutOfMemoryHasMadeTheParametersInTheirOrder)
@@ -527,7 +527,7 @@ INSTANTIATE_ROWS(Texts, CameraExtraTest,
                  {"NoFragment", vendorExtra("<t>Target</t>"), "Target", ""},
                  {"EmptyFragment", vendorExtra("<t>#</t>"), "#", ""},
                  {"EncodedBlank", vendorExtra("<t>#a%20b</t>"), "#a%20b", "a%20b"},
-                 // From here on the document model knows no reference in the text.
+                 // From here on, the document model finds no reference in the text.
                  {"BlanksAround", vendorExtra("<t>  #Target </t>"), "  #Target ", "Target"},
                  {"LineFeedsAround", vendorExtra("<t>\n\t#Target\n</t>"), "\n\t#Target\n", "Target"},
                  {"BlankBehindTheMark", vendorExtra("<t># Target</t>"), "# Target", "Target"},
@@ -613,7 +613,7 @@ class CameraProjectionTest : public testing::TestWithParam<PresenceCase> {};
 TEST_P(CameraProjectionTest, LoadGivesTheScalesOfItsRow)
 {
     const PresenceCase& row = GetParam();
-    // The document model keeps no aspect ratio beside two angles.
+    // The document model drops an aspect ratio beside two angles.
     CameraDocument document(optics(
         std::string(row.hasXfov ? "<xfov>70</xfov>" : "") + (row.hasYfov ? "<yfov>40</yfov>" : "") +
         (row.hasAspectRatio ? "<aspect_ratio>1.7</aspect_ratio>" : "") + "<znear>0.3</znear><zfar>1000.7</zfar>"));
@@ -647,7 +647,7 @@ TEST_P(CameraProjectionTest, UpdateTakesPresenceFromTheParametersAndNumbersFromI
     if (row.hasAspectRatio) {
         aspectRatioField(camera) = new PerspectiveParameter(3.0, "a");
     }
-    projectionField(camera) = matrixOf(counting); // nothing of it may be left
+    projectionField(camera) = matrixOf(counting); // must be replaced completely
     const LogCapture log;
     EXPECT_EQ(row.result, updateProjectionMatrixOf(camera, 2.0, 50.0, 65.0, 35.0, 0.7));
     expectFloats(projection(expectedScale(row.x, 65.0, 35.0, 0.7), expectedScale(row.y, 65.0, 35.0, 0.7), 2.0, 50.0),
@@ -691,7 +691,7 @@ TEST(CameraTest, HorizontalScaleIsTheVerticalOneTimesTheAspectRatio)
 {
     const PerspectiveCamera camera = load(opticsWith("<yfov>60</yfov><aspect_ratio>2</aspect_ratio>"));
     const Matrix4& matrix = camera.projectionMatrix();
-    EXPECT_FLOAT_EQ(1.7320508f, matrix[5]); // the root of 3
+    EXPECT_FLOAT_EQ(1.7320508f, matrix[5]); // the square root of 3
     EXPECT_EQ(2.0f * matrix[5], matrix[0]);
 }
 
@@ -743,14 +743,14 @@ INSTANTIATE_ROWS(
      projection(scaleOf(90.0), infinity, 1.0, 2.0)},
     {"Negative", perspectiveOf("<xfov>-90</xfov><yfov>-60</yfov>", "1", "2"),
      projection(scaleOf(-90.0), scaleOf(-60.0), 1.0, 2.0)},
-    // The product exceeds double where the degrees are multiplied with pi first.
+    // The product overflows if the degrees are multiplied by pi first.
     {"ProductWithPiComesFirst", perspectiveOf("<xfov>1e308</xfov><yfov>1e308</yfov>", "1", "2"),
      projection(notANumber, notANumber, 1.0, 2.0)},
     // A factor of pi / 180 would give another float here.
     {"DivisionComesBehindTheProduct",
      perspectiveOf("<xfov>123456789012345</xfov><yfov>123456789012345</yfov>", "1", "2"),
      projection(scaleOf(123456789012345.0), scaleOf(123456789012345.0), 1.0, 2.0)},
-    // Neither the unrounded scale nor a product in float gives the same.
+    // Neither the unrounded scale nor a product in float gives the same result.
     {"ProductOfTheNarrowedScale", perspectiveOf("<yfov>22</yfov><aspect_ratio>1.3</aspect_ratio>", "1", "2"),
      projection(narrowed(double(scaleOf(22.0)) * 1.3), scaleOf(22.0), 1.0, 2.0)},
     {"QuotientOfTheNarrowedScale", perspectiveOf("<xfov>24</xfov><aspect_ratio>1.3</aspect_ratio>", "1", "2"),
@@ -822,7 +822,7 @@ TEST(CameraTest, WithoutAnimationsEachTimeGivesTheMatrixAsItStandsWithoutAnAlloc
     EXPECT_EQ("", log.text());
 }
 
-/// Both angles and both planes, each under a sid of its own.
+/// Both angles and both planes, each with its own sid.
 const char* const namedOptics = "<xfov sid='x'>70</xfov><yfov sid='y'>40</yfov>"
                                 "<znear sid='n'>0.5</znear><zfar sid='f'>200</zfar>";
 
@@ -846,7 +846,7 @@ TEST(CameraTest, EvaluationHandsTheStoredValueToTheAnimation)
     for (const char* sid : {"x", "y", "n", "f"}) {
         camera.addAnimation(curve(sid, "1 2"));
     }
-    // At second 0 an animation answers with what it was handed.
+    // At second 0, an animation returns the value that it is given.
     expectFloats(projection(scaleOf(70.0), scaleOf(40.0), 0.5, 200.0), camera.projectionMatrix(0.0));
 }
 
@@ -886,7 +886,7 @@ TEST(CameraTest, EvaluationOverwritesATransform)
     expectFloats(projection(scaleOf(70.0), scaleOf(40.0), 0.5, 200.0), camera.projectionMatrix(0.0));
 }
 
-/// Given are the sid and the values of each animation, expected is the matrix at the mean time.
+/// Given are the sid and the values of each animation; the matrix at the mean time is expected.
 class CameraEvaluationTest
     : public testing::TestWithParam<Case<std::vector<std::pair<const char*, const char*>>, Floats>> {};
 
@@ -927,7 +927,7 @@ INSTANTIATE_ROWS(
 struct SidCase : Row {
     std::array<const char*, 4> sids; ///< of xfov, yfov, znear and zfar; null for a parameter that is absent
     const char* target;
-    Floats expected; ///< with the one that is hit at 8
+    Floats expected; ///< with the animated parameter at 8
 };
 
 class CameraSidTest : public testing::TestWithParam<SidCase> {};
@@ -980,7 +980,7 @@ TEST(CameraTest, EvaluationWithOneAngleUsesTheStoredAspectRatio)
     camera.addAnimation(curve("y", "20 40"));
     camera.addAnimation(curve("n", "2 6"));
     camera.addAnimation(curve("f", "90 130"));
-    camera.addAnimation(curve("a", "5 5")); // no parameter of the evaluation
+    camera.addAnimation(curve("a", "5 5")); // not used by the evaluation
     expectFloats(projection(narrowed(double(scaleOf(30.0)) * 1.7), scaleOf(30.0), 4.0, 110.0),
                  camera.projectionMatrix(meanTime));
 }
@@ -1268,7 +1268,7 @@ const std::string complete = opticsWith("<xfov>90</xfov><yfov>90</yfov>");
 const std::string orthographic = "<optics><technique_common><orthographic><xmag>1</xmag><znear>1</znear>"
                                  "<zfar>2</zfar></orthographic></technique_common></optics>";
 
-/// A list with one camera in it.
+/// A list with one camera.
 CameraList filledList()
 {
     CameraList list;
@@ -1309,7 +1309,7 @@ TEST(CameraListTest, DocumentWithoutCamerasClearsTheList)
         EXPECT_EQ(0u, libVideo::createCameraListFromCollada(root, builder.dae(), list));
         EXPECT_EQ("", log.text());
         EXPECT_EQ(0u, list.size());
-        EXPECT_EQ(1u, before.useCount()); // the list has let go of it
+        EXPECT_EQ(1u, before.useCount()); // the list no longer owns it
     }
 }
 

@@ -22,7 +22,7 @@ std::string source(const std::string& id, unsigned keys, unsigned step)
            "'/></technique_common></source>";
 }
 
-// 6,000 curves of 1,000 keys would take 100 MB if each had its own, of a document of less than 2 MB.
+// 6,000 curves of 1,000 keys in a document of less than 2 MB would take 100 MB if each had its own.
 TEST(CurveSharingTest, AnyNumberOfCurvesMayUseOneArray)
 {
     constexpr unsigned curves = 6'000;

@@ -43,7 +43,7 @@ struct RawCase : Row {
 
 class RawReferenceTest : public testing::TestWithParam<RawCase> {};
 
-// In a process of its own, whose end is the result.
+// Runs in a child process; its exit status is the result.
 TEST_P(RawReferenceTest, LeadsToNothingAndTheNextInstanceGoesOn)
 {
     const RawCase& row = GetParam();
@@ -66,7 +66,7 @@ std::string source(const std::string& id, const std::string& numbers, unsigned r
            "<param name='Z' type='float'/></accessor></technique_common></source>";
 }
 
-/// What a geometry of one triangle has beside its id.
+/// The content of a geometry with one triangle.
 struct Triangle {
     std::string symbol = "symbol";
     std::string indices = "0 1 2";
@@ -91,7 +91,7 @@ std::string effect(const std::string& id, const std::string& profiles)
     return "<effect id='" + id + "'>" + profiles + "</effect>";
 }
 
-// A shader is recognized by its shininess.
+// Shaders are identified by their shininess.
 std::string shader(const std::string& kind, int shininess)
 {
     return "<" + kind + "><shininess><float>" + std::to_string(shininess) + "</float></shininess></" + kind + ">";
@@ -116,7 +116,7 @@ std::string instanceOf(const std::string& url, const std::string& materials = st
            "</instance_geometry>";
 }
 
-/// What is in the libraries.
+/// The content of the libraries.
 struct Libraries {
     std::string geometries;
     std::string materials;
@@ -179,7 +179,7 @@ public:
     VisualScene scene;
 };
 
-// What a scene holds.
+// The content of a scene.
 
 const NodeHandle& nodeOf(const VisualScene& scene, const std::string& id)
 {
@@ -229,7 +229,7 @@ BlinnMaterialHandle materialOf(const VisualScene& scene, const char* symbol)
 // Ids of the nodes that show a geometry; "none" without such a geometry.
 std::string showing(const VisualScene& scene, const char* id);
 
-// Which shader is under a symbol; -1 if none does.
+// The shader bound to a symbol; -1 if there is none.
 float shininessOf(const VisualScene& scene, const char* symbol)
 {
     const BlinnMaterialHandle found = materialOf(scene, symbol);
@@ -821,9 +821,9 @@ TEST(GeometryInstancingTest, RegisteringAMaterialKeepsTheFirstOfASymbol)
     EXPECT_EQ(Texts{}, log.messages());
 }
 
-// What ends a load.
+// Failing loads.
 
-// Nodes a, b and c; the geometry of b is the one that ends the load.
+// Nodes a, b and c; the load fails at the geometry of b.
 std::string threeNodes()
 {
     return node("a", "<translate sid='t'>1 2 3</translate>" + instanceOf("#one", bound("first", "blinn"))) +
@@ -845,7 +845,7 @@ Libraries withSecond(const Triangle& second)
     return libraries;
 }
 
-// What had been reached when the second geometry ended the load.
+// What was loaded before the second geometry failed.
 void expectReached(const VisualScene& scene)
 {
     EXPECT_EQ(3u, scene.root().children().size()) << "all nodes stand before the first instance";
@@ -871,7 +871,7 @@ TEST(GeometryInstancingTest, AnimationIsAttachedWhereNoGeometryEndsTheLoad)
     EXPECT_EQ(Texts{notInitialized}, log.messages());
 }
 
-// An entry of <p> at a record that the source does not have.
+// An entry of <p> that names a record that the source does not have.
 Triangle beyondItsSource()
 {
     Triangle triangle;
@@ -964,7 +964,7 @@ TEST(GeometryInstancingTest, TraceOfALoadEndsWithItsException)
     EXPECT_EQ("< VisualScene::createFromCollada", log.lines()[1].text);
 }
 
-// Whole files, copies and life.
+// Whole files, copies and lifetime.
 
 TEST(GeometryInstancingTest, FileGivesGeometriesAndMaterials)
 {
@@ -983,7 +983,7 @@ TEST(GeometryInstancingTest, FileGivesGeometriesAndMaterials)
     EXPECT_EQ((Texts{notAGeometry, noMesh, noTexture, notInitialized}), log.messages());
 }
 
-// A reference that ends in ".raw" makes the document model take a file for numbers, and it does not survive that.
+// A reference that ends in ".raw" makes the document model read a file as numbers, and crash.
 
 bool loadsWithTheNextInstance(const std::string& materials, const std::string& effectUrl, const std::string& url)
 {

@@ -37,7 +37,7 @@ TEST(GeometryTest, StartsEmpty)
     EXPECT_EQ(0u, geometry.mesh().primitives().size());
 }
 
-/// What every mesh here starts with: four positions on the X axis, and the `<vertices>` over them.
+/// The start of every mesh here: four positions on the X axis, and their `<vertices>`.
 const std::string basics =
     "<source id='positions'><float_array id='floats' count='4'>0 1 2 3</float_array><technique_common>"
     "<accessor source='#floats' count='4'><param name='X' type='float'/></accessor></technique_common></source>"
@@ -74,7 +74,7 @@ std::string meshOf(const std::string& content)
     return "<mesh>" + basics + content + "</mesh>";
 }
 
-/// A node that was loaded from a document of its own.
+/// A node that was loaded from another document.
 NodeHandle nodeOf(const std::string& attributes)
 {
     ColladaBuilder builder;
@@ -199,7 +199,7 @@ TEST(MeshTest, ExceptionOfAPrimitiveLeavesThoseBefore)
     EXPECT_EQ(2u, mesh.primitives().size());
 }
 
-/// That both list the same objects, each in its own array.
+/// Expects both to list the same objects, each in its own array.
 void expectSharedPrimitives(const Mesh& one, const Mesh& other)
 {
     ASSERT_EQ(2u, one.primitives().size());

@@ -58,7 +58,7 @@ const std::string ownSources =
     sourceXml("normals", "100 101 102 110 111 112 120 121 122", "count='3' stride='3'", PARAMS_XYZ) +
     sourceXml("texcoords", "200 201 210 211 220 221 230 231", "count='4' stride='2'", PARAMS_ST) +
     sourceXml("bare", "300 310 320") +
-    // Its accessor leads to names: each read of it gives a line and nothing else.
+    // Its accessor leads to names, so each read of it only logs a message.
     "<source id='failed'><float_array id='failed-array' count='1'>1</float_array><technique_common><accessor "
     "source='#words' count='9'>" PARAM_X "</accessor></technique_common></source>"
     "<source id='names'><Name_array id='words' count='1'>a</Name_array></source>";
@@ -67,7 +67,7 @@ const std::string position = inputXml("POSITION", "positions");
 const std::string normal = inputXml("NORMAL", "normals");
 const std::string texcoord = inputXml("TEXCOORD", "texcoords");
 
-/// A document with a mesh: the sources from above and some of the test's, a `<vertices>` and a `<triangles>`.
+/// A document with a mesh: the sources above and those given, a `<vertices>` and a `<triangles>`.
 class MeshDocument {
 public:
     /// @param p the indices, or null for a mesh without `<p>`
@@ -140,7 +140,7 @@ Indices tupleOf(const InputLocalOffset& input)
     return indicesOf(offsetPIndices(input));
 }
 
-/// Traces on "libVideo.input" with "N" for their number, other lines as "channel: words".
+/// Traces on "libVideo.input" with "N" for their number; other messages as "channel: text".
 Texts tracesOf(const LogCapture& log);
 
 const char* const recordAssertion = "libVideo/SceneGraph/Accessor: index < m_count";
@@ -156,7 +156,7 @@ std::string unknownSemanticLine(const std::string& word)
 
 // --- Input ---
 
-/// An input of the test's own.
+/// An input for tests.
 class PlainInput : public Input {
 public:
     using Input::dataAsByteStream;
@@ -189,13 +189,13 @@ TEST(InputTest, FieldsStandInTheirOrder)
 TEST(InputTest, ReadStandsBehindTheDestructorAmongTheVirtualOperations)
 {
     const ByteArray& (Input::*const operation)(unsigned) = &Input::data;
-    std::uintptr_t word = 0; // the place in bytes plus 1
+    std::uintptr_t word = 0; // the offset in bytes plus 1
     std::memcpy(&word, &operation, sizeof(word));
     EXPECT_EQ(2u, (word - 1) / sizeof(void*)); // the destructor takes two places
 }
 #endif
 
-/// A component whose buffer holds the numbers from `first` on.
+/// A component with consecutive numbers that start at `first`.
 Data numbered(unsigned stride, unsigned tokenByteSize, unsigned char first)
 {
     Data data("N", stride, libVideo::DATA_TYPE_FLOAT, 0, tokenByteSize);
@@ -458,7 +458,7 @@ TEST(InputLocalTest, SecondLoadStartsAnew)
     EXPECT_EQ((Texts{"4 12 0 3 0"}), layoutOf(input));
     EXPECT_EQ(12u, input.bytePerAccess());
     EXPECT_EQ(3u, input.numVertices());
-    // The vertex that was current is read anew, and is shorter.
+    // The current vertex is read again, and is shorter.
     EXPECT_EQ((Floats{100, 101, 102}), floatsOf(input.data(0)));
     EXPECT_TRUE(input.createFromCollada(document.vertices()));
     EXPECT_EQ((Floats{0, 1, 2, 200, 201}), floatsOf(input.data(0)));
@@ -558,7 +558,7 @@ TEST(InputLocalTest, BareSourceGivesFourBytesThatNoLayoutCounts)
 {
     MeshDocument document(position + inputXml("COLOR", "bare") + normal + texcoord);
     InputLocal input(document.vertices());
-    // After the bare source all are 4 bytes short.
+    // After the bare source, all are 4 bytes short.
     EXPECT_EQ((Texts{"5 12 0 3 0", "3 0 12 1 0", "4 12 12 3 0", "9 8 24 2 0"}), layoutOf(input));
     EXPECT_EQ(32u, input.bytePerAccess());
     EXPECT_EQ(36u, input.data(1).size());
@@ -611,7 +611,7 @@ TEST(InputLocalTest, ExceptionLeavesAPartialStreamThatTheFailedIndexClaims)
     EXPECT_EQ((Floats{30, 31, 32}), floatsOf(input.data(3)));
     EXPECT_EQ((Floats{0, 1, 2, 100, 101, 102, 200, 201}), floatsOf(input.data(0)));
     EXPECT_EQ(0u, cachedIndexOf(input));
-    // The same after a whole vertex, whose bytes are gone.
+    // The same after a complete vertex, whose bytes are gone.
     EXPECT_EQ(recordAssertion, assertionOf([&] { input.data(3); }));
     EXPECT_EQ(3u, cachedIndexOf(input));
     EXPECT_EQ((Floats{30, 31, 32}), floatsOf(input.data(3)));
@@ -662,7 +662,7 @@ TEST(InputLocalTest, ExhaustedMemoryThrowsNullPointerAndLeavesAPartialStream)
     }
     EXPECT_TRUE(hasThrown);
     EXPECT_EQ(1u, cachedIndexOf(input));
-    EXPECT_EQ((Floats{10, 11}), floatsOf(input.data(1))); // what fits a new array
+    EXPECT_EQ((Floats{10, 11}), floatsOf(input.data(1))); // as much as fits into a new array
     EXPECT_EQ((Floats{20, 21, 22}), floatsOf(input.data(2)));
 }
 
@@ -707,7 +707,7 @@ TEST(InputLocalCopyTest, CopyHasAllFieldsAndSharesTheSources)
         EXPECT_EQ(localSources(input)[i].get(), sources[i].get());
         EXPECT_EQ(2u, sources[i].useCount());
     }
-    // The current vertex came along.
+    // The current vertex was copied.
     document.values("positions-array")[3] = 77.0;
     EXPECT_EQ((Floats{10, 11, 12, 210, 211}), floatsOf(copy.data(1)));
 }
@@ -893,7 +893,7 @@ TEST(InputLocalOffsetTest, CreateVerticesAppendsSourcesAndShiftedLayouts)
     EXPECT_EQ((Texts{"normals", "positions", "texcoords"}), sourcesOf(input));
     EXPECT_EQ((Texts{"4 12 0 3 0", "5 12 12 3 0", "9 8 24 2 0"}), layoutOf(input));
     EXPECT_EQ(32u, input.bytePerAccess());
-    // Offsets are not its concern.
+    // It ignores offsets.
     EXPECT_EQ((Indices{0}), offsetsOf(input));
     EXPECT_EQ(1u, offsetCountOf(input));
 
@@ -932,7 +932,7 @@ TEST_P(InputLocalOffsetSkipTest, InputIsSkippedAndItsOffsetStays)
     // Each source takes the offset of the input before its own: the normals entry 3, the texcoords entry 4.
     EXPECT_EQ((Floats{100, 101, 102, 220, 221}), floatsOf(input.data(1)));
     EXPECT_EQ((Indices{0, 2, 3}), indicesOf(input.pIndex(1)));
-    // Of the first tuple that would be normal 3, which there is not.
+    // In the first tuple, that would be normal 3, which does not exist.
     EXPECT_EQ(recordAssertion, assertionOf([&] { input.data(0); }));
 }
 
@@ -1105,7 +1105,7 @@ TEST(InputLocalOffsetTest, GapInTheOffsetsIsReadInStepsOfTheirNumber)
     EXPECT_EQ((Indices{3, 9}), indicesOf(input.pIndex(0)));
     EXPECT_EQ((Floats{10, 11, 12, 120, 121, 122}), floatsOf(input.data(1)));
     EXPECT_EQ((Indices{1, 9}), indicesOf(input.pIndex(1)));
-    // What lies past the last entry is 0.
+    // Entries past the last one are 0.
     EXPECT_EQ((Floats{20, 21, 22, 100, 101, 102}), floatsOf(input.data(2)));
     EXPECT_EQ((Indices{2, 0}), indicesOf(input.pIndex(2)));
 }
@@ -1169,7 +1169,7 @@ TEST(InputLocalOffsetTest, EntryBehindTheLastRecordIsAnAssertionFailure)
     InputLocalOffset input(document.triangles(), document.p());
     EXPECT_EQ("none", assertionOf([&] { input.data(0); }));
     EXPECT_EQ(recordAssertion, assertionOf([&] { input.data(1); }));
-    EXPECT_EQ((Indices{3}), indicesOf(input.pIndex(1))); // the tuple itself can be read
+    EXPECT_EQ((Indices{3}), indicesOf(input.pIndex(1))); // the tuple can still be read
     MeshDocument bare("", inputXml("NORMAL", "bare", "0"), "3");
     InputLocalOffset bareInput(bare.triangles(), bare.p());
     EXPECT_EQ(bareAssertion, assertionOf([&] { bareInput.data(0); }));
@@ -1197,7 +1197,7 @@ TEST(InputPairingTest, VertexOverTwoInputsAloneLoadsAndThrowsAtTheFirstRead)
     EXPECT_EQ((Texts{"5 12 0 3 0", "4 12 12 3 0"}), layoutOf(input));
     EXPECT_EQ(24u, input.bytePerAccess());
     EXPECT_EQ((Indices{0}), offsetsOf(input));
-    // One offset, and the second source asks for another.
+    // There is one offset, and the second source needs another.
     EXPECT_EQ("0 0 1", boundsOf([&] { input.data(0); }));
     EXPECT_EQ((Floats{10, 11, 12}), floatsOf(streamOf(input)));
     EXPECT_EQ(noIndex, cachedIndexOf(input));
@@ -1210,7 +1210,7 @@ TEST(InputPairingTest, SecondSourceOfAVertexTakesTheOffsetOfTheNextInput)
 {
     MeshDocument document(position + normal, vertexAt0 + inputXml("TEXCOORD", "texcoords", "1"), "1 2");
     InputLocalOffset input(document.triangles(), document.p());
-    // Position 1, normal 2 by the offset of the texcoords, and none is left for these.
+    // Position 1; normal 2 with the offset of the texcoords, which leaves none for these.
     EXPECT_EQ("0 1 2", boundsOf([&] { input.data(0); }));
     EXPECT_EQ((Floats{10, 11, 12, 120, 121, 122}), floatsOf(streamOf(input)));
 }
@@ -1275,9 +1275,9 @@ TEST(InputTupleTest, TupleOfTheCurrentVertexIsNotRefreshed)
     input.data(0);
     EXPECT_EQ((Indices{0, 1}), indicesOf(input.pIndex(0)));
     EXPECT_EQ((Indices{3, 2}), indicesOf(input.pIndex(2)));
-    EXPECT_EQ((Indices{3, 2}), indicesOf(input.pIndex(0))); // the tuple fetched last
+    EXPECT_EQ((Indices{3, 2}), indicesOf(input.pIndex(0))); // the last tuple that was fetched
     EXPECT_EQ((Floats{0, 1, 2, 110, 111, 112}), floatsOf(input.data(0)));
-    EXPECT_EQ((Indices{3, 2}), indicesOf(input.pIndex(0))); // a read that is answered from the stream refreshes nothing
+    EXPECT_EQ((Indices{3, 2}), indicesOf(input.pIndex(0))); // a read from the stream does not refresh it
     input.data(1);
     EXPECT_EQ((Indices{2, 0}), indicesOf(input.pIndex(1)));
     EXPECT_EQ((Indices{0, 1}), indicesOf(input.pIndex(0)));
@@ -1381,16 +1381,16 @@ TEST(InputTupleTest, LongTuplesAreReadWithoutAllocationOnceWarm)
 
 TEST(InputFailedReadTest, OldIndexStaysOverAPartialStream)
 {
-    // Of the second tuple there is a position, no normal.
+    // The second tuple has a position, but no normal.
     MeshDocument document(position, vertexAt0 + normalAt1 + texcoordAt2, "0 1 2 3 5 1 1 1 1");
     InputLocalOffset input(document.triangles(), document.p());
     input.data(0);
     EXPECT_EQ(recordAssertion, assertionOf([&] { input.data(1); }));
     EXPECT_EQ(0u, cachedIndexOf(input));
     EXPECT_EQ(12u, streamOf(input).size());
-    EXPECT_EQ((Floats{30, 31, 32}), floatsOf(input.data(0))); // the old index answers with the bytes of the failed one
+    EXPECT_EQ((Floats{30, 31, 32}), floatsOf(input.data(0))); // the old index returns the bytes of the failed one
     EXPECT_EQ((Indices{0, 1, 2}), indicesOf(input.pIndex(0)));
-    EXPECT_EQ(recordAssertion, assertionOf([&] { input.data(1); })); // and this is tried anew
+    EXPECT_EQ(recordAssertion, assertionOf([&] { input.data(1); })); // and this one is tried again
     EXPECT_EQ((Floats{10, 11, 12, 110, 111, 112, 210, 211}), floatsOf(input.data(2)));
     EXPECT_EQ((Floats{0, 1, 2, 110, 111, 112, 220, 221}), floatsOf(input.data(0)));
 }
@@ -1457,7 +1457,7 @@ TEST(InputSecondLoadTest, SourcesAndLayoutStayAndOffsetsStartAnew)
     InputLocalOffset input(document.triangles(), document.p());
     EXPECT_TRUE(input.createFromCollada(other.triangles(), other.p()));
     EXPECT_EQ((Texts{"positions", "normals", "texcoords", "normals"}), sourcesOf(input));
-    // The new attributes count their bytes from 0 again.
+    // The byte offsets of the new attributes start at 0 again.
     EXPECT_EQ((Texts{"5 12 0 3 0", "4 12 12 3 0", "9 8 0 2 0", "3 12 8 3 0"}), layoutOf(input));
     EXPECT_EQ(20u, input.bytePerAccess());
     EXPECT_EQ((Indices{4, 4}), offsetsOf(input));

@@ -41,7 +41,7 @@ TEST(InstanceTest, MembersStandInTheirOrder)
     EXPECT_LT(spotLight, lookAt);
 }
 
-// The view of an eye that looks along +Z with Y up: axes as they are, and the eye moved to the origin.
+// The view of an eye that looks along +Z with Y up: the axes stay, and the eye moves to the origin.
 constexpr Elements straightView(float x, float y, float z)
 {
     return {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, -x, -y, -z, 1};
@@ -95,7 +95,7 @@ std::string node(const std::string& id, const std::string& place, const std::str
            "</node>";
 }
 
-/// The lists of a document, and its top-level nodes, without instances: those are the test's.
+/// The lists of a document and its top-level nodes, without instances; tests make those.
 class Stage {
 public:
     explicit Stage(const std::string& nodes, const std::string& libraries = std::string(),
@@ -299,7 +299,7 @@ TEST(CameraInstanceTest, SidAndNameOfTheElementAreNotRead)
     EXPECT_STREQ("n-name", instance.name().data());
 }
 
-// A bound instance, all of whose members differ from what any of the loads below would give.
+// A bound instance. All of its members differ from what the loads below give.
 CameraInstance boundElsewhere(const Stage& stage)
 {
     CameraInstance instance(stage.link("n"));
@@ -359,7 +359,8 @@ TEST(CameraInstanceTest, EmptyListHasNoCamera)
 
 TEST(CameraInstanceTest, CaseOfTheCameraIdPlaysNoPart)
 {
-    // The element of the url is a node, whose id is that of a camera in other letters: its kind is not looked at.
+    // The url leads to a node whose id equals that of a camera except for upper and lower case; its kind is not
+    // checked.
     Stage stage(node("n", "0 0 0", "<instance_camera url='#EYE'/>") + node("EYE", "0 0 1"),
                 library("library_cameras", camera("eYe", "EYE")));
     CameraInstance instance(stage.link("n"));
@@ -470,7 +471,7 @@ struct ViewCase : Row {
     Elements expected; ///< worked out by hand
 };
 
-// A node with that origin and that image of the Y axis.
+// A node with this origin and this image of the Y axis.
 Node placed(const Triple& position, const Triple& up)
 {
     Node node;
@@ -518,7 +519,7 @@ INSTANTIATE_ROWS(
     // z = (-0.6, 0, 0.8), x = (0.8, 0, 0.6), y = (0, 0.64 + 0.36, 0); x · eye = 2.4 - 2.4, z · eye = -1.8 - 3.2
     {"Aslant", triple(3, 0, -4), triple(0, 0, 0), triple(0, 1, 0),
      elementsOf(0.8f, 0, -0.6f, 0, 0, 1, 0, 0, 0.6f, 0, 0.8f, 0, 0, 0, 5, 1)},
-    // Only the part of up across the view counts, and no length: as with (0, 1, 0).
+    // Only the direction of up across the view counts, so the result is that of (0, 1, 0).
     {"UpNeitherUnitNorAcross", triple(0, 0, -5), triple(0, 0, 0), triple(0, 7, -3),
      elementsOf(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 5, 1)},
     // x = (0, -1, 0) × (0, 0, 1) = (-1, 0, 0), y = z × x = (0, -1, 0)
@@ -530,13 +531,13 @@ INSTANTIATE_ROWS(
      elementsOf(nan, nan, 0, 0, nan, nan, 1, 0, nan, nan, 0, 0, nan, nan, 0, 1)},
     {"UpOfNoLength", triple(0, 0, -5), triple(0, 0, 0), triple(0, 0, 0),
      elementsOf(nan, nan, 0, 0, nan, nan, 0, 0, nan, nan, 1, 0, nan, nan, 5, 1)},
-    // The square of the distance does not fit a float, so z comes out as zero.
+    // The square of the distance does not fit into a float, so z is zero.
     {"TooFar", triple(0, 0, 0), triple(0, 0, 1e20f), triple(0, 1, 0),
      elementsOf(nan, nan, 0, 0, nan, nan, 0, 0, nan, nan, 0, 0, nan, nan, 0, 1)});
 
 TEST(CameraInstanceTest, ViewIsThatOfTheStepsInFloatToTheLastBit)
 {
-    // Numbers without any pattern; the generator is fixed.
+    // Random numbers from a fixed generator.
     std::uint32_t state = 12345;
     const auto next = [&state] {
         state = state * 1664525u + 1013904223u;
@@ -565,7 +566,7 @@ TEST(CameraInstanceTest, SetLookAtNodeComputesTheViewAndGivesIt)
     EXPECT_EQ(stage.link("a"), instance.lookAtNode());
     EXPECT_EQ(straightView(1, 2, 3), elements(instance.view()));
 
-    // Towards +X: see above.
+    // Looks along +X, as above.
     EXPECT_EQ((Elements{0, 0, 1, 0, 0, 1, 0, 0, -1, 0, 0, 0, 3, -2, -1, 1}),
               elements(instance.setLookAtNode(stage.link("b"))));
     EXPECT_EQ(stage.link("b"), instance.lookAtNode());
@@ -690,7 +691,7 @@ TEST(CameraInstanceTest, ViewWithoutALookAtNodeStaysAsItStands)
     EXPECT_EQ(zero, elements(empty.view(2.0)));
 }
 
-/// Writes down who is asked for which time, and gives another matrix at each call.
+/// Records which object is evaluated at which time, and returns another matrix at each call.
 class Recorder : public libVideo::Transformation {
 public:
     Recorder(std::string& calls, const char* name, std::vector<Elements> matrices)
@@ -720,7 +721,7 @@ void record(Node& node, std::string& calls, const char* name, const std::vector<
 
 TEST(CameraInstanceTest, ViewAsksForUpThenTargetThenEye)
 {
-    // What the first answer has as position, and the second as up, must not show.
+    // The position of the first result and the up vector of the second one must not be used.
     const Elements first{0, 1, 0, 100, 0, 0, 0, 100, 0, 0, 0, 100, 0, 0, 0, 1}; // up = (1, 0, 0)
     const Elements second{0, 9, 0, 0, 0, 9, 0, 0, 0, 9, 0, -5, 0, 0, 0, 1};     // position = (0, 0, -5)
     std::string calls;
@@ -755,7 +756,7 @@ TEST(CameraInstanceTest, ProjectionIsThatOfTheCamera)
     const Camera& constCamera = *instance.camera();
     EXPECT_EQ(&constCamera.projectionMatrix(), &static_cast<const CameraInstance&>(instance).projection());
     EXPECT_EQ(&constCamera.projectionMatrix(), &instance.projection(2.0));
-    // 90 degrees both ways, planes at 1 and 101: 101 / 100, and that times -1.
+    // Both angles are 90 degrees, the planes are at 1 and 101: 101 / 100, and that times -1.
     expectNear({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1.01f, 1, 0, 0, -1.01f, 0}, elements(instance.projection()));
 }
 
@@ -765,13 +766,13 @@ TEST(CameraInstanceTest, ProjectionAtATimeAndAspectRatioReachTheCamera)
                              "<aspect_ratio>2</aspect_ratio><znear>1</znear><zfar>101</zfar></perspective>"
                              "</technique_common></optics></camera>";
     Stage stage(nodeWithCamera, library("library_cameras", wide), curve("c", "eye/fov", "1 3", "60 120"));
-    const LogCapture quiet; // it looks at nothing
+    const LogCapture quiet; // there is no look-at node
     CameraInstance instance(stage.link("n"));
     ASSERT_TRUE(stage.load(instance, "n"));
     EXPECT_NEAR(2.0f, instance.projection()[0], 1e-6f);
     EXPECT_NEAR(1.0f, instance.projection()[5], 1e-6f);
 
-    // At second 1 the angle is 60 degrees, of whose half the cotangent is √3.
+    // At second 1 the angle is 60 degrees; the cotangent of its half is √3.
     EXPECT_NEAR(1.7320508f, instance.projection(1.0)[5], 1e-6f);
     EXPECT_NEAR(3.4641016f, instance.projection()[0], 1e-6f);
 

@@ -9,7 +9,7 @@
 #include <libVideo/SceneGraph/VisualScene.h>
 #include <libVideo/SceneGraph/detail/PoolIndex.h>
 
-// How a load places cameras and lights on the nodes, and gives animations to what they target.
+// A load places cameras and lights on nodes, and gives animations to their targets.
 
 namespace {
 
@@ -44,7 +44,7 @@ std::string light(const std::string& id, const std::string& kind, const std::str
 
 TEST(LightInstancingTest, LightOfAnEmptyIdBindsToAPooledOneWithoutId)
 {
-    // The document model alone lets an empty url lead to an element of an empty id.
+    // The document model alone resolves an empty url to an element with an empty id.
     const LogCapture log;
     ColladaBuilder builder(
         library("library_lights", "<light id=''><technique_common><ambient><color>1 1 1</color></ambient>"
@@ -67,7 +67,7 @@ const std::string noTarget = "Unable to find the animation's target node with id
 
 // --- documents ---
 
-// Looks at a node "aim", and has an angle and planes that an animation can target.
+// A camera that looks at a node "aim", with an angle and planes that an animation can target.
 std::string camera(const std::string& id, const std::string& lookAt = "aim")
 {
     return "<camera id='" + id +
@@ -94,7 +94,7 @@ std::string instanceLight(const std::string& id)
 
 const std::string aim = "<node id='aim'><translate sid='t'>0 0 0</translate></node>";
 
-/// A document loaded from a file, and the lines that it gave. Takes all lines while it lives.
+/// A document loaded from a file, and its messages. Captures all messages while it exists.
 class Loaded {
 public:
     Loaded(const std::string& libraries, const std::string& nodes)
@@ -126,7 +126,7 @@ public:
         return *daeSafeCast<domNode>(dae.getDatabase()->idLookup(id, dae.getDoc(0)));
     }
 
-    /// What the placing of instances gives for the cameras or lights of an element, on the node of another.
+    /// The result of placing the cameras or lights of an element on the node of another element.
     unsigned addCameras(const char* nodeId, const char* elementId)
     {
         PoolIndex index(pool());
@@ -485,7 +485,7 @@ TEST(AnimationInstancingTest, CameraOfSeveralInstancesTakesAnAnimationOnce)
     ASSERT_EQ("eye@a eye@a eye@b", document.cameraList());
     EXPECT_EQ(1u, cameraAnimations(*document.pool().cameraList[0]).size());
     EXPECT_EQ(2u, document.pool().animationList[0].useCount());
-    // All see it: at second 1 the angle is 60 degrees, of whose half the cotangent is √3.
+    // All of them see it: at second 1 the angle is 60 degrees; the cotangent of its half is √3.
     EXPECT_NEAR(1.7320508f, document.scene().cameraList()[2]->projection(1.0)[5], 1e-6f);
     EXPECT_NEAR(1.7320508f, document.scene().cameraList()[0]->projection()[5], 1e-6f);
     EXPECT_NEAR(1.7320508f, document.scene().cameraList()[1]->projection()[5], 1e-6f);
@@ -519,7 +519,7 @@ TEST(AnimationInstancingTest, TargetsAreFoundInTheirExactCase)
 
 TEST(AnimationInstancingTest, OnlyTheCameraThatAnInstanceIsBoundToCounts)
 {
-    // The instance of "Eye" is bound to "eye", the first that matches without regard to case.
+    // The instance of "Eye" is bound to "eye", the first match that ignores case.
     Loaded document(
         library("library_animations", curve("c", "Eye/y", "1 3", "60 120") + curve("d", "eye/y", "1 3", "60 120")) +
             library("library_cameras", camera("eye") + camera("Eye")),
@@ -767,7 +767,7 @@ TEST(WholeStageTest, RestPose)
 
 struct TimeCase : Row {
     double time;
-    double x; ///< place of the camera
+    double x; ///< position of the camera
     double z;
     double cotangent; ///< of half its angle
 };
@@ -779,7 +779,7 @@ TEST_P(WholeStageTimeTest, CameraStandsWhereTheCurvesHaveIt)
     const TimeCase& row = GetParam();
     Loaded document(stageLibraries(), stageNodes());
     CameraInstance& instance = *document.scene().cameraList()[0];
-    // Whatever was asked for before.
+    // Regardless of earlier evaluations.
     instance.view(2.75);
     instance.projection(2.75);
 
@@ -793,8 +793,8 @@ TEST_P(WholeStageTimeTest, CameraStandsWhereTheCurvesHaveIt)
     EXPECT_EQ("", document.lines());
 }
 
-// Keys at seconds 1 and 3, and with that a length of 3 seconds, after which the curves start again. Outside of the keys
-// the camera is at rest. Cotangents: of 30 degrees √3, of 45 degrees 1, of 52.5 degrees 0.767327.
+// The keys are at seconds 1 and 3, so the curves last 3 seconds and then start again. Outside the keys the camera is at
+// rest. Cotangents: √3 for 30 degrees, 1 for 45 degrees, 0.767327 for 52.5 degrees.
 INSTANTIATE_ROWS(Times, WholeStageTimeTest, {"Start", 0.0, 0.0, -10.0, 2.0},
                  {"BeforeTheFirstKey", 0.5, 0.0, -10.0, 2.0}, {"FirstKey", 1.0, 0.0, -5.0, 1.7320508075688772},
                  {"HalfWay", 2.0, 3.0, -4.0, 1.0}, {"ThreeQuarters", 2.5, 4.5, -3.5, 0.7673269879789604},
@@ -803,7 +803,7 @@ INSTANTIATE_ROWS(Times, WholeStageTimeTest, {"Start", 0.0, 0.0, -10.0, 2.0},
 
 TEST(WholeStageTest, LensAloneLeavesThePlanesOut)
 {
-    // What no animation sets enters as 0, and 0 / 0 is no number.
+    // Values that no animation sets count as 0, and 0 / 0 is NaN.
     Loaded document(library("library_animations", curve("zoom", "eye/y", "1 3", "60 120")) +
                         library("library_cameras", camera("eye")),
                     node("n", instanceCamera("eye")) + aim);

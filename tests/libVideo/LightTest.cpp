@@ -198,7 +198,7 @@ INSTANTIATE_ROWS(Documents, PointLightLoadTest,
                   triple(0.0f, 0.0f, 0.0f), triple(0.0f, 3.0f, 0.0f), ""},
                  {"QuadraticOnly", "<color>0 0 0</color><quadratic_attenuation>4</quadratic_attenuation>",
                   triple(0.0f, 0.0f, 0.0f), triple(0.0f, 0.0f, 4.0f), ""},
-                 // The values are those of the document: unclamped, and narrowed to the nearest float.
+                 // The values of the document, unclamped and rounded to the nearest float.
                  {"Unclamped", "<color>2.5 -1 100</color><constant_attenuation>-2</constant_attenuation>",
                   triple(2.5f, -1.0f, 100.0f), triple(-2.0f, 0.0f, 0.0f), ""},
                  {"Narrowed", "<color>0.1 16777217 0.7</color><linear_attenuation>0.0123456789</linear_attenuation>",
@@ -252,7 +252,7 @@ TEST_P(SpotLightLoadTest, ReadsOrRefusesItsElement)
     EXPECT_EQ(GetParam().exponent, light.falloffExponent());
     EXPECT_EQ("lamp", textOf(light.id()));
     expectErrors("libVideo.light", GetParam().words, log);
-    // These come from the extra data alone.
+    // These come only from the extra data.
     EXPECT_EQ(77.0f, light.outerConeAngle());
     EXPECT_EQ("before", textOf(light.lookAtNodeId()));
 }
@@ -421,7 +421,7 @@ INSTANTIATE_ROWS(Targets, SpotLightExtraTest,
                  {"NoFragment", vendorExtra("<target>Node1</target>"), 77.0f, ""},
                  {"EmptyFragment", vendorExtra("<target>#</target>"), 77.0f, ""},
                  {"EncodedBlank", vendorExtra("<target>#a%20b</target>"), 77.0f, "a%20b"},
-                 // From here on the document model knows no reference in the text.
+                 // From here on, the document model finds no reference in the text.
                  {"BlanksAround", vendorExtra("<target>  #Node1 </target>"), 77.0f, "Node1"},
                  {"LineFeedsAround", vendorExtra("<target>\n\t#Node1\n</target>"), 77.0f, "Node1"},
                  {"BlankInside", vendorExtra("<target>#My Node</target>"), 77.0f, "My Node"},
@@ -530,7 +530,7 @@ const std::string colored = "<color>0.25 0.5 0.75</color>";
 const std::string ambient = "<technique_common><ambient>" + colored + "</ambient></technique_common>";
 const std::string directional = "<technique_common><directional>" + colored + "</directional></technique_common>";
 
-/// Both builders, each with a list that holds one light from before.
+/// Both builders, each with a list that already holds one light.
 struct PointBuilder {
     using List = PointList;
     using Light = PointLight;
@@ -612,7 +612,7 @@ TYPED_TEST(LightListTest, DocumentWithoutLightsClearsTheList)
         EXPECT_EQ(0u, this->build(document));
         expectErrors("libVideo.light", "", log);
         EXPECT_EQ(0u, this->list.size());
-        EXPECT_EQ(1u, before.useCount()); // the list has let go of it
+        EXPECT_EQ(1u, before.useCount()); // the list no longer owns it
     }
 }
 
@@ -685,7 +685,7 @@ TYPED_TEST(LightListTest, OpensNoTrace)
     const LogCapture log;
     vesk::LogFactory::setPriority(vesk::LoggerPriority::PRIORITY_TRACE);
     EXPECT_EQ(2u, this->build(document));
-    // The line of the light without a color is the only one.
+    // The message about the light without a color is the only one.
     ASSERT_EQ(1u, log.lines().size()) << log.text();
     EXPECT_EQ(3, log.lines()[0].priority);
 }

@@ -54,7 +54,7 @@ constexpr const char* shortColor = "Color has fewer than three values";
 constexpr const char* noTexture = "Unable to initialize texture";
 constexpr Color white{1.0f, 1.0f, 1.0f};
 
-/// A color channel of the record, by the name of its element.
+/// A color channel of the record, identified by the name of its element.
 struct ColorChannel {
     const char* element;
     float (Component::*color)[3];
@@ -92,8 +92,8 @@ std::string color(const std::string& numbers)
 const std::string textured = "<texture texture='sampler' texcoord='uv'/>";
 const std::string lost = "<texture texture='none' texcoord='uv'/>";
 
-/// A document with an effect for each text of shading values, that of the first under the id "effect0". All profiles
-/// have a sampler "sampler", which leads to the file that is named, and a sampler "bare", whose surface has none.
+/// A document with an effect for each text of shading values; the first has the id "effect0". All profiles have a
+/// sampler "sampler", which leads to the given file, and a sampler "bare", whose surface has none.
 class Document {
 public:
     explicit Document(const std::vector<std::string>& shaders, const std::string& file = "./a.png")
@@ -114,7 +114,7 @@ public:
         m_builder.open();
     }
 
-    /// Of one `<blinn>` with these children.
+    /// A document with one `<blinn>` with these children.
     explicit Document(const std::string& values) : Document(std::vector<std::string>{tagged("blinn", values)}) {}
 
     domProfile_COMMON* profile(unsigned of = 0)
@@ -138,7 +138,7 @@ private:
     ColladaBuilder m_builder;
 };
 
-// Null where there is no texture.
+// Null without a texture.
 const char* fileOf(const TextureHandle& texture)
 {
     return texture ? texture->textureFile().data() : nullptr;
@@ -289,7 +289,7 @@ protected:
     }
 };
 
-// Of a color, and of a texture, under both shaders.
+// With a color and with a texture, for both shaders.
 TEST_P(MaterialChannelTest, ElementFillsItsOwnFieldsAlone)
 {
     const LogCapture log;
@@ -376,7 +376,7 @@ INSTANTIATE_ROWS(Colors, MaterialColorTest, {"AlphaIsNotKept", "0.25 0.5 0.75 0.
                  {"MoreThanFour", "0.25 0.5 0.75 1 9 9", {0.25f, 0.5f, 0.75f}, ""},
                  {"NothingIsClamped", "-2 300 1.5 1", {-2.0f, 300.0f, 1.5f}, ""},
                  {"Black", "0 0 0 1", {0.0f, 0.0f, 0.0f}, ""},
-                 // 2^24 + 1 lies between two floats, the even one of which is 2^24
+                 // 2^24 + 1 is between two floats; the even one is 2^24
                  {"NarrowedToFloat", "0.1 16777217 0.3 1", {0.1f, 16777216.0f, 0.3f}, ""},
                  {"NoNumber", "", white, shortColor}, {"OneNumber", "0.5", white, shortColor},
                  {"TwoNumbers", "0.25 0.5", white, shortColor});
@@ -473,7 +473,7 @@ TEST(MaterialTest, ChannelsAreReadInTheirOrderWhateverFails)
     EXPECT_STREQ("", fileOf(material.component().specularTexture));
 }
 
-// In one material, the first two channels reach a surface without an initializer and nothing.
+// In one material, the first channel leads to a surface without an initializer, and the second one to nothing.
 TEST(MaterialTest, LinesOfATextureStandWhereItsChannelIsRead)
 {
     const LogCapture log;
@@ -729,7 +729,7 @@ TEST(MaterialTest, WriteFloatCoeffTakesAFloatAlone)
     EXPECT_TRUE(log.lines().empty());
 }
 
-// Copies and life.
+// Copies and lifetime.
 
 TEST(MaterialTest, CopyAndAssignmentShareTexturesAndProfile)
 {

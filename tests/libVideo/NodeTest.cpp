@@ -42,11 +42,11 @@ TEST(NodeTest, FieldsStandInTheirOrder)
 
 constexpr float rounding = 1e-6f;
 
-// For what sine and cosine have a part in; all else is compared exactly.
+// Tolerance for results that depend on sine and cosine; all others are compared exactly.
 testing::AssertionResult isNear(const Elements& expected, const Matrix4& matrix);
 testing::AssertionResult isNotANumberThroughout(const Matrix4& matrix);
 
-// Whether an entry is of that class, and not of one derived from it.
+// Whether an entry has exactly this class.
 template <class Kind>
 bool isExactly(const TransformationHandle& entry)
 {
@@ -60,7 +60,7 @@ std::string node(const std::string& children)
     return "<node id='n'>" + children + "</node>";
 }
 
-/// One node of a small document, with the document that it was read from.
+/// One node, and the small document that it was read from.
 class Document {
 public:
     explicit Document(const std::string& nodes)
@@ -194,7 +194,7 @@ TEST(NodeTest, SecondLoadStartsTheMatrixAnewAndAppendsToTheList)
     EXPECT_STREQ("s", transformationsOf(built)[1]->sid().data());
 }
 
-// Content of a node, and the matrix that it comes to.
+// Content of a node, and its matrix.
 struct MatrixCase : Row {
     const char* children;
     Elements matrix;
@@ -213,7 +213,7 @@ TEST_P(NodeMatrixTest, TransformChildrenComposeToTheMatrix)
     EXPECT_EQ("", log.text());
 }
 
-// A rotation by 90 degrees about Z sends (x, y, z) to (-y, x, z), one about X to (x, -z, y).
+// A rotation by 90 degrees about Z maps (x, y, z) to (-y, x, z); one about X maps it to (x, -z, y).
 INSTANTIATE_ROWS(Kinds, NodeMatrixTest, {"Translate", "<translate>1 2 3</translate>", translated(1, 2, 3), 1},
                  {"Scale", "<scale>2 3 4</scale>", scaled(2, 3, 4), 1},
                  {"RotateAboutZ", "<rotate>0 0 1 90</rotate>",
@@ -270,7 +270,7 @@ INSTANTIATE_ROWS(SurplusValuesAreNotRead, NodeMatrixTest,
 TEST(NodeTest, RotateWithoutAxisGivesNaNInThreeColumns)
 {
     const Node built = read(node("<rotate/>"));
-    // The rotation itself is no number in its upper left block; zero times that is no number either.
+    // The upper left block of the rotation is NaN, and so is zero times NaN.
     for (unsigned i = 0; i < 16; ++i) {
         EXPECT_EQ(i % 4 < 3, std::isnan(built.transform()[i])) << i;
     }
@@ -303,7 +303,7 @@ TEST(NodeTest, EachKindBecomesAnObjectOfItsClassInDocumentOrder)
     EXPECT_EQ(scaled(5, 5, 5), elements(*list[4]->transformation()));
 }
 
-// Eye and interest both come from the first three numbers, so even a proper look-at is not a number.
+// Eye and interest both come from the first three numbers, so even a correct look-at is NaN.
 class NodeLookatTest : public testing::TestWithParam<Case<const char*>> {};
 
 TEST_P(NodeLookatTest, GivesNaNThroughoutAndNoTransformation)
@@ -372,7 +372,7 @@ TEST(NodeTest, AccumulateTransformPassesOverNothing)
     EXPECT_EQ(0u, transformationsOf(built).size());
 }
 
-// The four that multiply plain values into the matrix, and what comes of them on top of T(1, 2, 3).
+// The four functions that multiply plain values into the matrix, and their results on top of T(1, 2, 3).
 struct ValuesCase : Row {
     void (Node::*operation)(const Values&);
     std::vector<double> values;
@@ -709,7 +709,7 @@ TEST(NodeTest, AddAnimationReachesOnlyTheFirstOfEqualSids)
     EXPECT_TRUE(built.addAnimation(turn));
     EXPECT_TRUE(built.hasAnimation());
     EXPECT_EQ(2u, turn.useCount());
-    // Were both to turn, they would come to 180 degrees.
+    // If both turned, they would add up to 180 degrees.
     EXPECT_TRUE(isNear({0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, built.transform(2.0)));
     EXPECT_TRUE(
         isNear({0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, *transformationsOf(built)[0]->transformation()));
@@ -794,7 +794,7 @@ TEST(NodeTest, EmptyAnimationHandleThrowsNullPointerAndChangesNothing)
     EXPECT_EQ(translated(20, 30, 40), elements(built.transform(2.0)));
 }
 
-// What a copy has of its source, whichever way it was made.
+// The state of a copy, however it was made.
 void expectCopyOf(const Node& source, const Node& copy)
 {
     EXPECT_EQ(elements(source.transform()), elements(copy.transform()));

@@ -27,7 +27,7 @@ TEST(PrimitiveTypeTest, ValuesHaveTheirNumbers)
     EXPECT_EQ(8u, static_cast<unsigned>(libVideo::PRIMITIVE_INVALID));
 }
 
-/// A primitive of the test's own: what the library keeps for its own kinds is open here.
+/// A primitive for tests, which exposes protected members.
 class OpenPrimitive : public Primitive {
 public:
     OpenPrimitive() = default;
@@ -43,7 +43,7 @@ public:
 
 // --- Documents ---
 
-/// Values that tell their place: float j of record i is `base` + i + j / 8.
+/// Values that identify their position: float j of record i is `base` + i + j / 8.
 float valueOf(float base, unsigned i, unsigned j)
 {
     return base + static_cast<float>(i) + static_cast<float>(j) * 0.125f;
@@ -76,7 +76,7 @@ std::string floatParams(unsigned count)
 std::string source(const std::string& id, const std::string& floats, const std::string& count, unsigned stride,
                    const std::string& params);
 
-/// A sound `<source>` of records as `valueOf` has them.
+/// A valid `<source>` with the values of `valueOf`.
 std::string records(const std::string& id, unsigned count, unsigned stride, float base)
 {
     Floats values;
@@ -88,7 +88,7 @@ std::string records(const std::string& id, unsigned count, unsigned stride, floa
     return source(id, text(values), std::to_string(count), stride, floatParams(stride));
 }
 
-/// A `<source>` without a technique: its floats stand alone.
+/// A `<source>` without a technique: a bare array of floats.
 std::string bareSource(const std::string& id, const std::string& floats, unsigned count)
 {
     return "<source id='" + id + "'><float_array id='" + id + "-floats' count='" + std::to_string(count) + "'>" +
@@ -119,8 +119,8 @@ std::string triangles(const std::string& count, const std::string& inputs, const
 
 const std::string vertexInput = "<input semantic='VERTEX' source='#corners' offset='0'/>";
 
-/// What most meshes start with: eight positions X, Y, Z from 0 on, eight normals X, Y, Z from 100 on, eight coordinates
-/// S, T from 200 on, and a `<vertices>` over the positions.
+/// The start of most meshes: eight positions X, Y, Z from 0 on, eight normals X, Y, Z from 100 on, eight coordinates S,
+/// T from 200 on, and a `<vertices>` with the positions.
 const std::string basics = records("positions", 8, 3, 0) + records("normals", 8, 3, 100) +
                            records("coordinates", 8, 2, 200) + vertices(local("POSITION", "positions"));
 
@@ -171,7 +171,7 @@ Indices indices(const Primitive& primitive)
     return Indices(primitive.indexBuffer().begin(), primitive.indexBuffer().end());
 }
 
-/// The vertex stream, read as what it holds.
+/// The vertex stream, decoded.
 Floats floats(Primitive& primitive)
 {
     EXPECT_EQ(0u, primitive.totalByteSize() % sizeof(float));
@@ -192,7 +192,7 @@ Floats floats(const Bytes& bytes)
     return values;
 }
 
-/// What `vertex` copies out.
+/// The bytes that `vertex` copies.
 Floats vertexOf(const Primitive& primitive, unsigned index)
 {
     Bytes bytes;
@@ -235,7 +235,7 @@ VertexLayout layoutOf(VertexSemantic semantic, unsigned byteSize, unsigned byteO
     return layout;
 }
 
-/// An input that tells which vertices it was asked for.
+/// An input that records the requested vertices.
 class CountingInput : public InputLocalOffset {
 public:
     explicit CountingInput(domTriangles* triangles) : InputLocalOffset(triangles->getInput_array(), triangles->getP())
@@ -250,7 +250,7 @@ public:
     Indices calls;
 };
 
-/// An input that answers every vertex with one byte of its own.
+/// An input with one byte per vertex.
 class OneByteInput : public CountingInput {
 public:
     using CountingInput::CountingInput;
@@ -267,7 +267,7 @@ private:
     vesk::Array<unsigned char> m_byte;
 };
 
-/// The plain way to number tuples by first use: each is compared with all known ones, from the first on.
+/// The simple way to number tuples by first use: each is compared with all known ones in turn.
 struct PlainScan {
     explicit PlainScan(const std::vector<Tuple>& corners)
     {
@@ -285,7 +285,7 @@ struct PlainScan {
     }
 
     std::vector<Tuple> known;
-    Indices firstUses; ///< the corner that each of them came with
+    Indices firstUses; ///< the corner at which each first occurs
     Indices indexBuffer;
 };
 
@@ -522,7 +522,7 @@ TEST(TriangleListTest, InputsThatShareAnOffsetShareOneIndex)
 
 TEST(TriangleListTest, GapInTheOffsetsReadsZeroBehindTheEnd)
 {
-    // Two distinct offsets make steps of 2, so the normal of the last corner stands behind the list.
+    // Two distinct offsets make steps of 2, so the normal of the last corner is past the end of the list.
     MeshDocument document(basics + triangles("1", vertexInput + input("NORMAL", "normals", 2), "1 7 2 7 3 7"));
     const LogCapture log;
     TriangleList list;
@@ -675,7 +675,7 @@ INSTANTIATE_ROWS(Lists, TriangleListShortListTest, {"OneMoreThanHeld", "3", "<p>
 
 TEST(TriangleListTest, WholeTrianglesCountInTuples)
 {
-    // Eleven indices are three tuples of three, and a part of a fourth.
+    // Eleven indices make three tuples of three and part of a fourth.
     MeshDocument document(basics + triangles("2", threeInputs, "0 0 0 1 1 1 2 2 2 3 3"));
     const LogCapture log;
     TriangleList list;
@@ -808,7 +808,7 @@ TEST(TriangleListTest, SourceThatEmitsNoByteLeavesIndicesButFails)
 
 TEST(TriangleListTest, SourcesAreReadOncePerDistinctTuple)
 {
-    // A source without named components tells of each read.
+    // A source without named components logs each read.
     MeshDocument document(source("positions", "1 2 3 4 5 6 7 8 9", "3", 3, unnamedParams) +
                           vertices(local("POSITION", "positions")) + triangles("3", vertexInput, "2 1 2 1 1 2 2 2 1"));
     const LogCapture log("libVideo.accessor");
@@ -869,12 +869,12 @@ TEST(TriangleListTest, ParamOfAnotherTypeThrowsOutOfTheInputs)
 
 struct IndexLists : Row {
     unsigned corners;
-    unsigned values; ///< an index is below this
+    unsigned values; ///< indices are below this
 };
 
 const char* const attributeNames[] = {"VERTEX", "NORMAL", "TEXCOORD", "COLOR", "TANGENT"};
 
-/// A mesh whose vertices are tuples of that length: one input for each offset, over a source of one float a record.
+/// A mesh whose vertices are tuples of this length: one input for each offset, with sources of one float per record.
 std::string meshOfTuples(const std::vector<Tuple>& corners, unsigned length, unsigned values)
 {
     std::string sources;
@@ -967,7 +967,7 @@ TEST(TriangleListTest, AllDistinctTuplesAreNumberedAsTheyCome)
 
 TEST(TriangleListTest, FanRoundOneVertexIsNumberedAlongItsRim)
 {
-    // So large that a search which grows with the number of known tuples does not end.
+    // Large enough that a search that grows with the number of known tuples would not finish.
     constexpr unsigned triangleCount = 200000;
     std::string p;
     Indices expected;
@@ -992,7 +992,7 @@ TEST(TriangleListTest, FanWithManyNormalsOfOnePositionHasAVertexForEach)
         corners.push_back({i + 2, i % 50});
     }
     const PlainScan expected(corners);
-    EXPECT_EQ(1050u, expected.known.size()); // 50 round the middle, and two of each triangle
+    EXPECT_EQ(1050u, expected.known.size()); // 50 around the middle, and two for each triangle
     MeshDocument document(meshOfTuples(corners, 2, 502));
     TriangleList list(document.triangles());
     EXPECT_EQ(expected.indexBuffer, indices(list));
@@ -1096,7 +1096,7 @@ TEST_F(IndexedVertexBufferTest, BytesComeFromTheVirtualRead)
 
 TEST_F(IndexedVertexBufferTest, EmptyTuplesAreAllOneVertex)
 {
-    // A second load keeps the sources, and without inputs there is no offset any more.
+    // A second load keeps the sources; without inputs there are no offsets.
     auto* const oneByte = new OneByteInput(m_document.triangles());
     m_input = oneByte;
     ASSERT_TRUE(
@@ -1215,7 +1215,7 @@ TEST(PrimitiveVertexTest, ExceptionNamesTheFirstByteBehindTheStream)
         EXPECT_EQ(95, failure.high());
         EXPECT_EQ(108, failure.index());
     }
-    EXPECT_EQ(12u, bytes.size()); // made fit before the first byte is read
+    EXPECT_EQ(12u, bytes.size()); // resized before the first byte is read
 }
 
 TEST(PrimitiveVertexTest, OutTakesTheSizeOfAVertexWhateverItHeld)
@@ -1381,7 +1381,7 @@ TEST(PrimitiveLayoutTest, PositionOfAPointCloudStandsAtTheStart)
 
 // --- Copies ---
 
-/// Both hold the same, in memory of their own.
+/// Both have the same content in separate memory.
 void expectDeepCopy(Primitive& original, Primitive& copy)
 {
     EXPECT_EQ(original.type(), copy.type());

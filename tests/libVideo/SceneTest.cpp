@@ -29,7 +29,7 @@ PRIVATE_MEMBER(visualSceneResources, libVideo::SceneResourcesLink VisualScene::*
 PRIVATE_MEMBER(visualSceneNodeList, vesk::Array<libVideo::NodeHandle> VisualScene::*, &VisualScene::m_nodeList)
 PRIVATE_MEMBER(visualSceneNodeTable, libVideo::NodeTable VisualScene::*, &VisualScene::m_nodeTable)
 
-// The order of their ends is the reverse: the document, the pool, the scene.
+// Destroyed in reverse order: the document, the pool, the scene.
 TEST(SceneTest, MembersStandInTheirOrder)
 {
     const Scene scene;
@@ -54,8 +54,8 @@ std::string whole(const std::string& body, const std::string& asset = std::strin
            asset + "</asset>" + body + "</COLLADA>";
 }
 
-// Two libraries of one failed and one complete curve. The latter leads "a/t" from (10, 20, 30) at second 1 to
-// (30, 40, 50) at second 3.
+// Two libraries, each with a failed and a complete curve. The latter moves "a/t" from (10, 20, 30) at second 1 to (30,
+// 40, 50) at second 3.
 const std::string animations =
     "<library_animations><animation/></library_animations><library_animations><animation>"
     "<source id='times'><float_array id='times-array' count='2'>1 3</float_array><technique_common>"
@@ -84,16 +84,16 @@ bool load(Scene& scene, const std::string& path)
     return scene.createFromCollada(path.c_str());
 }
 
-// That nothing can be reached in the scene, and all can be asked.
+// Expects the scene to be empty, and all of its functions to be callable.
 void expectNothingToShow(const Scene& scene);
 
-// What the good document shows.
+// The content of the good document.
 void expectGood(Scene& scene);
 
-// That a path is refused as one that does not open, and that nothing comes of it.
+// Expects a path to be refused as one that cannot be opened, and the scene to stay empty.
 void expectRefused(const std::string& path);
 
-/// Puts the working directory back.
+/// Restores the working directory.
 class WorkingDirectory {
 public:
     WorkingDirectory() : m_before(std::filesystem::current_path()) {}
@@ -111,7 +111,7 @@ private:
     std::filesystem::path m_before;
 };
 
-/// Sets an environment variable, and puts it back.
+/// Sets an environment variable; the destructor restores it.
 class Environment {
 public:
     Environment(const char* name, const char* value) : m_name(name)
@@ -138,18 +138,18 @@ private:
     std::optional<std::string> m_before;
 };
 
-/// The process-wide locale of a country that writes a comma in its numbers, and that of before at the end.
+/// Sets the process-wide locale to one with a decimal comma; the destructor restores it.
 class CommaLocale {
 public:
     CommaLocale() : m_before(std::setlocale(LC_ALL, nullptr))
     {
-        uselocale(LC_GLOBAL_LOCALE); // whatever another test may have left to this thread
+        uselocale(LC_GLOBAL_LOCALE); // another test may have set one for this thread
         for (const char* const name : {"de_DE.UTF-8", "de_DE.utf8", "de_DE", "fr_FR.UTF-8", "fr_FR.utf8"}) {
             if (take(name)) {
                 return;
             }
         }
-        // One of its own, where none is installed.
+        // A locale made for the test, if none is installed.
         m_folder = std::make_unique<TemporaryFile>("", "empty");
         const std::string folder = m_folder->folder().string();
         const std::string command = "localedef -i de_DE -f ISO-8859-1 '" + folder + "/comma' >/dev/null 2>&1";
@@ -179,7 +179,7 @@ private:
     bool m_isAvailable = false;
 };
 
-/// Ends the test program if its scope takes longer: what waits for a writer would wait for ever.
+/// Ends the test program if its scope takes longer: opening a pipe without a writer would block forever.
 class Deadline {
 public:
     explicit Deadline(unsigned seconds) { alarm(seconds); }
@@ -283,8 +283,8 @@ TEST(SceneTest, TraceEndsAtARefusalToo)
     EXPECT_EQ("< Scene::createFromCollada", lines[2].text);
 }
 
-// A document that opens and leads to no scene: the channel and the words of its line, with FILE for the path, and
-// whether it got as far as the animations.
+// A document that opens but has no scene: channel and text of the message, with FILE for the path, and whether
+// animations were loaded.
 struct FailureCase : Row {
     std::string body;
     const char* channel;
@@ -628,7 +628,7 @@ TEST(SceneTest, FifoIsRefusedAtOnce)
 
 TEST(SceneTest, AddressesAreRefused)
 {
-    // Nobody listens there; what counts is that the refusal is no matter of the network.
+    // Nothing listens there; the refusal must not depend on the network.
     expectRefused("http://127.0.0.1:9/document.dae");
     expectRefused("ftp://127.0.0.1:9/document.dae");
     expectRefused("https://127.0.0.1:9/document.dae");
@@ -676,7 +676,7 @@ TEST(SceneTest, ArchiveThatTheDocumentModelWouldOpenIsRefused)
                                       {"scene.dae", whole(nodes + showsScene)}}),
                              "document.zae");
     {
-        const TemporaryFile unpacked("", "empty"); // what it unpacks stays in this folder
+        const TemporaryFile unpacked("", "empty"); // files that it unpacks stay in this folder
         const Environment place("TMPDIR", unpacked.folder().c_str());
         const SilentDocumentModel silence;
         DAE dae(nullptr, nullptr, "1.4.1");
@@ -831,8 +831,8 @@ TEST(SceneTest, LocaleOfTheThreadIsPutBack)
     freelocale(own);
 }
 
-// Holds what the document model prints messages about: an unknown element and attribute, text where none may be, and a
-// number that is none.
+// Causes messages of the document model: an unknown element and attribute, text where none is allowed, and an invalid
+// number.
 const std::string odd = whole("<library_visual_scenes><visual_scene id='scene' colour='red'><unknown/>text<node id='a'>"
                               "<translate>NaN 1 2</translate></node></visual_scene></library_visual_scenes>" +
                               showsScene);
@@ -992,7 +992,8 @@ void expectRefused(const std::string& path)
 
     EXPECT_FALSE(isLoaded);
     EXPECT_EQ("", output);
-    EXPECT_EQ(Texts{"libVideo.scene: Collada file does not exist " + path}, log.messages()); // it may have a line feed
+    // Paths may have line feeds.
+    EXPECT_EQ(Texts{"libVideo.scene: Collada file does not exist " + path}, log.messages());
     expectNothingToShow(scene);
     EXPECT_EQ(0u, scenePool(scene).animationList.size());
     EXPECT_EQ(0, sceneDae(scene).getDocCount());

@@ -50,7 +50,7 @@ std::string failedSource(const std::string& id, const std::string& values, const
            "</source>";
 }
 
-/// A document with a mesh of these sources, whose one input has a reference of the test's.
+/// A document with a mesh with these sources; its one input has the given reference.
 class SourceDocument {
 public:
     explicit SourceDocument(const std::string& sources, const std::string& reference = "#source")
@@ -89,7 +89,7 @@ const char* const accessorReachLine = "libVideo.accessor: Accessor reaches beyon
 const char* const accessorEmptyLine = "libVideo.accessor: No data to read from the accessor";
 const char* const noArrayLine = "libVideo.source: Source has no float array";
 
-/// A source of the test's own: keeps what it was asked for.
+/// A source for tests, which records requests.
 class PlainSource : public Source {
 public:
     explicit PlainSource(DataType type) : Source(type) {}
@@ -204,7 +204,7 @@ TEST(SourceFloatTest, LoadOfAnEmptySourceLeavesItUninitialized)
     SourceFloat bare;
     EXPECT_TRUE(bare.createFromCollada(document.source("bare")));
     EXPECT_FALSE(bare.isInitialized());
-    EXPECT_EQ(libVideo::DATA_TYPE_INVALID, bare.dataType()); // a bare array says nothing of the type
+    EXPECT_EQ(libVideo::DATA_TYPE_INVALID, bare.dataType()); // a bare array does not give the type
     EXPECT_EQ((Floats{6}), floatsIn(bare.data(1)));
 }
 
@@ -488,7 +488,7 @@ TEST(SourceFloatTest, BareSourcesHaveListsOfTheirOwn)
     same.data(1);
     other.data(1);
     EXPECT_EQ((Floats{1}), floatsIn(kept));
-    // Nor do they write to the value that their lists were copied from.
+    // They do not write to the values that their lists were copied from either.
     const SourceFloat late(document.source());
     EXPECT_EQ((Floats{0}), floatsIn(singleValueOf(late)));
 }
@@ -536,7 +536,7 @@ TEST(SourceFloatTest, EmptyBareSourceIsFalseWithoutALine)
 
 TEST(SourceFloatTest, BareValueIsNarrowedToTheNearestFloat)
 {
-    // 0.1 lies nearest to 3DCCCCCD; 2^24 + 1 lies between two floats and goes to the even one.
+    // 3DCCCCCD is nearest to 0.1; 2^24 + 1 is between two floats and rounds to the even one.
     SourceDocument document(sourceXml("source", "0.1 16777217 -0.0"));
     const SourceFloat source(document.source());
     EXPECT_EQ(0x3DCCCCCDu, bitsIn(source.data(0)[0]));
@@ -692,7 +692,7 @@ TEST(SourceFloatTest, SecondLoadReplacesAndReleasesTheAccessor)
     EXPECT_EQ(libVideo::DATA_TYPE_FLOAT2, source.dataType());
     EXPECT_EQ(1u, source.count());
     EXPECT_EQ((Floats{7, 8}), floatsIn(source.data(0)));
-    // The element is that of the constructor for good.
+    // The element of the constructor stays.
     EXPECT_TRUE(elementOf(source) == document.source());
 }
 
@@ -869,7 +869,7 @@ TEST(SourceCopyTest, DestructionThroughTheBaseReleasesElementAndArray)
 // --- createSourceFromCollada ---
 
 struct RefusalCase : Row {
-    const char* content; ///< of the source, or null without one
+    const char* content; ///< of the source; null without a source
     const char* reference;
     const char* line;
 };

@@ -49,14 +49,14 @@ const std::string surfaceParam =
 const std::string chain = surfaceParam + samplerParam;
 const std::string usesSampler = "<texture texture='sampler' texcoord='uv'/>";
 
-// A surface under the name of the chain, with these initializers.
+// A surface with the name of the chain and these initializers.
 std::string surfaceOf(const std::string& initializers)
 {
     return "<newparam sid='surface'><surface type='2D'>" + initializers + "</surface></newparam>";
 }
 
-/// A document with images and an effect "effect", whose profile "profile" has these newparams, a technique of the sid
-/// "technique" and there a `<diffuse>`.
+/// A document with images and an effect "effect", whose profile "profile" has these newparams and a technique with the
+/// sid "technique" and a `<diffuse>`.
 class Document {
 public:
     struct Parts {
@@ -140,7 +140,7 @@ TEST(TextureTest, WholeChainGivesElementsAndFile)
     EXPECT_TRUE(log.lines().empty());
 }
 
-// A second load that fails keeps what it does not reach.
+// A second load that fails keeps the members that it does not reach.
 
 struct SecondLoadCase : testSupport::Row {
     std::string newparams;
@@ -176,7 +176,7 @@ INSTANTIATE_ROWS(Failures, TextureSecondLoadTest, {"Color", chain, "<color>1 0 0
                   surfaceParam + "<newparam sid='sampler'><sampler2D><source>other</source></sampler2D></newparam>",
                   usesSampler, true});
 
-// What the names find.
+// Resolving names.
 
 enum class Reached { Nothing, Sampler, Surface };
 
@@ -328,7 +328,7 @@ TEST(TextureTest, NamesAreThoseOfTheGivenProfile)
     EXPECT_STREQ("other.png", fileOf(texture));
 }
 
-// Names that the document model would never return from.
+// Names on which the document model would never return.
 
 bool endsWithoutNewparam(const std::string& newparams, const std::string& name, const std::string& extra)
 {
@@ -348,7 +348,7 @@ struct TrapCase : Row {
 
 class TextureTrapTest : public testing::TestWithParam<TrapCase> {};
 
-// In a process of its own, whose end is the result.
+// Runs in a child process; its exit status is the result.
 TEST_P(TextureTrapTest, NameThatLeadsToNoNewparamOfTheProfileGivesFalse)
 {
     const TrapCase& row = GetParam();
@@ -496,7 +496,7 @@ TEST(TextureTest, FileSearchWithoutAFindLeavesTheFileAsItWas)
     EXPECT_EQ(noImage, log.text());
 }
 
-// Life.
+// Lifetime.
 
 TEST(TextureTest, LoadWithoutATextureElementLeavesWhatWasReachedBefore)
 {

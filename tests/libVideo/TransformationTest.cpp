@@ -73,7 +73,7 @@ AnimationHandle angleAnimation()
 /// At 1 second 100, 101 and on, at 1.5 seconds 150, 151 and on, at 2 seconds 200, 201 and on.
 AnimationHandle matrixAnimation();
 
-/// Shows the constructor that the family keeps for itself.
+/// Exposes the protected constructor.
 class NamedTransformation : public Transformation {
 public:
     explicit NamedTransformation(const vesk::String& sid) : Transformation(sid) {}
@@ -154,7 +154,7 @@ TYPED_TEST(TransformationFamilyTest, LastHandleReleasesMatrixAndAnimation)
     MatrixHandle matrix;
     {
         TransformationHandle owner(new TypeParam());
-        // Through the base, since some classes hide this operation.
+        // Called through the base class, because some classes hide this function.
         owner->setTransformation(counted(16, 1));
         owner->setAnimation(animation);
         matrix = owner->transformation();
@@ -217,7 +217,7 @@ TYPED_TEST(TransformationFamilyTest, WithoutAnimationAnyTimeGivesTheSameHandleAn
     EXPECT_EQ(2u, matrix.useCount());
 }
 
-// Most matrices of a scene are never asked for one by one.
+// Most matrices of a scene are never requested individually.
 TEST(TransformationTest, DeclaredMatrixIsMadeWhenItIsAskedFor)
 {
     Translation translation(valuesOf({1, 2, 3}), "t");
@@ -830,7 +830,7 @@ TEST(TransformationTest, AnimatedBaseAllocatesNothingAndSubclassesAMatrix)
     matrix.setAnimation(matrixAnimation());
     Translation translation(valuesOf({1, 2, 3}), "t");
     translation.setAnimation(vectorAnimation());
-    ASSERT_NE(nullptr, matrix.transformation()); // made by now
+    ASSERT_NE(nullptr, matrix.transformation()); // exists by now
     long inPlace = -1;
     long anew = -1;
     {
@@ -878,7 +878,7 @@ static_assert(
 static_assert(
     std::is_same_v<bool, decltype(std::declval<Skew&>().setTransformation(static_cast<const double*>(nullptr)))>);
 
-/// Whether `setTransformation` takes the values of a document by its plain name.
+/// Whether `setTransformation` accepts the values of a document.
 template <class Type, class = void>
 struct TakesDocumentValues : std::false_type {};
 template <class Type>

@@ -74,7 +74,7 @@ TEST(VisualSceneTest, AccessorsGiveTheirMembers)
 
 constexpr const char* channel = "libVideo.visualScene";
 
-// What a scene holds, by the names of its members.
+// The content of a scene, by the names of its members.
 const char* nameOf(const VisualScene& scene)
 {
     return sceneName(scene).data();
@@ -90,7 +90,7 @@ const SceneResources* resourcesOf(const VisualScene& scene)
     return sceneResourcesMember(scene).get();
 }
 
-// The node that the table gives for an id, null if it gives none.
+// The node that the table has for an id; null if it has none.
 const Node* found(const VisualScene& scene, const char* id)
 {
     const auto* const bucket = nodeTableOf(scene).lookup(id);
@@ -159,7 +159,7 @@ private:
             m_builder.add("<library_animations>" + animations + "</library_animations>");
         }
         m_root = m_builder.open();
-        const LogCapture quiet; // a curve that fails is part of some tests
+        const LogCapture quiet; // some tests have a failing curve
         libVideo::createAnimationListFromCollada(m_root, m_builder.dae(), m_resources.animationList);
     }
 
@@ -247,7 +247,7 @@ TEST(VisualSceneTest, ChildrenStandInDocumentOrderAlsoWhenThereAreMany)
     std::string expectedTop;
     std::string expectedBelow;
     for (unsigned i = 0; i < 40; ++i) {
-        // Falling numbers: no order by name comes to the same.
+        // Falling numbers, so that no order by name gives the same result.
         const std::string number = std::to_string(99 - i);
         top += "<node id='t" + number + "'/>";
         expectedTop += " t" + number;
@@ -535,7 +535,7 @@ TEST(VisualSceneTest, LoadedSceneRefusesAnotherLoad)
     EXPECT_EQ(nullptr, found(scene, "c"));
 }
 
-// Whatever is there by then can be folded; a scene without a node may load again.
+// Whatever was loaded by then can be folded; a scene without nodes may load again.
 TEST(VisualSceneTest, LoadThatRanOutOfMemoryCanBeFoldedAndTriedAgain)
 {
     Document document("<node id='a'><translate>1 2 3</translate><node id='b'/><node id='c'/></node>");
@@ -609,7 +609,7 @@ TEST(VisualSceneTest, RefusalTracesItsScopeToo)
     EXPECT_EQ(texts(entry, "Visual scene has no visual nodes", leaving), tracedTexts(load, channel));
 }
 
-// What a copy has of its source, whichever way it was made.
+// The state of a copy, however it was made.
 void expectCopyOf(const VisualScene& source, const VisualScene& copy)
 {
     EXPECT_STREQ(nameOf(source), nameOf(copy));
@@ -794,7 +794,7 @@ void* runOnSmallStack(void* argument)
     return nullptr;
 }
 
-// With a recursion over the depth of the document, no more than 43 bytes would remain for a level.
+// A recursion over the depth of the document would have at most 43 bytes per level.
 TEST(VisualSceneTest, DeepChainCostsNoStack)
 {
     Document document(chain());
@@ -810,7 +810,7 @@ TEST(VisualSceneTest, DeepChainCostsNoStack)
     EXPECT_EQ(deepest, run.nodes);
 }
 
-// One request after the other fails, until a load needs no more of them.
+// Lets one request after the other fail, until the load needs no more of them.
 TEST(VisualSceneTest, SceneThatRanOutOfMemoryCanBeAskedAndDestroyed)
 {
     Document document("<node id='a' name='n'><translate sid='t'>1 2 3</translate><node id='b'/><node id='c'/></node>"
@@ -904,7 +904,7 @@ TEST(VisualSceneTest, AnimationGoesToTheFirstNodeOfARepeatedId)
     EXPECT_FALSE(nodeListOf(scene)[2]->hasAnimation());
 }
 
-// An animation that finds nothing: one line each, and the load is true all the same.
+// An animation that finds nothing logs one message, and the load still succeeds.
 class VisualSceneLostAnimationTest : public testing::TestWithParam<Case<const char*, const char*>> {};
 
 TEST_P(VisualSceneLostAnimationTest, IsLoggedAndTheRestIsAttached)

@@ -10,7 +10,7 @@ namespace testSupport {
 /// Red, green and blue from 0 to 255.
 using Pixel = std::array<int, 3>;
 
-/// A picture in memory, for looking at single pixels.
+/// A picture in memory with access to single pixels.
 class Image {
 public:
     Image() = default;
@@ -23,7 +23,7 @@ public:
     /// Counted from the upper left corner. @throws std::out_of_range
     Pixel& at(int x, int y) { return m_pixels.at(place(x, y)); }
     const Pixel& at(int x, int y) const { return m_pixels.at(place(x, y)); }
-    /// By parts of width and height, from 0 at the left and the top to 1.
+    /// The pixel at fractions of width and height, from 0 at the left and the top to 1.
     const Pixel& part(double x, double y) const;
 
 private:
@@ -40,16 +40,16 @@ Image readPng(const std::string& path);
 std::vector<std::array<int, 4>> readPngWithAlpha(const std::string& path);
 /// The bytes of a PNG file.
 std::string pngOf(const Image& image);
-/// The bytes of a JPEG file of best quality.
+/// The bytes of a JPEG file of the best quality.
 std::string jpegOf(const Image& image);
 
-/// How far two pictures of one size are apart.
+/// The difference of two pictures of the same size.
 struct ImageDifference {
-    double mean = 255.0;    ///< of the channels' distances
-    double strayPart = 1.0; ///< part of the pixels with a channel that is off by more than 32
+    double mean = 255.0;    ///< mean difference of the channels
+    double strayPart = 1.0; ///< share of the pixels with a channel that differs by more than 32
 };
 
-/// All of it for pictures of different sizes.
+/// The greatest values if the sizes differ.
 ImageDifference difference(const Image& a, const Image& b);
 
 } // namespace testSupport

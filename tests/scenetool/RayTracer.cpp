@@ -46,7 +46,7 @@ Vector unit(const Vector& a)
     return a * (1.0 / std::sqrt(dot(a, a)));
 }
 
-// How far along a ray a triangle is met.
+// The distance along a ray to a triangle.
 std::optional<double> meet(const Vector& eye, const Vector& direction, const RayTracer::Triangle& triangle)
 {
     const Vector ab = triangle.b - triangle.a;
@@ -64,7 +64,7 @@ std::optional<double> meet(const Vector& eye, const Vector& direction, const Ray
     return u >= 0.0 && v >= 0.0 && u + v <= 1.0 && distance > 0.0 ? std::optional<double>(distance) : std::nullopt;
 }
 
-// What a light still gives in a direction.
+// The intensity of a light in a direction.
 double inCone(const RayTracer::Light& light, const Vector& towardsLight)
 {
     if (dot(light.direction, light.direction) == 0.0) {

@@ -7,8 +7,8 @@
 
 namespace testSupport {
 
-/// What a picture has to look like, by the formulas alone: a small ray tracer on numbers that a test writes down itself.
-/// It shares no code with the renderer, takes no document, and has neither matrices nor clip space.
+/// The expected picture by the formulas alone: a small ray tracer on numbers that a test gives directly. It shares no
+/// code with the renderer and has no documents, matrices or clip space.
 struct RayTracer {
     using Vector = std::array<double, 3>;
 
@@ -22,7 +22,7 @@ struct RayTracer {
         Vector position;
         Vector color{1, 1, 1};
         Vector attenuation{1, 0, 0};
-        Vector direction{0, 0, 0}; ///< of a spot; zero for a point light
+        Vector direction{0, 0, 0}; ///< for a spot light; zero for a point light
         double innerAngle = 0.0;   ///< degrees across the cone
         double outerAngle = 0.0;
         double exponent = 0.0;
@@ -41,7 +41,7 @@ struct RayTracer {
     Camera camera;
     Vector background{0, 0, 0};
 
-    /// The mean of 16 rays for each pixel.
+    /// Averages 16 rays per pixel.
     Image picture(int width, int height) const;
 
 private:

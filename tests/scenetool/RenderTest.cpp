@@ -70,7 +70,7 @@ constexpr Color red{1, 0, 0};
 constexpr Color green{0, 1, 0};
 constexpr Color blue{0, 0, 1};
 
-// An effect of Blinn's with its material, and the words that bind it.
+// A Blinn effect with its material and its binding.
 struct Material {
     std::string name;
     Color diffuse = black;
@@ -180,7 +180,7 @@ std::string shown(const std::string& geometry, const std::vector<Material>& mate
            "</technique_common></bind_material></instance_geometry>";
 }
 
-// Angles of 90 degrees, which make a square of picture show as far to each side as it is away.
+// Angles of 90 degrees: a square picture shows as far to each side as the distance.
 std::string camera(const std::string& id, const std::string& target = "")
 {
     const std::string extra =
@@ -205,7 +205,7 @@ struct Drawn {
     Image image;
 };
 
-// Draws a document that is written next to files of its own.
+// Draws a document in a folder with its files.
 class Studio {
 public:
     explicit Studio(const std::string& document) : m_document(document) {}
@@ -227,7 +227,7 @@ public:
         if (!isSaid("--background")) {
             arguments.insert(arguments.end(), {"--background", "000000"});
         }
-        if (!isSaid("--lights")) { // asked for, it costs no line
+        if (!isSaid("--lights")) { // no message if it is requested
             arguments.insert(arguments.end(), {"--lights", "head"});
         }
         Drawn drawn;
@@ -239,7 +239,7 @@ public:
         return drawn;
     }
 
-    // Without a line, and with a picture. What the library alone passes over is said in lines of its own.
+    // Expects a picture and no message. Losses of the library alone are reported by separate messages.
     Image picture(const Words& options = {}) const
     {
         const Drawn drawn = draw(options);
@@ -286,12 +286,12 @@ constexpr std::size_t blueChannel = 2;
 void expectLikeReference(const Image& image, const Image& reference, const std::string& what)
 {
     const ImageDifference found = difference(image, reference);
-    // Drivers may smooth the edges in another way, which is little of a picture.
+    // Drivers may smooth edges differently, which affects few pixels.
     EXPECT_LT(found.mean, 0.6) << what;
     EXPECT_LT(found.strayPart, 0.01) << what;
 }
 
-// Red in front, green to the right, blue elsewhere.
+// Red in front, green on the right, blue elsewhere.
 std::string coloredCube()
 {
     return cube("cube", {{"red", frontCorners},
@@ -329,7 +329,7 @@ TEST(RenderTest, CubeIsInTheMiddle)
     }
 }
 
-// By 90 degrees about Y the side that was towards +X comes to the front.
+// A rotation by 90 degrees about Y brings the +X side to the front.
 TEST(RenderTest, QuarterTurnLaterTheOtherSideShows)
 {
     const std::string animation =
@@ -347,7 +347,7 @@ TEST(RenderTest, QuarterTurnLaterTheOtherSideShows)
     expectMostly(studio.picture({"--time", "1"}), 0.5, 0.5, greenChannel, "by a quarter turn");
 }
 
-// A curve with one value for each key cannot move a node in three: to ask it throws.
+// A curve with one value per key cannot move a node in three dimensions: its evaluation throws.
 TEST(RenderTest, EvaluationThatThrowsIsOneLineAndTheRestIsDrawn)
 {
     const std::string animation =
@@ -366,7 +366,7 @@ TEST(RenderTest, EvaluationThatThrowsIsOneLineAndTheRestIsDrawn)
     expectMostly(drawn.image, 0.75, 0.5, redChannel, "the other node");
 }
 
-// A node turns with the one above it, which the library leaves to the host.
+// A node turns with its parent, which the library leaves to the host.
 TEST(RenderTest, ChildrenMoveWithTheirAnimatedParent)
 {
     const std::string animation =
@@ -383,7 +383,7 @@ TEST(RenderTest, ChildrenMoveWithTheirAnimatedParent)
     expectMostly(image, 0.5 + 0.5 * 2.0 / 3.5, 0.5, redChannel, "moved by 2");
 }
 
-// Red to the right and green to the left, blue above: each kind of camera has to show them so.
+// Red on the right, green on the left, blue above: each kind of camera has to show this.
 std::string threeCubes(const std::string& cameras)
 {
     ColladaBuilder builder(colors()[0].xml() + colors()[1].xml() + colors()[2].xml() + plainCube("one", "red") +
@@ -415,7 +415,7 @@ TEST(RenderTest, PictureIsNoMirrorImage)
 TEST(RenderTest, SecondCameraShowsItsOwnView)
 {
     const Studio studio(threeCubes(cameraNode("aimed", "0 0 7") + cameraNode("side", "0 0 -7")));
-    // Prepared, a camera looks where its node does, whatever its target.
+    // After preparation, a camera looks where its node does, whatever its target.
     expectMostly(studio.picture({"--as-loaded", "--camera", "0"}), 0.75, 0.5, redChannel, "from the front");
     const Image image = studio.picture({"--as-loaded", "--camera", "1"});
     expectMostly(image, 0.25, 0.5, redChannel, "from behind");
@@ -423,7 +423,7 @@ TEST(RenderTest, SecondCameraShowsItsOwnView)
     expectMostly(image, 0.5, 0.25, blueChannel, "from behind");
 }
 
-// Where a camera or its target is below a moved node, the world counts.
+// If a camera or its target is below a moved node, world positions count.
 TEST(RenderTest, CameraBelowAMovedNodeStandsInTheWorld)
 {
     const Image expected = Studio(threeCubes(cameraNode("aimed", "0 0 7"))).picture();
@@ -437,7 +437,7 @@ TEST(RenderTest, CameraBelowAMovedNodeStandsInTheWorld)
     EXPECT_LT(difference(expected, plain).mean, 0.5);
 }
 
-// A wider picture shows more to the sides, and nothing stretched.
+// A wider picture shows more on the sides and does not stretch anything.
 TEST(RenderTest, PictureOfAnotherRatioIsNotStretched)
 {
     const Studio studio(threeCubes(cameraNode("plain", "0 0 7")));
@@ -468,7 +468,7 @@ TEST(RenderTest, AllOfTheSceneIsShownWithoutACamera)
     }
 }
 
-// The row in which a color is highest.
+// The topmost row with a color.
 int highest(const Image& image, std::size_t channel)
 {
     for (int y = 0; y < image.height(); ++y) {
@@ -493,7 +493,7 @@ TEST(RenderTest, CameraThatSeesNothingCostsALineAndAllIsShown)
     EXPECT_LT(difference(drawn.image, studio.picture({"--framed"})).mean, 0.01);
 }
 
-// What is shown reaches from one side to the other, but for the air around it, in the direction that it fills.
+// The scene fills the picture in one direction, except for a margin.
 TEST(RenderTest, FramedSceneFillsThePicture)
 {
     ColladaBuilder builder(colors()[0].xml() + plainCube("cube", "red"));
@@ -601,7 +601,7 @@ TEST(RenderTest, ShadingIsThatOfTheFormulas)
     EXPECT_GT(difference(image, Image(120, 120)).mean, 3.0) << "the picture is not empty";
 }
 
-// A spot from above to the right shines on a wall; 40 degrees across are bright, and from 60 on it is dark.
+// A spot light from the upper right shines on a wall. The inner 40 degrees are bright; outside 60 degrees it is dark.
 TEST(RenderTest, SpotShowsItsCone)
 {
     const Material wall = {"wall", {0.9, 0.8, 0.7}, black, black, black, 0.0, ""};
@@ -626,12 +626,12 @@ TEST(RenderTest, SpotShowsItsCone)
     tracer.camera.eye = {0, 0, 4};
     const Image image = Studio(builder.text()).picture({"--as-loaded", "--lights", "document"});
     expectLikeReference(image, tracer.picture(120, 120), "wall");
-    // -1, 0 lies an eighth of the picture to the left of the middle.
+    // -1, 0 is an eighth of the picture left of the middle.
     EXPECT_GT(image.part(0.375, 0.5)[0], 130) << "where the spot aims";
     EXPECT_EQ(0, image.part(0.95, 0.1)[0]) << "outside there is no light, not even a little";
 }
 
-// A spot without a target shines along -Z of its node, and has a sharp edge without an outer cone.
+// A spot light without a target shines along -Z of its node. Without an outer cone it has a sharp edge.
 TEST(RenderTest, SpotWithoutTargetShinesAlongItsNode)
 {
     const Material wall = {"wall", {1, 1, 1}, black, black, black, 0.0, ""};
@@ -643,7 +643,7 @@ TEST(RenderTest, SpotWithoutTargetShinesAlongItsNode)
                      cameraNode("eye", "0 0 4") +
                      "<node id='lamp'><translate>1 0 4</translate><instance_light url='#beam'/></node>");
     const Image image = Studio(builder.text()).picture({"--lights", "document"});
-    // The circle around 1, 0 has a radius of 4 tan 22.5 = 1.657, of which 4 go to half of the picture.
+    // The circle around 1, 0 has a radius of 4 tan 22.5 = 1.657, and half of the picture is 4 wide.
     expectPixel(image, 0.5 + 1.0 / 8, 0.5, {255, 255, 255}, 3, "straight ahead");
     EXPECT_GT(image.part(0.5 + 2.5 / 8, 0.5)[0], 200) << "inside";
     EXPECT_EQ((Pixel{0, 0, 0}), image.part(0.5 + 2.8 / 8, 0.5)) << "outside";
@@ -662,11 +662,11 @@ TEST(RenderTest, FortyLightsAllShine)
     }
     builder.addScene("<node id='a'><translate>0 0 0</translate>" + shown("cube", {colors()[0]}) + "</node>" +
                      cameraNode("eye", "0 0 4") + "<node id='lit'><translate>0 0 4</translate>" + lights + "</node>");
-    // A point light without attenuations does not fade: 40 of 0.01 on a red of 1.
+    // A point light without attenuation does not fade: 40 lights of 0.01 on a red of 1.
     expectPixel(Studio(builder.text()).picture({"--lights", "document"}), 0.5, 0.5, {102, 0, 0}, 2, "middle");
 }
 
-// A primitive without material shows the colors of its vertices, red to the left and green to the right.
+// A primitive without material shows the colors of its vertices, red on the left and green on the right.
 TEST(RenderTest, ColorsOfVerticesStandInForAMaterial)
 {
     ColladaBuilder builder(camera("eye") + "<library_geometries><geometry id='square'><mesh>" +
@@ -695,8 +695,8 @@ std::string greenPhongCube()
     return builder.text();
 }
 
-// By rule what a document does not give is white in the library; it must not glow for that. As loaded there is an
-// ambient light of 0.2 as well, since none of the document is read.
+// Channels that a document does not give are white in the library, but must not glow. As loaded there is also an
+// ambient light of 0.2, because those of the document are not read.
 TEST(RenderTest, EmissionThatTheDocumentLeavesOutDoesNotGlow)
 {
     const Studio studio(greenPhongCube());
@@ -717,7 +717,7 @@ TEST(RenderTest, DocumentThatLightsNothingGetsALightAndALine)
     expectPixel(studio.picture({"--lights", "document"}), 0.5, 0.5, {0, 0, 0}, 0, "dark if the document alone counts");
 }
 
-// An ambient light that no material reflects lights nothing.
+// An ambient light that no material reflects has no effect.
 TEST(RenderTest, AmbientLightThatShowsNowhereLeavesAllToTheEye)
 {
     const Material wall = {"wall", {0, 0.5, 0}};
@@ -733,7 +733,7 @@ TEST(RenderTest, AmbientLightThatShowsNowhereLeavesAllToTheEye)
     expectPixel(readPng(studio.output()), 0.5, 0.5, {0, 128, 0}, 2, "lit from the eye");
 }
 
-// A cube lit from above: its front is dark but for a light of the viewer.
+// A cube lit from above: its front is dark without a light at the viewer.
 TEST(RenderTest, LightsAreThoseThatAreChosen)
 {
     ColladaBuilder builder(colors()[0].xml() + plainCube("cube", "red") + camera("eye") +
@@ -752,7 +752,7 @@ TEST(RenderTest, LightsAreThoseThatAreChosen)
     expectPixel(readPng(studio.output()), 0.5, 0.5, {0, 0, 0}, 0, "those of the document if nothing is said");
 }
 
-// The other side of what a light shines on is dark, whichever side the viewer is on.
+// The side away from the light is dark, whichever side the viewer is on.
 TEST(RenderTest, BackOfALitFaceIsDark)
 {
     const Material wall = {"wall", {1, 1, 1}};
@@ -777,7 +777,7 @@ std::string lamp(const std::string& place)
 constexpr const char* whiteLamp = "<library_lights><light id='lamp'><technique_common><point><color>1 1 1</color>"
                                   "</point></technique_common></light></library_lights>";
 
-// A document without normals does not say which side of a face is the outer one.
+// Without normals, a document does not say which side of a face is the outer one.
 TEST(RenderTest, FaceWithoutNormalsIsLitOnBothSides)
 {
     const Material wall = {"wall", {1, 1, 1}};
@@ -826,7 +826,8 @@ std::string paneNode(const std::string& name)
     return "<node id='" + name + "-n'><translate>0 0 0</translate>" + shown(name + "-g", {{name}}) + "</node>";
 }
 
-// Squares at 1 and at 11 before the eye look alike without perspective: half a unit is a quarter of a height of two.
+// Squares 1 and 11 units in front of the eye look alike without perspective: half a unit is a quarter of a height of
+// two.
 TEST(RenderTest, OrthographicCameraHasNoPerspective)
 {
     ColladaBuilder builder(pane("back", "1 0 0", "1", -10) + pane("front", "0 0 1", "1", 0) +
@@ -845,7 +846,8 @@ TEST(RenderTest, OrthographicCameraHasNoPerspective)
     }
 }
 
-// Ambient light of 0.5 on a picture of green and an emission of 0.25 red: prepare cannot add them, the picture does.
+// Ambient light of 0.5 on a picture of green and an emission of 0.25 red: prepare cannot add them, but the renderer
+// does.
 TEST(RenderTest, AmbientLightShinesOnATexture)
 {
     const std::string effect =
@@ -870,7 +872,7 @@ TEST(RenderTest, AmbientLightShinesOnATexture)
     expectPixel(studio.picture({"--lights", "document"}), 0.5, 0.5, {64, 128, 0}, 1, "middle");
 }
 
-// The light comes along -Z of its node, wherever that is: 45 degrees to the wall.
+// The light shines along -Z of its node, wherever that is: at 45 degrees to the wall.
 TEST(RenderTest, DirectionalLightHasADirectionAndNoPlace)
 {
     const Material wall = {"wall", {1, 1, 1}};
@@ -887,7 +889,7 @@ TEST(RenderTest, DirectionalLightHasADirectionAndNoPlace)
     }
 }
 
-// Whatever the order in the document, what is far comes first: half of blue over half of green over red.
+// Far faces are drawn first, whatever the order in the document: half of blue over half of green over red.
 TEST(RenderTest, TransparentFacesAreBlendedFromFarToNear)
 {
     for (const bool isNearFirst : {false, true}) {
@@ -896,7 +898,7 @@ TEST(RenderTest, TransparentFacesAreBlendedFromFarToNear)
         const std::string between = paneNode("middle");
         builder.addScene((isNearFirst ? paneNode("front") + between : between + paneNode("front")) + paneNode("back") +
                          cameraNode("eye", "0 0 3"));
-        // 255 * 0.5 * 0.5 of red, as much of green, 255 * 0.5 of blue.
+        // 255 * 0.5 * 0.5 for red and green, 255 * 0.5 for blue.
         expectPixel(Studio(builder.text()).picture(), 0.5, 0.5, {64, 64, 128}, 2,
                     isNearFirst ? "near first" : "far first");
     }
@@ -906,7 +908,7 @@ TEST(RenderTest, WhatIsWhollyTransparentIsNotDrawn)
 {
     ColladaBuilder builder(pane("back", "1 0 0", "1", -1) + pane("front", "0 0 1", "0", 1) + camera("eye"));
     builder.addScene(paneNode("front") + paneNode("back") + cameraNode("eye", "0 0 3"));
-    const Drawn drawn = Studio(builder.text()).draw(); // and a line says that nobody sees it
+    const Drawn drawn = Studio(builder.text()).draw(); // with a message that it is invisible
     ASSERT_TRUE(drawn.hasPicture);
     expectPixel(drawn.image, 0.5, 0.5, {255, 0, 0}, 0, "middle");
 }
@@ -927,7 +929,7 @@ TEST(RenderTest, BackgroundIsASkyUnlessAColorIsAsked)
     }
 }
 
-// Half of the blue remains where nothing else is, and its color is that before the alpha.
+// Half of the blue remains where nothing else is; its color is not multiplied by alpha.
 TEST(RenderTest, PictureWithoutBackgroundHasAlpha)
 {
     ColladaBuilder builder(pane("front", "0 0 1", "0.5", 0) + camera("eye"));
@@ -972,7 +974,7 @@ Image fourColors()
     return image;
 }
 
-// A white square through which a texture lets light pass: all of it where the texture is white, by a factor.
+// A white square whose texture makes it transparent, most where it is white, times a factor.
 TEST(RenderTest, TextureOfTheOpacityLetsLightPass)
 {
     ColladaBuilder builder(
@@ -989,7 +991,7 @@ TEST(RenderTest, TextureOfTheOpacityLetsLightPass)
     const Studio studio(builder.text());
     writeFile(studio.folder() / "four.png", pngOf(fourColors()));
     const Image image = studio.picture();
-    // What stays is 1 - 0.5 of the luminance.
+    // The opacity is 1 - 0.5 * luminance.
     expectPixel(image, 0.75, 0.75, {128, 128, 128}, 2, "white");
     expectPixel(image, 0.25, 0.25, {228, 228, 228}, 2, "red");
     expectPixel(image, 0.75, 0.25, {164, 164, 164}, 2, "green");
@@ -1259,7 +1261,7 @@ TEST(RenderTest, SequenceIsOnePictureForEachStepInTime)
     EXPECT_EQ("", drawn.result.output) << "no bar into a pipe";
     EXPECT_FALSE(drawn.hasPicture) << "the pictures are numbered";
     EXPECT_EQ(4u, entriesOf(studio.folder()));
-    // At -2, 0 and 2, with the front 4 away: at a quarter of the width, in the middle and at three quarters.
+    // At -2, 0 and 2 with the front at distance 4: a quarter of the width, the middle and three quarters.
     for (int frame = 0; frame < 3; ++frame) {
         const Image image = readPng((studio.folder() / ("picture-000" + std::to_string(frame) + ".png")).string());
         for (int place = 0; place < 3; ++place) {
@@ -1302,7 +1304,7 @@ TEST(RenderTest, SheetHoldsAllDocumentsBelowAFolder)
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     EXPECT_TRUE(contains(result.errors, "a.DAE"));
     const Image image = readPng(sheet);
-    // Two columns and two rows of 100 by 100, with 8 between and 20 below each for its name.
+    // Two columns and two rows of 100 by 100, with gaps of 8 and 20 below each for its name.
     ASSERT_EQ(8 + 2 * 108, image.width());
     ASSERT_EQ(8 + 2 * 128, image.height());
     EXPECT_TRUE(isMostly(image.at(8 + 25, 8 + 50), redChannel)) << "document.dae";
@@ -1333,7 +1335,7 @@ TEST(RenderTest, LighthouseLooksAsItIsShown)
     const ImageDifference found = difference(image, readPng(SOURCE_FOLDER "/docs/lighthouse.png"));
     EXPECT_LT(found.mean, 2.0);
     EXPECT_LT(found.strayPart, 0.01);
-    // Yellow is at the upper hoist of the flag and black below it, whatever the picture before.
+    // Yellow is at the upper hoist of the flag and black below it, whatever was drawn before.
     EXPECT_GT(image.at(493, 38)[0], 100);
     EXPECT_LT(image.at(493, 56)[0], 80);
 }

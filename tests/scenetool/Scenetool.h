@@ -10,7 +10,7 @@ namespace testSupport {
 
 using Words = std::vector<std::string>;
 
-// What the tool returns.
+// Exit status of the tool.
 constexpr int succeeded = 0;
 constexpr int failed = 1;
 constexpr int usageError = 2;
@@ -23,7 +23,7 @@ inline ProcessResult scenetool(const Words& arguments, const ProcessOptions& opt
     return runProcess(all, options);
 }
 
-/// For commands that draw: drivers keep memory to the end of the process, which is no leak of the tool's.
+/// For commands that draw: drivers keep memory until the process exits, which is no leak of the tool.
 inline ProcessOptions drawing(ProcessOptions options = ProcessOptions())
 {
     options.environment.emplace_back("ASAN_OPTIONS=detect_leaks=0:strict_string_checks=1:allocator_may_return_null=1");

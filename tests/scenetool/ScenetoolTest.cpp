@@ -24,10 +24,10 @@ namespace {
 using namespace testSupport;
 
 using Json = nlohmann::json;
-// Numbers of JSON as `float`, converted from the digits without a stop at `double`.
+// Numbers of JSON as `float`, converted from the digits directly, not through `double`.
 using FloatJson = nlohmann::basic_json<std::map, std::vector, std::string, bool, std::int64_t, std::uint64_t, float>;
 
-// A blinn "plain" and a phong "wood" with textures, of which one leads nowhere, bound to symbols of the same names.
+// A Blinn "plain" and a Phong "wood" with textures, one of which leads nowhere, bound to symbols with the same names.
 std::string materialDocument(const std::string& colors = std::string());
 
 TEST(ScenetoolMaterialTest, NumbersReadBackToTheSameFloat)
@@ -45,7 +45,7 @@ bool hasPattern(const std::string& text, const std::string& pattern)
     return std::regex_search(text, std::regex(pattern));
 }
 
-// Those of ASCII and those that UTF-8 writes as C2 80 to C2 9F; line feeds may stay.
+// The control characters of ASCII, and those that UTF-8 encodes as C2 80 to C2 9F; line feeds are allowed.
 bool hasControlCharacter(const std::string& text)
 {
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -80,7 +80,7 @@ struct Curve {
 private:
     std::string source(const std::string& name, const std::string& numbers, unsigned size, unsigned stride) const
     {
-        // An array of stride 0 still holds something.
+        // An array with stride 0 still has values.
         const std::string length = std::to_string(size == 0 ? 1 : size);
         return "<source id='" + id + "-" + name + "'><float_array id='" + id + "-" + name + "-array' count='" + length +
                "'>" + numbers + "</float_array><technique_common><accessor source='#" + id + "-" + name +
@@ -114,7 +114,7 @@ Curve rising(const std::string& target, const std::string& id = "curve")
     return curve;
 }
 
-// A curve with one value for each key, where a translation needs three: between the keys it throws.
+// A curve with one value per key, where a translation needs three: between the keys it throws.
 Curve tooNarrow(const std::string& target, const std::string& id = "narrow")
 {
     Curve curve = rising(target, id);
@@ -123,7 +123,7 @@ Curve tooNarrow(const std::string& target, const std::string& id = "narrow")
     return curve;
 }
 
-// A curve whose times have no element: to read it throws.
+// A curve whose times have no element: loading it throws.
 Curve withoutTimes(const std::string& target)
 {
     Curve curve = rising(target);
@@ -152,7 +152,7 @@ struct Dump {
     }
 
     ProcessResult result;
-    Json json; ///< discarded if the text was none
+    Json json; ///< discarded if the text is no JSON
 };
 
 Json dumpDocument(const std::string& document, const Words& options = {})
@@ -329,7 +329,7 @@ const char* const squareTriangles = "<triangles name='square' material='stone' c
                                     "<input semantic='TEXCOORD' source='#pairs' offset='2'/>"
                                     "<p>0 0 0 1 0 0 2 0 1  2 0 1 3 0 1 0 0 0</p></triangles>";
 
-// A mesh whose points have these numbers, a letter of `params` each.
+// A mesh whose points have these numbers, one letter of `params` for each.
 std::string pointMesh(const std::string& numbers, const std::string& params)
 {
     return "<mesh>" + sourceOf("places", numbers, numbers.empty() ? 0 : 1, params) +
@@ -491,7 +491,7 @@ TEST(ScenetoolGeometryTest, GeometriesStandUnderTheirIdWhateverItHolds)
 struct Base64Case : Row {
     const char* numbers; ///< of one point
     const char* params;
-    const char* text; ///< of their bytes, lowest first
+    const char* text; ///< their bytes in hexadecimal, lowest first
 };
 
 class ScenetoolBase64Test : public testing::TestWithParam<Base64Case> {};
@@ -585,7 +585,7 @@ TEST(ScenetoolGeometryTest, LoadThatThrowsShowsWhatStandsBeforeIt)
 
 TEST(ScenetoolDumpTest, WhatIsNoNumberInJsonIsText)
 {
-    // Identity times this: where an infinity meets a zero of the identity, the sum is not a number.
+    // Identity times this: where an infinity meets a zero of the identity, the sum is NaN.
     const Json nodes =
         dumpDocument(documentOf("<node><matrix>1e39 0 0 1  0 -1e39 0 2  0 0 1 3  0 0 0 1</matrix></node>")).at("nodes");
     ASSERT_EQ(1u, nodes.size());
@@ -652,7 +652,7 @@ TEST(ScenetoolDumpTest, WithBothFoldingComesLast)
     const std::string document = documentOf(parentAndChild, {rising("child/t")});
     const Json nodes = dumpDocument(document, {"--time", "2", "--fold"}).at("nodes");
     ASSERT_EQ(2u, nodes.size());
-    EXPECT_EQ(nodes[1]["transform"], translation(1, 20, 0)); // evaluated after the folding it would be (0, 20, 0)
+    EXPECT_EQ(nodes[1]["transform"], translation(1, 20, 0)); // evaluated after folding it would be (0, 20, 0)
     EXPECT_EQ(dumpDocument(document, {"--fold", "--time", "2"}).at("nodes"), nodes);
 }
 
@@ -673,7 +673,7 @@ TEST(ScenetoolDumpTest, TimeIsANumberOfSecondsWithFraction)
 
 TEST(ScenetoolDumpTest, TimeMayBeNegative)
 {
-    // Before the first key, where a curve says nothing.
+    // Before the first key, where a curve has no value.
     const Json nodes = dumpDocument(documentOf(parentAndChild, {rising("child/t")}), {"--time", "-1.5"}).at("nodes");
     ASSERT_EQ(2u, nodes.size());
     EXPECT_EQ(nodes[1]["transform"], translation(0, 1, 0));
@@ -693,7 +693,7 @@ TEST(ScenetoolDumpTest, TimeZeroIsATimeToo)
 
 // --- dump: exceptions
 
-// Three animated nodes, of which the second cannot be evaluated between its keys.
+// Three animated nodes; the second one cannot be evaluated between its keys.
 std::string documentThatThrowsOnEvaluation()
 {
     return documentOf("<node id='before'><translate sid='t'>0 1 0</translate></node>"
@@ -726,7 +726,7 @@ TEST(ScenetoolDumpTest, EvaluationThatThrowsGivesOneLineOnStandardError)
     const ProcessResult result = scenetool({"dump", file.path(), "--time", "2"});
     EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
     EXPECT_TRUE(contains(result.errors, "IndexOutOfBounds")) << result.errors;
-    EXPECT_EQ(failed, result.status); // what was asked for is not there
+    EXPECT_EQ(failed, result.status); // the requested file does not exist
 }
 
 TEST(ScenetoolDumpTest, CurveThatWouldThrowDoesNotAtItsKeys)
@@ -776,7 +776,7 @@ TEST(ScenetoolInfoTest, LoadThatThrowsGivesOneLineAndNothingElse)
 struct FailureCase : Row {
     std::string document;
     const char* channel;
-    std::string words;  ///< of the line of the log, up to a path
+    std::string words;  ///< the message up to a path
     std::string reason; ///< of the refusal, after the name of the file
 };
 
@@ -1002,7 +1002,7 @@ TEST(ScenetoolLogTest, LineHasChannelPriorityAndText)
     const TemporaryFile file(documentOf(parentAndChild, {rising("nowhere/t")}));
     const Dump dump(file.path());
     EXPECT_EQ(succeeded, dump.result.status);
-    EXPECT_EQ("", dump.result.errors); // the object holds it
+    EXPECT_EQ("", dump.result.errors); // it is in the object
     ASSERT_EQ(1u, dump.json.at("log").size());
     const Json& line = dump.json["log"][0];
     EXPECT_EQ((Words{"channel", "priority", "text"}), keysOf(line));
@@ -1045,7 +1045,7 @@ TEST(ScenetoolLogTest, InfoShowsTheLinesWithTheirChannel)
 
 TEST(ScenetoolLogTest, DocumentModelPrintsNothingOfItsOwn)
 {
-    // An unknown element, a number that is none and references that lead nowhere all have it complain.
+    // The document model complains about an unknown element, an invalid number and references that lead nowhere.
     const TemporaryFile file(documentOf("<node><translate>1 x 0</translate><unknown/><instance_light url='#no'/>"
                                         "<instance_geometry url='#no'/></node>"));
     const Dump dump(file.path());
@@ -1311,7 +1311,7 @@ TEST_P(ScenetoolControlTest, CharacterOfAGeometryStaysOutOfInfo)
     EXPECT_FALSE(hasControlCharacter(text)) << ::testing::PrintToString(text);
 }
 
-// XML lets only these through. U+009B starts a sequence as ESC and "[" do, U+0085 is a new line.
+// XML allows only these. U+009B starts a sequence as ESC and "[" do, U+0085 is a new line.
 INSTANTIATE_ROWS(Characters, ScenetoolControlTest, {"Delete", "&#x7F;"}, {"SequenceIntroducer", "&#x9B;"},
                  {"NextLine", "&#x85;"}, {"FirstOfC1", "&#x80;"});
 
@@ -1371,8 +1371,8 @@ TEST_P(ScenetoolHelpTest, ExplainsEveryWord)
     EXPECT_EQ(succeeded, result.status);
     EXPECT_EQ("", result.errors);
     for (const std::string& word : GetParam().expected) {
-        // The word, what kind of value it takes, its default and what it excludes, blanks or a line of its own, and at
-        // least two words of explanation.
+        // The option, the kind of its value, its default and what it excludes, blanks or a new line, and at least two
+        // words of explanation.
         EXPECT_TRUE(
             hasPattern(result.output,
                        "\n +(-h,)?" + word + "( [A-Z.]+)*(:.*|=\\d+| \\[\\S+\\]| Excludes: .*)?(\n +| {2,})\\S+ \\S+"))

@@ -24,7 +24,7 @@ ProcessResult run(const Words& arguments, const ProcessOptions& options = Proces
 
 TEST(ViewTest, WithoutADisplayItIsOneLine)
 {
-    // The folder of a login session is there or not, which Wayland would complain of.
+    // Wayland would complain if the folder of the login session is missing.
     for (const char* const runtimeFolder : {"XDG_RUNTIME_DIR", "XDG_RUNTIME_DIR=/nowhere"}) {
         ProcessOptions options;
         options.environment = {"DISPLAY", "WAYLAND_DISPLAY", runtimeFolder};
@@ -36,10 +36,10 @@ TEST(ViewTest, WithoutADisplayItIsOneLine)
     }
 }
 
-// A window with the lighthouse on a display of its own, and the pictures that are written from there.
+// A window with the lighthouse on a separate display, and the pictures saved from it.
 class Session {
 public:
-    // Each "picture" among the actions presses P and waits for the file.
+    // Each "picture" in the actions presses P and waits for the file.
     explicit Session(const Words& actions) : m_place("", "note.txt")
     {
         Words arguments = {"/usr/bin/env",    "-C",      m_place.folder().string(), VIEW_SESSION,
@@ -87,7 +87,7 @@ void expectSame(const Image& a, const Image& b, const std::string& what)
     EXPECT_LT(difference(a, b).strayPart, 0.005) << what;
 }
 
-// A square that glows in one color and fills the view.
+// A square of one emission color that fills the view.
 std::string glowingSquare(const std::string& color)
 {
     ColladaBuilder builder(
@@ -193,7 +193,7 @@ TEST(ViewTest, MouseTurnsMovesAndZooms)
     const Image all = session.picture(1);
     expectSame(all, rendered({"--framed"}), "all");
     EXPECT_GT(difference(all, session.picture(2)).mean, 1.0) << "turned"; // much of the sea looks alike
-    // What was moved to the left by 50 pixels is about the same as before.
+    // The picture shifted left by 50 pixels is about the same as before.
     const Image moved = session.picture(3);
     Image back(400, 300);
     Image before(400, 300);
@@ -259,7 +259,8 @@ TEST(ViewTest, NAndBGoThroughTheFolderAndAroundItsEnds)
     EXPECT_EQ(session.middleOf("a-1.png"), (Pixel{255, 0, 0}));
 }
 
-// The viewer looks at the file twice a second, before it waits for the next key: the second picture comes after a look.
+// The viewer checks the file twice a second, before it waits for the next key, so the second picture is taken after a
+// check.
 TEST(ViewTest, DocumentThatChangesIsShownAnew)
 {
     const FolderSession session;

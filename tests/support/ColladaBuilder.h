@@ -24,11 +24,11 @@ public:
 
     /// The whole document.
     std::string text() const;
-    /// Opens what was added so far. @throw std::runtime_error if the document model refuses it
+    /// Opens the document as built so far. @throws std::runtime_error if the document model refuses it
     domCOLLADA* open();
 
     DAE& dae() { return m_dae; }
-    /// The element of that id in the opened document, null if there is none or if it is of another type.
+    /// The element with that id in the opened document; null if there is none or it has another type.
     template <class Element>
     Element* element(const char* id)
     {
@@ -40,7 +40,7 @@ private:
     std::string m_body;
 };
 
-/// Numbers as an element of a document has them.
+/// Numbers as the text of an element, separated by blanks.
 inline daeTArray<double> valuesOf(const std::vector<double>& numbers)
 {
     daeTArray<double> values;
@@ -50,10 +50,10 @@ inline daeTArray<double> valuesOf(const std::vector<double>& numbers)
     return values;
 }
 
-/// A file with a content of the test's, removed at the end.
+/// A file with content given by the test. The destructor removes it.
 class TemporaryFile {
 public:
-    /// @param name the file's name in a new folder of its own
+    /// @param name name of the file, which is created in a new folder
     explicit TemporaryFile(const std::string& content, const std::string& name = "document.dae");
     ~TemporaryFile();
     TemporaryFile(const TemporaryFile&) = delete;

@@ -7,7 +7,7 @@ namespace testSupport {
 
 namespace {
 
-constexpr std::uint64_t multiplier = 0x9E3779B97F4A7C15u; // that of the hash
+constexpr std::uint64_t multiplier = 0x9E3779B97F4A7C15u; // of the hash
 
 const std::string& letters()
 {
@@ -33,7 +33,7 @@ unsigned char byteOf(std::uint64_t word, unsigned index)
 // The hash turns two words into
 //     s0 = 16 * multiplier,  p = (s0 ^ first) * multiplier,  s1 = p ^ (p >> 32),  (s1 ^ second) * multiplier ...
 // so all pairs with the same s1 ^ second collide. A choice of `second` gives s1, p and `first`. The lower i bytes of
-// `first` depend on the bytes 0 to i and 4 to 4 + i of `second` alone, which are chosen two at a time therefore.
+// `first` depend on the bytes 0 to i and 4 to 4 + i of `second` alone, so these are chosen two at a time.
 class Search {
 public:
     explicit Search(unsigned count) : m_count(count)

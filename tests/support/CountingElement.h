@@ -5,11 +5,11 @@
 
 namespace testSupport {
 
-/// An element that counts its lives, so that leaks and double destruction show as numbers, and that can refuse to be
-/// copied.
+/// An element that counts constructions and destructions, so that leaks and double destruction show up as numbers. It
+/// can also refuse to be copied.
 class CountingElement {
 public:
-    /// Numbers of all elements of the test; `reset` starts a test.
+    /// Counts over all elements of a test; call `reset` at its start.
     struct Counts {
         int alive = 0;
         int defaultConstructed = 0;

@@ -15,16 +15,16 @@ constexpr std::size_t signalCount = sizeof(watchedSignals) / sizeof(watchedSigna
 
 char currentStep[2048] = "";
 struct sigaction actionsBefore[signalCount];
-alignas(16) char signalStack[65536]; // for a handler whose thread has used up its own
+alignas(16) char signalStack[65536]; // for a handler after a stack overflow
 
 void writeText(const char* text)
 {
     if (write(STDERR_FILENO, text, std::strlen(text)) < 0) {
-        return; // nothing more can be done here
+        return; // nothing more can be done
     }
 }
 
-// Puts all actions back, so that the signal comes again to whoever waited for it before.
+// Restores all handlers, so that the signal reaches the previous one when it is raised again.
 void report(int signal)
 {
     writeText(signal == SIGALRM ? "\nTOO LONG: " : "\nCRASH: ");
@@ -38,7 +38,7 @@ void report(int signal)
     }
 }
 
-// The sanitizers bring a stack of their own.
+// The sanitizers install a signal stack of their own.
 void provideSignalStack()
 {
     stack_t before{};

@@ -4,11 +4,11 @@
 
 namespace testSupport {
 
-/// While it lives, a crash, or a step that takes too long, first writes to standard error what was being done, and then
-/// ends the process as it would have ended without. There is one at a time.
+/// While an object exists, a crash or a step that takes too long first writes to standard error what was being done.
+/// The process then ends as it would have without it. Only one object may exist at a time.
 class CrashReport {
 public:
-    /// @param seconds that a step may take
+    /// @param seconds how long a step may take
     explicit CrashReport(unsigned seconds);
     ~CrashReport();
     CrashReport(const CrashReport&) = delete;

@@ -6,7 +6,7 @@
 
 namespace testSupport {
 
-/// The animation that a document's one curve gives, loaded without a line; see `curve` in Words.h.
+/// The animation of a document with one curve, which loads without a message; see `curve` in Words.h.
 libVideo::AnimationHandle loadedCurve(const std::string& target, const std::string& seconds, const std::string& values,
                                       const std::string& interpolation = std::string());
 

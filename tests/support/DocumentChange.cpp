@@ -14,7 +14,7 @@ namespace {
 const std::vector<std::string> numbers =
     texts("", "0", "-1", "1", "2", "3", "0.5", "-0", "7", "16", "65536", "1048577", "2147483647", "2147483648",
           "4294967295", "4294967296",
-          "1431655766", // three of it are 2 modulo 2^32
+          "1431655766", // three times this is 2 modulo 2^32
           "18446744073709551615", "18446744073709551616", "-9223372036854775809", "1e38", "1e400", "-1e400", "1e-400",
           "NaN", "INF", "-INF", "0x10", "1,5", "x", "1 2", "--1");
 
@@ -46,7 +46,7 @@ const std::vector<std::string> attributeNames =
     texts("id", "sid", "name", "url", "source", "target", "count", "offset", "stride", "set", "symbol", "texture",
           "type", "semantic", "profile", "material", "version", "xmlns", "texcoord");
 
-// One longer than the longest tag that the document model has room for.
+// One character longer than the longest tag that the document model can hold.
 const std::string longName(128, 'n');
 
 constexpr std::size_t mostTokens = 10;
@@ -83,7 +83,7 @@ std::string joined(const std::vector<std::string>& tokens)
     return text;
 }
 
-// The element behind `node` in document order, without recursion; a null node behind the last.
+// The element after `node` in document order, found without recursion; a null node after the last.
 pugi::xml_node following(const pugi::xml_node& node, const pugi::xml_node& top)
 {
     if (node.first_child()) {
@@ -185,7 +185,7 @@ std::size_t ChangeableDocument::replacementCount(Sort sort) const
     return 0;
 }
 
-// Behind the fixed values stand the ids of the document, from which `value` picks beyond the first few as well.
+// The ids of the document follow the fixed values. `value` picks from all of them, not only from the first few.
 std::string ChangeableDocument::replacement(Sort sort, const pugi::xml_node& element, const std::string& old,
                                             std::size_t value) const
 {
@@ -366,7 +366,7 @@ void ChangeableDocument::addChangesOf(std::size_t element, std::vector<DocumentC
           DocumentChange::elementNested, DocumentChange::elementSwapped}) {
         changes.push_back({kind, element, 0, 0});
     }
-    for (std::size_t i = 0; i < 3; ++i) { // other targets and names for each element
+    for (std::size_t i = 0; i < 3; ++i) { // with other targets and names for each element
         changes.push_back({DocumentChange::elementMoved, element, 0, element * 31 + i * 17 + 1});
         changes.push_back({DocumentChange::elementRenamed, element, 0, element * 13 + i * 29});
     }
@@ -387,7 +387,7 @@ std::size_t DocumentMutator::below(std::size_t bound)
 
 void DocumentMutator::change(ChangeableDocument& document)
 {
-    // Values and references twice as often as the structure.
+    // Values and references are changed twice as often as the structure.
     static constexpr DocumentChange::Kind kinds[] = {
         DocumentChange::attributeReplaced, DocumentChange::attributeReplaced, DocumentChange::attributeReplaced,
         DocumentChange::attributeReplaced, DocumentChange::tokenReplaced,     DocumentChange::tokenReplaced,
@@ -396,7 +396,7 @@ void DocumentMutator::change(ChangeableDocument& document)
         DocumentChange::elementDoubled,    DocumentChange::elementNested,     DocumentChange::elementSwapped,
         DocumentChange::elementMoved,      DocumentChange::elementRenamed,    DocumentChange::attributeAdded,
         DocumentChange::elementAdded};
-    constexpr std::size_t mostAttempts = 20; // an element may have nothing of that kind
+    constexpr std::size_t mostAttempts = 20; // an element may have nothing to change in that way
     for (std::size_t i = 0; i < mostAttempts; ++i) {
         const DocumentChange::Kind kind = kinds[below(std::size(kinds))];
         if (document.apply({kind, below(1u << 20u), below(1u << 20u), below(1u << 12u)})) {

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// Changes of documents that leave them well-formed: one by one in order, or by chance.
+/// Changes documents so that they stay well-formed: one change after the other, or at random.
 
 #include <pugixml.hpp>
 
@@ -13,23 +13,24 @@
 
 namespace testSupport {
 
-/// One change at one element. What its numbers mean depends on its kind; each counts modulo the choices that there are.
+/// One change of one element. The meaning of the numbers depends on the kind; each is taken modulo the number of
+/// choices.
 struct DocumentChange {
     enum Kind : unsigned {
-        attributeReplaced, ///< attribute `part` by value `value` of its sort: numbers, references, words
+        attributeReplaced, ///< attribute `part` becomes value `value` of its sort: numbers, references, words
         attributeRemoved,  ///< attribute `part`
-        tokenReplaced,     ///< blank-separated token `part` of the text by value `value` of its sort
-        tokenRemoved,      ///< token `part`
-        textReplaced,      ///< the whole text: by nothing, by itself twice, by blanks
+        tokenReplaced,     ///< word `part` of the text becomes value `value` of its sort
+        tokenRemoved,      ///< word `part`
+        textReplaced,      ///< the whole text becomes empty, twice itself, or blanks
         elementRemoved,
         elementEmptied,
-        elementDoubled, ///< a copy after it
-        elementNested,  ///< a copy inside of itself, after its children
-        elementSwapped, ///< with the next sibling
-        elementMoved,   ///< to the end of element `value`, unless that lies inside of it
-        elementRenamed, ///< to name `value` of the schema
-        attributeAdded, ///< attribute `value` of the schema, with a value of `part`
-        elementAdded,   ///< an element of name `value` of the schema, after its children
+        elementDoubled, ///< a copy is inserted after it
+        elementNested,  ///< a copy is inserted after its children
+        elementSwapped, ///< it trades places with its next sibling
+        elementMoved,   ///< it becomes the last child of element `value`, unless that is inside it
+        elementRenamed, ///< it gets name `value` of the schema
+        attributeAdded, ///< it gets attribute `value` of the schema, with value `part`
+        elementAdded,   ///< an element with name `value` of the schema is added after its children
         kindCount
     };
 
@@ -47,14 +48,14 @@ public:
     std::string text() const;
 
     std::size_t elementCount() const { return m_elements.size(); }
-    /// @return whether anything was there to change. The elements are counted anew afterwards.
+    /// Renumbers the elements. @return whether there was anything to change
     bool apply(const DocumentChange& change);
 
     /// All changes of the kinds up to `elementSwapped`, and some of `elementMoved` and `elementRenamed`, in document
-    /// order. Of long texts ten tokens are changed, evenly spread.
+    /// order. In a long text, ten words spread evenly are changed.
     std::vector<DocumentChange> everyChange() const;
 
-    /// Puts a copy of some element of another document after the children of some element of this one.
+    /// Copies a random element of another document into a random element of this one, after its children.
     void graft(const ChangeableDocument& other, std::size_t from, std::size_t to);
 
 private:
@@ -74,14 +75,14 @@ private:
     std::vector<std::string> m_sids;
 };
 
-/// Changes documents by chance; equal seeds make equal changes.
+/// Changes documents at random; equal seeds give equal changes.
 class DocumentMutator {
 public:
     explicit DocumentMutator(std::uint32_t seed) : m_random(seed) {}
 
-    /// One to four changes. @return false, with the text as it was, if it is not well-formed
+    /// Makes one to four changes. @return false, and leaves the text alone, if it is not well-formed
     bool mutate(std::string& text);
-    /// Takes some element of the other document over, and may change the result.
+    /// Copies an element of the other document into this one, and may change the result.
     bool crossOver(std::string& text, const std::string& other);
 
 private:

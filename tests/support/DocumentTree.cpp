@@ -92,7 +92,7 @@ private:
         const daeArray& array = *reinterpret_cast<daeArray*>(memory);
         out += std::to_string(array.getCount()) + '[';
         if (type.getTypeEnum() == daeAtomicType::IntType) {
-            out += "not read]"; // the document model leaves what is no number as the memory was
+            out += "not read]"; // the document model leaves the value uninitialized if the text is no number
             return;
         }
         for (std::size_t i = 0; i < array.getCount(); ++i) {

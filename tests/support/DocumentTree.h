@@ -6,8 +6,8 @@
 
 namespace testSupport {
 
-/// Everything that an open document says, one line an element: its type, name, parent, attributes with whether they are
-/// set, value, references with what they lead to, and the elements that its ids name. Numbers are printed as their bits.
+/// Prints everything that an open document holds, one line per element: type, name, parent, attributes and whether they
+/// are set, value, references and their targets, and the elements that its ids name. Numbers are printed as bits.
 std::string documentTree(DAE& dae, domCOLLADA& root);
 
 } // namespace testSupport

@@ -2,12 +2,12 @@
 
 namespace testSupport {
 
-/// While it lives, counts what this thread asks of `operator new` and lets the request that comes after `successes`
-/// others fail, alone or with all that follow. The throwing forms then throw `std::bad_alloc`, the others give null. Test
-/// programs that link the source file of this class have its operators.
+/// While an object exists, counts the calls of `operator new` in this thread and lets the one after `successes` others
+/// fail, alone or with all that follow. The throwing forms then throw `std::bad_alloc`; the others return null. Test
+/// programs that link this class's source file use its operators.
 class FailingAllocator {
 public:
-    /// Which requests fail after those that succeed.
+    /// Which requests fail after the successful ones.
     enum class Failure { once, forGood };
 
     /// @param successes how many requests are served before one fails; negative: none fails
@@ -16,7 +16,7 @@ public:
     FailingAllocator(const FailingAllocator&) = delete;
     FailingAllocator& operator=(const FailingAllocator&) = delete;
 
-    /// Requests since it was made, the failed ones included.
+    /// Requests since construction, including failed ones.
     long requests() const;
     /// Whether a request has failed.
     bool hasFailed() const;

@@ -11,7 +11,7 @@
 
 namespace testSupport {
 
-/// The assertion that a call breaks, as "file: expression"; it may not log.
+/// The assertion that a call violates, as "file: expression". The call must not log.
 template <class Call>
 std::string assertionOf(const Call& call)
 {
@@ -26,7 +26,7 @@ std::string assertionOf(const Call& call)
     return "none";
 }
 
-/// "low high index" of the failure that a call ends in.
+/// "low high index" of the exception that a call throws.
 template <class Call>
 std::string boundsOf(const Call& call)
 {
@@ -45,7 +45,7 @@ void expectIndexOutOfBounds(int high, int index, const Call& call)
     EXPECT_EQ("0 " + std::to_string(high) + " " + std::to_string(index), boundsOf(call));
 }
 
-/// That a log holds these lines and no other, all of them errors of one channel.
+/// Expects a log to hold exactly these messages, all of them errors of one channel.
 inline void expectErrors(const std::string& channel, const std::string& lines, const LogCapture& log)
 {
     Texts expected;
@@ -55,8 +55,8 @@ inline void expectErrors(const std::string& channel, const std::string& lines, c
     EXPECT_EQ(expected, log.messages());
 }
 
-/// The texts of all lines that a call logs at the priority of traces. Of a trace the line is cut off, of another text the
-/// number in front; each has to be of its priority.
+/// The texts of all messages that a call logs at trace priority, without the line number: it comes last in a trace and
+/// first in any other message. Each message must have its expected priority.
 template <class Call>
 Texts tracedTexts(const Call& call, const std::string& channel = std::string())
 {

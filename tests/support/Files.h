@@ -5,7 +5,7 @@
 
 namespace testSupport {
 
-/// All bytes of a file; empty if there is none.
+/// All bytes of a file; empty if it does not exist.
 std::string contentOf(const std::filesystem::path& file);
 
 } // namespace testSupport

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// What all tests of the foundation use; compiled once, before them.
+/// Precompiled header of all tests of the foundation.
 
 #include "CollidingTexts.h"
 #include "CountingElement.h"
@@ -57,7 +57,7 @@ std::vector<T> elements(const vesk::Array<T>& array)
     return list;
 }
 
-/// A text with memory of its own.
+/// A string that owns its memory.
 inline vesk::String longText(unsigned number)
 {
     vesk::String text("a text that is too long to stand in the object itself, number ");

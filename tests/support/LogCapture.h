@@ -9,29 +9,30 @@
 
 namespace testSupport {
 
-/// One line as a handler received it.
+/// One message as a handler receives it.
 struct LogLine {
     std::string channel;
     int priority;
-    std::string text; ///< whole, with the number in front
-    /// Without the number and its blank. A text that does not start with both is returned whole, after "NO NUMBER: ".
+    std::string text; ///< complete, with the number in front
+    /// Without the number and the blank after it. A text that does not start with both is returned unchanged, after "NO
+    /// NUMBER: ".
     std::string words() const;
 };
 
-/// Takes all log lines while it lives, and puts the handler and the priority of before back at its end.
+/// Captures all log messages while it exists. The destructor restores the previous handler and priority.
 class LogCapture {
 public:
-    /// Shows the lines of one channel, or of all.
+    /// Captures the messages of one channel, or of all channels.
     explicit LogCapture(std::string channel = std::string());
     ~LogCapture();
     LogCapture(const LogCapture&) = delete;
     LogCapture& operator=(const LogCapture&) = delete;
 
-    /// The lines so far, in order.
+    /// The messages so far, in order.
     std::vector<LogLine> lines() const;
-    /// The words of the lines so far, one line each, without a line feed after the last.
+    /// The texts of the messages so far, one per line, without a line feed after the last.
     std::string text() const;
-    /// "channel: words" of each line so far. Of a line that is no error, the number of its priority comes first.
+    /// "channel: text" of each message so far. Messages that are no errors start with the number of their priority.
     Texts messages() const;
     void clear() { m_lines.clear(); }
 

@@ -12,7 +12,7 @@ namespace testSupport {
 
 using Matrix4 = libMath::Matrix<float, 4, 4>;
 using Vector3 = libMath::Vector<float, 3>;
-/// A matrix in its flat order.
+/// The elements of a matrix in storage order.
 using Elements = std::array<float, 16>;
 using Triple = std::array<float, 3>;
 
@@ -21,7 +21,7 @@ constexpr Triple triple(float x, float y, float z)
     return {x, y, z};
 }
 
-/// Of sixteen numbers, in their flat order; a row of a table of cases takes less room with it than with braces.
+/// A matrix of sixteen numbers in storage order, which is shorter than braces in a table of cases.
 template <class... Number>
 constexpr Elements elementsOf(Number... numbers)
 {
@@ -67,7 +67,7 @@ inline Triple triple(const Vector3& vector)
     return {vector[0], vector[1], vector[2]};
 }
 
-/// The same numbers, to the last bit but for the sign of a zero; NaN where NaN is expected.
+/// Expects equal numbers, bit for bit except for the sign of zero; NaN where NaN is expected.
 inline void expectSame(const Elements& expected, const Elements& actual)
 {
     for (std::size_t i = 0; i < expected.size(); ++i) {

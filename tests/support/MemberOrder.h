@@ -8,14 +8,14 @@
 
 namespace testSupport {
 
-/// Where an object starts.
+/// The address of an object.
 template <class T>
 std::uintptr_t place(const T& object)
 {
     return reinterpret_cast<std::uintptr_t>(&object);
 }
 
-/// That these follow each other in memory.
+/// Expects these members to follow each other in memory.
 inline void expectAscending(std::initializer_list<const void*> places)
 {
     const void* const* before = nullptr;
@@ -28,8 +28,8 @@ inline void expectAscending(std::initializer_list<const void*> places)
     }
 }
 
-/// The place of a virtual operation among those of its class, as g++ and clang++ on 64-bit processors of this family lay
-/// it out: a pointer to it starts with the place in bytes plus 1.
+/// The index of a virtual function in the table of its class. With g++ and clang++ on x86-64, a pointer to it starts
+/// with the offset in the table plus 1.
 template <class Operation>
 std::uintptr_t slotOf(Operation operation)
 {

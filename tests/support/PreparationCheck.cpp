@@ -39,7 +39,7 @@ std::string faultOfPreparation(const std::string& path)
     const bool isLeftOut = std::any_of(first.findings.begin(), first.findings.end(),
                                        [](const libPrepare::Finding& finding) { return finding.kind == "size"; });
     if (isLeftOut) {
-        return ""; // a second run has room again, or finds the document too large
+        return ""; // a second run has its full budget again, or finds the document too large
     }
     const libPrepare::Report second = libPrepare::prepare(once, twice, options);
     if (!second.done) {

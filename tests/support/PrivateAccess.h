@@ -2,7 +2,7 @@
 
 /// @file
 /// Reaches private members for tests: naming them in an explicit instantiation is allowed, and a friend function that
-/// this instantiation defines hands the pointer out.
+/// this instantiation defines returns the pointer.
 ///
 ///     PRIVATE_MEMBER(matrixOf, Matrix4 libVideo::Node::*, &libVideo::Node::m_transform)
 ///     PRIVATE_MEMBER(setId, void (libVideo::Node::*)(const vesk::String&), &libVideo::Node::setId)
@@ -10,14 +10,14 @@
 ///     matrixOf(node) = matrix;
 ///     setId(node, "lamp");
 ///
-/// The type picks one of several overloads. A type with a comma in it needs an alias.
+/// The type selects among overloads. A type with a comma in it needs an alias.
 
 #include <functional>
 #include <utility>
 
 namespace testSupport {
 
-/// Gives the private field of an object, or calls the private operation.
+/// Returns the private field of an object, or calls the private function.
 template <class Tag>
 struct PrivateMember {
     template <class... Arguments>
@@ -31,7 +31,7 @@ struct PrivateMember {
 
 } // namespace testSupport
 
-/// Defines `name`, which reaches the member by its pointer, of that type. Used outside of any function.
+/// Defines `name`, which gives access to a member through a pointer of that type. Used at namespace scope.
 #define PRIVATE_MEMBER(name, type, pointerToMember)                                                                    \
     struct name##Tag {                                                                                                 \
         using Type = type;                                                                                             \

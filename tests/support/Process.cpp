@@ -49,7 +49,7 @@ private:
     int m_number;
 };
 
-// A way for text out of the child. Both ends close when the child starts the program, apart from the copies that are
+// A pipe for text from the child. Both ends close when the child starts the program, except for the copies that are
 // made for it.
 struct Stream {
     Descriptor reading;
@@ -116,7 +116,7 @@ private:
     posix_spawn_file_actions_t m_actions{};
 };
 
-// A child that does not outlive this object.
+// A child process, which does not outlive this object.
 class Child {
 public:
     explicit Child(pid_t process) : m_process(process) {}
@@ -182,7 +182,7 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts)
     return pointers;
 }
 
-// Takes what has arrived, and closes the stream at its end.
+// Reads what has arrived, and closes the stream at its end.
 void take(Descriptor& stream, std::string& text)
 {
     std::array<char, 65536> buffer{};
@@ -190,7 +190,7 @@ void take(Descriptor& stream, std::string& text)
     if (count > 0) {
         text.append(buffer.data(), static_cast<std::size_t>(count));
     } else if (count == 0 || errno != EINTR) {
-        stream.close(); // a terminal whose other end is closed gives an error
+        stream.close(); // reading a terminal fails once its other end is closed
     }
 }
 
@@ -232,7 +232,7 @@ ProcessResult runProcess(const std::vector<std::string>& arguments, const Proces
     output.writing.close();
     errors.writing.close();
 
-    // Both streams at once: a child that has filled one of them would wait for ever.
+    // Reads both streams at once: a child that has filled one of them would wait forever.
     ProcessResult result;
     const auto end = std::chrono::steady_clock::now() + options.limit;
     while (output.reading.isOpen() || errors.reading.isOpen()) {
@@ -241,7 +241,7 @@ ProcessResult runProcess(const std::vector<std::string>& arguments, const Proces
         if (left <= 0) {
             throw std::runtime_error(arguments[0] + " did not end in time");
         }
-        // Closed ones are negative, which poll passes over.
+        // Closed streams are negative, which poll ignores.
         std::array<pollfd, 2> waiting{{{output.reading.number(), POLLIN, 0}, {errors.reading.number(), POLLIN, 0}}};
         if (poll(waiting.data(), waiting.size(), static_cast<int>(left)) < 0 && errno != EINTR) {
             fail("poll");

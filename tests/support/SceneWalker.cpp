@@ -35,7 +35,7 @@ PRIVATE_MEMBER(nodeTransformationsField, vesk::Array<TransformationHandle> Node:
 
 constexpr std::size_t mostTimes = 16;
 
-// One walk over one scene. Everything that is read ends in one sum, so that no read is left out.
+// One walk over one scene. All values that are read are added to one sum, so that the compiler cannot drop a read.
 class Walker {
 public:
     explicit Walker(Scene& scene) : m_scene(scene), m_resources(sceneResourcesField(scene)) {}
@@ -55,7 +55,7 @@ public:
     }
 
 private:
-    // One question; the answer may be an exception of the library's own.
+    // Makes one call, which may throw an exception of the library.
     template <class Question>
     void attempt(const Question& question)
     {
@@ -310,7 +310,8 @@ private:
         if (isList && primitive.totalByteSize() != 0 && corners / 3 != primitive.count()) {
             fail("a triangle list of another number of corners than it counts");
         }
-        // A source without params adds bytes to the stream and none to the layout, so there may be more than counted here.
+        // A source without params adds bytes to the stream but none to the layout, so there may be more than counted
+        // here.
         const std::uint64_t bytes = primitive.bytesPerVertex();
         for (const unsigned index : primitive.indexBuffer()) {
             if (primitive.totalByteSize() != 0 && (std::uint64_t(index) + 1) * bytes > primitive.totalByteSize()) {
@@ -381,7 +382,7 @@ private:
     void evaluate(double time)
     {
         for (const Node* const constant : m_nodes) {
-            Node& node = const_cast<Node&>(*constant); // the scene gives its nodes out as they are
+            Node& node = const_cast<Node&>(*constant); // the scene's nodes are not const
             for (const TransformationHandle& transformation : nodeTransformationsField(node)) {
                 attempt([&] { read(*transformation->transformationAtTime(time)); });
             }

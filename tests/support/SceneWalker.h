@@ -6,22 +6,22 @@
 
 namespace testSupport {
 
-/// How the load of some document ended, whatever it holds.
+/// The outcome of loading any document.
 struct LoadOutcome {
-    bool isLoaded = false; ///< what `createFromCollada` answered; false if it threw
+    bool isLoaded = false; ///< result of `createFromCollada`; false if it threw
     bool hasThrown = false;
-    unsigned lineCount = 0; ///< of the log, while it loaded
-    /// What no document may bring about, in words: an exception of a foreign type, a refusal without a line, a scene
-    /// that contradicts itself. Empty if the outcome is one that is allowed.
+    unsigned lineCount = 0; ///< messages logged by the load
+    /// What went wrong: an exception of a foreign type, a refusal without a message, or an inconsistent scene. Empty if
+    /// the outcome is allowed.
     std::string fault;
 };
 
-/// Loads a document into the scene, then walks what came of it, also behind an exception.
+/// Loads a document into the scene, then walks the scene, even after an exception.
 LoadOutcome loadAndWalk(libVideo::Scene& scene, const std::string& path);
 
-/// Reads all that a host can reach, evaluates it at ordinary and at odd times, folds the nodes, and reads it again.
-/// Exceptions of `vesk` end the one question that they answer.
-/// @return what contradicts itself, such as an index without a vertex; empty if nothing does
+/// Reads all that a host can reach, evaluates the scene at ordinary and odd times, folds the nodes, and reads
+/// everything again. Exceptions of `vesk` are caught call by call.
+/// @return what is inconsistent, such as an index without a vertex; empty if nothing is
 std::string walkScene(libVideo::Scene& scene);
 
 } // namespace testSupport

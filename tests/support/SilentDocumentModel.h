@@ -4,8 +4,8 @@
 
 namespace testSupport {
 
-/// Counts the document model's own messages instead of printing them while it lives, and puts the former handler back at
-/// its end.
+/// While it exists, counts the document model's own messages instead of printing them. The destructor restores the
+/// previous handler.
 class SilentDocumentModel : public daeErrorHandler {
 public:
     SilentDocumentModel() : m_before(daeErrorHandler::get()) { daeErrorHandler::setErrorHandler(this); }

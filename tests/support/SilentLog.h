@@ -4,7 +4,7 @@
 
 namespace testSupport {
 
-/// Drops all log lines while it lives, without asking for memory, and puts the handler of before back at its end.
+/// While it exists, drops all log messages without allocating memory. The destructor restores the previous handler.
 class SilentLog {
 public:
     SilentLog()

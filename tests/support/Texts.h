@@ -7,7 +7,7 @@ namespace testSupport {
 
 using Texts = std::vector<std::string>;
 
-/// A list; unlike one in braces it takes no line for each of its texts.
+/// A list of texts, which clang-format does not break into one line per text.
 template <class... Text>
 Texts texts(const Text&... all)
 {

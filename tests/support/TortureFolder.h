@@ -5,8 +5,8 @@
 
 namespace testSupport {
 
-/// A folder of its own for one document after the other, in memory where the system has that; it goes at the end, but
-/// not if the process ends before. Beside the document lies "neighbour.dae", to which references may lead.
+/// A temporary folder that holds one document at a time, in memory where the system allows it. The destructor removes
+/// it; it stays if the process crashes. Beside the document is "neighbour.dae", to which references may lead.
 class TortureFolder {
 public:
     TortureFolder();

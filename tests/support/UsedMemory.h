@@ -7,13 +7,13 @@
 
 namespace testSupport {
 
-/// An object made by its default constructor in memory that holds no zero.
+/// An object that is default-constructed in memory without zero bytes.
 template <class T>
 class MadeInUsedMemory {
 public:
     MadeInUsedMemory() : m_memory(new Memory)
     {
-        // The compiler knows nothing of the call, so it cannot drop what happens before the object's life.
+        // The compiler cannot see into the call, so it cannot drop writes before the object's lifetime.
         static void* (*const volatile fill)(void*, int, std::size_t) = std::memset;
         fill(m_memory.get(), 0xA5, sizeof(T));
         m_object = new (m_memory.get()) T;

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// What all tests of libVideo use; compiled once, before them.
+/// Precompiled header of all tests of libVideo.
 
 #include "ColladaBuilder.h"
 #include "Curves.h"

@@ -7,7 +7,7 @@
 #include <vector>
 
 /// @file
-/// What small documents are written with.
+/// Builds small documents.
 
 #define PARAM_X "<param name='X' type='float'/>"
 #define PARAMS_ST "<param name='S' type='float'/><param name='T' type='float'/>"
@@ -22,39 +22,39 @@ inline std::string textOf(const vesk::String& text)
     return text.data();
 }
 
-/// A text that many times in a row.
+/// A text repeated `count` times.
 std::string repeated(const std::string& text, std::size_t count);
 
 /// ASCII in UTF-16, after a byte order mark.
 std::string inUtf16(const std::string& text, bool isLittleEndian);
 
-/// The lines of a text, without their ends.
+/// The lines of a text, without line ends.
 std::vector<std::string> linesOf(const std::string& text);
 
-/// How many words there are between blanks.
+/// Number of words separated by blanks.
 unsigned wordCount(const std::string& text);
 
-/// "<name>content</name>", or nothing for no content.
+/// "<name>content</name>"; empty if the content is.
 std::string library(const std::string& name, const std::string& content);
 
-/// An array of as many numbers as its `count` says.
+/// A `<float_array>` with its `count`.
 std::string floatArray(const std::string& id, const std::string& numbers);
-/// An array of as many names as its `count` says.
+/// A `<Name_array>` with its `count`.
 std::string nameArray(const std::string& id, const std::string& names);
 /// A `<technique_common>` with an accessor of an array.
 std::string accessorTo(const std::string& array, const std::string& attributes,
                        const std::string& params = std::string());
-/// A `<source>` of a float array "ID-array" and, if there are attributes, an accessor of it.
+/// A `<source>` with a float array "ID-array" and, if attributes are given, its accessor.
 std::string sourceXml(const std::string& id, const std::string& numbers, const std::string& attributes = std::string(),
                       const std::string& params = std::string());
-/// A `<source>` of that many records of numbers, whatever its array holds.
+/// A `<source>` with that many records of numbers, whatever its array holds.
 std::string floats(const std::string& id, const std::string& numbers, unsigned count, unsigned stride = 1);
-/// A `<source>` of that many records of names, whatever its array holds.
+/// A `<source>` with that many records of names, whatever its array holds.
 std::string names(const std::string& id, const std::string& words, unsigned count, unsigned stride = 1);
 std::string inputXml(const std::string& semantic, const std::string& source);
 std::string inputXml(const std::string& semantic, const std::string& source, const std::string& offset);
-/// An `<animation>` of a curve with keys at these seconds, and with as many values for each; straight without a word on
-/// interpolation. Its ids start with its name.
+/// An `<animation>` with keys at these times in seconds, and the same number of values for each key. It is linear
+/// unless an interpolation is given. Its ids start with its name.
 std::string curve(const std::string& name, const std::string& target, const std::string& seconds,
                   const std::string& values, const std::string& interpolation = std::string());
 
@@ -62,9 +62,9 @@ std::string curve(const std::string& name, const std::string& target, const std:
 std::string meshXml(const std::string& content);
 
 std::string node(const std::string& id, const std::string& content);
-/// An `<extra>` with what a vendor adds.
+/// An `<extra>` with the elements of a vendor.
 std::string vendorExtra(const std::string& content, const std::string& profile = "FCOLLADA");
-/// The `<optics>` of a camera in perspective.
+/// The `<optics>` of a perspective camera.
 std::string optics(const std::string& perspective);
 
 } // namespace testSupport

@@ -2,7 +2,8 @@
 #include <cstdlib>
 #include <new>
 
-// The document model leaves some values unset where their text is no number. Memory that is zero makes both trees equal then.
+// The document model leaves some values uninitialized if their text is no number. Zeroed memory makes both trees equal
+// then.
 void* operator new(std::size_t size)
 {
     void* const memory = std::calloc(1, size == 0 ? 1 : size);

@@ -30,7 +30,7 @@ TEST(LogStatementTest, LineIsTheSourceLineABlankAndTheWords)
 
 } // namespace
 
-// Modules of the test's own. Each stands for one source file of the library, and no other test uses its channel.
+// Modules for the tests. Each represents one source file of the library, and no other test uses its channel.
 
 namespace plainModule {
 
@@ -90,7 +90,7 @@ void setFactoryPriority(int number)
     vesk::LogFactory::setPriority(priorityOf(number));
 }
 
-/// The channel of a name, made if need be.
+/// The channel with a name, created if needed.
 vesk::Logger& channel(const std::string& name)
 {
     vesk::Logger* logger = nullptr;
@@ -98,7 +98,7 @@ vesk::Logger& channel(const std::string& name)
     return *logger;
 }
 
-/// Sets the priority of a channel while it lives.
+/// Sets the priority of a channel while it exists.
 class ChannelPriority {
 public:
     ChannelPriority(const std::string& name, int priority) : m_logger(channel(name)), m_before(m_logger.priority)
@@ -114,8 +114,8 @@ private:
     Priority m_before;
 };
 
-/// What the two macros at the head of a source file declare, as an object: each case gets a module without a logger and
-/// a channel name of its own.
+/// The declarations of the two macros at the head of a source file as an object, so that each case has a module without
+/// a logger and its own channel.
 class Module {
 public:
     explicit Module(const std::string& name) : m_channel("test.module." + name), moduleChannel(m_channel.c_str()) {}
@@ -125,7 +125,7 @@ public:
     const std::string& channelName() const { return m_channel; }
     vesk::Logger* logger() const { return moduleLogger; }
     bool hasChannel() const { return vesk::LogFactory::findLogger(moduleChannel) != nullptr; }
-    /// How often a statement asked for its argument.
+    /// How often a statement evaluated its argument.
     int evaluations() const { return m_evaluations; }
 
     void log() { VIDEO_LOG("value ", argument(), " end"); }
@@ -146,7 +146,7 @@ public:
     }
     void logOneOfTwo(bool isFirst)
     {
-        // The statement stands for one statement, also without braces.
+        // The macro is one statement, also without braces.
         // clang-format off
         if (isFirst)
             VIDEO_LOG("first");
@@ -164,7 +164,7 @@ private:
 
     std::string m_channel;
     int m_evaluations = 0;
-    // The names that the statements look for.
+    // The names that the statements use.
     const char* moduleChannel;
     vesk::Logger* moduleLogger = nullptr;
     const char* modulePath = "tests/libVideo/Module";

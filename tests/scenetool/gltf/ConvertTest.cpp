@@ -236,7 +236,7 @@ std::string numbersSource(const std::string& id, unsigned stride, const std::str
            "' stride='" + std::to_string(stride) + "'>" + params + "</accessor></technique_common></source>";
 }
 
-// Two Bezier keys at second 0 and 2. Control points are pairs of time and value.
+// Two Bezier keys at seconds 0 and 2. Control points are pairs of time and value.
 std::string bezier(const std::string& id, const std::string& target, unsigned stride, const std::string& values,
                    const std::string& inTangents, const std::string& outTangents)
 {
@@ -257,8 +257,8 @@ const std::string glide =
 
 TEST(ConvertTest, BezierMotionIsACubicOfItsTwoKeys)
 {
-    // The slope at a key is three times the way to its control point, in 2 seconds: 3 (2 - 0) / 2 and 3 (3 - 0) / 2 at the
-    // first one, 3 (6 - 5) / 2 and 3 (8 - 8) / 2 at the second one.
+    // The slope at a key is three times the difference to its control point, over 2 seconds: 3 (2 - 0) / 2 and 3 (3 -
+    // 0) / 2 at the first one, 3 (6 - 5) / 2 and 3 (8 - 8) / 2 at the second one.
     const ConvertedDocument converted(
         triangle + ("<library_animations>" + glide + "</library_animations>") +
         scene("<node id='a'><translate sid='place'>0 0 0</translate><instance_geometry url='#plate'/></node>"));
@@ -273,7 +273,7 @@ TEST(ConvertTest, BezierMotionIsACubicOfItsTwoKeys)
     }
 }
 
-// The product of the library's matrices of a node and all above it at a time, row by row.
+// The product of the library's matrices of a node and its ancestors at a time, row by row.
 libMath::Matrix<float, 4, 4> worldAt(libVideo::Node& node, double time)
 {
     const libMath::Matrix<float, 4, 4> local = node.transform(time);

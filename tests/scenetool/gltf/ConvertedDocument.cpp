@@ -21,7 +21,7 @@ namespace {
 std::uint32_t wordAt(const std::string& bytes, std::size_t at)
 {
     std::uint32_t word = 0;
-    std::memcpy(&word, bytes.data() + at, sizeof word); // little-endian, as the machines are that this runs on
+    std::memcpy(&word, bytes.data() + at, sizeof word); // little-endian, like the processors that this runs on
     return word;
 }
 
@@ -53,7 +53,7 @@ Matrix localOf(const nlohmann::json& node)
     const std::vector<double> t = node.value("translation", std::vector<double>{0, 0, 0});
     const std::vector<double> q = node.value("rotation", std::vector<double>{0, 0, 0, 1});
     const std::vector<double> s = node.value("scale", std::vector<double>{1, 1, 1});
-    // The product q · v · q* for each axis.
+    // q · v · q* for each axis.
     const auto turned = [&](double x, double y, double z) {
         const double cx = q[1] * z - q[2] * y + q[3] * x;
         const double cy = q[2] * x - q[0] * z + q[3] * y;
@@ -167,7 +167,7 @@ void ConvertedDocument::moveTo(double time)
         const std::size_t second = std::clamp<std::size_t>(after, 1, times.size() - 1);
         const double length = times[second] - times[second - 1];
         const double share = std::clamp((time - times[second - 1]) / length, 0.0, 1.0);
-        // Where a part of a key starts: of a cubic, each key has the slope before, the value and the slope after.
+        // Offset of a part of a key. A key of a cubic spline has the in-tangent, the value and the out-tangent.
         const auto part = [&](std::size_t key, std::size_t which) {
             return values.data() + (isCubic ? 3 * key + which : key) * size;
         };
@@ -181,7 +181,7 @@ void ConvertedDocument::moveTo(double time)
                                       length * (s * s * s - s * s) * part(second, 0)[i]
                                 : (1 - s) * a[i] + s * b[i];
         }
-        if (path == "rotation") { // along the great circle, by the short way
+        if (path == "rotation") { // along the shorter arc of the great circle
             const double cosine = std::inner_product(a, a + 4, b, 0.0);
             const double angle = std::acos(std::min(1.0, std::fabs(cosine)));
             if (angle > 1e-9) {

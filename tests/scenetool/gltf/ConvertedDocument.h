@@ -20,9 +20,9 @@ struct ConvertedDocument {
     std::vector<double> numbers(const nlohmann::json& accessor) const;
     /// The bytes of a buffer view.
     std::string view(std::size_t index) const;
-    /// The product of the transforms of a node and of all above it, row by row.
+    /// The product of the transforms of a node and its ancestors, row by row.
     std::vector<double> world(std::size_t node) const;
-    /// Gives all nodes the transforms that the first animation has at a time in seconds.
+    /// Sets all nodes to the transforms of the first animation at a time in seconds.
     void moveTo(double time);
 
     int status = 0;

@@ -35,7 +35,7 @@ protected:
     fs::path in() const { return m_first.folder(); }
     fs::path out() const { return m_first.folder() / "results"; }
 
-    // The status, and what became of each document by the name of its file.
+    // The exit status, and the result for each document by file name.
     std::pair<int, std::map<std::string, std::string>> convert(const std::string& jobs)
     {
         const testSupport::ProcessResult result = testSupport::runProcess(
@@ -76,7 +76,7 @@ TEST_F(FolderConversionTest, SecondRunConvertsOnlyWhatIsNewer)
 TEST_F(FolderConversionTest, RemainsOfAnInterruptedRunGo)
 {
     fs::create_directories(out());
-    const fs::path remains = out() / "first.glb.part999999999"; // more than there can be processes
+    const fs::path remains = out() / "first.glb.part999999999"; // no process has this number
     std::ofstream(remains.string()) << "half";
     convert("1");
     EXPECT_FALSE(fs::exists(remains));

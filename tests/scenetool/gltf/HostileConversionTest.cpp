@@ -16,8 +16,7 @@
 
 namespace {
 
-// Each conversion is a process of its own, so a crash, a hang or an error that a sanitizer finds is the reason of its
-// line.
+// Each conversion runs in its own process, so its line gives a crash, a hang or a sanitizer error as the reason.
 TEST(HostileConversionTest, BentDocumentsAreConvertedOrRefusedWithAReason)
 {
     constexpr std::size_t mostBytes = 50000;

@@ -19,7 +19,8 @@
 #include <string>
 #include <vector>
 
-// Another reader finds in a result the triangles that the library delivers of the document, at the same places.
+// Another reader finds in a result the same triangles, at the same positions, as the library delivers from the
+// document.
 
 namespace {
 
@@ -53,7 +54,7 @@ TEST_P(SecondReaderTest, FindsTheSameTrianglesAtTheSamePlaces)
     const std::string prepared = (folder.path() / "prepared.dae").string();
     const std::string result = (folder.path() / "result.glb").string();
     if (testSupport::runProcess({SCENETOOL_PROGRAM, "convert", GetParam().path, "-o", result}).status != 0) {
-        return; // which other tests are about
+        return; // other tests cover this
     }
     ASSERT_EQ(0, testSupport::runProcess({SCENETOOL_PROGRAM, "prepare", GetParam().path, "-o", prepared, "--up", "y",
                                           "--unit", "1", "--normals"})
@@ -65,7 +66,7 @@ TEST_P(SecondReaderTest, FindsTheSameTrianglesAtTheSamePlaces)
     Assimp::Importer importer;
     const aiScene* const imported = importer.ReadFile(result, 0);
     if (expected.triangles == 0 && imported == nullptr) {
-        return; // a file without a mesh is none to it
+        return; // it refuses a file without a mesh
     }
     ASSERT_NE(nullptr, imported) << importer.GetErrorString();
     Extent found;

@@ -168,7 +168,7 @@ std::string goodDocument()
     return ColladaBuilder().addScene("<node id='n'><translate>1 2 3</translate></node>").text();
 }
 
-// So many nodes that no processor loads them in a second.
+// Too many nodes for any processor to load in a second.
 std::string slowDocument()
 {
     constexpr std::size_t count = 3'000'000;
