@@ -50,7 +50,7 @@ private:
         bool isForeign;
         bool isNode;
         bool isRotate;
-        bool isComplete; // a node with a transform, a rotation about a main axis
+        bool isComplete; // a node with a transform, or a rotation about a main axis
         ElementTraits traits;
     };
 

@@ -8,7 +8,7 @@
 
 namespace libPrepare {
 
-/// What one walk over a document finds, so that no pass has to walk over it in search of what it does not hold.
+/// The findings of one walk over a document, so that no pass has to search it for things that it does not contain.
 struct Census {
     /// An element with an id.
     struct Bearer {
@@ -21,7 +21,7 @@ struct Census {
 
     std::vector<Reference> references; ///< As `forEachReference` gives them.
     std::vector<Bearer> bearers;       ///< In document order.
-    bool isOpen = true;                ///< Whether the lists are there.
+    bool isOpen = true;                ///< Whether the lists are filled.
 
     bool hasCameraInstances = false;
     bool hasControllerInstances = false;
@@ -33,8 +33,8 @@ struct Census {
     /// these.
     bool hasOddTexts = false;
     bool areIdsPlain = true; ///< Whether references can hold all ids as they are.
-    /// Each `<node>` has a transform, none of them is a `<lookat>` or a `<skew>`, and all rotations are about a main axis.
-    /// May be false although all this is so.
+    /// Each `<node>` has a transform, none of them is a `<lookat>` or a `<skew>`, and all rotations are about a main
+    /// axis. May be false even if this is the case.
     bool areTransformsComplete = true;
     bool areReferencesPlain = true; ///< Whether all references that are URIs have the form `#id`, with a plain id.
 };

@@ -9,7 +9,7 @@
 
 namespace libPrepare {
 
-/// How a curve runs from a key to the next. What is neither of these (`CARDINAL`, `BSPLINE`, no word at all) is straight.
+/// How a curve runs from one key to the next. Anything else (`CARDINAL`, `BSPLINE`, no word at all) is linear.
 enum class Interpolation : std::uint8_t { step, linear, bezier, hermite };
 
 /// The records that an accessor picks from an array of numbers: those of the params that have a name, or all if none has.
@@ -42,17 +42,18 @@ public:
     /// From a key to the next.
     Interpolation kind(std::size_t key) const { return m_kinds[key]; }
 
-    /// Whether a straight reading of the arrays from their start gives the same: one input of each semantic, all with as
-    /// many records as there are keys, no offset, no param left out, `STEP`, `LINEAR` and `BEZIER` alone.
+    /// Whether reading the arrays directly from their start gives the same: one input per semantic, each with one
+    /// record per key, no offset, no unnamed param, only `STEP`, `LINEAR` and `BEZIER`.
     bool isPlain() const { return m_isPlain; }
 
-    /// The control points between a key and the next, for one component. A Hermite curve's are those of the same Bezier.
+    /// The control points between a key and the next, for one component. Those of a Hermite curve are converted to
+    /// Bezier.
     struct Controls {
         bool areTimed = false; ///< False if the curve's parameter is the time itself.
         double time[2] = {0, 0};
         double value[2] = {0, 0};
     };
-    /// Nothing where the way to the next key is straight, which it also is without fitting tangents.
+    /// Nothing if the way to the next key is straight, which includes tangents that do not fit.
     std::optional<Controls> controls(std::size_t key, std::size_t component) const;
 
     /// The values at a time: those of the first key before it, those of the last key after it.

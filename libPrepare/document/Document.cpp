@@ -282,7 +282,7 @@ void Document::setOrigin(pugi::xml_node made, pugi::xml_node origin)
     m_origins[made.hash_value()] = known == m_origins.end() ? origin : known->second;
 }
 
-// An element's name, with its id or number among its siblings.
+// An element's name with its id, or with its number among its siblings.
 std::string Document::step(pugi::xml_node element) const
 {
     std::string result = element.name();
@@ -291,7 +291,7 @@ std::string Document::step(pugi::xml_node element) const
     }
     const pugi::xml_node parent = element.parent();
     const auto [place, isNew] = m_numbers.try_emplace(parent.hash_value());
-    if (isNew) { // all at once, since a parent may have very many
+    if (isNew) { // all children at once, because there may be very many
         std::unordered_map<std::string_view, std::pair<unsigned, pugi::xml_node>> counts;
         for (const pugi::xml_node child : parent.children()) {
             if (child.type() == pugi::node_element) {

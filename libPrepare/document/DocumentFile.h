@@ -23,7 +23,7 @@ public:
 
     /// @param most bytes of the text
     std::optional<Refusal> read(const std::filesystem::path& file, std::uint64_t most);
-    /// Writes the tree, or the bytes that were read if the tree is still what they say.
+    /// Writes the tree, or the bytes that were read if the tree has not changed.
     std::optional<Refusal> write(const std::filesystem::path& file, bool isChanged);
 
     pugi::xml_document& xml() { return m_xml; }

@@ -60,7 +60,7 @@ constexpr Row rows[] = {
 
 constexpr std::size_t placeCount = 128;
 
-// A place of its own for each of the names above: each element of a document is looked up.
+// A perfect hash of the names above, because each element of a document is looked up.
 constexpr std::size_t placeOf(std::string_view name)
 {
     const std::size_t first = static_cast<unsigned char>(name.front());

@@ -6,7 +6,7 @@
 
 namespace libPrepare {
 
-/// What an element holds by its name.
+/// What an element with a name contains.
 struct ElementTraits {
     bool holdsOnlyValue = false; ///< A value and no elements.
     bool holdsNumbers = false;   ///< Numbers, which may have a fraction.
@@ -14,8 +14,8 @@ struct ElementTraits {
 
 ElementTraits traitsOf(std::string_view name);
 
-/// Whether an element may be in another one, of those that later passes take out or write anew. What references lead to
-/// would go with it.
+/// Whether an element may be in another one. Only covers elements that later passes remove or rewrite, together with
+/// anything in them that references name.
 bool canHold(pugi::xml_node holder, const char* child);
 
 /// Whether an element of this name holds data of other programs.

@@ -88,7 +88,7 @@ public:
     std::size_t convert(std::string_view bytes, std::uint64_t most, std::string& result) const
     {
         result.resize(bytes.size() + bytes.size() / 2 + 64);
-        char* in = const_cast<char*>(bytes.data()); // the interface has no word for it, but nothing is written there
+        char* in = const_cast<char*>(bytes.data()); // the interface lacks const, but nothing is written
         std::size_t left = bytes.size();
         std::size_t end = 0;
         bool isFlushed = false; // a character may wait for what combines with it
@@ -166,7 +166,7 @@ std::optional<Refusal> decode(std::string& text, std::uint64_t most, Encoding& e
         takeZerosOff(text, encoding);
         return std::nullopt;
     }
-    // A document of one byte a character can name its encoding by such a word, but it cannot be in it.
+    // A document with one byte per character can declare such an encoding, but cannot have it.
     const bool isWide = name.rfind("UTF-16", 0) == 0 || name.rfind("UTF-32", 0) == 0 || name.rfind("UTF16", 0) == 0 ||
                         name.rfind("UTF32", 0) == 0 || name.rfind("UCS", 0) == 0 || name.rfind("ISO-10646", 0) == 0;
     const Converter converter(encoding.name);

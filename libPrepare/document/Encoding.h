@@ -8,9 +8,9 @@
 
 namespace libPrepare {
 
-/// What the conversion of a document to UTF-8 has found.
+/// The findings of the conversion to UTF-8.
 struct Encoding {
-    std::string name;             ///< As declared, or as its first bytes show; "UTF-8" if nothing says so.
+    std::string name;             ///< As declared, or as its first bytes show; "UTF-8" by default.
     bool isMistaken = false;      ///< The declared one is not known, or is not that of the bytes, which are UTF-8.
     std::uint64_t zerosAtEnd = 0; ///< Zero characters at the end, which are removed.
 };

@@ -181,7 +181,7 @@ void FlatCurve::add(double time, const double* values, Interpolation kind)
     std::fill(m_nextIn.begin(), m_nextIn.end(), 0.0);
 }
 
-// Ends a stretch at a jump. Without this the curve would run to the value after the jump.
+// Adds a key before a jump. Without it, the curve would run to the value after the jump.
 void FlatCurve::addJump(double time, const double* before, const double* after, bool isConstant)
 {
     bool isJump = false;
@@ -196,8 +196,8 @@ void FlatCurve::addJump(double time, const double* before, const double* after, 
     }
 }
 
-// A way through a function's values at both ends and after each third, and whether that, or a straight one, passes all
-// its values in between closely enough.
+// A cubic through a function's values at both ends and at each third, and whether it, or a straight line, is close
+// enough to all values in between.
 struct FlatCurve::Fit {
     std::vector<double> start;
     std::vector<double> end;
@@ -322,7 +322,7 @@ FlatCurve FlatCurve::combine(const std::vector<Component>& components, Measure m
     std::vector<double> from(width);
     std::vector<double> to(width);
     std::vector<double> after(width);
-    if (times.front() > 0) { // the value of before holds until then
+    if (times.front() > 0) { // the first value holds until then
         function(0, to.data());
         function(times.front(), after.data());
         result.addJump(times.front(), to.data(), after.data(), false);

@@ -15,29 +15,29 @@ struct Component {
     double at(double time) const;
 };
 
-/// What the numbers of a curve mean, which decides how large an error may be.
+/// The meaning of a curve's numbers, which determines the largest error.
 enum class Measure {
     degrees, ///< `Options::tolerance` is the largest error.
     length,  ///< It is relative to the largest number.
     matrix,  ///< As `length`, separately for the translation; what follows the matrix counts as translation.
 };
 
-/// How curves are sampled that cannot be written exactly.
+/// How curves that cannot be written exactly are sampled.
 struct Sampling {
     explicit Sampling(const Options& options);
 
-    double rate;      ///< Samples a second that are compared at least.
+    double rate;      ///< Least number of samples compared per second.
     double tolerance; ///< See `Measure`.
-    /// Samples that all curves together may take, however long they are and whatever the tolerance is. What comes after
-    /// that is sampled coarsely.
+    /// Total samples for all curves, however long they are and whatever the tolerance is. Curves after that are sampled
+    /// coarsely.
     std::uint64_t left = 4000000;
 };
 
-/// A curve as the scene graph reads it: whole values, keys at 0 or later, `STEP`, `LINEAR`, and `BEZIER` whose parameter
-/// is the time itself.
+/// A curve as the scene graph reads it: complete values, keys at 0 or later, `STEP`, `LINEAR`, and `BEZIER` whose
+/// parameter is the time itself.
 class FlatCurve {
 public:
-    /// Puts a curve together from its numbers: exact where all are straight, steps or cubics over time, sampled elsewhere.
+    /// Combines numbers into one curve: exact where all are linear, steps or cubics over time, sampled elsewhere.
     static FlatCurve combine(const std::vector<Component>& components, Measure measure, Sampling& sampling);
     /// Samples a function that is smooth between the given times, which must ascend.
     using Function = std::function<void(double time, double* result)>;
@@ -58,7 +58,7 @@ public:
     std::vector<double> first() const;
     /// The largest error of a number.
     double toleranceOf(std::size_t component) const { return m_tolerances[component]; }
-    /// Approximate number of bytes that it takes in a document.
+    /// Approximate size in a document in bytes.
     std::uint64_t size() const;
 
     /// Fills an empty `<animation>` with sources, sampler and channel.
@@ -84,9 +84,9 @@ private:
     std::vector<double> m_nextIn; // of the next key
 };
 
-/// Whether the scene graph reads a curve as it is and gives the same, within a tolerance, between all of its keys.
+/// Whether the scene graph reads a curve unchanged and evaluates it the same between all keys, within a tolerance.
 bool isFlat(const Curve& curve, double tolerance);
-/// The largest absolute number of a component, control points included.
+/// The largest absolute value of a component, including control points.
 double largestOf(const Curve& curve, std::size_t component);
 /// The times at which one of the curves has a key, ascending, from 0 on; 0 is among them if a curve starts before.
 std::vector<double> keyTimes(const std::vector<const Curve*>& curves);

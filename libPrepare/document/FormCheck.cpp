@@ -37,7 +37,7 @@ std::string_view between(const xmlChar* begin, const xmlChar* end)
     return {reinterpret_cast<const char*>(begin), static_cast<std::size_t>(end - begin)};
 }
 
-// Whether a block holds nothing but the bytes that lists of numbers and names are made of, and most of what people write.
+// Whether a block has only bytes that are common in lists of numbers, names and plain text.
 bool isPlain(const char* block)
 {
     unsigned char isOdd = 0;
@@ -294,8 +294,8 @@ bool Checker::isInsideText() const
            std::all_of(kept.begin(), kept.end(), [](char c) { return static_cast<unsigned char>(c) < 0x7FU; });
 }
 
-// The parser waits for the whole of a start tag, and compares its attributes in pairs then. So a large one is looked at
-// while it grows.
+// The parser waits for a complete start tag and then compares its attributes in pairs. So a large tag is checked while
+// it grows.
 void Checker::checkPendingTag()
 {
     if (m_parser->instate != XML_PARSER_START_TAG || m_parser->input == nullptr) {
@@ -315,7 +315,7 @@ void Checker::checkPendingTag()
 
 void Checker::feed(std::size_t end)
 {
-    // The parser does not see a "]]>" that comes in two pieces.
+    // The parser does not see a "]]>" that is divided between two pieces.
     while (end < m_text.size() && end > m_fed && m_text[end - 1] == ']') {
         --end;
     }
@@ -330,11 +330,11 @@ void Checker::feed(std::size_t end)
     }
 }
 
-// Most of a large document is long lists of numbers. They are text that the parser would look at byte by byte and then
-// find nothing to say about, so they are kept from it.
+// Most of a large document is long lists of numbers, which the parser would check byte by byte for nothing. So it does
+// not get them.
 std::optional<Refusal> Checker::run()
 {
-    constexpr std::size_t most = 16 * blockSize; // of what the parser gets at once
+    constexpr std::size_t most = 16 * blockSize; // of one piece for the parser
     std::size_t at = 0;
     while (at < m_text.size() && !isOver()) {
         const std::size_t end = std::min(at + blockSize, m_text.size());

@@ -8,16 +8,16 @@ namespace libPrepare {
 
 class Document;
 
-/// What an `<asset>` says about coordinates.
+/// The coordinate system of an `<asset>`.
 struct Frame {
     char up = 'Y';    ///< `X`, `Y` or `Z`.
     double meter = 1; ///< Meters in a unit.
 
-    /// What an asset says; what it leaves open is as in another frame.
+    /// Reads an asset. Values that it does not give are those of another frame.
     static Frame read(pugi::xml_node asset, const Frame& otherwise);
     /// Writes both into an asset, where they differ from what it says.
     void write(pugi::xml_node asset) const;
-    /// Takes coordinates of another frame into this one.
+    /// Converts coordinates of another frame to this one.
     Matrix4 from(const Frame& other) const;
 };
 

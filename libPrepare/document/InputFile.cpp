@@ -22,8 +22,8 @@ struct GzipCloser {
     void operator()(gzFile_s* file) const { gzclose(file); }
 };
 
-// Asks for large pages behind a long string that is still empty: a page fault for every 4 KiB of a document takes longer
-// than its parsing. Where there are none, nothing changes.
+// Requests large pages for the memory of a long string that is still empty: a page fault for every 4 KiB of a document
+// takes longer than its parsing. Where there are none, nothing changes.
 void useLargePages(std::string& text)
 {
 #ifdef MADV_HUGEPAGE

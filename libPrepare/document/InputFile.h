@@ -25,7 +25,7 @@ public:
     /// @param most bytes of the result
     std::optional<Refusal> read(std::uint64_t most, std::string& bytes) const;
     /// Copies the file as it is, compressed or not.
-    /// @return false if it could not be read; `output` keeps its own errors
+    /// @return false if it could not be read; errors of `output` are kept by it
     bool copyTo(OutputFile& output) const;
 
 private:

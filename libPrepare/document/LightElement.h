@@ -6,14 +6,14 @@
 #include <vector>
 
 /// @file
-/// What a `<light>` says.
+/// Reading and completing a `<light>`.
 namespace libPrepare {
 
 /// The `<point>`, `<spot>`, `<directional>` or `<ambient>` of a `<light>`; null if it has none.
 pugi::xml_node shapeOf(pugi::xml_node light);
-/// The color of a `<light>`, three numbers; white if it doesn't say one.
+/// The color of a `<light>`, three numbers; white by default.
 std::vector<double> colorOf(pugi::xml_node light);
-/// Writes out what the standard has for all that a `<point>` or `<spot>` doesn't say. @return names of what was missing
+/// Adds the standard's default values to a `<point>` or `<spot>`. @return names of the added elements
 std::string completeShape(pugi::xml_node shape);
 /// Writes the cone of a spot `<light>` into its vendor data, which is where the outer cone is read from.
 /// @return false if there is one

@@ -23,7 +23,7 @@ pugi::xml_node effectOf(Document& document, pugi::xml_node material);
 /// The materials that the shown scene binds to its meshes, each once, in the order of the first binding.
 std::vector<pugi::xml_node> shownMaterials(Document& document);
 
-/// The part of an `<effect>` that says how it looks. All null if there is no such part.
+/// The part of an `<effect>` with its shading. All null if there is none.
 struct Shading {
     pugi::xml_node profile;   ///< `<profile_COMMON>`.
     pugi::xml_node technique; ///< Its first `<technique>`.
@@ -36,8 +36,8 @@ Shading shadingOf(pugi::xml_node effect);
 /// The first shader of a `<technique>`; null if there is none.
 pugi::xml_node shaderOf(pugi::xml_node technique);
 
-/// The `<newparam>` elements that names in a shader lead to: those of the technique go before those of the profile, and
-/// those before the effect's.
+/// The `<newparam>` elements for names in a shader: those of the technique take precedence over those of the profile,
+/// and these over the effect's.
 class Parameters {
 public:
     Parameters(pugi::xml_node effect, const Shading& shading);
@@ -57,7 +57,7 @@ private:
     std::unordered_map<std::string, pugi::xml_node> m_byName;
 };
 
-/// Where the name in a `<texture>` leads to.
+/// The targets of the name in a `<texture>`.
 struct TextureChain {
     pugi::xml_node sampler; ///< The `<newparam>` of the first sampler; null if the name skips it.
     pugi::xml_node surface; ///< The `<newparam>` of the surface; null if the names skip it.
@@ -69,7 +69,7 @@ TextureChain followTexture(Document& document, const Parameters& parameters, std
 bool isPlainColor(pugi::xml_node channel);
 /// Replaces what a channel holds by a color.
 void setColor(pugi::xml_node channel, const std::string& text);
-/// A channel of a shader, which is made in its place if it is missing.
+/// A channel of a shader. It is created at its place if it is missing.
 pugi::xml_node needChannel(pugi::xml_node shader, const char* name);
 
 } // namespace libPrepare

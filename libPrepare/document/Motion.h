@@ -5,7 +5,7 @@
 
 namespace libPrepare {
 
-/// What a `<channel>` drives.
+/// The target and the curve of a `<channel>`.
 struct Channel {
     pugi::xml_node element;             ///< The `<channel>`.
     pugi::xml_node target;              ///< Any element that holds numbers; of a `<source>` its `<float_array>`.
@@ -13,15 +13,15 @@ struct Channel {
     std::shared_ptr<const Curve> curve; ///< Never null.
 };
 
-/// The animations of a document: which value an element has at a time. It is made from the document as it is and
-/// knows nothing of changes after that, but for the texts of the elements, which it reads when asked.
+/// The animations of a document: the values of elements over time. Changes of the document after the construction are
+/// ignored, except for the texts of targets, which are read on each call.
 class Motion {
 public:
     explicit Motion(Document& document);
 
-    /// All that lead somewhere and have keys, nested animations included, in document order.
+    /// All channels with a target and keys, including those of nested animations, in document order.
     const std::vector<Channel>& channels() const { return m_channels; }
-    /// The `<channel>` elements that are left: those without a target or without keys.
+    /// The other `<channel>` elements: those without a target or without keys.
     const std::vector<pugi::xml_node>& brokenChannels() const { return m_brokenChannels; }
     /// Indices of the channels that drive an element, in document order: a later one overrides an earlier one.
     const std::vector<std::size_t>& channelsOf(pugi::xml_node element) const;
@@ -31,9 +31,9 @@ public:
 
     /// The numbers of an element at a time in seconds; the declared ones without a time.
     std::vector<double> values(pugi::xml_node element, std::optional<double> time) const;
-    /// As `values`, over the declared numbers of the element, of which there must be as many as it needs.
+    /// As `values`, but overwrites the given declared numbers of the element, which must be complete.
     void apply(pugi::xml_node element, double time, std::vector<double>& values) const;
-    /// The product of a node's transforms at a time, without the nodes above it.
+    /// The product of a node's transforms at a time, without its ancestors.
     Matrix4 localMatrix(pugi::xml_node node, std::optional<double> time) const;
 
 private:
@@ -43,12 +43,12 @@ private:
     std::unordered_map<std::size_t, std::vector<std::size_t>> m_byTarget;
 };
 
-/// World matrices of nodes at one time. Each is worked out once.
+/// World matrices of nodes at one time. Each is computed once.
 class Pose {
 public:
     /// @param time in seconds; the declared values if absent
     Pose(const Motion& motion, std::optional<double> time) : m_motion(motion), m_time(time) {}
-    /// The matrix of a `<node>` and of all nodes above it; the identity for any other element.
+    /// The world matrix of a `<node>`; the identity for any other element.
     const Matrix4& world(pugi::xml_node node);
 
 private:

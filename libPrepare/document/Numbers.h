@@ -19,15 +19,15 @@ std::string_view takeWord(std::string_view& list);
 /// The entries of a list, in order.
 std::vector<std::string_view> words(std::string_view text);
 
-/// One number as the schema writes it, infinities and NaN included. NaN for what is no number.
+/// A number in the notation of the schema, including infinities and NaN. NaN if it is no number.
 double number(std::string_view word);
-/// The value of an attribute or element that holds one number, or another value where it holds none.
+/// The number in an attribute or element; another value if it has none.
 double numberOr(std::string_view text, double otherwise);
-/// All numbers of a list; NaN in the place of what is no number.
+/// All numbers of a list; NaN for words that are no numbers.
 std::vector<double> numbers(std::string_view text);
 /// Reads the first numbers of a list. @return how many there are, at most `count`
 std::size_t readNumbers(std::string_view text, double* values, std::size_t count);
-/// All whole numbers of a list; -1 in the place of what is none. Numbers beyond 63 bits count as -1.
+/// All whole numbers of a list; -1 for other words and for numbers beyond 63 bits.
 std::vector<long long> integers(std::string_view text);
 
 /// The shortest text that reads back to the same double.

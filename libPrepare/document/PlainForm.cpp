@@ -13,7 +13,7 @@ namespace libPrepare {
 
 namespace {
 
-// All limits are below those of `checkForm`, so that these need not be counted as exactly as there.
+// All limits are below those of `checkForm`, so they need not be counted as exactly.
 constexpr std::size_t maxDepth = 5'000;
 constexpr std::size_t maxAttributes = 32;  // of an element
 constexpr std::size_t maxNamespaces = 500; // of a document

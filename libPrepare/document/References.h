@@ -12,7 +12,7 @@ namespace libPrepare {
 /// Names of elements, ended by a null; any element if there is none.
 using Kinds = std::array<const char*, 6>;
 
-/// A place of a document that names an element of it or of another document.
+/// A place in a document that names an element of this or another document.
 struct Reference {
     enum class Form {
         uri,  ///< `#id`, with or without a document before it.
@@ -37,7 +37,7 @@ std::optional<Reference> referenceIn(pugi::xml_node element, pugi::xml_attribute
 /// @param isInExtra whether the element is below an `<extra>`
 std::optional<Reference> referenceInText(pugi::xml_node element, const char* name, bool isInExtra);
 
-/// Calls `use` for each reference in a subtree, in document order. Sids are none.
+/// Calls `use` for each reference in a subtree, in document order. Sids do not count.
 void forEachReference(pugi::xml_node subtree, const std::function<void(const Reference&)>& use);
 
 } // namespace libPrepare

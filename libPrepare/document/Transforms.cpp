@@ -61,7 +61,7 @@ Matrix4 rotation(const std::vector<double>& values)
     return result;
 }
 
-// Where X goes in the shortest turn that takes Z to a direction of length 1; straight back that is around Y.
+// The image of X under the shortest rotation that maps Z to a unit vector; for -Z it is the rotation about Y.
 Vector3 straightRight(const Vector3& back)
 {
     const double factor = 1 + back[2];
@@ -71,8 +71,8 @@ Vector3 straightRight(const Vector3& back)
     return {1 - back[0] * back[0] / factor, -back[0] * back[1] / factor, -back[0]};
 }
 
-// A node at the eye whose -Z points at the interest. Where up points the same way it says nothing, and the node turns no
-// more than it has to.
+// A node at the eye whose -Z points at the interest. If up has the same direction, it is ignored and the rotation is
+// the shortest one.
 Matrix4 lookat(const std::vector<double>& values)
 {
     const Vector3 eye{values[0], values[1], values[2]};

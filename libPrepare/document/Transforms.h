@@ -18,23 +18,24 @@ Matrix4 identity();
 /// Inverse of any matrix; the identity if there is none.
 Matrix4 inverse(const Matrix4& matrix);
 Vector3 transformPoint(const Matrix4& matrix, const Vector3& point);
-/// Without the translation.
+/// Transforms a direction, without the translation.
 Vector3 transformVector(const Matrix4& matrix, const Vector3& vector);
-/// Normals turn with the inverse transpose; right up to a positive factor for mirrored and for flat matrices, too.
+/// The matrix for normals, a positive multiple of the inverse transpose. Also works for mirroring and singular
+/// matrices.
 Matrix4 normalMatrix(const Matrix4& matrix);
 
-/// Whether the text of a `<rotate>` begins with one of the axes that most documents turn about, written as most do.
+/// Whether the text of a `<rotate>` begins with a main axis in the usual notation.
 bool isMainAxis(std::string_view numbers);
 
 /// Whether an element name is `translate`, `rotate`, `scale`, `matrix`, `lookat` or `skew`.
 bool isTransform(const char* name);
-/// How many numbers such an element holds.
+/// Number of values of such an element.
 std::size_t transformSize(const char* name);
 /// The matrix of one transform element from its numbers; missing numbers are 0.
 Matrix4 transformMatrix(const char* name, std::vector<double> values);
 /// The product of the declared transforms of a `<node>`, in document order.
 Matrix4 localMatrix(pugi::xml_node node);
-/// `localMatrix` of a node and of all nodes above it.
+/// The world matrix of a node.
 Matrix4 worldMatrix(pugi::xml_node node);
 /// 16 numbers, row by row, as `<matrix>` holds them.
 std::string text(const Matrix4& matrix);

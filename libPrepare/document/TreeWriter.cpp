@@ -24,7 +24,7 @@ public:
     std::size_t findFirst(std::string_view text) const
     {
         std::size_t at = 0;
-        const bool isOfText = !m_isIn[static_cast<unsigned char>('\n')]; // else it is an attribute's, which are short
+        const bool isOfText = !m_isIn[static_cast<unsigned char>('\n')]; // attributes are short
         while (isOfText && text.size() - at >= ByteBlock::size && !ByteBlock(text.data() + at).hasMarkup()) {
             at += ByteBlock::size;
         }
@@ -129,7 +129,7 @@ void writeLeaf(pugi::xml_node node, pugi::xml_node_type type, OutputFile& output
     }
 }
 
-// With as few calls as there can be, since the tree may have millions of elements.
+// With as few calls as possible, because the tree may have millions of elements.
 void writeChildren(pugi::xml_node top, OutputFile& output)
 {
     std::vector<pugi::xml_node> open;

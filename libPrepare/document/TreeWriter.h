@@ -6,8 +6,7 @@ namespace libPrepare {
 
 class OutputFile;
 
-/// Writes a document as UTF-8, without a blank that the tree does not hold. What pugixml writes itself loses the carriage
-/// returns of a text.
+/// Writes a document as UTF-8, without adding blanks. pugixml's own writer loses the carriage returns of a text.
 void writeTree(const pugi::xml_document& document, OutputFile& output);
 
 } // namespace libPrepare

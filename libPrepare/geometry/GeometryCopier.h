@@ -14,13 +14,12 @@ bool isPrimitive(pugi::xml_node element);
 /// The elements of a mesh that hold faces or lines.
 std::vector<pugi::xml_node> primitivesOf(pugi::xml_node geometry);
 
-/// Makes geometries that share the sources of others by reference and have everything else of their own.
+/// Copies geometries. A copy shares the sources of the original by reference and owns everything else.
 class GeometryCopier {
 public:
     explicit GeometryCopier(Document& document) : m_document(document) {}
 
-    /// A copy that comes after the geometry and its earlier copies, with ids of its own. Null if it would make the result
-    /// too big.
+    /// A copy with new ids, placed after the geometry and its earlier copies. Null if the result would be too big.
     pugi::xml_node copy(pugi::xml_node geometry);
 
 private:

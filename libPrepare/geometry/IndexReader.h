@@ -16,7 +16,7 @@ public:
     /// Goes to the first entry, and after that to the next one. @return false if there is none
     bool next() { return m_words.next(); }
 
-    /// -1 for what is no whole number from 0 below 2^31.
+    /// -1 for anything but a whole number from 0 to 2^31 - 1.
     std::int32_t index() const
     {
         const std::int32_t value = fewDigits();
@@ -53,7 +53,7 @@ private:
         return -1;
 #endif
     }
-    // Static, as a call on the reader would keep its fields out of registers.
+    // Static, because a call on the reader would keep its fields out of registers.
     static std::int32_t manyDigits(const char* start, const char* end);
 
     const char* m_list;

@@ -8,7 +8,7 @@
 
 namespace libPrepare {
 
-/// The words that a source's accessor gives, one per record.
+/// The names that a source's accessor selects, one per record.
 std::vector<std::string> wordRecords(Document& document, pugi::xml_node source);
 
 /// Finds the joints of skins.
@@ -45,8 +45,8 @@ private:
     std::unordered_map<std::string, pugi::xml_node> m_names; // of nodes of the scene
 };
 
-/// The names of the joints of a skin. Names with blanks in them, which the list does not tell apart, are put together where
-/// that gives the names of nodes.
+/// The names of the joints of a skin. Names with blanks are ambiguous in the list, so words are joined if that gives
+/// the name of a node.
 std::vector<std::string> jointNames(Document& document, Joints& joints, pugi::xml_node source);
 
 } // namespace libPrepare

@@ -31,7 +31,7 @@ std::vector<pugi::xml_node> allPrimitivesOf(pugi::xml_node geometry)
     return result;
 }
 
-// Symbols are read up to their first blank, so that two of them may become one.
+// Symbols are read up to their first blank, so two of them may become the same.
 bool isCutShort(const std::string& symbol)
 {
     return std::any_of(symbol.begin(), symbol.end(), &isBlank);
@@ -150,7 +150,7 @@ private:
         return binding;
     }
 
-    // The symbol under which a binding is known throughout the scene. The binding is renamed with it.
+    // The symbol of a binding throughout the scene. Renames the binding accordingly.
     std::string nameFor(pugi::xml_node binding, const std::string& symbol)
     {
         const pugi::xml_node material = materialOf(m_document, binding);

@@ -27,7 +27,7 @@ std::string nameOf(pugi::xml_node element)
 
 // ------------------------------------------------------------------------------------------- parameters of materials
 
-// Gives materials that set parameters of a shared effect in different ways an effect each.
+// Gives each material its own effect if they set the parameters of a shared effect differently.
 class EffectSplitter {
 public:
     explicit EffectSplitter(Document& document) : m_document(document) {}
@@ -57,7 +57,7 @@ private:
         }
     }
 
-    // The parameters that the colors and numbers of an effect are.
+    // The parameters that the colors and numbers of an effect refer to.
     const std::unordered_set<std::string>& parametersIn(pugi::xml_node effect)
     {
         const auto [entry, isNew] = m_parameters.try_emplace(effect.hash_value());
@@ -74,7 +74,7 @@ private:
         return entry->second;
     }
 
-    // What a material's <setparam> elements change in the shader: the same text for materials that look alike.
+    // The changes that a material's <setparam> elements make to the shader, as a text for comparison.
     std::string changesBy(pugi::xml_node material, pugi::xml_node effect)
     {
         const std::unordered_set<std::string>& parameters = parametersIn(effect);
@@ -193,7 +193,7 @@ private:
         }
     }
 
-    // What a shader doesn't have by its nature is black, whatever the document says.
+    // Channels that a kind of shader does not have are black, whatever the document says.
     bool hasChannel(std::string_view name) const
     {
         if (is(m_shader, "constant")) {
@@ -341,7 +341,7 @@ private:
                              "<transparency> holds it: " + text(opacity));
     }
 
-    // The alpha of the diffuse texture cuts out, wherever it is drawn. No other texture can.
+    // The alpha of the diffuse texture is always used. No other texture can make a face transparent.
     double opacityOfTexture(pugi::xml_node transparent, pugi::xml_node texture, double factor, bool isByColor,
                             bool isInverted)
     {

@@ -86,7 +86,7 @@ std::string foldCase(std::string text)
 
 // ---------------------------------------------------------------------------------------- ids that differ only in case
 
-// Instances find their light or camera by an id whose case does not count.
+// Instances find their light or camera by id, ignoring case.
 void separateCases(Document& document, const char* library, const char* kind, const char* instance)
 {
     std::unordered_set<std::string> ids;
@@ -197,7 +197,7 @@ private:
         }
     }
 
-    // All lights are read, whether they are shown or not.
+    // All lights are read, even if they are not shown.
     void completeValues(pugi::xml_node light)
     {
         const pugi::xml_node shape = shapeOf(light);
@@ -249,7 +249,7 @@ private:
 
     bool isMoving(pugi::xml_node node) const { return m_moving.count(node.hash_value()) > 0; }
 
-    // Whether a spot has a target where its node points, as the light sees it and in the scene.
+    // Whether a spot light has a target in the direction of its node, both as the light computes it and in the scene.
     bool isAimed(const Shown& spot, Pose& pose)
     {
         const pugi::xml_node target = m_document.byId(targetOf(spot.light), {"node"});
@@ -291,8 +291,9 @@ private:
         return copy;
     }
 
-    // Gives a spot a target. Its direction is read from the positions of the two nodes in their parents, so that both
-    // have to be in the scene itself where the parents are turned. What moves keeps its node, and the target moves with it.
+    // Gives a spot light a target. Its direction is read from the local positions of both nodes, so both have to be
+    // directly under the scene if their parents are rotated. A moving light keeps its node, and the target moves with
+    // it.
     void aim(Shown& spot, Pose& pose)
     {
         const Matrix4 world = pose.world(spot.node);

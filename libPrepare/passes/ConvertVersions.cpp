@@ -25,8 +25,8 @@ bool isOfCollada(std::string_view uri)
     return uri.find("COLLADASchema") != std::string_view::npos;
 }
 
-// Takes the prefixes off elements that are COLLADA's by one, such as <c:node>. Prefixes hold where they are declared and
-// below, so they are followed down the tree.
+// Removes prefixes from COLLADA elements such as <c:node>. A prefix is valid in the element that declares it and below,
+// so declarations are tracked down the tree.
 class Prefixes {
 public:
     explicit Prefixes(Document& document) : m_document(document) {}
@@ -34,7 +34,7 @@ public:
     unsigned takeOff()
     {
         pugi::xml_node node = m_document.root();
-        // What the root calls COLLADA's own is taken for that, whatever it is called.
+        // The namespace of the root counts as COLLADA's, whatever its name is.
         m_rootPrefix = prefixOf(node.name());
         while (node) {
             const bool isElement = node.type() == pugi::node_element;

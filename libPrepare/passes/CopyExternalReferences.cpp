@@ -50,7 +50,7 @@ bool isBelow(const fs::path& file, const fs::path& folder)
     return !relative.empty() && *relative.begin() != ".." && *relative.begin() != ".";
 }
 
-// Another document that this one leads to.
+// Another document that this one references.
 struct External {
     fs::path path;
     DocumentFile file;
@@ -91,7 +91,7 @@ private:
         External* external;  // where it comes from; null if it always was here
     };
 
-    // Whether a reference has no document before the id for certain, as most have none.
+    // Whether a reference certainly has no document before the id, the usual case.
     static bool isInside(const Reference& reference)
     {
         return reference.attribute && *reference.attribute.value() == '#';
@@ -143,7 +143,7 @@ private:
         }
     }
 
-    // @return the id of the copy, or of the element of this document that is meant; empty if there is none
+    // @return the id of the copy, or of the referenced element of this document; empty if there is none
     std::string followUri(const Reference& reference, External* from)
     {
         const std::string text = reference.text();
@@ -263,7 +263,7 @@ private:
                              "copied in as " + from.newIds[element.hash_value()]);
     }
 
-    // The file of an image is named from the folder of its document.
+    // Image paths are relative to the folder of their document.
     void moveImage(pugi::xml_node initFrom, const External& from)
     {
         const std::string file(trimmed(textOf(initFrom)));

@@ -11,10 +11,10 @@ namespace libPrepare {
 
 namespace {
 
-// Nodes that all copies together may have, since instances of instances double with each step.
+// Largest total number of copied nodes, because instances of instances double with each step.
 constexpr std::size_t maxCopies = 1000000;
 
-// What lies in an <extra> is no part of the scene, whatever it is called.
+// The content of an <extra> is not part of the scene, whatever its names are.
 bool isVendorData(pugi::xml_node element)
 {
     while (element && !is(element, "extra")) {
@@ -68,14 +68,14 @@ public:
     }
 
 private:
-    // What a node or transform of a copy was in the document that was read.
+    // The original of a node or transform in a copy.
     pugi::xml_node originOf(pugi::xml_node element) const
     {
         const auto found = m_origins.find(element.hash_value());
         return found == m_origins.end() ? element : found->second;
     }
 
-    // Targets that the scene shows change while it is worked on: their copies are made from what they were before.
+    // Targets in the shown scene change during the pass, so copies are made of their original state.
     bool keepShownTargets()
     {
         std::vector<pugi::xml_node> targets;
@@ -90,7 +90,7 @@ private:
             }
             const pugi::xml_node copy = m_keep.append_copy(target);
             m_kept[target.hash_value()] = copy;
-            // Those that lie where no node is shown stay where they are too, and keep their ids.
+            // Targets that are not in the shown scene stay where they are, with their ids.
             pair(target, copy, [this](pugi::xml_node original, pugi::xml_node) {
                 if (is(original, "node")) {
                     m_shown.insert(original.hash_value());
@@ -100,7 +100,7 @@ private:
         return true;
     }
 
-    // Walks over an element and its copy, and notes what the nodes and transforms of the copy were.
+    // Walks over an element and its copy, and records the originals of nodes and transforms.
     template <class Visit>
     void pair(pugi::xml_node source, pugi::xml_node copy, const Visit& visit)
     {
@@ -183,7 +183,7 @@ private:
         return above == shown;
     }
 
-    // Skins, targets and other references mean what is shown: of a node that is not shown itself, the first copy.
+    // Skins, targets and other references mean what is shown: if a node itself is not shown, its first copy.
     bool isRepresentative(pugi::xml_node copy) const { return m_representatives.count(copy.hash_value()) > 0; }
 
     void takeId(pugi::xml_node source, pugi::xml_node copy)

@@ -53,7 +53,7 @@ public:
         }
     }
 
-    // What a target of an id, sids and a member starts at.
+    // The element with the id at the start of a target.
     pugi::xml_node startOf(pugi::xml_node channel)
     {
         const std::string target = channel.attribute("target").value();
@@ -61,7 +61,7 @@ public:
         return element ? element : m_document.resolve('#' + target.substr(0, target.find_first_of("./(")));
     }
 
-    // Whether the scene graph finds something for an animation to drive.
+    // Whether the scene graph finds the target of an animation.
     bool isOfUse(pugi::xml_node animation)
     {
         const pugi::xml_node channel = animation.child("channel");
@@ -86,7 +86,7 @@ private:
     std::unordered_set<std::size_t> m_shown; // nodes and cameras
 };
 
-// Gives what is animated in materials, lights and, where nothing else drives it, cameras the values of the time that the document is prepared for.
+// Sets animated values of materials, lights and otherwise undriven cameras to those at the requested time.
 class Stills {
 public:
     Stills(Document& document, bool isNeeded) : m_document(document)
@@ -110,7 +110,7 @@ public:
             return false;
         }
         const pugi::xml_node target = found->second;
-        // Other channels of the target are in it already, since all of them are asked.
+        // The value includes all channels of the target.
         if (m_done.insert(target.hash_value()).second) {
             setText(target, text(m_motion->values(target, m_document.options().time)));
         }
@@ -122,7 +122,7 @@ public:
     }
 
 private:
-    // Whether an element holds nothing but numbers, somewhere in a light, an effect, a material or a camera.
+    // Whether an element only holds numbers and is in a light, an effect, a material or a camera.
     static bool isInLook(pugi::xml_node target)
     {
         const pugi::xml_node child = target.first_child();

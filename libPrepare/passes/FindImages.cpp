@@ -31,7 +31,7 @@ fs::path wholePath(const fs::path& path)
     return (error ? path : whole).lexically_normal();
 }
 
-// Finds image files relative to the source document, and names them relative to the result.
+// Finds image files relative to the source document, and makes their references relative to the result.
 class ImageFinder {
 public:
     explicit ImageFinder(Document& document)
@@ -48,7 +48,7 @@ public:
             return;
         }
         const fs::path path = fileOf(reference);
-        // Where nothing is found the reference stays, as far as it can be read.
+        // If no file is found, the reference stays if it is readable.
         const std::string text = path.empty()         ? readableReference(reference)
                                  : leadsTo(old, path) ? old
                                                       : referenceTo(path);
@@ -71,7 +71,7 @@ private:
                    colon;
     }
 
-    // The path in a reference, as it is or with its percent encoding taken off.
+    // The path in a reference, unchanged or with its percent encoding decoded.
     fs::path fileOf(const std::string& reference) const
     {
         if (reference.size() > longestPath) {
@@ -97,7 +97,7 @@ private:
         return {};
     }
 
-    // Whether every reader finds the file of a reference from the folder of the result.
+    // Whether every reader can find the file of a reference from the folder of the result.
     bool leadsTo(const std::string& reference, const fs::path& file) const
     {
         if (!isReadableReference(reference)) {

@@ -17,7 +17,7 @@ namespace {
 
 constexpr double degree = 3.14159265358979323846 / 180.0;
 constexpr double sameNormal = 1e-12; // of two normals of length 1: how far they are apart, squared
-// Vertices of more directions than this have them sorted into cells first, so that the time stays linear.
+// If a vertex has more directions than this, they are sorted into cells first, so that the time stays linear.
 constexpr std::size_t maxDirections = 64;
 
 double dot(const Vector3& a, const Vector3& b)
@@ -145,8 +145,8 @@ private:
         }
     }
 
-    // Gives the corners of a vertex the mean of the directions that are within the angle of their own. Triangles of one
-    // flat face have one direction, which counts once.
+    // Sets each corner of a vertex to the mean of the directions within the angle of its own. Triangles of a flat face
+    // share one direction, which counts once.
     void average(const std::size_t* corners, std::size_t count)
     {
         m_directions.clear();
@@ -205,7 +205,8 @@ private:
         return m_cells[cell] - 1;
     }
 
-    // The record of a direction among those of this vertex. A sum without a length, as of faces back to back, is the face's own.
+    // The record of a direction among those of this vertex. If the sum has no length, as with faces back to back, it is
+    // the face's own direction.
     std::size_t indexOf(const Vector3& sum, const Vector3& own, std::size_t first)
     {
         const double length = std::sqrt(dot(sum, sum));

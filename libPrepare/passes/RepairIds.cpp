@@ -21,7 +21,7 @@ public:
     {
         const Census& census = m_document.census();
         if (census.areIdsPlain && census.areReferencesPlain && m_document.areIdsUnique()) {
-            return; // as in most documents
+            return; // the usual case
         }
         listReferences();
         listRenames();
@@ -71,7 +71,7 @@ private:
         }
     }
 
-    // Equal questions are asked once: many elements may have the same id.
+    // The result is cached, because many elements may have the same id.
     pugi::xml_node find(const std::string& text, bool isUri, const Kinds& kinds)
     {
         const std::string key = (isUri ? '#' : '=') + std::string(kinds[0] != nullptr ? kinds[0] : "") + ' ' + text;
@@ -88,7 +88,8 @@ private:
         return place->second;
     }
 
-    // A channel drives something in the first element with that id that is not a scene, since scenes have nothing to drive.
+    // A channel drives something in the first element with that id that is no scene, because scenes have nothing to
+    // drive.
     pugi::xml_node findTargeted(std::string_view target)
     {
         const std::string id(trimmed(target.substr(0, target.find('/'))));
@@ -151,7 +152,7 @@ private:
                 return;
             }
             after = '#' + newId(targets[0]);
-            // Blanks around a text are taken off by whoever reads it.
+            // Readers ignore blanks around a text.
             if (!reference.attribute && trimmed(before) == after) {
                 return;
             }

@@ -16,7 +16,7 @@ bool isBlankText(std::string_view text)
     return std::all_of(text.begin(), text.end(), isBlank);
 }
 
-// Whether a reader that takes the last plain run of a text alone would miss something.
+// Whether a reader that only takes the last plain run of a text would miss something.
 bool isDivided(pugi::xml_node element)
 {
     unsigned runs = 0;
@@ -33,7 +33,7 @@ bool isDivided(pugi::xml_node element)
     return runs > 1 || hasCharacterData;
 }
 
-// Whether all that an element holds is a text in one run.
+// Whether an element contains only a text in one run.
 bool hasOneText(pugi::xml_node element)
 {
     const pugi::xml_node child = element.first_child();
@@ -67,7 +67,7 @@ bool isDigit(char c)
     return c >= '0' && c <= '9';
 }
 
-// Whether a word is a number but for the comma in it: -0,5 or 1,5e-3.
+// Whether a word is a number except for its comma: -0,5 or 1,5e-3.
 bool isCommaNumber(std::string_view word)
 {
     const std::size_t comma = word.find(',');
@@ -185,7 +185,7 @@ bool holdsId(pugi::xml_node subtree)
 void repairTexts(Document& document)
 {
     if (!document.census().hasOddTexts) {
-        return; // as in most documents
+        return; // the usual case
     }
     const pugi::xml_node root = document.root();
     const std::size_t findings = document.report().findings.size();

@@ -14,7 +14,7 @@ namespace libPrepare {
 
 namespace {
 
-// Whether a text is a name that is read whole.
+// Whether a name is read completely.
 bool isName(const std::string& text)
 {
     return !text.empty() && text.find_first_of(" \t\r\n/()") == std::string::npos;
@@ -43,8 +43,8 @@ private:
     std::unordered_map<std::string, pugi::xml_node> m_images;
 };
 
-// Makes the textures of one effect lead to their images in the one way that is read: a sampler and a surface among the
-// parameters of the profile.
+// Makes the textures of an effect lead to their images in the only way that is read: through a sampler and a surface
+// among the parameters of the profile.
 class TextureResolver {
 public:
     TextureResolver(Document& document, ImageNames& imageNames, pugi::xml_node effect, const Shading& shading)
@@ -112,7 +112,7 @@ private:
         return chain.sampler || chain.surface ? pugi::xml_node() : m_imageNames.find(name);
     }
 
-    // What the scene graph finds for a name. Null if it finds nothing or reports something on its way.
+    // The element that the scene graph finds for a name. Null if it finds nothing or logs a message.
     pugi::xml_node imageThatIsRead(const std::string& name)
     {
         const pugi::xml_node sampler = readByName(name).child("sampler2D");
@@ -172,7 +172,7 @@ private:
         return name;
     }
 
-    // A parameter of the profile: what another one holds, or nothing. @return the sampler or surface in it
+    // A new parameter of the profile with the content of another one, or empty. @return the sampler or surface in it
     pugi::xml_node made(pugi::xml_node original, const std::string& name, const char* kind)
     {
         pugi::xml_node parameter = m_shading.profile.insert_child_before("newparam", m_shading.technique);

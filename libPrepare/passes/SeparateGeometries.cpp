@@ -74,7 +74,7 @@ private:
         m_pairs.emplace_back(instance, geometry);
     }
 
-    // Notes which material each symbol of an instance means, if it is the first to use that symbol.
+    // Records the material of each symbol that an instance is the first to use.
     void bind(pugi::xml_node instance)
     {
         for (const pugi::xml_node binding : bindingsOf(instance)) {
@@ -86,7 +86,7 @@ private:
         }
     }
 
-    // What is read as a symbol whole: blanks would end it.
+    // Replaces blanks, at which the reading of a symbol would stop.
     static bool isWord(std::string_view symbol) { return symbol.find_first_of(" \t\r\n") == std::string_view::npos; }
 
     void tellApart(pugi::xml_node instance, pugi::xml_node geometry)
@@ -128,7 +128,7 @@ private:
         }
     }
 
-    // A symbol that means a material and nothing else: the given one if that is free or means it already.
+    // A symbol that only means this material: the given one if it is free or means it already.
     std::string symbolFor(const std::string& symbol, pugi::xml_node material)
     {
         if (isWord(symbol) && m_meanings.emplace(symbol, material).first->second == material) {
@@ -142,8 +142,8 @@ private:
         return known->second;
     }
 
-    // A symbol that an instance does not bind may not get what it means elsewhere. If it is a material's id, that is
-    // what it means.
+    // A symbol that an instance does not bind must not get its meaning from elsewhere. If it is a material's id, it
+    // means that material.
     std::string unboundSymbol(pugi::xml_node primitive, pugi::xml_node instance, const std::string& symbol)
     {
         const pugi::xml_node material = m_document.byId(symbol, {"material"});
@@ -175,7 +175,7 @@ private:
         setAttribute(binding, "target", '#' + material);
     }
 
-    // All that are used before the first is replaced: a fresh one must differ from those that come later, too.
+    // All symbols in use, collected before the first is replaced: a new one must also differ from later ones.
     void readUsedSymbols()
     {
         for (const auto& pair : m_pairs) {

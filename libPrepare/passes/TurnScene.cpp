@@ -11,7 +11,7 @@ namespace libPrepare {
 
 namespace {
 
-// Multiplies all numbers of a list, or every second one, as of tangents, whose first is a time.
+// Multiplies all numbers of a list, or every second one for tangents, which start with a time.
 void scaleNumbers(pugi::xml_node element, double factor, std::size_t first = 0, std::size_t step = 1)
 {
     std::vector<double> values = numbersOf(element);
@@ -54,7 +54,7 @@ void scaleCameras(Document& document, double factor)
     }
 }
 
-// Light weakens by the distance in units.
+// Attenuation depends on the distance in units.
 void scaleLights(Document& document, double factor)
 {
     for (const pugi::xml_node library : document.root().children("library_lights")) {
