@@ -2,9 +2,32 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <numeric>
 #include <utility>
 
 namespace scenetool {
+
+namespace {
+
+// Edit distance of two words: the number of characters to insert, delete or replace.
+std::size_t distance(const std::string& one, const std::string& other)
+{
+    std::vector<std::size_t> row(other.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t(0));
+    for (std::size_t i = 1; i <= one.size(); ++i) {
+        std::size_t diagonal = row[0];
+        row[0] = i;
+        for (std::size_t j = 1; j <= other.size(); ++j) {
+            const std::size_t replaced = diagonal + (one[i - 1] == other[j - 1] ? 0 : 1);
+            diagonal = row[j];
+            row[j] = std::min({row[j] + 1, row[j - 1] + 1, replaced});
+        }
+    }
+    return row.back();
+}
+
+} // namespace
 
 Option& Option::require()
 {
@@ -149,13 +172,23 @@ Command CommandLine::addCommand(const char* name, const char* purpose)
     return Command(m_app->add_subcommand(name, purpose));
 }
 
-std::vector<std::string> CommandLine::commands() const
+std::string CommandLine::unknownCommand(const std::string& word) const
 {
-    std::vector<std::string> names;
+    std::string nearest;
     for (const CLI::App* const command : std::as_const(*m_app).get_subcommands({})) {
-        names.push_back(command->get_name());
+        const std::string& name = command->get_name();
+        if (name == word) {
+            return "";
+        }
+        if (nearest.empty() || distance(word, name) < distance(word, nearest)) {
+            nearest = name;
+        }
     }
-    return names;
+    if (word.empty() || word.front() == '-') {
+        return "";
+    }
+    const bool isNear = distance(word, nearest) <= std::max<std::size_t>(2, word.size() / 2);
+    return "there is no command \"" + word.substr(0, 60) + '"' + (isNear ? "; did you mean " + nearest + '?' : "");
 }
 
 bool CommandLine::parse(int argc, char** argv)

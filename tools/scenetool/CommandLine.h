@@ -91,8 +91,9 @@ public:
     CommandLine& operator=(const CommandLine&) = delete;
 
     Command addCommand(const char* name, const char* purpose);
-    /// The names of all commands, in the order in which they were added.
-    std::vector<std::string> commands() const;
+    /// What is wrong if the first word of a command line is not the name of a command, and which command it may mean;
+    /// empty if the word is a command or an option.
+    std::string unknownCommand(const std::string& word) const;
     /// @return false if the help or the version was requested, which is printed then @throws CommandLineError
     bool parse(int argc, char** argv);
 

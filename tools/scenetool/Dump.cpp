@@ -157,7 +157,7 @@ Json spotLights(const LoadedScene& loaded)
     return all;
 }
 
-Json textureFile(const libVideo::SharedHandle<libVideo::Texture>& texture)
+Json textureFileJson(const libVideo::SharedHandle<libVideo::Texture>& texture)
 {
     return texture ? text(texture->textureFile()) : Json();
 }
@@ -217,11 +217,11 @@ Json materials(const LoadedScene& loaded)
                        {"diffuse", color(values.diffuse)},
                        {"specular", color(values.specular)},
                        {"reflective", color(values.reflective)},
-                       {"emissionTexture", textureFile(values.emissionTexture)},
-                       {"ambientTexture", textureFile(values.ambientTexture)},
-                       {"diffuseTexture", textureFile(values.diffuseTexture)},
-                       {"specularTexture", textureFile(values.specularTexture)},
-                       {"reflectiveTexture", textureFile(values.reflectiveTexture)}};
+                       {"emissionTexture", textureFileJson(values.emissionTexture)},
+                       {"ambientTexture", textureFileJson(values.ambientTexture)},
+                       {"diffuseTexture", textureFileJson(values.diffuseTexture)},
+                       {"specularTexture", textureFileJson(values.specularTexture)},
+                       {"reflectiveTexture", textureFileJson(values.reflectiveTexture)}};
     }
     return all;
 }

@@ -26,7 +26,7 @@ namespace scenetool {
 namespace {
 
 namespace fs = std::filesystem;
-using Json = nlohmann::ordered_json;
+using ReportLine = nlohmann::ordered_json;
 
 struct Job {
     fs::path in;
@@ -115,7 +115,7 @@ bool isUpToDate(const Job& job)
     return !error && result >= fs::last_write_time(job.in, error) && !error;
 }
 
-Json lineOf(const Job& job)
+ReportLine lineOf(const Job& job)
 {
     return {{"file", job.in.string()}, {"result", job.out.string()}};
 }
@@ -134,7 +134,7 @@ public:
     void start(const Job& job)
     {
         if (!m_settings.isRepeated && isUpToDate(job)) {
-            Json line = lineOf(job);
+            ReportLine line = lineOf(job);
             line["status"] = "up to date";
             print(line);
             return;
@@ -188,7 +188,7 @@ private:
 
     void printEnd(const Job& job, Time start, const std::string& failure, long lost)
     {
-        Json line = lineOf(job);
+        ReportLine line = lineOf(job);
         if (failure.empty()) {
             line["lost"] = lost;
         }
@@ -201,10 +201,10 @@ private:
         print(line);
     }
 
-    void print(const Json& line)
+    void print(const ReportLine& line)
     {
         ++m_done;
-        std::cout << line.dump(-1, ' ', false, Json::error_handler_t::replace) << std::endl;
+        std::cout << line.dump(-1, ' ', false, ReportLine::error_handler_t::replace) << std::endl;
         if (m_settings.showsProgress) {
             constexpr std::size_t width = 40;
             const std::size_t filled = width * m_done / m_count;

@@ -9,7 +9,6 @@ namespace scenetool {
 
 namespace {
 
-constexpr int failed = 1;
 constexpr int usageError = 2;
 
 } // namespace
@@ -29,7 +28,7 @@ int statusOf(const std::string& file, const std::function<int()>& command, bool 
         return usageError;
     } catch (const PictureError& error) {
         complain(file, error.what(), isOverBar);
-        return failed;
+        return drawingFailed;
     }
 }
 

@@ -22,7 +22,6 @@ namespace scenetool {
 
 namespace {
 
-constexpr int failed = 1;
 constexpr unsigned maxFrames = 100000;
 
 bool isPngName(const std::string& path)
@@ -80,7 +79,7 @@ int RenderCommand::render(const std::filesystem::path& folder)
     PictureDocument document(m_file, folder, m_options.document());
     if (!document.isLoaded()) {
         complain(m_file, document.fault(), m_hasBar);
-        return failed;
+        return drawingFailed;
     }
     const Shortfalls::Sink sink = [this](const std::string& line) { complain(m_file, line, m_hasBar); };
     const OffscreenContext context;
@@ -105,7 +104,7 @@ int RenderCommand::sheet()
     const std::vector<std::string> files = documentsIn(m_folder);
     const bool isBoxed = m_sandbox.applyTo(files.size());
     if (isBoxed && !canDrawInSandbox()) {
-        return failed;
+        return drawingFailed;
     }
     bool hasFault = false;
     const SheetDrawing draw = [this, isBoxed, &hasFault](const std::vector<std::string>& documents) {
@@ -114,7 +113,7 @@ int RenderCommand::sheet()
         return cells;
     };
     writePicture(renderSheet(files, m_folder, layout, draw), m_output, m_options.hasAlpha());
-    return hasFault ? failed : EXIT_SUCCESS;
+    return hasFault ? drawingFailed : EXIT_SUCCESS;
 }
 
 void RenderCommand::showProgress(std::size_t done, std::size_t all) const

@@ -72,10 +72,13 @@ std::string LoadedScene::fault() const
     return m_refusal ? m_refusal->text : "";
 }
 
-std::string LoadedScene::faultLine() const
+void LoadedScene::writeFault(std::ostream& out) const
 {
-    const std::string file = printable(m_file);
-    return m_refusal ? refusalText(m_file, *m_refusal) : m_failure ? file + ": " + printable(fault()) : "";
+    if (m_refusal) {
+        out << "scenetool: " << refusalText(m_file, *m_refusal) << '\n';
+    } else if (m_failure) {
+        out << "scenetool: " << printable(m_file) << ": " << printable(fault()) << '\n';
+    }
 }
 
 // Asks libPrepare for the reason, because the library logs the same message for all documents that it refuses.

@@ -7,6 +7,7 @@
 
 #include <map>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -45,8 +46,9 @@ public:
     const std::optional<libPrepare::Finding>& refusal() const { return m_refusal; }
     /// Why the load or the evaluation failed, in one line; empty if neither did.
     std::string fault() const;
-    /// The same, preceded by the file and, if known, the line: "X is a directory", "X:7:2: ...".
-    std::string faultLine() const;
+    /// Writes the same as a line of the program's standard error, with the file and, if known, the place in it:
+    /// "scenetool: X is a directory", "scenetool: X:7:2: ...". Nothing without a fault.
+    void writeFault(std::ostream& out) const;
     const std::vector<LogLine>& log() const { return m_log; }
     const libVideo::VisualScene& scene() const { return m_scene.visualScene(); }
 

@@ -10,4 +10,9 @@ PreparedFile::PreparedFile(const std::string& file, const libPrepare::Options& o
       m_report(libPrepare::prepare(file, m_path, options))
 {}
 
+std::unique_ptr<PreparedFile> PreparedFile::makeIf(bool isWanted, const std::string& file)
+{
+    return isWanted ? std::make_unique<PreparedFile>(file, libPrepare::Options()) : nullptr;
+}
+
 } // namespace scenetool

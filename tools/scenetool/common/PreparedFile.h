@@ -4,6 +4,7 @@
 
 #include <libPrepare/Prepare.h>
 
+#include <memory>
 #include <string>
 
 namespace scenetool {
@@ -14,6 +15,9 @@ public:
     /// Prepares a document; `report()` has the result.
     /// @throws std::system_error if no temporary folder can be created
     PreparedFile(const std::string& file, const libPrepare::Options& options);
+
+    /// As the constructor, with the default options; null if it is not wanted.
+    static std::unique_ptr<PreparedFile> makeIf(bool isWanted, const std::string& file);
 
     /// Whether there is a prepared document.
     bool isPrepared() const { return m_report.done; }
