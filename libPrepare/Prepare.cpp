@@ -12,14 +12,14 @@ namespace libPrepare {
 
 namespace {
 
-// Each pass may rely on what those before it have made.
+// Each pass may rely on the results of the passes before it.
 constexpr void (*passes[])(Document&) = {
     &convertVersions,     &copyExternalReferences,
     &repairTexts,         &repairIds,
     &chooseVisualScene,   &copyInstanceNodes,
     &applyAssets,         &flattenAnimations,
-    &openConvexMeshes,    &triangulate,
-    &poseControllers,     &dropAnimations,
+    &openConvexMeshes,    &poseControllers,
+    &triangulate,         &dropAnimations,
     &separateGeometries,  &arrangeInputs,
     &dropUnreadInstances, &makeNormals,
     &bindMaterials,       &completeEffects,
@@ -41,7 +41,7 @@ void refuse(Report& report, const Refusal& refusal)
         {Outcome::refused, refusal.kind, refusal.reason, refusal.remedy, {refusal.line, refusal.column, {}}});
 }
 
-// What prepare repairs, but the library refuses; null for anything else.
+// Why the library refuses something that prepare repairs; null for anything else.
 const char* refusalReason(const std::string& kind)
 {
     if (kind == "version-1.5") {
@@ -116,7 +116,7 @@ Report prepare(const std::filesystem::path& in, const std::filesystem::path& out
     return report;
 }
 
-// What the passes would do to a document is what a host misses without them.
+// Whatever the passes would change is what a host misses without them.
 Report inspect(const std::filesystem::path& file)
 {
     const Options options;

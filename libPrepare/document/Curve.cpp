@@ -40,7 +40,7 @@ std::size_t wholeNumber(pugi::xml_attribute attribute, std::size_t otherwise)
     return values.empty() || values[0] < 0 ? otherwise : static_cast<std::size_t>(values[0]);
 }
 
-// Picks what an accessor says from a list of anything.
+// Picks the entries that an accessor selects from a list.
 // @return how many entries a record has
 template <class T>
 std::size_t pick(pugi::xml_node accessor, std::vector<T>& list)
@@ -74,8 +74,12 @@ std::size_t pick(pugi::xml_node accessor, std::vector<T>& list)
     }
     const std::size_t available = (list.size() - offset - columns.back() - 1) / stride + 1;
     const std::size_t count = std::min(available, wholeNumber(accessor.attribute("count"), 0));
+    if (offset == 0 && columns.size() == stride) { // all entries, the usual case
+        list.resize(count * stride);
+        return stride;
+    }
     std::size_t end = 0;
-    for (std::size_t record = 0; record < count; ++record) { // what is read comes never before what is written
+    for (std::size_t record = 0; record < count; ++record) { // reads never overtake writes
         for (const std::size_t column : columns) {
             list[end++] = list[offset + record * stride + column];
         }
@@ -104,13 +108,13 @@ double bezier(double p0, double c0, double c1, double p1, double s)
     return p0 * r * r * r + 3 * c0 * s * r * r + 3 * c1 * s * s * r + p1 * s * s * s;
 }
 
-// The parameter at which a curve that runs from 0 to 1 reaches a time, all times in parts of the span.
+// The parameter at which a curve from 0 to 1 reaches a time. Times are fractions of the span.
 double parameterAt(double c0, double c1, double wanted)
 {
     double low = 0;
     double high = 1;
     unsigned step = 0;
-    if (c0 >= 0 && c0 <= 1 && c1 >= 0 && c1 <= 1) { // it ascends: Newton's method finds where halving would get
+    if (c0 >= 0 && c0 <= 1 && c1 >= 0 && c1 <= 1) { // it ascends: Newton's method gets where halving would
         double near = wanted;
         for (unsigned i = 0; i < 5; ++i) {
             const double r = 1 - near;
@@ -135,7 +139,7 @@ double parameterAt(double c0, double c1, double wanted)
     return (low + high) / 2;
 }
 
-// Time (absent: in thirds) and value of the control point that a tangent's record holds for a component.
+// Time (absent: at a third) and value of the control point that a tangent has for a component.
 bool readControl(const Records& tangents, std::size_t key, std::size_t component, std::size_t width,
                  std::optional<double>& time, double& value)
 {
@@ -158,7 +162,7 @@ bool readControl(const Records& tangents, std::size_t key, std::size_t component
     return std::isfinite(value) && (!time || std::isfinite(*time));
 }
 
-// Keeps the records with these numbers, in this order.
+// The records with these indices, in this order.
 Records reordered(const Records& records, const std::vector<std::size_t>& order)
 {
     Records result;
@@ -233,15 +237,25 @@ void Curve::readKinds(Document& document, pugi::xml_node source)
     if (!is(array, "Name_array") && !is(array, "IDREF_array")) {
         return;
     }
-    std::string scratch;
-    forEachWord(textOf(array, scratch), [&](const char* begin, const char* end) {
-        const std::string_view word(begin, static_cast<std::size_t>(end - begin));
+    const auto add = [&](std::string_view word, std::size_t times) {
         const Interpolation kind = interpolation(word);
         m_hasOddKinds =
             m_hasOddKinds || kind == Interpolation::hermite || (kind == Interpolation::linear && word != "LINEAR");
-        m_kinds.push_back(kind);
-        return true;
-    });
+        m_kinds.insert(m_kinds.end(), times, kind);
+    };
+    std::string scratch;
+    const std::string_view text = trimmed(textOf(array, scratch));
+    std::string_view rest = text;
+    const std::string_view first = takeWord(rest);
+    const std::size_t step = first.size() + 1;
+    if ((text.size() + 1) % step == 0 && !rest.empty() && text.substr(step) == text.substr(0, text.size() - step)) {
+        add(first, (text.size() + 1) / step); // one word repeated, the usual case
+    } else {
+        forEachWord(text, [&](const char* begin, const char* end) {
+            add(std::string_view(begin, static_cast<std::size_t>(end - begin)), 1);
+            return true;
+        });
+    }
     pick(accessor, m_kinds);
 }
 
@@ -281,15 +295,9 @@ bool Curve::hasPlainInputs(Document& document, pugi::xml_node sampler) const
 
 bool Curve::isSorted() const
 {
-    for (std::size_t key = 0; key < count(); ++key) {
-        const bool isAfter = key == 0 || m_times[key - 1] <= m_times[key];
-        const double* const record = m_values[key];
-        if (!std::isfinite(m_times[key]) || !isAfter ||
-            !std::all_of(record, record + width(), [](double value) { return std::isfinite(value); })) {
-            return false;
-        }
-    }
-    return true;
+    const auto isFinite = [](double value) { return std::isfinite(value); };
+    return std::all_of(m_times.begin(), m_times.end(), isFinite) && std::is_sorted(m_times.begin(), m_times.end()) &&
+           std::all_of(m_values.values.begin(), m_values.values.end(), isFinite);
 }
 
 void Curve::sort()
@@ -351,7 +359,7 @@ std::optional<Curve::Controls> Curve::controls(std::size_t key, std::size_t comp
 
 std::size_t Curve::keyBefore(double time) const
 {
-    const std::size_t key = m_lastKey; // curves are mostly asked in the order of time
+    const std::size_t key = m_lastKey; // curves are mostly evaluated in order of time
     for (std::size_t near = key; near < std::min(key + 2, count()); ++near) {
         if (m_times[near] <= time && (near + 1 == count() || time < m_times[near + 1])) {
             return m_lastKey = near;

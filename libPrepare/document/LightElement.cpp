@@ -18,7 +18,7 @@ struct Value {
     bool isOfSpot;
 };
 
-constexpr Value values[] = {
+constexpr Value defaultValues[] = {
     {"color", "1 1 1", false},          {"constant_attenuation", "1", false},
     {"linear_attenuation", "0", false}, {"quadratic_attenuation", "0", false},
     {"falloff_angle", "180", true},     {"falloff_exponent", "0", true},
@@ -84,9 +84,9 @@ void setVendorValue(pugi::xml_node light, const char* name, const std::string& t
 std::size_t placeOf(const char* name)
 {
     return static_cast<std::size_t>(
-        std::find_if(std::begin(values), std::end(values),
+        std::find_if(std::begin(defaultValues), std::end(defaultValues),
                      [&](const Value& value) { return std::strcmp(value.name, name) == 0; }) -
-        std::begin(values));
+        std::begin(defaultValues));
 }
 
 pugi::xml_node needChild(pugi::xml_node shape, const char* name)
@@ -124,7 +124,7 @@ std::vector<double> colorOf(pugi::xml_node light)
 std::string completeShape(pugi::xml_node shape)
 {
     std::string missing;
-    for (const Value& value : values) {
+    for (const Value& value : defaultValues) {
         if (value.isOfSpot && !is(shape, "spot")) {
             continue;
         }

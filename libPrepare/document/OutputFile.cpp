@@ -78,22 +78,25 @@ std::optional<Refusal> OutputFile::open(const std::filesystem::path& path)
     return std::nullopt;
 }
 
-void OutputFile::write(std::string_view bytes)
+void OutputFile::writeMuch(std::string_view bytes)
 {
-    if (m_buffer.size() + bytes.size() >= bufferSize) {
-        flush();
-        if (bytes.size() >= bufferSize) { // without a copy
-            writeThrough(bytes);
-            return;
-        }
+    flush();
+    if (bytes.size() >= bufferSize) { // without a copy
+        writeThrough(bytes);
+    } else {
+        write(bytes);
     }
-    m_buffer.append(bytes);
 }
 
 void OutputFile::flush()
 {
-    writeThrough(m_buffer);
-    m_buffer.clear();
+    if (m_buffer == nullptr) {
+        m_buffer.reset(new char[bufferSize]); // without zeros
+    } else {
+        writeThrough({m_buffer.get(), bufferSize - m_free});
+    }
+    m_end = m_buffer.get();
+    m_free = bufferSize;
 }
 
 void OutputFile::writeThrough(std::string_view rest)

@@ -13,8 +13,8 @@ namespace libPrepare {
 
 namespace {
 
-// The largest number of a list, the sign aside, among the first ones and some at equal distances in the text.
-double largestOf(std::string_view list)
+// The largest absolute value among the first numbers of a list and some at equal distances in the text.
+double largestIn(std::string_view list)
 {
     constexpr std::size_t spots = 256;
     constexpr std::size_t numbersAtASpot = 9; // positions of a triangle
@@ -53,7 +53,7 @@ double largestPosition(Document& document, pugi::xml_node geometry)
             if (std::string_view(input.attribute("semantic").value()) == "POSITION") {
                 const pugi::xml_node source = document.resolve(input.attribute("source").value(), {"source"});
                 std::string scratch;
-                largest = std::max(largest, largestOf(textOf(source.child("float_array"), scratch)));
+                largest = std::max(largest, largestIn(textOf(source.child("float_array"), scratch)));
             }
         }
     }

@@ -23,7 +23,7 @@ struct NumberCensus {
     bool isFinite = true;
 };
 
-// Counts entries one by one, without working out their values where their form alone says that they are finite.
+// Counts entries one by one. Computes their values only if their form does not show that they are finite.
 void countEach(std::string_view list, NumberCensus& result)
 {
     forEachWord(list, [&](const char* const start, const char* const end) {
@@ -49,7 +49,8 @@ void countEach(std::string_view list, NumberCensus& result)
     });
 }
 
-// Whether the words in a block are numbers without an exponent, which are finite as they are no longer than it.
+// Whether the words in a block are numbers without an exponent, which are finite because they are no longer than the
+// block.
 // @param inside the bytes of the words, which all end in the block
 // @param starts their first bytes
 bool arePlain(const ByteBlock& block, std::uint64_t inside, std::uint64_t starts)
@@ -65,7 +66,7 @@ bool arePlain(const ByteBlock& block, std::uint64_t inside, std::uint64_t starts
     return areSigns && haveDigits && (ends & points) == 0;
 }
 
-// Counts the entries of a list of numbers: big meshes are checked this way.
+// Counts the entries of a list of numbers quickly, for large meshes.
 NumberCensus takeCensus(std::string_view list)
 {
     NumberCensus result;
@@ -211,14 +212,14 @@ void Sources::forget()
     m_censuses.clear();
 }
 
-ColumnCensus Sources::census(pugi::xml_node list, std::size_t stride, std::size_t tuples)
+const ColumnCensus& Sources::census(pugi::xml_node list, std::size_t stride, std::size_t tuples)
 {
     const auto known = m_censuses.find(list.hash_value());
     if (known != m_censuses.end() && known->second.stride == stride && known->second.limit == tuples) {
         return known->second.census;
     }
     std::string scratch;
-    return censusOf(textOf(list, scratch), stride, tuples);
+    return m_lastCensus = censusOf(textOf(list, scratch), stride, tuples);
 }
 
 void Sources::keepCensus(pugi::xml_node list, std::size_t stride, std::size_t tuples, ColumnCensus census)

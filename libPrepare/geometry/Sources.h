@@ -11,14 +11,14 @@
 
 namespace libPrepare {
 
-/// What a `<source>` says its numbers are, through the accessor of its common technique.
+/// How the accessor of a `<source>` selects its numbers.
 struct SourceLayout {
     pugi::xml_node source;
     pugi::xml_node accessor;
     pugi::xml_node array; ///< `<float_array>` or `<int_array>`, maybe of another source.
     std::size_t offset = 0;
     std::size_t stride = 1;
-    std::vector<std::size_t> columns; ///< Where the values that are read lie within a record.
+    std::vector<std::size_t> columns; ///< Positions of the selected values within a record.
     std::size_t count = 0;            ///< Records that the array holds, at most as many as the accessor says.
     bool isFinite = true;             ///< Every entry of the array is a finite number.
 
@@ -27,25 +27,25 @@ struct SourceLayout {
     bool isDense() const { return offset == 0 && width() == stride; }
 };
 
-/// What the first `tuples` whole tuples of an index list name, column by column.
+/// The indices in the first `tuples` complete tuples of an index list, column by column.
 struct ColumnCensus {
     std::vector<std::int32_t> greatest; ///< -1 if a column names nothing.
     std::vector<bool> hasInvalid;       ///< Whether a column has an entry that `indices` reads as -1.
     std::size_t tuples = 0;             ///< Whole tuples that are there.
 };
 
-/// The records of the sources of a document, which passes share. Knows each source after it was asked for, until `forget`.
+/// A cache of the records of a document's sources, shared by the passes. Keeps each requested source until `forget`.
 class Sources {
 public:
     explicit Sources(Document& document) : m_document(document) {}
 
     /// Null if there is no accessor or it does not lead to numbers.
     const SourceLayout* find(pugi::xml_node source);
-    /// All records, `width()` numbers each; NaN in the place of what is no number. Valid until the next call: the
-    /// primitives of a mesh ask for the same source one after the other.
+    /// All records, `width()` numbers each; NaN for words that are no numbers. Valid until the next call: only the last
+    /// source is kept, because the primitives of a mesh use the same one.
     const std::vector<double>& values(const SourceLayout& layout);
-    /// As `censusOf`, of the text of a `<p>`.
-    ColumnCensus census(pugi::xml_node list, std::size_t stride, std::size_t tuples);
+    /// As `censusOf`, of the text of a `<p>`. Valid until the next call.
+    const ColumnCensus& census(pugi::xml_node list, std::size_t stride, std::size_t tuples);
     /// Keeps a census of a `<p>` that does not change until `forget`.
     void keepCensus(pugi::xml_node list, std::size_t stride, std::size_t tuples, ColumnCensus census);
     /// Frees the memory of `values`.
@@ -66,6 +66,7 @@ private:
         ColumnCensus census;
     };
     std::unordered_map<std::size_t, KnownCensus> m_censuses;
+    ColumnCensus m_lastCensus; // of a list without a kept census
 };
 
 /// One `<input>` of a primitive or of `<vertices>`.
@@ -86,17 +87,17 @@ const Input* firstInput(const std::vector<Input>& inputs, std::string_view seman
 /// own children.
 pugi::xml_node resolveNear(Document& document, std::string_view reference, std::initializer_list<const char*> kinds,
                            pugi::xml_node parent);
-/// The positions that a primitive's corners name; null if there are none.
+/// The positions of a primitive; null if there are none.
 const SourceLayout* positionsOf(Document& document, Sources& sources, const std::vector<Input>& inputs);
 
 /// An empty `<source>` of a geometry's mesh, named after both.
 pugi::xml_node addVectorSource(Document& document, pugi::xml_node geometry, const char* role);
-/// Gives it an array and an accessor of three numbers a record.
+/// Adds an array and an accessor with three numbers per record.
 void fillVectorSource(Document& document, pugi::xml_node source, const std::vector<double>& values);
 
 /// The value of an attribute that holds a whole number from 0.
 std::size_t wholeOr(std::string_view text, std::size_t otherwise);
-/// All entries of an index list; -1 in the place of what is no whole number from 0 below 2^31.
+/// All entries of an index list; -1 for anything but a whole number from 0 to 2^31 - 1.
 std::vector<std::int32_t> indices(std::string_view text);
 /// Of the first `tuples` whole tuples of an index list.
 ColumnCensus censusOf(std::string_view text, std::size_t stride, std::size_t tuples);

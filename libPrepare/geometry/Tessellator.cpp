@@ -26,6 +26,11 @@ Vector3 cross(const Vector3& a, const Vector3& b)
     return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
+Vector3 difference(const Vector3& a, const Vector3& b)
+{
+    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
+}
+
 double dot(const Vector3& a, const Vector3& b)
 {
     return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
@@ -153,6 +158,10 @@ Tessellator::Result Tessellator::triangulate(const Polygon& polygon, std::vector
         }
         triangles.resize(before);
     }
+    if (count == 4 && polygon.lengths.size() == 1) {
+        cutQuad(triangles);
+        return Result::done;
+    }
     std::vector<std::vector<std::size_t>> loops(polygon.lengths.size());
     for (std::size_t loop = 0; loop < loops.size(); ++loop) {
         for (std::size_t i = 0; i < polygon.lengths[loop]; ++i) {
@@ -224,6 +233,24 @@ bool Tessellator::isFan() const
         }
     }
     return true;
+}
+
+// Cuts a quad whose edges cross along the diagonal whose triangles look away from it least.
+void Tessellator::cutQuad(std::vector<std::size_t>& triangles) const
+{
+    constexpr std::array<std::array<std::size_t, 6>, 2> cuts = {{{0, 1, 2, 0, 2, 3}, {0, 1, 3, 1, 2, 3}}};
+    std::array<double, 2> least{};
+    for (std::size_t cut = 0; cut < cuts.size(); ++cut) {
+        for (std::size_t i = 0; i < 6; i += 3) {
+            const Vector3& first = m_scaled[cuts[cut][i]];
+            const Vector3 part =
+                cross(difference(m_scaled[cuts[cut][i + 1]], first), difference(m_scaled[cuts[cut][i + 2]], first));
+            const double length = std::sqrt(dot(part, part));
+            least[cut] = std::min(least[cut], length > noArea ? dot(part, m_normal) / length : 0.0);
+        }
+    }
+    const auto& best = cuts[least[1] > least[0] ? 1 : 0];
+    triangles.insert(triangles.end(), best.begin(), best.end());
 }
 
 // Puts the corners on the plane of the outer loop, which goes counter-clockwise there.

@@ -10,7 +10,7 @@
 
 namespace libPrepare {
 
-/// A corner's place on the plane of its polygon.
+/// A corner's position on the plane of its polygon.
 struct Point2 {
     double x = 0;
     double y = 0;
@@ -20,19 +20,19 @@ struct Point2 {
 struct Polygon {
     std::vector<Vector3> points;      ///< One for each corner, finite.
     std::vector<std::size_t> lengths; ///< Corners of each loop, at least three.
-    /// `stride` indices for each corner. Corners with the same indices are one and the same.
+    /// `stride` indices for each corner. Corners with the same indices are identical.
     const std::int32_t* tuples = nullptr;
     std::size_t stride = 0;
 };
 
-/// Cuts polygons into triangles over their own corners: no corner is added and none is left out, so that neighbours
-/// still meet along whole edges.
+/// Cuts polygons into triangles between their own corners. No corner is added or left out, so that neighbours still
+/// share whole edges.
 class Tessellator {
 public:
     enum class Result {
         done,
         flat,    ///< Has no area; no triangle was made.
-        tooLong, ///< Has too many corners for its entanglement; no triangle was made.
+        tooLong, ///< Has too many corners for such an entangled polygon; no triangle was made.
     };
 
     Tessellator();
@@ -40,17 +40,18 @@ public:
     Tessellator(const Tessellator&) = delete;
     Tessellator& operator=(const Tessellator&) = delete;
 
-    /// Appends three corner numbers for each triangle, in the direction of the outer loop. Polygons that a fan from
-    /// their first corner fills get that fan, and the others whatever fits.
+    /// Appends three corner numbers for each triangle, in the direction of the outer loop. If a fan from the first
+    /// corner fills the polygon, it is used; otherwise any valid triangles are made.
     Result triangulate(const Polygon& polygon, std::vector<std::size_t>& triangles);
-    /// Whether a polygon of one loop is so far from being flat and from having a corner that turns back that `triangulate`
-    /// gives it a fan, whatever the rounding: a quick answer for most polygons.
+    /// Whether a polygon with one loop is so clearly convex that `triangulate` makes a fan despite rounding. A quick
+    /// test for most polygons.
     static bool isClearlyFan(const std::vector<Vector3>& points);
 
 private:
     struct Glu;
 
     bool isFan() const;
+    void cutQuad(std::vector<std::size_t>& triangles) const;
     void project(const Polygon& polygon);
     bool takePairs(std::uint64_t pairs);
     bool crossesItself(const Polygon& polygon);

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -53,17 +52,17 @@ std::string plural(std::size_t count, const std::string& noun)
     return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
 }
 
-// What the users of a source ask of it.
+// The requirements of the users of a source.
 struct Demand {
     std::string semantic;
-    std::size_t records = 0; // that have to be there at least
+    std::size_t records = 0; // least number
 };
 
-// An input of a primitive as it will be.
+// An input of a primitive in the result.
 struct PlannedInput {
     pugi::xml_node element; // null if it comes from `<vertices>`
     std::string semantic;
-    std::string reference;
+    std::string_view reference;           // in an attribute of its element, or of the input of `<vertices>`
     const SourceLayout* layout = nullptr; // of the positions for VERTEX
     std::size_t offset = 0;
     long long set = 0;
@@ -139,7 +138,7 @@ private:
         }
     }
 
-    // A mesh has one <vertices>, the first: the primitives that named another one name it now, or are gone.
+    // A mesh has one <vertices>, the first. Primitives that named another one name it now or were removed.
     void dropOtherVertices()
     {
         for (const pugi::xml_node other : m_otherVertices) {
@@ -294,7 +293,7 @@ private:
         return plan;
     }
 
-    // Whether an input leads to numbers of a kind that is known. Says so if not.
+    // Whether an input leads to numbers and has a known semantic. Reports it otherwise.
     bool isReadable(pugi::xml_node where, PlannedInput& input)
     {
         const bool isPoint = is(where, "vertices");
@@ -321,7 +320,7 @@ private:
         return true;
     }
 
-    // Of several sets of one semantic the first is read: that which the diffuse texture takes, or else the lowest.
+    // Only the first of several sets is read, so the set of the diffuse texture, or else the lowest, comes first.
     void sortSets(pugi::xml_node geometry, pugi::xml_node element, std::vector<PlannedInput>& plan)
     {
         for (const char* const semantic : {"TEXCOORD", "COLOR", "NORMAL"}) {
@@ -374,7 +373,7 @@ private:
         return static_cast<long long>(wholeOr(bind.attribute("input_set").value(), 0));
     }
 
-    // The set of coordinates that the diffuse texture takes. Reports channels that take another.
+    // The set of coordinates of the diffuse texture. Reports channels that use another one.
     long long boundSet(pugi::xml_node geometry, pugi::xml_node element, long long lowest,
                        const std::vector<PlannedInput>& plan)
     {
@@ -412,62 +411,84 @@ private:
         return chosen;
     }
 
-    // Makes the offsets count from 0 without gaps, and every index one that is there. @return whether `<p>` changed
+    // An offset within the corners of a primitive that inputs read.
+    struct Column {
+        std::size_t offset;
+        std::size_t limit; // records that the longest of its sources has, or the positions
+        bool hasVertex = false;
+    };
+
+    // Makes offsets consecutive from 0, and all indices valid. @return whether `<p>` changed
     bool arrangeIndices(pugi::xml_node element, const std::vector<Input>& inputs, std::vector<PlannedInput>& plan)
     {
         const std::size_t stride = strideOf(inputs);
         const std::size_t corners = 3 * wholeOr(element.attribute("count").value(), 0);
         const pugi::xml_node list = element.child("p");
-        const ColumnCensus census = m_sources.census(list, stride, corners);
-
-        std::map<std::size_t, std::size_t> limits; // by offset: records that the longest of its sources has
-        for (const PlannedInput& input : plan) {
-            std::size_t& limit = limits[input.offset];
-            limit = input.semantic == "VERTEX" ? input.layout->count : limit;
-        }
-        for (const PlannedInput& input : plan) {
-            const bool isPosition = std::any_of(plan.begin(), plan.end(), [&](const PlannedInput& other) {
-                return other.semantic == "VERTEX" && other.offset == input.offset;
-            });
-            if (!isPosition) {
-                limits[input.offset] = std::max(limits[input.offset], input.layout->count);
-            }
-        }
-        struct Column {
-            std::size_t offset;
-            std::size_t limit;
-        };
-        std::vector<Column> columns;
-        bool isSame = limits.size() == stride;
-        for (const auto& [offset, limit] : limits) {
-            const bool isInside = offset < census.greatest.size();
-            const std::size_t needed =
-                isInside && census.greatest[offset] >= 0 ? static_cast<std::size_t>(census.greatest[offset]) + 1 : 0;
-            const bool isBroken = isInside && (census.hasInvalid[offset] || needed > limit);
-            for (PlannedInput& input : plan) {
-                if (input.offset == offset && input.semantic != "VERTEX") {
-                    const std::size_t records = isBroken ? limit + 1 : needed;
-                    if (records > input.layout->count) {
-                        pad(element, input, records);
-                    }
-                }
-            }
-            isSame = isSame && !isBroken;
-            columns.push_back({offset, limit});
+        const ColumnCensus& census = m_sources.census(list, stride, corners);
+        const std::vector<Column> columns = columnsOf(plan);
+        bool isSame = columns.size() == stride;
+        for (const Column& column : columns) {
+            isSame = areThere(element, plan, column, census) && isSame;
         }
         for (PlannedInput& input : plan) {
-            const auto at = limits.find(input.offset);
-            input.offset = static_cast<std::size_t>(std::distance(limits.begin(), at));
+            const auto at = std::find_if(columns.begin(), columns.end(),
+                                         [&](const Column& column) { return column.offset == input.offset; });
+            input.offset = static_cast<std::size_t>(at - columns.begin());
         }
         if (isSame || !list) {
             return false;
         }
+        rewriteIndices(list, columns, stride, census.tuples);
+        return true;
+    }
+
+    // In ascending order.
+    static std::vector<Column> columnsOf(const std::vector<PlannedInput>& plan)
+    {
+        std::vector<Column> columns;
+        for (const PlannedInput& input : plan) {
+            auto column = std::find_if(columns.begin(), columns.end(),
+                                       [&](const Column& other) { return other.offset >= input.offset; });
+            if (column == columns.end() || column->offset != input.offset) {
+                column = columns.insert(column, {input.offset, 0});
+            }
+            if (input.semantic == "VERTEX") {
+                column->limit = input.layout->count;
+                column->hasVertex = true;
+            } else if (!column->hasVertex) {
+                column->limit = std::max(column->limit, input.layout->count);
+            }
+        }
+        return columns;
+    }
+
+    // Whether all records that corners name in a column exist. Extends sources that are too short.
+    bool areThere(pugi::xml_node element, const std::vector<PlannedInput>& plan, const Column& column,
+                  const ColumnCensus& census)
+    {
+        const bool isInside = column.offset < census.greatest.size();
+        const std::int32_t greatest = isInside ? census.greatest[column.offset] : -1;
+        const std::size_t needed = greatest >= 0 ? static_cast<std::size_t>(greatest) + 1 : 0;
+        const bool isBroken = isInside && (census.hasInvalid[column.offset] || needed > column.limit);
+        const std::size_t records = isBroken ? column.limit + 1 : needed;
+        for (const PlannedInput& input : plan) {
+            if (input.offset == column.offset && input.semantic != "VERTEX" && records > input.layout->count) {
+                pad(element, input, records);
+            }
+        }
+        return !isBroken;
+    }
+
+    // Removes columns that no input reads. Invalid indices become that of the record after the last.
+    static void rewriteIndices(pugi::xml_node list, const std::vector<Column>& columns, std::size_t stride,
+                               std::size_t corners)
+    {
         std::string scratch;
         const std::string_view text = textOf(list, scratch);
         const std::vector<std::int32_t> entries = indices(text);
         std::string result;
         result.reserve(text.size());
-        for (std::size_t corner = 0; corner < census.tuples; ++corner) {
+        for (std::size_t corner = 0; corner < corners; ++corner) {
             for (const Column& column : columns) {
                 const std::int32_t index = entries[corner * stride + column.offset];
                 const bool isThere = index >= 0 && static_cast<std::size_t>(index) < column.limit;
@@ -475,7 +496,6 @@ private:
             }
         }
         setText(list, result);
-        return true;
     }
 
     // Corners name more records than a source has.
@@ -509,7 +529,7 @@ private:
             std::equal(plan.begin(), plan.end(), inputs.begin(), [](const PlannedInput& planned, const Input& input) {
                 return planned.element == input.element;
             })) {
-            return; // as mostly
+            return; // the usual case
         }
         for (const PlannedInput& planned : plan) {
             kept.insert(planned.element.hash_value());
@@ -530,7 +550,7 @@ private:
             if (!input) {
                 input = last ? element.insert_child_after("input", last) : element.prepend_child("input");
                 setAttribute(input, "semantic", planned.semantic);
-                setAttribute(input, "source", planned.reference);
+                setAttribute(input, "source", std::string(planned.reference));
                 setAttribute(input, "offset", std::to_string(planned.offset));
                 if (planned.set > 0) {
                     setAttribute(input, "set", std::to_string(planned.set));
@@ -575,7 +595,7 @@ private:
         }
     }
 
-    // Sources that would be read otherwise than they say get an array and an accessor of the plain kind.
+    // Sources that the library would misread get a plain array and accessor.
     void rewriteSources()
     {
         struct Change {
@@ -608,7 +628,7 @@ private:
         }
     }
 
-    // Whether a source reads as its accessor says.
+    // Whether the library reads a source as its accessor says.
     static bool isPlain(const SourceLayout& layout, const Demand& demand)
     {
         std::size_t params = 0;
@@ -649,7 +669,7 @@ private:
         return names;
     }
 
-    // The words of the values that are read, record by record; missing ones are neutral.
+    // The words of the selected values, record by record; missing ones are neutral.
     static std::string plainText(const SourceLayout& layout, const std::string& semantic, std::size_t count,
                                  std::size_t width)
     {

@@ -16,8 +16,8 @@ namespace libPrepare {
 namespace {
 
 constexpr double radiansPerDegree = 3.14159265358979323846 / 180.0;
-// How far an orthographic camera moves back, in halves of its picture: what is ten times as far away as the picture is
-// wide then looks smaller by one percent.
+// How far an orthographic camera moves back, in half widths of its picture. An object that is ten widths farther away
+// than another then looks two percent smaller.
 constexpr double orthographicDistance = 1000;
 constexpr double maxTurn = 1e-5; // between the direction to a target and that of the node
 
@@ -38,7 +38,7 @@ Vector3 directionOf(const Matrix4& world)
     return length > 0 ? Vector3{-back[0] / length, -back[1] / length, -back[2] / length} : Vector3{0, 0, -1};
 }
 
-// The element whose text names the target: the first with a text in a technique of the vendor's.
+// The element whose text names the target: the first element with a text in a vendor's technique.
 struct TargetPlace {
     pugi::xml_node text;      // null if none has one
     pugi::xml_node technique; // the first; null if there is none
@@ -66,7 +66,7 @@ TargetPlace findTarget(pugi::xml_node camera)
     return result;
 }
 
-void setTarget(pugi::xml_node camera, const std::string& id)
+void setLookAtTarget(pugi::xml_node camera, const std::string& id)
 {
     TargetPlace place = findTarget(camera);
     if (!place.technique) {
@@ -148,6 +148,7 @@ public:
     {
         for (const pugi::xml_node library : document.root().children("library_cameras")) {
             for (const pugi::xml_node camera : library.children("camera")) {
+                keepFirstOptics(camera);
                 if (const pugi::xml_node perspective = perspectiveOf(camera)) {
                     completePerspective(document, perspective);
                 }
@@ -181,6 +182,27 @@ public:
     }
 
 private:
+    // A camera has one <perspective> or <orthographic>; of more the first counts.
+    void keepFirstOptics(pugi::xml_node camera)
+    {
+        bool hasOptics = false;
+        bool hasMore = false;
+        for (pugi::xml_node optic = descend(camera, "optics/technique_common").first_child(); optic;) {
+            const pugi::xml_node following = optic.next_sibling();
+            const bool isOptic = is(optic, "perspective") || is(optic, "orthographic");
+            if (isOptic && hasOptics) {
+                removeElement(optic);
+                hasMore = true;
+            }
+            hasOptics = hasOptics || isOptic;
+            optic = following;
+        }
+        if (hasMore) {
+            m_document.rewritten(camera, "optics", "The camera has more than one <perspective> or <orthographic>.",
+                                 "The first stays.");
+        }
+    }
+
     void drop(pugi::xml_node instance, const char* text, const char* remedy)
     {
         m_document.lost(instance, "camera", text, remedy);
@@ -242,7 +264,7 @@ private:
         }
     }
 
-    // Whether the camera's node and its target give the view of the node already, at rest and at each key.
+    // Whether the camera's node and target already give the view of the node, at rest and at each key.
     bool isLookedThrough(pugi::xml_node node, pugi::xml_node camera, const Way& way)
     {
         std::string scratch;
@@ -390,7 +412,7 @@ private:
         pugi::xml_node target = addNode(plain(cameraId) + "-target");
         pugi::xml_node translate = target.append_child("translate");
         setText(translate, text(std::vector<double>(rest.begin() + 16, rest.end())));
-        setTarget(camera, target.attribute("id").value());
+        setLookAtTarget(camera, target.attribute("id").value());
         m_document.rewritten(instance, "camera without a look-at node",
                              "The camera is at a node directly under the scene now, \"" +
                                  std::string(eye.attribute("id").value()) + "\", and looks at \"" +

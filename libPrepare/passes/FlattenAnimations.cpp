@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <map>
 
 namespace libPrepare {
@@ -27,7 +26,7 @@ pugi::xml_node topAnimationOf(pugi::xml_node element)
     return element;
 }
 
-// Replaces the numbers of a list; words whose number does not change stay as they are.
+// Replaces the numbers of a list. Words whose number does not change keep their text.
 // @return whether one has changed
 bool replaceNumbers(pugi::xml_node element, const std::vector<double>& numbers, const std::vector<double>& tolerances)
 {
@@ -57,7 +56,7 @@ bool replaceNumbers(pugi::xml_node element, const std::vector<double>& numbers, 
 struct Job {
     pugi::xml_node element;            // a transform, or a number of a <perspective>
     std::vector<std::size_t> channels; // none for a number that an animated camera needs besides
-    pugi::xml_node top;                // the animation in whose place the new one is written
+    pugi::xml_node top;                // the animation that the new one replaces
     std::optional<FlatCurve> curve;    // absent: the animation stays as it is, or becomes the declared value
     bool stays = false;
     std::string target;
@@ -160,7 +159,7 @@ private:
         m_leftOut.push_back(channel);
     }
 
-    // The numbers of a target; nothing if they are not those that the scene graph animates in such an element.
+    // The numbers of a target; nothing if the scene graph cannot animate them in such an element.
     std::optional<std::vector<Component>> componentsOf(const Job& job, const std::vector<double>& declared) const
     {
         std::vector<Component> all(declared.size());
@@ -196,7 +195,7 @@ private:
         return std::vector<Component>{all[3]};
     }
 
-    // Names a transform so that a target of an id and a sid leads to it.
+    // Gives a transform a sid that a target can name.
     std::string targetOf(pugi::xml_node element)
     {
         pugi::xml_node owner = element.parent();
@@ -245,7 +244,7 @@ private:
         return known->second;
     }
 
-    // Whether the scene graph reads the animation of a job as it is, and plays it for as long as all others.
+    // Whether the scene graph reads the animation of a job correctly, and plays it as long as all others.
     bool canStay(const Job& job, double tolerance) const
     {
         const Channel& channel = m_motion.channels()[job.channels.front()];
@@ -273,6 +272,9 @@ private:
     {
         const std::string before = trimmedText(job.element);
         if (replaceNumbers(job.element, numbers, tolerances)) {
+            if (isTransform(job.element.name())) {
+                m_document.setAtStart();
+            }
             m_document.rewritten(job.element, "declared value",
                                  "The declared value of the animated <" + std::string(job.element.name()) +
                                      "> is that of its curve at second 0 now" +
@@ -282,7 +284,7 @@ private:
 
     static std::string trimmedText(pugi::xml_node element) { return std::string(trimmed(textOf(element))); }
 
-    // How much a declared number may differ from its curve at second 0: what single precision cannot tell apart.
+    // How much a declared number may differ from its curve at second 0: the resolution of single precision.
     static std::vector<double> slack(const std::vector<double>& numbers, const std::vector<double>& declared)
     {
         std::vector<double> result(std::max(numbers.size(), declared.size()));
@@ -389,151 +391,130 @@ private:
         }
     }
 
-    // An animated camera takes no number from what is declared: each needs a curve.
-    void arrangeCamera(pugi::xml_node perspective)
-    {
-        const std::vector<const char*> names{"xfov", "yfov", "znear", "zfar"};
-        std::map<std::string, std::size_t> byName;
+    // The numbers of an animated camera, as they are before it is completed.
+    struct AnimatedOptics {
+        std::map<std::string, std::size_t> jobs; // by the name of the element
         bool isMoving = false;
-        for (const std::size_t i : m_optics[perspective.hash_value()]) {
-            byName[m_jobs[i].element.name()] = i;
-            isMoving = isMoving || !isStill(m_jobs[i]);
+        bool isXDerived = false; // from the other angle
+        bool isYDerived = false;
+        Component x;
+        Component y;
+        Component aspect;
+
+        // The angle that follows from the other one.
+        double derivedAt(bool isX, double time) const
+        {
+            return isX ? otherAngle(y.at(time), aspect.at(time)) : otherAngle(x.at(time), 1 / aspect.at(time));
         }
-        const auto component = [&](const char* name) {
-            const auto found = byName.find(name);
-            Component result;
-            result.constant = numberOr(textOf(perspective.child(name)), 0);
-            if (found != byName.end()) {
-                result.curve = m_motion.channels()[m_jobs[found->second].channels.back()].curve.get();
-            }
-            return result;
-        };
-        const Component x = component("xfov");
-        const Component y = component("yfov");
-        Component aspect = component("aspect_ratio");
-        if (aspect.curve == nullptr || m_document.options().aspect) {
-            aspect.curve = nullptr;
-            aspect.constant = aspectOf(m_document, perspective);
+    };
+
+    AnimatedOptics opticsOf(pugi::xml_node perspective) const
+    {
+        AnimatedOptics result;
+        for (const std::size_t i : m_optics.at(perspective.hash_value())) {
+            result.jobs[m_jobs[i].element.name()] = i;
+            result.isMoving = result.isMoving || !isStill(m_jobs[i]);
+        }
+        result.x = componentOf(result, perspective, "xfov");
+        result.y = componentOf(result, perspective, "yfov");
+        result.aspect = componentOf(result, perspective, "aspect_ratio");
+        if (result.aspect.curve == nullptr || m_document.options().aspect) {
+            result.aspect.curve = nullptr;
+            result.aspect.constant = aspectOf(m_document, perspective);
         }
         const bool hasX = static_cast<bool>(perspective.child("xfov"));
         const bool hasY = static_cast<bool>(perspective.child("yfov"));
-        const pugi::xml_node top = m_jobs[byName.begin()->second].top;
+        result.isXDerived = hasY && !hasX;
+        result.isYDerived = hasX && !hasY;
+        return result;
+    }
+
+    Component componentOf(const AnimatedOptics& optics, pugi::xml_node perspective, const char* name) const
+    {
+        Component result;
+        result.constant = numberOr(textOf(perspective.child(name)), 0);
+        const auto found = optics.jobs.find(name);
+        if (found != optics.jobs.end()) {
+            result.curve = m_motion.channels()[m_jobs[found->second].channels.back()].curve.get();
+        }
+        return result;
+    }
+
+    // An animated camera ignores declared numbers, so each number needs a curve.
+    void arrangeCamera(pugi::xml_node perspective)
+    {
+        const AnimatedOptics optics = opticsOf(perspective);
+        const pugi::xml_node top = m_jobs[optics.jobs.begin()->second].top;
         completePerspective(m_document, perspective);
-        for (const char* const name : names) {
-            pugi::xml_node element = perspective.child(name);
-            const auto found = byName.find(name);
-            if (found == byName.end() && isMoving) {
+        for (const char* const name : {"xfov", "yfov", "znear", "zfar"}) {
+            const auto found = optics.jobs.find(name);
+            const bool isNew = found == optics.jobs.end();
+            if (isNew && !optics.isMoving) {
+                continue;
+            }
+            if (isNew) {
                 m_jobs.emplace_back();
-                m_jobs.back().element = element;
+                m_jobs.back().element = perspective.child(name);
                 m_jobs.back().top = top;
-            } else if (found == byName.end()) {
-                continue;
             }
-            Job& job = found == byName.end() ? m_jobs.back() : m_jobs[found->second];
-            const bool isX = std::strcmp(name, "xfov") == 0;
-            const bool isAngle = isX || std::strcmp(name, "yfov") == 0;
-            const bool isDerived = isAngle && ((isX && !hasX && hasY) || (!isX && !hasY && hasX));
-            const Component own = component(name);
-            std::vector<double> first{own.at(0)};
-            if (isDerived) {
-                first[0] = isX ? otherAngle(y.at(0), aspect.at(0)) : otherAngle(x.at(0), 1 / aspect.at(0));
-            }
-            const auto settle = [&] { declare(job, first, slack(first, first)); };
-            if (!isMoving) {
-                reportStill(job);
-                settle();
-                continue;
-            }
-            job.target = targetOf(element);
-            const Component& given = isX ? y : x;
-            if (isDerived && (given.curve != nullptr || aspect.curve != nullptr)) {
-                std::vector<const Curve*> curves;
-                for (const Curve* const curve : {given.curve, aspect.curve}) {
-                    if (curve != nullptr) {
-                        curves.push_back(curve);
-                    }
-                }
-                job.curve = FlatCurve::sample(
-                    1,
-                    [&](double time, double* result) {
-                        *result = otherAngle(given.at(time), isX ? aspect.at(time) : 1 / aspect.at(time));
-                    },
-                    keyTimes(curves), Measure::degrees, m_sampling);
-            } else if (own.curve != nullptr && !isNothingMoving(*own.curve) &&
-                       canStay(job, stayTolerance(job, isAngle ? Measure::degrees : Measure::length))) {
-                job.stays = true;
-            } else if (own.curve != nullptr && !isNothingMoving(*own.curve)) {
-                job.curve = FlatCurve::combine({own}, isAngle ? Measure::degrees : Measure::length, m_sampling);
-            } else {
-                job.curve = FlatCurve::constant(first);
-            }
-            settle();
-            if (!job.stays) {
-                reportFlat(job);
-            }
+            arrangeOptic(isNew ? m_jobs.back() : m_jobs[found->second], optics, componentOf(optics, perspective, name));
         }
     }
 
+    // @param own the number of the job
+    void arrangeOptic(Job& job, const AnimatedOptics& optics, const Component& own)
+    {
+        const bool isX = is(job.element, "xfov");
+        const bool isAngle = isX || is(job.element, "yfov");
+        const Measure measure = isAngle ? Measure::degrees : Measure::length;
+        const bool isDerived = isX ? optics.isXDerived : isAngle && optics.isYDerived;
+        const std::vector<double> first{isDerived ? optics.derivedAt(isX, 0) : own.at(0)};
+        if (!optics.isMoving) {
+            reportStill(job);
+            declare(job, first, slack(first, first));
+            return;
+        }
+        job.target = targetOf(job.element);
+        std::vector<const Curve*> sources;
+        for (const Curve* const curve : {(isX ? optics.y : optics.x).curve, optics.aspect.curve}) {
+            if (isDerived && curve != nullptr) {
+                sources.push_back(curve);
+            }
+        }
+        if (!sources.empty()) {
+            const auto angle = [&](double time, double* result) { *result = optics.derivedAt(isX, time); };
+            job.curve = FlatCurve::sample(1, angle, keyTimes(sources), measure, m_sampling);
+        } else if (own.curve == nullptr || isNothingMoving(*own.curve)) {
+            job.curve = FlatCurve::constant(first);
+        } else if (canStay(job, stayTolerance(job, measure))) {
+            job.stays = true;
+        } else {
+            job.curve = FlatCurve::combine({own}, measure, m_sampling);
+        }
+        declare(job, first, slack(first, first));
+        if (!job.stays) {
+            reportFlat(job);
+        }
+    }
+
+    // Takes out the animations whose channels have new curves or drive nothing, and writes the new ones in their places.
     void replace()
     {
-        std::vector<pugi::xml_node> tops; // in order of their first job
         for (Job& job : m_jobs) {
-            Top& top = m_tops[job.top.hash_value()];
-            top.stays = top.stays || job.stays;
-            if (job.curve) {
-                job.curve->extendTo(m_end);
-                if (!m_document.takeBytes(job.curve->size())) {
-                    m_document.lost(job.element, "size", "The animation of \"" + job.target + "\" is too large.",
-                                    "Raise the limit of the size, or the tolerance.");
-                    job.curve.reset();
-                }
-            }
-            for (const std::size_t index : job.channels) {
-                const Channel& channel = m_motion.channels()[index];
-                rememberIds(job, channel.element);
-                const pugi::xml_node place = topAnimationOf(channel.element);
-                if (!job.stays && !m_tops[place.hash_value()].isSeen) {
-                    m_tops[place.hash_value()].isSeen = true;
-                    tops.push_back(place);
-                }
-            }
-            if (job.curve) {
-                top.jobs.push_back(&job);
-            }
+            settle(job);
         }
-        std::vector<pugi::xml_node> channels = m_leftOut;
         for (const pugi::xml_node channel : m_leftOut) {
-            const pugi::xml_node place = topAnimationOf(channel);
-            if (!m_tops[place.hash_value()].isSeen) {
-                m_tops[place.hash_value()].isSeen = true;
-                tops.push_back(place);
-            }
+            leaveOut(topAnimationOf(channel));
             m_document.report().changed = true;
         }
-        for (const Job& job : m_jobs) {
-            for (std::size_t i = 0; !job.stays && i < job.channels.size(); ++i) {
-                channels.push_back(m_motion.channels()[job.channels[i]].element);
-            }
+        removeChannels();
+        for (const pugi::xml_node place : m_replaced) {
+            clear(place);
         }
-        for (const pugi::xml_node channel : channels) {
-            removeElement(channel);
-        }
-        for (pugi::xml_node& place : tops) {
-            Top& top = m_tops[place.hash_value()];
-            if (top.others > 0 || top.stays) {
-                continue;
-            }
-            if (top.jobs.empty()) {
-                removeElement(place);
-            } else {
-                place.remove_children();
-                top.isEmptied = true;
-            }
-        }
-        if (!tops.empty()) {
+        if (!m_replaced.empty()) {
             m_document.forgetIds();
         }
-        for (const pugi::xml_node place : tops) {
+        for (const pugi::xml_node place : m_replaced) {
             write(m_tops[place.hash_value()], place);
         }
         for (const Job& job : m_jobs) { // next to animations that stay: the other numbers of a camera
@@ -542,6 +523,69 @@ private:
                 top.isSeen = true;
                 write(top, job.top);
             }
+        }
+    }
+
+    // Notes what becomes of the animations of a job. Its curve is dropped if it would be too large.
+    void settle(Job& job)
+    {
+        Top& top = m_tops[job.top.hash_value()];
+        top.stays = top.stays || job.stays;
+        if (job.curve) {
+            job.curve->extendTo(m_end);
+            if (!m_document.takeBytes(job.curve->size())) {
+                m_document.lost(job.element, "size", "The animation of \"" + job.target + "\" is too large.",
+                                "Raise the limit of the size, or the tolerance.");
+                job.curve.reset();
+            }
+        }
+        for (const std::size_t index : job.channels) {
+            const Channel& channel = m_motion.channels()[index];
+            rememberIds(job, channel.element);
+            if (!job.stays) {
+                leaveOut(topAnimationOf(channel.element));
+            }
+        }
+        if (job.curve) {
+            top.jobs.push_back(&job);
+        }
+    }
+
+    // Notes an animation with channels that are taken out.
+    void leaveOut(pugi::xml_node place)
+    {
+        Top& top = m_tops[place.hash_value()];
+        if (!top.isSeen) {
+            top.isSeen = true;
+            m_replaced.push_back(place);
+        }
+    }
+
+    void removeChannels()
+    {
+        std::vector<pugi::xml_node> channels = m_leftOut;
+        for (const Job& job : m_jobs) {
+            for (std::size_t i = 0; !job.stays && i < job.channels.size(); ++i) {
+                channels.push_back(m_motion.channels()[job.channels[i]].element);
+            }
+        }
+        for (const pugi::xml_node channel : channels) {
+            removeElement(channel);
+        }
+    }
+
+    // Removes an animation, or its content if new curves take its place, unless other channels need it.
+    void clear(pugi::xml_node place)
+    {
+        Top& top = m_tops[place.hash_value()];
+        if (top.others > 0 || top.stays) {
+            return;
+        }
+        if (top.jobs.empty()) {
+            removeElement(place);
+        } else {
+            place.remove_children();
+            top.isEmptied = true;
         }
     }
 
@@ -586,7 +630,7 @@ private:
         }
     }
 
-    // Clips name all animations that theirs have become.
+    // Clips name all animations that replace theirs.
     void adaptClips()
     {
         std::unordered_map<std::string, std::vector<const Job*>> byOldId;
@@ -640,7 +684,8 @@ private:
     std::vector<pugi::xml_node> m_perspectives;                         // animated ones
     std::unordered_map<std::size_t, std::vector<std::size_t>> m_optics; // the jobs of each of these
     std::vector<Job> m_jobs;
-    std::vector<pugi::xml_node> m_leftOut; // channels that drive nothing
+    std::vector<pugi::xml_node> m_replaced; // animations with channels that are taken out
+    std::vector<pugi::xml_node> m_leftOut;  // channels that drive nothing
     std::unordered_map<std::size_t, Top> m_tops;
     std::unordered_map<std::size_t, std::unordered_set<std::string>> m_takenSids;
     std::map<std::pair<std::size_t, std::string>, pugi::xml_node> m_firstBySid;

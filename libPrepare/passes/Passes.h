@@ -3,31 +3,31 @@
 #include <libPrepare/document/Document.h>
 
 /// @file
-/// The passes. Each takes a document to one that says the same, and reports what it changes and what is lost. Prepare.cpp
-/// shows their order.
+/// The passes. Each rewrites the document so that it says the same, and reports changes and losses. Prepare.cpp shows
+/// their order.
 namespace libPrepare {
 
 // The document as a whole.
 void convertVersions(Document& document);        ///< 1.4.0 and 1.5, foreign and missing namespaces: to 1.4.1.
-void copyExternalReferences(Document& document); ///< Copies in what references in other documents name.
+void copyExternalReferences(Document& document); ///< Copies in elements of other documents that references name.
 void repairTexts(Document& document);            ///< Texts in several runs, decimal commas, character data sections.
 void repairIds(Document& document);              ///< Doubled ids, and ids beyond ASCII.
-void chooseVisualScene(Document& document);      ///< The one that `<scene>` names; the others are reported.
+void chooseVisualScene(Document& document);      ///< Keeps the one that `<scene>` names; the others are reported.
 void applyAssets(Document& document);            ///< Units and up axes of geometries, nodes and scenes.
 
 // The tree.
 void copyInstanceNodes(Document& document); ///< `<instance_node>`.
-void flattenAnimations(Document& document); ///< One animation a target, with the whole value.
+void flattenAnimations(Document& document); ///< One animation per target, with the whole value.
 
 // Geometry.
 void openConvexMeshes(Document& document);    ///< `<convex_mesh>` with faces of its own.
-void triangulate(Document& document);         ///< polylist, polygons, tristrips, trifans, bad faces.
 void poseControllers(Document& document);     ///< `<skin>` and `<morph>` become meshes.
-void dropAnimations(Document& document);      ///< Those of weights, materials and lights, which then have one value.
+void triangulate(Document& document);         ///< polylist, polygons, tristrips, trifans, bad faces.
+void dropAnimations(Document& document);      ///< Those of weights, materials and lights, which get a fixed value.
 void separateGeometries(Document& document);  ///< A geometry for every instance, a symbol for every material.
 void arrangeInputs(Document& document);       ///< Inputs under `<vertices>`, other semantics, offsets, sets.
-void dropUnreadInstances(Document& document); ///< Splines, hulls, what leads nowhere; lines are reported.
-void makeNormals(Document& document);         ///< Where `Options::normals` asks for them.
+void dropUnreadInstances(Document& document); ///< Splines, hulls, broken references; lines are reported.
+void makeNormals(Document& document);         ///< If `Options::normals` is set.
 
 // Looks.
 void bindMaterials(Document& document);   ///< `<bind_material>` where it is missing or ambiguous.

@@ -23,14 +23,14 @@ using Values = std::vector<double>; // three numbers a record
 constexpr std::size_t longestChain = 64; // of skins and morphs that take each other for their source
 constexpr std::size_t maxSkeletons = 64; // that an instance names
 
-// What a primitive's corners have of one semantic, and where.
+// The input of a primitive with one semantic.
 struct Attribute {
     std::shared_ptr<const Values> values; // null if it has none
     bool isOfVertices = false;            // an input of `<vertices>`
     pugi::xml_node input;
 };
 
-// A mesh as it is blended: its positions, and the normals of each primitive that can be read.
+// A mesh for blending: its positions, and the readable normals of each primitive.
 struct Shape {
     std::vector<pugi::xml_node> primitives;
     pugi::xml_node vertices;
@@ -41,6 +41,28 @@ struct Shape {
 Vector3 record(const Values& values, std::size_t index)
 {
     return {values[3 * index], values[3 * index + 1], values[3 * index + 2]};
+}
+
+bool holdsFaces(pugi::xml_node primitive)
+{
+    return !is(primitive, "lines") && !is(primitive, "linestrips");
+}
+
+// The index lists of a primitive, those of polygons with holes included.
+std::vector<pugi::xml_node> indexListsOf(pugi::xml_node primitive)
+{
+    std::vector<pugi::xml_node> result;
+    for (const pugi::xml_node child : primitive.children()) {
+        if (is(child, "p")) {
+            result.push_back(child);
+        }
+        for (const pugi::xml_node loop : is(child, "ph") ? child.children() : pugi::xml_node().children()) {
+            if (is(loop, "p") || is(loop, "h")) {
+                result.push_back(loop);
+            }
+        }
+    }
+    return result;
 }
 
 Vector3 unit(const Vector3& vector)
@@ -134,7 +156,7 @@ private:
         for (const pugi::xml_node primitive : primitivesOf(geometry)) {
             const std::vector<Input> inputs = inputsOf(primitive);
             const SourceLayout* const positions = positionsOf(m_document, m_sources, inputs);
-            if (positions == nullptr || !is(primitive, "triangles")) {
+            if (positions == nullptr || !holdsFaces(primitive)) {
                 continue;
             }
             if (shape.primitives.empty()) {
@@ -154,7 +176,7 @@ private:
                                  : m_document.resolve(vertex->element.attribute("source").value(), {"vertices"});
     }
 
-    // The records of a source, three numbers each. Sources that are asked for again are the same object.
+    // The records of a source, three numbers each. Repeated calls return the same object.
     std::shared_ptr<const Values> wide(const SourceLayout& layout)
     {
         std::shared_ptr<const Values>& known = m_wide[layout.source.hash_value()];
@@ -171,7 +193,7 @@ private:
         return known;
     }
 
-    // Of several sets the lowest; an input of the primitive goes before one of `<vertices>`.
+    // The lowest of several sets; an input of the primitive takes precedence over one of `<vertices>`.
     Attribute attributeOf(const std::vector<Input>& inputs, std::string_view semantic)
     {
         Attribute result;
@@ -201,7 +223,7 @@ private:
         return layout != nullptr && layout->width() > 0 ? layout : nullptr;
     }
 
-    // What a morph adds to its base.
+    // The weighted targets of a morph.
     struct Blend {
         struct Target {
             const Shape* shape;
@@ -210,7 +232,7 @@ private:
         std::vector<Target> targets; // each once
         bool isRelative = false;
 
-        // @param valuesOf gives the values of a target; null or of another number if it has none that fit
+        // @param valuesOf returns the values of a target; null or another number of values if none fit
         template <class ValuesOf>
         Values of(const Values& base, const ValuesOf& valuesOf) const
         {
@@ -263,7 +285,9 @@ private:
     // The targets that a morph names, with their weights.
     std::vector<Blend::Target> readTargets(pugi::xml_node morph, pugi::xml_node names, const SourceLayout& weights)
     {
-        const std::vector<double> all = m_motion->values(weights.array, m_document.options().time);
+        const std::optional<double> start = m_document.isAtStart() ? std::optional(0.0) : std::nullopt;
+        const std::optional<double> time = m_document.options().time;
+        const std::vector<double> all = m_motion->values(weights.array, time ? time : start);
         std::vector<Blend::Target> targets;
         std::unordered_map<const Shape*, std::size_t> places; // among the targets: one may come more than once
         std::size_t place = 0;
@@ -293,7 +317,7 @@ private:
         return targets;
     }
 
-    // Primitives often share their normals, and then those of the targets: they share the result, too.
+    // Primitives often share their normals and those of the targets. Then they also share the result.
     void blendNormals(const Blend& blend, Shape& shape)
     {
         std::map<std::vector<const Values*>, std::shared_ptr<const Values>> made;
@@ -312,7 +336,7 @@ private:
             if (!blended) {
                 m_held.push_back(shape.normals[i]); // keeps the key's address from being used again
                 Values sum = blend.of(*shape.normals[i], valuesOf);
-                // The faces between them go by their directions alone.
+                // Faces between the points are compared by direction only.
                 for (std::size_t k = 0; 3 * k < sum.size(); ++k) {
                     put(sum, k, unit(record(sum, k)));
                 }
@@ -426,7 +450,7 @@ private:
         }
     }
 
-    // Gives a copy of the base geometry the positions and directions of the pose.
+    // Sets the positions and directions of a copy to those of the pose.
     void write(const Shape& shape, pugi::xml_node base, pugi::xml_node geometry, const std::vector<Matrix4>& matrices)
     {
         const std::size_t count = shape.positions.size() / 3;
@@ -492,7 +516,7 @@ private:
         return own;
     }
 
-    // Turns one kind of direction of a primitive with the vertices that its corners name.
+    // Turns the directions of one semantic with the vertices of the corners.
     void turn(pugi::xml_node geometry, pugi::xml_node primitive, const Attribute& attribute, const char* semantic,
               const std::vector<Matrix4>& matrices, std::size_t count)
     {
@@ -508,7 +532,7 @@ private:
             if (matrices.empty() && !isNormal) {
                 return;
             }
-            // One record for each of the source, or for each vertex.
+            // One record for each record of the source, or for each vertex.
             const auto key = std::make_pair(attribute.values.get(), std::string(semantic));
             auto made = m_made.find(key);
             if (made == m_made.end()) {
@@ -522,43 +546,44 @@ private:
             setAttribute(input, "source", '#' + made->second);
             return;
         }
-        // A record for each pair of vertex and direction.
+        // One record for each pair of vertex and direction.
         Pairs& pairs = m_pairs[std::make_pair(attribute.values.get(), std::string(semantic))];
         if (!pairs.source) {
             pairs.source = addVectorSource(m_document, geometry, isNormal ? "normals" : "directions");
             m_held.push_back(attribute.values);
         }
         const std::size_t stride = strideOf(inputs);
-        pugi::xml_node list = primitive.child("p");
-        const std::vector<std::int32_t> entries = indices(textOf(list));
         const bool isAlone = std::count_if(inputs.begin(), inputs.end(),
                                            [&](const Input& other) { return other.offset == offset; }) == 1;
-        std::string text;
-        for (std::size_t corner = 0; corner + stride <= entries.size(); corner += stride) {
-            const std::int32_t vertex = entries[corner + vertexOffset];
-            const std::int32_t direction = entries[corner + offset];
-            std::int32_t index = -1;
-            if (vertex >= 0 && static_cast<std::size_t>(vertex) < count && direction >= 0 &&
-                static_cast<std::size_t>(direction) < records) {
-                const std::uint64_t key =
-                    (static_cast<std::uint64_t>(vertex) << 32U) | static_cast<std::uint32_t>(direction);
-                const auto [known, isNew] =
-                    pairs.indices.try_emplace(key, static_cast<std::int32_t>(pairs.indices.size()));
-                if (isNew) {
-                    const Vector3 turned = turnedBy(matrices[static_cast<std::size_t>(vertex)],
-                                                    record(values, static_cast<std::size_t>(direction)), isNormal);
-                    pairs.values.insert(pairs.values.end(), turned.begin(), turned.end());
+        const auto indexOf = [&](std::int32_t vertex, std::int32_t direction) -> std::int32_t {
+            if (vertex < 0 || static_cast<std::size_t>(vertex) >= count || direction < 0 ||
+                static_cast<std::size_t>(direction) >= records) {
+                return -1;
+            }
+            const std::uint64_t key =
+                (static_cast<std::uint64_t>(vertex) << 32U) | static_cast<std::uint32_t>(direction);
+            const auto [known, isNew] = pairs.indices.try_emplace(key, static_cast<std::int32_t>(pairs.indices.size()));
+            if (isNew) {
+                const Vector3 turned = turnedBy(matrices[static_cast<std::size_t>(vertex)],
+                                                record(values, static_cast<std::size_t>(direction)), isNormal);
+                pairs.values.insert(pairs.values.end(), turned.begin(), turned.end());
+            }
+            return known->second;
+        };
+        for (const pugi::xml_node list : indexListsOf(primitive)) {
+            const std::vector<std::int32_t> entries = indices(textOf(list));
+            std::string text;
+            for (std::size_t corner = 0; corner + stride <= entries.size(); corner += stride) {
+                const std::int32_t index = indexOf(entries[corner + vertexOffset], entries[corner + offset]);
+                for (std::size_t i = 0; i < stride; ++i) {
+                    appendEntry(text, isAlone && i == offset ? index : entries[corner + i]);
                 }
-                index = known->second;
+                if (!isAlone) {
+                    appendEntry(text, index);
+                }
             }
-            for (std::size_t i = 0; i < stride; ++i) {
-                appendEntry(text, isAlone && i == offset ? index : entries[corner + i]);
-            }
-            if (!isAlone) {
-                appendEntry(text, index);
-            }
+            setText(list, text);
         }
-        setText(list, text);
         setAttribute(input, "source", '#' + std::string(pairs.source.attribute("id").value()));
         setAttribute(input, "offset", std::to_string(isAlone ? offset : stride));
     }
@@ -580,7 +605,7 @@ private:
         return source.attribute("id").value();
     }
 
-    // A skin is in the world already, so that a node of its own shows it.
+    // A posed skin is in world space, so a separate node shows it.
     void showInstead(pugi::xml_node scene, pugi::xml_node instance, pugi::xml_node geometry, bool isSkin)
     {
         instance.set_name("instance_geometry");

@@ -48,7 +48,7 @@ std::string plural(std::size_t count, const std::string& noun)
     return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
 }
 
-// One primitive on its way to triangles.
+// Turns one primitive into triangles.
 class FaceReader {
 public:
     FaceReader(Document& document, Sources& sources, Tessellator& tessellator, pugi::xml_node element)
@@ -152,7 +152,7 @@ private:
         ++m_count;
     }
 
-    // Takes the entries of a corner that is written into the census.
+    // Adds the entries of a written corner to the census.
     void count(const std::int32_t* entries)
     {
         if (m_greatest.empty()) { // no earlier, since an offset may be huge, but not that of a corner
@@ -167,7 +167,7 @@ private:
         }
     }
 
-    // `<p>` of which the first counts alone, a count that is another, and faces that cannot be shown.
+    // Handles several `<p>`, of which only the first would be read, a wrong count, and faces that cannot be shown.
     void readTriangles()
     {
         if (needsNothing()) {
@@ -202,7 +202,7 @@ private:
         }
     }
 
-    // Most lists of triangles are right, which is seen without keeping their indices.
+    // Most lists of triangles are correct, which can be checked without storing their indices.
     bool needsNothing() const
     {
         const pugi::xml_node list = m_element.child("p");
@@ -258,7 +258,7 @@ private:
                       !m_element.child("p").next_sibling("p") && !readFace(entries, 1);
     }
 
-    // The text of `<p>`, or the whole tuples of all of them.
+    // The text of `<p>`, or the complete tuples of all of them.
     std::string_view joinedLists(std::string& scratch)
     {
         const pugi::xml_node list = m_element.child("p");
@@ -277,7 +277,7 @@ private:
         return text;
     }
 
-    // Reads the corners of a face to m_tuples, and where they are in the text. @return false if the list ends before
+    // Reads the corners of a face to m_tuples, and their positions in the text. @return false if the list is too short
     bool readFace(IndexReader& entries, std::size_t length)
     {
         IndexReader reader = entries; // a copy, which stays in registers
@@ -368,7 +368,7 @@ private:
                 ++m_rejects.flat;
                 return;
             }
-            appendFan(corners); // a morph or a skin may give it an area
+            appendFan(corners); // it may be a sliver whose area is lost in rounding
             break;
         case Tessellator::Result::tooLong:
             ++m_rejects.tooLong;
@@ -475,6 +475,17 @@ private:
 
     void report()
     {
+        if (!m_document.isMade(m_element)) {
+            reportChanges(); // those of a posed copy are the same
+        }
+        if (m_rejects.tooLong > 0) {
+            m_document.lost(m_element, "faces", plural(m_rejects.tooLong, "face") + " too entangled to be cut up.",
+                            "Make triangles of it in the program that it comes from.");
+        }
+    }
+
+    void reportChanges()
+    {
         const std::string name = m_element.name();
         if (m_kind == Kind::triangles) {
             if (m_rejects.all() == 0) {
@@ -496,10 +507,6 @@ private:
         drop(m_rejects.outside, "with a corner that names no position, or one that is no number.");
         drop(m_rejects.small, "with fewer than three corners.");
         drop(m_rejects.flat, "with fewer than three different corners.");
-        if (m_rejects.tooLong > 0) {
-            m_document.lost(m_element, "faces", plural(m_rejects.tooLong, "face") + " too entangled to be cut up.",
-                            "Make triangles of it in the program that it comes from.");
-        }
     }
 
     Document& m_document;

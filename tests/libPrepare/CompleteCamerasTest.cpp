@@ -37,7 +37,7 @@ std::string targetOf(const Prepared& done, const std::string& camera)
     return "//visual_scene/node[@id='" + reference.substr(1) + "']";
 }
 
-// The numbers that the transform of a node has at a time.
+// The numbers of a node's transform at a time.
 Numbers playedOf(const Prepared& done, const std::string& node, std::size_t width, double time)
 {
     const std::string id = done.node(node.c_str()).attribute("id").value();
@@ -59,7 +59,7 @@ TEST(CompleteCamerasTest, CameraAndTargetComeDirectlyUnderTheScene)
     EXPECT_EQ(1U, done.count("//node[@id='a']/node[@id='b']"));
     EXPECT_STREQ("Lens", done.node(eye.c_str()).attribute("name").value());
     expectNear({0, 0, 1, 1, 0, 1, 0, 2, -1, 0, 0, 3, 0, 0, 0, 1}, done.numbers(eye + "/matrix"));
-    // It looks along -X, from (1 2 3), as far as that is from the origin.
+    // It looks from (1 2 3) along -X. The target is as far away as the origin.
     expectNear({1 - std::sqrt(14.0), 2, 3}, done.numbers(targetOf(done, "c") + "/translate"));
     EXPECT_EQ(1U, done.findings("camera without a look-at node"));
 }
@@ -86,8 +86,8 @@ TEST(CompleteCamerasTest, AnimatedAncestorsAreBakedIntoCurves)
 
 TEST(CompleteCamerasTest, MovingCameraIsDeclaredWhereItsCurvesBegin)
 {
-    // The declared angle is that at second 0 but for what single precision cannot tell apart, and stays. The target does
-    // not: it is at the origin at second 0, where the least difference counts.
+    // The declared angle equals that at second 0 in single precision, and stays. The target does not: it is at the
+    // origin at second 0, where the smallest difference counts.
     const Prepared done(
         square + "<library_animations>" + test::flat("x", "a/r.ANGLE", "ANGLE", "0 1", "0 90", "LINEAR LINEAR") +
         "</library_animations>" +
@@ -170,6 +170,29 @@ TEST(CompleteCamerasTest, OrthographicCameraIsLeftOutWithoutApproximations)
     EXPECT_EQ(1U, done.findings("camera"));
 }
 
+TEST(CompleteCamerasTest, FirstOfSeveralOpticsCount)
+{
+    const std::string flat = "<orthographic><xmag>4</xmag><znear>1</znear><zfar>50</zfar></orthographic>";
+    const std::string wide =
+        "<perspective><xfov>60</xfov><yfov>50</yfov><znear>1</znear><zfar>100</zfar></perspective>";
+    const std::string narrow =
+        "<perspective><xfov>9</xfov><yfov>8</yfov><znear>1</znear><zfar>100</zfar></perspective>";
+    const std::string scene = shown("<node id='a'>" + identityMatrix + instance + "</node>");
+    for (const std::string& optics : {wide + flat, wide + narrow, wide + flat + narrow}) {
+        const Prepared done(cameraOf(optics) + scene);
+        EXPECT_EQ(1U, done.findings("optics"));
+        EXPECT_EQ(1U, done.count("//optics/technique_common/*"));
+        EXPECT_EQ((Numbers{60}), done.numbers("//xfov"));
+        EXPECT_TRUE(done.report.approximations.empty());
+        EXPECT_FALSE(Prepared(done.xml()).report.changed);
+    }
+    const Prepared done(cameraOf(flat + wide) + scene);
+    EXPECT_EQ(1U, done.findings("optics"));
+    EXPECT_EQ(1U, done.count("//perspective"));
+    ASSERT_EQ(1U, done.report.approximations.size());
+    EXPECT_EQ(4, done.report.approximations[0].xmag);
+}
+
 struct Field {
     const char* optics;
     std::optional<double> aspect;
@@ -199,7 +222,7 @@ const double narrow = 2 * std::atan(0.5) / degree; // half as wide
 INSTANTIATE_TEST_SUITE_P(Rules, FieldOfViewTest,
                          testing::Values(Field{"<xfov>90</xfov><aspect_ratio>2</aspect_ratio>", {}, 90, narrow},
                                          Field{"<yfov>90</yfov><aspect_ratio>2</aspect_ratio>", {}, wide, 90},
-                                         Field{"<yfov>90</yfov>", {}, 90, 90}, // square if nobody says anything
+                                         Field{"<yfov>90</yfov>", {}, 90, 90}, // square by default
                                          Field{"<yfov>90</yfov><aspect_ratio>3</aspect_ratio>", 2.0, wide, 90},
                                          Field{"<xfov>30</xfov><yfov>20</yfov>", 2.0, 30, 20}, Field{"", {}, 45, 45}));
 

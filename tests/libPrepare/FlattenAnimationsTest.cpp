@@ -273,6 +273,22 @@ TEST(FlattenAnimationsTest, AnimatedAngleGivesACurveToEachNumberOfTheCamera)
     }
 }
 
+// A plane that moves takes the angles along, even those that the document does not give.
+TEST(FlattenAnimationsTest, CameraWithAnimatedPlaneGetsACurveForEachNumber)
+{
+    const Prepared done(
+        "<library_cameras><camera id='c'><optics><technique_common><perspective><znear sid='n'>1</znear>"
+        "<zfar>100</zfar></perspective></technique_common></optics></camera></library_cameras>" +
+        library(flat("x", "c/n", "N", "0 1", "1 2", "LINEAR LINEAR")) +
+        shown("<node id='a'><instance_camera url='#c'/></node>"));
+    for (const double time : {0.25, 0.5, 0.75}) {
+        EXPECT_NEAR(45, played(done, "//animation[channel/@target='c/xfov']", 0, time, 0), 1e-9);
+        EXPECT_NEAR(45, played(done, "//animation[channel/@target='c/yfov']", 0, time, 0), 1e-9);
+        EXPECT_NEAR(1 + time, played(done, "//animation[channel/@target='c/n']", 0, time, 0), 1e-9);
+        EXPECT_NEAR(100, played(done, "//animation[channel/@target='c/zfar']", 0, time, 0), 1e-9);
+    }
+}
+
 TEST(FlattenAnimationsTest, WhatDrivesNothingThatIsShownIsLost)
 {
     const Prepared done(library(flat("x", "e/c", "R G B", "0 1", "0 0 0 1 1 1", "LINEAR LINEAR") +

@@ -106,6 +106,44 @@ TEST(MotionTest, StepHolds)
     EXPECT_EQ(5, moving.values("//rotate", 1.5)[3]);
 }
 
+struct KindList {
+    const char* words;
+    std::vector<Interpolation> kinds;
+    bool isPlain; // as the scene graph reads it
+};
+
+class KindListTest : public testing::TestWithParam<KindList> {};
+
+// A list that repeats one word is read at once. No other list may be mistaken for one.
+TEST_P(KindListTest, HasAKindForEachWord)
+{
+    Moving moving(animated("b/r.ANGLE",
+                           source("t", "T", "0 1 2 3") + source("o", "A", "0 1 2 3") + kinds("k", GetParam().words)));
+    ASSERT_EQ(1U, moving.motion().channels().size());
+    const Curve& curve = *moving.motion().channels()[0].curve;
+    std::vector<Interpolation> found;
+    for (std::size_t key = 0; key < curve.count(); ++key) {
+        found.push_back(curve.kind(key));
+    }
+    EXPECT_EQ(GetParam().kinds, found);
+    EXPECT_EQ(GetParam().isPlain, curve.isPlain());
+}
+
+constexpr Interpolation linear = Interpolation::linear;
+constexpr Interpolation step = Interpolation::step;
+INSTANTIATE_TEST_SUITE_P(
+    Rules, KindListTest,
+    testing::Values(KindList{"STEP STEP STEP STEP", {step, step, step, step}, true},
+                    KindList{"\n STEP STEP STEP STEP \t", {step, step, step, step}, true},
+                    KindList{"STEP\nSTEP\nSTEP\nSTEP", {step, step, step, step}, true},
+                    KindList{"STEP  STEP STEP\tSTEP", {step, step, step, step}, true},
+                    KindList{"STEP STEP LINEAR STEP", {step, step, linear, step}, true},
+                    KindList{"STEP STEP STEP LINE", {step, step, step, linear}, false}, // not an interpolation
+                    KindList{"STEP STEP STEP STEPS", {step, step, step, linear}, false},
+                    KindList{"STEP STEP STEP STE", {step, step, step, linear}, false},
+                    KindList{"STEP STEP STEP", {step, step, step, linear}, false}, // a key without one
+                    KindList{"STEP", {step, linear, linear, linear}, false}));
+
 TEST(MotionTest, BezierInOneDimensionHasTheTimeAsItsParameter)
 {
     Moving moving(animated("b/r.ANGLE", source("t", "T", "0 2") + source("o", "A", "0 8") +

@@ -107,6 +107,61 @@ TEST(PoseControllersTest, JointNamesWithBlanksAreFound)
     test::expectNear({10, 0, 0, 11, 0, 0, 10, 1, 0}, shown(Prepared(document), "POSITION"));
 }
 
+// A quad of four vertices with one normal, cut as `faces` say.
+std::string quad(const std::string& positions, const std::string& faces)
+{
+    return "<geometry id='g'><mesh>" + source("gp", "X Y Z", positions) + source("gn", "X Y Z", "1 0 0") +
+           "<vertices id='gv'>" + inputXml("POSITION", "gp") + "</vertices>" + "<polygons count='1' material='m'>" +
+           inputXml("VERTEX", "gv", "0") + inputXml("NORMAL", "gn", "1") + faces + "</polygons></mesh></geometry>";
+}
+
+TEST(PoseControllersTest, PolygonsAreCutUpAsTheyStandInThePose)
+{
+    // Convex as it is bound. Joint B moves all but vertex 1 by 10, to (4, 0), (1, 1), (0, 4), (0, 0): concave at vertex 1.
+    const Prepared result(scene(skin("<vcount>1 1 1 1</vcount><v>1 0 -1 0 1 0 1 0</v>"),
+                                quad("-6 0 0 1 1 0 -10 4 0 -10 0 0", "<p>0 0 1 0 2 0 3 0</p>")));
+    const std::vector<double> positions = shown(result, "POSITION");
+    test::expectNear({4, 0, 0, 1, 1, 0, 0, 4, 0, 0, 0, 0}, positions);
+    const std::vector<double> corners =
+        result.numbers("//geometry[@id=substring(//instance_geometry/@url, 2)]/mesh/triangles/p");
+    ASSERT_EQ(12U, corners.size());
+    double area = 0;
+    for (std::size_t i = 0; i < corners.size(); i += 6) {
+        const auto at = [&](std::size_t corner, std::size_t axis) {
+            return positions[3 * static_cast<std::size_t>(corners[i + 2 * corner]) + axis];
+        };
+        const double each =
+            ((at(1, 0) - at(0, 0)) * (at(2, 1) - at(0, 1)) - (at(2, 0) - at(0, 0)) * (at(1, 1) - at(0, 1))) / 2;
+        EXPECT_GT(each, 0); // none looks the other way
+        area += each;
+    }
+    EXPECT_NEAR(4, area, 1e-9);
+    test::expectStable(result);
+}
+
+TEST(PoseControllersTest, NormalsOfHolesTurnToo)
+{
+    const Prepared result(
+        scene(skin("<vcount>1 1 1 1 1 1 1</vcount><v>0 0 0 0 0 0 0 0 0 0 0 0 0 0</v>"),
+              quad("0 0 0 4 0 0 4 4 0 0 4 0 1 1 0 1 2 0 2 1 0", "<ph><p>0 0 1 0 2 0 3 0</p><h>4 0 5 0 6 0</h></ph>")));
+    std::vector<double> expected; // turned by A from (1, 0, 0), one for each vertex
+    for (unsigned i = 0; i < 7; ++i) {
+        expected.insert(expected.end(), {0, 1, 0});
+    }
+    test::expectNear(expected, shown(result, "NORMAL"));
+}
+
+TEST(PoseControllersTest, FacesThatThePoseMakesNoNumbersOfAreLeftOut)
+{
+    std::string document = scene(skin("<vcount>1 1 1</vcount><v>0 0 0 0 0 0</v>"));
+    document.replace(document.find("<translate>0 0 5"), 16, "<translate>0 0 NaN");
+    const Prepared result(document);
+    EXPECT_STREQ("0", result.node("//geometry[@id=substring(//instance_geometry/@url, 2)]/mesh/triangles")
+                          .attribute("count")
+                          .value());
+    test::expectStable(result);
+}
+
 std::string morph(const std::string& method, const std::string& weights, const std::string& id = "c",
                   const std::string& of = "g")
 {
@@ -151,6 +206,18 @@ TEST(PoseControllersTest, AnimatedWeightsAreThoseOfTheTime)
     test::expectNear({1, 0, 0, 2, 0, 0, 1, 1, 0}, shown(result, "POSITION")); // a quarter of t: x by 0.25 * 4
     const Prepared declared(library + scene(morph("NORMALIZED", "0.5 0"), morphed));
     test::expectNear({2, 0, 0, 3, 0, 0, 2, 1, 0}, shown(declared, "POSITION"));
+}
+
+TEST(PoseControllersTest, AnimatedWeightsAreThoseOfSecond0WhereTheNodesAre)
+{
+    const std::string library =
+        "<library_animations>" + test::flat("x", "mw-array(0)", "WEIGHT", "0 4", "0.25 1", "LINEAR LINEAR") +
+        test::flat("y", "n/t", "X Y Z", "0 4", "0 0 0 4 0 0", "LINEAR LINEAR") + "</library_animations>";
+    std::string document = library + scene(morph("NORMALIZED", "0.5 0"), morphed);
+    document.replace(document.find("<translate>100"), 14, "<translate sid='t'>100");
+    const Prepared result(document); // the node declares 0 0 0 now, which is its place at second 0
+    test::expectNear({0, 0, 0}, result.numbers("//node[@id='n']/translate"));
+    test::expectNear({1, 0, 0, 2, 0, 0, 1, 1, 0}, shown(result, "POSITION")); // a quarter of t: x by 0.25 * 4
 }
 
 TEST(PoseControllersTest, SkinOfAMorphMovesTheBlendedMesh)

@@ -34,7 +34,7 @@ TEST(TessellatorTest, WhatIsClearlyAFanBecomesOne)
         const double size = std::pow(10.0, static_cast<int>(random() % 61) - 30);
         const double roughness = std::pow(10.0, -static_cast<int>(random() % 8));
         GivenPolygon given{{{}}, {}};
-        for (std::size_t i = 0; i < corners; ++i) { // on a circle, nearly
+        for (std::size_t i = 0; i < corners; ++i) { // nearly on a circle
             const double angle = 2 * pi * static_cast<double>(i) / static_cast<double>(corners);
             const double away = 1 - roughness * static_cast<double>(random()) / 4294967296.0;
             given.loops[0].push_back({size * away * std::cos(angle), size * away * std::sin(angle), size * 3});
@@ -64,8 +64,8 @@ TEST(TessellatorTest, WhatIsNotClearlyAFanIsLookedAtClosely)
              {{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {2, 2, 0}},                 // a corner on an edge
              {{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {3, 0, 0}},                 // no area
              {{1, 1, 1}, {1, 1, 1}, {1, 1, 1}, {1, 1, 1}},                 // no size
-             {{0, 0, 0}, {tiny, 0, 0}, {tiny, tiny, 0}, {0, tiny, 0}},     // products that are no plain numbers
-             {{0, 0, 0}, {1e200, 0, 0}, {1e200, 1e200, 0}, {0, 1e200, 0}}, // or infinite
+             {{0, 0, 0}, {tiny, 0, 0}, {tiny, tiny, 0}, {0, tiny, 0}},     // with subnormal products
+             {{0, 0, 0}, {1e200, 0, 0}, {1e200, 1e200, 0}, {0, 1e200, 0}}, // with infinite products
              std::vector<Vector3>(1'000, Vector3{1, 2, 3})}) {
         EXPECT_FALSE(Tessellator::isClearlyFan(points));
     }
@@ -75,7 +75,7 @@ TEST(TessellatorTest, ConcaveQuadIsCutAtItsConcaveCorner)
 {
     GivenPolygon given{{{{0, 0, 0}, {4, 0, 0}, {1, 1, 0}, {0, 4, 0}}}, {}}; // a fan from corner 0 fits
     EXPECT_EQ((Triangles{0, 1, 2, 0, 2, 3}), cut(given));
-    GivenPolygon turned{{{{4, 0, 0}, {1, 1, 0}, {0, 4, 0}, {0, 0, 0}}}, {}}; // and one from corner 0 does not
+    GivenPolygon turned{{{{4, 0, 0}, {1, 1, 0}, {0, 4, 0}, {0, 0, 0}}}, {}}; // a fan from corner 0 does not fit
     for (const std::size_t corner : {1U, 3U}) {
         const Triangles triangles = cut(turned);
         EXPECT_EQ(2, std::count(triangles.begin(), triangles.end(), corner));
@@ -118,7 +118,7 @@ TEST(TessellatorTest, HoleThatIsJoinedByADoubleEdgeIsLeftOpen)
 
 TEST(TessellatorTest, CornersAtOnePlaceKeepTheirEdges)
 {
-    // Two squares that touch in the middle, at corners of their own.
+    // Two squares that touch in the middle with separate corners.
     GivenPolygon given{{{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {2, 1, 0}, {2, 2, 0}, {1, 2, 0}, {1, 1, 0}, {0, 1, 0}}}, {}};
     cut(given);
 }
@@ -133,6 +133,19 @@ TEST(TessellatorTest, PolygonThatCrossesItselfGetsNoNewCorner)
     cut(star, false);
 }
 
+TEST(TessellatorTest, QuadThatCrossesItselfIsCutSoThatItsTrianglesLookAwayLeast)
+{
+    // Looks along (4, 0, 12). The triangle 0 2 3 looks along (4, 0, -4), the triangle 0 1 3 along (0, -4, -4): cosines
+    // of -0.447 and -0.671. The two others face the right way.
+    std::vector<Vector3> corners = {{0, 0, 0}, {4, 0, 0}, {0, 4, 0}, {1, -1, 1}};
+    for (const Triangles& expected : {Triangles{0, 1, 2, 0, 2, 3}, Triangles{0, 1, 3, 1, 2, 3},
+                                      Triangles{0, 1, 2, 0, 2, 3}, Triangles{0, 1, 3, 1, 2, 3}}) {
+        GivenPolygon given{{corners}, {}};
+        EXPECT_EQ(expected, cut(given, false));
+        std::rotate(corners.begin(), corners.begin() + 1, corners.end());
+    }
+}
+
 TEST(TessellatorTest, PolygonWithoutAreaGivesNothing)
 {
     Tessellator tessellator;
@@ -144,10 +157,10 @@ TEST(TessellatorTest, PolygonWithoutAreaGivesNothing)
     EXPECT_TRUE(triangles.empty());
 }
 
-// Made-up polygons: stars with as many corners as the row says, turned in space.
+// Generated polygons: stars with as many corners as the row says, rotated in space.
 struct Shape : testSupport::Row {
     double size;
-    double bend; // how far corners leave the plane, as a share of the size
+    double bend; // how far corners are off the plane, relative to the size
     bool hasHoles;
     bool hasCollinear;
 };
@@ -236,7 +249,7 @@ TEST(TessellatorTest, EarsKeepEdgesAndAreaOfWhateverIsGivenToThem)
             }
         }
         if (loops[0].size() < 8 && holes > 0) {
-            continue; // the holes may lie outside
+            continue; // holes may be outside
         }
         SCOPED_TRACE(round);
         std::uint64_t steps = 1000000;

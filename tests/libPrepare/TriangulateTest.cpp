@@ -71,6 +71,10 @@ INSTANTIATE_ROWS(
      "<polylist count='3'>" + vertex + "<vcount>3 3 3</vcount><p>0 1 9 0 1 -1 0 1 3</p></polylist>", "1", "0 1 3", 1},
     {"FaceOfTwoVerticesIsLeftOut",
      "<polylist count='2'>" + vertex + "<vcount>4 3</vcount><p>0 1 0 1 0 1 3</p></polylist>", "1", "0 1 3", 1},
+    {"CornersOfOneVertexKeepWhatElseTheyName", // as at the pole of a sphere of quads
+     "<polylist count='1'>" + vertex + "<input semantic='NORMAL' source='#p' offset='1'/><vcount>4</vcount>" +
+         "<p>0 0 1 1 1 2 3 3</p></polylist>",
+     "2", "0 0 1 1 1 2 0 0 1 2 3 3", 0},
     {"FaceWithoutAreaStays", // in a pose it may have one
      "<polylist count='1'>" + vertex + "<vcount>4</vcount><p>0 1 2 1</p></polylist>", "2", "0 1 2 0 2 1", 0},
     {"HugeCountsAreNotBelieved",
@@ -93,6 +97,25 @@ INSTANTIATE_ROWS(
      "1 4 3", 1},
     {"EmptyListsStay", "<triangles count='0'>" + vertex + "<p/></triangles>", "0", "", 0});
 
+TEST(TriangulateMeshTest, OutlineThatTurnsBackKeepsBothOfItsEdges)
+{
+    // From 2 to 4, inside, and back; from 6 to 7, on the way from 8, and back.
+    const std::vector<int> outline = {0, 2, 4, 2, 8, 6, 7, 6};
+    const Prepared result(
+        mesh("<polylist count='1'>" + vertex + "<vcount>8</vcount><p>0 2 4 2 8 6 7 6</p></polylist>"));
+    const std::vector<double> list = result.numbers("//triangles/p");
+    for (std::size_t i = 0; i < outline.size(); ++i) {
+        const int from = outline[i];
+        const int to = outline[(i + 1) % outline.size()];
+        bool isThere = false;
+        for (std::size_t corner = 0; corner < list.size(); ++corner) {
+            const std::size_t next = corner - corner % 3 + (corner % 3 + 1) % 3;
+            isThere = isThere || (static_cast<int>(list[corner]) == from && static_cast<int>(list[next]) == to);
+        }
+        EXPECT_TRUE(isThere) << from << " to " << to;
+    }
+}
+
 TEST(TriangulateMeshTest, ListOfTrianglesThatIsRightIsNotTouched)
 {
     const std::string document =
@@ -112,7 +135,7 @@ TEST(TriangulateMeshTest, FaceWithAPositionThatIsNoNumberIsLeftOut)
 
 TEST(TriangulateMeshTest, ConcaveFaceIsCutAtItsConcaveCorner)
 {
-    // Corner 4 is the concave one, opposite to corner 0: there is but one way.
+    // Corner 4 is the concave one, opposite corner 0, so there is only one way.
     const Prepared result(mesh("<polylist count='1'>" + vertex + "<vcount>4</vcount><p>2 4 7 0</p></polylist>"));
     EXPECT_STREQ("2", result.node("//triangles").attribute("count").value());
     const std::string list = result.text("//triangles/p");
