@@ -5,8 +5,11 @@
 #include "passes/Passes.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 
 namespace libPrepare {
 
@@ -28,11 +31,64 @@ constexpr void (*passes[])(Document&) = {
     &completeLights,      &completeCameras,
 };
 
-void run(Document& document)
+void runPasses(Document& document)
 {
     for (const auto pass : passes) {
         pass(document);
     }
+}
+
+bool hasLost(const Report& report)
+{
+    return report.first(Outcome::lost) != nullptr;
+}
+
+bool isTooLarge(const Report& report)
+{
+    return std::any_of(report.findings.begin(), report.findings.end(),
+                       [](const Finding& finding) { return finding.kind == "size"; });
+}
+
+// Adds what a later run reports, except for what it reports again.
+void add(Report& report, Report& later)
+{
+    std::set<std::pair<std::string, std::string>> known;
+    for (const Finding& finding : report.findings) {
+        known.emplace(finding.kind, finding.text);
+    }
+    for (Finding& finding : later.findings) {
+        if (known.count({finding.kind, finding.text}) == 0) {
+            report.findings.push_back(std::move(finding));
+        }
+    }
+    const auto append = [](auto& all, auto& more) {
+        all.insert(all.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
+    };
+    append(report.approximations, later.approximations);
+    append(report.madeNormals, later.madeNormals);
+    append(report.opacityTextures, later.opacityTextures);
+}
+
+// A pass may take out something of a broken document that an earlier pass relied on, so the passes run until they
+// change nothing more. Documents that lose nothing need one run.
+void run(Document& document, const Lines& lines = {})
+{
+    constexpr unsigned mostRuns = 4;
+    runPasses(document);
+    bool isOpen = document.report().changed && hasLost(document.report());
+    for (unsigned i = 1; isOpen && i < mostRuns && !isTooLarge(document.report()); ++i) {
+        Report report;
+        Document result(document.xml(), document.file(), document.options(), report, lines,
+                        !document.canHavePrefixes());
+        result.setTarget(document.target());
+        result.takeBytes(document.takenBytes());
+        runPasses(result);
+        isOpen = report.changed;
+        if (isOpen) {
+            add(document.report(), report);
+        }
+    }
+    freeDiscarded(document.xml());
 }
 
 void refuse(Report& report, const Refusal& refusal)
@@ -107,7 +163,7 @@ Report prepare(const std::filesystem::path& in, const std::filesystem::path& out
     Document document(source.xml(), in, options, report, source.lines(), source.isPlain());
     document.setTarget(out);
     reportRepairs(source, document);
-    run(document);
+    run(document, source.lines());
     if (const std::optional<Refusal> refusal = source.write(out, report.changed)) {
         refuse(report, *refusal);
         return report;
@@ -130,7 +186,7 @@ Report inspect(const std::filesystem::path& file)
     {
         Document document(source.xml(), file, options, repairs, source.lines(), source.isPlain());
         reportRepairs(source, document);
-        run(document);
+        run(document, source.lines());
     }
     report.done = true;
     for (Finding& finding : repairs.findings) {

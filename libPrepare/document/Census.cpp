@@ -20,7 +20,7 @@ public:
 
     void take(pugi::xml_node root)
     {
-        open(root, root.name());
+        open(root, root.name(), traitsOf(root.name()));
         pugi::xml_node node = root.first_child();
         while (true) {
             const pugi::xml_node_type type = node.type();
@@ -32,8 +32,9 @@ public:
                 }
             } else if (type == pugi::node_element) {
                 const char* const name = node.name();
-                lookAtPlace(name);
-                open(node, name);
+                const ElementTraits traits = traitsOf(name);
+                lookAtPlace(name, traits);
+                open(node, name, traits);
                 node = node.first_child();
                 continue;
             } else {
@@ -54,7 +55,7 @@ private:
         ElementTraits traits;
     };
 
-    void open(pugi::xml_node element, const char* name)
+    void open(pugi::xml_node element, const char* name, ElementTraits traits)
     {
         readAttributes(element, name);
         if (const std::optional<Reference> reference = referenceInText(element, name, m_extras > 0)) {
@@ -64,8 +65,8 @@ private:
         note(name);
         noteTransform(name);
         const Level level{
-            element, areEqual(name, "extra"), isForeign(name), areEqual(name, "node"), areEqual(name, "rotate"),
-            false,   traitsOf(name)};
+            element, areEqual(name, "extra"), isForeign(name), areEqual(name, "node"), areEqual(name, "rotate"), false,
+            traits};
         m_extras += level.isExtra ? 1 : 0;
         m_foreigners += level.isForeign ? 1 : 0;
         m_levels.push_back(level);
@@ -142,10 +143,10 @@ private:
     }
 
     // An element below the last level.
-    void lookAtPlace(const char* name)
+    void lookAtPlace(const char* name, ElementTraits traits)
     {
         const Level& parent = m_levels.back();
-        if (m_foreigners == 0 && (parent.traits.holdsOnlyValue || !canHold(parent.element, name))) {
+        if (m_foreigners == 0 && (parent.traits.holdsOnlyValue || !canHold(parent.element, name, traits))) {
             m_census.hasOddTexts = true;
         }
     }

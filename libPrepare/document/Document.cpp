@@ -55,9 +55,38 @@ std::string textOf(pugi::xml_node element)
     return std::string(textOf(element, scratch));
 }
 
+namespace {
+
+constexpr char discardedName[] = "discarded"; // a second element beside the root
+
+}
+
+void discard(pugi::xml_node element)
+{
+    pugi::xml_node document = element.root();
+    pugi::xml_node place = document.last_child();
+    if (!is(place, discardedName)) {
+        place = document.append_child(discardedName);
+    }
+    place.append_move(element);
+}
+
+void freeDiscarded(pugi::xml_document& xml)
+{
+    if (is(xml.last_child(), discardedName) && xml.last_child() != xml.document_element()) {
+        xml.remove_child(xml.last_child());
+    }
+}
+
 void setText(pugi::xml_node element, const std::string& text)
 {
-    element.remove_children();
+    for (pugi::xml_node child = element.first_child(); child; child = element.first_child()) {
+        if (child.type() == pugi::node_element) {
+            discard(child);
+        } else {
+            element.remove_child(child);
+        }
+    }
     if (!text.empty()) {
         element.append_child(pugi::node_pcdata).set_value(text.c_str());
     }
@@ -91,7 +120,10 @@ Document::Document(pugi::xml_document& xml, std::filesystem::path file, const Op
       m_isPlain(isPlain)
 {}
 
-Document::~Document() = default;
+Document::~Document()
+{
+    freeDiscarded(m_xml);
+}
 
 const Census& Document::census()
 {

@@ -27,6 +27,11 @@ pugi::xml_node descend(pugi::xml_node element, std::string_view path);
 /// @param scratch where the text is joined if it has several runs
 std::string_view textOf(pugi::xml_node element, std::string& scratch);
 std::string textOf(pugi::xml_node element);
+/// Takes an element out of the document. Its memory stays until the passes have ended, so that handles of it, such as
+/// those by id, stay valid.
+void discard(pugi::xml_node element);
+/// Frees the memory of all discarded elements.
+void freeDiscarded(pugi::xml_document& xml);
 /// Replaces everything in an element by a text.
 void setText(pugi::xml_node element, const std::string& text);
 /// All numbers of an element's text, as `numbers` reads them.
@@ -111,6 +116,8 @@ public:
     /// Counts bytes that a pass adds to the document. @return false once more than `Options::maxSize` would be reached,
     /// and nothing is counted then; the pass leaves the rest out and reports it
     bool takeBytes(std::uint64_t bytes);
+    /// Bytes that passes have added.
+    std::uint64_t takenBytes() const { return m_bytes - m_lines.size(); }
 
 private:
     template <class IsFitting>

@@ -18,54 +18,68 @@ struct Row {
 };
 
 constexpr Row rows[] = {
-    {"IDREF_array", {true, false}},
-    {"Name_array", {true, false}},
-    {"aspect_ratio", {true, true}},
-    {"bind_shape_matrix", {true, true}},
-    {"bool_array", {true, false}},
-    {"color", {true, true}},
-    {"constant_attenuation", {true, true}},
-    {"falloff_angle", {true, true}},
-    {"falloff_exponent", {true, true}},
-    {"float", {true, true}},
-    {"float2", {false, true}},
-    {"float2x2", {false, true}},
-    {"float3", {false, true}},
-    {"float3x3", {false, true}},
-    {"float4", {false, true}},
-    {"float4x4", {false, true}},
-    {"float_array", {true, true}},
-    {"input", {true, false}},
-    {"int_array", {true, false}},
-    {"linear_attenuation", {true, true}},
-    {"lookat", {true, true}},
-    {"matrix", {true, true}},
-    {"p", {true, false}},
-    {"param", {true, false}},
-    {"quadratic_attenuation", {true, true}},
-    {"rotate", {true, true}},
-    {"scale", {true, true}},
-    {"skeleton", {true, false}},
-    {"skew", {true, true}},
-    {"translate", {true, true}},
-    {"v", {true, false}},
-    {"vcount", {true, false}},
-    {"xfov", {true, true}},
-    {"xmag", {true, true}},
-    {"yfov", {true, true}},
-    {"ymag", {true, true}},
-    {"zfar", {true, true}},
-    {"znear", {true, true}},
+    {"COLLADA", {false, false, true}},
+    {"IDREF_array", {true, false, false}},
+    {"Name_array", {true, false, false}},
+    {"animation", {false, false, true}},
+    {"aspect_ratio", {true, true, false}},
+    {"bind_shape_matrix", {true, true, false}},
+    {"bool_array", {true, false, false}},
+    {"camera", {false, false, true}},
+    {"color", {true, true, false}},
+    {"constant_attenuation", {true, true, false}},
+    {"controller", {false, false, true}},
+    {"effect", {false, false, true}},
+    {"falloff_angle", {true, true, false}},
+    {"falloff_exponent", {true, true, false}},
+    {"float", {true, true, false}},
+    {"float2", {false, true, false}},
+    {"float2x2", {false, true, false}},
+    {"float3", {false, true, false}},
+    {"float3x3", {false, true, false}},
+    {"float4", {false, true, false}},
+    {"float4x4", {false, true, false}},
+    {"float_array", {true, true, false}},
+    {"geometry", {false, false, true}},
+    {"image", {false, false, true}},
+    {"input", {true, false, false}},
+    {"int_array", {true, false, false}},
+    {"light", {false, false, true}},
+    {"linear_attenuation", {true, true, false}},
+    {"lookat", {true, true, false}},
+    {"material", {false, false, true}},
+    {"matrix", {true, true, false}},
+    {"node", {false, false, true}},
+    {"p", {true, false, false}},
+    {"param", {true, false, false}},
+    {"quadratic_attenuation", {true, true, false}},
+    {"rotate", {true, true, false}},
+    {"sampler", {false, false, true}},
+    {"scale", {true, true, false}},
+    {"skeleton", {true, false, false}},
+    {"skew", {true, true, false}},
+    {"source", {false, false, true}},
+    {"translate", {true, true, false}},
+    {"v", {true, false, false}},
+    {"vcount", {true, false, false}},
+    {"vertices", {false, false, true}},
+    {"visual_scene", {false, false, true}},
+    {"xfov", {true, true, false}},
+    {"xmag", {true, true, false}},
+    {"yfov", {true, true, false}},
+    {"ymag", {true, true, false}},
+    {"zfar", {true, true, false}},
+    {"znear", {true, true, false}},
 };
 
-constexpr std::size_t placeCount = 128;
+constexpr std::size_t placeCount = 256;
 
 // A perfect hash of the names above, because each element of a document is looked up.
 constexpr std::size_t placeOf(std::string_view name)
 {
     const std::size_t first = static_cast<unsigned char>(name.front());
     const std::size_t last = static_cast<unsigned char>(name.back());
-    return (first + 15 * last + 13 * name.size()) % placeCount;
+    return (first + 4 * last + 86 * name.size()) % placeCount;
 }
 
 constexpr std::uint8_t noRow = 0xFF;
@@ -102,6 +116,40 @@ bool isOneOf(const char* name, Names names)
     return std::any_of(names.begin(), names.end(), [&](const char* each) { return areEqual(each, name); });
 }
 
+bool beginsWith(const char* name, std::string_view start)
+{
+    return std::strncmp(name, start.data(), start.size()) == 0;
+}
+
+bool canHoldDefinition(pugi::xml_node holder, const char* child)
+{
+    const char* const parent = holder.name();
+    const bool isFree = areEqual(parent, "technique") && holder.attribute("profile");
+    if (isFree || areEqual(child, "COLLADA")) {
+        return isFree;
+    }
+    if (beginsWith(child, "library_") || areEqual(parent, "COLLADA")) {
+        return areEqual(parent, "COLLADA");
+    }
+    if (beginsWith(parent, "library_")) {
+        return true;
+    }
+    if (areEqual(child, "source")) { // sampler2D and the like have the name of a surface in theirs
+        return beginsWith(parent, "sampler") || isOneOf(parent, {"mesh", "animation", "skin", "morph", "spline",
+                                                                 "convex_mesh", "brep", "nurbs", "nurbs_surface"});
+    }
+    if (areEqual(child, "node")) {
+        return isOneOf(parent, {"node", "visual_scene"});
+    }
+    if (areEqual(child, "image")) {
+        return beginsWith(parent, "profile_") || isOneOf(parent, {"effect", "technique", "pass"});
+    }
+    if (areEqual(child, "vertices")) {
+        return isOneOf(parent, {"mesh", "convex_mesh", "brep"});
+    }
+    return areEqual(parent, "animation") && isOneOf(child, {"animation", "sampler"});
+}
+
 } // namespace
 
 ElementTraits traitsOf(std::string_view name)
@@ -114,9 +162,13 @@ ElementTraits traitsOf(std::string_view name)
     return number != noRow && rows[number].name == name ? rows[number].traits : ElementTraits();
 }
 
-bool canHold(pugi::xml_node holder, const char* child)
+bool canHold(pugi::xml_node holder, const char* child, ElementTraits traitsOfChild)
 {
     const char* const parent = holder.name();
+    const bool isLibrary = *child == 'l' && beginsWith(child, "library_");
+    if ((traitsOfChild.isDefinition || isLibrary) && !canHoldDefinition(holder, child)) {
+        return false;
+    }
     static constexpr Names instances = {"instance_geometry", "instance_controller", "instance_camera", "instance_light",
                                         "instance_node"};
     static constexpr Names channels = {

@@ -62,7 +62,7 @@ void setVendorValue(pugi::xml_node light, const char* name, const std::string& t
         setText(old.back(), text);
         old.pop_back();
         for (const pugi::xml_node each : old) {
-            each.parent().remove_child(each);
+            discard(each);
         }
         return;
     }

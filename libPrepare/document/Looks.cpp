@@ -257,8 +257,10 @@ void setColor(pugi::xml_node channel, const std::string& text)
     const pugi::xml_node kept = channel.child("color"); // its sid stays
     for (pugi::xml_node child = channel.first_child(); child;) {
         const pugi::xml_node next = child.next_sibling();
-        if (child != kept) {
+        if (child.type() != pugi::node_element) {
             channel.remove_child(child);
+        } else if (child != kept) {
+            discard(child);
         }
         child = next;
     }

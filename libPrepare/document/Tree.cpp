@@ -67,7 +67,7 @@ void removeElement(pugi::xml_node element)
     if (before.type() == pugi::node_pcdata && trimmed(before.value()).empty()) {
         parent.remove_child(before);
     }
-    parent.remove_child(element);
+    discard(element);
 }
 
 pugi::xml_node prependTransform(pugi::xml_node node, const char* name, const std::string& text)

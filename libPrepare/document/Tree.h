@@ -37,7 +37,7 @@ std::uint64_t sizeOf(pugi::xml_node element);
 /// @return the new ids by the old ones
 std::unordered_map<std::string, std::string> renewIds(Document& document, pugi::xml_node subtree);
 
-/// Removes an element and the blanks before it.
+/// Discards an element and the blanks before it.
 void removeElement(pugi::xml_node element);
 /// Makes a transform of a `<node>` before all others.
 pugi::xml_node prependTransform(pugi::xml_node node, const char* name, const std::string& text);

@@ -125,7 +125,7 @@ private:
         for (pugi::xml_node element = body.first_child(); element;) {
             const pugi::xml_node following = element.next_sibling();
             if (is(element, "triangles") || is(element, "lines") || is(element, "linestrips")) {
-                arrangePrimitive(geometry, body, element);
+                arrangePrimitive(geometry, element);
             }
             element = following;
         }
@@ -146,7 +146,7 @@ private:
                                  "A mesh has more than one <vertices>, of which the first alone is read.",
                                  "This one was taken out.");
             m_vertices.erase(other.hash_value());
-            other.parent().remove_child(other);
+            discard(other);
             m_document.forgetIds();
         }
     }
@@ -160,12 +160,12 @@ private:
             if (isReadable(vertices, planned)) {
                 demand(planned.semantic, *planned.layout, planned.layout->count);
             } else {
-                vertices.remove_child(input.element);
+                discard(input.element);
             }
         }
     }
 
-    void arrangePrimitive(pugi::xml_node geometry, pugi::xml_node body, pugi::xml_node element)
+    void arrangePrimitive(pugi::xml_node geometry, pugi::xml_node element)
     {
         const std::vector<Input> inputs = inputsOf(element);
         const SourceLayout* const positions = positionsOf(m_document, m_sources, inputs);
@@ -175,7 +175,7 @@ private:
                 m_document.lost(element, "positions", "A list of triangles has no positions that can be read.",
                                 "Give it an input VERTEX that leads to <vertices> with positions.");
                 m_document.report().changed = true;
-                body.remove_child(element);
+                discard(element);
             }
             return;
         }
@@ -186,7 +186,7 @@ private:
                                 "> has other positions than those of the first <vertices> of its mesh.",
                             "Give each mesh one <vertices>.");
             m_document.report().changed = true;
-            body.remove_child(element);
+            discard(element);
             return;
         }
         if (!isRead) {
@@ -521,8 +521,7 @@ private:
     }
 
     // Takes out the inputs that are not planned.
-    static void dropOthers(pugi::xml_node element, const std::vector<Input>& inputs,
-                           const std::vector<PlannedInput>& plan)
+    static void dropOthers(const std::vector<Input>& inputs, const std::vector<PlannedInput>& plan)
     {
         std::unordered_set<std::size_t> kept;
         if (plan.size() == inputs.size() &&
@@ -536,14 +535,14 @@ private:
         }
         for (const Input& input : inputs) {
             if (kept.count(input.element.hash_value()) == 0) {
-                element.remove_child(input.element);
+                discard(input.element);
             }
         }
     }
 
     void write(pugi::xml_node element, const std::vector<Input>& inputs, const std::vector<PlannedInput>& plan)
     {
-        dropOthers(element, inputs, plan);
+        dropOthers(inputs, plan);
         pugi::xml_node last;
         for (const PlannedInput& planned : plan) {
             pugi::xml_node input = planned.element;
@@ -587,7 +586,7 @@ private:
             const pugi::xml_node following = input.next_sibling("input");
             const bool isPosition = trimmed(input.attribute("semantic").value()) == "POSITION";
             if (!isPosition || hasPosition) {
-                vertices.remove_child(input);
+                discard(input);
                 m_document.report().changed = true;
             }
             hasPosition = hasPosition || isPosition;
@@ -713,7 +712,7 @@ private:
         setAttribute(accessor, "stride", std::to_string(names.size()));
         accessor.remove_attribute("offset");
         while (const pugi::xml_node param = accessor.child("param")) {
-            accessor.remove_child(param);
+            discard(param);
         }
         for (const std::string& name : names) {
             pugi::xml_node param = accessor.append_child("param");

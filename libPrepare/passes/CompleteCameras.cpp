@@ -317,7 +317,7 @@ private:
         numbers.zfar = value("zfar");
         const double back = orthographicDistance * std::max(numbers.xmag, numbers.ymag);
         pugi::xml_node perspective = orthographic.parent().insert_child_before("perspective", orthographic);
-        orthographic.parent().remove_child(orthographic);
+        discard(orthographic);
         const std::pair<const char*, double> values[] = {
             {"xfov", 2 * std::atan(numbers.xmag / back) / radiansPerDegree},
             {"yfov", 2 * std::atan(numbers.ymag / back) / radiansPerDegree},

@@ -239,7 +239,7 @@ private:
         for (pugi::xml_node child = channel.first_child(); child;) {
             const pugi::xml_node next = child.next_sibling();
             if (child != texture && (is(child, "color") || is(child, "param"))) {
-                channel.remove_child(child);
+                discard(child);
             }
             child = next;
         }
@@ -254,7 +254,7 @@ private:
         if (count < 3) {
             m_document.lost(channel, "param", "The parameter \"" + name + "\" is no color.",
                             "give it three numbers or four");
-            channel.remove_children(); // which leaves it black
+            setText(channel, {}); // which leaves it black
             return;
         }
         if (count == 3) {
@@ -277,7 +277,7 @@ private:
         if (values.empty()) {
             m_document.lost(channel, "param", "The parameter \"" + name + "\" is no number.", "give it a value");
             m_document.rewritten(channel, "param", "A value leads nowhere.", "taken out");
-            m_shader.remove_child(channel);
+            discard(channel);
             return;
         }
         setFloat(channel, std::string(values.front()));
@@ -286,7 +286,9 @@ private:
 
     static void setFloat(pugi::xml_node channel, const std::string& text)
     {
-        channel.remove_child("param");
+        if (const pugi::xml_node reference = channel.child("param")) {
+            discard(reference);
+        }
         setText(channel.child("float") ? channel.child("float") : channel.append_child("float"), text);
     }
 

@@ -149,7 +149,7 @@ void convertImage(pugi::xml_node image)
     for (pugi::xml_node child = image.first_child(); child;) {
         const pugi::xml_node after = child.next_sibling();
         if (is(child, "init_from") || is(child, "renderable") || std::strncmp(child.name(), "create_", 7) == 0) {
-            image.remove_child(child);
+            discard(child);
         }
         child = after;
     }
@@ -181,7 +181,7 @@ void convertSampler(Document& document, pugi::xml_node sampler)
     setText(surface.append_child("init_from"), id);
     const pugi::xml_node source = sampler.insert_child_before("source", instance);
     setText(source, sid);
-    sampler.remove_child(instance);
+    discard(instance);
 }
 
 bool isOf15(const char* name)

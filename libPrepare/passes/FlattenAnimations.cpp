@@ -431,8 +431,9 @@ private:
 
     Component componentOf(const AnimatedOptics& optics, pugi::xml_node perspective, const char* name) const
     {
+        constexpr double largest = 1e30; // keys are finite, as a float too
         Component result;
-        result.constant = numberOr(textOf(perspective.child(name)), 0);
+        result.constant = std::clamp(numberOr(textOf(perspective.child(name)), 0), -largest, largest);
         const auto found = optics.jobs.find(name);
         if (found != optics.jobs.end()) {
             result.curve = m_motion.channels()[m_jobs[found->second].channels.back()].curve.get();
@@ -584,7 +585,7 @@ private:
         if (top.jobs.empty()) {
             removeElement(place);
         } else {
-            place.remove_children();
+            setText(place, {});
             top.isEmptied = true;
         }
     }

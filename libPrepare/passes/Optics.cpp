@@ -55,7 +55,8 @@ double aspectOf(const Document& document, pugi::xml_node perspective)
 
 double otherAngle(double degrees, double factor)
 {
-    return 2 * std::atan(std::tan(degrees * radiansPerDegree / 2) * factor) / radiansPerDegree;
+    const double result = 2 * std::atan(std::tan(degrees * radiansPerDegree / 2) * factor) / radiansPerDegree;
+    return std::isfinite(result) ? result : degrees; // no angle at all has no other one
 }
 
 void completePerspective(Document& document, pugi::xml_node perspective)
@@ -78,7 +79,9 @@ void completePerspective(Document& document, pugi::xml_node perspective)
         } else {
             y = placed(perspective, "yfov", x, otherAngle(valueOf(x, defaultAngle), 1 / aspect));
         }
-        perspective.remove_child("aspect_ratio");
+        if (const pugi::xml_node used = perspective.child("aspect_ratio")) {
+            discard(used);
+        }
     }
     pugi::xml_node near = perspective.child("znear");
     pugi::xml_node far = perspective.child("zfar");

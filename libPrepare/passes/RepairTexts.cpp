@@ -149,13 +149,13 @@ void repairNumbers(Document& document, pugi::xml_node element)
 
 void takeOut(Document& document, pugi::xml_node element)
 {
-    pugi::xml_node parent = element.parent();
+    const pugi::xml_node parent = element.parent();
     document.lost(element, "stray-element",
                   std::string("There can be no <") + element.name() + "> in a <" + parent.name() + ">.",
                   "It was taken out.");
     document.report().changed = true;
     document.forgetIds();
-    parent.remove_child(element);
+    discard(element);
 }
 
 // Elements inside a value are not part of it, and nothing can refer to them.
@@ -196,14 +196,14 @@ void repairTexts(Document& document)
             node = nextBeside(node, root);
             continue;
         }
-        if (!canHold(node.parent(), name) && holdsId(node)) {
+        const ElementTraits traits = traitsOf(name);
+        if (node != root && !canHold(node.parent(), name, traits) && holdsId(node)) {
             const pugi::xml_node following = nextBeside(node, root);
             relieved.push_back(node.parent());
             takeOut(document, node);
             node = following;
             continue;
         }
-        const ElementTraits traits = traitsOf(name);
         if (hasOneText(node) && !is(node, "unit")) {
             if (traits.holdsNumbers) {
                 repairNumbers(document, node);

@@ -152,7 +152,8 @@ private:
         setText(surface.prepend_child("init_from"), image);
         known = nameFor(chain.sampler, image + "-sampler");
         pugi::xml_node sampler = made(chain.sampler, known, "sampler2D");
-        while (sampler.remove_child("source")) {
+        while (const pugi::xml_node source = sampler.child("source")) {
+            discard(source);
         }
         setText(sampler.prepend_child("source"), surfaceName);
         return known;
@@ -200,7 +201,7 @@ private:
         for (pugi::xml_node child = surface.first_child(); child;) {
             const pugi::xml_node next = child.next_sibling();
             if (std::strncmp(child.name(), "init_", 5) == 0) {
-                surface.remove_child(child);
+                discard(child);
             }
             child = next;
         }

@@ -462,7 +462,7 @@ private:
                 } else if (const pugi::xml_node before = child.previous_sibling(); isBlankText(before)) {
                     m_element.remove_child(before);
                 }
-                m_element.remove_child(child);
+                discard(child);
             }
             child = following;
         }

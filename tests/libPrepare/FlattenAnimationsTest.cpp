@@ -289,6 +289,19 @@ TEST(FlattenAnimationsTest, CameraWithAnimatedPlaneGetsACurveForEachNumber)
     }
 }
 
+TEST(FlattenAnimationsTest, NumbersOfAnAnimatedCameraAreFinite)
+{
+    const Prepared done(
+        "<library_cameras><camera id='c'><optics><technique_common><perspective><xfov>0</xfov>"
+        "<aspect_ratio sid='a'>1</aspect_ratio><znear>1</znear><zfar>INF</zfar></perspective></technique_common>"
+        "</optics></camera></library_cameras>" +
+        library(flat("x", "c/a", "A", "0 1", "0 1", "LINEAR LINEAR")) +
+        shown("<node id='n'><instance_camera url='#c'/></node>"));
+    EXPECT_EQ((Numbers{0, 0}), sourceOf(done, "//animation[channel/@target='c/yfov']", "OUTPUT"));
+    EXPECT_EQ((Numbers{1e30, 1e30}), sourceOf(done, "//animation[channel/@target='c/zfar']", "OUTPUT"));
+    test::expectStable(done);
+}
+
 TEST(FlattenAnimationsTest, WhatDrivesNothingThatIsShownIsLost)
 {
     const Prepared done(library(flat("x", "e/c", "R G B", "0 1", "0 0 0 1 1 1", "LINEAR LINEAR") +

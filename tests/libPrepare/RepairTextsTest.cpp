@@ -51,6 +51,23 @@ TEST(RepairTextsTest, ElementsWithIdsAreTakenOutOfThoseThatCannotHoldThem)
     EXPECT_TRUE(result.report.changed);
 }
 
+TEST(RepairTextsTest, DefinitionsAreTakenOutOfWhatCannotHoldThem)
+{
+    const OnePass result(&libPrepare::repairTexts,
+                         "<library_effects><effect id='e'><image id='i'/><camera id='a'/></effect></library_effects>"
+                         "<library_nodes><node id='n'><node id='m'/><library_lights><light id='b'/></library_lights>"
+                         "<technique profile='X'><light id='x'/></technique></node></library_nodes>"
+                         "<library_animations><animation id='p'><animation id='q'><sampler id='s'/><source id='r'/>"
+                         "</animation><vertices id='c'/></animation><library_animations><animation id='d'/>"
+                         "</library_animations></library_animations>"
+                         "<library_geometries><geometry id='g'><mesh><source id='t'/><vertices id='v'/>"
+                         "<animation id='f'/></mesh></geometry></library_geometries>"
+                         "<scene><COLLADA><library_lights><light id='h'/></library_lights></COLLADA></scene>");
+    EXPECT_EQ(0U, result.count("//@id[contains('abcdfh', .)]"));
+    EXPECT_EQ(12U, result.count("//@id"));
+    EXPECT_EQ(6U, result.report.findings.size());
+}
+
 TEST(RepairTextsTest, DecimalCommasBecomePoints)
 {
     const OnePass result(

@@ -57,6 +57,22 @@ INSTANTIATE_ROWS(
     {"LightInAnInstance", test::shown("<node id='n'><instance_geometry url='#none'><light id='l'>"
                                       "<technique_common><directional/></technique_common></light>"
                                       "</instance_geometry><instance_light url='#l'/></node>")},
+    {"LightInATargetThatIsReplaced",
+     "<library_lights><light id='l'><technique_common><spot/></technique_common><extra><technique profile='FCOLLADA'>"
+     "<target><light id='d'/></target></technique></extra></light></library_lights>" +
+         test::shown("<node id='n'><instance_light url='#l'/><instance_light url='#d'/></node>")},
+    {"PlaneWithoutEndOfAnAnimatedCamera",
+     "<library_cameras><camera id='c'><optics><technique_common><perspective><yfov sid='f'>40</yfov><znear>1</znear>"
+     "<zfar>-INF</zfar></perspective></technique_common></optics></camera></library_cameras><library_animations>" +
+         test::flat("x", "c/f", "ANGLE", "0 1", "90 60", "LINEAR LINEAR") + "</library_animations>" +
+         test::shown("<node id='n'><instance_camera url='#c'/></node>")},
+    {"PositionsInATexture",
+     "<library_effects><effect id='e'><profile_COMMON><technique sid='t'><phong><diffuse><texture texture='x'>" +
+         test::source("p", "X Y Z", "0 0 0") +
+         "</texture></diffuse></phong></technique></profile_COMMON></effect></library_effects><library_geometries>"
+         "<geometry id='g'><mesh><vertices id='v'><input semantic='POSITION' source='#p'/></vertices></mesh>"
+         "</geometry></library_geometries>" +
+         test::shown("<node id='n'><instance_geometry url='#g'/></node>")},
     {"SurfaceThatHoldsAnId",
      test::shownEffect("<effect id='fx'><newparam sid='u'><surface type='2D'><init_from>i</init_from>"
                        "<extra id='held'/></surface></newparam><profile_COMMON><technique sid='t'><phong>"
