@@ -110,7 +110,8 @@ struct Report {
     bool done = false;
     /// True if the result differs from what was read.
     bool changed = false;
-    /// In the order of the passes.
+    /// In the order of the passes. They run again, several times at most, over a document of which something is lost;
+    /// what they report again is not added.
     std::vector<Finding> findings;
     /// In the order of the passes, too.
     std::vector<Approximation> approximations;
