@@ -80,6 +80,18 @@ TEST(ConvertTest, CompressedViewsDecodeToTheSameVerticesAndTriangles)
     }
 }
 
+TEST(ConvertTest, PointsWithoutPositionsAreLeftOut)
+{
+    const ConvertedDocument converted(R"(<library_geometries><geometry id="plate"><mesh>
+        <source id="t"><float_array id="ta" count="6">1 0 0 0 1 0</float_array><technique_common>
+            <accessor source="#ta" count="2" stride="3"><param name="X" type="float"/><param name="Y" type="float"/>
+            <param name="Z" type="float"/></accessor></technique_common></source>
+        <vertices id="v"><input semantic="TANGENT" source="#t"/></vertices></mesh></geometry></library_geometries>)" +
+                                      scene(shown));
+    EXPECT_TRUE(converted.isWritten);
+    EXPECT_FALSE(converted.json.contains("meshes"));
+}
+
 TEST(ConvertTest, TextFormHasItsDataBeside)
 {
     const ConvertedDocument binary(triangle + scene(shown));

@@ -162,7 +162,7 @@ std::optional<Json> GltfMeshes::primitive(libVideo::Primitive& shown)
     const std::size_t from = shown.bytesPerVertex();
     const std::size_t count = from > 0 ? shown.totalByteSize() / from : 0;
     const std::size_t stride = attributes.empty() ? 0 : attributes.back().to + 4 * attributes.back().components;
-    if (count == 0 || stride > maxStride || attributes.front().name != "POSITION" ||
+    if (count == 0 || attributes.empty() || attributes.front().name != "POSITION" || stride > maxStride ||
         count >= std::numeric_limits<unsigned>::max()) {
         m_notes->add("primitive", "Primitives without vertices that have a position are left out.");
         return std::nullopt;
