@@ -423,30 +423,36 @@ std::uint64_t FlatCurve::size() const
     return 1500 + m_times.size() * (28 + m_width * (hasTangents ? 80 : 20));
 }
 
+FlatCurve::KeyTexts FlatCurve::keyTexts() const
+{
+    KeyTexts result;
+    const auto add = [](std::string& list, double number) {
+        list += list.empty() ? "" : " ";
+        append(list, number);
+    };
+    const bool hasTangents = std::find(m_kinds.begin(), m_kinds.end(), Interpolation::bezier) != m_kinds.end();
+    for (std::size_t key = 0; key < count(); ++key) {
+        result.kinds += key == 0 ? "" : " ";
+        result.kinds += word(m_kinds[key]);
+        const double before = key == 0 ? m_times[key] : m_times[key] - (m_times[key] - m_times[key - 1]) / 3;
+        const double after = key + 1 == count() ? m_times[key] : m_times[key] + (m_times[key + 1] - m_times[key]) / 3;
+        const bool isEnd = key > 0 && m_kinds[key - 1] == Interpolation::bezier;
+        const bool isStart = m_kinds[key] == Interpolation::bezier && key + 1 < count();
+        for (std::size_t i = key * m_width; hasTangents && i < (key + 1) * m_width; ++i) {
+            add(result.inTangents, before);
+            add(result.inTangents, isEnd ? m_in[i] : m_values[i]);
+            add(result.outTangents, after);
+            add(result.outTangents, isStart ? m_out[i] : m_values[i]);
+        }
+    }
+    return result;
+}
+
 void FlatCurve::write(Document& document, pugi::xml_node animation, const std::string& idStart,
                       const std::string& target) const
 {
-    const bool hasTangents = std::find(m_kinds.begin(), m_kinds.end(), Interpolation::bezier) != m_kinds.end();
-    std::string kinds;
-    std::string tangents[2];
-    for (std::size_t key = 0; key < count(); ++key) {
-        kinds += key == 0 ? "" : " ";
-        kinds += word(m_kinds[key]);
-        const double before = key == 0 ? m_times[key] : m_times[key] - (m_times[key] - m_times[key - 1]) / 3;
-        const double after = key + 1 == count() ? m_times[key] : m_times[key] + (m_times[key + 1] - m_times[key]) / 3;
-        for (std::size_t i = key * m_width; hasTangents && i < (key + 1) * m_width; ++i) {
-            const bool isEnd = key > 0 && m_kinds[key - 1] == Interpolation::bezier;
-            const bool isStart = m_kinds[key] == Interpolation::bezier && key + 1 < count();
-            for (const double number : {before, isEnd ? m_in[i] : m_values[i]}) {
-                tangents[0] += tangents[0].empty() ? "" : " ";
-                append(tangents[0], number);
-            }
-            for (const double number : {after, isStart ? m_out[i] : m_values[i]}) {
-                tangents[1] += tangents[1].empty() ? "" : " ";
-                append(tangents[1], number);
-            }
-        }
-    }
+    const KeyTexts keys = keyTexts();
+    const bool hasTangents = !keys.inTangents.empty();
     Params pairs{{}, "float", 2 * m_width};
     for (std::size_t i = 0; i < m_width; ++i) {
         pairs.names.insert(pairs.names.end(), {"X", "Y"});
@@ -460,9 +466,9 @@ void FlatCurve::write(Document& document, pugi::xml_node animation, const std::s
         bool isThere;
     } sources[] = {{"INPUT", "-input", "float_array", text(m_times), {{"TIME"}, "float", 1}, true},
                    {"OUTPUT", "-output", "float_array", text(m_values), paramsOf(m_width), true},
-                   {"INTERPOLATION", "-interpolation", "Name_array", kinds, {{"INTERPOLATION"}, "name", 1}, true},
-                   {"IN_TANGENT", "-in-tangent", "float_array", tangents[0], pairs, hasTangents},
-                   {"OUT_TANGENT", "-out-tangent", "float_array", tangents[1], pairs, hasTangents}};
+                   {"INTERPOLATION", "-interpolation", "Name_array", keys.kinds, {{"INTERPOLATION"}, "name", 1}, true},
+                   {"IN_TANGENT", "-in-tangent", "float_array", keys.inTangents, pairs, hasTangents},
+                   {"OUT_TANGENT", "-out-tangent", "float_array", keys.outTangents, pairs, hasTangents}};
     std::vector<std::string> ids;
     for (const auto& source : sources) {
         ids.push_back(source.isThere ? document.freshId(idStart + source.ending) : std::string());

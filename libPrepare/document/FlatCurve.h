@@ -66,6 +66,14 @@ public:
                const std::string& target) const;
 
 private:
+    // What its keys say besides their times and values, as lists; no tangents if no way is a cubic.
+    struct KeyTexts {
+        std::string kinds;
+        std::string inTangents;
+        std::string outTangents;
+    };
+
+    KeyTexts keyTexts() const;
     explicit FlatCurve(std::size_t width);
     void measure(Measure measure, const std::vector<double>& largest, double tolerance);
     void add(double time, const double* values, Interpolation kind);

@@ -105,39 +105,51 @@ struct Tessellator::Glu {
 Tessellator::Tessellator() = default;
 Tessellator::~Tessellator() = default;
 
-Tessellator::Result Tessellator::triangulate(const Polygon& polygon, std::vector<std::size_t>& triangles)
+// Moves the corners about the first one and makes them small. Sizes and distances from the origin that occur must not
+// overflow, nor lose the shape of a tiny polygon. @return false if all corners are at one place, or at none
+bool Tessellator::scale(const std::vector<Vector3>& points)
 {
-    // Sizes and distances from the origin that occur must not overflow, nor lose the shape of a tiny polygon.
-    const std::size_t count = polygon.points.size();
     double greatest = 0;
-    for (const Vector3& point : polygon.points) {
+    for (const Vector3& point : points) {
         greatest = std::max({greatest, std::abs(point[0]), std::abs(point[1]), std::abs(point[2])});
     }
     const double calm = greatest > 1e300 ? 1e-10 : 1;
     double extent = 0;
-    m_scaled.resize(count);
-    for (std::size_t i = 0; i < count; ++i) {
+    m_scaled.resize(points.size());
+    for (std::size_t i = 0; i < points.size(); ++i) {
         for (std::size_t axis = 0; axis < 3; ++axis) {
-            m_scaled[i][axis] = polygon.points[i][axis] * calm - polygon.points[0][axis] * calm;
+            m_scaled[i][axis] = points[i][axis] * calm - points[0][axis] * calm;
             extent = std::max(extent, std::abs(m_scaled[i][axis]));
         }
     }
     if (!(extent > 0)) {
-        return Result::flat;
+        return false;
     }
     for (Vector3& point : m_scaled) {
         for (double& value : point) {
             value /= extent;
         }
     }
+    return true;
+}
+
+// @param corners of the outer loop @return false if it has no area
+bool Tessellator::findNormal(std::size_t corners)
+{
     m_normal = {};
-    for (std::size_t i = 1; i + 1 < polygon.lengths[0]; ++i) {
+    for (std::size_t i = 1; i + 1 < corners; ++i) {
         const Vector3 part = cross(m_scaled[i], m_scaled[i + 1]);
         for (std::size_t axis = 0; axis < 3; ++axis) {
             m_normal[axis] += part[axis];
         }
     }
-    if (!(dot(m_normal, m_normal) > noArea * noArea)) {
+    return dot(m_normal, m_normal) > noArea * noArea;
+}
+
+Tessellator::Result Tessellator::triangulate(const Polygon& polygon, std::vector<std::size_t>& triangles)
+{
+    const std::size_t count = polygon.points.size();
+    if (!scale(polygon.points) || !findNormal(polygon.lengths[0])) {
         return Result::flat;
     }
     if (polygon.lengths.size() == 1 && isFan()) {
@@ -162,20 +174,26 @@ Tessellator::Result Tessellator::triangulate(const Polygon& polygon, std::vector
         cutQuad(triangles);
         return Result::done;
     }
-    std::vector<std::vector<std::size_t>> loops(polygon.lengths.size());
-    for (std::size_t loop = 0; loop < loops.size(); ++loop) {
-        for (std::size_t i = 0; i < polygon.lengths[loop]; ++i) {
-            loops[loop].push_back(m_starts[loop] + i);
-        }
-        if (m_isTurned[loop]) {
-            std::reverse(loops[loop].begin(), loops[loop].end());
-        }
-    }
-    if (clipEars(m_flat, loops, m_steps, triangles)) {
+    if (clipEars(m_flat, turnedLoops(polygon), m_steps, triangles)) {
         return Result::done;
     }
     triangles.resize(before);
     return Result::tooLong;
+}
+
+// The corners of each loop: the outer one counter-clockwise, the others clockwise.
+std::vector<std::vector<std::size_t>> Tessellator::turnedLoops(const Polygon& polygon) const
+{
+    std::vector<std::vector<std::size_t>> result(polygon.lengths.size());
+    for (std::size_t loop = 0; loop < result.size(); ++loop) {
+        for (std::size_t i = 0; i < polygon.lengths[loop]; ++i) {
+            result[loop].push_back(m_starts[loop] + i);
+        }
+        if (m_isTurned[loop]) {
+            std::reverse(result[loop].begin(), result[loop].end());
+        }
+    }
+    return result;
 }
 
 bool Tessellator::isClearlyFan(const std::vector<Vector3>& points)

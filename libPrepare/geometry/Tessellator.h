@@ -50,9 +50,12 @@ public:
 private:
     struct Glu;
 
+    bool scale(const std::vector<Vector3>& points);
+    bool findNormal(std::size_t corners);
     bool isFan() const;
     void cutQuad(std::vector<std::size_t>& triangles) const;
     void project(const Polygon& polygon);
+    std::vector<std::vector<std::size_t>> turnedLoops(const Polygon& polygon) const;
     bool takePairs(std::uint64_t pairs);
     bool crossesItself(const Polygon& polygon);
     bool runGlu(const Polygon& polygon, std::vector<std::size_t>& triangles);

@@ -525,39 +525,50 @@ private:
         const std::size_t vertexOffset = firstInput(inputs, "VERTEX")->offset;
         const std::size_t offset =
             attribute.isOfVertices ? vertexOffset : wholeOr(attribute.input.attribute("offset").value(), 0);
-        const Values& values = *attribute.values;
-        const std::size_t records = values.size() / 3;
-        pugi::xml_node input = attribute.input;
-        if (matrices.empty() || offset == vertexOffset) {
-            if (matrices.empty() && !isNormal) {
-                return;
-            }
-            // One record for each record of the source, or for each vertex.
-            const auto key = std::make_pair(attribute.values.get(), std::string(semantic));
-            auto made = m_made.find(key);
-            if (made == m_made.end()) {
-                Values turned = values;
-                for (std::size_t i = 0; i < std::min(records, matrices.size()); ++i) {
-                    put(turned, i, turnedBy(matrices[i], record(values, i), isNormal));
-                }
-                made = m_made.emplace(key, addSource(geometry, isNormal ? "normals" : "directions", turned)).first;
-                m_held.push_back(attribute.values);
-            }
-            setAttribute(input, "source", '#' + made->second);
-            return;
+        if (!matrices.empty() && offset != vertexOffset) {
+            turnPairs(geometry, primitive, attribute, semantic, matrices, count);
+        } else if (!matrices.empty() || isNormal) {
+            turnRecords(geometry, attribute, semantic, matrices);
         }
-        // One record for each pair of vertex and direction.
+    }
+
+    // One record for each record of the source, or for each vertex.
+    void turnRecords(pugi::xml_node geometry, const Attribute& attribute, const char* semantic,
+                     const std::vector<Matrix4>& matrices)
+    {
+        const bool isNormal = std::string_view(semantic) == "NORMAL";
+        const Values& values = *attribute.values;
+        const auto key = std::make_pair(attribute.values.get(), std::string(semantic));
+        auto made = m_made.find(key);
+        if (made == m_made.end()) {
+            Values turned = values;
+            for (std::size_t i = 0; i < std::min(values.size() / 3, matrices.size()); ++i) {
+                put(turned, i, turnedBy(matrices[i], record(values, i), isNormal));
+            }
+            made = m_made.emplace(key, addSource(geometry, isNormal ? "normals" : "directions", turned)).first;
+            m_held.push_back(attribute.values);
+        }
+        pugi::xml_node input = attribute.input;
+        setAttribute(input, "source", '#' + made->second);
+    }
+
+    // One record for each pair of vertex and direction.
+    void turnPairs(pugi::xml_node geometry, pugi::xml_node primitive, const Attribute& attribute, const char* semantic,
+                   const std::vector<Matrix4>& matrices, std::size_t count)
+    {
+        const bool isNormal = std::string_view(semantic) == "NORMAL";
+        const std::vector<Input> inputs = inputsOf(primitive);
+        const std::size_t vertexOffset = firstInput(inputs, "VERTEX")->offset;
+        const std::size_t offset = wholeOr(attribute.input.attribute("offset").value(), 0);
+        const Values& values = *attribute.values;
         Pairs& pairs = m_pairs[std::make_pair(attribute.values.get(), std::string(semantic))];
         if (!pairs.source) {
             pairs.source = addVectorSource(m_document, geometry, isNormal ? "normals" : "directions");
             m_held.push_back(attribute.values);
         }
-        const std::size_t stride = strideOf(inputs);
-        const bool isAlone = std::count_if(inputs.begin(), inputs.end(),
-                                           [&](const Input& other) { return other.offset == offset; }) == 1;
         const auto indexOf = [&](std::int32_t vertex, std::int32_t direction) -> std::int32_t {
             if (vertex < 0 || static_cast<std::size_t>(vertex) >= count || direction < 0 ||
-                static_cast<std::size_t>(direction) >= records) {
+                static_cast<std::size_t>(direction) >= values.size() / 3) {
                 return -1;
             }
             const std::uint64_t key =
@@ -570,6 +581,9 @@ private:
             }
             return known->second;
         };
+        const std::size_t stride = strideOf(inputs);
+        const bool isAlone = std::count_if(inputs.begin(), inputs.end(),
+                                           [&](const Input& other) { return other.offset == offset; }) == 1;
         for (const pugi::xml_node list : indexListsOf(primitive)) {
             const std::vector<std::int32_t> entries = indices(textOf(list));
             std::string text;
@@ -584,6 +598,7 @@ private:
             }
             setText(list, text);
         }
+        pugi::xml_node input = attribute.input;
         setAttribute(input, "source", '#' + std::string(pairs.source.attribute("id").value()));
         setAttribute(input, "offset", std::to_string(isAlone ? offset : stride));
     }

@@ -81,8 +81,9 @@ Json GltfMaterials::converted(const libVideo::BlinnMaterial::Component& values, 
 {
     const bool isGiven = m_isPrepared || values.transparency != 0.0f;
     const float opacity = isGiven ? limited(values.transparency) : 1.0f;
-    const bool emitsOnly = isBlack(values.diffuse) && !values.diffuseTexture && isBlack(values.specular) &&
-                           !values.specularTexture && (!isBlack(values.emission) || values.emissionTexture);
+    const bool isShiny = !isBlack(values.specular) || values.specularTexture;
+    const bool emitsOnly = isBlack(values.diffuse) && !values.diffuseTexture && !isShiny &&
+                           (!isBlack(values.emission) || values.emissionTexture);
     Json base;
     Json result = {{"name", symbol}};
     bool isCutOut = false;
@@ -95,35 +96,13 @@ Json GltfMaterials::converted(const libVideo::BlinnMaterial::Component& values, 
         base["baseColorTexture"] = colorTexture;
     }
     base["metallicFactor"] = 0.0f;
+    base["roughnessFactor"] = isShiny ? roughnessOf(values.shininess) : 1.0f;
+    result["pbrMetallicRoughness"] = std::move(base);
     if (emitsOnly) {
-        base["roughnessFactor"] = 1.0f;
-        result["pbrMetallicRoughness"] = std::move(base);
         result["extensions"]["KHR_materials_unlit"] = Json::object();
         m_document->useExtension("KHR_materials_unlit");
     } else {
-        const bool isShiny = !isBlack(values.specular) || values.specularTexture;
-        base["roughnessFactor"] = isShiny ? roughnessOf(values.shininess) : 1.0f;
-        result["pbrMetallicRoughness"] = std::move(base);
-        Json specular;
-        const Json specularTexture = texture(values.specularTexture);
-        if (!isShiny) {
-            specular["specularFactor"] = 0.0f;
-        } else {
-            specular["specularColorFactor"] =
-                specularTexture.is_null() ? linear(values.specular) : Json::array({1.0f, 1.0f, 1.0f});
-            if (!specularTexture.is_null()) {
-                specular["specularColorTexture"] = specularTexture;
-            }
-        }
-        result["extensions"]["KHR_materials_specular"] = std::move(specular);
-        m_document->useExtension("KHR_materials_specular");
-        const Json emissionTexture = texture(values.emissionTexture);
-        if (!emissionTexture.is_null()) {
-            result["emissiveTexture"] = emissionTexture;
-            result["emissiveFactor"] = Json::array({1.0f, 1.0f, 1.0f});
-        } else if (!isBlack(values.emission)) {
-            result["emissiveFactor"] = linear(values.emission);
-        }
+        addSpecularAndEmission(result, values);
     }
     if (opacity < 1.0f) {
         result["alphaMode"] = "BLEND";
@@ -138,6 +117,29 @@ Json GltfMaterials::converted(const libVideo::BlinnMaterial::Component& values, 
         m_notes->add("reflective", "glTF has no reflective color.");
     }
     return result;
+}
+
+void GltfMaterials::addSpecularAndEmission(Json& material, const libVideo::BlinnMaterial::Component& values)
+{
+    Json specular;
+    const Json specularTexture = texture(values.specularTexture);
+    if (!specularTexture.is_null()) {
+        specular["specularColorFactor"] = Json::array({1.0f, 1.0f, 1.0f});
+        specular["specularColorTexture"] = specularTexture;
+    } else if (!isBlack(values.specular) || values.specularTexture) {
+        specular["specularColorFactor"] = linear(values.specular);
+    } else {
+        specular["specularFactor"] = 0.0f;
+    }
+    material["extensions"]["KHR_materials_specular"] = std::move(specular);
+    m_document->useExtension("KHR_materials_specular");
+    const Json emissionTexture = texture(values.emissionTexture);
+    if (!emissionTexture.is_null()) {
+        material["emissiveTexture"] = emissionTexture;
+        material["emissiveFactor"] = Json::array({1.0f, 1.0f, 1.0f});
+    } else if (!isBlack(values.emission)) {
+        material["emissiveFactor"] = linear(values.emission);
+    }
 }
 
 Json GltfMaterials::texture(const libVideo::SharedHandle<libVideo::Texture>& shown, bool* hasAlpha)

@@ -31,6 +31,7 @@ public:
 
 private:
     GltfDocument::Json converted(const libVideo::BlinnMaterial::Component& values, const std::string& symbol);
+    void addSpecularAndEmission(GltfDocument::Json& material, const libVideo::BlinnMaterial::Component& values);
     GltfDocument::Json texture(const libVideo::SharedHandle<libVideo::Texture>& shown, bool* hasAlpha = nullptr);
 
     const LoadedScene* m_loaded;
