@@ -1,12 +1,11 @@
 #include "Sources.h"
 
+#include <libPrepare/document/NumberCensus.h>
 #include <libPrepare/document/Numbers.h>
-#include <libPrepare/document/Words.h>
 #include <libPrepare/geometry/IndexReader.h>
 
 #include <algorithm>
 #include <charconv>
-#include <cmath>
 #include <limits>
 
 namespace libPrepare {
@@ -16,82 +15,6 @@ namespace {
 bool isDigit(char character)
 {
     return character >= '0' && character <= '9';
-}
-
-struct NumberCensus {
-    std::size_t words = 0;
-    bool isFinite = true;
-};
-
-// Counts entries one by one. Computes their values only if their form does not show that they are finite.
-void countEach(std::string_view list, NumberCensus& result)
-{
-    forEachWord(list, [&](const char* const start, const char* const end) {
-        ++result.words;
-        const char* at = start + (*start == '-' ? 1 : 0);
-        const char* const digits = at;
-        while (at != end && isDigit(*at)) {
-            ++at;
-        }
-        std::ptrdiff_t digitCount = at - digits;
-        if (at != end && *at == '.') {
-            const char* const fraction = ++at;
-            while (at != end && isDigit(*at)) {
-                ++at;
-            }
-            digitCount += at - fraction;
-        }
-        const bool isPlain = digitCount > 0 && digitCount < 100 && at == end;
-        if (!isPlain && result.isFinite) {
-            result.isFinite = std::isfinite(number(std::string_view(start, static_cast<std::size_t>(end - start))));
-        }
-        return true;
-    });
-}
-
-// Whether the words in a block are numbers without an exponent, which are finite because they are no longer than the
-// block.
-// @param inside the bytes of the words, which all end in the block
-// @param starts their first bytes
-bool arePlain(const ByteBlock& block, std::uint64_t inside, std::uint64_t starts)
-{
-    const std::uint64_t digits = block.digits() & inside;
-    const std::uint64_t points = block.places('.') & inside;
-    const std::uint64_t signs = inside & ~(digits | points);
-    const std::uint64_t fractions = points << 1;
-    // A sum runs from the first digit of a fraction to what comes after the last one.
-    const std::uint64_t ends = (digits + (fractions & digits)) | fractions;
-    const bool areSigns = (signs & ~(block.places('-') & starts)) == 0 && (signs << 1 & ~(digits | points)) == 0;
-    const bool haveDigits = (points & ~(digits << 1) & ~(digits >> 1)) == 0;
-    return areSigns && haveDigits && (ends & points) == 0;
-}
-
-// Counts the entries of a list of numbers quickly, for large meshes.
-NumberCensus takeCensus(std::string_view list)
-{
-    NumberCensus result;
-    while (list.size() >= ByteBlock::size) {
-        const ByteBlock block(list.data());
-        const std::uint64_t blanks = block.blanks();
-        if (blanks == 0) { // a long word
-            const std::size_t end = std::min(list.find_first_of(" \n\t\r", ByteBlock::size), list.size());
-            countEach(list.substr(0, end), result);
-            list.remove_prefix(end);
-            continue;
-        }
-        const int last = 63 - __builtin_clzll(blanks);
-        const std::uint64_t inside = ~blanks & ((std::uint64_t(1) << last) - 1);
-        const std::uint64_t starts = inside & ~(inside << 1);
-        const auto size = static_cast<std::size_t>(last);
-        if (arePlain(block, inside, starts)) {
-            result.words += static_cast<std::size_t>(__builtin_popcountll(starts));
-        } else {
-            countEach(list.substr(0, size), result);
-        }
-        list.remove_prefix(size + 1);
-    }
-    countEach(list, result);
-    return result;
 }
 
 // How many numbers a param of a type such as "float3" or "float4x4" takes.
@@ -166,7 +89,7 @@ std::optional<SourceLayout> Sources::read(pugi::xml_node source)
         layout.columns.push_back(i);
     }
     std::string scratch;
-    const NumberCensus census = takeCensus(textOf(layout.array, scratch));
+    const NumberCensus census = numberCensusOf(textOf(layout.array, scratch));
     layout.isFinite = census.isFinite;
     const std::size_t first = layout.offset + (layout.columns.empty() ? 0 : layout.columns.back());
     if (!layout.columns.empty() && census.words > first) {

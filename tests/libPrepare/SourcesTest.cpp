@@ -2,59 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <pugixml.hpp>
-
 #include <string>
 #include <vector>
 
 namespace {
 
 using libPrepare::ColumnCensus;
-
-// The layout of a source with this list, whose accessor claims far more than it has.
-libPrepare::SourceLayout layoutOf(const std::string& list)
-{
-    pugi::xml_document xml;
-    xml.load_string(("<COLLADA><source id='s'><float_array id='a'>" + list +
-                     "</float_array><technique_common><accessor source='#a' count='100000'/></technique_common>"
-                     "</source></COLLADA>")
-                        .c_str(),
-                    pugi::parse_full | pugi::parse_ws_pcdata);
-    const libPrepare::Options options;
-    libPrepare::Report report;
-    libPrepare::Document document(xml, "a.dae", options, report);
-    const libPrepare::SourceLayout* const layout = document.sources().find(document.root().child("source"));
-    return layout == nullptr ? libPrepare::SourceLayout() : *layout;
-}
-
-TEST(SourceLayoutTest, NumbersOfAnyFormAreCountedAtAnyPlace)
-{
-    for (std::size_t before = 0; before < 140; ++before) {
-        for (const char* const word :
-             {"7", "-1.25", ".5", "-.5", "5.", "-5.", "1e-5", "+1", "0000000.0000000", "1e-999"}) {
-            const std::string list = std::string(before, ' ') + word + "\n-2.5 " + std::string(100, '3') + " 4";
-            const libPrepare::SourceLayout layout = layoutOf(list);
-            EXPECT_EQ(4U, layout.count) << list;
-            EXPECT_TRUE(layout.isFinite) << list;
-        }
-    }
-}
-
-TEST(SourceLayoutTest, WhatIsNoFiniteNumberIsSeenAtAnyPlace)
-{
-    for (std::size_t before = 0; before < 140; ++before) {
-        for (const std::string& word :
-             {std::string("-"), std::string("."), std::string("-."), std::string("1.2.3"), std::string("1..2"),
-              std::string("1-2"), std::string("--1"), std::string("1-"), std::string("1.-"), std::string("x"),
-              std::string("1x"), std::string("1,5"), std::string("NaN"), std::string("-INF"), std::string("1e999"),
-              std::string(400, '9')}) {
-            const std::string list = std::string(before, ' ') + word + " -2.5 " + std::string(100, '3') + " 4";
-            const libPrepare::SourceLayout layout = layoutOf(list);
-            EXPECT_EQ(4U, layout.count) << list;
-            EXPECT_FALSE(layout.isFinite) << list;
-        }
-    }
-}
 
 TEST(IndexListTest, NumbersOfAnyLengthAreRead)
 {
