@@ -4,89 +4,12 @@
 #include "Words.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <cstdint>
-#include <numeric>
 
 namespace libPrepare {
 
 namespace {
-
-// How many numbers a param of a type such as "float", "float3" or "float4x4" takes.
-std::size_t paramWidth(std::string_view type)
-{
-    std::size_t letters = 0;
-    while (letters < type.size() && type[letters] >= 'a' && type[letters] <= 'z') {
-        ++letters;
-    }
-    const std::string_view digits = type.substr(letters);
-    const auto digit = [&](std::size_t index) {
-        return std::isdigit(static_cast<unsigned char>(digits[index])) ? static_cast<std::size_t>(digits[index] - '0')
-                                                                       : 0;
-    };
-    if (letters == 0 || (digits.size() != 1 && digits.size() != 3)) {
-        return 1;
-    }
-    if (digits.size() == 1) {
-        return std::max<std::size_t>(digit(0), 1);
-    }
-    return digits[1] == 'x' ? std::max<std::size_t>(digit(0) * digit(2), 1) : 1;
-}
-
-std::size_t wholeNumber(pugi::xml_attribute attribute, std::size_t otherwise)
-{
-    const std::vector<long long> values = integers(attribute.value());
-    return values.empty() || values[0] < 0 ? otherwise : static_cast<std::size_t>(values[0]);
-}
-
-// Picks the entries that an accessor selects from a list.
-// @return how many entries a record has
-template <class T>
-std::size_t pick(pugi::xml_node accessor, std::vector<T>& list)
-{
-    const std::size_t stride = std::max<std::size_t>(wholeNumber(accessor.attribute("stride"), 1), 1);
-    const std::size_t offset = wholeNumber(accessor.attribute("offset"), 0);
-    std::vector<std::size_t> columns;
-    bool isAnyNamed = false;
-    for (const pugi::xml_node param : accessor.children("param")) {
-        isAnyNamed = isAnyNamed || *param.attribute("name").value() != 0;
-    }
-    std::size_t at = 0;
-    bool hasParams = false;
-    for (const pugi::xml_node param : accessor.children("param")) {
-        const std::size_t width = paramWidth(param.attribute("type").value());
-        for (std::size_t i = 0; i < width && (!isAnyNamed || *param.attribute("name").value() != 0); ++i) {
-            if (at + i < stride) {
-                columns.push_back(at + i);
-            }
-            hasParams = true;
-        }
-        at += width;
-    }
-    if (!hasParams) {
-        columns.resize(std::min(stride, list.size()));
-        std::iota(columns.begin(), columns.end(), std::size_t(0));
-    }
-    if (columns.empty() || offset >= list.size() || columns.back() >= list.size() - offset) {
-        list.clear();
-        return columns.size();
-    }
-    const std::size_t available = (list.size() - offset - columns.back() - 1) / stride + 1;
-    const std::size_t count = std::min(available, wholeNumber(accessor.attribute("count"), 0));
-    if (offset == 0 && columns.size() == stride) { // all entries, the usual case
-        list.resize(count * stride);
-        return stride;
-    }
-    std::size_t end = 0;
-    for (std::size_t record = 0; record < count; ++record) { // reads never overtake writes
-        for (const std::size_t column : columns) {
-            list[end++] = list[offset + record * stride + column];
-        }
-    }
-    list.resize(end);
-    return columns.size();
-}
 
 Interpolation interpolation(std::string_view word)
 {
@@ -147,13 +70,13 @@ bool readControl(const Records& tangents, std::size_t key, std::size_t component
         return false;
     }
     const double* const record = tangents[key];
-    if (tangents.width == 2 * width) {
+    if (tangents.width() == 2 * width) {
         time = record[2 * component];
         value = record[2 * component + 1];
-    } else if (tangents.width == width) {
+    } else if (tangents.width() == width) {
         time.reset();
         value = record[component];
-    } else if (tangents.width == width + 1) {
+    } else if (tangents.width() == width + 1) {
         time = record[0];
         value = record[1 + component];
     } else {
@@ -162,60 +85,29 @@ bool readControl(const Records& tangents, std::size_t key, std::size_t component
     return std::isfinite(value) && (!time || std::isfinite(*time));
 }
 
-// The records with these indices, in this order.
-Records reordered(const Records& records, const std::vector<std::size_t>& order)
-{
-    Records result;
-    result.width = records.width;
-    result.values.reserve(order.size() * records.width);
-    for (const std::size_t record : order) {
-        result.values.insert(result.values.end(), records[record], records[record] + records.width);
-    }
-    return result;
-}
-
 } // namespace
 
-Records Records::read(Document& document, pugi::xml_node source)
-{
-    Records result;
-    const pugi::xml_node accessor = descend(source, "technique_common/accessor");
-    const pugi::xml_node array = document.resolve(
-        accessor.attribute("source").value(), {"float_array", "Name_array", "IDREF_array", "int_array", "bool_array"});
-    if (is(array, "float_array") || is(array, "int_array")) {
-        result.values = numbersOf(array);
-        result.width = pick(accessor, result.values);
-    }
-    return result;
-}
-
-std::unique_ptr<Curve> Curve::read(Document& document, pugi::xml_node sampler)
+std::unique_ptr<Curve> Curve::read(Document& document, pugi::xml_node sampler, Reading reading)
 {
     std::unique_ptr<Curve> curve(new Curve);
     for (const pugi::xml_node input : sampler.children("input")) {
         const std::string_view semantic = input.attribute("semantic").value();
         const pugi::xml_node source = document.resolve(input.attribute("source").value(), {"source"});
         if (semantic == "INPUT") {
-            Records times = Records::read(document, source);
-            const std::size_t count = times.count();
-            for (std::size_t key = 0; key < count; ++key) { // the first number of each record
-                times.values[key] = times[key][0];
-            }
-            times.values.resize(count);
-            curve->m_times = std::move(times.values);
+            curve->m_times = Records::read(document, source, Reading::now).takeFirstNumbers();
         } else if (semantic == "OUTPUT") {
-            curve->m_values = Records::read(document, source);
+            curve->m_values = Records::read(document, source, reading);
         } else if (semantic == "INTERPOLATION") {
             curve->readKinds(document, source);
         } else if (semantic == "OUT_TANGENT") {
-            curve->m_outTangents = Records::read(document, source);
+            curve->m_outTangents = Records::read(document, source, Reading::now);
         } else if (semantic == "IN_TANGENT") {
-            curve->m_inTangents = Records::read(document, source);
+            curve->m_inTangents = Records::read(document, source, Reading::now);
         }
     }
     const std::size_t count = std::min(curve->m_times.size(), curve->m_values.count());
     curve->m_times.resize(count);
-    curve->m_values.values.resize(count * curve->m_values.width);
+    curve->m_values.shorten(count);
     curve->m_kinds.resize(count, Interpolation::linear);
     for (Records* const tangents : {&curve->m_outTangents, &curve->m_inTangents}) {
         if (tangents->count() < count) {
@@ -256,7 +148,7 @@ void Curve::readKinds(Document& document, pugi::xml_node source)
             return true;
         });
     }
-    pick(accessor, m_kinds);
+    RecordLayout(accessor, m_kinds.size()).pick(m_kinds);
 }
 
 bool Curve::hasPlainInputs(Document& document, pugi::xml_node sampler) const
@@ -271,9 +163,9 @@ bool Curve::hasPlainInputs(Document& document, pugi::xml_node sampler) const
         const bool isWord = semantic == "INTERPOLATION";
         std::size_t width = 1;
         if (semantic == "OUTPUT") {
-            width = m_values.width;
+            width = this->width();
         } else if (semantic == "IN_TANGENT" || semantic == "OUT_TANGENT") {
-            width = hasTangents ? 2 * m_values.width : 0;
+            width = hasTangents ? 2 * this->width() : 0;
         } else if (semantic != "INPUT" && !isWord) {
             return false;
         }
@@ -293,11 +185,17 @@ bool Curve::hasPlainInputs(Document& document, pugi::xml_node sampler) const
     return !m_hasOddKinds;
 }
 
+bool Curve::isStraight() const
+{
+    return std::all_of(m_kinds.begin(), m_kinds.end(),
+                       [](Interpolation kind) { return kind == Interpolation::step || kind == Interpolation::linear; });
+}
+
 bool Curve::isSorted() const
 {
     const auto isFinite = [](double value) { return std::isfinite(value); };
     return std::all_of(m_times.begin(), m_times.end(), isFinite) && std::is_sorted(m_times.begin(), m_times.end()) &&
-           std::all_of(m_values.values.begin(), m_values.values.end(), isFinite);
+           m_values.areFinite();
 }
 
 void Curve::sort()
@@ -323,10 +221,10 @@ void Curve::sort()
     }
     m_times = std::move(times);
     m_kinds = std::move(kinds);
-    m_values = reordered(m_values, order);
+    m_values = m_values.reordered(order);
     for (Records* const tangents : {&m_outTangents, &m_inTangents}) {
         if (tangents->count() > 0) {
-            *tangents = reordered(*tangents, order);
+            *tangents = tangents->reordered(order);
         }
     }
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <libPrepare/document/Document.h>
+#include <libPrepare/document/Records.h>
 
 #include <cstdint>
 #include <memory>
@@ -12,26 +12,14 @@ namespace libPrepare {
 /// How a curve runs from one key to the next. Anything else (`CARDINAL`, `BSPLINE`, no word at all) is linear.
 enum class Interpolation : std::uint8_t { step, linear, bezier, hermite };
 
-/// The records that an accessor picks from an array of numbers: those of the params that have a name, or all if none has.
-struct Records {
-    std::size_t width = 0;      ///< Numbers in a record.
-    std::vector<double> values; ///< Record after record.
-
-    std::size_t count() const { return width == 0 ? 0 : values.size() / width; }
-    const double* operator[](std::size_t record) const { return values.data() + record * width; }
-
-    /// @return no records if the source is null, holds no numbers or leads to no array
-    static Records read(Document& document, pugi::xml_node source);
-};
-
 /// One `<sampler>`: keys in ascending order of time, each with the same number of values, all of them finite.
 class Curve {
 public:
     /// @return null unless the sampler has at least one key with a time and values
-    static std::unique_ptr<Curve> read(Document& document, pugi::xml_node sampler);
+    static std::unique_ptr<Curve> read(Document& document, pugi::xml_node sampler, Reading reading);
 
     std::size_t count() const { return m_times.size(); }
-    std::size_t width() const { return m_values.width; }
+    std::size_t width() const { return m_values.width(); }
     double time(std::size_t key) const { return m_times[key]; }
     double firstTime() const { return m_times.front(); }
     double lastTime() const { return m_times.back(); }
@@ -41,6 +29,9 @@ public:
     const double* values(std::size_t key) const { return m_values[key]; }
     /// From a key to the next.
     Interpolation kind(std::size_t key) const { return m_kinds[key]; }
+
+    /// Whether each key holds its values or leads straight to the next.
+    bool isStraight() const;
 
     /// Whether reading the arrays directly from their start gives the same: one input per semantic, each with one
     /// record per key, no offset, no unnamed param, only `STEP`, `LINEAR` and `BEZIER`.

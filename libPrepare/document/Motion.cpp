@@ -173,7 +173,7 @@ bool findTarget(Document& document, Sids& sids, Channel& channel)
 
 } // namespace
 
-Motion::Motion(Document& document) : m_document(document)
+Motion::Motion(Document& document, Reading reading) : m_document(document)
 {
     Sids sids(document.root());
     std::unordered_map<std::size_t, std::shared_ptr<const Curve>> curves;
@@ -188,7 +188,7 @@ Motion::Motion(Document& document) : m_document(document)
             if (sampler && findTarget(document, sids, channel)) {
                 const auto [known, isNew] = curves.try_emplace(sampler.hash_value());
                 if (isNew) {
-                    known->second = Curve::read(m_document, sampler);
+                    known->second = Curve::read(m_document, sampler, reading);
                 }
                 channel.curve = known->second;
             }

@@ -17,7 +17,8 @@ struct Channel {
 /// ignored, except for the texts of targets, which are read on each call.
 class Motion {
 public:
-    explicit Motion(Document& document);
+    /// @param reading of the values of the curves
+    explicit Motion(Document& document, Reading reading = Reading::now);
 
     /// All channels with a target and keys, including those of nested animations, in document order.
     const std::vector<Channel>& channels() const { return m_channels; }

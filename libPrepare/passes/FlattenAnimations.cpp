@@ -66,7 +66,8 @@ struct Job {
 
 class Flattening {
 public:
-    explicit Flattening(Document& document) : m_document(document), m_motion(document), m_sampling(document.options())
+    explicit Flattening(Document& document)
+        : m_document(document), m_motion(document, Reading::onDemand), m_sampling(document.options())
     {}
 
     void run()
@@ -361,11 +362,14 @@ private:
     double stayTolerance(const Job& job, Measure measure) const
     {
         const Curve& curve = *m_motion.channels()[job.channels.front()].curve;
+        if (measure == Measure::degrees || curve.isStraight()) { // which stays at any tolerance
+            return m_sampling.tolerance;
+        }
         double largest = 0;
-        for (std::size_t c = 0; c < curve.width() && measure != Measure::degrees; ++c) {
+        for (std::size_t c = 0; c < curve.width(); ++c) {
             largest = std::max(largest, largestOf(curve, c));
         }
-        return m_sampling.tolerance * (measure == Measure::degrees ? 1 : largest);
+        return m_sampling.tolerance * largest;
     }
 
     void reportStill(const Job& job)
