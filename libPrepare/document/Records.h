@@ -83,7 +83,7 @@ private:
 
     std::size_t m_width = 0;
     std::size_t m_count = 0;
-    pugi::xml_node m_array; // of finite numbers, which are read on demand; null if all have been read
+    pugi::xml_node m_array; // of finite numbers, for the records that were not read yet
     mutable std::vector<double> m_values;
     mutable std::size_t m_readCount = 0; // records in m_values
 };
