@@ -12,20 +12,6 @@ namespace {
 using namespace libPrepare;
 using Row = std::vector<double>;
 
-struct Picked {
-    const char* name;
-    const char* list;
-    const char* accessor; // its attributes
-    const char* params;
-    std::size_t width;
-    std::vector<Row> rows;
-};
-
-std::string caseName(const testing::TestParamInfo<Picked>& info)
-{
-    return info.param.name;
-}
-
 class Source {
 public:
     explicit Source(const std::string& array, const std::string& attributes, const std::string& params = "")
@@ -44,6 +30,8 @@ private:
     Document m_document{m_xml, "memory.dae", m_options, m_report};
 };
 
+constexpr char xy[] = "<param name='X' type='float'/><param name='Y' type='float'/>";
+
 std::string array(const std::string& list)
 {
     return "<float_array id='a'>" + list + "</float_array>";
@@ -57,40 +45,6 @@ std::vector<Row> rowsOf(const Records& records)
     }
     return result;
 }
-
-class PickedTest : public testing::TestWithParam<Picked> {};
-
-TEST_P(PickedTest, RecordsAreThoseOfTheAccessor)
-{
-    for (const Reading reading : {Reading::now, Reading::onDemand}) {
-        Source source(array(GetParam().list), GetParam().accessor, GetParam().params);
-        const Records records = source.read(reading);
-        EXPECT_EQ(GetParam().width, records.width());
-        EXPECT_EQ(GetParam().rows, rowsOf(records));
-        EXPECT_TRUE(records.areFinite());
-    }
-}
-
-constexpr char xy[] = "<param name='X' type='float'/><param name='Y' type='float'/>";
-constexpr char onlyY[] = "<param type='float'/><param name='Y' type='float'/>";
-INSTANTIATE_TEST_SUITE_P(Rules, PickedTest,
-                         testing::Values(Picked{"One", "1 2 3", "count='3'", "", 1, {{1}, {2}, {3}}},
-                                         Picked{"Pairs", "1 2 3 4", "count='2' stride='2'", xy, 2, {{1, 2}, {3, 4}}},
-                                         Picked{"LastPairIsNotWhole", "1 2 3", "count='2' stride='2'", xy, 2, {{1, 2}}},
-                                         Picked{"FewerThanTheListHas", "1 2 3 4", "count='2'", "", 1, {{1}, {2}}},
-                                         Picked{"NoMoreThanTheListHas", "1 2", "count='9'", "", 1, {{1}, {2}}},
-                                         Picked{"Offset", "9 1 2", "count='2' offset='1'", "", 1, {{1}, {2}}},
-                                         Picked{"NamedParam", "1 2 3 4", "count='2' stride='2'", onlyY, 1, {{2}, {4}}},
-                                         Picked{"Gap", "1 2 3 4 5 6", "count='2' stride='3'", xy, 2, {{1, 2}, {4, 5}}},
-                                         Picked{"Matrix",
-                                                "1 2 3 4 5 6 7 8",
-                                                "count='2' stride='4'",
-                                                "<param name='M' type='float2x2'/>",
-                                                4,
-                                                {{1, 2, 3, 4}, {5, 6, 7, 8}}},
-                                         Picked{"WithoutCount", "1 2", "", "", 1, {}},
-                                         Picked{"EmptyList", "", "count='2'", "", 0, {}}),
-                         caseName);
 
 TEST(RecordsTest, SourceWithoutNumbersHasNone)
 {
@@ -153,5 +107,52 @@ TEST(RecordsTest, FirstNumbersAreTakenOut)
         EXPECT_EQ(0U, records.count());
     }
 }
+
+struct Picked {
+    const char* name;
+    const char* list;
+    const char* accessor; // its attributes
+    const char* params;
+    std::size_t width;
+    std::vector<Row> rows;
+};
+
+std::string caseName(const testing::TestParamInfo<Picked>& info)
+{
+    return info.param.name;
+}
+
+class PickedTest : public testing::TestWithParam<Picked> {};
+
+TEST_P(PickedTest, RecordsAreThoseOfTheAccessor)
+{
+    for (const Reading reading : {Reading::now, Reading::onDemand}) {
+        Source source(array(GetParam().list), GetParam().accessor, GetParam().params);
+        const Records records = source.read(reading);
+        EXPECT_EQ(GetParam().width, records.width());
+        EXPECT_EQ(GetParam().rows, rowsOf(records));
+        EXPECT_TRUE(records.areFinite());
+    }
+}
+
+constexpr char onlyY[] = "<param type='float'/><param name='Y' type='float'/>";
+INSTANTIATE_TEST_SUITE_P(Rules, PickedTest,
+                         testing::Values(Picked{"One", "1 2 3", "count='3'", "", 1, {{1}, {2}, {3}}},
+                                         Picked{"Pairs", "1 2 3 4", "count='2' stride='2'", xy, 2, {{1, 2}, {3, 4}}},
+                                         Picked{"LastPairIsNotWhole", "1 2 3", "count='2' stride='2'", xy, 2, {{1, 2}}},
+                                         Picked{"FewerThanTheListHas", "1 2 3 4", "count='2'", "", 1, {{1}, {2}}},
+                                         Picked{"NoMoreThanTheListHas", "1 2", "count='9'", "", 1, {{1}, {2}}},
+                                         Picked{"Offset", "9 1 2", "count='2' offset='1'", "", 1, {{1}, {2}}},
+                                         Picked{"NamedParam", "1 2 3 4", "count='2' stride='2'", onlyY, 1, {{2}, {4}}},
+                                         Picked{"Gap", "1 2 3 4 5 6", "count='2' stride='3'", xy, 2, {{1, 2}, {4, 5}}},
+                                         Picked{"Matrix",
+                                                "1 2 3 4 5 6 7 8",
+                                                "count='2' stride='4'",
+                                                "<param name='M' type='float2x2'/>",
+                                                4,
+                                                {{1, 2, 3, 4}, {5, 6, 7, 8}}},
+                                         Picked{"WithoutCount", "1 2", "", "", 1, {}},
+                                         Picked{"EmptyList", "", "count='2'", "", 0, {}}),
+                         caseName);
 
 } // namespace
