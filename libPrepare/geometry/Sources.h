@@ -1,6 +1,7 @@
 #pragma once
 
 #include <libPrepare/document/Document.h>
+#include <libPrepare/geometry/ColumnCensus.h>
 
 #include <cstdint>
 #include <optional>
@@ -25,13 +26,6 @@ struct SourceLayout {
     std::size_t width() const { return columns.size(); }
     /// Whether the records are all that the array holds, or the first of them.
     bool isDense() const { return offset == 0 && width() == stride; }
-};
-
-/// The indices in the first `tuples` complete tuples of an index list, column by column.
-struct ColumnCensus {
-    std::vector<std::int32_t> greatest; ///< -1 if a column names nothing.
-    std::vector<bool> hasInvalid;       ///< Whether a column has an entry that `indices` reads as -1.
-    std::size_t tuples = 0;             ///< Whole tuples that are there.
 };
 
 /// A cache of the records of a document's sources, shared by the passes. Keeps each requested source until `forget`.
@@ -99,8 +93,6 @@ void fillVectorSource(Document& document, pugi::xml_node source, const std::vect
 std::size_t wholeOr(std::string_view text, std::size_t otherwise);
 /// All entries of an index list; -1 for anything but a whole number from 0 to 2^31 - 1.
 std::vector<std::int32_t> indices(std::string_view text);
-/// Of the first `tuples` whole tuples of an index list.
-ColumnCensus censusOf(std::string_view text, std::size_t stride, std::size_t tuples);
 
 /// Appends an entry, with a blank before it if there is one already.
 void appendEntry(std::string& list, long long value);

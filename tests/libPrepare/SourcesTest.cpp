@@ -7,8 +7,6 @@
 
 namespace {
 
-using libPrepare::ColumnCensus;
-
 TEST(IndexListTest, NumbersOfAnyLengthAreRead)
 {
     EXPECT_EQ((std::vector<std::int32_t>{0, 7, 12, 345, 6789, 12345, 678901, 2345678, 90123456, 2147483647, 0, 12}),
@@ -33,15 +31,6 @@ TEST(IndexListTest, WhatIsNoIndexKeepsItsPlace)
 {
     EXPECT_EQ((std::vector<std::int32_t>{-1, -1, -1, -1, -1, 3}),
               libPrepare::indices("-1 1.5 x 2147483648 99999999999999999999 3"));
-}
-
-TEST(IndexListTest, CensusCountsWholeTuples)
-{
-    const ColumnCensus census = libPrepare::censusOf("1 20 3 -1 5 6", 2, 10);
-    EXPECT_EQ(3U, census.tuples);
-    EXPECT_EQ((std::vector<std::int32_t>{5, 20}), census.greatest);
-    EXPECT_EQ((std::vector<bool>{false, true}), census.hasInvalid);
-    EXPECT_EQ(1U, libPrepare::censusOf("1 20 3 -1 5 6", 2, 1).tuples);
 }
 
 } // namespace
