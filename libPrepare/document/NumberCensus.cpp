@@ -3,7 +3,6 @@
 #include "Numbers.h"
 #include "Words.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstdint>
 
@@ -64,27 +63,13 @@ bool arePlain(const ByteBlock& block, std::uint64_t inside, std::uint64_t starts
 NumberCensus numberCensusOf(std::string_view list)
 {
     NumberCensus result;
-    while (list.size() >= ByteBlock::size) {
-        const ByteBlock block(list.data());
-        const std::uint64_t blanks = block.blanks();
-        if (blanks == 0) { // a long word
-            const std::size_t end = std::min(list.find_first_of(" \n\t\r", ByteBlock::size), list.size());
-            countEach(list.substr(0, end), result);
-            list.remove_prefix(end);
-            continue;
-        }
-        const int last = 63 - __builtin_clzll(blanks);
-        const std::uint64_t inside = ~blanks & ((std::uint64_t(1) << last) - 1);
+    const auto countBlock = [&](const char*, const ByteBlock& block, std::uint64_t inside) {
         const std::uint64_t starts = inside & ~(inside << 1);
-        const auto size = static_cast<std::size_t>(last);
-        if (arePlain(block, inside, starts)) {
-            result.words += static_cast<std::size_t>(__builtin_popcountll(starts));
-        } else {
-            countEach(list.substr(0, size), result);
-        }
-        list.remove_prefix(size + 1);
-    }
-    countEach(list, result);
+        const bool isPlain = arePlain(block, inside, starts);
+        result.words += isPlain ? static_cast<std::size_t>(__builtin_popcountll(starts)) : 0;
+        return isPlain;
+    };
+    forEachPiece(list, countBlock, [&](std::string_view piece) { countEach(piece, result); });
     return result;
 }
 

@@ -3,6 +3,7 @@
 #include "ByteBlock.h"
 #include "Numbers.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <string_view>
 
@@ -79,6 +80,31 @@ void forEachWord(std::string_view list, const Use& use)
     WordReader words(list);
     while (words.next() && use(words.start(), words.end())) {
     }
+}
+
+/// Cuts a list of words into pieces of whole words. Calls `useBlock` with a piece that lies in a block: its start, which at
+/// least a block and eight more bytes follow, the block, and a bit for each byte of its words. Calls `useText` with the text
+/// of other pieces, and where `useBlock` returns false.
+template <class UseBlock, class UseText>
+void forEachPiece(std::string_view list, const UseBlock& useBlock, const UseText& useText)
+{
+    while (list.size() >= ByteBlock::size + sizeof(std::uint64_t)) {
+        const ByteBlock block(list.data());
+        const std::uint64_t blanks = block.blanks();
+        if (blanks == 0) { // a long word
+            const std::size_t end = std::min(list.find_first_of(" \n\t\r", ByteBlock::size), list.size());
+            useText(list.substr(0, end));
+            list.remove_prefix(end);
+            continue;
+        }
+        const int last = 63 - __builtin_clzll(blanks);
+        const std::uint64_t inside = ~blanks & ((std::uint64_t(1) << last) - 1);
+        if (!useBlock(list.data(), block, inside)) {
+            useText(list.substr(0, static_cast<std::size_t>(last)));
+        }
+        list.remove_prefix(static_cast<std::size_t>(last) + 1);
+    }
+    useText(list);
 }
 
 } // namespace libPrepare
