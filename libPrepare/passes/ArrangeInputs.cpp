@@ -56,6 +56,7 @@ std::string plural(std::size_t count, const std::string& noun)
 struct Demand {
     std::string semantic;
     std::size_t records = 0; // least number
+    bool isMet = false;
 };
 
 // An input of a primitive in the result.
@@ -514,9 +515,11 @@ private:
             m_demandOrder.emplace_back(&layout, Demand{semantic, 0});
         }
         Demand& known = m_demandOrder[place->second].second;
-        known.records = std::max(known.records, records);
-        if (semantic == "POSITION") {
-            known.semantic = semantic;
+        const bool isOther = semantic == "POSITION" && known.semantic != semantic;
+        if (isNew || isOther || records > known.records) {
+            known.semantic = isOther ? semantic : known.semantic;
+            known.records = std::max(known.records, records);
+            known.isMet = isPlain(layout, known); // now, while the source is in the processor's cache
         }
     }
 
@@ -606,7 +609,7 @@ private:
         };
         std::vector<Change> changes;
         for (const auto& [layout, demand] : m_demandOrder) {
-            if (isPlain(*layout, demand)) {
+            if (demand.isMet) {
                 continue;
             }
             Change change{layout, demand.semantic, {}, std::max(layout->count, demand.records), {}};
@@ -632,10 +635,11 @@ private:
     {
         std::size_t params = 0;
         for (const pugi::xml_node param : layout.accessor.children("param")) {
-            std::string type(trimmed(param.attribute("type").value()));
-            std::transform(type.begin(), type.end(), type.begin(),
-                           [](char letter) { return static_cast<char>(letter | 0x20); });
-            if (type != "float" || *param.attribute("name").value() == '\0') {
+            const std::string_view type = trimmed(param.attribute("type").value());
+            constexpr std::string_view word = "float";
+            const auto isSame = [](char letter, char other) { return (letter | 0x20) == other; };
+            if (!std::equal(type.begin(), type.end(), word.begin(), word.end(), isSame) ||
+                *param.attribute("name").value() == '\0') {
                 return false;
             }
             ++params;
