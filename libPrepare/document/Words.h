@@ -82,9 +82,9 @@ void forEachWord(std::string_view list, const Use& use)
     }
 }
 
-/// Cuts a list of words into pieces of whole words. Calls `useBlock` with a piece that lies in a block: its start, which at
-/// least a block and eight more bytes follow, the block, and a bit for each byte of its words. Calls `useText` with the text
-/// of other pieces, and where `useBlock` returns false.
+/// Cuts a list of words into pieces of whole words, most of them no longer than a block. Calls `useBlock` for such a piece
+/// with its start, the block there and a bit for each byte of its words; eight bytes after the block can be read too. Calls
+/// `useText` for all other pieces, and again for a piece that `useBlock` returns false for.
 template <class UseBlock, class UseText>
 void forEachPiece(std::string_view list, const UseBlock& useBlock, const UseText& useText)
 {

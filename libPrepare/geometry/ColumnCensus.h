@@ -7,14 +7,15 @@
 
 namespace libPrepare {
 
-/// The indices in the first `tuples` complete tuples of an index list, column by column.
+/// What the columns of an index list hold.
 struct ColumnCensus {
-    std::vector<std::int32_t> greatest; ///< -1 if a column names nothing.
-    std::vector<bool> hasInvalid;       ///< Whether a column has an entry that `indices` reads as -1.
+    std::vector<std::int32_t> greatest; ///< Of the indices in a column; -1 if there are none.
+    std::vector<bool> hasInvalid;       ///< Whether a column has an entry that is no whole number from 0 to 2^31 - 1.
     std::size_t tuples = 0;             ///< Whole tuples that are there.
 };
 
-/// Of the first `tuples` whole tuples of an index list.
+/// @param stride entries in a tuple
+/// @param tuples how many tuples at the start of the list count
 ColumnCensus censusOf(std::string_view text, std::size_t stride, std::size_t tuples);
 
 } // namespace libPrepare
